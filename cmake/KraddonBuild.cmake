@@ -1,0 +1,41 @@
+# SPDX-License-Identifier: MIT
+# How our own code is compiled, and the two functions that make a target of it.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+set(KRADDON_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+if(KRADDON_SANITIZE)
+  add_compile_options(-fsanitize=${KRADDON_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KRADDON_SANITIZE})
+endif()
+
+# Warnings and the one include root, for any target of ours.
+function(kraddon_own target)
+  target_compile_options(${target} PRIVATE ${KRADDON_WARNINGS})
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+endfunction()
+
+# kraddon_library(NAME SOURCES file... [PUBLIC lib...] [PRIVATE lib...]): a static library.
+function(kraddon_library target)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${target} STATIC ${ARG_SOURCES})
+  kraddon_own(${target})
+  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+endfunction()

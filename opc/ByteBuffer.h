@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+
+namespace opc {
+
+/// A reusable block of bytes that, unlike a vector, does not clear what is about to be overwritten.
+class ByteBuffer {
+ public:
+  unsigned char* data() noexcept { return bytes_.get(); }
+  const unsigned char* data() const noexcept { return bytes_.get(); }
+  std::size_t size() const noexcept { return size_; }
+  std::span<const unsigned char> bytes() const noexcept { return {bytes_.get(), size_}; }
+
+  /// Makes it `size` bytes of unspecified content. Memory is kept for the next use.
+  void resizeForOverwrite(std::size_t size) {
+    if (size > capacity_) {
+      bytes_.reset(new unsigned char[size]);
+      capacity_ = size;
+    }
+    size_ = size;
+  }
+
+  /// Gives the memory back.
+  void clear() noexcept {
+    bytes_.reset();
+    size_ = capacity_ = 0;
+  }
+
+ private:
+  std::unique_ptr<unsigned char[]> bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace opc

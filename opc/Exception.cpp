@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#include "opc/Exception.h"
+
+#include <system_error>
+#include <utility>
+
+#include "opc/Text.h"
+
+namespace opc {
+
+Exception::Exception(ErrorCode code, std::string message)
+    : code_(code), message_(printable(message)) {}
+
+void Exception::addContext(std::string_view context) {
+  message_ = printable(context) + ": " + message_;
+}
+
+FormatError::FormatError(std::string rule, std::string message, ErrorCode code)
+    : Exception(code, std::move(message)), rule_(std::move(rule)) {}
+
+SystemError::SystemError(std::string_view message, int number)
+    : Exception(ErrorCode::FileSystem,
+                std::string(message) + ": " + std::generic_category().message(number)),
+      number_(number) {}
+
+}  // namespace opc

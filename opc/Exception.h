@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace opc {
+
+/// Families of faults, for callers that react to one of them.
+enum class ErrorCode {
+  InvalidArgument,  ///< a value that the caller gave breaks a rule
+  InvalidName,      ///< no part name, or no path of the file tree
+  InvalidState,     ///< not open, open already, opened for reading only
+  InvalidText,      ///< text that an encoding cannot carry, or bytes that are no text
+  InvalidXml,       ///< not well-formed, or beyond what is read
+  InvalidPackage,   ///< a rule of the container or of the Open Packaging Conventions is broken
+  Damaged,          ///< data that do not match their size or checksum
+  Unsupported,      ///< legal, but not done here
+  NotFound,
+  AlreadyExists,
+  TooLarge,
+  ChangedOnDisk,  ///< somebody else replaced or changed the package meanwhile
+  FileSystem,     ///< the operating system refused
+};
+
+/// What everything in the packaging layer throws; nothing but this and std::bad_alloc leaves it.
+///
+/// The text reads `<what> '<which>': <why>`, in UTF-8, one line, with control characters replaced.
+/// The thrower states the rule; whoever knows the part, the file or the package puts it in front
+/// with addContext, once each.
+class Exception : public std::exception {
+ public:
+  Exception(ErrorCode code, std::string message);
+
+  ErrorCode code() const noexcept { return code_; }
+  const char* what() const noexcept override { return message_.c_str(); }
+
+  /// Puts "`context`: " in front of the text.
+  void addContext(std::string_view context);
+
+ private:
+  ErrorCode code_;
+  std::string message_;
+};
+
+/// A package that breaks a rule. `rule` is the rule's short name, such as "CT-6"; it does not
+/// stand in the text.
+class FormatError : public Exception {
+ public:
+  FormatError(std::string rule, std::string message, ErrorCode code = ErrorCode::InvalidPackage);
+
+  const std::string& rule() const noexcept { return rule_; }
+
+ private:
+  std::string rule_;
+};
+
+/// A refusal of the operating system; the text ends with the system's own words for `number`.
+class SystemError : public Exception {
+ public:
+  /// `message` without the reason, such as "cannot open 'a/b'"; `number` is an errno value.
+  SystemError(std::string_view message, int number);
+
+  int number() const noexcept { return number_; }
+
+ private:
+  int number_;
+};
+
+}  // namespace opc

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace opc {
+
+/// UTF-16 from an ASCII literal.
+std::u16string toStringFromASCIIStringLiteral(const char* literal);
+
+/// The text with '?' for every code unit that is not ASCII.
+std::string toASCIIString(std::u16string_view text);
+
+/// Strict conversions: a lone surrogate, or bytes that are no UTF-8 (overlong forms and encoded
+/// surrogates included), throw an Exception with ErrorCode::InvalidText.
+std::string toUtf8(std::u16string_view text);
+std::u16string fromUtf8(std::string_view bytes);
+
+/// Whether `bytes` is well-formed UTF-8.
+bool isUtf8(std::string_view bytes) noexcept;
+
+/// For messages: converts leniently, with U+FFFD for lone surrogates. Never throws but bad_alloc.
+std::string toUtf8ForDisplay(std::u16string_view text);
+
+/// For messages and terminals: control characters (C0, DEL, C1) and bytes that are no UTF-8 become
+/// escapes such as `\n` and `\x1b`; everything else stays.
+std::string printable(std::string_view bytes);
+
+/// Compares two UTF-8 texts by their UTF-16 code units, the order of the file tree. Negative, zero
+/// or positive. It differs from byte order only between U+E000..U+FFFF and the other planes.
+int compareByCodeUnits(std::string_view a, std::string_view b) noexcept;
+
+/// ASCII letters to lower case, everything else unchanged.
+constexpr char toLowerAscii(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+std::string toLowerAscii(std::string_view text);
+
+}  // namespace opc

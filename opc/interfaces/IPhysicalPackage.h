@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "opc/ByteBuffer.h"
+#include "opc/Streams.h"
+#include "opc/interfaces/CompressionType.h"
+#include "opc/interfaces/IContentSource.h"
+#include "opc/interfaces/OpenMode.h"
+
+namespace opc::interfaces {
+
+/// Names an item from the moment it is seen or added until the package is closed. Items of the
+/// package on disk come first, in its directory's order; added ones follow.
+using ItemIndex = std::size_t;
+
+enum class ItemKind { File, Folder, SymbolicLink, Special };
+
+/// What a container knows about an item without reading it.
+struct ItemInfo {
+  std::string_view name;  ///< UTF-8, without a leading slash; valid until the package is closed
+  ItemKind kind = ItemKind::File;
+  bool compressed = false;
+  bool executable = false;
+  std::uint32_t crc = 0;         ///< 0 for an item that was added since
+  std::uint64_t size = 0;        ///< in bytes, as declared
+  std::uint64_t packedSize = 0;  ///< in bytes; equal to size for an item that was added since
+  std::int64_t modified = 0;     ///< seconds since 1970-01-01 00:00:00 UTC
+};
+
+/// An item to be added.
+struct NewItem {
+  std::string name;  ///< ASCII, without a leading slash
+  CompressionType compression = CompressionType::Normal;
+  bool executable = false;
+  bool atFront = false;  ///< stands before everything else in the file
+  /// Seconds since 1970 (UTC). An item that has its own time keeps it exactly; one that has none
+  /// gets the time of the commit.
+  std::optional<std::int64_t> modified = std::nullopt;
+};
+
+/// A container of named items, and the transaction over it.
+///
+/// Items are changed in memory only. close(false) puts the whole new container in the place of the
+/// old one in one step, or fails and leaves the old one as it was; close(true) drops the changes.
+/// Every operation throws opc::Exception; those that change throw ErrorCode::InvalidState when the
+/// package was opened for reading.
+class IPhysicalPackage {
+ public:
+  virtual ~IPhysicalPackage() = default;
+
+  /// Opens it. Read and Modify refuse a container that breaks a rule which shows without reading
+  /// items. Create looks at no old content; the container comes into being with the commit.
+  virtual void open(OpenMode mode) = 0;
+  virtual bool isOpen() const noexcept = 0;
+
+  /// `discard` false: commits what was changed (a package in which nothing was changed is not
+  /// touched; one opened with Create always is written), then closes. A commit that fails throws,
+  /// and leaves the package open with its changes. `discard` true: closes, and never throws.
+  /// A package that is not open stays so.
+  virtual void close(bool discard) = 0;
+
+  /// For messages, UTF-8: the path of the file.
+  virtual std::string description() const = 0;
+
+  /// One more than the largest index, removed items included.
+  virtual std::size_t itemCount() const = 0;
+  virtual bool isRemoved(ItemIndex item) const = 0;
+  virtual ItemInfo itemInfo(ItemIndex item) const = 0;
+
+  /// A fresh stream over the item's data, checked against its size and checksum by the time the
+  /// last byte has been handed out. It must not outlive the open package.
+  virtual std::unique_ptr<InputStream> openItem(ItemIndex item) = 0;
+
+  /// Reads all of an item, with the same checks. Throws ErrorCode::TooLarge, before anything is
+  /// allocated, when it declares more than `limit` bytes.
+  virtual void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) = 0;
+
+  /// Adds an item that is empty until it is written to. Names are not checked for doubles.
+  virtual ItemIndex addItem(const NewItem& item) = 0;
+  /// Adds an item with the bytes that `source` has when the package is committed.
+  virtual ItemIndex addItem(const NewItem& item, std::unique_ptr<IContentSource> source) = 0;
+
+  /// Empties an item added since the package was opened (not from a source) and returns a stream
+  /// that fills it. It must not outlive the open package.
+  virtual std::unique_ptr<OutputStream> openForWriting(ItemIndex item) = 0;
+
+  /// Removes an item; its index is not used again.
+  virtual void removeItem(ItemIndex item) = 0;
+};
+
+}  // namespace opc::interfaces
