@@ -18,7 +18,8 @@ class ByteBuffer {
   /// Makes it `size` bytes of unspecified content. Memory is kept for the next use.
   void resizeForOverwrite(std::size_t size) {
     if (size > capacity_) {
-      bytes_.reset(new unsigned char[size]);
+      clear();  // the old block need not live beside the new one
+      bytes_ = std::make_unique_for_overwrite<unsigned char[]>(size);
       capacity_ = size;
     }
     size_ = size;

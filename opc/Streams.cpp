@@ -4,23 +4,54 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <ios>
+#include <limits>
 
 #include "opc/Exception.h"
 
 namespace opc {
+namespace {
+
+// Runs a stream operation. A stream may throw for what its state says as well.
+template <typename Operation>
+void onStream(Operation operation) {
+  try {
+    operation();
+  } catch (const std::ios_base::failure&) {
+    return;  // The caller looks at the state.
+  }
+}
+
+std::streamsize streamSize(std::size_t size) {
+  constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<std::streamsize>::max());
+  return static_cast<std::streamsize>(std::min(size, kMost));
+}
+
+}  // namespace
 
 std::size_t StdIStreamAdaptor::read(unsigned char* buffer, std::size_t size) {
-  stream_.read(reinterpret_cast<char*>(buffer), static_cast<std::streamsize>(size));
-  if (stream_.bad()) throw Exception(ErrorCode::FileSystem, "cannot read from a stream");
+  onStream([&] { stream_.read(reinterpret_cast<char*>(buffer), streamSize(size)); });
+  requireReadable();
   return static_cast<std::size_t>(stream_.gcount());
 }
 
 bool StdIStreamAdaptor::isEnd() {
-  return !stream_.good() || stream_.peek() == std::istream::traits_type::eof();
+  bool isEnd = true;
+  onStream([&] { isEnd = stream_.peek() == std::istream::traits_type::eof(); });
+  requireReadable();
+  return isEnd;
+}
+
+// A stream that failed without having come to its end (one that was never opened, say) must not
+// look like an empty one.
+void StdIStreamAdaptor::requireReadable() const {
+  if (stream_.bad() || (stream_.fail() && !stream_.eof())) {
+    throw Exception(ErrorCode::FileSystem, "cannot read from a stream");
+  }
 }
 
 void StdOStreamAdaptor::write(const unsigned char* data, std::size_t size) {
-  stream_.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+  onStream([&] { stream_.write(reinterpret_cast<const char*>(data), streamSize(size)); });
   if (!stream_) throw Exception(ErrorCode::FileSystem, "cannot write to a stream");
 }
 

@@ -47,6 +47,8 @@ class StdIStreamAdaptor final : public InputStream {
   bool isEnd() override;
 
  private:
+  void requireReadable() const;
+
   std::istream& stream_;
 };
 

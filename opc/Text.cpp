@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "opc/Exception.h"
@@ -32,6 +33,26 @@ std::int32_t nextCodePoint(std::string_view bytes, std::size_t& at) {
   return point;
 }
 
+// The first byte from `at` that is not ASCII, or the end. Most text is ASCII: eight at a time.
+std::size_t skipAscii(std::string_view bytes, std::size_t at) noexcept {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+  std::uint64_t word = 0;
+  while (bytes.size() - at >= sizeof word) {
+    std::memcpy(&word, bytes.data() + at, sizeof word);
+    if ((word & kHighBits) != 0) break;
+    at += sizeof word;
+  }
+  while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
+  return at;
+}
+
+// The beginning of a text, for messages: a faulty text may be a whole document.
+template <typename View>
+View beginningOf(View text) {
+  constexpr std::size_t kShown = 200;
+  return text.substr(0, kShown);
+}
+
 void appendHexEscape(std::string& out, unsigned value) {
   constexpr const char* kDigits = "0123456789abcdef";
   out += "\\x";
@@ -55,7 +76,9 @@ void appendControl(std::string& out, std::int32_t point) {
   }
 }
 
-bool isControl(std::int32_t point) { return point < 0x20 || (point >= 0x7F && point < 0xA0); }
+bool isControl(std::int32_t point) {
+  return point < 0x20 || (point >= 0x7F && point < 0xA0);
+}
 
 }  // namespace
 
@@ -78,7 +101,8 @@ std::string toUtf8(std::u16string_view text) {
   u_strToUTF8(result.data(), icuLength(text.size()) * 3, &length, text.data(),
               static_cast<std::int32_t>(text.size()), &status);
   if (U_FAILURE(status)) {
-    throw Exception(ErrorCode::InvalidText, "cannot convert text '" + toUtf8ForDisplay(text) +
+    throw Exception(ErrorCode::InvalidText, "cannot convert text '" +
+                                                toUtf8ForDisplay(beginningOf(text)) +
                                                 "': a surrogate stands alone");
   }
   result.resize(static_cast<std::size_t>(length));
@@ -93,21 +117,24 @@ std::u16string fromUtf8(std::string_view bytes) {
                 static_cast<std::int32_t>(bytes.size()), &status);
   if (U_FAILURE(status)) {
     throw Exception(ErrorCode::InvalidText,
-                    "cannot convert text '" + printable(bytes) + "': it is not UTF-8");
+                    "cannot convert text '" + printable(beginningOf(bytes)) + "': it is not UTF-8");
   }
   result.resize(static_cast<std::size_t>(length));
   return result;
 }
 
 bool isUtf8(std::string_view bytes) noexcept {
-  for (std::size_t at = 0; at < bytes.size();) {
-    if (static_cast<unsigned char>(bytes[at]) < 0x80) {
-      ++at;
-    } else if (nextCodePoint(bytes, at) < 0) {
-      return false;
-    }
+  return findUtf8Fault(bytes) == std::string_view::npos;
+}
+
+std::size_t findUtf8Fault(std::string_view bytes) noexcept {
+  std::size_t at = skipAscii(bytes, 0);
+  while (at < bytes.size()) {
+    const std::size_t start = at;
+    if (nextCodePoint(bytes, at) < 0) return start;
+    at = skipAscii(bytes, at);
   }
-  return true;
+  return std::string_view::npos;
 }
 
 std::string toUtf8ForDisplay(std::u16string_view text) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ std::u16string fromUtf8(std::string_view bytes);
 
 /// Whether `bytes` is well-formed UTF-8.
 bool isUtf8(std::string_view bytes) noexcept;
+/// Where the first sequence begins that is no UTF-8; npos when there is none.
+std::size_t findUtf8Fault(std::string_view bytes) noexcept;
 
 /// For messages: converts leniently, with U+FFFD for lone surrogates. Never throws but bad_alloc.
 std::string toUtf8ForDisplay(std::u16string_view text);

@@ -19,6 +19,10 @@ struct CloseConverter {
 using ConverterPointer = std::unique_ptr<UConverter, CloseConverter>;
 
 ConverterPointer openConverter(const std::string& encoding, bool strict) {
+  // To ICU these name the encoding of the process, or a part of the name.
+  if (encoding.empty() || encoding.find('\0') != std::string::npos) {
+    throw opc::Exception(opc::ErrorCode::InvalidArgument, "unknown encoding '" + encoding + "'");
+  }
   UErrorCode status = U_ZERO_ERROR;
   ConverterPointer converter(ucnv_open(encoding.c_str(), &status));
   if (U_FAILURE(status)) {
@@ -42,9 +46,9 @@ std::int32_t icuLength(std::size_t size) {
 }
 
 [[noreturn]] void fail(const std::string& encoding, UErrorCode status) {
-  throw opc::Exception(opc::ErrorCode::InvalidText,
-                       "cannot convert text: encoding '" + encoding +
-                           "' does not carry it (" + u_errorName(status) + ")");
+  throw opc::Exception(opc::ErrorCode::InvalidText, "cannot convert text: encoding '" + encoding +
+                                                        "' does not carry it (" +
+                                                        u_errorName(status) + ")");
 }
 
 // Runs an ICU conversion into a string that is first a guess and then, if need be, large enough.

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "opc/Streams.h"
+#include "opc/model/ContentType.h"
+#include "opc/model/HashIndex.h"
+
+namespace opc::model {
+
+/// The content types of a package: defaults by extension, and overrides by part name, which win.
+/// Names of items stand for part names, in any spelling.
+class ContentTypes {
+ public:
+  struct Default {
+    std::string extension;
+    ContentType type;
+  };
+  struct Override {
+    std::string itemName;  ///< canonical
+    ContentType type;
+  };
+
+  /// Reads the content types stream. A XercesGuard must live meanwhile.
+  /// Throws InvalidXMLDocument and FormatError.
+  static ContentTypes read(InputStream& stream);
+
+  /// The type of a part, or null. Good until the next change.
+  const ContentType* find(std::string_view itemName) const;
+  /// The two halves of that; `hash` is the name's.
+  const ContentType* findOverride(std::uint64_t hash, std::string_view itemName) const;
+  const ContentType* findDefault(std::string_view extension) const;
+
+  /// Both throw FormatError for an entry that is there already, or that no stream may have.
+  void addDefault(std::string_view extension, const ContentType& type);
+  void addOverride(std::string_view itemName, const ContentType& type);
+
+  /// Gives a part its type: by a default that fits, by a new default when the extension has none
+  /// and the type is no particular one, else by an override. `mayAddDefault` false leaves out the
+  /// second.
+  void assign(std::string_view itemName, const ContentType& type, bool mayAddDefault);
+  /// Removes the part's override, if it has one.
+  void removeOverride(std::string_view itemName);
+
+  /// The stream's text. The same for the same entries, in whatever order they came.
+  std::string toXml() const;
+
+  const std::vector<Default>& defaults() const { return defaults_; }
+  const std::vector<Override>& overrides() const { return overrides_; }
+
+  /// Whether anything was changed since it was read, made, or setUnchanged was called.
+  bool isChanged() const { return changed_; }
+  void setUnchanged() { changed_ = false; }
+
+ private:
+  const std::uint32_t* overrideIndex(std::uint64_t hash, std::string_view itemName) const;
+
+  std::vector<Default> defaults_;
+  std::vector<Override> overrides_;
+  HashIndex<std::uint32_t> defaultByExtension_;
+  HashIndex<std::uint32_t> overrideByName_;
+  bool changed_ = false;
+};
+
+}  // namespace opc::model

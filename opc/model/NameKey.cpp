@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#include "opc/model/NameKey.h"
+
+#include <sys/random.h>
+
+#include <chrono>
+#include <cstring>
+
+#include "opc/Text.h"
+
+namespace opc::model {
+namespace {
+
+constexpr std::uint64_t kEachByte = 0x0101010101010101u;
+constexpr std::uint64_t kHighBits = 0x80u * kEachByte;
+
+// Walks over the bytes of a key.
+class KeyCursor {
+ public:
+  explicit KeyCursor(std::string_view name) : name_(name) {}
+
+  bool isEnd() const { return at_ == name_.size(); }
+
+  char next() {
+    const auto byte = static_cast<unsigned char>(name_[at_]);
+    if (byte < 0x80) {
+      ++at_;
+      return toLowerAscii(static_cast<char>(byte));
+    }
+    return nextOfEscape(byte);
+  }
+
+ private:
+  char nextOfEscape(unsigned char byte) {
+    constexpr const char* kDigits = "0123456789abcdef";
+    const unsigned step = step_;
+    step_ = (step_ + 1) % 3;
+    if (step == 0) return '%';
+    if (step == 1) return kDigits[byte >> 4];
+    ++at_;
+    return kDigits[byte & 15];
+  }
+
+  std::string_view name_;
+  std::size_t at_ = 0;
+  unsigned step_ = 0;
+};
+
+struct HashKey {
+  std::uint64_t start = 0;
+  std::uint64_t word = 0;
+  std::uint64_t segment = 0;
+};
+
+HashKey makeHashKey() {
+  HashKey key;
+  if (::getrandom(&key, sizeof key, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof key)) {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    key.start = static_cast<std::uint64_t>(now) * 0x9E3779B97F4A7C15u;
+    key.word = reinterpret_cast<std::uintptr_t>(&key) * 0xC2B2AE3D27D4EB4Fu;
+    key.segment = key.start ^ (key.word << 17);
+  }
+  key.word |= 1;
+  key.segment |= 1;
+  return key;
+}
+
+const HashKey& hashKey() {
+  static const HashKey key = makeHashKey();
+  return key;
+}
+
+// Multiplies to 128 bits and folds the halves together.
+std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+// Eight ASCII bytes with A-Z folded.
+std::uint64_t foldWord(std::uint64_t word) {
+  const std::uint64_t fromA = word + (0x80u - 'A') * kEachByte;
+  const std::uint64_t pastZ = word + (0x7Fu - 'Z') * kEachByte;
+  return word | (((fromA ^ pastZ) & kHighBits) >> 2);
+}
+
+std::uint64_t loadWord(const char* bytes, std::size_t count) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, count);
+  return word;
+}
+
+std::uint64_t hashWideSegment(std::uint64_t state, std::string_view segment, std::size_t& length) {
+  KeyCursor cursor(segment);
+  char block[8];
+  std::size_t filled = 0;
+  for (length = 0; !cursor.isEnd(); ++length) {
+    block[filled++] = cursor.next();
+    if (filled < sizeof block) continue;
+    state = mix(state ^ loadWord(block, filled), hashKey().word);
+    filled = 0;
+  }
+  return filled == 0 ? state : mix(state ^ loadWord(block, filled), hashKey().word);
+}
+
+// The same for a segment of ASCII; false, and nothing done, when it is not.
+bool hashAsciiSegment(std::uint64_t& state, std::string_view segment) {
+  std::uint64_t hash = state;
+  for (std::size_t at = 0; at < segment.size(); at += 8) {
+    const std::size_t count = segment.size() - at < 8 ? segment.size() - at : 8;
+    const std::uint64_t word = loadWord(segment.data() + at, count);
+    if ((word & kHighBits) != 0) return false;
+    hash = mix(hash ^ foldWord(word), hashKey().word);
+  }
+  state = hash;
+  return true;
+}
+
+}  // namespace
+
+bool equalKeys(std::string_view a, std::string_view b) noexcept {
+  if (a == b) return true;
+  KeyCursor x(a);
+  KeyCursor y(b);
+  while (!x.isEnd() && !y.isEnd()) {
+    if (x.next() != y.next()) return false;
+  }
+  return x.isEnd() && y.isEnd();
+}
+
+bool keyStartsWith(std::string_view name, std::string_view prefix) noexcept {
+  KeyCursor x(name);
+  KeyCursor y(prefix);
+  while (!x.isEnd() && !y.isEnd()) {
+    if (x.next() != y.next()) return false;
+  }
+  return y.isEnd();
+}
+
+std::uint64_t rootHash() noexcept {
+  return hashKey().start;
+}
+
+std::uint64_t extendHash(std::uint64_t folder, std::string_view segment) noexcept {
+  std::uint64_t state = folder;
+  std::size_t length = segment.size();
+  if (!hashAsciiSegment(state, segment)) state = hashWideSegment(folder, segment, length);
+  return mix(state ^ length, hashKey().segment);
+}
+
+std::uint64_t nameHash(std::string_view itemName) noexcept {
+  std::uint64_t hash = rootHash();
+  for (std::size_t start = 0;;) {
+    const std::size_t slash = itemName.find('/', start);
+    hash = extendHash(hash, itemName.substr(start, slash - start));
+    if (slash == std::string_view::npos) return hash;
+    start = slash + 1;
+  }
+}
+
+}  // namespace opc::model

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "opc/model/PartIndex.h"
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/model/FolderPath.h"
+#include "opc/model/NameKey.h"
+#include "opc/model/PartIndexLoader.h"
+
+namespace opc::model {
+
+using interfaces::ItemIndex;
+
+namespace {
+
+bool isFile(const interfaces::ItemInfo& info) {
+  return info.kind == interfaces::ItemKind::File;
+}
+
+// The content types stream when it is not there whole.
+std::vector<ItemIndex> findContentTypesPieces(const interfaces::IPhysicalPackage& physical) {
+  PieceSequences pieces;
+  const std::size_t count = physical.itemCount();
+  for (ItemIndex item = 0; item < count; ++item) {
+    if (physical.isRemoved(item)) continue;
+    const interfaces::ItemInfo info = physical.itemInfo(item);
+    const auto piece = isFile(info) ? parsePieceName(info.name) : std::nullopt;
+    if (piece && isContentTypesName(piece->whole)) pieces.add(*piece, item);
+  }
+  const PieceSequences::Result result = pieces.finish();
+  return result.complete.empty() ? std::vector<ItemIndex>() : result.complete.front().items;
+}
+
+}  // namespace
+
+std::vector<ItemIndex> PartIndex::findContentTypes(const interfaces::IPhysicalPackage& physical) {
+  const std::size_t count = physical.itemCount();
+  for (ItemIndex item = 0; item < count; ++item) {
+    if (physical.isRemoved(item)) continue;
+    const interfaces::ItemInfo info = physical.itemInfo(item);
+    if (isFile(info) && isContentTypesName(info.name)) return {item};
+  }
+  return findContentTypesPieces(physical);
+}
+
+void PartIndex::load(const ContentTypes& types) {
+  PartIndexLoader(*this, types).load();
+}
+
+const std::uint32_t* PartIndex::lookUp(std::uint64_t hash, std::string_view itemName) const {
+  return parts_.find(hash, [&](std::uint32_t part) { return equalKeys(name(part), itemName); });
+}
+
+std::optional<PartId> PartIndex::find(std::string_view itemName) const {
+  const std::uint32_t* part = lookUp(nameHash(itemName), itemName);
+  if (part == nullptr) return std::nullopt;
+  return *part;
+}
+
+ItemRole PartIndex::role(PartId part) const {
+  if (isInPieces(part)) {
+    const std::size_t sequence = part - kFirstSequence;
+    return sequence < sequences_.size() ? sequences_[sequence].role : ItemRole::Hidden;
+  }
+  return part < roles_.size() ? roles_[part] : ItemRole::Hidden;
+}
+
+void PartIndex::setRole(PartId part, ItemRole role) {
+  if (isInPieces(part)) {
+    sequences_[part - kFirstSequence].role = role;
+    return;
+  }
+  if (part >= roles_.size()) roles_.resize(part + 1, ItemRole::Hidden);
+  roles_[part] = role;
+}
+
+std::string_view PartIndex::name(PartId part) const {
+  if (isInPieces(part)) return sequences_[part - kFirstSequence].name;
+  return physical_.itemInfo(item(part)).name;
+}
+
+ItemIndex PartIndex::item(PartId part) const {
+  if (replaced_.empty()) return part;
+  const auto found = replaced_.find(part);
+  return found == replaced_.end() ? part : found->second;
+}
+
+const std::vector<ItemIndex>& PartIndex::pieces(PartId part) const {
+  return sequences_[part - kFirstSequence].items;
+}
+
+bool PartIndex::hasPartBelow(std::string_view itemName) const {
+  return folders_.find(nameHash(itemName), itemName) != nullptr;
+}
+
+std::string_view PartIndex::partAbove(std::string_view itemName) const {
+  const FolderPath path(itemName);
+  for (auto step = path.steps().rbegin(); step != path.steps().rend(); ++step) {
+    const std::string_view folder = itemName.substr(0, step->length);
+    // A folder that parts lie in, and those above it, are known to be no parts.
+    if (folders_.find(step->hash, folder) != nullptr) return {};
+    const std::uint32_t* part = lookUp(step->hash, folder);
+    if (part != nullptr && role(*part) != ItemRole::Untyped) return name(*part);
+  }
+  return {};
+}
+
+PartId PartIndex::add(ItemIndex item, ItemRole role) {
+  if (item >= kFirstSequence) throw Exception(ErrorCode::TooLarge, "the package: too many items");
+  setRole(item, role);
+  const std::string_view itemName = physical_.itemInfo(item).name;
+  parts_.insert(nameHash(itemName), static_cast<std::uint32_t>(item));
+  folders_.add(itemName);
+  return item;
+}
+
+void PartIndex::replaceItem(PartId part, ItemIndex item) {
+  if (isInPieces(part)) {
+    // The sequence keeps its place; its one piece is now the whole.
+    Sequence& sequence = sequences_[part - kFirstSequence];
+    for (const ItemIndex piece : sequence.items) physical_.removeItem(piece);
+    sequence.items.assign(1, item);
+    return;
+  }
+  const ItemIndex old = this->item(part);
+  replaced_[part] = item;
+  physical_.removeItem(old);
+}
+
+void PartIndex::remove(PartId part) {
+  const std::string_view itemName = name(part);
+  parts_.erase(nameHash(itemName), [part](std::uint32_t other) { return other == part; });
+  if (role(part) != ItemRole::Untyped) folders_.remove(itemName);
+  setRole(part, ItemRole::Hidden);
+  if (isInPieces(part)) {
+    for (const ItemIndex piece : pieces(part)) physical_.removeItem(piece);
+  } else {
+    physical_.removeItem(item(part));
+    replaced_.erase(part);
+  }
+}
+
+void PartIndex::dropWhatIsNoPart() {
+  forEach(ItemRole::Stray, [this](PartId item) {
+    physical_.removeItem(item);
+    setRole(item, ItemRole::Hidden);
+  });
+  for (const PartId part : orphans_) {
+    if (role(part) == ItemRole::Relationships) remove(part);
+  }
+  orphans_.clear();
+}
+
+void PartIndex::noteUntypedExtension(std::string_view itemName) {
+  untypedExtensions_.insert(toLowerAscii(canonicalItemName(extensionOf(itemName))));
+}
+
+bool PartIndex::isUntypedExtension(std::string_view extension) const {
+  return untypedExtensions_.contains(toLowerAscii(canonicalItemName(extension)));
+}
+
+}  // namespace opc::model

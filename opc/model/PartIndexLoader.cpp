@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+#include "opc/model/PartIndexLoader.h"
+
+#include <cstring>
+#include <string>
+
+#include "opc/Exception.h"
+#include "opc/model/FormatConstants.h"
+#include "opc/model/NameKey.h"
+
+namespace opc::model {
+
+using interfaces::ItemIndex;
+using interfaces::ItemKind;
+
+namespace {
+
+std::string quoted(std::string_view itemName) {
+  return "'/" + std::string(itemName) + "'";
+}
+
+// "" for a name without a slash.
+std::string_view folderOf(std::string_view name) {
+  const void* slash = ::memrchr(name.data(), '/', name.size());
+  if (slash == nullptr) return {};
+  return name.substr(0, static_cast<std::size_t>(static_cast<const char*>(slash) - name.data()));
+}
+
+}  // namespace
+
+void PartIndexLoader::load() {
+  const std::size_t count = index_.physical_.itemCount();
+  if (count >= PartIndex::kFirstSequence) {
+    throw Exception(ErrorCode::TooLarge, "the directory: too many items");
+  }
+  index_.roles_.assign(count, ItemRole::Hidden);
+  index_.parts_.reserve(count);
+  folderHash_ = rootHash();
+  folderIsName_ = true;
+  for (ItemIndex item = 0; item < count; ++item) {
+    if (!index_.physical_.isRemoved(item)) addItem(item);
+  }
+  leaveFolder();
+  addSequences();
+  checkDerivedNames();
+  checkSources();
+}
+
+void PartIndexLoader::addItem(ItemIndex item) {
+  const interfaces::ItemInfo info = index_.physical_.itemInfo(item);
+  if (info.kind == ItemKind::File) {
+    addFile(info.name, item);
+  } else {
+    index_.setRole(item, ItemRole::Stray);
+  }
+}
+
+void PartIndexLoader::addFile(std::string_view name, ItemIndex item) {
+  const std::string_view folder = folderOf(name);
+  if (folder != folder_) enterFolder(folder);
+  // The folder has been looked at; what is left is the last segment. "/a" has the folder "" too.
+  const bool isPartName = folderIsName_ && !name.starts_with('/') &&
+                          findNameFault(name.substr(folder.size() + !folder.empty())) == nullptr;
+  if (isPartName) {
+    addName(name, item);
+  } else {
+    addOther(name, item);
+  }
+}
+
+void PartIndexLoader::enterFolder(std::string_view folder) {
+  leaveFolder();
+  folder_ = folder;
+  folderHash_ = folder.empty() ? rootHash() : nameHash(folder);
+  folderIsKnown_ = index_.folders_.find(folderHash_, folder) != nullptr;
+  folderIsName_ = folder.empty() || folderIsKnown_ || findNameFault(folder) == nullptr;
+}
+
+// Items are counted here, and added to the set of folders when the folder changes.
+void PartIndexLoader::countInFolder(std::string_view name) {
+  if (folder_.empty()) return;
+  if (folderIsKnown_) {
+    ++folderCount_;
+    return;
+  }
+  index_.folders_.add(name);
+  folderIsKnown_ = true;
+}
+
+void PartIndexLoader::leaveFolder() {
+  if (folderCount_ != 0) index_.folders_.addTo(folderHash_, folder_, folderCount_);
+  folderCount_ = 0;
+}
+
+void PartIndexLoader::addName(std::string_view name, PartId part) {
+  const std::string_view segment = name.substr(folder_.size() + !folder_.empty());
+  const std::uint64_t hash = extendHash(folderHash_, segment);
+  if (const std::uint32_t* other = index_.lookUp(hash, name)) {
+    const bool inPieces = index_.isInPieces(part) || index_.isInPieces(*other);
+    throw FormatError(
+        inPieces ? "IL-3" : "PN-8",
+        "part name " + quoted(name) + ": " + quoted(index_.name(*other)) + " is the same name");
+  }
+  index_.parts_.insert(hash, static_cast<std::uint32_t>(part));
+  const ItemRole role = roleOf(name, hash);
+  index_.setRole(part, role);
+  if (role == ItemRole::Relationships) relationships_.push_back(part);
+  if (role == ItemRole::Untyped) return index_.noteUntypedExtension(name);
+  countInFolder(name);
+}
+
+ItemRole PartIndexLoader::roleOf(std::string_view name, std::uint64_t hash) {
+  if (isRelationshipsItemName(name)) {
+    requireRelationshipsType(name, hash);
+    return ItemRole::Relationships;
+  }
+  if (defaultFor(name) != nullptr) return ItemRole::Part;
+  return types_.findOverride(hash, name) != nullptr ? ItemRole::Part : ItemRole::Untyped;
+}
+
+const ContentType* PartIndexLoader::defaultFor(std::string_view name) {
+  const std::string_view extension = extensionOf(name);
+  if (hasExtension_ && extension == extension_) return default_;
+  hasExtension_ = true;
+  extension_ = extension;
+  default_ = types_.findDefault(extension);
+  return default_;
+}
+
+// A relationships part may go without a type, but not with another one.
+void PartIndexLoader::requireRelationshipsType(std::string_view name, std::uint64_t hash) {
+  static const ContentType kType = ContentType::fromAscii(kRelationshipsType);
+  const ContentType* type = types_.findOverride(hash, name);
+  if (type == nullptr) type = defaultFor(name);
+  if (type == nullptr || *type == kType) return;
+  throw FormatError("CT-12", "relationships part " + quoted(name) + ": its content type is '" +
+                                 type->ascii() + "'");
+}
+
+void PartIndexLoader::addOther(std::string_view name, ItemIndex item) {
+  if (isContentTypesName(name)) {
+    if (++contentTypesItems_ == 1) return;
+    throw FormatError("CT-1", "content types stream " + quoted(name) + ": there are two");
+  }
+  const auto piece = parsePieceName(name);
+  if (piece && (isContentTypesName(piece->whole) || findNameFault(piece->whole) == nullptr)) {
+    pieces_.add(*piece, item);
+  } else {
+    index_.setRole(item, ItemRole::Stray);
+  }
+}
+
+void PartIndexLoader::addSequences() {
+  PieceSequences::Result result = pieces_.finish();
+  for (const ItemIndex item : result.strays) index_.setRole(item, ItemRole::Stray);
+  for (PieceSequences::Sequence& sequence : result.complete) {
+    if (isContentTypesName(sequence.name)) {
+      if (contentTypesItems_ == 0) continue;
+      throw FormatError("IL-3", "content types stream " + quoted(sequence.name) +
+                                    ": it is there whole and in pieces");
+    }
+    enterFolder(folderOf(sequence.name));
+    const PartId part = PartIndex::kFirstSequence + index_.sequences_.size();
+    index_.sequences_.push_back({sequence.name, std::move(sequence.items), ItemRole::Hidden});
+    addName(index_.sequences_.back().name, part);
+  }
+  leaveFolder();
+}
+
+void PartIndexLoader::checkDerivedNames() const {
+  index_.folders_.forEach([this](std::uint64_t hash, const FolderSet::Folder& folder) {
+    const std::uint32_t* part = index_.lookUp(hash, folder.path());
+    if (part == nullptr || index_.role(*part) == ItemRole::Untyped) return;
+    throw FormatError("PN-9", "part name " + quoted(folder.item()) + ": it extends the name " +
+                                  quoted(index_.name(*part)) + " of another part");
+  });
+}
+
+void PartIndexLoader::checkSources() {
+  for (const PartId part : relationships_) {
+    const std::string_view name = index_.name(part);
+    const std::string source = sourceOfRelationships(name);
+    if (source.empty()) continue;
+    if (isRelationshipsItemName(source)) {
+      throw FormatError(
+          "RL-9", "relationships part " + quoted(name) + ": its source is a relationships part");
+    }
+    const auto found = index_.find(source);
+    if (!found) {
+      index_.orphans_.push_back(part);
+    } else if (index_.role(*found) == ItemRole::Untyped) {
+      throw FormatError("CT-10",
+                        "item " + quoted(source) + ": it has relationships and no content type");
+    }
+  }
+}
+
+}  // namespace opc::model

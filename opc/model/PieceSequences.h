@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "opc/interfaces/IPhysicalPackage.h"
+#include "opc/model/HashIndex.h"
+
+namespace opc::model {
+
+/// "a/b.xml/[2].last.piece" taken apart.
+struct PieceName {
+  std::string_view whole;    ///< "a/b.xml"
+  std::uint64_t number = 0;  ///< beyond what any container holds when it has very many digits
+  bool last = false;
+};
+
+/// Nothing when the name is not that of a piece. `whole` is not checked.
+std::optional<PieceName> parsePieceName(std::string_view itemName);
+
+/// Whether this is the item of the content types, in any case.
+bool isContentTypesName(std::string_view itemName);
+
+/// The pieces of interleaved items, gathered from a directory in any order.
+class PieceSequences {
+ public:
+  struct Sequence {
+    std::string_view name;                     ///< as the first piece spells it
+    std::vector<interfaces::ItemIndex> items;  ///< in the order of their numbers
+  };
+  struct Result {
+    std::vector<Sequence> complete;
+    std::vector<interfaces::ItemIndex> strays;  ///< pieces that make nothing whole
+  };
+
+  void add(const PieceName& name, interfaces::ItemIndex item);
+
+  /// Throws FormatError when a sequence has a number twice.
+  Result finish();
+
+ private:
+  struct Piece {
+    std::uint64_t number;
+    interfaces::ItemIndex item;
+    bool last;
+    std::string_view whole;
+  };
+  static void checkNumbers(const std::vector<Piece>& pieces);
+  static bool isComplete(const std::vector<Piece>& pieces);
+
+  HashIndex<std::uint32_t> byName_;
+  std::vector<std::vector<Piece>> sequences_;
+};
+
+}  // namespace opc::model

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+#include "opc/model/URI.h"
+
+namespace opc::model {
+
+enum class TargetMode { Internal, External };
+
+/// One relationship, as a value.
+///
+/// The target of an internal one that was read from a package has been resolved against its source:
+/// getTargetURI is then the absolute part name in canonical form. An external target is the text
+/// that was stored.
+class Relationship {
+ public:
+  Relationship(std::u16string id, std::u16string type, URI target, TargetMode mode)
+      : id_(std::move(id)), type_(std::move(type)), target_(std::move(target)), mode_(mode) {}
+
+  const std::u16string& getId() const { return id_; }
+  const std::u16string& getType() const { return type_; }
+  const URI& getTargetURI() const { return target_; }
+  TargetMode getTargetMode() const { return mode_; }
+
+ private:
+  std::u16string id_;
+  std::u16string type_;
+  URI target_;
+  TargetMode mode_;
+};
+
+}  // namespace opc::model

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "opc/Exception.h"
+#include "opc/Streams.h"
+#include "opc/model/Relationship.h"
+
+namespace opc::model {
+
+/// The relationships of one source, in the order in which they are stored.
+class RelationshipSet {
+ public:
+  struct Entry {
+    Relationship relationship;
+    std::u16string fragment;  ///< of an internal target, with its '#'; kept in storing
+    bool mended = false;      ///< whether the stored target had to be put right to be resolved
+  };
+
+  /// An empty set. `sourceItemName` is the item name of a part, "" for the package.
+  explicit RelationshipSet(std::string sourceItemName);
+  RelationshipSet(RelationshipSet&&) = default;
+  RelationshipSet(const RelationshipSet&) = delete;
+  RelationshipSet& operator=(const RelationshipSet&) = delete;
+
+  /// Reads a relationships part. A XercesGuard must live meanwhile.
+  /// Throws InvalidXMLDocument and FormatError.
+  static RelationshipSet read(std::string sourceItemName, InputStream& stream);
+
+  const std::list<Entry>& entries() const { return entries_; }
+  const Relationship* find(std::u16string_view id) const;
+  /// Throws ErrorCode::NotFound for an unknown id, as remove does.
+  const Relationship& get(std::u16string_view id) const;
+
+  /// See RelationshipSource.
+  const Relationship& addInternal(std::u16string_view type, const URI& target,
+                                  std::u16string_view id);
+  const Relationship& addExternal(std::u16string_view type, const URI& target,
+                                  std::u16string_view id);
+  void remove(std::u16string_view id);
+
+  /// The text of the relationships part.
+  std::string toXml() const;
+
+  /// Whether anything was changed since it was read, made, or setUnchanged was called.
+  bool isChanged() const { return changed_; }
+  void setUnchanged() { changed_ = false; }
+
+ private:
+  friend class RelationshipsReader;
+
+  void addStored(Entry entry);
+  const Relationship& add(std::u16string_view type, URI target, TargetMode mode,
+                          std::u16string_view id);
+  std::u16string freshId();
+  std::string describe(std::u16string_view id) const;
+  Exception unknownId(std::u16string_view id) const;
+
+  std::string source_;
+  std::list<Entry> entries_;
+  std::map<std::u16string_view, std::list<Entry>::iterator, std::less<>> byId_;
+  std::uint64_t lastGenerated_ = 0;
+  std::size_t coreProperties_ = 0;  // how many relationships of that type
+  bool changed_ = false;
+};
+
+}  // namespace opc::model

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "opc/model/Relationship.h"
+
+namespace opc::model {
+
+class RelationshipSet;
+
+/// What relationships start from: the package, or a part. The package must be open.
+class RelationshipSource {
+ public:
+  virtual ~RelationshipSource() = default;
+
+  /// In the order in which they are stored.
+  std::vector<Relationship> getRelationships();
+  std::vector<Relationship> getRelationshipsByType(std::u16string_view type);
+
+  bool hasRelationship(std::u16string_view id);
+  /// Throws ErrorCode::NotFound for an unknown id.
+  Relationship getRelationship(std::u16string_view id);
+
+  /// Adds a relationship to a part of the package; `target` is resolved against this source and
+  /// stored as an absolute part name. An empty `id` is replaced by a fresh one, never one of
+  /// another relationship here and never "rId100" or "rId101". Throws for an empty type, an id that
+  /// is no xsd:ID or is taken, and a target that is no part name or a relationships part; the
+  /// target need not exist.
+  Relationship createInternalRelationship(std::u16string_view type, const URI& target,
+                                          std::u16string_view id);
+  /// Adds a relationship to anything outside; `target` is stored as it is.
+  Relationship createExternalRelationship(std::u16string_view type, const URI& target,
+                                          std::u16string_view id);
+
+  /// Throws ErrorCode::NotFound for an unknown id.
+  void deleteRelationship(std::u16string_view id);
+
+ protected:
+  /// Reads them when they are first asked for. Throws InvalidState when the package is closed.
+  virtual RelationshipSet& relationships() = 0;
+  /// Before a change: throws InvalidState unless the package may be changed.
+  virtual void requireWritable() const = 0;
+};
+
+}  // namespace opc::model

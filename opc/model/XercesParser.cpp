@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "opc/model/XercesParser.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/EntityResolver.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "opc/Text.h"
+#include "opc/model/XercesErrors.h"
+#include "opc/model/XmlEncoding.h"
+#include "opc/model/XmlLimits.h"
+
+namespace opc::model {
+namespace {
+
+constexpr std::size_t kBlockSize = 65536;
+
+// Reads everything, and never holds more than one block beyond the limit.
+std::string readAll(InputStream& stream) {
+  std::string bytes;
+  std::array<unsigned char, kBlockSize> block;
+  while (const std::size_t count = stream.read(block.data(), block.size())) {
+    if (count > XercesHelper::kMaxDocumentSize - bytes.size()) {
+      throw InvalidXMLDocument("the document is longer than " +
+                                   std::to_string(XercesHelper::kMaxDocumentSize) + " bytes",
+                               0, 0, "RB-1");
+    }
+    const std::size_t needed = bytes.size() + count;
+    if (needed > bytes.capacity()) {
+      bytes.reserve(std::min<std::size_t>(std::max(needed, bytes.capacity() * 2),
+                                          XercesHelper::kMaxDocumentSize));
+    }
+    bytes.append(reinterpret_cast<const char*>(block.data()), count);
+  }
+  return bytes;
+}
+
+[[noreturn]] void failNotWellFormed(const xercesc::SAXParseException& fault) {
+  throw InvalidXMLDocument("not well-formed: " + xercesMessage(fault.getMessage()),
+                           fault.getLineNumber(), fault.getColumnNumber(), "XM-3");
+}
+
+// Every error ends the parse: what would follow is a partial document.
+class StoppingErrorHandler final : public xercesc::ErrorHandler {
+ public:
+  void warning(const xercesc::SAXParseException&) override {}
+  void error(const xercesc::SAXParseException& fault) override { failNotWellFormed(fault); }
+  void fatalError(const xercesc::SAXParseException& fault) override { failNotWellFormed(fault); }
+  void resetErrors() override {}
+};
+
+// Nothing outside the document is ever opened.
+class RefusingEntityResolver final : public xercesc::EntityResolver {
+ public:
+  xercesc::InputSource* resolveEntity(const XMLCh*, const XMLCh* systemId) override {
+    throw InvalidXMLDocument("external entity '" + xercesMessage(systemId) + "' is not allowed", 0,
+                             0, "RB-9");
+  }
+};
+
+}  // namespace
+
+// Everything is set here, whatever the environment of the process says.
+class XercesParser::DomParser final : public xercesc::XercesDOMParser {
+ public:
+  DomParser() {
+    setDoNamespaces(true);
+    setValidationScheme(Val_Never);
+    setDoSchema(false);
+    setLoadExternalDTD(false);
+    setLoadSchema(false);
+    setDisableDefaultEntityResolution(true);
+    setCreateEntityReferenceNodes(false);
+    setCreateCommentNodes(false);  // text on both sides of a comment is one text
+    setExitOnFirstFatalError(true);
+    setErrorHandler(&errorHandler_);
+    setEntityResolver(&entityResolver_);
+  }
+
+  void parseText(const XmlText& text) {
+    text_ = &text;
+    const std::string_view bytes = text.utf8();
+    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
+                                      u"document");
+    source.setCopyBufToStream(false);
+    source.setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    parse(source);
+  }
+
+  void doctypeDecl(const xercesc::DTDElementDecl&, const XMLCh*, const XMLCh*, bool,
+                   bool) override {
+    failHere("a document type declaration is not allowed", "XM-2");
+  }
+
+  void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone,
+               const XMLCh* actualEncoding) override {
+    if (version == nullptr || std::u16string_view(version) != u"1.0") {
+      failHere("version '" + xercesMessage(version) + "' of XML is not read, only 1.0", "XM-3");
+    }
+    if (encoding != nullptr) text_->checkDeclaration(encoding);
+    xercesc::XercesDOMParser::XMLDecl(version, encoding, standalone, actualEncoding);
+  }
+
+  // Instructions are for others; ten million of them must not become ten million nodes.
+  void docPI(const XMLCh*, const XMLCh*) override {}
+
+ private:
+  [[noreturn]] void failHere(const std::string& why, const char* rule) const {
+    const xercesc::Locator* place = getScanner()->getLocator();
+    throw InvalidXMLDocument(why, place->getLineNumber(), place->getColumnNumber(), rule);
+  }
+
+  StoppingErrorHandler errorHandler_;
+  RefusingEntityResolver entityResolver_;
+  const XmlText* text_ = nullptr;
+};
+
+XercesParser::XercesParser() = default;
+XercesParser::~XercesParser() = default;
+
+xercesc::DOMDocument* XercesParser::parse(InputStream& stream) {
+  parser_.reset();
+  const std::string bytes = readAll(stream);
+  const XmlText text(bytes);
+  checkXmlLimits(text.utf8());
+  return translatingXercesErrors("cannot read XML", [&] {
+    auto parser = std::make_unique<DomParser>();
+    parser->parseText(text);
+    parser_ = std::move(parser);
+    return parser_->getDocument();
+  });
+}
+
+}  // namespace opc::model

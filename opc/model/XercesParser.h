@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+
+#include "opc/Streams.h"
+#include "opc/model/XercesHelper.h"
+
+namespace opc::model {
+
+/// The parser behind XercesHelper::createParser. May be used again and again, after failures too.
+class XercesParser {
+ public:
+  XercesParser();
+  ~XercesParser();
+  XercesParser(const XercesParser&) = delete;
+  XercesParser& operator=(const XercesParser&) = delete;
+
+  /// Parses all of `stream`. The document lives until the next parse or the parser's end. Throws
+  /// InvalidXMLDocument, and what the stream throws; there is no document then.
+  xercesc::DOMDocument* parse(InputStream& stream);
+
+ private:
+  class DomParser;
+
+  std::unique_ptr<DomParser> parser_;
+};
+
+}  // namespace opc::model

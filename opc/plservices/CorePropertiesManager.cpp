@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/CorePropertiesManager.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opc/ByteBuffer.h"
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/model/FormatConstants.h"
+#include "opc/model/XercesHelper.h"
+#include "opc/plservices/CorePropertiesPart.h"
+#include "opc/plservices/HostPropertiesPart.h"
+#include "opc/plservices/W3cDateTime.h"
+
+namespace opc::plservices {
+namespace {
+
+using boost::posix_time::ptime;
+using model::PartName;
+using model::Relationship;
+
+constexpr const char16_t* kCorePart = u"/metadata/coreProperties.xml";
+constexpr const char16_t* kHostPart = u"/metadata/hostProperties.xml";
+
+template <typename T>
+std::optional<T> toStd(const boost::optional<T>& value) {
+  return value ? std::optional<T>(*value) : std::nullopt;
+}
+
+std::optional<ptime> toStdTime(const boost::optional<ptime>& time) {
+  return time ? std::optional<ptime>(inWholeSeconds(*time)) : std::nullopt;
+}
+
+// The bytes of a part before they become one: nothing changes in the package until they are right.
+class Bytes final : public OutputStream {
+ public:
+  void write(const unsigned char* data, std::size_t size) override {
+    bytes_.append(reinterpret_cast<const char*>(data), size);
+  }
+  void copyTo(OutputStream& stream) const {
+    stream.write(reinterpret_cast<const unsigned char*>(bytes_.data()), bytes_.size());
+  }
+  std::size_t size() const { return bytes_.size(); }
+
+ private:
+  std::string bytes_;
+};
+
+// Reads `name` as a value of type `Value`, which knows how.
+template <typename Value>
+Value readPart(model::Package& package, const PartName& name) {
+  const std::shared_ptr<model::Part> part = package.getPart(name);
+  ByteBuffer buffer;
+  package.readPart(part->id(), buffer, model::XercesHelper::kMaxDocumentSize);
+  MemoryInputStream stream(buffer.data(), buffer.size());
+  try {
+    return Value::read(stream);
+  } catch (Exception& fault) {
+    fault.addContext("cannot read part '" + name.canonical() + "' of '" +
+                     package.physical().description() + "'");
+    throw;
+  }
+}
+
+template <typename Value>
+Bytes serialise(const Value& value, const std::string& what, model::Package& package) {
+  Bytes bytes;
+  try {
+    value.write(bytes);
+  } catch (Exception& fault) {
+    fault.addContext("cannot write the " + what + " of '" + package.physical().description() + "'");
+    throw;
+  }
+  return bytes;
+}
+
+// The standard part, by the one relationship that leads to it; absent when there is none.
+std::optional<PartName> findCorePart(model::Package& package) {
+  const std::vector<Relationship> found =
+      package.getRelationshipsByType(model::kCorePropertiesRelationship);
+  if (found.empty()) return std::nullopt;
+  const std::string where = "package '" + package.physical().description() + "'";
+  if (found.size() > 1) {
+    throw FormatError("CP-1", where + ": " + std::to_string(found.size()) +
+                                  " relationships lead to core properties");
+  }
+  const std::string id = toUtf8ForDisplay(found.front().getId());
+  if (found.front().getTargetMode() == model::TargetMode::External) {
+    throw FormatError(
+        "CP-2", where + ": relationship '" + id + "' leads to core properties outside the package");
+  }
+  PartName name(found.front().getTargetURI().toString());
+  if (!package.hasPart(name)) {
+    throw FormatError("CP-2", where + ": relationship '" + id + "' leads to core properties '" +
+                                  name.canonical() + "', which are not in the package");
+  }
+  const model::ContentType type = package.getPart(name)->getContentType();
+  if (!(type == model::ContentType::fromAscii(CorePropertiesPart::kContentType))) {
+    throw FormatError("CP-2", where + ": core properties '" + name.canonical() +
+                                  "' have the content type '" + type.ascii() + "'");
+  }
+  return name;
+}
+
+// The first of its relationships that leads to a part: no rule of the format binds this one.
+std::optional<PartName> findHostPart(model::Package& package) {
+  for (const Relationship& found :
+       package.getRelationshipsByType(HostPropertiesPart::relationshipType())) {
+    if (found.getTargetMode() == model::TargetMode::External) continue;
+    PartName name(found.getTargetURI().toString());
+    if (package.hasPart(name)) return name;
+  }
+  return std::nullopt;
+}
+
+CorePropertiesPart readCorePart(model::Package& package, const std::optional<PartName>& name) {
+  return name ? readPart<CorePropertiesPart>(package, *name) : CorePropertiesPart();
+}
+
+HostPropertiesPart readHostPart(model::Package& package, const std::optional<PartName>& name) {
+  return name ? readPart<HostPropertiesPart>(package, *name) : HostPropertiesPart();
+}
+
+// Takes over what CoreProperties knows and leaves the rest. Returns whether that changed anything.
+bool update(CorePropertiesPart& part, const CoreProperties& properties) {
+  bool isChanged = false;
+  const auto setText = [&](TextProperty property, const boost::optional<std::u16string>& text) {
+    std::optional<std::u16string> wanted = toStd(text);
+    if (part.text(property) == wanted) return;
+    part.setText(property, std::move(wanted));
+    isChanged = true;
+  };
+  const auto setDate = [&](DateProperty property, const boost::optional<ptime>& time) {
+    const std::optional<ptime> wanted = toStdTime(time);
+    if (part.date(property) == wanted) return;
+    part.setDate(property, wanted);
+    isChanged = true;
+  };
+  setText(TextProperty::Title, properties.getTitle());
+  setText(TextProperty::Description, properties.getDescription());
+  setText(TextProperty::Version, properties.getVersion());
+  setText(TextProperty::Creator, properties.getCreatedBy());
+  setDate(DateProperty::Created, properties.getCreatedTime());
+  setDate(DateProperty::Modified, properties.getLastModifiedTime());
+  return isChanged;
+}
+
+struct NewPart {
+  const char16_t* name;
+  std::string_view contentType;
+  std::u16string relationshipType;
+};
+
+// Replaces the part at `existing`, or makes it together with its relationship.
+void store(model::Package& package, const std::optional<PartName>& existing, const NewPart& fresh,
+           const Bytes& bytes) {
+  if (existing) {
+    bytes.copyTo(*package.getPart(*existing)->getOutputStream());
+    return;
+  }
+  const PartName name(fresh.name);
+  // A part of that name that no relationship leads to is nobody's.
+  if (package.hasPart(name)) package.deletePart(name);
+  const model::StandardPartInfo info(interfaces::CompressionType::Normal, bytes.size());
+  const auto part =
+      package.createPart(name, model::ContentType::fromAscii(fresh.contentType), info);
+  bytes.copyTo(*part->getOutputStream());
+  package.createInternalRelationship(fresh.relationshipType, model::URI(name.toString()), u"");
+}
+
+}  // namespace
+
+CoreProperties CorePropertiesManager::getCoreProperties() {
+  const CorePropertiesPart core = readCorePart(package_, findCorePart(package_));
+  HostPropertiesPart host = readHostPart(package_, findHostPart(package_));
+  if (host.contentType.empty())
+    host.contentType = core.text(TextProperty::ContentType).value_or(u"");
+
+  CoreProperties properties(host.contentType, host.contentTypeFriendlyName, host.korvanRelease);
+  if (const auto& title = core.text(TextProperty::Title)) properties.setTitle(*title);
+  if (const auto& text = core.text(TextProperty::Description)) properties.setDescription(*text);
+  if (const auto& version = core.text(TextProperty::Version)) properties.setVersion(*version);
+  if (const auto& creator = core.text(TextProperty::Creator)) properties.setCreatedBy(*creator);
+  if (const auto& time = core.date(DateProperty::Created)) properties.setCreatedTime(*time);
+  if (const auto& time = core.date(DateProperty::Modified)) properties.setLastModifiedTime(*time);
+  return properties;
+}
+
+void CorePropertiesManager::setCoreProperties(const CoreProperties& properties) {
+  const std::optional<PartName> corePart = findCorePart(package_);
+  const std::optional<PartName> hostPart = findHostPart(package_);
+  CorePropertiesPart core = readCorePart(package_, corePart);
+  const HostPropertiesPart host{properties.getContentType(),
+                                properties.getContentTypeFriendlyName(),
+                                properties.getKorvanRelease()};
+  const bool isCoreChanged = update(core, properties);
+  const bool isHostChanged = !(readHostPart(package_, hostPart) == host);
+
+  const Bytes coreBytes = serialise(core, "core properties", package_);
+  const Bytes hostBytes = serialise(host, "host properties", package_);
+  if (isCoreChanged) {
+    store(package_, corePart,
+          {kCorePart, CorePropertiesPart::kContentType,
+           std::u16string(model::kCorePropertiesRelationship)},
+          coreBytes);
+  }
+  if (isHostChanged) {
+    store(package_, hostPart,
+          {kHostPart, HostPropertiesPart::kContentType, HostPropertiesPart::relationshipType()},
+          hostBytes);
+  }
+}
+
+}  // namespace opc::plservices

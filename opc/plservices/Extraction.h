@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opc/ByteBuffer.h"
+#include "opc/interfaces/Progress.h"
+#include "opc/model/Package.h"
+#include "opc/plservices/DestinationFolder.h"
+#include "opc/plservices/ExtractionPlan.h"
+#include "opc/plservices/FileSystemManager.h"
+#include "opc/plservices/FileTree.h"
+#include "opc/plservices/FreeSpace.h"
+
+namespace opc::plservices {
+
+/// Writes files and folders of a tree below a folder of the disk; see FileSystemManager::extract.
+/// For one use.
+class Extraction {
+ public:
+  Extraction(model::Package& package, FileTree& tree, std::string destination, RestoreMode mode);
+
+  void setFreeSpaceQuery(FreeSpaceQuery query) { freeSpace_ = std::move(query); }
+
+  /// Writes `chosen` with all that is below them. `progress` may be empty.
+  void run(const std::vector<NodeId>& chosen, const interfaces::ProgressFunction& progress);
+
+ private:
+  void checkBeforeWriting(DestinationFolder& folder);
+  void checkConflicts(int destination);
+  void checkConflict(NodeId leaf, int folder);
+  void checkFreeSpace(int destination) const;
+  void writeAll(int destination);
+  void writeFile(NodeId file, int folder);
+  void writeSmallFile(NodeId file, const model::PartInfo& info, int folder);
+  void writeLargeFile(NodeId file, const model::PartInfo& info, int folder);
+  void countFile();
+  std::string contextOf(NodeId leaf) const;
+
+  model::Package& package_;
+  FileTree& tree_;
+  std::string destination_;
+  RestoreMode mode_;
+  FreeSpaceQuery freeSpace_ = queryFreeSpace;
+
+  ExtractionPlan plan_;
+  bool replace_ = false;
+  std::uint64_t bytesToReplace_ = 0;  // on disk, of files that make way for theirs
+  ByteBuffer buffer_;
+  interfaces::Progress done_;
+  interfaces::ProgressFunction progress_;
+};
+
+}  // namespace opc::plservices

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/FileContentSource.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "opc/Exception.h"
+#include "opc/FileDescriptor.h"
+#include "opc/Text.h"
+
+namespace opc::plservices {
+namespace {
+
+struct OpenedFile {
+  FileDescriptor descriptor;
+  struct stat status {};
+};
+
+// Not to wait for the writer of a pipe: it is told apart only once it is open.
+FileDescriptor openForReading(const std::string& path) {
+  for (;;) {
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file) return file;
+    if (errno != EINTR) throw SystemError("cannot open '" + path + "'", errno);
+  }
+}
+
+OpenedFile openRegularFile(const std::string& path) {
+  if (path.find('\0') != std::string::npos) {
+    throw Exception(ErrorCode::InvalidArgument, "cannot open '" + path + "': it holds a NUL");
+  }
+  OpenedFile file{openForReading(path)};
+  if (::fstat(file.descriptor.get(), &file.status) != 0) {
+    throw SystemError("cannot look at '" + path + "'", errno);
+  }
+  if (S_ISREG(file.status.st_mode)) return file;
+  throw Exception(ErrorCode::InvalidArgument,
+                  "cannot read '" + path + "': it is " +
+                      (S_ISDIR(file.status.st_mode) ? "a folder" : "no regular file"));
+}
+
+class FileInputStream final : public InputStream {
+ public:
+  explicit FileInputStream(std::string path)
+      : path_(std::move(path)), file_(openRegularFile(path_).descriptor) {}
+
+  std::size_t read(unsigned char* buffer, std::size_t size) override {
+    if (size == 0) return 0;
+    if (!hasPeeked_) return readFromFile(buffer, size);
+    *buffer = peeked_;
+    hasPeeked_ = false;
+    return 1;
+  }
+
+  bool isEnd() override {
+    if (!hasPeeked_) hasPeeked_ = readFromFile(&peeked_, 1) == 1;
+    return !hasPeeked_;
+  }
+
+ private:
+  std::size_t readFromFile(unsigned char* buffer, std::size_t size) {
+    for (;;) {
+      const ssize_t count = ::read(file_.get(), buffer, size);
+      if (count >= 0) return static_cast<std::size_t>(count);
+      if (errno != EINTR) throw SystemError("cannot read '" + path_ + "'", errno);
+    }
+  }
+
+  std::string path_;
+  FileDescriptor file_;
+  unsigned char peeked_ = 0;
+  bool hasPeeked_ = false;
+};
+
+}  // namespace
+
+FileContentSource::FileContentSource(const std::u16string& path)
+    : FileContentSource(toUtf8(path)) {}
+
+FileContentSource::FileContentSource(std::string path) : path_(std::move(path)) {
+  const OpenedFile file = openRegularFile(path_);
+  size_ = static_cast<std::uint64_t>(file.status.st_size);
+  modified_ = file.status.st_mtim.tv_sec;
+  executable_ = (file.status.st_mode & S_IXUSR) != 0;
+}
+
+std::unique_ptr<InputStream> FileContentSource::getInputStream() {
+  return std::make_unique<FileInputStream>(path_);
+}
+
+}  // namespace opc::plservices

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "opc/Text.h"
+#include "opc/plservices/FileSystemManager.h"
+#include "opc/plservices/FileTree.h"
+
+namespace opc::plservices {
+
+FileSystemEntryAlreadyExists::FileSystemEntryAlreadyExists(std::string_view path)
+    : Exception(ErrorCode::AlreadyExists,
+                "path '" + std::string(path) + "' exists already in the package") {}
+
+const FileTree& FileSystemEntry::tree() const {
+  if (node_ < tree_->size()) return *tree_;
+  throw Exception(ErrorCode::InvalidState,
+                  "file system entry is used after its package was closed");
+}
+
+bool FileSystemEntry::isFile() const {
+  return tree().isFile(node_);
+}
+
+std::u16string FileSystemEntry::getPathName() const {
+  return fromUtf8(path());
+}
+
+std::string FileSystemEntry::path() const {
+  return tree().path(node_);
+}
+
+std::string FileSystemEntry::name() const {
+  return std::string(tree().name(node_));
+}
+
+model::PartInfo FileSystemEntry::info() const {
+  if (!isFile()) return {};
+  return package_->partInfo(tree_->part(node_));
+}
+
+}  // namespace opc::plservices

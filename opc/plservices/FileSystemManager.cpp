@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/FileSystemManager.h"
+
+#include <optional>
+#include <utility>
+
+#include "opc/Text.h"
+#include "opc/plservices/Extraction.h"
+#include "opc/plservices/FileTreeEditor.h"
+#include "opc/plservices/LoadedFileTree.h"
+#include "opc/plservices/TreePath.h"
+
+namespace opc::plservices {
+
+class FileSystemManager::State {
+ public:
+  void load(model::Package& package) {
+    FileTreePart part(package);
+    LoadedFileTree loaded = loadFileTree(package, part);
+    // In place, so that entries of the time before find a tree and not freed memory.
+    *tree = std::move(loaded);
+    editor.emplace(package, std::move(part), tree);
+    openCount = package.openCount();
+  }
+
+  std::shared_ptr<LoadedFileTree> tree = std::make_shared<LoadedFileTree>();
+  std::optional<FileTreeEditor> editor;
+  std::uint64_t openCount = 0;
+};
+
+FileSystemManager::FileSystemManager(model::Package& package)
+    : package_(package), state_(std::make_unique<State>()) {}
+
+FileSystemManager::~FileSystemManager() = default;
+
+FileSystemManager::State& FileSystemManager::state() {
+  if (!package_.isOpen()) throw Exception(ErrorCode::InvalidState, "package is not open");
+  if (!state_->editor || state_->openCount != package_.openCount()) state_->load(package_);
+  return *state_;
+}
+
+FileSystemEntry FileSystemManager::entryOf(std::uint32_t node) {
+  return {package_, state_->tree->nodes, node};
+}
+
+std::uint32_t FileSystemManager::nodeOf(const FileSystemEntry& entry) {
+  const FileTree& nodes = state().tree->nodes;
+  if (entry.tree_ == &nodes && entry.node_ < nodes.size()) return entry.node_;
+  throw Exception(ErrorCode::InvalidArgument, "file system entry is of another package");
+}
+
+FileSystemEntry FileSystemManager::getRoot() {
+  state();
+  return entryOf(FileTree::kRoot);
+}
+
+std::vector<FileSystemEntry> FileSystemManager::getChildren(const FileSystemEntry& folder) {
+  const NodeId parent = nodeOf(folder);
+  FileTree& nodes = state_->tree->nodes;
+  std::vector<FileSystemEntry> children;
+  for (NodeId node = nodes.firstChild(parent); node != FileTree::kNone;
+       node = nodes.nextSibling(node)) {
+    children.push_back(entryOf(node));
+  }
+  return children;
+}
+
+void FileSystemManager::visitFiles(
+    const std::function<void(std::string_view, const FileSystemEntry&)>& visit) {
+  TreeWalk walk(state().tree->nodes);
+  while (walk.next()) visit(walk.path(), entryOf(walk.node()));
+}
+
+std::unique_ptr<FileSystemEntry> FileSystemManager::find(std::string_view path) {
+  const FileTree& nodes = state().tree->nodes;
+  if (path.starts_with('/')) path.remove_prefix(1);
+  const bool isRoot = path.empty();
+  if (!isRoot && findPathFault(path) != nullptr) return nullptr;
+  const NodeId node = isRoot ? FileTree::kRoot : nodes.find(path);
+  if (node == FileTree::kNone) return nullptr;
+  return std::make_unique<FileSystemEntry>(entryOf(node));
+}
+
+std::shared_ptr<FileSystemEntry> FileSystemManager::addFile(const std::u16string& diskPath,
+                                                            const std::u16string& packagePath) {
+  return addFile(std::make_unique<FileContentSource>(diskPath), toUtf8(packagePath));
+}
+
+std::shared_ptr<FileSystemEntry> FileSystemManager::addFile(
+    std::unique_ptr<FileContentSource> source, std::string_view packagePath) {
+  const NodeId node = state().editor->addFile(std::move(source), packagePath);
+  return std::make_shared<FileSystemEntry>(entryOf(node));
+}
+
+std::shared_ptr<FileSystemEntry> FileSystemManager::createFolder(
+    const std::u16string& packagePath) {
+  const NodeId node = state().editor->addFolder(toUtf8(packagePath));
+  return std::make_shared<FileSystemEntry>(entryOf(node));
+}
+
+void FileSystemManager::extractAll(const std::u16string& destination, RestoreMode mode) {
+  extract({getRoot()}, toUtf8(destination), mode, nullptr);
+}
+
+void FileSystemManager::extract(const std::vector<FileSystemEntry>& entries,
+                                std::string_view destination, RestoreMode mode,
+                                const interfaces::ProgressFunction& progress) {
+  std::vector<NodeId> chosen;
+  chosen.reserve(entries.size());
+  for (const FileSystemEntry& entry : entries) chosen.push_back(nodeOf(entry));
+  Extraction extraction(package_, state().tree->nodes, std::string(destination), mode);
+  extraction.run(chosen, progress);
+}
+
+std::unique_ptr<InputStream> FileSystemManager::openFile(const FileSystemEntry& file) {
+  const NodeId node = nodeOf(file);
+  const FileTree& nodes = state_->tree->nodes;
+  if (nodes.isFile(node)) return package_.openPart(nodes.part(node));
+  throw Exception(ErrorCode::InvalidArgument,
+                  "cannot open '" + nodes.path(node) + "': it is a folder");
+}
+
+const std::vector<std::string>& FileSystemManager::unreadable() {
+  return state().tree->unreadable;
+}
+
+}  // namespace opc::plservices

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "opc/Exception.h"
+#include "opc/Streams.h"
+#include "opc/interfaces/Progress.h"
+#include "opc/model/Package.h"
+
+namespace opc::plservices {
+
+/// A path of the tree that is taken.
+class FileSystemEntryAlreadyExists : public Exception {
+ public:
+  explicit FileSystemEntryAlreadyExists(std::string_view path);
+};
+
+/// What becomes of files that exist on disk when the tree is written there.
+enum class RestoreMode {
+  KeepExisting = 0,     ///< an existing file is an error, before anything is written
+  ReplaceExisting = 1,  ///< it is unlinked and made anew, never written through
+};
+
+class FileContentSource;
+class FileTree;
+
+/// A file or folder of the tree: a value, good until the package is closed.
+class FileSystemEntry {
+ public:
+  bool isFile() const;
+  /// '/' between names, none at the ends; "" for the root.
+  std::u16string getPathName() const;
+  std::string path() const;  ///< the same in UTF-8
+  std::string name() const;  ///< the last component, UTF-8
+
+  /// Of a file; all zero for a folder.
+  model::PartInfo info() const;
+  std::uint32_t node() const { return node_; }
+
+ private:
+  friend class FileSystemManager;
+  FileSystemEntry(const model::Package& package, const FileTree& tree, std::uint32_t node)
+      : package_(&package), tree_(&tree), node_(node) {}
+  /// Throws InvalidState when the node is one of a tree that is gone.
+  const FileTree& tree() const;
+
+  const model::Package* package_;
+  const FileTree* tree_;
+  std::uint32_t node_;
+};
+
+/// The files and folders that a package carries, as a tree.
+///
+/// A file at "a/b.m" is the part "/files/a/b.m", percent-encoded. What a part name cannot say
+/// (empty folders; names that differ only in case, end in a dot, hold a backslash or a control
+/// character, look like relationships) is kept in "/metadata/fileTree.xml", so every path comes
+/// back as it went in. Paths in the package use '/'; a leading one is dropped; empty components,
+/// ".", ".." and NUL are refused. Children come in the order of their names' UTF-16 code units.
+/// The package must be open; the tree is read when it is first asked for.
+class FileSystemManager {
+ public:
+  explicit FileSystemManager(model::Package& package);
+  ~FileSystemManager();
+  FileSystemManager(const FileSystemManager&) = delete;
+  FileSystemManager& operator=(const FileSystemManager&) = delete;
+
+  FileSystemEntry getRoot();
+  /// None for a file.
+  std::vector<FileSystemEntry> getChildren(const FileSystemEntry& folder);
+  /// Calls `visit` for all files and empty folders with their paths (UTF-8), depth first in the
+  /// order of children. `visit` must not change the tree.
+  void visitFiles(
+      const std::function<void(std::string_view path, const FileSystemEntry& entry)>& visit);
+  /// The entry at a path (UTF-8), or null.
+  std::unique_ptr<FileSystemEntry> find(std::string_view path);
+
+  /// Adds the file `diskPath` as `packagePath`. Folders above it come into being. The file must be
+  /// there and readable now; it is read when the package is committed. Throws
+  /// FileSystemEntryAlreadyExists when the path is taken, Exception otherwise; the tree is then
+  /// unchanged.
+  std::shared_ptr<FileSystemEntry> addFile(const std::u16string& diskPath,
+                                           const std::u16string& packagePath);
+  /// The same for a disk file of any name, with a path in UTF-8.
+  std::shared_ptr<FileSystemEntry> addFile(std::unique_ptr<FileContentSource> source,
+                                           std::string_view packagePath);
+  /// Adds a folder, and those above it. Throws FileSystemEntryAlreadyExists when the path is taken.
+  std::shared_ptr<FileSystemEntry> createFolder(const std::u16string& packagePath);
+
+  /// Writes the whole tree below `destination` (made if missing; the folder above it must exist).
+  void extractAll(const std::u16string& destination, RestoreMode mode);
+  /// Writes the chosen entries, folders with all that is below them, under their full paths below
+  /// `destination` (UTF-8). Checks everything that it can (names, existing files, free space)
+  /// before the first byte. Follows no link below the destination, never leaves it. Files keep
+  /// their times and the executable bit under the umask. A file that fails is removed and named in
+  /// the error; those before it stay. `progress` may be empty.
+  void extract(const std::vector<FileSystemEntry>& entries, std::string_view destination,
+               RestoreMode mode, const interfaces::ProgressFunction& progress);
+
+  /// A fresh stream over a file's bytes; it must not outlive the open package.
+  std::unique_ptr<InputStream> openFile(const FileSystemEntry& file);
+
+  /// Files of the package that have no path (a name that decodes to a control character or to no
+  /// UTF-8, say), one line each that names the part and says why. They are not in the tree.
+  const std::vector<std::string>& unreadable();
+
+ private:
+  class State;
+
+  /// Reads the tree when the package has been opened since the last time.
+  State& state();
+  /// The entry's node, if it is one of this tree; throws InvalidArgument otherwise.
+  std::uint32_t nodeOf(const FileSystemEntry& entry);
+  FileSystemEntry entryOf(std::uint32_t node);
+
+  model::Package& package_;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace opc::plservices

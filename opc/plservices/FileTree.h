@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "opc/model/HashIndex.h"
+#include "opc/model/Part.h"
+
+namespace opc::plservices {
+
+/// Names a node of a FileTree; good as long as the tree is, since nodes are never removed.
+using NodeId = std::uint32_t;
+
+/// Files and folders in memory: names in one block, nodes in one vector, look-up by hash. Knows
+/// nothing of packages but the number of a file's part. Names are UTF-8 and taken as they are.
+class FileTree {
+ public:
+  static constexpr NodeId kRoot = 0;
+  static constexpr NodeId kNone = 0xFFFFFFFFu;
+
+  FileTree();
+
+  /// Makes room for so many nodes.
+  void reserve(std::size_t nodes);
+  std::size_t size() const { return nodes_.size(); }
+
+  bool isFile(NodeId node) const { return nodes_[node].isFile; }
+  bool hasChildren(NodeId node) const { return nodes_[node].firstChild != kNone; }
+  /// A folder without children that is not the root.
+  bool isEmptyFolder(NodeId node) const {
+    return node != kRoot && !isFile(node) && !hasChildren(node);
+  }
+  NodeId parent(NodeId node) const { return nodes_[node].parent; }
+  model::PartId part(NodeId file) const { return nodes_[file].part; }
+  /// Followed by a NUL in memory; good until a node is added.
+  std::string_view name(NodeId node) const;
+  std::string path(NodeId node) const;
+
+  /// Each kNone when there is none.
+  NodeId findChild(NodeId folder, std::string_view name) const;
+  NodeId find(std::string_view path) const;
+  /// How far a path leads: the last node on it that exists, and what is left of the path.
+  struct Reach {
+    NodeId node;
+    std::string_view rest;
+  };
+  Reach reach(std::string_view path) const;
+
+  /// The name must not be taken in the folder.
+  NodeId addFile(NodeId folder, std::string_view name, model::PartId part);
+  NodeId addFolder(NodeId folder, std::string_view name);
+
+  /// Children in the order of their names' UTF-16 code units; sorts them when that is due.
+  NodeId firstChild(NodeId folder);
+  NodeId nextSibling(NodeId node) const { return nodes_[node].nextSibling; }
+
+ private:
+  struct Node {
+    std::uint64_t nameBegin = 0;
+    std::uint32_t nameSize = 0;
+    NodeId parent = kNone;
+    NodeId firstChild = kNone;
+    NodeId nextSibling = kNone;
+    std::uint32_t part = 0;
+    bool isFile = false;
+    bool sorted = true;  // its children
+  };
+  struct SortItem {
+    std::uint64_t key;
+    NodeId node;
+  };
+
+  NodeId add(NodeId folder, std::string_view name, bool isFile, std::uint32_t part);
+  void sortChildren(NodeId folder);
+  std::size_t commonNamePrefix() const;
+  void sortItems();
+
+  std::vector<Node> nodes_;
+  std::string names_;
+  model::HashIndex<NodeId> index_;  // by folder and name
+  std::vector<SortItem> sortItems_;
+};
+
+/// Goes through the files and empty folders at and below a node, depth first, in the order of
+/// children. The tree must not change meanwhile. The root itself never comes up.
+class TreeWalk {
+ public:
+  explicit TreeWalk(FileTree& tree, NodeId top = FileTree::kRoot);
+
+  /// Goes to the next one; false at the end.
+  bool next();
+  NodeId node() const { return node_; }
+  /// Its path; good until next().
+  std::string_view path() const { return path_; }
+
+ private:
+  void descend();
+  bool advance();
+  void push(NodeId node);
+  void pop();
+
+  FileTree& tree_;
+  NodeId top_;
+  NodeId node_;
+  std::string path_;
+  bool started_ = false;
+};
+
+}  // namespace opc::plservices

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/FileTreeTable.h"
+
+#include <algorithm>
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/model/PartName.h"
+#include "opc/model/XercesHelper.h"
+#include "opc/plservices/SchemaRoot.h"
+#include "opc/plservices/TreePath.h"
+
+namespace opc::plservices {
+namespace {
+
+using model::XercesHelper;
+
+constexpr const char16_t* kRoot = u"fileTree";
+constexpr const char16_t* kFolder = u"folder";
+constexpr const char16_t* kFile = u"file";
+constexpr const char16_t* kPath = u"path";
+constexpr const char16_t* kPart = u"part";
+
+std::u16string namespaceURI() {
+  return SchemaRoot + u"/korvan/addon/2014/fileTree";
+}
+
+[[noreturn]] void refuse(const std::string& why) {
+  throw FormatError("PN-13", why);
+}
+
+std::string requireAttribute(const xercesc::DOMElement* element, const char16_t* name) {
+  std::u16string value;
+  if (!XercesHelper::getElementAttribute(element, name, value)) {
+    refuse("an entry of the file tree has no attribute '" + toUtf8(name) + "'");
+  }
+  return toUtf8(value);
+}
+
+std::string readPath(const xercesc::DOMElement* element) {
+  std::string path = model::percentDecodePath(requireAttribute(element, kPath));
+  if (const char* fault = findPathFault(path)) {
+    refuse("path '" + path + "' cannot stand in a file tree: " + fault);
+  }
+  if (FileTreeTable::entrySize(path) == 0) refuse("path '" + path + "' is too long");
+  return path;
+}
+
+const xercesc::DOMElement* requireRoot(const xercesc::DOMDocument* document) {
+  const xercesc::DOMElement* root = document->getDocumentElement();
+  const char16_t* found = root->getNamespaceURI();
+  if (found == nullptr || namespaceURI() != found ||
+      root->getLocalName() != std::u16string(kRoot)) {
+    refuse("the root element is not 'fileTree' of the namespace '" + toUtf8(namespaceURI()) + "'");
+  }
+  return root;
+}
+
+xercesc::DOMElement* appendEntry(xercesc::DOMElement* root, const char16_t* name,
+                                 const std::string& path) {
+  xercesc::DOMElement* entry = XercesHelper::appendElementNS(root, namespaceURI(), name);
+  XercesHelper::setElementAttribute(entry, kPath, fromUtf8(model::percentEncodePath(path)));
+  return entry;
+}
+
+}  // namespace
+
+FileTreeTable FileTreeTable::read(InputStream& stream) {
+  const model::XercesGuard guard;
+  const model::ParserPointer parser = XercesHelper::createParser();
+  const xercesc::DOMElement* root =
+      requireRoot(XercesHelper::readDocumentFromStream(parser, stream, false, u"", namespaceURI()));
+  FileTreeTable table;
+  for (const xercesc::DOMElement* folder : XercesHelper::getElements(root, kFolder)) {
+    table.folders.push_back(readPath(folder));
+  }
+  for (const xercesc::DOMElement* file : XercesHelper::getElements(root, kFile)) {
+    table.files.push_back({readPath(file), requireAttribute(file, kPart)});
+  }
+  // An entry of an unknown kind may be a file, and nobody would miss it.
+  if (root->getChildElementCount() != table.folders.size() + table.files.size()) {
+    refuse("the file tree has an entry that is neither a file nor a folder");
+  }
+  return table;
+}
+
+void FileTreeTable::write(OutputStream& stream) {
+  std::sort(folders.begin(), folders.end());
+  std::sort(files.begin(), files.end(),
+            [](const File& a, const File& b) { return a.path < b.path; });
+  const model::XercesGuard guard;
+  const model::DocumentPointer document = XercesHelper::createDocument();
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI(), kRoot);
+  for (const std::string& folder : folders) appendEntry(root, kFolder, folder);
+  for (const File& file : files) {
+    XercesHelper::setElementAttribute(appendEntry(root, kFile, file.path), kPart,
+                                      fromUtf8(file.partName));
+  }
+  XercesHelper::writeDocumentToStream(XercesHelper::createWriter(), document, stream);
+}
+
+std::uint64_t FileTreeTable::entrySize(std::string_view path) {
+  // Elements, attribute names and a made-up part name.
+  constexpr std::uint64_t kMarkup = 120;
+  const std::string encoded = model::percentEncodePath(path);
+  const auto ampersands = std::count(encoded.begin(), encoded.end(), '&');
+  const std::uint64_t size = encoded.size() + 4 * static_cast<std::uint64_t>(ampersands);
+  return size > kMaxEncodedPath ? 0 : size + kMarkup;
+}
+
+}  // namespace opc::plservices

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "opc/Streams.h"
+
+namespace opc::plservices {
+
+/// What part names cannot say about a file tree, as the content of one XML part: empty folders, and
+/// files whose path is no part name. Paths are UTF-8; in the XML they are percent-encoded, since
+/// XML has no control characters.
+struct FileTreeTable {
+  struct File {
+    std::string path;
+    std::string partName;  ///< canonical, such as "/metadata/fileTree/1.m"
+  };
+
+  /// What a reader accepts: beyond it a path, or the table, must not be written.
+  static constexpr std::size_t kMaxEncodedPath = 500'000;
+  static constexpr std::uint64_t kMaxSize = 60u << 20;
+
+  std::vector<std::string> folders;  ///< the empty ones
+  std::vector<File> files;
+
+  /// Throws Exception for XML that is no table, and for a path that cannot stand in a package.
+  static FileTreeTable read(InputStream& stream);
+  /// Sorted by path, so that equal trees give equal bytes.
+  void write(OutputStream& stream);
+
+  /// Bytes that an entry for `path` takes at most; 0 when the path is too long for a table.
+  static std::uint64_t entrySize(std::string_view path);
+};
+
+}  // namespace opc::plservices

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "opc/model/Package.h"
+#include "opc/plservices/FileTree.h"
+#include "opc/plservices/FileTreePart.h"
+#include "opc/plservices/FileTreeTable.h"
+
+namespace opc::plservices {
+
+/// Where the parts of files lie in a package: item names, ASCII letters without case.
+inline constexpr std::string_view kFilesFolder = "files/";
+
+/// The file tree of an open package, with what its table has to say.
+struct LoadedFileTree {
+  struct TableFile {
+    NodeId node;
+    std::string partName;
+  };
+
+  FileTree nodes;
+  std::vector<TableFile> tableFiles;    ///< files that only the table can place
+  std::size_t emptyFolders = 0;         ///< every one of them stands in the table
+  std::uint64_t tableSize = 0;          ///< bytes of the table at most, markup of the root aside
+  std::vector<std::string> unreadable;  ///< files without a path, a line each
+
+  bool needsTable() const { return emptyFolders != 0 || !tableFiles.empty(); }
+  FileTreeTable table() const;
+};
+
+/// Reads the tree of an open package: the names of its parts, and the table if there is one. Throws
+/// Exception when the table is at odds with itself or with the package, since files would be lost
+/// with it.
+LoadedFileTree loadFileTree(model::Package& package, FileTreePart& table);
+
+}  // namespace opc::plservices

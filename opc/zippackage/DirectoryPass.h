@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "opc/zippackage/ZipDirectory.h"
+
+namespace opc::zippackage {
+
+/// Takes the bytes of a directory apart and notes what is wrong with it. A part of ZipDirectory.
+class DirectoryPass {
+ public:
+  explicit DirectoryPass(ZipDirectory& directory) : directory_(directory) {}
+
+  void run();
+
+ private:
+  void readEntries();
+  void readEntry(std::size_t at, const CentralHeader& header);
+  void readZip64(ZipEntry& entry, const CentralHeader& header);
+  void checkMethod(const ZipEntry& entry);
+  void checkName(ZipEntry& entry);
+  void checkParentSegments(std::string_view name);
+  void checkDuplicates();
+  void checkPlaces();
+  void checkPlace(std::uint32_t entry, std::uint32_t previous);
+  void note(ZipFaultKind kind, std::uint64_t first = 0, std::uint64_t second = 0);
+  void noteFor(std::uint32_t entry, ZipFaultKind kind, std::uint64_t first, std::uint64_t second);
+
+  ZipDirectory& directory_;
+  std::uint32_t current_ = 0;
+};
+
+}  // namespace opc::zippackage

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "opc/zippackage/ZipFault.h"
+
+namespace opc::zippackage {
+
+/// Finds equal names among the entries of a directory: one block of memory for all, and a hash that
+/// nobody can prepare names against.
+class DuplicateNames {
+ public:
+  explicit DuplicateNames(std::size_t count);
+
+  /// Adds an entry. Returns the earlier one of the same name, or kNoEntry. `nameOf` gives the name
+  /// of an entry that was added.
+  template <typename NameOf>
+  std::uint32_t add(std::uint32_t entry, std::string_view name, const NameOf& nameOf) {
+    const std::uint64_t hash = hashOf(name);
+    const auto tag = static_cast<std::uint32_t>(hash >> 32);
+    std::size_t at = static_cast<std::size_t>(hash) & mask_;
+    for (; slots_[at].entryPlusOne != 0; at = (at + 1) & mask_) {
+      const std::uint32_t other = slots_[at].entryPlusOne - 1;
+      if (slots_[at].tag == tag && nameOf(other) == name) return other;
+    }
+    slots_[at] = {tag, entry + 1};
+    return kNoEntry;
+  }
+
+ private:
+  struct Slot {
+    std::uint32_t tag = 0;
+    std::uint32_t entryPlusOne = 0;  ///< 0: free
+  };
+
+  std::uint64_t hashOf(std::string_view name) const;
+
+  std::uint64_t seeds_[2];
+  std::size_t mask_;
+  std::unique_ptr<Slot[]> slots_;
+};
+
+}  // namespace opc::zippackage

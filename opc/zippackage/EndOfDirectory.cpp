@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/EndOfDirectory.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "opc/Exception.h"
+#include "opc/zippackage/ZipFormat.h"
+
+namespace opc::zippackage {
+namespace {
+
+/// How well a candidate fits, ascending.
+enum class Fit { Cut, Misplaced, Gap, Exact };
+
+/// Something that begins like an end record.
+struct Candidate {
+  std::uint64_t offset = 0;
+  EndRecord record;
+  DirectoryLocation location;
+  Fit fit = Fit::Cut;
+  const char* rule = "ZP-16";
+  std::string problem;  ///< why it does not fit
+
+  bool isPlausible() const { return fit >= Fit::Gap; }
+};
+
+class EndRecordSearch {
+ public:
+  explicit EndRecordSearch(const FileTail& tail) : tail_(tail), size_(tail.file().size()) {}
+
+  DirectoryLocation run();
+
+ private:
+  void consider(std::uint64_t offset);
+  void prefer(Candidate&& candidate);
+  std::optional<std::uint64_t> previousSignature(std::uint64_t before) const;
+  Candidate evaluate(std::uint64_t offset) const;
+  bool readZip64(Candidate& candidate) const;
+  bool applyZip64(Candidate& candidate, const Zip64Locator& locator) const;
+  void judgePlace(Candidate& candidate) const;
+  bool beginsWith(std::uint64_t offset, std::uint32_t signature) const;
+  [[noreturn]] void refuseWithoutRecord() const;
+
+  const FileTail& tail_;
+  std::uint64_t size_;
+  std::optional<Candidate> best_;
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> plausible_;  ///< offset, end of comment
+};
+
+std::uint64_t saturatedSum(std::uint64_t a, std::uint64_t b) {
+  return a > UINT64_MAX - b ? UINT64_MAX : a + b;
+}
+
+DirectoryLocation fromEndRecord(std::uint64_t offset, const EndRecord& record) {
+  DirectoryLocation location;
+  location.offset = record.directoryOffset;
+  location.size = record.directorySize;
+  location.entries = record.entries;
+  location.endRecords = offset;
+  location.archiveEnd = offset + EndRecord::kSize + record.commentLength;
+  return location;
+}
+
+void noteVolumes(Candidate& candidate, bool isOne) {
+  if (!isOne) candidate.location.faults.push_back({ZipFaultKind::OtherVolume});
+}
+
+bool isOneVolume(const EndRecord& record, bool hasZip64) {
+  const auto isFirst = [hasZip64](std::uint16_t disk) {
+    return disk == 0 || (hasZip64 && disk == kElsewhere16);
+  };
+  return isFirst(record.disk) && isFirst(record.directoryDisk) &&
+         record.entriesHere == record.entries;
+}
+
+bool agrees(const EndRecord& record, const Zip64EndRecord& wide) {
+  const auto same32 = [](std::uint32_t narrow, std::uint64_t value) {
+    return narrow == kElsewhere32 || narrow == value;
+  };
+  const bool sameCount = record.entries == kElsewhere16 || record.entries == wide.entries;
+  return sameCount && same32(record.directorySize, wide.directorySize) &&
+         same32(record.directoryOffset, wide.directoryOffset);
+}
+
+DirectoryLocation EndRecordSearch::run() {
+  std::uint64_t before = size_;
+  while (const auto offset = previousSignature(before)) {
+    consider(*offset);
+    before = *offset + 3;  // The next one may end within this one's signature, not later.
+  }
+  if (!best_) refuseWithoutRecord();
+  if (!best_->isPlausible()) throw FormatError(best_->rule, best_->problem);
+  const bool isHidden =
+      std::any_of(plausible_.begin(), plausible_.end(), [this](const auto& other) {
+        return other.first < best_->offset && other.second > best_->offset;
+      });
+  if (isHidden) {
+    throw FormatError("ZP-16", "it has two end records, one in the comment of the other");
+  }
+  const std::uint64_t end = best_->location.archiveEnd;
+  if (end < size_) {
+    best_->location.faults.push_back({ZipFaultKind::BytesAfterEnd, kNoEntry, end, size_ - end});
+  }
+  const unsigned char* comment = tail_.at(best_->offset + EndRecord::kSize);
+  best_->location.comment.assign(comment, comment + best_->record.commentLength);
+  return std::move(best_->location);
+}
+
+void EndRecordSearch::consider(std::uint64_t offset) {
+  Candidate candidate = evaluate(offset);
+  if (candidate.isPlausible()) plausible_.emplace_back(offset, candidate.location.archiveEnd);
+  prefer(std::move(candidate));
+}
+
+// Candidates come from the last to the first, so an equal one does not replace a later one.
+void EndRecordSearch::prefer(Candidate&& candidate) {
+  const auto rank = [this](const Candidate& one) {
+    return std::pair(one.fit, one.location.archiveEnd == size_);
+  };
+  if (!best_ || rank(*best_) < rank(candidate)) best_ = std::move(candidate);
+}
+
+std::optional<std::uint64_t> EndRecordSearch::previousSignature(std::uint64_t before) const {
+  constexpr unsigned char kText[4] = {'P', 'K', 5, 6};
+  const unsigned char* first = tail_.at(tail_.start());
+  const std::size_t length = static_cast<std::size_t>(before - tail_.start());
+  const unsigned char* end = first + length;
+  const unsigned char* found = std::find_end(first, end, std::begin(kText), std::end(kText));
+  if (found == end) return std::nullopt;
+  return tail_.start() + static_cast<std::uint64_t>(found - first);
+}
+
+Candidate EndRecordSearch::evaluate(std::uint64_t offset) const {
+  Candidate candidate;
+  candidate.offset = offset;
+  const auto record =
+      EndRecord::decode(Bytes(tail_.at(offset), static_cast<std::size_t>(size_ - offset)));
+  if (!record) {
+    candidate.problem = "it is cut off within its end record";
+    return candidate;
+  }
+  candidate.record = *record;
+  candidate.location = fromEndRecord(offset, *record);
+  if (candidate.location.archiveEnd > size_) {
+    candidate.problem = "it is cut off within its comment";
+    return candidate;
+  }
+  candidate.fit = Fit::Misplaced;
+  if (readZip64(candidate)) judgePlace(candidate);
+  return candidate;
+}
+
+// False when the candidate needs ZIP64 records that are not there or not right.
+bool EndRecordSearch::readZip64(Candidate& candidate) const {
+  const EndRecord& record = candidate.record;
+  const bool sizesElsewhere =
+      record.directorySize == kElsewhere32 || record.directoryOffset == kElsewhere32;
+  const bool isElsewhere = sizesElsewhere || record.entries == kElsewhere16 ||
+                           record.disk == kElsewhere16 || record.directoryDisk == kElsewhere16;
+  // What looks like a locator may be the end of the last entry's comment.
+  const DirectoryLocation& location = candidate.location;
+  const bool reachesDirectory =
+      !isElsewhere && saturatedSum(location.offset, location.size) == candidate.offset;
+  if (!reachesDirectory && candidate.offset >= Zip64Locator::kSize) {
+    unsigned char bytes[Zip64Locator::kSize];
+    tail_.readAt(candidate.offset - sizeof bytes, bytes, sizeof bytes);
+    if (const auto locator = Zip64Locator::decode(bytes)) return applyZip64(candidate, *locator);
+  }
+  noteVolumes(candidate, isOneVolume(record, false));
+  if (!sizesElsewhere) return true;  // 65,535 entries need no ZIP64 record, they fit the field.
+  candidate.rule = "ZP-9";
+  candidate.problem = "its end record refers to a ZIP64 end record, which is not there";
+  return false;
+}
+
+bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locator) const {
+  candidate.rule = "ZP-9";
+  const std::uint64_t room = candidate.offset - Zip64Locator::kSize;
+  const std::uint64_t at = locator.recordOffset;
+  std::optional<Zip64EndRecord> wide;
+  if (at <= room && room - at >= Zip64EndRecord::kSize) {
+    unsigned char bytes[Zip64EndRecord::kSize];
+    tail_.readAt(at, bytes, sizeof bytes);
+    wide = Zip64EndRecord::decode(bytes);
+  }
+  if (!wide) {
+    candidate.problem = "its ZIP64 end record is not at offset " + std::to_string(at);
+    return false;
+  }
+  const std::uint64_t space = room - at - Zip64EndRecord::kUncounted;
+  constexpr std::uint64_t kLeast = Zip64EndRecord::kSize - Zip64EndRecord::kUncounted;
+  if (wide->recordSize < kLeast || wide->recordSize > space) {
+    candidate.problem =
+        "its ZIP64 end record declares a size of " + std::to_string(wide->recordSize);
+    return false;
+  }
+  // Only the second version of the record, which describes such a directory, is longer.
+  if (wide->recordSize > kLeast && (wide->versionNeeded & 0xFF) >= 62) {
+    candidate.rule = "ZP-6";
+    candidate.problem = "its directory is compressed or encrypted";
+    return false;
+  }
+  noteVolumes(candidate, isOneVolume(candidate.record, true) && locator.recordDisk == 0 &&
+                             locator.disks <= 1 && wide->disk == 0 && wide->directoryDisk == 0 &&
+                             wide->entriesHere == wide->entries);
+  if (!agrees(candidate.record, *wide)) {
+    candidate.location.faults.push_back({ZipFaultKind::EndRecordsDiffer});
+  }
+  candidate.location.offset = wide->directoryOffset;
+  candidate.location.size = wide->directorySize;
+  candidate.location.entries = wide->entries;
+  candidate.location.endRecords = at;
+  return true;
+}
+
+void EndRecordSearch::judgePlace(Candidate& candidate) const {
+  DirectoryLocation& location = candidate.location;
+  const std::uint64_t end = saturatedSum(location.offset, location.size);
+  const std::uint64_t limit = location.endRecords;
+  // An empty directory has no first entry to know it by: it has to end where it should.
+  const auto isThere = [&](std::uint64_t offset) {
+    return location.size == 0 ? offset == limit : beginsWith(offset, CentralHeader::kSignature);
+  };
+  candidate.rule = "ZP-16";
+  if (end <= limit && isThere(location.offset)) {
+    candidate.fit = end == limit ? Fit::Exact : Fit::Gap;
+    if (end == limit) return;
+    location.faults.push_back({ZipFaultKind::UnusedBytes, kNoEntry, end, limit - end});
+  } else if (!location.faults.empty() &&
+             location.faults.front().kind == ZipFaultKind::OtherVolume) {
+    candidate.rule = "ZP-14";
+    candidate.problem = "it is one volume of an archive of several";
+  } else if (end < limit && isThere(limit - location.size)) {
+    candidate.problem =
+        "its offsets do not count the " + std::to_string(limit - end) + " bytes in front of it";
+  } else if (end > limit) {
+    candidate.problem = "its directory (offset " + std::to_string(location.offset) + ", size " +
+                        std::to_string(location.size) + ") leaves the file";
+  } else {
+    candidate.problem = "its directory is not at offset " + std::to_string(location.offset);
+    const std::uint32_t kArchiveExtraData = 0x08064b50;
+    if (beginsWith(location.offset, kArchiveExtraData)) {
+      candidate.rule = "ZP-6";
+      candidate.problem = "its directory is encrypted";
+    }
+  }
+}
+
+bool EndRecordSearch::beginsWith(std::uint64_t offset, std::uint32_t signature) const {
+  unsigned char bytes[4];
+  if (size_ < sizeof bytes || offset > size_ - sizeof bytes) return false;
+  tail_.readAt(offset, bytes, sizeof bytes);
+  return load32(bytes) == signature;
+}
+
+void EndRecordSearch::refuseWithoutRecord() const {
+  if (size_ == 0) throw FormatError("ZP-16", "it is empty");
+  if (beginsWith(0, LocalHeader::kSignature)) {
+    throw FormatError("ZP-16", "it is cut off (no end record)");
+  }
+  throw FormatError("ZP-16", "not a ZIP file (no end record)");
+}
+
+}  // namespace
+
+FileTail::FileTail(const PackageFile& file) : file_(file) {
+  const std::uint64_t size = std::min<std::uint64_t>(file.size(), kSize);
+  start_ = file.size() - size;
+  bytes_.resizeForOverwrite(static_cast<std::size_t>(size));
+  file.readAt(start_, bytes_.data(), bytes_.size());
+}
+
+void FileTail::readAt(std::uint64_t offset, unsigned char* into, std::size_t size) const {
+  const std::uint64_t end = start_ + bytes_.size();
+  const bool isHeld = offset >= start_ && offset <= end && size <= end - offset;
+  if (!isHeld) return file_.readAt(offset, into, size);
+  std::copy_n(at(offset), size, into);
+}
+
+DirectoryLocation findDirectory(const FileTail& tail) {
+  return EndRecordSearch(tail).run();
+}
+
+}  // namespace opc::zippackage

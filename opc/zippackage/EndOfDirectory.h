@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "opc/ByteBuffer.h"
+#include "opc/zippackage/PackageFile.h"
+#include "opc/zippackage/ZipFault.h"
+
+namespace opc::zippackage {
+
+/// The end of a package file, read at once: it holds the end records and, in a small package, the
+/// directory too. The file must outlive it.
+class FileTail {
+ public:
+  static constexpr std::size_t kSize = 128 * 1024;
+
+  explicit FileTail(const PackageFile& file);
+
+  const PackageFile& file() const { return file_; }
+  std::uint64_t start() const { return start_; }  ///< offset of the first byte held
+  const unsigned char* at(std::uint64_t offset) const { return bytes_.data() + (offset - start_); }
+  /// As the file's readAt, without asking the file for what is held.
+  void readAt(std::uint64_t offset, unsigned char* into, std::size_t size) const;
+
+ private:
+  const PackageFile& file_;
+  std::uint64_t start_ = 0;
+  ByteBuffer bytes_;
+};
+
+/// Where the directory lies, by the end records.
+struct DirectoryLocation {
+  std::uint64_t offset = 0;
+  std::uint64_t size = 0;
+  std::uint64_t entries = 0;
+  std::uint64_t endRecords = 0;  ///< offset of the first end record (ZIP64 or not)
+  std::uint64_t archiveEnd = 0;  ///< behind the archive comment
+  std::vector<unsigned char> comment;
+  std::vector<ZipFault> faults;
+};
+
+/// Finds the end records. Of several places that look like one, the one wins whose directory is
+/// where it says and whose comment ends with the file; bytes behind it are allowed as far as the
+/// tail reaches. Throws FormatError when there is none, when two fit and one lies in the other's
+/// comment (readers would differ), or when the directory is not where it should be.
+DirectoryLocation findDirectory(const FileTail& tail);
+
+}  // namespace opc::zippackage

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/ZipDirectory.h"
+
+#include "opc/Exception.h"
+#include "opc/zippackage/DirectoryPass.h"
+
+namespace opc::zippackage {
+namespace {
+
+constexpr std::uint64_t kMaxDirectorySize = 0xFFFFFFFF;  // Offsets in it are kept in 32 bits.
+
+std::string quoted(std::string_view name) {
+  return "'" + std::string(name) + "'";
+}
+
+std::string describeArchive(const ZipFault& fault) {
+  const std::string first = std::to_string(fault.first);
+  const std::string second = std::to_string(fault.second);
+  switch (fault.kind) {
+    case ZipFaultKind::OtherVolume:
+      return "it is one volume of an archive of several";
+    case ZipFaultKind::EndRecordsDiffer:
+      return "its end record and its ZIP64 end record disagree";
+    case ZipFaultKind::CountDiffers:
+      return "its directory has " + first + " entries, its end record declares " + second;
+    case ZipFaultKind::BytesAfterEnd:
+      return second + " bytes follow the end of the archive";
+    case ZipFaultKind::BytesBeforeFirst:
+      return second + " bytes stand before the first item";
+    default:
+      return second + " bytes at offset " + first + " belong to no item";
+  }
+}
+
+}  // namespace
+
+std::uint64_t ZipEntry::leastEnd() const {
+  const std::uint64_t head = LocalHeader::kSize + std::uint64_t{nameLength};
+  if (headerOffset > UINT64_MAX - head || packedSize > UINT64_MAX - head - headerOffset) {
+    return UINT64_MAX;
+  }
+  return headerOffset + head + packedSize;
+}
+
+ZipDirectory ZipDirectory::read(const PackageFile& file) {
+  const FileTail tail(file);
+  ZipDirectory directory;
+  directory.location_ = findDirectory(tail);
+  const DirectoryLocation& location = directory.location_;
+  if (location.size > kMaxDirectorySize) {
+    throw FormatError(
+        "RB-5", "its directory of " + std::to_string(location.size) + " bytes is larger than 4 GiB",
+        ErrorCode::TooLarge);
+  }
+  directory.bytes_.resizeForOverwrite(static_cast<std::size_t>(location.size));
+  tail.readAt(location.offset, directory.bytes_.data(), directory.bytes_.size());
+  DirectoryPass(directory).run();
+  return directory;
+}
+
+std::string_view ZipDirectory::name(std::size_t entry) const {
+  const std::uint32_t mapped = entries_[entry].mappedName;
+  if (mapped == ZipEntry::kNotMapped) return storedName(entry);
+  return std::string_view(mappedNames_)
+      .substr(mappedStarts_[mapped], mappedStarts_[mapped + 1] - mappedStarts_[mapped]);
+}
+
+std::string_view ZipDirectory::storedName(std::size_t entry) const {
+  const ZipEntry& here = entries_[entry];
+  const unsigned char* start = bytes_.data() + here.record + CentralHeader::kSize;
+  return {reinterpret_cast<const char*>(start), here.nameLength};
+}
+
+CentralHeader ZipDirectory::header(std::size_t entry) const {
+  return *CentralHeader::decode(bytes_.bytes().subspan(entries_[entry].record));
+}
+
+Bytes ZipDirectory::record(std::size_t entry) const {
+  return bytes_.bytes().subspan(entries_[entry].record, header(entry).fullSize());
+}
+
+Bytes ZipDirectory::extra(std::size_t entry) const {
+  const ZipEntry& here = entries_[entry];
+  constexpr std::size_t kExtraLengthAt = 30;
+  const unsigned char* record = bytes_.data() + here.record;
+  return {record + CentralHeader::kSize + here.nameLength, load16(record + kExtraLengthAt)};
+}
+
+std::string ZipDirectory::describe(const ZipFault& fault) const {
+  if (fault.entry == kNoEntry) return describeArchive(fault);
+  const auto nameOf = [this](std::uint64_t entry) {
+    return entry == kNoEntry ? "the directory"
+                             : "item " + quoted(name(static_cast<std::size_t>(entry)));
+  };
+  const std::string item = nameOf(fault.entry);
+  const std::string first = std::to_string(fault.first);
+  const std::string second = std::to_string(fault.second);
+  switch (fault.kind) {
+    case ZipFaultKind::OtherVolume:
+      return item + " is on another volume";
+    case ZipFaultKind::Encrypted:
+      return item + " is encrypted";
+    case ZipFaultKind::UnknownMethod:
+      return item + " is packed with method " + first + ", only 0 and 8 are known";
+    case ZipFaultKind::Zip64ValueMissing:
+      return item + " refers to a ZIP64 value that it does not have";
+    case ZipFaultKind::StoredSizesDiffer:
+      return item + " is stored, but its sizes differ (" + first + " and " + second + ")";
+    case ZipFaultKind::NameHasNul:
+      return "the name of " + item + " holds a NUL";
+    case ZipFaultKind::NameNotUtf8:
+      return "the name of " + item + " is marked as UTF-8 and is not";
+    case ZipFaultKind::NameTwice:
+      return item + " is there twice";
+    case ZipFaultKind::OutsideFile:
+      return item + " reaches to offset " + first + ", beyond the end at " + second;
+    case ZipFaultKind::Overlap:
+      return item + " overlaps " + nameOf(fault.first);
+    case ZipFaultKind::ParentSegment:
+      return "the name of " + item + " has a segment '..'";
+    case ZipFaultKind::ExtraMalformed:
+      return item + " has malformed extra fields";
+    case ZipFaultKind::FolderTwice:
+      return "folder " + quoted(name(fault.entry)) + " is there twice";
+    case ZipFaultKind::NameEmpty:
+      return "an item has an empty name";
+    default:
+      return describeArchive(fault);
+  }
+}
+
+void ZipDirectory::refuseFaults() const {
+  for (const ZipFault& fault : faults()) {
+    if (fault.severity() != ZipFaultSeverity::Refused) continue;
+    const bool isUnsupported = fault.kind == ZipFaultKind::Encrypted ||
+                               fault.kind == ZipFaultKind::UnknownMethod ||
+                               fault.kind == ZipFaultKind::OtherVolume;
+    throw FormatError(fault.rule(), describe(fault),
+                      isUnsupported ? ErrorCode::Unsupported : ErrorCode::InvalidPackage);
+  }
+}
+
+}  // namespace opc::zippackage

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/ZipPhysicalPackage.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "opc/Exception.h"
+#include "opc/zippackage/DosTime.h"
+#include "opc/zippackage/ErrorContext.h"
+#include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/PackageState.h"
+
+namespace opc::zippackage {
+
+using interfaces::IContentSource;
+using interfaces::ItemIndex;
+using interfaces::ItemInfo;
+using interfaces::ItemKind;
+using interfaces::NewItem;
+using interfaces::OpenMode;
+
+namespace {
+
+/// Names item and package in what a stream throws.
+class ItemStream final : public InputStream {
+ public:
+  ItemStream(std::unique_ptr<InputStream> stream, std::function<std::string()> context)
+      : stream_(std::move(stream)), context_(std::move(context)) {}
+
+  std::size_t read(unsigned char* buffer, std::size_t size) override {
+    return inContext(context_, [&] { return stream_->read(buffer, size); });
+  }
+  bool isEnd() override {
+    return inContext(context_, [&] { return stream_->isEnd(); });
+  }
+
+ private:
+  std::unique_ptr<InputStream> stream_;
+  std::function<std::string()> context_;
+};
+
+class PendingWriter final : public OutputStream {
+ public:
+  explicit PendingWriter(PendingContent& content) : content_(content) {}
+  void write(const unsigned char* data, std::size_t size) override {
+    content_.append({data, size});
+  }
+
+ private:
+  PendingContent& content_;
+};
+
+ItemKind kindOf(std::string_view name, const CentralHeader& header) {
+  constexpr std::uint32_t kTypeMask = 0170000;
+  constexpr std::uint32_t kRegularFile = 0100000;
+  constexpr std::uint32_t kSymbolicLink = 0120000;
+  constexpr std::uint32_t kVolumeLabel = 0x08;
+  if (!name.empty() && name.back() == '/') return ItemKind::Folder;
+  const int host = header.madeBy >> 8;
+  if (host == 0 && (header.externalAttributes & kVolumeLabel) != 0) return ItemKind::Special;
+  if (host != kHostUnix) return ItemKind::File;
+  const std::uint32_t type = (header.externalAttributes >> 16) & kTypeMask;
+  if (type == kSymbolicLink) return ItemKind::SymbolicLink;
+  return type == 0 || type == kRegularFile ? ItemKind::File : ItemKind::Special;
+}
+
+std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
+  if (!extra.empty()) {
+    const auto field = ExtraFieldWalk::find(extra, TimestampExtra::kId);
+    const auto exact = field ? TimestampExtra::decode(*field) : std::nullopt;
+    if (exact) return exact->modified;
+  }
+  return DosTime::toUnix(header.dosTime);
+}
+
+ItemInfo infoOf(const ZipDirectory& directory, ItemIndex item) {
+  constexpr std::uint32_t kOwnerExecutes = 0100u << 16;
+  const ZipEntry& entry = directory.entries()[item];
+  const CentralHeader header = directory.header(item);
+  ItemInfo info;
+  info.name = directory.name(item);
+  info.kind = kindOf(info.name, header);
+  info.compressed = entry.method != kStored;
+  info.executable =
+      header.madeBy >> 8 == kHostUnix && (header.externalAttributes & kOwnerExecutes) != 0;
+  info.crc = entry.crc;
+  info.size = entry.size;
+  info.packedSize = entry.packedSize;
+  info.modified = timeOf(header, directory.extra(item));
+  return info;
+}
+
+ItemInfo infoOf(const AddedItem& item) {
+  ItemInfo info;
+  info.name = item.properties.name;
+  info.compressed = item.properties.compression != interfaces::CompressionType::None;
+  info.executable = item.properties.executable;
+  info.size = info.packedSize = item.content->size();
+  info.modified = item.properties.modified.value_or(0);
+  return info;
+}
+
+[[noreturn]] void refuseSize(std::uint64_t limit) {
+  throw Exception(ErrorCode::TooLarge,
+                  "it has more bytes than the limit of " + std::to_string(limit));
+}
+
+// A source may turn out longer than it said, so the limit counts while it is read, too.
+void readAdded(const AddedItem& item, ByteBuffer& into, std::uint64_t limit) {
+  const std::uint64_t expected = item.content->size();
+  if (expected > limit) refuseSize(limit);
+  const std::unique_ptr<InputStream> stream = item.content->getInputStream();
+  into.resizeForOverwrite(static_cast<std::size_t>(expected) + 1);
+  std::size_t size = 0;
+  while (const std::size_t count = stream->read(into.data() + size, into.size() - size)) {
+    size += count;
+    if (size > limit) refuseSize(limit);
+    if (size < into.size()) continue;
+    ByteBuffer larger;
+    larger.resizeForOverwrite(size * 2);
+    std::memcpy(larger.data(), into.data(), size);
+    into = std::move(larger);
+  }
+  into.resizeForOverwrite(size);
+}
+
+}  // namespace
+
+ZipPhysicalPackage::ZipPhysicalPackage(const std::u16string& path, bool replaceExisting,
+                                       const std::u16string& temporaryFolder)
+    : state_(std::make_unique<State>(path, replaceExisting, temporaryFolder)) {}
+
+ZipPhysicalPackage::~ZipPhysicalPackage() = default;
+
+void ZipPhysicalPackage::open(OpenMode mode) {
+  state_->open(mode);
+}
+
+bool ZipPhysicalPackage::isOpen() const noexcept {
+  return state_->current != nullptr;
+}
+
+void ZipPhysicalPackage::close(bool discard) {
+  if (!isOpen()) return;
+  if (discard) return state_->current.reset();
+  state_->commit();
+}
+
+std::string ZipPhysicalPackage::description() const {
+  return state_->path;
+}
+
+std::size_t ZipPhysicalPackage::itemCount() const {
+  const State::Session& session = state_->session();
+  return session.oldCount() + session.added.size();
+}
+
+bool ZipPhysicalPackage::isRemoved(ItemIndex item) const {
+  const State::Session& session = state_->session();
+  if (item < session.oldCount()) return session.removed[item];
+  const std::size_t index = item - session.oldCount();
+  return index >= session.added.size() || session.added[index].isRemoved;
+}
+
+ItemInfo ZipPhysicalPackage::itemInfo(ItemIndex item) const {
+  state_->requireItem(item);
+  const State::Session& session = state_->session();
+  if (item < session.oldCount()) return infoOf(session.old->directory, item);
+  return infoOf(session.added[item - session.oldCount()]);
+}
+
+std::unique_ptr<InputStream> ZipPhysicalPackage::openItem(ItemIndex item) {
+  state_->requireItem(item);
+  State::Session& session = state_->session();
+  const auto context = [this, item] { return state_->readingContext(item); };
+  return inContext(context, [&]() -> std::unique_ptr<InputStream> {
+    auto stream = item < session.oldCount()
+                      ? session.old->reader.open(item)
+                      : session.added[item - session.oldCount()].content->getInputStream();
+    return std::make_unique<ItemStream>(std::move(stream), context);
+  });
+}
+
+void ZipPhysicalPackage::readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) {
+  state_->requireItem(item);
+  State::Session& session = state_->session();
+  const auto context = [&] { return state_->readingContext(item); };
+  inContext(context, [&] {
+    if (item < session.oldCount()) return session.old->reader.read(item, into, limit);
+    readAdded(session.added[item - session.oldCount()], into, limit);
+  });
+}
+
+ItemIndex ZipPhysicalPackage::addItem(const NewItem& item) {
+  return state_->add(item, nullptr);
+}
+
+ItemIndex ZipPhysicalPackage::addItem(const NewItem& item, std::unique_ptr<IContentSource> source) {
+  if (!source) {
+    throw Exception(ErrorCode::InvalidArgument, "item '" + item.name + "' has no source");
+  }
+  return state_->add(item, std::move(source));
+}
+
+std::unique_ptr<OutputStream> ZipPhysicalPackage::openForWriting(ItemIndex item) {
+  State::Session& session = state_->writableSession();
+  state_->requireItem(item);
+  PendingContent* pending =
+      item < session.oldCount() ? nullptr : session.added[item - session.oldCount()].pending;
+  if (pending == nullptr) {
+    throw Exception(ErrorCode::InvalidState,
+                    "item '" + session.nameOf(item) + "' cannot be written to: it has its content");
+  }
+  pending->clear();
+  return std::make_unique<PendingWriter>(*pending);
+}
+
+void ZipPhysicalPackage::removeItem(ItemIndex item) {
+  State::Session& session = state_->writableSession();
+  state_->requireItem(item);
+  if (item < session.oldCount()) {
+    session.removed[item] = true;
+    return;
+  }
+  AddedItem& added = session.added[item - session.oldCount()];
+  added.isRemoved = true;
+  // A stream that fills it may still be there, so it is emptied, not destroyed.
+  if (added.pending != nullptr) added.pending->clear();
+}
+
+void ZipPhysicalPackage::setWriteOptions(WriteOptions options) {
+  state_->options = std::move(options);
+}
+
+void ZipPhysicalPackage::setReplaceExisting(bool replaceExisting) {
+  state_->replaceExisting = replaceExisting;
+}
+
+}  // namespace opc::zippackage

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "opc/interfaces/IPhysicalPackage.h"
+#include "opc/interfaces/Progress.h"
+
+namespace opc::zippackage {
+
+/// How a commit writes. May be changed until the commit.
+struct WriteOptions {
+  /// Deflate level of items of CompressionType::Normal, 0 (store) to 9.
+  int level = 6;
+  /// Seconds since 1970 (UTC): the time of every item that this transaction writes, whatever time
+  /// the item has of its own. Without it items without a time get that of the commit.
+  std::optional<std::int64_t> timestamp = std::nullopt;
+  /// Called while the commit runs, never after the new file is in place.
+  interfaces::ProgressFunction progress = nullptr;
+};
+
+/// A ZIP file as a physical package (ISO/IEC 29500-2, 7; APPNOTE 6.3).
+///
+/// A commit writes the whole new file under a temporary name beside the old one (mode and owner
+/// kept), flushes it, makes sure that the file at the path is still the one that was opened,
+/// renames and flushes the folder. Bytes of items that did not change are copied as they are. A
+/// path that is a symbolic link keeps the link; the file behind it is replaced where it lies.
+class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
+ public:
+  /// Touches nothing. `replaceExisting`: whether creating may replace a file at the path. Large new
+  /// items that are written through streams are parked in `temporaryFolder`, beside the package
+  /// when it is empty. Both paths are UTF-16 and stand for their UTF-8 bytes.
+  ZipPhysicalPackage(const std::u16string& path, bool replaceExisting,
+                     const std::u16string& temporaryFolder);
+  ~ZipPhysicalPackage() override;
+
+  /// For Create the folder must exist and be writable, and the path must not name a folder.
+  void open(interfaces::OpenMode mode) override;
+  bool isOpen() const noexcept override;
+  void close(bool discard) override;
+  std::string description() const override;
+
+  std::size_t itemCount() const override;
+  bool isRemoved(interfaces::ItemIndex item) const override;
+  interfaces::ItemInfo itemInfo(interfaces::ItemIndex item) const override;
+  std::unique_ptr<InputStream> openItem(interfaces::ItemIndex item) override;
+  void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;
+  interfaces::ItemIndex addItem(const interfaces::NewItem& item) override;
+  interfaces::ItemIndex addItem(const interfaces::NewItem& item,
+                                std::unique_ptr<interfaces::IContentSource> source) override;
+  std::unique_ptr<OutputStream> openForWriting(interfaces::ItemIndex item) override;
+  void removeItem(interfaces::ItemIndex item) override;
+
+  void setWriteOptions(WriteOptions options);
+  void setReplaceExisting(bool replaceExisting);
+
+ private:
+  class State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace opc::zippackage

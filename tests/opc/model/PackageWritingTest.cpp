@@ -1,0 +1,466 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "opc/model/MemoryContentSource.h"
+#include "opc/model/Package.h"
+#include "tests/opc/model/PackageFixture.h"
+
+using opc::ErrorCode;
+using opc::interfaces::CompressionType;
+using opc::interfaces::OpenMode;
+using opc::model::ContentType;
+using opc::model::MemoryContentSource;
+using opc::model::StandardPartInfo;
+using opc::model::URI;
+using test::Fault;
+using test::faultOf;
+using test::MemoryPackage;
+using test::partName;
+using test::relationshipsXml;
+using test::relationshipXml;
+
+namespace {
+
+const std::string kRelsDefault = "<Default Extension=\"rels\" ContentType=\"" +
+                                 std::string(test::kRelationshipsTypeName) + "\"/>";
+
+std::string typesOf(const MemoryPackage& memory) {
+  const std::string& xml = memory.disk.bytes("[Content_Types].xml");
+  return xml.substr(xml.find("<Types"));
+}
+
+bool contains(const std::string& text, std::string_view part) {
+  return text.find(part) != std::string::npos;
+}
+
+using Names = std::vector<std::string>;
+
+}  // namespace
+
+TEST(PackageWriting, AFreshPackageBeginsWithTypesAndRelationships) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  memory.create(u"/a.m", u"text/plain", "text");
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/a.m"), u"");
+
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "_rels/.rels", "a.m"}));
+  EXPECT_EQ(typesOf(memory), std::string(test::kTypesStart) +
+                                 "<Default Extension=\"m\" ContentType=\"text/plain\"/>" +
+                                 kRelsDefault + "</Types>");
+  EXPECT_TRUE(contains(memory.disk.bytes("_rels/.rels"),
+                       "<Relationship Id=\"rId1\" Type=\"urn:t\" Target=\"/a.m\"/>"));
+  EXPECT_EQ(memory.disk.bytes("a.m"), "text");
+  EXPECT_FALSE(memory.package.isOpen());
+  EXPECT_FALSE(memory.physical.isOpen());
+}
+
+TEST(PackageWriting, AnEmptyPackageHasTypesOnly) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), Names{"[Content_Types].xml"});
+  EXPECT_EQ(typesOf(memory), std::string(test::kTypesStart) + kRelsDefault + "</Types>");
+}
+
+TEST(PackageWriting, NothingChangedIsNotWritten) {
+  MemoryPackage memory;
+  memory.with("a.m").with("stray dir/").with("_rels/missing.xml.rels", relationshipsXml(""));
+  memory.package.open(OpenMode::Modify);
+  memory.package.getRelationships();
+  memory.textOf(u"/a.m");
+
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.commits, 0u);
+}
+
+TEST(PackageWriting, DiscardingLeavesTheDiskAlone) {
+  MemoryPackage memory;
+  memory.with("a.m");
+  memory.package.open(OpenMode::Modify);
+  memory.package.deletePart(partName(u"/a.m"));
+
+  memory.package.close(true);
+
+  EXPECT_EQ(memory.disk.commits, 0u);
+  EXPECT_TRUE(memory.disk.has("a.m"));
+}
+
+TEST(PackageWriting, ReplacingAPartKeepsItsRelationshipAndId) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  memory.create(u"/metadata/x.xml", u"application/vnd.x+xml", "first");
+  memory.package.createInternalRelationship(u"urn:x", URI(u"/metadata/x.xml"), u"");
+  memory.package.close(false);
+
+  memory.package.open(OpenMode::Modify);
+  memory.package.deletePart(partName(u"/metadata/x.xml"));
+  memory.create(u"/metadata/x.xml", u"application/vnd.x+xml", "second");
+  memory.package.close(false);
+
+  memory.package.open(OpenMode::Read);
+  ASSERT_EQ(memory.package.getRelationships().size(), 1u);
+  EXPECT_EQ(memory.package.getRelationships()[0].getId(), u"rId1");
+  EXPECT_EQ(memory.textOf(u"/metadata/x.xml"), "second");
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "_rels/.rels", "metadata/x.xml"}));
+}
+
+TEST(PackageWriting, DeletingAPartTakesItsOverrideAndRelationshipsAndNothingElse) {
+  MemoryPackage memory;
+  memory.disk.add("[Content_Types].xml",
+                  test::typesXml("<Override PartName=\"/a.m\" ContentType=\"o/a\"/>"
+                                 "<Override PartName=\"/b.m\" ContentType=\"o/b\"/>"));
+  memory.with("_rels/.rels", relationshipsXml(relationshipXml("r", "/a.m")));
+  memory.with("a.m").with("b.m").with("c.m");
+  memory.with("_rels/a.m.rels", relationshipsXml(relationshipXml("q", "/b.m")));
+  memory.with("_rels/b.m.rels", relationshipsXml(relationshipXml("q", "/a.m")));
+  memory.package.open(OpenMode::Modify);
+
+  memory.package.deletePart(partName(u"/A.M"));
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(),
+            (Names{"[Content_Types].xml", "_rels/.rels", "b.m", "c.m", "_rels/b.m.rels"}));
+  EXPECT_FALSE(contains(typesOf(memory), "/a.m"));
+  EXPECT_TRUE(contains(typesOf(memory), "/b.m"));
+  memory.package.open(OpenMode::Read);
+  EXPECT_TRUE(memory.package.hasRelationship(u"r"));
+  EXPECT_EQ(memory.package.getPart(partName(u"/c.m"))->getContentType().ascii(), "text/plain");
+}
+
+TEST(PackageWriting, DeletingWhatIsNotThereIsAnError) {
+  MemoryPackage memory;
+  memory.with("a.unknown");
+  memory.package.open(OpenMode::Modify);
+
+  EXPECT_EQ(faultOf([&] { memory.package.deletePart(partName(u"/b.m")); }).code,
+            ErrorCode::NotFound);
+  EXPECT_EQ(faultOf([&] { memory.package.deletePart(partName(u"/a.unknown")); }).code,
+            ErrorCode::NotFound);
+}
+
+TEST(PackageWriting, APartOfAnotherTypeLeavesThoseOfItsExtensionAlone) {
+  MemoryPackage memory;
+  memory.with("a.xml");
+  memory.package.open(OpenMode::Modify);
+
+  memory.create(u"/b.xml", u"text/other", "");
+  memory.package.close(false);
+
+  memory.package.open(OpenMode::Read);
+  EXPECT_EQ(memory.package.getPart(partName(u"/a.xml"))->getContentType().ascii(),
+            "application/xml");
+  EXPECT_EQ(memory.package.getPart(partName(u"/b.xml"))->getContentType().ascii(), "text/other");
+}
+
+TEST(PackageWriting, TypesAreNotRewrittenWhenADefaultFits) {
+  MemoryPackage memory;
+  memory.with("a.m");
+  const std::string before = memory.disk.bytes("[Content_Types].xml");
+  memory.package.open(OpenMode::Modify);
+
+  memory.create(u"/b.m", u"text/plain", "");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.bytes("[Content_Types].xml"), before);
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "a.m", "b.m"}));
+}
+
+TEST(PackageWriting, ASavedPackageAlwaysSaysWhatRelsAre) {
+  MemoryPackage memory;
+  memory.disk.add("[Content_Types].xml",
+                  std::string(test::kTypesStart) +
+                      "<Default Extension=\"m\" ContentType=\"text/plain\"/></Types>");
+  memory.package.open(OpenMode::Modify);
+
+  memory.create(u"/b.m", u"text/plain", "");
+  memory.package.close(false);
+
+  EXPECT_TRUE(contains(typesOf(memory), kRelsDefault));
+}
+
+TEST(PackageWriting, RelationshipsGetTheirTypeAlsoBesideAnotherDefault) {
+  MemoryPackage memory;
+  memory.disk.add(
+      "[Content_Types].xml",
+      std::string(test::kTypesStart) + "<Default Extension=\"rels\" ContentType=\"x/y\"/></Types>");
+  memory.package.open(OpenMode::Modify);
+  memory.package.createExternalRelationship(u"urn:t", URI(u"http://x"), u"");
+
+  memory.package.close(false);
+
+  EXPECT_TRUE(contains(typesOf(memory), "<Override PartName=\"/_rels/.rels\" ContentType=\"" +
+                                            std::string(test::kRelationshipsTypeName)));
+  EXPECT_EQ(memory.faultOfOpening().rule, "none");
+}
+
+TEST(PackageWriting, NamesThatMayNotBeAreRefused) {
+  MemoryPackage memory;
+  memory.with("a.xml").with("d/b.xml");
+  memory.package.open(OpenMode::Modify);
+  memory.create(u"/new/c.xml", u"application/xml", "");
+  const auto create = [&](std::u16string_view name) {
+    EXPECT_FALSE(memory.package.canCreatePart(partName(name)));
+    return faultOf([&] { memory.create(name, u"application/xml", ""); });
+  };
+
+  EXPECT_EQ(create(u"/A.XML").text,
+            "cannot create part '/A.XML' in 'memory.kraddon': part '/a.xml' has that name");
+  EXPECT_EQ(create(u"/A.XML").code, ErrorCode::AlreadyExists);
+  EXPECT_EQ(create(u"/NEW/c.xml").code, ErrorCode::AlreadyExists);
+  EXPECT_EQ(create(u"/a.xml/x").rule, "PN-9");
+  EXPECT_EQ(create(u"/a.xml/x/y/z").rule, "PN-9");
+  EXPECT_EQ(create(u"/new/c.xml/x").rule, "PN-9");
+  EXPECT_EQ(create(u"/D").rule, "PN-9");
+  EXPECT_EQ(create(u"/New").rule, "PN-9");
+  EXPECT_EQ(create(u"/x/_RELS/y.rels").rule, "PN-10");
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/d/a")));
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/a")));
+}
+
+TEST(PackageWriting, DeletingFreesNameAndFolders) {
+  MemoryPackage memory;
+  memory.with("d/e/b.xml").with("d/a.xml");
+  memory.package.open(OpenMode::Modify);
+
+  memory.package.deletePart(partName(u"/d/e/b.xml"));
+
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/d/e")));
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/d/e/B.xml")));
+  EXPECT_FALSE(memory.package.canCreatePart(partName(u"/d")));
+  memory.package.deletePart(partName(u"/d/a.xml"));
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/d")));
+}
+
+TEST(PackageWriting, WhatIsNoPartIsDropped) {
+  MemoryPackage memory;
+  memory.with("dir/").with("[trash]/0.dat").with("a b.m").with("p.m/[0].piece").with("x.unknown");
+  memory.with("_rels/missing.m.rels", relationshipsXml(relationshipXml("r", "/x")));
+  memory.package.open(OpenMode::Modify);
+
+  memory.create(u"/new.m", u"text/plain", "");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "x.unknown", "new.m"}));
+}
+
+TEST(PackageWriting, ANewPartTakesThePlaceOfWhatIsNone) {
+  MemoryPackage memory;
+  memory.with("x.unknown", "old").with("y.unknown", "other");
+  memory.with("_rels/new.m.rels", relationshipsXml(relationshipXml("r", "/x")));
+  memory.package.open(OpenMode::Modify);
+
+  memory.create(u"/X.unknown", u"text/plain", "new");
+  memory.create(u"/new.m", u"text/plain", "");
+
+  EXPECT_TRUE(memory.package.getPart(partName(u"/new.m"))->getRelationships().empty());
+  memory.package.close(false);
+  EXPECT_EQ(memory.disk.bytes("X.unknown"), "new");
+  EXPECT_FALSE(memory.disk.has("x.unknown"));
+  EXPECT_FALSE(memory.disk.has("_rels/new.m.rels"));
+  memory.package.open(OpenMode::Read);
+  EXPECT_FALSE(memory.package.hasPart(partName(u"/y.unknown")));
+}
+
+TEST(PackageWriting, WritingAnExistingPartReplacesItsContentAndKeepsItsIdAndRelationships) {
+  MemoryPackage memory;
+  memory.with("a.m", "old").with("_rels/a.m.rels", relationshipsXml(relationshipXml("r", "/x")));
+  memory.disk.items->at(1).executable = true;
+  memory.package.open(OpenMode::Modify);
+  const auto part = memory.package.getPart(partName(u"/a.m"));
+  const auto id = part->id();
+
+  test::writeText(*part->getOutputStream(), "newer");
+
+  EXPECT_EQ(test::readAll(*part->getInputStream()), "newer");
+  test::writeText(*part->getOutputStream(), "newest");
+  EXPECT_EQ(memory.package.getPart(partName(u"/a.m"))->id(), id);
+  std::size_t visited = 0;
+  memory.package.visitParts("", [&](auto) { ++visited; });
+  EXPECT_EQ(visited, 1u);
+  memory.package.close(false);
+  EXPECT_EQ(memory.disk.bytes("a.m"), "newest");
+  EXPECT_TRUE(memory.disk.has("_rels/a.m.rels"));
+  EXPECT_TRUE(memory.disk.items->back().executable);
+  EXPECT_EQ(memory.disk.items->size(), 3u);
+}
+
+TEST(PackageWriting, WritingAPartInPiecesMakesItWhole) {
+  MemoryPackage memory;
+  memory.with("a.m/[0].piece", "x").with("a.m/[1].last.piece", "y");
+  memory.package.open(OpenMode::Modify);
+
+  test::writeText(*memory.package.getPart(partName(u"/a.m"))->getOutputStream(), "whole");
+  EXPECT_EQ(memory.textOf(u"/a.m"), "whole");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "a.m"}));
+  EXPECT_EQ(memory.disk.bytes("a.m"), "whole");
+}
+
+TEST(PackageWriting, TypesAndRelationshipsInPiecesAreWrittenWhole) {
+  const std::string types = test::typesXml();
+  const std::string rels = relationshipsXml(relationshipXml("r", "/a.m"));
+  MemoryPackage memory;
+  memory.disk.add("[Content_Types].xml/[0].piece", types.substr(0, 9));
+  memory.disk.add("[Content_Types].xml/[1].last.piece", types.substr(9));
+  memory.disk.add("_rels/.rels/[0].piece", rels.substr(0, 9));
+  memory.disk.add("_rels/.rels/[1].last.piece", rels.substr(9));
+  memory.package.open(OpenMode::Modify);
+
+  memory.create(u"/b.new", u"new/new", "");
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/b.new"), u"");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "_rels/.rels", "b.new"}));
+  memory.package.open(OpenMode::Read);
+  EXPECT_EQ(memory.package.getRelationships().size(), 2u);
+}
+
+TEST(PackageWriting, NewPartIsKeptAsItWasAsked) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  StandardPartInfo info(CompressionType::Maximum, 0);
+  info.executable = true;
+  info.modified = 1234567890;
+
+  const auto id =
+      memory.package.createPart(partName(u"/files/\u00E9.sh"), ContentType(u"a/b"), info,
+                                std::make_unique<MemoryContentSource>("text", "x"));
+
+  EXPECT_EQ(memory.physical.compressionOf(id), CompressionType::Maximum);
+  const auto part = memory.package.partInfo(id);
+  EXPECT_EQ(part.itemName, "files/%C3%A9.sh");
+  EXPECT_TRUE(part.executable);
+  EXPECT_EQ(part.modified, 1234567890);
+  memory.package.close(false);
+  EXPECT_EQ(memory.disk.bytes("files/%C3%A9.sh"), "text");
+}
+
+TEST(PackageWriting, AStreamOfANewPartKeepsItsCompression) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const auto part = memory.package.createPart(partName(u"/a.m"), ContentType(u"a/b"),
+                                              StandardPartInfo(CompressionType::Fast, 0));
+
+  part->getOutputStream();
+
+  EXPECT_EQ(memory.physical.itemCount(), 1u);
+  EXPECT_EQ(memory.physical.compressionOf(part->id()), CompressionType::Fast);
+}
+
+TEST(PackageWriting, APartFromASourceMayBeWrittenToo) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  memory.package.createPart(partName(u"/a.m"), ContentType(u"a/b"),
+                            StandardPartInfo(CompressionType::Normal, 0),
+                            std::make_unique<MemoryContentSource>("source", "x"));
+  EXPECT_EQ(memory.textOf(u"/a.m"), "source");
+
+  test::writeText(*memory.package.getPart(partName(u"/a.m"))->getOutputStream(), "stream");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.bytes("a.m"), "stream");
+}
+
+TEST(PackageWriting, RelationshipsOfAPartAreWrittenBesideIt) {
+  MemoryPackage memory;
+  memory.with("x/a.m");
+  memory.package.open(OpenMode::Modify);
+
+  memory.package.getPart(partName(u"/x/a.m"))
+      ->createInternalRelationship(u"urn:t", URI(u"b.m"), u"");
+  memory.package.close(false);
+
+  EXPECT_TRUE(contains(memory.disk.bytes("x/_rels/a.m.rels"), "Target=\"/x/b.m\""));
+}
+
+TEST(PackageWriting, WithoutRelationshipsThereIsNoPartForThem) {
+  MemoryPackage memory;
+  memory.with("_rels/.rels", relationshipsXml(relationshipXml("r", "/a.m"))).with("a.m");
+  memory.with("_rels/a.m.rels", relationshipsXml(relationshipXml("r", "/a.m")));
+  memory.package.open(OpenMode::Modify);
+
+  memory.package.deleteRelationship(u"r");
+  memory.package.getPart(partName(u"/a.m"))->deleteRelationship(u"r");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "a.m"}));
+}
+
+TEST(PackageWriting, RelationshipsThatWereNotTouchedKeepTheirBytes) {
+  const std::string rels = relationshipsXml(" " + relationshipXml("r", "a.m") + "<!-- mine -->");
+  MemoryPackage memory;
+  memory.with("_rels/.rels", rels).with("a.m");
+  memory.package.open(OpenMode::Modify);
+  memory.package.getRelationships();
+
+  memory.create(u"/b.new", u"new/new", "");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.bytes("_rels/.rels"), rels);
+}
+
+TEST(PackageWriting, AFailedCommitLeavesEverythingForAnotherTry) {
+  MemoryPackage memory;
+  memory.with("old.m");
+  memory.package.open(OpenMode::Modify);
+  memory.create(u"/a.new", u"new/new", "text");
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/a.new"), u"");
+  memory.physical.failCommits(2);
+
+  EXPECT_EQ(faultOf([&] { memory.package.close(false); }).code, ErrorCode::FileSystem);
+  EXPECT_TRUE(memory.package.isOpen());
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "old.m"}));
+  EXPECT_EQ(memory.textOf(u"/a.new"), "text");
+  memory.create(u"/b.newer", u"newer/newer", "more");
+  EXPECT_EQ(faultOf([&] { memory.package.close(false); }).code, ErrorCode::FileSystem);
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(),
+            (Names{"[Content_Types].xml", "_rels/.rels", "old.m", "a.new", "b.newer"}));
+  memory.package.open(OpenMode::Read);
+  EXPECT_EQ(memory.package.getRelationships().size(), 1u);
+  EXPECT_TRUE(memory.package.hasPart(partName(u"/b.newer")));
+}
+
+TEST(PackageWriting, AFailedFreshPackageKeepsItsOrder) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  memory.create(u"/a.m", u"text/plain", "text");
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/a.m"), u"");
+  memory.physical.failCommits(1);
+  EXPECT_EQ(faultOf([&] { memory.package.close(false); }).code, ErrorCode::FileSystem);
+
+  memory.create(u"/b.x", u"x/x", "");
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "_rels/.rels", "a.m", "b.x"}));
+}
+
+TEST(PackageWriting, AHundredThousandPartsAreCreatedAndDeleted) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const auto nameOf = [](int i) {
+    const std::string name = "/files/" + std::to_string(i % 100) + "/" + std::to_string(i) + ".e" +
+                             std::to_string(i % 1000);
+    return partName(std::u16string(name.begin(), name.end()));
+  };
+  for (int i = 0; i < 100000; ++i) {
+    memory.package.createPart(nameOf(i), ContentType(u"text/plain"),
+                              StandardPartInfo(CompressionType::Normal, 0),
+                              std::make_unique<MemoryContentSource>("", "x"));
+  }
+  for (int i = 0; i < 100000; i += 2) memory.package.deletePart(nameOf(i));
+
+  memory.package.close(false);
+
+  EXPECT_EQ(memory.disk.items->size(), 50001u);
+  memory.package.open(OpenMode::Read);
+  EXPECT_TRUE(memory.package.hasPart(nameOf(99999)));
+  EXPECT_FALSE(memory.package.hasPart(nameOf(99998)));
+}

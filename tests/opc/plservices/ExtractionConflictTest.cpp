@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/opc/plservices/ScratchTree.h"
+
+// What happens when something is there already.
+
+namespace {
+
+namespace fs = std::filesystem;
+using opc::plservices::RestoreMode;
+using test::errorOf;
+using test::readFile;
+using test::ScratchTree;
+using test::writeFile;
+using testing::HasSubstr;
+
+class ExtractionConflict : public testing::TestWithParam<RestoreMode> {
+ protected:
+  ExtractionConflict() {
+    fs::create_directory(target());
+    // Never an empty destination, which would be taken without looking.
+    writeFile(target() / "bystander", "untouched");
+    fs::create_directory(outside());
+    tree.addFile("a/b/file", "new");
+    tree.addFile("first", "new");
+    tree.addFolder("empty");
+  }
+
+  fs::path target() const { return tree.folder / "target"; }
+  fs::path outside() const { return tree.folder / "outside"; }
+
+  std::string extract(RestoreMode mode) {
+    return errorOf([&] { tree.files.extractAll(target().u16string(), mode); });
+  }
+
+  // Nothing but what the test put there.
+  void expectNothingWritten() {
+    EXPECT_FALSE(fs::exists(target() / "first"));
+    EXPECT_FALSE(fs::exists(target() / "empty"));
+    EXPECT_TRUE(fs::is_empty(outside()));
+    EXPECT_EQ(readFile(target() / "bystander"), "untouched");
+  }
+
+  ScratchTree tree;
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, ExtractionConflict,
+                         testing::Values(RestoreMode::KeepExisting, RestoreMode::ReplaceExisting));
+
+TEST_P(ExtractionConflict, ExistingFoldersAreWelcome) {
+  fs::create_directories(target() / "a/b");
+  fs::create_directories(target() / "empty/with something");
+
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_EQ(readFile(target() / "a/b/file"), "new");
+  EXPECT_TRUE(fs::exists(target() / "empty/with something"));
+}
+
+TEST_P(ExtractionConflict, AFolderWhereAFileMustGoIsAnError) {
+  fs::create_directories(target() / "a/b/file/inside");
+
+  const std::string error = extract(GetParam());
+
+  EXPECT_THAT(error, HasSubstr("cannot extract 'a/b/file' to '" + target().string() +
+                               "/a/b/file': a folder is there, where a file must be"));
+  expectNothingWritten();
+}
+
+TEST_P(ExtractionConflict, AFileWhereAFolderMustGoIsAnError) {
+  fs::create_directory(target() / "a");
+  writeFile(target() / "a/b", "mine");
+
+  const std::string error = extract(GetParam());
+
+  EXPECT_THAT(error, HasSubstr("folder 'a/b' cannot be made: a file is in its place"));
+  EXPECT_EQ(readFile(target() / "a/b"), "mine");
+  expectNothingWritten();
+}
+
+TEST_P(ExtractionConflict, AFileWhereAnEmptyFolderMustGoIsAnError) {
+  writeFile(target() / "empty", "mine");
+
+  const std::string error = extract(GetParam());
+
+  EXPECT_THAT(error, HasSubstr("a file is there, where a folder must be"));
+  EXPECT_EQ(readFile(target() / "empty"), "mine");
+  EXPECT_FALSE(fs::exists(target() / "first"));
+}
+
+TEST_P(ExtractionConflict, ALinkToAFolderIsNeverFollowedInTheFirstPlace) {
+  fs::create_directory_symlink(outside(), target() / "a");
+
+  EXPECT_THAT(extract(GetParam()), HasSubstr("folder 'a' cannot be made: a symbolic link"));
+  expectNothingWritten();
+}
+
+TEST_P(ExtractionConflict, ALinkToAFolderIsNeverFollowedFurtherIn) {
+  fs::create_directory(target() / "a");
+  fs::create_directory_symlink(outside(), target() / "a/b");
+
+  EXPECT_THAT(extract(GetParam()), HasSubstr("folder 'a/b' cannot be made: a symbolic link"));
+  expectNothingWritten();
+}
+
+TEST_P(ExtractionConflict, ALinkInThePlaceOfAnEmptyFolderIsAnError) {
+  fs::create_directory_symlink(outside(), target() / "empty");
+
+  EXPECT_THAT(extract(GetParam()), HasSubstr("a symbolic link is there, where a folder must be"));
+  EXPECT_FALSE(fs::exists(target() / "first"));
+}
+
+TEST_P(ExtractionConflict, ADanglingLinkInThePlaceOfAFolderIsAnError) {
+  fs::create_directory_symlink("nowhere", target() / "a");
+
+  EXPECT_THAT(extract(GetParam()), HasSubstr("a symbolic link"));
+  EXPECT_FALSE(fs::exists(target() / "nowhere"));
+  expectNothingWritten();
+}
+
+using ExtractionKeeping = ExtractionConflict;
+INSTANTIATE_TEST_SUITE_P(Mode, ExtractionKeeping, testing::Values(RestoreMode::KeepExisting));
+
+TEST_P(ExtractionKeeping, TheFirstExistingFileIsNamedBeforeAnythingIsWritten) {
+  fs::create_directories(target() / "a/b");
+  writeFile(target() / "a/b/file", "mine");
+  fs::create_directory(target() / "first");
+
+  const std::string error = extract(GetParam());
+
+  EXPECT_EQ(error, "cannot extract 'a/b/file' to '" + target().string() +
+                       "/a/b/file': a file is there already");
+  EXPECT_EQ(readFile(target() / "a/b/file"), "mine");
+  EXPECT_FALSE(fs::exists(target() / "empty"));
+}
+
+TEST_P(ExtractionKeeping, ALinkCountsAsAnExistingFile) {
+  fs::create_symlink(outside() / "new", target() / "first");
+
+  EXPECT_THAT(extract(GetParam()), HasSubstr("a symbolic link is there already"));
+  EXPECT_TRUE(fs::is_empty(outside()));
+  EXPECT_FALSE(fs::exists(target() / "a"));
+}
+
+using ExtractionReplacing = ExtractionConflict;
+INSTANTIATE_TEST_SUITE_P(Mode, ExtractionReplacing, testing::Values(RestoreMode::ReplaceExisting));
+
+TEST_P(ExtractionReplacing, AnExistingFileIsReplaced) {
+  fs::create_directories(target() / "a/b");
+  writeFile(target() / "a/b/file", "old and longer");
+
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_EQ(readFile(target() / "a/b/file"), "new");
+}
+
+TEST_P(ExtractionReplacing, AnotherNameOfAnExistingFileKeepsItsContent) {
+  writeFile(outside() / "precious", "precious");
+  fs::create_hard_link(outside() / "precious", target() / "first");
+
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_EQ(readFile(target() / "first"), "new");
+  EXPECT_EQ(readFile(outside() / "precious"), "precious");
+}
+
+TEST_P(ExtractionReplacing, ALinkIsReplacedAndItsTargetKeepsItsContent) {
+  writeFile(outside() / "precious", "precious");
+  fs::create_symlink(outside() / "precious", target() / "first");
+
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_FALSE(fs::is_symlink(target() / "first"));
+  EXPECT_EQ(readFile(target() / "first"), "new");
+  EXPECT_EQ(readFile(outside() / "precious"), "precious");
+}
+
+TEST_P(ExtractionReplacing, AReadOnlyFileIsReplacedAndItsModeIsNotKept) {
+  writeFile(target() / "first", "old");
+  ASSERT_EQ(::chmod((target() / "first").c_str(), 0400), 0);
+
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_EQ(readFile(target() / "first"), "new");
+  EXPECT_NE(fs::status(target() / "first").permissions() & fs::perms::owner_write, fs::perms::none);
+}
+
+TEST_P(ExtractionReplacing, ADamagedSmallFileLeavesTheOldOne) {
+  ScratchTree damaged;
+  damaged.addFailingFile("file", 10);
+  fs::create_directory(damaged.folder / "target");
+  writeFile(damaged.folder / "target" / "file", "old");
+
+  const std::string error = errorOf(
+      [&] { damaged.files.extractAll((damaged.folder / "target").u16string(), GetParam()); });
+
+  EXPECT_THAT(error, HasSubstr("checksum"));
+  EXPECT_EQ(readFile(damaged.folder / "target" / "file"), "old");
+}
+
+TEST_P(ExtractionReplacing, TwiceInARowGivesTheSame) {
+  EXPECT_EQ(extract(GetParam()), "no error");
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_EQ(readFile(target() / "a/b/file"), "new");
+}
+
+}  // namespace
