@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/XMLPartType.h"
+#include "opc/model/Package.h"
+#include "opc/plservices/CorePropertiesManager.h"
+#include "opc/plservices/FileSystemManager.h"
+#include "opc/zippackage/ZipPhysicalPackage.h"
+
+namespace addon::packaging {
+
+/// What kind of add-on a package holds.
+enum class AddonType : std::int32_t { Toolbox = 0, Unknown = 1 };
+
+/// One add-on package file, for the length of one piece of work.
+///
+/// Either construct it with properties (the package is then open as a new one), or construct it
+/// with the path and open logicalPackage(); work; then logicalPackage().close(false), which is what
+/// puts changes on the disk. Everything throws opc::Exception; nothing that failed is committed.
+class AddonPackage {
+ public:
+  /// A new package of the type that `properties` name, with core properties, the properties
+  /// document and the current time. An unknown type makes nothing at all, silently: the package is
+  /// then not open, and closing it writes nothing. Replaces a file at the path when committed.
+  AddonPackage(std::u16string& path, AddonProperties& properties);
+  /// Binds to a package file; reads nothing.
+  explicit AddonPackage(const std::u16string& path);
+  /// Closes without committing.
+  virtual ~AddonPackage();
+  AddonPackage(const AddonPackage&) = delete;
+  AddonPackage& operator=(const AddonPackage&) = delete;
+
+  /// "Korvan Toolbox", to the letter, is AddonType::Toolbox; everything else AddonType::Unknown.
+  static int getAddonTypeFromString(std::u16string type);
+
+  /// Updates the core properties and replaces the properties document. Times, release and type stay
+  /// as they were.
+  void setAddonProperties(AddonProperties& properties);
+  /// Fills `properties` from both; what the package does not hold keeps its value.
+  void getAddonProperties(AddonProperties& properties);
+
+  /// Writes or replaces the document's part; its relationship, once made, is kept.
+  void addXMLPart(XMLPartType& document);
+  /// Fills `document` from its part, found through the one relationship of its type. With none, or
+  /// several, it keeps what it holds. Throws opc::Exception when the target is missing and
+  /// opc::model::InvalidXMLDocument when it is not well-formed.
+  void getXMLPart(XMLPartType& document);
+  void setLicense(AddonLicense& license);
+  void getLicense(AddonLicense& license);
+
+  /// Adds files[i] of the disk as paths[i] of the package. A path that is taken ends it with
+  /// FileSystemEntryAlreadyExists; those before it stay added.
+  void addFiles(std::vector<std::u16string> files, std::vector<std::u16string> paths);
+  /// Adds folders; one that exists is no error.
+  void addFolders(std::vector<std::u16string> folders);
+  /// Writes the file tree below a folder of the disk, replacing files that exist there.
+  void extractAllFiles(const std::u16string& destination);
+  /// The paths of all files and of the empty folders, depth first, in code-unit order.
+  std::vector<std::u16string> getFileList();
+
+  opc::zippackage::ZipPhysicalPackage& physicalPackage() { return physicalPackage_; }
+  opc::model::Package& logicalPackage() { return logicalPackage_; }
+  opc::plservices::CorePropertiesManager& coreProperties() { return corePropertiesManager_; }
+  opc::plservices::FileSystemManager& fileSystem() { return fileSystemManager_; }
+
+ private:
+  void addFilesFromFolder(opc::plservices::FileSystemEntry folder,
+                          std::vector<std::u16string>& list);
+
+  opc::zippackage::ZipPhysicalPackage physicalPackage_;
+  opc::model::Package logicalPackage_;
+  opc::plservices::CorePropertiesManager corePropertiesManager_;
+  opc::plservices::FileSystemManager fileSystemManager_;
+};
+
+}  // namespace addon::packaging

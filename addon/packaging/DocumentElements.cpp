@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#include "addon/packaging/DocumentElements.h"
+
+#include "opc/model/XercesHelper.h"
+
+namespace addon::packaging {
+
+using opc::model::XercesHelper;
+
+void appendTextElement(xercesc::DOMElement* parent, const std::u16string& namespaceURI,
+                       const std::u16string& name, const std::u16string& text) {
+  XercesHelper::setElementText(XercesHelper::appendElementNS(parent, namespaceURI, name), text);
+}
+
+void readChildText(const xercesc::DOMElement* parent, std::u16string_view name,
+                   std::u16string& text) {
+  XercesHelper::getElementText(XercesHelper::getElement(parent, name), text);
+}
+
+}  // namespace addon::packaging
