@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Arguments.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "tool/Errors.h"
+
+namespace {
+
+using tool::CommandSpec;
+using tool::Invocation;
+using tool::OperandSpec;
+using tool::OptionSpec;
+using tool::UsageError;
+using Words = std::vector<std::string>;
+
+constexpr std::array kOperands{OperandSpec{"FIRST", "the first"},
+                               OperandSpec{"REST", "the others", false, true}};
+constexpr std::array kOptions{
+    OptionSpec{"name", 'n', "TEXT", "a name"}, OptionSpec{"exclude", 0, "GLOB", "a pattern", true},
+    OptionSpec{"long", 'l', "", "a flag"}, OptionSpec{"null", '0', "", "a flag that is a digit"}};
+constexpr CommandSpec kCommand{"test", "tests", "", kOperands, kOptions, nullptr};
+
+Invocation parse(const Words& words) {
+  bool wantsHelp = false;
+  return tool::parseArguments(kCommand, {}, words, wantsHelp);
+}
+
+std::string errorOf(const Words& words) {
+  try {
+    parse(words);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+TEST(Arguments, OptionsStandAnywhereAmongOperands) {
+  const Invocation invocation = parse({"a", "-l", "b", "--name", "x", "c"});
+
+  EXPECT_EQ(invocation.operands(), (Words{"a", "b", "c"}));
+  EXPECT_TRUE(invocation.has("long"));
+  EXPECT_EQ(invocation.value("name"), "x");
+}
+
+TEST(Arguments, ARepeatableOptionTakesOneValueEachTime) {
+  const Invocation invocation = parse({"--exclude", "x", "a", "--exclude=y", "b"});
+
+  EXPECT_EQ(invocation.values("exclude"), (Words{"x", "y"}));
+  EXPECT_EQ(invocation.operands(), (Words{"a", "b"}));
+}
+
+TEST(Arguments, WordsThatLookLikeListsStayWhole) {
+  const Words words{"[1,2]", "[]", "{}", "++", "%%", "[a]", "", "a b", "\x01x", "\x01[q]", "-"};
+
+  EXPECT_EQ(parse(words).operands(), words);
+}
+
+TEST(Arguments, ValuesThatLookLikeListsStayWhole) {
+  EXPECT_EQ(parse({"a", "--name", "[x]"}).value("name"), "[x]");
+  EXPECT_EQ(parse({"a", "--name=[x]"}).value("name"), "[x]");
+  EXPECT_EQ(parse({"a", "-n[x]"}).value("name"), "[x]");
+  EXPECT_EQ(parse({"a", "-ln[x]"}).value("name"), "[x]");
+  EXPECT_EQ(parse({"a", "-ln", "[x]"}).value("name"), "[x]");
+  EXPECT_EQ(parse({"a", "--name={}"}).value("name"), "{}");
+  EXPECT_EQ(parse({"a", "--name="}).value("name"), "");
+  EXPECT_EQ(parse({"a", "--name", ""}).value("name"), "");
+  EXPECT_EQ(parse({"a", "--name", "-l"}).value("name"), "-l");
+  EXPECT_EQ(parse({"a", "--name=a=b"}).value("name"), "a=b");
+}
+
+TEST(Arguments, NegativeNumbersAreOperandsUnlessTheyAreOptions) {
+  const Invocation invocation = parse({"-5", "-.5", "-1e3", "-0"});
+
+  EXPECT_EQ(invocation.operands(), (Words{"-5", "-.5", "-1e3"}));
+  EXPECT_TRUE(invocation.has("null"));
+}
+
+TEST(Arguments, AfterTwoDashesNothingIsAnOption) {
+  const Invocation invocation = parse({"a", "--", "--name", "-l", "--", "[x]"});
+
+  EXPECT_EQ(invocation.operands(), (Words{"a", "--name", "-l", "--", "[x]"}));
+  EXPECT_FALSE(invocation.has("long"));
+}
+
+TEST(Arguments, ShortFlagsMayBeJoined) {
+  const Invocation invocation = parse({"a", "-l0nx"});
+
+  EXPECT_TRUE(invocation.has("long"));
+  EXPECT_TRUE(invocation.has("null"));
+  EXPECT_EQ(invocation.value("name"), "x");
+}
+
+TEST(Arguments, MistakesAreNamed) {
+  EXPECT_EQ(errorOf({"a", "--nmae", "x"}), "unknown option '--nmae': did you mean '--name'?");
+  EXPECT_EQ(errorOf({"a", "--zzzzzzzz=1"}), "unknown option '--zzzzzzzz': no option has that name");
+  EXPECT_EQ(errorOf({"a", "-x"}), "unknown option '-x': no option has that letter");
+  EXPECT_EQ(errorOf({"a", "--name"}), "bad option '--name': its value is missing");
+  EXPECT_EQ(errorOf({"a", "--name", "--"}), "bad option '--name': its value is missing");
+  EXPECT_EQ(errorOf({"a", "--name", "x", "-n", "y"}), "bad option '--name': it is given twice");
+  EXPECT_EQ(errorOf({"a", "--long=yes"}), "bad option '--long': it takes no value");
+  EXPECT_EQ(errorOf({}), "FIRST is missing: the first");
+  EXPECT_EQ(errorOf({"a", "--color", "red"}),
+            "bad value of --color 'red': expected auto, always or never");
+}
+
+TEST(Arguments, HelpIsToldBeforeAnythingIsMissed) {
+  bool wantsHelp = false;
+
+  tool::parseArguments(kCommand, {}, {"--help"}, wantsHelp);
+
+  EXPECT_TRUE(wantsHelp);
+}
+
+TEST(Arguments, NumbersAreCheckedWhole) {
+  EXPECT_EQ(parse({"a", "--name", "12"}).number("name", 0, 99), 12);
+  EXPECT_EQ(parse({"a"}).number("name", 0, 99), std::nullopt);
+  for (const char* text : {"", "x", "1x", " 1", "100", "-1", "99999999999999999999", "1.5", "+1"}) {
+    const Invocation invocation = parse({"a", "--name", text});
+    EXPECT_THROW(invocation.number("name", 0, 99), UsageError) << text;
+  }
+}
+
+TEST(Arguments, TheWordsBeforeTheCommandAreTheirOwn) {
+  const tool::LeadingArguments leading =
+      tool::parseLeadingArguments({"-C", "[dir]", "-q", "--color=never", "list", "-l", "[x]"});
+
+  EXPECT_EQ(leading.directory, "[dir]");
+  EXPECT_TRUE(leading.settings.isQuiet);
+  EXPECT_EQ(leading.settings.color, tool::ColorMode::Never);
+  EXPECT_EQ(leading.rest, (Words{"list", "-l", "[x]"}));
+}
+
+}  // namespace

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// Pieces of the tool that need no file of their own.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "opc/Streams.h"
+#include "tool/Guid.h"
+#include "tool/PackageAccess.h"
+#include "tool/Progress.h"
+#include "tool/Sha256.h"
+
+namespace {
+
+TEST(Sha256, AgreesWithPublishedValues) {
+  EXPECT_EQ(tool::sha256Of(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(tool::sha256Of("abc"),
+            "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+}
+
+TEST(Sha256, OfAStreamIsThatOfItsBytes) {
+  const std::string text(300000, 'x');
+  opc::MemoryInputStream stream(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+
+  EXPECT_EQ(tool::sha256Of(stream), tool::sha256Of(text));
+}
+
+TEST(Guid, OfANameIsTheVersion5OneInTheUrlNamespace) {
+  // python3: uuid.uuid5(uuid.NAMESPACE_URL, "kraddon:Wave Tools")
+  EXPECT_EQ(tool::guidOfName("Wave Tools"), "345491c9-0ee2-50de-aedd-a6aebfe78015");
+}
+
+TEST(Guid, AtRandomIsNeverTheSame) {
+  EXPECT_NE(tool::randomGuid(), tool::randomGuid());
+  EXPECT_EQ(tool::randomGuid().size(), 36u);
+  EXPECT_EQ(tool::randomGuid()[14], '4');
+}
+
+TEST(Progress, BytesAreShownShort) {
+  EXPECT_EQ(tool::describeBytes(999), "999 B");
+  EXPECT_EQ(tool::describeBytes(1000), "1.0 kB");
+  EXPECT_EQ(tool::describeBytes(12345), "12 kB");
+  EXPECT_EQ(tool::describeBytes(999999), "1.0 MB");
+  EXPECT_EQ(tool::describeBytes(~0ull), "18 EB");
+}
+
+TEST(Progress, TellsFilesBytesRateAndTimeLeft) {
+  const opc::interfaces::Progress progress{3, 10, 2000000, 6000000};
+
+  EXPECT_EQ(tool::describeProgress(progress, 2.0, 100),
+            "3 of 10 files, 2.0 MB of 6.0 MB, 1.0 MB/s, 4 s left");
+  EXPECT_EQ(tool::describeProgress(progress, 2.0, 11), "3 of 10 fi");
+}
+
+TEST(Times, AreWrittenInUtc) {
+  EXPECT_EQ(tool::formatTime(0), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(tool::formatTime(1767225599), "2025-12-31T23:59:59Z");
+  EXPECT_EQ(tool::formatTime(-1), "1969-12-31T23:59:59Z");
+  EXPECT_EQ(tool::formatTime(253402300799), "9999-12-31T23:59:59Z");
+}
+
+TEST(Names, OfPathsAreTakenApart) {
+  EXPECT_EQ(tool::baseNameOf("a.b/wave.kraddon"), "wave");
+  EXPECT_EQ(tool::baseNameOf("wave"), "wave");
+  EXPECT_EQ(tool::baseNameOf("a/.hidden"), ".hidden");
+  EXPECT_EQ(tool::fileNameOf("a/b/c"), "c");
+}
+
+}  // namespace

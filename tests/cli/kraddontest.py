@@ -1,0 +1,133 @@
+# SPDX-License-Identifier: MIT
+"""Runs the real program in a folder of its own and compares what comes out."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+import zipfile
+
+KRADDON = os.environ["KRADDON"]
+
+
+class Result:
+    """What a run left: exit code, and both outputs as bytes."""
+
+    def __init__(self, code, out, err):
+        self.code, self.out, self.err = code, out, err
+
+    @property
+    def text(self):
+        return self.out.decode()
+
+    @property
+    def errors(self):
+        return self.err.decode()
+
+    @property
+    def json(self):
+        return json.loads(self.out, object_pairs_hook=_refuse_repeated)
+
+
+def _refuse_repeated(pairs):
+    names = [name for name, _ in pairs]
+    assert len(names) == len(set(names)), f"repeated member in {names}"
+    return dict(pairs)
+
+
+class CliTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kraddon-cli-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def environment(self, extra=None):
+        env = {key: value for key, value in os.environ.items()
+               if key not in ("SOURCE_DATE_EPOCH", "NO_COLOR")}
+        env.update(extra or {})
+        return env
+
+    def run_kraddon(self, *words, stdin=b"", env=None, stdout=subprocess.PIPE, prefix=(), **kw):
+        done = subprocess.run([*prefix, KRADDON, *map(os.fsencode, words)], cwd=self.folder,
+                              input=stdin, stdout=stdout, stderr=subprocess.PIPE,
+                              env=self.environment(env), timeout=120, check=False, **kw)
+        return Result(done.returncode, done.stdout, done.stderr)
+
+    def ok(self, *words, **kw):
+        """Runs it, expects success and silence on standard error."""
+        result = self.run_kraddon(*words, **kw)
+        self.assertEqual((result.code, result.errors), (0, ""))
+        return result
+
+    def fails(self, *words, message=None, hint=None, **kw):
+        """Runs it, expects exit code 1, one line of error, nothing on standard output."""
+        result = self.run_kraddon(*words, **kw)
+        self.assertEqual(result.code, 1, result.errors)
+        self.assertEqual(result.out, b"")
+        lines = result.errors.splitlines()
+        self.assertEqual(len(lines), 2 if hint else 1, result.errors)
+        self.assertTrue(lines[0].startswith(f"kraddon: {words[0]}: "), lines[0])
+        if message is not None:
+            self.assertEqual(lines[0], f"kraddon: {words[0]}: {message}")
+        if hint:
+            self.assertEqual(lines[1], f"hint: {hint}")
+        return result
+
+    def misused(self, *words, message, command=None, **kw):
+        """Runs it, expects exit code 2, the line and then the usage of the command."""
+        result = self.run_kraddon(*words, **kw)
+        self.assertEqual((result.code, result.out), (2, b""), result.errors)
+        lines = result.errors.splitlines()
+        command = words[0] if command is None else command
+        self.assertEqual(lines[0], f"kraddon: {command + ': ' if command else ''}{message}")
+        self.assertTrue(any(line.startswith(f"usage: kraddon {command}") for line in lines))
+        return result
+
+    def path(self, name):
+        return self.folder / name
+
+    def write(self, name, content=""):
+        path = self.path(name)
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def tree(self, files, folder="src"):
+        """Makes files ({path: content}; a path that ends in '/' is an empty folder)."""
+        for name, content in files.items():
+            if name.endswith("/"):
+                self.path(f"{folder}/{name}").mkdir(parents=True)
+            else:
+                self.write(f"{folder}/{name}", content)
+
+    def package(self, name="p.kraddon", files=None, *words):
+        """A package with the given files."""
+        self.tree(files or {}, f"{name}.src")
+        self.path(f"{name}.src").mkdir(exist_ok=True)
+        self.ok("create", name, f"{name}.src", "--name", "Wave Tools", "--timestamp", "1700000000",
+                *words)
+        return self.path(name)
+
+    def listing(self, name="p.kraddon", *words):
+        return self.ok("list", name, *words).text.splitlines()
+
+    def entries(self, name="p.kraddon"):
+        with zipfile.ZipFile(self.path(name)) as archive:
+            self.assertIsNone(archive.testzip())
+            return {entry.filename: archive.read(entry) for entry in archive.infolist()}
+
+    def assert_sound(self, name="p.kraddon"):
+        done = subprocess.run(["unzip", "-tqq", self.path(name)], capture_output=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.entries(name)
+
+    def names(self, folder="."):
+        return sorted(os.listdir(self.path(folder)))
+
+
+def main():
+    unittest.main(verbosity=1)

@@ -1,0 +1,154 @@
+# SPDX-License-Identifier: MIT
+"""kraddon extract"""
+
+import os
+
+import kraddontest
+
+FILES = {"a.m": "one", "lib/b.m": "two", "lib/void/": "", "z.bin": b"\0\xff" * 5000}
+
+
+class Extract(kraddontest.CliTest):
+
+    def setUp(self):
+        super().setUp()
+        self.package("p.kraddon", FILES)
+
+    def found(self, folder):
+        result = {}
+        for base, folders, files in os.walk(self.path(folder)):
+            relative = os.path.relpath(base, self.path(folder))
+            for name in files:
+                path = os.path.normpath(os.path.join(relative, name))
+                result[path] = self.path(f"{folder}/{path}").read_bytes()
+            if not folders and not files:
+                result[relative + "/"] = b""
+        return result
+
+    def expected(self, *names):
+        return {name: FILES[name] if isinstance(FILES[name], bytes) else FILES[name].encode()
+                for name in names}
+
+    def test_everything_goes_below_the_base_name(self):
+        result = self.ok("extract", "p.kraddon")
+
+        self.assertEqual(result.out, b"")
+        self.assertEqual(self.found("p"), self.expected(*FILES))
+
+    def test_the_base_name_is_looked_for_in_the_current_folder(self):
+        self.path("sub").mkdir()
+        self.ok("-C", "sub", "extract", "../p.kraddon")
+        self.assertEqual(self.names("sub"), ["p"])
+
+    def test_a_package_without_extension_needs_a_folder(self):
+        self.path("p.kraddon").rename(self.path("plain"))
+        self.fails("extract", "plain", hint="name a folder with -d",
+                   message="cannot tell where to write 'plain': the name has no extension")
+
+    def test_chosen_paths_keep_their_place(self):
+        self.ok("extract", "p.kraddon", "lib", "-d", "one")
+        self.assertEqual(self.found("one"), self.expected("lib/b.m", "lib/void/"))
+        self.ok("extract", "p.kraddon", "--glob", "*.m", "--directory=two")
+        self.assertEqual(self.found("two"), self.expected("a.m", "lib/b.m"))
+        self.fails("extract", "p.kraddon", "a.m", "nothing", "-d", "three",
+                   message="cannot find 'nothing': the package holds nothing of that name")
+        self.assertFalse(self.path("three").exists())
+
+    def test_an_existing_file_stops_it_before_anything_is_written(self):
+        self.write("out/lib/b.m", "mine")
+        self.fails("extract", "p.kraddon", "-d", "out",
+                   message="cannot extract 'out/lib/b.m': it exists already",
+                   hint="--force replaces files, --skip-existing leaves them")
+        self.assertEqual(self.found("out"), {"lib/b.m": b"mine"})
+
+    def test_existing_files_can_be_left_or_replaced(self):
+        self.write("out/lib/b.m", "mine")
+        self.ok("extract", "p.kraddon", "-d", "out", "--skip-existing")
+        self.assertEqual(self.found("out"),
+                         dict(self.expected(*FILES), **{"lib/b.m": b"mine"}))
+        self.ok("extract", "p.kraddon", "-d", "out", "--force")
+        self.assertEqual(self.found("out"), self.expected(*FILES))
+
+    def test_force_replaces_a_link_and_not_what_it_leads_to(self):
+        self.write("precious", "mine")
+        self.path("out").mkdir()
+        self.path("out/a.m").symlink_to("../precious")
+
+        self.ok("extract", "p.kraddon", "-d", "out", "--force")
+
+        self.assertEqual(self.path("precious").read_text(), "mine")
+        self.assertFalse(self.path("out/a.m").is_symlink())
+
+    def test_a_link_in_the_way_is_not_followed(self):
+        self.path("elsewhere").mkdir()
+        self.path("out").mkdir()
+        self.path("out/lib").symlink_to("../elsewhere")
+        for option in ([], ["--force"], ["--skip-existing"]):
+            self.fails("extract", "p.kraddon", "-d", "out", *option)
+            self.assertEqual(self.names("elsewhere"), [])
+
+    def test_a_dry_run_writes_nothing(self):
+        result = self.ok("extract", "p.kraddon", "-d", "out", "--dry-run")
+        self.assertEqual(result.text, "a.m\nlib/b.m\nlib/void/\nz.bin\n")
+        self.assertFalse(self.path("out").exists())
+        self.write("out/a.m", "mine")
+        self.fails("extract", "p.kraddon", "-d", "out", "--dry-run",
+                   hint="--force replaces files, --skip-existing leaves them",
+                   message="cannot extract 'out/a.m': it exists already")
+        result = self.ok("extract", "p.kraddon", "-d", "out", "--dry-run", "--skip-existing")
+        self.assertEqual(result.text, "lib/b.m\nlib/void/\nz.bin\n")
+
+    def test_one_file_goes_to_standard_output(self):
+        self.assertEqual(self.ok("extract", "p.kraddon", "z.bin", "--stdout").out,
+                         FILES["z.bin"])
+        self.assertEqual(self.ok("extract", "p.kraddon", "--glob", "z*", "--stdout").out,
+                         FILES["z.bin"])
+        for words in ([], ["lib"], ["lib/void"], ["a.m", "z.bin"]):
+            result = self.fails("extract", "p.kraddon", *words, "--stdout")
+            self.assertIn("--stdout takes one file", result.errors)
+        self.misused("extract", "p.kraddon", "a.m", "--stdout", "-d", "x",
+                     message="bad option '--stdout': it does not go with --directory")
+
+    def test_the_size_can_be_limited(self):
+        self.fails("extract", "p.kraddon", "--max-size", "10005",
+                   message="cannot extract 'p.kraddon': it would be more than 10005 bytes")
+        self.assertFalse(self.path("p").exists())
+        self.ok("extract", "p.kraddon", "a.m", "-d", "some", "--max-size", "3")
+        self.ok("extract", "p.kraddon", "--max-size", "10006")
+        self.misused("extract", "p.kraddon", "--max-size", "1k",
+                     message="bad value of --max-size '1k': expected a whole number from 0 to "
+                             "9223372036854775807")
+
+    def test_damaged_data_are_told_and_removed(self):
+        path = self.path("p.kraddon")
+        content = path.read_bytes()
+        at = content.index(b"\0\xff" * 10) if b"\0\xff" * 10 in content else None
+        if at is None:
+            self.package("q.kraddon", {"z.bin": b"\0\xff" * 5000}, "--level", "0")
+            path = self.path("q.kraddon")
+            content = path.read_bytes()
+            at = content.index(b"\0\xff" * 10)
+        path.write_bytes(content[:at] + b"X" + content[at + 1:])
+
+        result = self.fails("extract", path.name, "-d", "out")
+
+        self.assertIn("z.bin", result.errors)
+        self.assertFalse(self.path("out/z.bin").exists())
+
+    def test_new_files_follow_the_umask(self):
+        old = os.umask(0o027)
+        self.addCleanup(os.umask, old)
+        self.ok("extract", "p.kraddon", "-d", "out")
+        self.assertEqual(self.path("out/a.m").stat().st_mode & 0o777, 0o640)
+
+    def test_times_come_back(self):
+        self.ok("extract", "p.kraddon", "-d", "out")
+        self.assertEqual(self.path("out/a.m").stat().st_mtime, 1700000000)
+
+    def test_the_destination_may_be_a_path_that_begins_with_a_dash(self):
+        self.ok("extract", "p.kraddon", "-d", "-out")
+        self.assertEqual(self.found("-out"), self.expected(*FILES))
+
+
+if __name__ == "__main__":
+    kraddontest.main()

@@ -1,0 +1,210 @@
+# SPDX-License-Identifier: MIT
+"""What holds for every command."""
+
+import os
+import pty
+import subprocess
+
+import kraddontest
+from kraddontest import KRADDON
+
+COMMANDS = ["create", "info", "list", "extract", "get", "set", "call", "help"]
+
+
+class General(kraddontest.CliTest):
+
+    def test_the_version_is_printed(self):
+        result = self.ok("--version")
+
+        self.assertRegex(result.text, r"\Akraddon \d+\.\d+\.\d+\n\Z")
+
+    def test_help_names_every_command(self):
+        for words in (["--help"], ["-h"], ["help"]):
+            text = self.ok(*words).text
+            for command in COMMANDS:
+                self.assertRegex(text, rf"(?m)^  {command} +\S")
+
+    def test_every_command_has_help_by_three_ways(self):
+        for command in COMMANDS:
+            text = self.ok("help", command).text
+            self.assertTrue(text.startswith(f"usage: kraddon {command} "), text)
+            self.assertEqual(self.ok(command, "--help").text, text)
+            self.assertEqual(self.ok(command, "-h").text, text)
+            self.assertIn("--verbose", text)
+            self.assertLessEqual(max(map(len, text.splitlines())), 100)
+
+    def test_help_is_given_even_when_words_are_missing_or_wrong(self):
+        self.ok("create", "--help")
+        self.ok("create", "--help", "--level", "nonsense")
+
+    def test_no_command_is_wrong_usage(self):
+        result = self.run_kraddon()
+
+        self.assertEqual((result.code, result.out), (2, b""))
+        self.assertTrue(result.errors.startswith(
+            "kraddon: no command is given\nhint: 'kraddon help' lists them\nusage: kraddon "))
+
+    def test_an_unknown_command_gets_the_nearest_one(self):
+        self.misused("craete", message="unknown command 'craete': did you mean 'create'?",
+                     command="")
+        self.misused("help", "lst", message="unknown command 'lst': did you mean 'list'?")
+        self.misused("zzzzzz", command="",
+                     message="unknown command 'zzzzzz': 'kraddon help' lists the commands")
+
+    def test_an_unknown_option_gets_the_nearest_one(self):
+        self.misused("list", "p", "--jsno",
+                     message="unknown option '--jsno': did you mean '--json'?")
+        self.misused("list", "p", "-y", message="unknown option '-y': no option has that letter")
+        self.misused("--colour", "never", "list", "p", command="",
+                     message="unknown option '--colour': did you mean '--color'?")
+
+    def test_json_is_refused_where_there_is_none(self):
+        for words in (["create", "p", "--name", "x"], ["extract", "p"], ["get", "p", "license"],
+                      ["set", "p", "license", "-"], ["call", "addonGetFileList"]):
+            result = self.run_kraddon(*words, "--json")
+            self.assertEqual(result.code, 2, words)
+            self.assertIn("unknown option '--json'", result.errors)
+
+    def test_missing_and_extra_operands_are_named(self):
+        self.misused("info", message="PACKAGE is missing: the package")
+        self.misused("info", "a", "b", message="unexpected operand 'b': there is no use for it")
+        self.misused("create", "p", message="--name is missing: the add-on's name")
+
+    def test_another_folder_can_be_worked_in(self):
+        self.path("sub").mkdir()
+        self.ok("-C", "sub", "create", "p.kraddon", "--name", "x")
+        self.assertEqual(self.names("sub"), ["p.kraddon"])
+
+        result = self.run_kraddon("-C", "nowhere", "list", "p")
+        self.assertEqual(result.code, 1)
+        self.assertEqual(result.errors, "kraddon: list: cannot enter the folder 'nowhere': "
+                                        "No such file or directory\n")
+
+    def test_a_full_disk_is_a_failure(self):
+        self.package(files={"a.m": "x"})
+        for words in (["list", "p.kraddon"], ["info", "p.kraddon"], ["--version"], ["help"],
+                      ["list", "p.kraddon", "--json"], ["get", "p.kraddon", "properties"],
+                      ["extract", "p.kraddon", "a.m", "--stdout"]):
+            with open("/dev/full", "wb") as full:
+                result = self.run_kraddon(*words, stdout=full)
+            self.assertEqual(result.code, 1, words)
+            self.assertIn("cannot write 'standard output': No space left on device",
+                          result.errors)
+
+    def test_a_closed_output_is_a_failure_and_never_written_into_a_file(self):
+        self.package(files={"a.m": "x"})
+        before = self.path("p.kraddon").read_bytes()
+        done = subprocess.run(f"'{KRADDON}' list p.kraddon >&-", shell=True, cwd=self.folder,
+                              stderr=subprocess.PIPE, check=False)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"cannot write 'standard output'", done.stderr)
+        done = subprocess.run(f"'{KRADDON}' set p.kraddon license text=x <&- >&- 2>&-",
+                              shell=True, cwd=self.folder, check=False)
+        self.assertEqual(done.returncode, 0)
+        self.assertNotEqual(self.path("p.kraddon").read_bytes(), before)
+        self.assert_sound()
+
+    def test_a_closed_pipe_ends_it_quietly(self):
+        self.package(files={f"folder/a-rather-long-name-{i}.m": "" for i in range(3000)})
+        process = subprocess.Popen([KRADDON, "list", "p.kraddon", "--json", "-l"],
+                                   cwd=self.folder, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE)
+        process.stdout.close()
+        errors = process.stderr.read()
+        process.stderr.close()
+
+        self.assertEqual(process.wait(), -13)
+        self.assertEqual(errors, b"")
+
+    def test_messages_show_control_characters_as_escapes(self):
+        result = self.fails("info", "no\x1b[31m\nsuch")
+
+        self.assertIn("\\x1b[31m\\nsuch", result.errors)
+
+    def test_names_are_escaped_on_a_terminal_only(self):
+        self.package(files={"evil\x1b[31m.m": "x"})
+        self.assertEqual(self.listing(), ["evil\x1b[31m.m"])
+        self.assertEqual(self.ok("list", "p.kraddon", "-0").out, b"evil\x1b[31m.m\0")
+        for words in (["list", "p.kraddon"], ["list", "p.kraddon", "--tree"],
+                      ["extract", "p.kraddon", "--dry-run"]):
+            self.assertEqual(self.on_terminal(*words), b"evil\\x1b[31m.m\r\n")
+        self.assertEqual(self.on_terminal("list", "p.kraddon", "-0"), b"evil\x1b[31m.m\0")
+
+    def on_terminal(self, *words, env=None):
+        """What the program prints when its standard output is a terminal."""
+        master, slave = pty.openpty()
+        process = subprocess.Popen([KRADDON, *words], cwd=self.folder, stdout=slave,
+                                   stderr=subprocess.DEVNULL, env=self.environment(env))
+        os.close(slave)
+        text = b""
+        try:
+            while chunk := os.read(master, 65536):
+                text += chunk
+        except OSError:  # the other end is gone
+            pass
+        os.close(master)
+        self.assertEqual(process.wait(), 0)
+        return text
+
+    def test_colours_are_for_terminals_unless_told(self):
+        self.package(files={"a/b.m": "x"})
+        escape = b"\x1b["
+        words = ["list", "p.kraddon", "--tree"]
+        self.assertNotIn(escape, self.ok(*words).out)
+        self.assertIn(escape, self.ok(*words, "--color", "always").out)
+        self.assertIn(escape, self.ok("--color", "always", *words).out)
+        self.assertIn(escape, self.on_terminal(*words))
+        self.assertNotIn(escape, self.on_terminal(*words, env={"NO_COLOR": "1"}))
+        self.assertNotIn(escape, self.on_terminal(*words, "--color", "never"))
+        self.misused(*words, "--color", "red",
+                     message="bad value of --color 'red': expected auto, always or never")
+
+    def test_results_do_not_depend_on_locale_or_time_zone(self):
+        self.package(files={"é.m": "x", "z.m": "x", "Z.m": "x"})
+        for words in (["list", "p.kraddon", "-l"], ["info", "p.kraddon"]):
+            expected = self.ok(*words).out
+            for env in ({"LC_ALL": "C"}, {"LC_ALL": "de_DE.UTF-8"},
+                        {"TZ": "Pacific/Auckland", "LC_ALL": "POSIX"}):
+                self.assertEqual(self.ok(*words, env=env).out, expected)
+
+    def test_the_version_starts_no_xml_and_reads_no_package(self):
+        self.ok("--version", env={"XERCES_DISABLE_DTD": "1"})
+
+    def test_what_is_no_package_is_told_in_one_line(self):
+        self.write("empty.kraddon")
+        self.write("text.kraddon", "no package at all, just some text\n" * 10)
+        self.path("folder").mkdir()
+        whole = self.package(files={"a.m": "content" * 100}).read_bytes()
+        self.write("cut.kraddon", whole[:len(whole) // 2])
+        for name in ("missing.kraddon", "empty.kraddon", "text.kraddon", "folder",
+                     "cut.kraddon"):
+            for command in (["info"], ["list"], ["extract", "-d", "out"], ["get"], ["set"]):
+                words = [command[0], name, *command[1:]]
+                words += {"get": ["properties"], "set": ["license", "text=x"]}.get(words[0], [])
+                result = self.fails(*words)
+                self.assertIn(f"'{name}'", result.errors)
+        self.assertFalse(self.path("out").exists())
+        self.assertFalse(self.path("missing.kraddon").exists())
+
+    def test_a_package_without_rights_is_told(self):
+        if os.geteuid() == 0:
+            self.package()
+            os.chmod(self.folder, 0o755)
+            self.path("p.kraddon").chmod(0)
+            done = self.run_kraddon("info", "p.kraddon", user=65534, group=65534,
+                                    extra_groups=[])
+        else:
+            self.package()
+            self.path("p.kraddon").chmod(0)
+            done = self.run_kraddon("info", "p.kraddon")
+        self.assertEqual(done.code, 1)
+        self.assertIn("'p.kraddon': Permission denied", done.errors)
+
+    def test_a_path_that_is_not_utf8_is_told(self):
+        result = self.fails("info", b"caf\xe9.kraddon",
+                            message="cannot open 'caf\\xe9.kraddon': it is not UTF-8")
+        self.assertEqual(result.code, 1)
+
+
+if __name__ == "__main__":
+    kraddontest.main()

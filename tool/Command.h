@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "tool/ExitCode.h"
+
+namespace tool {
+
+class Invocation;
+
+/// An option: what parses it, what describes it. "" and 0 stand for no such name.
+struct OptionSpec {
+  std::string_view longName;   ///< without the dashes
+  char shortName = 0;          ///< without the dash
+  std::string_view valueName;  ///< how help calls its value; "" for a flag
+  std::string_view help;       ///< one line
+  bool isRepeatable = false;   ///< may be given several times
+  bool isRequired = false;
+};
+
+struct OperandSpec {
+  std::string_view name;
+  std::string_view help;  ///< one line
+  bool isRequired = true;
+  bool isRepeatable = false;  ///< the last one only
+};
+
+/// A command. Parsing, help, completion and manual all come from this one description.
+struct CommandSpec {
+  std::string_view name;
+  std::string_view summary;      ///< one line
+  std::string_view description;  ///< paragraphs for its own help; may be empty
+  std::span<const OperandSpec> operands;
+  std::span<const OptionSpec> options;
+  ExitCode (*run)(const Invocation& invocation);
+};
+
+// The commands, each described where it is implemented.
+extern const CommandSpec kCallCommand;
+extern const CommandSpec kCreateCommand;
+extern const CommandSpec kExtractCommand;
+extern const CommandSpec kGetCommand;
+extern const CommandSpec kHelpCommand;
+extern const CommandSpec kInfoCommand;
+extern const CommandSpec kListCommand;
+extern const CommandSpec kSetCommand;
+
+// Options that several commands share, said once.
+inline constexpr OptionSpec kJsonOption{"json", 0, "", "print one JSON value"};
+inline constexpr OptionSpec kGlobOption{"glob", 0, "", "take each PATH as a pattern"};
+inline constexpr OptionSpec kTimestampOption{"timestamp", 0, "SECONDS",
+                                             "time of everything written, in seconds since 1970"};
+inline constexpr OptionSpec kLevelOption{"level", 0, "0..9",
+                                         "how hard to pack; 0 stores, default 6"};
+
+}  // namespace tool

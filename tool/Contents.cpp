@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Contents.h"
+
+#include <algorithm>
+
+namespace tool {
+
+namespace {
+
+using addon::packaging::AddonPackage;
+using opc::plservices::FileSystemEntry;
+
+}  // namespace
+
+std::vector<Item> readTree(AddonPackage& package) {
+  std::vector<Item> items;
+  package.fileSystem().visitFiles([&](std::string_view path, const FileSystemEntry& entry) {
+    items.push_back({std::string(path), entry.info(), entry, std::nullopt});
+  });
+  return items;
+}
+
+std::vector<Item> readParts(AddonPackage& package) {
+  auto& model = package.logicalPackage();
+  std::vector<Item> items;
+  model.visitParts("", [&](opc::model::PartId part) {
+    const opc::model::PartInfo info = model.partInfo(part);
+    items.push_back({"/" + std::string(info.itemName), info, std::nullopt, part});
+  });
+  std::sort(items.begin(), items.end(),
+            [](const Item& a, const Item& b) { return a.path < b.path; });
+  return items;
+}
+
+void Totals::add(const Item& item) {
+  ++(item.isFolder() ? folders : files);
+  bytes += item.info.size;
+  packed += item.info.packedSize;
+}
+
+Totals totalsOf(const std::vector<Item>& items) {
+  Totals totals;
+  for (const Item& item : items) totals.add(item);
+  return totals;
+}
+
+std::unique_ptr<opc::InputStream> openItem(AddonPackage& package, const Item& item) {
+  if (item.part) return package.logicalPackage().openPart(*item.part);
+  return package.fileSystem().openFile(*item.entry);
+}
+
+}  // namespace tool

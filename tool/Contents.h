@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "addon/packaging/AddonPackage.h"
+
+namespace tool {
+
+/// One line of a listing: a file or an empty folder of the tree, or any part.
+struct Item {
+  std::string path;  ///< UTF-8; of a part its name, with the '/' in front
+  opc::model::PartInfo info;
+  std::optional<opc::plservices::FileSystemEntry> entry;  ///< in the tree
+  std::optional<opc::model::PartId> part;                 ///< of what is no folder of the tree
+
+  bool isFolder() const { return entry && !entry->isFile(); }
+};
+
+struct Totals {
+  std::uint64_t files = 0;
+  std::uint64_t folders = 0;  ///< empty ones
+  std::uint64_t bytes = 0;
+  std::uint64_t packed = 0;
+
+  void add(const Item& item);
+};
+
+/// The files and empty folders of the tree, in the order of the host's file list.
+std::vector<Item> readTree(addon::packaging::AddonPackage& package);
+
+/// All parts but those of relationships, in order of their names' bytes.
+std::vector<Item> readParts(addon::packaging::AddonPackage& package);
+
+Totals totalsOf(const std::vector<Item>& items);
+
+/// A fresh stream over what a file or part holds; it must not outlive the open package.
+std::unique_ptr<opc::InputStream> openItem(addon::packaging::AddonPackage& package,
+                                           const Item& item);
+
+}  // namespace tool

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+
+#include "addon/packaging/AddonProperties.h"
+#include "opc/Text.h"
+#include "opc/plservices/FileContentSource.h"
+#include "tool/Arguments.h"
+#include "tool/Errors.h"
+#include "tool/Guid.h"
+#include "tool/Interrupt.h"
+#include "tool/Messages.h"
+#include "tool/PackageAccess.h"
+#include "tool/PackageLock.h"
+#include "tool/Progress.h"
+#include "tool/ReadFile.h"
+#include "tool/TreeWalk.h"
+
+namespace tool {
+
+namespace {
+
+using addon::packaging::AddonProperties;
+
+constexpr std::array kOperands{
+    OperandSpec{"PACKAGE", "the file to make"},
+    OperandSpec{"FOLDER", "the folder whose files and empty folders go in", false}};
+
+constexpr std::array kOptions{
+    OptionSpec{"name", 0, "TEXT", "the add-on's name", false, true},
+    OptionSpec{"version", 0, "TEXT", "its version, default 1.0"},
+    OptionSpec{"summary", 0, "TEXT", "what it is, in one line"},
+    OptionSpec{"description", 0, "TEXT", "what it is, at length"},
+    OptionSpec{"author", 0, "TEXT", "the author's name"},
+    OptionSpec{"contact", 0, "TEXT", "how to reach the author"},
+    OptionSpec{"organization", 0, "TEXT", "the author's organization"},
+    OptionSpec{"guid", 0, "TEXT",
+               "its GUID (default: a fresh one, or with a fixed time the name's)"},
+    OptionSpec{"exclude", 0, "GLOB", "leave out what matches, as in gitignore", true},
+    OptionSpec{"default-excludes", 0, "", "leave out files of version control and editors"},
+    OptionSpec{"follow", 0, "", "follow links that lead out of FOLDER"},
+    OptionSpec{"force", 0, "", "replace an existing file"},
+    kTimestampOption,
+    kLevelOption};
+
+constexpr std::string_view kIgnoreFile = ".kraddonignore";
+constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
+
+std::u16string text(const Invocation& invocation, std::string_view option,
+                    std::string_view otherwise = {}) {
+  return toUtf16(fmt::format("bad value of --{}", option), invocation.valueOr(option, otherwise));
+}
+
+AddonProperties propertiesOf(const Invocation& invocation, bool hasFixedTime) {
+  AddonProperties properties;
+  properties.type = u"Korvan Toolbox";
+  properties.name = text(invocation, "name");
+  properties.version = text(invocation, "version", "1.0");
+  properties.summary = text(invocation, "summary");
+  properties.description = text(invocation, "description");
+  properties.authorName = text(invocation, "author");
+  properties.authorContact = text(invocation, "contact");
+  properties.authorOrganization = text(invocation, "organization");
+  const std::string name = invocation.valueOr("name", "");
+  properties.GUID = invocation.has("guid")
+                        ? text(invocation, "guid")
+                        : opc::fromUtf8(hasFixedTime ? guidOfName(name) : randomGuid());
+  return properties;
+}
+
+void checkTarget(const std::string& path, bool isForced) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return;
+  if (S_ISDIR(info.st_mode)) {
+    throw Failure(sentence("cannot create", path, "there is a folder of that name"));
+  }
+  if (!S_ISREG(info.st_mode)) {
+    throw Failure(sentence("cannot create", path, "there is something that is no file"));
+  }
+  if (!isForced) {
+    throw Failure(sentence("cannot create", path, "it exists already"), "--force replaces it");
+  }
+}
+
+PatternList excludesOf(const Invocation& invocation, const std::string& folder) {
+  PatternList excludes;
+  if (invocation.has("default-excludes")) addDefaultExcludes(excludes);
+  const std::string ignoreFile = fmt::format("{}/{}", folder, kIgnoreFile);
+  if (identityOf(ignoreFile)) excludes.addLines(readWholeFile(ignoreFile, kLargestIgnoreFile));
+  for (const std::string& glob : invocation.values("exclude")) excludes.add(glob);
+  return excludes;
+}
+
+std::vector<WalkedEntry> collect(const Invocation& invocation) {
+  const auto& operands = invocation.operands();
+  if (operands.size() < 2) return {};
+  TreeWalkOptions options;
+  options.excludes = excludesOf(invocation, operands[1]);
+  options.followsOutside = invocation.has("follow");
+  options.leftOut = identityOf(operands[0]);
+  if (invocation.settings().isVerbose) {
+    options.onExcluded = [](const std::string& path) {
+      printToStandardError(fmt::format("left out: {}\n", opc::printable(path)));
+    };
+  }
+  return walkTree(operands[1], options);
+}
+
+void addEntries(const std::string& folder, const std::vector<WalkedEntry>& entries,
+                AddonPackage& package) {
+  for (const WalkedEntry& entry : entries) {
+    Interrupt::check();
+    if (entry.isFolder) {
+      package.fileSystem().createFolder(opc::fromUtf8(entry.path));
+      continue;
+    }
+    package.fileSystem().addFile(
+        std::make_unique<opc::plservices::FileContentSource>(folder + "/" + entry.path),
+        entry.path);
+  }
+}
+
+void setTimes(AddonPackage& package, std::int64_t seconds) {
+  auto properties = package.coreProperties().getCoreProperties();
+  properties.setCreatedTime(toTime(seconds));
+  properties.setLastModifiedTime(toTime(seconds));
+  package.coreProperties().setCoreProperties(properties);
+}
+
+ExitCode run(const Invocation& invocation) {
+  const auto& operands = invocation.operands();
+  const bool isForced = invocation.has("force");
+  auto options = writeOptionsOf(invocation);
+  AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());
+  std::u16string path = toUtf16("cannot create", operands[0]);
+
+  Interrupt::defer();
+  const PackageLock lock(operands[0]);
+  checkTarget(operands[0], isForced);
+  const std::vector<WalkedEntry> entries = collect(invocation);
+  AddonPackage package(path, properties);
+  package.physicalPackage().setReplaceExisting(isForced);
+  if (options.timestamp) setTimes(package, *options.timestamp);
+  if (operands.size() > 1) addEntries(operands[1], entries, package);
+
+  ProgressBar bar(invocation.settings());
+  options.progress = bar.function();
+  package.physicalPackage().setWriteOptions(std::move(options));
+  commit(package);
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kCreateCommand{
+    "create",
+    "makes a new package",
+    "Every file and every empty folder below FOLDER goes in under its path there.\n"
+    "Patterns in FOLDER/.kraddonignore are left out too. Without --timestamp, and\n"
+    "without SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+    kOperands,
+    kOptions,
+    run};
+
+}  // namespace tool

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Digest.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "opc/Text.h"
+#include "tool/Documents.h"
+#include "tool/Sha256.h"
+
+namespace tool {
+
+namespace {
+
+using addon::packaging::AddonPackage;
+
+/// A path and the hash of what it holds.
+using Line = std::pair<std::string, std::string>;
+
+std::string hashOfPart(AddonPackage& package, const std::string& partName) {
+  const opc::model::PartName name(opc::fromUtf8(partName));
+  return sha256Of(*package.logicalPackage().getPart(name)->getInputStream());
+}
+
+void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
+  for (const PresentDocument& document : presentDocuments(package)) {
+    // The properties are spread over several parts; below they count as one value.
+    if (document.name == "properties") continue;
+    lines.emplace_back(document.partName, hashOfPart(package, document.partName));
+  }
+  const std::string screenshot = screenshotPart(package);
+  if (!screenshot.empty()) lines.emplace_back(screenshot, hashOfPart(package, screenshot));
+  const HostArrayPointer properties = findDocument("properties").load(package);
+  lines.emplace_back("/properties",
+                     sha256Of(toJson(properties.get(), JsonWriter::Layout::Compact)));
+}
+
+void addFiles(AddonPackage& package, const std::vector<Item>& items,
+              const opc::interfaces::ProgressFunction& progress, std::vector<Line>& lines) {
+  const Totals totals = totalsOf(items);
+  opc::interfaces::Progress state{0, items.size(), 0, totals.bytes};
+  for (const Item& item : items) {
+    if (progress) progress(state);
+    if (item.isFolder()) {
+      lines.emplace_back(item.path + "/", sha256Of(""));
+    } else {
+      lines.emplace_back(item.path, sha256Of(*openItem(package, item)));
+    }
+    ++state.itemsDone;
+    state.bytesDone += item.info.size;
+  }
+}
+
+}  // namespace
+
+std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
+                          const opc::interfaces::ProgressFunction& progress) {
+  std::vector<Line> lines;
+  addFiles(package, items, progress, lines);
+  addDocuments(package, lines);
+  std::sort(lines.begin(), lines.end());
+  Sha256 sum;
+  for (const auto& [path, hash] : lines) {
+    sum.update(path);
+    sum.update(std::string_view("\0", 1));
+    sum.update(hash);
+    sum.update("\n");
+  }
+  return "sha256:" + sum.finish();
+}
+
+}  // namespace tool

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "opc/interfaces/Progress.h"
+#include "tool/Contents.h"
+
+namespace tool {
+
+/// "sha256:" and a hash of everything that a package says: each file, each empty folder, each
+/// document, the screenshot and the properties. The same whatever the packing and the times.
+/// `items` is the whole tree. `progress` is called for every file.
+std::string contentDigest(addon::packaging::AddonPackage& package, const std::vector<Item>& items,
+                          const opc::interfaces::ProgressFunction& progress);
+
+}  // namespace tool

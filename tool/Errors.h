@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+/// "`what` '`which`': `why`", the shape of every message. `which` may hold any bytes.
+std::string sentence(std::string_view what, std::string_view which, std::string_view why);
+
+/// The operation failed: exit code 1. All texts are UTF-8.
+class Failure : public std::exception {
+ public:
+  /// `hint` says what to do about it, and may be empty.
+  explicit Failure(std::string message, std::string hint = {});
+
+  const char* what() const noexcept override { return message_.c_str(); }
+  const std::string& hint() const noexcept { return hint_; }
+
+ private:
+  std::string message_;
+  std::string hint_;
+};
+
+/// The words of the command line make no sense: exit code 2, and the usage is shown.
+class UsageError : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+/// A Failure that ends with the system's own words for `number`, an errno value.
+Failure systemFailure(std::string_view what, std::string_view which, int number);
+
+}  // namespace tool

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "opc/Exception.h"
+#include "tool/Arguments.h"
+#include "tool/Contents.h"
+#include "tool/Errors.h"
+#include "tool/Interrupt.h"
+#include "tool/Messages.h"
+#include "tool/Output.h"
+#include "tool/PackageAccess.h"
+#include "tool/Progress.h"
+#include "tool/Selection.h"
+
+namespace tool {
+
+namespace {
+
+using opc::plservices::FileSystemEntry;
+using opc::plservices::RestoreMode;
+
+constexpr std::array kOperands{
+    OperandSpec{"PACKAGE", "the package"},
+    OperandSpec{"PATH", "files, or folders with all below them (default: everything)", false,
+                true}};
+
+constexpr std::array kOptions{
+    OptionSpec{"directory", 'd', "DIR", "where to write (default: the package's base name)"},
+    OptionSpec{"force", 0, "", "replace existing files"},
+    OptionSpec{"skip-existing", 0, "", "leave existing files as they are"},
+    OptionSpec{"dry-run", 0, "", "print what would be written, write nothing"},
+    OptionSpec{"stdout", 0, "", "write one file to standard output"},
+    OptionSpec{"max-size", 0, "BYTES", "write nothing if it would be more than BYTES"},
+    kGlobOption};
+
+void checkOptions(const Invocation& invocation) {
+  const auto refuse = [&](std::string_view a, std::string_view b) {
+    if (!invocation.has(a) || !invocation.has(b)) return;
+    throw UsageError(
+        sentence("bad option", fmt::format("--{}", a), fmt::format("it does not go with --{}", b)));
+  };
+  refuse("force", "skip-existing");
+  refuse("stdout", "directory");
+  refuse("stdout", "force");
+  refuse("stdout", "skip-existing");
+  refuse("stdout", "dry-run");
+}
+
+std::string destinationOf(const Invocation& invocation) {
+  const std::optional<std::string> given = invocation.value("directory");
+  if (given) return *given;
+  const std::string& package = invocation.operands()[0];
+  std::string name = baseNameOf(package);
+  if (name.empty() || name == fileNameOf(package)) {
+    throw Failure(sentence("cannot tell where to write", package, "the name has no extension"),
+                  "name a folder with -d");
+  }
+  return name;
+}
+
+void checkSize(const std::vector<Item>& items, const Invocation& invocation) {
+  const auto limit = invocation.number("max-size", 0, std::numeric_limits<std::int64_t>::max());
+  if (!limit) return;
+  std::uint64_t size = 0;
+  for (const Item& item : items) {
+    // A sum beyond 64 bits is too large as well.
+    if (__builtin_add_overflow(size, item.info.size, &size) ||
+        size > static_cast<std::uint64_t>(*limit)) {
+      throw Failure(sentence("cannot extract", invocation.operands()[0],
+                             fmt::format("it would be more than {} bytes", *limit)));
+    }
+  }
+}
+
+bool existsBelow(const std::string& folder, const std::string& path) {
+  struct stat info {};
+  return ::lstat((folder + "/" + path).c_str(), &info) == 0;
+}
+
+/// Leaves out the files that are there already, or refuses them.
+std::vector<Item> checkExisting(std::vector<Item> items, const std::string& destination,
+                                const Invocation& invocation) {
+  if (invocation.has("force")) return items;
+  const bool skips = invocation.has("skip-existing");
+  std::erase_if(items, [&](const Item& item) {
+    if (item.isFolder() || !existsBelow(destination, item.path)) return false;
+    if (skips) return true;
+    throw Failure(sentence("cannot extract", destination + "/" + item.path, "it exists already"),
+                  "--force replaces files, --skip-existing leaves them");
+  });
+  return items;
+}
+
+void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
+  if (items.size() != 1 || items[0].isFolder()) {
+    throw Failure(fmt::format("cannot write {} entries to standard output: --stdout takes one file",
+                              items.size()));
+  }
+  const auto stream = openItem(package, items[0]);
+  std::vector<unsigned char> buffer(std::size_t{256} << 10);
+  Output output;
+  while (const std::size_t size = stream->read(buffer.data(), buffer.size())) {
+    output.write(std::span<const unsigned char>(buffer.data(), size));
+  }
+  output.flush();
+}
+
+void printPlan(const std::vector<Item>& items) {
+  Output output;
+  for (const Item& item : items) {
+    output.write(output.shown(item.path) + (item.isFolder() ? "/\n" : "\n"));
+  }
+  output.flush();
+}
+
+void writeFiles(AddonPackage& package, const std::vector<Item>& items,
+                const std::string& destination, const Invocation& invocation) {
+  std::vector<FileSystemEntry> entries;
+  entries.reserve(items.size());
+  for (const Item& item : items) entries.push_back(*item.entry);
+  toUtf16("cannot extract to", destination);
+  const RestoreMode mode =
+      invocation.has("force") ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
+  Interrupt::defer();
+  ProgressBar bar(invocation.settings());
+  package.fileSystem().extract(entries, destination, mode, bar.function());
+}
+
+ExitCode run(const Invocation& invocation) {
+  checkOptions(invocation);
+  const auto& operands = invocation.operands();
+  const bool isToOutput = invocation.has("stdout");
+  const std::string destination = isToOutput ? std::string() : destinationOf(invocation);
+
+  const std::unique_ptr<AddonPackage> package = openForReading(operands[0]);
+  std::vector<Item> items =
+      choose(readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
+  checkSize(items, invocation);
+  if (!invocation.settings().isQuiet) {
+    for (const std::string& line : package->fileSystem().unreadable()) {
+      printWarning("extract", line);
+    }
+  }
+  if (isToOutput) {
+    writeToOutput(*package, items);
+    return ExitCode::Done;
+  }
+  items = checkExisting(std::move(items), destination, invocation);
+  if (invocation.has("dry-run")) {
+    printPlan(items);
+  } else {
+    writeFiles(*package, items, destination, invocation);
+  }
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kExtractCommand{
+    "extract",
+    "writes files of the package to the disk",
+    "Nothing is written outside DIR, and no link there is followed. An existing file\n"
+    "is an error before anything is written.",
+    kOperands,
+    kOptions,
+    run};
+
+}  // namespace tool

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Gateways.h"
+
+#include <dlfcn.h>
+#include <fmt/format.h>
+#include <limits.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <vector>
+
+#include "tool/Errors.h"
+#include "tool/Suggest.h"
+
+namespace tool {
+
+namespace {
+
+// In slot order, which is part of the host's contract.
+constexpr std::array<Gateway, 20> kGateways{{{"addonCreatePackage", 0},
+                                             {"addonSetProperties", 0},
+                                             {"addonGetProperties", 1},
+                                             {"addonAddFiles", 0},
+                                             {"addonAddFolders", 0},
+                                             {"addonExtractAllFiles", 0},
+                                             {"addonGetFileList", 1},
+                                             {"addonSetLicense", 0},
+                                             {"addonGetLicense", 1},
+                                             {"addonSetRevisionHistory", 0},
+                                             {"addonGetRevisionHistory", 1},
+                                             {"addonSetConfiguration", 0},
+                                             {"addonGetConfiguration", 1},
+                                             {"addonSetScreenshot", 0},
+                                             {"addonSetAppInstallList", 0},
+                                             {"addonGetAppInstallList", 1},
+                                             {"addonSetExamples", 0},
+                                             {"addonGetExamples", 1},
+                                             {"addonSetSystemRequirements", 0},
+                                             {"addonGetSystemRequirements", 1}}};
+
+constexpr const char* kQueryFunction = "QueryKRFcnTable_kraddon_packaging";
+
+/// ../lib/libkraddon_packaging.so, seen from where this program really lies.
+std::string ownLibrary() {
+  std::array<char, PATH_MAX> path{};
+  const ssize_t size = ::readlink("/proc/self/exe", path.data(), path.size());
+  if (size <= 0) throw systemFailure("cannot find out where", "kraddon", errno);
+  std::string program(path.data(), static_cast<std::size_t>(size));
+  const std::string folder = program.substr(0, program.find_last_of('/'));
+  return folder + "/../lib/libkraddon_packaging.so";
+}
+
+/// dlopen would look for a bare name along its own paths.
+std::string asPath(const std::string& file) {
+  return file.find('/') == std::string::npos ? "./" + file : file;
+}
+
+std::string lastError() {
+  const char* text = ::dlerror();
+  return text == nullptr ? "the loader does not say why" : text;
+}
+
+}  // namespace
+
+std::size_t gatewaySlot(std::string_view name) {
+  std::vector<std::string_view> names;
+  for (std::size_t slot = 0; slot < kGateways.size(); ++slot) {
+    if (kGateways[slot].name == name) return slot;
+    names.push_back(kGateways[slot].name);
+  }
+  throw UsageError(sentence("unknown gateway", name,
+                            suggestion(name, names, "'kraddon help call' lists the gateways")));
+}
+
+const Gateway& gatewayAt(std::size_t slot) {
+  return kGateways.at(slot);
+}
+
+const HostFunctionTable& loadFunctionTable(const std::string& file) {
+  const std::string path = file.empty() ? ownLibrary() : asPath(file);
+  void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) throw Failure(sentence("cannot load", path, lastError()));
+  using Query = decltype(&QueryKRFcnTable_kraddon_packaging);
+  const auto query = reinterpret_cast<Query>(::dlsym(library, kQueryFunction));
+  if (query == nullptr) {
+    throw Failure(sentence("cannot use", path, fmt::format("it has no {}", kQueryFunction)));
+  }
+  const HostFunctionTable* table = query();
+  if (table == nullptr || table->entryPointCount < kGateways.size()) {
+    throw Failure(sentence("cannot use", path, "its table lacks gateways"));
+  }
+  return *table;
+}
+
+}  // namespace tool

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "gateway/FunctionTable.h"
+
+namespace tool {
+
+/// A gateway by name. The host's table has none: names stand for slots.
+struct Gateway {
+  std::string_view name;
+  int outputs;  ///< how many it allows
+};
+
+/// The slot of a gateway. Throws UsageError, with the nearest name, for an unknown one.
+std::size_t gatewaySlot(std::string_view name);
+const Gateway& gatewayAt(std::size_t slot);
+
+/// Loads the shared library as the host does and takes its table, which lives until the program
+/// ends. An empty `file` names the library that belongs to this program. Throws Failure.
+const HostFunctionTable& loadFunctionTable(const std::string& file);
+
+}  // namespace tool

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+
+#include "tool/Arguments.h"
+#include "tool/Documents.h"
+#include "tool/Output.h"
+#include "tool/PackageAccess.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"},
+                               OperandSpec{"DOCUMENT", "properties or license"}};
+
+constexpr std::array kOptions{
+    OptionSpec{"output", 'o', "FILE", "write to FILE (default: standard output)"}};
+
+ExitCode run(const Invocation& invocation) {
+  const std::string& path = invocation.operands()[0];
+  const DocumentKind& kind = findDocument(invocation.operands()[1]);
+
+  const std::unique_ptr<AddonPackage> package = openForReading(path);
+  const HostArrayPointer document = kind.load(*package);
+
+  const std::string text = toJson(document.get(), JsonWriter::Layout::Indented) + "\n";
+  writeOutputFile(invocation.valueOr("output", "-"), text, path);
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kGetCommand{
+    "get",
+    "prints one document as JSON",
+    "The JSON is the host struct of the document. A document that the package does\n"
+    "not hold is printed with empty values, as the host reads it.",
+    kOperands,
+    kOptions,
+    run};
+
+}  // namespace tool

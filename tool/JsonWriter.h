@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+/// Writes JSON text piece by piece, in the order told, so that no tree of it is ever built.
+class JsonWriter {
+ public:
+  enum class Layout { Compact, Indented };
+
+  /// Appends to `text`, which may be emptied between calls.
+  explicit JsonWriter(std::string& text, Layout layout = Layout::Indented)
+      : text_(text), isIndented_(layout == Layout::Indented) {}
+
+  void beginObject() { begin('{'); }
+  void endObject() { end('}'); }
+  void beginArray() { begin('['); }
+  void endArray() { end(']'); }
+  void key(std::string_view name);
+
+  void null();
+  void value(std::string_view utf8);
+  void value(const char* utf8) { value(std::string_view(utf8)); }
+  /// Lone surrogates become \u escapes, so that nothing is lost.
+  void value(std::u16string_view text);
+  void value(std::uint64_t number);
+  void value(bool flag);
+  /// The shortest text that reads back the same. The number must be finite.
+  void value(double number);
+  /// null for nothing, and for the empty text.
+  void textOrNull(std::string_view utf8);
+
+  template <typename Value>
+  void member(std::string_view name, const Value& content) {
+    key(name);
+    value(content);
+  }
+
+ private:
+  void begin(char bracket);
+  void end(char bracket);
+  void startValue();
+  void breakLine();
+
+  std::string& text_;
+  bool isIndented_;
+  bool isAfterKey_ = false;
+  std::vector<bool> hasValues_;  // of each open bracket
+};
+
+}  // namespace tool

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "tool/Arguments.h"
+#include "tool/Contents.h"
+#include "tool/Errors.h"
+#include "tool/JsonWriter.h"
+#include "tool/Messages.h"
+#include "tool/Output.h"
+#include "tool/PackageAccess.h"
+#include "tool/Selection.h"
+#include "tool/Sha256.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{
+    OperandSpec{"PACKAGE", "the package"},
+    OperandSpec{"PATH", "files, or folders with all below them (default: everything)", false,
+                true}};
+
+constexpr std::array kOptions{
+    OptionSpec{"long", 'l', "", "with size, packed size, packed share and time"},
+    OptionSpec{"tree", 0, "", "drawn as a tree"},
+    OptionSpec{"null", '0', "", "end each path with a NUL instead of a line end"},
+    OptionSpec{"hash", 0, "", "with the SHA-256 of each file"},
+    OptionSpec{"all", 0, "", "every part of the package instead of the file tree"},
+    kGlobOption,
+    kJsonOption};
+
+/// A listed item and what was asked about it.
+struct Row {
+  Item item;
+  std::string hash;  // empty when it was not asked for, and for folders
+};
+
+void checkOptions(const Invocation& invocation) {
+  const auto refuse = [&](std::string_view a, std::string_view b) {
+    if (!invocation.has(a) || !invocation.has(b)) return;
+    throw UsageError(
+        sentence("bad option", fmt::format("--{}", a), fmt::format("it does not go with --{}", b)));
+  };
+  refuse("tree", "json");
+  refuse("tree", "null");
+  refuse("tree", "long");
+  refuse("tree", "hash");
+  refuse("null", "json");
+  refuse("null", "long");
+}
+
+std::vector<Row> readRows(AddonPackage& package, const Invocation& invocation) {
+  const std::vector<std::string> paths(invocation.operands().begin() + 1,
+                                       invocation.operands().end());
+  std::vector<Item> items = invocation.has("all") ? readParts(package) : readTree(package);
+  items = choose(std::move(items), paths, invocation.has("glob"));
+  std::vector<Row> rows;
+  rows.reserve(items.size());
+  for (Item& item : items) {
+    std::string hash;
+    if (invocation.has("hash") && !item.isFolder()) hash = sha256Of(*openItem(package, item));
+    rows.push_back({std::move(item), std::move(hash)});
+  }
+  return rows;
+}
+
+std::string share(const opc::model::PartInfo& info) {
+  if (info.size == 0) return "-";
+  const double part = static_cast<double>(info.packedSize) / static_cast<double>(info.size);
+  return fmt::format("{:.0f}%", part * 100);
+}
+
+class TextPrinter {
+ public:
+  TextPrinter(const Invocation& invocation, Output& output)
+      : isLong_(invocation.has("long")),
+        hasHash_(invocation.has("hash")),
+        hasNull_(invocation.has("null")),
+        output_(output) {}
+
+  void print(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+      sizeWidth_ = std::max(sizeWidth_, fmt::formatted_size("{}", row.item.info.size));
+      packedWidth_ = std::max(packedWidth_, fmt::formatted_size("{}", row.item.info.packedSize));
+    }
+    for (const Row& row : rows) printRow(row);
+  }
+
+ private:
+  void printRow(const Row& row) {
+    if (isLong_) printNumbers(row.item);
+    if (hasHash_) output_.write(fmt::format("{:64}  ", row.hash.empty() ? "-" : row.hash));
+    output_.write(hasNull_ ? row.item.path : output_.shown(row.item.path));
+    output_.write(hasNull_ ? std::string_view("\0", 1) : std::string_view("\n"));
+  }
+
+  void printNumbers(const Item& item) {
+    if (item.isFolder()) {
+      output_.write(fmt::format("{:>{}}  {:>{}}  {:>4}  {:20}  ", "-", sizeWidth_, "-",
+                                packedWidth_, "-", "-"));
+      return;
+    }
+    output_.write(fmt::format("{:>{}}  {:>{}}  {:>4}  {}  ", item.info.size, sizeWidth_,
+                              item.info.packedSize, packedWidth_, share(item.info),
+                              formatTime(item.info.modified)));
+  }
+
+  bool isLong_;
+  bool hasHash_;
+  bool hasNull_;
+  Output& output_;
+  std::size_t sizeWidth_ = 1;
+  std::size_t packedWidth_ = 1;
+};
+
+std::vector<std::string_view> splitPath(std::string_view path) {
+  if (path.starts_with('/')) path.remove_prefix(1);
+  std::vector<std::string_view> names;
+  while (true) {
+    const std::size_t slash = path.find('/');
+    names.push_back(path.substr(0, slash));
+    if (slash == std::string_view::npos) return names;
+    path.remove_prefix(slash + 1);
+  }
+}
+
+/// Each name once, two blanks further in for every folder above it, folders with a '/'.
+void printTree(const std::vector<Row>& rows, bool isColored, Output& output) {
+  std::vector<std::string_view> above;
+  for (const Row& row : rows) {
+    const std::vector<std::string_view> names = splitPath(row.item.path);
+    std::size_t same = 0;
+    while (same + 1 < names.size() && same < above.size() && names[same] == above[same]) ++same;
+    for (std::size_t i = same; i < names.size(); ++i) {
+      const bool isFolder = i + 1 < names.size() || row.item.isFolder();
+      const std::string name = output.shown(names[i]);
+      const std::string shown = !isFolder   ? name
+                                : isColored ? fmt::format("\x1b[1;34m{}\x1b[0m/", name)
+                                            : name + "/";
+      output.write(fmt::format("{:{}}{}\n", "", i * 2, shown));
+    }
+    above.assign(names.begin(), names.end() - 1);
+  }
+}
+
+void writeDetails(const Item& item, JsonWriter& json) {
+  if (item.isFolder()) {
+    for (const char* name : {"size", "packed", "method", "crc", "time"}) {
+      json.key(name);
+      json.null();
+    }
+    return;
+  }
+  json.member("size", item.info.size);
+  json.member("packed", item.info.packedSize);
+  json.member("method", item.info.compressed ? "deflate" : "store");
+  json.member("crc", std::string_view(fmt::format("{:08x}", item.info.crc)));
+  json.member("time", std::string_view(formatTime(item.info.modified)));
+}
+
+void printJson(const std::vector<Row>& rows, const Totals& totals, const Invocation& invocation,
+               Output& output) {
+  std::string text;
+  JsonWriter json(text);
+  json.beginObject();
+  json.member("schema", "kraddon.list/1");
+  json.key("entries");
+  json.beginArray();
+  for (const Row& row : rows) {
+    json.beginObject();
+    json.member("path", std::string_view(row.item.path));
+    json.member("kind", row.item.isFolder() ? "folder" : "file");
+    if (invocation.has("long")) writeDetails(row.item, json);
+    if (invocation.has("hash")) {
+      json.key("sha256");
+      json.textOrNull(row.hash);
+    }
+    json.endObject();
+    output.write(text);
+    text.clear();
+  }
+  json.endArray();
+  json.member("files", totals.files);
+  json.member("folders", totals.folders);
+  json.member("bytes", totals.bytes);
+  json.member("packed", totals.packed);
+  json.endObject();
+  output.write(text + "\n");
+}
+
+void warnOfUnreadable(AddonPackage& package, const Settings& settings) {
+  if (settings.isQuiet) return;
+  for (const std::string& line : package.fileSystem().unreadable()) printWarning("list", line);
+}
+
+ExitCode run(const Invocation& invocation) {
+  checkOptions(invocation);
+
+  const std::unique_ptr<AddonPackage> package = openForReading(invocation.operands()[0]);
+  const std::vector<Row> rows = readRows(*package, invocation);
+
+  Output output;
+  if (invocation.has("json")) {
+    Totals totals;
+    for (const Row& row : rows) totals.add(row.item);
+    printJson(rows, totals, invocation, output);
+  } else if (invocation.has("tree")) {
+    printTree(rows, wantsColor(invocation.settings(), output), output);
+  } else {
+    TextPrinter(invocation, output).print(rows);
+  }
+  output.flush();
+  warnOfUnreadable(*package, invocation.settings());
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kListCommand{
+    "list", "lists files and empty folders, one path a line", "", kOperands, kOptions, run};
+
+}  // namespace tool

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Messages.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "opc/Text.h"
+
+namespace tool {
+
+namespace {
+
+std::string line(std::string_view command, std::string_view message) {
+  const std::string text = opc::printable(message);
+  if (command.empty()) return fmt::format("kraddon: {}\n", text);
+  return fmt::format("kraddon: {}: {}\n", command, text);
+}
+
+}  // namespace
+
+void printToStandardError(std::string_view text) noexcept {
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void printError(std::string_view command, std::string_view message, std::string_view hint) {
+  std::string text = line(command, message);
+  if (!hint.empty()) text += fmt::format("hint: {}\n", opc::printable(hint));
+  printToStandardError(text);
+}
+
+void printWarning(std::string_view command, std::string_view message) {
+  printToStandardError(line(command, fmt::format("warning: {}", message)));
+}
+
+}  // namespace tool

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Output.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include "opc/FileDescriptor.h"
+#include "opc/Text.h"
+#include "tool/Errors.h"
+#include "tool/Interrupt.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 256u << 10;
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// A new file beside another one, gone again unless it is put in place.
+class SideFile {
+ public:
+  SideFile(const std::string& target, mode_t mode) : target_(target) {
+    path_ = target + ".XXXXXX";
+    descriptor_.reset(::mkostemp(path_.data(), O_CLOEXEC));
+    if (!descriptor_) throw systemFailure("cannot write", target, errno);
+    // mkstemp makes files that only their owner can read.
+    if (::fchmod(descriptor_.get(), mode) != 0) fail(errno);
+  }
+  ~SideFile() {
+    if (!path_.empty()) ::unlink(path_.c_str());
+  }
+  SideFile(const SideFile&) = delete;
+  SideFile& operator=(const SideFile&) = delete;
+
+  int descriptor() const { return descriptor_.get(); }
+  void putInPlace() {
+    if (::rename(path_.c_str(), target_.c_str()) != 0) fail(errno);
+    path_.clear();
+  }
+
+ private:
+  [[noreturn]] void fail(int number) {
+    if (!path_.empty()) ::unlink(path_.c_str());
+    path_.clear();
+    throw systemFailure("cannot write", target_, number);
+  }
+
+  std::string target_;
+  std::string path_;
+  opc::FileDescriptor descriptor_;
+};
+
+mode_t newFileMode() {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return 0666 & ~mask;
+}
+
+void writeTo(int descriptor, const std::string& name, std::string_view content) {
+  Output output(descriptor, name);
+  output.write(content);
+  output.flush();
+}
+
+/// What a link stands for, so that the file behind it is replaced and not the link.
+std::string behindLinks(const std::string& path) {
+  char* resolved = ::realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) throw systemFailure("cannot write", path, errno);
+  std::string result(resolved);
+  ::free(resolved);
+  return result;
+}
+
+}  // namespace
+
+Output::Output() : Output(STDOUT_FILENO, "standard output") {}
+
+Output::Output(int descriptor, std::string name)
+    : descriptor_(descriptor), name_(std::move(name)), isTerminal_(::isatty(descriptor) == 1) {}
+
+void Output::write(std::string_view text) {
+  if (text.size() >= kBufferSize) {
+    flush();
+    writeThrough(text);
+    return;
+  }
+  buffer_.append(text);
+  if (buffer_.size() >= kBufferSize) flush();
+}
+
+void Output::write(std::span<const unsigned char> bytes) {
+  write(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+}
+
+void Output::flush() {
+  writeThrough(buffer_);
+  buffer_.clear();
+}
+
+void Output::writeThrough(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+      continue;
+    }
+    if (errno == EPIPE) throw Interrupted{SIGPIPE};
+    if (errno != EINTR) throw systemFailure("cannot write", name_, errno);
+    Interrupt::check();
+  }
+}
+
+std::string Output::shown(std::string_view name) const {
+  return isTerminal_ ? opc::printable(name) : std::string(name);
+}
+
+void writeOutputFile(const std::string& path, std::string_view content,
+                     const std::string& package) {
+  if (path == "-") {
+    writeTo(STDOUT_FILENO, "standard output", content);
+    return;
+  }
+  struct stat existing {};
+  struct stat source {};
+  const bool exists = ::stat(path.c_str(), &existing) == 0;
+  if (exists && ::stat(package.c_str(), &source) == 0 && isSameFile(existing, source)) {
+    throw Failure(sentence("cannot write", path, "it is the package itself"));
+  }
+  if (exists && !S_ISREG(existing.st_mode)) {
+    // A device or a pipe is written to, not replaced.
+    const opc::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (!file) throw systemFailure("cannot write", path, errno);
+    writeTo(file.get(), path, content);
+    return;
+  }
+  SideFile file(exists ? behindLinks(path) : path,
+                exists ? existing.st_mode & 07777 : newFileMode());
+  writeTo(file.descriptor(), path, content);
+  file.putInPlace();
+}
+
+bool wantsColor(const Settings& settings, const Output& output) {
+  if (settings.color != ColorMode::Auto) return settings.color == ColorMode::Always;
+  const char* noColor = std::getenv("NO_COLOR");
+  if (noColor != nullptr && *noColor != '\0') return false;
+  return output.isTerminal();
+}
+
+}  // namespace tool

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "tool/Arguments.h"
+
+namespace tool {
+
+/// Standard output, or a file, through one buffer. Everything is checked: what cannot be written is
+/// a Failure, and a closed pipe ends the command as SIGPIPE would (Interrupted).
+class Output {
+ public:
+  /// Standard output.
+  Output();
+  /// An open descriptor, which stays the caller's. `name` is for messages.
+  Output(int descriptor, std::string name);
+  /// Writes nothing more: what was not flushed is lost.
+  ~Output() = default;
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  void write(std::string_view text);
+  void write(std::span<const unsigned char> bytes);
+  void flush();
+
+  bool isTerminal() const { return isTerminal_; }
+  /// A name from a package: as it is, but with control characters replaced on a terminal.
+  std::string shown(std::string_view name) const;
+
+ private:
+  void writeThrough(std::string_view bytes);
+
+  int descriptor_;
+  std::string name_;
+  bool isTerminal_;
+  std::string buffer_;
+};
+
+/// Puts `content` into the file at `path` ("-" is standard output). A regular file is replaced in
+/// one step, or stays as it was. Throws Failure; `package` is a file that must not be replaced.
+void writeOutputFile(const std::string& path, std::string_view content, const std::string& package);
+
+/// Whether results are to be coloured.
+bool wantsColor(const Settings& settings, const Output& output);
+
+}  // namespace tool

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "tool/PackageAccess.h"
+
+#include <fmt/format.h>
+
+#include <boost/date_time/posix_time/posix_time.hpp>
+#include <cstdlib>
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "tool/Errors.h"
+#include "tool/Interrupt.h"
+
+namespace tool {
+
+namespace {
+
+// The last second of the year 9999, beyond which dates have no agreed way of writing.
+constexpr std::int64_t kLastSecond = 253402300799;
+
+std::unique_ptr<AddonPackage> open(const std::string& path, opc::interfaces::OpenMode mode) {
+  auto package = std::make_unique<AddonPackage>(toUtf16("cannot open", path));
+  package->logicalPackage().open(mode);
+  return package;
+}
+
+std::optional<std::int64_t> sourceDateEpoch() {
+  const char* text = std::getenv("SOURCE_DATE_EPOCH");
+  if (text == nullptr || *text == '\0') return std::nullopt;
+  const std::optional<std::int64_t> seconds = toInteger(text);
+  if (!seconds || *seconds < 0 || *seconds > kLastSecond) {
+    throw Failure(sentence("bad value of SOURCE_DATE_EPOCH", text,
+                           fmt::format("expected a whole number from 0 to {}", kLastSecond)));
+  }
+  return seconds;
+}
+
+}  // namespace
+
+std::u16string toUtf16(std::string_view what, const std::string& text) {
+  if (!opc::isUtf8(text)) throw Failure(sentence(what, text, "it is not UTF-8"));
+  return opc::fromUtf8(text);
+}
+
+std::unique_ptr<AddonPackage> openForReading(const std::string& path) {
+  return open(path, opc::interfaces::OpenMode::Read);
+}
+
+std::unique_ptr<AddonPackage> openForChanging(const std::string& path) {
+  return open(path, opc::interfaces::OpenMode::Modify);
+}
+
+std::optional<std::int64_t> timestampOf(const Invocation& invocation) {
+  const auto given = invocation.number(kTimestampOption.longName, 0, kLastSecond);
+  return given ? given : sourceDateEpoch();
+}
+
+opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation) {
+  opc::zippackage::WriteOptions options;
+  options.timestamp = timestampOf(invocation);
+  options.level =
+      static_cast<int>(invocation.number(kLevelOption.longName, 0, 9).value_or(options.level));
+  return options;
+}
+
+void checkWriteOptions(const Invocation& invocation) {
+  writeOptionsOf(invocation);
+}
+
+void commit(AddonPackage& package) {
+  package.logicalPackage().close(false);
+  Interrupt::tooLate();
+}
+
+boost::posix_time::ptime toTime(std::int64_t seconds) {
+  return boost::posix_time::ptime(boost::gregorian::date(1970, 1, 1)) +
+         boost::posix_time::seconds(seconds);
+}
+
+std::string formatTime(std::int64_t seconds) {
+  return formatTime(toTime(seconds));
+}
+
+std::string formatTime(const boost::posix_time::ptime& time) {
+  if (time.is_special()) return {};
+  const auto day = time.date().year_month_day();
+  const auto clock = time.time_of_day();
+  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(day.year),
+                     day.month.as_number(), day.day.as_number(), clock.hours(), clock.minutes(),
+                     clock.seconds());
+}
+
+std::string fileNameOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string baseNameOf(const std::string& path) {
+  const std::string name = fileNameOf(path);
+  const std::size_t dot = name.find_last_of('.');
+  return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+}  // namespace tool

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <boost/date_time/posix_time/posix_time_types.hpp>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "addon/packaging/AddonPackage.h"
+#include "opc/zippackage/ZipPhysicalPackage.h"
+#include "tool/Arguments.h"
+
+namespace tool {
+
+using addon::packaging::AddonPackage;
+
+/// A path or text of the command line for the library. `what` begins the message of the Failure for
+/// one that is not UTF-8.
+std::u16string toUtf16(std::string_view what, const std::string& text);
+
+std::unique_ptr<AddonPackage> openForReading(const std::string& path);
+std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
+
+/// --timestamp or, without it, SOURCE_DATE_EPOCH.
+std::optional<std::int64_t> timestampOf(const Invocation& invocation);
+
+/// How to write, as --timestamp and --level say.
+opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation);
+
+/// Commits, and then is deaf to interrupts: the new package is in place.
+void commit(AddonPackage& package);
+
+/// Throws UsageError unless `level` and the time make sense, before any work is done.
+void checkWriteOptions(const Invocation& invocation);
+
+boost::posix_time::ptime toTime(std::int64_t seconds);
+
+/// "2026-02-01T10:00:00Z"
+std::string formatTime(std::int64_t seconds);
+std::string formatTime(const boost::posix_time::ptime& time);
+
+/// What follows the last '/', and that without its last extension.
+std::string fileNameOf(const std::string& path);
+std::string baseNameOf(const std::string& path);
+
+}  // namespace tool

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Program.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <exception>
+#include <new>
+
+#include "tool/Arguments.h"
+#include "tool/CommandTable.h"
+#include "tool/Errors.h"
+#include "tool/Help.h"
+#include "tool/Interrupt.h"
+#include "tool/Messages.h"
+#include "tool/Output.h"
+
+namespace tool {
+
+namespace {
+
+constexpr const char* kVersion = KRADDON_VERSION;
+
+/// A standard stream that was closed would otherwise be the number of the next file opened: a
+/// package, say, into which results would then be printed.
+void occupyStandardStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (::fcntl(stream, F_GETFD) != -1 || errno != EBADF) continue;
+    // Readable only: what is printed to a closed output has to fail. The lowest number is taken.
+    if (::open("/dev/null", O_RDONLY) < 0) return;
+  }
+}
+
+void ignoreBrokenPipes() {
+  struct sigaction action {};
+  action.sa_handler = SIG_IGN;
+  ::sigemptyset(&action.sa_mask);
+  ::sigaction(SIGPIPE, &action, nullptr);
+}
+
+ExitCode print(const std::string& text) {
+  Output output;
+  output.write(text);
+  output.flush();
+  return ExitCode::Done;
+}
+
+/// What was understood so far, for the message of whatever goes wrong.
+struct Context {
+  const CommandSpec* command = nullptr;
+};
+
+ExitCode dispatch(const std::vector<std::string>& words, Context& context) {
+  const LeadingArguments leading = parseLeadingArguments(words);
+  if (leading.wantsVersion) return print(std::string("kraddon ") + kVersion + "\n");
+  if (leading.wantsHelp) return print(programHelp());
+  if (leading.rest.empty()) throw UsageError("no command is given", "'kraddon help' lists them");
+  context.command = &findCommand(leading.rest[0]);
+  bool wantsHelp = false;
+  const Invocation invocation =
+      parseArguments(*context.command, leading.settings,
+                     {leading.rest.begin() + 1, leading.rest.end()}, wantsHelp);
+  if (wantsHelp) return print(helpOf(*context.command));
+  if (leading.directory && ::chdir(leading.directory->c_str()) != 0) {
+    throw systemFailure("cannot enter the folder", *leading.directory, errno);
+  }
+  return context.command->run(invocation);
+}
+
+std::string_view nameOf(const Context& context) {
+  return context.command == nullptr ? std::string_view() : context.command->name;
+}
+
+}  // namespace
+
+ExitCode runProgram(const std::vector<std::string>& words) {
+  Context context;
+  try {
+    occupyStandardStreams();
+    ignoreBrokenPipes();
+    return dispatch(words, context);
+  } catch (const Interrupted& interrupted) {
+    Interrupt::die(interrupted.signal);
+  } catch (const UsageError& error) {
+    printError(nameOf(context), error.what(), error.hint());
+    printToStandardError(context.command == nullptr ? programUsage() : usageOf(*context.command));
+    return ExitCode::WrongUsage;
+  } catch (const Failure& failure) {
+    printError(nameOf(context), failure.what(), failure.hint());
+  } catch (const std::bad_alloc&) {
+    printError(nameOf(context), "there is not enough memory");
+  } catch (const std::exception& error) {
+    printError(nameOf(context), error.what());
+  }
+  return ExitCode::Failed;
+}
+
+}  // namespace tool

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "tool/Selection.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "tool/Errors.h"
+#include "tool/Patterns.h"
+
+namespace tool {
+
+namespace {
+
+Failure namesNothing(const std::string& operand) {
+  return Failure(sentence("cannot find", operand, "the package holds nothing of that name"));
+}
+
+/// "a/b" of "/a/b/", and "" of "/".
+std::string_view trimSlashes(std::string_view path) {
+  while (path.starts_with('/')) path.remove_prefix(1);
+  while (path.ends_with('/')) path.remove_suffix(1);
+  return path;
+}
+
+/// Calls `visit(path, isFolder)` for every folder above, from the top down, and then for the item.
+template <typename Visit>
+void visitLevels(std::string_view path, bool isFolder, Visit visit) {
+  for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
+       slash = path.find('/', slash + 1)) {
+    visit(path.substr(0, slash), true);
+  }
+  visit(path, isFolder);
+}
+
+class LiteralPaths {
+ public:
+  explicit LiteralPaths(const std::vector<std::string>& operands) : operands_(operands) {
+    for (const std::string& operand : operands) isUsed_.emplace(trimSlashes(operand), false);
+  }
+
+  bool chooses(const Item& item) {
+    bool isChosen = false;
+    const auto root = isUsed_.find(std::string_view());
+    if (root != isUsed_.end()) isChosen = root->second = true;
+    visitLevels(trimSlashes(item.path), item.isFolder(), [&](std::string_view path, bool) {
+      const auto found = isUsed_.find(path);
+      if (found != isUsed_.end()) isChosen = found->second = true;
+    });
+    return isChosen;
+  }
+
+  void checkAllUsed() const {
+    for (const std::string& operand : operands_) {
+      const std::string_view path = trimSlashes(operand);
+      // An empty package still has a root.
+      if (!path.empty() && !isUsed_.at(path)) throw namesNothing(operand);
+    }
+  }
+
+ private:
+  const std::vector<std::string>& operands_;
+  std::unordered_map<std::string_view, bool> isUsed_;
+};
+
+class GlobPaths {
+ public:
+  explicit GlobPaths(const std::vector<std::string>& operands) : isUsed_(operands.size(), false) {
+    for (const std::string& operand : operands) patterns_.emplace_back(operand);
+  }
+
+  bool chooses(const Item& item) {
+    bool isChosen = false;
+    visitLevels(trimSlashes(item.path), item.isFolder(),
+                [&](std::string_view path, bool isFolder) { apply(path, isFolder, isChosen); });
+    return isChosen;
+  }
+
+  void checkAllUsed() const {
+    const auto unused = std::find(isUsed_.begin(), isUsed_.end(), false);
+    if (unused == isUsed_.end()) return;
+    throw namesNothing(patterns_[static_cast<std::size_t>(unused - isUsed_.begin())].text());
+  }
+
+ private:
+  void apply(std::string_view path, bool isFolder, bool& isChosen) {
+    for (std::size_t i = 0; i < patterns_.size(); ++i) {
+      if (!patterns_[i].matches(path, isFolder)) continue;
+      isUsed_[i] = true;
+      isChosen = !patterns_[i].takesBack();
+    }
+  }
+
+  std::vector<Pattern> patterns_;
+  std::vector<bool> isUsed_;
+};
+
+template <typename Chooser>
+std::vector<Item> keepChosen(std::vector<Item> items, Chooser chooser) {
+  std::erase_if(items, [&](const Item& item) { return !chooser.chooses(item); });
+  chooser.checkAllUsed();
+  return items;
+}
+
+}  // namespace
+
+std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
+                         bool areGlobs) {
+  if (operands.empty()) return items;
+  if (areGlobs) return keepChosen(std::move(items), GlobPaths(operands));
+  return keepChosen(std::move(items), LiteralPaths(operands));
+}
+
+}  // namespace tool

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool/Contents.h"
+
+namespace tool {
+
+/// What the PATH operands of a command choose: literal paths, or patterns with --glob. A folder
+/// takes what lies below it; no operand takes everything. With patterns the last one that matches
+/// decides, and what matches none goes with its folder.
+///
+/// Returns the chosen ones of `items`, order kept. Throws Failure for an operand that names
+/// nothing.
+std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
+                         bool areGlobs);
+
+}  // namespace tool

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sha2.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "opc/Streams.h"
+
+namespace tool {
+
+/// SHA-256 over bytes as they come.
+class Sha256 {
+ public:
+  Sha256() { ::SHA256Init(&context_); }
+
+  void update(const unsigned char* data, std::size_t size) {
+    ::SHA256Update(&context_, data, size);
+  }
+  void update(std::string_view text) {
+    update(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+  }
+  /// The hash in hexadecimal, lower case. Once only.
+  std::string finish();
+
+ private:
+  SHA2_CTX context_;
+};
+
+std::string sha256Of(std::string_view text);
+
+/// Of all that is left in the stream. Looks for a deferred interrupt meanwhile.
+std::string sha256Of(opc::InputStream& stream);
+
+}  // namespace tool

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+#include "tool/TreeWalk.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+#include "opc/FileDescriptor.h"
+#include "opc/Text.h"
+#include "tool/Errors.h"
+#include "tool/Interrupt.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kNoFolder = static_cast<std::size_t>(-1);
+
+enum class Kind { File, Folder, Link, Other };
+
+Kind toKind(mode_t mode) {
+  if (S_ISREG(mode)) return Kind::File;
+  if (S_ISDIR(mode)) return Kind::Folder;
+  return S_ISLNK(mode) ? Kind::Link : Kind::Other;
+}
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { ::closedir(directory); }
+};
+using DirectoryPointer = std::unique_ptr<DIR, DirectoryCloser>;
+
+FileIdentity identity(const struct stat& info) {
+  return {info.st_dev, info.st_ino};
+}
+
+std::string realPath(const std::string& path) {
+  char* resolved = ::realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) return {};
+  std::string result(resolved);
+  ::free(resolved);
+  return result;
+}
+
+class TreeWalk {
+ public:
+  TreeWalk(const std::string& folder, const TreeWalkOptions& options)
+      : folder_(folder), options_(options) {
+    root_.reset(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!root_) throw systemFailure("cannot read the folder", folder, errno);
+  }
+
+  std::vector<WalkedEntry> run() {
+    readFolder("", kNoFolder, false);
+    while (!pending_.empty()) {
+      Interrupt::check();
+      const Pending next = std::move(pending_.back());
+      pending_.pop_back();
+      if (next.isFolder) {
+        readFolder(next.path, next.parent, next.isLink);
+      } else {
+        result_.push_back({next.path, false});
+      }
+    }
+    return std::move(result_);
+  }
+
+ private:
+  struct Pending {
+    std::string path;
+    std::size_t parent;  // index in folders_
+    bool isFolder;
+    bool isLink;
+  };
+  /// A folder that was read, for the way up from those below it.
+  struct Folder {
+    FileIdentity identity;
+    std::size_t parent;
+  };
+
+  std::string onDisk(const std::string& path) const { return folder_ + "/" + path; }
+
+  void readFolder(const std::string& path, std::size_t parent, bool isLink) {
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isLink ? 0 : O_NOFOLLOW);
+    opc::FileDescriptor file(::openat(root_.get(), path.empty() ? "." : path.c_str(), flags));
+    struct stat info {};
+    if (!file || ::fstat(file.get(), &info) != 0) {
+      throw systemFailure("cannot read the folder", onDisk(path), errno);
+    }
+    if (isLink) refuseCircle(path, identity(info), parent);
+    folders_.push_back({identity(info), parent});
+    DirectoryPointer directory(::fdopendir(file.get()));
+    if (!directory) throw systemFailure("cannot read the folder", onDisk(path), errno);
+    file.release();
+    addEntries(path, *directory);
+  }
+
+  void refuseCircle(const std::string& path, FileIdentity target, std::size_t parent) const {
+    for (std::size_t i = parent; i != kNoFolder; i = folders_[i].parent) {
+      if (folders_[i].identity == target) {
+        throw Failure(sentence("cannot follow the link", onDisk(path),
+                               "it leads to a folder that it lies in"));
+      }
+    }
+  }
+
+  void addEntries(const std::string& path, DIR& directory) {
+    const std::size_t self = folders_.size() - 1;
+    const std::size_t first = pending_.size();
+    bool isEmpty = true;
+    while (true) {
+      errno = 0;
+      const dirent* entry = ::readdir(&directory);
+      if (entry == nullptr) break;
+      const std::string_view name = entry->d_name;
+      if (name == "." || name == "..") continue;
+      isEmpty = false;
+      addEntry(path, name, *entry, ::dirfd(&directory), self);
+    }
+    if (errno != 0) throw systemFailure("cannot read the folder", onDisk(path), errno);
+    if (isEmpty && !path.empty()) result_.push_back({path, true});
+    // The last one is taken first.
+    std::sort(pending_.begin() + static_cast<std::ptrdiff_t>(first), pending_.end(),
+              [](const Pending& a, const Pending& b) {
+                return opc::compareByCodeUnits(a.path, b.path) > 0;
+              });
+  }
+
+  void addEntry(const std::string& folder, std::string_view name, const dirent& entry,
+                int descriptor, std::size_t self) {
+    std::string path = folder.empty() ? std::string(name) : folder + "/" + std::string(name);
+    const Kind kind = kindOf(entry, descriptor, path);
+    const bool isLink = kind == Kind::Link;
+    struct stat target {};
+    const bool hasTarget = isLink && ::fstatat(descriptor, entry.d_name, &target, 0) == 0;
+    const int linkError = isLink && !hasTarget ? errno : 0;
+    const Kind finalKind = hasTarget ? toKind(target.st_mode) : kind;
+    if (options_.excludes.excludes(path, finalKind == Kind::Folder)) {
+      if (options_.onExcluded) options_.onExcluded(path);
+      return;
+    }
+    if (isLink) checkLink(path, linkError);
+    if (finalKind == Kind::File && isLeftOut(entry, isLink ? &target : nullptr, descriptor)) return;
+    if (finalKind == Kind::Other) {
+      throw Failure(sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
+    }
+    if (!opc::isUtf8(name)) {
+      throw Failure(sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
+    }
+    pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
+  }
+
+  Kind kindOf(const dirent& entry, int descriptor, const std::string& path) const {
+    if (entry.d_type == DT_REG) return Kind::File;
+    if (entry.d_type == DT_DIR) return Kind::Folder;
+    if (entry.d_type == DT_LNK) return Kind::Link;
+    struct stat info {};
+    if (::fstatat(descriptor, entry.d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) {
+      throw systemFailure("cannot look at", onDisk(path), errno);
+    }
+    return toKind(info.st_mode);
+  }
+
+  void checkLink(const std::string& path, int error) {
+    if (error != 0) throw systemFailure("cannot follow the link", onDisk(path), error);
+    if (options_.followsOutside) return;
+    if (realRoot_.empty()) realRoot_ = realPath(folder_);
+    const std::string target = realPath(onDisk(path));
+    const std::string below = realRoot_ == "/" ? "/" : realRoot_ + "/";
+    if (target == realRoot_ || target.starts_with(below)) return;
+    throw Failure(sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
+                  "--follow follows it");
+  }
+
+  bool isLeftOut(const dirent& entry, const struct stat* target, int descriptor) const {
+    if (!options_.leftOut) return false;
+    if (target != nullptr) return identity(*target) == *options_.leftOut;
+    // Not by d_ino: some file systems give another number there.
+    struct stat info {};
+    return ::fstatat(descriptor, entry.d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+           identity(info) == *options_.leftOut;
+  }
+
+  std::string folder_;
+  const TreeWalkOptions& options_;
+  opc::FileDescriptor root_;
+  std::string realRoot_;
+  std::vector<Folder> folders_;
+  std::vector<Pending> pending_;
+  std::vector<WalkedEntry> result_;
+};
+
+}  // namespace
+
+std::optional<FileIdentity> identityOf(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
+  return identity(info);
+}
+
+std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptions& options) {
+  return TreeWalk(folder, options).run();
+}
+
+}  // namespace tool

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool/Patterns.h"
+
+namespace tool {
+
+/// A file of the disk, whatever its path is called.
+struct FileIdentity {
+  dev_t device;
+  ino_t inode;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// Of the file at `path`, links followed; nothing when there is none.
+std::optional<FileIdentity> identityOf(const std::string& path);
+
+struct TreeWalkOptions {
+  PatternList excludes;
+  bool followsOutside = false;          ///< follow links that lead out of the folder
+  std::optional<FileIdentity> leftOut;  ///< a file that is no part of the tree: the output
+  std::function<void(const std::string&)> onExcluded = nullptr;  ///< may be empty
+};
+
+/// Something to be packed. The path is UTF-8, relative to the folder, with '/'.
+struct WalkedEntry {
+  std::string path;
+  bool isFolder;  ///< an empty folder
+};
+
+/// All files and all empty folders below `folder`, depth first, in order of their names' UTF-16
+/// code units, so that the order on the disk does not show. Links are followed when they lead
+/// inside `folder`. Throws Failure, naming the path, for a link that leads out, to nothing or in a
+/// circle, for anything that is neither file nor folder, and for a name that is not UTF-8.
+std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptions& options);
+
+}  // namespace tool
