@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "opc/Text.h"
+#include "opc/model/DomText.h"
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/XercesHelper.h"
 
@@ -16,12 +17,8 @@ namespace {
 
 using xercesc::DOMNode;
 
-std::u16string_view viewOf(const char16_t* text) {
-  return text == nullptr ? std::u16string_view() : std::u16string_view(text);
-}
-
 std::string quoted(const char16_t* name) {
-  return "'" + toUtf8ForDisplay(viewOf(name)) + "'";
+  return "'" + toUtf8ForDisplay(domText(name)) + "'";
 }
 
 std::string describe(const DOMNode& node) {
@@ -92,7 +89,7 @@ std::size_t utf8Length(std::u16string_view text) {
 
 // A prefix that stands for no namespace would be written, and not be read again.
 void checkName(const DOMNode& node, const DOMNode& element) {
-  const std::u16string_view name = viewOf(node.getNodeName());
+  const std::u16string_view name = domText(node.getNodeName());
   if (node.getNamespaceURI() != nullptr) return;
   if (name.find(u':') == std::u16string_view::npos && name != u"xmlns") return;
   fail("the name " + quoted(node.getNodeName()) + " in " + describe(element) +
@@ -167,7 +164,7 @@ class WriteCheck {
     countNode();
     checkName(attribute, element);
     checkNamespace(attribute, element);
-    const std::u16string_view value = viewOf(attribute.getNodeValue());
+    const std::u16string_view value = domText(attribute.getNodeValue());
     const auto where = [&] {
       return "attribute " + quoted(attribute.getNodeName()) + " of " + describe(element);
     };
@@ -205,7 +202,7 @@ class WriteCheck {
   }
 
   static void visitInstruction(const DOMNode& node) {
-    const std::u16string_view data = viewOf(node.getNodeValue());
+    const std::u16string_view data = domText(node.getNodeValue());
     checkText(data, [&] { return describe(node); });
     if (data.find(u"?>") != std::u16string_view::npos) fail(describe(node) + " holds '?>'");
   }

@@ -79,8 +79,8 @@ void WholeInflater::unpack(Bytes packed, unsigned char* into, std::size_t size) 
 }
 
 void StreamDeflater::Free::operator()(z_stream_s* stream) const {
+  const std::unique_ptr<z_stream_s> owner(stream);
   deflateEnd(stream);
-  delete stream;
 }
 
 StreamDeflater::StreamDeflater(int level) {
@@ -104,8 +104,8 @@ std::size_t StreamDeflater::pack(Bytes& data, bool finish, unsigned char* into,
 }
 
 void StreamInflater::Free::operator()(z_stream_s* stream) const {
+  const std::unique_ptr<z_stream_s> owner(stream);
   inflateEnd(stream);
-  delete stream;
 }
 
 StreamInflater::StreamInflater() {

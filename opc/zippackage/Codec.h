@@ -16,7 +16,7 @@ struct z_stream_s;
 namespace opc::zippackage {
 
 /// Up to here, data are packed and unpacked whole in memory; beyond, they are streamed.
-inline constexpr std::size_t kWholeLimit = 16 * 1024 * 1024;
+inline constexpr std::size_t kWholeLimit = std::size_t{16} << 20;
 
 /// CRC-32 of data that follow data whose CRC is `crc`; 0 to begin with.
 std::uint32_t updateCrc(std::uint32_t crc, Bytes data);

@@ -14,7 +14,7 @@ namespace opc::zippackage {
 /// directory too. The file must outlive it.
 class FileTail {
  public:
-  static constexpr std::size_t kSize = 128 * 1024;
+  static constexpr std::size_t kSize = std::size_t{128} << 10;
 
   explicit FileTail(const PackageFile& file);
 

@@ -13,13 +13,13 @@
 namespace opc::zippackage {
 namespace {
 
-constexpr std::size_t kBufferSize = 1024 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{1} << 20;
 constexpr const char* kWhat = "cannot write to a temporary file";
 
 // Below, a call of its own and the flush before it cost more than passing the bytes on.
-constexpr std::uint64_t kWorthTheKernel = 256 * 1024;
+constexpr std::uint64_t kWorthTheKernel = std::uint64_t{256} << 10;
 // So that an interrupt does not wait for gigabytes.
-constexpr std::uint64_t kCopyAtOnce = 16 * 1024 * 1024;
+constexpr std::uint64_t kCopyAtOnce = std::uint64_t{16} << 20;
 
 }  // namespace
 

@@ -32,6 +32,11 @@ std::string realFolder(const std::string& folder) {
   return real.get();
 }
 
+// Somebody may change the current folder while a package is open.
+std::string absolute(const std::string& path) {
+  return path.front() == '/' ? path : realFolder(".") + "/" + path;
+}
+
 /// Where the link at `path` points; nothing when there is no link.
 std::optional<std::string> readLink(const std::string& path) {
   char target[PATH_MAX];
@@ -51,7 +56,8 @@ void requireAccess(const std::string& path, int mode, const char* what) {
 PackageTarget PackageTarget::resolve(const std::string& path) {
   std::string current = path;
   for (int links = 0; links <= kMostLinks; ++links) {
-    PackageTarget target{realFolder(folderOf(current)), current.substr(current.rfind('/') + 1)};
+    PackageTarget target{realFolder(folderOf(current)), current.substr(current.rfind('/') + 1),
+                         absolute(path)};
     if (target.name.empty()) throw SystemError("cannot use '" + path + "' as a file", EISDIR);
     const auto link = readLink(target.path());
     if (!link) return target;

@@ -9,6 +9,7 @@ namespace opc::zippackage {
 struct PackageTarget {
   std::string folder;  ///< absolute, without links
   std::string name;    ///< in that folder; no link
+  std::string named;   ///< the path that was resolved, absolute
 
   /// Follows the links at `path` to where the file really lies, or would lie: what replaces the
   /// file must not replace the link. Throws SystemError when there is no such folder.

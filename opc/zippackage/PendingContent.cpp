@@ -14,8 +14,8 @@
 namespace opc::zippackage {
 namespace {
 
-constexpr std::size_t kAllInMemory = 64 * 1024 * 1024;
-constexpr std::size_t kBlock = 1024 * 1024;
+constexpr std::size_t kAllInMemory = std::size_t{64} << 20;
+constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 class PendingStream final : public InputStream {
  public:

@@ -25,6 +25,7 @@ class PendingStore {
   void readSpilled(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 
   void countInMemory(std::size_t added, std::size_t removed) { inMemory_ += added - removed; }
+  std::size_t inMemory() const { return inMemory_; }
   bool isMemoryShort() const;
 
  private:

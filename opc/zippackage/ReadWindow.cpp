@@ -9,8 +9,8 @@
 namespace opc::zippackage {
 namespace {
 
-constexpr std::size_t kLeast = 8 * 1024;
-constexpr std::size_t kMost = 1024 * 1024;
+constexpr std::size_t kLeast = std::size_t{8} << 10;
+constexpr std::size_t kMost = std::size_t{1} << 20;
 
 }  // namespace
 

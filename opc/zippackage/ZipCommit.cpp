@@ -32,7 +32,7 @@ void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>
 void ZipCommit::requireUnchanged() const {
   if (opened_ == nullptr) return;
   struct stat named {};
-  if (::stat(path_.c_str(), &named) != 0) {
+  if (::stat(target_.named.c_str(), &named) != 0) {
     if (errno != ENOENT && errno != ENOTDIR) throw SystemError("cannot look at it", errno);
     throw Exception(ErrorCode::ChangedOnDisk, "it was removed since it was opened");
   }

@@ -16,7 +16,7 @@ namespace opc::zippackage {
 /// one case between: the new file is in place, but the folder could not be flushed.
 class ZipCommit {
  public:
-  /// `path` is what the user named, `target` where the file lies. `opened` is the file that the
+  /// `path` is for messages, `target` where the file lies. `opened` is the file that the
   /// new one derives from, null for none.
   ZipCommit(std::string path, PackageTarget target, const PackageFile* opened)
       : path_(std::move(path)), target_(std::move(target)), opened_(opened) {}

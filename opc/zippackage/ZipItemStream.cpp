@@ -8,7 +8,7 @@
 namespace opc::zippackage {
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{256} << 10;
 
 [[noreturn]] void refuse(const char* why) {
   throw FormatError("ZP-15", why, ErrorCode::Damaged);

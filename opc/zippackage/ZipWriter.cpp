@@ -14,7 +14,7 @@
 namespace opc::zippackage {
 namespace {
 
-constexpr std::size_t kBlock = 1024 * 1024;
+constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 std::size_t encodeTimestamp(const ItemHead& head, unsigned char* to) {
   using Limits = std::numeric_limits<std::int32_t>;

@@ -236,6 +236,20 @@ TEST(PackageWriting, DeletingFreesNameAndFolders) {
   EXPECT_TRUE(memory.package.canCreatePart(partName(u"/d")));
 }
 
+TEST(PackageWriting, AFolderIsTakenUntilTheLastPartInItIsDeleted) {
+  MemoryPackage memory;
+  memory.with("d/1.m").with("d/2.m").with("e/1.m").with("d/3.m").with("d/4.m").with("f/1.m");
+  memory.package.open(OpenMode::Modify);
+
+  for (const char16_t* name : {u"/d/1.m", u"/d/2.m", u"/d/3.m", u"/d/4.m"}) {
+    EXPECT_FALSE(memory.package.canCreatePart(partName(u"/D")));
+    memory.package.deletePart(partName(name));
+  }
+
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/D")));
+  EXPECT_FALSE(memory.package.canCreatePart(partName(u"/e")));
+}
+
 TEST(PackageWriting, WhatIsNoPartIsDropped) {
   MemoryPackage memory;
   memory.with("dir/").with("[trash]/0.dat").with("a b.m").with("p.m/[0].piece").with("x.unknown");

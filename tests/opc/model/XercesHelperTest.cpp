@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "tests/opc/model/XmlTestSupport.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace opc::model {
 namespace {
@@ -318,6 +321,26 @@ TEST(XercesGuard, XercesLivesAsLongAsAnyGuardDoes) {
   const DocumentPointer document = XercesHelper::createDocument();
 
   EXPECT_NE(XercesHelper::appendElementNS(document, u"urn:n", u"a"), nullptr);
+}
+
+// Another parser is the judge of what is written.
+TEST_F(XercesHelperTest, PythonReadsTheSameText) {
+  const test::TemporaryFolder folder;
+  const std::u16string text = u"\r\n\t <&>\"']]> \u0085\u2028\U0001F600 ";
+  XercesHelper::setElementText(root_, text);
+  XercesHelper::setElementAttribute(root_, u"a", text);
+  test::writeFile(folder / "document.xml", serialise(document_));
+  test::writeFile(folder / "text", toUtf8(text));
+  const std::string command =
+      "cd '" + folder.path().string() +
+      "' && /usr/bin/python3 -c \"import xml.dom.minidom as m\n"
+      "root = m.parse('document.xml').documentElement\n"
+      "text = open('text', newline='', encoding='utf-8').read()\n"
+      "assert root.namespaceURI == 'urn:n', root.namespaceURI\n"
+      "assert root.firstChild.data == text, ascii(root.firstChild.data)\n"
+      "assert root.getAttribute('a') == text, ascii(root.getAttribute('a'))\n\"";
+
+  EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 TEST(XercesHelper, AHundredThousandRecordsAreWrittenAndReadInSeconds) {

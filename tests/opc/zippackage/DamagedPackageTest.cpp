@@ -38,6 +38,12 @@ std::string sample() {
   return builder.build();
 }
 
+/// A fresh file each time: cutting an old one to nothing makes some file systems flush it.
+void writeFresh(const std::filesystem::path& path, const std::string& bytes) {
+  std::filesystem::remove(path);
+  test::writeFile(path, bytes);
+}
+
 struct Outcome {
   bool opened = false;
   std::size_t readable = 0;
@@ -68,7 +74,7 @@ Outcome tryAll(const std::filesystem::path& path) {
 
 TEST(DamagedPackage, TheSampleIsWholeToBeginWith) {
   const test::TemporaryFolder folder;
-  test::writeFile(folder / "p.zip", sample());
+  writeFresh(folder / "p.zip", sample());
 
   const Outcome outcome = tryAll(folder / "p.zip");
 
@@ -80,7 +86,7 @@ TEST(DamagedPackage, CutAnywhereItIsRefused) {
   const test::TemporaryFolder folder;
   const std::string bytes = sample();
   for (std::size_t size = 0; size < bytes.size(); ++size) {
-    test::writeFile(folder / "p.zip", bytes.substr(0, size));
+    writeFresh(folder / "p.zip", bytes.substr(0, size));
 
     EXPECT_FALSE(tryAll(folder / "p.zip").opened) << size;
   }
@@ -95,7 +101,7 @@ TEST(DamagedPackage, WithAnyByteChangedItIsAnsweredInOrder) {
     for (const int flip : {0x01, 0x80, 0xFF}) {
       std::string changed = bytes;
       changed[at] = static_cast<char>(changed[at] ^ flip);
-      test::writeFile(folder / "p.zip", changed);
+      writeFresh(folder / "p.zip", changed);
 
       const Outcome outcome = tryAll(folder / "p.zip");
 
@@ -113,7 +119,7 @@ TEST(DamagedPackage, WithAnyByteChangedItIsCommittedOrRefused) {
   for (std::size_t at = 0; at < bytes.size(); at += 3) {
     std::string changed = bytes;
     changed[at] = static_cast<char>(changed[at] ^ 0xFF);
-    test::writeFile(folder / "p.zip", changed);
+    writeFresh(folder / "p.zip", changed);
     auto package = test::packageAt(folder / "p.zip");
     try {
       package.open(OpenMode::Modify);

@@ -1,0 +1,515 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/ZipCommit.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "opc/zippackage/ZipPhysicalPackage.h"
+#include "tests/opc/zippackage/PackageFixture.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/ZipBuilder.h"
+
+namespace opc::zippackage {
+namespace {
+
+namespace fs = std::filesystem;
+using interfaces::OpenMode;
+using test::TextSource;
+
+/// A package on disk, to be changed and looked at.
+class Commits : public testing::Test {
+ protected:
+  Commits() { test::makePackage(path(), {"a.txt", "first", "b.txt", test::packableText(3000)}); }
+
+  fs::path path() const { return folder_ / "p.kraddon"; }
+  std::string bytes() const { return test::readFile(path()); }
+  std::size_t filesInFolder() const {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()));
+  }
+  mode_t modeOf(const fs::path& file) const {
+    struct stat status {};
+    EXPECT_EQ(::stat(file.c_str(), &status), 0);
+    return status.st_mode & 07777;
+  }
+
+  /// Opens the package and adds an item to it.
+  std::unique_ptr<ZipPhysicalPackage> changed() {
+    auto package = std::make_unique<ZipPhysicalPackage>(path().u16string(), true, u"");
+    package->open(OpenMode::Modify);
+    test::addText(*package, {.name = "new.txt"}, "new content");
+    return package;
+  }
+
+  /// Commits, expects a failure, and checks that it left everything as it was.
+  std::string failureOf(ZipPhysicalPackage& package, ErrorCode* code = nullptr) {
+    const std::string before = bytes();
+    const std::string error = test::errorOf([&] { package.close(false); }, code);
+    EXPECT_NE(error, "");
+    EXPECT_TRUE(package.isOpen());
+    EXPECT_EQ(bytes(), before);
+    EXPECT_EQ(filesInFolder(), 1u);
+    return error;
+  }
+
+  test::TemporaryFolder folder_;
+};
+
+TEST_F(Commits, PutTheNewPackageInPlaceAndLeaveNothingElse) {
+  const auto holder = changed();
+  auto& package = *holder;
+
+  package.close(false);
+
+  EXPECT_FALSE(package.isOpen());
+  EXPECT_EQ(filesInFolder(), 1u);
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "a.txt"), "first");
+  EXPECT_EQ(test::textOf(package, "new.txt"), "new content");
+}
+
+TEST_F(Commits, ThatAreDiscardedChangeNothing) {
+  const std::string before = bytes();
+  const auto holder = changed();
+  auto& package = *holder;
+
+  package.close(true);
+
+  EXPECT_FALSE(package.isOpen());
+  EXPECT_EQ(bytes(), before);
+  EXPECT_EQ(filesInFolder(), 1u);
+}
+
+TEST_F(Commits, WithoutAChangeDoNotTouchTheFile) {
+  struct stat before {};
+  ::stat(path().c_str(), &before);
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  package.removeItem(test::addText(package, {.name = "gone.txt"}, "never written"));
+
+  package.close(false);
+
+  struct stat after {};
+  ::stat(path().c_str(), &after);
+  EXPECT_EQ(before.st_ino, after.st_ino);
+  EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
+}
+
+TEST_F(Commits, FailWithASourceThatThrows) {
+  for (const std::size_t size : {100u, 20000000u}) {
+    auto package = test::packageAt(path());
+    package.open(OpenMode::Modify);
+    auto source = std::make_unique<TextSource>(std::string(size, 'x'));
+    source->calling([size](std::size_t at) {
+      if (at >= size / 2) throw SystemError("cannot read 'some file'", EIO);
+    });
+    package.addItem({.name = "x"}, std::move(source));
+
+    EXPECT_EQ(failureOf(package), "cannot write package '" + path().string() +
+                                      "': cannot read 'some file': Input/output error");
+  }
+}
+
+TEST_F(Commits, EndWithWhatTheProgressFunctionThrows) {
+  const std::string before = bytes();
+  const auto holder = changed();
+  auto& package = *holder;
+  WriteOptions options;
+  options.progress = [](const interfaces::Progress& progress) {
+    if (progress.itemsDone > 2) throw std::runtime_error("interrupted");
+  };
+  package.setWriteOptions(options);
+
+  EXPECT_THROW(package.close(false), std::runtime_error);
+
+  EXPECT_EQ(bytes(), before);
+  EXPECT_EQ(filesInFolder(), 1u);
+  EXPECT_TRUE(package.isOpen());
+}
+
+TEST_F(Commits, ThatFailedCanBeTriedAgain) {
+  const auto holder = changed();
+  auto& package = *holder;
+  bool fails = true;
+  auto source = std::make_unique<TextSource>("text");
+  source->calling([&](std::size_t) {
+    if (fails) throw SystemError("cannot read", EIO);
+  });
+  package.addItem({.name = "x"}, std::move(source));
+  failureOf(package);
+  fails = false;
+
+  package.close(false);
+
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "new.txt"), "new content");
+  EXPECT_EQ(test::textOf(package, "x"), "text");
+}
+
+TEST_F(Commits, ReportTheirProgressToTheEnd) {
+  std::vector<interfaces::Progress> reports;
+  const auto holder = changed();
+  auto& package = *holder;
+  WriteOptions options;
+  options.progress = [&](const interfaces::Progress& progress) { reports.push_back(progress); };
+  package.setWriteOptions(options);
+
+  package.close(false);
+
+  ASSERT_FALSE(reports.empty());
+  EXPECT_EQ(reports.back().itemsTotal, 3u);
+  EXPECT_EQ(reports.back().itemsDone, 3u);
+  EXPECT_EQ(reports.back().bytesTotal, 5u + 3000 + 11);
+  EXPECT_EQ(reports.back().bytesDone, 5u + 3000 + 11);
+  for (std::size_t i = 1; i < reports.size(); ++i) {
+    EXPECT_GE(reports[i].bytesDone, reports[i - 1].bytesDone);
+  }
+}
+
+TEST_F(Commits, EndWithinALargeItemWhenTheProgressFunctionThrows) {
+  const std::string before = bytes();
+  const auto holder = changed();
+  holder->addItem({.name = "x"}, std::make_unique<TextSource>(test::packableText(18000000)));
+  WriteOptions options;
+  std::uint64_t reached = 0;
+  options.progress = [&](const interfaces::Progress& progress) {
+    reached = progress.bytesDone;
+    if (reached > 10000000) throw std::runtime_error("interrupted");
+  };
+  holder->setWriteOptions(options);
+
+  EXPECT_THROW(holder->close(false), std::runtime_error);
+
+  EXPECT_LT(reached, 12000000u);
+  EXPECT_EQ(bytes(), before);
+  EXPECT_EQ(filesInFolder(), 1u);
+}
+
+TEST_F(Commits, NeverOverwriteAFileThatSomebodyElsePutThere) {
+  const auto holder = changed();
+  auto& package = *holder;
+  test::makePackage(folder_ / "other", {"x", "y"});
+  fs::rename(folder_ / "other", path());
+  ErrorCode code{};
+
+  EXPECT_EQ(failureOf(package, &code),
+            "cannot write package '" + path().string() + "': it was replaced since it was opened");
+  EXPECT_EQ(code, ErrorCode::ChangedOnDisk);
+}
+
+TEST_F(Commits, NeverOverwriteAFileThatWasWrittenTo) {
+  const auto holder = changed();
+  auto& package = *holder;
+  test::writeFile(path(), bytes() + "\n");
+  ErrorCode code{};
+
+  EXPECT_EQ(failureOf(package, &code),
+            "cannot write package '" + path().string() + "': it was changed since it was opened");
+  EXPECT_EQ(code, ErrorCode::ChangedOnDisk);
+}
+
+TEST_F(Commits, NoticeAWriteThatKeepsTheSize) {
+  const auto holder = changed();
+  auto& package = *holder;
+  std::string other = bytes();
+  other[35] = 'F';
+  test::writeFile(path(), other);
+  ErrorCode code{};
+
+  failureOf(package, &code);
+
+  EXPECT_EQ(code, ErrorCode::ChangedOnDisk);
+}
+
+TEST_F(Commits, DoNotBringBackAFileThatWasRemoved) {
+  const auto holder = changed();
+  auto& package = *holder;
+  fs::remove(path());
+  ErrorCode code{};
+
+  EXPECT_EQ(test::errorOf([&] { package.close(false); }, &code),
+            "cannot write package '" + path().string() + "': it was removed since it was opened");
+
+  EXPECT_EQ(code, ErrorCode::ChangedOnDisk);
+  EXPECT_EQ(filesInFolder(), 0u);
+}
+
+TEST_F(Commits, FailWhenTheFileOutgrowsWhatIsAllowed) {
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  test::addText(package, {.name = "x"}, test::randomText(3000000));
+  struct rlimit old {};
+  ::getrlimit(RLIMIT_FSIZE, &old);
+  const struct rlimit small { 100000, old.rlim_max };
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &small);
+
+  const std::string error = failureOf(package);
+
+  ::setrlimit(RLIMIT_FSIZE, &old);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(error, "cannot write package '" + path().string() +
+                       "': cannot write to a temporary file: File too large");
+}
+
+TEST_F(Commits, KeepTheMode) {
+  for (const mode_t mode : {0600, 0640, 0666, 0751}) {
+    ASSERT_EQ(::chmod(path().c_str(), mode), 0);
+
+    changed()->close(false);
+
+    EXPECT_EQ(modeOf(path()), mode);
+    auto again = test::packageAt(path());
+    again.open(OpenMode::Create);
+    again.close(false);
+    EXPECT_EQ(modeOf(path()), mode);
+    test::makePackage(path(), {"a", "b"});
+  }
+}
+
+TEST_F(Commits, KeepTheOwnerWhenAllowed) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+  ASSERT_EQ(::chown(path().c_str(), 12345, 23456), 0);
+
+  changed()->close(false);
+
+  struct stat status {};
+  ::stat(path().c_str(), &status);
+  EXPECT_EQ(status.st_uid, 12345u);
+  EXPECT_EQ(status.st_gid, 23456u);
+}
+
+TEST_F(Commits, OfNewFilesFollowTheUmask) {
+  const mode_t old = ::umask(027);
+  test::makePackage(folder_ / "new.kraddon", {"a", "b"});
+  ::umask(old);
+
+  EXPECT_EQ(modeOf(folder_ / "new.kraddon"), 0640u);
+}
+
+TEST_F(Commits, KeepASymbolicLinkAndReplaceWhatItNames) {
+  fs::create_directory(folder_ / "real");
+  fs::rename(path(), folder_ / "real" / "p");
+  fs::create_symlink("real/p", path());
+
+  changed()->close(false);
+
+  EXPECT_TRUE(fs::is_symlink(path()));
+  auto package = test::packageAt(folder_ / "real" / "p");
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "new.txt"), "new content");
+  EXPECT_EQ(filesInFolder(), 2u);
+}
+
+TEST_F(Commits, NoticeThatALinkLeadsElsewhereMeanwhile) {
+  fs::create_directory(folder_ / "real");
+  fs::rename(path(), folder_ / "real" / "p");
+  fs::copy_file(folder_ / "real" / "p", folder_ / "real" / "q");
+  fs::create_symlink("real/p", path());
+  const auto holder = changed();
+  fs::remove(path());
+  fs::create_symlink("real/q", path());
+  ErrorCode code{};
+
+  test::errorOf([&] { holder->close(false); }, &code);
+
+  EXPECT_EQ(code, ErrorCode::ChangedOnDisk);
+}
+
+TEST_F(Commits, DoNotDependOnTheCurrentFolder) {
+  const fs::path before = fs::current_path();
+  fs::current_path(folder_.path());
+  ZipPhysicalPackage package(path().filename().u16string(), true, u"");
+  package.open(OpenMode::Modify);
+  test::addText(package, {.name = "new.txt"}, "new content");
+  fs::current_path("/");
+
+  package.close(false);
+
+  fs::current_path(before);
+  auto again = test::packageAt(path());
+  again.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(again, "new.txt"), "new content");
+}
+
+TEST_F(Commits, OfANewPackageGoWhereADanglingLinkPoints) {
+  fs::create_symlink("target", folder_ / "link");
+
+  test::makePackage(folder_ / "link", {"a", "b"});
+
+  EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
+  EXPECT_TRUE(fs::is_regular_file(folder_ / "target"));
+}
+
+TEST_F(Commits, CopyUnchangedItemsByteForByte) {
+  test::ZipBuilder builder;
+  test::ZipItem odd{.name = "odd.txt", .content = test::packableText(4000), .deflate = true};
+  odd.descriptor = true;
+  odd.local.extra = test::extraField(0xA220, "growth hint");
+  odd.local.dosTime = 12345;
+  builder.add({.name = "first", .content = "1"}).add(odd).add({.name = "last", .content = "3"});
+  builder.comment = "the comment";
+  const std::string before = builder.build();
+  const std::size_t directory = before.find("PK\x01\x02");
+  test::writeFile(path(), before);
+
+  changed()->close(false);
+
+  EXPECT_EQ(bytes().substr(0, directory), before.substr(0, directory));
+  EXPECT_EQ(bytes().substr(bytes().size() - 11), "the comment");
+  EXPECT_NE(bytes().find(before.substr(directory, before.find("PK\x05\x06") - directory)),
+            std::string::npos);
+}
+
+TEST_F(Commits, LeaveOutTheBytesOfRemovedItemsOnly) {
+  test::ZipBuilder builder;
+  for (const char* name : {"a", "b", "c", "d", "e"}) {
+    test::ZipItem item{.name = name, .content = test::randomText(400000, unsigned(name[0]))};
+    item.descriptor = name[0] == 'c';
+    builder.add(item);
+  }
+  test::writeFile(path(), builder.build());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  package.removeItem(test::find(package, "b").value());
+  package.removeItem(test::find(package, "e").value());
+
+  package.close(false);
+
+  test::ZipBuilder expected;
+  expected.add(builder.items[0]).add(builder.items[2]).add(builder.items[3]);
+  EXPECT_TRUE(bytes() == expected.build());
+}
+
+TEST_F(Commits, FindTheEndOfAnItemBeforeAHugeGap) {
+  test::ZipBuilder builder;
+  test::ZipItem first{.name = "a", .content = "first"};
+  first.descriptor = true;
+  first.local.extra = test::extraField(7, "local only");
+  test::ZipItem second{.name = "b", .content = "second"};
+  second.before = std::string(200000, 'g');
+  builder.add(first).add(second).add({.name = "c", .content = "third"});
+  test::writeFile(path(), builder.build());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  package.removeItem(2);
+
+  package.close(false);
+
+  builder.items[1].before.clear();
+  builder.items.pop_back();
+  EXPECT_EQ(bytes(), builder.build());
+}
+
+TEST_F(Commits, OfItemsInAnyOrderKeepTheirContent) {
+  test::ZipBuilder builder;
+  builder.add({.name = "a", .content = "11"}).add({.name = "b", .content = "22"});
+  builder.add({.name = "c", .content = "33"});
+  builder.items[0].central.offset = 66;
+  builder.items[2].central.offset = 0;
+  builder.items[0].local.name = "c";
+  builder.items[2].local.name = "a";
+  std::swap(builder.items[0].content, builder.items[2].content);
+  builder.items[0].central.crc = test::crcOf("11");
+  builder.items[2].central.crc = test::crcOf("33");
+  test::writeFile(path(), builder.build());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  ASSERT_EQ(test::textOf(package, "a"), "11");
+  package.removeItem(test::find(package, "b").value());
+
+  package.close(false);
+
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "a"), "11");
+  EXPECT_EQ(test::textOf(package, "c"), "33");
+}
+
+TEST_F(Commits, PutItemsForTheFrontBeforeEverythingElse) {
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  test::addText(package, {.name = "back"}, "1");
+  test::addText(package, {.name = "[Content_Types].xml", .atFront = true}, "2");
+  test::addText(package, {.name = "_rels/.rels", .atFront = true}, "3");
+
+  package.close(false);
+
+  EXPECT_EQ(test::outputOf("unzip -Z1 " + path().string()),
+            "[Content_Types].xml\n_rels/.rels\na.txt\nb.txt\nback\n");
+}
+
+TEST_F(Commits, LeaveBehindAForeignBeginningAndTrailingBytes) {
+  const std::string plain = bytes();
+  test::ZipBuilder builder;
+  builder.prefix = "#!/bin/sh\n";
+  builder.suffix = "\n\n";
+  builder.add({.name = "a", .content = "1"});
+  test::writeFile(path(), builder.build());
+
+  changed()->close(false);
+
+  EXPECT_EQ(bytes().substr(0, 4), "PK\x03\x04");
+  EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
+}
+
+TEST_F(Commits, MoveItemsBackFromBeyondFourGibibytes) {
+  test::ZipBuilder builder;
+  builder.zip64 = true;
+  builder.add({.name = "far", .content = "far away"});
+  const std::uint64_t hole = std::uint64_t{5} << 30;
+  builder.items[0].central.offset = 0xFFFFFFFF;
+  builder.items[0].central.extra = test::extraField(1, test::le64(hole));
+  const std::string plain = builder.build();
+  builder.directoryOffset = hole + plain.find("PK\x01\x02");
+  builder.zip64Offset = hole + plain.find("PK\x06\x06");
+  fs::remove(path());
+  test::writeFile(path(), "");
+  fs::resize_file(path(), hole);
+  std::ofstream(path(), std::ios::binary | std::ios::app) << builder.build();
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "far"), "far away");
+  package.close(true);
+
+  changed()->close(false);
+
+  EXPECT_LT(fs::file_size(path()), 1000u);
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "far"), "far away");
+  EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
+}
+
+TEST_F(Commits, ToALongNameFindATemporaryName) {
+  const fs::path longest = folder_ / std::string(255, 'n');
+
+  test::makePackage(longest, {"a", "b"});
+
+  EXPECT_TRUE(fs::is_regular_file(longest));
+  EXPECT_EQ(filesInFolder(), 2u);
+}
+
+TEST_F(Commits, MustNotReplaceWhatCameIntoBeingMeanwhile) {
+  auto package = test::packageAt(folder_ / "new", false);
+  package.open(OpenMode::Create);
+  test::addText(package, {.name = "x"}, "y");
+  test::writeFile(folder_ / "new", "precious");
+  ErrorCode code{};
+
+  EXPECT_EQ(test::errorOf([&] { package.close(false); }, &code),
+            "cannot write package '" + (folder_ / "new").string() + "': it exists already");
+
+  EXPECT_EQ(code, ErrorCode::AlreadyExists);
+  EXPECT_EQ(test::readFile(folder_ / "new"), "precious");
+  EXPECT_EQ(filesInFolder(), 2u);
+}
+
+}  // namespace
+}  // namespace opc::zippackage

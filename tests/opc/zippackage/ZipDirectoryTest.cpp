@@ -7,57 +7,22 @@
 #include <string>
 #include <vector>
 
+#include "tests/opc/zippackage/DirectoryFixture.h"
 #include "tests/opc/zippackage/PackageFixture.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/ZipBuilder.h"
 
 namespace opc::zippackage {
 namespace {
 
+using test::directoryOf;
 using test::extraField;
+using test::faultsOf;
 using test::le16;
 using test::le32;
 using test::le64;
+using test::refusalOf;
+using test::twoItems;
 using test::ZipBuilder;
-using test::ZipItem;
-
-ZipDirectory directoryOf(const std::string& bytes) {
-  const test::TemporaryFolder folder;
-  test::writeFile(folder / "p.zip", bytes);
-  return ZipDirectory::read(PackageFile((folder / "p.zip").string()));
-}
-
-ZipDirectory directoryOf(const ZipBuilder& builder) {
-  return directoryOf(builder.build());
-}
-
-ZipBuilder twoItems() {
-  ZipBuilder builder;
-  builder.add({.name = "a.txt", .content = "first"});
-  builder.add({.name = "b/c.txt", .content = "second, second, second", .deflate = true});
-  return builder;
-}
-
-/// The rule that is broken, "" when the package is accepted.
-std::string refusalOf(const std::string& bytes) {
-  try {
-    directoryOf(bytes).refuseFaults();
-    return "";
-  } catch (const FormatError& e) {
-    return e.rule() + ": " + e.what();
-  }
-}
-
-std::string refusalOf(const ZipBuilder& builder) {
-  return refusalOf(builder.build());
-}
-
-std::vector<ZipFaultKind> faultsOf(const ZipBuilder& builder) {
-  const ZipDirectory directory = directoryOf(builder);
-  std::vector<ZipFaultKind> kinds;
-  for (const ZipFault& fault : directory.faults()) kinds.push_back(fault.kind);
-  return kinds;
-}
 
 using Kinds = std::vector<ZipFaultKind>;
 
@@ -98,128 +63,6 @@ TEST(ZipDirectory, ListsEntriesByTheirPlaceInTheFileToo) {
   EXPECT_TRUE(directory.faults().empty());
 }
 
-TEST(ZipDirectory, WhatIsNoZipFileIsRefusedWithTheReason) {
-  EXPECT_EQ(refusalOf(std::string()), "ZP-16: it is empty");
-  EXPECT_EQ(refusalOf(std::string("hello")), "ZP-16: not a ZIP file (no end record)");
-  EXPECT_EQ(refusalOf(std::string(300000, 'x')), "ZP-16: not a ZIP file (no end record)");
-  EXPECT_EQ(refusalOf(twoItems().build().substr(0, 60)), "ZP-16: it is cut off (no end record)");
-}
-
-TEST(ZipDirectory, AnArchiveCutWithinItsEndRecordIsRefused) {
-  const std::string bytes = twoItems().build();
-
-  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 1)),
-            "ZP-16: it is cut off within its end record");
-}
-
-TEST(ZipDirectory, AnArchiveCutWithinItsCommentIsRefused) {
-  ZipBuilder builder = twoItems();
-  builder.comment = "a comment";
-  const std::string bytes = builder.build();
-
-  EXPECT_EQ(refusalOf(bytes), "");
-  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 1)),
-            "ZP-16: it is cut off within its comment");
-}
-
-TEST(ZipDirectory, KeepsTheArchiveComment) {
-  ZipBuilder builder = twoItems();
-  builder.comment = "a comment";
-
-  const ZipDirectory directory = directoryOf(builder);
-
-  const auto& comment = directory.location().comment;
-  EXPECT_EQ(std::string(comment.begin(), comment.end()), "a comment");
-  EXPECT_TRUE(directory.faults().empty());
-}
-
-TEST(ZipDirectory, BytesAfterTheEndAreAWarning) {
-  for (const std::size_t count : {1u, 2u, 70000u}) {
-    ZipBuilder builder = twoItems();
-    builder.suffix = std::string(count, '\n');
-
-    const ZipDirectory directory = directoryOf(builder);
-
-    ASSERT_EQ(directory.faults().size(), 1u);
-    EXPECT_EQ(directory.faults()[0].kind, ZipFaultKind::BytesAfterEnd);
-    EXPECT_EQ(directory.faults()[0].second, count);
-    EXPECT_EQ(directory.faults()[0].severity(), ZipFaultSeverity::Warning);
-    EXPECT_EQ(directory.entries().size(), 2u);
-  }
-}
-
-TEST(ZipDirectory, ASignatureInTheCommentIsNoEndRecord) {
-  const std::string empty = le32(0x06054b50) + std::string(18, '\0');
-  for (const std::string& fake : {le32(0x06054b50), empty, empty + "\n", "x" + empty + empty}) {
-    ZipBuilder builder = twoItems();
-    builder.comment = fake;
-
-    EXPECT_EQ(refusalOf(builder), "");
-    EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
-  }
-}
-
-TEST(ZipDirectory, ACommentFullOfSignaturesIsReadInNoTime) {
-  ZipBuilder builder = twoItems();
-  while (builder.comment.size() < 65000) builder.comment += le32(0x06054b50);
-
-  EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
-}
-
-TEST(ZipDirectory, AWholeArchiveInTheCommentIsRefusedSinceReadersWouldDiffer) {
-  ZipBuilder hidden;
-  hidden.prefix = twoItems().build();
-  hidden.add({.name = "other", .content = "content"});
-  ZipBuilder builder = twoItems();
-  builder.comment = hidden.build().substr(hidden.prefix.size());
-  ASSERT_EQ(builder.build().substr(0, 100), hidden.build().substr(0, 100));
-
-  EXPECT_EQ(refusalOf(builder), "ZP-16: it has two end records, one in the comment of the other");
-}
-
-TEST(ZipDirectory, AnArchiveThatWasAppendedToIsReadByItsLastEndRecord) {
-  ZipBuilder builder;
-  builder.prefix = twoItems().build();
-  builder.add({.name = "new", .content = "content"});
-
-  const ZipDirectory directory = directoryOf(builder);
-
-  ASSERT_EQ(directory.entries().size(), 1u);
-  EXPECT_EQ(directory.name(0), "new");
-  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::BytesBeforeFirst});
-}
-
-TEST(ZipDirectory, AForeignBeginningIsAcceptedWhenTheOffsetsCountIt) {
-  ZipBuilder builder = twoItems();
-  builder.prefix = "#!/bin/sh\n";
-
-  EXPECT_EQ(refusalOf(builder), "");
-  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::BytesBeforeFirst});
-  EXPECT_EQ(refusalOf("#!/bin/sh\n" + twoItems().build()),
-            "ZP-16: its offsets do not count the 10 bytes in front of it");
-}
-
-TEST(ZipDirectory, ADirectoryThatIsNotWhereItShouldBeIsRefused) {
-  ZipBuilder outside = twoItems();
-  outside.directoryOffset = 0xFFFFFF00;
-  ZipBuilder tooLong = twoItems();
-  tooLong.directorySize = 1000000;
-  ZipBuilder elsewhere = twoItems();
-  elsewhere.directoryOffset = 3;
-
-  EXPECT_EQ(refusalOf(outside).substr(0, 30), "ZP-16: its directory (offset 4");
-  EXPECT_EQ(refusalOf(tooLong).substr(0, 21), "ZP-16: its directory ");
-  EXPECT_EQ(refusalOf(elsewhere).substr(0, 5), "ZP-16");
-}
-
-TEST(ZipDirectory, BytesBetweenDirectoryAndEndRecordAreAWarning) {
-  ZipBuilder builder = twoItems();
-  builder.beforeEnd = "something";
-
-  EXPECT_EQ(refusalOf(builder), "");
-  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::UnusedBytes});
-}
-
 TEST(ZipDirectory, ADigitalSignatureOfTheDirectoryIsNoEntry) {
   ZipBuilder builder = twoItems();
   builder.beforeEnd = le32(0x05054b50) + le16(4) + "sign";
@@ -256,16 +99,6 @@ TEST(ZipDirectory, AnEnormousDeclaredCountCostsNoMemory) {
   EXPECT_EQ(refusalOf(builder).substr(0, 35), "ZP-16: its directory has 2 entries,");
 }
 
-TEST(ZipDirectory, AnEnormousDeclaredDirectoryCostsNoMemory) {
-  for (const std::uint64_t size : {std::uint64_t{1} << 50, UINT64_MAX, UINT64_MAX - 60}) {
-    ZipBuilder builder = twoItems();
-    builder.zip64 = true;
-    builder.directorySize = size;
-
-    EXPECT_EQ(refusalOf(builder).substr(0, 5), "ZP-16") << size;
-  }
-}
-
 TEST(ZipDirectory, OneVolumeOfSeveralIsRefused) {
   ZipBuilder disk = twoItems();
   disk.disk = 1;
@@ -300,20 +133,6 @@ TEST(ZipDirectory, EncryptedItemsAreRefused) {
   ZipBuilder aes = twoItems();
   aes.items[0].central.method = 99;
   EXPECT_EQ(refusalOf(aes), "ZP-6: item 'a.txt' is encrypted");
-}
-
-TEST(ZipDirectory, AnEncryptedDirectoryIsRefused) {
-  ZipBuilder byRecord = twoItems();
-  byRecord.zip64 = true;
-  byRecord.zip64Record =
-      le32(0x06064b50) + le64(44 + 28) + le16(0x33E) + le16(62) + std::string(40 + 28, '\0');
-  ZipBuilder bySignature;
-  bySignature.prefix = le32(0x08064b50) + std::string(100, 'x');
-  bySignature.directoryOffset = 0;
-  bySignature.directorySize = 100;
-
-  EXPECT_EQ(refusalOf(byRecord), "ZP-6: its directory is compressed or encrypted");
-  EXPECT_EQ(refusalOf(bySignature), "ZP-6: its directory is encrypted");
 }
 
 TEST(ZipDirectory, MethodsOtherThanStoredAndDeflatedAreRefused) {
@@ -439,12 +258,12 @@ TEST(ZipDirectory, ItemsThatShareBytesAreRefused) {
   intoNext.items[0].central.size = 6;
   intoNext.items[0].central.packedSize = 6;
   ZipBuilder intoDirectory = twoItems();
-  intoDirectory.items[1].central.packedSize = 200;
+  intoDirectory.items[1].central.packedSize = 60;
 
   EXPECT_EQ(refusalOf(sameHeader), "RB-2: item 'b/c.txt' overlaps item 'a.txt'");
   EXPECT_EQ(refusalOf(inside), "RB-2: item 'b/c.txt' overlaps item 'a.txt'");
   EXPECT_EQ(refusalOf(intoNext), "RB-2: item 'b/c.txt' overlaps item 'a.txt'");
-  EXPECT_EQ(refusalOf(intoDirectory).substr(0, 4), "RB-2");
+  EXPECT_EQ(refusalOf(intoDirectory), "RB-2: item 'b/c.txt' overlaps the directory");
 }
 
 TEST(ZipDirectory, AnItemInsideOneThatIsNotItsNeighbourIsFound) {
@@ -502,61 +321,6 @@ TEST(ZipDirectory, UnknownExtraFieldsCommentsAndHostsAreFine) {
   builder.items[0].central.dosTime = 0;
 
   EXPECT_TRUE(faultsOf(builder).empty());
-}
-
-TEST(ZipDirectory, Zip64EndRecordsAreReadWithAndWithoutNeed) {
-  ZipBuilder builder = twoItems();
-  builder.zip64 = true;
-  EXPECT_TRUE(faultsOf(builder).empty());
-  EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
-
-  const DirectoryLocation location = directoryOf(twoItems()).location();
-  builder.endRecord = le32(0x06054b50) + le16(0xFFFF) + le16(0xFFFF) + le16(2) + le16(2) +
-                      le32(location.size) + le32(location.offset) + le16(0);
-
-  EXPECT_TRUE(faultsOf(builder).empty());
-  EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
-}
-
-TEST(ZipDirectory, EndRecordsThatDisagreeAreRefused) {
-  const DirectoryLocation location = directoryOf(twoItems()).location();
-  const auto with = [&](std::uint16_t count, std::uint64_t size, std::uint64_t offset) {
-    ZipBuilder builder = twoItems();
-    builder.zip64 = true;
-    builder.endRecord = le32(0x06054b50) + le32(0) + le16(count) + le16(count) + le32(size) +
-                        le32(offset) + le16(0);
-    return refusalOf(builder).substr(0, 4);
-  };
-
-  EXPECT_EQ(with(2, location.size, location.offset), "");
-  EXPECT_EQ(with(3, location.size, location.offset), "ZP-9");
-  EXPECT_EQ(with(2, location.size - 1, location.offset), "ZP-9");
-  EXPECT_EQ(with(2, location.size, location.offset + 1), "ZP-9");
-}
-
-TEST(ZipDirectory, AZip64EndRecordThatIsNotThereIsRefused) {
-  ZipBuilder wrongPlace = twoItems();
-  wrongPlace.zip64 = true;
-  wrongPlace.zip64Offset = 1;
-  ZipBuilder farAway = twoItems();
-  farAway.zip64 = true;
-  farAway.zip64Offset = UINT64_MAX - 10;
-  ZipBuilder wrongSize = twoItems();
-  wrongSize.zip64 = true;
-  wrongSize.zip64Record = le32(0x06064b50) + le64(UINT64_MAX) + std::string(44, '\0');
-  ZipBuilder noLocator = twoItems();
-  noLocator.directoryOffset = 0xFFFFFFFF;
-
-  for (const ZipBuilder* builder : {&wrongPlace, &farAway, &wrongSize, &noLocator}) {
-    EXPECT_EQ(refusalOf(*builder).substr(0, 4), "ZP-9");
-  }
-}
-
-TEST(ZipDirectory, ALocatorAtTheEndOfAnItemsCommentIsNone) {
-  ZipBuilder builder = twoItems();
-  builder.items[1].comment = le32(0x07064b50) + le32(0) + le64(12345) + le32(1);
-
-  EXPECT_EQ(refusalOf(builder), "");
 }
 
 TEST(ZipDirectory, Zip64ValuesOfAnItemMayBeAllOrOne) {

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/EndOfDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/opc/zippackage/DirectoryFixture.h"
+#include "tests/opc/zippackage/PackageFixture.h"
+#include "tests/support/ZipBuilder.h"
+
+namespace opc::zippackage {
+namespace {
+
+using test::directoryOf;
+using test::faultsOf;
+using test::le16;
+using test::le32;
+using test::le64;
+using test::refusalOf;
+using test::twoItems;
+using test::ZipBuilder;
+
+using Kinds = std::vector<ZipFaultKind>;
+
+TEST(EndOfDirectory, WhatIsNoZipFileIsRefusedWithTheReason) {
+  EXPECT_EQ(refusalOf(std::string()), "ZP-16: it is empty");
+  EXPECT_EQ(refusalOf(std::string("hello")), "ZP-16: not a ZIP file (no end record)");
+  EXPECT_EQ(refusalOf(std::string(300000, 'x')), "ZP-16: not a ZIP file (no end record)");
+  EXPECT_EQ(refusalOf(twoItems().build().substr(0, 60)), "ZP-16: it is cut off (no end record)");
+}
+
+TEST(EndOfDirectory, AnArchiveCutWithinItsEndRecordIsRefused) {
+  const std::string bytes = twoItems().build();
+
+  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 1)),
+            "ZP-16: it is cut off within its end record");
+}
+
+TEST(EndOfDirectory, AnArchiveCutWithinItsCommentIsRefused) {
+  ZipBuilder builder = twoItems();
+  builder.comment = "a comment";
+  const std::string bytes = builder.build();
+
+  EXPECT_EQ(refusalOf(bytes), "");
+  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 1)),
+            "ZP-16: it is cut off within its comment");
+}
+
+TEST(EndOfDirectory, KeepsTheArchiveComment) {
+  ZipBuilder builder = twoItems();
+  builder.comment = "a comment";
+
+  const ZipDirectory directory = directoryOf(builder);
+
+  const auto& comment = directory.location().comment;
+  EXPECT_EQ(std::string(comment.begin(), comment.end()), "a comment");
+  EXPECT_TRUE(directory.faults().empty());
+}
+
+TEST(EndOfDirectory, BytesAfterTheEndAreAWarning) {
+  for (const std::size_t count : {1u, 2u, 70000u}) {
+    ZipBuilder builder = twoItems();
+    builder.suffix = std::string(count, '\n');
+
+    const ZipDirectory directory = directoryOf(builder);
+
+    ASSERT_EQ(directory.faults().size(), 1u);
+    EXPECT_EQ(directory.faults()[0].kind, ZipFaultKind::BytesAfterEnd);
+    EXPECT_EQ(directory.faults()[0].second, count);
+    EXPECT_EQ(directory.faults()[0].severity(), ZipFaultSeverity::Warning);
+    EXPECT_EQ(directory.entries().size(), 2u);
+  }
+}
+
+TEST(EndOfDirectory, ASignatureInTheCommentIsNoEndRecord) {
+  const std::string empty = le32(0x06054b50) + std::string(18, '\0');
+  for (const std::string& fake : {le32(0x06054b50), empty, empty + "\n", "x" + empty + empty}) {
+    ZipBuilder builder = twoItems();
+    builder.comment = fake;
+
+    EXPECT_EQ(refusalOf(builder), "");
+    EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
+  }
+}
+
+TEST(EndOfDirectory, ACommentFullOfSignaturesIsReadInNoTime) {
+  ZipBuilder builder = twoItems();
+  while (builder.comment.size() < 65000) builder.comment += le32(0x06054b50);
+
+  EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
+}
+
+TEST(EndOfDirectory, AWholeArchiveInTheCommentIsRefusedSinceReadersWouldDiffer) {
+  ZipBuilder hidden;
+  hidden.prefix = twoItems().build();
+  hidden.add({.name = "other", .content = "content"});
+  ZipBuilder builder = twoItems();
+  builder.comment = hidden.build().substr(hidden.prefix.size());
+  ASSERT_EQ(builder.build().substr(0, 100), hidden.build().substr(0, 100));
+
+  EXPECT_EQ(refusalOf(builder), "ZP-16: it has two end records, one in the comment of the other");
+}
+
+TEST(EndOfDirectory, AnArchiveThatWasAppendedToIsReadByItsLastEndRecord) {
+  ZipBuilder builder;
+  builder.prefix = twoItems().build();
+  builder.add({.name = "new", .content = "content"});
+
+  const ZipDirectory directory = directoryOf(builder);
+
+  ASSERT_EQ(directory.entries().size(), 1u);
+  EXPECT_EQ(directory.name(0), "new");
+  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::BytesBeforeFirst});
+}
+
+TEST(EndOfDirectory, AForeignBeginningIsAcceptedWhenTheOffsetsCountIt) {
+  ZipBuilder builder = twoItems();
+  builder.prefix = "#!/bin/sh\n";
+
+  EXPECT_EQ(refusalOf(builder), "");
+  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::BytesBeforeFirst});
+  EXPECT_EQ(refusalOf("#!/bin/sh\n" + twoItems().build()),
+            "ZP-16: its offsets do not count the 10 bytes in front of it");
+}
+
+TEST(EndOfDirectory, ADirectoryThatIsNotWhereItShouldBeIsRefused) {
+  ZipBuilder outside = twoItems();
+  outside.directoryOffset = 0xFFFFFF00;
+  ZipBuilder tooLong = twoItems();
+  tooLong.directorySize = 1000000;
+  ZipBuilder elsewhere = twoItems();
+  elsewhere.directoryOffset = 3;
+
+  EXPECT_EQ(refusalOf(outside).substr(0, 30), "ZP-16: its directory (offset 4");
+  EXPECT_EQ(refusalOf(tooLong).substr(0, 21), "ZP-16: its directory ");
+  EXPECT_EQ(refusalOf(elsewhere).substr(0, 5), "ZP-16");
+}
+
+TEST(EndOfDirectory, BytesBetweenDirectoryAndEndRecordAreAWarning) {
+  ZipBuilder builder = twoItems();
+  builder.beforeEnd = "something";
+
+  EXPECT_EQ(refusalOf(builder), "");
+  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::UnusedBytes});
+}
+
+TEST(EndOfDirectory, AnEnormousDeclaredDirectoryCostsNoMemory) {
+  for (const std::uint64_t size : {std::uint64_t{1} << 50, UINT64_MAX, UINT64_MAX - 60}) {
+    ZipBuilder builder = twoItems();
+    builder.zip64 = true;
+    builder.directorySize = size;
+
+    EXPECT_EQ(refusalOf(builder).substr(0, 5), "ZP-16") << size;
+  }
+}
+
+TEST(EndOfDirectory, AnEncryptedDirectoryIsRefused) {
+  ZipBuilder byRecord = twoItems();
+  byRecord.zip64 = true;
+  byRecord.zip64Record =
+      le32(0x06064b50) + le64(44 + 28) + le16(0x33E) + le16(62) + std::string(40 + 28, '\0');
+  ZipBuilder bySignature;
+  bySignature.prefix = le32(0x08064b50) + std::string(100, 'x');
+  bySignature.directoryOffset = 0;
+  bySignature.directorySize = 100;
+
+  EXPECT_EQ(refusalOf(byRecord), "ZP-6: its directory is compressed or encrypted");
+  EXPECT_EQ(refusalOf(bySignature), "ZP-6: its directory is encrypted");
+}
+
+TEST(EndOfDirectory, Zip64EndRecordsAreReadWithAndWithoutNeed) {
+  ZipBuilder builder = twoItems();
+  builder.zip64 = true;
+  EXPECT_TRUE(faultsOf(builder).empty());
+  EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
+
+  const DirectoryLocation location = directoryOf(twoItems()).location();
+  builder.endRecord = le32(0x06054b50) + le16(0xFFFF) + le16(0xFFFF) + le16(2) + le16(2) +
+                      le32(location.size) + le32(location.offset) + le16(0);
+
+  EXPECT_TRUE(faultsOf(builder).empty());
+  EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
+}
+
+TEST(EndOfDirectory, EndRecordsThatDisagreeAreRefused) {
+  const DirectoryLocation location = directoryOf(twoItems()).location();
+  const auto with = [&](std::uint16_t count, std::uint64_t size, std::uint64_t offset) {
+    ZipBuilder builder = twoItems();
+    builder.zip64 = true;
+    builder.endRecord = le32(0x06054b50) + le32(0) + le16(count) + le16(count) + le32(size) +
+                        le32(offset) + le16(0);
+    return refusalOf(builder).substr(0, 4);
+  };
+
+  EXPECT_EQ(with(2, location.size, location.offset), "");
+  EXPECT_EQ(with(3, location.size, location.offset), "ZP-9");
+  EXPECT_EQ(with(2, location.size - 1, location.offset), "ZP-9");
+  EXPECT_EQ(with(2, location.size, location.offset + 1), "ZP-9");
+}
+
+TEST(EndOfDirectory, AZip64EndRecordThatIsNotThereIsRefused) {
+  ZipBuilder wrongPlace = twoItems();
+  wrongPlace.zip64 = true;
+  wrongPlace.zip64Offset = 1;
+  ZipBuilder farAway = twoItems();
+  farAway.zip64 = true;
+  farAway.zip64Offset = UINT64_MAX - 10;
+  ZipBuilder wrongSize = twoItems();
+  wrongSize.zip64 = true;
+  wrongSize.zip64Record = le32(0x06064b50) + le64(UINT64_MAX) + std::string(44, '\0');
+  ZipBuilder noLocator = twoItems();
+  noLocator.directoryOffset = 0xFFFFFFFF;
+
+  for (const ZipBuilder* builder : {&wrongPlace, &farAway, &wrongSize, &noLocator}) {
+    EXPECT_EQ(refusalOf(*builder).substr(0, 4), "ZP-9");
+  }
+}
+
+TEST(EndOfDirectory, ALocatorAtTheEndOfAnItemsCommentIsNone) {
+  ZipBuilder builder = twoItems();
+  builder.items[1].comment = le32(0x07064b50) + le32(0) + le64(12345) + le32(1);
+
+  EXPECT_EQ(refusalOf(builder), "");
+}
+
+}  // namespace
+}  // namespace opc::zippackage
