@@ -3,15 +3,24 @@
 
 #include <string>
 
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonConfiguration.h"
+#include "addon/packaging/AddonExamples.h"
 #include "addon/packaging/AddonLicense.h"
 #include "addon/packaging/AddonPackage.h"
+#include "addon/packaging/AddonRevisionHistory.h"
+#include "addon/packaging/AddonSystemRequirements.h"
 #include "gateway/GatewayFrame.h"
-#include "gateway/NotAvailable.h"
 
 namespace gateway {
 
+using addon::packaging::AddonAppInstallList;
+using addon::packaging::AddonConfiguration;
+using addon::packaging::AddonExamples;
 using addon::packaging::AddonLicense;
 using addon::packaging::AddonPackage;
+using addon::packaging::AddonRevisionHistory;
+using addon::packaging::AddonSystemRequirements;
 using opc::interfaces::OpenMode;
 
 namespace {
@@ -68,44 +77,44 @@ void addonGetLicense(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[])
   load<AddonLicense>(&AddonPackage::getLicense, nlhs, plhs, nrhs, prhs);
 }
 
-void addonSetRevisionHistory(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonSetRevisionHistory", kWriter, nlhs, nrhs);
+void addonSetRevisionHistory(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
+  store<AddonRevisionHistory>(Order::DocumentFirst, &AddonPackage::addXMLPart, nlhs, nrhs, prhs);
 }
 
-void addonGetRevisionHistory(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonGetRevisionHistory", kReader, nlhs, nrhs);
+void addonGetRevisionHistory(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+  load<AddonRevisionHistory>(&AddonPackage::getXMLPart, nlhs, plhs, nrhs, prhs);
 }
 
-void addonSetConfiguration(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonSetConfiguration", kWriter, nlhs, nrhs);
+void addonSetConfiguration(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
+  store<AddonConfiguration>(Order::DocumentFirst, &AddonPackage::addXMLPart, nlhs, nrhs, prhs);
 }
 
-void addonGetConfiguration(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonGetConfiguration", kReader, nlhs, nrhs);
+void addonGetConfiguration(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+  load<AddonConfiguration>(&AddonPackage::getXMLPart, nlhs, plhs, nrhs, prhs);
 }
 
-void addonSetAppInstallList(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonSetAppInstallList", kWriter, nlhs, nrhs);
+void addonSetAppInstallList(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
+  store<AddonAppInstallList>(Order::PackageFirst, &AddonPackage::addXMLPart, nlhs, nrhs, prhs);
 }
 
-void addonGetAppInstallList(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonGetAppInstallList", kReader, nlhs, nrhs);
+void addonGetAppInstallList(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+  load<AddonAppInstallList>(&AddonPackage::getXMLPart, nlhs, plhs, nrhs, prhs);
 }
 
-void addonSetExamples(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonSetExamples", kWriter, nlhs, nrhs);
+void addonSetExamples(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
+  store<AddonExamples>(Order::PackageFirst, &AddonPackage::addXMLPart, nlhs, nrhs, prhs);
 }
 
-void addonGetExamples(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonGetExamples", kReader, nlhs, nrhs);
+void addonGetExamples(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+  load<AddonExamples>(&AddonPackage::getXMLPart, nlhs, plhs, nrhs, prhs);
 }
 
-void addonSetSystemRequirements(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonSetSystemRequirements", kWriter, nlhs, nrhs);
+void addonSetSystemRequirements(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
+  store<AddonSystemRequirements>(Order::PackageFirst, &AddonPackage::addXMLPart, nlhs, nrhs, prhs);
 }
 
-void addonGetSystemRequirements(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonGetSystemRequirements", kReader, nlhs, nrhs);
+void addonGetSystemRequirements(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]) {
+  load<AddonSystemRequirements>(&AddonPackage::getXMLPart, nlhs, plhs, nrhs, prhs);
 }
 
 }  // namespace gateway

@@ -7,7 +7,6 @@
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/HostStruct.h"
 #include "gateway/GatewayFrame.h"
-#include "gateway/NotAvailable.h"
 
 namespace gateway {
 
@@ -98,8 +97,16 @@ void addonGetFileList(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]
   });
 }
 
-void addonSetScreenshot(int nlhs, kxArray*[], int nrhs, const kxArray*[]) {
-  raiseNotAvailable("addonSetScreenshot", kWriter, nlhs, nrhs);
+void addonSetScreenshot(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
+  runGateway(kWriter, nlhs, nrhs, [&] {
+    const std::u16string path = matrix::get_ustring(prhs[0]);
+    std::u16string image = matrix::get_ustring(prhs[1]);
+
+    AddonPackage package(path);
+    package.logicalPackage().open(OpenMode::Modify);
+    package.setScreenshot(image);
+    package.logicalPackage().close(false);
+  });
 }
 
 }  // namespace gateway

@@ -53,6 +53,18 @@ class AddonPackage {
   void setLicense(AddonLicense& license);
   void getLicense(AddonLicense& license);
 
+  /// The media type of an image file by its extension (no dot, ASCII letters without case): that of
+  /// png, gif, tiff and bmp, and "image/jpeg" for anything else.
+  static std::u16string getContentTypeFromImageExtension(const std::u16string& extension);
+  /// Stores the image file at a path of the disk, unchanged, as the package's one screenshot and
+  /// thumbnail, in the place of an earlier one. Throws opc::Exception when it cannot be read.
+  void setScreenshot(std::u16string& imagePath);
+  /// The bytes of the screenshot; none when there is none.
+  std::vector<unsigned char> getScreenshot();
+  /// The bytes of the one part that the package points at with that relationship type; none unless
+  /// there is exactly one.
+  std::vector<unsigned char> getBinaryPart(std::u16string relationshipType);
+
   /// Adds files[i] of the disk as paths[i] of the package. A path that is taken ends it with
   /// FileSystemEntryAlreadyExists; those before it stay added.
   void addFiles(std::vector<std::u16string> files, std::vector<std::u16string> paths);

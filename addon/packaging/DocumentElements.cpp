@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "addon/packaging/DocumentElements.h"
 
-#include "opc/model/XercesHelper.h"
-
 namespace addon::packaging {
 
 using opc::model::XercesHelper;
@@ -15,6 +13,16 @@ void appendTextElement(xercesc::DOMElement* parent, const std::u16string& namesp
 void readChildText(const xercesc::DOMElement* parent, std::u16string_view name,
                    std::u16string& text) {
   XercesHelper::getElementText(XercesHelper::getElement(parent, name), text);
+}
+
+std::vector<std::u16string> readChildTexts(const xercesc::DOMElement* parent,
+                                           std::u16string_view name) {
+  std::vector<std::u16string> texts;
+  for (const xercesc::DOMElement* element : XercesHelper::getElements(parent, name)) {
+    std::u16string text;
+    if (XercesHelper::getElementText(element, text)) texts.push_back(text);
+  }
+  return texts;
 }
 
 }  // namespace addon::packaging

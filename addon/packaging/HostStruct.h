@@ -115,6 +115,15 @@ class ElementLoop {
   const kxArray* element_ = nullptr;
 };
 
+/// A list of records, each constructed from the array and the index of its element.
+template <typename Record>
+std::vector<Record> readElements(const kxArray* array) {
+  std::vector<Record> records;
+  const std::size_t count = kxGetNumberOfElements(array);
+  for (std::size_t i = 0; i < count; ++i) records.emplace_back(array, i);
+  return records;
+}
+
 /// A nested list of records, each constructed from an element of its own. `array` may be null.
 template <typename Record>
 std::vector<Record> readRecords(const kxArray* array) {

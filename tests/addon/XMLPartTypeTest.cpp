@@ -6,35 +6,19 @@
 #include <memory>
 #include <vector>
 
-#include "addon/packaging/AddonLicense.h"
-#include "addon/packaging/AddonProperties.h"
 #include "fl/i18n/codecvt.h"
+#include "tests/addon/DocumentTypes.h"
 #include "tests/addon/DocumentXml.h"
 
 using addon::packaging::AddonLicense;
-using addon::packaging::AddonProperties;
 using addon::packaging::XMLPartType;
 using opc::model::InvalidXMLDocument;
 
 namespace {
 
-struct DocumentType {
-  const char* name;
-  std::unique_ptr<XMLPartType> (*create)();
-  const char* root;
-};
-
-template <typename Document>
-std::unique_ptr<XMLPartType> create() {
-  return std::make_unique<Document>();
-}
-
-class EveryDocument : public testing::TestWithParam<DocumentType> {};
-INSTANTIATE_TEST_SUITE_P(Types, EveryDocument,
-                         testing::Values(DocumentType{"License", create<AddonLicense>, "license"},
-                                         DocumentType{"Properties", create<AddonProperties>,
-                                                      "addonProperties"}),
-                         [](const auto& test) { return test.param.name; });
+class EveryDocument : public testing::TestWithParam<test::DocumentType> {};
+INSTANTIATE_TEST_SUITE_P(Types, EveryDocument, testing::ValuesIn(test::kDocumentTypes),
+                         test::nameOfDocumentType);
 
 TEST_P(EveryDocument, WhenEmptyIsAStandaloneDocumentOfItsRootInItsNamespace) {
   const auto document = GetParam().create();

@@ -58,14 +58,14 @@ inline std::string describeElement(const kxArray* structure, std::size_t index) 
   std::string text = "(";
   for (std::size_t i = 0; i < kxGetNumberOfFields(structure); ++i) {
     const char* name = kxGetFieldName(structure, i);
-    text += std::string(i == 0 ? "" : " ") + name + "=" +
-            describe(kxGetField(structure, index, name));
+    text +=
+        std::string(i == 0 ? "" : " ") + name + "=" + describe(kxGetField(structure, index, name));
   }
   return text + ")";
 }
 
-/// Texts as 'text', cells as {1x2 'a' 'b'}, structs as [1x1 (name='a' files=-)] with a dash for what
-/// is unset; a struct without elements lists its fields, as [1x0 name files].
+/// Texts as 'text', cells as {1x2 'a' 'b'}, structs as [1x1 (name='a' files=-)] with a dash for
+/// what is unset; a struct without elements lists its fields, as [1x0 name files].
 inline std::string describe(const kxArray* array) {
   if (array == nullptr) return "-";
   if (kxIsChar(array)) return "'" + opc::toUtf8(matrix::get_ustring(array)) + "'";

@@ -95,9 +95,12 @@ void MemoryPhysicalPackage::open(OpenMode mode) {
 
 void MemoryPhysicalPackage::close(bool discard) {
   if (!isOpen_) return;
-  if (!discard && changed_) commit();
+  const bool commits = !discard && changed_;
+  if (commits) commit();
   isOpen_ = false;
   items_.clear();
+  if (!commits || !std::exchange(failsFlush_, false)) return;
+  throw Exception(ErrorCode::FileSystem, "cannot flush the folder of 'memory.kraddon'");
 }
 
 void MemoryPhysicalPackage::commit() {

@@ -43,6 +43,8 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   /// Names of the items whose bytes were asked for, in order, since the package was made.
   const std::vector<std::string>& itemsRead() const { return itemsRead_; }
   void failCommits(unsigned count) { commitsToFail_ = count; }
+  /// The next commit puts the new package in place, closes, and throws all the same.
+  void failNextFlush() { failsFlush_ = true; }
   /// Of an item that was added.
   opc::interfaces::CompressionType compressionOf(opc::interfaces::ItemIndex item) const;
 
@@ -84,6 +86,7 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   std::vector<std::string> itemsRead_;
   opc::interfaces::OpenMode mode_ = opc::interfaces::OpenMode::Read;
   unsigned commitsToFail_ = 0;
+  bool failsFlush_ = false;
   bool isOpen_ = false;
   bool changed_ = false;
 };

@@ -46,8 +46,9 @@ def relationships(package, wanted):
 def content_type(package, item):
     root = ET.fromstring(read(package, "[Content_Types].xml"))
     by_part = {e.get("PartName"): e.get("ContentType") for e in root.iter(TYPES + "Override")}
-    by_extension = {e.get("Extension"): e.get("ContentType") for e in root.iter(TYPES + "Default")}
-    extension = item.rpartition(".")[2]
+    by_extension = {e.get("Extension").lower(): e.get("ContentType")
+                    for e in root.iter(TYPES + "Default")}
+    extension = item.rpartition(".")[2].lower()
     sys.stdout.write(by_part.get("/" + item, by_extension.get(extension, "")))
 
 
