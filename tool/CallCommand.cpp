@@ -15,6 +15,7 @@
 #include "tool/HostJson.h"
 #include "tool/Interrupt.h"
 #include "tool/Output.h"
+#include "tool/PackageLock.h"
 #include "tool/ReadFile.h"
 #include "tool/TreeWalk.h"
 
@@ -83,6 +84,12 @@ std::string pathOf(const std::vector<HostArrayPointer>& arguments) {
   return opc::toUtf8ForDisplay({kxGetConstChars(path), kxGetNumberOfElements(path)});
 }
 
+/// Whether the gateway writes to the package itself.
+bool changesPackage(std::size_t slot) {
+  const Gateway& gateway = gatewayAt(slot);
+  return gateway.outputs == 0 && gateway.name != "addonExtractAllFiles";
+}
+
 void printArray(const kxArray* array) {
   std::string text;
   JsonWriter writer(text, JsonWriter::Layout::Compact);
@@ -106,10 +113,12 @@ ExitCode call(const Invocation& invocation) {
   for (std::size_t i = 1; i < words.size(); ++i) arguments.push_back(toArgument(i, words[i]));
   const HostFunctionTable& table = loadFunctionTable(invocation.valueOr("library", ""));
 
-  const std::string package = pathOf(arguments);
-  const auto before = identityOf(package);
   // A gateway knows nothing of signals, and one that killed it would leave half a file behind.
   Interrupt::deferAndStopWriting();
+  const std::string package = pathOf(arguments);
+  std::optional<PackageLock> lock;
+  if (changesPackage(slot)) lock.emplace(package);
+  const auto before = identityOf(package);
   const HostArrayPointer result = callGateway(table.entryPoints[slot], outputs, arguments);
   const bool isReplaced = identityOf(package) != before;
   if (!isReplaced) Interrupt::check();

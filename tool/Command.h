@@ -45,9 +45,12 @@ extern const CommandSpec kGetCommand;
 extern const CommandSpec kHelpCommand;
 extern const CommandSpec kInfoCommand;
 extern const CommandSpec kListCommand;
+extern const CommandSpec kScreenshotCommand;
 extern const CommandSpec kSetCommand;
 
-// Options that several commands share, said once.
+// Operands and options that several commands share, said once.
+inline constexpr OperandSpec kDocumentOperand{
+    "DOCUMENT", "properties, license, configuration, apps, examples, revisions or requirements"};
 inline constexpr OptionSpec kJsonOption{"json", 0, "", "print one JSON value"};
 inline constexpr OptionSpec kGlobOption{"glob", 0, "", "take each PATH as a pattern"};
 inline constexpr OptionSpec kTimestampOption{"timestamp", 0, "SECONDS",

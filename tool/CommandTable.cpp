@@ -9,9 +9,9 @@
 namespace tool {
 
 std::span<const CommandSpec* const> commands() {
-  static constexpr std::array<const CommandSpec*, 8> kCommands{
-      &kCreateCommand, &kInfoCommand, &kListCommand, &kExtractCommand,
-      &kGetCommand,    &kSetCommand,  &kCallCommand, &kHelpCommand};
+  static constexpr std::array<const CommandSpec*, 9> kCommands{
+      &kCreateCommand, &kInfoCommand,       &kListCommand, &kExtractCommand, &kGetCommand,
+      &kSetCommand,    &kScreenshotCommand, &kCallCommand, &kHelpCommand};
   return kCommands;
 }
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 
 #include "addon/packaging/AddonProperties.h"
 #include "opc/Text.h"
@@ -82,6 +85,9 @@ void checkTarget(const std::string& path, bool isForced) {
   if (!isForced) {
     throw Failure(sentence("cannot create", path, "it exists already"), "--force replaces it");
   }
+  if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
+    throw systemFailure("cannot replace", path, errno);
+  }
 }
 
 PatternList excludesOf(const Invocation& invocation, const std::string& folder) {
@@ -131,6 +137,9 @@ void setTimes(AddonPackage& package, std::int64_t seconds) {
 
 ExitCode run(const Invocation& invocation) {
   const auto& operands = invocation.operands();
+  if (invocation.valueOr("name", "").empty()) {
+    throw UsageError(sentence("bad value of --name", "", "an add-on needs a name"));
+  }
   const bool isForced = invocation.has("force");
   auto options = writeOptionsOf(invocation);
   AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());

@@ -24,15 +24,15 @@ std::string hashOfPart(AddonPackage& package, const std::string& partName) {
 
 void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
   for (const PresentDocument& document : presentDocuments(package)) {
-    // The properties are spread over several parts; below they count as one value.
-    if (document.name == "properties") continue;
     lines.emplace_back(document.partName, hashOfPart(package, document.partName));
   }
   const std::string screenshot = screenshotPart(package);
   if (!screenshot.empty()) lines.emplace_back(screenshot, hashOfPart(package, screenshot));
-  const HostArrayPointer properties = findDocument("properties").load(package);
+  // Their part holds but some of the properties: as a whole they count as one value.
+  const DocumentKind& kind = findDocument("properties");
+  const HostArrayPointer properties = kind.load(package);
   lines.emplace_back("/properties",
-                     sha256Of(toJson(properties.get(), JsonWriter::Layout::Compact)));
+                     sha256Of(toJson(kind.shape, properties.get(), JsonWriter::Layout::Compact)));
 }
 
 void addFiles(AddonPackage& package, const std::vector<Item>& items,

@@ -3,10 +3,15 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
+#include <type_traits>
 
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonConfiguration.h"
+#include "addon/packaging/AddonExamples.h"
+#include "addon/packaging/AddonRevisionHistory.h"
+#include "addon/packaging/AddonSystemRequirements.h"
+#include "hostarray/standin/testing.h"
 #include "opc/Text.h"
 #include "opc/plservices/SchemaRoot.h"
 #include "tool/Errors.h"
@@ -16,61 +21,99 @@ namespace tool {
 
 namespace {
 
+using addon::packaging::AddonAppInstallList;
+using addon::packaging::AddonConfiguration;
+using addon::packaging::AddonExamples;
 using addon::packaging::AddonLicense;
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
+using addon::packaging::AddonRevisionHistory;
+using addon::packaging::AddonSystemRequirements;
 
-constexpr std::array<std::string_view, 10> kPropertyFields{
-    "type",    "name",       "version",       "KorvanRelease",
-    "summary", "authorName", "authorContact", "authorOrganization",
-    "GUID",    "description"};
-constexpr std::array<std::string_view, 2> kLicenseFields{"type", "text"};
+constexpr bool kOptional = false;  // of a FieldShape's isRequired
 
-HostArrayPointer loadProperties(AddonPackage& package) {
-  AddonProperties document;
-  package.getAddonProperties(document);
+constexpr std::array kPropertyFields{FieldShape{"type"},          FieldShape{"name"},
+                                     FieldShape{"version"},       FieldShape{"KorvanRelease"},
+                                     FieldShape{"summary"},       FieldShape{"authorName"},
+                                     FieldShape{"authorContact"}, FieldShape{"authorOrganization"},
+                                     FieldShape{"GUID"},          FieldShape{"description"}};
+
+constexpr std::array kLicenseFields{FieldShape{"type"}, FieldShape{"text"}};
+
+constexpr std::array kConfigurationFields{
+    FieldShape{"korvanPaths", FieldKind::Texts, kOptional},
+    FieldShape{"javaClassPaths", FieldKind::Texts, kOptional}};
+
+constexpr std::array kAppFields{FieldShape{"name"}, FieldShape{"guid"}, FieldShape{"relativePath"},
+                                FieldShape{"installByDefault", FieldKind::Flag}};
+
+constexpr std::array kExampleFields{
+    FieldShape{"name"}, FieldShape{"type"},      FieldShape{"source"},
+    FieldShape{"main"}, FieldShape{"thumbnail"}, FieldShape{"images", FieldKind::Texts, kOptional}};
+constexpr RecordShape kExample{kExampleFields};
+constexpr std::array kCategoryFields{
+    FieldShape{"name"}, FieldShape{"examples", FieldKind::Records, kOptional, &kExample}};
+
+constexpr std::array kRevisionFields{FieldShape{"date"}, FieldShape{"version"},
+                                     FieldShape{"description"}};
+
+constexpr std::array kProductFields{FieldShape{"name"}, FieldShape{"version"},
+                                    FieldShape{"identifier"}};
+constexpr RecordShape kProduct{kProductFields};
+constexpr std::array kRequirementFields{
+    FieldShape{"productDependency", FieldKind::Records, kOptional, &kProduct},
+    FieldShape{"supportPackageDependency", FieldKind::Records, kOptional, &kProduct}};
+
+template <typename Document>
+std::u16string relationshipType() {
+  return Document().relationshipType;
+}
+
+template <typename Document>
+HostArrayPointer load(AddonPackage& package) {
+  Document document;
+  if constexpr (std::is_same_v<Document, AddonProperties>) {
+    package.getAddonProperties(document);
+  } else {
+    package.getXMLPart(document);
+  }
   return HostArrayPointer(document.getStructArray());
 }
 
-void storeProperties(AddonPackage& package, const kxArray* array) {
-  AddonProperties document(array);
-  package.setAddonProperties(document);
+template <typename Document>
+void store(AddonPackage& package, const kxArray* array) {
+  // Reading nested records makes arrays that belong to the call.
+  const hostarray::standin::CallScope scope;
+  Document document(array);
+  if constexpr (std::is_same_v<Document, AddonProperties>) {
+    package.setAddonProperties(document);
+  } else {
+    package.addXMLPart(document);
+  }
 }
 
-HostArrayPointer loadLicense(AddonPackage& package) {
-  AddonLicense document;
-  package.getLicense(document);
-  return HostArrayPointer(document.getStructArray());
-}
-
-void storeLicense(AddonPackage& package, const kxArray* array) {
-  AddonLicense document(array);
-  package.setLicense(document);
+template <typename Document>
+constexpr DocumentKind describe(std::string_view name, bool isList,
+                                std::span<const FieldShape> fields) {
+  return {{name, isList, {fields}}, relationshipType<Document>, load<Document>, store<Document>};
 }
 
 constexpr std::array kDocuments{
-    DocumentKind{"properties", kPropertyFields, loadProperties, storeProperties},
-    DocumentKind{"license", kLicenseFields, loadLicense, storeLicense},
+    describe<AddonProperties>("properties", false, kPropertyFields),
+    describe<AddonLicense>("license", false, kLicenseFields),
+    describe<AddonConfiguration>("configuration", false, kConfigurationFields),
+    describe<AddonAppInstallList>("apps", true, kAppFields),
+    describe<AddonExamples>("examples", true, kCategoryFields),
+    describe<AddonRevisionHistory>("revisions", true, kRevisionFields),
+    describe<AddonSystemRequirements>("requirements", false, kRequirementFields),
 };
 
-struct RelationshipKind {
-  std::string_view document;
-  std::u16string_view type;  // below the schema root
-};
-
-constexpr std::array<RelationshipKind, 7> kRelationships{{{"properties", u"addonProperties"},
-                                                          {"license", u"license"},
-                                                          {"configuration", u"configuration"},
-                                                          {"apps", u"applications"},
-                                                          {"examples", u"examples"},
-                                                          {"revisions", u"revisionHistory"},
-                                                          {"requirements", u"systemRequirements"}}};
+constexpr std::u16string_view kScreenshotPath =
+    u"/korvan/addon/2014/relationships/primaryScreenShot";
 
 /// The part that the one relationship of that type leads to, or "".
-std::string findPart(AddonPackage& package, std::u16string_view type) {
-  std::u16string uri = opc::plservices::SchemaRoot + u"/korvan/addon/2014/relationships/";
-  uri += type;
-  const auto found = package.logicalPackage().getRelationshipsByType(uri);
+std::string findPart(AddonPackage& package, const std::u16string& type) {
+  const auto found = package.logicalPackage().getRelationshipsByType(type);
   const bool isOne =
       found.size() == 1 && found[0].getTargetMode() == opc::model::TargetMode::Internal;
   return isOne ? opc::toUtf8ForDisplay(found[0].getTargetURI().toString()) : std::string();
@@ -78,54 +121,31 @@ std::string findPart(AddonPackage& package, std::u16string_view type) {
 
 }  // namespace
 
+std::span<const DocumentKind> documentKinds() {
+  return kDocuments;
+}
+
 const DocumentKind& findDocument(std::string_view name) {
   std::vector<std::string_view> names;
   for (const DocumentKind& kind : kDocuments) {
-    if (kind.name == name) return kind;
-    names.push_back(kind.name);
+    if (kind.shape.name == name) return kind;
+    names.push_back(kind.shape.name);
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
   throw UsageError(sentence("unknown document", name, suggestion(name, names, all)));
 }
 
-void checkDocument(const DocumentKind& kind, const JsonValue& value) {
-  if (!value.is_object()) throw JsonError(fmt::format("{}: expected an object", kind.name));
-  for (const auto& [name, content] : value.get_ref<const JsonValue::object_t&>()) {
-    const bool isKnown =
-        std::find(kind.fields.begin(), kind.fields.end(), name) != kind.fields.end();
-    if (!isKnown) {
-      throw JsonError(fmt::format("{}.{}: unknown field, {}", kind.name, name,
-                                  suggestion(name, kind.fields, "there is none of that name")));
-    }
-    if (!content.is_string()) {
-      throw JsonError(fmt::format("{}.{}: expected a text", kind.name, name));
-    }
-  }
-  for (const std::string_view field : kind.fields) {
-    if (!value.contains(std::string(field))) {
-      throw JsonError(fmt::format("{}.{}: it is missing", kind.name, field));
-    }
-  }
-}
-
-std::string toJson(const kxArray* document, JsonWriter::Layout layout) {
-  std::string text;
-  JsonWriter writer(text, layout);
-  writeHostArray(document, writer);
-  return text;
-}
-
 std::vector<PresentDocument> presentDocuments(AddonPackage& package) {
   std::vector<PresentDocument> present;
-  for (const RelationshipKind& kind : kRelationships) {
-    std::string part = findPart(package, kind.type);
-    if (!part.empty()) present.push_back({kind.document, std::move(part)});
+  for (const DocumentKind& kind : kDocuments) {
+    std::string part = findPart(package, kind.relationshipType());
+    if (!part.empty()) present.push_back({kind.shape.name, std::move(part)});
   }
   return present;
 }
 
 std::string screenshotPart(AddonPackage& package) {
-  return findPart(package, u"primaryScreenShot");
+  return findPart(package, opc::plservices::SchemaRoot + std::u16string(kScreenshotPath));
 }
 
 }  // namespace tool

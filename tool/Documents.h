@@ -7,28 +7,25 @@
 #include <vector>
 
 #include "addon/packaging/AddonPackage.h"
-#include "tool/HostJson.h"
+#include "tool/DocumentShape.h"
 
 namespace tool {
 
-/// A metadata document as the command line sees it: JSON in, JSON out, the fields of its host
-/// struct in their order. All fields are texts.
+/// A metadata document as the command line sees it.
 struct DocumentKind {
-  std::string_view name;
-  std::span<const std::string_view> fields;
+  DocumentShape shape;
+  /// The relationship by which the package points at the document's part.
+  std::u16string (*relationshipType)();
+  /// The host struct array of what the package holds.
   HostArrayPointer (*load)(addon::packaging::AddonPackage& package);
   void (*store)(addon::packaging::AddonPackage& package, const kxArray* document);
 };
 
+/// All seven.
+std::span<const DocumentKind> documentKinds();
+
 /// Throws UsageError, with the nearest name, for an unknown document.
 const DocumentKind& findDocument(std::string_view name);
-
-/// Throws JsonError that names the first field that is unknown, missing or no text
-/// ("properties.name: expected a text").
-void checkDocument(const DocumentKind& kind, const JsonValue& value);
-
-/// The host struct of the document as one JSON value.
-std::string toJson(const kxArray* document, JsonWriter::Layout layout);
 
 /// A document that the package holds, found by its relationship.
 struct PresentDocument {

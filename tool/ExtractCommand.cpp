@@ -60,6 +60,11 @@ std::string destinationOf(const Invocation& invocation) {
     throw Failure(sentence("cannot tell where to write", package, "the name has no extension"),
                   "name a folder with -d");
   }
+  // Whoever named the file must not choose a folder outside this one.
+  if (name == "." || name == "..") {
+    throw Failure(sentence("cannot tell where to write", package, "its base name is no folder's"),
+                  "name a folder with -d");
+  }
   return name;
 }
 

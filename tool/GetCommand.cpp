@@ -10,8 +10,7 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"},
-                               OperandSpec{"DOCUMENT", "properties or license"}};
+constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"}, kDocumentOperand};
 
 constexpr std::array kOptions{
     OptionSpec{"output", 'o', "FILE", "write to FILE (default: standard output)"}};
@@ -23,7 +22,7 @@ ExitCode run(const Invocation& invocation) {
   const std::unique_ptr<AddonPackage> package = openForReading(path);
   const HostArrayPointer document = kind.load(*package);
 
-  const std::string text = toJson(document.get(), JsonWriter::Layout::Indented) + "\n";
+  const std::string text = toJson(kind.shape, document.get(), JsonWriter::Layout::Indented) + "\n";
   writeOutputFile(invocation.valueOr("output", "-"), text, path);
   return ExitCode::Done;
 }
@@ -33,8 +32,10 @@ ExitCode run(const Invocation& invocation) {
 constexpr CommandSpec kGetCommand{
     "get",
     "prints one document as JSON",
-    "The JSON is the host struct of the document. A document that the package does\n"
-    "not hold is printed with empty values, as the host reads it.",
+    "The JSON is the host struct of the document: an array for apps, examples and\n"
+    "revisions, an object for the others; flags are the texts \"true\" and \"false\",\n"
+    "unset fields null. A document that the package does not hold is printed with\n"
+    "empty values, as the host reads it.",
     kOperands,
     kOptions,
     run};

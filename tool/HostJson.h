@@ -28,7 +28,4 @@ HostArrayPointer toHostArray(const JsonValue& value);
 /// not null. Throws JsonError for arrays more than kMaxJsonDepth deep in each other.
 void writeHostArray(const kxArray* array, JsonWriter& writer);
 
-/// The same for a struct array whose length is part of its meaning: always an array.
-void writeHostList(const kxArray* array, JsonWriter& writer);
-
 }  // namespace tool

@@ -190,8 +190,4 @@ void writeHostArray(const kxArray* array, JsonWriter& writer) {
   Writer(writer).write(array);
 }
 
-void writeHostList(const kxArray* array, JsonWriter& writer) {
-  Writer(writer).writeList(array);
-}
-
 }  // namespace tool

@@ -11,7 +11,9 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+// Whatever asks a program to end and can be caught.
+constexpr std::array kSignals{SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGXCPU,
+                              SIGALRM, SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF};
 
 volatile std::sig_atomic_t received = 0;
 bool isTooLate = false;
@@ -49,11 +51,12 @@ extern "C" void noteSignalAndStopWriting(int signal) {
 }  // namespace
 
 void Interrupt::defer() {
+  setHandler(SIGXFSZ, SIG_IGN);  // a write beyond the limit is to fail, not to kill
   catchAll(noteSignal);
 }
 
 void Interrupt::deferAndStopWriting() {
-  setHandler(SIGXFSZ, SIG_IGN);  // a write beyond the limit is to fail, not to kill
+  setHandler(SIGXFSZ, SIG_IGN);
   catchAll(noteSignalAndStopWriting);
 }
 

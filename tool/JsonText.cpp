@@ -37,7 +37,7 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
 
   bool key(string_t& name) override {
     if (!levels_.back().names.insert(name).second) {
-      return refuse(fmt::format("the member '{}' is there twice", name));
+      return refuse(fmt::format("{}.{}: it is there twice", place(), name));
     }
     levels_.back().key = std::move(name);
     return true;
@@ -60,12 +60,25 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
     std::string key = {};
   };
 
+  /// Of the object that is being read: ".a[2]", or "" for the outermost.
+  std::string place() const {
+    std::string text;
+    for (std::size_t i = 0; i + 1 < levels_.size(); ++i) {
+      const JsonValue& value = *levels_[i].value;
+      // What is being read is always the last one of what encloses it.
+      text += value.is_array()
+                  ? fmt::format("[{}]", value.size() - 1)
+                  : fmt::format(".{}", value.get_ref<const JsonValue::object_t&>().back().first);
+    }
+    return text;
+  }
+
   bool refuse(std::string why) {
     error_ = std::move(why);
     return false;
   }
 
-  JsonValue* place(JsonValue value) {
+  JsonValue* insert(JsonValue value) {
     if (levels_.empty()) {
       root_ = std::move(value);
       return &root_;
@@ -82,7 +95,7 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
   }
 
   bool add(JsonValue value) {
-    place(std::move(value));
+    insert(std::move(value));
     return true;
   }
 
@@ -90,7 +103,7 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
     if (levels_.size() == kMaxJsonDepth) {
       return refuse(fmt::format("it is more than {} levels deep", kMaxJsonDepth));
     }
-    levels_.push_back({place(std::move(value))});
+    levels_.push_back({insert(std::move(value))});
     return true;
   }
 

@@ -20,8 +20,8 @@ class JsonError : public std::runtime_error {
 inline constexpr std::size_t kMaxJsonDepth = 256;
 
 /// The one JSON value that `text` is, members in the order written. Throws JsonError for anything
-/// else, for a member given twice, for values too deep in each other and for a number beyond what a
-/// double holds.
+/// else, for a member given twice (".a[2].b: it is there twice"), for values too deep in each other
+/// and for a number beyond what a double holds.
 JsonValue parseJson(std::string_view text);
 
 /// The same, but nothing for text that is no JSON at all.

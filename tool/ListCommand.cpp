@@ -196,13 +196,22 @@ void warnOfUnreadable(AddonPackage& package, const Settings& settings) {
   for (const std::string& line : package.fileSystem().unreadable()) printWarning("list", line);
 }
 
-ExitCode run(const Invocation& invocation) {
-  checkOptions(invocation);
+/// Whether only paths are asked for, of everything: then nothing is gathered.
+bool isPlain(const Invocation& invocation) {
+  constexpr std::array kGathering{"long", "tree", "hash", "all", "json"};
+  return invocation.operands().size() == 1 &&
+         std::none_of(kGathering.begin(), kGathering.end(),
+                      [&](const char* option) { return invocation.has(option); });
+}
 
-  const std::unique_ptr<AddonPackage> package = openForReading(invocation.operands()[0]);
-  const std::vector<Row> rows = readRows(*package, invocation);
+void printPaths(AddonPackage& package, bool hasNull, Output& output) {
+  package.fileSystem().visitFiles([&](std::string_view path, const auto&) {
+    output.write(hasNull || !output.isTerminal() ? path : output.shown(path));
+    output.write(hasNull ? std::string_view("\0", 1) : std::string_view("\n"));
+  });
+}
 
-  Output output;
+void printRows(const std::vector<Row>& rows, const Invocation& invocation, Output& output) {
   if (invocation.has("json")) {
     Totals totals;
     for (const Row& row : rows) totals.add(row.item);
@@ -211,6 +220,18 @@ ExitCode run(const Invocation& invocation) {
     printTree(rows, wantsColor(invocation.settings(), output), output);
   } else {
     TextPrinter(invocation, output).print(rows);
+  }
+}
+
+ExitCode run(const Invocation& invocation) {
+  checkOptions(invocation);
+
+  const std::unique_ptr<AddonPackage> package = openForReading(invocation.operands()[0]);
+  Output output;
+  if (isPlain(invocation)) {
+    printPaths(*package, invocation.has("null"), output);
+  } else {
+    printRows(readRows(*package, invocation), invocation, output);
   }
   output.flush();
   warnOfUnreadable(*package, invocation.settings());

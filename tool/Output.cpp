@@ -9,6 +9,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 #include "opc/FileDescriptor.h"
 #include "opc/Text.h"
@@ -65,19 +67,18 @@ mode_t newFileMode() {
   return 0666 & ~mask;
 }
 
-void writeTo(int descriptor, const std::string& name, std::string_view content) {
+void writeTo(int descriptor, const std::string& name, const Content& content) {
   Output output(descriptor, name);
-  output.write(content);
+  content(output);
   output.flush();
 }
 
 /// What a link stands for, so that the file behind it is replaced and not the link.
 std::string behindLinks(const std::string& path) {
-  char* resolved = ::realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) throw systemFailure("cannot write", path, errno);
-  std::string result(resolved);
-  ::free(resolved);
-  return result;
+  std::error_code error;
+  const std::filesystem::path resolved = std::filesystem::canonical(path, error);
+  if (error) throw systemFailure("cannot write", path, error.value());
+  return resolved.string();
 }
 
 }  // namespace
@@ -125,6 +126,11 @@ std::string Output::shown(std::string_view name) const {
 
 void writeOutputFile(const std::string& path, std::string_view content,
                      const std::string& package) {
+  writeOutputFile(
+      path, [&](Output& output) { output.write(content); }, package);
+}
+
+void writeOutputFile(const std::string& path, const Content& content, const std::string& package) {
   if (path == "-") {
     writeTo(STDOUT_FILENO, "standard output", content);
     return;
@@ -142,9 +148,11 @@ void writeOutputFile(const std::string& path, std::string_view content,
     writeTo(file.get(), path, content);
     return;
   }
+  Interrupt::defer();
   SideFile file(exists ? behindLinks(path) : path,
                 exists ? existing.st_mode & 07777 : newFileMode());
   writeTo(file.descriptor(), path, content);
+  Interrupt::check();
   file.putInPlace();
 }
 

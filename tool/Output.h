@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -39,8 +40,12 @@ class Output {
   std::string buffer_;
 };
 
+/// Writes all that there is to write.
+using Content = std::function<void(Output&)>;
+
 /// Puts `content` into the file at `path` ("-" is standard output). A regular file is replaced in
 /// one step, or stays as it was. Throws Failure; `package` is a file that must not be replaced.
+void writeOutputFile(const std::string& path, const Content& content, const std::string& package);
 void writeOutputFile(const std::string& path, std::string_view content, const std::string& package);
 
 /// Whether results are to be coloured.

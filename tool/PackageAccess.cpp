@@ -5,11 +5,14 @@
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <cstdlib>
+#include <utility>
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
+#include "tool/PackageLock.h"
+#include "tool/Progress.h"
 
 namespace tool {
 
@@ -65,6 +68,18 @@ opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation) {
 
 void checkWriteOptions(const Invocation& invocation) {
   writeOptionsOf(invocation);
+}
+
+void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
+                   const Settings& settings, const std::function<void(AddonPackage&)>& change) {
+  Interrupt::defer();
+  const PackageLock lock(path);
+  const std::unique_ptr<AddonPackage> package = openForChanging(path);
+  change(*package);
+  ProgressBar bar(settings);
+  options.progress = bar.function();
+  package->physicalPackage().setWriteOptions(std::move(options));
+  commit(*package);
 }
 
 void commit(AddonPackage& package) {

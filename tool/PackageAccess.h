@@ -3,6 +3,7 @@
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,11 @@ std::optional<std::int64_t> timestampOf(const Invocation& invocation);
 
 /// How to write, as --timestamp and --level say.
 opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation);
+
+/// A whole command that changes the package at `path`: waits its turn, opens it, lets `change` work
+/// on it and commits, with a progress bar. Whatever fails, the package stays as it was.
+void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
+                   const Settings& settings, const std::function<void(AddonPackage&)>& change);
 
 /// Commits, and then is deaf to interrupts: the new package is in place.
 void commit(AddonPackage& package);

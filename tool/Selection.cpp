@@ -11,6 +11,10 @@ namespace tool {
 
 namespace {
 
+Failure isEmpty() {
+  return Failure(sentence("cannot find", "", "the path is empty"), "'/' stands for everything");
+}
+
 Failure namesNothing(const std::string& operand) {
   return Failure(sentence("cannot find", operand, "the package holds nothing of that name"));
 }
@@ -35,7 +39,11 @@ void visitLevels(std::string_view path, bool isFolder, Visit visit) {
 class LiteralPaths {
  public:
   explicit LiteralPaths(const std::vector<std::string>& operands) : operands_(operands) {
-    for (const std::string& operand : operands) isUsed_.emplace(trimSlashes(operand), false);
+    for (const std::string& operand : operands) {
+      // An unset variable of a script must not stand for everything.
+      if (operand.empty()) throw isEmpty();
+      isUsed_.emplace(trimSlashes(operand), false);
+    }
   }
 
   bool chooses(const Item& item) {

@@ -11,10 +11,7 @@
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
 #include "tool/Errors.h"
-#include "tool/Interrupt.h"
 #include "tool/PackageAccess.h"
-#include "tool/PackageLock.h"
-#include "tool/Progress.h"
 #include "tool/ReadFile.h"
 #include "tool/Suggest.h"
 
@@ -23,7 +20,7 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"}, OperandSpec{"DOCUMENT", "properties or license"},
+    OperandSpec{"PACKAGE", "the package"}, kDocumentOperand,
     OperandSpec{"VALUE", "FILE.json, - for standard input, or FIELD=VALUE...", true, true}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
@@ -33,10 +30,8 @@ constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 /// Texts by field.
 using Fields = std::map<std::string, std::string>;
 
-/// Fields that an update of the properties does not write.
-bool isFixed(const DocumentKind& kind, std::string_view field) {
-  return kind.name == "properties" && (field == "type" || field == "KorvanRelease");
-}
+/// What an update of the properties does not write.
+constexpr std::array<std::string_view, 2> kFixedProperties{"type", "KorvanRelease"};
 
 bool isAssignment(std::string_view word) {
   const std::size_t equals = word.find('=');
@@ -48,88 +43,112 @@ bool isAssignment(std::string_view word) {
          });
 }
 
-std::pair<std::string, std::string> parseAssignment(const DocumentKind& kind,
+std::pair<std::string, std::string> parseAssignment(const DocumentShape& shape,
                                                     const std::string& word) {
   const std::size_t equals = word.find('=');
   std::string field = word.substr(0, equals);
   std::string value = word.substr(equals + 1);
-  if (std::find(kind.fields.begin(), kind.fields.end(), field) == kind.fields.end()) {
-    const std::string all = fmt::format("the fields are {}", fmt::join(kind.fields, ", "));
-    throw UsageError(sentence("unknown field", fmt::format("{}.{}", kind.name, field),
-                              suggestion(field, kind.fields, all)));
+  const std::vector<std::string_view> known = shape.fieldNames();
+  if (std::find(known.begin(), known.end(), field) == known.end()) {
+    const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
+    throw UsageError(sentence("unknown field", fmt::format("{}.{}", shape.name, field),
+                              suggestion(field, known, all)));
   }
   if (!opc::isUtf8(value)) {
     throw Failure(
-        sentence("bad value of", fmt::format("{}.{}", kind.name, field), "it is not UTF-8"));
+        sentence("bad value of", fmt::format("{}.{}", shape.name, field), "it is not UTF-8"));
   }
   return {std::move(field), std::move(value)};
 }
 
-Fields parseAssignments(const DocumentKind& kind, const std::vector<std::string>& words) {
+Fields parseAssignments(const DocumentShape& shape, const std::vector<std::string>& words) {
   Fields fields;
   for (const std::string& word : words) {
     if (!isAssignment(word)) {
       throw UsageError(sentence("bad value", word, "expected FIELD=VALUE"));
     }
-    auto [field, value] = parseAssignment(kind, word);
+    auto [field, value] = parseAssignment(shape, word);
     if (!fields.emplace(field, std::move(value)).second) {
       throw UsageError(
-          sentence("repeated field", fmt::format("{}.{}", kind.name, field), "it is given twice"));
+          sentence("repeated field", fmt::format("{}.{}", shape.name, field), "it is given twice"));
     }
   }
   return fields;
 }
 
-Fields readFile(const DocumentKind& kind, const std::string& file) {
+/// What went wrong in JSON text, led by the document's name where it only tells a place.
+std::string explain(const DocumentKind& kind, std::string_view why) {
+  const bool isPlace = why.starts_with('.') || why.starts_with('[');
+  return fmt::format("{}{}", isPlace ? kind.shape.name : std::string_view(), why);
+}
+
+HostArrayPointer readFile(const DocumentKind& kind, const std::string& file) {
   const std::string text = readWholeFile(file, kLargestFile);
-  Fields fields;
   try {
     const JsonValue value = parseJson(text);
-    checkDocument(kind, value);
-    for (const auto& [name, content] : value.get_ref<const JsonValue::object_t&>()) {
-      fields.emplace(name, content.get<std::string>());
-    }
+    checkDocument(kind.shape, value);
+    return toHostDocument(kind.shape, value);
   } catch (const JsonError& error) {
-    throw Failure(sentence("bad document", file == "-" ? "standard input" : file, error.what()));
+    throw Failure(sentence("bad document", file == "-" ? "standard input" : file,
+                           explain(kind, error.what())));
   }
-  return fields;
 }
 
-/// Puts the texts into the host struct. Throws Failure for a change that would be lost.
-void apply(const DocumentKind& kind, const Fields& fields, kxArray* document) {
-  for (const auto& [field, value] : fields) {
-    const std::u16string text = opc::fromUtf8(value);
-    const kxArray* stored = kxGetField(document, 0, field.c_str());
-    const std::u16string_view old(kxGetConstChars(stored), kxGetNumberOfElements(stored));
-    if (old == text) continue;
-    if (isFixed(kind, field)) {
-      throw Failure(sentence(
-          "cannot change", fmt::format("{}.{}", kind.name, field),
-          fmt::format("it is '{}' for as long as the package lives", opc::toUtf8ForDisplay(old))));
-    }
-    kxSetField(document, 0, field.c_str(), toHostText(text).release());
+std::u16string_view textOf(const kxArray* document, std::string_view field) {
+  const kxArray* text = kxGetField(document, 0, field.data());
+  return {kxGetConstChars(text), kxGetNumberOfElements(text)};
+}
+
+/// Throws Failure for a change that would be lost.
+void checkFixed(const kxArray* stored, const kxArray* changed) {
+  for (const std::string_view field : kFixedProperties) {
+    const std::u16string_view old = textOf(stored, field);
+    if (textOf(changed, field) == old) continue;
+    throw Failure(sentence(
+        "cannot change", fmt::format("properties.{}", field),
+        fmt::format("it is '{}' for as long as the package lives", opc::toUtf8ForDisplay(old))));
   }
+}
+
+/// Stores `document`, or what the package holds with `fields` put in.
+void change(const DocumentKind& kind, HostArrayPointer document, const Fields& fields,
+            AddonPackage& package) {
+  if (!document) document = kind.load(package);
+  for (const auto& [field, value] : fields) {
+    kxSetField(document.get(), 0, field.c_str(), toHostText(opc::fromUtf8(value)).release());
+  }
+  if (kind.shape.name == "properties") checkFixed(kind.load(package).get(), document.get());
+  kind.store(package, document.get());
+}
+
+/// Whether the words after the document are the name of one file. Throws UsageError where they are
+/// not and have to be.
+bool isFile(const DocumentKind& kind, const std::vector<std::string>& words) {
+  const bool isAlone = words.size() == 3;
+  const bool isFirstField = isAssignment(words[2]);
+  if (isAlone && !isFirstField) return true;
+  if (!kind.shape.isFlat()) {
+    throw UsageError(
+        sentence("bad value", isFirstField ? words[2] : words[3],
+                 fmt::format("{} takes one FILE.json, or - for standard input", kind.shape.name)));
+  }
+  return false;
 }
 
 ExitCode run(const Invocation& invocation) {
   const std::vector<std::string>& words = invocation.operands();
   const DocumentKind& kind = findDocument(words[1]);
-  const bool isFile = words.size() == 3 && !isAssignment(words[2]);
   auto options = writeOptionsOf(invocation);
-  const Fields fields =
-      isFile ? readFile(kind, words[2]) : parseAssignments(kind, {words.begin() + 2, words.end()});
+  HostArrayPointer document;
+  Fields fields;
+  if (isFile(kind, words)) {
+    document = readFile(kind, words[2]);
+  } else {
+    fields = parseAssignments(kind.shape, {words.begin() + 2, words.end()});
+  }
 
-  Interrupt::defer();
-  const PackageLock lock(words[0]);
-  const std::unique_ptr<AddonPackage> package = openForChanging(words[0]);
-  const HostArrayPointer document = kind.load(*package);
-  apply(kind, fields, document.get());
-  kind.store(*package, document.get());
-
-  ProgressBar bar(invocation.settings());
-  options.progress = bar.function();
-  package->physicalPackage().setWriteOptions(std::move(options));
-  commit(*package);
+  changePackage(words[0], std::move(options), invocation.settings(),
+                [&](AddonPackage& package) { change(kind, std::move(document), fields, package); });
   return ExitCode::Done;
 }
 
@@ -138,7 +157,10 @@ ExitCode run(const Invocation& invocation) {
 constexpr CommandSpec kSetCommand{
     "set",
     "stores one document, or changes some of its fields",
-    "FILE.json is what 'get' prints. FIELD=VALUE changes just that field.",
+    "FILE.json is what 'get' prints. FIELD=VALUE changes just that field, of the\n"
+    "properties or the license. In a file every field has to be there, but for lists\n"
+    "of texts and lists within a record, which are empty when they are null or\n"
+    "missing.",
     kOperands,
     kOptions,
     run};

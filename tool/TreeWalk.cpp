@@ -8,8 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "opc/FileDescriptor.h"
 #include "opc/Text.h"
@@ -39,12 +40,10 @@ FileIdentity identity(const struct stat& info) {
   return {info.st_dev, info.st_ino};
 }
 
+/// Without links; "" when there is nothing.
 std::string realPath(const std::string& path) {
-  char* resolved = ::realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return {};
-  std::string result(resolved);
-  ::free(resolved);
-  return result;
+  std::error_code ignored;
+  return std::filesystem::canonical(path, ignored).string();
 }
 
 class TreeWalk {
@@ -76,6 +75,11 @@ class TreeWalk {
     std::size_t parent;  // index in folders_
     bool isFolder;
     bool isLink;
+  };
+  /// What a folder says of an entry.
+  struct Listed {
+    std::string name;
+    unsigned char type;  // DT_REG and so on
   };
   /// A folder that was read, for the way up from those below it.
   struct Folder {
@@ -112,32 +116,37 @@ class TreeWalk {
   void addEntries(const std::string& path, DIR& directory) {
     const std::size_t self = folders_.size() - 1;
     const std::size_t first = pending_.size();
-    bool isEmpty = true;
+    const std::vector<Listed> entries = sortedEntries(path, directory);
+    for (const Listed& entry : entries) addEntry(path, entry, ::dirfd(&directory), self);
+    if (entries.empty() && !path.empty()) result_.push_back({path, true});
+    // The last one is taken first.
+    std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(first), pending_.end());
+  }
+
+  /// In the order of the file tree, so that nothing that is said or written depends on that of the
+  /// disk.
+  std::vector<Listed> sortedEntries(const std::string& path, DIR& directory) const {
+    std::vector<Listed> entries;
     while (true) {
       errno = 0;
       const dirent* entry = ::readdir(&directory);
       if (entry == nullptr) break;
       const std::string_view name = entry->d_name;
-      if (name == "." || name == "..") continue;
-      isEmpty = false;
-      addEntry(path, name, *entry, ::dirfd(&directory), self);
+      if (name != "." && name != "..") entries.push_back({std::string(name), entry->d_type});
     }
     if (errno != 0) throw systemFailure("cannot read the folder", onDisk(path), errno);
-    if (isEmpty && !path.empty()) result_.push_back({path, true});
-    // The last one is taken first.
-    std::sort(pending_.begin() + static_cast<std::ptrdiff_t>(first), pending_.end(),
-              [](const Pending& a, const Pending& b) {
-                return opc::compareByCodeUnits(a.path, b.path) > 0;
-              });
+    std::sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) {
+      return opc::compareByCodeUnits(a.name, b.name) < 0;
+    });
+    return entries;
   }
 
-  void addEntry(const std::string& folder, std::string_view name, const dirent& entry,
-                int descriptor, std::size_t self) {
-    std::string path = folder.empty() ? std::string(name) : folder + "/" + std::string(name);
+  void addEntry(const std::string& folder, const Listed& entry, int descriptor, std::size_t self) {
+    std::string path = folder.empty() ? entry.name : folder + "/" + entry.name;
     const Kind kind = kindOf(entry, descriptor, path);
     const bool isLink = kind == Kind::Link;
     struct stat target {};
-    const bool hasTarget = isLink && ::fstatat(descriptor, entry.d_name, &target, 0) == 0;
+    const bool hasTarget = isLink && ::fstatat(descriptor, entry.name.c_str(), &target, 0) == 0;
     const int linkError = isLink && !hasTarget ? errno : 0;
     const Kind finalKind = hasTarget ? toKind(target.st_mode) : kind;
     if (options_.excludes.excludes(path, finalKind == Kind::Folder)) {
@@ -149,18 +158,18 @@ class TreeWalk {
     if (finalKind == Kind::Other) {
       throw Failure(sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
     }
-    if (!opc::isUtf8(name)) {
+    if (!opc::isUtf8(entry.name)) {
       throw Failure(sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
     }
     pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
   }
 
-  Kind kindOf(const dirent& entry, int descriptor, const std::string& path) const {
-    if (entry.d_type == DT_REG) return Kind::File;
-    if (entry.d_type == DT_DIR) return Kind::Folder;
-    if (entry.d_type == DT_LNK) return Kind::Link;
+  Kind kindOf(const Listed& entry, int descriptor, const std::string& path) const {
+    if (entry.type == DT_REG) return Kind::File;
+    if (entry.type == DT_DIR) return Kind::Folder;
+    if (entry.type == DT_LNK) return Kind::Link;
     struct stat info {};
-    if (::fstatat(descriptor, entry.d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
       throw systemFailure("cannot look at", onDisk(path), errno);
     }
     return toKind(info.st_mode);
@@ -177,12 +186,12 @@ class TreeWalk {
                   "--follow follows it");
   }
 
-  bool isLeftOut(const dirent& entry, const struct stat* target, int descriptor) const {
+  bool isLeftOut(const Listed& entry, const struct stat* target, int descriptor) const {
     if (!options_.leftOut) return false;
     if (target != nullptr) return identity(*target) == *options_.leftOut;
     // Not by d_ino: some file systems give another number there.
     struct stat info {};
-    return ::fstatat(descriptor, entry.d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+    return ::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
            identity(info) == *options_.leftOut;
   }
 

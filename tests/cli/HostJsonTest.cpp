@@ -202,16 +202,6 @@ INSTANTIATE_TEST_SUITE_P(
                 ".elements[0]: expected a number, or \"NaN\", \"Infinity\" or \"-Infinity\""}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(HostJson, ADocumentListIsAnArrayEvenOfOne) {
-  const HostArrayPointer array = read(R"({"a": "1"})");
-  std::string text;
-  tool::JsonWriter writer(text, tool::JsonWriter::Layout::Compact);
-
-  tool::writeHostList(array.get(), writer);
-
-  EXPECT_EQ(text, R"([{"a":"1"}])");
-}
-
 TEST(HostJson, LoneSurrogatesArePrintedAsEscapes) {
   const HostArrayPointer array = tool::toHostText(u"a\xD83C!");
 

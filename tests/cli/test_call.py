@@ -3,6 +3,7 @@
 
 import json
 import shutil
+import subprocess
 
 import kraddontest
 from kraddontest import KRADDON
@@ -78,7 +79,7 @@ class Call(kraddontest.CliTest):
         self.fails("call", "addonCreatePackage", "p", "null",
                    message="bad argument '2': null stands for an unset field of a struct only")
         self.fails("call", "addonCreatePackage", "p", '{"a": 1, "a": 2}',
-                   message="bad argument '2': the member 'a' is there twice")
+                   message="bad argument '2': .a: it is there twice")
         self.fails("call", "addonCreatePackage", "p", '{"x": [{"a": 1}, {"b": 1}]}',
                    message="bad argument '2': .x[1]: the field 'b' is not one of the first "
                            "element")
@@ -118,6 +119,15 @@ class Call(kraddontest.CliTest):
         value = '{"type":"MIT","text":"a\\nb"}'
         self.ok("call", "addonSetLicense", "p.kraddon", value)
         self.assertEqual(self.ok("call", "addonGetLicense", "p.kraddon").text, value + "\n")
+
+
+    def test_calls_that_change_one_package_wait_for_each_other(self):
+        self.create()
+        calls = [subprocess.Popen([KRADDON, "call", "addonAddFolders", "p.kraddon", f'["d{i}"]'],
+                                  cwd=self.folder, env=self.environment()) for i in range(12)]
+        self.assertEqual([call.wait(timeout=120) for call in calls], [0] * 12)
+        self.assertEqual(self.ok("call", "addonGetFileList", "p.kraddon").json,
+                         sorted(f"d{i}" for i in range(12)))
 
 
 if __name__ == "__main__":

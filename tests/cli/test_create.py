@@ -293,5 +293,20 @@ class Create(kraddontest.CliTest):
             self.assertEqual(result.out, b"")
 
 
+    def test_an_empty_name_is_no_name(self):
+        self.misused("create", "p.kraddon", "--name", "",
+                     message="bad value of --name '': an add-on needs a name")
+        self.assertFalse(self.path("p.kraddon").exists())
+
+    def test_what_is_left_out_is_told_in_the_order_of_the_tree(self):
+        names = [f"{number}.log" for number in (2, 5, 1, 7, 3, 9, 4, 8, 6)]
+        self.tree({name: "x" for name in names})
+        result = self.run_kraddon("create", "p.kraddon", "src", "--name", "x", "-v",
+                                  "--exclude", "*.log")
+
+        self.assertEqual(result.errors.splitlines(),
+                         [f"left out: {name}" for name in sorted(names)])
+
+
 if __name__ == "__main__":
     kraddontest.main()

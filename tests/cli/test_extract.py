@@ -150,5 +150,23 @@ class Extract(kraddontest.CliTest):
         self.assertEqual(self.found("-out"), self.expected(*FILES))
 
 
+    def test_the_name_of_the_package_cannot_choose_the_folder_above(self):
+        for name in ("...kraddon", "..kraddon"):
+            self.path("in").mkdir(exist_ok=True)
+            self.path("p.kraddon").rename(self.path("in") / name)
+            self.fails("extract", f"in/{name}",
+                       message=f"cannot tell where to write 'in/{name}': "
+                               "its base name is no folder's",
+                       hint="name a folder with -d")
+            self.path(f"in/{name}").rename(self.path("p.kraddon"))
+        self.assertFalse(self.path("a.m").exists())
+
+    def test_an_empty_path_is_not_everything(self):
+        self.fails("extract", "p.kraddon", "", "-d", "out",
+                   message="cannot find '': the path is empty",
+                   hint="'/' stands for everything")
+        self.assertFalse(self.path("out").exists())
+
+
 if __name__ == "__main__":
     kraddontest.main()

@@ -94,7 +94,7 @@ class GetSet(kraddontest.CliTest):
                        message=f"bad document 'd.json': {why}")
         self.write("d.json", '{"type": "a", "text": "b", "type": "c"}')
         self.fails("set", "missing.kraddon", "license", "d.json",
-                   message="bad document 'd.json': the member 'type' is there twice")
+                   message="bad document 'd.json': license.type: it is there twice")
         result = self.fails("set", "missing.kraddon", "license", "-", stdin=b"{nonsense")
         self.assertTrue(result.errors.startswith(
             "kraddon: set: bad document 'standard input': parse error at line 1, column 3"))
@@ -118,7 +118,8 @@ class GetSet(kraddontest.CliTest):
         self.misused("set", "p.kraddon", "licence", "text=x",
                      message="unknown document 'licence': did you mean 'license'?")
         self.misused("get", "p.kraddon", "zzz",
-                     message="unknown document 'zzz': the documents are properties, license")
+                     message="unknown document 'zzz': the documents are properties, license, "
+                             "configuration, apps, examples, revisions, requirements")
         self.misused("set", "p.kraddon", "license",
                      message="VALUE is missing: FILE.json, - for standard input, or "
                              "FIELD=VALUE...")

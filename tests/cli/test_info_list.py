@@ -41,7 +41,7 @@ class Info(kraddontest.CliTest):
     def expected_digest(self, name, files):
         with zipfile.ZipFile(self.path(name)) as archive:
             parts = {"/" + entry: archive.read(entry) for entry in archive.namelist()
-                     if entry in ("metadata/license.xml",)}
+                     if entry in ("metadata/license.xml", "metadata/addonProperties.xml")}
         lines = {path: content.encode() for path, content in files.items()}
         lines.update(parts)
         properties = self.ok("get", name, "properties").json

@@ -4,6 +4,7 @@
 import fcntl
 import json
 import os
+import resource
 import signal
 import subprocess
 import time
@@ -152,6 +153,32 @@ class Signals(kraddontest.CliTest):
             self.assert_sound()
             self.assertEqual(self.names(), ["p.kraddon", "src"])
             self.path("p.kraddon").unlink()
+
+
+    def test_every_signal_that_ends_a_program_cleans_up(self):
+        self.big_tree()
+        known = set(os.listdir(self.folder))
+        for number in (signal.SIGQUIT, signal.SIGXCPU, signal.SIGALRM, signal.SIGUSR1):
+            process = self.start("create", "p.kraddon", "src", "--name", "x", "--level", "9")
+            self.wait_for_temporary(process, known)
+            process.send_signal(number)
+            self.assertEqual(self.finish(process)[0], -number)
+            self.assertEqual(set(os.listdir(self.folder)), known)
+
+    def test_a_limit_on_the_size_of_files_is_an_error_like_a_full_disk(self):
+        self.write("src/big.bin", os.urandom(3 << 20))
+        self.package("q.kraddon", {"big.bin": os.urandom(3 << 20)})
+        known = set(os.listdir(self.folder))
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
+
+        created = self.fails("create", "p.kraddon", "src", "--name", "x", preexec_fn=limit)
+        self.assertIn("File too large", created.errors)
+        self.assertEqual(set(os.listdir(self.folder)), known)
+        extracted = self.fails("extract", "q.kraddon", "-d", "out", preexec_fn=limit)
+        self.assertIn("big.bin", extracted.errors)
+        self.assertFalse(self.path("out/big.bin").exists())
 
 
 if __name__ == "__main__":
