@@ -11,6 +11,7 @@
 #include "opc/Text.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
+#include "tool/Messages.h"
 #include "tool/PackageLock.h"
 #include "tool/Progress.h"
 
@@ -75,11 +76,15 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   Interrupt::defer();
   const PackageLock lock(path);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
+  const std::vector<std::string> strays = package->logicalPackage().strayItems();
   change(*package);
   ProgressBar bar(settings);
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
   commit(*package);
+  for (const std::string& item : strays) {
+    printWarning({}, sentence("item", item, "it is no part of the package and was left out"));
+  }
 }
 
 void commit(AddonPackage& package) {

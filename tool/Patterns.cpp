@@ -138,10 +138,9 @@ class Pattern::Compiler {
     const std::optional<char32_t> first = readSetCharacter();
     if (!first) return;
     const bool isRange = at_ + 1 < text_.size() && text_[at_] == U'-' && text_[at_ + 1] != U']';
-    if (!isRange) {
-      set.ranges.push_back({*first, *first});
-      return;
-    }
+    // By itself too where a range follows: "[b-a]" is an empty range, and yet matches "b".
+    set.ranges.push_back({*first, *first});
+    if (!isRange) return;
     ++at_;
     const std::optional<char32_t> last = readSetCharacter();
     if (last) set.ranges.push_back({*first, *last});

@@ -100,6 +100,11 @@ void AddonPackage::getAddonProperties(AddonProperties& properties) {
   getXMLPart(properties);
 }
 
+std::string AddonPackage::contextOf(const char* verb, const PartName& part) const {
+  return std::string("cannot ") + verb + " part '" + part.canonical() + "' of '" +
+         physicalPackage_.description() + "'";
+}
+
 void AddonPackage::addXMLPart(XMLPartType& document) {
   const PartName name(document.partName);
   const bool isReplacement = logicalPackage_.hasPart(name);
@@ -120,7 +125,7 @@ void AddonPackage::addXMLPart(XMLPartType& document) {
     const auto stream = part->getOutputStream();
     XercesHelper::writeDocumentToStream(writer, dom, *stream);
   } catch (InvalidXMLDocument& fault) {
-    fault.addContext("part '" + name.canonical() + "'");
+    fault.addContext(contextOf("write", name));
     throw;
   }
 }
@@ -138,7 +143,7 @@ void AddonPackage::getXMLPart(XMLPartType& document) {
     document.populateFromDOM(
         XercesHelper::readDocumentFromStream(parser, *stream, false, u"", document.namespaceURI));
   } catch (InvalidXMLDocument& fault) {
-    fault.addContext("part '" + name.canonical() + "'");
+    fault.addContext(contextOf("read", name));
     throw;
   }
 }

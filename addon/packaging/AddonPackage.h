@@ -81,6 +81,7 @@ class AddonPackage {
   opc::plservices::FileSystemManager& fileSystem() { return fileSystemManager_; }
 
  private:
+  std::string contextOf(const char* verb, const opc::model::PartName& part) const;
   void addFilesFromFolder(opc::plservices::FileSystemEntry folder,
                           std::vector<std::u16string>& list);
 

@@ -62,8 +62,9 @@ class IPhysicalPackage {
 
   /// `discard` false: commits what was changed (a package in which nothing was changed is not
   /// touched; one opened with Create always is written), then closes. A commit that fails throws,
-  /// and leaves the package open with its changes. `discard` true: closes, and never throws.
-  /// A package that is not open stays so.
+  /// and leaves the package open with its changes; but when only flushing the folder to disk
+  /// failed, the new package is in place and everything is closed, and isOpen() says so.
+  /// `discard` true: closes, and never throws. A package that is not open stays so.
   virtual void close(bool discard) = 0;
 
   /// For messages, UTF-8: the path of the file.
@@ -73,6 +74,8 @@ class IPhysicalPackage {
   virtual std::size_t itemCount() const = 0;
   virtual bool isRemoved(ItemIndex item) const = 0;
   virtual ItemInfo itemInfo(ItemIndex item) const = 0;
+  /// The name of itemInfo alone, which takes nothing apart.
+  virtual std::string_view itemName(ItemIndex item) const = 0;
 
   /// A fresh stream over the item's data, checked against its size and checksum by the time the
   /// last byte has been handed out. It must not outlive the open package.

@@ -40,6 +40,53 @@ std::uint32_t nextNumber(std::size_t count) {
   return static_cast<std::uint32_t>(count);
 }
 
+constexpr std::string_view kEndOfDocument = "</Types>";
+
+std::string startOfDocument() {
+  std::string xml(kXmlDeclaration);
+  xml += "<Types";
+  appendAttribute(xml, "xmlns", toUtf8(kContentTypesNamespace));
+  return xml += '>';
+}
+
+void appendEntry(std::string& xml, const ContentTypes::Default& entry) {
+  xml += "<Default";
+  appendAttribute(xml, "Extension", entry.extension);
+  appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
+  xml += "/>";
+}
+
+void appendEntry(std::string& xml, const ContentTypes::Override& entry) {
+  xml += "<Override";
+  appendAttribute(xml, "PartName", "/" + entry.itemName);
+  appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
+  xml += "/>";
+}
+
+template <typename Entry>
+ElementSize sizeOf(const Entry& entry) {
+  std::string xml;
+  appendEntry(xml, entry);
+  return {xml.size(), 3};
+}
+
+std::string shown(const std::string& text) {
+  constexpr std::size_t kShown = 64;
+  return text.size() <= kShown ? text : text.substr(0, kShown) + "...";
+}
+
+void checkLengths(const std::string& itemName, const ContentType& type) {
+  const std::string written = type.withoutBlanks();
+  if (!isReadableLength(written.size())) {
+    throw unreadableLength(
+        "content type '" + shown(written) + "' of '/" + shown(itemName) + "': it", written.size());
+  }
+  const std::size_t nameLength = itemName.size() + 1;
+  if (!isReadableLength(nameLength)) {
+    throw unreadableLength("content type of '/" + shown(itemName) + "': the name", nameLength);
+  }
+}
+
 }  // namespace
 
 const ContentType* ContentTypes::find(std::string_view itemName) const {
@@ -77,6 +124,7 @@ void ContentTypes::addDefault(std::string_view extension, const ContentType& typ
   }
   const std::uint32_t index = nextNumber(defaults_.size());
   defaults_.push_back({std::string(extension), type});
+  if (size_) size_->add(sizeOf(defaults_.back()));
   defaultByExtension_.insert(extensionHash(extension), index);
   changed_ = true;
 }
@@ -88,19 +136,43 @@ void ContentTypes::addOverride(std::string_view itemName, const ContentType& typ
   }
   const std::uint32_t index = nextNumber(overrides_.size());
   overrides_.push_back({canonicalItemName(itemName), type});
+  if (size_) size_->add(sizeOf(overrides_.back()));
   overrideByName_.insert(hash, index);
   changed_ = true;
 }
 
+DocumentSize& ContentTypes::size() {
+  if (size_) return *size_;
+  DocumentSize size({startOfDocument().size() + kEndOfDocument.size(), 2});
+  for (const Default& entry : defaults_) size.add(sizeOf(entry));
+  for (const Override& entry : overrides_) size.add(sizeOf(entry));
+  return size_.emplace(size);
+}
+
+void ContentTypes::requireRoom(const ElementSize& needed, std::string_view itemName) {
+  if (size().hasRoomFor(needed)) return;
+  throw noRoom("content type of '/" + shown(std::string(itemName)) + "'");
+}
+
+bool ContentTypes::mayBecomeDefault(std::string_view extension, const ContentType& type) const {
+  return findDefault(extension) == nullptr && isExtension(extension) && !type.isParticular();
+}
+
 void ContentTypes::assign(std::string_view itemName, const ContentType& type, bool mayAddDefault) {
-  // An override that a part of the same name left behind would win over any default.
-  removeOverride(itemName);
   const std::string extension = toLowerAscii(canonicalItemName(extensionOf(itemName)));
   const ContentType* present = findDefault(extension);
-  if (present != nullptr && *present == type) return;
-  if (present == nullptr && mayAddDefault && isExtension(extension) && !type.isParticular()) {
+  // An override that a part of the same name left behind would win over any default.
+  if (present != nullptr && *present == type) return removeOverride(itemName);
+
+  const std::string canonical = canonicalItemName(itemName);
+  checkLengths(canonical, type);
+  if (mayAddDefault && mayBecomeDefault(extension, type)) {
+    requireRoom(sizeOf(Default{extension, type}), canonical);
+    removeOverride(itemName);
     addDefault(extension, type);
   } else {
+    requireRoom(sizeOf(Override{canonical, type}), canonical);
+    removeOverride(itemName);
     addOverride(itemName, type);
   }
 }
@@ -111,6 +183,7 @@ void ContentTypes::removeOverride(std::string_view itemName) {
   if (found == nullptr) return;
   const std::uint32_t index = *found;
   const auto last = static_cast<std::uint32_t>(overrides_.size() - 1);
+  if (size_) size_->remove(sizeOf(overrides_[index]));
   overrideByName_.erase(hash, [index](std::uint32_t candidate) { return candidate == index; });
   if (index != last) {
     const std::uint64_t lastHash = nameHash(overrides_[last].itemName);
@@ -136,23 +209,10 @@ std::string ContentTypes::toXml() const {
   std::sort(defaults.begin(), defaults.end(), byName);
   std::sort(overrides.begin(), overrides.end(), byName);
 
-  std::string xml(kXmlDeclaration);
-  xml += "<Types";
-  appendAttribute(xml, "xmlns", toUtf8(kContentTypesNamespace));
-  xml += '>';
-  for (const auto& [key, entry] : defaults) {
-    xml += "<Default";
-    appendAttribute(xml, "Extension", entry->extension);
-    appendAttribute(xml, "ContentType", entry->type.withoutBlanks());
-    xml += "/>";
-  }
-  for (const auto& [key, entry] : overrides) {
-    xml += "<Override";
-    appendAttribute(xml, "PartName", "/" + entry->itemName);
-    appendAttribute(xml, "ContentType", entry->type.withoutBlanks());
-    xml += "/>";
-  }
-  return xml += "</Types>";
+  std::string xml = startOfDocument();
+  for (const auto& [key, entry] : defaults) appendEntry(xml, *entry);
+  for (const auto& [key, entry] : overrides) appendEntry(xml, *entry);
+  return xml += kEndOfDocument;
 }
 
 }  // namespace opc::model

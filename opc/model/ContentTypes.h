@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "opc/Streams.h"
 #include "opc/model/ContentType.h"
+#include "opc/model/DocumentSize.h"
 #include "opc/model/HashIndex.h"
 
 namespace opc::model {
@@ -41,7 +43,8 @@ class ContentTypes {
 
   /// Gives a part its type: by a default that fits, by a new default when the extension has none
   /// and the type is no particular one, else by an override. `mayAddDefault` false leaves out the
-  /// second.
+  /// second. Throws ErrorCode::TooLarge, and changes nothing, for what would not be read again: a
+  /// type or a name that is too long, or one entry too many.
   void assign(std::string_view itemName, const ContentType& type, bool mayAddDefault);
   /// Removes the part's override, if it has one.
   void removeOverride(std::string_view itemName);
@@ -59,10 +62,15 @@ class ContentTypes {
  private:
   const std::uint32_t* overrideIndex(std::uint64_t hash, std::string_view itemName) const;
 
+  bool mayBecomeDefault(std::string_view extension, const ContentType& type) const;
+  void requireRoom(const ElementSize& needed, std::string_view itemName);
+  DocumentSize& size();
+
   std::vector<Default> defaults_;
   std::vector<Override> overrides_;
   HashIndex<std::uint32_t> defaultByExtension_;
   HashIndex<std::uint32_t> overrideByName_;
+  std::optional<DocumentSize> size_;  // of the text, counted when it is first asked for
   bool changed_ = false;
 };
 

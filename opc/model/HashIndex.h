@@ -16,9 +16,10 @@ class HashIndex {
  public:
   /// Makes room for `count` values.
   void reserve(std::size_t count) {
+    if (count <= slots_.size() / 4 * 3) return;
     std::size_t slots = 16;
     while (slots / 4 * 3 < count) slots *= 2;
-    if (slots > slots_.size()) rehash(slots);
+    rehash(slots);
   }
 
   std::size_t size() const { return size_; }

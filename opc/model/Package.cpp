@@ -69,8 +69,18 @@ bool Package::isOpen() const noexcept {
 void Package::close(bool discard) {
   if (!isOpen()) return;
   if (!discard) state_->stage();
-  if (closePhysical_) physical_.close(discard);
+  if (closePhysical_) closeContainer(discard);
   state_.reset();
+}
+
+void Package::closeContainer(bool discard) {
+  try {
+    physical_.close(discard);
+  } catch (...) {
+    // It may have thrown after the commit, and closed all the same.
+    if (!physical_.isOpen()) state_.reset();
+    throw;
+  }
 }
 
 Package::State& Package::state() const {
@@ -134,6 +144,18 @@ void Package::visitParts(std::string_view prefix, const std::function<void(PartI
 
 PartInfo Package::partInfo(PartId part) const {
   return state().infoOf(part);
+}
+
+std::vector<std::string> Package::strayItems() const {
+  return state().strayItems();
+}
+
+std::vector<std::string> Package::untypedItems() const {
+  return state().untypedItems();
+}
+
+std::string_view Package::itemNameOf(PartId part) const {
+  return state().name(part);
 }
 
 ContentType Package::contentTypeOf(PartId part) const {

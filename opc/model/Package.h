@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "opc/ByteBuffer.h"
 #include "opc/interfaces/IPhysicalPackage.h"
@@ -49,8 +51,10 @@ class Package final : public RelationshipSource {
   std::uint64_t openCount() const noexcept { return openCount_; }
 
   /// `discard` false: writes what was changed, as one transaction, and closes; when that fails it
-  /// throws, the file is as it was and the package stays open. `discard` true: drops what was
-  /// changed, closes, never throws. Closing what is not open does nothing.
+  /// throws, the file is as it was and the package stays open. One failure comes later: when only
+  /// flushing the folder to disk fails it throws too, but the new file is in place and everything
+  /// is closed; isOpen() tells the two apart. `discard` true: drops what was changed, closes, never
+  /// throws. Closing what is not open does nothing.
   void close(bool discard);
 
   /// All of these throw InvalidState when the package is not open.
@@ -59,7 +63,7 @@ class Package final : public RelationshipSource {
   std::shared_ptr<Part> getPart(const PartName& name);
   /// Throws ErrorCode::AlreadyExists for a taken name (names that differ only in the case of ASCII
   /// letters are one), InvalidName for a relationships name and for one that extends, or is
-  /// extended by, another part's.
+  /// extended by, another part's, TooLarge for a type that would not be read again.
   std::shared_ptr<Part> createPart(const PartName& name, const ContentType& type,
                                    const StandardPartInfo& info);
   /// The same with the bytes that `source` has when the package is committed.
@@ -76,10 +80,20 @@ class Package final : public RelationshipSource {
   /// pieces come last.
   void visitParts(std::string_view prefix, const std::function<void(PartId)>& visit);
   PartInfo partInfo(PartId part) const;
+  /// The itemName of partInfo alone.
+  std::string_view itemNameOf(PartId part) const;
   ContentType contentTypeOf(PartId part) const;
   std::unique_ptr<InputStream> openPart(PartId part);
   /// Reads a whole part. Throws ErrorCode::TooLarge when it declares more than `limit` bytes.
   void readPart(PartId part, ByteBuffer& into, std::uint64_t limit);
+
+  /// Names, as stored, of the items that are no parts and that a commit drops: without a part name,
+  /// of another kind than a file, pieces that make nothing whole, relationships of a part that is
+  /// not there. Entries of folders, which say nothing, are left out. None after a commit was tried.
+  std::vector<std::string> strayItems() const;
+  /// Names, as stored, of the items with a part name and without content type, which makes them no
+  /// parts. A commit keeps them.
+  std::vector<std::string> untypedItems() const;
 
   interfaces::IPhysicalPackage& physical() { return physical_; }
 
@@ -89,6 +103,7 @@ class Package final : public RelationshipSource {
 
   RelationshipSet& relationships() override;
   void requireWritable() const override;
+  void closeContainer(bool discard);
   State& state() const;
 
   interfaces::IPhysicalPackage& physical_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/model/DocumentSize.h"
 #include "opc/model/FormatConstants.h"
 #include "opc/model/MemoryContentSource.h"
 #include "opc/model/PackageState.h"
@@ -29,11 +30,12 @@ bool Package::State::isChanged() const {
 
 void Package::State::stage() {
   if (!isChanged()) return;
+  for (const PartId orphan : index_.orphans()) types_.removeOverride(index_.name(orphan));
   index_.dropWhatIsNoPart();
   if (types_.findDefault("rels") == nullptr) types_.addDefault("rels", relationshipsType());
   for (auto& [part, set] : relationships_) {
     if (!set.isChanged()) continue;
-    typeRelationships(name(part), set);
+    settleRelationshipsItem(name(part), set);
     stageRelationships(name(part), set, false);
   }
   stageFront();
@@ -41,7 +43,7 @@ void Package::State::stage() {
 
 // What a reader wants first stands first: the content types, then the package's relationships.
 void Package::State::stageFront() {
-  if (relationshipsOfPackage_->isChanged()) typeRelationships({}, *relationshipsOfPackage_);
+  if (relationshipsOfPackage_->isChanged()) settleRelationshipsItem({}, *relationshipsOfPackage_);
   const bool newTypes = types_.isChanged() || contentTypesItems_.empty();
   if (newTypes) {
     const ItemIndex added = addText(kContentTypesItem, types_.toXml(), true);
@@ -56,9 +58,10 @@ void Package::State::stageFront() {
   }
 }
 
-void Package::State::typeRelationships(std::string_view sourceItemName,
-                                       const RelationshipSet& set) {
-  if (set.entries().empty()) return;
+// Whether there is an item decides on its content type, so this comes before those are written.
+void Package::State::settleRelationshipsItem(std::string_view sourceItemName,
+                                             const RelationshipSet& set) {
+  if (set.entries().empty()) return removeRelationshipsItem(sourceItemName);
   const std::string itemName = relationshipsItemName(sourceItemName);
   const ContentType* type = types_.find(itemName);
   if (type == nullptr || !(*type == relationshipsType())) {
@@ -68,9 +71,7 @@ void Package::State::typeRelationships(std::string_view sourceItemName,
 
 void Package::State::stageRelationships(std::string_view sourceItemName, RelationshipSet& set,
                                         bool atFront) {
-  if (set.entries().empty()) {
-    removeRelationshipsItem(sourceItemName);
-  } else {
+  if (!set.entries().empty()) {
     const std::string itemName = relationshipsItemName(sourceItemName);
     const ItemIndex added = addText(itemName, set.toXml(), atFront);
     if (const std::optional<PartId> old = index_.find(itemName)) {
@@ -86,6 +87,8 @@ ItemIndex Package::State::addText(std::string_view itemName, std::string text, b
   interfaces::NewItem item;
   item.name = canonicalItemName(itemName);
   item.atFront = atFront;
+  requireReadableDocument(text,
+                          "cannot write '/" + item.name + "' of '" + physical_.description() + "'");
   return physical_.addItem(item,
                            std::make_unique<MemoryContentSource>(std::move(text), "/" + item.name));
 }

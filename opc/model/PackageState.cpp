@@ -12,39 +12,6 @@ namespace opc::model {
 
 using interfaces::ItemIndex;
 
-namespace {
-
-// Names the part in what fails while it is read.
-class PartStream final : public InputStream {
- public:
-  PartStream(std::unique_ptr<InputStream> stream, std::string context)
-      : stream_(std::move(stream)), context_(std::move(context)) {}
-
-  std::size_t read(unsigned char* buffer, std::size_t size) override {
-    try {
-      return stream_->read(buffer, size);
-    } catch (Exception& fault) {
-      fault.addContext(context_);
-      throw;
-    }
-  }
-
-  bool isEnd() override {
-    try {
-      return stream_->isEnd();
-    } catch (Exception& fault) {
-      fault.addContext(context_);
-      throw;
-    }
-  }
-
- private:
-  std::unique_ptr<InputStream> stream_;
-  std::string context_;
-};
-
-}  // namespace
-
 Package::State::State(interfaces::IPhysicalPackage& physical, interfaces::OpenMode mode)
     : physical_(physical), mode_(mode), index_(physical) {
   relationshipsOfPackage_.emplace(std::string());
@@ -52,6 +19,10 @@ Package::State::State(interfaces::IPhysicalPackage& physical, interfaces::OpenMo
 
 std::string Package::State::readingContext(std::string_view itemName) const {
   return "cannot read part '/" + std::string(itemName) + "' of '" + physical_.description() + "'";
+}
+
+std::string Package::State::writingContext(std::string_view itemName) const {
+  return "cannot write part '/" + std::string(itemName) + "' of '" + physical_.description() + "'";
 }
 
 void Package::State::requirePart(PartId part) const {
@@ -94,6 +65,32 @@ PartInfo Package::State::infoOf(PartId part) const {
   return info;
 }
 
+void Package::State::appendItemNames(PartId part, std::vector<std::string>& names) const {
+  if (!index_.isInPieces(part)) {
+    names.emplace_back(physical_.itemName(index_.item(part)));
+    return;
+  }
+  for (const ItemIndex piece : index_.pieces(part)) {
+    names.emplace_back(physical_.itemName(piece));
+  }
+}
+
+std::vector<std::string> Package::State::strayItems() const {
+  std::vector<std::string> names;
+  index_.forEach(ItemRole::Stray, [&](PartId item) {
+    const interfaces::ItemInfo info = physical_.itemInfo(item);
+    if (info.kind != interfaces::ItemKind::Folder) names.emplace_back(info.name);
+  });
+  for (const PartId orphan : index_.orphans()) appendItemNames(orphan, names);
+  return names;
+}
+
+std::vector<std::string> Package::State::untypedItems() const {
+  std::vector<std::string> names;
+  index_.forEach(ItemRole::Untyped, [&](PartId item) { appendItemNames(item, names); });
+  return names;
+}
+
 std::optional<FormatError> Package::State::newNameFault(const PartName& name) const {
   const auto fault = [&](ErrorCode code, const char* rule, const std::string& why) {
     return FormatError(rule,
@@ -132,7 +129,6 @@ PartId Package::State::create(const PartName& name, const ContentType& type,
   const bool takesStreams = source == nullptr;
   const ItemIndex added =
       takesStreams ? physical_.addItem(item) : physical_.addItem(item, std::move(source));
-  changed_ = true;
   const PartId part = takeIn(added, name, type);
   if (takesStreams) written_.insert(part);
   return part;
@@ -140,10 +136,11 @@ PartId Package::State::create(const PartName& name, const ContentType& type,
 
 PartId Package::State::takeIn(ItemIndex added, const PartName& name, const ContentType& type) {
   try {
+    types_.assign(name.itemName(), type, !index_.isUntypedExtension(name.getExtension()));
+    changed_ = true;
     // Something that is no part may lie in the place, or relationships that nobody has.
     if (const auto occupant = index_.find(name.itemName())) index_.remove(*occupant);
     removeRelationshipsItem(name.itemName());
-    types_.assign(name.itemName(), type, !index_.isUntypedExtension(name.getExtension()));
     return index_.add(added, ItemRole::Part);
   } catch (...) {
     physical_.removeItem(added);
@@ -179,7 +176,8 @@ std::unique_ptr<InputStream> Package::State::openRaw(PartId part) const {
 std::unique_ptr<InputStream> Package::State::openStream(PartId part) const {
   requirePart(part);
   try {
-    return std::make_unique<PartStream>(openRaw(part), readingContext(name(part)));
+    return std::make_unique<PartInputStream>(openRaw(part),
+                                             PartAccess(open_, readingContext(name(part))));
   } catch (Exception& fault) {
     fault.addContext(readingContext(name(part)));
     throw;
@@ -228,7 +226,8 @@ std::unique_ptr<OutputStream> Package::State::openForWriting(PartId part) {
     written_.insert(part);
   }
   const ItemIndex item = index_.isInPieces(part) ? index_.pieces(part).front() : index_.item(part);
-  return physical_.openForWriting(item);
+  return std::make_unique<PartOutputStream>(physical_.openForWriting(item),
+                                            PartAccess(open_, writingContext(name(part))));
 }
 
 }  // namespace opc::model

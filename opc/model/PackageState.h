@@ -14,6 +14,7 @@
 #include "opc/model/ContentTypes.h"
 #include "opc/model/Package.h"
 #include "opc/model/PartIndex.h"
+#include "opc/model/PartStream.h"
 #include "opc/model/RelationshipSet.h"
 #include "opc/model/XercesHelper.h"
 
@@ -37,6 +38,9 @@ class Package::State {
   std::string_view name(PartId part) const { return index_.name(part); }
   const ContentType& typeOf(PartId part) const;
   PartInfo infoOf(PartId part) const;
+  /// See Package.
+  std::vector<std::string> strayItems() const;
+  std::vector<std::string> untypedItems() const;
 
   /// Throws as Package::createPart does; `source` may be null.
   PartId create(const PartName& name, const ContentType& type, const StandardPartInfo& info,
@@ -59,6 +63,7 @@ class Package::State {
 
   /// "cannot read part '/x' of 'PATH'".
   std::string readingContext(std::string_view itemName) const;
+  std::string writingContext(std::string_view itemName) const;
 
  private:
   void loadContentTypes();
@@ -68,10 +73,11 @@ class Package::State {
   std::unique_ptr<InputStream> openRaw(PartId part) const;
   void readPieces(PartId part, ByteBuffer& into, std::uint64_t limit) const;
   void removeRelationshipsItem(std::string_view sourceItemName);
+  void appendItemNames(PartId part, std::vector<std::string>& names) const;
   PartId takeIn(interfaces::ItemIndex added, const PartName& name, const ContentType& type);
 
   bool isChanged() const;
-  void typeRelationships(std::string_view sourceItemName, const RelationshipSet& set);
+  void settleRelationshipsItem(std::string_view sourceItemName, const RelationshipSet& set);
   void stageRelationships(std::string_view sourceItemName, RelationshipSet& set, bool atFront);
   void stageFront();
   interfaces::ItemIndex addText(std::string_view itemName, std::string text, bool atFront);
@@ -84,6 +90,7 @@ class Package::State {
   std::vector<interfaces::ItemIndex> contentTypesItems_;
   std::optional<RelationshipSet> relationshipsOfPackage_;
   std::map<PartId, RelationshipSet> relationships_;
+  OpenToken open_ = std::make_shared<int>(0);
   std::unordered_set<PartId> written_;  // whose items came with this transaction and take streams
   bool changed_ = false;                // parts came, went or were written
   bool relationshipsStaged_ = false;    // the package's own, at the front of the container

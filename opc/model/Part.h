@@ -28,10 +28,11 @@ class Part final : public RelationshipSource {
   const ContentType& getContentType() const { return type_; }
   PartId id() const { return id_; }
 
-  /// A fresh stream over the part's bytes. It must not outlive the open package.
+  /// A fresh stream over the part's bytes. Throws InvalidState when it is read after the package
+  /// was closed, as that of getOutputStream does when it is written to.
   std::unique_ptr<InputStream> getInputStream();
-  /// A stream that replaces the part's content with what is written. It must not outlive the open
-  /// package. Throws InvalidState when the package was opened for reading.
+  /// A stream that replaces the part's content with what is written. Throws InvalidState when the
+  /// package was opened for reading.
   std::unique_ptr<OutputStream> getOutputStream();
 
  private:

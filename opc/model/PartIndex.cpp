@@ -23,9 +23,9 @@ std::vector<ItemIndex> findContentTypesPieces(const interfaces::IPhysicalPackage
   const std::size_t count = physical.itemCount();
   for (ItemIndex item = 0; item < count; ++item) {
     if (physical.isRemoved(item)) continue;
-    const interfaces::ItemInfo info = physical.itemInfo(item);
-    const auto piece = isFile(info) ? parsePieceName(info.name) : std::nullopt;
-    if (piece && isContentTypesName(piece->whole)) pieces.add(*piece, item);
+    const auto piece = parsePieceName(physical.itemName(item));
+    if (!piece || !isContentTypesName(piece->whole)) continue;
+    if (isFile(physical.itemInfo(item))) pieces.add(*piece, item);
   }
   const PieceSequences::Result result = pieces.finish();
   return result.complete.empty() ? std::vector<ItemIndex>() : result.complete.front().items;
@@ -37,8 +37,8 @@ std::vector<ItemIndex> PartIndex::findContentTypes(const interfaces::IPhysicalPa
   const std::size_t count = physical.itemCount();
   for (ItemIndex item = 0; item < count; ++item) {
     if (physical.isRemoved(item)) continue;
-    const interfaces::ItemInfo info = physical.itemInfo(item);
-    if (isFile(info) && isContentTypesName(info.name)) return {item};
+    if (!isContentTypesName(physical.itemName(item))) continue;
+    if (isFile(physical.itemInfo(item))) return {item};
   }
   return findContentTypesPieces(physical);
 }
@@ -76,7 +76,7 @@ void PartIndex::setRole(PartId part, ItemRole role) {
 
 std::string_view PartIndex::name(PartId part) const {
   if (isInPieces(part)) return sequences_[part - kFirstSequence].name;
-  return physical_.itemInfo(item(part)).name;
+  return physical_.itemName(item(part));
 }
 
 ItemIndex PartIndex::item(PartId part) const {
@@ -108,7 +108,7 @@ std::string_view PartIndex::partAbove(std::string_view itemName) const {
 PartId PartIndex::add(ItemIndex item, ItemRole role) {
   if (item >= kFirstSequence) throw Exception(ErrorCode::TooLarge, "the package: too many items");
   setRole(item, role);
-  const std::string_view itemName = physical_.itemInfo(item).name;
+  const std::string_view itemName = physical_.itemName(item);
   parts_.insert(nameHash(itemName), static_cast<std::uint32_t>(item));
   folders_.add(itemName);
   return item;
@@ -140,14 +140,20 @@ void PartIndex::remove(PartId part) {
   }
 }
 
+std::vector<PartId> PartIndex::orphans() const {
+  std::vector<PartId> result;
+  for (const PartId part : orphans_) {
+    if (role(part) == ItemRole::Relationships) result.push_back(part);
+  }
+  return result;
+}
+
 void PartIndex::dropWhatIsNoPart() {
   forEach(ItemRole::Stray, [this](PartId item) {
     physical_.removeItem(item);
     setRole(item, ItemRole::Hidden);
   });
-  for (const PartId part : orphans_) {
-    if (role(part) == ItemRole::Relationships) remove(part);
-  }
+  for (const PartId part : orphans()) remove(part);
   orphans_.clear();
 }
 

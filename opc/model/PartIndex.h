@@ -66,7 +66,9 @@ class PartIndex {
   /// Removes the part, and its items from the container.
   void remove(PartId part);
 
-  /// Removes strays, and relationships parts without a source, from the container.
+  /// Relationships parts without a source.
+  std::vector<PartId> orphans() const;
+  /// Removes strays, and orphans, from the container.
   void dropWhatIsNoPart();
 
   /// Calls `visit` for all of that role: items in the container's order, then sequences.
@@ -103,7 +105,7 @@ class PartIndex {
   std::vector<ItemRole> roles_;
   std::vector<Sequence> sequences_;
   std::unordered_map<PartId, interfaces::ItemIndex> replaced_;
-  std::vector<PartId> orphans_;              // relationships parts whose source is not there
+  std::vector<PartId> orphans_;              // as they were when it was loaded
   std::set<std::string> untypedExtensions_;  // folded
 };
 

@@ -7,9 +7,11 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/model/DomText.h"
 #include "opc/model/FormatConstants.h"
 #include "opc/model/PartName.h"
 #include "opc/model/TargetResolution.h"
+#include "opc/model/XmlCharacters.h"
 #include "opc/model/XmlWriting.h"
 
 namespace opc::model {
@@ -30,6 +32,35 @@ void requireText(std::u16string_view text, const char* what) {
 FormatError refused(std::string rule, const std::string& what, const char* why) {
   return {std::move(rule), what + ": " + why, ErrorCode::InvalidArgument};
 }
+
+bool isExternal(const Relationship& relationship) {
+  return relationship.getTargetMode() == TargetMode::External;
+}
+
+std::string startOfDocument() {
+  std::string xml(kXmlDeclaration);
+  xml += "<Relationships";
+  appendAttribute(xml, "xmlns", toUtf8(kRelationshipsNamespace));
+  return xml += '>';
+}
+
+void appendEntry(std::string& xml, const RelationshipSet::Entry& entry) {
+  const Relationship& relationship = entry.relationship;
+  xml += "<Relationship";
+  appendAttribute(xml, "Id", toUtf8(relationship.getId()));
+  appendAttribute(xml, "Type", toUtf8(relationship.getType()));
+  appendAttribute(xml, "Target", toUtf8(relationship.getTargetURI().toString() + entry.fragment));
+  if (isExternal(relationship)) appendAttribute(xml, "TargetMode", "External");
+  xml += "/>";
+}
+
+ElementSize sizeOf(const RelationshipSet::Entry& entry) {
+  std::string xml;
+  appendEntry(xml, entry);
+  return {xml.size(), isExternal(entry.relationship) ? 5u : 4u};
+}
+
+constexpr std::string_view kEndOfDocument = "</Relationships>";
 
 }  // namespace
 
@@ -68,30 +99,69 @@ void RelationshipSet::addStored(Entry entry) {
   if (isCore) ++coreProperties_;
 }
 
-std::u16string RelationshipSet::freshId() {
+std::u16string RelationshipSet::freshId(std::uint64_t& lastGenerated) const {
   std::u16string id;
   do {
-    const std::string number = std::to_string(++lastGenerated_);
+    const std::string number = std::to_string(++lastGenerated);
     id = u"rId" + std::u16string(number.begin(), number.end());
   } while (isReservedId(id) || byId_.contains(id));
   return id;
 }
 
-const Relationship& RelationshipSet::add(std::u16string_view type, URI target, TargetMode mode,
-                                         std::u16string_view id) {
-  const std::u16string newId = id.empty() ? freshId() : std::u16string(id);
-  if (!xercesc::XMLChar1_0::isValidNCName(newId.data(), newId.size())) {
-    throw refused("RL-4", describe(newId), "the id is no XML name without colon");
+DocumentSize& RelationshipSet::size() {
+  if (size_) return *size_;
+  DocumentSize size({startOfDocument().size() + kEndOfDocument.size(), 2});
+  for (const Entry& entry : entries_) size.add(sizeOf(entry));
+  return size_.emplace(size);
+}
+
+void RelationshipSet::checkNew(std::u16string_view id, std::u16string_view type,
+                               TargetMode mode) const {
+  constexpr std::size_t kShownOfId = 64;
+  if (!isReadableLength(utf8Length(id))) {
+    throw unreadableLength(describe(std::u16string(id.substr(0, kShownOfId)) + u"...") + ": its id",
+                           utf8Length(id));
   }
-  if (byId_.contains(newId)) {
-    throw FormatError("RL-4", describe(newId) + ": the id is taken", ErrorCode::AlreadyExists);
+  if (!xercesc::XMLChar1_0::isValidNCName(id.data(), id.size())) {
+    throw refused("RL-4", describe(id), "the id is no XML name without colon");
   }
-  if (type.empty()) throw refused("RL-5", describe(newId), "it has no type");
+  if (byId_.contains(id)) {
+    throw FormatError("RL-4", describe(id) + ": the id is taken", ErrorCode::AlreadyExists);
+  }
+  if (trimXmlSpace(type).empty()) throw refused("RL-5", describe(id), "it has no type");
   requireText(type, "type");
   if (source_.empty() && type == kCorePropertiesRelationship && mode == TargetMode::External) {
-    throw refused("CP-2", describe(newId), "core properties lie in the package");
+    throw refused("CP-2", describe(id), "core properties lie in the package");
   }
-  addStored({Relationship(newId, std::u16string(type), std::move(target), mode), {}, false});
+}
+
+void RelationshipSet::checkLengths(const Entry& entry) const {
+  const Relationship& relationship = entry.relationship;
+  const std::size_t type = utf8Length(relationship.getType());
+  if (!isReadableLength(type)) {
+    throw unreadableLength(describe(relationship.getId()) + ": its type", type);
+  }
+  const std::size_t target =
+      utf8Length(relationship.getTargetURI().toString()) + utf8Length(entry.fragment);
+  if (!isReadableLength(target)) {
+    throw unreadableLength(describe(relationship.getId()) + ": its target", target);
+  }
+}
+
+const Relationship& RelationshipSet::add(std::u16string_view type, URI target, TargetMode mode,
+                                         std::u16string_view id, std::u16string fragment) {
+  std::uint64_t lastGenerated = lastGenerated_;
+  const std::u16string newId = id.empty() ? freshId(lastGenerated) : std::u16string(id);
+  checkNew(newId, type, mode);
+  Entry entry{Relationship(newId, std::u16string(type), std::move(target), mode),
+              std::move(fragment), false};
+  checkLengths(entry);
+  const ElementSize needed = sizeOf(entry);
+  if (!size().hasRoomFor(needed)) throw noRoom(describe(newId));
+
+  addStored(std::move(entry));
+  size().add(needed);
+  lastGenerated_ = lastGenerated;
   changed_ = true;
   return entries_.back().relationship;
 }
@@ -105,16 +175,14 @@ const Relationship& RelationshipSet::addInternal(std::u16string_view type, const
     throw refused("RL-9", what, "it is a relationships part");
   }
   requireText(resolved.fragment, "target");
-  const Relationship& added =
-      add(type, URI(fromUtf8(resolved.name.canonical())), TargetMode::Internal, id);
-  entries_.back().fragment = std::move(resolved.fragment);
-  return added;
+  return add(type, URI(fromUtf8(resolved.name.canonical())), TargetMode::Internal, id,
+             std::move(resolved.fragment));
 }
 
 const Relationship& RelationshipSet::addExternal(std::u16string_view type, const URI& target,
                                                  std::u16string_view id) {
   requireText(target.toString(), "target");
-  return add(type, target, TargetMode::External, id);
+  return add(type, target, TargetMode::External, id, {});
 }
 
 void RelationshipSet::remove(std::u16string_view id) {
@@ -124,28 +192,16 @@ void RelationshipSet::remove(std::u16string_view id) {
   if (source_.empty() && entry->relationship.getType() == kCorePropertiesRelationship) {
     --coreProperties_;
   }
+  if (size_) size_->remove(sizeOf(*entry));
   byId_.erase(found);
   entries_.erase(entry);
   changed_ = true;
 }
 
 std::string RelationshipSet::toXml() const {
-  std::string xml(kXmlDeclaration);
-  xml += "<Relationships";
-  appendAttribute(xml, "xmlns", toUtf8(kRelationshipsNamespace));
-  xml += '>';
-  for (const Entry& entry : entries_) {
-    const Relationship& relationship = entry.relationship;
-    xml += "<Relationship";
-    appendAttribute(xml, "Id", toUtf8(relationship.getId()));
-    appendAttribute(xml, "Type", toUtf8(relationship.getType()));
-    appendAttribute(xml, "Target", toUtf8(relationship.getTargetURI().toString() + entry.fragment));
-    if (relationship.getTargetMode() == TargetMode::External) {
-      appendAttribute(xml, "TargetMode", "External");
-    }
-    xml += "/>";
-  }
-  return xml += "</Relationships>";
+  std::string xml = startOfDocument();
+  for (const Entry& entry : entries_) appendEntry(xml, entry);
+  return xml += kEndOfDocument;
 }
 
 }  // namespace opc::model

@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "opc/Exception.h"
 #include "opc/Streams.h"
+#include "opc/model/DocumentSize.h"
 #include "opc/model/Relationship.h"
 
 namespace opc::model {
@@ -37,7 +39,9 @@ class RelationshipSet {
   /// Throws ErrorCode::NotFound for an unknown id, as remove does.
   const Relationship& get(std::u16string_view id) const;
 
-  /// See RelationshipSource.
+  /// See RelationshipSource. Both throw ErrorCode::TooLarge for what would not be read again: an
+  /// id, a type or a target that is too long, or one relationship too many. Nothing is changed
+  /// then.
   const Relationship& addInternal(std::u16string_view type, const URI& target,
                                   std::u16string_view id);
   const Relationship& addExternal(std::u16string_view type, const URI& target,
@@ -56,8 +60,11 @@ class RelationshipSet {
 
   void addStored(Entry entry);
   const Relationship& add(std::u16string_view type, URI target, TargetMode mode,
-                          std::u16string_view id);
-  std::u16string freshId();
+                          std::u16string_view id, std::u16string fragment);
+  void checkNew(std::u16string_view id, std::u16string_view type, TargetMode mode) const;
+  void checkLengths(const Entry& entry) const;
+  std::u16string freshId(std::uint64_t& lastGenerated) const;
+  DocumentSize& size();
   std::string describe(std::u16string_view id) const;
   Exception unknownId(std::u16string_view id) const;
 
@@ -65,7 +72,8 @@ class RelationshipSet {
   std::list<Entry> entries_;
   std::map<std::u16string_view, std::list<Entry>::iterator, std::less<>> byId_;
   std::uint64_t lastGenerated_ = 0;
-  std::size_t coreProperties_ = 0;  // how many relationships of that type
+  std::size_t coreProperties_ = 0;    // how many relationships of that type
+  std::optional<DocumentSize> size_;  // of the text, counted when it is first asked for
   bool changed_ = false;
 };
 

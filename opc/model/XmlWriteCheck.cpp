@@ -11,6 +11,7 @@
 #include "opc/model/DomText.h"
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/XercesHelper.h"
+#include "opc/model/XmlCharacters.h"
 
 namespace opc::model {
 namespace {
@@ -47,44 +48,13 @@ std::string codePointName(std::uint32_t point) {
   return out.str();
 }
 
-bool isHigh(char16_t unit) {
-  return (unit & 0xFC00u) == 0xD800;
-}
-bool isLow(char16_t unit) {
-  return (unit & 0xFC00u) == 0xDC00;
-}
-
-bool isForbidden(char16_t unit) {
-  if (unit < 0x20) return unit != u'\t' && unit != u'\n' && unit != u'\r';
-  return unit >= 0xD800 && (unit < 0xE000 || unit > 0xFFFD);
-}
-
-// The first code unit that XML 1.0 has no place for; the length when there is none.
-std::size_t findForbidden(std::u16string_view text) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (!isForbidden(text[at])) continue;
-    if (!isHigh(text[at]) || at + 1 == text.size() || !isLow(text[at + 1])) return at;
-    ++at;
-  }
-  return text.size();
-}
-
 // `where` is called only for the message.
 template <typename Where>
 void checkText(std::u16string_view text, Where where) {
-  const std::size_t at = findForbidden(text);
+  const std::size_t at = findNonXml(text);
   if (at != text.size()) {
     fail(where() + " holds " + codePointName(text[at]) + ", which XML cannot carry");
   }
-}
-
-std::size_t utf8Length(std::u16string_view text) {
-  std::size_t length = 0;
-  for (const char16_t unit : text) {
-    const bool isSurrogate = isHigh(unit) || isLow(unit);
-    length += unit < 0x80 ? 1u : unit < 0x800 || isSurrogate ? 2u : 3u;
-  }
-  return length;
 }
 
 // A prefix that stands for no namespace would be written, and not be read again.

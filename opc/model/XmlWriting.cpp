@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/XmlWriting.h"
 
-#include "opc/model/DomText.h"
-
 namespace opc::model {
 namespace {
 
@@ -34,13 +32,6 @@ void appendEscaped(std::string& out, char c) {
   }
 }
 
-bool isLeadSurrogate(char16_t unit) {
-  return unit >= 0xD800 && unit < 0xDC00;
-}
-bool isTrailSurrogate(char16_t unit) {
-  return unit >= 0xDC00 && unit < 0xE000;
-}
-
 }  // namespace
 
 void appendAttribute(std::string& out, std::string_view name, std::string_view value) {
@@ -49,18 +40,6 @@ void appendAttribute(std::string& out, std::string_view name, std::string_view v
   out += "=\"";
   for (const char c : value) appendEscaped(out, c);
   out += '"';
-}
-
-bool isXmlText(std::u16string_view text) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char16_t unit = text[at];
-    if (isLeadSurrogate(unit)) {
-      if (++at == text.size() || !isTrailSurrogate(text[at])) return false;
-    } else if (isTrailSurrogate(unit) || unit >= 0xFFFE || (unit < 0x20 && !isXmlSpace(unit))) {
-      return false;
-    }
-  }
-  return true;
 }
 
 }  // namespace opc::model

@@ -14,8 +14,4 @@ inline constexpr std::string_view kXmlDeclaration =
 /// UTF-8 that XML can carry.
 void appendAttribute(std::string& out, std::string_view name, std::string_view value);
 
-/// Whether XML 1.0 can carry the text: no controls but tab and line ends, no lone surrogates, no
-/// U+FFFE or U+FFFF.
-bool isXmlText(std::u16string_view text);
-
 }  // namespace opc::model

@@ -24,7 +24,7 @@ class FileSystemEntryAlreadyExists : public Exception {
 /// What becomes of files that exist on disk when the tree is written there.
 enum class RestoreMode {
   KeepExisting = 0,     ///< an existing file is an error, before anything is written
-  ReplaceExisting = 1,  ///< it is unlinked and made anew, never written through
+  ReplaceExisting = 1,  ///< the new file takes its place once it is whole
 };
 
 class FileContentSource;
@@ -106,7 +106,8 @@ class FileSystemManager {
   std::unique_ptr<InputStream> openFile(const FileSystemEntry& file);
 
   /// Files of the package that have no path (a name that decodes to a control character or to no
-  /// UTF-8, say), one line each that names the part and says why. They are not in the tree.
+  /// UTF-8, say) or that are no parts (no part name, no content type), one line each that names the
+  /// part or item and says why. They are not in the tree.
   const std::vector<std::string>& unreadable();
 
  private:

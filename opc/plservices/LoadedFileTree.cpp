@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "opc/plservices/LoadedFileTree.h"
 
+#include <algorithm>
 #include <optional>
 #include <unordered_set>
 
@@ -23,6 +24,8 @@ class TreeLoader {
       for (const FileTreeTable::File& file : table.files) addTableFile(file);
     });
     package_.visitParts(kFilesFolder, [this](model::PartId part) { addPart(part); });
+    addOtherItems(package_.strayItems(), "it is no part");
+    addOtherItems(package_.untypedItems(), "it has no content type");
     withContext(tablePart, [&] {
       for (const std::string& folder : table.folders) addTableFolder(folder);
     });
@@ -48,6 +51,7 @@ class TreeLoader {
   void addTableFile(const FileTreeTable::File& file);
   void addTableFolder(const std::string& path);
   void addPart(model::PartId part);
+  void addOtherItems(const std::vector<std::string>& names, const char* why);
   void addUnreadable(std::string_view itemName, const std::string& why);
   void countEmptyFolder(NodeId node);
 
@@ -61,6 +65,14 @@ class TreeLoader {
 
 std::string quoted(std::string_view text) {
   return "'" + std::string(text) + "'";
+}
+
+bool isInFilesFolder(std::string_view itemName) {
+  const auto isSame = [](char a, char b) {
+    return a == b || (b >= 'A' && b <= 'Z' && a == b + 32);
+  };
+  return itemName.size() > kFilesFolder.size() &&
+         std::equal(kFilesFolder.begin(), kFilesFolder.end(), itemName.begin(), isSame);
 }
 
 [[noreturn]] void refuseEntry(std::string_view path, const std::string& why) {
@@ -119,7 +131,7 @@ void TreeLoader::addTableFolder(const std::string& path) {
 
 void TreeLoader::addPart(model::PartId part) {
   if (!tableParts_.empty() && tableParts_.contains(part)) return;
-  const std::string_view itemName = package_.partInfo(part).itemName;
+  const std::string_view itemName = package_.itemNameOf(part);
   const std::string_view encoded = itemName.substr(kFilesFolder.size());
   // Without an escape every part name is a path.
   if (encoded.find('%') == std::string_view::npos) {
@@ -139,6 +151,14 @@ void TreeLoader::addPart(model::PartId part) {
 void TreeLoader::addUnreadable(std::string_view itemName, const std::string& why) {
   tree_.unreadable.push_back(
       printable("part '/" + std::string(itemName) + "' is no file of the tree: " + why));
+}
+
+// Whoever packed them meant them as files.
+void TreeLoader::addOtherItems(const std::vector<std::string>& names, const char* why) {
+  for (const std::string& name : names) {
+    if (!isInFilesFolder(name)) continue;
+    tree_.unreadable.push_back(printable("item '" + name + "' is no file of the tree: " + why));
+  }
 }
 
 void TreeLoader::countEmptyFolder(NodeId node) {

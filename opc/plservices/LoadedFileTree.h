@@ -26,7 +26,7 @@ struct LoadedFileTree {
   std::vector<TableFile> tableFiles;    ///< files that only the table can place
   std::size_t emptyFolders = 0;         ///< every one of them stands in the table
   std::uint64_t tableSize = 0;          ///< bytes of the table at most, markup of the root aside
-  std::vector<std::string> unreadable;  ///< files without a path, a line each
+  std::vector<std::string> unreadable;  ///< files without a path and no parts, a line each
 
   bool needsTable() const { return emptyFolders != 0 || !tableFiles.empty(); }
   FileTreeTable table() const;

@@ -39,6 +39,10 @@ class EndRecordSearch {
   void prefer(Candidate&& candidate);
   std::optional<std::uint64_t> previousSignature(std::uint64_t before) const;
   Candidate evaluate(std::uint64_t offset) const;
+  bool couldBeTaken(const Candidate& candidate) const;
+  std::optional<Zip64Locator> locatorBefore(std::uint64_t offset) const;
+  std::optional<Zip64EndRecord> wideRecordAt(std::uint64_t offset, std::uint64_t limit) const;
+  bool hasWideRecord(std::uint64_t offset) const;
   bool readZip64(Candidate& candidate) const;
   bool applyZip64(Candidate& candidate, const Zip64Locator& locator) const;
   void judgePlace(Candidate& candidate) const;
@@ -48,6 +52,7 @@ class EndRecordSearch {
   const FileTail& tail_;
   std::uint64_t size_;
   std::optional<Candidate> best_;
+  std::optional<std::uint64_t> lastToBeTaken_;  ///< offset of the last one that a reader may take
   std::vector<std::pair<std::uint64_t, std::uint64_t>> plausible_;  ///< offset, end of comment
 };
 
@@ -101,6 +106,10 @@ DirectoryLocation EndRecordSearch::run() {
   if (isHidden) {
     throw FormatError("ZP-16", "it has two end records, one in the comment of the other");
   }
+  if (lastToBeTaken_ > best_->offset) {
+    throw FormatError("ZP-16", "it has two end records, one behind the other at offset " +
+                                   std::to_string(*lastToBeTaken_));
+  }
   const std::uint64_t end = best_->location.archiveEnd;
   if (end < size_) {
     best_->location.faults.push_back({ZipFaultKind::BytesAfterEnd, kNoEntry, end, size_ - end});
@@ -113,6 +122,7 @@ DirectoryLocation EndRecordSearch::run() {
 void EndRecordSearch::consider(std::uint64_t offset) {
   Candidate candidate = evaluate(offset);
   if (candidate.isPlausible()) plausible_.emplace_back(offset, candidate.location.archiveEnd);
+  if (!lastToBeTaken_ && couldBeTaken(candidate)) lastToBeTaken_ = offset;
   prefer(std::move(candidate));
 }
 
@@ -122,6 +132,18 @@ void EndRecordSearch::prefer(Candidate&& candidate) {
     return std::pair(one.fit, one.location.archiveEnd == size_);
   };
   if (!best_ || rank(*best_) < rank(candidate)) best_ = std::move(candidate);
+}
+
+// Some readers take the last record whatever its comment length says, and its directory to be
+// directly in front of it wherever it says; one without entries needs none at all.
+bool EndRecordSearch::couldBeTaken(const Candidate& candidate) const {
+  if (candidate.isPlausible()) return true;
+  if (size_ - candidate.offset < EndRecord::kSize) return false;
+  const std::uint64_t size = candidate.record.directorySize;
+  if (size == 0 || locatorBefore(candidate.offset)) return true;
+  const bool isInFront =
+      size <= candidate.offset && beginsWith(candidate.offset - size, CentralHeader::kSignature);
+  return isInFront || beginsWith(candidate.record.directoryOffset, CentralHeader::kSignature);
 }
 
 std::optional<std::uint64_t> EndRecordSearch::previousSignature(std::uint64_t before) const {
@@ -154,6 +176,31 @@ Candidate EndRecordSearch::evaluate(std::uint64_t offset) const {
   return candidate;
 }
 
+std::optional<Zip64Locator> EndRecordSearch::locatorBefore(std::uint64_t offset) const {
+  if (offset < Zip64Locator::kSize) return std::nullopt;
+  unsigned char bytes[Zip64Locator::kSize];
+  tail_.readAt(offset - sizeof bytes, bytes, sizeof bytes);
+  return Zip64Locator::decode(bytes);
+}
+
+std::optional<Zip64EndRecord> EndRecordSearch::wideRecordAt(std::uint64_t offset,
+                                                            std::uint64_t limit) const {
+  if (offset > limit || limit - offset < Zip64EndRecord::kSize) return std::nullopt;
+  unsigned char bytes[Zip64EndRecord::kSize];
+  tail_.readAt(offset, bytes, sizeof bytes);
+  return Zip64EndRecord::decode(bytes);
+}
+
+// Where the locator says, or where readers look that do not ask it.
+bool EndRecordSearch::hasWideRecord(std::uint64_t offset) const {
+  const auto locator = locatorBefore(offset);
+  if (!locator) return false;
+  const std::uint64_t limit = offset - Zip64Locator::kSize;
+  const bool isInFront =
+      limit >= Zip64EndRecord::kSize && wideRecordAt(limit - Zip64EndRecord::kSize, limit);
+  return isInFront || wideRecordAt(locator->recordOffset, limit);
+}
+
 // False when the candidate needs ZIP64 records that are not there or not right.
 bool EndRecordSearch::readZip64(Candidate& candidate) const {
   const EndRecord& record = candidate.record;
@@ -165,11 +212,12 @@ bool EndRecordSearch::readZip64(Candidate& candidate) const {
   const DirectoryLocation& location = candidate.location;
   const bool reachesDirectory =
       !isElsewhere && saturatedSum(location.offset, location.size) == candidate.offset;
-  if (!reachesDirectory && candidate.offset >= Zip64Locator::kSize) {
-    unsigned char bytes[Zip64Locator::kSize];
-    tail_.readAt(candidate.offset - sizeof bytes, bytes, sizeof bytes);
-    if (const auto locator = Zip64Locator::decode(bytes)) return applyZip64(candidate, *locator);
+  if (reachesDirectory && hasWideRecord(candidate.offset)) {
+    candidate.problem = "it has two end records, a ZIP64 one in the comment of its last item";
+    return false;
   }
+  const auto locator = locatorBefore(candidate.offset);
+  if (!reachesDirectory && locator) return applyZip64(candidate, *locator);
   noteVolumes(candidate, isOneVolume(record, false));
   if (!sizesElsewhere) return true;  // 65,535 entries need no ZIP64 record, they fit the field.
   candidate.rule = "ZP-9";
@@ -181,12 +229,7 @@ bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locat
   candidate.rule = "ZP-9";
   const std::uint64_t room = candidate.offset - Zip64Locator::kSize;
   const std::uint64_t at = locator.recordOffset;
-  std::optional<Zip64EndRecord> wide;
-  if (at <= room && room - at >= Zip64EndRecord::kSize) {
-    unsigned char bytes[Zip64EndRecord::kSize];
-    tail_.readAt(at, bytes, sizeof bytes);
-    wide = Zip64EndRecord::decode(bytes);
-  }
+  const auto wide = wideRecordAt(at, room);
   if (!wide) {
     candidate.problem = "its ZIP64 end record is not at offset " + std::to_string(at);
     return false;
@@ -226,7 +269,12 @@ void EndRecordSearch::judgePlace(Candidate& candidate) const {
     return location.size == 0 ? offset == limit : beginsWith(offset, CentralHeader::kSignature);
   };
   candidate.rule = "ZP-16";
-  if (end <= limit && isThere(location.offset)) {
+  const bool isSecondInFront = end < limit && location.size > 0 &&
+                               beginsWith(limit - location.size, CentralHeader::kSignature);
+  if (isSecondInFront && isThere(location.offset)) {
+    // Some readers take the one that it names, others the one directly in front of it.
+    candidate.problem = "it has two directories";
+  } else if (end <= limit && isThere(location.offset)) {
     candidate.fit = end == limit ? Fit::Exact : Fit::Gap;
     if (end == limit) return;
     location.faults.push_back({ZipFaultKind::UnusedBytes, kNoEntry, end, limit - end});

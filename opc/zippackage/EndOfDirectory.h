@@ -43,8 +43,9 @@ struct DirectoryLocation {
 
 /// Finds the end records. Of several places that look like one, the one wins whose directory is
 /// where it says and whose comment ends with the file; bytes behind it are allowed as far as the
-/// tail reaches. Throws FormatError when there is none, when two fit and one lies in the other's
-/// comment (readers would differ), or when the directory is not where it should be.
+/// tail reaches. Throws FormatError when there is none, when the directory is not where it should
+/// be, or when readers would differ: two fit and one lies in the other's comment, or behind the one
+/// that wins another reader would take one for the end record.
 DirectoryLocation findDirectory(const FileTail& tail);
 
 }  // namespace opc::zippackage

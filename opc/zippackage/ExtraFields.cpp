@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/ExtraFields.h"
 
+#include <limits>
+
 namespace opc::zippackage {
 namespace {
 
 constexpr unsigned char kHasModified = 1;
+
+constexpr std::int64_t kTicksPerSecond = 10000000;
+constexpr std::int64_t kFrom1601To1970 = 11644473600;  ///< seconds
+constexpr std::size_t kNtfsReserved = 4;
+constexpr std::uint16_t kNtfsTimesTag = 1;
+constexpr std::size_t kNtfsTimesSize = 24;
 
 bool take64(Bytes& from, std::optional<std::uint64_t>& value) {
   if (!value) return true;
@@ -70,6 +78,57 @@ void TimestampExtra::encode(unsigned char* to) const {
   store16(to + 2, kSize - ExtraFieldWalk::kHeaderSize);
   to[4] = kHasModified;
   store32(to + 5, static_cast<std::uint32_t>(modified));
+}
+
+// 0 ticks stand for a time that is not known; more than 63 bits some readers take as negative.
+bool NtfsTimeExtra::holds(std::int64_t seconds) {
+  constexpr std::int64_t kLatest =
+      std::numeric_limits<std::int64_t>::max() / kTicksPerSecond - kFrom1601To1970;
+  return seconds > -kFrom1601To1970 && seconds <= kLatest;
+}
+
+std::optional<NtfsTimeExtra> NtfsTimeExtra::decode(Bytes data) {
+  if (data.size() < kNtfsReserved) return std::nullopt;
+  // Its attributes are laid out as extra fields are.
+  const auto times = ExtraFieldWalk::find(data.subspan(kNtfsReserved), kNtfsTimesTag);
+  if (!times || times->size() < 8) return std::nullopt;
+  const std::uint64_t ticks = load64(times->data());
+  if (ticks == 0 || ticks > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
+    return std::nullopt;
+  }
+  return NtfsTimeExtra{static_cast<std::int64_t>(ticks) / kTicksPerSecond - kFrom1601To1970};
+}
+
+void NtfsTimeExtra::encode(unsigned char* to) const {
+  store16(to, kId);
+  store16(to + 2, kSize - ExtraFieldWalk::kHeaderSize);
+  store32(to + 4, 0);
+  store16(to + 8, kNtfsTimesTag);
+  store16(to + 10, kNtfsTimesSize);
+  const auto ticks = static_cast<std::uint64_t>((modified + kFrom1601To1970) * kTicksPerSecond);
+  // Of change, of access and of creation: the last two are not known, and must not be 0.
+  for (const std::size_t at : {12u, 20u, 28u}) store64(to + at, ticks);
+}
+
+std::optional<std::int64_t> TimeExtra::find(Bytes extra) {
+  const auto field = ExtraFieldWalk::find(extra, TimestampExtra::kId);
+  const auto seconds = field ? TimestampExtra::decode(*field) : std::nullopt;
+  if (seconds) return seconds->modified;
+  const auto wideField = ExtraFieldWalk::find(extra, NtfsTimeExtra::kId);
+  const auto wide = wideField ? NtfsTimeExtra::decode(*wideField) : std::nullopt;
+  if (wide) return wide->modified;
+  return std::nullopt;
+}
+
+std::size_t TimeExtra::encode(std::int64_t seconds, unsigned char* to) {
+  using Narrow = std::numeric_limits<std::int32_t>;
+  if (seconds >= Narrow::min() && seconds <= Narrow::max()) {
+    TimestampExtra{static_cast<std::int32_t>(seconds)}.encode(to);
+    return TimestampExtra::kSize;
+  }
+  if (!NtfsTimeExtra::holds(seconds)) return 0;
+  NtfsTimeExtra{seconds}.encode(to);
+  return NtfsTimeExtra::kSize;
 }
 
 }  // namespace opc::zippackage

@@ -63,4 +63,30 @@ struct TimestampExtra {
   void encode(unsigned char* to) const;
 };
 
+/// The same as ticks of 100 ns since 1601: for times that the other field has no room for.
+struct NtfsTimeExtra {
+  static constexpr std::uint16_t kId = 0x000A;
+  static constexpr std::size_t kSize = ExtraFieldWalk::kHeaderSize + 32;
+
+  std::int64_t modified = 0;  ///< seconds since 1970, rounded down
+
+  /// Whether the field can hold a time.
+  static bool holds(std::int64_t seconds);
+  /// Nothing when the field does not hold that time.
+  static std::optional<NtfsTimeExtra> decode(Bytes data);
+  /// Writes kSize bytes, the same in both headers. The field must be able to hold the time.
+  void encode(unsigned char* to) const;
+};
+
+/// An exact time in the field that has room for it.
+struct TimeExtra {
+  static constexpr std::size_t kMaxSize = NtfsTimeExtra::kSize;
+
+  /// Nothing when none of a header's extra fields holds the time.
+  static std::optional<std::int64_t> find(Bytes extra);
+  /// Writes the field, at most kMaxSize bytes; nothing when there is none for the time. Returns how
+  /// many bytes.
+  static std::size_t encode(std::int64_t seconds, unsigned char* to);
+};
+
 }  // namespace opc::zippackage

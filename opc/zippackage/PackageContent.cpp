@@ -5,6 +5,7 @@
 #include <ctime>
 #include <string>
 
+#include "opc/Exception.h"
 #include "opc/zippackage/ErrorContext.h"
 
 namespace opc::zippackage {
@@ -104,19 +105,28 @@ std::vector<PackageContent::Run> PackageContent::findRuns() {
 }
 
 // What lies up to the next item belongs to this one, as long as it can: the exact length would
-// take a look at every local header.
+// take a look at every local header. Where a run ends it is worth that look: extra fields that
+// reach over an item that is left out would be cut.
 std::uint64_t PackageContent::endOf(std::size_t positionInOrder) {
   const ZipDirectory& directory = old_->directory;
   const auto order = directory.physicalOrder();
   const std::uint32_t entry = order[positionInOrder];
   const bool isLast = positionInOrder + 1 == order.size();
-  const std::uint64_t next = isLast ? directory.location().offset
-                                    : directory.entries()[order[positionInOrder + 1]].headerOffset;
-  if (next - directory.entries()[entry].leastEnd() <= kMostUnseen) return next;
+  const std::uint32_t follower = isLast ? kNoEntry : order[positionInOrder + 1];
+  const std::uint64_t next =
+      isLast ? directory.location().offset : directory.entries()[follower].headerOffset;
+  const bool isNextKept = !isLast && !removed_[follower];
+  if (isNextKept && next - directory.entries()[entry].leastEnd() <= kMostUnseen) return next;
   const auto context = [&] {
     return "cannot keep item '" + std::string(directory.name(entry)) + "'";
   };
-  return inContext(context, [&] { return old_->reader.endOf(entry); });
+  return inContext(context, [&] {
+    const std::uint64_t end = old_->reader.endOf(entry);
+    if (end <= next) return end;
+    throw FormatError(
+        "RB-2", "it overlaps " + (isLast ? "the directory"
+                                         : "item '" + std::string(directory.name(follower)) + "'"));
+  });
 }
 
 void PackageContent::copyRun(OutputFile& out, const Run& run) {

@@ -14,7 +14,6 @@
 namespace opc::zippackage {
 namespace {
 
-constexpr std::size_t kAllInMemory = std::size_t{64} << 20;
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 
 class PendingStream final : public InputStream {
@@ -58,26 +57,52 @@ void PendingStore::readSpilled(std::uint64_t offset, unsigned char* into, std::s
   }
 }
 
-bool PendingStore::isMemoryShort() const {
-  return inMemory_ > kAllInMemory;
+void PendingStore::turnTo(PendingContent& content) {
+  if (growing_ == &content) return;
+  if (growing_ != nullptr && isMemoryShort()) growing_->spillMemory();
+  growing_ = &content;
+}
+
+void PendingStore::forget(const PendingContent& content) {
+  if (growing_ == &content) growing_ = nullptr;
+}
+
+PendingContent::~PendingContent() {
+  freeMemory();
+  store_.forget(*this);
 }
 
 void PendingContent::clear() {
-  store_.countInMemory(0, memory_.size());
-  std::vector<unsigned char>().swap(memory_);
+  freeMemory();
   extents_.clear();
   spilled_ = 0;
 }
 
 void PendingContent::append(Bytes data) {
+  if (data.empty()) return;
+  store_.turnTo(*this);
   if (!hasRoomFor(data.size())) {
-    spill(memory_);
-    store_.countInMemory(0, memory_.size());
-    memory_.clear();
+    spillMemory();
     if (data.size() >= kBlock) return spill(data);
   }
+  keep(data);
+}
+
+void PendingContent::spillMemory() {
+  spill(memory_);
+  freeMemory();
+}
+
+// What is reserved counts, not what is used: it may be twice as much.
+void PendingContent::keep(Bytes data) {
+  const std::size_t before = memory_.capacity();
   memory_.insert(memory_.end(), data.begin(), data.end());
-  store_.countInMemory(data.size(), 0);
+  store_.countInMemory(memory_.capacity(), before);
+}
+
+void PendingContent::freeMemory() {
+  store_.countInMemory(0, memory_.capacity());
+  std::vector<unsigned char>().swap(memory_);
 }
 
 // Once something is in the file, memory only gathers blocks for it.

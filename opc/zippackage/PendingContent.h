@@ -14,37 +14,52 @@
 
 namespace opc::zippackage {
 
-/// Where the contents of new items wait for the commit: in memory as long as they are small, else
-/// in one temporary file without a name, which only grows.
+class PendingContent;
+
+/// Where the contents of new items wait for the commit: in memory as long as they are small, alone
+/// and together, else in one temporary file without a name, which only grows.
 class PendingStore {
  public:
-  explicit PendingStore(std::string folder) : folder_(std::move(folder)) {}
+  static constexpr std::size_t kMemoryLimit = std::size_t{64} << 20;
+
+  /// Only tests set another limit.
+  explicit PendingStore(std::string folder, std::size_t memoryLimit = kMemoryLimit)
+      : folder_(std::move(folder)), memoryLimit_(memoryLimit) {}
 
   /// Puts `data` at the end of the file. Returns where. Throws SystemError.
   std::uint64_t spill(Bytes data);
   void readSpilled(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 
+  /// Says which content is about to grow. While memory is short, the one that grew last goes into
+  /// the file: one at a time may gather small pieces. Throws SystemError.
+  void turnTo(PendingContent& content);
+  void forget(const PendingContent& content);
+
   void countInMemory(std::size_t added, std::size_t removed) { inMemory_ += added - removed; }
   std::size_t inMemory() const { return inMemory_; }
-  bool isMemoryShort() const;
+  bool isMemoryShort() const { return inMemory_ > memoryLimit_; }
 
  private:
   std::string folder_;
+  std::size_t memoryLimit_;
   FileDescriptor file_;
   std::uint64_t fileSize_ = 0;
   std::size_t inMemory_ = 0;
+  PendingContent* growing_ = nullptr;
 };
 
 /// What has been written into one new item so far. The store must outlive it, and it its streams.
 class PendingContent final : public interfaces::IContentSource {
  public:
   PendingContent(PendingStore& store, std::string name) : store_(store), name_(std::move(name)) {}
-  ~PendingContent() override { clear(); }
+  ~PendingContent() override;
   PendingContent(const PendingContent&) = delete;
   PendingContent& operator=(const PendingContent&) = delete;
 
   void clear();
   void append(Bytes data);
+  /// Moves what is in memory into the store's file.
+  void spillMemory();
   /// Reads all `size` bytes at `offset`, which must be there.
   void read(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 
@@ -61,6 +76,8 @@ class PendingContent final : public interfaces::IContentSource {
   };
 
   bool hasRoomFor(std::size_t size) const;
+  void keep(Bytes data);
+  void freeMemory();
   void spill(Bytes data);
   void readExtents(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -68,12 +69,8 @@ ItemKind kindOf(std::string_view name, const CentralHeader& header) {
 }
 
 std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
-  if (!extra.empty()) {
-    const auto field = ExtraFieldWalk::find(extra, TimestampExtra::kId);
-    const auto exact = field ? TimestampExtra::decode(*field) : std::nullopt;
-    if (exact) return exact->modified;
-  }
-  return DosTime::toUnix(header.dosTime);
+  const auto exact = extra.empty() ? std::nullopt : TimeExtra::find(extra);
+  return exact.value_or(DosTime::toUnix(header.dosTime));
 }
 
 ItemInfo infoOf(const ZipDirectory& directory, ItemIndex item) {
@@ -170,6 +167,13 @@ ItemInfo ZipPhysicalPackage::itemInfo(ItemIndex item) const {
   const State::Session& session = state_->session();
   if (item < session.oldCount()) return infoOf(session.old->directory, item);
   return infoOf(session.added[item - session.oldCount()]);
+}
+
+std::string_view ZipPhysicalPackage::itemName(ItemIndex item) const {
+  const State::Session& session = state_->session();
+  if (item < session.oldCount()) return session.old->directory.name(item);
+  state_->requireItem(item);
+  return session.added[item - session.oldCount()].properties.name;
 }
 
 std::unique_ptr<InputStream> ZipPhysicalPackage::openItem(ItemIndex item) {

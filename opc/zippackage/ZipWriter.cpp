@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -16,11 +15,8 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20;
 
-std::size_t encodeTimestamp(const ItemHead& head, unsigned char* to) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  if (!head.isTimeExact || head.time < Limits::min() || head.time > Limits::max()) return 0;
-  TimestampExtra{static_cast<std::int32_t>(head.time)}.encode(to);
-  return TimestampExtra::kSize;
+std::size_t encodeTime(const ItemHead& head, unsigned char* to) {
+  return head.isTimeExact ? TimeExtra::encode(head.time, to) : 0;
 }
 
 std::uint32_t fieldFor(std::uint64_t value, bool isElsewhere) {
@@ -144,7 +140,7 @@ void ZipWriter::packTo(StreamDeflater& deflater, Bytes data, bool finish) {
 }
 
 Bytes ZipWriter::localHeader(const ItemHead& head, const Written& item, bool wide) {
-  unsigned char extra[Zip64Extra::kMaxSize + TimestampExtra::kSize];
+  unsigned char extra[Zip64Extra::kMaxSize + TimeExtra::kMaxSize];
   std::size_t extraSize = 0;
   if (wide) {
     Zip64Extra field;
@@ -152,7 +148,7 @@ Bytes ZipWriter::localHeader(const ItemHead& head, const Written& item, bool wid
     field.packedSize = item.packedSize;
     extraSize = field.encode(extra);
   }
-  extraSize += encodeTimestamp(head, extra + extraSize);
+  extraSize += encodeTime(head, extra + extraSize);
   LocalHeader header;
   header.versionNeeded = wide ? kVersionZip64 : kVersionPlain;
   header.method = item.method;
@@ -174,11 +170,11 @@ void ZipWriter::addToDirectory(const ItemHead& head, const Written& item) {
   if (item.size >= limits_.value) wide.size = item.size;
   if (item.packedSize >= limits_.value) wide.packedSize = item.packedSize;
   if (item.offset >= limits_.value) wide.headerOffset = item.offset;
-  unsigned char extra[Zip64Extra::kMaxSize + TimestampExtra::kSize];
+  unsigned char extra[Zip64Extra::kMaxSize + TimeExtra::kMaxSize];
   std::size_t extraSize = wide.encode(extra);
   CentralHeader header;
   header.versionNeeded = extraSize > 0 ? kVersionZip64 : kVersionPlain;
-  extraSize += encodeTimestamp(head, extra + extraSize);
+  extraSize += encodeTime(head, extra + extraSize);
   header.method = item.method;
   header.dosTime = DosTime::fromUnix(head.time);
   header.crc = item.crc;

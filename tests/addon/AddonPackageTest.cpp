@@ -376,7 +376,8 @@ TEST_F(AddonPackageTest, AMalformedPartIsAnErrorThatNamesThePart) {
     loadOver();
     FAIL() << "no exception";
   } catch (const opc::model::InvalidXMLDocument& error) {
-    EXPECT_NE(std::string(error.what()).find("part '/metadata/license.xml': "), std::string::npos)
+    EXPECT_NE(std::string(error.what()).find("cannot read part '/metadata/license.xml' of '"),
+              std::string::npos)
         << error.what();
     EXPECT_EQ(error.line(), 1u);
   }

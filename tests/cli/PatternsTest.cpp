@@ -51,7 +51,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"a?c", "a/c", false, false}, Case{"[a-c]x", "bx", false, true},
                     Case{"[!a-c]x", "bx", false, false}, Case{"[^a-c]x", "dx", false, true},
                     Case{"[]]x", "]x", false, true}, Case{"[a\\]]x", "]x", false, true},
-                    Case{"[a-]x", "-x", false, true}, Case{"[[:digit:]]x", "5x", false, true},
+                    Case{"[a-]x", "-x", false, true}, Case{"[b-a]x", "bx", false, true},
+                    Case{"[b-a]x", "ax", false, false}, Case{"[[:digit:]]x", "5x", false, true},
                     Case{"[[:alpha:]5]x", "5x", false, true},
                     Case{"[[:nope:]]x", "nx", false, false}, Case{"[ab", "a", false, false},
                     Case{"[ab", "[ab", false, false}, Case{"\\*", "*", false, true},
@@ -156,10 +157,10 @@ TEST(PatternList, AgreesWithGitOnRandomPatterns) {
     test::writeFile(work / path, "");
     paths.push_back(path);
   }
-  const std::vector<std::string> pieces{"a",    "b",     "d",           "*",    "**",  "?",
-                                        "/",    "**/",   "[ab]",        "[!a]", ".m",  "\\a",
-                                        "ab",   "[a-c]", "[[:alpha:]]", "[]]",  "x1",  "/**",
-                                        "/**/", "[",     "-",           "da",   "db/", "d*/"};
+  const std::vector<std::string> pieces{
+      "a",    "b",    "d",   "*",  "**",    "?",     "/",           "**/", "[ab]",
+      "[!a]", ".m",   "\\a", "ab", "[a-c]", "[b-a]", "[[:alpha:]]", "[]]", "x1",
+      "/**",  "/**/", "[",   "-",  "da",    "db/",   "d*/"};
   for (int round = 0; round < 150; ++round) {
     std::string rules;
     for (std::size_t count = 1 + random() % 3; count > 0; --count) {

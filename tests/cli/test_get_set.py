@@ -3,6 +3,7 @@
 
 import json
 import os
+import zipfile
 
 import kraddontest
 
@@ -179,6 +180,21 @@ class GetSet(kraddontest.CliTest):
             self.fails("get", "p.kraddon", "license", "-o", name,
                        message=f"cannot write '{name}': it is the package itself")
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
+
+    def test_what_is_no_part_is_dropped_only_with_a_word(self):
+        self.package("q.kraddon", {"a.m": "x"})
+        with zipfile.ZipFile(self.path("q.kraddon"), "a") as archive:
+            archive.writestr("files/my file.m", "added by another program")
+
+        listed = self.run_kraddon("list", "q.kraddon")
+        stored = self.run_kraddon("set", "q.kraddon", "properties", "version=9")
+
+        self.assertEqual(listed.text, "a.m\n")
+        self.assertIn("files/my file.m", listed.errors)
+        self.assertEqual(stored.code, 0)
+        self.assertIn("item 'files/my file.m': it is no part of the package and was left out",
+                      stored.errors)
+        self.assertNotIn("files/my file.m", self.entries("q.kraddon"))
 
 
 if __name__ == "__main__":

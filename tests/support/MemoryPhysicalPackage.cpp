@@ -120,7 +120,13 @@ void MemoryPhysicalPackage::commit() {
   ++disk_.commits;
 }
 
-bool MemoryPhysicalPackage::isRemoved(ItemIndex item) const { return items_.at(item).removed; }
+bool MemoryPhysicalPackage::isRemoved(ItemIndex item) const {
+  return items_.at(item).removed;
+}
+
+std::string_view MemoryPhysicalPackage::itemName(ItemIndex item) const {
+  return items_.at(item).stored.name;
+}
 
 opc::interfaces::ItemInfo MemoryPhysicalPackage::itemInfo(ItemIndex item) const {
   const Item& found = items_.at(item);
@@ -153,7 +159,9 @@ void MemoryPhysicalPackage::readItem(ItemIndex item, opc::ByteBuffer& into, std:
   if (!bytes.empty()) std::memcpy(into.data(), bytes.data(), bytes.size());
 }
 
-ItemIndex MemoryPhysicalPackage::addItem(const NewItem& item) { return addItem(item, nullptr); }
+ItemIndex MemoryPhysicalPackage::addItem(const NewItem& item) {
+  return addItem(item, nullptr);
+}
 
 ItemIndex MemoryPhysicalPackage::addItem(const NewItem& item,
                                          std::unique_ptr<IContentSource> source) {
@@ -203,8 +211,7 @@ void MemoryPhysicalPackage::requireOpen() const {
 void MemoryPhysicalPackage::requireWritable() const {
   requireOpen();
   if (mode_ != OpenMode::Read) return;
-  throw Exception(ErrorCode::InvalidState,
-                  "package 'memory.kraddon': it was opened for reading");
+  throw Exception(ErrorCode::InvalidState, "package 'memory.kraddon': it was opened for reading");
 }
 
 }  // namespace test

@@ -56,6 +56,7 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   std::size_t itemCount() const override { return items_.size(); }
   bool isRemoved(opc::interfaces::ItemIndex item) const override;
   opc::interfaces::ItemInfo itemInfo(opc::interfaces::ItemIndex item) const override;
+  std::string_view itemName(opc::interfaces::ItemIndex item) const override;
   std::unique_ptr<opc::InputStream> openItem(opc::interfaces::ItemIndex item) override;
   void readItem(opc::interfaces::ItemIndex item, opc::ByteBuffer& into,
                 std::uint64_t limit) override;

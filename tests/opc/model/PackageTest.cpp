@@ -144,6 +144,23 @@ TEST(Package, AFailedOpeningLeavesAContainerThatIsNotItsOwnOpen) {
   EXPECT_TRUE(memory.physical.isOpen());
 }
 
+TEST(Package, IsClosedWhenOnlyTheFlushOfTheFolderFailed) {
+  MemoryPackage memory;
+  memory.with("a.m");
+  memory.package.open(OpenMode::Modify);
+  const auto part = memory.package.getPart(partName(u"/a.m"));
+  memory.create(u"/b.m", u"text/plain", "");
+  memory.physical.failNextFlush();
+
+  EXPECT_EQ(faultOf([&] { memory.package.close(false); }).code, ErrorCode::FileSystem);
+
+  EXPECT_FALSE(memory.package.isOpen());
+  EXPECT_EQ(faultOf([&] { part->getInputStream(); }).code, ErrorCode::InvalidState);
+  EXPECT_TRUE(memory.disk.has("b.m"));
+  memory.package.open(OpenMode::Read);
+  EXPECT_TRUE(memory.package.hasPart(partName(u"/b.m")));
+}
+
 TEST(Package, KnowsTheRelationshipTypeOfThumbnails) {
   EXPECT_EQ(opc::model::PackageHelper::getThumbnailRelationshipType(),
             u"http://schemas.openxmlformats.org/package/2006/relationships/metadata/thumbnail");

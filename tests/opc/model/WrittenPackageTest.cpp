@@ -101,3 +101,24 @@ TEST(WrittenPackage, IsChangedAndReadAgain) {
   EXPECT_EQ(package.getPart(partName(u"/c.m"))->getContentType().ascii(), "text/other");
   EXPECT_EQ(package.getRelationships().size(), 1u);
 }
+
+TEST(WrittenPackage, StreamsThatOutliveItTouchNothingOfIt) {
+  const test::TemporaryFolder folder;
+  auto physical =
+      std::make_unique<ZipPhysicalPackage>((folder / "a.kraddon").u16string(), true, u"");
+  auto package = std::make_unique<Package>(*physical, true);
+  package->open(OpenMode::Create);
+  create(*package, u"/a.m", u"text/plain");
+  const auto writing = package->getPart(partName(u"/a.m"))->getOutputStream();
+  test::writeText(*writing, "content");
+  package->close(false);
+  package->open(OpenMode::Read);
+  const auto reading = package->getPart(partName(u"/a.m"))->getInputStream();
+
+  package.reset();
+  physical.reset();
+
+  EXPECT_EQ(test::faultOf([&] { test::readAll(*reading); }).code, opc::ErrorCode::InvalidState);
+  EXPECT_EQ(test::faultOf([&] { test::writeText(*writing, "x"); }).code,
+            opc::ErrorCode::InvalidState);
+}

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -20,6 +23,32 @@ using test::readFile;
 using test::ScratchTree;
 using test::writeFile;
 using testing::HasSubstr;
+
+std::vector<std::string> namesIn(const fs::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+  return names;
+}
+
+/// Stands in for a full disk: as long as it lives, no file grows beyond a size.
+class SizeLimit {
+ public:
+  explicit SizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const struct rlimit limit { bytes, before_.rlim_max };
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~SizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  SizeLimit(const SizeLimit&) = delete;
+  SizeLimit& operator=(const SizeLimit&) = delete;
+
+ private:
+  void (*handler_)(int);
+  struct rlimit before_ {};
+};
 
 class ExtractionConflict : public testing::TestWithParam<RestoreMode> {
  protected:
@@ -192,17 +221,50 @@ TEST_P(ExtractionReplacing, AReadOnlyFileIsReplacedAndItsModeIsNotKept) {
   EXPECT_NE(fs::status(target() / "first").permissions() & fs::perms::owner_write, fs::perms::none);
 }
 
-TEST_P(ExtractionReplacing, ADamagedSmallFileLeavesTheOldOne) {
-  ScratchTree damaged;
-  damaged.addFailingFile("file", 10);
-  fs::create_directory(damaged.folder / "target");
-  writeFile(damaged.folder / "target" / "file", "old");
+TEST_P(ExtractionReplacing, ADamagedFileLeavesTheOldOneAndNothingElse) {
+  for (const std::uint64_t size : {std::uint64_t{10}, std::uint64_t{20} << 20}) {
+    ScratchTree damaged;
+    damaged.addFailingFile("file", size);
+    fs::create_directory(damaged.folder / "target");
+    writeFile(damaged.folder / "target" / "file", "old");
 
-  const std::string error = errorOf(
-      [&] { damaged.files.extractAll((damaged.folder / "target").u16string(), GetParam()); });
+    const std::string error = errorOf(
+        [&] { damaged.files.extractAll((damaged.folder / "target").u16string(), GetParam()); });
 
-  EXPECT_THAT(error, HasSubstr("checksum"));
-  EXPECT_EQ(readFile(damaged.folder / "target" / "file"), "old");
+    EXPECT_THAT(error, HasSubstr("checksum"));
+    EXPECT_EQ(readFile(damaged.folder / "target" / "file"), "old");
+    EXPECT_EQ(namesIn(damaged.folder / "target"), std::vector<std::string>{"file"});
+  }
+}
+
+TEST_P(ExtractionReplacing, AWriteThatFailsLeavesTheOldOneAndNothingElse) {
+  writeFile(target() / "first", "old");
+  tree.addFile("first of all", std::string(100000, 'x'));
+  writeFile(target() / "first of all", "old");
+  const SizeLimit limit(50000);
+
+  const std::string error = extract(GetParam());
+
+  EXPECT_THAT(error, HasSubstr("cannot extract 'first of all'"));
+  EXPECT_THAT(error, HasSubstr("cannot write: File too large"));
+  EXPECT_EQ(readFile(target() / "first of all"), "old");
+  EXPECT_THAT(namesIn(target()), testing::Each(testing::Not(HasSubstr(".tmp"))));
+}
+
+TEST_P(ExtractionReplacing, FilesOfTheLongestNamesAreReplacedToo) {
+  const std::string ascii(255, 'n');
+  std::string umlauts;
+  while (umlauts.size() < 254) umlauts += "\xc3\xa9";
+  for (const std::string& name : {ascii, umlauts}) {
+    tree.addFile(name, "new");
+    writeFile(target() / name, "old");
+  }
+
+  EXPECT_EQ(extract(GetParam()), "no error");
+
+  EXPECT_EQ(readFile(target() / ascii), "new");
+  EXPECT_EQ(readFile(target() / umlauts), "new");
+  EXPECT_THAT(namesIn(target()), testing::Each(testing::Not(HasSubstr(".tmp"))));
 }
 
 TEST_P(ExtractionReplacing, TwiceInARowGivesTheSame) {

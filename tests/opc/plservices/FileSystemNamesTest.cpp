@@ -216,6 +216,21 @@ INSTANTIATE_TEST_SUITE_P(Parts, FileSystemNamesOfStrangers,
                                          StrangePart{u"/files/%C3/%A9", "UTF-8"},
                                          StrangePart{u"/files/%ED%A0%80", "UTF-8"}));
 
+TEST(FileSystemNamesOfStrangersTogether, ItemsBelowTheFolderThatAreNoPartsAreReported) {
+  ScratchTree tree;
+  tree.addFile("good.m");
+  tree.package.close(false);
+  tree.disk.add("files/a b.m", "a space")
+      .add("FILES/no.type", "no type")
+      .add("other place/a b", "x");
+  tree.package.open(ScratchTree::OpenMode::Read);
+
+  EXPECT_THAT(tree.list(), ElementsAre("good.m"));
+  EXPECT_THAT(tree.files.unreadable(),
+              ElementsAre("item 'files/a b.m' is no file of the tree: it is no part",
+                          "item 'FILES/no.type' is no file of the tree: it has no content type"));
+}
+
 TEST(FileSystemNamesOfStrangersTogether, TwoSpellingsOfOnePathAreOneFileAndOneReport) {
   ScratchTree tree;
   tree.addPart(u"/files/a!", "first");

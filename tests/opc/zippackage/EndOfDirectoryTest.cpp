@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -75,14 +76,84 @@ TEST(EndOfDirectory, BytesAfterTheEndAreAWarning) {
 }
 
 TEST(EndOfDirectory, ASignatureInTheCommentIsNoEndRecord) {
-  const std::string empty = le32(0x06054b50) + std::string(18, '\0');
-  for (const std::string& fake : {le32(0x06054b50), empty, empty + "\n", "x" + empty + empty}) {
+  const std::string signature = le32(0x06054b50);
+  for (const std::string& fake :
+       {signature, "x" + signature, signature + "\n", signature + std::string(18, 'x'),
+        signature + le64(0) + le32(5000) + le32(4) + le16(0)}) {
     ZipBuilder builder = twoItems();
     builder.comment = fake;
 
     EXPECT_EQ(refusalOf(builder), "");
     EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
   }
+}
+
+/// Where readers that take the last end record would find something else than the first one names.
+struct SecondArchive {
+  const char* description;
+  std::string bytes;
+};
+
+void PrintTo(const SecondArchive& archive, std::ostream* stream) {
+  *stream << archive.description;
+}
+
+std::string withComment(const std::string& comment) {
+  ZipBuilder builder = twoItems();
+  builder.comment = comment;
+  return builder.build();
+}
+
+ZipBuilder otherArchive() {
+  ZipBuilder builder;
+  builder.add({.name = "other", .content = "content"});
+  return builder;
+}
+
+std::vector<SecondArchive> secondArchives() {
+  const std::string empty = le32(0x06054b50) + std::string(18, '\0');
+  ZipBuilder wide = otherArchive();
+  wide.zip64 = true;
+  ZipBuilder cut = otherArchive();
+  cut.commentLength = 100;
+  ZipBuilder counted = otherArchive();
+  counted.prefix = twoItems().build();
+  const std::string exact = counted.build().substr(counted.prefix.size());
+  return {{"two archives end to end", twoItems().build() + otherArchive().build()},
+          {"a second one with ZIP64 records", twoItems().build() + wide.build()},
+          {"a whole archive as the comment", withComment(otherArchive().build())},
+          {"the same and more", withComment(otherArchive().build() + "\n")},
+          {"one that counts what is before it, and more", withComment(exact + "\n")},
+          {"one whose comment is cut off", withComment(cut.build())},
+          {"an empty one", withComment(empty)},
+          {"an empty one and more", withComment(empty + "\n")},
+          {"two empty ones", withComment("x" + empty + empty)}};
+}
+
+class SecondArchiveRefusal : public testing::TestWithParam<SecondArchive> {};
+
+TEST_P(SecondArchiveRefusal, IsSinceReadersWouldDiffer) {
+  EXPECT_EQ(refusalOf(GetParam().bytes).substr(0, 31), "ZP-16: it has two end records, ");
+}
+
+INSTANTIATE_TEST_SUITE_P(EndOfDirectory, SecondArchiveRefusal, testing::ValuesIn(secondArchives()));
+
+TEST(EndOfDirectory, ASecondDirectoryInFrontOfTheEndRecordIsRefused) {
+  ZipBuilder builder = twoItems();
+  const DirectoryLocation location = directoryOf(builder).location();
+  const std::string directory = builder.build().substr(location.offset, location.size);
+  builder.beforeEnd = directory;
+
+  EXPECT_EQ(refusalOf(builder), "ZP-16: it has two directories");
+}
+
+TEST(EndOfDirectory, Zip64RecordsAtTheEndOfAnItemsCommentAreRefusedSinceReadersWouldDiffer) {
+  ZipBuilder builder = twoItems();
+  const std::string record =
+      le32(0x06064b50) + le64(44) + le16(45) + le16(45) + std::string(40, '\0');
+  builder.items[1].comment = record + le32(0x07064b50) + le32(0) + le64(12345) + le32(1);
+
+  EXPECT_EQ(refusalOf(builder).substr(0, 31), "ZP-16: it has two end records, ");
 }
 
 TEST(EndOfDirectory, ACommentFullOfSignaturesIsReadInNoTime) {

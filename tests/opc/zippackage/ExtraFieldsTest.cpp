@@ -103,5 +103,40 @@ TEST(TimestampExtra, WithoutTheTimeOfChangeIsNone) {
   EXPECT_FALSE(TimestampExtra::decode({}));
 }
 
+std::string ticksField(std::uint64_t ticks) {
+  return le32(0) + extraField(1, le64(ticks) + le64(ticks) + le64(ticks));
+}
+
+TEST(NtfsTimeExtra, CountsTicksSince1601) {
+  std::string bytes(NtfsTimeExtra::kSize, '\0');
+  NtfsTimeExtra{4102444801}.encode(reinterpret_cast<unsigned char*>(bytes.data()));
+
+  EXPECT_EQ(bytes, extraField(0x000A, ticksField(157469184010000000)));
+  EXPECT_EQ(NtfsTimeExtra::decode(bytesOf(bytes.substr(4)))->modified, 4102444801);
+}
+
+TEST(NtfsTimeExtra, FindsTheTimesBehindOtherAttributes) {
+  const std::string data = le32(7) + extraField(2, "xyz") + ticksField(10000001).substr(4);
+
+  EXPECT_EQ(NtfsTimeExtra::decode(bytesOf(data))->modified, -11644473599);
+}
+
+TEST(NtfsTimeExtra, WithoutATimeOfChangeIsNone) {
+  for (const std::string& data :
+       {std::string(), std::string("abc"), le32(0), le32(0) + extraField(2, le64(5)),
+        le32(0) + extraField(1, "1234567"), ticksField(5).substr(0, 20), ticksField(0),
+        ticksField(UINT64_MAX)}) {
+    EXPECT_FALSE(NtfsTimeExtra::decode(bytesOf(data)));
+  }
+}
+
+TEST(NtfsTimeExtra, HoldsTimesFrom1601On) {
+  EXPECT_FALSE(NtfsTimeExtra::holds(-11644473600));
+  EXPECT_TRUE(NtfsTimeExtra::holds(-11644473599));
+  EXPECT_TRUE(NtfsTimeExtra::holds(910692730085));
+  EXPECT_FALSE(NtfsTimeExtra::holds(910692730086));
+  EXPECT_FALSE(NtfsTimeExtra::holds(std::numeric_limits<std::int64_t>::min()));
+}
+
 }  // namespace
 }  // namespace opc::zippackage

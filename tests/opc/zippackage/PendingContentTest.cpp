@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/opc/zippackage/PackageFixture.h"
 #include "tests/support/TemporaryFolder.h"
@@ -122,6 +125,74 @@ TEST_F(PendingContents, ManyOfMediumSizeDoNotStayInMemory) {
   for (int i = 0; i < 30; ++i) {
     EXPECT_TRUE(contentOf(*contents[std::size_t(i)]) == text + std::to_string(i)) << i;
   }
+}
+
+TEST_F(PendingContents, ManyOfSmallSizeDoNotStayInMemory) {
+  const std::string text = test::randomText(900000);
+  std::vector<std::unique_ptr<PendingContent>> contents;
+  std::size_t most = 0;
+  for (int i = 0; i < 150; ++i) {
+    contents.push_back(std::make_unique<PendingContent>(store_, "a"));
+    contents.back()->append(bytesOf(std::to_string(i)));
+    contents.back()->append(bytesOf(text));
+    most = std::max(most, store_.inMemory());
+  }
+
+  EXPECT_LT(most, 70 * kMiB);
+  for (std::size_t i = 0; i < contents.size(); i += 10) {
+    EXPECT_TRUE(contentOf(*contents[i]) == std::to_string(i) + text) << i;
+  }
+}
+
+TEST_F(PendingContents, OfAFewBytesDoNotStayInMemoryHoweverManyTheyAre) {
+  constexpr std::size_t kLimit = 100000;
+  PendingStore store(folder_.path().string(), kLimit);
+  std::vector<std::unique_ptr<PendingContent>> contents;
+  std::size_t most = 0;
+  for (int i = 0; i < 20000; ++i) {
+    contents.push_back(std::make_unique<PendingContent>(store, "a"));
+    contents.back()->append(bytesOf(std::to_string(i) + " and more"));
+    most = std::max(most, store.inMemory());
+  }
+
+  EXPECT_LT(most, kLimit + 1000);
+  for (std::size_t i = 0; i < contents.size(); i += 777) {
+    EXPECT_EQ(contentOf(*contents[i]), std::to_string(i) + " and more");
+  }
+}
+
+TEST_F(PendingContents, WrittenInTurnsWhileMemoryIsShortDoNotMix) {
+  constexpr std::size_t kLimit = 50000;
+  PendingStore store(folder_.path().string(), kLimit);
+  std::vector<std::unique_ptr<PendingContent>> contents;
+  for (int i = 0; i < 20; ++i) contents.push_back(std::make_unique<PendingContent>(store, "a"));
+  std::vector<std::string> expected(contents.size());
+  for (unsigned turn = 0; turn < 400; ++turn) {
+    const std::size_t at = turn * 7 % contents.size();
+    const std::string piece = test::randomText(500 + turn * 3, turn);
+    contents[at]->append(bytesOf(piece));
+    expected[at] += piece;
+  }
+
+  EXPECT_LT(store.inMemory(), kLimit + 10000);
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    EXPECT_TRUE(contentOf(*contents[i]) == expected[i]) << i;
+  }
+}
+
+TEST_F(PendingContents, ThatAreGoneNoLongerCount) {
+  PendingStore store(folder_.path().string(), 1000);
+  {
+    PendingContent first(store, "a");
+    first.append(bytesOf(std::string(3000, 'x')));
+    EXPECT_GE(store.inMemory(), 3000u);
+  }
+  EXPECT_EQ(store.inMemory(), 0u);
+
+  PendingContent second(store, "b");
+  second.append(bytesOf("text"));
+
+  EXPECT_EQ(contentOf(second), "text");
 }
 
 TEST_F(PendingContents, WithoutAFolderToSpillIntoSaySo) {

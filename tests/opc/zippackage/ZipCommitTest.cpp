@@ -409,6 +409,47 @@ TEST_F(Commits, FindTheEndOfAnItemBeforeAHugeGap) {
   EXPECT_EQ(bytes(), builder.build());
 }
 
+/// Item "b" lies whole in the extra fields of the local header of "a", whose data follow it.
+std::string itemWithinAnother() {
+  test::ZipBuilder inner;
+  inner.add({.name = "b", .content = "BBBB"});
+  const std::string b = inner.build().substr(0, 30 + 1 + 4);
+  test::ZipItem outer{.name = "a", .content = "AAAA"};
+  outer.local.extra = test::extraField(0x9999, std::string(8, 'x') + b);
+  test::ZipItem itself{.name = "b", .content = "BBBB"};
+  itself.writeLocal = false;
+  itself.central.offset = 35 + 31 + 4 + 8;
+  test::ZipBuilder builder;
+  builder.add({.name = "c", .content = "CCCC"}).add(outer).add(itself);
+  return builder.build();
+}
+
+TEST_F(Commits, RefuseToCutAnItemThatReachesOverTheNextOne) {
+  test::writeFile(path(), itemWithinAnother());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  ASSERT_EQ(test::textOf(package, "a"), "AAAA");
+  ASSERT_EQ(test::textOf(package, "b"), "BBBB");
+  package.removeItem(test::find(package, "b").value());
+
+  EXPECT_EQ(test::ruleOf([&] { package.close(false); }), "RB-2");
+  EXPECT_EQ(failureOf(package), "cannot write package '" + path().string() +
+                                    "': cannot keep item 'a': it overlaps item 'b'");
+}
+
+TEST_F(Commits, LeaveOutWhatIsNoPartOfTheLastItem) {
+  test::ZipBuilder builder;
+  builder.add({.name = "a", .content = "A"});
+  builder.add({.name = "b", .before = "junk", .writeCentral = false});
+  test::writeFile(path(), builder.build());
+  const auto holder = changed();
+
+  holder->close(false);
+
+  EXPECT_EQ(bytes().find("junk"), std::string::npos);
+  EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
+}
+
 TEST_F(Commits, OfItemsInAnyOrderKeepTheirContent) {
   test::ZipBuilder builder;
   builder.add({.name = "a", .content = "11"}).add({.name = "b", .content = "22"});

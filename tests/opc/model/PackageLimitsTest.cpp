@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "opc/model/MemoryContentSource.h"
+#include "opc/model/Package.h"
+#include "opc/model/XercesHelper.h"
+#include "tests/opc/model/PackageFixture.h"
+
+using opc::ErrorCode;
+using opc::interfaces::CompressionType;
+using opc::interfaces::OpenMode;
+using opc::model::ContentType;
+using opc::model::MemoryContentSource;
+using opc::model::StandardPartInfo;
+using opc::model::URI;
+using opc::model::XercesHelper;
+using test::Fault;
+using test::faultOf;
+using test::MemoryPackage;
+using test::partName;
+using test::relationshipsXml;
+using test::relationshipXml;
+
+namespace {
+
+constexpr std::size_t kLongest = XercesHelper::kMaxAttributeLength;
+
+std::u16string letters(std::size_t count) {
+  return std::u16string(count, u'a');
+}
+
+void createTyped(MemoryPackage& memory, std::u16string_view name, const ContentType& type) {
+  memory.package.createPart(partName(name), type, StandardPartInfo(CompressionType::Normal, 0),
+                            std::make_unique<MemoryContentSource>("", "x"));
+}
+
+ContentType typeOfLength(std::size_t length) {
+  const std::string start = "a/b;c=";
+  return ContentType::fromAscii(start + std::string(length - start.size(), 'x'));
+}
+
+std::u16string numbered(std::u16string_view start, std::size_t number) {
+  const std::string digits = std::to_string(number);
+  return std::u16string(start) + std::u16string(digits.begin(), digits.end());
+}
+
+}  // namespace
+
+TEST(PackageLimits, RelationshipsWithAValueThatIsNotReadBackAreRefused) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const std::u16string tooLong = letters(kLongest + 1);
+  const std::u16string wide(kLongest / 2 + 1, u'\u00E9');
+
+  const Fault faults[] = {
+      faultOf([&] { memory.package.createExternalRelationship(u"urn:t", URI(tooLong), u""); }),
+      faultOf([&] { memory.package.createExternalRelationship(u"urn:t", URI(wide), u""); }),
+      faultOf([&] { memory.package.createExternalRelationship(tooLong, URI(u"x"), u""); }),
+      faultOf([&] { memory.package.createExternalRelationship(u"urn:t", URI(u"x"), tooLong); }),
+      faultOf([&] { memory.package.createInternalRelationship(u"urn:t", URI(u"/a"), tooLong); }),
+      faultOf(
+          [&] { memory.package.createInternalRelationship(u"urn:t", URI(u"/" + tooLong), u""); }),
+      faultOf(
+          [&] { memory.package.createInternalRelationship(u"urn:t", URI(u"/a#" + tooLong), u""); }),
+      faultOf([&] {
+        const std::u16string half = letters(kLongest / 2);
+        memory.package.createInternalRelationship(u"urn:t", URI(u"/" + half + u"#" + half), u"");
+      }),
+  };
+
+  for (const Fault& fault : faults) {
+    EXPECT_EQ(fault.code, ErrorCode::TooLarge) << fault.text.substr(0, 200);
+    EXPECT_LT(fault.text.size(), 300u);
+  }
+  EXPECT_EQ(faults[0].text,
+            "relationship 'rId1' of the package: its target has 1048577 bytes, more than the "
+            "1048576 that are read");
+  EXPECT_TRUE(memory.package.getRelationships().empty());
+  EXPECT_EQ(memory.package.createExternalRelationship(u"urn:t", URI(u"x"), u"").getId(), u"rId1");
+}
+
+TEST(PackageLimits, TheLongestValuesAreReadBack) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const std::u16string escaped(kLongest, u'&');
+  memory.package.createExternalRelationship(u"urn:t", URI(escaped), letters(kLongest));
+  memory.package.createExternalRelationship(letters(kLongest), URI(u"x"), u"");
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/a#" + letters(kLongest - 3)), u"");
+  createTyped(memory, u"/a", typeOfLength(kLongest));
+
+  memory.package.close(false);
+
+  memory.package.open(OpenMode::Read);
+  ASSERT_EQ(memory.package.getRelationships().size(), 3u);
+  EXPECT_EQ(memory.package.getRelationships()[0].getTargetURI().toString(), escaped);
+  EXPECT_EQ(memory.package.getPart(partName(u"/a"))->getContentType().ascii().size(), kLongest);
+}
+
+TEST(PackageLimits, AContentTypeThatIsNotReadBackIsRefused) {
+  MemoryPackage memory;
+  memory.with("old.m");
+  memory.package.open(OpenMode::Modify);
+
+  const Fault fault = faultOf([&] { createTyped(memory, u"/a.m", typeOfLength(kLongest + 1)); });
+
+  EXPECT_EQ(fault.code, ErrorCode::TooLarge);
+  EXPECT_EQ(fault.text,
+            "content type 'a/b;c=" + std::string(58, 'x') +
+                "...' of '/a.m': it has 1048577 bytes, more than the 1048576 that are read");
+  EXPECT_FALSE(memory.package.hasPart(partName(u"/a.m")));
+  EXPECT_TRUE(memory.package.canCreatePart(partName(u"/a.m")));
+}
+
+TEST(PackageLimits, ARefusedPartLeavesWhatLiesInItsPlace) {
+  MemoryPackage memory;
+  memory.with("a.unknown").with("_rels/b.m.rels", relationshipsXml(""));
+  memory.package.open(OpenMode::Modify);
+
+  faultOf([&] { createTyped(memory, u"/a.unknown", typeOfLength(kLongest + 1)); });
+  faultOf([&] { createTyped(memory, u"/b.m", typeOfLength(kLongest + 1)); });
+
+  memory.package.close(false);
+  EXPECT_TRUE(memory.disk.has("a.unknown"));
+  EXPECT_TRUE(memory.disk.has("_rels/b.m.rels"));
+}
+
+TEST(PackageLimits, RelationshipsAreAddedUntilTheirDocumentIsFullAndAreReadBack) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const std::u16string target = letters(kLongest);
+  std::size_t count = 0;
+  Fault fault;
+  while (count < 100 && fault.code != ErrorCode::TooLarge) {
+    fault = faultOf([&] { memory.package.createExternalRelationship(u"u", URI(target), u""); });
+    if (fault.code != ErrorCode::TooLarge) ++count;
+  }
+
+  EXPECT_EQ(count, 63u);
+  EXPECT_EQ(fault.text,
+            "relationship 'rId64' of the package: there is no room for it in the 67108864 bytes "
+            "and 4194304 elements and attributes that are read of one document");
+  memory.package.close(false);
+  memory.package.open(OpenMode::Modify);
+  EXPECT_EQ(memory.package.getRelationships().size(), 63u);
+  const auto addAgain = [&] { memory.package.createExternalRelationship(u"u", URI(target), u""); };
+  EXPECT_EQ(faultOf(addAgain).code, ErrorCode::TooLarge);
+  memory.package.deleteRelationship(u"rId7");
+  EXPECT_EQ(faultOf(addAgain).rule, "none");
+  EXPECT_EQ(faultOf(addAgain).code, ErrorCode::TooLarge);
+}
+
+TEST(PackageLimits, RelationshipsBeyondTheNodesThatAreReadAreRefused) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  // The root takes two nodes, each of these five.
+  const std::size_t room = (XercesHelper::kMaxNodes - 2) / 5;
+  for (std::size_t i = 0; i < room; ++i) {
+    memory.package.createExternalRelationship(u"u", URI(u"x"), u"");
+  }
+
+  const Fault fault =
+      faultOf([&] { memory.package.createExternalRelationship(u"u", URI(u"x"), u""); });
+
+  EXPECT_EQ(fault.code, ErrorCode::TooLarge);
+}
+
+TEST(PackageLimits, ContentTypesAreAddedUntilTheirDocumentIsFullAndAreReadBack) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const ContentType type = typeOfLength(kLongest);
+  std::size_t count = 0;
+  Fault fault;
+  while (count < 100 && fault.code != ErrorCode::TooLarge) {
+    fault = faultOf([&] { createTyped(memory, numbered(u"/p", count), type); });
+    if (fault.code != ErrorCode::TooLarge) ++count;
+  }
+
+  EXPECT_EQ(count, 63u);
+  EXPECT_EQ(fault.text,
+            "content type of '/p63': there is no room for it in the 67108864 bytes and 4194304 "
+            "elements and attributes that are read of one document");
+  memory.package.close(false);
+  memory.package.open(OpenMode::Modify);
+  EXPECT_TRUE(memory.package.hasPart(partName(u"/p62")));
+  EXPECT_FALSE(memory.package.hasPart(partName(u"/p63")));
+  EXPECT_EQ(faultOf([&] { createTyped(memory, u"/q", type); }).code, ErrorCode::TooLarge);
+  memory.package.deletePart(partName(u"/p7"));
+  EXPECT_EQ(faultOf([&] { createTyped(memory, u"/q", type); }).rule, "none");
+}
+
+TEST(PackageLimits, WhatGrowsOnlyInWritingFailsTheCommitAndTheFileSurvives) {
+  // As a reference each letter takes one byte of what is read, and three of what is written.
+  std::string references;
+  for (std::size_t i = 0; i < kLongest / 2; ++i) references += "&#x4E00;";
+  MemoryPackage memory;
+  memory.with("a.m").with(
+      "_rels/.rels", relationshipsXml(relationshipXml("r", references, "TargetMode=\"External\"")));
+  memory.package.open(OpenMode::Modify);
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/a.m"), u"");
+
+  const Fault fault = faultOf([&] { memory.package.close(false); });
+
+  EXPECT_EQ(fault.code, ErrorCode::TooLarge);
+  EXPECT_TRUE(
+      fault.text.starts_with("cannot write '/_rels/.rels' of 'memory.kraddon': an attribute"))
+      << fault.text.substr(0, 200);
+  EXPECT_EQ(memory.disk.commits, 0u);
+  EXPECT_TRUE(memory.package.isOpen());
+  memory.package.deleteRelationship(u"r");
+  memory.package.close(false);
+  EXPECT_EQ(memory.disk.commits, 1u);
+}
+
+TEST(PackageLimits, ATypeOfBlanksWhichWouldNotBeReadBackIsRefused) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+
+  const Fault fault =
+      faultOf([&] { memory.package.createExternalRelationship(u" \t", URI(u"x"), u""); });
+
+  EXPECT_EQ(fault.rule, "RL-5");
+}
