@@ -8,15 +8,15 @@
 
 namespace opc {
 
-Exception::Exception(ErrorCode code, std::string message)
+Exception::Exception(ErrorCode code, const std::string& message)
     : code_(code), message_(printable(message)) {}
 
 void Exception::addContext(std::string_view context) {
   message_ = printable(context) + ": " + message_;
 }
 
-FormatError::FormatError(std::string rule, std::string message, ErrorCode code)
-    : Exception(code, std::move(message)), rule_(std::move(rule)) {}
+FormatError::FormatError(std::string rule, const std::string& message, ErrorCode code)
+    : Exception(code, message), rule_(std::move(rule)) {}
 
 SystemError::SystemError(std::string_view message, int number)
     : Exception(ErrorCode::FileSystem,

@@ -31,7 +31,7 @@ enum class ErrorCode {
 /// with addContext, once each.
 class Exception : public std::exception {
  public:
-  Exception(ErrorCode code, std::string message);
+  Exception(ErrorCode code, const std::string& message);
 
   ErrorCode code() const noexcept { return code_; }
   const char* what() const noexcept override { return message_.c_str(); }
@@ -48,7 +48,8 @@ class Exception : public std::exception {
 /// stand in the text.
 class FormatError : public Exception {
  public:
-  FormatError(std::string rule, std::string message, ErrorCode code = ErrorCode::InvalidPackage);
+  FormatError(std::string rule, const std::string& message,
+              ErrorCode code = ErrorCode::InvalidPackage);
 
   const std::string& rule() const noexcept { return rule_; }
 
