@@ -90,9 +90,9 @@ void checkTarget(const std::string& path, bool isForced) {
   }
 }
 
-PatternList excludesOf(const Invocation& invocation, const std::string& folder) {
-  PatternList excludes;
-  if (invocation.has("default-excludes")) addDefaultExcludes(excludes);
+addon::project::PatternList excludesOf(const Invocation& invocation, const std::string& folder) {
+  addon::project::PatternList excludes;
+  if (invocation.has("default-excludes")) addon::project::addDefaultExcludes(excludes);
   const std::string ignoreFile = fmt::format("{}/{}", folder, kIgnoreFile);
   if (identityOf(ignoreFile)) excludes.addLines(readWholeFile(ignoreFile, kLargestIgnoreFile));
   for (const std::string& glob : invocation.values("exclude")) excludes.add(glob);

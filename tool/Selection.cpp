@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "addon/project/Patterns.h"
 #include "tool/Errors.h"
-#include "tool/Patterns.h"
 
 namespace tool {
 
@@ -98,7 +98,7 @@ class GlobPaths {
     }
   }
 
-  std::vector<Pattern> patterns_;
+  std::vector<addon::project::Pattern> patterns_;
   std::vector<bool> isUsed_;
 };
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/Patterns.h"
+#include "addon/project/Patterns.h"
 
 namespace tool {
 
@@ -23,7 +23,7 @@ struct FileIdentity {
 std::optional<FileIdentity> identityOf(const std::string& path);
 
 struct TreeWalkOptions {
-  PatternList excludes;
+  addon::project::PatternList excludes;
   bool followsOutside = false;          ///< follow links that lead out of the folder
   std::optional<FileIdentity> leftOut;  ///< a file that is no part of the tree: the output
   std::function<void(const std::string&)> onExcluded = nullptr;  ///< may be empty

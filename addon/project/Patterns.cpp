@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Patterns.h"
+#include "addon/project/Patterns.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
 
-namespace tool {
+namespace addon::project {
 
 namespace {
 
@@ -296,4 +296,4 @@ void addDefaultExcludes(PatternList& list) {
   list.add("*.kraddon");
 }
 
-}  // namespace tool
+}  // namespace addon::project

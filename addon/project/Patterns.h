@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-namespace tool {
+namespace addon::project {
 
 /// One pattern for paths, by the rules of gitignore.
 ///
@@ -75,4 +75,4 @@ class PatternList {
 /// What authors never mean to ship: files of version control, of systems and of editors.
 void addDefaultExcludes(PatternList& list);
 
-}  // namespace tool
+}  // namespace addon::project

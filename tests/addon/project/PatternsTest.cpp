@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Patterns.h"
+#include "addon/project/Patterns.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +16,8 @@
 
 namespace {
 
-using tool::Pattern;
-using tool::PatternList;
+using addon::project::Pattern;
+using addon::project::PatternList;
 
 struct Case {
   const char* pattern;
@@ -83,7 +83,7 @@ TEST(PatternList, CommentsBlanksAndLineEndsOfAnIgnoreFileAreNoPatterns) {
 
 TEST(PatternList, TheDefaultsLeaveOutTheFilesOfTools) {
   PatternList list;
-  tool::addDefaultExcludes(list);
+  addon::project::addDefaultExcludes(list);
 
   for (const char* file : {".gitignore", "a/._x", "a~", "x.swp", ".#lock", "sub/kraddon.toml",
                            "old.kraddon", "Thumbs.db", ".kraddonignore"}) {

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/Catalogue.h"
+
+namespace addon::checks {
+
+std::span<const FindingInfo> packageFindings() {
+  return {};
+}
+
+}  // namespace addon::checks

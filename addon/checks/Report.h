@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "addon/checks/Finding.h"
+
+namespace addon::checks {
+
+/// What was found in one package. A hostile package may draw a finding an entry: of each id only
+/// the first kMostKept are kept, the others are counted.
+class Report {
+ public:
+  static constexpr std::size_t kMostKept = 1000;
+
+  void add(Finding finding);
+
+  /// In the order in which they were found.
+  const std::vector<Finding>& findings() const { return findings_; }
+  std::size_t errors() const { return errors_; }
+  std::size_t warnings() const { return warnings_; }
+  /// How many findings of an id there were, those that were not kept included.
+  std::size_t count(std::uint16_t number) const;
+
+ private:
+  std::vector<Finding> findings_;
+  std::map<std::uint16_t, std::size_t> counts_;
+  std::size_t errors_ = 0;
+  std::size_t warnings_ = 0;
+};
+
+}  // namespace addon::checks

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+#include "addon/checks/Report.h"
+
+namespace addon::checks {
+
+enum class Scope {
+  AnyPackage,  ///< container and packaging rules
+  Addon,       ///< those, and what makes an add-on: documents, references, style
+};
+
+/// Checks everything about the package at `path` (UTF-8): reads every byte once, and verifies every
+/// checksum. Throws opc::SystemError when the file cannot be opened or read; whatever is wrong with
+/// its content goes into the report. A check that needs what an earlier one found broken is left
+/// out.
+Report verifyPackage(const std::string& path, Scope scope);
+
+}  // namespace addon::checks
