@@ -1,0 +1,101 @@
+# SPDX-License-Identifier: MIT
+"""How time and memory grow with the input, ours alone."""
+
+import math
+import os
+import shutil
+import statistics
+
+from contest import run_once
+
+
+class Curve:
+    """Median seconds and peak memory of one work by input size."""
+
+    def __init__(self, work):
+        self.work = work
+        self.sizes = []
+        self.seconds = []
+        self.memory = []
+
+    def add(self, size, runs):
+        self.sizes.append(size)
+        self.seconds.append(statistics.median(run.seconds for run in runs))
+        self.memory.append(max(run.memory for run in runs))
+
+    def slope(self, values):
+        """Of log value over log size, between the last size and a tenth of it."""
+        first = self.sizes.index(self.sizes[-1] // 10)
+        return (math.log(values[-1] / values[first]) /
+                math.log(self.sizes[-1] / self.sizes[first]))
+
+    def as_json(self):
+        return {"work": self.work, "sizes": self.sizes,
+                "seconds": [round(value, 5) for value in self.seconds], "memory": self.memory,
+                "slope": round(self.slope(self.seconds), 3),
+                "memorySlope": round(self.slope(self.memory), 3)}
+
+
+class FileGrowth:
+    """Commands on packages of more and more small files. The goal is a slope of 1.05."""
+
+    GOAL = 1.05
+
+    def __init__(self, inputs):
+        self.inputs = inputs
+        self.sizes = [100, 300, 1000, 3000, 10000] if inputs.quick else [
+            1000, 3000, 10000, 30000, 100000]
+
+    def works(self, size):
+        """Name, command, and what is removed before it."""
+        inputs, program = self.inputs, self.inputs.kraddon
+        tree = inputs.texts(size)
+        package = inputs.package(tree)
+        copy = inputs.path("copy.kraddon")
+        remove = inputs.remover("out", "new.kraddon")
+        yield "create", [program, "create", inputs.path("new.kraddon"), tree, "--name", "b"], remove
+        yield "extract", [program, "extract", package, "-d", inputs.path("out")], remove
+        yield "list", [program, "list", package], remove
+        yield "verify", [program, "verify", "--opc", package], remove
+        yield ("add", [program, "add", copy, inputs.small_file()],
+               lambda: shutil.copyfile(package, copy))
+
+    def measure(self, rounds):
+        curves = {}
+        for size in self.sizes:
+            for work, command, prepare in self.works(size):
+                runs = []
+                for number in range(rounds + 1):
+                    prepare()
+                    run = run_once(command)
+                    if number:
+                        runs.append(run)
+                curves.setdefault(work, Curve(work)).add(size, runs)
+            self.inputs.remover("out", "new.kraddon", "copy.kraddon")()
+        return list(curves.values())
+
+
+class RecordGrowth:
+    """Documents of ten times as many records."""
+
+    GOAL = 1.05
+
+    def __init__(self, inputs):
+        self.inputs = inputs
+        self.sizes = [1000, 10000] if inputs.quick else [10000, 100000]
+
+    def measure(self, rounds):
+        curves = {}
+        for size in self.sizes:
+            package = self.inputs.empty_package(size)
+            for document, path in self.inputs.records(size).items():
+                self.measure_document(curves, size, [package, document], path, rounds)
+                os.remove(path)
+        return list(curves.values())
+
+    def measure_document(self, curves, size, words, path, rounds):
+        for verb, last in (("set", [path]), ("get", [])):
+            command = [self.inputs.kraddon, verb, *words, *last]
+            work = "%s %s" % (verb, words[1])
+            runs = [run_once(command) for _ in range(rounds + 1)]
+            curves.setdefault(work, Curve(work)).add(size, runs[1:])

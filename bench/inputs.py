@@ -1,0 +1,133 @@
+# SPDX-License-Identifier: MIT
+"""The folders, packages and archives that are worked on, made once and kept for a whole run."""
+
+import json
+import os
+import random
+import shutil
+import subprocess
+
+WORDS = ("function", "end", "return", "signal", "window", "spectrum", "filter", "length", "zeros",
+         "for", "if", "else", "sum", "mean", "value", "index", "count", "plot", "figure", "while")
+
+
+class Inputs:
+    def __init__(self, folder, kraddon, quick):
+        self.folder = folder
+        self.kraddon = kraddon
+        self.quick = quick
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def remover(self, *names):
+        """A function that removes these files and folders, whether they are there or not."""
+        def remove():
+            for name in names:
+                target = self.path(name)
+                if os.path.isdir(target):
+                    shutil.rmtree(target)
+                elif os.path.lexists(target):
+                    os.remove(target)
+        return remove
+
+    def once(self, name, make):
+        """The path of `name`, which `make(path)` makes unless it is there."""
+        path = self.path(name)
+        if not os.path.exists(path):
+            make(path)
+        return path
+
+    def headers(self):
+        """A copy of the system's headers, with links resolved."""
+        source = "/usr/include" + ("/c++" if self.quick else "")
+
+        def make(path):
+            subprocess.run(["cp", "-rL", source, path], check=False, stderr=subprocess.DEVNULL)
+        return self.once("headers", make)  # links that lead nowhere are left out
+
+    def texts(self, count):
+        """A tree of that many small files, as a toolbox has them."""
+        def make(path):
+            source = random.Random(count)
+            for number in range(count):
+                folder = "%s/group%02d/set%02d" % (path, number // 5000, number // 50 % 100)
+                if number % 50 == 0:
+                    os.makedirs(folder, exist_ok=True)
+                words = source.choices(WORDS, k=source.randint(20, 300))
+                with open("%s/step%06d.m" % (folder, number), "w", encoding="ascii") as file:
+                    file.write("%% step %d\n%s\n" % (number, " ".join(words)))
+        return self.once("texts%d" % count, make)
+
+    def large_file(self):
+        """A folder with one file of 1 GiB (quick: 64 MiB), every second block of it text."""
+        blocks = 32 if self.quick else 512
+
+        def make(path):
+            os.makedirs(path)
+            source = random.Random(1)
+            with open(os.path.join(path, "large.bin"), "wb") as file:
+                for _ in range(blocks):
+                    file.write(os.urandom(1 << 20))
+                    text = " ".join(source.choices(WORDS, k=190000)).encode("ascii")
+                    file.write(text[:1 << 20].ljust(1 << 20))
+        return self.once("large", make)
+
+    def blocks(self):
+        """A folder with 300 MB that cannot be packed."""
+        def make(path):
+            os.makedirs(path)
+            for number in range(5 if self.quick else 30):
+                with open(os.path.join(path, "%d.bin" % number), "wb") as file:
+                    file.write(os.urandom(10 << 20))
+        return self.once("blocks", make)
+
+    def small_file(self):
+        def make(path):
+            with open(path, "w", encoding="ascii") as file:
+                file.write("x = 1;\n")
+        return self.once("one.m", make)
+
+    def package(self, tree):
+        """Our package of a folder made by one of the above."""
+        name = os.path.basename(tree) + ".kraddon"
+        return self.once(name, lambda path: subprocess.run(
+            [self.kraddon, "create", path, tree, "--name", "bench"], check=True))
+
+    def licensed(self, package):
+        """The same package with a license, as it is after 'set'."""
+        name = "licensed-" + os.path.basename(package)
+
+        def make(path):
+            shutil.copy(package, path)
+            subprocess.run([self.kraddon, "set", path, "license", "type=MIT", "text=As it is."],
+                           check=True)
+        return self.once(name, make)
+
+    def archive(self, tree):
+        """A ZIP file of the same folder, made by zip."""
+        name = os.path.basename(tree) + ".zip"
+        return self.once(name, lambda path: subprocess.run(
+            ["zip", "-q", "-r", "-6", path, os.path.basename(tree)], cwd=self.folder, check=True))
+
+    def records(self, count):
+        """Paths of JSON files with that many records, by document."""
+        documents = {
+            "revisions": [{"date": "2026-01-01", "version": "1.%d" % i, "description": "Change %d"
+                           % i} for i in range(count)],
+            "examples": [{"name": "All", "examples": [
+                {"name": "Example %d" % i, "type": "script", "source": "e/%d.m" % i, "main": "",
+                 "thumbnail": "", "images": ["e/%d.png" % i]} for i in range(count)]}],
+            "requirements": {"productDependency": [
+                {"name": "Product %d" % i, "version": "1", "identifier": "P%d" % i}
+                for i in range(count)]}}
+        paths = {}
+        for name, value in documents.items():
+            paths[name] = self.path("%s%d.json" % (name, count))
+            with open(paths[name], "w", encoding="utf-8") as file:
+                json.dump(value, file)
+        return paths
+
+    def empty_package(self, count):
+        return self.once("empty%d.kraddon" % count, lambda path: subprocess.run(
+            [self.kraddon, "create", path, "--name", "bench"], check=True))

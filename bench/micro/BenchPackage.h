@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+namespace bench {
+
+/// The path of a package with a license and `files` small files, made when it is first asked for
+/// and removed when the process ends.
+const std::string& packageOf(std::size_t files);
+
+}  // namespace bench
