@@ -53,11 +53,19 @@ View beginningOf(View text) {
   return text.substr(0, kShown);
 }
 
-void appendHexEscape(std::string& out, unsigned value) {
+void appendHexDigits(std::string& out, unsigned value, int count) {
   constexpr const char* kDigits = "0123456789abcdef";
+  while (count-- > 0) out += kDigits[(value >> (4 * count)) & 15u];
+}
+
+void appendHexEscape(std::string& out, unsigned value) {
   out += "\\x";
-  out += kDigits[(value >> 4) & 15u];
-  out += kDigits[value & 15u];
+  appendHexDigits(out, value, 2);
+}
+
+void appendUnicodeEscape(std::string& out, unsigned value) {
+  out += "\\u";
+  appendHexDigits(out, value, 4);
 }
 
 void appendControl(std::string& out, std::int32_t point) {
@@ -72,12 +80,19 @@ void appendControl(std::string& out, std::int32_t point) {
       out += "\\t";
       break;
     default:
-      appendHexEscape(out, static_cast<unsigned>(point));
+      if (point < 0x100) return appendHexEscape(out, static_cast<unsigned>(point));
+      appendUnicodeEscape(out, static_cast<unsigned>(point));
   }
 }
 
+// Those that turn the direction of text make a name look like another one.
+bool isDirectionControl(std::int32_t point) {
+  return point == 0x061C || point == 0x200E || point == 0x200F ||
+         (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+}
+
 bool isControl(std::int32_t point) {
-  return point < 0x20 || (point >= 0x7F && point < 0xA0);
+  return point < 0x20 || (point >= 0x7F && point < 0xA0) || isDirectionControl(point);
 }
 
 }  // namespace

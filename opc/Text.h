@@ -26,8 +26,9 @@ std::size_t findUtf8Fault(std::string_view bytes) noexcept;
 /// For messages: converts leniently, with U+FFFD for lone surrogates. Never throws but bad_alloc.
 std::string toUtf8ForDisplay(std::u16string_view text);
 
-/// For messages and terminals: control characters (C0, DEL, C1) and bytes that are no UTF-8 become
-/// escapes such as `\n` and `\x1b`; everything else stays.
+/// For messages and terminals: control characters (C0, DEL, C1), those that turn the direction of
+/// text, and bytes that are no UTF-8 become escapes such as `\n`, `\x1b` and `\u202e`; everything
+/// else stays.
 std::string printable(std::string_view bytes);
 
 /// Compares two UTF-8 texts by their UTF-16 code units, the order of the file tree. Negative, zero

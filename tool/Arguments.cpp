@@ -68,8 +68,9 @@ class ArgumentParser {
 
   /// What was given of every option, checked.
   void collect(Invocation::Values& values) const {
-    for (const OptionSpec& option : options_) {
-      std::vector<std::string> given = results(nameOf(option));
+    for (std::size_t i = 0; i < options_.size(); ++i) {
+      const OptionSpec& option = options_[i];
+      std::vector<std::string> given = results(*parsed_[i]);
       if (given.empty()) continue;
       const std::string shown = fmt::format("--{}", option.longName);
       if (option.valueName.empty() && given[0] != "true") {
@@ -126,10 +127,11 @@ class ArgumentParser {
     std::string names = nameOf(option);
     if (option.shortName != 0) names += fmt::format(",-{}", option.shortName);
     if (option.valueName.empty()) {
-      app_.add_flag(names);
+      parsed_.push_back(app_.add_flag(names));
       return;
     }
-    app_.add_option(names)->expected(1)->allow_extra_args(false)->multi_option_policy(
+    parsed_.push_back(app_.add_option(names));
+    parsed_.back()->expected(1)->allow_extra_args(false)->multi_option_policy(
         CLI::MultiOptionPolicy::TakeAll);
   }
 
@@ -175,14 +177,16 @@ class ArgumentParser {
     if (isValue) throw UsageError(sentence("bad option", words.back(), "its value is missing"));
   }
 
-  std::vector<std::string> results(const std::string& name) const {
-    std::vector<std::string> values = app_.get_option(name)->results();
+  static std::vector<std::string> results(const CLI::Option& option) {
+    std::vector<std::string> values = option.results();
     for (std::string& value : values) value = withoutMarker(value);
     return values;
   }
 
   std::vector<OptionSpec> options_;
   CLI::App app_;
+  // One for each of options_. CLI11 cannot look one up by name without memory to spare.
+  std::vector<CLI::Option*> parsed_;
 };
 
 namespace {
@@ -226,7 +230,8 @@ void checkOperands(const CommandSpec& command, const std::vector<std::string>& o
 void checkRequired(const CommandSpec& command, const Invocation& invocation) {
   for (const OptionSpec& option : command.options) {
     if (option.isRequired && !invocation.has(option.longName)) {
-      throw UsageError(fmt::format("--{} is missing: {}", option.longName, option.help));
+      const std::string name = fmt::format("--{}", option.longName);
+      throw UsageError(sentence("missing option", name, option.help));
     }
   }
 }
@@ -267,6 +272,12 @@ std::optional<std::int64_t> Invocation::number(std::string_view option, std::int
                               fmt::format("expected a whole number from {} to {}", least, most)));
   }
   return number;
+}
+
+void Invocation::refuseTogether(std::string_view option, std::string_view other) const {
+  if (!has(option) || !has(other)) return;
+  throw UsageError(sentence("bad option", fmt::format("--{}", option),
+                            fmt::format("it does not go with --{}", other)));
 }
 
 LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {

@@ -49,6 +49,9 @@ class Invocation {
   std::optional<std::int64_t> number(std::string_view option, std::int64_t least,
                                      std::int64_t most) const;
 
+  /// Throws UsageError when both were given.
+  void refuseTogether(std::string_view option, std::string_view other) const;
+
   const std::vector<std::string>& operands() const { return operands_; }
 
  private:

@@ -38,6 +38,7 @@ struct CommandSpec {
 };
 
 // The commands, each described where it is implemented.
+extern const CommandSpec kAddCommand;
 extern const CommandSpec kCallCommand;
 extern const CommandSpec kCreateCommand;
 extern const CommandSpec kExtractCommand;
@@ -45,12 +46,23 @@ extern const CommandSpec kGetCommand;
 extern const CommandSpec kHelpCommand;
 extern const CommandSpec kInfoCommand;
 extern const CommandSpec kListCommand;
+extern const CommandSpec kMkdirCommand;
+extern const CommandSpec kRemoveCommand;
 extern const CommandSpec kScreenshotCommand;
 extern const CommandSpec kSetCommand;
+extern const CommandSpec kUnsetCommand;
+extern const CommandSpec kVerifyCommand;
 
 // Operands and options that several commands share, said once.
 inline constexpr OperandSpec kDocumentOperand{
     "DOCUMENT", "properties, license, configuration, apps, examples, revisions or requirements"};
+inline constexpr OptionSpec kDefaultExcludesOption{
+    "default-excludes", 0, "", "leave out files of version control and editors"};
+inline constexpr OptionSpec kDryRunOption{"dry-run", 0, "",
+                                          "print what would be done, change nothing"};
+inline constexpr OptionSpec kExcludeOption{"exclude", 0, "GLOB",
+                                           "leave out what matches, as in gitignore", true};
+inline constexpr OptionSpec kFollowOption{"follow", 0, "", "follow links that lead out of FOLDER"};
 inline constexpr OptionSpec kJsonOption{"json", 0, "", "print one JSON value"};
 inline constexpr OptionSpec kGlobOption{"glob", 0, "", "take each PATH as a pattern"};
 inline constexpr OptionSpec kTimestampOption{"timestamp", 0, "SECONDS",

@@ -9,9 +9,10 @@
 namespace tool {
 
 std::span<const CommandSpec* const> commands() {
-  static constexpr std::array<const CommandSpec*, 9> kCommands{
-      &kCreateCommand, &kInfoCommand,       &kListCommand, &kExtractCommand, &kGetCommand,
-      &kSetCommand,    &kScreenshotCommand, &kCallCommand, &kHelpCommand};
+  static constexpr std::array kCommands{
+      &kCreateCommand,     &kInfoCommand,   &kListCommand, &kExtractCommand, &kAddCommand,
+      &kRemoveCommand,     &kMkdirCommand,  &kGetCommand,  &kSetCommand,     &kUnsetCommand,
+      &kScreenshotCommand, &kVerifyCommand, &kCallCommand, &kHelpCommand};
   return kCommands;
 }
 

@@ -2,6 +2,7 @@
 #include "tool/Contents.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tool {
 
@@ -17,6 +18,20 @@ std::vector<Item> readTree(AddonPackage& package) {
   package.fileSystem().visitFiles([&](std::string_view path, const FileSystemEntry& entry) {
     items.push_back({std::string(path), entry.info(), entry, std::nullopt});
   });
+  return items;
+}
+
+std::vector<Item> readSubtree(AddonPackage& package, const FileSystemEntry& top) {
+  std::vector<Item> items;
+  std::vector<FileSystemEntry> waiting{top};
+  while (!waiting.empty()) {
+    const FileSystemEntry entry = waiting.back();
+    waiting.pop_back();
+    std::string path = entry.path();
+    if (!path.empty()) items.push_back({std::move(path), entry.info(), entry, std::nullopt});
+    const auto children = package.fileSystem().getChildren(entry);
+    waiting.insert(waiting.end(), children.rbegin(), children.rend());
+  }
   return items;
 }
 

@@ -33,6 +33,11 @@ struct Totals {
 /// The files and empty folders of the tree, in the order of the host's file list.
 std::vector<Item> readTree(addon::packaging::AddonPackage& package);
 
+/// A folder or file and all below it, the root left out; folders, empty or not, come before what is
+/// in them.
+std::vector<Item> readSubtree(addon::packaging::AddonPackage& package,
+                              const opc::plservices::FileSystemEntry& top);
+
 /// All parts but those of relationships, in order of their names' bytes.
 std::vector<Item> readParts(addon::packaging::AddonPackage& package);
 

@@ -9,17 +9,14 @@
 
 #include "addon/packaging/AddonProperties.h"
 #include "opc/Text.h"
-#include "opc/plservices/FileContentSource.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
 #include "tool/Guid.h"
 #include "tool/Interrupt.h"
-#include "tool/Messages.h"
 #include "tool/PackageAccess.h"
 #include "tool/PackageLock.h"
 #include "tool/Progress.h"
-#include "tool/ReadFile.h"
-#include "tool/TreeWalk.h"
+#include "tool/SourceFiles.h"
 
 namespace tool {
 
@@ -41,15 +38,12 @@ constexpr std::array kOptions{
     OptionSpec{"organization", 0, "TEXT", "the author's organization"},
     OptionSpec{"guid", 0, "TEXT",
                "its GUID (default: a fresh one, or with a fixed time the name's)"},
-    OptionSpec{"exclude", 0, "GLOB", "leave out what matches, as in gitignore", true},
-    OptionSpec{"default-excludes", 0, "", "leave out files of version control and editors"},
-    OptionSpec{"follow", 0, "", "follow links that lead out of FOLDER"},
+    kExcludeOption,
+    kDefaultExcludesOption,
+    kFollowOption,
     OptionSpec{"force", 0, "", "replace an existing file"},
     kTimestampOption,
     kLevelOption};
-
-constexpr std::string_view kIgnoreFile = ".kraddonignore";
-constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
 
 std::u16string text(const Invocation& invocation, std::string_view option,
                     std::string_view otherwise = {}) {
@@ -90,44 +84,6 @@ void checkTarget(const std::string& path, bool isForced) {
   }
 }
 
-addon::project::PatternList excludesOf(const Invocation& invocation, const std::string& folder) {
-  addon::project::PatternList excludes;
-  if (invocation.has("default-excludes")) addon::project::addDefaultExcludes(excludes);
-  const std::string ignoreFile = fmt::format("{}/{}", folder, kIgnoreFile);
-  if (identityOf(ignoreFile)) excludes.addLines(readWholeFile(ignoreFile, kLargestIgnoreFile));
-  for (const std::string& glob : invocation.values("exclude")) excludes.add(glob);
-  return excludes;
-}
-
-std::vector<WalkedEntry> collect(const Invocation& invocation) {
-  const auto& operands = invocation.operands();
-  if (operands.size() < 2) return {};
-  TreeWalkOptions options;
-  options.excludes = excludesOf(invocation, operands[1]);
-  options.followsOutside = invocation.has("follow");
-  options.leftOut = identityOf(operands[0]);
-  if (invocation.settings().isVerbose) {
-    options.onExcluded = [](const std::string& path) {
-      printToStandardError(fmt::format("left out: {}\n", opc::printable(path)));
-    };
-  }
-  return walkTree(operands[1], options);
-}
-
-void addEntries(const std::string& folder, const std::vector<WalkedEntry>& entries,
-                AddonPackage& package) {
-  for (const WalkedEntry& entry : entries) {
-    Interrupt::check();
-    if (entry.isFolder) {
-      package.fileSystem().createFolder(opc::fromUtf8(entry.path));
-      continue;
-    }
-    package.fileSystem().addFile(
-        std::make_unique<opc::plservices::FileContentSource>(folder + "/" + entry.path),
-        entry.path);
-  }
-}
-
 void setTimes(AddonPackage& package, std::int64_t seconds) {
   auto properties = package.coreProperties().getCoreProperties();
   properties.setCreatedTime(toTime(seconds));
@@ -148,11 +104,12 @@ ExitCode run(const Invocation& invocation) {
   Interrupt::defer();
   const PackageLock lock(operands[0]);
   checkTarget(operands[0], isForced);
-  const std::vector<WalkedEntry> entries = collect(invocation);
+  std::vector<SourceFile> files;
+  if (operands.size() > 1) SourceFinder(invocation).collect(operands[1], "", files);
   AddonPackage package(path, properties);
   package.physicalPackage().setReplaceExisting(isForced);
   if (options.timestamp) setTimes(package, *options.timestamp);
-  if (operands.size() > 1) addEntries(operands[1], entries, package);
+  storeFiles(files, false, package);
 
   ProgressBar bar(invocation.settings());
   options.progress = bar.function();

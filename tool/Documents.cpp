@@ -93,9 +93,18 @@ void store(AddonPackage& package, const kxArray* array) {
 }
 
 template <typename Document>
+bool remove(AddonPackage& package) {
+  return package.removeXMLPart(Document());
+}
+
+template <typename Document>
 constexpr DocumentKind describe(std::string_view name, bool isList,
                                 std::span<const FieldShape> fields) {
-  return {{name, isList, {fields}}, relationshipType<Document>, load<Document>, store<Document>};
+  return {{name, isList, {fields}},
+          relationshipType<Document>,
+          load<Document>,
+          store<Document>,
+          remove<Document>};
 }
 
 constexpr std::array kDocuments{
@@ -111,12 +120,17 @@ constexpr std::array kDocuments{
 constexpr std::u16string_view kScreenshotPath =
     u"/korvan/addon/2014/relationships/primaryScreenShot";
 
-/// The part that the one relationship of that type leads to, or "".
+/// The part that the one relationship of that type leads to, as the package spells it, or "". One
+/// that is missing is named as the relationship does.
 std::string findPart(AddonPackage& package, const std::u16string& type) {
-  const auto found = package.logicalPackage().getRelationshipsByType(type);
+  auto& model = package.logicalPackage();
+  const auto found = model.getRelationshipsByType(type);
   const bool isOne =
       found.size() == 1 && found[0].getTargetMode() == opc::model::TargetMode::Internal;
-  return isOne ? opc::toUtf8ForDisplay(found[0].getTargetURI().toString()) : std::string();
+  if (!isOne) return {};
+  const opc::model::PartName target(found[0].getTargetURI().toString());
+  if (!model.hasPart(target)) return target.canonical();
+  return "/" + std::string(model.itemNameOf(model.getPart(target)->id()));
 }
 
 }  // namespace
@@ -133,6 +147,10 @@ const DocumentKind& findDocument(std::string_view name) {
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
   throw UsageError(sentence("unknown document", name, suggestion(name, names, all)));
+}
+
+bool isPresent(const DocumentKind& kind, AddonPackage& package) {
+  return !findPart(package, kind.relationshipType()).empty();
 }
 
 std::vector<PresentDocument> presentDocuments(AddonPackage& package) {

@@ -19,6 +19,8 @@ struct DocumentKind {
   /// The host struct array of what the package holds.
   HostArrayPointer (*load)(addon::packaging::AddonPackage& package);
   void (*store)(addon::packaging::AddonPackage& package, const kxArray* document);
+  /// False when the package holds none.
+  bool (*remove)(addon::packaging::AddonPackage& package);
 };
 
 /// All seven.
@@ -26,6 +28,9 @@ std::span<const DocumentKind> documentKinds();
 
 /// Throws UsageError, with the nearest name, for an unknown document.
 const DocumentKind& findDocument(std::string_view name);
+
+/// Whether the package holds it, found by its relationship.
+bool isPresent(const DocumentKind& kind, addon::packaging::AddonPackage& package);
 
 /// A document that the package holds, found by its relationship.
 struct PresentDocument {

@@ -8,6 +8,7 @@
 
 #include "opc/Exception.h"
 #include "tool/Arguments.h"
+#include "tool/Background.h"
 #include "tool/Contents.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
@@ -38,17 +39,17 @@ constexpr std::array kOptions{
     OptionSpec{"max-size", 0, "BYTES", "write nothing if it would be more than BYTES"},
     kGlobOption};
 
+std::optional<std::int64_t> sizeLimitOf(const Invocation& invocation) {
+  return invocation.number("max-size", 0, std::numeric_limits<std::int64_t>::max());
+}
+
 void checkOptions(const Invocation& invocation) {
-  const auto refuse = [&](std::string_view a, std::string_view b) {
-    if (!invocation.has(a) || !invocation.has(b)) return;
-    throw UsageError(
-        sentence("bad option", fmt::format("--{}", a), fmt::format("it does not go with --{}", b)));
-  };
-  refuse("force", "skip-existing");
-  refuse("stdout", "directory");
-  refuse("stdout", "force");
-  refuse("stdout", "skip-existing");
-  refuse("stdout", "dry-run");
+  invocation.refuseTogether("force", "skip-existing");
+  invocation.refuseTogether("stdout", "directory");
+  invocation.refuseTogether("stdout", "force");
+  invocation.refuseTogether("stdout", "skip-existing");
+  invocation.refuseTogether("stdout", "dry-run");
+  sizeLimitOf(invocation);
 }
 
 std::string destinationOf(const Invocation& invocation) {
@@ -69,7 +70,7 @@ std::string destinationOf(const Invocation& invocation) {
 }
 
 void checkSize(const std::vector<Item>& items, const Invocation& invocation) {
-  const auto limit = invocation.number("max-size", 0, std::numeric_limits<std::int64_t>::max());
+  const auto limit = sizeLimitOf(invocation);
   if (!limit) return;
   std::uint64_t size = 0;
   for (const Item& item : items) {
@@ -90,7 +91,7 @@ bool existsBelow(const std::string& folder, const std::string& path) {
 /// Leaves out the files that are there already, or refuses them.
 std::vector<Item> checkExisting(std::vector<Item> items, const std::string& destination,
                                 const Invocation& invocation) {
-  if (invocation.has("force")) return items;
+  if (invocation.has("force") || !existsBelow(destination, "")) return items;
   const bool skips = invocation.has("skip-existing");
   std::erase_if(items, [&](const Item& item) {
     if (item.isFolder() || !existsBelow(destination, item.path)) return false;
@@ -133,6 +134,7 @@ void writeFiles(AddonPackage& package, const std::vector<Item>& items,
       invocation.has("force") ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
   Interrupt::defer();
   ProgressBar bar(invocation.settings());
+  package.fileSystem().setBackground(secondThread());
   package.fileSystem().extract(entries, destination, mode, bar.function());
 }
 
@@ -145,17 +147,18 @@ ExitCode run(const Invocation& invocation) {
   const std::unique_ptr<AddonPackage> package = openForReading(operands[0]);
   std::vector<Item> items =
       choose(readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
-  checkSize(items, invocation);
   if (!invocation.settings().isQuiet) {
     for (const std::string& line : package->fileSystem().unreadable()) {
       printWarning("extract", line);
     }
   }
   if (isToOutput) {
+    checkSize(items, invocation);
     writeToOutput(*package, items);
     return ExitCode::Done;
   }
   items = checkExisting(std::move(items), destination, invocation);
+  checkSize(items, invocation);
   if (invocation.has("dry-run")) {
     printPlan(items);
   } else {

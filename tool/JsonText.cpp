@@ -24,7 +24,10 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
 
   bool null() override { return add(JsonValue()); }
   bool boolean(bool value) override { return add(value); }
-  bool number_integer(number_integer_t value) override { return add(value); }
+  bool number_integer(number_integer_t value) override {
+    // Only "-0" comes here as 0, and as a whole number it would lose its sign.
+    return value == 0 ? add(-0.0) : add(value);
+  }
   bool number_unsigned(number_unsigned_t value) override { return add(value); }
   bool number_float(number_float_t value, const string_t&) override { return add(value); }
   bool string(string_t& value) override { return add(std::move(value)); }
@@ -49,7 +52,9 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
     const std::size_t prefix = text.find("] ");
     error_ = prefix == std::string::npos ? text : text.substr(prefix + 2);
     constexpr int kNumberTooLarge = 406;
-    isSyntaxError_ = error.id != kNumberTooLarge;
+    // Half a character, written as an escape, is JSON that no text can hold.
+    const bool isHalfCharacter = error_.find("surrogate U+D") != std::string::npos;
+    isSyntaxError_ = error.id != kNumberTooLarge && !isHalfCharacter;
     return false;
   }
 

@@ -39,17 +39,12 @@ struct Row {
 };
 
 void checkOptions(const Invocation& invocation) {
-  const auto refuse = [&](std::string_view a, std::string_view b) {
-    if (!invocation.has(a) || !invocation.has(b)) return;
-    throw UsageError(
-        sentence("bad option", fmt::format("--{}", a), fmt::format("it does not go with --{}", b)));
-  };
-  refuse("tree", "json");
-  refuse("tree", "null");
-  refuse("tree", "long");
-  refuse("tree", "hash");
-  refuse("null", "json");
-  refuse("null", "long");
+  invocation.refuseTogether("tree", "json");
+  invocation.refuseTogether("tree", "null");
+  invocation.refuseTogether("tree", "long");
+  invocation.refuseTogether("tree", "hash");
+  invocation.refuseTogether("null", "json");
+  invocation.refuseTogether("null", "long");
 }
 
 std::vector<Row> readRows(AddonPackage& package, const Invocation& invocation) {

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <string>
 
@@ -34,6 +35,16 @@ void printError(std::string_view command, std::string_view message, std::string_
   std::string text = line(command, message);
   if (!hint.empty()) text += fmt::format("hint: {}\n", opc::printable(hint));
   printToStandardError(text);
+}
+
+void printLackOfMemory(std::string_view command) noexcept {
+  constexpr std::string_view kWhy = "there is not enough memory\n";
+  constexpr std::size_t kLongestName = 64;
+  std::array<char, kLongestName + 64> text{};
+  const auto end = command.empty() ? fmt::format_to(text.begin(), "kraddon: {}", kWhy)
+                                   : fmt::format_to(text.begin(), "kraddon: {}: {}",
+                                                    command.substr(0, kLongestName), kWhy);
+  printToStandardError({text.data(), static_cast<std::size_t>(end - text.begin())});
 }
 
 void printWarning(std::string_view command, std::string_view message) {

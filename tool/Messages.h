@@ -9,7 +9,10 @@ namespace tool {
 /// error, control characters replaced, in one write. `command` may be empty.
 void printError(std::string_view command, std::string_view message, std::string_view hint = {});
 
-/// The same for something that does not end the command.
+/// The error that there is no memory; needs none.
+void printLackOfMemory(std::string_view command) noexcept;
+
+/// The same as printError for something that does not end the command.
 void printWarning(std::string_view command, std::string_view message);
 
 /// Prints text as it is to standard error. A standard error that cannot be written is no failure:

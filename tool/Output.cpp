@@ -13,6 +13,7 @@
 #include <system_error>
 
 #include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
@@ -27,15 +28,24 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+/// Throws Failure when nobody can tell: what is there must not be replaced for nothing then.
+bool isThere(const std::string& path, struct stat& status) {
+  if (::stat(path.c_str(), &status) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  throw systemFailure("cannot write", path, errno);
+}
+
 /// A new file beside another one, gone again unless it is put in place.
 class SideFile {
  public:
   SideFile(const std::string& target, mode_t mode) : target_(target) {
-    path_ = target + ".XXXXXX";
-    descriptor_.reset(::mkostemp(path_.data(), O_CLOEXEC));
+    descriptor_.reset(opc::uninterrupted([&] {
+      path_ = target + ".XXXXXX";
+      return ::mkostemp(path_.data(), O_CLOEXEC);
+    }));
     if (!descriptor_) throw systemFailure("cannot write", target, errno);
     // mkstemp makes files that only their owner can read.
-    if (::fchmod(descriptor_.get(), mode) != 0) fail(errno);
+    if (opc::uninterrupted([&] { return ::fchmod(descriptor_.get(), mode); }) != 0) fail(errno);
   }
   ~SideFile() {
     if (!path_.empty()) ::unlink(path_.c_str());
@@ -45,7 +55,11 @@ class SideFile {
 
   int descriptor() const { return descriptor_.get(); }
   void putInPlace() {
-    if (::rename(path_.c_str(), target_.c_str()) != 0) fail(errno);
+    // A full disk that was not told by writing may be told by closing. It has closed the file even
+    // when it was interrupted.
+    if (::close(descriptor_.release()) != 0 && errno != EINTR) fail(errno);
+    const auto rename = [&] { return ::rename(path_.c_str(), target_.c_str()); };
+    if (opc::uninterrupted(rename) != 0) fail(errno);
     path_.clear();
   }
 
@@ -137,8 +151,8 @@ void writeOutputFile(const std::string& path, const Content& content, const std:
   }
   struct stat existing {};
   struct stat source {};
-  const bool exists = ::stat(path.c_str(), &existing) == 0;
-  if (exists && ::stat(package.c_str(), &source) == 0 && isSameFile(existing, source)) {
+  const bool exists = isThere(path, existing);
+  if (exists && isThere(package, source) && isSameFile(existing, source)) {
     throw Failure(sentence("cannot write", path, "it is the package itself"));
   }
   if (exists && !S_ISREG(existing.st_mode)) {

@@ -9,11 +9,13 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "tool/Background.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
 #include "tool/Messages.h"
 #include "tool/PackageLock.h"
 #include "tool/Progress.h"
+#include "tool/TreeWalk.h"
 
 namespace tool {
 
@@ -62,6 +64,7 @@ std::optional<std::int64_t> timestampOf(const Invocation& invocation) {
 opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation) {
   opc::zippackage::WriteOptions options;
   options.timestamp = timestampOf(invocation);
+  options.background = secondThread();
   options.level =
       static_cast<int>(invocation.number(kLevelOption.longName, 0, 9).value_or(options.level));
   return options;
@@ -81,10 +84,16 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   ProgressBar bar(settings);
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
+  const auto before = identityOf(path);
   commit(*package);
+  if (identityOf(path) == before) return;  // nothing was changed, so nothing was written
   for (const std::string& item : strays) {
     printWarning({}, sentence("item", item, "it is no part of the package and was left out"));
   }
+}
+
+void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change) {
+  change(*openForChanging(path));
 }
 
 void commit(AddonPackage& package) {

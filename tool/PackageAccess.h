@@ -34,6 +34,9 @@ opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation);
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
                    const Settings& settings, const std::function<void(AddonPackage&)>& change);
 
+/// What changePackage does up to the commit, so that all faults show and nothing is written.
+void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change);
+
 /// Commits, and then is deaf to interrupts: the new package is in place.
 void commit(AddonPackage& package);
 

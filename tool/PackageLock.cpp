@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include "opc/SystemCall.h"
 #include "tool/Interrupt.h"
 
 namespace tool {
@@ -34,7 +35,8 @@ bool isStillAt(const std::string& path, int descriptor) {
 PackageLock::PackageLock(const std::string& path) {
   while (true) {
     // Not blocking: opening a named pipe would wait for a writer.
-    file_.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    file_.reset(opc::uninterrupted(
+        [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
     if (!file_ || !waitForLock(file_.get())) return;
     if (isStillAt(path, file_.get())) return;
     Interrupt::check();

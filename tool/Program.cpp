@@ -6,8 +6,12 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <new>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "tool/Arguments.h"
 #include "tool/CommandTable.h"
@@ -38,6 +42,19 @@ void ignoreBrokenPipes() {
   action.sa_handler = SIG_IGN;
   ::sigemptyset(&action.sa_mask);
   ::sigaction(SIGPIPE, &action, nullptr);
+}
+
+/// Some destructors of libraries cannot do without memory, and end here when there is none.
+[[noreturn]] void endWithoutMemory() {
+  try {
+    if (const auto failure = std::current_exception()) std::rethrow_exception(failure);
+  } catch (const std::bad_alloc&) {
+    printLackOfMemory({});
+    ::_exit(static_cast<int>(ExitCode::Failed));
+  } catch (...) {
+    // A fault of the program's own.
+  }
+  std::abort();
 }
 
 ExitCode print(const std::string& text) {
@@ -73,10 +90,7 @@ std::string_view nameOf(const Context& context) {
   return context.command == nullptr ? std::string_view() : context.command->name;
 }
 
-}  // namespace
-
-ExitCode runProgram(const std::vector<std::string>& words) {
-  Context context;
+ExitCode runReportingFailures(const std::vector<std::string>& words, Context& context) {
   try {
     occupyStandardStreams();
     ignoreBrokenPipes();
@@ -90,9 +104,23 @@ ExitCode runProgram(const std::vector<std::string>& words) {
   } catch (const Failure& failure) {
     printError(nameOf(context), failure.what(), failure.hint());
   } catch (const std::bad_alloc&) {
-    printError(nameOf(context), "there is not enough memory");
+    throw;
   } catch (const std::exception& error) {
     printError(nameOf(context), error.what());
+  }
+  return ExitCode::Failed;
+}
+
+}  // namespace
+
+ExitCode runProgram(std::span<char* const> arguments) {
+  Context context;
+  std::set_terminate(endWithoutMemory);
+  try {
+    return runReportingFailures({arguments.begin(), arguments.end()}, context);
+  } catch (const std::bad_alloc&) {
+    // Of the words, of the work, or of a message about another failure.
+    printLackOfMemory(nameOf(context));
   }
   return ExitCode::Failed;
 }

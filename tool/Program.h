@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <string>
-#include <vector>
+#include <span>
 
 #include "tool/ExitCode.h"
 
@@ -10,6 +9,6 @@ namespace tool {
 
 /// Runs the whole program on the words after its name. Reports every failure; ends the process
 /// by the signal that interrupted it, if one did.
-ExitCode runProgram(const std::vector<std::string>& words);
+ExitCode runProgram(std::span<char* const> arguments);
 
 }  // namespace tool

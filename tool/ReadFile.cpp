@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
 
@@ -17,8 +18,8 @@ namespace tool {
 std::string readWholeFile(const std::string& path, std::size_t limit) {
   const bool isInput = path == "-";
   const std::string name = isInput ? "standard input" : path;
-  const opc::FileDescriptor file(isInput ? -1
-                                         : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  const auto open = [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); };
+  const opc::FileDescriptor file(isInput ? -1 : opc::uninterrupted(open));
   if (!isInput && !file) throw systemFailure("cannot read", name, errno);
   const int descriptor = isInput ? STDIN_FILENO : file.get();
   std::vector<char> buffer(std::size_t{64} << 10);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
@@ -43,7 +44,8 @@ void checkImage(const std::string& path) {
   if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot read", path, errno);
   if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
   if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is no file"));
-  const opc::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  const opc::FileDescriptor file(
+      opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
   if (!file) throw systemFailure("cannot read", path, errno);
 }
 
@@ -67,6 +69,14 @@ std::string defaultOutput(const std::string& package, const std::string& part) {
   return baseNameOf(package) + name.substr(baseNameOf(name).size());
 }
 
+/// A file that nobody named must not go.
+void requireFree(const std::string& file) {
+  struct stat info {};
+  if (::lstat(file.c_str(), &info) != 0) return;
+  throw Failure(sentence("cannot write", file, "it exists already"),
+                fmt::format("-o {} replaces it", file));
+}
+
 void writeOut(const Invocation& invocation) {
   refuse(invocation, "timestamp", "it goes with IMAGE only");
   refuse(invocation, "level", "it goes with IMAGE only");
@@ -86,7 +96,10 @@ void writeOut(const Invocation& invocation) {
       output.write(std::span<const unsigned char>(buffer.data(), size));
     }
   };
-  writeOutputFile(invocation.valueOr("output", defaultOutput(path, part)), content, path);
+  const auto given = invocation.value("output");
+  const std::string file = given ? *given : defaultOutput(path, part);
+  if (!given) requireFree(file);
+  writeOutputFile(file, content, path);
 }
 
 ExitCode run(const Invocation& invocation) {
@@ -105,8 +118,8 @@ constexpr CommandSpec kScreenshotCommand{
     "stores the screenshot, or writes out the stored one",
     "With IMAGE, a png, gif, tiff, bmp or JPEG file, that becomes the package's one\n"
     "screenshot and thumbnail, in the place of an earlier one. Without it the stored\n"
-    "image is written, byte for byte, to FILE or, without -o, to the package's base\n"
-    "name with the image's extension. A file of that name is replaced.",
+    "image is written, byte for byte, to FILE, which is replaced, or, without -o, to the\n"
+    "package's base name with the image's extension, which must not exist.",
     kOperands,
     kOptions,
     run};

@@ -9,6 +9,9 @@
 
 namespace tool {
 
+using addon::packaging::AddonPackage;
+using opc::plservices::FileSystemEntry;
+
 namespace {
 
 Failure isEmpty() {
@@ -17,13 +20,6 @@ Failure isEmpty() {
 
 Failure namesNothing(const std::string& operand) {
   return Failure(sentence("cannot find", operand, "the package holds nothing of that name"));
-}
-
-/// "a/b" of "/a/b/", and "" of "/".
-std::string_view trimSlashes(std::string_view path) {
-  while (path.starts_with('/')) path.remove_prefix(1);
-  while (path.ends_with('/')) path.remove_suffix(1);
-  return path;
 }
 
 /// Calls `visit(path, isFolder)` for every folder above, from the top down, and then for the item.
@@ -110,6 +106,25 @@ std::vector<Item> keepChosen(std::vector<Item> items, Chooser chooser) {
 }
 
 }  // namespace
+
+std::string_view trimSlashes(std::string_view path) {
+  while (path.starts_with('/')) path.remove_prefix(1);
+  while (path.ends_with('/')) path.remove_suffix(1);
+  return path;
+}
+
+std::vector<FileSystemEntry> findEntries(AddonPackage& package,
+                                         const std::vector<std::string>& operands) {
+  auto& tree = package.fileSystem();
+  std::vector<FileSystemEntry> entries;
+  for (const std::string& operand : operands) {
+    if (operand.empty()) throw isEmpty();
+    const auto entry = tree.find(trimSlashes(operand));
+    if (entry == nullptr) throw namesNothing(operand);
+    entries.push_back(*entry);
+  }
+  return entries;
+}
 
 std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
                          bool areGlobs) {

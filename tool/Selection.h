@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tool/Contents.h"
@@ -16,5 +17,13 @@ namespace tool {
 /// nothing.
 std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
                          bool areGlobs);
+
+/// The files and folders that literal paths name, one an operand, "/" the root. Throws Failure for
+/// one that names nothing.
+std::vector<opc::plservices::FileSystemEntry> findEntries(addon::packaging::AddonPackage& package,
+                                                          const std::vector<std::string>& operands);
+
+/// "a/b" of "/a/b/", and "" of "/".
+std::string_view trimSlashes(std::string_view path);
 
 }  // namespace tool

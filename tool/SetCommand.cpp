@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "opc/Exception.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
@@ -110,7 +111,21 @@ void checkFixed(const kxArray* stored, const kxArray* changed) {
   }
 }
 
-/// Stores `document`, or what the package holds with `fields` put in.
+std::string jsonOf(const DocumentKind& kind, const kxArray* document) {
+  return toJson(kind.shape, document, JsonWriter::Layout::Compact);
+}
+
+bool isStored(const DocumentKind& kind, const kxArray* document, AddonPackage& package) {
+  if (!isPresent(kind, package)) return false;
+  try {
+    return jsonOf(kind, kind.load(package).get()) == jsonOf(kind, document);
+  } catch (const opc::Exception&) {
+    return false;  // one that cannot be read can be replaced
+  }
+}
+
+/// Stores `document`, or what the package holds with `fields` put in. What is
+/// stored already is left alone, so that nothing is written for it.
 void change(const DocumentKind& kind, HostArrayPointer document, const Fields& fields,
             AddonPackage& package) {
   if (!document) document = kind.load(package);
@@ -118,7 +133,7 @@ void change(const DocumentKind& kind, HostArrayPointer document, const Fields& f
     kxSetField(document.get(), 0, field.c_str(), toHostText(opc::fromUtf8(value)).release());
   }
   if (kind.shape.name == "properties") checkFixed(kind.load(package).get(), document.get());
-  kind.store(package, document.get());
+  if (!isStored(kind, document.get(), package)) kind.store(package, document.get());
 }
 
 /// Whether the words after the document are the name of one file. Throws UsageError where they are

@@ -13,6 +13,7 @@
 #include <system_error>
 
 #include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
@@ -50,7 +51,8 @@ class TreeWalk {
  public:
   TreeWalk(const std::string& folder, const TreeWalkOptions& options)
       : folder_(folder), options_(options) {
-    root_.reset(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    root_.reset(opc::uninterrupted(
+        [&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!root_) throw systemFailure("cannot read the folder", folder, errno);
   }
 
@@ -91,7 +93,8 @@ class TreeWalk {
 
   void readFolder(const std::string& path, std::size_t parent, bool isLink) {
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isLink ? 0 : O_NOFOLLOW);
-    opc::FileDescriptor file(::openat(root_.get(), path.empty() ? "." : path.c_str(), flags));
+    opc::FileDescriptor file(opc::uninterrupted(
+        [&] { return ::openat(root_.get(), path.empty() ? "." : path.c_str(), flags); }));
     struct stat info {};
     if (!file || ::fstat(file.get(), &info) != 0) {
       throw systemFailure("cannot read the folder", onDisk(path), errno);
@@ -149,10 +152,7 @@ class TreeWalk {
     const bool hasTarget = isLink && ::fstatat(descriptor, entry.name.c_str(), &target, 0) == 0;
     const int linkError = isLink && !hasTarget ? errno : 0;
     const Kind finalKind = hasTarget ? toKind(target.st_mode) : kind;
-    if (options_.excludes.excludes(path, finalKind == Kind::Folder)) {
-      if (options_.onExcluded) options_.onExcluded(path);
-      return;
-    }
+    if (isExcluded(path, finalKind == Kind::Folder)) return;
     if (isLink) checkLink(path, linkError);
     if (finalKind == Kind::File && isLeftOut(entry, isLink ? &target : nullptr, descriptor)) return;
     if (finalKind == Kind::Other) {
@@ -162,6 +162,13 @@ class TreeWalk {
       throw Failure(sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
     }
     pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
+  }
+
+  bool isExcluded(const std::string& path, bool isFolder) const {
+    const std::string inPackage = options_.place.empty() ? path : options_.place + "/" + path;
+    if (!options_.excludes.excludes(inPackage, isFolder)) return false;
+    if (options_.onExcluded) options_.onExcluded(inPackage);
+    return true;
   }
 
   Kind kindOf(const Listed& entry, int descriptor, const std::string& path) const {

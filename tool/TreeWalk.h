@@ -23,10 +23,12 @@ struct FileIdentity {
 std::optional<FileIdentity> identityOf(const std::string& path);
 
 struct TreeWalkOptions {
-  addon::project::PatternList excludes;
-  bool followsOutside = false;          ///< follow links that lead out of the folder
-  std::optional<FileIdentity> leftOut;  ///< a file that is no part of the tree: the output
-  std::function<void(const std::string&)> onExcluded = nullptr;  ///< may be empty
+  addon::project::PatternList excludes;  ///< for paths in the package
+  std::string place = {};                ///< of the folder's content in the package; "" is the top
+  bool followsOutside = false;           ///< follow links that lead out of the folder
+  std::optional<FileIdentity> leftOut;   ///< a file that is no part of the tree: the output
+  /// Gets paths in the package; may be empty.
+  std::function<void(const std::string&)> onExcluded = nullptr;
 };
 
 /// Something to be packed. The path is UTF-8, relative to the folder, with '/'.

@@ -13,9 +13,9 @@ enum class Scope {
 };
 
 /// Checks everything about the package at `path` (UTF-8): reads every byte once, and verifies every
-/// checksum. Throws opc::SystemError when the file cannot be opened or read; whatever is wrong with
-/// its content goes into the report. A check that needs what an earlier one found broken is left
-/// out.
+/// checksum. Throws opc::SystemError when the file cannot be opened or read, and opc::Exception
+/// when it is no regular file or its directory is beyond 128 MiB; whatever is wrong with its
+/// content goes into the report. A check that needs what an earlier one found broken is left out.
 Report verifyPackage(const std::string& path, Scope scope);
 
 }  // namespace addon::checks

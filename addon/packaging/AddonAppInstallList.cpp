@@ -2,6 +2,7 @@
 #include "addon/packaging/AddonAppInstallList.h"
 
 #include "addon/packaging/DocumentElements.h"
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -22,15 +23,11 @@ constexpr TextField<AddonAppInstall> kTextFields[] = {
 };
 constexpr const char* kFlagField = "installByDefault";
 
-constexpr const char16_t* kRoot = u"applications";
-constexpr const char16_t* kApplication = u"application";
+using Xml = AppsXml;
 constexpr TextAttribute<AddonAppInstall> kAttributes[] = {
-    {u"name", &AddonAppInstall::name},
-    {u"guid", &AddonAppInstall::guid},
+    {Xml::kName, &AddonAppInstall::name},
+    {Xml::kGuid, &AddonAppInstall::guid},
 };
-constexpr const char16_t* kInstallByDefault = u"installByDefault";
-// The path goes by two names: "relativePath" to the host, "file" in XML.
-constexpr const char16_t* kFile = u"file";
 
 }  // namespace
 
@@ -42,9 +39,9 @@ AddonAppInstall::AddonAppInstall(const kxArray* array, std::size_t index) {
 AddonAppInstall::AddonAppInstall(const xercesc::DOMElement* element) {
   readAttributes(*this, element, kAttributes);
   std::u16string flag;
-  XercesHelper::getElementAttribute(element, kInstallByDefault, flag);
+  XercesHelper::getElementAttribute(element, Xml::kInstallByDefault, flag);
   installByDefault = isTrue(flag);
-  readChildText(element, kFile, relativePath);
+  readChildText(element, Xml::kFile, relativePath);
 }
 
 kxArray* AddonAppInstall::createStructArray(std::size_t count) {
@@ -61,8 +58,8 @@ void AddonAppInstall::addRow(kxArray* array, std::size_t index) const {
 void AddonAppInstall::populateXMLNode(xercesc::DOMElement* element,
                                       const std::u16string& namespaceURI) const {
   writeAttributes(*this, element, kAttributes);
-  XercesHelper::setElementAttribute(element, kInstallByDefault, flagText(installByDefault));
-  appendTextElement(element, namespaceURI, kFile, relativePath);
+  XercesHelper::setElementAttribute(element, Xml::kInstallByDefault, flagText(installByDefault));
+  appendTextElement(element, namespaceURI, Xml::kFile, relativePath);
 }
 
 AddonAppInstallList::AddonAppInstallList()
@@ -78,12 +75,12 @@ kxArray* AddonAppInstallList::getStructArray() {
 }
 
 void AddonAppInstallList::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
-  appendRecords(root, namespaceURI, kApplication, apps);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
+  appendRecords(root, namespaceURI, Xml::kApplication, apps);
 }
 
 void AddonAppInstallList::populateFromDOM(xercesc::DOMDocument* document) {
-  apps = readChildRecords<AddonAppInstall>(document->getDocumentElement(), kApplication);
+  apps = readChildRecords<AddonAppInstall>(document->getDocumentElement(), Xml::kApplication);
 }
 
 }  // namespace addon::packaging

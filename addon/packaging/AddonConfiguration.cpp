@@ -2,6 +2,7 @@
 #include "addon/packaging/AddonConfiguration.h"
 
 #include "addon/packaging/DocumentElements.h"
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -16,7 +17,7 @@ constexpr const char16_t* kContentType =
 constexpr const char16_t* kNamespacePath = u"/korvan/addon/2014/configuration";
 constexpr const char16_t* kRelationshipPath = u"/korvan/addon/2014/relationships/configuration";
 
-constexpr const char16_t* kRoot = u"configuration";
+using Xml = ConfigurationXml;
 
 struct PathList {
   const char* field;
@@ -26,8 +27,9 @@ struct PathList {
 };
 
 constexpr PathList kLists[] = {
-    {"korvanPaths", u"korvanPaths", u"korvanPath", &AddonConfiguration::korvanPaths},
-    {"javaClassPaths", u"javaClassPaths", u"javaClassPath", &AddonConfiguration::javaClassPaths},
+    {"korvanPaths", Xml::kKorvanPaths, Xml::kKorvanPath, &AddonConfiguration::korvanPaths},
+    {"javaClassPaths", Xml::kJavaClassPaths, Xml::kJavaClassPath,
+     &AddonConfiguration::javaClassPaths},
 };
 
 }  // namespace
@@ -50,7 +52,7 @@ kxArray* AddonConfiguration::getStructArray() {
 }
 
 void AddonConfiguration::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
   for (const PathList& list : kLists) {
     const auto& paths = this->*list.member;
     if (paths.empty()) continue;

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "addon/packaging/DocumentElements.h"
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -25,38 +26,32 @@ constexpr TextField<Example> kTextFields[] = {
 };
 constexpr const char* kImagesField = "images";
 
-constexpr const char16_t* kRoot = u"examples";
-constexpr const char16_t* kCategory = u"exampleCategory";
-constexpr const char16_t* kName = u"name";
-constexpr const char16_t* kExample = u"example";
+using Xml = ExamplesXml;
 constexpr TextAttribute<Example> kAttributes[] = {
-    {u"name", &Example::name},
-    {u"type", &Example::type},
+    {Xml::kName, &Example::name},
+    {Xml::kType, &Example::type},
 };
-constexpr const char16_t* kFile = u"file";
-constexpr const char16_t* kFileType = u"type";
 constexpr TextAttribute<Example> kSingleFiles[] = {
-    {u"source", &Example::source},
-    {u"main", &Example::main},
-    {u"thumbnail", &Example::thumbnail},
+    {Xml::kSource, &Example::source},
+    {Xml::kMain, &Example::main},
+    {Xml::kThumbnail, &Example::thumbnail},
 };
-constexpr const char16_t* kImage = u"image";
 
 void appendFile(xercesc::DOMElement* example, const std::u16string& namespaceURI,
                 const std::u16string& type, const std::u16string& path) {
-  xercesc::DOMElement* file = XercesHelper::appendElementNS(example, namespaceURI, kFile);
-  XercesHelper::setElementAttribute(file, kFileType, type);
+  xercesc::DOMElement* file = XercesHelper::appendElementNS(example, namespaceURI, Xml::kFile);
+  XercesHelper::setElementAttribute(file, Xml::kType, type);
   XercesHelper::setElementText(file, path);
 }
 
 void readFile(const xercesc::DOMElement* file, Example& example) {
   std::u16string type;
-  XercesHelper::getElementAttribute(file, kFileType, type);
+  XercesHelper::getElementAttribute(file, Xml::kType, type);
   const auto* single = std::find_if(std::begin(kSingleFiles), std::end(kSingleFiles),
                                     [&](const auto& kind) { return type == kind.name; });
   if (single != std::end(kSingleFiles)) {
     XercesHelper::getElementText(file, example.*single->member);
-  } else if (type == kImage) {
+  } else if (type == Xml::kImage) {
     XercesHelper::getElementText(file, example.images.emplace_back());
   }
 }
@@ -70,7 +65,7 @@ Example::Example(const kxArray* element) {
 
 Example::Example(const xercesc::DOMElement* element) {
   readAttributes(*this, element, kAttributes);
-  for (const auto* file : XercesHelper::getElements(element, kFile)) readFile(file, *this);
+  for (const auto* file : XercesHelper::getElements(element, Xml::kFile)) readFile(file, *this);
 }
 
 kxArray* Example::createStructArray(std::size_t count) {
@@ -93,7 +88,7 @@ void Example::populateXMLNode(xercesc::DOMElement* element, std::u16string names
     const std::u16string& path = this->*kind.member;
     if (!path.empty()) appendFile(element, namespaceUri, kind.name, path);
   }
-  for (const std::u16string& image : images) appendFile(element, namespaceUri, kImage, image);
+  for (const std::u16string& image : images) appendFile(element, namespaceUri, Xml::kImage, image);
 }
 
 AddonExamples::AddonExamples()
@@ -120,21 +115,21 @@ kxArray* AddonExamples::getStructArray() {
 }
 
 void AddonExamples::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
   for (const ExampleCategory& category : categories) {
-    auto* element = XercesHelper::appendElementNS(root, namespaceURI, kCategory);
-    XercesHelper::setElementAttribute(element, kName, category.name);
-    appendRecords(element, namespaceURI, kExample, category.examples);
+    auto* element = XercesHelper::appendElementNS(root, namespaceURI, Xml::kCategory);
+    XercesHelper::setElementAttribute(element, Xml::kName, category.name);
+    appendRecords(element, namespaceURI, Xml::kExample, category.examples);
   }
 }
 
 void AddonExamples::populateFromDOM(xercesc::DOMDocument* document) {
   categories.clear();
   const xercesc::DOMElement* root = document->getDocumentElement();
-  for (const auto* element : XercesHelper::getElements(root, kCategory)) {
+  for (const auto* element : XercesHelper::getElements(root, Xml::kCategory)) {
     ExampleCategory& category = categories.emplace_back();
-    XercesHelper::getElementAttribute(element, kName, category.name);
-    category.examples = readChildRecords<Example>(element, kExample);
+    XercesHelper::getElementAttribute(element, Xml::kName, category.name);
+    category.examples = readChildRecords<Example>(element, Xml::kExample);
   }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "addon/packaging/AddonLicense.h"
 
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -19,9 +20,7 @@ constexpr TextField<AddonLicense> kFields[] = {
     {"text", &AddonLicense::text},
 };
 
-constexpr const char16_t* kRoot = u"license";
-constexpr const char16_t* kLicenseText = u"licenseText";
-constexpr const char16_t* kType = u"type";
+using Xml = LicenseXml;
 
 }  // namespace
 
@@ -40,17 +39,17 @@ kxArray* AddonLicense::getStructArray() {
 }
 
 void AddonLicense::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
-  xercesc::DOMElement* terms = XercesHelper::appendElementNS(root, namespaceURI, kLicenseText);
-  XercesHelper::setElementAttribute(terms, kType, type);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
+  xercesc::DOMElement* terms = XercesHelper::appendElementNS(root, namespaceURI, Xml::kLicenseText);
+  XercesHelper::setElementAttribute(terms, Xml::kType, type);
   XercesHelper::setElementText(terms, text);
 }
 
 void AddonLicense::populateFromDOM(xercesc::DOMDocument* document) {
   const xercesc::DOMElement* terms =
-      XercesHelper::getElement(document->getDocumentElement(), kLicenseText);
+      XercesHelper::getElement(document->getDocumentElement(), Xml::kLicenseText);
   XercesHelper::getElementText(terms, text);
-  XercesHelper::getElementAttribute(terms, kType, type);
+  XercesHelper::getElementAttribute(terms, Xml::kType, type);
 }
 
 }  // namespace addon::packaging

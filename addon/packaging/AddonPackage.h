@@ -50,6 +50,10 @@ class AddonPackage {
   /// several, it keeps what it holds. Throws opc::Exception when the target is missing and
   /// opc::model::InvalidXMLDocument when it is not well-formed.
   void getXMLPart(XMLPartType& document);
+  /// Removes the document: every relationship of its type with the part that it leads to, and the
+  /// part that has its name. A part stays when something else leads to it or when it is a file of
+  /// the tree. False, and nothing is changed, when there is nothing of that.
+  bool removeXMLPart(const XMLPartType& document);
   void setLicense(AddonLicense& license);
   void getLicense(AddonLicense& license);
 
@@ -59,6 +63,8 @@ class AddonPackage {
   /// Stores the image file at a path of the disk, unchanged, as the package's one screenshot and
   /// thumbnail, in the place of an earlier one. Throws opc::Exception when it cannot be read.
   void setScreenshot(std::u16string& imagePath);
+  /// Removes the screenshot, with the thumbnail that shows it, as removeXMLPart does.
+  bool removeScreenshot();
   /// The bytes of the screenshot; none when there is none.
   std::vector<unsigned char> getScreenshot();
   /// The bytes of the one part that the package points at with that relationship type; none unless

@@ -3,6 +3,7 @@
 #include <boost/algorithm/string/case_conv.hpp>
 
 #include "addon/packaging/AddonPackage.h"
+#include "addon/packaging/ScreenshotPart.h"
 #include "opc/LocalFileSystemOps.h"
 #include "opc/Streams.h"
 #include "opc/Text.h"
@@ -22,12 +23,6 @@ using opc::plservices::FileContentSource;
 
 namespace {
 
-// The screenshot is found for replacement by these ids, which nothing else in a package takes.
-constexpr const char16_t* kScreenshotId = u"rId100";
-constexpr const char16_t* kThumbnailId = u"rId101";
-constexpr const char16_t* kRelationshipPath = u"/korvan/addon/2014/relationships/primaryScreenShot";
-constexpr const char16_t* kPartNameStem = u"/metadata/primaryScreenShot.";
-
 struct ImageType {
   const char* extension;
   const char* contentType;
@@ -42,12 +37,12 @@ constexpr const char16_t* kJpegExtension = u"jpg";
 constexpr std::size_t kReadStep = 8192;  // bytes
 
 /// Takes away the screenshot that is there, with both its relationships.
-void removeScreenshot(opc::model::Package& package) {
-  if (!package.hasRelationship(kScreenshotId)) return;
-  const auto relationship = package.getRelationship(kScreenshotId);
+void takeAwayScreenshot(opc::model::Package& package) {
+  if (!package.hasRelationship(ScreenshotPart::kId)) return;
+  const auto relationship = package.getRelationship(ScreenshotPart::kId);
   package.deletePart(PartName(relationship.getTargetURI().toString()));
-  package.deleteRelationship(kScreenshotId);
-  package.deleteRelationship(kThumbnailId);
+  package.deleteRelationship(ScreenshotPart::kId);
+  package.deleteRelationship(ScreenshotPart::kThumbnailId);
 }
 
 std::vector<unsigned char> readAll(opc::InputStream& stream) {
@@ -73,18 +68,19 @@ std::u16string AddonPackage::getContentTypeFromImageExtension(const std::u16stri
 }
 
 void AddonPackage::setScreenshot(std::u16string& imagePath) {
-  removeScreenshot(logicalPackage_);
+  takeAwayScreenshot(logicalPackage_);
 
   const std::u16string extension = opc::LocalFileSystemOps::getExtension(imagePath);
   const std::u16string type = getContentTypeFromImageExtension(extension);
   const bool isJpeg = type == opc::toStringFromASCIIStringLiteral(kJpegType);
-  const std::u16string name = kPartNameStem + (isJpeg ? kJpegExtension : extension);
+  const std::u16string name = ScreenshotPart::kNameStem + (isJpeg ? kJpegExtension : extension);
   const auto part = logicalPackage_.createPart(PartName(name), ContentType(type),
                                                StandardPartInfo(CompressionType::Normal, 0));
-  logicalPackage_.createInternalRelationship(opc::plservices::SchemaRoot + kRelationshipPath,
-                                             URI(name), kScreenshotId);
+  logicalPackage_.createInternalRelationship(ScreenshotPart::relationshipType(), URI(name),
+                                             ScreenshotPart::kId);
   logicalPackage_.createInternalRelationship(
-      opc::model::PackageHelper::getThumbnailRelationshipType(), URI(name), kThumbnailId);
+      opc::model::PackageHelper::getThumbnailRelationshipType(), URI(name),
+      ScreenshotPart::kThumbnailId);
 
   FileContentSource image(imagePath);
   const auto from = image.getInputStream();
@@ -93,7 +89,7 @@ void AddonPackage::setScreenshot(std::u16string& imagePath) {
 }
 
 std::vector<unsigned char> AddonPackage::getScreenshot() {
-  return getBinaryPart(opc::plservices::SchemaRoot + kRelationshipPath);
+  return getBinaryPart(ScreenshotPart::relationshipType());
 }
 
 // By value: a signature that callers already use.

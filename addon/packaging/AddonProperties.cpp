@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "addon/packaging/DocumentElements.h"
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -31,16 +32,7 @@ constexpr TextField<AddonProperties> kFields[] = {
     {"description", &AddonProperties::description},
 };
 
-constexpr const char16_t* kRoot = u"addonProperties";
-constexpr const char16_t* kIdentifier = u"identifier";
-constexpr const char16_t* kIdentifierType = u"type";
-constexpr const char16_t* kGuid = u"GUID";
-constexpr const char16_t* kDescription = u"description";
-constexpr const char16_t* kAuthors = u"authors";
-constexpr const char16_t* kAuthor = u"author";
-constexpr const char16_t* kName = u"name";
-constexpr const char16_t* kContact = u"contact";
-constexpr const char16_t* kOrganization = u"organization";
+using Xml = PropertiesXml;
 
 }  // namespace
 
@@ -59,30 +51,31 @@ kxArray* AddonProperties::getStructArray() {
 }
 
 void AddonProperties::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
-  xercesc::DOMElement* identifier = XercesHelper::appendElementNS(root, namespaceURI, kIdentifier);
-  XercesHelper::setElementAttribute(identifier, kIdentifierType, kGuid);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
+  xercesc::DOMElement* identifier =
+      XercesHelper::appendElementNS(root, namespaceURI, Xml::kIdentifier);
+  XercesHelper::setElementAttribute(identifier, Xml::kIdentifierType, Xml::kGuid);
   XercesHelper::setElementText(identifier, GUID);
-  appendTextElement(root, namespaceURI, kDescription, description);
+  appendTextElement(root, namespaceURI, Xml::kDescription, description);
   if (authorName.empty() && authorContact.empty() && authorOrganization.empty()) return;
 
-  xercesc::DOMElement* authors = XercesHelper::appendElementNS(root, namespaceURI, kAuthors);
-  xercesc::DOMElement* author = XercesHelper::appendElementNS(authors, namespaceURI, kAuthor);
-  appendTextElement(author, namespaceURI, kName, authorName);
-  appendTextElement(author, namespaceURI, kContact, authorContact);
-  appendTextElement(author, namespaceURI, kOrganization, authorOrganization);
+  xercesc::DOMElement* authors = XercesHelper::appendElementNS(root, namespaceURI, Xml::kAuthors);
+  xercesc::DOMElement* author = XercesHelper::appendElementNS(authors, namespaceURI, Xml::kAuthor);
+  appendTextElement(author, namespaceURI, Xml::kName, authorName);
+  appendTextElement(author, namespaceURI, Xml::kContact, authorContact);
+  appendTextElement(author, namespaceURI, Xml::kOrganization, authorOrganization);
 }
 
 void AddonProperties::populateFromDOM(xercesc::DOMDocument* document) {
   const xercesc::DOMElement* root = document->getDocumentElement();
-  readChildText(root, kIdentifier, GUID);
-  readChildText(root, kDescription, description);
+  readChildText(root, Xml::kIdentifier, GUID);
+  readChildText(root, Xml::kDescription, description);
 
   const xercesc::DOMElement* author =
-      XercesHelper::getElement(XercesHelper::getElement(root, kAuthors), kAuthor);
-  readChildText(author, kName, authorName);
-  readChildText(author, kContact, authorContact);
-  readChildText(author, kOrganization, authorOrganization);
+      XercesHelper::getElement(XercesHelper::getElement(root, Xml::kAuthors), Xml::kAuthor);
+  readChildText(author, Xml::kName, authorName);
+  readChildText(author, Xml::kContact, authorContact);
+  readChildText(author, Xml::kOrganization, authorOrganization);
 }
 
 }  // namespace addon::packaging

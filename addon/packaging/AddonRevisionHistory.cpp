@@ -2,6 +2,7 @@
 #include "addon/packaging/AddonRevisionHistory.h"
 
 #include "addon/packaging/DocumentElements.h"
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -22,13 +23,11 @@ constexpr TextField<AddonRevision> kFields[] = {
     {"description", &AddonRevision::description},
 };
 
-constexpr const char16_t* kRoot = u"revisionHistory";
-constexpr const char16_t* kRevision = u"revision";
+using Xml = RevisionsXml;
 constexpr TextAttribute<AddonRevision> kAttributes[] = {
-    {u"date", &AddonRevision::date},
-    {u"version", &AddonRevision::version},
+    {Xml::kDate, &AddonRevision::date},
+    {Xml::kVersion, &AddonRevision::version},
 };
-constexpr const char16_t* kDescription = u"description";
 
 }  // namespace
 
@@ -38,7 +37,7 @@ AddonRevision::AddonRevision(const kxArray* array, std::size_t index) {
 
 AddonRevision::AddonRevision(const xercesc::DOMElement* element) {
   readAttributes(*this, element, kAttributes);
-  readChildText(element, kDescription, description);
+  readChildText(element, Xml::kDescription, description);
 }
 
 kxArray* AddonRevision::createStructArray(std::size_t count) {
@@ -52,7 +51,7 @@ void AddonRevision::addRow(kxArray* array, std::size_t index) const {
 void AddonRevision::populateXMLNode(xercesc::DOMElement* element,
                                     const std::u16string& namespaceURI) const {
   writeAttributes(*this, element, kAttributes);
-  appendTextElement(element, namespaceURI, kDescription, description);
+  appendTextElement(element, namespaceURI, Xml::kDescription, description);
 }
 
 AddonRevisionHistory::AddonRevisionHistory()
@@ -68,12 +67,12 @@ kxArray* AddonRevisionHistory::getStructArray() {
 }
 
 void AddonRevisionHistory::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
-  appendRecords(root, namespaceURI, kRevision, revisions);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
+  appendRecords(root, namespaceURI, Xml::kRevision, revisions);
 }
 
 void AddonRevisionHistory::populateFromDOM(xercesc::DOMDocument* document) {
-  revisions = readChildRecords<AddonRevision>(document->getDocumentElement(), kRevision);
+  revisions = readChildRecords<AddonRevision>(document->getDocumentElement(), Xml::kRevision);
 }
 
 }  // namespace addon::packaging

@@ -2,6 +2,7 @@
 #include "addon/packaging/AddonSystemRequirements.h"
 
 #include "addon/packaging/DocumentElements.h"
+#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 
 namespace addon::packaging {
@@ -22,13 +23,12 @@ constexpr TextField<ProductDependency> kFields[] = {
     {"version", &ProductDependency::version},
     {"identifier", &ProductDependency::identifier},
 };
+using Xml = RequirementsXml;
 constexpr TextAttribute<ProductDependency> kAttributes[] = {
-    {u"name", &ProductDependency::name},
-    {u"version", &ProductDependency::version},
-    {u"identifier", &ProductDependency::identifier},
+    {Xml::kName, &ProductDependency::name},
+    {Xml::kVersion, &ProductDependency::version},
+    {Xml::kIdentifier, &ProductDependency::identifier},
 };
-
-constexpr const char16_t* kRoot = u"systemRequirements";
 
 struct DependencyList {
   const char* field;
@@ -38,9 +38,9 @@ struct DependencyList {
 };
 
 constexpr DependencyList kLists[] = {
-    {"productDependency", u"requiredProducts", u"product",
+    {"productDependency", Xml::kProducts, Xml::kProduct,
      &AddonSystemRequirements::productDependencies},
-    {"supportPackageDependency", u"requiredSupportPackages", u"supportPackage",
+    {"supportPackageDependency", Xml::kSupportPackages, Xml::kSupportPackage,
      &AddonSystemRequirements::supportPackageDependencies},
 };
 
@@ -90,7 +90,7 @@ kxArray* AddonSystemRequirements::getStructArray() {
 }
 
 void AddonSystemRequirements::buildDOM(opc::model::DocumentPointer& document) {
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, kRoot);
+  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI, Xml::kRoot);
   for (const DependencyList& list : kLists) {
     const auto& dependencies = this->*list.member;
     if (dependencies.empty()) continue;

@@ -267,7 +267,7 @@ bool Pattern::matches(std::string_view path, bool isFolder) const {
   return matchesName(segments_[0].tokens, toCharacters(name));
 }
 
-void PatternList::addLines(std::string_view text) {
+void PatternList::addLines(std::string_view text, std::string_view folder) {
   if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
@@ -275,13 +275,21 @@ void PatternList::addLines(std::string_view text) {
     text.remove_prefix(std::min(end + 1, text.size()));
     if (line.ends_with('\r')) line.remove_suffix(1);
     while (line.ends_with(' ') && !line.ends_with("\\ ")) line.remove_suffix(1);
-    if (!line.empty() && line[0] != '#') add(line);
+    if (line.empty() || line[0] == '#') continue;
+    patterns_.push_back({Pattern(line), std::string(folder)});
   }
 }
 
+bool PatternList::Entry::matches(std::string_view path, bool isFolder) const {
+  if (folder.empty()) return pattern.matches(path, isFolder);
+  const bool isBelow =
+      path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+  return isBelow && pattern.matches(path.substr(folder.size() + 1), isFolder);
+}
+
 bool PatternList::excludes(std::string_view path, bool isFolder) const {
-  for (auto pattern = patterns_.rbegin(); pattern != patterns_.rend(); ++pattern) {
-    if (pattern->matches(path, isFolder)) return !pattern->takesBack();
+  for (auto entry = patterns_.rbegin(); entry != patterns_.rend(); ++entry) {
+    if (entry->matches(path, isFolder)) return !entry->pattern.takesBack();
   }
   return false;
 }

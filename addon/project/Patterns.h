@@ -58,10 +58,11 @@ class Pattern {
 /// Patterns in order: the last one that matches decides.
 class PatternList {
  public:
-  void add(std::string_view pattern) { patterns_.emplace_back(pattern); }
+  void add(std::string_view pattern) { patterns_.push_back({Pattern(pattern), {}}); }
   /// The lines of an ignore file: empty ones and those that begin with '#' do not count, blanks at
-  /// the end are dropped unless quoted.
-  void addLines(std::string_view text);
+  /// the end are dropped unless quoted. They are for paths below `folder` alone, which is their
+  /// top; "" is the top of all.
+  void addLines(std::string_view text, std::string_view folder = {});
 
   bool isEmpty() const { return patterns_.empty(); }
 
@@ -69,7 +70,12 @@ class PatternList {
   bool excludes(std::string_view path, bool isFolder) const;
 
  private:
-  std::vector<Pattern> patterns_;
+  struct Entry {
+    Pattern pattern;
+    std::string folder;
+    bool matches(std::string_view path, bool isFolder) const;
+  };
+  std::vector<Entry> patterns_;
 };
 
 /// What authors never mean to ship: files of version control, of systems and of editors.

@@ -10,6 +10,7 @@
 #include "opc/Streams.h"
 #include "opc/model/ContentType.h"
 #include "opc/model/DocumentSize.h"
+#include "opc/model/FaultSink.h"
 #include "opc/model/HashIndex.h"
 
 namespace opc::model {
@@ -28,8 +29,8 @@ class ContentTypes {
   };
 
   /// Reads the content types stream. A XercesGuard must live meanwhile.
-  /// Throws InvalidXMLDocument and FormatError.
-  static ContentTypes read(InputStream& stream);
+  /// Throws InvalidXMLDocument; entries that break a rule go to `faults`.
+  static ContentTypes read(InputStream& stream, FaultSink& faults = FaultSink::refusing());
 
   /// The type of a part, or null. Good until the next change.
   const ContentType* find(std::string_view itemName) const;

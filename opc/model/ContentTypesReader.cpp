@@ -27,6 +27,9 @@ void checkRoot(const DOMElement& root) {
     throw FormatError("CT-2", "root element " + quoted(root) +
                                   ": it is not 'Types' of the content types namespace");
   }
+}
+
+void checkRootAttributes(const DOMElement& root) {
   const xercesc::DOMNamedNodeMap* attributes = root.getAttributes();
   for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
     const DOMNode& attribute = *attributes->item(i);
@@ -131,16 +134,21 @@ void readChild(const DOMNode& node, ContentTypes& types) {
 
 }  // namespace
 
-ContentTypes ContentTypes::read(InputStream& stream) {
+ContentTypes ContentTypes::read(InputStream& stream, FaultSink& faults) {
   const ParserPointer parser = XercesHelper::createParser();
   const xercesc::DOMDocument* document =
       XercesHelper::readDocumentFromStream(parser, stream, false, {}, kContentTypesNamespace);
   const DOMElement& root = *document->getDocumentElement();
-  checkRoot(root);
-
   ContentTypes types;
+  bool isRoot = false;
+  readPiece(faults, [&] {
+    checkRoot(root);
+    isRoot = true;
+    checkRootAttributes(root);
+  });
+  if (!isRoot) return types;
   for (const DOMNode* node = root.getFirstChild(); node != nullptr; node = node->getNextSibling()) {
-    readChild(*node, types);
+    readPiece(faults, [&] { readChild(*node, types); });
   }
   types.setUnchanged();
   return types;

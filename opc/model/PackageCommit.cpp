@@ -32,7 +32,10 @@ void Package::State::stage() {
   if (!isChanged()) return;
   for (const PartId orphan : index_.orphans()) types_.removeOverride(index_.name(orphan));
   index_.dropWhatIsNoPart();
-  if (types_.findDefault("rels") == nullptr) types_.addDefault("rels", relationshipsType());
+  // A default would make parts of items that have that extension and no type.
+  if (types_.findDefault("rels") == nullptr && !index_.isUntypedExtension("rels")) {
+    types_.addDefault("rels", relationshipsType());
+  }
   for (auto& [part, set] : relationships_) {
     if (!set.isChanged()) continue;
     settleRelationshipsItem(name(part), set);

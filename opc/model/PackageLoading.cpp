@@ -4,6 +4,7 @@
 #include "opc/model/FormatConstants.h"
 #include "opc/model/PackageState.h"
 #include "opc/model/PieceStream.h"
+#include "opc/model/RelationshipTargets.h"
 
 namespace opc::model {
 
@@ -42,21 +43,8 @@ RelationshipSet Package::State::readRelationships(std::string_view sourceItemNam
   if (!item) return RelationshipSet(std::string(sourceItemName));
   const std::unique_ptr<InputStream> stream = openRaw(*item);
   RelationshipSet set = RelationshipSet::read(std::string(sourceItemName), *stream);
-  requireTypedTargets(set);
+  checkTargetTypes(index_, set, FaultSink::refusing());
   return set;
-}
-
-// A target that is not there may come later; one that is there and no part is a fault.
-void Package::State::requireTypedTargets(const RelationshipSet& set) const {
-  for (const RelationshipSet::Entry& entry : set.entries()) {
-    const Relationship& relationship = entry.relationship;
-    if (relationship.getTargetMode() == TargetMode::External) continue;
-    const std::string target = toUtf8(relationship.getTargetURI().toString());
-    const std::optional<PartId> item = index_.find(std::string_view(target).substr(1));
-    if (!item || index_.role(*item) != ItemRole::Untyped) continue;
-    throw FormatError("CT-10", "relationship '" + toUtf8(relationship.getId()) + "': its target '" +
-                                   target + "' has no content type");
-  }
 }
 
 RelationshipSet& Package::State::relationshipsOf(PartId part) {

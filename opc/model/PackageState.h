@@ -68,7 +68,6 @@ class Package::State {
  private:
   void loadContentTypes();
   void loadPackageRelationships();
-  void requireTypedTargets(const RelationshipSet& set) const;
   RelationshipSet readRelationships(std::string_view sourceItemName) const;
   std::unique_ptr<InputStream> openRaw(PartId part) const;
   void readPieces(PartId part, ByteBuffer& into, std::uint64_t limit) const;

@@ -18,7 +18,8 @@ bool isFile(const interfaces::ItemInfo& info) {
 }
 
 // The content types stream when it is not there whole.
-std::vector<ItemIndex> findContentTypesPieces(const interfaces::IPhysicalPackage& physical) {
+std::vector<ItemIndex> findContentTypesPieces(const interfaces::IPhysicalPackage& physical,
+                                              FaultSink& faults) {
   PieceSequences pieces;
   const std::size_t count = physical.itemCount();
   for (ItemIndex item = 0; item < count; ++item) {
@@ -27,24 +28,25 @@ std::vector<ItemIndex> findContentTypesPieces(const interfaces::IPhysicalPackage
     if (!piece || !isContentTypesName(piece->whole)) continue;
     if (isFile(physical.itemInfo(item))) pieces.add(*piece, item);
   }
-  const PieceSequences::Result result = pieces.finish();
+  const PieceSequences::Result result = pieces.finish(faults);
   return result.complete.empty() ? std::vector<ItemIndex>() : result.complete.front().items;
 }
 
 }  // namespace
 
-std::vector<ItemIndex> PartIndex::findContentTypes(const interfaces::IPhysicalPackage& physical) {
+std::vector<ItemIndex> PartIndex::findContentTypes(const interfaces::IPhysicalPackage& physical,
+                                                   FaultSink& faults) {
   const std::size_t count = physical.itemCount();
   for (ItemIndex item = 0; item < count; ++item) {
     if (physical.isRemoved(item)) continue;
     if (!isContentTypesName(physical.itemName(item))) continue;
     if (isFile(physical.itemInfo(item))) return {item};
   }
-  return findContentTypesPieces(physical);
+  return findContentTypesPieces(physical, faults);
 }
 
-void PartIndex::load(const ContentTypes& types) {
-  PartIndexLoader(*this, types).load();
+void PartIndex::load(const ContentTypes& types, FaultSink& faults) {
+  PartIndexLoader(*this, types, faults).load();
 }
 
 const std::uint32_t* PartIndex::lookUp(std::uint64_t hash, std::string_view itemName) const {

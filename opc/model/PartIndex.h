@@ -11,6 +11,7 @@
 
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/model/ContentTypes.h"
+#include "opc/model/FaultSink.h"
 #include "opc/model/FolderSet.h"
 #include "opc/model/HashIndex.h"
 #include "opc/model/Part.h"
@@ -39,11 +40,11 @@ class PartIndex {
 
   /// The items of the content types stream: none, one, or its pieces.
   static std::vector<interfaces::ItemIndex> findContentTypes(
-      const interfaces::IPhysicalPackage& physical);
+      const interfaces::IPhysicalPackage& physical, FaultSink& faults = FaultSink::refusing());
 
-  /// Takes in the whole directory. Throws FormatError for names that are equal or derived from each
-  /// other, and for what contradicts the content types.
-  void load(const ContentTypes& types);
+  /// Takes in the whole directory. Names that are equal or derived from each other, and what
+  /// contradicts the content types, go to `faults`.
+  void load(const ContentTypes& types, FaultSink& faults = FaultSink::refusing());
 
   /// By the name of an item in any spelling, whatever the role.
   std::optional<PartId> find(std::string_view itemName) const;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/PartIndexLoader.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "opc/Exception.h"
 #include "opc/model/FormatConstants.h"
@@ -97,9 +99,10 @@ void PartIndexLoader::addName(std::string_view name, PartId part) {
   const std::uint64_t hash = extendHash(folderHash_, segment);
   if (const std::uint32_t* other = index_.lookUp(hash, name)) {
     const bool inPieces = index_.isInPieces(part) || index_.isInPieces(*other);
-    throw FormatError(
-        inPieces ? "IL-3" : "PN-8",
-        "part name " + quoted(name) + ": " + quoted(index_.name(*other)) + " is the same name");
+    return faults_.add(FormatError(inPieces ? "IL-3" : "PN-8", "part name " + quoted(name) + ": " +
+                                                                   quoted(index_.name(*other)) +
+                                                                   " is the same name"),
+                       name);
   }
   index_.parts_.insert(hash, static_cast<std::uint32_t>(part));
   const ItemRole role = roleOf(name, hash);
@@ -111,7 +114,7 @@ void PartIndexLoader::addName(std::string_view name, PartId part) {
 
 ItemRole PartIndexLoader::roleOf(std::string_view name, std::uint64_t hash) {
   if (isRelationshipsItemName(name)) {
-    requireRelationshipsType(name, hash);
+    checkRelationshipsType(name, hash);
     return ItemRole::Relationships;
   }
   if (defaultFor(name) != nullptr) return ItemRole::Part;
@@ -128,19 +131,21 @@ const ContentType* PartIndexLoader::defaultFor(std::string_view name) {
 }
 
 // A relationships part may go without a type, but not with another one.
-void PartIndexLoader::requireRelationshipsType(std::string_view name, std::uint64_t hash) {
+void PartIndexLoader::checkRelationshipsType(std::string_view name, std::uint64_t hash) {
   static const ContentType kType = ContentType::fromAscii(kRelationshipsType);
   const ContentType* type = types_.findOverride(hash, name);
   if (type == nullptr) type = defaultFor(name);
   if (type == nullptr || *type == kType) return;
-  throw FormatError("CT-12", "relationships part " + quoted(name) + ": its content type is '" +
-                                 type->ascii() + "'");
+  faults_.add(FormatError("CT-12", "relationships part " + quoted(name) +
+                                       ": its content type is '" + type->ascii() + "'"),
+              name);
 }
 
 void PartIndexLoader::addOther(std::string_view name, ItemIndex item) {
   if (isContentTypesName(name)) {
     if (++contentTypesItems_ == 1) return;
-    throw FormatError("CT-1", "content types stream " + quoted(name) + ": there are two");
+    return faults_.add(
+        FormatError("CT-1", "content types stream " + quoted(name) + ": there are two"), name);
   }
   const auto piece = parsePieceName(name);
   if (piece && (isContentTypesName(piece->whole) || findNameFault(piece->whole) == nullptr)) {
@@ -151,13 +156,15 @@ void PartIndexLoader::addOther(std::string_view name, ItemIndex item) {
 }
 
 void PartIndexLoader::addSequences() {
-  PieceSequences::Result result = pieces_.finish();
+  PieceSequences::Result result = pieces_.finish(faults_);
   for (const ItemIndex item : result.strays) index_.setRole(item, ItemRole::Stray);
   for (PieceSequences::Sequence& sequence : result.complete) {
     if (isContentTypesName(sequence.name)) {
       if (contentTypesItems_ == 0) continue;
-      throw FormatError("IL-3", "content types stream " + quoted(sequence.name) +
-                                    ": it is there whole and in pieces");
+      faults_.add(FormatError("IL-3", "content types stream " + quoted(sequence.name) +
+                                          ": it is there whole and in pieces"),
+                  sequence.name);
+      continue;
     }
     enterFolder(folderOf(sequence.name));
     const PartId part = PartIndex::kFirstSequence + index_.sequences_.size();
@@ -167,31 +174,42 @@ void PartIndexLoader::addSequences() {
   leaveFolder();
 }
 
+// The set of folders has an order of its own in every process.
 void PartIndexLoader::checkDerivedNames() const {
-  index_.folders_.forEach([this](std::uint64_t hash, const FolderSet::Folder& folder) {
+  std::vector<std::pair<std::string_view, std::string_view>> derived;
+  index_.folders_.forEach([this, &derived](std::uint64_t hash, const FolderSet::Folder& folder) {
     const std::uint32_t* part = index_.lookUp(hash, folder.path());
     if (part == nullptr || index_.role(*part) == ItemRole::Untyped) return;
-    throw FormatError("PN-9", "part name " + quoted(folder.item()) + ": it extends the name " +
-                                  quoted(index_.name(*part)) + " of another part");
+    derived.emplace_back(folder.item(), index_.name(*part));
   });
+  std::sort(derived.begin(), derived.end());
+  for (const auto& [name, extended] : derived) {
+    faults_.add(FormatError("PN-9", "part name " + quoted(name) + ": it extends the name " +
+                                        quoted(extended) + " of another part"),
+                name);
+  }
 }
 
 void PartIndexLoader::checkSources() {
-  for (const PartId part : relationships_) {
-    const std::string_view name = index_.name(part);
-    const std::string source = sourceOfRelationships(name);
-    if (source.empty()) continue;
-    if (isRelationshipsItemName(source)) {
-      throw FormatError(
-          "RL-9", "relationships part " + quoted(name) + ": its source is a relationships part");
-    }
-    const auto found = index_.find(source);
-    if (!found) {
-      index_.orphans_.push_back(part);
-    } else if (index_.role(*found) == ItemRole::Untyped) {
-      throw FormatError("CT-10",
-                        "item " + quoted(source) + ": it has relationships and no content type");
-    }
+  for (const PartId part : relationships_) checkSource(part);
+}
+
+void PartIndexLoader::checkSource(PartId part) {
+  const std::string_view name = index_.name(part);
+  const std::string source = sourceOfRelationships(name);
+  if (source.empty()) return;
+  if (isRelationshipsItemName(source)) {
+    return faults_.add(FormatError("RL-9", "relationships part " + quoted(name) +
+                                               ": its source is a relationships part"),
+                       name);
+  }
+  const auto found = index_.find(source);
+  if (!found) {
+    index_.orphans_.push_back(part);
+  } else if (index_.role(*found) == ItemRole::Untyped) {
+    faults_.add(FormatError("CT-10", "item " + quoted(source) +
+                                         ": it has relationships and no content type"),
+                index_.name(*found));
   }
 }
 

@@ -12,7 +12,8 @@ namespace opc::model {
 /// Fills a PartIndex from a directory, in one pass that costs a name little more than hashing it.
 class PartIndexLoader {
  public:
-  PartIndexLoader(PartIndex& index, const ContentTypes& types) : index_(index), types_(types) {}
+  PartIndexLoader(PartIndex& index, const ContentTypes& types, FaultSink& faults)
+      : index_(index), types_(types), faults_(faults) {}
 
   void load();
 
@@ -27,13 +28,15 @@ class PartIndexLoader {
   void leaveFolder();
   ItemRole roleOf(std::string_view name, std::uint64_t hash);
   const ContentType* defaultFor(std::string_view name);
-  void requireRelationshipsType(std::string_view name, std::uint64_t hash);
+  void checkRelationshipsType(std::string_view name, std::uint64_t hash);
 
   void checkDerivedNames() const;
   void checkSources();
+  void checkSource(PartId part);
 
   PartIndex& index_;
   const ContentTypes& types_;
+  FaultSink& faults_;
   PieceSequences pieces_;
   std::vector<PartId> relationships_;
 

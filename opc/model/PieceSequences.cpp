@@ -64,14 +64,16 @@ void PieceSequences::add(const PieceName& name, interfaces::ItemIndex item) {
   sequences_[sequence].push_back({name.number, item, name.last, name.whole});
 }
 
-void PieceSequences::checkNumbers(const std::vector<Piece>& pieces) {
+bool PieceSequences::hasNumbersOnce(const std::vector<Piece>& pieces, FaultSink& faults) {
   const auto twice =
       std::adjacent_find(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
         return a.number == b.number && a.number != std::numeric_limits<std::uint64_t>::max();
       });
-  if (twice == pieces.end()) return;
-  throw FormatError("IL-3", "piece " + std::to_string(twice->number) + " of '/" +
-                                std::string(twice->whole) + "': there are two of that number");
+  if (twice == pieces.end()) return true;
+  faults.add(FormatError("IL-3", "piece " + std::to_string(twice->number) + " of '/" +
+                                     std::string(twice->whole) + "': there are two of that number"),
+             twice->whole);
+  return false;
 }
 
 bool PieceSequences::isComplete(const std::vector<Piece>& pieces) {
@@ -81,12 +83,12 @@ bool PieceSequences::isComplete(const std::vector<Piece>& pieces) {
   return true;
 }
 
-PieceSequences::Result PieceSequences::finish() {
+PieceSequences::Result PieceSequences::finish(FaultSink& faults) {
   Result result;
   for (std::vector<Piece>& pieces : sequences_) {
     std::sort(pieces.begin(), pieces.end(),
               [](const Piece& a, const Piece& b) { return a.number < b.number; });
-    checkNumbers(pieces);
+    if (!hasNumbersOnce(pieces, faults)) continue;
     std::vector<interfaces::ItemIndex> items;
     items.reserve(pieces.size());
     for (const Piece& piece : pieces) items.push_back(piece.item);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "opc/interfaces/IPhysicalPackage.h"
+#include "opc/model/FaultSink.h"
 #include "opc/model/HashIndex.h"
 
 namespace opc::model {
@@ -38,8 +39,8 @@ class PieceSequences {
 
   void add(const PieceName& name, interfaces::ItemIndex item);
 
-  /// Throws FormatError when a sequence has a number twice.
-  Result finish();
+  /// A sequence that has a number twice goes to `faults`, and is left out of the result.
+  Result finish(FaultSink& faults);
 
  private:
   struct Piece {
@@ -48,7 +49,7 @@ class PieceSequences {
     bool last;
     std::string_view whole;
   };
-  static void checkNumbers(const std::vector<Piece>& pieces);
+  static bool hasNumbersOnce(const std::vector<Piece>& pieces, FaultSink& faults);
   static bool isComplete(const std::vector<Piece>& pieces);
 
   HashIndex<std::uint32_t> byName_;

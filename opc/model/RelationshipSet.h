@@ -11,6 +11,7 @@
 #include "opc/Exception.h"
 #include "opc/Streams.h"
 #include "opc/model/DocumentSize.h"
+#include "opc/model/FaultSink.h"
 #include "opc/model/Relationship.h"
 
 namespace opc::model {
@@ -31,8 +32,9 @@ class RelationshipSet {
   RelationshipSet& operator=(const RelationshipSet&) = delete;
 
   /// Reads a relationships part. A XercesGuard must live meanwhile.
-  /// Throws InvalidXMLDocument and FormatError.
-  static RelationshipSet read(std::string sourceItemName, InputStream& stream);
+  /// Throws InvalidXMLDocument; relationships that break a rule go to `faults`.
+  static RelationshipSet read(std::string sourceItemName, InputStream& stream,
+                              FaultSink& faults = FaultSink::refusing());
 
   const std::list<Entry>& entries() const { return entries_; }
   const Relationship* find(std::u16string_view id) const;

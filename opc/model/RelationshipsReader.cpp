@@ -14,19 +14,12 @@ namespace opc::model {
 /// Builds a set from what markup compatibility leaves of a relationships part.
 class RelationshipsReader final : public MarkupConsumer {
  public:
-  explicit RelationshipsReader(RelationshipSet& set) : set_(set) {}
+  RelationshipsReader(RelationshipSet& set, FaultSink& faults) : set_(set), faults_(faults) {}
 
   void startElement(const xercesc::DOMElement& element,
                     const std::vector<const xercesc::DOMNode*>& attributes) override {
-    for (const xercesc::DOMNode* attribute : attributes) checkNamespace(*attribute);
-    if (++depth_ == 1) {
-      startRoot(element, attributes);
-    } else if (depth_ == 2) {
-      startRelationship(element, attributes);
-    } else {
-      throw FormatError("RL-3",
-                        "element '" + domName(element) + "': a relationship has no elements in it");
-    }
+    ++depth_;
+    readPiece(faults_, [&] { take(element, attributes); });
   }
 
   void endElement() override { --depth_; }
@@ -34,7 +27,7 @@ class RelationshipsReader final : public MarkupConsumer {
   void characters(std::u16string_view text) override {
     // Text inside of a relationship is allowed, and means nothing.
     if (depth_ != 1 || trimXmlSpace(text).empty()) return;
-    throw FormatError("RL-3", "root element: there is text between relationships");
+    faults_.add(FormatError("RL-3", "root element: there is text between relationships"), {});
   }
 
  private:
@@ -45,6 +38,19 @@ class RelationshipsReader final : public MarkupConsumer {
     const XMLCh* target = nullptr;
     const XMLCh* mode = nullptr;
   };
+
+  void take(const xercesc::DOMElement& element,
+            const std::vector<const xercesc::DOMNode*>& attributes) {
+    for (const xercesc::DOMNode* attribute : attributes) checkNamespace(*attribute);
+    if (depth_ == 1) {
+      startRoot(element, attributes);
+    } else if (depth_ == 2) {
+      startRelationship(element, attributes);
+    } else {
+      throw FormatError("RL-3",
+                        "element '" + domName(element) + "': a relationship has no elements in it");
+    }
+  }
 
   static void checkNamespace(const xercesc::DOMNode& attribute) {
     if (domNamespace(attribute) != kXmlNamespace) return;
@@ -150,21 +156,32 @@ class RelationshipsReader final : public MarkupConsumer {
   }
 
   RelationshipSet& set_;
+  FaultSink& faults_;
   std::size_t depth_ = 0;
 };
 
-RelationshipSet RelationshipSet::read(std::string sourceItemName, InputStream& stream) {
+namespace {
+
+void checkRootNamespace(const xercesc::DOMElement& root) {
+  if (domNamespace(root) == kRelationshipsNamespace) return;
+  throw FormatError(
+      "RL-3", "root element '" + domName(root) + "': it is not of the relationships namespace");
+}
+
+}  // namespace
+
+RelationshipSet RelationshipSet::read(std::string sourceItemName, InputStream& stream,
+                                      FaultSink& faults) {
   const ParserPointer parser = XercesHelper::createParser();
   const xercesc::DOMDocument* document =
       XercesHelper::readDocumentFromStream(parser, stream, false, {}, kRelationshipsNamespace);
   const xercesc::DOMElement& root = *document->getDocumentElement();
-  if (domNamespace(root) != kRelationshipsNamespace) {
-    throw FormatError(
-        "RL-3", "root element '" + domName(root) + "': it is not of the relationships namespace");
-  }
   RelationshipSet set(std::move(sourceItemName));
-  RelationshipsReader reader(set);
-  processMarkup(root, kRelationshipsNamespace, reader);
+  readPiece(faults, [&] {
+    checkRootNamespace(root);
+    RelationshipsReader reader(set, faults);
+    processMarkup(root, kRelationshipsNamespace, reader);
+  });
   return set;
 }
 

@@ -2,10 +2,10 @@
 #include "opc/model/XercesHelper.h"
 
 #include <xercesc/framework/XMLFormatter.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "opc/model/XercesErrors.h"
+#include "opc/model/XercesMemory.h"
 #include "opc/model/XercesParser.h"
 #include "opc/model/XmlWriteCheck.h"
 
@@ -96,13 +96,13 @@ const DOMNode* nextNode(const DOMNode* node, const DOMNode* top) {
 }  // namespace
 
 XercesGuard::XercesGuard() {
-  translatingXercesErrors("cannot start Xerces-C", [] { xercesc::XMLPlatformUtils::Initialize(); });
+  translatingXercesErrors("cannot start Xerces-C", [] { startXerces(); });
 }
 
 XercesGuard::XercesGuard(const XercesGuard&) : XercesGuard() {}
 
 XercesGuard::~XercesGuard() {
-  xercesc::XMLPlatformUtils::Terminate();
+  stopXerces();
 }
 
 void XercesParserDeleter::operator()(XercesParser* parser) const {

@@ -24,7 +24,6 @@ using model::PartName;
 using model::Relationship;
 
 constexpr const char16_t* kCorePart = u"/metadata/coreProperties.xml";
-constexpr const char16_t* kHostPart = u"/metadata/hostProperties.xml";
 
 template <typename T>
 std::optional<T> toStd(const boost::optional<T>& value) {
@@ -212,7 +211,8 @@ void CorePropertiesManager::setCoreProperties(const CoreProperties& properties) 
   }
   if (isHostChanged) {
     store(package_, hostPart,
-          {kHostPart, HostPropertiesPart::kContentType, HostPropertiesPart::relationshipType()},
+          {HostPropertiesPart::kPartName, HostPropertiesPart::kContentType,
+           HostPropertiesPart::relationshipType()},
           hostBytes);
   }
 }

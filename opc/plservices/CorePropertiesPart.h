@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "opc/Streams.h"
+#include "opc/model/FaultSink.h"
 
 namespace opc::plservices {
 
@@ -58,9 +59,9 @@ class CorePropertiesPart {
   static constexpr std::string_view kContentType =
       "application/vnd.openxmlformats-package.core-properties+xml";
 
-  /// Throws FormatError with the rule (CP-4 to CP-13, XM-4) that the part breaks, and
-  /// InvalidXMLDocument.
-  static CorePropertiesPart read(InputStream& stream);
+  /// Throws InvalidXMLDocument. Properties that break a rule (CP-4 to CP-13, XM-4) go to `faults`.
+  static CorePropertiesPart read(InputStream& stream,
+                                 model::FaultSink& faults = model::FaultSink::refusing());
 
   /// Throws InvalidXMLDocument for text that XML cannot carry and Exception for a date that is no
   /// point in time, before a byte is handed to `stream`.

@@ -56,24 +56,37 @@ enum class Allowed { Nothing, Language, Type };
 
 class Reader {
  public:
-  explicit Reader(CorePropertiesPart& part) : part_(part) {}
+  Reader(CorePropertiesPart& part, model::FaultSink& faults) : part_(part), faults_(faults) {}
 
-  void readRoot(const DOMElement& root) {
-    if (!isNamed(root, schema::kCore, schema::kRoot)) {
-      fail("CP-4", "the root is " + elementName(root) + " and not 'coreProperties'");
-    }
-    checkAttributes(root, Allowed::Nothing, "CP-4");
+  void read(const DOMElement& root) {
+    bool isRoot = false;
+    model::readPiece(faults_, [&] {
+      checkRoot(root);
+      isRoot = true;
+      checkAttributes(root, Allowed::Nothing, "CP-4");
+    });
+    if (!isRoot) return;
     for (const DOMNode* node = root.getFirstChild(); node != nullptr;
          node = node->getNextSibling()) {
-      if (model::isElementNode(*node)) {
-        readProperty(static_cast<const DOMElement&>(*node));
-      } else if (model::isTextNode(*node) && !isBlank(domText(node->getNodeValue()))) {
-        fail("CP-4", "there is text between the properties");
-      }
+      model::readPiece(faults_, [&] { readChild(*node); });
     }
   }
 
  private:
+  static void checkRoot(const DOMElement& root) {
+    if (!isNamed(root, schema::kCore, schema::kRoot)) {
+      fail("CP-4", "the root is " + elementName(root) + " and not 'coreProperties'");
+    }
+  }
+
+  void readChild(const DOMNode& node) {
+    if (model::isElementNode(node)) {
+      readProperty(static_cast<const DOMElement&>(node));
+    } else if (model::isTextNode(node) && !isBlank(domText(node.getNodeValue()))) {
+      fail("CP-4", "there is text between the properties");
+    }
+  }
+
   void readProperty(const DOMElement& element) {
     if (!seen_.emplace(domNamespace(element), domLocalName(element)).second) {
       fail("CP-6", elementName(element) + " occurs twice");
@@ -230,19 +243,21 @@ class Reader {
   }
 
   CorePropertiesPart& part_;
+  model::FaultSink& faults_;
   std::set<std::pair<std::u16string_view, std::u16string_view>> seen_;
 };
 
 }  // namespace
 
-CorePropertiesPart CorePropertiesPart::read(InputStream& stream) {
+CorePropertiesPart CorePropertiesPart::read(InputStream& stream, model::FaultSink& faults) {
   const model::XercesGuard guard;
   const model::ParserPointer parser = model::XercesHelper::createParser();
   const xercesc::DOMDocument* document = model::XercesHelper::readDocumentFromStream(
       parser, stream, false, u"", std::u16string(schema::kCore));
   CorePropertiesPart part;
-  model::translatingXercesErrors("cannot read core properties",
-                                 [&] { Reader(part).readRoot(*document->getDocumentElement()); });
+  model::translatingXercesErrors("cannot read core properties", [&] {
+    Reader(part, faults).read(*document->getDocumentElement());
+  });
   return part;
 }
 

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/SystemCall.h"
 
 namespace opc::plservices {
 namespace {
@@ -40,16 +41,15 @@ DestinationFolder::DestinationFolder(std::string path) : path_(std::move(path)) 
     throw Exception(ErrorCode::InvalidArgument,
                     "cannot open folder '" + path_ + "': it holds a NUL");
   }
-  made_ = ::mkdir(path_.c_str(), 0777) == 0;
+  made_ = uninterrupted([&] { return ::mkdir(path_.c_str(), 0777); }) == 0;
   if (!made_ && errno != EEXIST) throw SystemError("cannot make folder '" + path_ + "'", errno);
   open();
   fresh_ = made_ || isEmptyFolder(path_);
 }
 
 void DestinationFolder::open() {
-  do {
-    folder_.reset(::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  } while (!folder_ && errno == EINTR);
+  folder_.reset(
+      uninterrupted([&] { return ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
   if (folder_) return;
   const int number = errno;
   undo();

@@ -15,10 +15,6 @@
 namespace opc::plservices {
 namespace {
 
-// Up to this size a file is read and checked before anything of it is on the disk.
-constexpr std::uint64_t kMaxWholeFile = 16u << 20;
-constexpr std::size_t kBlock = 1u << 20;
-
 [[noreturn]] void refuseOccupied(int folder, const char* name, const char* wanted) {
   throw Exception(ErrorCode::AlreadyExists,
                   describeEntry(folder, name) + " is there, where " + wanted + " must be");
@@ -100,10 +96,11 @@ void Extraction::checkFreeSpace(int destination) const {
 
 void Extraction::writeAll(int destination) {
   FolderCursor cursor(tree_, destination, FolderCursor::Missing::Make);
+  ReadAhead reader(PartReader(package_, parts()), background_);
   for (const NodeId leaf : plan_.leaves) {
     try {
       if (tree_.isFile(leaf)) {
-        writeFile(leaf, cursor.enter(tree_.parent(leaf)));
+        writeFile(leaf, reader, cursor.enter(tree_.parent(leaf)));
       } else {
         cursor.enter(leaf);
       }
@@ -115,33 +112,27 @@ void Extraction::writeAll(int destination) {
   }
 }
 
-void Extraction::writeFile(NodeId file, int folder) {
-  const model::PartInfo info = package_.partInfo(tree_.part(file));
-  if (info.size <= kMaxWholeFile) {
-    writeSmallFile(file, info, folder);
-  } else {
-    writeLargeFile(file, info, folder);
+std::vector<model::PartId> Extraction::parts() const {
+  std::vector<model::PartId> parts;
+  parts.reserve(plan_.files);
+  for (const NodeId leaf : plan_.leaves) {
+    if (tree_.isFile(leaf)) parts.push_back(tree_.part(leaf));
   }
+  return parts;
 }
 
-void Extraction::writeSmallFile(NodeId file, const model::PartInfo& info, int folder) {
-  package_.readPart(tree_.part(file), buffer_, kMaxWholeFile);
-  NewFile target(folder, tree_.name(file).data(), info.executable, replace_);
-  target.write(buffer_.data(), buffer_.size());
-  target.finish(info.modified);
-  done_.bytesDone += buffer_.size();
-}
-
-void Extraction::writeLargeFile(NodeId file, const model::PartInfo& info, int folder) {
-  const std::unique_ptr<InputStream> stream = package_.openPart(tree_.part(file));
-  buffer_.resizeForOverwrite(kBlock);
-  NewFile target(folder, tree_.name(file).data(), info.executable, replace_);
-  while (const std::size_t count = stream->read(buffer_.data(), buffer_.size())) {
-    target.write(buffer_.data(), count);
-    done_.bytesDone += count;
+// Read before it is made: a small file that is damaged never comes to be.
+void Extraction::writeFile(NodeId file, ReadAhead& reader, int folder) {
+  PartBlock block = reader.read();
+  NewFile target(folder, tree_.name(file).data(), block.info.executable, replace_);
+  for (;;) {
+    target.write(block.data.data(), block.data.size());
+    done_.bytesDone += block.data.size();
+    if (block.isLast) break;
     if (progress_) progress_(done_);
+    block = reader.read();
   }
-  target.finish(info.modified);
+  target.finish(block.info.modified);
 }
 
 void Extraction::countFile() {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "opc/ByteBuffer.h"
+#include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/model/Package.h"
 #include "opc/plservices/DestinationFolder.h"
@@ -14,6 +14,7 @@
 #include "opc/plservices/FileSystemManager.h"
 #include "opc/plservices/FileTree.h"
 #include "opc/plservices/FreeSpace.h"
+#include "opc/plservices/ReadAhead.h"
 
 namespace opc::plservices {
 
@@ -23,6 +24,8 @@ class Extraction {
  public:
   Extraction(model::Package& package, FileTree& tree, std::string destination, RestoreMode mode);
 
+  /// Where to have a second thread from, which reads while this one writes. May be empty.
+  void setBackground(interfaces::BackgroundStarter starter) { background_ = std::move(starter); }
   void setFreeSpaceQuery(FreeSpaceQuery query) { freeSpace_ = std::move(query); }
 
   /// Writes `chosen` with all that is below them. `progress` may be empty.
@@ -34,9 +37,8 @@ class Extraction {
   void checkConflict(NodeId leaf, int folder);
   void checkFreeSpace(int destination) const;
   void writeAll(int destination);
-  void writeFile(NodeId file, int folder);
-  void writeSmallFile(NodeId file, const model::PartInfo& info, int folder);
-  void writeLargeFile(NodeId file, const model::PartInfo& info, int folder);
+  std::vector<model::PartId> parts() const;
+  void writeFile(NodeId file, ReadAhead& reader, int folder);
   void countFile();
   std::string contextOf(NodeId leaf) const;
 
@@ -44,12 +46,12 @@ class Extraction {
   FileTree& tree_;
   std::string destination_;
   RestoreMode mode_;
+  interfaces::BackgroundStarter background_;
   FreeSpaceQuery freeSpace_ = queryFreeSpace;
 
   ExtractionPlan plan_;
   bool replace_ = false;
   std::uint64_t bytesToReplace_ = 0;  // on disk, of files that make way for theirs
-  ByteBuffer buffer_;
   interfaces::Progress done_;
   interfaces::ProgressFunction progress_;
 };

@@ -10,9 +10,10 @@ FileSystemEntryAlreadyExists::FileSystemEntryAlreadyExists(std::string_view path
                 "path '" + std::string(path) + "' exists already in the package") {}
 
 const FileTree& FileSystemEntry::tree() const {
-  if (node_ < tree_->size()) return *tree_;
+  if (node_ < tree_->size() && !tree_->isRemoved(node_)) return *tree_;
   throw Exception(ErrorCode::InvalidState,
-                  "file system entry is used after its package was closed");
+                  "file system entry is used after it was removed or its "
+                  "package was closed");
 }
 
 bool FileSystemEntry::isFile() const {

@@ -45,8 +45,11 @@ FileSystemEntry FileSystemManager::entryOf(std::uint32_t node) {
 
 std::uint32_t FileSystemManager::nodeOf(const FileSystemEntry& entry) {
   const FileTree& nodes = state().tree->nodes;
-  if (entry.tree_ == &nodes && entry.node_ < nodes.size()) return entry.node_;
-  throw Exception(ErrorCode::InvalidArgument, "file system entry is of another package");
+  if (entry.tree_ != &nodes || entry.node_ >= nodes.size()) {
+    throw Exception(ErrorCode::InvalidArgument, "file system entry is of another package");
+  }
+  entry.tree();  // refuses what was removed
+  return entry.node_;
 }
 
 FileSystemEntry FileSystemManager::getRoot() {
@@ -98,6 +101,24 @@ std::shared_ptr<FileSystemEntry> FileSystemManager::createFolder(
   return std::make_shared<FileSystemEntry>(entryOf(node));
 }
 
+void FileSystemManager::replaceFile(const FileSystemEntry& file,
+                                    std::unique_ptr<FileContentSource> source) {
+  const NodeId node = nodeOf(file);
+  if (!state_->tree->nodes.isFile(node)) {
+    throw Exception(ErrorCode::InvalidArgument,
+                    "cannot replace '" + file.path() + "': it is a folder");
+  }
+  state_->editor->replaceFile(node, std::move(source));
+}
+
+void FileSystemManager::remove(const FileSystemEntry& entry) {
+  const NodeId node = nodeOf(entry);
+  if (node == FileTree::kRoot) {
+    throw Exception(ErrorCode::InvalidArgument, "cannot remove the root of the file tree");
+  }
+  state_->editor->remove(node);
+}
+
 void FileSystemManager::extractAll(const std::u16string& destination, RestoreMode mode) {
   extract({getRoot()}, toUtf8(destination), mode, nullptr);
 }
@@ -109,6 +130,7 @@ void FileSystemManager::extract(const std::vector<FileSystemEntry>& entries,
   chosen.reserve(entries.size());
   for (const FileSystemEntry& entry : entries) chosen.push_back(nodeOf(entry));
   Extraction extraction(package_, state().tree->nodes, std::string(destination), mode);
+  extraction.setBackground(background_);
   extraction.run(chosen, progress);
 }
 

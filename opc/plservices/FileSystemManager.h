@@ -10,6 +10,7 @@
 
 #include "opc/Exception.h"
 #include "opc/Streams.h"
+#include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/model/Package.h"
 
@@ -47,7 +48,7 @@ class FileSystemEntry {
   friend class FileSystemManager;
   FileSystemEntry(const model::Package& package, const FileTree& tree, std::uint32_t node)
       : package_(&package), tree_(&tree), node_(node) {}
-  /// Throws InvalidState when the node is one of a tree that is gone.
+  /// Throws InvalidState when the node is removed, or one of a tree that is gone.
   const FileTree& tree() const;
 
   const model::Package* package_;
@@ -92,6 +93,14 @@ class FileSystemManager {
   /// Adds a folder, and those above it. Throws FileSystemEntryAlreadyExists when the path is taken.
   std::shared_ptr<FileSystemEntry> createFolder(const std::u16string& packagePath);
 
+  /// Gives a file the content, time and executable bit of another on disk; its part name and its
+  /// content type stay. Throws ErrorCode::InvalidArgument for a folder.
+  void replaceFile(const FileSystemEntry& file, std::unique_ptr<FileContentSource> source);
+  /// Removes a file, or a folder with all below it; entries of them are then good for nothing. The
+  /// folder above stays, even when nothing is left in it. Throws ErrorCode::InvalidArgument for the
+  /// root.
+  void remove(const FileSystemEntry& entry);
+
   /// Writes the whole tree below `destination` (made if missing; the folder above it must exist).
   void extractAll(const std::u16string& destination, RestoreMode mode);
   /// Writes the chosen entries, folders with all that is below them, under their full paths below
@@ -101,6 +110,9 @@ class FileSystemManager {
   /// the error; those before it stay. `progress` may be empty.
   void extract(const std::vector<FileSystemEntry>& entries, std::string_view destination,
                RestoreMode mode, const interfaces::ProgressFunction& progress);
+  /// Where extracting has a second thread from, which reads while the caller's writes. That thread
+  /// has the package to itself meanwhile. May be empty.
+  void setBackground(interfaces::BackgroundStarter starter) { background_ = std::move(starter); }
 
   /// A fresh stream over a file's bytes; it must not outlive the open package.
   std::unique_ptr<InputStream> openFile(const FileSystemEntry& file);
@@ -120,6 +132,7 @@ class FileSystemManager {
   FileSystemEntry entryOf(std::uint32_t node);
 
   model::Package& package_;
+  interfaces::BackgroundStarter background_;
   std::unique_ptr<State> state_;
 };
 

@@ -33,6 +33,11 @@ std::size_t commonPrefix(std::string_view a, std::string_view b) {
   return static_cast<std::size_t>(end - a.begin());
 }
 
+std::uint32_t toNumber(model::PartId part) {
+  if (part > 0xFFFFFFFFu) throw Exception(ErrorCode::TooLarge, "package has too many parts");
+  return static_cast<std::uint32_t>(part);
+}
+
 }  // namespace
 
 FileTree::FileTree() {
@@ -92,22 +97,25 @@ NodeId FileTree::find(std::string_view path) const {
 }
 
 NodeId FileTree::addFile(NodeId folder, std::string_view name, model::PartId part) {
-  if (part > 0xFFFFFFFFu) throw Exception(ErrorCode::TooLarge, "package has too many parts");
-  return add(folder, name, true, static_cast<std::uint32_t>(part));
+  return add(folder, name, true, toNumber(part));
+}
+
+void FileTree::setPart(NodeId file, model::PartId part) {
+  nodes_[file].number = toNumber(part);
 }
 
 NodeId FileTree::addFolder(NodeId folder, std::string_view name) {
   return add(folder, name, false, 0);
 }
 
-NodeId FileTree::add(NodeId folder, std::string_view name, bool isFile, std::uint32_t part) {
+NodeId FileTree::add(NodeId folder, std::string_view name, bool isFile, std::uint32_t number) {
   if (nodes_.size() >= kNone) throw Exception(ErrorCode::TooLarge, "file tree is too large");
   Node node;
   node.nameBegin = names_.size();
   node.nameSize = static_cast<std::uint32_t>(name.size());
   node.parent = folder;
   node.nextSibling = nodes_[folder].firstChild;
-  node.part = part;
+  node.number = number;
   node.isFile = isFile;
   names_.append(name).push_back('\0');
   index_.reserve(nodes_.size());
@@ -115,8 +123,31 @@ NodeId FileTree::add(NodeId folder, std::string_view name, bool isFile, std::uin
   nodes_.push_back(node);
   nodes_[folder].firstChild = id;
   nodes_[folder].sorted = false;
+  ++nodes_[folder].number;
   index_.insert(keyedHash(name, folder), id);
   return id;
+}
+
+std::vector<NodeId> FileTree::subtree(NodeId node) const {
+  std::vector<NodeId> found{node};
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (!hasChildren(found[i])) continue;
+    for (NodeId n = nodes_[found[i]].firstChild; n != kNone; n = nextSibling(n)) {
+      if (!isRemoved(n)) found.push_back(n);
+    }
+  }
+  return found;
+}
+
+void FileTree::remove(NodeId node) {
+  for (const NodeId gone : subtree(node)) {
+    index_.erase(keyedHash(name(gone), parent(gone)), [gone](NodeId n) { return n == gone; });
+    nodes_[gone].isRemoved = true;
+  }
+  Node& folder = nodes_[parent(node)];
+  --folder.number;
+  // It stays in the list until that is asked for: to find its place would take time for each.
+  folder.sorted = false;
 }
 
 NodeId FileTree::firstChild(NodeId folder) {
@@ -127,7 +158,7 @@ NodeId FileTree::firstChild(NodeId folder) {
 void FileTree::sortChildren(NodeId folder) {
   sortItems_.clear();
   for (NodeId n = nodes_[folder].firstChild; n != kNone; n = nextSibling(n)) {
-    sortItems_.push_back({0, n});
+    if (!isRemoved(n)) sortItems_.push_back({0, n});
   }
   // New children go to the front, so this is the order in which they came: often the right one.
   std::reverse(sortItems_.begin(), sortItems_.end());
@@ -142,6 +173,7 @@ void FileTree::sortChildren(NodeId folder) {
 }
 
 std::size_t FileTree::commonNamePrefix() const {
+  if (sortItems_.empty()) return 0;
   std::string_view first = name(sortItems_.front().node);
   for (const SortItem& item : sortItems_) {
     first = first.substr(0, commonPrefix(first, name(item.node)));

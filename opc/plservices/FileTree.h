@@ -11,7 +11,7 @@
 
 namespace opc::plservices {
 
-/// Names a node of a FileTree; good as long as the tree is, since nodes are never removed.
+/// Names a node of a FileTree; good as long as the tree is, and never used again.
 using NodeId = std::uint32_t;
 
 /// Files and folders in memory: names in one block, nodes in one vector, look-up by hash. Knows
@@ -28,13 +28,15 @@ class FileTree {
   std::size_t size() const { return nodes_.size(); }
 
   bool isFile(NodeId node) const { return nodes_[node].isFile; }
-  bool hasChildren(NodeId node) const { return nodes_[node].firstChild != kNone; }
+  std::uint32_t childCount(NodeId node) const { return isFile(node) ? 0 : nodes_[node].number; }
+  bool hasChildren(NodeId node) const { return childCount(node) != 0; }
+  bool isRemoved(NodeId node) const { return nodes_[node].isRemoved; }
   /// A folder without children that is not the root.
   bool isEmptyFolder(NodeId node) const {
-    return node != kRoot && !isFile(node) && !hasChildren(node);
+    return node != kRoot && !isFile(node) && !hasChildren(node) && !isRemoved(node);
   }
   NodeId parent(NodeId node) const { return nodes_[node].parent; }
-  model::PartId part(NodeId file) const { return nodes_[file].part; }
+  model::PartId part(NodeId file) const { return nodes_[file].number; }
   /// Followed by a NUL in memory; good until a node is added.
   std::string_view name(NodeId node) const;
   std::string path(NodeId node) const;
@@ -52,6 +54,12 @@ class FileTree {
   /// The name must not be taken in the folder.
   NodeId addFile(NodeId folder, std::string_view name, model::PartId part);
   NodeId addFolder(NodeId folder, std::string_view name);
+  void setPart(NodeId file, model::PartId part);
+
+  /// A node and all below it, in no order but folders before what is in them.
+  std::vector<NodeId> subtree(NodeId node) const;
+  /// Takes away a node, not the root, with all below it. The folder above stays.
+  void remove(NodeId node);
 
   /// Children in the order of their names' UTF-16 code units; sorts them when that is due.
   NodeId firstChild(NodeId folder);
@@ -64,16 +72,17 @@ class FileTree {
     NodeId parent = kNone;
     NodeId firstChild = kNone;
     NodeId nextSibling = kNone;
-    std::uint32_t part = 0;
+    std::uint32_t number = 0;  // a file's part; how many children a folder has
     bool isFile = false;
-    bool sorted = true;  // its children
+    bool sorted = true;  // its children, and none of them removed
+    bool isRemoved = false;
   };
   struct SortItem {
     std::uint64_t key;
     NodeId node;
   };
 
-  NodeId add(NodeId folder, std::string_view name, bool isFile, std::uint32_t part);
+  NodeId add(NodeId folder, std::string_view name, bool isFile, std::uint32_t number);
   void sortChildren(NodeId folder);
   std::size_t commonNamePrefix() const;
   void sortItems();

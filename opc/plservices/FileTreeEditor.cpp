@@ -59,6 +59,15 @@ model::StandardPartInfo partInfoOf(const FileContentSource& source) {
   return info;
 }
 
+/// The size of a table that gets one more entry. Throws Exception when that would not be read.
+std::uint64_t sizeWith(std::uint64_t tableSize, std::string_view path, const char* verb) {
+  const std::uint64_t size = FileTreeTable::entrySize(path);
+  if (size != 0 && tableSize + size <= FileTreeTable::kMaxSize) return tableSize + size;
+  throw Exception(ErrorCode::TooLarge,
+                  std::string("cannot ") + verb + " '" + std::string(path) + "': " +
+                      (size == 0 ? "the path is too long" : "the table of the file tree is full"));
+}
+
 }  // namespace
 
 FileTreeEditor::FileTreeEditor(model::Package& package, FileTreePart part,
@@ -82,15 +91,7 @@ FileTreeEditor::TableChange FileTreeEditor::changeOf(NodeId folder, std::string_
   change.needsTable = change.emptyFolders != 0 || !tree_->tableFiles.empty() || inTable;
   change.size = tree_->tableSize;
   if (wasEmpty) change.size -= FileTreeTable::entrySize(tree_->nodes.path(folder));
-  if (!inTable) return change;
-  const std::uint64_t size = FileTreeTable::entrySize(path);
-  if (size == 0 || change.size + size > FileTreeTable::kMaxSize) {
-    throw Exception(
-        ErrorCode::TooLarge,
-        "cannot add '" + std::string(path) +
-            "': " + (size == 0 ? "the path is too long" : "the table of the file tree is full"));
-  }
-  change.size += size;
+  if (inTable) change.size = sizeWith(change.size, path, "add");
   return change;
 }
 
@@ -130,7 +131,7 @@ NodeId FileTreeEditor::addFile(std::unique_ptr<FileContentSource> source, std::s
   }
   const NodeId folder = insertFolders(reach);
   const NodeId node = tree_->nodes.addFile(folder, reach.rest, part);
-  if (choice.madeUp) tree_->tableFiles.push_back({node, choice.name.canonical()});
+  if (choice.madeUp) tree_->tableFiles.emplace(node, choice.name.canonical());
   return node;
 }
 
@@ -140,6 +141,51 @@ NodeId FileTreeEditor::addFolder(std::string_view path) {
   storeTable(changeOf(reach.node, path, true, true));
   const NodeId folder = insertFolders(reach);
   return tree_->nodes.addFolder(folder, reach.rest);
+}
+
+void FileTreeEditor::replaceFile(NodeId file, std::unique_ptr<FileContentSource> source) {
+  const model::PartId old = tree_->nodes.part(file);
+  const model::PartName name = model::PartName::fromItemName(package_.itemNameOf(old));
+  const model::ContentType type = package_.contentTypeOf(old);
+  const model::StandardPartInfo info = partInfoOf(*source);
+  package_.deletePart(name);
+  tree_->nodes.setPart(file, package_.createPart(name, type, info, std::move(source)));
+}
+
+FileTreeEditor::TableChange FileTreeEditor::changeOfRemoval(
+    NodeId node, const std::vector<NodeId>& subtree) const {
+  const FileTree& nodes = tree_->nodes;
+  TableChange change;
+  change.emptyFolders = tree_->emptyFolders;
+  change.size = tree_->tableSize;
+  std::size_t tableFiles = tree_->tableFiles.size();
+  for (const NodeId gone : subtree) {
+    const bool isTableFile = nodes.isFile(gone) && tree_->tableFiles.contains(gone);
+    if (!isTableFile && !nodes.isEmptyFolder(gone)) continue;
+    change.touches = true;
+    change.size -= FileTreeTable::entrySize(nodes.path(gone));
+    --(isTableFile ? tableFiles : change.emptyFolders);
+  }
+  const NodeId folder = nodes.parent(node);
+  if (folder != FileTree::kRoot && nodes.childCount(folder) == 1) {
+    change.touches = true;
+    ++change.emptyFolders;
+    change.size = sizeWith(change.size, nodes.path(folder), "keep the empty folder");
+  }
+  change.needsTable = change.emptyFolders != 0 || tableFiles != 0;
+  return change;
+}
+
+void FileTreeEditor::remove(NodeId node) {
+  const std::vector<NodeId> subtree = tree_->nodes.subtree(node);
+  storeTable(changeOfRemoval(node, subtree));
+  for (const NodeId gone : subtree) {
+    if (!tree_->nodes.isFile(gone)) continue;
+    const std::string_view itemName = package_.itemNameOf(tree_->nodes.part(gone));
+    package_.deletePart(model::PartName::fromItemName(itemName));
+    tree_->tableFiles.erase(gone);
+  }
+  tree_->nodes.remove(node);
 }
 
 }  // namespace opc::plservices

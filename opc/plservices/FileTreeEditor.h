@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "opc/plservices/FileContentSource.h"
 #include "opc/plservices/FileTreePart.h"
@@ -11,7 +12,7 @@
 
 namespace opc::plservices {
 
-/// Adds to the file tree of an open package, and keeps its parts and its table in step. An addition
+/// Changes the file tree of an open package, and keeps its parts and its table in step. A change
 /// that throws changes nothing.
 class FileTreeEditor {
  public:
@@ -20,9 +21,13 @@ class FileTreeEditor {
 
   NodeId addFile(std::unique_ptr<FileContentSource> source, std::string_view path);
   NodeId addFolder(std::string_view path);
+  /// Its part keeps its name and its content type.
+  void replaceFile(NodeId file, std::unique_ptr<FileContentSource> source);
+  /// Removes a node, not the root, with all below it. The folder above stays, empty perhaps.
+  void remove(NodeId node);
 
  private:
-  /// What an addition does to the table.
+  /// What a change does to the table.
   struct TableChange {
     bool touches = false;
     bool needsTable = false;
@@ -32,6 +37,7 @@ class FileTreeEditor {
 
   FileTree::Reach requireFree(std::string_view path) const;
   TableChange changeOf(NodeId folder, std::string_view path, bool isFolder, bool inTable) const;
+  TableChange changeOfRemoval(NodeId node, const std::vector<NodeId>& subtree) const;
   void storeTable(const TableChange& change);
   NodeId insertFolders(FileTree::Reach& reach);
 

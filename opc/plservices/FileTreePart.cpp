@@ -11,16 +11,9 @@
 namespace opc::plservices {
 namespace {
 
-constexpr const char16_t* kDefaultName = u"/metadata/fileTree.xml";
-constexpr const char* kContentType = "application/vnd.pellandry.korvan.addon.fileTree+xml";
-
-std::u16string relationshipType() {
-  return SchemaRoot + u"/korvan/addon/2014/relationships/fileTree";
-}
-
 model::PartName findName(model::Package& package) {
-  const auto found = package.getRelationshipsByType(relationshipType());
-  if (found.empty()) return model::PartName(kDefaultName);
+  const auto found = package.getRelationshipsByType(FileTreePart::relationshipType());
+  if (found.empty()) return model::PartName(FileTreePart::kDefaultName);
   if (found.size() > 1) {
     throw FormatError("PN-13", "package has " + std::to_string(found.size()) +
                                    " relationships to a file tree, not one");
@@ -40,6 +33,10 @@ model::PartName findName(model::Package& package) {
 }
 
 }  // namespace
+
+std::u16string FileTreePart::relationshipType() {
+  return SchemaRoot + u"/korvan/addon/2014/relationships/fileTree";
+}
 
 FileTreePart::FileTreePart(model::Package& package)
     : package_(package), name_(findName(package)), exists_(package.hasPart(name_)) {}

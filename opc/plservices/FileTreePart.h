@@ -15,6 +15,10 @@ namespace opc::plservices {
 /// table's type points at, else "/metadata/fileTree.xml". The package must be open.
 class FileTreePart {
  public:
+  static constexpr const char16_t* kDefaultName = u"/metadata/fileTree.xml";
+  static constexpr const char* kContentType = "application/vnd.pellandry.korvan.addon.fileTree+xml";
+  static std::u16string relationshipType();
+
   /// Finds the part. Throws Exception when the relationship leads nowhere, or there are several.
   explicit FileTreePart(model::Package& package);
 

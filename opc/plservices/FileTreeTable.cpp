@@ -15,16 +15,6 @@ namespace {
 
 using model::XercesHelper;
 
-constexpr const char16_t* kRoot = u"fileTree";
-constexpr const char16_t* kFolder = u"folder";
-constexpr const char16_t* kFile = u"file";
-constexpr const char16_t* kPath = u"path";
-constexpr const char16_t* kPart = u"part";
-
-std::u16string namespaceURI() {
-  return SchemaRoot + u"/korvan/addon/2014/fileTree";
-}
-
 [[noreturn]] void refuse(const std::string& why) {
   throw FormatError("PN-13", why);
 }
@@ -38,7 +28,7 @@ std::string requireAttribute(const xercesc::DOMElement* element, const char16_t*
 }
 
 std::string readPath(const xercesc::DOMElement* element) {
-  std::string path = model::percentDecodePath(requireAttribute(element, kPath));
+  std::string path = model::percentDecodePath(requireAttribute(element, FileTreeTable::kPath));
   if (const char* fault = findPathFault(path)) {
     refuse("path '" + path + "' cannot stand in a file tree: " + fault);
   }
@@ -49,21 +39,28 @@ std::string readPath(const xercesc::DOMElement* element) {
 const xercesc::DOMElement* requireRoot(const xercesc::DOMDocument* document) {
   const xercesc::DOMElement* root = document->getDocumentElement();
   const char16_t* found = root->getNamespaceURI();
-  if (found == nullptr || namespaceURI() != found ||
-      root->getLocalName() != std::u16string(kRoot)) {
-    refuse("the root element is not 'fileTree' of the namespace '" + toUtf8(namespaceURI()) + "'");
+  if (found == nullptr || FileTreeTable::namespaceURI() != found ||
+      root->getLocalName() != std::u16string(FileTreeTable::kRoot)) {
+    refuse("the root element is not 'fileTree' of the namespace '" +
+           toUtf8(FileTreeTable::namespaceURI()) + "'");
   }
   return root;
 }
 
 xercesc::DOMElement* appendEntry(xercesc::DOMElement* root, const char16_t* name,
                                  const std::string& path) {
-  xercesc::DOMElement* entry = XercesHelper::appendElementNS(root, namespaceURI(), name);
-  XercesHelper::setElementAttribute(entry, kPath, fromUtf8(model::percentEncodePath(path)));
+  xercesc::DOMElement* entry =
+      XercesHelper::appendElementNS(root, FileTreeTable::namespaceURI(), name);
+  XercesHelper::setElementAttribute(entry, FileTreeTable::kPath,
+                                    fromUtf8(model::percentEncodePath(path)));
   return entry;
 }
 
 }  // namespace
+
+std::u16string FileTreeTable::namespaceURI() {
+  return SchemaRoot + u"/korvan/addon/2014/fileTree";
+}
 
 FileTreeTable FileTreeTable::read(InputStream& stream) {
   const model::XercesGuard guard;

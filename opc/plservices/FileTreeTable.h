@@ -14,6 +14,14 @@ namespace opc::plservices {
 /// files whose path is no part name. Paths are UTF-8; in the XML they are percent-encoded, since
 /// XML has no control characters.
 struct FileTreeTable {
+  // The names in the XML.
+  static constexpr const char16_t* kRoot = u"fileTree";
+  static constexpr const char16_t* kFolder = u"folder";
+  static constexpr const char16_t* kFile = u"file";
+  static constexpr const char16_t* kPath = u"path";
+  static constexpr const char16_t* kPart = u"part";
+  static std::u16string namespaceURI();
+
   struct File {
     std::string path;
     std::string partName;  ///< canonical, such as "/metadata/fileTree/1.m"

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/SystemCall.h"
 
 namespace opc::plservices {
 namespace {
@@ -18,10 +19,7 @@ constexpr std::size_t kMaxOpenFolders = 32;
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 int openFolder(int parent, const char* name) {
-  for (;;) {
-    const int descriptor = ::openat(parent, name, kFolderFlags);
-    if (descriptor >= 0 || errno != EINTR) return descriptor;
-  }
+  return uninterrupted([&] { return ::openat(parent, name, kFolderFlags); });
 }
 
 struct stat statusOf(int descriptor) {
@@ -97,7 +95,8 @@ FileDescriptor FolderCursor::open(int parent, NodeId node) {
 }
 
 void FolderCursor::makeFolder(int parent, NodeId node) {
-  if (::mkdirat(parent, tree_.name(node).data(), 0777) == 0 || errno == EEXIST) return;
+  const char* name = tree_.name(node).data();
+  if (uninterrupted([&] { return ::mkdirat(parent, name, 0777); }) == 0 || errno == EEXIST) return;
   throw SystemError("cannot make folder '" + tree_.path(node) + "'", errno);
 }
 

@@ -9,23 +9,21 @@ namespace {
 
 using model::XercesHelper;
 
-constexpr const char16_t* kRoot = u"hostProperties";
-
 struct Field {
   const char16_t* name;
   std::u16string HostPropertiesPart::*value;
 };
 constexpr Field kFields[] = {
-    {u"contentType", &HostPropertiesPart::contentType},
-    {u"contentTypeFriendlyName", &HostPropertiesPart::contentTypeFriendlyName},
-    {u"korvanRelease", &HostPropertiesPart::korvanRelease},
+    {HostPropertiesPart::kContentTypeElement, &HostPropertiesPart::contentType},
+    {HostPropertiesPart::kFriendlyNameElement, &HostPropertiesPart::contentTypeFriendlyName},
+    {HostPropertiesPart::kReleaseElement, &HostPropertiesPart::korvanRelease},
 };
 
-std::u16string namespaceURI() {
+}  // namespace
+
+std::u16string HostPropertiesPart::namespaceURI() {
   return SchemaRoot + u"/korvan/addon/2014/hostProperties";
 }
-
-}  // namespace
 
 std::u16string HostPropertiesPart::relationshipType() {
   return SchemaRoot + u"/korvan/addon/2014/relationships/hostProperties";

@@ -12,7 +12,15 @@ namespace opc::plservices {
 struct HostPropertiesPart {
   static constexpr std::string_view kContentType =
       "application/vnd.pellandry.korvan.addon.hostProperties+xml";
+  static constexpr const char16_t* kPartName = u"/metadata/hostProperties.xml";
+  // The names in the XML.
+  static constexpr const char16_t* kRoot = u"hostProperties";
+  static constexpr const char16_t* kContentTypeElement = u"contentType";
+  static constexpr const char16_t* kFriendlyNameElement = u"contentTypeFriendlyName";
+  static constexpr const char16_t* kReleaseElement = u"korvanRelease";
+
   static std::u16string relationshipType();
+  static std::u16string namespaceURI();
 
   std::u16string contentType;  ///< of what the package is to the host
   std::u16string contentTypeFriendlyName;

@@ -116,7 +116,7 @@ void TreeLoader::addTableFile(const FileTreeTable::File& file) {
     refuseEntry(file.path, "its part " + quoted(file.partName) + " is another entry's too");
   }
   if (const auto why = insertFile(file.path, part)) refuseEntry(file.path, *why);
-  tree_.tableFiles.push_back({static_cast<NodeId>(tree_.nodes.size() - 1), name.canonical()});
+  tree_.tableFiles.emplace(static_cast<NodeId>(tree_.nodes.size() - 1), name.canonical());
   tree_.tableSize += FileTreeTable::entrySize(file.path);
 }
 
@@ -175,8 +175,8 @@ FileTreeTable LoadedFileTree::table() const {
   for (NodeId node = 0; node < nodes.size(); ++node) {
     if (nodes.isEmptyFolder(node)) table.folders.push_back(nodes.path(node));
   }
-  for (const TableFile& file : tableFiles) {
-    table.files.push_back({nodes.path(file.node), file.partName});
+  for (const auto& [node, partName] : tableFiles) {
+    table.files.push_back({nodes.path(node), partName});
   }
   return table;
 }

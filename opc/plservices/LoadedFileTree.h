@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "opc/model/Package.h"
@@ -17,13 +18,9 @@ inline constexpr std::string_view kFilesFolder = "files/";
 
 /// The file tree of an open package, with what its table has to say.
 struct LoadedFileTree {
-  struct TableFile {
-    NodeId node;
-    std::string partName;
-  };
-
   FileTree nodes;
-  std::vector<TableFile> tableFiles;    ///< files that only the table can place
+  /// Part names of the files that only the table can place.
+  std::unordered_map<NodeId, std::string> tableFiles;
   std::size_t emptyFolders = 0;         ///< every one of them stands in the table
   std::uint64_t tableSize = 0;          ///< bytes of the table at most, markup of the root aside
   std::vector<std::string> unreadable;  ///< files without a path and no parts, a line each

@@ -14,17 +14,15 @@
 #include <string_view>
 
 #include "opc/Exception.h"
+#include "opc/SystemCall.h"
 #include "opc/plservices/FolderCursor.h"
 
 namespace opc::plservices {
 namespace {
 
 int createFile(int folder, const char* name, mode_t mode) {
-  for (;;) {
-    const int file =
-        ::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
-    if (file >= 0 || errno != EINTR) return file;
-  }
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  return uninterrupted([&] { return ::openat(folder, name, kFlags, mode); });
 }
 
 [[noreturn]] void refuseExisting(int folder, const char* name) {
@@ -114,7 +112,8 @@ void NewFile::finish(std::int64_t modified) {
   std::array<struct timespec, 2> times{};
   times[0].tv_nsec = UTIME_OMIT;
   times[1].tv_sec = modified;
-  if (::futimens(file_.get(), times.data()) != 0 && !isMissingFeature(errno)) {
+  const int result = uninterrupted([&] { return ::futimens(file_.get(), times.data()); });
+  if (result != 0 && !isMissingFeature(errno)) {
     throw SystemError("cannot set the time", errno);
   }
   // An interrupted close has closed the file; trying again might hit somebody else's.
@@ -125,7 +124,8 @@ void NewFile::finish(std::int64_t modified) {
 
 // What is there is never opened or followed: a link gives way itself.
 void NewFile::takePlace() {
-  if (::renameat(folder_, temporary_.c_str(), folder_, name_) == 0) return;
+  const auto rename = [&] { return ::renameat(folder_, temporary_.c_str(), folder_, name_); };
+  if (uninterrupted(rename) == 0) return;
   const int number = errno;
   if (isFolder(folder_, name_)) refuseExisting(folder_, name_);
   throw SystemError("cannot replace what is there", number);

@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "opc/Exception.h"
+#include "opc/SystemCall.h"
 
 namespace opc::zippackage {
 
@@ -25,11 +26,15 @@ void writeFully(int descriptor, std::uint64_t offset, Bytes data, const char* wh
 }
 
 FileDescriptor makeNamelessFile(const std::string& folder) {
-  FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  FileDescriptor file(
+      uninterrupted([&] { return ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600); }));
   if (file) return file;
   // Not every file system can do it: with a name, then, for a moment.
-  std::string pattern = folder + "/.kraddon-XXXXXX";
-  file.reset(::mkostemp(pattern.data(), O_CLOEXEC));
+  std::string pattern;
+  file.reset(uninterrupted([&] {
+    pattern = folder + "/.kraddon-XXXXXX";
+    return ::mkostemp(pattern.data(), O_CLOEXEC);
+  }));
   if (!file) throw SystemError("cannot make a temporary file in '" + folder + "'", errno);
   ::unlink(pattern.c_str());
   return file;

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "opc/Exception.h"
+#include "opc/SystemCall.h"
 #include "opc/zippackage/FileWriting.h"
 
 namespace opc::zippackage {
@@ -52,7 +53,8 @@ void OutputFile::rewindTo(std::uint64_t offset) {
     used_ = static_cast<std::size_t>(offset - flushed_);
     return;
   }
-  if (::ftruncate(descriptor_, static_cast<off_t>(offset)) != 0) throw SystemError(kWhat, errno);
+  const auto cut = [&] { return ::ftruncate(descriptor_, static_cast<off_t>(offset)); };
+  if (uninterrupted(cut) != 0) throw SystemError(kWhat, errno);
   flushed_ = offset;
   used_ = 0;
 }

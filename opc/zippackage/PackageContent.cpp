@@ -16,9 +16,10 @@ void PackageContent::writeTo(OutputFile& out) {
   now_ = std::time(nullptr);
   countTotals();
   ZipWriter writer(out);
-  addNew(writer, true);
+  PackAhead packer(jobs(), options_.background);
+  addNew(writer, packer, true);
   copyUnchanged(out, writer);
-  addNew(writer, false);
+  addNew(writer, packer, false);
   writer.finish(old_ != nullptr ? Bytes(old_->directory.location().comment) : Bytes());
 }
 
@@ -35,12 +36,29 @@ void PackageContent::countTotals() {
   }
 }
 
-void PackageContent::addNew(ZipWriter& writer, bool atFront) {
+// In the order in which addNew comes to them.
+std::vector<PackAhead::Job> PackageContent::jobs() const {
+  std::vector<PackAhead::Job> jobs;
+  jobs.reserve(added_.size());
+  for (const bool atFront : {true, false}) {
+    for (const AddedItem& item : added_) {
+      if (item.isRemoved || item.properties.atFront != atFront) continue;
+      jobs.push_back({item.content.get(), levelOf(item.properties.compression)});
+    }
+  }
+  return jobs;
+}
+
+void PackageContent::addNew(ZipWriter& writer, PackAhead& packer, bool atFront) {
   for (AddedItem& item : added_) {
     if (item.isRemoved || item.properties.atFront != atFront) continue;
     const std::uint64_t expected = item.content->size();
-    writer.add(headOf(item), *item.content,
-               [&](std::uint64_t bytes) { report(std::min(bytes, expected)); });
+    if (const auto packed = packer.take()) {
+      writer.add(headOf(item), *packed);
+    } else {
+      writer.add(headOf(item), *item.content,
+                 [&](std::uint64_t bytes) { report(std::min(bytes, expected)); });
+    }
     reportDone(1, expected);
   }
 }

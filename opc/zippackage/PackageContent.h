@@ -9,6 +9,7 @@
 #include "opc/interfaces/Progress.h"
 #include "opc/zippackage/AddedItem.h"
 #include "opc/zippackage/OutputFile.h"
+#include "opc/zippackage/PackAhead.h"
 #include "opc/zippackage/ZipDirectory.h"
 #include "opc/zippackage/ZipItemReader.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
@@ -48,7 +49,8 @@ class PackageContent {
   };
 
   void countTotals();
-  void addNew(ZipWriter& writer, bool atFront);
+  std::vector<PackAhead::Job> jobs() const;
+  void addNew(ZipWriter& writer, PackAhead& packer, bool atFront);
   void copyUnchanged(OutputFile& out, ZipWriter& writer);
   std::vector<Run> findRuns();
   std::uint64_t endOf(std::size_t positionInOrder);

@@ -9,12 +9,11 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/SystemCall.h"
 #include "opc/zippackage/FileWriting.h"
 
 namespace opc::zippackage {
 namespace {
-
-constexpr int kFolderFlags = O_DIRECTORY | O_CLOEXEC;
 
 std::string temporaryName(const std::string& name) {
   constexpr std::size_t kMostBytes = 255;
@@ -31,23 +30,19 @@ std::optional<struct stat> statusOf(int folder, const std::string& name) {
   throw SystemError("cannot look at '" + name + "'", errno);
 }
 
-template <typename Call>
-int repeated(const Call& call) {
-  int result = 0;
-  do {
-    result = call();
-  } while (result < 0 && errno == EINTR);
-  return result;
+FileDescriptor openFolder(const std::string& path, int access) {
+  return FileDescriptor(
+      uninterrupted([&] { return ::open(path.c_str(), access | O_DIRECTORY | O_CLOEXEC); }));
 }
 
 }  // namespace
 
 TemporaryPackage::TemporaryPackage(PackageTarget target) : target_(std::move(target)) {
-  folder_.reset(::open(target_.folder.c_str(), O_RDONLY | kFolderFlags));
+  folder_ = openFolder(target_.folder, O_RDONLY);
   if (!folder_ && errno == EACCES) {
     // Files can be made in a folder that must not be listed.
     isFolderReadable_ = false;
-    folder_.reset(::open(target_.folder.c_str(), O_PATH | kFolderFlags));
+    folder_ = openFolder(target_.folder, O_PATH);
   }
   if (!folder_) throw SystemError("cannot open folder '" + target_.folder + "'", errno);
   const auto old = statusOf(folder_.get(), target_.name);
@@ -71,7 +66,7 @@ void TemporaryPackage::create(bool isPrivate) {
   constexpr int kAttempts = 100;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     name_ = temporaryName(target_.name);
-    file_.reset(repeated([&] {
+    file_.reset(uninterrupted([&] {
       return ::openat(folder_.get(), name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC,
                       isPrivate ? 0600 : 0666);
     }));
@@ -86,45 +81,85 @@ void TemporaryPackage::create(bool isPrivate) {
 void TemporaryPackage::adopt(const struct stat& old) {
   mode_t mode = old.st_mode & 07777;
   const bool isOurs = old.st_uid == ::geteuid() && old.st_gid == ::getegid();
-  if (!isOurs && ::fchown(file_.get(), old.st_uid, old.st_gid) != 0) {
+  const auto give = [&](uid_t user) {
+    return uninterrupted([&] { return ::fchown(file_.get(), user, old.st_gid); });
+  };
+  if (!isOurs && give(old.st_uid) != 0) {
     // Best effort: the group at least. What acts in another's name must not change whose it is.
-    if (::fchown(file_.get(), static_cast<uid_t>(-1), old.st_gid) != 0) mode &= 0777;
+    if (give(static_cast<uid_t>(-1)) != 0) mode &= 0777;
     mode &= ~static_cast<mode_t>(S_ISUID);
   }
-  if (::fchmod(file_.get(), mode) != 0) {
+  if (uninterrupted([&] { return ::fchmod(file_.get(), mode); }) != 0) {
     throw SystemError("cannot set the mode of a temporary file", errno);
   }
 }
 
 void TemporaryPackage::sync() {
-  if (repeated([&] { return ::fsync(file_.get()); }) != 0) {
+  if (uninterrupted([&] { return ::fsync(file_.get()); }) != 0) {
     throw SystemError("cannot flush a temporary file to the disk", errno);
   }
 }
 
 void TemporaryPackage::moveInPlace(bool replaceExisting) {
-  const int folder = folder_.get();
-  const unsigned flags = replaceExisting ? 0 : RENAME_NOREPLACE;
-  const char* to = target_.name.c_str();
-  const bool isMoved =
-      ::renameat2(folder, name_.c_str(), folder, to, flags) == 0 ||
-      (!replaceExisting && (errno == EINVAL || errno == ENOSYS) && linkWithoutReplacing());
+  bool isMoved = rename(replaceExisting ? 0 : RENAME_NOREPLACE);
+  // There are file systems that know no rename of that kind, and some of those know no links.
+  if (!isMoved && !replaceExisting && (errno == EINVAL || errno == ENOSYS)) {
+    isMoved = linkWithoutReplacing();
+    if (!isMoved && errno != EEXIST) isMoved = claimWithoutReplacing();
+  }
   if (isMoved) return name_.clear();
   if (errno == EEXIST) throw Exception(ErrorCode::AlreadyExists, "it exists already");
   throw SystemError("cannot give a temporary file its name '" + target_.name + "'", errno);
 }
 
-// For file systems that know no rename of that kind: a link refuses an existing name, too.
+bool TemporaryPackage::rename(unsigned flags) {
+  const int folder = folder_.get();
+  const int result = uninterrupted(
+      [&] { return ::renameat2(folder, name_.c_str(), folder, target_.name.c_str(), flags); });
+  return result == 0 || isInPlace();
+}
+
+// A link refuses an existing name, too.
 bool TemporaryPackage::linkWithoutReplacing() {
   const int folder = folder_.get();
-  if (::linkat(folder, name_.c_str(), folder, target_.name.c_str(), 0) != 0) return false;
-  ::unlinkat(folder, name_.c_str(), 0);
+  const int result = uninterrupted(
+      [&] { return ::linkat(folder, name_.c_str(), folder, target_.name.c_str(), 0); });
+  if (result != 0 && !isInPlace()) return false;
+  uninterrupted([&] { return ::unlinkat(folder, name_.c_str(), 0); });
   return true;
 }
 
+// Making a file refuses an existing name; the empty one in between does no harm.
+bool TemporaryPackage::claimWithoutReplacing() {
+  const int folder = folder_.get();
+  const char* name = target_.name.c_str();
+  const FileDescriptor claim(uninterrupted(
+      [&] { return ::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); }));
+  if (!claim) return false;
+  if (rename(0)) return true;
+  const int number = errno;
+  ::unlinkat(folder, name, 0);
+  errno = number;
+  return false;
+}
+
+// A call that was interrupted, or whose answer a network lost, may have done its work and fail only
+// when it is made again.
+bool TemporaryPackage::isInPlace() const {
+  const int number = errno;
+  struct stat named {};
+  struct stat ours {};
+  const bool isSame =
+      ::fstatat(folder_.get(), target_.name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+      ::fstat(file_.get(), &ours) == 0 && named.st_dev == ours.st_dev &&
+      named.st_ino == ours.st_ino;
+  errno = number;
+  return isSame;
+}
+
 void TemporaryPackage::syncFolder() {
-  const int result = isFolderReadable_ ? repeated([&] { return ::fsync(folder_.get()); })
-                                       : repeated([&] { return ::syncfs(file_.get()); });
+  const int result = isFolderReadable_ ? uninterrupted([&] { return ::fsync(folder_.get()); })
+                                       : uninterrupted([&] { return ::syncfs(file_.get()); });
   // Some file systems have nothing to flush for a folder, and say so in this way.
   if (result == 0 || errno == EINVAL || errno == ENOTSUP) return;
   throw SystemError("new package '" + target_.path() +

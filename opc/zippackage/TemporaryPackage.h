@@ -35,7 +35,10 @@ class TemporaryPackage {
  private:
   void create(bool isPrivate);
   void adopt(const struct stat& old);
+  bool rename(unsigned flags);
   bool linkWithoutReplacing();
+  bool claimWithoutReplacing();
+  bool isInPlace() const;
 
   PackageTarget target_;
   FileDescriptor folder_;

@@ -155,7 +155,7 @@ ZipItemReader::Place ZipItemReader::locate(std::size_t entry, bool withData) {
   Place place;
   place.data = extraAt + header.extraLength;
   if (place.data > limit || item.packedSize > limit - place.data) {
-    refuseHeader("its data reach into the directory");
+    throw FormatError("RB-2", "its data reach into the directory");
   }
   const LocalSizes sizes = readSizes(header, window_.at(extraAt, header.extraLength));
   checkHeader(header, item, sizes);

@@ -15,9 +15,9 @@
 namespace opc::zippackage {
 
 /// Reads the items of a package, and checks them: the local header against the directory, then
-/// the data descriptor, size and checksum. Faults throw FormatError: ZP-7 for headers, ZP-8 for
-/// descriptors, ZP-15 for data. Entries must be free of refused faults. The file and the directory
-/// must outlive the reader and its streams.
+/// the data descriptor, size and checksum. Faults throw FormatError: ZP-7 and ZP-9 for headers,
+/// ZP-8 for descriptors, RB-2 for data that reach into the directory, ZP-15 for data. Entries must
+/// be free of refused faults. The file and the directory must outlive the reader and its streams.
 class ZipItemReader {
  public:
   ZipItemReader(const PackageFile& file, const ZipDirectory& directory);

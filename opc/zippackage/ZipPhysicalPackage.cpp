@@ -9,9 +9,8 @@
 #include <utility>
 
 #include "opc/Exception.h"
-#include "opc/zippackage/DosTime.h"
 #include "opc/zippackage/ErrorContext.h"
-#include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/ItemInfoOf.h"
 #include "opc/zippackage/PackageState.h"
 
 namespace opc::zippackage {
@@ -19,7 +18,6 @@ namespace opc::zippackage {
 using interfaces::IContentSource;
 using interfaces::ItemIndex;
 using interfaces::ItemInfo;
-using interfaces::ItemKind;
 using interfaces::NewItem;
 using interfaces::OpenMode;
 
@@ -53,42 +51,6 @@ class PendingWriter final : public OutputStream {
  private:
   PendingContent& content_;
 };
-
-ItemKind kindOf(std::string_view name, const CentralHeader& header) {
-  constexpr std::uint32_t kTypeMask = 0170000;
-  constexpr std::uint32_t kRegularFile = 0100000;
-  constexpr std::uint32_t kSymbolicLink = 0120000;
-  constexpr std::uint32_t kVolumeLabel = 0x08;
-  if (!name.empty() && name.back() == '/') return ItemKind::Folder;
-  const int host = header.madeBy >> 8;
-  if (host == 0 && (header.externalAttributes & kVolumeLabel) != 0) return ItemKind::Special;
-  if (host != kHostUnix) return ItemKind::File;
-  const std::uint32_t type = (header.externalAttributes >> 16) & kTypeMask;
-  if (type == kSymbolicLink) return ItemKind::SymbolicLink;
-  return type == 0 || type == kRegularFile ? ItemKind::File : ItemKind::Special;
-}
-
-std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
-  const auto exact = extra.empty() ? std::nullopt : TimeExtra::find(extra);
-  return exact.value_or(DosTime::toUnix(header.dosTime));
-}
-
-ItemInfo infoOf(const ZipDirectory& directory, ItemIndex item) {
-  constexpr std::uint32_t kOwnerExecutes = 0100u << 16;
-  const ZipEntry& entry = directory.entries()[item];
-  const CentralHeader header = directory.header(item);
-  ItemInfo info;
-  info.name = directory.name(item);
-  info.kind = kindOf(info.name, header);
-  info.compressed = entry.method != kStored;
-  info.executable =
-      header.madeBy >> 8 == kHostUnix && (header.externalAttributes & kOwnerExecutes) != 0;
-  info.crc = entry.crc;
-  info.size = entry.size;
-  info.packedSize = entry.packedSize;
-  info.modified = timeOf(header, directory.extra(item));
-  return info;
-}
 
 ItemInfo infoOf(const AddedItem& item) {
   ItemInfo info;
@@ -165,7 +127,7 @@ bool ZipPhysicalPackage::isRemoved(ItemIndex item) const {
 ItemInfo ZipPhysicalPackage::itemInfo(ItemIndex item) const {
   state_->requireItem(item);
   const State::Session& session = state_->session();
-  if (item < session.oldCount()) return infoOf(session.old->directory, item);
+  if (item < session.oldCount()) return itemInfoOf(session.old->directory, item);
   return infoOf(session.added[item - session.oldCount()]);
 }
 

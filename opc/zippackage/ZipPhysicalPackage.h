@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "opc/interfaces/Background.h"
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/interfaces/Progress.h"
 
@@ -20,6 +21,9 @@ struct WriteOptions {
   std::optional<std::int64_t> timestamp = std::nullopt;
   /// Called while the commit runs, never after the new file is in place.
   interfaces::ProgressFunction progress = nullptr;
+  /// Where to have a second thread from, which packs new items with the first. May be empty; what
+  /// is written is the same.
+  interfaces::BackgroundStarter background = nullptr;
 };
 
 /// A ZIP file as a physical package (ISO/IEC 29500-2, 7; APPNOTE 6.3).

@@ -38,45 +38,20 @@ std::uint32_t attributesFor(const ItemHead& head) {
 void ZipWriter::add(const ItemHead& head, interfaces::IContentSource& source,
                     const Advanced& advanced) {
   const std::unique_ptr<InputStream> stream = source.getInputStream();
-  const std::uint64_t expected = source.size();
-  std::size_t size = 0;
-  if (expected <= kWholeLimit && readWhole(*stream, expected, size)) {
-    return addWhole(head, {input_.data(), size});
-  }
-  addStreamed(head, source, *stream, {input_.data(), size}, advanced);
+  const auto packed = packer_.pack(head.level, *stream, source.size());
+  if (packed) return add(head, *packed);
+  addStreamed(head, source, *stream, packer_.begun(), advanced);
 }
 
-// False when there is more than fits; what was read is in input_ then, too.
-bool ZipWriter::readWhole(InputStream& stream, std::uint64_t expected, std::size_t& size) {
-  // One more byte than expected shows the end without another, larger buffer.
-  const std::size_t wanted = std::max<std::size_t>(static_cast<std::size_t>(expected) + 1, 65536);
-  if (input_.size() < wanted) input_.resizeForOverwrite(wanted);
-  for (;;) {
-    const std::size_t count = stream.read(input_.data() + size, input_.size() - size);
-    size += count;
-    if (count == 0) return size <= kWholeLimit;
-    if (size > kWholeLimit) return false;
-    if (size < input_.size()) continue;
-    ByteBuffer larger;
-    larger.resizeForOverwrite(std::min(size * 2, kWholeLimit + 1));
-    std::memcpy(larger.data(), input_.data(), size);
-    input_ = std::move(larger);
-  }
-}
-
-void ZipWriter::addWhole(const ItemHead& head, Bytes data) {
+void ZipWriter::add(const ItemHead& head, const PackedItem& packed) {
   Written item;
   item.offset = out_.position();
-  item.size = data.size();
-  item.crc = updateCrc(0, data);
-  Bytes packed = data;
-  if (head.level > 0 && deflater_.pack(head.level, data, packed_)) {
-    item.method = kDeflated;
-    packed = packed_.bytes();
-  }
-  item.packedSize = packed.size();
+  item.packedSize = packed.data.size();
+  item.size = packed.size;
+  item.crc = packed.crc;
+  item.method = packed.method;
   out_.write(localHeader(head, item, item.size >= limits_.value));
-  out_.write(packed);
+  out_.write(packed.data);
   addToDirectory(head, item);
 }
 

@@ -11,6 +11,7 @@
 #include "opc/ByteBuffer.h"
 #include "opc/interfaces/IContentSource.h"
 #include "opc/zippackage/Codec.h"
+#include "opc/zippackage/ItemPacker.h"
 #include "opc/zippackage/OutputFile.h"
 #include "opc/zippackage/ZipDirectory.h"
 #include "opc/zippackage/ZipFormat.h"
@@ -49,6 +50,9 @@ class ZipWriter {
   /// 4 GiB and holds more.
   void add(const ItemHead& head, interfaces::IContentSource& source, const Advanced& advanced);
 
+  /// Writes an item that is packed already.
+  void add(const ItemHead& head, const PackedItem& packed);
+
   /// Takes an entry over into the directory: its bytes were copied to `offset` already.
   void addCopied(const ZipDirectory& from, std::size_t entry, std::uint64_t offset);
 
@@ -65,8 +69,6 @@ class ZipWriter {
     std::uint16_t method = kStored;
   };
 
-  bool readWhole(InputStream& stream, std::uint64_t expected, std::size_t& size);
-  void addWhole(const ItemHead& head, Bytes data);
   void addStreamed(const ItemHead& head, interfaces::IContentSource& source, InputStream& stream,
                    Bytes begun, const Advanced& advanced);
   void pump(Written& item, int level, InputStream& stream, Bytes begun,
@@ -81,8 +83,7 @@ class ZipWriter {
   Zip64Limits limits_;
   std::vector<unsigned char> directory_;
   std::uint64_t entries_ = 0;
-  WholeDeflater deflater_;
-  ByteBuffer input_;
+  ItemPacker packer_;
   ByteBuffer packed_;
   std::vector<unsigned char> header_;
 };

@@ -48,6 +48,18 @@ class AddonPackageScreenshot : public testing::Test {
     package.logicalPackage().close(false);
   }
 
+  template <typename Work>
+  void modify(Work work) const {
+    AddonPackage package(path());
+    package.logicalPackage().open(OpenMode::Modify);
+    work(package);
+    package.logicalPackage().close(false);
+  }
+
+  void removeScreenshot() const {
+    modify([](AddonPackage& package) { EXPECT_TRUE(package.removeScreenshot()); });
+  }
+
   std::string screenshot() const {
     AddonPackage package(path());
     package.logicalPackage().open(OpenMode::Read);
@@ -141,6 +153,38 @@ TEST_F(AddonPackageScreenshot, SettingTwiceLeavesTheSecondAndOneOfEachRelationsh
   EXPECT_EQ(inspector_.relationships(kScreenshotType), Strings{"rId100 /" + kStem + "jpg"});
   EXPECT_EQ(inspector_.relationships(kThumbnailType), Strings{"rId101 /" + kStem + "jpg"});
   EXPECT_EQ(screenshot(), "second");
+}
+
+TEST_F(AddonPackageScreenshot, RemovedItLeavesNothingAndCanBeSetAgain) {
+  setScreenshot(image("first.png", "first"));
+
+  removeScreenshot();
+
+  EXPECT_TRUE(screenshotItems().empty());
+  EXPECT_TRUE(inspector_.relationships(kScreenshotType).empty());
+  EXPECT_TRUE(inspector_.relationships(kThumbnailType).empty());
+  EXPECT_EQ(screenshot(), "");
+  setScreenshot(image("second.gif", "second"));
+  EXPECT_EQ(screenshot(), "second");
+}
+
+TEST_F(AddonPackageScreenshot, RemovedItTakesItsThumbnailAndLeavesAnother) {
+  setScreenshot(image("first.png", "first"));
+  modify([](AddonPackage& package) {
+    auto& logical = package.logicalPackage();
+    const auto type = logical.getRelationship(u"rId101").getType();
+    logical.deleteRelationship(u"rId101");
+    for (const char16_t* target : {u"/METADATA/primaryScreenShot.png", u"/files/other.png"}) {
+      logical.createInternalRelationship(type, opc::model::URI(target), u"");
+    }
+  });
+
+  removeScreenshot();
+
+  const Strings left = inspector_.relationships(kThumbnailType);
+  ASSERT_EQ(left.size(), 1u);
+  EXPECT_NE(left[0].find("/files/other.png"), std::string::npos);
+  EXPECT_TRUE(screenshotItems().empty());
 }
 
 TEST_F(AddonPackageScreenshot, SettingTwiceInOneGoLeavesTheSecond) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "opc/Text.h"
 #include "tests/support/PackageInspector.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -365,6 +366,81 @@ TEST_F(AddonPackageTest, ThePartIsFoundByItsRelationshipWhereverItLies) {
   });
 
   EXPECT_EQ(loadOver(), u"T/found");
+}
+
+TEST_F(AddonPackageTest, ARemovedDocumentLeavesNeitherPartNorRelationship) {
+  create();
+  const auto before = inspector_.names();
+  store(u"MIT", u"terms");
+
+  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+
+  EXPECT_EQ(inspector_.names(), before);
+  EXPECT_TRUE(inspector_.relationships(kLicenseTypeAscii).empty());
+  EXPECT_EQ(loadOver(), u"old/old");
+}
+
+TEST_F(AddonPackageTest, RemovingWhatIsNotThereChangesNothing) {
+  create();
+  const std::string before = readFile(file_);
+
+  modify([](AddonPackage& package) {
+    EXPECT_FALSE(package.removeXMLPart(AddonLicense()));
+    EXPECT_FALSE(package.removeScreenshot());
+  });
+
+  EXPECT_EQ(readFile(file_), before);
+}
+
+TEST_F(AddonPackageTest, ARemovedDocumentGoesWhereverItLies) {
+  create();
+  modify([](AddonPackage& package) {
+    auto& logical = package.logicalPackage();
+    logical.createPart(opc::model::PartName(u"/elsewhere/l.xml"),
+                       opc::model::ContentType(u"application/xml"),
+                       opc::model::StandardPartInfo(opc::interfaces::CompressionType::Normal, 0));
+    logical.createInternalRelationship(kLicenseType, opc::model::URI(u"/elsewhere/l.xml"), u"");
+    logical.createInternalRelationship(kLicenseType, opc::model::URI(u"/not/there.xml"), u"");
+    logical.createExternalRelationship(kLicenseType, opc::model::URI(u"http://x.example/"), u"");
+  });
+
+  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+
+  EXPECT_TRUE(inspector_.relationships(kLicenseTypeAscii).empty());
+  const auto names = inspector_.names();
+  EXPECT_EQ(std::count(names.begin(), names.end(), "elsewhere/l.xml"), 0);
+}
+
+TEST_F(AddonPackageTest, ADocumentWithoutItsRelationshipIsRemovedByName) {
+  create();
+  store(u"MIT", u"terms");
+  modify([](AddonPackage& package) {
+    auto& logical = package.logicalPackage();
+    logical.deleteRelationship(logical.getRelationshipsByType(kLicenseType).at(0).getId());
+  });
+
+  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+
+  const auto names = inspector_.names();
+  EXPECT_EQ(std::count(names.begin(), names.end(), "metadata/license.xml"), 0);
+}
+
+TEST_F(AddonPackageTest, FilesOfTheTreeOutliveADocumentThatPointsAtThem) {
+  create();
+  modify([&](AddonPackage& package) {
+    package.addFiles({diskFile("plain", "1"), diskFile("odd", "2")}, {u"plain.xml", u"odd."});
+    auto& logical = package.logicalPackage();
+    for (const char* path : {"plain.xml", "odd."}) {
+      const auto item = package.fileSystem().find(path)->info().itemName;
+      logical.createInternalRelationship(
+          kLicenseType, opc::model::URI(opc::fromUtf8("/" + std::string(item))), u"");
+    }
+  });
+
+  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+
+  EXPECT_EQ(list(), (std::vector<std::u16string>{u"odd.", u"plain.xml"}));
+  EXPECT_TRUE(inspector_.relationships(kLicenseTypeAscii).empty());
 }
 
 TEST_F(AddonPackageTest, AMalformedPartIsAnErrorThatNamesThePart) {

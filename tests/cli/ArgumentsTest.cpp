@@ -108,6 +108,32 @@ TEST(Arguments, MistakesAreNamed) {
             "bad value of --color 'red': expected auto, always or never");
 }
 
+TEST(Arguments, AMissingOptionIsNamed) {
+  static constexpr std::array kRequired{OptionSpec{"key", 0, "TEXT", "a key", false, true}};
+  static constexpr CommandSpec kStrict{"test", "tests", "", kOperands, kRequired, nullptr};
+  bool wantsHelp = false;
+
+  try {
+    tool::parseArguments(kStrict, {}, {"a"}, wantsHelp);
+    FAIL() << "no error";
+  } catch (const UsageError& error) {
+    EXPECT_STREQ(error.what(), "missing option '--key': a key");
+  }
+}
+
+TEST(Arguments, TwoOptionsCanBeRefusedTogether) {
+  const Invocation invocation = parse({"a", "--long", "--name", "x"});
+
+  EXPECT_NO_THROW(invocation.refuseTogether("long", "null"));
+  EXPECT_NO_THROW(invocation.refuseTogether("null", "long"));
+  try {
+    invocation.refuseTogether("name", "long");
+    FAIL() << "no error";
+  } catch (const UsageError& error) {
+    EXPECT_STREQ(error.what(), "bad option '--name': it does not go with --long");
+  }
+}
+
 TEST(Arguments, HelpIsToldBeforeAnythingIsMissed) {
   bool wantsHelp = false;
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -62,6 +63,20 @@ TEST(JsonText, WhatIsNoJsonAtAllIsTold) {
   EXPECT_FALSE(parseJsonIfAny("").has_value());
   EXPECT_TRUE(parseJsonIfAny("12").has_value());
   EXPECT_THROW(parseJsonIfAny(R"({"a": 1, "a": 2})"), JsonError);
+}
+
+TEST(JsonText, HalfACharacterIsRefusedAndNotTakenForOtherText) {
+  for (const char* text : {R"("\ud800")", R"("\udc00")", R"(["\ud800x"])", R"({"\udfff": 1})"}) {
+    EXPECT_THROW(parseJsonIfAny(text), JsonError) << text;
+  }
+  EXPECT_EQ(parseJsonIfAny(R"("\ud83c\udf0a")")->get<std::string>(), "\xF0\x9F\x8C\x8A");
+}
+
+TEST(JsonText, ZeroKeepsItsSign) {
+  EXPECT_TRUE(std::signbit(parseJson("-0").get<double>()));
+  EXPECT_TRUE(std::signbit(parseJson("[-0]")[0].get<double>()));
+  EXPECT_FALSE(std::signbit(parseJson("0").get<double>()));
+  EXPECT_EQ(parseJson("-1").get<double>(), -1.0);
 }
 
 TEST(JsonText, ManyMembersTakeNoQuadraticTime) {

@@ -72,6 +72,19 @@ TEST_F(TreeWalk, LeavesOutWhatIsExcludedAndDoesNotLookIntoIt) {
   EXPECT_EQ(excluded.size(), 2u);
 }
 
+TEST_F(TreeWalk, PatternsCountForPathsInThePackage) {
+  file("a/x.m");
+  file("b/x.m");
+  options_.place = "lib/kit";
+  options_.excludes.add("/lib/kit/a/");
+  options_.excludes.add("/b");
+  Paths excluded;
+  options_.onExcluded = [&](const std::string& path) { excluded.push_back(path); };
+
+  EXPECT_EQ(walk(), Paths{"b/x.m"});
+  EXPECT_EQ(excluded, Paths{"lib/kit/a"});
+}
+
 TEST_F(TreeWalk, AFolderIsEmptyOnlyWhenNothingLiesInIt) {
   file("full/a.log");
   fs::create_directory(root_ / "empty");

@@ -86,6 +86,12 @@ class Call(kraddontest.CliTest):
         self.fails("call", "addonGetFileList", b"caf\xe9",
                    message="bad argument '1': it is not UTF-8")
 
+    def test_half_a_character_is_refused(self):
+        for text in ('"\\ud800"', '["a", "\\udc00x"]', '{"text": "\\ud83c"}'):
+            result = self.fails("call", "addonSetLicense", "p.kraddon", text)
+            self.assertIn("kraddon: call: bad argument '2': ", result.errors)
+            self.assertIn("surrogate", result.errors)
+
     def test_words_are_taken_as_they_are(self):
         self.ok("call", "addonGetFileList", "--", "--nlhs")
         result = self.fails("call", "addonGetFileList", "-5")

@@ -139,6 +139,18 @@ class Create(kraddontest.CliTest):
         self.assertEqual(self.path("p.kraddon").stat().st_mode & 0o777, 0o640)
         self.assertEqual(self.names(), ["p.kraddon"])
 
+    def test_force_does_not_replace_what_may_not_be_written(self):
+        self.write("p.kraddon", "precious")
+        self.path("p.kraddon").chmod(0o444)
+        other = {}
+        if os.geteuid() == 0:
+            self.folder.chmod(0o777)
+            other = {"user": 65534, "group": 65534, "extra_groups": []}
+        self.fails("create", "p.kraddon", "--name", "x", "--force",
+                   message="cannot replace 'p.kraddon': Permission denied", **other)
+        self.assertEqual(self.path("p.kraddon").read_text(), "precious")
+        self.assertEqual(self.names(), ["p.kraddon"])
+
     def test_a_link_to_a_package_stays_a_link(self):
         self.path("store").mkdir()
         self.write("store/real.kraddon", "old")

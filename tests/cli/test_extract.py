@@ -115,6 +115,12 @@ class Extract(kraddontest.CliTest):
         self.assertFalse(self.path("p").exists())
         self.ok("extract", "p.kraddon", "a.m", "-d", "some", "--max-size", "3")
         self.ok("extract", "p.kraddon", "--max-size", "10006")
+        self.write("part/z.bin", "mine")
+        self.ok("extract", "p.kraddon", "-d", "part", "--skip-existing", "--max-size", "6")
+        self.fails("extract", "p.kraddon", "-d", "part", "--force", "--max-size", "6",
+                   message="cannot extract 'p.kraddon': it would be more than 6 bytes")
+        self.fails("extract", "p.kraddon", "z.bin", "--stdout", "--max-size", "6",
+                   message="cannot extract 'p.kraddon': it would be more than 6 bytes")
         self.misused("extract", "p.kraddon", "--max-size", "1k",
                      message="bad value of --max-size '1k': expected a whole number from 0 to "
                              "9223372036854775807")

@@ -68,7 +68,7 @@ class General(kraddontest.CliTest):
     def test_missing_and_extra_operands_are_named(self):
         self.misused("info", message="PACKAGE is missing: the package")
         self.misused("info", "a", "b", message="unexpected operand 'b': there is no use for it")
-        self.misused("create", "p", message="--name is missing: the add-on's name")
+        self.misused("create", "p", message="missing option '--name': the add-on's name")
 
     def test_another_folder_can_be_worked_in(self):
         self.path("sub").mkdir()
@@ -129,6 +129,13 @@ class General(kraddontest.CliTest):
                       ["extract", "p.kraddon", "--dry-run"]):
             self.assertEqual(self.on_terminal(*words), b"evil\\x1b[31m.m\r\n")
         self.assertEqual(self.on_terminal("list", "p.kraddon", "-0"), b"evil\x1b[31m.m\0")
+
+    def test_what_turns_the_direction_of_text_is_escaped_too(self):
+        name = "evil\u202egnp.exe"
+        self.package(files={name: "x"})
+        self.assertEqual(self.listing(), [name])
+        self.assertIn("no\\u2066ne", self.fails("info", "no\u2066ne").errors)
+        self.assertEqual(self.on_terminal("list", "p.kraddon"), b"evil\\u202egnp.exe\r\n")
 
     def on_terminal(self, *words, env=None):
         """What the program prints when its standard output is a terminal."""

@@ -150,6 +150,23 @@ class GetSet(kraddontest.CliTest):
         self.assertEqual(self.path("p.kraddon").stat().st_mode & 0o777, 0o604)
         self.assert_sound()
 
+    def test_what_is_stored_already_is_not_written_again(self):
+        self.ok("set", "p.kraddon", "license", "type=MIT", "text=terms")
+        before = self.path("p.kraddon").stat()
+        for document, *words in (("license", "text=terms"), ("license", "type=MIT", "text=terms"),
+                                 ("properties", "version=1.0")):
+            self.ok("set", "p.kraddon", document, *words)
+        for document in ("license", "properties"):
+            stored = self.ok("get", "p.kraddon", document).out
+            self.ok("set", "p.kraddon", document, "-", stdin=stored)
+        after = self.path("p.kraddon").stat()
+        self.assertEqual((after.st_ino, after.st_mtime_ns), (before.st_ino, before.st_mtime_ns))
+
+        # An empty document is another thing than none.
+        empty = self.ok("get", "p.kraddon", "revisions").out
+        self.ok("set", "p.kraddon", "revisions", "-", stdin=empty)
+        self.assertIn("revisions", self.ok("info", "p.kraddon", "--json").json["documents"])
+
     def test_the_time_of_what_is_written_can_be_set(self):
         self.ok("set", "p.kraddon", "license", "text=terms", "--timestamp", "1000000000",
                 "--level", "0")
@@ -195,6 +212,13 @@ class GetSet(kraddontest.CliTest):
         self.assertIn("item 'files/my file.m': it is no part of the package and was left out",
                       stored.errors)
         self.assertNotIn("files/my file.m", self.entries("q.kraddon"))
+
+    def test_what_is_no_part_is_not_said_to_go_when_nothing_is_written(self):
+        self.package("q.kraddon", {"a.m": "x"})
+        with zipfile.ZipFile(self.path("q.kraddon"), "a") as archive:
+            archive.writestr("files/my file.m", "added by another program")
+        self.ok("set", "q.kraddon", "properties", "version=1.0")
+        self.assertIn("files/my file.m", self.entries("q.kraddon"))
 
 
 if __name__ == "__main__":

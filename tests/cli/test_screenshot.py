@@ -6,6 +6,7 @@ import os
 import signal
 import subprocess
 import time
+import zipfile
 
 import kraddontest
 
@@ -60,6 +61,20 @@ class Screenshot(kraddontest.CliTest):
             self.assertEqual(self.ok("screenshot", "p.kraddon", "-o-").out, PNG + name.encode())
         self.assertIn("screenshot    /metadata/primaryScreenShot.jpg, image/jpeg, 2316 bytes\n",
                       self.ok("info", "p.kraddon").text)
+
+    def test_the_part_is_spelled_as_the_package_has_it(self):
+        self.ok("screenshot", "p.kraddon", "shot.png")
+        entries = self.entries()
+        entries["_rels/.rels"] = entries["_rels/.rels"].replace(b"/metadata/primaryScreenShot.png",
+                                                                b"/Metadata/PRIMARYScreenShot.png")
+        with zipfile.ZipFile(self.path("p.kraddon"), "w") as archive:
+            for name, content in entries.items():
+                archive.writestr(name, content)
+
+        self.assertEqual(self.info()["part"], "/metadata/primaryScreenShot.png")
+        self.assertEqual(self.ok("screenshot", "p.kraddon", "-o", "-").out, PNG)
+        self.ok("unset", "p.kraddon", "screenshot")
+        self.assertNotIn("metadata/primaryScreenShot.png", self.entries())
 
     def test_a_jpg_takes_the_place_of_a_png(self):
         self.ok("screenshot", "p.kraddon", "shot.png")
@@ -122,6 +137,15 @@ class Screenshot(kraddontest.CliTest):
         self.misused("screenshot", "p.kraddon", "a.png", "b.png",
                      message="unexpected operand 'b.png': there is no use for it")
         self.misused("screenshot", message="PACKAGE is missing: the package")
+
+    def test_a_file_that_nobody_named_is_not_replaced(self):
+        self.ok("screenshot", "p.kraddon", "shot.png")
+        self.write("p.png", "precious")
+        self.fails("screenshot", "p.kraddon", message="cannot write 'p.png': it exists already",
+                   hint="-o p.png replaces it")
+        self.assertEqual(self.path("p.png").read_text(), "precious")
+        self.ok("screenshot", "p.kraddon", "-o", "p.png")
+        self.assertEqual(self.path("p.png").read_bytes(), PNG)
 
     def test_an_existing_output_is_replaced_whole(self):
         self.ok("screenshot", "p.kraddon", "shot.png")

@@ -122,6 +122,13 @@ TEST(Text, PrintableEscapesControlsAndBrokenBytesOnly) {
   EXPECT_EQ(printable("a\xFF\xC3(b"), "a\\xff\\xc3(b");
 }
 
+TEST(Text, ShowsWhatTurnsTheDirectionOfTextAsEscapes) {
+  EXPECT_EQ(printable("evil\u202Egnp.exe"), "evil\\u202egnp.exe");
+  EXPECT_EQ(printable("\u061C\u200E\u200F\u202A\u202D\u2066\u2069"),
+            "\\u061c\\u200e\\u200f\\u202a\\u202d\\u2066\\u2069");
+  EXPECT_EQ(printable("\u200D\u2029\u2065\u206A\u061D"), "\u200D\u2029\u2065\u206A\u061D");
+}
+
 TEST(Text, ComparesUtf8AsUtf16WouldCompare) {
   const std::u16string texts[] = {
       u"",       u"a",          u"ab",         u"b",          u"\u007F",  u"\u00E9",

@@ -81,6 +81,20 @@ TEST(PatternList, CommentsBlanksAndLineEndsOfAnIgnoreFileAreNoPatterns) {
   EXPECT_FALSE(list.excludes("other", false));
 }
 
+TEST(PatternList, LinesOfAFolderCountFromThereOn) {
+  PatternList list;
+  list.addLines("/build\n*.tmp\n", "lib/kit");
+  list.add("!keep.tmp");
+
+  EXPECT_TRUE(list.excludes("lib/kit/build", false));
+  EXPECT_TRUE(list.excludes("lib/kit/sub/a.tmp", false));
+  EXPECT_FALSE(list.excludes("lib/kit/sub/build", false));
+  EXPECT_FALSE(list.excludes("lib/kit/keep.tmp", false));
+  for (const char* path : {"build", "a.tmp", "lib/a.tmp", "lib/kits/a.tmp", "lib/kit"}) {
+    EXPECT_FALSE(list.excludes(path, false)) << path;
+  }
+}
+
 TEST(PatternList, TheDefaultsLeaveOutTheFilesOfTools) {
   PatternList list;
   addon::project::addDefaultExcludes(list);

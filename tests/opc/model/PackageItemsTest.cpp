@@ -69,6 +69,23 @@ TEST(PackageItems, UntypedOnesAreKept) {
             (Names{"[Content_Types].xml", "u.unknown", "Files/v", "w.no/[0].last.piece"}));
 }
 
+TEST(PackageItems, UntypedOnesBecomeNoPartsByTheTypeOfRelationships) {
+  MemoryPackage memory;
+  memory.disk.add("[Content_Types].xml",
+                  std::string(test::kTypesStart) +
+                      "<Default Extension=\"m\" ContentType=\"text/plain\"/></Types>");
+  memory.with("a.m").with("data/b.rels");
+  memory.package.open(OpenMode::Modify);
+
+  memory.package.createInternalRelationship(u"urn:t", opc::model::URI(u"/a.m"), u"r");
+  memory.package.close(false);
+
+  memory.package.open(OpenMode::Read);
+  EXPECT_EQ(memory.package.untypedItems(), Names{"data/b.rels"});
+  EXPECT_FALSE(memory.package.hasPart(partName(u"/data/b.rels")));
+  EXPECT_TRUE(memory.package.hasRelationship(u"r"));
+}
+
 TEST(PackageItems, WhatAPartTookThePlaceOfIsNamedNoMore) {
   MemoryPackage memory;
   memory.with("a.unknown").with("_rels/b.m.rels", relationshipsXml(""));

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -109,6 +111,55 @@ TEST_F(FileSystemZip, TimesAreExactToTheSecond) {
   struct stat status {};
   ASSERT_EQ(::stat((target() / "a").c_str(), &status), 0);
   EXPECT_EQ(status.st_mtim.tv_sec, 1'500'000'001);
+}
+
+TEST_F(FileSystemZip, WhatIsRemovedOrReplacedLeavesTheOtherEntriesAsTheyLie) {
+  for (const char* path : {"a.m", "lib/b.m", "lib/end.", "lib/Lib.m", "lib/lib.m", "z/y/x.m"}) {
+    addFile(path, std::string(300, 'x') + path);
+  }
+  package.close(false);
+  const std::string digests =
+      "import sys, zipfile, hashlib\n"
+      "data = open(sys.argv[1], \"rb\").read()\n"
+      "archive = zipfile.ZipFile(sys.argv[1])\n"
+      "assert archive.testzip() is None\n"
+      "for e in sorted(archive.infolist(), key=lambda e: e.filename):\n"
+      "    if not e.filename.startswith((\"files/\", \"metadata/fileTree/\")): continue\n"
+      "    at = e.header_offset\n"
+      "    size = 30 + data[at + 26] + data[at + 28] + e.compress_size\n"
+      "    print(e.filename, hashlib.sha256(data[at:at + size]).hexdigest())\n";
+  const auto linesOf = [](const std::string& text) {
+    std::map<std::string, std::string> lines;
+    std::istringstream stream(text);
+    for (std::string name, digest; stream >> name >> digest;) lines[name] = digest;
+    return lines;
+  };
+  auto expected = linesOf(runPython(digests, packagePath));
+  ASSERT_EQ(expected.size(), 6u);
+  package.open(OpenMode::Modify);
+  const std::string madeUp(files.find("lib/end.")->info().itemName);
+  const std::string replaced(files.find("a.m")->info().itemName);
+
+  files.remove(*files.find("lib/end."));
+  files.remove(*files.find("z/y/x.m"));
+  test::writeFile(folder / "new", "new");
+  files.replaceFile(*files.find("a.m"),
+                    std::make_unique<FileContentSource>((folder / "new").string()));
+  package.close(false);
+
+  auto found = linesOf(runPython(digests, packagePath));
+  expected.erase(madeUp);
+  expected.erase("files/z/y/x.m");
+  EXPECT_NE(found[replaced], expected[replaced]);
+  found.erase(replaced);
+  expected.erase(replaced);
+  EXPECT_EQ(found, expected);
+  package.open(OpenMode::Read);
+  EXPECT_EQ(extractAll(), "no error");
+  EXPECT_EQ(test::readFile(target() / "a.m"), "new");
+  EXPECT_TRUE(fs::is_empty(target() / "z/y"));
+  EXPECT_EQ(test::readFile(target() / "lib/lib.m"), std::string(300, 'x') + "lib/lib.m");
+  EXPECT_FALSE(fs::exists(target() / "lib/end."));
 }
 
 class FileSystemZipDamage : public FileSystemZip,

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -200,6 +201,80 @@ TEST(FileTree, TenThousandLevelsAreWalkedInOneGo) {
   EXPECT_EQ(lengths[0], 19'999u);
   for (std::size_t i = 1; i < lengths.size(); ++i) {
     ASSERT_EQ(lengths[i], 2 * (10'000 - i) + 1);
+  }
+}
+
+TEST(FileTree, WhatIsRemovedIsGoneWithAllBelowIt) {
+  FileTree tree;
+  for (const char* path : {"a/b/x", "a/b/y", "a/z", "c"}) addPath(tree, path);
+  const NodeId gone = tree.find("a/b/y");
+
+  tree.remove(tree.find("a/b"));
+
+  EXPECT_THAT(walk(tree), ElementsAre("a/z", "c"));
+  EXPECT_EQ(tree.find("a/b/y"), FileTree::kNone);
+  EXPECT_TRUE(tree.isRemoved(gone));
+  EXPECT_FALSE(tree.isRemoved(tree.find("a/z")));
+  EXPECT_EQ(tree.childCount(tree.find("a")), 1u);
+}
+
+TEST(FileTree, AFolderWithoutItsLastChildIsEmpty) {
+  FileTree tree;
+  addPath(tree, "a/x");
+  const NodeId folder = tree.find("a");
+
+  tree.remove(tree.find("a/x"));
+
+  EXPECT_TRUE(tree.isEmptyFolder(folder));
+  EXPECT_FALSE(tree.hasChildren(folder));
+  EXPECT_EQ(tree.firstChild(folder), FileTree::kNone);
+  EXPECT_THAT(walk(tree), ElementsAre("a"));
+}
+
+TEST(FileTree, ARemovedFolderIsNoEmptyOne) {
+  FileTree tree;
+  const NodeId folder = tree.addFolder(FileTree::kRoot, "a");
+
+  tree.remove(folder);
+
+  EXPECT_FALSE(tree.isEmptyFolder(folder));
+  EXPECT_THAT(walk(tree), IsEmpty());
+}
+
+TEST(FileTree, ASubtreeHasFoldersBeforeWhatIsInThemAndNothingRemoved) {
+  FileTree tree;
+  for (const char* path : {"a/b/x", "a/b/y", "a/z", "c"}) addPath(tree, path);
+  tree.remove(tree.find("a/b/x"));
+
+  const NodeId a = tree.find("a");
+  EXPECT_THAT(tree.subtree(a),
+              testing::AllOf(testing::UnorderedElementsAre(a, tree.find("a/b"), tree.find("a/b/y"),
+                                                           tree.find("a/z")),
+                             testing::Contains(a)));
+  EXPECT_EQ(tree.subtree(a).front(), a);
+  EXPECT_EQ(tree.subtree(a).back(), tree.find("a/b/y"));
+}
+
+TEST(FileTree, RemovingAndAddingAtRandomAgreesWithASet) {
+  std::mt19937 random(7);
+  FileTree tree;
+  std::set<std::string> expected;
+  for (int i = 0; i < 4000; ++i) {
+    const std::string folder = "f" + std::to_string(random() % 5);
+    const std::string path = folder + "/n" + std::to_string(random() % 40);
+    const NodeId node = tree.find(path);
+    ASSERT_EQ(node != FileTree::kNone, expected.contains(path)) << path;
+    if (node == FileTree::kNone) {
+      addPath(tree, path);
+      expected.insert(path);
+    } else {
+      tree.remove(node);
+      expected.erase(path);
+      if (!tree.hasChildren(tree.find(folder))) tree.remove(tree.find(folder));
+    }
+    if (i % 50 != 0) continue;
+    const std::vector<std::string> paths = walk(tree);
+    ASSERT_TRUE(std::equal(paths.begin(), paths.end(), expected.begin(), expected.end())) << i;
   }
 }
 

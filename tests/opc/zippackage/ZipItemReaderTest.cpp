@@ -127,6 +127,14 @@ TEST(ZipItemReader, AnItemOverTheLimitIsRefusedUnread) {
   EXPECT_EQ(code, ErrorCode::TooLarge);
 }
 
+TEST(ZipItemReader, DataThatReachIntoTheDirectoryAreRefused) {
+  for (ZipItem item : {stored(), packed()}) {
+    item.local.extraLength = 0xFFFF;
+
+    EXPECT_EQ(outcome(item), "RB-2");
+  }
+}
+
 TEST(ZipItemReader, ALocalHeaderThatDiffersFromTheDirectoryIsRefused) {
   const std::function<void(ZipItem&)> changes[] = {
       [](ZipItem& i) { i.local.name = "y.txt"; },
@@ -136,7 +144,6 @@ TEST(ZipItemReader, ALocalHeaderThatDiffersFromTheDirectoryIsRefused) {
       [](ZipItem& i) { i.local.packedSize = 1; },
       [](ZipItem& i) { i.local.signature = 0x04034b51; },
       [](ZipItem& i) { i.local.flags = 1; },
-      [](ZipItem& i) { i.local.extraLength = 0xFFFF; },
       [](ZipItem& i) { i.local.nameLength = 4; },
   };
   for (const auto& change : changes) {

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/CaselessTree.h"
+
+#include "addon/checks/CaseFolding.h"
+
+namespace addon::checks {
+
+using opc::plservices::FileSystemManager;
+using opc::plservices::FileTree;
+using opc::plservices::NodeId;
+
+CaselessTree::CaselessTree(FileSystemManager& files, const Visit& visit) {
+  const Entry root = files.getRoot();
+  entries_.push_back(root);
+  const auto addChildren = [&](const Entry& folder, NodeId node) {
+    const std::vector<Entry> children = files.getChildren(folder);
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+      waiting_.push_back({*child, node});
+    }
+  };
+  addChildren(root, FileTree::kRoot);
+  while (!waiting_.empty()) {
+    const Waiting next = waiting_.back();
+    waiting_.pop_back();
+    const NodeId node = add(next.entry, next.folder, visit);
+    if (!next.entry.isFile()) addChildren(next.entry, node);
+  }
+}
+
+NodeId CaselessTree::add(const Entry& entry, NodeId folder, const Visit& visit) {
+  const std::string name = foldCase(entry.name());
+  const NodeId same = nodes_.findChild(folder, name);
+  if (visit) visit(entry, same == FileTree::kNone ? nullptr : &entries_[same]);
+  if (same != FileTree::kNone) return same;
+  entries_.push_back(entry);
+  return nodes_.addFolder(folder, name);
+}
+
+std::optional<std::string> CaselessTree::find(std::string_view path) const {
+  const NodeId node = nodes_.find(foldCase(path));
+  if (node == FileTree::kNone || node == FileTree::kRoot) return std::nullopt;
+  return entries_[node].path();
+}
+
+}  // namespace addon::checks

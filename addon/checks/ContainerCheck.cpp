@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/ContainerCheck.h"
+
+#include <string>
+#include <string_view>
+
+#include "addon/checks/ItemDataCheck.h"
+#include "addon/checks/ItemNameCheck.h"
+#include "addon/checks/PackageFinding.h"
+#include "opc/zippackage/ItemInfoOf.h"
+
+namespace addon::checks {
+
+using opc::interfaces::ItemKind;
+using opc::zippackage::kNoEntry;
+using opc::zippackage::PackageFile;
+using opc::zippackage::ZipDirectory;
+using opc::zippackage::ZipEntry;
+using opc::zippackage::ZipFault;
+using opc::zippackage::ZipFaultKind;
+using opc::zippackage::ZipFaultSeverity;
+
+namespace {
+
+constexpr std::uint64_t kUnsuspiciousSize = std::uint64_t{64} << 20;  // bytes
+constexpr std::uint64_t kUnsuspiciousRatio = 200;
+
+// 0 for what other checks say better: gaps between items, by their exact ends, and the empty name,
+// which makes an item no part.
+std::uint16_t numberOf(const ZipDirectory& directory, const ZipFault& fault) {
+  switch (fault.kind) {
+    case ZipFaultKind::OtherVolume:
+    case ZipFaultKind::EndRecordsDiffer:
+    case ZipFaultKind::CountDiffers:
+    case ZipFaultKind::Zip64ValueMissing:
+      return 109;
+    case ZipFaultKind::Encrypted:
+    case ZipFaultKind::UnknownMethod:
+      return 108;
+    case ZipFaultKind::StoredSizesDiffer:
+      return 106;
+    case ZipFaultKind::NameHasNul:
+    case ZipFaultKind::NameNotUtf8:
+    case ZipFaultKind::ParentSegment:
+      return 104;
+    case ZipFaultKind::NameTwice:
+      return 103;
+    case ZipFaultKind::FolderTwice:
+      return 115;
+    case ZipFaultKind::OutsideFile:
+    case ZipFaultKind::Overlap:
+      return 107;
+    case ZipFaultKind::BytesAfterEnd:
+    case ZipFaultKind::BytesBeforeFirst:
+      return 102;
+    case ZipFaultKind::UnusedBytes:
+      return fault.first < directory.location().offset ? 0 : 113;
+    case ZipFaultKind::ExtraMalformed:
+      return 113;
+    case ZipFaultKind::NameEmpty:
+      return 0;
+  }
+  return 0;
+}
+
+class ContainerCheck {
+ public:
+  ContainerCheck(const ZipDirectory& directory, Report& report)
+      : directory_(directory), report_(report), states_(directory.entries().size()) {}
+
+  std::vector<ItemState> run(const PackageFile& file) {
+    for (const ZipFault& fault : directory_.faults()) takeFault(fault);
+    for (std::size_t entry = 0; entry < states_.size(); ++entry) checkEntry(entry);
+    ItemDataCheck(file, directory_, states_, report_).run();
+    for (std::size_t entry = 0; entry < states_.size(); ++entry) checkRatio(entry);
+    return std::move(states_);
+  }
+
+ private:
+  void takeFault(const ZipFault& fault) {
+    const std::uint16_t number = numberOf(directory_, fault);
+    const bool isOfItem = fault.entry != kNoEntry;
+    if (isOfItem) mark(states_[fault.entry], fault, number);
+    if (number == 0) return;
+    const std::string_view name = isOfItem ? directory_.name(fault.entry) : std::string_view();
+    addFinding(report_, number, name, directory_.describe(fault), fault.rule());
+  }
+
+  static void mark(ItemState& state, const ZipFault& fault, std::uint16_t number) {
+    if (number == 104) {
+      state.hasBadName = true;
+    } else if (number == 103 || number == 115) {
+      state.isTwin = true;
+    } else if (fault.severity() == ZipFaultSeverity::Refused) {
+      state.isDamaged = true;
+    }
+  }
+
+  void checkEntry(std::size_t entry) {
+    const std::string_view name = directory_.name(entry);
+    if (!states_[entry].hasBadName) {
+      states_[entry].hasBadName = checkItemName(name, directory_.storedName(entry), report_);
+    }
+    const ItemKind kind = opc::zippackage::itemInfoOf(directory_, entry).kind;
+    if (kind == ItemKind::SymbolicLink) {
+      addFinding(report_, 110, name, "it is a symbolic link", "RB-14");
+    } else if (kind == ItemKind::Special) {
+      addFinding(report_, 110, name, "it is a device, a label or something else that is no file",
+                 "RB-14");
+    }
+  }
+
+  void checkRatio(std::size_t entry) {
+    const ZipEntry& item = directory_.entries()[entry];
+    if (states_[entry].isDamaged || item.size <= kUnsuspiciousSize) return;
+    if (item.packedSize >= item.size / kUnsuspiciousRatio) return;
+    addFinding(report_, 112, directory_.name(entry),
+               std::to_string(item.packedSize) + " bytes unpack to " + std::to_string(item.size),
+               "RB-1");
+  }
+
+  const ZipDirectory& directory_;
+  Report& report_;
+  std::vector<ItemState> states_;
+};
+
+}  // namespace
+
+std::vector<ItemState> checkContainer(const PackageFile& file, const ZipDirectory& directory,
+                                      Report& report) {
+  return ContainerCheck(directory, report).run(file);
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/DocumentCheck.h"
+
+#include "addon/checks/AddonChecks.h"
+#include "addon/checks/Quoting.h"
+#include "addon/packaging/ScreenshotPart.h"
+#include "opc/Text.h"
+#include "opc/model/InvalidXMLDocument.h"
+#include "opc/model/PartName.h"
+#include "opc/plservices/FileTreePart.h"
+
+namespace addon::checks {
+
+using opc::model::ContentType;
+using opc::model::InvalidXMLDocument;
+using opc::plservices::FileTreePart;
+using packaging::AddonPackage;
+using packaging::DocumentSchema;
+
+namespace {
+
+// By the rule that the parser names: encoding and document type, or its limits, or else the syntax.
+std::uint16_t numberOf(const InvalidXMLDocument& fault) {
+  if (fault.rule() == "XM-1" || fault.rule() == "XM-2") return 317;
+  return fault.rule().starts_with("RB-") ? 314 : 301;
+}
+
+void checkContentType(const DocumentSchema& schema, const Destination& found, Report& report) {
+  const ContentType& type = found.part->getContentType();
+  if (type == ContentType(schema.contentType)) return;
+  report.add({305, found.name,
+              "content type " + quoted(type.ascii()) + ": this document's is " +
+                  quoted(schema.contentType),
+              "", 0});
+}
+
+// Whether it could be read.
+bool checkContent(AddonPackage& package, const DocumentSchema& schema, const Destination& found,
+                  Report& report) {
+  try {
+    DocumentText text(package.logicalPackage(), found.part->id());
+    const ParsedDocument document{schema, found.name, text};
+    checkStructure(document, report);
+    checkValues(document, report);
+    return true;
+  } catch (const InvalidXMLDocument& fault) {
+    report.add({numberOf(fault), found.name, fault.what(), fault.rule(),
+                static_cast<std::size_t>(fault.line())});
+  } catch (const opc::SystemError&) {
+    throw;
+  } catch (const opc::Exception& fault) {
+    // Anything else is damage, which draws no finding here.
+    if (fault.code() == opc::ErrorCode::TooLarge) {
+      report.add({314, found.name, fault.what(), "", 0});
+    }
+  }
+  return false;
+}
+
+// What keeps a relationship from leading to a part. False when nothing does.
+bool reportDeadEnd(const Destination& found, const std::u16string& relationshipType,
+                   const std::u16string& standardName, Report& report) {
+  const std::string type = quoted(relationshipType);
+  const std::string name = found.name.empty() ? opc::toUtf8(standardName) : found.name;
+  switch (found.kind) {
+    case Destination::Kind::Several:
+      report.add({306, name,
+                  std::to_string(found.count) + " relationships of the type " + type +
+                      ": there may be one only, so that none of them counts",
+                  "", 0});
+      return true;
+    case Destination::Kind::Outside:
+      report.add(
+          {316, name, "the relationship of the type " + type + " leads out of the package", "", 0});
+      return true;
+    case Destination::Kind::Missing:
+      report.add({316, name,
+                  "the relationship of the type " + type +
+                      " leads to this part, which is not in the package",
+                  "", 0});
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool isFileTree(const DocumentSchema& schema) {
+  return schema.relationshipType == FileTreePart::relationshipType();
+}
+
+// The table of the file tree is found by its name when no relationship leads to it.
+Destination findDocument(opc::model::Package& package, const DocumentSchema& schema) {
+  Destination found = follow(package, schema.relationshipType);
+  if (found.kind != Destination::Kind::Nowhere || !isFileTree(schema)) return found;
+  const opc::model::PartName name(FileTreePart::kDefaultName);
+  if (!package.hasPart(name)) return found;
+  return {Destination::Kind::Part, name.canonical(), package.getPart(name), 0};
+}
+
+// Of the table of the file tree a reader takes nothing that is wrong, unlike of the others.
+void checkFileTree(AddonPackage& package, const std::string& part, Report& report) {
+  try {
+    package.fileSystem().getRoot();
+  } catch (const opc::SystemError&) {
+    throw;
+  } catch (const opc::Exception& fault) {
+    const auto* format = dynamic_cast<const opc::FormatError*>(&fault);
+    report.add({303, part, fault.what(), format == nullptr ? "" : format->rule(), 0});
+  }
+}
+
+void checkDocument(AddonPackage& package, const DocumentSchema& schema, Report& report) {
+  const Destination found = findDocument(package.logicalPackage(), schema);
+  if (reportDeadEnd(found, schema.relationshipType, schema.partName, report)) return;
+  if (found.kind == Destination::Kind::Nowhere) return;
+  checkContentType(schema, found, report);
+  const bool isRead = checkContent(package, schema, found, report);
+  if (isRead && isFileTree(schema)) checkFileTree(package, found.name, report);
+}
+
+void checkScreenshot(AddonPackage& package, Report& report) {
+  const std::u16string type = packaging::ScreenshotPart::relationshipType();
+  const Destination found = follow(package.logicalPackage(), type);
+  const std::u16string standardName = packaging::ScreenshotPart::kNameStem + std::u16string(u"png");
+  if (reportDeadEnd(found, type, standardName, report)) return;
+  if (found.kind == Destination::Kind::Part) checkImage(package, found, report);
+}
+
+}  // namespace
+
+void checkDocuments(AddonPackage& package, Report& report) {
+  const opc::model::XercesGuard guard;  // one start for all of them
+  const std::vector<DocumentSchema> schemas = packaging::documentSchemas();
+  for (const DocumentSchema& schema : schemas) checkDocument(package, schema, report);
+  checkScreenshot(package, report);
+  checkUnreachable(package, schemas, report);
+  checkIdentity(package, report);
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "addon/checks/Destination.h"
+#include "addon/checks/DocumentText.h"
+#include "addon/checks/Report.h"
+#include "addon/packaging/AddonPackage.h"
+#include "addon/packaging/DocumentSchema.h"
+
+// The steps of checkDocuments().
+
+namespace addon::checks {
+
+/// A document that could be parsed.
+struct ParsedDocument {
+  const packaging::DocumentSchema& schema;
+  const std::string& part;  ///< its name
+  DocumentText& text;
+};
+
+/// Elements and attributes: those that must be there, and those that may.
+void checkStructure(const ParsedDocument& document, Report& report);
+/// What stands in a document and is no free text: flags, kinds of files, the one author.
+void checkValues(const ParsedDocument& document, Report& report);
+/// Type, name and version of the add-on. Skipped when the parts that hold them cannot be read.
+void checkIdentity(packaging::AddonPackage& package, Report& report);
+/// Whether the screenshot's bytes are what its content type says.
+void checkImage(packaging::AddonPackage& package, const Destination& image, Report& report);
+/// Parts that are documents by their name or type, and that the relationship does not lead to by
+/// which they would be found.
+void checkUnreachable(packaging::AddonPackage& package,
+                      const std::vector<packaging::DocumentSchema>& schemas, Report& report);
+
+}  // namespace addon::checks

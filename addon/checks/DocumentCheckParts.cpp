@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "addon/checks/DocumentCheck.h"
+#include "addon/checks/Quoting.h"
+#include "addon/checks/Readable.h"
+#include "addon/packaging/ScreenshotPart.h"
+#include "opc/Text.h"
+#include "opc/model/PartName.h"
+#include "opc/plservices/FileTreePart.h"
+
+namespace addon::checks {
+
+using opc::model::PartName;
+using opc::plservices::FileTreePart;
+using packaging::AddonPackage;
+using packaging::DocumentSchema;
+using packaging::ScreenshotPart;
+using namespace std::string_view_literals;
+
+namespace {
+
+// What the bytes of an image begin with. A type may have several forms.
+struct Signature {
+  std::string_view contentType;
+  std::string_view bytes;
+};
+constexpr Signature kSignatures[] = {
+    {"image/png", "\x89PNG\r\n\x1A\n"sv},
+    {"image/gif", "GIF87a"sv},
+    {"image/gif", "GIF89a"sv},
+    {"image/jpeg", "\xFF\xD8\xFF"sv},
+    {"image/bmp", "BM"sv},
+    {"image/tiff", "II\x2A\0"sv},
+    {"image/tiff", "MM\0\x2A"sv},
+    {"image/tiff", "II\x2B\0"sv},
+    {"image/tiff", "MM\0\x2B"sv},
+};
+constexpr std::size_t kLongestSignature = 8;
+
+std::string readStart(opc::InputStream& stream) {
+  std::array<unsigned char, kLongestSignature> bytes{};
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    const std::size_t count = stream.read(bytes.data() + size, bytes.size() - size);
+    if (count == 0) break;
+    size += count;
+  }
+  return {reinterpret_cast<const char*>(bytes.data()), size};
+}
+
+// "" when it is no image that is known here.
+std::string_view imageTypeOf(std::string_view start) {
+  const auto* found =
+      std::find_if(std::begin(kSignatures), std::end(kSignatures),
+                   [&](const auto& known) { return start.starts_with(known.bytes); });
+  return found == std::end(kSignatures) ? std::string_view() : found->contentType;
+}
+
+/// The documents' parts by what they are taken for, and by what leads to them.
+class UnreachableParts {
+ public:
+  UnreachableParts(AddonPackage& package, const std::vector<DocumentSchema>& schemas)
+      : package_(package.logicalPackage()) {
+    for (const DocumentSchema& schema : schemas) addDocument(schema);
+    addTargets(ScreenshotPart::relationshipType());
+  }
+
+  void check(Report& report) {
+    package_.visitParts("", [&](opc::model::PartId part) {
+      const std::string_view itemName = package_.itemNameOf(part);
+      if (isFileOfTree(itemName)) return;
+      const std::u16string* wanted = relationshipTypeFor(part, itemName);
+      if (wanted == nullptr) return;
+      const std::string key = PartName::fromItemName(itemName).key();
+      if (reached_.contains({*wanted, key})) return;
+      report.add({307, "/" + std::string(itemName),
+                  "no relationship of the type " + quoted(*wanted) +
+                      " leads from the package to this part, so that nobody finds it",
+                  "", 0});
+    });
+  }
+
+ private:
+  void addDocument(const DocumentSchema& schema) {
+    const std::u16string& type = schema.relationshipType;
+    byContentType_.emplace(opc::toLowerAscii(opc::toUtf8(schema.contentType)), type);
+    const std::string name = PartName(schema.partName).key();
+    byName_.emplace(name, type);
+    addTargets(type);
+    // The one that is found by its name, too.
+    if (type == FileTreePart::relationshipType()) reached_.emplace(type, name);
+  }
+
+  void addTargets(const std::u16string& type) {
+    for (const auto& relationship : package_.getRelationshipsByType(type)) {
+      if (relationship.getTargetMode() != opc::model::TargetMode::Internal) continue;
+      reached_.emplace(type, PartName(relationship.getTargetURI().toString()).key());
+    }
+  }
+
+  // What is below these is content, whatever its type.
+  static bool isFileOfTree(std::string_view itemName) {
+    constexpr std::array<std::string_view, 2> kFolders{"files/", "metadata/filetree/"};
+    return std::any_of(kFolders.begin(), kFolders.end(), [&](std::string_view folder) {
+      return opc::toLowerAscii(itemName.substr(0, folder.size())) == folder;
+    });
+  }
+
+  // Null for a part that is no document.
+  const std::u16string* relationshipTypeFor(opc::model::PartId part,
+                                            std::string_view itemName) const {
+    const std::string key = "/" + opc::toLowerAscii(itemName);
+    if (const auto found = byName_.find(key); found != byName_.end()) return &found->second;
+    if (key.starts_with(screenshotStem_)) return &screenshotType_;
+    const std::string type = opc::toLowerAscii(package_.contentTypeOf(part).ascii());
+    const auto found = byContentType_.find(type);
+    return found == byContentType_.end() ? nullptr : &found->second;
+  }
+
+  opc::model::Package& package_;
+  const std::u16string screenshotType_ = ScreenshotPart::relationshipType();
+  const std::string screenshotStem_ = opc::toLowerAscii(opc::toUtf8(ScreenshotPart::kNameStem));
+  std::map<std::string, std::u16string> byContentType_;
+  std::map<std::string, std::u16string> byName_;  // by the key of a part name
+  std::set<std::pair<std::u16string, std::string>> reached_;
+};
+
+}  // namespace
+
+void checkImage(AddonPackage& package, const Destination& image, Report& report) {
+  std::string start;
+  const opc::model::PartId part = image.part->id();
+  if (!isReadable([&] { start = readStart(*package.logicalPackage().openPart(part)); })) return;
+  const std::string type = opc::toLowerAscii(image.part->getContentType().ascii());
+  const std::string_view found = imageTypeOf(start);
+  const bool isChecked = std::any_of(std::begin(kSignatures), std::end(kSignatures),
+                                     [&](const auto& known) { return known.contentType == type; });
+  // Other kinds of images are not ours to judge.
+  if (found == type || (found.empty() && !isChecked && type.starts_with("image/"))) return;
+  const std::string content = found.empty() ? "of no image that is known" : "of " + quoted(found);
+  report.add({313, image.name,
+              "the screenshot has the content type " + quoted(type) + ", and its bytes are those " +
+                  content,
+              "", 0});
+}
+
+void checkUnreachable(AddonPackage& package, const std::vector<DocumentSchema>& schemas,
+                      Report& report) {
+  UnreachableParts(package, schemas).check(report);
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/ItemDataCheck.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+#include "addon/checks/PackageFinding.h"
+#include "opc/Exception.h"
+#include "opc/zippackage/Codec.h"
+
+namespace addon::checks {
+
+using opc::zippackage::ZipEntry;
+
+namespace {
+
+constexpr std::size_t kReadStep = std::size_t{256} << 10;  // bytes
+
+std::uint16_t numberOf(std::string_view rule) {
+  if (rule == "ZP-7" || rule == "ZP-8") return 105;
+  if (rule == "ZP-9") return 109;
+  return rule == "RB-2" ? 107 : 106;
+}
+
+}  // namespace
+
+void ItemDataCheck::run() {
+  const auto order = directory_.physicalOrder();
+  if (order.empty()) return;
+  reached_ = directory_.entries()[order[0]].headerOffset;
+  for (const std::uint32_t entry : order) checkItem(entry);
+  checkGap(directory_.location().offset);
+}
+
+void ItemDataCheck::checkItem(std::uint32_t entry) {
+  const ZipEntry& item = directory_.entries()[entry];
+  if (item.headerOffset >= directory_.location().offset) return;
+  if (states_[entry].isDamaged) {
+    checkGap(item.headerOffset);
+    return reach(item.leastEnd(), false);
+  }
+  checkStart(entry);
+  if (states_[entry].isDamaged) return;
+  readData(entry);
+  const std::optional<std::uint64_t> end = endOf(entry);
+  reach(end.value_or(item.leastEnd()), end.has_value());
+}
+
+// The directory alone does not show where an item ends; that two share bytes may come out only now.
+void ItemDataCheck::checkStart(std::uint32_t entry) {
+  const std::uint64_t start = directory_.entries()[entry].headerOffset;
+  if (start >= reached_) return checkGap(start);
+  noteDamage(entry, 107,
+             "it begins at offset " + std::to_string(start) +
+                 ", before the end of another item at " + std::to_string(reached_),
+             "RB-2");
+}
+
+void ItemDataCheck::checkGap(std::uint64_t until) {
+  if (until <= reached_) return;
+  const std::uint64_t gap = until - reached_;
+  if (!isExact_ && gap <= opc::zippackage::kMostUnseen) return;
+  addFinding(
+      report_, 113, "",
+      std::to_string(gap) + " bytes at offset " + std::to_string(reached_) + " belong to no item",
+      "ZP-16");
+}
+
+void ItemDataCheck::reach(std::uint64_t end, bool isExact) {
+  if (end < reached_) return;
+  reached_ = end;
+  isExact_ = isExact;
+}
+
+void ItemDataCheck::readData(std::uint32_t entry) {
+  try {
+    drain(entry);
+  } catch (const opc::SystemError&) {
+    throw;
+  } catch (const opc::FormatError& fault) {
+    noteDamage(entry, numberOf(fault.rule()), fault.what(), fault.rule());
+  } catch (const opc::Exception& fault) {
+    noteDamage(entry, 106, fault.what(), "ZP-15");
+  }
+}
+
+// By the sizes that the directory declares, which have been held against the file's.
+void ItemDataCheck::drain(std::uint32_t entry) {
+  const ZipEntry& item = directory_.entries()[entry];
+  const std::uint64_t limit = opc::zippackage::kWholeLimit;
+  if (item.size <= limit && item.packedSize <= limit) return reader_.read(entry, buffer_, limit);
+  const std::unique_ptr<opc::InputStream> stream = reader_.open(entry);
+  buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
+  while (stream->read(buffer_.data(), kReadStep) > 0) continue;
+}
+
+// Nothing when the headers are at fault, which reading the data has said.
+std::optional<std::uint64_t> ItemDataCheck::endOf(std::uint32_t entry) {
+  try {
+    return reader_.endOf(entry);
+  } catch (const opc::SystemError&) {
+    throw;
+  } catch (const opc::Exception&) {
+    return std::nullopt;
+  }
+}
+
+void ItemDataCheck::noteDamage(std::uint32_t entry, std::uint16_t number, std::string_view why,
+                               std::string_view rule) {
+  states_[entry].isDamaged = true;
+  addFinding(report_, number, directory_.name(entry), why, rule);
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "addon/checks/ContainerCheck.h"
+#include "opc/ByteBuffer.h"
+#include "opc/zippackage/ZipItemReader.h"
+
+namespace addon::checks {
+
+/// Reads every item once, in the order in which they lie in the file, in memory that does not grow
+/// with them. Findings 105, 106, 107, 109 and 113. Items that are damaged already are passed over,
+/// so that no byte is read for two items.
+class ItemDataCheck {
+ public:
+  ItemDataCheck(const opc::zippackage::PackageFile& file,
+                const opc::zippackage::ZipDirectory& directory, std::vector<ItemState>& states,
+                Report& report)
+      : directory_(directory), states_(states), report_(report), reader_(file, directory) {}
+
+  /// Marks what turns out to be damaged.
+  void run();
+
+ private:
+  void checkItem(std::uint32_t entry);
+  void checkStart(std::uint32_t entry);
+  void checkGap(std::uint64_t until);
+  void readData(std::uint32_t entry);
+  void drain(std::uint32_t entry);
+  void reach(std::uint64_t end, bool isExact);
+  std::optional<std::uint64_t> endOf(std::uint32_t entry);
+  void noteDamage(std::uint32_t entry, std::uint16_t number, std::string_view why,
+                  std::string_view rule);
+
+  const opc::zippackage::ZipDirectory& directory_;
+  std::vector<ItemState>& states_;
+  Report& report_;
+  opc::zippackage::ZipItemReader reader_;
+  opc::ByteBuffer buffer_;
+  std::uint64_t reached_ = 0;  // where the last of the items so far ends
+  bool isExact_ = true;        // or where it ends at least
+};
+
+}  // namespace addon::checks

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include <string>
+
+#include "addon/checks/Packaging.h"
+#include "opc/Text.h"
+#include "opc/model/PartName.h"
+
+namespace addon::checks {
+
+using opc::interfaces::ItemIndex;
+using opc::interfaces::ItemInfo;
+using opc::interfaces::ItemKind;
+using opc::model::ItemRole;
+using opc::model::PartId;
+
+namespace {
+
+// Faults of the directory as a whole. What lacks a content type waits for the relationships: of all
+// that lead to one item, only the first is a finding.
+class NamesSink final : public opc::model::FaultSink {
+ public:
+  explicit NamesSink(Packaging& packaging)
+      : packaging_(packaging), findings_(packaging.report, 201, "") {}
+
+  void add(const opc::FormatError& fault, std::string_view itemName) override {
+    if (fault.rule() == "CT-10") {
+      if (!packaging_.areTypesKnown) return;
+      const auto part = packaging_.index.find(itemName);
+      if (part && !packaging_.relatedUntyped.insert(*part).second) return;
+    }
+    findings_.add(fault, itemName);
+  }
+
+ private:
+  Packaging& packaging_;
+  FindingSink findings_;
+};
+
+// "[00].piece" and the like, which no sequence has.
+bool looksLikePiece(std::string_view itemName) {
+  const std::string_view last = itemName.substr(itemName.rfind('/') + 1);
+  return last.starts_with('[') && opc::toLowerAscii(last).ends_with(".piece");
+}
+
+void checkStray(Packaging& packaging, ItemIndex item) {
+  const ItemInfo info = packaging.container.itemInfo(item);
+  if (info.kind != ItemKind::File || packaging.container.state(item).hasBadName) return;
+  if (looksLikePiece(info.name)) {
+    return addFinding(packaging.report, 228, info.name,
+                      "the piece is of no number that makes a part whole", "IL-4");
+  }
+  const opc::model::NameFault* fault = opc::model::findNameFault(info.name);
+  const std::string why = fault != nullptr ? fault->why : "it is no name of a part";
+  addFinding(packaging.report, 217, info.name, "the name is no part name: " + why, "PN-11");
+}
+
+}  // namespace
+
+void checkPartNames(Packaging& packaging) {
+  NamesSink sink(packaging);
+  packaging.index.load(packaging.types, sink);
+  for (const PartId part : packaging.index.orphans()) {
+    addFinding(packaging.report, 215, packaging.partName(part),
+               "the part that it holds the relationships of is not in the package", "RL-12");
+  }
+}
+
+void checkStrayItems(Packaging& packaging) {
+  packaging.index.forEach(ItemRole::Stray, [&](PartId item) { checkStray(packaging, item); });
+  if (!packaging.areTypesKnown) return;
+  packaging.index.forEach(ItemRole::Untyped, [&](PartId part) {
+    if (packaging.relatedUntyped.contains(part)) return;
+    addFinding(packaging.report, 217, packaging.partName(part), "it has no content type", "CT-10");
+  });
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/ReadableDocument.h"
+
+#include <utility>
+
+#include "addon/checks/Destination.h"
+#include "addon/checks/Readable.h"
+
+namespace addon::checks {
+
+ReadableDocument::ReadableDocument(packaging::AddonPackage& package,
+                                   std::u16string_view relationshipType) {
+  Destination found = follow(package.logicalPackage(), relationshipType);
+  if (found.kind != Destination::Kind::Part) return;
+  part_ = std::move(found.name);
+  isReadable([&] { text_.emplace(package.logicalPackage(), found.part->id()); });
+}
+
+}  // namespace addon::checks

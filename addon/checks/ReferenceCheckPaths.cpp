@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "addon/checks/Quoting.h"
+#include "addon/checks/ReferenceCheck.h"
+#include "opc/Text.h"
+#include "opc/plservices/TreePath.h"
+
+namespace addon::checks {
+
+using opc::plservices::FileSystemEntry;
+using Kind = PathReference::Kind;
+
+namespace {
+
+bool isLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+// Also by the rules of other systems, on which the add-on will be installed.
+bool isAbsolute(std::string_view path) {
+  const bool hasDrive = path.size() >= 2 && isLetter(path[0]) && path[1] == ':';
+  return hasDrive || path.starts_with('/') || path.starts_with('\\');
+}
+
+bool climbsOut(std::string_view path) {
+  std::size_t depth = 0;
+  while (!path.empty()) {
+    const std::size_t end = std::min(path.find_first_of("/\\"), path.size());
+    const std::string_view name = path.substr(0, end);
+    path.remove_prefix(std::min(end + 1, path.size()));
+    if (name.empty() || name == ".") continue;
+    if (name != "..") {
+      ++depth;
+    } else if (depth-- == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool isRoot(const PathReference& reference) {
+  const bool mayBeRoot = reference.kind != Kind::File;
+  return mayBeRoot && (reference.path == u"." || reference.path == u"/");
+}
+
+}  // namespace
+
+void PathCheck::add(std::uint16_t number, const PathReference& reference, const std::string& why) {
+  report_.add({number, reference.part,
+               reference.what + " names " + quoted(reference.path) + ": " + why, "",
+               reference.line});
+}
+
+void PathCheck::check(const PathReference& reference) {
+  if (isRoot(reference)) return;
+  const std::string path = opc::toUtf8(reference.path);  // XML has no lone surrogates
+  if (path.empty()) return add(reference.number, reference, "the path is empty");
+  if (climbsOut(path)) return add(409, reference, "'..' leads out of the package");
+  const auto found = files_.find(path);
+  if (found == nullptr) return reportMissing(reference, path);
+  if (reference.kind == Kind::File && !found->isFile()) {
+    add(reference.number, reference, "it is a folder, and should be a file");
+  } else if (reference.kind == Kind::Folder && found->isFile()) {
+    add(reference.number, reference, "it is a file, and should be a folder");
+  }
+}
+
+void PathCheck::reportMissing(const PathReference& reference, const std::string& path) {
+  const std::string_view relative =
+      path.starts_with('/') ? std::string_view(path).substr(1) : std::string_view(path);
+  if (const auto similar = findWithoutCase(relative)) {
+    return add(408, reference, "the package has " + quoted(*similar) + ", in another case");
+  }
+  if (isAbsolute(path)) {
+    return add(409, reference, "it is absolute, and paths are relative to the package's root");
+  }
+  if (const char* fault = opc::plservices::findPathFault(relative)) {
+    return add(reference.number, reference,
+               std::string("it is no path in a package, since ") + fault);
+  }
+  const bool hasBackslash = path.find('\\') != std::string::npos;
+  add(reference.number, reference,
+      hasBackslash ? "it is not in the package, where '/' stands between names"
+                   : "it is not in the package");
+}
+
+std::optional<std::string> PathCheck::findWithoutCase(std::string_view path) {
+  if (!caseless_) caseless_.emplace(files_, CaselessTree::Visit());
+  return caseless_->find(path);
+}
+
+}  // namespace addon::checks

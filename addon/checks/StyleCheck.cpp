@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/StyleCheck.h"
+
+#include <chrono>
+
+#include "addon/checks/AddonChecks.h"
+#include "addon/checks/Readable.h"
+
+namespace addon::checks {
+
+using packaging::AddonPackage;
+
+namespace {
+
+// Clocks differ, and so do the time zones that programs write local times of.
+constexpr std::int64_t kTolerance = std::int64_t{24} * 60 * 60;  // seconds
+
+std::int64_t now() {
+  using std::chrono::seconds;
+  using std::chrono::system_clock;
+  return std::chrono::duration_cast<seconds>(system_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+void checkTimes(AddonPackage& package, Report& report) {
+  auto& model = package.logicalPackage();
+  const std::int64_t latest = now() + kTolerance;
+  model.visitParts("", [&](opc::model::PartId part) {
+    const opc::model::PartInfo info = model.partInfo(part);
+    if (info.modified <= latest) return;
+    const std::int64_t days = (info.modified - latest + kTolerance) / kTolerance;
+    report.add({513, "/" + std::string(info.itemName),
+                "the entry's time is " + std::to_string(days) + (days == 1 ? " day" : " days") +
+                    " in the future",
+                "", 0});
+  });
+}
+
+void checkStyle(AddonPackage& package, Report& report) {
+  checkTexts(package, report);
+  checkTimes(package, report);
+  if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
+  checkFiles(package, report);
+  checkCopies(package, report);
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string_view>
+
+#include "addon/checks/Report.h"
+#include "addon/packaging/AddonPackage.h"
+
+// The steps of checkStyle().
+
+namespace addon::checks {
+
+/// What every add-on should tell about itself: license, texts, author, screenshot, GUIDs, version.
+void checkTexts(packaging::AddonPackage& package, Report& report);
+/// Names, sizes and kinds of the files. The file tree must be readable.
+void checkFiles(packaging::AddonPackage& package, Report& report);
+/// Contents that are there more than once. The file tree must be readable.
+void checkCopies(packaging::AddonPackage& package, Report& report);
+/// The times of the entries.
+void checkTimes(packaging::AddonPackage& package, Report& report);
+
+/// Why a system may not be able to store a file or folder of this name; "" when all can.
+std::string_view findPortabilityFault(std::string_view name);
+
+/// Whether a file of this name (without its folders) is for secrets, whatever it holds.
+bool isSecretName(std::string_view name);
+/// Whether a file of this name may hold a private key.
+bool isKeyName(std::string_view name);
+/// Whether a text begins with a private key.
+bool beginsWithPrivateKey(std::string_view text);
+
+}  // namespace addon::checks

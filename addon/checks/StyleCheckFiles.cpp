@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "addon/checks/CaselessTree.h"
+#include "addon/checks/Quoting.h"
+#include "addon/checks/Readable.h"
+#include "addon/checks/StyleCheck.h"
+#include "addon/project/Patterns.h"
+#include "opc/Streams.h"
+
+namespace addon::checks {
+
+using opc::plservices::FileSystemEntry;
+using packaging::AddonPackage;
+
+namespace {
+
+constexpr std::uint64_t kLargeFile = 10u << 20;  // bytes
+constexpr std::size_t kKeySearch = 8192;         // bytes at the start of a file
+
+class FileCheck {
+ public:
+  FileCheck(opc::plservices::FileSystemManager& files, Report& report)
+      : files_(files), report_(report) {
+    project::addDefaultExcludes(excludes_);
+  }
+
+  void run() {
+    const CaselessTree tree(files_, [this](const FileSystemEntry& entry,
+                                           const FileSystemEntry* same) { visit(entry, same); });
+    if (count_ == 0) report_.add({511, "", "the add-on has no files", "", 0});
+  }
+
+ private:
+  void visit(const FileSystemEntry& entry, const FileSystemEntry* same) {
+    const std::string name = entry.name();
+    if (same != nullptr) {
+      const std::string other = isKept(514) ? same->path() : std::string();
+      add(514, entry, "only the case of letters tells it from " + quoted(other));
+    }
+    if (const auto fault = findPortabilityFault(name); !fault.empty()) {
+      add(507, entry,
+          "the name " + quoted(name) + " does not go everywhere: " + std::string(fault));
+    }
+    checkExcluded(entry, name);
+    if (entry.isFile()) checkFile(entry, name);
+  }
+
+  // The default patterns look at a name alone. A folder stands for what is in it.
+  void checkExcluded(const FileSystemEntry& entry, const std::string& name) {
+    if (!excludes_.excludes(name, !entry.isFile())) return;
+    add(508, entry,
+        entry.isFile() ? "add-ons are built without files like this"
+                       : "add-ons are built without folders like this");
+  }
+
+  void checkFile(const FileSystemEntry& file, const std::string& name) {
+    ++count_;
+    const std::uint64_t size = file.info().size;
+    if (size > kLargeFile) {
+      add(510, file, "the file has " + std::to_string(size) + " bytes, more than 10 MiB");
+    }
+    if (isSecretName(name)) {
+      add(509, file, "files named " + quoted(name) + " are for passwords and keys");
+    } else if (isKeyName(name) && holdsPrivateKey(file)) {
+      add(509, file, "the file holds a private key");
+    }
+  }
+
+  bool holdsPrivateKey(const FileSystemEntry& file) {
+    std::array<unsigned char, kKeySearch> bytes{};
+    std::size_t size = 0;
+    isReadable([&] {
+      const auto stream = files_.openFile(file);
+      while (size < bytes.size()) {
+        const std::size_t count = stream->read(bytes.data() + size, bytes.size() - size);
+        if (count == 0) break;
+        size += count;
+      }
+    });
+    return beginsWithPrivateKey({reinterpret_cast<const char*>(bytes.data()), size});
+  }
+
+  // Paths are long in a hostile package, so those that the report drops are never put together.
+  bool isKept(std::uint16_t number) const { return report_.count(number) < Report::kMostKept; }
+
+  void add(std::uint16_t number, const FileSystemEntry& entry, const std::string& message) {
+    const std::string path = isKept(number) ? entry.path() : std::string();
+    report_.add({number, path, message, "", 0});
+  }
+
+  opc::plservices::FileSystemManager& files_;
+  Report& report_;
+  project::PatternList excludes_;
+  std::uint64_t count_ = 0;
+};
+
+}  // namespace
+
+void checkFiles(AddonPackage& package, Report& report) {
+  FileCheck(package.fileSystem(), report).run();
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include <string>
+#include <string_view>
+
+#include "addon/checks/Destination.h"
+#include "addon/checks/Guid.h"
+#include "addon/checks/Quoting.h"
+#include "addon/checks/Readable.h"
+#include "addon/checks/ReadableDocument.h"
+#include "addon/checks/StyleCheck.h"
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/DocumentXml.h"
+#include "addon/packaging/ScreenshotPart.h"
+#include "opc/Text.h"
+#include "opc/model/DomText.h"
+
+namespace addon::checks {
+
+using opc::model::trimXmlSpace;
+using opc::model::XercesHelper;
+using packaging::AddonPackage;
+using packaging::AddonProperties;
+using packaging::AppsXml;
+using packaging::LicenseXml;
+using packaging::PropertiesXml;
+using Kind = Destination::Kind;
+
+namespace {
+
+bool isBlank(std::u16string_view text) {
+  return trimXmlSpace(text).empty();
+}
+
+void checkLicense(AddonPackage& package, Report& report) {
+  const std::u16string type = packaging::AddonLicense().relationshipType;
+  if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
+    return report.add({501, "", "the add-on has no license", "", 0});
+  }
+  ReadableDocument document(package, type);
+  if (document.text() == nullptr) return;
+  const auto* terms = XercesHelper::getElement(document.text()->root(), LicenseXml::kLicenseText);
+  if (terms == nullptr) return;  // which is a fault of the document
+  std::u16string text;
+  XercesHelper::getElementText(terms, text);
+  if (!isBlank(text)) return;
+  report.add({501, document.part(), "the license has no text", "", document.text()->lineOf(terms)});
+}
+
+// N.N, N.N.N and so on.
+bool isPlainVersion(std::u16string_view version) {
+  bool wasDigit = false;
+  std::size_t dots = 0;
+  for (const char16_t c : version) {
+    const bool isDigit = c >= u'0' && c <= u'9';
+    if (!isDigit && (c != u'.' || !wasDigit)) return false;
+    if (!isDigit) ++dots;
+    wasDigit = isDigit;
+  }
+  return wasDigit && dots > 0;
+}
+
+struct WantedText {
+  std::u16string AddonProperties::*member;
+  std::uint16_t number;
+  const char* message;
+};
+constexpr WantedText kWantedTexts[] = {
+    {&AddonProperties::summary, 502, "the add-on has no summary"},
+    {&AddonProperties::description, 502, "the add-on has no description"},
+    {&AddonProperties::authorName, 503, "the add-on has no author"},
+    {&AddonProperties::authorContact, 503, "the add-on's author has no contact"},
+};
+
+void checkProperties(AddonPackage& package, Report& report) {
+  AddonProperties properties;
+  // Of several documents of properties none is read, and nobody knows what they say.
+  if (follow(package.logicalPackage(), properties.relationshipType).kind == Kind::Several) return;
+  if (!isReadable([&] { package.getAddonProperties(properties); })) return;
+  for (const WantedText& wanted : kWantedTexts) {
+    if (isBlank(properties.*wanted.member)) report.add({wanted.number, "", wanted.message, "", 0});
+  }
+  const std::u16string_view version = trimXmlSpace(properties.version);
+  if (version.empty() || isPlainVersion(version)) return;
+  report.add({506, "",
+              "version " + quoted(version) + ": it is not made of numbers with dots between them",
+              "", 0});
+}
+
+void checkAddonGuid(AddonPackage& package, Report& report) {
+  const std::u16string type = AddonProperties().relationshipType;
+  if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
+    return report.add({505, "", "the add-on has no GUID", "", 0});
+  }
+  ReadableDocument document(package, type);
+  if (document.text() == nullptr) return;
+  const auto* identifier =
+      XercesHelper::getElement(document.text()->root(), PropertiesXml::kIdentifier);
+  std::u16string guid;
+  // Without the element the document is at fault.
+  if (!XercesHelper::getElementText(identifier, guid) || isGuid(guid)) return;
+  report.add({505, document.part(), "the add-on's GUID is " + quoted(guid), "",
+              document.text()->lineOf(identifier)});
+}
+
+void checkAppGuids(AddonPackage& package, Report& report) {
+  ReadableDocument apps(package, packaging::AddonAppInstallList().relationshipType);
+  if (apps.text() == nullptr) return;
+  for (const auto* app : XercesHelper::getElements(apps.text()->root(), AppsXml::kApplication)) {
+    std::u16string guid;
+    std::u16string name;
+    XercesHelper::getElementAttribute(app, AppsXml::kGuid, guid);
+    XercesHelper::getElementAttribute(app, AppsXml::kName, name);
+    if (isGuid(guid)) continue;
+    report.add({505, apps.part(), "the GUID of the app " + quoted(name) + " is " + quoted(guid), "",
+                apps.text()->lineOf(app)});
+  }
+}
+
+void checkHasScreenshot(AddonPackage& package, Report& report) {
+  const std::u16string type = packaging::ScreenshotPart::relationshipType();
+  if (follow(package.logicalPackage(), type).kind != Kind::Nowhere) return;
+  report.add({504, "", "the add-on has no screenshot", "", 0});
+}
+
+}  // namespace
+
+void checkTexts(AddonPackage& package, Report& report) {
+  const opc::model::XercesGuard guard;  // one start for all documents
+  checkLicense(package, report);
+  checkProperties(package, report);
+  checkHasScreenshot(package, report);
+  checkAddonGuid(package, report);
+  checkAppGuids(package, report);
+}
+
+}  // namespace addon::checks

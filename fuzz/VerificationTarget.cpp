@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// The checks of a package: they go through whatever the package holds, always say the same, and
+// find an error in everything that reading refuses.
+#include <string>
+
+#include "addon/checks/Verification.h"
+#include "addon/packaging/AddonPackage.h"
+#include "fuzz/MemoryFile.h"
+#include "fuzz/Require.h"
+#include "opc/Text.h"
+#include "opc/model/XercesHelper.h"
+
+namespace {
+
+using addon::checks::Finding;
+using addon::checks::Report;
+using addon::checks::Scope;
+using fuzz::require;
+using opc::interfaces::OpenMode;
+
+void checkFinding(const Finding& finding) {
+  require(addon::checks::findInfo(finding.number) != nullptr, "a finding is of a known kind");
+  require(!finding.message.empty(), "a finding says what is wrong");
+  require(opc::isUtf8(finding.message) && opc::isUtf8(finding.part), "a finding is UTF-8");
+}
+
+bool isSame(const Finding& a, const Finding& b) {
+  return a.number == b.number && a.part == b.part && a.message == b.message && a.rule == b.rule &&
+         a.line == b.line;
+}
+
+// The checks of an add-on begin with those of any package.
+void checkReports(const Report& any, const Report& addon) {
+  require(addon.errors() >= any.errors(), "an add-on passes no less");
+  require(addon.findings().size() >= any.findings().size(), "an add-on draws no less");
+  for (std::size_t i = 0; i < any.findings().size(); ++i) {
+    require(isSame(any.findings()[i], addon.findings()[i]), "the same package draws the same");
+  }
+}
+
+void readPart(opc::model::Package& package, opc::model::PartId id) {
+  constexpr std::uint64_t kMost = std::uint64_t{256} << 20;
+  opc::ByteBuffer bytes;
+  package.readPart(id, bytes, kMost);
+  package.getPart(opc::model::PartName::fromItemName(package.itemNameOf(id)))->getRelationships();
+}
+
+void readAll(const std::string& path) {
+  addon::packaging::AddonPackage package(opc::fromUtf8(path));
+  package.logicalPackage().open(OpenMode::Read);
+  package.logicalPackage().visitParts(
+      "", [&](opc::model::PartId id) { readPart(package.logicalPackage(), id); });
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than an input
+  static const fuzz::MemoryFile file;
+  file.fill(fuzz::textOf(data, size));
+
+  const Report any = addon::checks::verifyPackage(file.path(), Scope::AnyPackage);
+  const Report addon = addon::checks::verifyPackage(file.path(), Scope::Addon);
+  for (const Finding& finding : addon.findings()) checkFinding(finding);
+  checkReports(any, addon);
+  const bool isReadable = fuzz::isAccepted([&] { readAll(file.path()); });
+  require(isReadable || any.errors() != 0, "what cannot be read has an error");
+  return 0;
+}

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "addon/checks/Catalogue.h"
+#include "tests/addon/checks/FindingCases.h"
+
+using addon::checks::addonFindings;
+using addon::checks::FindingInfo;
+using test::AddonUnderTest;
+using test::FindingCase;
+
+TEST(AddonFindings, ACompleteAddonDrawsNone) {
+  const AddonUnderTest addon;
+
+  const auto report = addon.check();
+
+  EXPECT_THAT(report.findings(), testing::IsEmpty()) << test::describe(report);
+}
+
+TEST(AddonFindings, EachOneIsDrawnBySomeTest) {
+  std::set<std::uint16_t> drawn;
+  for (const auto cases : {test::documentCases(), test::referenceCases(), test::styleCases()}) {
+    for (const FindingCase& one : cases) drawn.insert(one.number);
+  }
+
+  std::set<std::uint16_t> known;
+  for (const FindingInfo& info : addonFindings()) known.insert(info.number);
+
+  EXPECT_EQ(drawn, known);
+}
+
+TEST(AddonFindings, TheCatalogueRisesFrom301To514) {
+  const auto infos = addonFindings();
+
+  EXPECT_TRUE(std::is_sorted(infos.begin(), infos.end(),
+                             [](const auto& a, const auto& b) { return a.number <= b.number; }));
+  EXPECT_EQ(infos.size(), 41u);
+  EXPECT_EQ(infos.front().number, 301);
+  EXPECT_EQ(infos.back().number, 514);
+}
+
+TEST(AddonFindings, EveryEntryHasATitleSentencesAndARemedy) {
+  for (const FindingInfo& info : addonFindings()) {
+    SCOPED_TRACE(info.number);
+    EXPECT_FALSE(info.title.empty() || info.title.ends_with('.'));
+    EXPECT_GT(info.explanation.size(), info.title.size());
+    EXPECT_TRUE(info.explanation.ends_with('.'));
+    EXPECT_TRUE(info.remedy.ends_with('.'));
+  }
+}
+
+TEST(AddonFindings, NoStyleFindingIsAnError) {
+  for (const FindingInfo& info : addonFindings()) {
+    const bool isError = info.severity == addon::checks::Severity::Error;
+    EXPECT_FALSE(info.number > 500 && isError) << info.number;
+  }
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <span>
+#include <string>
+
+#include "addon/checks/Finding.h"
+#include "tests/addon/checks/AddonUnderTest.h"
+
+namespace test {
+
+/// How to draw every finding of a group, and no other one.
+std::span<const FindingCase> documentCases();
+std::span<const FindingCase> referenceCases();
+std::span<const FindingCase> styleCases();
+
+inline std::string nameOfCase(const testing::TestParamInfo<FindingCase>& test) {
+  return addon::checks::idOf(test.param.number) + test.param.name;
+}
+
+inline void expectOnly(const FindingCase& tested) {
+  AddonUnderTest addon;
+  tested.change(addon);
+
+  const addon::checks::Report report = addon.check();
+
+  EXPECT_EQ(numbersIn(report), std::set<std::uint16_t>{tested.number}) << describe(report);
+  EXPECT_EQ(report.count(tested.number), tested.count) << describe(report);
+}
+
+}  // namespace test

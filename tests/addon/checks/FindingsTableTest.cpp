@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "addon/checks/Catalogue.h"
+#include "addon/checks/FindingsTable.h"
+
+using testing::HasSubstr;
+
+TEST(FindingsTable, ThePageOfTheManualIsWhatTheCatalogueSays) {
+  std::ifstream page(std::string(KRADDON_SOURCE_DIR) + "/docs/findings.md", std::ios::binary);
+  ASSERT_TRUE(page) << "scripts/generate-docs makes it";
+
+  const std::string text{std::istreambuf_iterator<char>(page), {}};
+
+  EXPECT_EQ(text, addon::checks::findingsTable()) << "scripts/generate-docs makes it anew";
+}
+
+TEST(FindingsTable, EveryFindingHasItsRow) {
+  const std::string table = addon::checks::findingsTable();
+
+  for (const auto& info : addon::checks::catalogue()) {
+    const bool isError = info.severity == addon::checks::Severity::Error;
+    EXPECT_THAT(table, HasSubstr("\n| " + addon::checks::idOf(info.number) +
+                                 (isError ? " | error | " : " | warning | ")));
+  }
+}

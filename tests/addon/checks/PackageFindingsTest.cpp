@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "addon/checks/Catalogue.h"
+#include "tests/addon/checks/PackageUnderTest.h"
+
+using addon::checks::Finding;
+using addon::checks::FindingInfo;
+using addon::checks::packageFindings;
+using addon::checks::Report;
+using addon::checks::Severity;
+using test::PackageCase;
+using test::PackageUnderTest;
+
+namespace {
+
+std::vector<PackageCase> allCases() {
+  std::vector<PackageCase> all;
+  for (const auto cases :
+       {test::containerCases(), test::packagingCases(), test::relationshipCases()}) {
+    all.insert(all.end(), cases.begin(), cases.end());
+  }
+  return all;
+}
+
+std::string shown(const Report& report) {
+  std::string text;
+  for (const Finding& one : report.findings()) {
+    text +=
+        std::to_string(one.number) + " " + one.rule + " '" + one.part + "' " + one.message + "\n";
+  }
+  return text;
+}
+
+std::string nameOfCase(const testing::TestParamInfo<PackageCase>& tested) {
+  return addon::checks::idOf(tested.param.number) + tested.param.name;
+}
+
+class PackageFinding : public testing::TestWithParam<PackageCase> {};
+
+}  // namespace
+
+TEST_P(PackageFinding, IsTheOnlyOneDrawn) {
+  const PackageCase& tested = GetParam();
+  PackageUnderTest package;
+  tested.change(package);
+
+  const Report report = package.check();
+
+  ASSERT_EQ(report.findings().size(), tested.count) << shown(report);
+  for (const Finding& finding : report.findings()) EXPECT_EQ(finding.number, tested.number);
+  EXPECT_EQ(report.findings().front().rule, tested.rule) << shown(report);
+  EXPECT_EQ(report.findings().front().part, tested.part) << shown(report);
+  const bool isError = addon::checks::findInfo(tested.number)->severity == Severity::Error;
+  EXPECT_EQ(report.errors(), isError ? tested.count : 0);
+  EXPECT_EQ(report.warnings(), isError ? 0 : tested.count);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PackageFinding, testing::ValuesIn(allCases()), nameOfCase);
+
+TEST(PackageFindings, EachOneIsDrawnBySomeTest) {
+  std::set<std::uint16_t> drawn;
+  for (const PackageCase& one : allCases()) drawn.insert(one.number);
+
+  std::set<std::uint16_t> known;
+  for (const FindingInfo& info : packageFindings()) known.insert(info.number);
+
+  EXPECT_EQ(drawn, known);
+}
+
+TEST(PackageFindings, TheirSeveritiesStayAsTheyWerePublished) {
+  const std::set<std::uint16_t> errors{101, 103, 104, 105, 106, 107, 108, 109, 201, 202, 204,
+                                       205, 206, 207, 208, 209, 212, 213, 214, 218, 219};
+  std::set<std::uint16_t> found;
+  for (const FindingInfo& info : packageFindings()) {
+    if (info.severity == Severity::Error) found.insert(info.number);
+  }
+
+  EXPECT_EQ(found, errors);
+  EXPECT_EQ(packageFindings().size(), 15u + 28u);
+}
+
+TEST(PackageFindings, EveryEntryHasATitleSentencesAndARemedy) {
+  for (const FindingInfo& info : packageFindings()) {
+    SCOPED_TRACE(info.number);
+    EXPECT_FALSE(info.title.empty() || info.title.ends_with('.'));
+    EXPECT_GT(info.explanation.size(), info.title.size());
+    EXPECT_TRUE(info.explanation.ends_with('.'));
+    EXPECT_TRUE(info.remedy.ends_with('.'));
+  }
+}

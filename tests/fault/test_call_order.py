@@ -1,0 +1,114 @@
+# SPDX-License-Identifier: MIT
+"""What reaches the disk before what: a power cut leaves the old package or the new one."""
+
+import os
+import re
+import shutil
+import subprocess
+import unittest
+
+import faulttest
+from faulttest import KRADDON, FaultTest
+
+CALLS = ("openat,open,creat,write,pwrite64,copy_file_range,ftruncate,fsync,fdatasync,sync_file_range,"
+         "rename,renameat,renameat2,link,linkat")
+WRITES = ("write", "pwrite64", "copy_file_range", "ftruncate")
+# "12345 fsync(5</folder/file>) = 0"
+LINE = re.compile(r"^\d+ +(\w+)\((.*)\) += (-?\d+)")
+
+
+def can_trace():
+    if shutil.which("strace") is None:
+        return False
+    done = subprocess.run(["strace", "-e", "trace=none", "true"], capture_output=True, check=False)
+    return done.returncode == 0
+
+
+class Call:
+    def __init__(self, name, arguments):
+        self.name, self.arguments = name, arguments
+        self.files = re.findall(r"\d+<([^>]*)>", arguments)
+        self.texts = re.findall(r'"([^"]*)"', arguments)
+
+
+@unittest.skipUnless(can_trace(), "needs strace, and leave to trace")
+class Order(FaultTest):
+
+    def trace(self, *words):
+        log = self.scratch / "trace"
+        env = {"ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
+        result = self.run_kraddon(*words, env=env,
+                                  prefix=["strace", "-f", "-y", "-s", "4096", "-e",
+                                          f"trace={CALLS}", "-o", log])
+        self.assertEqual((result.code, result.errors), (0, ""))
+        calls = []
+        for line in log.read_text(errors="replace").splitlines():
+            match = LINE.match(line)
+            if match and int(match[3]) >= 0:
+                calls.append(Call(match[1], match[2]))
+        return calls
+
+    def positions(self, calls, names, file):
+        """Where calls of these names have to do with an open file (for copying: write to it)."""
+        return [i for i, call in enumerate(calls)
+                if call.name in names and call.files and call.files[-1 if
+                call.name == "copy_file_range" else 0] == str(file)]
+
+    def test_of_a_package_is_data_then_name_then_folder(self):
+        self.make_inputs()
+        for command in faulttest.known_commands():
+            if not command.makes_package:
+                continue
+            with self.subTest(command=command.name):
+                calls = self.trace(*command.words)
+                self.check_order(calls, command.target)
+                self.restore()
+
+    def check_order(self, calls, target):
+        moves = [i for i, call in enumerate(calls)
+                 if call.name.startswith("rename") and call.texts[-1] == target]
+        self.assertEqual(len(moves), 1, "the package got its name once")
+        temporary = self.folder / calls[moves[0]].texts[0]
+        self.assertEqual(temporary.parent, self.folder)
+        writes = self.positions(calls, WRITES, temporary)
+        flushes = self.positions(calls, ("fsync", "fdatasync"), temporary)
+        folder = self.positions(calls, ("fsync",), self.folder)
+        self.assertTrue(writes and flushes and folder)
+        self.assertLess(max(writes), flushes[-1], "the last write was not flushed")
+        self.assertLess(flushes[-1], moves[0], "it got its name before it was flushed")
+        self.assertLess(moves[0], folder[-1], "the folder was not flushed after that")
+
+    def test_of_files_beside_packages_is_content_then_name(self):
+        self.make_inputs()
+        for words, target in ((["screenshot", "p.kraddon", "-o", "old.png"], "old.png"),
+                              (["get", "p.kraddon", "license", "-o", "license.json"],
+                               "license.json")):
+            calls = self.trace(*words)
+            moves = [i for i, call in enumerate(calls)
+                     if call.name.startswith("rename") and call.texts[-1].endswith(target)]
+            self.assertEqual(len(moves), 1)
+            writes = self.positions(calls, WRITES, self.folder / calls[moves[0]].texts[0])
+            self.assertTrue(writes)
+            self.assertLess(max(writes), moves[0])
+
+    def test_of_an_extraction_waits_for_no_disk(self):
+        """Files that can be extracted again are left to the system to write when it likes."""
+        self.make_inputs()
+        calls = self.trace("extract", "p.kraddon", "-d", "there", "--force")
+        self.assertEqual([call.name for call in calls if "sync" in call.name], [])
+        moves = [i for i, call in enumerate(calls)
+                 if call.name.startswith("rename") and call.texts[-1] == "a.m"]
+        self.assertEqual(len(moves), 1, "an existing file is replaced in one step")
+        writes = self.positions(calls, WRITES, self.path("there") / calls[moves[0]].texts[0])
+        self.assertLess(max(writes), moves[0])
+
+    def test_of_a_package_that_does_not_change_writes_nothing(self):
+        self.make_inputs()
+        self.ok("set", "p.kraddon", "license", "license.json")
+        calls = self.trace("set", "p.kraddon", "license", "license.json")
+        self.assertEqual([call.name for call in calls
+                          if call.name in WRITES or call.name.startswith("rename")], [])
+
+
+if __name__ == "__main__":
+    faulttest.main()

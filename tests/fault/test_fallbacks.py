@@ -1,0 +1,60 @@
+# SPDX-License-Identifier: MIT
+"""Kernels and file systems that lack something: the commands work all the same."""
+
+import faulttest
+from faulttest import FaultTest, needs_shim, snapshot
+
+LACKING = [
+    ("renamekeeping:1+:ENOSYS", "a rename that keeps what is there"),
+    ("renamekeeping:1+:EINVAL", "a rename that keeps what is there"),
+    ("renamekeeping:1+:EINVAL;link:1+:EPERM", "that, and links"),
+    ("renamekeeping:1+:ENOSYS;link:1+:EOPNOTSUPP", "that, and links"),
+    ("renamekeeping:1+:ENOSYS;link:1+:ENOSYS", "that, and links"),
+    ("copy:1+:ENOSYS", "copying within the kernel"),
+    ("copy:1+:EXDEV", "copying within the kernel"),
+    ("copy:1+:EOPNOTSUPP", "copying within the kernel"),
+    ("copy:1+:EINVAL", "copying within the kernel"),
+    ("copy:1+:EPERM", "copying within the kernel"),
+    ("copy:2+:EIO", "copying within the kernel, after a while"),
+    ("nameless:1+:EOPNOTSUPP", "files without a name"),
+    ("nameless:1+:EINVAL", "files without a name"),
+    ("foldersync:1+:EINVAL", "flushing of folders"),
+    ("foldersync:1+:EOPNOTSUPP", "flushing of folders"),
+    ("read,write,copy:1+:short", "long transfers"),
+]
+
+
+@needs_shim
+class Lacking(FaultTest):
+
+    def test_features_are_done_without(self):
+        self.make_inputs()
+        for command in faulttest.known_commands():
+            self.learn(command)
+            for rules, what in LACKING:
+                with self.subTest(command=command.name, rules=rules, lacking=what):
+                    result = self.run_failing(rules, *command.words)
+                    now = snapshot(self.folder)
+                    self.restore(now)
+                    self.assertEqual((result.code, result.errors), (0, ""))
+                    self.assert_new(command, now, rules)
+
+    def test_renames_still_keep_what_came_into_being_meanwhile(self):
+        self.make_inputs()
+        for rules in ("", "renamekeeping:1+:ENOSYS", "renamekeeping:1+:ENOSYS;link:1+:EPERM"):
+            with self.subTest(rules=rules):
+                # Two at once, of which the second comes too late.
+                stop = ";".join(filter(None, (rules, "sync:1:SIGSTOP")))
+                first = self.start_stopped(stop, "create", "new.kraddon", "src", "--name", "first")
+                self.ok("create", "new.kraddon", "--name", "second")
+                second = self.path("new.kraddon").read_bytes()
+                code, errors = self.go_on(first)
+                self.assertEqual(code, 1)
+                self.assertIn("it exists already", errors)
+                self.assertEqual(self.path("new.kraddon").read_bytes(), second)
+                self.path("new.kraddon").unlink()
+                self.assert_old(snapshot(self.folder), rules)
+
+
+if __name__ == "__main__":
+    faulttest.main()

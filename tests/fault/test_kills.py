@@ -1,0 +1,144 @@
+# SPDX-License-Identifier: MIT
+"""Signals at any moment: the old file or the new one, never something between."""
+
+import random
+import shutil
+import signal
+import subprocess
+import time
+
+import faulttest
+from faulttest import KRADDON, FaultTest, needs_shim, snapshot
+
+MOMENTS = 300 if faulttest.FULL else 8
+GENTLE = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+FAMILIES = ("open,nameless,read,write,copy,sync,foldersync,rename,renamekeeping,truncate,close,"
+            "unlink,attribute,folder,listing,status")
+
+
+class Kills(FaultTest):
+
+    def is_stray(self, command, name):
+        """A temporary file of the command, as only SIGKILL may leave it."""
+        target = command.target.rstrip("/")
+        return (name.startswith((f".{target}.", f"{target}.", ".kraddon-"))
+                or (command.makes_folder and "/." in name)) and name not in self.after
+
+    def without_strays(self, command, now):
+        return {name: value for name, value in now.items() if not self.is_stray(command, name)}
+
+    def assert_killed(self, command, code, errors, number, where):
+        now = snapshot(self.folder)
+        try:
+            self.assertIn(code, (-number, 0), f"{where}: {errors}")
+            if code == 0:
+                self.assert_new(command, now, where)
+            elif number == signal.SIGKILL and command.makes_folder:
+                # Nobody was left to take away the file that was being written.
+                self.assert_all_but_one_whole(command, now, where)
+            elif number == signal.SIGKILL:
+                self.assert_old_or_new(command, self.without_strays(command, now), where)
+            else:
+                self.assertEqual(errors, b"", where)
+                self.assert_old_or_new(command, now, where)
+            if number == signal.SIGKILL:
+                self.assert_undisturbed(command, where)
+        finally:
+            self.restore()
+
+    def assert_all_but_one_whole(self, command, now, where):
+        odd = [key for key in self.differing(self.without_strays(command, now), self.before)
+               if not self.is_new(command, now, key)]
+        self.assertLessEqual(len(odd), 1, f"{where}: {odd} are half-done")
+
+    def assert_undisturbed(self, command, where):
+        """The same command works beside what the killed one left."""
+        if command.makes_folder:
+            shutil.rmtree(self.path(command.target), ignore_errors=True)
+        else:
+            self.path(command.target).unlink(missing_ok=True)
+        if command.target in self.before:
+            mode, data = self.before[command.target]
+            self.write(command.target, data).chmod(mode)
+        again = self.run_kraddon(*command.words)
+        self.assertEqual((again.code, again.errors), (0, ""), f"{where}, then once more")
+
+
+@needs_shim
+class AtEveryCall(Kills):
+    """The signal comes just before the first system call, before the second, and so on."""
+
+    def test_leave_the_old_file_or_the_new_one(self):
+        self.make_inputs()
+        stride = 1 if faulttest.FULL else 9
+        for command in faulttest.known_commands():
+            self.learn(command)
+            if command.makes_folder:
+                continue  # below, with a file that is large
+            for number in (signal.SIGKILL, *GENTLE):
+                with self.subTest(command=command.name, signal=number.name):
+                    self.sweep(command, number, stride)
+
+    def test_leave_no_half_file_of_an_extraction(self):
+        self.make_huge_inputs()
+        for command in faulttest.known_commands(is_huge=True):
+            self.learn(command)
+            for number in (signal.SIGKILL, signal.SIGTERM):
+                with self.subTest(command=command.name, signal=number.name):
+                    self.sweep(command, number, 1 if faulttest.FULL else 23)
+
+    def sweep(self, command, number, stride):
+        at = random.randrange(stride) + 1
+        while True:
+            where = f"{command.name}, {number.name} at call {at}"
+            result = self.run_failing(f"{FAMILIES}:{at}:{number.name}", *command.words)
+            if not self.hit:
+                self.assertEqual(result.code, 0, where)
+                self.restore()
+                return
+            self.assert_killed(command, result.code, result.err, number, where)
+            at += stride
+
+
+class AtRandomMoments(Kills):
+
+    def make_inputs(self):
+        super().make_inputs()
+        # Large enough to take a while.
+        self.write("src/large.bin", bytes(range(256)) * 20000 + self.random_bytes(6 << 20))
+        self.ok("create", "p.kraddon", "src", "--name", "x", "--force", *faulttest.TIME)
+        self.ok("set", "p.kraddon", "license", "text=first", *faulttest.TIME)
+        self.ok("screenshot", "p.kraddon", "old.img", *faulttest.TIME)
+        self.before = snapshot(self.folder)
+
+    def random_bytes(self, size):
+        return random.Random(1).randbytes(size)
+
+    def test_leave_the_old_file_or_the_new_one(self):
+        self.write("old.img", faulttest.PIXEL)
+        self.make_inputs()
+        for command in faulttest.known_commands():
+            with self.subTest(command=command.name):
+                self.shoot(command)
+
+    def shoot(self, command):
+        self.learn(command)
+        began = time.monotonic()
+        self.run_kraddon(*command.words)
+        lasts = time.monotonic() - began
+        self.restore()
+        for moment in range(MOMENTS):
+            number = (signal.SIGKILL, *GENTLE)[moment % 4]
+            delay = random.uniform(0, lasts)
+            process = subprocess.Popen([KRADDON, *command.words], cwd=self.folder,
+                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                       env=self.environment())
+            time.sleep(delay)
+            process.send_signal(number)
+            _, errors = process.communicate(timeout=120)
+            self.assert_killed(command, process.returncode, errors, number,
+                               f"{command.name}, {number.name} after {delay:.4f} s")
+
+
+if __name__ == "__main__":
+    faulttest.main()

@@ -1,0 +1,101 @@
+# SPDX-License-Identifier: MIT
+"""Several commands at once on one package."""
+
+import json
+import subprocess
+import time
+import zipfile
+
+import faulttest
+from faulttest import KRADDON, FaultTest
+
+ROUNDS = 20 if faulttest.FULL else 3
+FIELDS = ("name", "version", "summary", "description", "authorName", "authorContact",
+          "authorOrganization", "GUID")
+
+
+class Writers(FaultTest):
+
+    def start(self, *words):
+        return subprocess.Popen([KRADDON, *words], cwd=self.folder, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, env=self.environment())
+
+    def finish(self, process):
+        out, errors = process.communicate(timeout=120)
+        return process.returncode, out, errors
+
+    def test_of_different_fields_lose_none(self):
+        self.package("p.kraddon", {"a.m": "x" * 100_000})
+        for turn in range(ROUNDS):
+            words = [("set", "p.kraddon", "properties", f"{field}={field} {turn}")
+                     for field in FIELDS]
+            words += [("set", "p.kraddon", "license", f"text=terms {turn}"),
+                      ("set", "p.kraddon", "license", f"type=kind {turn}")]
+            for process in [self.start(*each) for each in words]:
+                self.assertEqual(self.finish(process), (0, b"", b""))
+            properties = self.ok("get", "p.kraddon", "properties").json
+            self.assertEqual({field: properties[field] for field in FIELDS},
+                             {field: f"{field} {turn}" for field in FIELDS})
+            self.assertEqual(self.ok("get", "p.kraddon", "license").json,
+                             {"type": f"kind {turn}", "text": f"terms {turn}"})
+        self.assert_sound()
+        self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])
+
+    def test_of_different_gateways_lose_none(self):
+        self.package("p.kraddon", {"a.m": "x"})
+        self.write("b.m", "y")
+        words = [("call", "addonSetLicense", "p.kraddon", '{"type":"MIT","text":"t"}'),
+                 ("call", "addonAddFiles", "p.kraddon", '["b.m"]', '["one/b.m"]'),
+                 ("call", "addonAddFiles", "p.kraddon", '["b.m"]', '["two/b.m"]'),
+                 ("set", "p.kraddon", "properties", "summary=s")]
+        for process in [self.start(*each) for each in words]:
+            self.assertEqual(self.finish(process), (0, b"", b""))
+        self.assertEqual(self.listing(), ["a.m", "one/b.m", "two/b.m"])
+        self.assertEqual(self.ok("get", "p.kraddon", "license").json["text"], "t")
+        self.assertEqual(self.ok("get", "p.kraddon", "properties").json["summary"], "s")
+
+    def test_that_replace_a_package_leave_one_of_theirs(self):
+        self.package("p.kraddon", {"a.m": "x"})
+        for number in range(6):
+            self.tree({f"only{number}.m": str(number) * 300_000}, f"src{number}")
+        before = set(self.names())
+        for _ in range(ROUNDS):
+            processes = [self.start("create", "p.kraddon", f"src{number}", "--name", "x", "--force")
+                         for number in range(6)]
+            for process in processes:
+                code, _, errors = self.finish(process)
+                self.assertEqual((code, errors), (0, b""))
+            self.assert_sound()
+            self.assertIn(self.listing(), [[f"only{number}.m"] for number in range(6)])
+            self.assertEqual(set(self.names()), before)
+
+    def test_leave_readers_the_old_package_or_the_new_one(self):
+        self.package("p.kraddon", {"a.m": "x", "big.bin": faulttest.os.urandom(1_500_000)})
+        self.ok("set", "p.kraddon", "license", "text=0", "type=0")
+        end = time.monotonic() + (20 if faulttest.FULL else 3)
+        number = reads = 0
+        while time.monotonic() < end:
+            number += 1
+            writer = self.start("set", "p.kraddon", "license", f"text={number}", f"type={number}")
+            while writer.poll() is None:
+                self.read_once(number)
+                reads += 1
+            self.assertEqual(self.finish(writer), (0, b"", b""))
+        self.assertGreater(reads, 10)
+
+    def read_once(self, number):
+        readers = [self.start("get", "p.kraddon", "license"), self.start("list", "p.kraddon"),
+                   self.start("extract", "p.kraddon", "a.m", "--stdout")]
+        with zipfile.ZipFile(self.path("p.kraddon")) as archive:
+            self.assertIsNone(archive.testzip())
+        (code, license_text, errors), listed, extracted = map(self.finish, readers)
+        self.assertEqual((code, errors), (0, b""))
+        found = json.loads(license_text)
+        self.assertEqual(found["text"], found["type"])
+        self.assertIn(int(found["text"]), (number - 1, number))
+        self.assertEqual(listed, (0, b"a.m\nbig.bin\n", b""))
+        self.assertEqual(extracted, (0, b"x", b""))
+
+
+if __name__ == "__main__":
+    faulttest.main()

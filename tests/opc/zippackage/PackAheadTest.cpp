@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/PackAhead.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "opc/Exception.h"
+#include "tests/support/Threads.h"
+
+namespace {
+
+using opc::zippackage::kDeflated;
+using opc::zippackage::kStored;
+using opc::zippackage::kWholeLimit;
+using opc::zippackage::PackAhead;
+using opc::zippackage::PackedItem;
+using opc::zippackage::WholeInflater;
+
+class TextSource final : public opc::interfaces::IContentSource {
+ public:
+  explicit TextSource(std::string text) : text_(std::move(text)) {}
+  std::unique_ptr<opc::InputStream> getInputStream() override {
+    if (text_ == "unreadable") throw opc::SystemError("cannot open 'unreadable'", EACCES);
+    ++opened;
+    return std::make_unique<opc::MemoryInputStream>(
+        reinterpret_cast<const unsigned char*>(text_.data()), text_.size());
+  }
+  std::uint64_t size() const override { return text_.size(); }
+  std::string description() const override { return "text"; }
+
+  static inline std::atomic<int> opened = 0;
+
+ private:
+  std::string text_;
+};
+
+using Sources = std::vector<std::unique_ptr<TextSource>>;
+
+Sources makeSources(const std::vector<std::string>& texts) {
+  Sources sources;
+  for (const std::string& text : texts) sources.push_back(std::make_unique<TextSource>(text));
+  return sources;
+}
+
+std::vector<PackAhead::Job> jobsOf(const Sources& sources) {
+  std::vector<PackAhead::Job> jobs;
+  for (const auto& source : sources) jobs.push_back({source.get(), 6});
+  return jobs;
+}
+
+// Texts of all kinds and sizes, far more than may wait at once.
+std::vector<std::string> manyTexts() {
+  std::mt19937 random(7);
+  std::vector<std::string> texts;
+  for (int i = 0; i < 3000; ++i) {
+    std::string text(random() % 20000, 'a');
+    const auto letters = 1 + random() % 255;
+    for (char& c : text) c = static_cast<char>(random() % letters);
+    texts.push_back(std::move(text));
+  }
+  texts[10] = std::string(std::size_t{3} << 20, 'x');
+  texts[20].clear();
+  return texts;
+}
+
+class PackAheadWays : public testing::TestWithParam<test::Starter> {};
+
+std::string unpacked(const PackedItem& item) {
+  std::string text(item.size, '\0');
+  if (item.method == kStored) return {item.data.begin(), item.data.end()};
+  WholeInflater().unpack(item.data, reinterpret_cast<unsigned char*>(text.data()), text.size());
+  return text;
+}
+
+TEST_P(PackAheadWays, ItemsComeInOrderAndUnpackToWhatTheyWere) {
+  const std::vector<std::string> texts = manyTexts();
+  const Sources sources = makeSources(texts);
+  PackAhead packer(jobsOf(sources), GetParam().starter);
+
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const auto item = packer.take();
+
+    ASSERT_TRUE(item.has_value()) << i;
+    ASSERT_EQ(unpacked(*item), texts[i]) << i;
+  }
+}
+
+TEST_P(PackAheadWays, AnItemThatIsTooLargeIsLeftToTheCallerUnread) {
+  const Sources sources = makeSources({"before", std::string(kWholeLimit + 1, 'x'), "after"});
+  PackAhead packer(jobsOf(sources), GetParam().starter);
+  TextSource::opened = 0;
+
+  const bool isFirstWhole = packer.take().has_value();
+  const bool isSecondWhole = packer.take().has_value();
+  const auto third = packer.take();
+
+  EXPECT_TRUE(isFirstWhole);
+  EXPECT_FALSE(isSecondWhole);
+  ASSERT_TRUE(third.has_value());
+  EXPECT_EQ(unpacked(*third), "after");
+}
+
+TEST_P(PackAheadWays, AFailureComesWithTheItemThatFailedAndNotBefore) {
+  const Sources sources = makeSources({"one", "unreadable", "three"});
+  PackAhead packer(jobsOf(sources), GetParam().starter);
+
+  const auto first = packer.take();
+
+  ASSERT_TRUE(first.has_value());
+  EXPECT_EQ(unpacked(*first), "one");
+  EXPECT_THROW(packer.take(), opc::SystemError);
+  EXPECT_EQ(unpacked(packer.take().value()), "three");
+}
+
+TEST_P(PackAheadWays, WhoStopsInTheMiddleWaitsForNothing) {
+  const Sources sources = makeSources(manyTexts());
+  auto packer = std::make_unique<PackAhead>(jobsOf(sources), GetParam().starter);
+
+  for (int i = 0; i < 100; ++i) packer->take();
+  packer.reset();
+
+  EXPECT_EQ(packer, nullptr);
+}
+
+TEST_P(PackAheadWays, OnlySoMuchIsPackedBeforeItIsWanted) {
+  const std::vector<std::string> texts(200, std::string(std::size_t{1} << 20, 'x'));
+  const Sources sources = makeSources(texts);
+  TextSource::opened = 0;
+  PackAhead packer(jobsOf(sources), GetParam().starter);
+
+  packer.take();
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+
+  EXPECT_LE(TextSource::opened, 40);
+}
+
+INSTANTIATE_TEST_SUITE_P(, PackAheadWays, testing::ValuesIn(test::starters()),
+                         [](const auto& test) { return test.param.name; });
+
+}  // namespace

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "tool/FindingPrinter.h"
+
+#include "addon/checks/Catalogue.h"
+#include "tool/Errors.h"
+#include "tool/JsonWriter.h"
+
+namespace tool {
+
+using addon::checks::Finding;
+using addon::checks::FindingInfo;
+using addon::checks::Severity;
+
+namespace {
+
+class JsonPrinter final : public FindingPrinter {
+ public:
+  JsonPrinter(bool isStrict, Output& output) : isStrict_(isStrict), output_(output) {}
+
+  void begin() override {
+    json_.beginObject();
+    json_.member("schema", "kraddon.verify/1");
+    json_.key("packages");
+    json_.beginArray();
+  }
+
+  void print(const PackageVerdict& verdict) override {
+    json_.beginObject();
+    json_.member("file", std::string_view(verdict.file));
+    json_.member("ok", verdict.isGood(isStrict_));
+    json_.member("errors", std::uint64_t{verdict.errors});
+    json_.member("warnings", std::uint64_t{verdict.warnings});
+    json_.member("ignored", std::uint64_t{verdict.ignored});
+    json_.key("findings");
+    json_.beginArray();
+    for (const Finding& finding : verdict.findings) write(finding);
+    json_.endArray();
+    json_.endObject();
+    flush();
+  }
+
+  void end() override {
+    json_.endArray();
+    json_.endObject();
+    text_ += '\n';
+    flush();
+  }
+
+ private:
+  void write(const Finding& finding) {
+    const FindingInfo* info = addon::checks::findInfo(finding.number);
+    json_.beginObject();
+    json_.member("id", std::string_view(addon::checks::idOf(finding.number)));
+    writeText("rule", finding.rule);
+    json_.member("severity", severityOf(finding));
+    json_.member("group", addon::checks::nameOf(addon::checks::groupOf(finding.number)));
+    writeText("part", finding.part);
+    json_.key("line");
+    if (finding.line == 0) {
+      json_.null();
+    } else {
+      json_.value(std::uint64_t{finding.line});
+    }
+    writeText("message", finding.message);
+    writeText("hint", info == nullptr ? std::string_view() : info->remedy);
+    json_.endObject();
+    flush();
+  }
+
+  void writeText(std::string_view key, std::string_view text) {
+    json_.key(key);
+    json_.textOrNull(text);
+  }
+
+  void flush() {
+    output_.write(text_);
+    text_.clear();
+  }
+
+  bool isStrict_;
+  Output& output_;
+  std::string text_;
+  JsonWriter json_{text_};
+};
+
+}  // namespace
+
+std::string_view severityOf(const Finding& finding) {
+  const FindingInfo* info = addon::checks::findInfo(finding.number);
+  return info != nullptr && info->severity == Severity::Warning ? "warning" : "error";
+}
+
+std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output) {
+  return std::make_unique<JsonPrinter>(isStrict, output);
+}
+
+std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict,
+                                            Output& output) {
+  if (format == "text") return makeTextPrinter(output);
+  if (format == "github") return makeGithubPrinter(output);
+  if (format == "sarif") return makeSarifPrinter(output);
+  if (format == "json") return makeJsonPrinter(isStrict, output);
+  throw UsageError(sentence("bad value of --format", format, "expected text, github or sarif"));
+}
+
+}  // namespace tool

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "tool/Output.h"
+#include "tool/PackageVerdict.h"
+
+namespace tool {
+
+/// Prints what verify found, package by package, in one of several forms.
+class FindingPrinter {
+ public:
+  virtual ~FindingPrinter() = default;
+  virtual void begin() {}
+  virtual void print(const PackageVerdict& verdict) = 0;
+  virtual void end() {}
+};
+
+/// "text", "github" or "sarif" as --format knows them, or "json". Throws UsageError for any other
+/// name. `output` must outlive the printer.
+std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
+
+/// The name of a finding's severity: "error" or "warning".
+std::string_view severityOf(const addon::checks::Finding& finding);
+
+// The printers, one each.
+std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);
+std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output);
+std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output);
+std::unique_ptr<FindingPrinter> makeSarifPrinter(Output& output);
+
+}  // namespace tool

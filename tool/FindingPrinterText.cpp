@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <string>
+
+#include "addon/checks/Catalogue.h"
+#include "opc/Text.h"
+#include "tool/FindingPrinter.h"
+
+namespace tool {
+
+using addon::checks::Finding;
+using addon::checks::idOf;
+
+namespace {
+
+// "PART:LINE: MESSAGE", as far as they are set.
+std::string withPlace(const Finding& finding) {
+  if (finding.part.empty()) return finding.message;
+  const std::string line = finding.line == 0 ? "" : fmt::format(":{}", finding.line);
+  return fmt::format("{}{}: {}", finding.part, line, finding.message);
+}
+
+std::string unlistedText(std::size_t count) {
+  return fmt::format("{} more of these are not shown", count);
+}
+
+/// A line a finding, whatever the names hold.
+class TextPrinter final : public FindingPrinter {
+ public:
+  explicit TextPrinter(Output& output) : output_(output) {}
+
+  void print(const PackageVerdict& verdict) override {
+    for (const Finding& finding : verdict.findings) {
+      printLine(verdict, finding, withPlace(finding));
+    }
+    for (const auto& [number, count] : verdict.unlisted) {
+      printLine(verdict, {number, "", "", "", 0}, unlistedText(count));
+    }
+  }
+
+ private:
+  void printLine(const PackageVerdict& verdict, const Finding& finding, const std::string& text) {
+    output_.write(fmt::format("{}: {} {}: {}\n", opc::printable(verdict.file), severityOf(finding),
+                              idOf(finding.number), opc::printable(text)));
+  }
+
+  Output& output_;
+};
+
+void replaceAll(std::string& text, std::string_view what, std::string_view with) {
+  for (std::size_t at = text.find(what); at != std::string::npos;
+       at = text.find(what, at + with.size())) {
+    text.replace(at, what.size(), with);
+  }
+}
+
+std::string escapeMessage(std::string text) {
+  replaceAll(text, "%", "%25");
+  replaceAll(text, "\r", "%0D");
+  replaceAll(text, "\n", "%0A");
+  return text;
+}
+
+std::string escapeProperty(std::string text) {
+  text = escapeMessage(std::move(text));
+  replaceAll(text, ":", "%3A");
+  replaceAll(text, ",", "%2C");
+  return text;
+}
+
+/// What GitHub makes annotations of.
+class GithubPrinter final : public FindingPrinter {
+ public:
+  explicit GithubPrinter(Output& output) : output_(output) {}
+
+  void print(const PackageVerdict& verdict) override {
+    if (!verdict.failure.empty()) {
+      output_.write(fmt::format("::error file={}::{}\n", escapeProperty(verdict.file),
+                                escapeMessage(opc::printable(verdict.failure))));
+    }
+    for (const Finding& finding : verdict.findings) {
+      printCommand(verdict, finding, withPlace(finding));
+    }
+    for (const auto& [number, count] : verdict.unlisted) {
+      printCommand(verdict, {number, "", "", "", 0}, unlistedText(count));
+    }
+  }
+
+ private:
+  void printCommand(const PackageVerdict& verdict, const Finding& finding,
+                    const std::string& text) {
+    output_.write(fmt::format("::{} file={},title={}::{}\n", severityOf(finding),
+                              escapeProperty(verdict.file), idOf(finding.number),
+                              escapeMessage(opc::printable(text))));
+  }
+
+  Output& output_;
+};
+
+}  // namespace
+
+std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output) {
+  return std::make_unique<TextPrinter>(output);
+}
+
+std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output) {
+  return std::make_unique<GithubPrinter>(output);
+}
+
+}  // namespace tool

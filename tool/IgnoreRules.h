@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "addon/checks/Report.h"
+#include "addon/project/Patterns.h"
+
+namespace tool {
+
+/// The finding that `word` names: "KR101", "kr101" or "101". Throws UsageError, with the nearest
+/// id, when there is none.
+const addon::checks::FindingInfo& findingNamed(std::string_view word);
+
+/// What was asked to be passed over: each rule is "ID" or "ID:GLOB".
+class IgnoreRules {
+ public:
+  /// Throws UsageError for an unknown id.
+  explicit IgnoreRules(const std::vector<std::string>& rules);
+
+  /// Whether all findings of a number are passed over, wherever they are.
+  bool ignores(std::uint16_t number) const;
+  /// The pattern is held against the part's name, and against the path of a file in the package.
+  bool ignores(const addon::checks::Finding& finding) const;
+
+ private:
+  struct Rule {
+    std::uint16_t number;
+    std::optional<addon::project::Pattern> pattern;  // nothing for all
+  };
+  std::vector<Rule> rules_;
+};
+
+}  // namespace tool

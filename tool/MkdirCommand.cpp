@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <string>
+#include <utility>
+
+#include "tool/Arguments.h"
+#include "tool/Errors.h"
+#include "tool/PackageAccess.h"
+#include "tool/Selection.h"
+#include "tool/SourceFiles.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"},
+                               OperandSpec{"PATH", "the folders to make", true, true}};
+
+constexpr std::array kOptions{kTimestampOption, kLevelOption};
+
+ExitCode run(const Invocation& invocation) {
+  const auto& operands = invocation.operands();
+  auto options = writeOptionsOf(invocation);
+  for (auto path = operands.begin() + 1; path != operands.end(); ++path) {
+    if (path->empty()) {
+      throw Failure(sentence("cannot make the folder", *path, "the path is empty"));
+    }
+    toUtf16("cannot make the folder", *path);
+  }
+  const auto make = [&](AddonPackage& package) {
+    for (auto path = operands.begin() + 1; path != operands.end(); ++path) {
+      const std::string_view trimmed = trimSlashes(*path);
+      if (!trimmed.empty()) storeFolder(std::string(trimmed), package);
+    }
+  };
+  changePackage(operands[0], std::move(options), invocation.settings(), make);
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kMkdirCommand{
+    "mkdir",
+    "adds empty folders",
+    "Folders above them come into being. A folder that exists is no error.",
+    kOperands,
+    kOptions,
+    run};
+
+}  // namespace tool

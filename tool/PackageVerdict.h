@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "addon/checks/Report.h"
+#include "tool/IgnoreRules.h"
+
+namespace tool {
+
+/// What verify has to say about one file.
+struct PackageVerdict {
+  std::string file;
+  std::string failure;  ///< why it could not be read; "" when it could
+  std::vector<addon::checks::Finding> findings;
+  std::map<std::uint16_t, std::size_t> unlisted;  ///< how many more there were, by number
+  std::size_t errors = 0;
+  std::size_t warnings = 0;
+  std::size_t ignored = 0;
+
+  bool isGood(bool isStrict) const {
+    return failure.empty() && errors == 0 && (!isStrict || warnings == 0);
+  }
+};
+
+/// The report without what `rules` passes over. Findings that the report only counted cannot be
+/// held against a pattern, and stay.
+PackageVerdict judge(std::string file, const addon::checks::Report& report,
+                     const IgnoreRules& rules);
+
+}  // namespace tool

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tool/Arguments.h"
+#include "tool/Documents.h"
+#include "tool/Errors.h"
+#include "tool/PackageAccess.h"
+#include "tool/Suggest.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{
+    OperandSpec{"PACKAGE", "the package"},
+    OperandSpec{"DOCUMENT",
+                "license, configuration, apps, examples, revisions, requirements or screenshot",
+                true, true}};
+
+constexpr std::array kOptions{kTimestampOption, kLevelOption};
+
+constexpr std::string_view kScreenshot = "screenshot";
+constexpr std::string_view kProperties = "properties";
+
+/// Something that can be removed.
+struct Removal {
+  std::string_view name;
+  bool (*remove)(AddonPackage& package);
+};
+
+std::vector<Removal> removals() {
+  std::vector<Removal> all;
+  for (const DocumentKind& kind : documentKinds()) {
+    if (kind.shape.name != kProperties) all.push_back({kind.shape.name, kind.remove});
+  }
+  all.push_back({kScreenshot, [](AddonPackage& package) { return package.removeScreenshot(); }});
+  return all;
+}
+
+Removal findRemoval(std::string_view name) {
+  if (name == kProperties) {
+    throw UsageError(sentence("cannot remove", name, "a package always has them"));
+  }
+  std::vector<std::string_view> names;
+  for (const Removal& removal : removals()) {
+    if (removal.name == name) return removal;
+    names.push_back(removal.name);
+  }
+  const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
+  throw UsageError(sentence("unknown document", name, suggestion(name, names, all)));
+}
+
+/// Each name once.
+std::vector<Removal> chosenBy(const Invocation& invocation) {
+  std::vector<Removal> chosen;
+  const auto& operands = invocation.operands();
+  for (auto name = operands.begin() + 1; name != operands.end(); ++name) {
+    const Removal found = findRemoval(*name);
+    const bool isRepeated = std::any_of(chosen.begin(), chosen.end(), [&](const Removal& other) {
+      return other.name == found.name;
+    });
+    if (!isRepeated) chosen.push_back(found);
+  }
+  return chosen;
+}
+
+ExitCode run(const Invocation& invocation) {
+  const std::vector<Removal> chosen = chosenBy(invocation);
+  auto options = writeOptionsOf(invocation);
+  const auto remove = [&](AddonPackage& package) {
+    for (const Removal& removal : chosen) {
+      if (removal.remove(package)) continue;
+      throw Failure(sentence("cannot remove", removal.name, "the package has none"));
+    }
+  };
+  changePackage(invocation.operands()[0], std::move(options), invocation.settings(), remove);
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kUnsetCommand{
+    "unset",
+    "removes documents, or the screenshot",
+    "With the screenshot goes the thumbnail that shows it. Properties stay: a package\n"
+    "always has them. One that is not there is an error, and nothing is changed.",
+    kOperands,
+    kOptions,
+    run};
+
+}  // namespace tool

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <array>
+#include <string>
+
+#include "addon/checks/Catalogue.h"
+#include "addon/checks/Verification.h"
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "tool/Arguments.h"
+#include "tool/Errors.h"
+#include "tool/FindingPrinter.h"
+#include "tool/IgnoreRules.h"
+#include "tool/Messages.h"
+#include "tool/Output.h"
+#include "tool/PackageAccess.h"
+
+namespace tool {
+
+namespace {
+
+using addon::checks::FindingInfo;
+using addon::checks::Scope;
+using addon::checks::Severity;
+
+constexpr std::array kOperands{OperandSpec{"PACKAGE", "the packages to check", false, true}};
+
+constexpr std::array kOptions{
+    OptionSpec{"strict", 0, "", "warnings count as errors"},
+    OptionSpec{"ignore", 0, "ID[:GLOB]", "pass over a finding, everywhere or in what matches",
+               true},
+    OptionSpec{"opc", 0, "", "check the container and the packaging rules alone"},
+    OptionSpec{"format", 0, "FORMAT", "text, github or sarif"},
+    kJsonOption,
+    OptionSpec{"explain", 0, "ID", "say what a finding means, and what to do about it"}};
+
+constexpr const char* kDescription =
+    "Reads every byte, and checks every checksum, every rule of the packaging conventions, every\n"
+    "document and every reference between them. Prints a line a finding. The exit code is 1 when\n"
+    "there is an error in any of the packages.\n";
+
+void explain(const FindingInfo& info, Output& output) {
+  const auto group = addon::checks::groupOf(info.number);
+  output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
+                           addon::checks::idOf(info.number), info.title,
+                           info.severity == Severity::Error ? "error" : "warning",
+                           addon::checks::nameOf(group), info.explanation, info.remedy));
+}
+
+ExitCode runExplain(const Invocation& invocation) {
+  invocation.refuseTogether("explain", "json");
+  invocation.refuseTogether("explain", "format");
+  if (!invocation.operands().empty()) {
+    throw UsageError(
+        sentence("unexpected operand", invocation.operands()[0], "--explain looks at no package"));
+  }
+  Output output;
+  explain(findingNamed(*invocation.value("explain")), output);
+  output.flush();
+  return ExitCode::Done;
+}
+
+/// Never throws for what one file is like: the others are still to be checked.
+PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& rules) {
+  PackageVerdict failed;
+  failed.file = path;
+  try {
+    toUtf16("cannot open", path);
+    return judge(path, addon::checks::verifyPackage(path, scope), rules);
+  } catch (const opc::Exception& error) {
+    failed.failure = error.what();
+  } catch (const Failure& error) {
+    failed.failure = opc::printable(error.what());
+    failed.file = opc::printable(path);
+  }
+  return failed;
+}
+
+std::string counted(std::size_t count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+void printSummary(const PackageVerdict& verdict, const Settings& settings) {
+  if (!verdict.failure.empty()) return printError("verify", verdict.failure);
+  const bool isClean = verdict.errors + verdict.warnings + verdict.ignored == 0;
+  if (settings.isQuiet || (isClean && !settings.isVerbose)) return;
+  const std::string ignored =
+      verdict.ignored == 0 ? "" : fmt::format(", {} ignored", verdict.ignored);
+  printToStandardError(fmt::format("{}: {}, {}{}\n", opc::printable(verdict.file),
+                                   counted(verdict.errors, "error"),
+                                   counted(verdict.warnings, "warning"), ignored));
+}
+
+ExitCode runChecks(const Invocation& invocation) {
+  if (invocation.operands().empty()) {
+    throw UsageError(fmt::format("PACKAGE is missing: {}", kOperands[0].help));
+  }
+  invocation.refuseTogether("json", "format");
+  const IgnoreRules rules(invocation.values("ignore"));
+  const Scope scope = invocation.has("opc") ? Scope::AnyPackage : Scope::Addon;
+  const bool isStrict = invocation.has("strict");
+  const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
+  Output output;
+  const std::unique_ptr<FindingPrinter> printer = makePrinter(format, isStrict, output);
+
+  bool isGood = true;
+  printer->begin();
+  for (const std::string& path : invocation.operands()) {
+    const PackageVerdict verdict = verify(path, scope, rules);
+    printer->print(verdict);
+    output.flush();  // before what goes to standard error
+    printSummary(verdict, invocation.settings());
+    isGood = isGood && verdict.isGood(isStrict);
+  }
+  printer->end();
+  output.flush();
+  return isGood ? ExitCode::Done : ExitCode::Failed;
+}
+
+ExitCode run(const Invocation& invocation) {
+  return invocation.has("explain") ? runExplain(invocation) : runChecks(invocation);
+}
+
+}  // namespace
+
+constexpr CommandSpec kVerifyCommand{
+    "verify",     "checks packages, and says what is wrong with them",
+    kDescription, kOperands,
+    kOptions,     run};
+
+}  // namespace tool
