@@ -76,6 +76,8 @@ class IPhysicalPackage {
   virtual ItemInfo itemInfo(ItemIndex item) const = 0;
   /// The name of itemInfo alone, which takes nothing apart.
   virtual std::string_view itemName(ItemIndex item) const = 0;
+  /// The kind of itemInfo alone.
+  virtual ItemKind itemKind(ItemIndex item) const { return itemInfo(item).kind; }
 
   /// A fresh stream over the item's data, checked against its size and checksum by the time the
   /// last byte has been handed out. It must not outlive the open package.

@@ -49,9 +49,8 @@ void PartIndexLoader::load() {
 }
 
 void PartIndexLoader::addItem(ItemIndex item) {
-  const interfaces::ItemInfo info = index_.physical_.itemInfo(item);
-  if (info.kind == ItemKind::File) {
-    addFile(info.name, item);
+  if (index_.physical_.itemKind(item) == ItemKind::File) {
+    addFile(index_.physical_.itemName(item), item);
   } else {
     index_.setRole(item, ItemRole::Stray);
   }
@@ -90,13 +89,27 @@ void PartIndexLoader::countInFolder(std::string_view name) {
 }
 
 void PartIndexLoader::leaveFolder() {
+  settleNames();
   if (folderCount_ != 0) index_.folders_.addTo(folderHash_, folder_, folderCount_);
   folderCount_ = 0;
 }
 
+// What takes time in a large table is the way to memory: names wait a little for theirs.
 void PartIndexLoader::addName(std::string_view name, PartId part) {
   const std::string_view segment = name.substr(folder_.size() + !folder_.empty());
   const std::uint64_t hash = extendHash(folderHash_, segment);
+  index_.parts_.prefetch(hash);
+  waiting_[waitingCount_] = {name, hash, part};
+  if (++waitingCount_ == waiting_.size()) settleNames();
+}
+
+void PartIndexLoader::settleNames() {
+  const std::size_t count = std::exchange(waitingCount_, 0);
+  for (std::size_t i = 0; i < count; ++i) settleName(waiting_[i]);
+}
+
+void PartIndexLoader::settleName(const Name& added) {
+  const auto& [name, hash, part] = added;
   if (const std::uint32_t* other = index_.lookUp(hash, name)) {
     const bool inPieces = index_.isInPieces(part) || index_.isInPieces(*other);
     return faults_.add(FormatError(inPieces ? "IL-3" : "PN-8", "part name " + quoted(name) + ": " +

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -18,11 +20,19 @@ class PartIndexLoader {
   void load();
 
  private:
+  struct Name {
+    std::string_view name;
+    std::uint64_t hash = 0;
+    PartId part = 0;
+  };
+
   void addItem(interfaces::ItemIndex item);
   void addFile(std::string_view name, interfaces::ItemIndex item);
   void addOther(std::string_view name, interfaces::ItemIndex item);
   void addSequences();
   void addName(std::string_view name, PartId part);
+  void settleNames();
+  void settleName(const Name& added);
   void enterFolder(std::string_view folder);
   void countInFolder(std::string_view name);
   void leaveFolder();
@@ -38,6 +48,8 @@ class PartIndexLoader {
   const ContentTypes& types_;
   FaultSink& faults_;
   PieceSequences pieces_;
+  std::array<Name, 16> waiting_;  // of one folder, on their way into the index
+  std::size_t waitingCount_ = 0;
   std::vector<PartId> relationships_;
 
   // The folder of the item before: most items lie in the same.

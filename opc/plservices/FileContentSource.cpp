@@ -43,8 +43,11 @@ OpenedFile openRegularFile(const std::string& path) {
 
 class FileInputStream final : public InputStream {
  public:
-  explicit FileInputStream(std::string path)
-      : path_(std::move(path)), file_(openRegularFile(path_).descriptor) {}
+  explicit FileInputStream(std::string path) : path_(std::move(path)) {
+    OpenedFile file = openRegularFile(path_);
+    file_ = std::move(file.descriptor);
+    size_ = static_cast<std::uint64_t>(file.status.st_size);
+  }
 
   std::size_t read(unsigned char* buffer, std::size_t size) override {
     if (size == 0) return 0;
@@ -61,15 +64,26 @@ class FileInputStream final : public InputStream {
 
  private:
   std::size_t readFromFile(unsigned char* buffer, std::size_t size) {
+    if (hasSeenEnd_) return 0;
     for (;;) {
       const ssize_t count = ::read(file_.get(), buffer, size);
-      if (count >= 0) return static_cast<std::size_t>(count);
+      if (count >= 0) return taken(static_cast<std::size_t>(count), size);
       if (errno != EINTR) throw SystemError("cannot read '" + path_ + "'", errno);
     }
   }
 
+  // Whoever asked for more and got just what the file was to hold need not ask again.
+  std::size_t taken(std::size_t count, std::size_t wanted) {
+    position_ += count;
+    hasSeenEnd_ = count < wanted && position_ == size_;
+    return count;
+  }
+
   std::string path_;
   FileDescriptor file_;
+  std::uint64_t size_ = 0;  // when it was opened
+  std::uint64_t position_ = 0;
+  bool hasSeenEnd_ = false;
   unsigned char peeked_ = 0;
   bool hasPeeked_ = false;
 };

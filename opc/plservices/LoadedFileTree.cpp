@@ -61,6 +61,8 @@ class TreeLoader {
   // Parts of one folder mostly come one after the other.
   std::string lastPath_;
   NodeId lastFolder_ = FileTree::kRoot;
+  // Part names differ, and so do their paths, as long as none comes from an escape or the table.
+  bool mayCollide_ = false;
 };
 
 std::string quoted(std::string_view text) {
@@ -99,7 +101,7 @@ std::optional<std::string> TreeLoader::insertFile(std::string_view path, model::
   const bool inRoot = slash == std::string_view::npos;
   if (auto why = makeFolders(inRoot ? std::string_view() : path.substr(0, slash))) return why;
   const std::string_view name = inRoot ? path : path.substr(slash + 1);
-  if (tree_.nodes.findChild(lastFolder_, name) != FileTree::kNone) {
+  if (mayCollide_ && tree_.nodes.findChild(lastFolder_, name) != FileTree::kNone) {
     return "another entry has the path " + quoted(path);
   }
   tree_.nodes.addFile(lastFolder_, name, part);
@@ -116,6 +118,7 @@ void TreeLoader::addTableFile(const FileTreeTable::File& file) {
     refuseEntry(file.path, "its part " + quoted(file.partName) + " is another entry's too");
   }
   if (const auto why = insertFile(file.path, part)) refuseEntry(file.path, *why);
+  mayCollide_ = true;
   tree_.tableFiles.emplace(static_cast<NodeId>(tree_.nodes.size() - 1), name.canonical());
   tree_.tableSize += FileTreeTable::entrySize(file.path);
 }
@@ -134,7 +137,9 @@ void TreeLoader::addPart(model::PartId part) {
   const std::string_view itemName = package_.itemNameOf(part);
   const std::string_view encoded = itemName.substr(kFilesFolder.size());
   // Without an escape every part name is a path.
-  if (encoded.find('%') == std::string_view::npos) {
+  const bool isEncoded = encoded.find('%') != std::string_view::npos;
+  mayCollide_ |= isEncoded;
+  if (!isEncoded) {
     if (const auto why = insertFile(encoded, part)) addUnreadable(itemName, *why);
     return;
   }

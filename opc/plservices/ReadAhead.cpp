@@ -41,7 +41,8 @@ void ReadAhead::waitForBatch() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return !batches_.empty() || failure_; });
   if (batches_.empty()) std::rethrow_exception(failure_);
-  current_ = std::move(batches_.front());
+  std::swap(current_, batches_.front());
+  used_ = std::move(batches_.front());
   batches_.pop_front();
   ahead_ -= current_.data.size();
   next_ = 0;
@@ -51,8 +52,7 @@ void ReadAhead::waitForBatch() {
 void ReadAhead::help() noexcept {
   try {
     while (!reader_.isEnd()) {
-      Batch batch;
-      batch.entries.reserve(kBatchBlocks);
+      Batch batch = emptyBatch();
       while (add(batch)) continue;
       const bool hasFailed = batch.entries.back().failure != nullptr;
       if (!hand(std::move(batch)) || hasFailed) return;
@@ -63,6 +63,19 @@ void ReadAhead::help() noexcept {
     failure_ = std::current_exception();
     changed_.notify_all();
   }
+}
+
+// With the memory of one that has been used, when there is one.
+ReadAhead::Batch ReadAhead::emptyBatch() {
+  Batch batch;
+  {
+    const std::lock_guard lock(mutex_);
+    std::swap(batch, used_);
+  }
+  batch.entries.clear();
+  batch.entries.reserve(kBatchBlocks);
+  batch.data.clear();
+  return batch;
 }
 
 // Whether there is, and may be, one more.

@@ -41,6 +41,7 @@ class ReadAhead {
   };
 
   void help() noexcept;
+  Batch emptyBatch();
   bool add(Batch& batch);
   bool hand(Batch batch);
   void waitForBatch();
@@ -52,6 +53,7 @@ class ReadAhead {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Batch> batches_;   // read and not yet taken
+  Batch used_;                  // whose memory the next one takes over
   std::size_t ahead_ = 0;       // their bytes
   std::exception_ptr failure_;  // of the helper itself
   bool isStopped_ = false;

@@ -2,6 +2,7 @@
 #include "opc/zippackage/DirectoryPass.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <numeric>
 #include <string>
@@ -149,13 +150,22 @@ void DirectoryPass::checkDuplicates() {
   const auto nameOf = [this](std::uint32_t entry) { return directory_.name(entry); };
   const auto count = static_cast<std::uint32_t>(directory_.entries_.size());
   DuplicateNames names(count);
-  for (std::uint32_t entry = 0; entry < count; ++entry) {
-    const std::string_view name = nameOf(entry);
-    const std::uint32_t other = names.add(entry, name, nameOf);
-    if (other == kNoEntry) continue;
-    const bool isFolder = !name.empty() && name.back() == '/';
-    noteFor(entry, isFolder ? ZipFaultKind::FolderTwice : ZipFaultKind::NameTwice, other, 0);
+  std::array<std::uint64_t, 16> hashes;
+  const auto first = static_cast<std::uint32_t>(std::min<std::size_t>(hashes.size(), count));
+  for (std::uint32_t entry = 0; entry < first; ++entry) {
+    hashes[entry] = names.prepare(nameOf(entry));
   }
+  for (std::uint32_t entry = 0; entry < count; ++entry) {
+    std::uint64_t& hash = hashes[entry % hashes.size()];
+    const std::uint32_t other = names.add(entry, hash, nameOf);
+    if (other != kNoEntry) noteTwice(entry, other);
+    if (count - entry > hashes.size()) hash = names.prepare(nameOf(entry + first));
+  }
+}
+
+void DirectoryPass::noteTwice(std::uint32_t entry, std::uint32_t other) {
+  const bool isFolder = directory_.name(entry).ends_with('/');
+  noteFor(entry, isFolder ? ZipFaultKind::FolderTwice : ZipFaultKind::NameTwice, other, 0);
 }
 
 // Sorted by where they begin, entries that share bytes are neighbours, or follow one that reaches

@@ -24,6 +24,7 @@ class DirectoryPass {
   void checkName(ZipEntry& entry);
   void checkParentSegments(std::string_view name);
   void checkDuplicates();
+  void noteTwice(std::uint32_t entry, std::uint32_t other);
   void checkPlaces();
   void checkPlace(std::uint32_t entry, std::uint32_t previous);
   void note(ZipFaultKind kind, std::uint64_t first = 0, std::uint64_t second = 0);

@@ -35,7 +35,7 @@ void fillWithChance(std::uint64_t (&seeds)[2]) {
 }  // namespace
 
 DuplicateNames::DuplicateNames(std::size_t count)
-    : mask_(std::bit_ceil(count * 2 + 1) - 1), slots_(new Slot[mask_ + 1]) {
+    : mask_(std::bit_ceil(count * 2 + 1) - 1), slots_(mask_ + 1) {
   fillWithChance(seeds_);
 }
 

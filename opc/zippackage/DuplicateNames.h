@@ -3,9 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
+#include <vector>
 
+#include "opc/LargeBlocks.h"
 #include "opc/zippackage/ZipFault.h"
 
 namespace opc::zippackage {
@@ -16,16 +17,23 @@ class DuplicateNames {
  public:
   explicit DuplicateNames(std::size_t count);
 
-  /// Adds an entry. Returns the earlier one of the same name, or kNoEntry. `nameOf` gives the name
-  /// of an entry that was added.
-  template <typename NameOf>
-  std::uint32_t add(std::uint32_t entry, std::string_view name, const NameOf& nameOf) {
+  /// The hash of a name that is going to be added. Has the memory brought near that adding it will
+  /// look at: in a large directory the way there is what takes time.
+  std::uint64_t prepare(std::string_view name) const {
     const std::uint64_t hash = hashOf(name);
+    __builtin_prefetch(&slots_[static_cast<std::size_t>(hash) & mask_]);
+    return hash;
+  }
+
+  /// Adds an entry whose name has that hash. Returns the earlier one of the same name, or kNoEntry.
+  /// `nameOf` gives the name of an entry.
+  template <typename NameOf>
+  std::uint32_t add(std::uint32_t entry, std::uint64_t hash, const NameOf& nameOf) {
     const auto tag = static_cast<std::uint32_t>(hash >> 32);
     std::size_t at = static_cast<std::size_t>(hash) & mask_;
     for (; slots_[at].entryPlusOne != 0; at = (at + 1) & mask_) {
       const std::uint32_t other = slots_[at].entryPlusOne - 1;
-      if (slots_[at].tag == tag && nameOf(other) == name) return other;
+      if (slots_[at].tag == tag && nameOf(other) == nameOf(entry)) return other;
     }
     slots_[at] = {tag, entry + 1};
     return kNoEntry;
@@ -41,7 +49,7 @@ class DuplicateNames {
 
   std::uint64_t seeds_[2];
   std::size_t mask_;
-  std::unique_ptr<Slot[]> slots_;
+  std::vector<Slot, LargeBlockAllocator<Slot>> slots_;
 };
 
 }  // namespace opc::zippackage

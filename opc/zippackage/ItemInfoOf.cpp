@@ -32,6 +32,10 @@ std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
 
 }  // namespace
 
+ItemKind itemKindOf(const ZipDirectory& directory, std::size_t entry) {
+  return kindOf(directory.name(entry), directory.header(entry));
+}
+
 ItemInfo itemInfoOf(const ZipDirectory& directory, std::size_t item) {
   constexpr std::uint32_t kOwnerExecutes = 0100u << 16;
   const ZipEntry& entry = directory.entries()[item];

@@ -10,5 +10,6 @@ namespace opc::zippackage {
 
 /// What the directory says about an entry.
 interfaces::ItemInfo itemInfoOf(const ZipDirectory& directory, std::size_t entry);
+interfaces::ItemKind itemKindOf(const ZipDirectory& directory, std::size_t entry);
 
 }  // namespace opc::zippackage

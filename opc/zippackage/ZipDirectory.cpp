@@ -53,6 +53,7 @@ ZipDirectory ZipDirectory::read(const PackageFile& file) {
         ErrorCode::TooLarge);
   }
   directory.bytes_.resizeForOverwrite(static_cast<std::size_t>(location.size));
+  announceWriting(directory.bytes_.data(), directory.bytes_.size());
   tail.readAt(location.offset, directory.bytes_.data(), directory.bytes_.size());
   DirectoryPass(directory).run();
   return directory;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "opc/ByteBuffer.h"
+#include "opc/LargeBlocks.h"
 #include "opc/zippackage/EndOfDirectory.h"
 #include "opc/zippackage/LittleEndian.h"
 #include "opc/zippackage/PackageFile.h"
@@ -76,7 +77,7 @@ class ZipDirectory {
 
   ByteBuffer bytes_;
   DirectoryLocation location_;
-  std::vector<ZipEntry> entries_;
+  std::vector<ZipEntry, LargeBlockAllocator<ZipEntry>> entries_;
   std::vector<std::uint32_t> physicalOrder_;
   std::string mappedNames_;                ///< those that were not ASCII or UTF-8, end to end
   std::vector<std::size_t> mappedStarts_;  ///< and where each begins; one more than names

@@ -138,6 +138,12 @@ std::string_view ZipPhysicalPackage::itemName(ItemIndex item) const {
   return session.added[item - session.oldCount()].properties.name;
 }
 
+interfaces::ItemKind ZipPhysicalPackage::itemKind(ItemIndex item) const {
+  const State::Session& session = state_->session();
+  return item < session.oldCount() ? itemKindOf(session.old->directory, item)
+                                   : interfaces::ItemKind::File;
+}
+
 std::unique_ptr<InputStream> ZipPhysicalPackage::openItem(ItemIndex item) {
   state_->requireItem(item);
   State::Session& session = state_->session();

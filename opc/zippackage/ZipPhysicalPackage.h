@@ -51,6 +51,7 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   bool isRemoved(interfaces::ItemIndex item) const override;
   interfaces::ItemInfo itemInfo(interfaces::ItemIndex item) const override;
   std::string_view itemName(interfaces::ItemIndex item) const override;
+  interfaces::ItemKind itemKind(interfaces::ItemIndex item) const override;
   std::unique_ptr<InputStream> openItem(interfaces::ItemIndex item) override;
   void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;
   interfaces::ItemIndex addItem(const interfaces::NewItem& item) override;

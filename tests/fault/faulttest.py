@@ -7,7 +7,6 @@ import json
 import os
 import pathlib
 import re
-import shutil
 import signal
 import subprocess
 import sys
@@ -22,7 +21,7 @@ from kraddontest import KRADDON  # noqa: E402
 
 SHIM = os.environ.get("KRADDON_FAULT_SHIM", "")
 FULL = os.environ.get("KRADDON_FAULT_FULL") == "1"
-NO_SHIM = "needs a build without sanitizers: theirs and the preloaded calls would be in each other's way"
+NO_SHIM = "needs a build without sanitizers, which stand in for the same calls"
 
 # Thousands of runs need not wait for a disk; the full sweep does, on the file system of TMPDIR.
 if not FULL and os.access("/dev/shm", os.W_OK):
@@ -201,7 +200,7 @@ class FaultTest(kraddontest.CliTest):
                 "KRADDON_FAULT_REPORT": str(self.report)}
 
     def run_failing(self, rules, *words, **kw):
-        """Runs it with calls that fail; `hit` tells whether one did, `counts` how many there were."""
+        """Runs it with calls that fail; `hit` and `counts` say which and how many."""
         result = self.run_kraddon(*words, env=self.shim_environment(rules), **kw)
         lines = self.report.read_text().splitlines() if self.report.exists() else []
         self.hit = "hit" in lines

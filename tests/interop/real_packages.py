@@ -1,0 +1,166 @@
+# SPDX-License-Identifier: MIT
+"""Packages of other makers, as Debian ships them or its libraries write them, are read in full."""
+
+import glob
+import hashlib
+import io
+import json
+import os
+import re
+import unittest
+import zipfile
+from xml.etree import ElementTree
+
+import docx
+import openpyxl
+import openpyxl.chart
+import xlsxwriter
+
+from program import KRADDON, ScratchCase, run
+
+SHIPPED = ["/usr/lib/python3/dist-packages/docx/templates/default.docx",
+           "/usr/share/doc/xlsx2csv/examples/test/*.xls[xm]",
+           "/usr/share/ipptool/*.3mf"]
+# Packed anew by a program that put its own files beside the parts, some under names of
+# relationships parts, which have to be XML.
+SPOILED = "/usr/share/doc/xlsx2csv/examples/test/skip_empty_lines.xlsx"
+
+APPLICATION = re.compile(rb"Application>([^<]+)<")
+MODEL_METADATA = re.compile(rb'<metadata name="(\w+):version"')
+CONTENT_TYPES = "{http://schemas.openxmlformats.org/package/2006/content-types}"
+# A part name of ASCII: no segment is empty or ends in a dot.
+PART_NAME = re.compile(r"(/([\w.~!$&'()*+,;=:@-]|%[0-9A-F]{2})*[^/.])+", re.ASCII)
+
+
+def producer(path):
+    """The program that wrote a package, by what is in there."""
+    with zipfile.ZipFile(path) as container:
+        for name in ("docProps/app.xml", "3D/3dmodel.model"):
+            if name in container.namelist():
+                content = container.read(name)
+                found = APPLICATION.search(content) or MODEL_METADATA.search(content)
+                return found.group(1).decode() if found else "unknown"
+    return "unknown"
+
+
+def is_relationships_part(name):
+    folder, _, base = name.rpartition("/")
+    return base.endswith(".rels") and folder.rpartition("/")[2] == "_rels"
+
+
+def parts_by_zipfile(path):
+    """The SHA-256 of every item that is a part with a content type, by part name."""
+    with zipfile.ZipFile(path) as container:
+        types = ElementTree.fromstring(container.read("[Content_Types].xml"))
+        known = {"." + entry.get("Extension").lower() for entry in types.iter(
+            CONTENT_TYPES + "Default")}
+        known |= {entry.get("PartName").lower() for entry in types.iter(CONTENT_TYPES + "Override")}
+        found = {}
+        for item in container.namelist():
+            name = "/" + item
+            extension = os.path.splitext("x" + name.rpartition("/")[2])[1].lower()
+            if (PART_NAME.fullmatch(name) and not is_relationships_part(name)
+                    and (name.lower() in known or extension in known)):
+                found[name] = hashlib.sha256(container.read(item)).hexdigest()
+        return found
+
+
+class PackageReading(ScratchCase):
+    def assert_accepted(self, path):
+        self.kraddon("verify", "--opc", path)
+        self.assert_parts_agree(path)
+
+    def assert_parts_agree(self, path):
+        listed = self.kraddon("list", "--all", "--hash", "-0", path).stdout.decode()
+        lines = [line.split("  ", 1) for line in listed.split("\0") if line]
+        ours = {name: digest for digest, name in lines}
+        self.assertEqual(ours, parts_by_zipfile(path), path)
+
+
+class ShippedPackages(PackageReading):
+    def setUp(self):
+        super().setUp()
+        self.files = sorted(path for pattern in SHIPPED for path in glob.glob(pattern))
+
+    def test_are_many_and_of_several_producers(self):
+        producers = sorted(set(map(producer, self.files)))
+
+        print("  %d files of: %s" % (len(self.files), ", ".join(producers)), flush=True)
+        self.assertGreaterEqual(len(self.files), 25)
+        for name in ("LibreOffice", "Microsoft Excel", "Microsoft Macintosh Word", "cura"):
+            self.assertIn(name, producers)
+        for pattern in SHIPPED:
+            self.assertTrue(glob.glob(pattern), pattern)
+
+    def test_are_accepted_and_their_parts_are_what_zipfile_reads(self):
+        for path in self.files:
+            if path != SPOILED:
+                with self.subTest(path):
+                    self.assert_accepted(path)
+
+    def test_relationships_that_are_no_xml_are_the_only_errors(self):
+        outcome = run(KRADDON, "verify", "--opc", "--json", SPOILED)
+
+        findings = json.loads(outcome.stdout)["packages"][0]["findings"]
+        errors = sorted((finding["id"], finding["where"]) for finding in findings
+                        if finding["severity"] == "error")
+        self.assertEqual(outcome.code, 1)
+        self.assertEqual(errors, [
+            ("KR214", "/__MACOSX/xl/_rels/._workbook.xml.rels"),
+            ("KR214", "/__MACOSX/xl/worksheets/_rels/._sheet1.xml.rels"),
+            ("KR214", "/__MACOSX/xl/worksheets/_rels/._sheet2.xml.rels")])
+        self.assert_parts_agree(SPOILED)
+
+
+class GeneratedPackages(PackageReading):
+    def test_python_docx(self):
+        document = docx.Document()
+        document.core_properties.title = "Spectra & more – größer"
+        document.add_heading("Spectra")
+        document.add_picture(os.path.join(os.path.dirname(__file__), "..", "..", "examples",
+                                          "signal-kit", "images", "screenshot.png"))
+        document.save(self.path("p.docx"))
+
+        self.assert_accepted(self.path("p.docx"))
+
+    def test_openpyxl(self):
+        workbook = openpyxl.Workbook()
+        for row in range(200):
+            workbook.active.append([row, row * row, "größer als %d" % row])
+        workbook.active["A1"].comment = openpyxl.comments.Comment("a comment", "Ada Lind")
+        chart = openpyxl.chart.LineChart()
+        chart.add_data(openpyxl.chart.Reference(workbook.active, 1, 1, 2, 200))
+        workbook.active.add_chart(chart, "E2")
+        workbook.create_sheet("Übersicht")["A1"].hyperlink = "https://example.org/a?b=c&d"
+        workbook.save(self.path("p.xlsx"))
+
+        self.assert_accepted(self.path("p.xlsx"))
+
+    def write_by_xlsxwriter(self, target, options):
+        workbook = xlsxwriter.Workbook(target, options)
+        sheet = workbook.add_worksheet("Übersicht")
+        for row in range(200):
+            sheet.write_row(row, 0, [row, row * row])
+        chart = workbook.add_chart({"type": "line"})
+        chart.add_series({"values": ["Übersicht", 0, 1, 199, 1]})
+        sheet.insert_chart("E2", chart)
+        sheet.write_comment("C1", "a comment")
+        sheet.write_url("D1", "https://example.org/a?b=c&d")
+        workbook.close()
+
+    def test_xlsxwriter(self):
+        self.write_by_xlsxwriter(self.path("p.xlsx"), {})
+
+        self.assert_accepted(self.path("p.xlsx"))
+
+    def test_xlsxwriter_in_memory(self):
+        target = io.BytesIO()
+        self.write_by_xlsxwriter(target, {"in_memory": True})
+        with open(self.path("p.xlsx"), "wb") as file:
+            file.write(target.getvalue())
+
+        self.assert_accepted(self.path("p.xlsx"))
+
+
+if __name__ == "__main__":
+    unittest.main()

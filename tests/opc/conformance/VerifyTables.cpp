@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <utility>
+
+#include "addon/checks/Verification.h"
+#include "tests/opc/conformance/support/Case.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace test::conformance {
+namespace {
+
+using addon::checks::Finding;
+using addon::checks::Report;
+using addon::checks::Severity;
+
+Report verified(const std::string& bytes) {
+  const TemporaryFolder folder;
+  writeFile(folder / "p.kraddon", bytes);
+  return addon::checks::verifyPackage((folder / "p.kraddon").string(),
+                                      addon::checks::Scope::AnyPackage);
+}
+
+std::string shown(const Report& report) {
+  std::string text;
+  for (const Finding& one : report.findings()) {
+    text += addon::checks::idOf(one.number) + " " + one.rule + " '" + one.part.substr(0, 200) +
+            "' " + one.message.substr(0, 400) + "\n";
+  }
+  return text;
+}
+
+// The rules that the findings of the worst kind name.
+std::set<std::string> worstRules(const Report& report) {
+  const Severity worst = report.errors() != 0 ? Severity::Error : Severity::Warning;
+  std::set<std::string> rules;
+  for (const Finding& one : report.findings()) {
+    if (addon::checks::findInfo(one.number)->severity == worst) rules.insert(one.rule);
+  }
+  return rules;
+}
+
+/// Checks the case's package, and that nothing but its own rule is broken.
+class VerifyTest : public testing::Test {
+ public:
+  explicit VerifyTest(Case one) : case_(std::move(one)) {}
+
+  void TestBody() override {
+    PackageSpec spec;
+    case_.change(spec);
+
+    const Report report = verified(spec.bytes());
+
+    SCOPED_TRACE(shown(report));
+    EXPECT_EQ(report.errors() != 0, case_.verified == Verified::Error);
+    if (case_.verified != Verified::Error) {
+      EXPECT_EQ(report.warnings() != 0, case_.verified == Verified::Warning);
+    }
+    if (case_.verified == Verified::Silent) return;
+    EXPECT_THAT(worstRules(report), testing::Contains(case_.carried ? case_.carried : case_.rule));
+  }
+
+ private:
+  Case case_;
+};
+
+void registerTables() {
+  for (const Case& one : allCases()) {
+    testing::RegisterTest(suiteOf("Verify", one).c_str(), one.name, nullptr, nullptr, __FILE__,
+                          __LINE__, [one]() -> testing::Test* { return new VerifyTest(one); });
+  }
+}
+
+}  // namespace
+}  // namespace test::conformance
+
+int main(int count, char** arguments) {
+  testing::InitGoogleMock(&count, arguments);
+  test::conformance::registerTables();
+  return RUN_ALL_TESTS();
+}
