@@ -52,7 +52,7 @@ struct XercesHelper {
   static constexpr unsigned kMaxAttributes = 4096;              ///< of one element
   static constexpr std::size_t kMaxAttributeLength = 1u << 20;  ///< bytes
   /// Elements, attributes and CDATA sections of a document: each costs some 250 bytes in memory.
-  static constexpr std::uint64_t kMaxNodes = 1u << 22;
+  static constexpr std::uint64_t kMaxNodes = 1u << 21;
   /// What Xerces-C may spend on its linear searches (attributes of an element, names, namespaces).
   static constexpr std::uint64_t kMaxComparisons = 1u << 28;
 

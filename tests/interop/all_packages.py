@@ -89,11 +89,11 @@ class NewPackages(PackageCase):
         self.assert_all_agree()
 
     def test_one_with_awkward_names(self):
-        for name in awkward_names.NAMES:
-            awkward_names.write_file(os.path.join(os.fsencode(self.tree), name.encode()),
-                                     name.encode())
-        for name in awkward_names.EMPTY_FOLDERS:
-            os.makedirs(os.path.join(self.tree, "folders", name))
+        tree = os.fsencode(self.tree)
+        for name in map(str.encode, awkward_names.NAMES):
+            awkward_names.write_file(os.path.join(tree, name), name)
+        for name in map(str.encode, awkward_names.EMPTY_FOLDERS):
+            os.makedirs(os.path.join(tree, b"folders", name))
         self.create()
 
         self.assert_all_agree()

@@ -13,6 +13,7 @@ from docx.opc.packuri import PackURI
 from docx.opc.phys_pkg import PhysPkgReader
 from docx.opc.pkgreader import _ContentTypeMap
 
+import awkward_names
 import trees
 from program import ScratchCase
 
@@ -48,6 +49,14 @@ class OtherReaders(ScratchCase):
 
 
 class ZipReaders(OtherReaders):
+    def test_gsf_lists_and_unpacks_it(self):
+        listed = self.succeeds("gsf", "list", self.package).stdout
+
+        self.assertIn(b"files/README.md", listed)
+        with open(self.path("tree", "README.md"), "rb") as file:
+            self.assertEqual(
+                self.succeeds("gsf", "cat", self.package, "files/README.md").stdout, file.read())
+
     def test_zipfile_finds_every_checksum_right(self):
         with zipfile.ZipFile(self.package) as package:
             self.assertIsNone(package.testzip())
@@ -101,6 +110,79 @@ class ZipReaders(OtherReaders):
             self.assertIsNone(package.testzip())
             names = package.namelist()
         self.assertEqual(len(names), len(set(names)))
+
+
+class AwkwardPackages(ScratchCase):
+    """Every reader takes what is unusual about a package, and nothing is wrong about it."""
+
+    def assert_readable(self, package, content):
+        """`content` by the names of items, some of them."""
+        self.succeeds("unzip", "-tqq", package)
+        self.assertNotIn(b"WARNING", self.succeeds("7z", "t", package).stdout.upper())
+        listed = set(self.succeeds("bsdtar", "-tf", package).stdout.decode().splitlines())
+        by_gsf = {line.split()[-1] for line in
+                  self.succeeds("gsf", "list", package).stdout.decode().splitlines()
+                  if line.startswith("f ")}
+        with zipfile.ZipFile(self.path(package)) as archive:
+            self.assertIsNone(archive.testzip())
+            names = set(archive.namelist())
+        self.assertEqual(listed, names)
+        self.assertEqual(by_gsf, names)
+        for name, data in content.items():
+            self.assertEqual(self.succeeds("gsf", "cat", package, name).stdout, data, name)
+            self.assertEqual(self.succeeds("bsdtar", "-xOf", package, name).stdout, data, name)
+        parts = {str(part.partname) for part in OpcPackage.open(self.path(package)).iter_parts()}
+        self.assertIn("/metadata/addonProperties.xml", parts)
+
+    def create(self, files, *words):
+        os.makedirs(self.path("tree"), exist_ok=True)
+        for name, data in files.items():
+            path = self.path("tree", name)
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            with open(path, "wb") as file:
+                file.write(data)
+        self.kraddon("create", "p.kraddon", "tree", "--name", "Awkward", *words)
+
+    def test_awkward_names(self):
+        files = {name: name.encode() for name in awkward_names.NAMES}
+        self.create(files)
+
+        self.assert_readable("p.kraddon", {"files/50%25": b"50%", "files/%2541": b"%41",
+                                           "files/%22double%22": b'"double"'})
+
+    def test_no_files_at_all(self):
+        self.create({})
+
+        self.assert_readable("p.kraddon", {})
+
+    def test_only_stored_items(self):
+        self.create({"a.m": b"a" * 5000}, "--level", "0")
+
+        self.assert_readable("p.kraddon", {"files/a.m": b"a" * 5000})
+
+    def test_empty_and_large_files(self):
+        noise = os.urandom(1 << 20) + bytes(20 << 20)
+        self.create({"empty": b"", "large": noise})
+
+        self.assert_readable("p.kraddon", {"files/empty": b"", "files/large": noise})
+
+    def test_more_items_than_the_old_record_counts(self):
+        os.mkdir(self.path("tree"))
+        for number in range(66000):
+            with open(self.path("tree", "f%d.m" % number), "wb"):
+                pass
+        self.create({"last.m": b"last"})
+
+        self.assert_readable("p.kraddon", {"files/last.m": b"last"})
+
+    def test_a_package_that_was_changed_often(self):
+        self.create({"a.m": b"a", "b/c.m": b"c", "d.m": b"d"})
+        self.kraddon("remove", "p.kraddon", "a.m")
+        self.kraddon("set", "p.kraddon", "properties", "summary=one")
+        self.kraddon("mkdir", "p.kraddon", "empty")
+        self.kraddon("set", "p.kraddon", "properties", "summary=two", "authorName=Ada")
+
+        self.assert_readable("p.kraddon", {"files/b/c.m": b"c", "files/d.m": b"d"})
 
 
 class OpcReader(OtherReaders):

@@ -138,7 +138,7 @@ TEST(PackageLimits, RelationshipsAreAddedUntilTheirDocumentIsFullAndAreReadBack)
   EXPECT_EQ(count, 63u);
   EXPECT_EQ(fault.text,
             "relationship 'rId64' of the package: there is no room for it in the 67108864 bytes "
-            "and 4194304 elements and attributes that are read of one document");
+            "and 2097152 elements and attributes that are read of one document");
   memory.package.close(false);
   memory.package.open(OpenMode::Modify);
   EXPECT_EQ(memory.package.getRelationships().size(), 63u);
@@ -177,7 +177,7 @@ TEST(PackageLimits, ContentTypesAreAddedUntilTheirDocumentIsFullAndAreReadBack) 
 
   EXPECT_EQ(count, 63u);
   EXPECT_EQ(fault.text,
-            "content type of '/p63': there is no room for it in the 67108864 bytes and 4194304 "
+            "content type of '/p63': there is no room for it in the 67108864 bytes and 2097152 "
             "elements and attributes that are read of one document");
   memory.package.close(false);
   memory.package.open(OpenMode::Modify);
