@@ -16,10 +16,10 @@ inline void announceWriting(void* block, std::size_t size) noexcept {
 #ifdef MADV_POPULATE_WRITE
   constexpr std::size_t kWorthIt = std::size_t{1} << 20;
   if (size < kWorthIt) return;
-  const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const auto begin = (reinterpret_cast<std::uintptr_t>(block) + page - 1) / page * page;
-  const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / page * page;
-  ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  const std::size_t skipped = (page - reinterpret_cast<std::uintptr_t>(block) % page) % page;
+  const std::size_t whole = (size - skipped) / page * page;
+  ::madvise(static_cast<char*>(block) + skipped, whole, MADV_POPULATE_WRITE);
 #else
   static_cast<void>(block);
   static_cast<void>(size);

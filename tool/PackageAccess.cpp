@@ -24,6 +24,9 @@ namespace {
 // The last second of the year 9999, beyond which dates have no agreed way of writing.
 constexpr std::int64_t kLastSecond = 253402300799;
 
+constexpr std::u16string_view kSignatureOrigin =
+    u"http://schemas.openxmlformats.org/package/2006/relationships/digital-signature/origin";
+
 std::unique_ptr<AddonPackage> open(const std::string& path, opc::interfaces::OpenMode mode) {
   auto package = std::make_unique<AddonPackage>(toUtf16("cannot open", path));
   package->logicalPackage().open(mode);
@@ -79,7 +82,9 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   Interrupt::defer();
   const PackageLock lock(path);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
-  const std::vector<std::string> strays = package->logicalPackage().strayItems();
+  opc::model::Package& logical = package->logicalPackage();
+  const std::vector<std::string> strays = logical.strayItems();
+  const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
   change(*package);
   ProgressBar bar(settings);
   options.progress = bar.function();
@@ -89,6 +94,10 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   if (identityOf(path) == before) return;  // nothing was changed, so nothing was written
   for (const std::string& item : strays) {
     printWarning({}, sentence("item", item, "it is no part of the package and was left out"));
+  }
+  if (isSigned) {
+    printWarning(
+        {}, sentence("package", path, "it is signed, and the signature does not hold any more"));
   }
 }
 

@@ -122,6 +122,11 @@ constexpr FindingInfo kFindings[] = {
      "Two apps, or an app and the add-on, have the same GUID. Hosts tell them apart by it, so "
      "that one takes the place of the other.",
      "Give each of them a GUID of its own, such as 'uuidgen' makes."},
+    {411, Severity::Warning, "file that is not in the tree",
+     "Something lies where the files are kept and is none of them: another file has its path, or "
+     "its name cannot be decoded. It is not extracted, and listed with all parts only; other "
+     "programs may see it all the same, and take it for the file.",
+     "Remove it with a ZIP program, or rename it."},
     {501, Severity::Warning, "no license",
      "The add-on has no license, or one without text. Without terms nobody may use or share it, "
      "and many catalogues do not take it.",

@@ -107,6 +107,9 @@ void checkReferences(AddonPackage& package, Report& report) {
   checkNewestRevision(package, report);
   checkGuids(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
+  for (const std::string& line : package.fileSystem().unreadable()) {
+    report.add({411, "", line, "", 0});
+  }
   PathCheck paths(package.fileSystem(), report);
   checkApps(package, paths);
   checkExamples(package, paths);

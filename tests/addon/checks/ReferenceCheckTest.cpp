@@ -55,6 +55,15 @@ void setRevisions(AddonUnderTest& addon, const std::string& revisions) {
   addon.replace(kRevisions, documentXml("revisionHistory", revisions));
 }
 
+// Past the file tree.
+void addPart(AddonUnderTest& addon, const std::u16string& name) {
+  addon.change([&](AddonPackage& package) {
+    package.logicalPackage().createPart(
+        opc::model::PartName(name), opc::model::ContentType(u"text/plain"),
+        opc::model::StandardPartInfo(opc::interfaces::CompressionType::Normal, 0));
+  });
+}
+
 void setThumbnail(AddonUnderTest& addon, const std::u16string& target) {
   addon.change([&](AddonPackage& package) {
     auto& model = package.logicalPackage();
@@ -119,6 +128,12 @@ constexpr FindingCase kCases[] = {
                      documentXml("applications",
                                  app("{6F0C1C1E-7D0E-4F0B-9A51-0B6F2D3C4E5F}", "apps/viewer.m")));
      }},
+    {411, "TakenPath",
+     [](AddonUnderTest& addon) {
+       addon.addFile(u"a@b.m", "% a file");
+       addPart(addon, u"/files/a%40b.m");
+     }},
+    {411, "ControlCharacter", [](AddonUnderTest& addon) { addPart(addon, u"/files/x%0Ay.m"); }},
 };
 
 }  // namespace
