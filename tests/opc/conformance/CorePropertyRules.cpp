@@ -66,6 +66,17 @@ TEST(RuleCP2, ThePartHasItsTypeAndItsRelationship) {
   EXPECT_TRUE(read.core);
 }
 
+TEST(RuleCP2, AnExternalPartIsNotWritten) {
+  const auto add = [] {
+    writtenPackage([](Package& package) {
+      const std::u16string type(kCoreRelation.begin(), kCoreRelation.end());
+      package.createExternalRelationship(type, opc::model::URI(u"http://host.example/"), u"");
+    });
+  };
+
+  EXPECT_EQ(refusalOf(add), "CP-2");
+}
+
 TEST(RuleCP9, DatesAreWrittenWithTheirType) {
   EXPECT_THAT(writtenCore(), HasSubstr("<dcterms:created xsi:type=\"dcterms:W3CDTF\">"));
 }

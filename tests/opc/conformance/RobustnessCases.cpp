@@ -27,6 +27,20 @@ void addManyWithEqualBeginnings(PackageSpec& p) {
   p.relationships = text;
 }
 
+// Elements of as many different names.
+std::string differentElements(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += "<n" + std::to_string(i) + "/>";
+  return text;
+}
+
+std::string equalElements(std::size_t count) {
+  std::string text;
+  text.reserve(count * 4);
+  for (std::size_t i = 0; i < count; ++i) text += "<y/>";
+  return text;
+}
+
 std::string attributesXml(int count) {
   std::string text;
   for (int i = 0; i < count; ++i) text += " xmlns:a" + std::to_string(i) + "=\"urn:a\"";
@@ -74,6 +88,8 @@ std::vector<Case> limitCases() {
          p.typesItem.deflate = true;
          p.wholeTypes = typesDocument(kUsualDefaults + std::string(64 * kMebibyte, ' '));
        }},
+      {"RB-1", "XmlOfTooManyElementsIsRefused", Refused, Error,
+       [](PackageSpec& p) { p.types = equalElements(std::size_t{1} << 22); }},
       {"RB-1", "OtherDataOfMoreIsRead", Accepted, Warning,
        [](PackageSpec& p) { p.add("c.m", std::string(65 * kMebibyte, '\0')).deflate = true; },
        [](const ReadPackage& read) {
@@ -111,6 +127,8 @@ std::vector<Case> limitCases() {
          EXPECT_EQ(read.parts.size(), 20002u);
          EXPECT_EQ(read.targets.size(), 5001u);
        }},
+      {"RB-7", "XmlThatTheParserWouldSearchForLongIsRefused", Refused, Error,
+       [](PackageSpec& p) { p.types = differentElements(70000); }},
       {"RB-8", "RelationshipsInACircleAreRead", Accepted, Silent, addCircle,
        [](const ReadPackage& read) { EXPECT_EQ(read.targetsOfPart.at("rId1"), "/a.xml"); }},
       {"RB-8", "AFolder10000DeepIsRead", Accepted, Silent, addDeepFolder,

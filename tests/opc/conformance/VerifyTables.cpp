@@ -14,13 +14,13 @@ namespace {
 
 using addon::checks::Finding;
 using addon::checks::Report;
+using addon::checks::Scope;
 using addon::checks::Severity;
 
-Report verified(const std::string& bytes) {
+Report verified(const std::string& bytes, Scope scope = Scope::AnyPackage) {
   const TemporaryFolder folder;
   writeFile(folder / "p.kraddon", bytes);
-  return addon::checks::verifyPackage((folder / "p.kraddon").string(),
-                                      addon::checks::Scope::AnyPackage);
+  return addon::checks::verifyPackage((folder / "p.kraddon").string(), scope);
 }
 
 std::string shown(const Report& report) {
@@ -74,6 +74,28 @@ void registerTables() {
 }
 
 }  // namespace
+
+TEST(RuleRB15, AFileThatSomeSystemCannotHoldDrawsAWarning) {
+  const std::vector<std::string> names{"CON.m", "a%3Cb.m", "ab:c.m", "a%20/b.m",
+                                       std::string(254, 'n') + ".m"};
+  for (const std::string& name : names) {
+    PackageSpec spec;
+    spec.add("files/" + name);
+
+    const Report report = verified(spec.bytes(), Scope::Addon);
+
+    EXPECT_EQ(report.count(507), 1u) << name << shown(report);
+  }
+}
+
+TEST(RuleRB15, AFileThatAllSystemsCanHoldDrawsNone) {
+  PackageSpec spec;
+  spec.add("files/console.m");
+  spec.add("files/" + std::string(253, 'n') + ".m");
+
+  EXPECT_EQ(verified(spec.bytes(), Scope::Addon).count(507), 0u);
+}
+
 }  // namespace test::conformance
 
 int main(int count, char** arguments) {

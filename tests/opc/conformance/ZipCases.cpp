@@ -106,6 +106,11 @@ void addHint(PackageSpec& p) {
   p.last().local.extra = hint;
 }
 
+std::string endRecordOf(const PackageSpec& p) {
+  const std::string bytes = p.bytes();
+  return bytes.substr(bytes.size() - 22);
+}
+
 // The content types at the end, and a part in their place.
 void reverse(PackageSpec& p) {
   p.typesItem.name = "c.m";
@@ -246,6 +251,8 @@ std::vector<Case> containerCases() {
        [](const ReadPackage& read) { EXPECT_EQ(read.parts.size(), 66002u); }},
       {"ZP-9", "AMissingSizeIsRefused", Refused, Error,
        [](PackageSpec& p) { p.last().central.size = kAll; }},
+      {"ZP-9", "AMissingSizeInTheLocalHeaderIsRefused", RefusedOnUse, Error,
+       local([](HeaderOverrides& header) { header.size = header.packedSize = kAll; })},
       {"ZP-9", "AMissingOffsetIsRefused", Refused, Error,
        [](PackageSpec& p) { p.last().central.offset = kAll; }},
       {"ZP-9", "AMissingEndRecordIsRefused", Refused, Error,
@@ -290,6 +297,12 @@ std::vector<Case> containerCases() {
        [](PackageSpec& p) { p.zip.entries = 3; }},
       {"ZP-16", "DataBeyondTheFileAreRefused", Refused, Error,
        bothHeaders([](HeaderOverrides& header) { header.packedSize = 1u << 30; })},
+      {"ZP-16", "AnEntryThatIsNoneIsRefused", Refused, Error,
+       [](PackageSpec& p) { p.last().central.signature = 1; }},
+      {"ZP-16", "AnotherEndRecordInTheCommentIsRefused", Refused, Error,
+       [](PackageSpec& p) { p.zip.comment = endRecordOf(p); }},
+      {"ZP-16", "AnotherEndRecordBehindIsRefused", Refused, Error,
+       [](PackageSpec& p) { p.zip.suffix = endRecordOf(p); }},
       {"ZP-16", "ALineBreakAtTheEndDrawsAWarning", Accepted, Warning,
        [](PackageSpec& p) { p.zip.suffix = "\n"; }},
       {"ZP-16", "AGapDrawsAWarning", Accepted, Warning,
