@@ -33,7 +33,8 @@ struct LargeBlockAllocator {
 
   LargeBlockAllocator() = default;
   template <typename U>
-  LargeBlockAllocator(const LargeBlockAllocator<U>&) noexcept {}  // NOLINT: converts by nature
+  // Allocators convert by nature. NOLINTNEXTLINE(google-explicit-constructor)
+  LargeBlockAllocator(const LargeBlockAllocator<U>&) noexcept {}
 
   T* allocate(std::size_t count) {
     if (count > SIZE_MAX / sizeof(T)) throw std::bad_array_new_length();
