@@ -27,6 +27,12 @@ struct OperandSpec {
   bool isRepeatable = false;  ///< the last one only
 };
 
+/// A line that one would type, and what it does in a few words.
+struct ExampleSpec {
+  std::string_view line;  ///< from "kraddon" on
+  std::string_view help;
+};
+
 /// A command. Parsing, help, completion and manual all come from this one description.
 struct CommandSpec {
   std::string_view name;
@@ -35,6 +41,7 @@ struct CommandSpec {
   std::span<const OperandSpec> operands;
   std::span<const OptionSpec> options;
   ExitCode (*run)(const Invocation& invocation);
+  std::span<const ExampleSpec> examples = {};
 };
 
 // The commands, each described where it is implemented.

@@ -11,6 +11,7 @@ import unittest
 import zipfile
 
 KRADDON = os.environ["KRADDON"]
+NOBODY = 65534
 
 
 class Result:
@@ -50,6 +51,17 @@ class CliTest(unittest.TestCase):
                if key not in ("SOURCE_DATE_EPOCH", "NO_COLOR")}
         env.update(extra or {})
         return env
+
+    def without_privilege(self):
+        """Words for run_kraddon() that make it run as a user whom file permissions bind."""
+        if os.geteuid() != 0:
+            return {}
+        # A build that measures coverage writes its counters wherever it may, as that user too.
+        counters = tempfile.TemporaryDirectory(prefix="kraddon-counters-")
+        self.addCleanup(counters.cleanup)
+        os.chmod(counters.name, 0o777)
+        return {"user": NOBODY, "group": NOBODY, "extra_groups": [],
+                "env": {"GCOV_PREFIX": counters.name}}
 
     def run_kraddon(self, *words, stdin=b"", env=None, stdout=subprocess.PIPE, prefix=(), **kw):
         done = subprocess.run([*prefix, KRADDON, *map(os.fsencode, words)], cwd=self.folder,

@@ -197,16 +197,10 @@ class General(kraddontest.CliTest):
         self.assertFalse(self.path("missing.kraddon").exists())
 
     def test_a_package_without_rights_is_told(self):
-        if os.geteuid() == 0:
-            self.package()
-            os.chmod(self.folder, 0o755)
-            self.path("p.kraddon").chmod(0)
-            done = self.run_kraddon("info", "p.kraddon", user=65534, group=65534,
-                                    extra_groups=[])
-        else:
-            self.package()
-            self.path("p.kraddon").chmod(0)
-            done = self.run_kraddon("info", "p.kraddon")
+        self.package()
+        os.chmod(self.folder, 0o755)
+        self.path("p.kraddon").chmod(0)
+        done = self.run_kraddon("info", "p.kraddon", **self.without_privilege())
         self.assertEqual(done.code, 1)
         self.assertIn("'p.kraddon': Permission denied", done.errors)
 

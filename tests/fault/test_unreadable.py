@@ -2,17 +2,15 @@
 """Files and folders that must not be read or written, for root as well: it becomes nobody."""
 
 import os
-import shutil
 import unittest
 
 import faulttest
 from faulttest import FaultTest
+from kraddontest import NOBODY
 
-NOBODY = 65534
 IS_ROOT = os.geteuid() == 0
 
 
-@unittest.skipIf(IS_ROOT and shutil.which("setpriv") is None, "root needs setpriv")
 class Unreadable(FaultTest):
 
     def setUp(self):
@@ -25,8 +23,7 @@ class Unreadable(FaultTest):
                     os.chown(os.path.join(place, name), NOBODY, NOBODY, follow_symlinks=False)
 
     def denied(self, *words, message):
-        prefix = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
-        return self.fails(*words, message=message, prefix=prefix if IS_ROOT else [])
+        return self.fails(*words, message=message, **self.without_privilege())
 
     def assert_untouched(self):
         for name in self.before:  # root, as which this may run, reads it all
