@@ -12,3 +12,19 @@ find_package(nlohmann_json REQUIRED)
 find_package(fmt REQUIRED)
 pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(libmd REQUIRED IMPORTED_TARGET libmd)
+pkg_check_modules(tomlplusplus REQUIRED tomlplusplus)  # headers alone
+
+# Linked statically, Xerces-C does without its network accessor: see opc/model/NoNetwork.cpp. A
+# shared library cannot have it so, since Debian's archive is not position independent.
+find_library(KRADDON_XERCES_ARCHIVE libxerces-c.a)
+mark_as_advanced(KRADDON_XERCES_ARCHIVE)
+add_library(kraddon_xerces INTERFACE)
+target_include_directories(kraddon_xerces SYSTEM INTERFACE ${XercesC_INCLUDE_DIRS})
+if(KRADDON_XERCES_ARCHIVE)
+  set(is_program $<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>)
+  target_link_libraries(kraddon_xerces INTERFACE
+    $<${is_program}:$<TARGET_OBJECTS:opc_no_network>>
+    $<IF:${is_program},${KRADDON_XERCES_ARCHIVE},XercesC::XercesC> ICU::uc)
+else()
+  target_link_libraries(kraddon_xerces INTERFACE XercesC::XercesC)
+endif()

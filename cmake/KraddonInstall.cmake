@@ -1,35 +1,102 @@
 # SPDX-License-Identifier: MIT
-# `cmake --install` makes a tree that works wherever it is put: the program finds its libraries
-# beside itself. CPack makes a .deb of it.
-include(GNUInstallDirs)
+# `cmake --install` makes a tree that works wherever it is put: programs and libraries find each
+# other from where they lie. CPack makes two Debian packages of it, for users and for developers.
 
-set(KRADDON_INSTALLED kraddon kraddon_packaging kxarray)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
+
+# ---- The program and the shared libraries.
+
 set_target_properties(kraddon PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
 set_target_properties(kraddon_packaging PROPERTIES INSTALL_RPATH "$ORIGIN")
-install(TARGETS ${KRADDON_INSTALLED}
-  RUNTIME DESTINATION bin
-  LIBRARY DESTINATION lib)
+install(TARGETS kraddon kraddon_packaging kxarray EXPORT kraddonTargets
+  RUNTIME DESTINATION bin COMPONENT runtime
+  LIBRARY DESTINATION lib COMPONENT runtime
+  INCLUDES DESTINATION include/kraddon)
 
-# What a host of its own needs: the arrays and the function table, both in C.
-install(FILES ${PROJECT_SOURCE_DIR}/hostarray/kxarray.h ${PROJECT_SOURCE_DIR}/hostarray/matrix.h
-  DESTINATION include/kraddon/hostarray)
-install(FILES ${PROJECT_SOURCE_DIR}/gateway/FunctionTable.h DESTINATION include/kraddon/gateway)
-configure_file(${PROJECT_SOURCE_DIR}/cmake/kraddon_packaging.pc.in
-  ${PROJECT_BINARY_DIR}/kraddon_packaging.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/kraddon_packaging.pc DESTINATION lib/pkgconfig)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md
-  DESTINATION share/doc/kraddon)
+# ---- Its pages, and what the shells load.
+
+install(DIRECTORY ${PROJECT_BINARY_DIR}/pages/ DESTINATION share/man/man1 COMPONENT runtime
+  FILES_MATCHING PATTERN "*.1")
+install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.bash RENAME kraddon
+  DESTINATION share/bash-completion/completions COMPONENT runtime)
+install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.zsh RENAME _kraddon
+  DESTINATION share/zsh/site-functions COMPONENT runtime)
+install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.fish
+  DESTINATION share/fish/vendor_completions.d COMPONENT runtime)
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION share/doc/kraddon COMPONENT runtime)
+install(DIRECTORY docs DESTINATION share/doc/kraddon COMPONENT runtime)
+
+# ---- For those who link the classes, or call the function table from a host of their own.
+
+# In the order in which a linker wants them.
+set(KRADDON_ARCHIVES
+  addon_packaging opc_plservices opc_zippackage opc_model fl_i18n opc_core)
+install(TARGETS ${KRADDON_ARCHIVES} opc_interfaces EXPORT kraddonTargets
+  ARCHIVE DESTINATION lib/kraddon COMPONENT development
+  INCLUDES DESTINATION include/kraddon)
+foreach(folder addon/packaging fl/i18n hostarray opc)
+  install(DIRECTORY ${folder}/ DESTINATION include/kraddon/${folder} COMPONENT development
+    FILES_MATCHING PATTERN "*.h")
+endforeach()
+install(FILES gateway/FunctionTable.h DESTINATION include/kraddon/gateway COMPONENT development)
+
+include(CMakePackageConfigHelpers)
+configure_package_config_file(cmake/kraddonConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/kraddonConfig.cmake INSTALL_DESTINATION lib/cmake/kraddon)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/kraddonConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/kraddonConfig.cmake
+  ${PROJECT_BINARY_DIR}/kraddonConfigVersion.cmake
+  DESTINATION lib/cmake/kraddon COMPONENT development)
+install(EXPORT kraddonTargets NAMESPACE kraddon:: DESTINATION lib/cmake/kraddon
+  COMPONENT development)
+
+list(TRANSFORM KRADDON_ARCHIVES PREPEND "-l" OUTPUT_VARIABLE KRADDON_ARCHIVE_WORDS)
+list(JOIN KRADDON_ARCHIVE_WORDS " " KRADDON_ARCHIVE_WORDS)
+foreach(name kraddon kraddon_packaging)
+  configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION lib/pkgconfig COMPONENT development)
+endforeach()
+
+# ---- Debian packages: kraddon and kraddon-dev.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kraddon)
 set(CPACK_PACKAGE_VENDOR "The kraddon maintainers")
 set(CPACK_PACKAGE_CONTACT "The kraddon maintainers <maintainers@kraddon.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Make, inspect and unpack Korvan add-on packages")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The two shared libraries lie in the package itself.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME kraddon)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# The shared libraries of the package itself.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+  "tool and library for Korvan add-on packages
+Creates, shows, checks, unpacks and changes Korvan add-on packages, which
+follow the Open Packaging Conventions, and any other such package as far as
+the conventions go. With it comes the library that a host loads.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME kraddon-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "kraddon (= ${PROJECT_VERSION}), libboost-dev, libdeflate-dev, libicu-dev, libxerces-c-dev, zlib1g-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+  "library for Korvan add-on packages - development files
+The classes that read and write Korvan add-on packages as static libraries,
+their headers, the interface to the host's arrays, a CMake package and files
+for pkg-config.")
+
+# What Debian wants otherwise than an installed tree has it.
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/FinishPackages.cmake)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/KraddonPackageConfig.cmake)
+file(CONFIGURE OUTPUT KraddonPackageConfig.cmake @ONLY CONTENT
+  "set(KRADDON_DEBIAN_FOLDER [[@PROJECT_SOURCE_DIR@/cmake/debian]])\n")
 include(CPack)

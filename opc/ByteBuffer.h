@@ -3,7 +3,10 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <span>
+
+#include "opc/LargeBlocks.h"
 
 namespace opc {
 
@@ -19,7 +22,8 @@ class ByteBuffer {
   void resizeForOverwrite(std::size_t size) {
     if (size > capacity_) {
       clear();  // the old block need not live beside the new one
-      bytes_ = std::make_unique_for_overwrite<unsigned char[]>(size);
+      bytes_ = Block(static_cast<unsigned char*>(::operator new(size, blockAlignment(size))),
+                     Free{size});
       capacity_ = size;
     }
     size_ = size;
@@ -32,7 +36,13 @@ class ByteBuffer {
   }
 
  private:
-  std::unique_ptr<unsigned char[]> bytes_;
+  struct Free {
+    std::size_t size;
+    void operator()(unsigned char* block) const noexcept { freeBlock(block, size); }
+  };
+  using Block = std::unique_ptr<unsigned char[], Free>;
+
+  Block bytes_;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
 };

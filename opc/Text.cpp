@@ -6,10 +6,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 
 #include "opc/Exception.h"
+#include "opc/Words.h"
 
 namespace opc {
 namespace {
@@ -36,11 +36,9 @@ std::int32_t nextCodePoint(std::string_view bytes, std::size_t& at) {
 // The first byte from `at` that is not ASCII, or the end. Most text is ASCII: eight at a time.
 std::size_t skipAscii(std::string_view bytes, std::size_t at) noexcept {
   constexpr std::uint64_t kHighBits = 0x8080808080808080u;
-  std::uint64_t word = 0;
-  while (bytes.size() - at >= sizeof word) {
-    std::memcpy(&word, bytes.data() + at, sizeof word);
-    if ((word & kHighBits) != 0) break;
-    at += sizeof word;
+  while (bytes.size() - at >= 8) {
+    if ((loadWord(bytes.data() + at) & kHighBits) != 0) break;
+    at += 8;
   }
   while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
   return at;

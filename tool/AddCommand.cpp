@@ -169,6 +169,13 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon add kit.kraddon wave.m --into lib", "stores wave.m as lib/wave.m"},
+    ExampleSpec{"kraddon add kit.kraddon docs --replace",
+                "stores a folder over what is there of it"},
+    ExampleSpec{"kraddon add kit.kraddon notes.txt --as README.txt",
+                "stores a file under another name"}};
+
 }  // namespace
 
 constexpr CommandSpec kAddCommand{
@@ -180,6 +187,7 @@ constexpr CommandSpec kAddCommand{
     "nothing is changed.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

@@ -5,12 +5,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <charconv>
 
+#include "opc/Suggest.h"
 #include "tool/CommandTable.h"
 #include "tool/Errors.h"
-#include "tool/Suggest.h"
+#include "tool/OptionTable.h"
 
 namespace tool {
 
@@ -19,12 +19,6 @@ namespace {
 // The parser gives a meaning of its own to values such as "[a]", "{}" and "++". One byte in front
 // makes them plain words; it is taken off again afterwards.
 constexpr char kMarker = '\x01';
-
-bool isNegativeNumber(std::string_view word) {
-  if (word.size() < 2 || word[0] != '-') return false;
-  const std::string_view digits = word.substr(word[1] == '.' ? 2 : 1);
-  return !digits.empty() && digits[0] >= '0' && digits[0] <= '9';
-}
 
 std::string withMarker(std::string_view word) {
   return kMarker + std::string(word);
@@ -39,10 +33,10 @@ std::string withoutMarker(const std::string& word) {
 /// The options of one command, or of what stands before it, in front of CLI11.
 class ArgumentParser {
  public:
-  explicit ArgumentParser(std::vector<OptionSpec> options) : options_(std::move(options)) {
+  explicit ArgumentParser(const OptionTable& table) : table_(table) {
     app_.set_help_flag();
     app_.allow_extras();
-    for (const OptionSpec& option : options_) add(option);
+    for (const OptionSpec& option : table_.options()) add(option);
   }
 
   void parse(std::vector<std::string> words) {
@@ -68,8 +62,8 @@ class ArgumentParser {
 
   /// What was given of every option, checked.
   void collect(Invocation::Values& values) const {
-    for (std::size_t i = 0; i < options_.size(); ++i) {
-      const OptionSpec& option = options_[i];
+    for (std::size_t i = 0; i < parsed_.size(); ++i) {
+      const OptionSpec& option = table_.options()[i];
       std::vector<std::string> given = results(*parsed_[i]);
       if (given.empty()) continue;
       const std::string shown = fmt::format("--{}", option.longName);
@@ -83,26 +77,18 @@ class ArgumentParser {
     }
   }
 
-  /// How many words stand before the first operand.
-  std::size_t countLeading(const std::vector<std::string>& words) const {
-    std::size_t count = 0;
-    while (count < words.size() && words[count].starts_with('-') && words[count] != "--") {
-      count += wantsValue(words[count]) ? 2 : 1;
-    }
-    return std::min(count, words.size());
-  }
-
  private:
   /// Puts the marker where CLI11 must not look.
   std::string guard(const std::string& word) const {
     if (!word.starts_with('-') || word == "-") return withMarker(word);
     if (word.starts_with("--")) {
       const std::size_t equals = word.find('=');
-      if (equals == std::string::npos || isFlag(word.substr(2, equals - 2))) return word;
+      if (equals == std::string::npos || isFlag(std::string_view(word).substr(2, equals - 2)))
+        return word;
       return word.substr(0, equals + 1) + withMarker(word.substr(equals + 1));
     }
-    if (isNegativeNumber(word) && find(word[1]) == nullptr) return withMarker(word);
-    const std::size_t value = attachedValue(word);
+    if (isNegativeNumber(word) && table_.find(word[1]) == nullptr) return withMarker(word);
+    const std::size_t value = table_.attachedValue(word);
     if (value >= word.size()) return word;
     return word.substr(0, value) + withMarker(word.substr(value));
   }
@@ -113,10 +99,10 @@ class ArgumentParser {
       throw UsageError(sentence("unknown option", name, "no option has that letter"));
     }
     std::vector<std::string> known;
-    for (const OptionSpec& option : options_) known.push_back(nameOf(option));
+    for (const OptionSpec& option : table_.options()) known.push_back(nameOf(option));
     const std::vector<std::string_view> names(known.begin(), known.end());
     throw UsageError(
-        sentence("unknown option", name, suggestion(name, names, "no option has that name")));
+        sentence("unknown option", name, opc::suggestion(name, names, "no option has that name")));
   }
 
   static std::string nameOf(const OptionSpec& option) {
@@ -135,45 +121,15 @@ class ArgumentParser {
         CLI::MultiOptionPolicy::TakeAll);
   }
 
-  const OptionSpec* find(char shortName) const {
-    for (const OptionSpec& option : options_) {
-      if (option.shortName == shortName) return &option;
-    }
-    return nullptr;
-  }
-
-  const OptionSpec* find(std::string_view longName) const {
-    for (const OptionSpec& option : options_) {
-      if (option.longName == longName) return &option;
-    }
-    return nullptr;
-  }
-
   bool isFlag(std::string_view longName) const {
-    const OptionSpec* option = find(longName);
+    const OptionSpec* option = table_.find(longName);
     return option == nullptr || option->valueName.empty();
-  }
-
-  /// Where in "-abVALUE" the value begins; the word's size when it has none in it.
-  std::size_t attachedValue(const std::string& word) const {
-    for (std::size_t i = 1; i < word.size(); ++i) {
-      const OptionSpec* option = find(word[i]);
-      if (option == nullptr) return word.size();
-      if (!option->valueName.empty()) return i + 1;
-    }
-    return word.size();
-  }
-
-  bool wantsValue(const std::string& word) const {
-    if (word.starts_with("--")) return !isFlag(word.substr(2));
-    if (word.size() < 2 || word[0] != '-') return false;
-    const OptionSpec* last = find(word.back());
-    return last != nullptr && !last->valueName.empty() && attachedValue(word) == word.size();
   }
 
   void checkLastValue(const std::vector<std::string>& words) const {
     bool isValue = false;
-    for (const std::string& word : words) isValue = !isValue && wantsValue(word);
+    for (const std::string& word : words)
+      isValue = !isValue && table_.wantingValue(word) != nullptr;
     if (isValue) throw UsageError(sentence("bad option", words.back(), "its value is missing"));
   }
 
@@ -183,27 +139,19 @@ class ArgumentParser {
     return values;
   }
 
-  std::vector<OptionSpec> options_;
+  const OptionTable& table_;
   CLI::App app_;
-  // One for each of options_. CLI11 cannot look one up by name without memory to spare.
+  // One for each of the options. CLI11 cannot look one up by name without memory to spare.
   std::vector<CLI::Option*> parsed_;
 };
 
 namespace {
 
-std::vector<OptionSpec> join(std::span<const OptionSpec> a, std::span<const OptionSpec> b) {
-  std::vector<OptionSpec> all(a.begin(), a.end());
-  all.insert(all.end(), b.begin(), b.end());
-  return all;
-}
-
 ColorMode toColorMode(std::string_view word) {
-  static constexpr std::array<std::string_view, 3> kModes{"auto", "always", "never"};
-  const auto found = std::find(kModes.begin(), kModes.end(), word);
-  if (found == kModes.end()) {
-    throw UsageError(sentence("bad value of --color", word, "expected auto, always or never"));
-  }
-  return static_cast<ColorMode>(found - kModes.begin());
+  const std::vector<std::string> modes = colorModes();
+  const auto found = std::find(modes.begin(), modes.end(), word);
+  if (found == modes.end()) refuseValue("--color", word, modes);
+  return static_cast<ColorMode>(found - modes.begin());
 }
 
 void takeSettings(const Invocation::Values& values, Settings& settings) {
@@ -217,7 +165,7 @@ void checkOperands(const CommandSpec& command, const std::vector<std::string>& o
   std::size_t required = 0;
   for (const OperandSpec& operand : command.operands) {
     if (operand.isRequired && ++required > operands.size()) {
-      throw UsageError(fmt::format("{} is missing: {}", operand.name, operand.help));
+      throw UsageError(sentence("missing operand", operand.name, operand.help));
     }
   }
   const bool isOpenEnded = !command.operands.empty() && command.operands.back().isRepeatable;
@@ -237,6 +185,20 @@ void checkRequired(const CommandSpec& command, const Invocation& invocation) {
 }
 
 }  // namespace
+
+std::vector<std::string> colorModes() {
+  return {"auto", "always", "never"};
+}
+
+void refuseValue(std::string_view option, std::string_view word,
+                 const std::vector<std::string>& choices) {
+  const std::vector<std::string_view> names(choices.begin(), choices.end());
+  const std::span<const std::string_view> all(names);
+  const std::string expected =
+      fmt::format("expected {} or {}", fmt::join(all.first(all.size() - 1), ", "), all.back());
+  throw UsageError(sentence(fmt::format("bad value of {}", option), word,
+                            opc::suggestion(word, names, expected)));
+}
 
 std::optional<std::int64_t> toInteger(std::string_view text) {
   std::int64_t number = 0;
@@ -281,8 +243,9 @@ void Invocation::refuseTogether(std::string_view option, std::string_view other)
 }
 
 LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {
-  ArgumentParser parser(join(leadingOptions(), commonOptions()));
-  const auto first = words.begin() + static_cast<std::ptrdiff_t>(parser.countLeading(words));
+  const OptionTable table = leadingTable();
+  ArgumentParser parser(table);
+  const auto first = words.begin() + static_cast<std::ptrdiff_t>(table.countLeading(words));
   parser.parse(std::vector<std::string>(words.begin(), first));
   parser.operands();  // there are none, but perhaps unknown options
 
@@ -302,7 +265,8 @@ LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {
 
 Invocation parseArguments(const CommandSpec& command, Settings settings,
                           const std::vector<std::string>& words, bool& wantsHelp) {
-  ArgumentParser parser(join(command.options, commonOptions()));
+  const OptionTable table = tableOf(command);
+  ArgumentParser parser(table);
   const auto end = std::find(words.begin(), words.end(), "--");
   parser.parse(std::vector<std::string>(words.begin(), end));
 

@@ -17,6 +17,9 @@ namespace tool {
 
 enum class ColorMode { Auto, Always, Never };
 
+/// Their names, in that order.
+std::vector<std::string> colorModes();
+
 /// What every command is told alike.
 struct Settings {
   bool isQuiet = false;
@@ -60,6 +63,10 @@ class Invocation {
   Values values_;
   std::vector<std::string> operands_;
 };
+
+/// Throws UsageError for a word that is none of the two or more `choices`, with the nearest one.
+[[noreturn]] void refuseValue(std::string_view option, std::string_view word,
+                              const std::vector<std::string>& choices);
 
 /// A whole number and nothing else, or nothing.
 std::optional<std::int64_t> toInteger(std::string_view text);

@@ -24,7 +24,7 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"GATEWAY", "one of the names above"},
+    OperandSpec{"GATEWAY", "one of the names above", true, false, gatewayNames},
     OperandSpec{"ARG", "a JSON value, @FILE with one in it, or plain text", false, true}};
 
 constexpr std::array kOptions{
@@ -134,11 +134,20 @@ ExitCode run(const Invocation& invocation) {
   }
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon call addonGetFileList kit.kraddon",
+                "prints the file list as the host gets it"},
+    ExampleSpec{"kraddon call addonSetLicense kit.kraddon @license.json",
+                "stores the struct in license.json"},
+    ExampleSpec{"kraddon call addonAddFiles kit.kraddon '[\"wave.m\"]' '[\"lib/wave.m\"]'",
+                "adds a file under a path"}};
+
 }  // namespace
 
 constexpr CommandSpec kCallCommand{
     "call",       "calls one gateway of the shared library, as the host does",
     kDescription, kOperands,
-    kOptions,     run};
+    kOptions,     run,
+    kExamples};
 
 }  // namespace tool

@@ -2,13 +2,21 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/ExitCode.h"
 
 namespace tool {
 
 class Invocation;
+
+/// Gives the words that a value may be, or that one would begin it with.
+using Choices = std::vector<std::string> (*)();
+
+// What values are called says what they are, to completion too: PACKAGE, FILE, FOLDER and DIR are
+// on the disk, PATH is in the package that the line names.
 
 /// An option: what parses it, what describes it. "" and 0 stand for no such name.
 struct OptionSpec {
@@ -18,6 +26,7 @@ struct OptionSpec {
   std::string_view help;       ///< one line
   bool isRepeatable = false;   ///< may be given several times
   bool isRequired = false;
+  Choices choices = nullptr;  ///< null when it may be anything
 };
 
 struct OperandSpec {
@@ -25,6 +34,7 @@ struct OperandSpec {
   std::string_view help;  ///< one line
   bool isRequired = true;
   bool isRepeatable = false;  ///< the last one only
+  Choices choices = nullptr;  ///< null when it may be anything
 };
 
 /// A line that one would type, and what it does in a few words.
@@ -42,27 +52,38 @@ struct CommandSpec {
   std::span<const OptionSpec> options;
   ExitCode (*run)(const Invocation& invocation);
   std::span<const ExampleSpec> examples = {};
+  ExitCode failureCode = ExitCode::Failed;  ///< of whatever goes wrong but wrong usage
 };
 
 // The commands, each described where it is implemented.
 extern const CommandSpec kAddCommand;
+extern const CommandSpec kBuildCommand;
 extern const CommandSpec kCallCommand;
+extern const CommandSpec kCompletionCommand;
 extern const CommandSpec kCreateCommand;
+extern const CommandSpec kDiffCommand;
 extern const CommandSpec kExtractCommand;
 extern const CommandSpec kGetCommand;
 extern const CommandSpec kHelpCommand;
 extern const CommandSpec kInfoCommand;
+extern const CommandSpec kInitCommand;
 extern const CommandSpec kListCommand;
 extern const CommandSpec kMkdirCommand;
+extern const CommandSpec kPreviewCommand;
 extern const CommandSpec kRemoveCommand;
+extern const CommandSpec kSchemaCommand;
 extern const CommandSpec kScreenshotCommand;
 extern const CommandSpec kSetCommand;
 extern const CommandSpec kUnsetCommand;
 extern const CommandSpec kVerifyCommand;
 
+/// The names of the metadata documents.
+std::vector<std::string> documentNames();
+
 // Operands and options that several commands share, said once.
 inline constexpr OperandSpec kDocumentOperand{
-    "DOCUMENT", "properties, license, configuration, apps, examples, revisions or requirements"};
+    "DOCUMENT", "properties, license, configuration, apps, examples, revisions or requirements",
+    true, false, documentNames};
 inline constexpr OptionSpec kDefaultExcludesOption{
     "default-excludes", 0, "", "leave out files of version control and editors"};
 inline constexpr OptionSpec kDryRunOption{"dry-run", 0, "",

@@ -3,17 +3,25 @@
 
 #include <array>
 
+#include "opc/Suggest.h"
+#include "tool/Arguments.h"
 #include "tool/Errors.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
 std::span<const CommandSpec* const> commands() {
   static constexpr std::array kCommands{
-      &kCreateCommand,     &kInfoCommand,   &kListCommand, &kExtractCommand, &kAddCommand,
-      &kRemoveCommand,     &kMkdirCommand,  &kGetCommand,  &kSetCommand,     &kUnsetCommand,
-      &kScreenshotCommand, &kVerifyCommand, &kCallCommand, &kHelpCommand};
+      &kCreateCommand,  &kBuildCommand, &kInitCommand,       &kInfoCommand,       &kListCommand,
+      &kExtractCommand, &kAddCommand,   &kRemoveCommand,     &kMkdirCommand,      &kGetCommand,
+      &kSetCommand,     &kUnsetCommand, &kScreenshotCommand, &kVerifyCommand,     &kDiffCommand,
+      &kPreviewCommand, &kCallCommand,  &kSchemaCommand,     &kCompletionCommand, &kHelpCommand};
   return kCommands;
+}
+
+std::vector<std::string> commandNames() {
+  std::vector<std::string> names;
+  for (const CommandSpec* command : commands()) names.emplace_back(command->name);
+  return names;
 }
 
 const CommandSpec& findCommand(std::string_view name) {
@@ -23,14 +31,15 @@ const CommandSpec& findCommand(std::string_view name) {
     names.push_back(command->name);
   }
   throw UsageError(sentence("unknown command", name,
-                            suggestion(name, names, "'kraddon help' lists the commands")));
+                            opc::suggestion(name, names, "'kraddon help' lists the commands")));
 }
 
 std::span<const OptionSpec> commonOptions() {
   static constexpr std::array kOptions{
       OptionSpec{"quiet", 'q', "", "no progress, no warnings"},
       OptionSpec{"verbose", 'v', "", "say more on standard error"},
-      OptionSpec{"color", 0, "WHEN", "colours on a terminal: auto, always or never"},
+      OptionSpec{"color", 0, "WHEN", "colours on a terminal: auto, always or never", false, false,
+                 colorModes},
       OptionSpec{"help", 'h', "", "show this help"},
   };
   return kOptions;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,9 @@ namespace tool {
 
 /// All commands, in the order in which help lists them.
 std::span<const CommandSpec* const> commands();
+
+/// Their names, in that order.
+std::vector<std::string> commandNames();
 
 /// The command of that name. Throws UsageError, with the nearest name, when there is none.
 const CommandSpec& findCommand(std::string_view name);

@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
 
 #include "addon/packaging/AddonProperties.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
 #include "tool/Guid.h"
-#include "tool/Interrupt.h"
+#include "tool/NewPackage.h"
 #include "tool/PackageAccess.h"
-#include "tool/PackageLock.h"
-#include "tool/Progress.h"
 #include "tool/SourceFiles.h"
 
 namespace tool {
@@ -67,56 +61,27 @@ AddonProperties propertiesOf(const Invocation& invocation, bool hasFixedTime) {
   return properties;
 }
 
-void checkTarget(const std::string& path, bool isForced) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) return;
-  if (S_ISDIR(info.st_mode)) {
-    throw Failure(sentence("cannot create", path, "there is a folder of that name"));
-  }
-  if (!S_ISREG(info.st_mode)) {
-    throw Failure(sentence("cannot create", path, "there is something that is no file"));
-  }
-  if (!isForced) {
-    throw Failure(sentence("cannot create", path, "it exists already"), "--force replaces it");
-  }
-  if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
-    throw systemFailure("cannot replace", path, errno);
-  }
-}
-
-void setTimes(AddonPackage& package, std::int64_t seconds) {
-  auto properties = package.coreProperties().getCoreProperties();
-  properties.setCreatedTime(toTime(seconds));
-  properties.setLastModifiedTime(toTime(seconds));
-  package.coreProperties().setCoreProperties(properties);
-}
-
 ExitCode run(const Invocation& invocation) {
   const auto& operands = invocation.operands();
   if (invocation.valueOr("name", "").empty()) {
     throw UsageError(sentence("bad value of --name", "", "an add-on needs a name"));
   }
-  const bool isForced = invocation.has("force");
   auto options = writeOptionsOf(invocation);
   AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());
-  std::u16string path = toUtf16("cannot create", operands[0]);
 
-  Interrupt::defer();
-  const PackageLock lock(operands[0]);
-  checkTarget(operands[0], isForced);
+  NewPackage target(operands[0], invocation.has("force"));
   std::vector<SourceFile> files;
   if (operands.size() > 1) SourceFinder(invocation).collect(operands[1], "", files);
-  AddonPackage package(path, properties);
-  package.physicalPackage().setReplaceExisting(isForced);
-  if (options.timestamp) setTimes(package, *options.timestamp);
-  storeFiles(files, false, package);
-
-  ProgressBar bar(invocation.settings());
-  options.progress = bar.function();
-  package.physicalPackage().setWriteOptions(std::move(options));
-  commit(package);
+  storeFiles(files, false, target.open(properties, options.timestamp));
+  target.commit(std::move(options), invocation.settings());
   return ExitCode::Done;
 }
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon create kit.kraddon src --name 'Signal Kit'", "packs what is in src"},
+    ExampleSpec{"kraddon create kit.kraddon src --name Kit --exclude '*.bak' --timestamp 0",
+                "leaves out backups; gives the same bytes each time"},
+    ExampleSpec{"kraddon create empty.kraddon --name Empty", "makes a package without files"}};
 
 }  // namespace
 
@@ -128,6 +93,7 @@ constexpr CommandSpec kCreateCommand{
     "without SOURCE_DATE_EPOCH in the environment, files keep their own times.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

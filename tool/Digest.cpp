@@ -17,11 +17,6 @@ using addon::packaging::AddonPackage;
 /// A path and the hash of what it holds.
 using Line = std::pair<std::string, std::string>;
 
-std::string hashOfPart(AddonPackage& package, const std::string& partName) {
-  const opc::model::PartName name(opc::fromUtf8(partName));
-  return sha256Of(*package.logicalPackage().getPart(name)->getInputStream());
-}
-
 void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
   for (const PresentDocument& document : presentDocuments(package)) {
     lines.emplace_back(document.partName, hashOfPart(package, document.partName));
@@ -39,19 +34,27 @@ void addFiles(AddonPackage& package, const std::vector<Item>& items,
               const opc::interfaces::ProgressFunction& progress, std::vector<Line>& lines) {
   const Totals totals = totalsOf(items);
   opc::interfaces::Progress state{0, items.size(), 0, totals.bytes};
-  for (const Item& item : items) {
+  const auto advance = [&](std::size_t bytes) {
+    state.bytesDone += bytes;
     if (progress) progress(state);
+  };
+  for (const Item& item : items) {
     if (item.isFolder()) {
       lines.emplace_back(item.path + "/", sha256Of(""));
     } else {
-      lines.emplace_back(item.path, sha256Of(*openItem(package, item)));
+      lines.emplace_back(item.path, sha256Of(*openItem(package, item), advance));
     }
     ++state.itemsDone;
-    state.bytesDone += item.info.size;
+    advance(0);
   }
 }
 
 }  // namespace
+
+std::string hashOfPart(AddonPackage& package, const std::string& partName) {
+  const opc::model::PartName name(opc::fromUtf8(partName));
+  return sha256Of(*package.logicalPackage().getPart(name)->getInputStream());
+}
 
 std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
                           const opc::interfaces::ProgressFunction& progress) {

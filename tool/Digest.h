@@ -15,4 +15,7 @@ namespace tool {
 std::string contentDigest(addon::packaging::AddonPackage& package, const std::vector<Item>& items,
                           const opc::interfaces::ProgressFunction& progress);
 
+/// The SHA-256 of what the part of that name holds ("/metadata/license.xml").
+std::string hashOfPart(addon::packaging::AddonPackage& package, const std::string& partName);
+
 }  // namespace tool

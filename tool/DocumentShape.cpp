@@ -7,8 +7,8 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "opc/Suggest.h"
 #include "opc/Text.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
@@ -103,7 +103,7 @@ void checkRecord(const RecordShape& shape, const JsonValue& value, const Place& 
     const FieldShape* field = findField(shape, name);
     const Place member = place.member(name);
     if (field == nullptr) {
-      const std::string near(suggestion(name, namesOf(shape), "there is none of that name"));
+      const std::string near(opc::suggestion(name, namesOf(shape), "there is none of that name"));
       member.refuse(fmt::format("unknown field, {}", near));
     }
     checkField(*field, content, member);

@@ -29,6 +29,8 @@ struct FieldShape {
 /// The fields of a host struct, in their order.
 struct RecordShape {
   std::span<const FieldShape> fields;
+  /// The text fields that tell a record of a list from the others, the best one first.
+  std::span<const std::string_view> keys = {};
 };
 
 /// What a metadata document looks like as JSON and as a host struct: one record or, for a list, any

@@ -12,10 +12,10 @@
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
 #include "hostarray/standin/testing.h"
+#include "opc/Suggest.h"
 #include "opc/Text.h"
 #include "opc/plservices/SchemaRoot.h"
 #include "tool/Errors.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
@@ -46,20 +46,25 @@ constexpr std::array kConfigurationFields{
 
 constexpr std::array kAppFields{FieldShape{"name"}, FieldShape{"guid"}, FieldShape{"relativePath"},
                                 FieldShape{"installByDefault", FieldKind::Flag}};
+constexpr std::array<std::string_view, 3> kAppKeys{"guid", "relativePath", "name"};
 
 constexpr std::array kExampleFields{
     FieldShape{"name"}, FieldShape{"type"},      FieldShape{"source"},
     FieldShape{"main"}, FieldShape{"thumbnail"}, FieldShape{"images", FieldKind::Texts, kOptional}};
-constexpr RecordShape kExample{kExampleFields};
+constexpr std::array<std::string_view, 2> kExampleKeys{"main", "name"};
+constexpr RecordShape kExample{kExampleFields, kExampleKeys};
 constexpr std::array kCategoryFields{
     FieldShape{"name"}, FieldShape{"examples", FieldKind::Records, kOptional, &kExample}};
+constexpr std::array<std::string_view, 1> kCategoryKeys{"name"};
 
 constexpr std::array kRevisionFields{FieldShape{"date"}, FieldShape{"version"},
                                      FieldShape{"description"}};
+constexpr std::array<std::string_view, 2> kRevisionKeys{"version", "date"};
 
 constexpr std::array kProductFields{FieldShape{"name"}, FieldShape{"version"},
                                     FieldShape{"identifier"}};
-constexpr RecordShape kProduct{kProductFields};
+constexpr std::array<std::string_view, 2> kProductKeys{"identifier", "name"};
+constexpr RecordShape kProduct{kProductFields, kProductKeys};
 constexpr std::array kRequirementFields{
     FieldShape{"productDependency", FieldKind::Records, kOptional, &kProduct},
     FieldShape{"supportPackageDependency", FieldKind::Records, kOptional, &kProduct}};
@@ -99,8 +104,9 @@ bool remove(AddonPackage& package) {
 
 template <typename Document>
 constexpr DocumentKind describe(std::string_view name, bool isList,
-                                std::span<const FieldShape> fields) {
-  return {{name, isList, {fields}},
+                                std::span<const FieldShape> fields,
+                                std::span<const std::string_view> keys = {}) {
+  return {{name, isList, {fields, keys}},
           relationshipType<Document>,
           load<Document>,
           store<Document>,
@@ -111,9 +117,9 @@ constexpr std::array kDocuments{
     describe<AddonProperties>("properties", false, kPropertyFields),
     describe<AddonLicense>("license", false, kLicenseFields),
     describe<AddonConfiguration>("configuration", false, kConfigurationFields),
-    describe<AddonAppInstallList>("apps", true, kAppFields),
-    describe<AddonExamples>("examples", true, kCategoryFields),
-    describe<AddonRevisionHistory>("revisions", true, kRevisionFields),
+    describe<AddonAppInstallList>("apps", true, kAppFields, kAppKeys),
+    describe<AddonExamples>("examples", true, kCategoryFields, kCategoryKeys),
+    describe<AddonRevisionHistory>("revisions", true, kRevisionFields, kRevisionKeys),
     describe<AddonSystemRequirements>("requirements", false, kRequirementFields),
 };
 
@@ -139,6 +145,12 @@ std::span<const DocumentKind> documentKinds() {
   return kDocuments;
 }
 
+std::vector<std::string> documentNames() {
+  std::vector<std::string> names;
+  for (const DocumentKind& kind : kDocuments) names.emplace_back(kind.shape.name);
+  return names;
+}
+
 const DocumentKind& findDocument(std::string_view name) {
   std::vector<std::string_view> names;
   for (const DocumentKind& kind : kDocuments) {
@@ -146,7 +158,7 @@ const DocumentKind& findDocument(std::string_view name) {
     names.push_back(kind.shape.name);
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown document", name, suggestion(name, names, all)));
+  throw UsageError(sentence("unknown document", name, opc::suggestion(name, names, all)));
 }
 
 bool isPresent(const DocumentKind& kind, AddonPackage& package) {

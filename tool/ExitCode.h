@@ -3,7 +3,8 @@
 
 namespace tool {
 
-/// What the program says to whoever started it.
-enum class ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
+/// What the program says to whoever started it. A command that compares answers with the code, and
+/// then every failure is trouble.
+enum class ExitCode { Done = 0, Failed = 1, Different = Failed, WrongUsage = 2, Trouble = 2 };
 
 }  // namespace tool

@@ -104,8 +104,8 @@ std::vector<Item> checkExisting(std::vector<Item> items, const std::string& dest
 
 void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
   if (items.size() != 1 || items[0].isFolder()) {
-    throw Failure(fmt::format("cannot write {} entries to standard output: --stdout takes one file",
-                              items.size()));
+    const std::string chosen = items.empty() ? "/" : items[items.size() - 1].path;
+    throw Failure(sentence("cannot write", chosen, "--stdout takes one file and nothing else"));
   }
   const auto stream = openItem(package, items[0]);
   std::vector<unsigned char> buffer(std::size_t{256} << 10);
@@ -148,10 +148,11 @@ ExitCode run(const Invocation& invocation) {
   std::vector<Item> items =
       choose(readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
   if (!invocation.settings().isQuiet) {
-    for (const std::string& line : package->fileSystem().unreadable()) {
-      printWarning("extract", line);
+    for (const auto& file : package->fileSystem().unreadable()) {
+      printWarning("extract", file.line);
     }
   }
+  warnOfForeign(*package, operands[0], invocation);
   if (isToOutput) {
     checkSize(items, invocation);
     writeToOutput(*package, items);
@@ -167,6 +168,12 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon extract kit.kraddon", "writes everything into the folder kit"},
+    ExampleSpec{"kraddon extract kit.kraddon docs -d out --skip-existing",
+                "writes what lies below docs into out"},
+    ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"}};
+
 }  // namespace
 
 constexpr CommandSpec kExtractCommand{
@@ -176,6 +183,7 @@ constexpr CommandSpec kExtractCommand{
     "is an error before anything is written.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

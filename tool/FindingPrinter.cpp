@@ -2,7 +2,7 @@
 #include "tool/FindingPrinter.h"
 
 #include "addon/checks/Catalogue.h"
-#include "tool/Errors.h"
+#include "tool/Arguments.h"
 #include "tool/JsonWriter.h"
 
 namespace tool {
@@ -33,7 +33,10 @@ class JsonPrinter final : public FindingPrinter {
     json_.member("ignored", std::uint64_t{verdict.ignored});
     json_.key("findings");
     json_.beginArray();
-    for (const Finding& finding : verdict.findings) write(finding);
+    for (const Finding& finding : verdict.findings) {
+      writeFinding(finding, json_);
+      flush();
+    }
     json_.endArray();
     json_.endObject();
     flush();
@@ -47,31 +50,6 @@ class JsonPrinter final : public FindingPrinter {
   }
 
  private:
-  void write(const Finding& finding) {
-    const FindingInfo* info = addon::checks::findInfo(finding.number);
-    json_.beginObject();
-    json_.member("id", std::string_view(addon::checks::idOf(finding.number)));
-    writeText("rule", finding.rule);
-    json_.member("severity", severityOf(finding));
-    json_.member("group", addon::checks::nameOf(addon::checks::groupOf(finding.number)));
-    writeText("part", finding.part);
-    json_.key("line");
-    if (finding.line == 0) {
-      json_.null();
-    } else {
-      json_.value(std::uint64_t{finding.line});
-    }
-    writeText("message", finding.message);
-    writeText("hint", info == nullptr ? std::string_view() : info->remedy);
-    json_.endObject();
-    flush();
-  }
-
-  void writeText(std::string_view key, std::string_view text) {
-    json_.key(key);
-    json_.textOrNull(text);
-  }
-
   void flush() {
     output_.write(text_);
     text_.clear();
@@ -90,8 +68,35 @@ std::string_view severityOf(const Finding& finding) {
   return info != nullptr && info->severity == Severity::Warning ? "warning" : "error";
 }
 
+void writeFinding(const Finding& finding, JsonWriter& json) {
+  const FindingInfo* info = addon::checks::findInfo(finding.number);
+  const auto writeText = [&](std::string_view key, std::string_view text) {
+    json.key(key);
+    json.textOrNull(text);
+  };
+  json.beginObject();
+  json.member("id", std::string_view(addon::checks::idOf(finding.number)));
+  writeText("rule", finding.rule);
+  json.member("severity", severityOf(finding));
+  json.member("group", addon::checks::nameOf(addon::checks::groupOf(finding.number)));
+  writeText("part", finding.part);
+  json.key("line");
+  if (finding.line == 0) {
+    json.null();
+  } else {
+    json.value(std::uint64_t{finding.line});
+  }
+  writeText("message", finding.message);
+  writeText("hint", info == nullptr ? std::string_view() : info->remedy);
+  json.endObject();
+}
+
 std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output) {
   return std::make_unique<JsonPrinter>(isStrict, output);
+}
+
+std::vector<std::string> findingFormats() {
+  return {"text", "github", "sarif"};
 }
 
 std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict,
@@ -100,7 +105,7 @@ std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStri
   if (format == "github") return makeGithubPrinter(output);
   if (format == "sarif") return makeSarifPrinter(output);
   if (format == "json") return makeJsonPrinter(isStrict, output);
-  throw UsageError(sentence("bad value of --format", format, "expected text, github or sarif"));
+  refuseValue("--format", format, findingFormats());
 }
 
 }  // namespace tool

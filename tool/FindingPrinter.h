@@ -2,8 +2,10 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 
+#include "tool/JsonWriter.h"
 #include "tool/Output.h"
 #include "tool/PackageVerdict.h"
 
@@ -18,12 +20,20 @@ class FindingPrinter {
   virtual void end() {}
 };
 
+/// What --format knows.
+std::vector<std::string> findingFormats();
+
 /// "text", "github" or "sarif" as --format knows them, or "json". Throws UsageError for any other
 /// name. `output` must outlive the printer.
 std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
 
 /// The name of a finding's severity: "error" or "warning".
 std::string_view severityOf(const addon::checks::Finding& finding);
+
+/// The lines of --format text.
+std::string describeFindings(const PackageVerdict& verdict);
+/// A finding as an object.
+void writeFinding(const addon::checks::Finding& finding, JsonWriter& json);
 
 // The printers, one each.
 std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);

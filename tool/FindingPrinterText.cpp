@@ -25,26 +25,19 @@ std::string unlistedText(std::size_t count) {
   return fmt::format("{} more of these are not shown", count);
 }
 
-/// A line a finding, whatever the names hold.
+/// One line, whatever the names hold.
+std::string lineOf(const PackageVerdict& verdict, const Finding& finding, const std::string& text) {
+  return fmt::format("{}: {} {}: {}\n", opc::printable(verdict.file), severityOf(finding),
+                     idOf(finding.number), opc::printable(text));
+}
+
 class TextPrinter final : public FindingPrinter {
  public:
   explicit TextPrinter(Output& output) : output_(output) {}
 
-  void print(const PackageVerdict& verdict) override {
-    for (const Finding& finding : verdict.findings) {
-      printLine(verdict, finding, withPlace(finding));
-    }
-    for (const auto& [number, count] : verdict.unlisted) {
-      printLine(verdict, {number, "", "", "", 0}, unlistedText(count));
-    }
-  }
+  void print(const PackageVerdict& verdict) override { output_.write(describeFindings(verdict)); }
 
  private:
-  void printLine(const PackageVerdict& verdict, const Finding& finding, const std::string& text) {
-    output_.write(fmt::format("{}: {} {}: {}\n", opc::printable(verdict.file), severityOf(finding),
-                              idOf(finding.number), opc::printable(text)));
-  }
-
   Output& output_;
 };
 
@@ -99,6 +92,17 @@ class GithubPrinter final : public FindingPrinter {
 };
 
 }  // namespace
+
+std::string describeFindings(const PackageVerdict& verdict) {
+  std::string lines;
+  for (const Finding& finding : verdict.findings) {
+    lines += lineOf(verdict, finding, withPlace(finding));
+  }
+  for (const auto& [number, count] : verdict.unlisted) {
+    lines += lineOf(verdict, {number, "", "", "", 0}, unlistedText(count));
+  }
+  return lines;
+}
 
 std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output) {
   return std::make_unique<TextPrinter>(output);

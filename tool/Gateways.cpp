@@ -10,8 +10,8 @@
 #include <cerrno>
 #include <vector>
 
+#include "opc/Suggest.h"
 #include "tool/Errors.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
@@ -56,12 +56,21 @@ std::string asPath(const std::string& file) {
   return file.find('/') == std::string::npos ? "./" + file : file;
 }
 
-std::string lastError() {
-  const char* text = ::dlerror();
-  return text == nullptr ? "the loader does not say why" : text;
+/// The loader's own words, without the name in front that the message has already.
+std::string lastError(const std::string& path) {
+  const char* error = ::dlerror();
+  const std::string text = error == nullptr ? "the loader does not say why" : error;
+  const std::string prefix = path + ": ";
+  return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
 }  // namespace
+
+std::vector<std::string> gatewayNames() {
+  std::vector<std::string> names;
+  for (const Gateway& gateway : kGateways) names.emplace_back(gateway.name);
+  return names;
+}
 
 std::size_t gatewaySlot(std::string_view name) {
   std::vector<std::string_view> names;
@@ -69,8 +78,9 @@ std::size_t gatewaySlot(std::string_view name) {
     if (kGateways[slot].name == name) return slot;
     names.push_back(kGateways[slot].name);
   }
-  throw UsageError(sentence("unknown gateway", name,
-                            suggestion(name, names, "'kraddon help call' lists the gateways")));
+  throw UsageError(
+      sentence("unknown gateway", name,
+               opc::suggestion(name, names, "'kraddon help call' lists the gateways")));
 }
 
 const Gateway& gatewayAt(std::size_t slot) {
@@ -80,7 +90,7 @@ const Gateway& gatewayAt(std::size_t slot) {
 const HostFunctionTable& loadFunctionTable(const std::string& file) {
   const std::string path = file.empty() ? ownLibrary() : asPath(file);
   void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) throw Failure(sentence("cannot load", path, lastError()));
+  if (library == nullptr) throw Failure(sentence("cannot load", path, lastError(path)));
   using Query = decltype(&QueryKRFcnTable_kraddon_packaging);
   const auto query = reinterpret_cast<Query>(::dlsym(library, kQueryFunction));
   if (query == nullptr) {

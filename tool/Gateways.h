@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "gateway/FunctionTable.h"
 
@@ -17,6 +18,9 @@ struct Gateway {
 /// The slot of a gateway. Throws UsageError, with the nearest name, for an unknown one.
 std::size_t gatewaySlot(std::string_view name);
 const Gateway& gatewayAt(std::size_t slot);
+
+/// All names, in slot order.
+std::vector<std::string> gatewayNames();
 
 /// Loads the shared library as the host does and takes its table, which lives until the program
 /// ends. An empty `file` names the library that belongs to this program. Throws Failure.

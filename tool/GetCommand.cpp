@@ -27,6 +27,11 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon get kit.kraddon properties", "prints the properties"},
+    ExampleSpec{"kraddon get kit.kraddon apps -o apps.json",
+                "saves the list of apps, to be edited and set"}};
+
 }  // namespace
 
 constexpr CommandSpec kGetCommand{
@@ -38,6 +43,7 @@ constexpr CommandSpec kGetCommand{
     "empty values, as the host reads it.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

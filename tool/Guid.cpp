@@ -30,4 +30,12 @@ std::string guidOfName(std::string_view name) {
   return toText(id);
 }
 
+std::optional<std::string> guidWithin(const std::string& space, std::string_view name) {
+  uuid_t above;
+  if (::uuid_parse(space.c_str(), above) != 0) return std::nullopt;
+  uuid_t id;
+  ::uuid_generate_sha1(id, above, name.data(), name.size());
+  return toText(id);
+}
+
 }  // namespace tool

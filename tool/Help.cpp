@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tool/CommandTable.h"
+#include "tool/Wrapping.h"
 
 namespace tool {
 
@@ -22,50 +23,86 @@ std::string spelled(const OptionSpec& option) {
 
 using Row = std::pair<std::string, std::string>;
 
+// Names that are longer have what they mean on a line of its own.
+constexpr std::size_t kWidestName = 28;
+
 std::string table(const std::vector<Row>& rows) {
   std::size_t width = 0;
-  for (const Row& row : rows) width = std::max(width, row.first.size());
+  for (const Row& row : rows) {
+    if (row.first.size() <= kWidestName) width = std::max(width, row.first.size());
+  }
+  const std::size_t column = width + 4;
   std::string text;
-  for (const Row& row : rows) text += fmt::format("  {:{}}  {}\n", row.first, width, row.second);
+  for (const auto& [name, help] : rows) {
+    text += fmt::format("  {:{}}  ", name, width);
+    if (name.size() > width) {
+      while (text.back() == ' ') text.pop_back();
+      text += '\n' + std::string(column, ' ');
+    }
+    for (const auto& words : paragraphsOf(help)) appendWrapped(words, column, column, text);
+    text += '\n';
+  }
   return text;
 }
 
 std::string optionTable(std::span<const OptionSpec> options) {
   std::vector<Row> rows;
-  for (const OptionSpec& option : options) {
-    std::string help(option.help);
-    if (option.isRequired) help += " (required)";
-    if (option.isRepeatable) help += " (may be repeated)";
-    rows.emplace_back(spelled(option), std::move(help));
-  }
+  for (const OptionSpec& option : options) rows.emplace_back(spelled(option), helpOf(option));
   return table(rows);
+}
+
+std::string exampleTable(std::span<const ExampleSpec> examples) {
+  std::string text;
+  for (const ExampleSpec& example : examples) {
+    text += fmt::format("  {}\n      ", example.line);
+    for (const auto& words : paragraphsOf(example.help)) appendWrapped(words, 6, 6, text);
+    text += '\n';
+  }
+  return text;
 }
 
 }  // namespace
 
-std::string usageOf(const CommandSpec& command) {
-  std::string text = fmt::format("usage: kraddon {}", command.name);
+std::string helpOf(const OptionSpec& option) {
+  std::string help(option.help);
+  if (option.isRequired) help += " (required)";
+  if (option.isRepeatable) help += " (may be repeated)";
+  return help;
+}
+
+std::vector<std::string> synopsisOf(const CommandSpec& command) {
+  std::vector<std::string> words;
   for (const OptionSpec& option : command.options) {
-    if (option.isRequired) text += fmt::format(" --{} {}", option.longName, option.valueName);
+    if (option.isRequired)
+      words.push_back(fmt::format("--{} {}", option.longName, option.valueName));
   }
-  text += " [OPTION...]";
+  words.emplace_back("[OPTION...]");
   for (const OperandSpec& operand : command.operands) {
     const std::string name = fmt::format("{}{}", operand.name, operand.isRepeatable ? "..." : "");
-    text += operand.isRequired ? " " + name : fmt::format(" [{}]", name);
+    words.push_back(operand.isRequired ? name : fmt::format("[{}]", name));
   }
+  return words;
+}
+
+std::string usageOf(const CommandSpec& command) {
+  std::string text = fmt::format("usage: kraddon {} ", command.name);
+  const std::vector<std::string> words = synopsisOf(command);
+  appendWrapped({words.begin(), words.end()}, text.size(), text.size(), text);
   return text + "\n";
 }
 
 std::string helpOf(const CommandSpec& command) {
   std::string text = usageOf(command) + fmt::format("\n{}\n", command.summary);
-  if (!command.description.empty()) text += fmt::format("\n{}\n", command.description);
+  if (!command.description.empty()) text += "\n" + wrapped(command.description);
   std::vector<Row> operands;
   for (const OperandSpec& operand : command.operands) {
     operands.emplace_back(operand.name, operand.help);
   }
   if (!operands.empty()) text += "\n" + table(operands);
   if (!command.options.empty()) text += "\noptions:\n" + optionTable(command.options);
-  return text + "\noptions of every command:\n" + optionTable(commonOptions());
+  text += "\noptions of every command:\n" + optionTable(commonOptions());
+  if (!command.examples.empty()) text += "\nexamples:\n" + exampleTable(command.examples);
+  return text;
 }
 
 std::string programUsage() {
@@ -78,10 +115,10 @@ std::string programHelp() {
   for (const CommandSpec* command : commands()) {
     rows.emplace_back(command->name, command->summary);
   }
-  return programUsage() + "\nCreates, shows, unpacks and changes Korvan add-on packages.\n" +
-         "\ncommands:\n" + table(rows) + "\noptions before the command:\n" +
-         optionTable(leadingOptions()) + "\noptions of every command:\n" +
-         optionTable(commonOptions()) + "\n'kraddon help COMMAND' tells more.\n";
+  return programUsage() + fmt::format("\n{}\n", kProgramPurpose) + "\ncommands:\n" + table(rows) +
+         "\noptions before the command:\n" + optionTable(leadingOptions()) +
+         "\noptions of every command:\n" + optionTable(commonOptions()) +
+         "\n'kraddon help COMMAND' tells more.\n";
 }
 
 }  // namespace tool

@@ -7,7 +7,17 @@
 
 namespace tool {
 
-/// "usage: kraddon create PACKAGE [FOLDER] --name TEXT [options]", one line.
+/// What the program is for, in one line.
+inline constexpr std::string_view kProgramPurpose =
+    "Creates, shows, checks, unpacks and changes Korvan add-on packages.";
+
+/// What an option does, and whether it is required or may be repeated.
+std::string helpOf(const OptionSpec& option);
+
+/// What follows the name of a command: "--name TEXT", "[OPTION...]", "PACKAGE", "[FOLDER]".
+std::vector<std::string> synopsisOf(const CommandSpec& command);
+
+/// "usage: kraddon create --name TEXT [OPTION...] PACKAGE [FOLDER]".
 std::string usageOf(const CommandSpec& command);
 
 /// All that there is to say about a command.

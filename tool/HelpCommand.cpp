@@ -10,8 +10,9 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kOperands{
-    OperandSpec{"COMMAND", "what to tell about; without it all commands are listed", false}};
+constexpr std::array kOperands{OperandSpec{"COMMAND",
+                                           "what to tell about; without it all commands are listed",
+                                           false, false, commandNames}};
 
 ExitCode run(const Invocation& invocation) {
   const auto& names = invocation.operands();
@@ -21,8 +22,17 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{ExampleSpec{"kraddon help create", "tells about 'create'"},
+                               ExampleSpec{"kraddon help", "lists all commands"}};
+
 }  // namespace
 
-constexpr CommandSpec kHelpCommand{"help", "tells about a command", "", kOperands, {}, run};
+constexpr CommandSpec kHelpCommand{"help",
+                                   "tells about a command",
+                                   "Prints what 'kraddon COMMAND --help' prints.",
+                                   kOperands,
+                                   {},
+                                   run,
+                                   kExamples};
 
 }  // namespace tool

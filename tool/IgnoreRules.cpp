@@ -4,10 +4,10 @@
 #include <algorithm>
 
 #include "addon/checks/Catalogue.h"
+#include "opc/Suggest.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
@@ -28,6 +28,14 @@ bool matchesPathOrFolder(const addon::project::Pattern& pattern, std::string_vie
 
 }  // namespace
 
+std::vector<std::string> findingIds() {
+  std::vector<std::string> ids;
+  for (const FindingInfo& known : addon::checks::catalogue()) {
+    ids.push_back(addon::checks::idOf(known.number));
+  }
+  return ids;
+}
+
 const FindingInfo& findingNamed(std::string_view word) {
   constexpr std::string_view kPrefix = "kr";
   const std::string lower = opc::toLowerAscii(word);
@@ -39,13 +47,10 @@ const FindingInfo& findingNamed(std::string_view word) {
                                 : nullptr;
   if (info != nullptr) return *info;
 
-  std::vector<std::string> ids;
-  for (const FindingInfo& known : addon::checks::catalogue()) {
-    ids.push_back(addon::checks::idOf(known.number));
-  }
+  const std::vector<std::string> ids = findingIds();
   const std::vector<std::string_view> names(ids.begin(), ids.end());
   throw UsageError(sentence("unknown finding", word,
-                            suggestion(word, names, "findings are called KR101 and so on")));
+                            opc::suggestion(word, names, "findings are called KR101 and so on")));
 }
 
 IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {

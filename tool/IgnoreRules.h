@@ -11,6 +11,9 @@
 
 namespace tool {
 
+/// The ids of all findings.
+std::vector<std::string> findingIds();
+
 /// The finding that `word` names: "KR101", "kr101" or "101". Throws UsageError, with the nearest
 /// id, when there is none.
 const addon::checks::FindingInfo& findingNamed(std::string_view word);

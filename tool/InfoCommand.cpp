@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "opc/Suggest.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Contents.h"
@@ -18,16 +19,18 @@
 #include "tool/Output.h"
 #include "tool/PackageAccess.h"
 #include "tool/Progress.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
 namespace {
 
+std::vector<std::string> fieldNames();
+
 constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"}};
 
 constexpr std::array kOptions{
-    kJsonOption, OptionSpec{"field", 0, "NAME", "print one value alone, named as in the JSON"}};
+    kJsonOption, OptionSpec{"field", 0, "NAME", "print one value alone, named as in the JSON",
+                            false, false, fieldNames}};
 
 struct Screenshot {
   std::string part;
@@ -161,6 +164,10 @@ void writeJson(const Info& info, JsonWriter& json) {
   json.endObject();
 }
 
+std::vector<std::string> fieldNames() {
+  return {kFields.begin(), kFields.end()};
+}
+
 /// The value of one field as text, "" when it is unset.
 std::string valueOf(const Info& info, std::string_view field) {
   const auto& properties = info.properties;
@@ -242,7 +249,7 @@ void checkField(const Invocation& invocation) {
   }
   if (std::find(kFields.begin(), kFields.end(), *field) != kFields.end()) return;
   const std::string all = fmt::format("the fields are {}", fmt::join(kFields, ", "));
-  throw UsageError(sentence("unknown field", *field, suggestion(*field, kFields, all)));
+  throw UsageError(sentence("unknown field", *field, opc::suggestion(*field, kFields, all)));
 }
 
 ExitCode run(const Invocation& invocation) {
@@ -267,9 +274,22 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon info kit.kraddon", "shows all there is to know at a glance"},
+    ExampleSpec{"kraddon info kit.kraddon --field version", "prints the add-on's version alone"},
+    ExampleSpec{"kraddon info kit.kraddon --json", "gives the same to a program"}};
+
 }  // namespace
 
 constexpr CommandSpec kInfoCommand{
-    "info", "shows what a package is and how much is in it", "", kOperands, kOptions, run};
+    "info",
+    "shows what a package is and how much is in it",
+    "Prints the properties, how much is in the package, which documents it has and the digest of "
+    "its content: the same for the same content, however and whenever it was packed. A value that "
+    "is unset is left out, and empty with --field.",
+    kOperands,
+    kOptions,
+    run,
+    kExamples};
 
 }  // namespace tool

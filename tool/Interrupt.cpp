@@ -16,6 +16,7 @@ constexpr std::array kSignals{SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGXCPU,
                               SIGALRM, SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF};
 
 volatile std::sig_atomic_t received = 0;
+bool isNoting = false;
 bool isTooLate = false;
 
 using Handler = void (*)(int);
@@ -51,13 +52,25 @@ extern "C" void noteSignalAndStopWriting(int signal) {
 }  // namespace
 
 void Interrupt::defer() {
+  isNoting = true;
   setHandler(SIGXFSZ, SIG_IGN);  // a write beyond the limit is to fail, not to kill
   catchAll(noteSignal);
 }
 
 void Interrupt::deferAndStopWriting() {
+  isNoting = true;
   setHandler(SIGXFSZ, SIG_IGN);
   catchAll(noteSignalAndStopWriting);
+}
+
+bool Interrupt::isDeferred() {
+  return isNoting;
+}
+
+void Interrupt::release() {
+  isNoting = false;
+  catchAll(SIG_DFL);
+  if (received != 0) die(received);
 }
 
 void Interrupt::check() {

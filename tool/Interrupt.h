@@ -19,6 +19,9 @@ class Interrupt {
   /// this process fails as if the file had grown too large, so that the code ends as it does on a
   /// full disk, and cleans up.
   static void deferAndStopWriting();
+  static bool isDeferred();
+  /// They are sudden death again. Dies when one has come since.
+  static void release();
   /// Throws Interrupted when one has come since.
   static void check();
   /// The work is done and on the disk: what comes now is too late to change the outcome.

@@ -11,6 +11,7 @@
 #include "tool/Messages.h"
 #include "tool/Output.h"
 #include "tool/PackageAccess.h"
+#include "tool/Progress.h"
 #include "tool/Selection.h"
 #include "tool/Sha256.h"
 
@@ -47,6 +48,23 @@ void checkOptions(const Invocation& invocation) {
   invocation.refuseTogether("null", "long");
 }
 
+void hashFiles(AddonPackage& package, const Settings& settings, std::vector<Row>& rows) {
+  opc::interfaces::Progress state;
+  state.itemsTotal = rows.size();
+  for (const Row& row : rows) state.bytesTotal += row.item.info.size;
+  ProgressBar bar(settings);
+  const opc::interfaces::ProgressFunction progress = bar.function();
+  const auto advance = [&](std::size_t bytes) {
+    state.bytesDone += bytes;
+    progress(state);
+  };
+  for (Row& row : rows) {
+    if (!row.item.isFolder()) row.hash = sha256Of(*openItem(package, row.item), advance);
+    ++state.itemsDone;
+    advance(0);
+  }
+}
+
 std::vector<Row> readRows(AddonPackage& package, const Invocation& invocation) {
   const std::vector<std::string> paths(invocation.operands().begin() + 1,
                                        invocation.operands().end());
@@ -54,11 +72,8 @@ std::vector<Row> readRows(AddonPackage& package, const Invocation& invocation) {
   items = choose(std::move(items), paths, invocation.has("glob"));
   std::vector<Row> rows;
   rows.reserve(items.size());
-  for (Item& item : items) {
-    std::string hash;
-    if (invocation.has("hash") && !item.isFolder()) hash = sha256Of(*openItem(package, item));
-    rows.push_back({std::move(item), std::move(hash)});
-  }
+  for (Item& item : items) rows.push_back({std::move(item), {}});
+  if (invocation.has("hash")) hashFiles(package, invocation.settings(), rows);
   return rows;
 }
 
@@ -188,7 +203,7 @@ void printJson(const std::vector<Row>& rows, const Totals& totals, const Invocat
 
 void warnOfUnreadable(AddonPackage& package, const Settings& settings) {
   if (settings.isQuiet) return;
-  for (const std::string& line : package.fileSystem().unreadable()) printWarning("list", line);
+  for (const auto& file : package.fileSystem().unreadable()) printWarning("list", file.line);
 }
 
 /// Whether only paths are asked for, of everything: then nothing is gathered.
@@ -229,13 +244,30 @@ ExitCode run(const Invocation& invocation) {
     printRows(readRows(*package, invocation), invocation, output);
   }
   output.flush();
+  if (!invocation.has("all")) {
+    warnOfForeign(*package, invocation.operands()[0], invocation);
+  }
   warnOfUnreadable(*package, invocation.settings());
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon list kit.kraddon -l", "shows sizes and times as well"},
+    ExampleSpec{"kraddon list kit.kraddon --glob '*.m' '!test*.m'",
+                "lists all sources but the tests"},
+    ExampleSpec{"kraddon list kit.kraddon -0 | xargs -0 -n 1 echo",
+                "hands each path on, whatever is in it"}};
+
 }  // namespace
 
 constexpr CommandSpec kListCommand{
-    "list", "lists files and empty folders, one path a line", "", kOperands, kOptions, run};
+    "list",
+    "lists files and empty folders, one path a line",
+    "The order is that of the host's file list. A PATH that names nothing is an error. On a "
+    "terminal, unusual characters of a path are shown as escapes; -0 gives every path as it is.",
+    kOperands,
+    kOptions,
+    run,
+    kExamples};
 
 }  // namespace tool

@@ -37,6 +37,11 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon mkdir kit.kraddon results", "adds an empty folder"},
+    ExampleSpec{"kraddon mkdir kit.kraddon cache/images cache/texts",
+                "adds two, and the one above them"}};
+
 }  // namespace
 
 constexpr CommandSpec kMkdirCommand{
@@ -45,6 +50,7 @@ constexpr CommandSpec kMkdirCommand{
     "Folders above them come into being. A folder that exists is no error.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

@@ -2,6 +2,7 @@
 #include "tool/Output.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -35,13 +36,22 @@ bool isThere(const std::string& path, struct stat& status) {
   throw systemFailure("cannot write", path, errno);
 }
 
+/// Of the same shape as that of a package in the making, so that a folder is packed without it.
+std::string sidePattern(const std::string& target) {
+  constexpr std::size_t kMostBytes = 255;
+  constexpr std::string_view kEnd = ".XXXXXX.tmp";
+  const std::size_t start = target.rfind('/') + 1;
+  const std::string name = target.substr(start, kMostBytes - 1 - kEnd.size());
+  return fmt::format("{}.{}{}", target.substr(0, start), name, kEnd);
+}
+
 /// A new file beside another one, gone again unless it is put in place.
 class SideFile {
  public:
   SideFile(const std::string& target, mode_t mode) : target_(target) {
     descriptor_.reset(opc::uninterrupted([&] {
-      path_ = target + ".XXXXXX";
-      return ::mkostemp(path_.data(), O_CLOEXEC);
+      path_ = sidePattern(target);
+      return ::mkostemps(path_.data(), 4, O_CLOEXEC);
     }));
     if (!descriptor_) throw systemFailure("cannot write", target, errno);
     // mkstemp makes files that only their owner can read.
@@ -54,16 +64,23 @@ class SideFile {
   SideFile& operator=(const SideFile&) = delete;
 
   int descriptor() const { return descriptor_.get(); }
-  void putInPlace() {
+  void putInPlace(bool replaces) {
     // A full disk that was not told by writing may be told by closing. It has closed the file even
     // when it was interrupted.
     if (::close(descriptor_.release()) != 0 && errno != EINTR) fail(errno);
-    const auto rename = [&] { return ::rename(path_.c_str(), target_.c_str()); };
-    if (opc::uninterrupted(rename) != 0) fail(errno);
-    path_.clear();
+    const auto move = [&] { return moveTo(replaces ? 0 : RENAME_NOREPLACE); };
+    if (opc::uninterrupted(move) == 0) return path_.clear();
+    // There are file systems that know no rename of that kind. A link refuses a taken name, too.
+    const bool knowsNoSuchRename = !replaces && (errno == EINVAL || errno == ENOSYS);
+    const auto link = [&] { return ::link(path_.c_str(), target_.c_str()); };
+    if (!knowsNoSuchRename || opc::uninterrupted(link) != 0) fail(errno);
   }
 
  private:
+  int moveTo(unsigned flags) const {
+    return ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), flags);
+  }
+
   [[noreturn]] void fail(int number) {
     if (!path_.empty()) ::unlink(path_.c_str());
     path_.clear();
@@ -167,7 +184,25 @@ void writeOutputFile(const std::string& path, const Content& content, const std:
                 exists ? existing.st_mode & 07777 : newFileMode());
   writeTo(file.descriptor(), path, content);
   Interrupt::check();
-  file.putInPlace();
+  file.putInPlace(true);
+}
+
+void writeNewFile(const std::string& path, std::string_view content) {
+  Interrupt::defer();
+  SideFile file(path, newFileMode());
+  writeTo(file.descriptor(), path, [&](Output& output) { output.write(content); });
+  Interrupt::check();
+  file.putInPlace(false);
+}
+
+void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
+                     const Content& content, const std::string& package) {
+  struct stat existing {};
+  if (!asked && ::lstat(usual.c_str(), &existing) == 0) {
+    throw Failure(sentence("cannot write", usual, "it exists already"),
+                  fmt::format("-o {} replaces it", usual));
+  }
+  writeOutputFile(asked.value_or(usual), content, package);
 }
 
 bool wantsColor(const Settings& settings, const Output& output) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -47,6 +48,13 @@ using Content = std::function<void(Output&)>;
 /// one step, or stays as it was. Throws Failure; `package` is a file that must not be replaced.
 void writeOutputFile(const std::string& path, const Content& content, const std::string& package);
 void writeOutputFile(const std::string& path, std::string_view content, const std::string& package);
+/// The same into the file that was asked for or, when none was, into `usual`: a file that nobody
+/// named, which must not exist.
+void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
+                     const Content& content, const std::string& package);
+
+/// Puts `content` into a new file. Throws Failure when there is something of that name by then.
+void writeNewFile(const std::string& path, std::string_view content);
 
 /// Whether results are to be coloured.
 bool wantsColor(const Settings& settings, const Output& output);

@@ -9,6 +9,7 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/plservices/HostPropertiesPart.h"
 #include "tool/Background.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
@@ -71,6 +72,16 @@ opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation) {
   options.level =
       static_cast<int>(invocation.number(kLevelOption.longName, 0, 9).value_or(options.level));
   return options;
+}
+
+void warnOfForeign(AddonPackage& package, const std::string& path, const Invocation& invocation) {
+  if (invocation.settings().isQuiet) return;
+  const std::u16string type = opc::plservices::HostPropertiesPart::relationshipType();
+  if (!package.logicalPackage().getRelationshipsByType(type).empty()) return;
+  auto& tree = package.fileSystem();
+  if (!tree.getChildren(tree.getRoot()).empty()) return;
+  printWarning(invocation.command().name,
+               sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
 }
 
 void checkWriteOptions(const Invocation& invocation) {

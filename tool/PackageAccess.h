@@ -23,6 +23,9 @@ std::u16string toUtf16(std::string_view what, const std::string& text);
 std::unique_ptr<AddonPackage> openForReading(const std::string& path);
 std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
 
+/// Warns, unless told to be quiet, that a package without files has nothing of an add-on either.
+void warnOfForeign(AddonPackage& package, const std::string& path, const Invocation& invocation);
+
 /// --timestamp or, without it, SOURCE_DATE_EPOCH.
 std::optional<std::int64_t> timestampOf(const Invocation& invocation);
 

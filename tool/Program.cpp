@@ -90,6 +90,10 @@ std::string_view nameOf(const Context& context) {
   return context.command == nullptr ? std::string_view() : context.command->name;
 }
 
+ExitCode failureCode(const Context& context) {
+  return context.command == nullptr ? ExitCode::Failed : context.command->failureCode;
+}
+
 ExitCode runReportingFailures(const std::vector<std::string>& words, Context& context) {
   try {
     occupyStandardStreams();
@@ -108,7 +112,7 @@ ExitCode runReportingFailures(const std::vector<std::string>& words, Context& co
   } catch (const std::exception& error) {
     printError(nameOf(context), error.what());
   }
-  return ExitCode::Failed;
+  return failureCode(context);
 }
 
 }  // namespace
@@ -122,7 +126,7 @@ ExitCode runProgram(std::span<char* const> arguments) {
     // Of the words, of the work, or of a message about another failure.
     printLackOfMemory(nameOf(context));
   }
-  return ExitCode::Failed;
+  return failureCode(context);
 }
 
 }  // namespace tool

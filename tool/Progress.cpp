@@ -5,8 +5,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cmath>
+#include <utility>
 
 #include "tool/Interrupt.h"
 #include "tool/Messages.h"
@@ -29,19 +29,6 @@ std::string describeSeconds(double seconds) {
 
 }  // namespace
 
-std::string describeBytes(std::uint64_t bytes) {
-  static constexpr std::array<const char*, 7> kUnits{"B", "kB", "MB", "GB", "TB", "PB", "EB"};
-  if (bytes < 1000) return fmt::format("{} B", bytes);
-  auto value = static_cast<double>(bytes);
-  std::size_t unit = 0;
-  while (value >= 999.5 && unit + 1 < kUnits.size()) {
-    value /= 1000;
-    ++unit;
-  }
-  return value < 9.95 ? fmt::format("{:.1f} {}", value, kUnits[unit])
-                      : fmt::format("{:.0f} {}", value, kUnits[unit]);
-}
-
 std::string describeProgress(const opc::interfaces::Progress& progress, double seconds,
                              std::size_t width) {
   std::string text =
@@ -62,17 +49,33 @@ ProgressBar::ProgressBar(const Settings& settings)
     : isEnabled_(!settings.isQuiet && ::isatty(STDERR_FILENO) == 1) {}
 
 ProgressBar::~ProgressBar() {
+  hide();
+}
+
+void ProgressBar::show(const std::string& text) {
+  if (!isShown_ && !Interrupt::isDeferred()) {
+    Interrupt::defer();
+    isDeferring_ = true;
+  }
+  printToStandardError("\r" + text + "\x1b[K");
+  isShown_ = true;
+}
+
+void ProgressBar::hide() {
   if (isShown_) printToStandardError("\r\x1b[K");
+  isShown_ = false;
+  if (std::exchange(isDeferring_, false)) Interrupt::release();
 }
 
 void ProgressBar::update(const opc::interfaces::Progress& progress) {
   if (!isEnabled_) return;
+  // What may follow looks for no interrupts.
+  if (progress.itemsDone == progress.itemsTotal) return hide();
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
   next_ = now + std::chrono::milliseconds(100);
   const double seconds = std::chrono::duration<double>(now - start_).count();
-  printToStandardError("\r" + describeProgress(progress, seconds, terminalWidth()) + "\x1b[K");
-  isShown_ = true;
+  show(describeProgress(progress, seconds, terminalWidth()));
 }
 
 opc::interfaces::ProgressFunction ProgressBar::function() {

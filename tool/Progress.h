@@ -4,13 +4,14 @@
 #include <chrono>
 #include <string>
 
+#include "opc/ByteCount.h"
 #include "opc/interfaces/Progress.h"
 #include "tool/Arguments.h"
 
 namespace tool {
 
 /// A line on standard error that tells how far long work has come. It shows itself after half a
-/// second, on a terminal only, and is wiped away at the end.
+/// second, on a terminal only, and is wiped away at the end, after an interrupt too.
 class ProgressBar {
  public:
   explicit ProgressBar(const Settings& settings);
@@ -27,8 +28,12 @@ class ProgressBar {
  private:
   using Clock = std::chrono::steady_clock;
 
+  void show(const std::string& text);
+  void hide();
+
   bool isEnabled_;
   bool isShown_ = false;
+  bool isDeferring_ = false;  // interrupts, which would leave the line behind
   Clock::time_point start_ = Clock::now();
   Clock::time_point next_ = start_ + std::chrono::milliseconds(500);
 };
@@ -37,7 +42,6 @@ class ProgressBar {
 std::string describeProgress(const opc::interfaces::Progress& progress, double seconds,
                              std::size_t width);
 
-/// "3.1 MB": three digits at most, in powers of 1000.
-std::string describeBytes(std::uint64_t bytes);
+using opc::describeBytes;
 
 }  // namespace tool

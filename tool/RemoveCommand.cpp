@@ -100,6 +100,11 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon remove kit.kraddon docs/old", "removes a folder with all below it"},
+    ExampleSpec{"kraddon remove kit.kraddon --glob '*.bak' --dry-run",
+                "tells which files a pattern would remove"}};
+
 }  // namespace
 
 constexpr CommandSpec kRemoveCommand{
@@ -110,6 +115,7 @@ constexpr CommandSpec kRemoveCommand{
     "a later one with '!' keeps. '/' is everything.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

@@ -69,14 +69,6 @@ std::string defaultOutput(const std::string& package, const std::string& part) {
   return baseNameOf(package) + name.substr(baseNameOf(name).size());
 }
 
-/// A file that nobody named must not go.
-void requireFree(const std::string& file) {
-  struct stat info {};
-  if (::lstat(file.c_str(), &info) != 0) return;
-  throw Failure(sentence("cannot write", file, "it exists already"),
-                fmt::format("-o {} replaces it", file));
-}
-
 void writeOut(const Invocation& invocation) {
   refuse(invocation, "timestamp", "it goes with IMAGE only");
   refuse(invocation, "level", "it goes with IMAGE only");
@@ -96,10 +88,7 @@ void writeOut(const Invocation& invocation) {
       output.write(std::span<const unsigned char>(buffer.data(), size));
     }
   };
-  const auto given = invocation.value("output");
-  const std::string file = given ? *given : defaultOutput(path, part);
-  if (!given) requireFree(file);
-  writeOutputFile(file, content, path);
+  writeOutputFile(invocation.value("output"), defaultOutput(path, part), content, path);
 }
 
 ExitCode run(const Invocation& invocation) {
@@ -110,6 +99,12 @@ ExitCode run(const Invocation& invocation) {
   }
   return ExitCode::Done;
 }
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon screenshot kit.kraddon screen.png", "stores the picture"},
+    ExampleSpec{"kraddon screenshot kit.kraddon", "writes the stored one to kit.png or the like"},
+    ExampleSpec{"kraddon screenshot kit.kraddon -o - > screen.png",
+                "writes it to standard output"}};
 
 }  // namespace
 
@@ -122,6 +117,7 @@ constexpr CommandSpec kScreenshotCommand{
     "package's base name with the image's extension, which must not exist.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

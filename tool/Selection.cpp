@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tool/Selection.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -18,8 +20,9 @@ Failure isEmpty() {
   return Failure(sentence("cannot find", "", "the path is empty"), "'/' stands for everything");
 }
 
-Failure namesNothing(const std::string& operand) {
-  return Failure(sentence("cannot find", operand, "the package holds nothing of that name"));
+Failure namesNothing(const std::string& operand,
+                     const char* holders = "the package holds nothing") {
+  return Failure(sentence("cannot find", operand, fmt::format("{} of that name", holders)));
 }
 
 /// Calls `visit(path, isFolder)` for every folder above, from the top down, and then for the item.
@@ -53,12 +56,14 @@ class LiteralPaths {
     return isChosen;
   }
 
-  void checkAllUsed() const {
+  /// The first one that named nothing, or null.
+  const std::string* unused() const {
     for (const std::string& operand : operands_) {
       const std::string_view path = trimSlashes(operand);
       // An empty package still has a root.
-      if (!path.empty() && !isUsed_.at(path)) throw namesNothing(operand);
+      if (!path.empty() && !isUsed_.at(path)) return &operand;
     }
+    return nullptr;
   }
 
  private:
@@ -79,10 +84,11 @@ class GlobPaths {
     return isChosen;
   }
 
-  void checkAllUsed() const {
+  /// The first one that matched nothing, or null.
+  const std::string* unused() const {
     const auto unused = std::find(isUsed_.begin(), isUsed_.end(), false);
-    if (unused == isUsed_.end()) return;
-    throw namesNothing(patterns_[static_cast<std::size_t>(unused - isUsed_.begin())].text());
+    if (unused == isUsed_.end()) return nullptr;
+    return &patterns_[static_cast<std::size_t>(unused - isUsed_.begin())].text();
   }
 
  private:
@@ -99,10 +105,23 @@ class GlobPaths {
 };
 
 template <typename Chooser>
-std::vector<Item> keepChosen(std::vector<Item> items, Chooser chooser) {
+void keepChosen(std::vector<Item>& items, Chooser& chooser) {
   std::erase_if(items, [&](const Item& item) { return !chooser.chooses(item); });
-  chooser.checkAllUsed();
+}
+
+template <typename Chooser>
+std::vector<Item> chooseWith(std::vector<Item> items, Chooser chooser) {
+  keepChosen(items, chooser);
+  if (const std::string* operand = chooser.unused()) throw namesNothing(*operand);
   return items;
+}
+
+template <typename Chooser>
+void chooseInBothWith(std::vector<Item>& a, std::vector<Item>& b, Chooser chooser) {
+  keepChosen(a, chooser);
+  keepChosen(b, chooser);
+  if (const std::string* operand = chooser.unused())
+    throw namesNothing(*operand, "neither of the two holds anything");
 }
 
 }  // namespace
@@ -129,8 +148,18 @@ std::vector<FileSystemEntry> findEntries(AddonPackage& package,
 std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
                          bool areGlobs) {
   if (operands.empty()) return items;
-  if (areGlobs) return keepChosen(std::move(items), GlobPaths(operands));
-  return keepChosen(std::move(items), LiteralPaths(operands));
+  if (areGlobs) return chooseWith(std::move(items), GlobPaths(operands));
+  return chooseWith(std::move(items), LiteralPaths(operands));
+}
+
+void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
+                  const std::vector<std::string>& operands, bool areGlobs) {
+  if (operands.empty()) return;
+  if (areGlobs) {
+    chooseInBothWith(a, b, GlobPaths(operands));
+  } else {
+    chooseInBothWith(a, b, LiteralPaths(operands));
+  }
 }
 
 }  // namespace tool

@@ -18,6 +18,10 @@ namespace tool {
 std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
                          bool areGlobs);
 
+/// The same for two trees at once: an operand is good when it names something in either.
+void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
+                  const std::vector<std::string>& operands, bool areGlobs);
+
 /// The files and folders that literal paths name, one an operand, "/" the root. Throws Failure for
 /// one that names nothing.
 std::vector<opc::plservices::FileSystemEntry> findEntries(addon::packaging::AddonPackage& package,

@@ -8,21 +8,24 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/Suggest.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
 #include "tool/Errors.h"
 #include "tool/PackageAccess.h"
 #include "tool/ReadFile.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
 namespace {
 
+std::vector<std::string> assignments();
+
 constexpr std::array kOperands{
     OperandSpec{"PACKAGE", "the package"}, kDocumentOperand,
-    OperandSpec{"VALUE", "FILE.json, - for standard input, or FIELD=VALUE...", true, true}};
+    OperandSpec{"VALUE", "FILE.json, - for standard input, or FIELD=VALUE...", true, true,
+                assignments}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
 
@@ -33,6 +36,20 @@ using Fields = std::map<std::string, std::string>;
 
 /// What an update of the properties does not write.
 constexpr std::array<std::string_view, 2> kFixedProperties{"type", "KorvanRelease"};
+
+std::vector<std::string> assignments() {
+  std::vector<std::string> all;
+  for (const DocumentKind& kind : documentKinds()) {
+    if (!kind.shape.isFlat()) continue;
+    for (const std::string_view field : kind.shape.fieldNames()) {
+      const bool isFixed = std::find(kFixedProperties.begin(), kFixedProperties.end(), field) !=
+                           kFixedProperties.end();
+      const std::string word = fmt::format("{}=", field);
+      if (!isFixed && std::find(all.begin(), all.end(), word) == all.end()) all.push_back(word);
+    }
+  }
+  return all;
+}
 
 bool isAssignment(std::string_view word) {
   const std::size_t equals = word.find('=');
@@ -53,7 +70,7 @@ std::pair<std::string, std::string> parseAssignment(const DocumentShape& shape,
   if (std::find(known.begin(), known.end(), field) == known.end()) {
     const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
     throw UsageError(sentence("unknown field", fmt::format("{}.{}", shape.name, field),
-                              suggestion(field, known, all)));
+                              opc::suggestion(field, known, all)));
   }
   if (!opc::isUtf8(value)) {
     throw Failure(
@@ -167,6 +184,13 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon set kit.kraddon properties version=1.1 authorName='A. Weaver'",
+                "changes two properties"},
+    ExampleSpec{"kraddon set kit.kraddon apps apps.json", "stores the list in apps.json"},
+    ExampleSpec{"kraddon get old.kraddon license | kraddon set kit.kraddon license -",
+                "takes over another package's license"}};
+
 }  // namespace
 
 constexpr CommandSpec kSetCommand{
@@ -178,6 +202,7 @@ constexpr CommandSpec kSetCommand{
     "missing.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

@@ -22,12 +22,13 @@ std::string sha256Of(std::string_view text) {
   return sum.finish();
 }
 
-std::string sha256Of(opc::InputStream& stream) {
+std::string sha256Of(opc::InputStream& stream, const std::function<void(std::size_t)>& onRead) {
   std::vector<unsigned char> buffer(std::size_t{64} << 10);
   Sha256 sum;
   while (const std::size_t size = stream.read(buffer.data(), buffer.size())) {
     Interrupt::check();
     sum.update(buffer.data(), size);
+    if (onRead) onRead(size);
   }
   return sum.finish();
 }

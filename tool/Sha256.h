@@ -4,6 +4,7 @@
 #include <sha2.h>
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -31,7 +32,9 @@ class Sha256 {
 
 std::string sha256Of(std::string_view text);
 
-/// Of all that is left in the stream. Looks for a deferred interrupt meanwhile.
-std::string sha256Of(opc::InputStream& stream);
+/// Of all that is left in the stream. Looks for a deferred interrupt meanwhile. `onRead`, which may
+/// be empty, is told of each number of bytes.
+std::string sha256Of(opc::InputStream& stream,
+                     const std::function<void(std::size_t)>& onRead = nullptr);
 
 }  // namespace tool

@@ -60,10 +60,7 @@ SourceFinder::SourceFinder(const Invocation& invocation)
 PatternList SourceFinder::patternsFor(const std::string& folder, const std::string& place) const {
   PatternList patterns;
   if (invocation_.has("default-excludes")) addon::project::addDefaultExcludes(patterns);
-  const std::string ignoreFile = fmt::format("{}/{}", folder, kIgnoreFile);
-  if (!folder.empty() && identityOf(ignoreFile)) {
-    patterns.addLines(readWholeFile(ignoreFile, kLargestIgnoreFile), place);
-  }
+  if (!folder.empty()) addIgnoreFile(folder, place, patterns);
   for (const std::string& glob : invocation_.values("exclude")) patterns.add(glob);
   return patterns;
 }
@@ -89,12 +86,17 @@ void SourceFinder::collect(const std::string& folder, const std::string& place,
   options.excludes = patternsFor(folder, place);
   options.place = place;
   options.followsOutside = invocation_.has("follow");
-  options.leftOut = package_;
-  options.onExcluded = [this](const std::string& path) { report(path); };
+  if (package_) options.leftOut = {*package_};
+  options.onExcluded = [this](const std::string& path, bool) { report(path); };
   for (WalkedEntry& entry : walkTree(folder, options)) {
     std::string diskPath = folder + "/" + entry.path;
     into.push_back({std::move(diskPath), joinPath(place, entry.path), entry.isFolder});
   }
+}
+
+void addIgnoreFile(const std::string& folder, const std::string& place, PatternList& patterns) {
+  const std::string file = fmt::format("{}/{}", folder, kIgnoreFile);
+  if (identityOf(file)) patterns.addLines(readWholeFile(file, kLargestIgnoreFile), place);
 }
 
 std::string joinPath(std::string_view folder, std::string_view name) {

@@ -45,6 +45,10 @@ class SourceFinder {
   std::optional<FileIdentity> package_;
 };
 
+/// Adds the patterns of a folder's .kraddonignore, if it has one, for paths below `place`.
+void addIgnoreFile(const std::string& folder, const std::string& place,
+                   addon::project::PatternList& patterns);
+
 /// "a/b", or just one of them when the other is empty.
 std::string joinPath(std::string_view folder, std::string_view name);
 

@@ -47,6 +47,22 @@ std::string realPath(const std::string& path) {
   return std::filesystem::canonical(path, ignored).string();
 }
 
+bool isLetterOrDigit(char c) {
+  return (c >= '0' && c <= '9') || (opc::toLowerAscii(c) >= 'a' && opc::toLowerAscii(c) <= 'z');
+}
+
+/// ".NAME.XXXXXX.tmp": what a killed run of the program leaves behind.
+bool isLeftover(std::string_view name) {
+  constexpr std::string_view kEnd = ".tmp";
+  constexpr std::size_t kChanceLetters = 6;
+  constexpr std::size_t kShortest = sizeof ".N." - 1 + kChanceLetters + kEnd.size();
+  if (name.size() < kShortest || name[0] != '.' || !name.ends_with(kEnd)) return false;
+  name.remove_suffix(kEnd.size());
+  const std::string_view letters = name.substr(name.size() - kChanceLetters);
+  return name[name.size() - kChanceLetters - 1] == '.' &&
+         std::all_of(letters.begin(), letters.end(), isLetterOrDigit);
+}
+
 class TreeWalk {
  public:
   TreeWalk(const std::string& folder, const TreeWalkOptions& options)
@@ -104,7 +120,7 @@ class TreeWalk {
     DirectoryPointer directory(::fdopendir(file.get()));
     if (!directory) throw systemFailure("cannot read the folder", onDisk(path), errno);
     file.release();
-    addEntries(path, *directory);
+    addEntries(path, *directory, isLeftOut(info));
   }
 
   void refuseCircle(const std::string& path, FileIdentity target, std::size_t parent) const {
@@ -116,12 +132,13 @@ class TreeWalk {
     }
   }
 
-  void addEntries(const std::string& path, DIR& directory) {
+  void addEntries(const std::string& path, DIR& directory, bool isLeftOut) {
     const std::size_t self = folders_.size() - 1;
     const std::size_t first = pending_.size();
     const std::vector<Listed> entries = sortedEntries(path, directory);
     for (const Listed& entry : entries) addEntry(path, entry, ::dirfd(&directory), self);
-    if (entries.empty() && !path.empty()) result_.push_back({path, true});
+    const bool isEmpty = entries.empty() && !path.empty() && !isLeftOut;
+    if (isEmpty && isIncluded(path, true)) result_.push_back({path, true});
     // The last one is taken first.
     std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(first), pending_.end());
   }
@@ -152,7 +169,10 @@ class TreeWalk {
     const bool hasTarget = isLink && ::fstatat(descriptor, entry.name.c_str(), &target, 0) == 0;
     const int linkError = isLink && !hasTarget ? errno : 0;
     const Kind finalKind = hasTarget ? toKind(target.st_mode) : kind;
-    if (isExcluded(path, finalKind == Kind::Folder)) return;
+    if (isExcluded(path, finalKind == Kind::Folder, kind == Kind::File && isLeftover(entry.name))) {
+      return;
+    }
+    if (finalKind != Kind::Folder && !isIncluded(path, false)) return;
     if (isLink) checkLink(path, linkError);
     if (finalKind == Kind::File && isLeftOut(entry, isLink ? &target : nullptr, descriptor)) return;
     if (finalKind == Kind::Other) {
@@ -164,10 +184,18 @@ class TreeWalk {
     pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
   }
 
-  bool isExcluded(const std::string& path, bool isFolder) const {
-    const std::string inPackage = options_.place.empty() ? path : options_.place + "/" + path;
-    if (!options_.excludes.excludes(inPackage, isFolder)) return false;
-    if (options_.onExcluded) options_.onExcluded(inPackage);
+  std::string inPackage(const std::string& path) const {
+    return options_.place.empty() ? path : options_.place + "/" + path;
+  }
+
+  bool isIncluded(const std::string& path, bool isFolder) const {
+    return !options_.includes || options_.includes(inPackage(path), isFolder);
+  }
+
+  bool isExcluded(const std::string& path, bool isFolder, bool isSurelyOut) const {
+    const std::string place = inPackage(path);
+    if (!isSurelyOut && !options_.excludes.excludes(place, isFolder)) return false;
+    if (options_.onExcluded) options_.onExcluded(place, isFolder);
     return true;
   }
 
@@ -185,27 +213,39 @@ class TreeWalk {
   void checkLink(const std::string& path, int error) {
     if (error != 0) throw systemFailure("cannot follow the link", onDisk(path), error);
     if (options_.followsOutside) return;
-    if (realRoot_.empty()) realRoot_ = realPath(folder_);
     const std::string target = realPath(onDisk(path));
-    const std::string below = realRoot_ == "/" ? "/" : realRoot_ + "/";
-    if (target == realRoot_ || target.starts_with(below)) return;
+    if (liesIn(target, realRoot_, folder_)) return;
+    if (!options_.project.empty() && liesIn(target, realProject_, options_.project)) return;
     throw Failure(sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
                   "--follow follows it");
   }
 
+  /// `real` keeps the folder's real path.
+  static bool liesIn(const std::string& target, std::string& real, const std::string& folder) {
+    if (real.empty()) real = realPath(folder);
+    if (real.empty()) return false;
+    return target == real || target.starts_with(real == "/" ? "/" : real + "/");
+  }
+
   bool isLeftOut(const Listed& entry, const struct stat* target, int descriptor) const {
-    if (!options_.leftOut) return false;
-    if (target != nullptr) return identity(*target) == *options_.leftOut;
+    if (options_.leftOut.empty()) return false;
+    if (target != nullptr) return isLeftOut(*target);
     // Not by d_ino: some file systems give another number there.
     struct stat info {};
     return ::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
-           identity(info) == *options_.leftOut;
+           isLeftOut(info);
+  }
+
+  bool isLeftOut(const struct stat& info) const {
+    return std::find(options_.leftOut.begin(), options_.leftOut.end(), identity(info)) !=
+           options_.leftOut.end();
   }
 
   std::string folder_;
   const TreeWalkOptions& options_;
   opc::FileDescriptor root_;
   std::string realRoot_;
+  std::string realProject_;
   std::vector<Folder> folders_;
   std::vector<Pending> pending_;
   std::vector<WalkedEntry> result_;

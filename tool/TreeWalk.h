@@ -26,9 +26,12 @@ struct TreeWalkOptions {
   addon::project::PatternList excludes;  ///< for paths in the package
   std::string place = {};                ///< of the folder's content in the package; "" is the top
   bool followsOutside = false;           ///< follow links that lead out of the folder
-  std::optional<FileIdentity> leftOut;   ///< a file that is no part of the tree: the output
+  std::string project = {};              ///< a folder that links may lead into, too; may be ""
+  std::vector<FileIdentity> leftOut;     ///< files and empty folders that are no part of the tree
+  /// Asked about everything but folders that are not empty, by paths in the package; may be empty.
+  std::function<bool(const std::string& path, bool isFolder)> includes = nullptr;
   /// Gets paths in the package; may be empty.
-  std::function<void(const std::string&)> onExcluded = nullptr;
+  std::function<void(const std::string& path, bool isFolder)> onExcluded = nullptr;
 };
 
 /// Something to be packed. The path is UTF-8, relative to the folder, with '/'.
@@ -38,9 +41,10 @@ struct WalkedEntry {
 };
 
 /// All files and all empty folders below `folder`, depth first, in order of their names' UTF-16
-/// code units, so that the order on the disk does not show. Links are followed when they lead
-/// inside `folder`. Throws Failure, naming the path, for a link that leads out, to nothing or in a
-/// circle, for anything that is neither file nor folder, and for a name that is not UTF-8.
+/// code units, so that the order on the disk does not show. Temporary files that a killed run of
+/// the program left behind are excluded. Links are followed when they lead inside `folder`. Throws
+/// Failure, naming the path, for a link that leads out, to nothing or in a circle, for anything
+/// that is neither file nor folder, and for a name that is not UTF-8.
 std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptions& options);
 
 }  // namespace tool

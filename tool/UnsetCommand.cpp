@@ -7,21 +7,23 @@
 #include <utility>
 #include <vector>
 
+#include "opc/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
 #include "tool/Errors.h"
 #include "tool/PackageAccess.h"
-#include "tool/Suggest.h"
 
 namespace tool {
 
 namespace {
 
+std::vector<std::string> removableNames();
+
 constexpr std::array kOperands{
     OperandSpec{"PACKAGE", "the package"},
     OperandSpec{"DOCUMENT",
                 "license, configuration, apps, examples, revisions, requirements or screenshot",
-                true, true}};
+                true, true, removableNames}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
 
@@ -43,6 +45,12 @@ std::vector<Removal> removals() {
   return all;
 }
 
+std::vector<std::string> removableNames() {
+  std::vector<std::string> names;
+  for (const Removal& removal : removals()) names.emplace_back(removal.name);
+  return names;
+}
+
 Removal findRemoval(std::string_view name) {
   if (name == kProperties) {
     throw UsageError(sentence("cannot remove", name, "a package always has them"));
@@ -53,7 +61,7 @@ Removal findRemoval(std::string_view name) {
     names.push_back(removal.name);
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown document", name, suggestion(name, names, all)));
+  throw UsageError(sentence("unknown document", name, opc::suggestion(name, names, all)));
 }
 
 /// Each name once.
@@ -83,6 +91,11 @@ ExitCode run(const Invocation& invocation) {
   return ExitCode::Done;
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon unset kit.kraddon license", "removes the license"},
+    ExampleSpec{"kraddon unset kit.kraddon examples screenshot",
+                "removes the examples and the screenshot"}};
+
 }  // namespace
 
 constexpr CommandSpec kUnsetCommand{
@@ -92,6 +105,7 @@ constexpr CommandSpec kUnsetCommand{
     "always has them. One that is not there is an error, and nothing is changed.",
     kOperands,
     kOptions,
-    run};
+    run,
+    kExamples};
 
 }  // namespace tool

@@ -15,6 +15,7 @@
 #include "tool/Messages.h"
 #include "tool/Output.h"
 #include "tool/PackageAccess.h"
+#include "tool/Progress.h"
 
 namespace tool {
 
@@ -28,17 +29,18 @@ constexpr std::array kOperands{OperandSpec{"PACKAGE", "the packages to check", f
 
 constexpr std::array kOptions{
     OptionSpec{"strict", 0, "", "warnings count as errors"},
-    OptionSpec{"ignore", 0, "ID[:GLOB]", "pass over a finding, everywhere or in what matches",
-               true},
+    OptionSpec{"ignore", 0, "ID[:GLOB]", "pass over a finding, everywhere or in what matches", true,
+               false, findingIds},
     OptionSpec{"opc", 0, "", "check the container and the packaging rules alone"},
-    OptionSpec{"format", 0, "FORMAT", "text, github or sarif"},
+    OptionSpec{"format", 0, "FORMAT", "text, github or sarif", false, false, findingFormats},
     kJsonOption,
-    OptionSpec{"explain", 0, "ID", "say what a finding means, and what to do about it"}};
+    OptionSpec{"explain", 0, "ID", "say what a finding means, and what to do about it", false,
+               false, findingIds}};
 
 constexpr const char* kDescription =
     "Reads every byte, and checks every checksum, every rule of the packaging conventions, every\n"
     "document and every reference between them. Prints a line a finding. The exit code is 1 when\n"
-    "there is an error in any of the packages.\n";
+    "there is an error in any of the packages.";
 
 void explain(const FindingInfo& info, Output& output) {
   const auto group = addon::checks::groupOf(info.number);
@@ -62,12 +64,14 @@ ExitCode runExplain(const Invocation& invocation) {
 }
 
 /// Never throws for what one file is like: the others are still to be checked.
-PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& rules) {
+PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& rules,
+                      const Settings& settings) {
   PackageVerdict failed;
   failed.file = path;
   try {
     toUtf16("cannot open", path);
-    return judge(path, addon::checks::verifyPackage(path, scope), rules);
+    ProgressBar bar(settings);
+    return judge(path, addon::checks::verifyPackage(path, scope, bar.function()), rules);
   } catch (const opc::Exception& error) {
     failed.failure = error.what();
   } catch (const Failure& error) {
@@ -94,7 +98,7 @@ void printSummary(const PackageVerdict& verdict, const Settings& settings) {
 
 ExitCode runChecks(const Invocation& invocation) {
   if (invocation.operands().empty()) {
-    throw UsageError(fmt::format("PACKAGE is missing: {}", kOperands[0].help));
+    throw UsageError(sentence("missing operand", kOperands[0].name, kOperands[0].help));
   }
   invocation.refuseTogether("json", "format");
   const IgnoreRules rules(invocation.values("ignore"));
@@ -107,7 +111,7 @@ ExitCode runChecks(const Invocation& invocation) {
   bool isGood = true;
   printer->begin();
   for (const std::string& path : invocation.operands()) {
-    const PackageVerdict verdict = verify(path, scope, rules);
+    const PackageVerdict verdict = verify(path, scope, rules, invocation.settings());
     printer->print(verdict);
     output.flush();  // before what goes to standard error
     printSummary(verdict, invocation.settings());
@@ -122,11 +126,20 @@ ExitCode run(const Invocation& invocation) {
   return invocation.has("explain") ? runExplain(invocation) : runChecks(invocation);
 }
 
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon verify kit.kraddon", "prints a line a finding"},
+    ExampleSpec{"kraddon verify --strict --ignore 'KR512:docs/**' *.kraddon",
+                "fails on warnings too, but for some"},
+    ExampleSpec{"kraddon verify --opc --json report.docx",
+                "checks any package of the packaging conventions"},
+    ExampleSpec{"kraddon verify --explain KR101", "says what a finding means"}};
+
 }  // namespace
 
 constexpr CommandSpec kVerifyCommand{
     "verify",     "checks packages, and says what is wrong with them",
     kDescription, kOperands,
-    kOptions,     run};
+    kOptions,     run,
+    kExamples};
 
 }  // namespace tool

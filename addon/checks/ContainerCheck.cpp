@@ -68,10 +68,11 @@ class ContainerCheck {
   ContainerCheck(const ZipDirectory& directory, Report& report)
       : directory_(directory), report_(report), states_(directory.entries().size()) {}
 
-  std::vector<ItemState> run(const PackageFile& file) {
+  std::vector<ItemState> run(const PackageFile& file,
+                             const opc::interfaces::ProgressFunction& progress) {
     for (const ZipFault& fault : directory_.faults()) takeFault(fault);
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkEntry(entry);
-    ItemDataCheck(file, directory_, states_, report_).run();
+    ItemDataCheck(file, directory_, states_, report_).run(progress);
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkRatio(entry);
     return std::move(states_);
   }
@@ -127,8 +128,9 @@ class ContainerCheck {
 }  // namespace
 
 std::vector<ItemState> checkContainer(const PackageFile& file, const ZipDirectory& directory,
+                                      const opc::interfaces::ProgressFunction& progress,
                                       Report& report) {
-  return ContainerCheck(directory, report).run(file);
+  return ContainerCheck(directory, report).run(file, progress);
 }
 
 }  // namespace addon::checks

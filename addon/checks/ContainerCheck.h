@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "addon/checks/Report.h"
+#include "opc/interfaces/Progress.h"
 #include "opc/zippackage/PackageFile.h"
 #include "opc/zippackage/ZipDirectory.h"
 
@@ -17,9 +18,11 @@ struct ItemState {
 };
 
 /// Checks what shows in the directory, and then every header, descriptor, size and checksum: reads
-/// every byte of the file that is in use. Findings 102 to 115. Throws opc::SystemError.
+/// every byte of the file that is in use. Findings 102 to 115. `progress` may be empty. Throws
+/// opc::SystemError.
 std::vector<ItemState> checkContainer(const opc::zippackage::PackageFile& file,
                                       const opc::zippackage::ZipDirectory& directory,
+                                      const opc::interfaces::ProgressFunction& progress,
                                       Report& report);
 
 }  // namespace addon::checks

@@ -25,12 +25,34 @@ std::uint16_t numberOf(std::string_view rule) {
 
 }  // namespace
 
-void ItemDataCheck::run() {
+void ItemDataCheck::run(const opc::interfaces::ProgressFunction& progress) {
   const auto order = directory_.physicalOrder();
   if (order.empty()) return;
+  progress_ = progress;
+  expect(order);
   reached_ = directory_.entries()[order[0]].headerOffset;
-  for (const std::uint32_t entry : order) checkItem(entry);
+  for (const std::uint32_t entry : order) {
+    checkItem(entry);
+    advance(1, 0);
+  }
   checkGap(directory_.location().offset);
+}
+
+// Declared sizes may be anything, so that their sum is bounded.
+void ItemDataCheck::expect(std::span<const std::uint32_t> entries) {
+  constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
+  done_.itemsTotal = entries.size();
+  for (const std::uint32_t entry : entries) {
+    if (states_[entry].isDamaged) continue;
+    const std::uint64_t size = directory_.entries()[entry].size;
+    done_.bytesTotal += std::min(size, kMost - done_.bytesTotal);
+  }
+}
+
+void ItemDataCheck::advance(std::uint64_t items, std::uint64_t bytes) {
+  done_.itemsDone += items;
+  done_.bytesDone += bytes;
+  if (progress_) progress_(done_);
 }
 
 void ItemDataCheck::checkItem(std::uint32_t entry) {
@@ -89,10 +111,13 @@ void ItemDataCheck::readData(std::uint32_t entry) {
 void ItemDataCheck::drain(std::uint32_t entry) {
   const ZipEntry& item = directory_.entries()[entry];
   const std::uint64_t limit = opc::zippackage::kWholeLimit;
-  if (item.size <= limit && item.packedSize <= limit) return reader_.read(entry, buffer_, limit);
+  if (item.size <= limit && item.packedSize <= limit) {
+    reader_.read(entry, buffer_, limit);
+    return advance(0, item.size);
+  }
   const std::unique_ptr<opc::InputStream> stream = reader_.open(entry);
   buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
-  while (stream->read(buffer_.data(), kReadStep) > 0) continue;
+  while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
 }
 
 // Nothing when the headers are at fault, which reading the data has said.

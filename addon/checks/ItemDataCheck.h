@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "addon/checks/ContainerCheck.h"
 #include "opc/ByteBuffer.h"
+#include "opc/interfaces/Progress.h"
 #include "opc/zippackage/ZipItemReader.h"
 
 namespace addon::checks {
@@ -22,10 +24,12 @@ class ItemDataCheck {
                 Report& report)
       : directory_(directory), states_(states), report_(report), reader_(file, directory) {}
 
-  /// Marks what turns out to be damaged.
-  void run();
+  /// Marks what turns out to be damaged. `progress` may be empty.
+  void run(const opc::interfaces::ProgressFunction& progress);
 
  private:
+  void expect(std::span<const std::uint32_t> entries);
+  void advance(std::uint64_t items, std::uint64_t bytes);
   void checkItem(std::uint32_t entry);
   void checkStart(std::uint32_t entry);
   void checkGap(std::uint64_t until);
@@ -41,6 +45,8 @@ class ItemDataCheck {
   Report& report_;
   opc::zippackage::ZipItemReader reader_;
   opc::ByteBuffer buffer_;
+  opc::interfaces::ProgressFunction progress_;
+  opc::interfaces::Progress done_;
   std::uint64_t reached_ = 0;  // where the last of the items so far ends
   bool isExact_ = true;        // or where it ends at least
 };

@@ -107,8 +107,8 @@ void checkReferences(AddonPackage& package, Report& report) {
   checkNewestRevision(package, report);
   checkGuids(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
-  for (const std::string& line : package.fileSystem().unreadable()) {
-    report.add({411, "", line, "", 0});
+  for (const auto& file : package.fileSystem().unreadable()) {
+    report.add({411, file.name, file.why, "", 0});
   }
   PathCheck paths(package.fileSystem(), report);
   checkApps(package, paths);

@@ -17,6 +17,7 @@
 
 namespace addon::checks {
 
+using opc::interfaces::ProgressFunction;
 using opc::zippackage::PackageFile;
 using opc::zippackage::ZipDirectory;
 
@@ -69,26 +70,27 @@ void checkAddon(const std::string& path, Report& report) {
 }
 
 // Whether there was anything to check.
-bool checkFile(const std::string& path, const PackageFile& file, Report& report) {
+bool checkFile(const std::string& path, const PackageFile& file, const ProgressFunction& progress,
+               Report& report) {
   const std::optional<ZipDirectory> directory = readDirectory(file, report);
   if (!directory) return false;
-  const std::vector<ItemState> states = checkContainer(file, *directory, report);
+  const std::vector<ItemState> states = checkContainer(file, *directory, progress, report);
   CheckedContainer container(path, file, *directory, states);
   checkPackaging(container, report);
   return true;
 }
 
-bool checkAnyPackage(const std::string& path, Report& report) {
+bool checkAnyPackage(const std::string& path, const ProgressFunction& progress, Report& report) {
   const PackageFile file(path);
   return opc::zippackage::inContext([&] { return "cannot check package '" + path + "'"; },
-                                    [&] { return checkFile(path, file, report); });
+                                    [&] { return checkFile(path, file, progress, report); });
 }
 
 }  // namespace
 
-Report verifyPackage(const std::string& path, Scope scope) {
+Report verifyPackage(const std::string& path, Scope scope, const ProgressFunction& progress) {
   Report report;
-  if (checkAnyPackage(path, report) && scope == Scope::Addon) checkAddon(path, report);
+  if (checkAnyPackage(path, progress, report) && scope == Scope::Addon) checkAddon(path, report);
   return report;
 }
 

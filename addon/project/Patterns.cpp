@@ -287,11 +287,16 @@ bool PatternList::Entry::matches(std::string_view path, bool isFolder) const {
   return isBelow && pattern.matches(path.substr(folder.size() + 1), isFolder);
 }
 
-bool PatternList::excludes(std::string_view path, bool isFolder) const {
+const Pattern* PatternList::deciding(std::string_view path, bool isFolder) const {
   for (auto entry = patterns_.rbegin(); entry != patterns_.rend(); ++entry) {
-    if (entry->matches(path, isFolder)) return !entry->pattern.takesBack();
+    if (entry->matches(path, isFolder)) return &entry->pattern;
   }
-  return false;
+  return nullptr;
+}
+
+bool PatternList::excludes(std::string_view path, bool isFolder) const {
+  const Pattern* pattern = deciding(path, isFolder);
+  return pattern != nullptr && !pattern->takesBack();
 }
 
 void addDefaultExcludes(PatternList& list) {

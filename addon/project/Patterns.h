@@ -66,6 +66,8 @@ class PatternList {
 
   bool isEmpty() const { return patterns_.empty(); }
 
+  /// The pattern that decides about a path, the last one that matches; null when none does.
+  const Pattern* deciding(std::string_view path, bool isFolder) const;
   /// Whether the path is one to leave out, given that no folder above it is.
   bool excludes(std::string_view path, bool isFolder) const;
 

@@ -73,6 +73,12 @@ bool isSegmentEnd(std::string_view name, std::size_t at) {
   return at + 1 == name.size() || name[at + 1] == '/';
 }
 
+// The first character from `at` that needs a look, or the end: in most names that is all.
+std::size_t skipPlain(std::string_view name, std::size_t at) {
+  while (at < name.size() && kKinds[static_cast<unsigned char>(name[at])] == Kind::Plain) ++at;
+  return at;
+}
+
 const NameFault* checkSlash(std::string_view name, std::size_t at) {
   if (at == 0 || name[at - 1] == '/') return &kEmptySegment;
   return at + 1 == name.size() ? &kEndsInSlash : nullptr;
@@ -82,11 +88,12 @@ const NameFault* checkSlash(std::string_view name, std::size_t at) {
 
 const NameFault* findNameFault(std::string_view itemName) {
   if (itemName.empty()) return &kEmpty;
-  for (std::size_t at = 0; at < itemName.size(); ++at) {
+  for (std::size_t at = skipPlain(itemName, 0); at < itemName.size();
+       at = skipPlain(itemName, at + 1)) {
     const NameFault* fault = nullptr;
     switch (kKinds[static_cast<unsigned char>(itemName[at])]) {
       case Kind::Plain:
-        continue;
+        break;
       case Kind::Slash:
         fault = checkSlash(itemName, at);
         break;

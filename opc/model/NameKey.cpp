@@ -4,9 +4,9 @@
 #include <sys/random.h>
 
 #include <chrono>
-#include <cstring>
 
 #include "opc/Text.h"
+#include "opc/Words.h"
 
 namespace opc::model {
 namespace {
@@ -84,12 +84,6 @@ std::uint64_t foldWord(std::uint64_t word) {
   return word | (((fromA ^ pastZ) & kHighBits) >> 2);
 }
 
-std::uint64_t loadWord(const char* bytes, std::size_t count) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, count);
-  return word;
-}
-
 std::uint64_t hashWideSegment(std::uint64_t state, std::string_view segment, std::size_t& length) {
   KeyCursor cursor(segment);
   char block[8];
@@ -97,21 +91,30 @@ std::uint64_t hashWideSegment(std::uint64_t state, std::string_view segment, std
   for (length = 0; !cursor.isEnd(); ++length) {
     block[filled++] = cursor.next();
     if (filled < sizeof block) continue;
-    state = mix(state ^ loadWord(block, filled), hashKey().word);
+    state = mix(state ^ loadWord(block), hashKey().word);
     filled = 0;
   }
-  return filled == 0 ? state : mix(state ^ loadWord(block, filled), hashKey().word);
+  return filled == 0 ? state : mix(state ^ loadTail(block, filled), hashKey().word);
 }
 
 // The same for a segment of ASCII; false, and nothing done, when it is not.
 bool hashAsciiSegment(std::uint64_t& state, std::string_view segment) {
+  const std::uint64_t key = hashKey().word;
   std::uint64_t hash = state;
-  for (std::size_t at = 0; at < segment.size(); at += 8) {
-    const std::size_t count = segment.size() - at < 8 ? segment.size() - at : 8;
-    const std::uint64_t word = loadWord(segment.data() + at, count);
-    if ((word & kHighBits) != 0) return false;
-    hash = mix(hash ^ foldWord(word), hashKey().word);
+  std::uint64_t all = 0;
+  const char* next = segment.data();
+  std::size_t left = segment.size();
+  for (; left >= 8; left -= 8, next += 8) {
+    const std::uint64_t word = loadWord(next);
+    all |= word;
+    hash = mix(hash ^ foldWord(word), key);
   }
+  if (left > 0) {
+    const std::uint64_t word = loadTail(next, left);
+    all |= word;
+    hash = mix(hash ^ foldWord(word), key);
+  }
+  if ((all & kHighBits) != 0) return false;
   state = hash;
   return true;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/PartName.h"
 
+#include <cstring>
 #include <utility>
 
 #include "opc/Exception.h"
@@ -30,9 +31,16 @@ std::string checkedName(std::u16string_view name) {
   return given;
 }
 
+// 0 when there is no such character.
+std::size_t startAfterLast(char c, std::string_view text) {
+  if (text.empty()) return 0;
+  const void* found = ::memrchr(text.data(), c, text.size());
+  if (found == nullptr) return 0;
+  return static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + 1;
+}
+
 std::size_t lastSegmentStart(std::string_view itemName) {
-  const std::size_t slash = itemName.rfind('/');
-  return slash == std::string_view::npos ? 0 : slash + 1;
+  return startAfterLast('/', itemName);
 }
 
 bool endsWithFolded(std::string_view text, std::string_view lowerEnding) {
@@ -88,9 +96,9 @@ PartName PartName::relationshipsPartName() const {
 }
 
 std::string_view extensionOf(std::string_view itemName) {
-  const std::string_view segment = itemName.substr(lastSegmentStart(itemName));
-  const std::size_t dot = segment.rfind('.');
-  return dot == std::string_view::npos ? std::string_view() : segment.substr(dot + 1);
+  const std::size_t afterDot = startAfterLast('.', itemName);
+  const bool hasDot = afterDot != 0 && afterDot > lastSegmentStart(itemName);
+  return hasDot ? itemName.substr(afterDot) : std::string_view();
 }
 
 bool isRelationshipsItemName(std::string_view itemName) {

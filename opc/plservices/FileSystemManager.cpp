@@ -142,7 +142,7 @@ std::unique_ptr<InputStream> FileSystemManager::openFile(const FileSystemEntry& 
                   "cannot open '" + nodes.path(node) + "': it is a folder");
 }
 
-const std::vector<std::string>& FileSystemManager::unreadable() {
+const std::vector<UnreadableFile>& FileSystemManager::unreadable() {
   return state().tree->unreadable;
 }
 

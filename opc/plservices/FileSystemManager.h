@@ -13,6 +13,7 @@
 #include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/model/Package.h"
+#include "opc/plservices/UnreadableFile.h"
 
 namespace opc::plservices {
 
@@ -118,9 +119,9 @@ class FileSystemManager {
   std::unique_ptr<InputStream> openFile(const FileSystemEntry& file);
 
   /// Files of the package that have no path (a name that decodes to a control character or to no
-  /// UTF-8, say) or that are no parts (no part name, no content type), one line each that names the
-  /// part or item and says why. They are not in the tree.
-  const std::vector<std::string>& unreadable();
+  /// UTF-8, say) or that are no parts (no part name, no content type), each with the reason. They
+  /// are not in the tree.
+  const std::vector<UnreadableFile>& unreadable();
 
  private:
   class State;

@@ -5,7 +5,8 @@
 
 #include <bit>
 #include <chrono>
-#include <cstring>
+
+#include "opc/Words.h"
 
 namespace opc::plservices {
 namespace {
@@ -67,14 +68,8 @@ std::uint64_t keyedHash(std::string_view bytes, std::uint64_t salt) noexcept {
   SipState state(key);
   state.absorb(salt);
   const std::uint64_t length = bytes.size();
-  std::uint64_t word = 0;
-  for (; bytes.size() >= sizeof word; bytes.remove_prefix(sizeof word)) {
-    std::memcpy(&word, bytes.data(), sizeof word);
-    state.absorb(word);
-  }
-  word = 0;
-  if (!bytes.empty()) std::memcpy(&word, bytes.data(), bytes.size());
-  state.absorb(word | (length << 56));
+  for (; bytes.size() >= 8; bytes.remove_prefix(8)) state.absorb(loadWord(bytes.data()));
+  state.absorb(loadTail(bytes.data(), bytes.size()) | (length << 56));
   return state.finish();
 }
 

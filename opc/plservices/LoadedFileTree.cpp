@@ -53,6 +53,7 @@ class TreeLoader {
   void addPart(model::PartId part);
   void addOtherItems(const std::vector<std::string>& names, const char* why);
   void addUnreadable(std::string_view itemName, const std::string& why);
+  void noteUnreadable(std::string_view kind, std::string_view itemName, const std::string& why);
   void countEmptyFolder(NodeId node);
 
   model::Package& package_;
@@ -154,15 +155,22 @@ void TreeLoader::addPart(model::PartId part) {
 }
 
 void TreeLoader::addUnreadable(std::string_view itemName, const std::string& why) {
+  noteUnreadable("part '/", itemName, why);
+}
+
+void TreeLoader::noteUnreadable(std::string_view kind, std::string_view itemName,
+                                const std::string& why) {
+  const std::string name(itemName);
+  const std::string rest = "is no file of the tree: " + why;
   tree_.unreadable.push_back(
-      printable("part '/" + std::string(itemName) + "' is no file of the tree: " + why));
+      {"/" + name, printable("it " + rest), printable(std::string(kind) + name + "' " + rest)});
 }
 
 // Whoever packed them meant them as files.
 void TreeLoader::addOtherItems(const std::vector<std::string>& names, const char* why) {
   for (const std::string& name : names) {
     if (!isInFilesFolder(name)) continue;
-    tree_.unreadable.push_back(printable("item '" + name + "' is no file of the tree: " + why));
+    noteUnreadable("item '", name, why);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "opc/plservices/FileTree.h"
 #include "opc/plservices/FileTreePart.h"
 #include "opc/plservices/FileTreeTable.h"
+#include "opc/plservices/UnreadableFile.h"
 
 namespace opc::plservices {
 
@@ -21,9 +22,9 @@ struct LoadedFileTree {
   FileTree nodes;
   /// Part names of the files that only the table can place.
   std::unordered_map<NodeId, std::string> tableFiles;
-  std::size_t emptyFolders = 0;         ///< every one of them stands in the table
-  std::uint64_t tableSize = 0;          ///< bytes of the table at most, markup of the root aside
-  std::vector<std::string> unreadable;  ///< files without a path and no parts, a line each
+  std::size_t emptyFolders = 0;            ///< every one of them stands in the table
+  std::uint64_t tableSize = 0;             ///< bytes of the table at most, markup of the root aside
+  std::vector<UnreadableFile> unreadable;  ///< files without a path and no parts
 
   bool needsTable() const { return emptyFolders != 0 || !tableFiles.empty(); }
   FileTreeTable table() const;

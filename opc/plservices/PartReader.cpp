@@ -5,7 +5,7 @@ namespace opc::plservices {
 namespace {
 
 constexpr std::uint64_t kMaxWholePart = std::uint64_t{16} << 20;
-constexpr std::size_t kBlock = std::size_t{1} << 20;
+constexpr std::size_t kBlock = std::size_t{128} << 10;
 
 }  // namespace
 

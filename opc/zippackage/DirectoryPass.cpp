@@ -2,16 +2,16 @@
 #include "opc/zippackage/DirectoryPass.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <numeric>
 #include <string>
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/Words.h"
 #include "opc/zippackage/CodePage437.h"
-#include "opc/zippackage/DuplicateNames.h"
 #include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/ItemInfoOf.h"
 
 namespace opc::zippackage {
 namespace {
@@ -21,12 +21,31 @@ bool isAscii(std::string_view text) {
   const char* next = text.data();
   std::size_t left = text.size();
   for (; left >= 8; left -= 8, next += 8) {
-    std::uint64_t block = 0;
-    std::memcpy(&block, next, 8);
-    if ((block & kHighBits) != 0) return false;
+    if ((loadWord(next) & kHighBits) != 0) return false;
   }
-  return std::all_of(next, next + left,
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return (loadTail(next, left) & kHighBits) == 0;
+}
+
+// Whether a name is ASCII without a NUL and without two dots in a row, in one pass. False as well
+// for a few that are: what follows a byte that is looked for can be mistaken for another one.
+bool isPlain(std::string_view name) {
+  constexpr std::uint64_t kEachByte = 0x0101010101010101u;
+  constexpr std::uint64_t kHighBits = 0x80u * kEachByte;
+  std::uint64_t dotBefore = 0;
+  const auto isPlainWord = [&dotBefore](std::uint64_t word) {
+    const std::uint64_t noDot = word ^ ('.' * kEachByte);
+    const std::uint64_t dots = (noDot - kEachByte) & ~noDot & kHighBits;
+    const std::uint64_t pairs = dots & (dots << 8 | dotBefore);
+    dotBefore = dots >> 56;
+    return (((word - kEachByte) | word) & kHighBits) == 0 && pairs == 0;
+  };
+  const char* next = name.data();
+  std::size_t left = name.size();
+  for (; left >= 8; left -= 8, next += 8) {
+    if (!isPlainWord(loadWord(next))) return false;
+  }
+  if (left == 0) return true;
+  return isPlainWord(loadTail(next, left) | 'a' * kEachByte << (8 * left));
 }
 
 bool isSeparator(char c) {
@@ -51,8 +70,10 @@ void DirectoryPass::run() {
 void DirectoryPass::readEntries() {
   const Bytes bytes = directory_.bytes_.bytes();
   // The smaller of what is declared and what there is room for.
-  directory_.entries_.reserve(static_cast<std::size_t>(
-      std::min<std::uint64_t>(directory_.location_.entries, bytes.size() / CentralHeader::kSize)));
+  const auto expected = static_cast<std::size_t>(
+      std::min<std::uint64_t>(directory_.location_.entries, bytes.size() / CentralHeader::kSize));
+  directory_.entries_.reserve(expected);
+  hashes_.reserve(expected);
   std::size_t at = 0;
   while (at < bytes.size()) {
     const auto header = CentralHeader::decode(bytes.subspan(at));
@@ -73,7 +94,7 @@ void DirectoryPass::readEntries() {
 }
 
 void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
-  ZipEntry entry;
+  ZipEntry& entry = directory_.entries_.emplace_back();
   entry.record = static_cast<std::uint32_t>(at);
   entry.headerOffset = header.headerOffset;
   entry.packedSize = header.packedSize;
@@ -82,14 +103,21 @@ void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
   entry.nameLength = header.nameLength;
   entry.flags = header.flags;
   entry.method = header.method;
-  directory_.entries_.push_back(entry);
-  ZipEntry& kept = directory_.entries_.back();
-  readZip64(kept, header);
-  checkMethod(kept);
-  checkName(kept);
+  readZip64(entry, header);
+  checkMethod(entry);
+  checkName(entry);
+  const std::string_view name = directory_.name(current_);
+  entry.kind = itemKindOf(name, header);
+  hashes_.push_back(names_.hashOf(name));  // now that the name is near
 }
 
 void DirectoryPass::readZip64(ZipEntry& entry, const CentralHeader& header) {
+  const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
+                             header.headerOffset != kElsewhere32 && header.disk == 0;
+  if (isPlainHeader) {
+    if (ExtraFieldWalk::isCut(directory_.extra(current_))) note(ZipFaultKind::ExtraMalformed);
+    return;
+  }
   Zip64Extra wide;
   if (header.size == kElsewhere32) wide.size = 0;
   if (header.packedSize == kElsewhere32) wide.packedSize = 0;
@@ -124,6 +152,7 @@ void DirectoryPass::checkMethod(const ZipEntry& entry) {
 void DirectoryPass::checkName(ZipEntry& entry) {
   const std::string_view name = directory_.storedName(current_);
   if (name.empty()) return note(ZipFaultKind::NameEmpty);
+  if (isPlain(name)) return;
   if (std::memchr(name.data(), 0, name.size()) != nullptr) note(ZipFaultKind::NameHasNul);
   checkParentSegments(name);
   if (isAscii(name)) return;
@@ -147,19 +176,14 @@ void DirectoryPass::checkParentSegments(std::string_view name) {
 }
 
 void DirectoryPass::checkDuplicates() {
+  constexpr std::uint32_t kAhead = 16;
   const auto nameOf = [this](std::uint32_t entry) { return directory_.name(entry); };
-  const auto count = static_cast<std::uint32_t>(directory_.entries_.size());
-  DuplicateNames names(count);
-  std::array<std::uint64_t, 16> hashes;
-  const auto first = static_cast<std::uint32_t>(std::min<std::size_t>(hashes.size(), count));
-  for (std::uint32_t entry = 0; entry < first; ++entry) {
-    hashes[entry] = names.prepare(nameOf(entry));
-  }
+  const auto count = static_cast<std::uint32_t>(hashes_.size());
+  names_.makeRoomFor(count);
   for (std::uint32_t entry = 0; entry < count; ++entry) {
-    std::uint64_t& hash = hashes[entry % hashes.size()];
-    const std::uint32_t other = names.add(entry, hash, nameOf);
+    if (count - entry > kAhead) names_.prefetch(hashes_[entry + kAhead]);
+    const std::uint32_t other = names_.add(entry, hashes_[entry], nameOf);
     if (other != kNoEntry) noteTwice(entry, other);
-    if (count - entry > hashes.size()) hash = names.prepare(nameOf(entry + first));
   }
 }
 
@@ -184,34 +208,29 @@ void DirectoryPass::checkPlaces() {
   const std::uint64_t start =
       order.empty() ? directory_.location_.offset : entries[order[0]].headerOffset;
   if (start > 0) note(ZipFaultKind::BytesBeforeFirst, 0, start);
-  std::uint32_t last = kNoEntry;
-  for (const std::uint32_t entry : order) {
-    checkPlace(entry, last);
-    if (last == kNoEntry || entries[entry].leastEnd() > entries[last].leastEnd()) last = entry;
-  }
-  if (last == kNoEntry) return;
-  const std::uint64_t end = entries[last].leastEnd();
+  for (const std::uint32_t entry : order) checkPlace(entry, entries[entry].leastEnd());
+  if (farthest_ == kNoEntry) return;
   const std::uint64_t gap =
-      directory_.location_.offset - std::min(end, directory_.location_.offset);
-  if (gap > kMostUnseen) note(ZipFaultKind::UnusedBytes, end, gap);
+      directory_.location_.offset - std::min(reached_, directory_.location_.offset);
+  if (gap > kMostUnseen) note(ZipFaultKind::UnusedBytes, reached_, gap);
 }
 
-void DirectoryPass::checkPlace(std::uint32_t entry, std::uint32_t previous) {
-  const ZipEntry& here = directory_.entries_[entry];
-  const std::uint64_t limit = directory_.location_.offset;
-  if (here.headerOffset >= directory_.location_.archiveEnd ||
-      here.leastEnd() > directory_.location_.archiveEnd) {
-    noteFor(entry, ZipFaultKind::OutsideFile, here.leastEnd(), directory_.location_.archiveEnd);
-  } else if (here.leastEnd() > limit) {
+void DirectoryPass::checkPlace(std::uint32_t entry, std::uint64_t end) {
+  const std::uint64_t start = directory_.entries_[entry].headerOffset;
+  const std::uint64_t archiveEnd = directory_.location_.archiveEnd;
+  if (start >= archiveEnd || end > archiveEnd) {
+    noteFor(entry, ZipFaultKind::OutsideFile, end, archiveEnd);
+  } else if (end > directory_.location_.offset) {
     noteFor(entry, ZipFaultKind::Overlap, kNoEntry, 0);
   }
-  if (previous == kNoEntry) return;
-  const std::uint64_t before = directory_.entries_[previous].leastEnd();
-  if (before > here.headerOffset) {
-    noteFor(entry, ZipFaultKind::Overlap, previous, 0);
-  } else if (here.headerOffset - before > kMostUnseen) {
-    noteFor(kNoEntry, ZipFaultKind::UnusedBytes, before, here.headerOffset - before);
+  if (farthest_ != kNoEntry && reached_ > start) {
+    noteFor(entry, ZipFaultKind::Overlap, farthest_, 0);
+  } else if (farthest_ != kNoEntry && start - reached_ > kMostUnseen) {
+    noteFor(kNoEntry, ZipFaultKind::UnusedBytes, reached_, start - reached_);
   }
+  if (farthest_ != kNoEntry && end <= reached_) return;
+  farthest_ = entry;
+  reached_ = end;
 }
 
 void DirectoryPass::note(ZipFaultKind kind, std::uint64_t first, std::uint64_t second) {

@@ -4,7 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
+#include "opc/LargeBlocks.h"
+#include "opc/zippackage/DuplicateNames.h"
 #include "opc/zippackage/ZipDirectory.h"
 
 namespace opc::zippackage {
@@ -26,12 +29,16 @@ class DirectoryPass {
   void checkDuplicates();
   void noteTwice(std::uint32_t entry, std::uint32_t other);
   void checkPlaces();
-  void checkPlace(std::uint32_t entry, std::uint32_t previous);
+  void checkPlace(std::uint32_t entry, std::uint64_t end);
   void note(ZipFaultKind kind, std::uint64_t first = 0, std::uint64_t second = 0);
   void noteFor(std::uint32_t entry, ZipFaultKind kind, std::uint64_t first, std::uint64_t second);
 
   ZipDirectory& directory_;
+  DuplicateNames names_;
+  std::vector<std::uint64_t, LargeBlockAllocator<std::uint64_t>> hashes_;  // of the names
   std::uint32_t current_ = 0;
+  std::uint32_t farthest_ = kNoEntry;  // the entry that ends last, of those that checkPlace() saw
+  std::uint64_t reached_ = 0;          // and where that is
 };
 
 }  // namespace opc::zippackage

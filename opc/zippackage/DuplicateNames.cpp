@@ -4,8 +4,9 @@
 #include <sys/random.h>
 
 #include <bit>
-#include <cstring>
 #include <ctime>
+
+#include "opc/Words.h"
 
 namespace opc::zippackage {
 namespace {
@@ -15,12 +16,6 @@ __extension__ using Wide = unsigned __int128;
 std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
   const Wide product = static_cast<Wide>(a) * b;
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-}
-
-std::uint64_t load(const char* from, std::size_t size) {
-  std::uint64_t value = 0;
-  std::memcpy(&value, from, size);
-  return value;
 }
 
 void fillWithChance(std::uint64_t (&seeds)[2]) {
@@ -34,9 +29,13 @@ void fillWithChance(std::uint64_t (&seeds)[2]) {
 
 }  // namespace
 
-DuplicateNames::DuplicateNames(std::size_t count)
-    : mask_(std::bit_ceil(count * 2 + 1) - 1), slots_(mask_ + 1) {
+DuplicateNames::DuplicateNames() {
   fillWithChance(seeds_);
+}
+
+void DuplicateNames::makeRoomFor(std::size_t count) {
+  mask_ = std::bit_ceil(count * 2 + 1) - 1;
+  slots_.assign(mask_ + 1, {});
 }
 
 std::uint64_t DuplicateNames::hashOf(std::string_view name) const {
@@ -44,9 +43,9 @@ std::uint64_t DuplicateNames::hashOf(std::string_view name) const {
   const char* next = name.data();
   std::size_t left = name.size();
   for (; left >= 8; left -= 8, next += 8) {
-    state = mix(state ^ load(next, 8), seeds_[1] | 1);
+    state = mix(state ^ loadWord(next), seeds_[1] | 1);
   }
-  if (left > 0) state = mix(state ^ load(next, left), seeds_[1] | 1);
+  if (left > 0) state = mix(state ^ loadTail(next, left), seeds_[1] | 1);
   return mix(state ^ seeds_[1], 0xD6E8FEB86659FD93u);
 }
 

@@ -15,14 +15,17 @@ namespace opc::zippackage {
 /// nobody can prepare names against.
 class DuplicateNames {
  public:
-  explicit DuplicateNames(std::size_t count);
+  DuplicateNames();
 
-  /// The hash of a name that is going to be added. Has the memory brought near that adding it will
-  /// look at: in a large directory the way there is what takes time.
-  std::uint64_t prepare(std::string_view name) const {
-    const std::uint64_t hash = hashOf(name);
+  std::uint64_t hashOf(std::string_view name) const;
+
+  /// Before anything is added: how many names there are going to be.
+  void makeRoomFor(std::size_t count);
+
+  /// Has the memory brought near that adding a name of that hash is going to look at: in a large
+  /// directory the way there is what takes time. (GCC leaves out calls that do nothing else.)
+  [[gnu::always_inline]] void prefetch(std::uint64_t hash) const {
     __builtin_prefetch(&slots_[static_cast<std::size_t>(hash) & mask_]);
-    return hash;
   }
 
   /// Adds an entry whose name has that hash. Returns the earlier one of the same name, or kNoEntry.
@@ -45,10 +48,8 @@ class DuplicateNames {
     std::uint32_t entryPlusOne = 0;  ///< 0: free
   };
 
-  std::uint64_t hashOf(std::string_view name) const;
-
   std::uint64_t seeds_[2];
-  std::size_t mask_;
+  std::size_t mask_ = 0;
   std::vector<Slot, LargeBlockAllocator<Slot>> slots_;
 };
 

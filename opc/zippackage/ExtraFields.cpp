@@ -24,16 +24,6 @@ bool take64(Bytes& from, std::optional<std::uint64_t>& value) {
 
 }  // namespace
 
-bool ExtraFieldWalk::next() {
-  if (left_.size() < kHeaderSize) return false;
-  const std::size_t length = load16(left_.data() + 2);
-  if (left_.size() - kHeaderSize < length) return false;
-  id_ = load16(left_.data());
-  data_ = left_.subspan(kHeaderSize, length);
-  left_ = left_.subspan(kHeaderSize + length);
-  return true;
-}
-
 std::optional<Bytes> ExtraFieldWalk::find(Bytes extra, std::uint16_t id) {
   ExtraFieldWalk walk(extra);
   while (walk.next()) {

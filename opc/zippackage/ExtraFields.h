@@ -17,11 +17,27 @@ class ExtraFieldWalk {
   explicit ExtraFieldWalk(Bytes extra) : left_(extra) {}
 
   /// Goes to the first or next field; false at the end, also one that is malformed.
-  bool next();
+  bool next() {
+    if (left_.size() < kHeaderSize) return false;
+    const std::size_t length = load16(left_.data() + 2);
+    if (left_.size() - kHeaderSize < length) return false;
+    id_ = load16(left_.data());
+    data_ = left_.subspan(kHeaderSize, length);
+    left_ = left_.subspan(kHeaderSize + length);
+    return true;
+  }
   std::uint16_t id() const { return id_; }
   Bytes data() const { return data_; }
   /// After the end: whether bytes are left over that are no whole field.
   bool isMalformed() const { return !left_.empty(); }
+
+  /// Whether they end in bytes that are no whole field.
+  static bool isCut(Bytes extra) {
+    ExtraFieldWalk walk(extra);
+    while (walk.next()) {
+    }
+    return walk.isMalformed();
+  }
 
   /// The data of the first field `id`, when there is one.
   static std::optional<Bytes> find(Bytes extra, std::uint16_t id);

@@ -11,7 +11,14 @@ using interfaces::ItemKind;
 
 namespace {
 
-ItemKind kindOf(std::string_view name, const CentralHeader& header) {
+std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
+  const auto exact = extra.empty() ? std::nullopt : TimeExtra::find(extra);
+  return exact.value_or(DosTime::toUnix(header.dosTime));
+}
+
+}  // namespace
+
+ItemKind itemKindOf(std::string_view name, const CentralHeader& header) {
   constexpr std::uint32_t kTypeMask = 0170000;
   constexpr std::uint32_t kRegularFile = 0100000;
   constexpr std::uint32_t kSymbolicLink = 0120000;
@@ -25,24 +32,13 @@ ItemKind kindOf(std::string_view name, const CentralHeader& header) {
   return type == 0 || type == kRegularFile ? ItemKind::File : ItemKind::Special;
 }
 
-std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
-  const auto exact = extra.empty() ? std::nullopt : TimeExtra::find(extra);
-  return exact.value_or(DosTime::toUnix(header.dosTime));
-}
-
-}  // namespace
-
-ItemKind itemKindOf(const ZipDirectory& directory, std::size_t entry) {
-  return kindOf(directory.name(entry), directory.header(entry));
-}
-
 ItemInfo itemInfoOf(const ZipDirectory& directory, std::size_t item) {
   constexpr std::uint32_t kOwnerExecutes = 0100u << 16;
   const ZipEntry& entry = directory.entries()[item];
   const CentralHeader header = directory.header(item);
   ItemInfo info;
   info.name = directory.name(item);
-  info.kind = kindOf(info.name, header);
+  info.kind = entry.kind;
   info.compressed = entry.method != kStored;
   info.executable =
       header.madeBy >> 8 == kHostUnix && (header.externalAttributes & kOwnerExecutes) != 0;

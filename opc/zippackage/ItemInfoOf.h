@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/zippackage/ZipDirectory.h"
@@ -10,6 +11,8 @@ namespace opc::zippackage {
 
 /// What the directory says about an entry.
 interfaces::ItemInfo itemInfoOf(const ZipDirectory& directory, std::size_t entry);
-interfaces::ItemKind itemKindOf(const ZipDirectory& directory, std::size_t entry);
+
+/// What an entry of that name and header is.
+interfaces::ItemKind itemKindOf(std::string_view name, const CentralHeader& header);
 
 }  // namespace opc::zippackage

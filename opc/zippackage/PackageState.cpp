@@ -127,7 +127,8 @@ void ZipPhysicalPackage::State::commit() {
   PackageContent content(writing.old.get(), writing.removed, writing.added, options);
   ZipCommit commit(writing.path, *writing.target, writing.old ? &writing.old->file : nullptr);
   commit.run(
-      mayReplace, [&](OutputFile& out) { content.writeTo(out); }, [&] { current.reset(); });
+      mayReplace, [&](OutputFile& out) { content.writeTo(out); }, options.inspect,
+      [&] { current.reset(); });
 }
 
 ZipPhysicalPackage::State::Session& ZipPhysicalPackage::State::session() const {
@@ -151,10 +152,6 @@ void ZipPhysicalPackage::State::requireItem(ItemIndex item) const {
   if (!isRemoved) return;
   throw Exception(ErrorCode::NotFound,
                   "item '" + open.nameOf(item) + "' was removed from '" + path + "'");
-}
-
-std::string ZipPhysicalPackage::State::readingContext(ItemIndex item) const {
-  return "cannot read item '" + session().nameOf(item) + "' of '" + path + "'";
 }
 
 ItemIndex ZipPhysicalPackage::State::add(const interfaces::NewItem& properties,

@@ -46,7 +46,6 @@ class ZipPhysicalPackage::State {
   /// was removed.
   void requireItem(interfaces::ItemIndex item) const;
   /// What to put in front of the reason why an item cannot be read.
-  std::string readingContext(interfaces::ItemIndex item) const;
   interfaces::ItemIndex add(const interfaces::NewItem& properties,
                             std::unique_ptr<interfaces::IContentSource> source);
 

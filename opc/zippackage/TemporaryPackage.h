@@ -23,6 +23,7 @@ class TemporaryPackage {
   TemporaryPackage& operator=(const TemporaryPackage&) = delete;
 
   int descriptor() const { return file_.get(); }
+  std::string path() const { return target_.folder + "/" + name_; }
 
   /// Flushes the file to the disk. Throws SystemError.
   void sync();

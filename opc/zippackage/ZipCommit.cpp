@@ -13,6 +13,7 @@
 namespace opc::zippackage {
 
 void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>& write,
+                    const std::function<void(const std::string&)>& inspect,
                     const std::function<void()>& finished) {
   std::optional<TemporaryPackage> package;
   const auto context = [this] { return "cannot write package '" + path_ + "'"; };
@@ -21,6 +22,7 @@ void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>
     OutputFile out(package->descriptor());
     write(out);
     out.flush();
+    if (inspect) inspect(package->path());
     package->sync();
     requireUnchanged();
     package->moveInPlace(replaceExisting);

@@ -21,11 +21,13 @@ class ZipCommit {
   ZipCommit(std::string path, PackageTarget target, const PackageFile* opened)
       : path_(std::move(path)), target_(std::move(target)), opened_(opened) {}
 
-  /// Has `write` write the new file, flushes it, makes sure that the old one is the one that was
-  /// opened, and swaps. `finished` is called as soon as the new file is in place, which is before
-  /// the folder is flushed. Throws ErrorCode::ChangedOnDisk, ErrorCode::AlreadyExists, SystemError,
-  /// and what `write` throws.
+  /// Has `write` write the new file and `inspect`, which may be empty, look at it by its path,
+  /// flushes it, makes sure that the old one is the one that was opened, and swaps. `finished` is
+  /// called as soon as the new file is in place, which is before the folder is flushed. Throws
+  /// ErrorCode::ChangedOnDisk, ErrorCode::AlreadyExists, SystemError, and what `write` and
+  /// `inspect` throw.
   void run(bool replaceExisting, const std::function<void(OutputFile&)>& write,
+           const std::function<void(const std::string&)>& inspect,
            const std::function<void()>& finished);
 
  private:

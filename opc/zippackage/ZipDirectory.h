@@ -10,6 +10,7 @@
 
 #include "opc/ByteBuffer.h"
 #include "opc/LargeBlocks.h"
+#include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/zippackage/EndOfDirectory.h"
 #include "opc/zippackage/LittleEndian.h"
 #include "opc/zippackage/PackageFile.h"
@@ -31,6 +32,7 @@ struct ZipEntry {
   std::uint16_t nameLength = 0;  ///< in bytes, as stored
   std::uint16_t flags = 0;
   std::uint16_t method = 0;
+  interfaces::ItemKind kind = interfaces::ItemKind::File;
 
   /// Where the item ends at least: the lengths of the local header's extra fields and of a data
   /// descriptor do not show in the directory. UINT64_MAX when that is beyond counting.
@@ -78,7 +80,7 @@ class ZipDirectory {
   ByteBuffer bytes_;
   DirectoryLocation location_;
   std::vector<ZipEntry, LargeBlockAllocator<ZipEntry>> entries_;
-  std::vector<std::uint32_t> physicalOrder_;
+  std::vector<std::uint32_t, LargeBlockAllocator<std::uint32_t>> physicalOrder_;
   std::string mappedNames_;                ///< those that were not ASCII or UTF-8, end to end
   std::vector<std::size_t> mappedStarts_;  ///< and where each begins; one more than names
 };

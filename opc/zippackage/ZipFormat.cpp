@@ -75,19 +75,22 @@ void LocalHeader::encode(unsigned char* to) const {
       .u16(extraLength);
 }
 
+// The result is filled in place: 16-bit stores that are copied in wider pieces right after make the
+// processor wait, and this is where a large directory spends its time.
 std::optional<LocalHeader> LocalHeader::decode(Bytes from) {
-  if (!isHere<LocalHeader>(from)) return std::nullopt;
-  LocalHeader header;
+  std::optional<LocalHeader> header;
+  if (!isHere<LocalHeader>(from)) return header;
+  header.emplace();
   FieldReader(from.data() + 4)
-      .u16(header.versionNeeded)
-      .u16(header.flags)
-      .u16(header.method)
-      .u32(header.dosTime)
-      .u32(header.crc)
-      .u32(header.packedSize)
-      .u32(header.size)
-      .u16(header.nameLength)
-      .u16(header.extraLength);
+      .u16(header->versionNeeded)
+      .u16(header->flags)
+      .u16(header->method)
+      .u32(header->dosTime)
+      .u32(header->crc)
+      .u32(header->packedSize)
+      .u32(header->size)
+      .u16(header->nameLength)
+      .u16(header->extraLength);
   return header;
 }
 
@@ -112,24 +115,25 @@ void CentralHeader::encode(unsigned char* to) const {
 }
 
 std::optional<CentralHeader> CentralHeader::decode(Bytes from) {
-  if (!isHere<CentralHeader>(from)) return std::nullopt;
-  CentralHeader header;
+  std::optional<CentralHeader> header;
+  if (!isHere<CentralHeader>(from)) return header;
+  header.emplace();
   FieldReader(from.data() + 4)
-      .u16(header.madeBy)
-      .u16(header.versionNeeded)
-      .u16(header.flags)
-      .u16(header.method)
-      .u32(header.dosTime)
-      .u32(header.crc)
-      .u32(header.packedSize)
-      .u32(header.size)
-      .u16(header.nameLength)
-      .u16(header.extraLength)
-      .u16(header.commentLength)
-      .u16(header.disk)
-      .u16(header.internalAttributes)
-      .u32(header.externalAttributes)
-      .u32(header.headerOffset);
+      .u16(header->madeBy)
+      .u16(header->versionNeeded)
+      .u16(header->flags)
+      .u16(header->method)
+      .u32(header->dosTime)
+      .u32(header->crc)
+      .u32(header->packedSize)
+      .u32(header->size)
+      .u16(header->nameLength)
+      .u16(header->extraLength)
+      .u16(header->commentLength)
+      .u16(header->disk)
+      .u16(header->internalAttributes)
+      .u32(header->externalAttributes)
+      .u32(header->headerOffset);
   return header;
 }
 
@@ -172,16 +176,17 @@ void EndRecord::encode(unsigned char* to) const {
 }
 
 std::optional<EndRecord> EndRecord::decode(Bytes from) {
-  if (!isHere<EndRecord>(from)) return std::nullopt;
-  EndRecord record;
+  std::optional<EndRecord> record;
+  if (!isHere<EndRecord>(from)) return record;
+  record.emplace();
   FieldReader(from.data() + 4)
-      .u16(record.disk)
-      .u16(record.directoryDisk)
-      .u16(record.entriesHere)
-      .u16(record.entries)
-      .u32(record.directorySize)
-      .u32(record.directoryOffset)
-      .u16(record.commentLength);
+      .u16(record->disk)
+      .u16(record->directoryDisk)
+      .u16(record->entriesHere)
+      .u16(record->entries)
+      .u32(record->directorySize)
+      .u32(record->directoryOffset)
+      .u16(record->commentLength);
   return record;
 }
 
@@ -190,9 +195,13 @@ void Zip64Locator::encode(unsigned char* to) const {
 }
 
 std::optional<Zip64Locator> Zip64Locator::decode(Bytes from) {
-  if (!isHere<Zip64Locator>(from)) return std::nullopt;
-  Zip64Locator locator;
-  FieldReader(from.data() + 4).u32(locator.recordDisk).u64(locator.recordOffset).u32(locator.disks);
+  std::optional<Zip64Locator> locator;
+  if (!isHere<Zip64Locator>(from)) return locator;
+  locator.emplace();
+  FieldReader(from.data() + 4)
+      .u32(locator->recordDisk)
+      .u64(locator->recordOffset)
+      .u32(locator->disks);
   return locator;
 }
 
@@ -211,18 +220,19 @@ void Zip64EndRecord::encode(unsigned char* to) const {
 }
 
 std::optional<Zip64EndRecord> Zip64EndRecord::decode(Bytes from) {
-  if (!isHere<Zip64EndRecord>(from)) return std::nullopt;
-  Zip64EndRecord record;
+  std::optional<Zip64EndRecord> record;
+  if (!isHere<Zip64EndRecord>(from)) return record;
+  record.emplace();
   FieldReader(from.data() + 4)
-      .u64(record.recordSize)
-      .u16(record.madeBy)
-      .u16(record.versionNeeded)
-      .u32(record.disk)
-      .u32(record.directoryDisk)
-      .u64(record.entriesHere)
-      .u64(record.entries)
-      .u64(record.directorySize)
-      .u64(record.directoryOffset);
+      .u64(record->recordSize)
+      .u16(record->madeBy)
+      .u16(record->versionNeeded)
+      .u32(record->disk)
+      .u32(record->directoryDisk)
+      .u64(record->entriesHere)
+      .u64(record->entries)
+      .u64(record->directorySize)
+      .u64(record->directoryOffset);
   return record;
 }
 

@@ -3,13 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "opc/Exception.h"
-#include "opc/zippackage/ErrorContext.h"
 #include "opc/zippackage/ItemInfoOf.h"
 #include "opc/zippackage/PackageState.h"
 
@@ -22,24 +20,6 @@ using interfaces::NewItem;
 using interfaces::OpenMode;
 
 namespace {
-
-/// Names item and package in what a stream throws.
-class ItemStream final : public InputStream {
- public:
-  ItemStream(std::unique_ptr<InputStream> stream, std::function<std::string()> context)
-      : stream_(std::move(stream)), context_(std::move(context)) {}
-
-  std::size_t read(unsigned char* buffer, std::size_t size) override {
-    return inContext(context_, [&] { return stream_->read(buffer, size); });
-  }
-  bool isEnd() override {
-    return inContext(context_, [&] { return stream_->isEnd(); });
-  }
-
- private:
-  std::unique_ptr<InputStream> stream_;
-  std::function<std::string()> context_;
-};
 
 class PendingWriter final : public OutputStream {
  public:
@@ -140,30 +120,22 @@ std::string_view ZipPhysicalPackage::itemName(ItemIndex item) const {
 
 interfaces::ItemKind ZipPhysicalPackage::itemKind(ItemIndex item) const {
   const State::Session& session = state_->session();
-  return item < session.oldCount() ? itemKindOf(session.old->directory, item)
+  return item < session.oldCount() ? session.old->directory.entries()[item].kind
                                    : interfaces::ItemKind::File;
 }
 
 std::unique_ptr<InputStream> ZipPhysicalPackage::openItem(ItemIndex item) {
   state_->requireItem(item);
   State::Session& session = state_->session();
-  const auto context = [this, item] { return state_->readingContext(item); };
-  return inContext(context, [&]() -> std::unique_ptr<InputStream> {
-    auto stream = item < session.oldCount()
-                      ? session.old->reader.open(item)
-                      : session.added[item - session.oldCount()].content->getInputStream();
-    return std::make_unique<ItemStream>(std::move(stream), context);
-  });
+  if (item < session.oldCount()) return session.old->reader.open(item);
+  return session.added[item - session.oldCount()].content->getInputStream();
 }
 
 void ZipPhysicalPackage::readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) {
   state_->requireItem(item);
   State::Session& session = state_->session();
-  const auto context = [&] { return state_->readingContext(item); };
-  inContext(context, [&] {
-    if (item < session.oldCount()) return session.old->reader.read(item, into, limit);
-    readAdded(session.added[item - session.oldCount()], into, limit);
-  });
+  if (item < session.oldCount()) return session.old->reader.read(item, into, limit);
+  readAdded(session.added[item - session.oldCount()], into, limit);
 }
 
 ItemIndex ZipPhysicalPackage::addItem(const NewItem& item) {

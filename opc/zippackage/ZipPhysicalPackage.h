@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,9 @@ struct WriteOptions {
   /// Where to have a second thread from, which packs new items with the first. May be empty; what
   /// is written is the same.
   interfaces::BackgroundStarter background = nullptr;
+  /// Called with the path of the new file once it is written, before it takes its place. When it
+  /// throws, the new file is gone and what was there stays. May be empty.
+  std::function<void(const std::string& path)> inspect = nullptr;
 };
 
 /// A ZIP file as a physical package (ISO/IEC 29500-2, 7; APPNOTE 6.3).

@@ -103,7 +103,7 @@ TEST(Arguments, MistakesAreNamed) {
   EXPECT_EQ(errorOf({"a", "--name", "--"}), "bad option '--name': its value is missing");
   EXPECT_EQ(errorOf({"a", "--name", "x", "-n", "y"}), "bad option '--name': it is given twice");
   EXPECT_EQ(errorOf({"a", "--long=yes"}), "bad option '--long': it takes no value");
-  EXPECT_EQ(errorOf({}), "FIRST is missing: the first");
+  EXPECT_EQ(errorOf({}), "missing operand 'FIRST': the first");
   EXPECT_EQ(errorOf({"a", "--color", "red"}),
             "bad value of --color 'red': expected auto, always or never");
 }

@@ -36,14 +36,6 @@ TEST(Guid, AtRandomIsNeverTheSame) {
   EXPECT_EQ(tool::randomGuid()[14], '4');
 }
 
-TEST(Progress, BytesAreShownShort) {
-  EXPECT_EQ(tool::describeBytes(999), "999 B");
-  EXPECT_EQ(tool::describeBytes(1000), "1.0 kB");
-  EXPECT_EQ(tool::describeBytes(12345), "12 kB");
-  EXPECT_EQ(tool::describeBytes(999999), "1.0 MB");
-  EXPECT_EQ(tool::describeBytes(~0ull), "18 EB");
-}
-
 TEST(Progress, TellsFilesBytesRateAndTimeLeft) {
   const opc::interfaces::Progress progress{3, 10, 2000000, 6000000};
 

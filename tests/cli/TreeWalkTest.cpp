@@ -66,10 +66,42 @@ TEST_F(TreeWalk, LeavesOutWhatIsExcludedAndDoesNotLookIntoIt) {
   options_.excludes.add("*.log");
   options_.excludes.add("sub/");
   Paths excluded;
-  options_.onExcluded = [&](const std::string& path) { excluded.push_back(path); };
+  options_.onExcluded = [&](const std::string& path, bool) { excluded.push_back(path); };
 
   EXPECT_EQ(walk(), (Paths{"a.m"}));
   EXPECT_EQ(excluded.size(), 2u);
+}
+
+TEST_F(TreeWalk, WhatIsNotIncludedIsNotLookedAt) {
+  file("a.m");
+  file("sub/b.m");
+  file("sub/b.txt");
+  fs::create_directory(root_ / "empty");
+  fs::create_symlink("nowhere", root_ / "dangling");
+  ASSERT_EQ(::mkfifo((root_ / "sub/pipe").c_str(), 0600), 0);
+  options_.place = "lib";
+  Paths asked;
+  options_.includes = [&](const std::string& path, bool isFolder) {
+    asked.push_back(path + (isFolder ? "/" : ""));
+    return path.ends_with(".m");
+  };
+
+  EXPECT_EQ(walk(), (Paths{"a.m", "sub/b.m"}));
+  EXPECT_EQ(asked, (Paths{"lib/a.m", "lib/dangling", "lib/empty/", "lib/sub/b.m", "lib/sub/b.txt",
+                          "lib/sub/pipe"}));
+}
+
+TEST_F(TreeWalk, LinksMayLeadIntoTheProjectThatTheFolderIsOf) {
+  file("a.m");
+  fs::create_directory(folder_ / "shared");
+  writeFile(folder_ / "shared/b.m", "x");
+  fs::create_symlink("../shared", root_ / "lib");
+  options_.project = folder_.path().string();
+
+  EXPECT_EQ(walk(), (Paths{"a.m", "lib/b.m"}));
+  options_.project = (folder_ / "sha").string();
+  EXPECT_EQ(error(), "cannot follow the link '" + (root_ / "lib").string() +
+                         "': it leads out of the folder");
 }
 
 TEST_F(TreeWalk, PatternsCountForPathsInThePackage) {
@@ -79,7 +111,7 @@ TEST_F(TreeWalk, PatternsCountForPathsInThePackage) {
   options_.excludes.add("/lib/kit/a/");
   options_.excludes.add("/b");
   Paths excluded;
-  options_.onExcluded = [&](const std::string& path) { excluded.push_back(path); };
+  options_.onExcluded = [&](const std::string& path, bool) { excluded.push_back(path); };
 
   EXPECT_EQ(walk(), Paths{"b/x.m"});
   EXPECT_EQ(excluded, Paths{"lib/kit/a"});
@@ -163,7 +195,7 @@ TEST_F(TreeWalk, LeavesOutTheOutputByWhateverName) {
   file("a.m");
   fs::create_hard_link(root_ / "out.kraddon", root_ / "second");
   fs::create_symlink("out.kraddon", root_ / "third");
-  options_.leftOut = tool::identityOf((root_ / "out.kraddon").string());
+  options_.leftOut = {*tool::identityOf((root_ / "out.kraddon").string())};
 
   EXPECT_EQ(walk(), (Paths{"a.m"}));
 }

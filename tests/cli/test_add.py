@@ -180,6 +180,14 @@ class Add(kraddontest.CliTest):
         self.assertEqual([path for path in self.listing() if path[:3] in ("one", "two")],
                          ["one/kit/.git/config", "one/kit/x.m", "one/kit/x~", "two/kit/x.m"])
 
+    def test_what_a_killed_run_left_behind_goes_in_only_by_name(self):
+        self.tree({".p.kraddon.aB3dE9.tmp": "", "a.m": ""}, "kit")
+        before = set(self.listing())
+        self.ok("add", "p.kraddon", "kit")
+        self.assertEqual(set(self.listing()) - before, {"kit/a.m"})
+        self.ok("add", "p.kraddon", "kit/.p.kraddon.aB3dE9.tmp")
+        self.assertIn(".p.kraddon.aB3dE9.tmp", self.listing())
+
     def test_links_are_followed_as_in_create(self):
         self.tree({"real/a.m": "x"}, "kit")
         self.path("kit/link").symlink_to("real")
@@ -263,7 +271,7 @@ class Add(kraddontest.CliTest):
         self.assertIn("none.kraddon", result.errors)
         self.assertFalse(self.path("none.kraddon").exists())
         self.misused("add", "p.kraddon",
-                     message="FILE is missing: files, or folders with all below them")
+                     message="missing operand 'FILE': files, or folders with all below them")
 
 
 if __name__ == "__main__":

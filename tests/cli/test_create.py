@@ -193,7 +193,12 @@ class Create(kraddontest.CliTest):
 
     def test_default_excludes_are_asked_for(self):
         files = {"a.m": "", ".git/config": "", ".gitignore": "", "x~": "", "sub/.DS_Store": "",
-                 "__pycache__/x.pyc": "", "old.kraddon": "", "kraddon.toml": ""}
+                 "__pycache__/x.pyc": "", "old.kraddon": "", "kraddon.toml": "",
+                 ".kraddonignore": "", "._a": "", "Thumbs.db": "", "ehthumbs.db": "",
+                 "desktop.ini": "", ".a.swp": "", ".a.swo": "", ".#a": "",
+                 **{f"{folder}/x": "" for folder in (
+                     ".svn", ".hg", ".bzr", "CVS", "__MACOSX", ".idea", ".vscode",
+                     "node_modules", ".venv")}}
         self.tree(files)
         self.create("p.kraddon", "src")
         self.create("q.kraddon", "src", "--default-excludes")
@@ -207,6 +212,17 @@ class Create(kraddontest.CliTest):
                                   "*.log", "-v")
 
         self.assertEqual((result.code, result.errors), (0, "left out: b.log\n"))
+
+    def test_what_a_killed_run_left_behind_stays_out(self):
+        left = [".p.kraddon.aB3dE9.tmp", "sub/.x.000000.tmp"]
+        others = [".kraddon.ab.tmp", ".p.abcdefg.tmp", "p.abcdef.tmp", ".abcdef.tmp",
+                  ".p.abc_ef.tmp", ".p.abcdef.tmpx", "dir/.p.abcdef.tmp/x"]
+        self.tree({name: "" for name in left + others})
+        result = self.run_kraddon("create", "p.kraddon", "src", "--name", "x", "-v")
+
+        self.assertEqual((result.code, result.errors),
+                         (0, "".join(f"left out: {name}\n" for name in left)))
+        self.assertEqual(sorted(self.listing()), sorted(others))
 
     def test_links_inside_are_followed_and_others_are_not(self):
         self.tree({"real/a.m": "x"})

@@ -122,7 +122,7 @@ class GetSet(kraddontest.CliTest):
                      message="unknown document 'zzz': the documents are properties, license, "
                              "configuration, apps, examples, revisions, requirements")
         self.misused("set", "p.kraddon", "license",
-                     message="VALUE is missing: FILE.json, - for standard input, or "
+                     message="missing operand 'VALUE': FILE.json, - for standard input, or "
                              "FIELD=VALUE...")
 
     def test_a_file_with_an_equals_sign_is_a_file(self):

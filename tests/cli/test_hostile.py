@@ -23,7 +23,7 @@ with open(kraddontest.KRADDON, "rb") as program:
     SANITIZED = b"__asan_init" in program.read()
 
 EVERY_COMMAND = (("info",), ("list",), ("list", "--all"), ("get", "properties"), ("verify",),
-                 ("verify", "--opc"), ("extract", "-d", "out", "--force"),
+                 ("verify", "--opc"), ("preview", "-o", "-"), ("extract", "-d", "out", "--force"),
                  ("set", "properties", "summary=changed"), ("remove", "files/nothing"))
 
 

@@ -139,7 +139,14 @@ class Info(kraddontest.CliTest):
         self.assertIsNone(info["name"])
         self.assertIsNone(info["created"])
         self.assertEqual(info["documents"], [])
-        self.assertEqual(self.listing("plain.docx"), [])
+        warning = ("package 'plain.docx': it is no add-on; 'kraddon list --all' lists its parts\n")
+        for words in (["list"], ["list", "--json"], ["list", "--tree"], ["extract", "-d", "out"]):
+            result = self.run_kraddon(*words, "plain.docx")
+            self.assertEqual((result.code, result.errors),
+                             (0, f"kraddon: {words[0]}: warning: {warning}"))
+            self.ok(*words, "plain.docx", "-q")
+        self.package(files={})
+        self.assertEqual(self.listing("p.kraddon"), [])
         self.assertEqual(self.listing("plain.docx", "--all"), ["/a.xml"])
 
 

@@ -69,7 +69,7 @@ class Remove(RemoveTest):
         self.fails("remove", "p.kraddon", "--glob", "a.m", "*.x",
                    message="cannot find '*.x': the package holds nothing of that name")
         self.misused("remove", "p.kraddon",
-                     message="PATH is missing: files, or folders with all below them")
+                     message="missing operand 'PATH': files, or folders with all below them")
         self.assert_unchanged()
 
     def test_paths_are_literal_without_glob(self):
@@ -156,7 +156,7 @@ class Mkdir(RemoveTest):
                    message="cannot make the folder 'caf\\xe9': it is not UTF-8")
         for path in ("..", "a//b", "x/./y"):
             self.assertIn(path, self.fails("mkdir", "p.kraddon", path).errors)
-        self.misused("mkdir", "p.kraddon", message="PATH is missing: the folders to make")
+        self.misused("mkdir", "p.kraddon", message="missing operand 'PATH': the folders to make")
         self.assert_unchanged()
 
 

@@ -136,7 +136,7 @@ class Screenshot(kraddontest.CliTest):
                      message="bad value of --level '12': expected a whole number from 0 to 9")
         self.misused("screenshot", "p.kraddon", "a.png", "b.png",
                      message="unexpected operand 'b.png': there is no use for it")
-        self.misused("screenshot", message="PACKAGE is missing: the package")
+        self.misused("screenshot", message="missing operand 'PACKAGE': the package")
 
     def test_a_file_that_nobody_named_is_not_replaced(self):
         self.ok("screenshot", "p.kraddon", "shot.png")

@@ -165,6 +165,23 @@ class Signals(kraddontest.CliTest):
             self.assertEqual(self.finish(process)[0], -number)
             self.assertEqual(set(os.listdir(self.folder)), known)
 
+    def test_what_a_killed_run_leaves_behind_is_never_packed(self):
+        self.package()
+        with open(self.path("big.png"), "wb") as image:
+            image.truncate(1 << 28)
+        self.ok("screenshot", "p.kraddon", "big.png", "--level", "1")
+        self.path("out").mkdir()
+        process = subprocess.Popen([KRADDON, "screenshot", "p.kraddon", "-o", "out/shot.png"],
+                                   cwd=self.folder)
+        self.addCleanup(process.wait)
+        while not self.names("out") and process.poll() is None:
+            time.sleep(0.001)
+        process.kill()
+        process.wait()
+        self.assertRegex(self.names("out")[0], r"\A\.shot\.png\.[A-Za-z0-9]{6}\.tmp\Z")
+        self.ok("create", "q.kraddon", "out", "--name", "x")
+        self.assertEqual(self.listing("q.kraddon"), [])
+
     def test_a_limit_on_the_size_of_files_is_an_error_like_a_full_disk(self):
         self.write("src/big.bin", os.urandom(3 << 20))
         self.package("q.kraddon", {"big.bin": os.urandom(3 << 20)})

@@ -90,7 +90,7 @@ class Unset(kraddontest.CliTest):
         self.misused("unset", "p.kraddon", "nonsense-name",
                      message="unknown document 'nonsense-name': the documents are license, "
                              "configuration, apps, examples, revisions, requirements, screenshot")
-        self.misused("unset", "p.kraddon", message="DOCUMENT is missing: license, configuration, "
+        self.misused("unset", "p.kraddon", message="missing operand 'DOCUMENT': license, configuration, "
                      "apps, examples, revisions, requirements or screenshot")
 
     def test_a_file_that_a_document_points_at_stays(self):

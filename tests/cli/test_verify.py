@@ -131,6 +131,20 @@ class Verify(kraddontest.CliTest):
                          [["KR217", "KR217"]])
         self.assertEqual(self.ids("--opc", "plain.docx", "--ignore", "KR216:**"), [["KR217"] * 3])
 
+    def test_files_that_are_not_in_the_tree_are_passed_over_by_place(self):
+        self.plain(items=["files/a%0Ab.xml", "files/sub/c%0Ad.xml", "files/e f.xml"])
+        found = [line for line in self.verify("plain.docx", code=1).text.splitlines()
+                 if "KR411" in line]
+        self.assertEqual(found, [
+            "plain.docx: warning KR411: /files/a%0Ab.xml: it is no file of the tree: it holds a "
+            "control character",
+            "plain.docx: warning KR411: /files/sub/c%0Ad.xml: it is no file of the tree: it holds "
+            "a control character",
+            "plain.docx: warning KR411: /files/e f.xml: it is no file of the tree: it is no part"])
+        for pattern, left in (("sub/", 2), ("*.xml", 0), ("e f.xml", 2), ("**/c*", 2), ("x", 3)):
+            text = self.verify("plain.docx", "--ignore", f"KR411:{pattern}", code=1).text
+            self.assertEqual(text.count("KR411"), left, pattern)
+
     def test_errors_can_be_passed_over_too(self):
         self.plain(items=["../x"])
         self.verify("--opc", "plain.docx", code=1)
@@ -256,7 +270,7 @@ class Verify(kraddontest.CliTest):
         self.assertEqual(report["packages"][0]["ignored"], 1100)
 
     def test_wrong_usage_is_told(self):
-        self.misused("verify", message="PACKAGE is missing: the packages to check")
+        self.misused("verify", message="missing operand 'PACKAGE': the packages to check")
         self.misused("verify", "p", "--format", "xml",
                      message="bad value of --format 'xml': expected text, github or sarif")
         self.misused("verify", "p", "--format", "text", "--json",

@@ -40,6 +40,18 @@ SMALL = {"a.m": b"disp(1)\n", "sub/b.m": b"disp(2)\n" * 500, "empty/": None,
 # Beyond what is packed and unpacked as a whole; it does not get smaller.
 HUGE_SIZE = 17 << 20
 
+PROJECT = """[package]
+name = "Wave Tools"
+version = "1.2"
+summary = "Short-time spectra"
+description = "Plots them."
+author = "Ada Lind"
+contact = "ada@example.org"
+screenshot = "shot.png"
+[license]
+type = "MIT"
+text = "As it is."
+"""
 LICENSE = {"type": "MIT", "text": "terms"}
 
 
@@ -70,6 +82,8 @@ PACKAGE_COMMANDS = [
     Command("create-huge", ["create", "new.kraddon", "huge", "--name", "x", *TIME], "new.kraddon",
             is_huge=True),
     Command("create-force", ["create", "p.kraddon", "src", "--name", "x", "--force", *TIME]),
+    Command("build", ["build", "project", "-o", "new.kraddon", *TIME], "new.kraddon"),
+    Command("build-force", ["build", "project", "-o", "p.kraddon", "--force", *TIME]),
     Command("set-file", ["set", "p.kraddon", "license", "license.json", *TIME]),
     Command("set-field", ["set", "p.kraddon", "properties", "summary=other", *TIME]),
     Command("screenshot", ["screenshot", "p.kraddon", "pixel.png", *TIME]),
@@ -94,6 +108,7 @@ OUTPUT_COMMANDS = [
             is_silent=True),
     Command("screenshot-new", ["screenshot", "p.kraddon", "-o", "shot.png"], "shot.png"),
     Command("screenshot-old", ["screenshot", "p.kraddon", "-o", "old.png"], "old.png"),
+    Command("preview", ["preview", "p.kraddon", "-o", "page.html"], "page.html"),
     Command("get", ["get", "p.kraddon", "properties", "-o", "props.json"], "props.json"),
     Command("get-old", ["get", "p.kraddon", "properties", "-o", "license.json"], "license.json"),
 ]
@@ -113,15 +128,17 @@ def content_of(data):
         bad = archive.testzip()
         if bad is not None:
             raise AssertionError(f"{bad} is damaged")
-        return {entry.filename: _timeless(entry.filename, archive.read(entry))
+        return {entry.filename: _timeless_part(entry.filename, archive.read(entry))
                 for entry in archive.infolist()}
 
 
-def _timeless(name, data):
-    if name.startswith("files/"):
-        return data
+def timeless(data):
     data = re.sub(rb"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[.\d]*Z", b"TIME", data)
     return re.sub(rb"[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}", b"GUID", data)
+
+
+def _timeless_part(name, data):
+    return data if name.startswith("files/") else timeless(data)
 
 
 def snapshot(folder):
@@ -169,6 +186,7 @@ class FaultTest(kraddontest.CliTest):
         self.write("other/big.bin", os.urandom(400_000))
         self.write("pixel.png", PIXEL)
         self.write("license.json", json.dumps(LICENSE))
+        self.make_project()
         self.write("old.png", "an old one")
         self.ok("create", "p.kraddon", "src", "--name", "Wave Tools", *TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *TIME)
@@ -177,6 +195,11 @@ class FaultTest(kraddontest.CliTest):
         self.write("there/a.m", "old and longer than the new one")
         self.path("p.kraddon").chmod(0o640)
         self.before = snapshot(self.folder)
+
+    def make_project(self):
+        self.write("project/kraddon.toml", PROJECT)
+        self.write("project/shot.png", PIXEL)
+        self.write("project/lib/c.m", "disp(3)\n" * 9000)
 
     def restore(self, current=None):
         """Brings the folder back to what make_inputs made, touching only what differs."""
@@ -247,9 +270,10 @@ class FaultTest(kraddontest.CliTest):
             return False
         if now[path] == self.after[path]:
             return True
-        if not command.makes_package or path != command.target:
+        if path != command.target:
             return False
-        return content_of(now[path][1]) == content_of(self.after[path][1])
+        compared = content_of if command.makes_package else timeless
+        return compared(now[path][1]) == compared(self.after[path][1])
 
     def differing(self, now, reference):
         return sorted(key for key in now.keys() | reference.keys()
@@ -279,6 +303,8 @@ class FaultTest(kraddontest.CliTest):
             self.assert_new(command, now, where)
 
     def assert_message(self, command, result, where, why=None):
+        if why is None and result.errors == "kraddon: there is not enough memory\n":
+            return  # it was there before the command was known: its name cannot be given
         lines = result.errors.splitlines()
         self.assertIn(len(lines), (1, 2), f"{where}: {result.errors}")
         self.assertTrue(lines[0].startswith(f"kraddon: {command.verb}: "), f"{where}: {lines[0]}")
@@ -287,13 +313,19 @@ class FaultTest(kraddontest.CliTest):
         if why:
             self.assertIn(why, lines[0], where)
 
+    @staticmethod
+    def own_errors(result):
+        """Without what a library behind the one that 'call' loads says of its own troubles."""
+        lines = result.errors.splitlines(keepends=True)
+        return "".join(line for line in lines if not line.startswith("Error in GnuTLS "))
+
     def assert_outcome(self, command, result, where, why=None):
         """Either it failed, says so and changed nothing, or all is as without the fault."""
         now = snapshot(self.folder)
         try:
             if command.is_silent:
                 self.assertEqual(result.code, 0, f"{where}: {result.errors}")
-                self.assertEqual((result.out, result.err), (b"", b""), where)
+                self.assertEqual((result.out, self.own_errors(result)), (b"", ""), where)
                 self.assert_old_or_new(command, now, where)
             elif result.code == 0:
                 self.assertEqual(result.errors, "", where)

@@ -55,6 +55,7 @@ class Disk(FaultTest):
         self.write("pixel.png", faulttest.PIXEL + os.urandom(30_000))
         self.write("license.json", faulttest.json.dumps(faulttest.LICENSE))
         self.write("old.png", "an old one")
+        self.make_project()
         self.write("there/a.m", "old")
         self.ok("create", "p.kraddon", "src", "--name", "x", *faulttest.TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *faulttest.TIME)
@@ -104,6 +105,7 @@ class StandardOutput(FaultTest):
 
     def test_that_takes_nothing_is_a_failure(self):
         self.make_inputs()
+        self.ok("create", "q.kraddon", "--name", "Another")
         words = [["info", "p.kraddon"], ["info", "p.kraddon", "--json"],
                  ["info", "p.kraddon", "--field", "name"], ["list", "p.kraddon"],
                  ["list", "p.kraddon", "-l"], ["list", "p.kraddon", "--json"],
@@ -116,7 +118,8 @@ class StandardOutput(FaultTest):
                  ["help"], ["help", "set"], ["set", "--help"], ["--help"], ["--version"]]
         listed = self.ok("help").text
         words += [each for each in (["verify", "p.kraddon"], ["verify", "p.kraddon", "--json"],
-                                    ["verify", "--explain", "KR101"], ["diff", "p.kraddon", "src"],
+                                    ["verify", "--explain", "KR101"],
+                                    ["diff", "p.kraddon", "q.kraddon"],
                                     ["preview", "p.kraddon", "-o", "-"], ["completion", "bash"],
                                     ["schema", "info"], ["init", "src", "--stdout"])
                   if f"  {each[0]} " in listed]

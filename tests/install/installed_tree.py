@@ -24,6 +24,50 @@ int main(int count, char** words) {
 }
 """
 
+# Makes a package through the classes, and reads a property of it back.
+CLASSES = r"""
+#include <iostream>
+#include <string>
+
+#include "addon/packaging/AddonPackage.h"
+#include "opc/Text.h"
+
+using addon::packaging::AddonPackage;
+using addon::packaging::AddonProperties;
+using opc::interfaces::OpenMode;
+
+int main(int, char** words) {
+  std::u16string path = opc::fromUtf8(words[1]);
+  AddonProperties properties;
+  properties.type = u"Korvan Toolbox";
+  properties.name = u"From outside";
+  properties.version = u"2.5";
+  {
+    AddonPackage package(path, properties);
+    package.addFiles({opc::fromUtf8(words[2])}, {u"lib/a.m"});
+    package.logicalPackage().close(false);
+  }
+  AddonPackage package(path);
+  package.logicalPackage().open(OpenMode::Read);
+  AddonProperties read;
+  package.getAddonProperties(read);
+  std::cout << opc::toUtf8(read.name) << ' ' << opc::toUtf8(read.version) << ' '
+            << opc::toUtf8(package.getFileList().at(0)) << std::endl;
+}
+"""
+
+PROJECT = """
+cmake_minimum_required(VERSION 3.25)
+project(outside LANGUAGES CXX)
+set(CMAKE_CXX_STANDARD 20)
+find_package(kraddon 0.1 REQUIRED)
+add_executable(classes classes.cpp)
+target_link_libraries(classes PRIVATE kraddon::addon_packaging)
+if(NOT TARGET kraddon::kxarray OR NOT TARGET kraddon::kraddon_packaging)
+  message(FATAL_ERROR "a target is missing")
+endif()
+"""
+
 
 class InstalledTree(unittest.TestCase):
 
@@ -44,23 +88,76 @@ class InstalledTree(unittest.TestCase):
         self.kraddon("create", "p.kraddon", "--name", "Moved")
 
         self.assertEqual(self.kraddon("call", "addonGetFileList", "p.kraddon"), "[]\n")
+        self.assertEqual(self.kraddon("info", "p.kraddon", "--field", "name"), "Moved\n")
 
     def test_a_host_in_c_builds_against_the_headers_and_the_pkgconfig_file(self):
         (self.folder / "src").mkdir()
         (self.folder / "src/a.m").write_text("x = 1;\n", encoding="ascii")
         (self.folder / "host.c").write_text(HOST, encoding="ascii")
         self.kraddon("create", "p.kraddon", "src", "--name", "Host")
-        flags = subprocess.run(["pkg-config", "--cflags", "--libs", "kraddon_packaging"],
-                               check=True, capture_output=True, text=True,
-                               env={**os.environ,
-                                    "PKG_CONFIG_PATH": str(self.tree / "lib/pkgconfig")}).stdout
-        subprocess.run([os.environ["CC"], "-std=c11", "host.c", "-o", "host", *flags.split(),
-                        f"-Wl,-rpath,{self.tree}/lib"], cwd=self.folder, check=True)
+        subprocess.run([os.environ["CC"], "-std=c11", "host.c", "-o", "host",
+                        *self.flags("kraddon_packaging"), f"-Wl,-rpath,{self.tree}/lib"],
+                       cwd=self.folder, check=True)
 
         listed = subprocess.run([self.folder / "host", "p.kraddon"], cwd=self.folder, check=True,
                                 capture_output=True, text=True).stdout
 
         self.assertEqual(listed, "1\n")
+
+    def flags(self, name):
+        """What pkg-config says of a library in the tree."""
+        return subprocess.run(["pkg-config", "--cflags", "--libs", name], check=True,
+                              capture_output=True, text=True,
+                              env={**os.environ,
+                                   "PKG_CONFIG_PATH": str(self.tree / "lib/pkgconfig")}
+                              ).stdout.split()
+
+    def check_classes(self, program):
+        """Runs the program that CLASSES is."""
+        (self.folder / "a.m").write_text("x = 1;\n", encoding="ascii")
+        done = subprocess.run([program, "out.kraddon", "a.m"], cwd=self.folder, check=False,
+                              capture_output=True, text=True)
+
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (0, "From outside 2.5 lib/a.m\n", ""))
+        self.assertEqual(self.kraddon("info", "out.kraddon", "--field", "name"), "From outside\n")
+
+    def test_a_program_that_links_the_classes_builds_with_cmake(self):
+        source = self.folder / "outside"
+        source.mkdir()
+        (source / "classes.cpp").write_text(CLASSES, encoding="ascii")
+        (source / "CMakeLists.txt").write_text(PROJECT, encoding="ascii")
+
+        for words in (["-S", source, "-B", source / "build", f"-DCMAKE_PREFIX_PATH={self.tree}",
+                       f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}"], ["--build", source / "build"]):
+            done = subprocess.run([os.environ["CMAKE"], *words], capture_output=True, text=True,
+                                  check=False)
+            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+
+        self.check_classes(source / "build/classes")
+
+    def test_a_program_that_links_the_classes_builds_with_pkgconfig(self):
+        (self.folder / "classes.cpp").write_text(CLASSES, encoding="ascii")
+
+        done = subprocess.run([os.environ["CXX"], "-std=c++20", "classes.cpp", "-o", "classes",
+                               *self.flags("kraddon"), f"-Wl,-rpath,{self.tree}/lib"],
+                              cwd=self.folder, capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+        self.check_classes(self.folder / "classes")
+
+    def test_nothing_in_the_tree_names_where_it_was_built_or_first_put(self):
+        for file in [*self.tree.glob("lib/pkgconfig/*"), *self.tree.glob("lib/cmake/kraddon/*"),
+                     *self.tree.glob("share/man/man1/*")]:
+            text = file.read_text(encoding="utf-8")
+            self.assertNotIn(os.environ["KRADDON_BUILD"], text, file)
+            self.assertNotIn(str(self.folder), text, file)
+
+    def test_pages_and_completions_lie_where_they_are_looked_for(self):
+        for name in ("man/man1/kraddon.1", "man/man1/kraddon-verify.1",
+                     "bash-completion/completions/kraddon", "zsh/site-functions/_kraddon",
+                     "fish/vendor_completions.d/kraddon.fish", "doc/kraddon/LICENSE"):
+            self.assertTrue((self.tree / "share" / name).is_file(), name)
 
 
 if __name__ == "__main__":

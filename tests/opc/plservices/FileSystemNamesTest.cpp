@@ -202,9 +202,9 @@ TEST_P(FileSystemNamesOfStrangers, AreReportedAndNotInTheTree) {
 
   EXPECT_THAT(tree.list(), ElementsAre("good.m"));
   ASSERT_EQ(tree.files.unreadable().size(), 1u);
-  EXPECT_THAT(tree.files.unreadable()[0],
+  EXPECT_THAT(tree.files.unreadable()[0].line,
               StartsWith("part '" + opc::toUtf8(GetParam().name) + "' is no file of the tree: "));
-  EXPECT_THAT(tree.files.unreadable()[0], HasSubstr(GetParam().why));
+  EXPECT_THAT(tree.files.unreadable()[0].line, HasSubstr(GetParam().why));
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, FileSystemNamesOfStrangers,
@@ -226,9 +226,13 @@ TEST(FileSystemNamesOfStrangersTogether, ItemsBelowTheFolderThatAreNoPartsAreRep
   tree.package.open(ScratchTree::OpenMode::Read);
 
   EXPECT_THAT(tree.list(), ElementsAre("good.m"));
-  EXPECT_THAT(tree.files.unreadable(),
-              ElementsAre("item 'files/a b.m' is no file of the tree: it is no part",
-                          "item 'FILES/no.type' is no file of the tree: it has no content type"));
+  ASSERT_EQ(tree.files.unreadable().size(), 2u);
+  EXPECT_EQ(tree.files.unreadable()[0].line,
+            "item 'files/a b.m' is no file of the tree: it is no part");
+  EXPECT_EQ(tree.files.unreadable()[0].name, "/files/a b.m");
+  EXPECT_EQ(tree.files.unreadable()[0].why, "it is no file of the tree: it is no part");
+  EXPECT_EQ(tree.files.unreadable()[1].line,
+            "item 'FILES/no.type' is no file of the tree: it has no content type");
 }
 
 TEST(FileSystemNamesOfStrangersTogether, TwoSpellingsOfOnePathAreOneFileAndOneReport) {
@@ -239,7 +243,7 @@ TEST(FileSystemNamesOfStrangersTogether, TwoSpellingsOfOnePathAreOneFileAndOneRe
 
   EXPECT_THAT(tree.list(), ElementsAre("a!"));
   ASSERT_EQ(tree.files.unreadable().size(), 1u);
-  EXPECT_THAT(tree.files.unreadable()[0], HasSubstr("'a!'"));
+  EXPECT_THAT(tree.files.unreadable()[0].line, HasSubstr("'a!'"));
 }
 
 TEST(FileSystemNamesOfStrangersTogether, APathThatIsAFileAndAFolderIsReported) {

@@ -79,8 +79,11 @@ TEST_P(ReadAheadWays, ALargePartComesInBlocks) {
   ReadAhead ahead = reader();
 
   EXPECT_EQ(readPart(ahead), texts_[0]);
-  EXPECT_FALSE(ahead.read().isLast);
-  EXPECT_EQ(readPart(ahead).size(), texts_[1].size() - (std::size_t{1} << 20));
+  const auto first = ahead.read();
+  EXPECT_FALSE(first.isLast);
+  const std::size_t firstSize = first.data.size();
+  EXPECT_LE(firstSize, std::size_t{1} << 20);
+  EXPECT_EQ(readPart(ahead).size(), texts_[1].size() - firstSize);
   EXPECT_EQ(readPart(ahead), texts_[2]);
 }
 

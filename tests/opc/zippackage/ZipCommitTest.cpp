@@ -76,6 +76,38 @@ TEST_F(Commits, PutTheNewPackageInPlaceAndLeaveNothingElse) {
   EXPECT_EQ(test::textOf(package, "new.txt"), "new content");
 }
 
+TEST_F(Commits, ShowTheNewFileBeforeItTakesItsPlace) {
+  const auto holder = changed();
+  const std::string before = bytes();
+  std::string seen;
+  WriteOptions options;
+  options.inspect = [&](const std::string& file) {
+    EXPECT_EQ(bytes(), before);
+    auto package = test::packageAt(file);
+    package.open(OpenMode::Read);
+    seen = test::textOf(package, "new.txt");
+  };
+  holder->setWriteOptions(options);
+
+  holder->close(false);
+
+  EXPECT_EQ(seen, "new content");
+  EXPECT_NE(bytes(), before);
+}
+
+TEST_F(Commits, ThatAreRefusedWhenTheNewFileIsShownChangeNothing) {
+  const auto holder = changed();
+  WriteOptions options;
+  options.inspect = [](const std::string&) {
+    throw Exception(ErrorCode::InvalidPackage, "it is not good enough");
+  };
+  holder->setWriteOptions(options);
+
+  const std::string error = failureOf(*holder);
+
+  EXPECT_EQ(error, "cannot write package '" + path().string() + "': it is not good enough");
+}
+
 TEST_F(Commits, ThatAreDiscardedChangeNothing) {
   const std::string before = bytes();
   const auto holder = changed();

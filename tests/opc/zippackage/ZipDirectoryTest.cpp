@@ -190,6 +190,24 @@ TEST(ZipDirectory, ANulInANameIsRefused) {
   EXPECT_EQ(refusalOf(builder), "RB-13: the name of item 'a\\x00b' holds a NUL");
 }
 
+// Names are looked at in pieces: what is wrong must show wherever it stands.
+TEST(ZipDirectory, WhatIsWrongWithANameIsFoundAtEachPlace) {
+  const std::string plain = "segment/name.of-an_item.m";
+  for (std::size_t at = 0; at <= plain.size(); ++at) {
+    const auto faultsWith = [&](const std::string& inserted) {
+      ZipBuilder builder;
+      builder.add({.name = std::string(plain).insert(at, inserted), .content = "1"});
+      builder.items[0].central.flags = 1 << 11;
+      return faultsOf(builder);
+    };
+
+    EXPECT_EQ(faultsWith(std::string(1, '\0')), Kinds{ZipFaultKind::NameHasNul}) << at;
+    EXPECT_EQ(faultsWith("\xff"), Kinds{ZipFaultKind::NameNotUtf8}) << at;
+    EXPECT_EQ(faultsWith("/../"), Kinds{ZipFaultKind::ParentSegment}) << at;
+    EXPECT_EQ(faultsWith("./x"), Kinds{}) << at;
+  }
+}
+
 TEST(ZipDirectory, ANameThatIsMarkedAsUtf8AndIsNotIsRefused) {
   for (const char* name : {"a\xff", "\xc0\xaf", "\xed\xa0\x80", "\xf5\x80\x80\x80", "abc\xc3"}) {
     ZipBuilder builder;

@@ -258,9 +258,8 @@ TEST_F(ZipPackages, LimitWhatIsReadOfNewItemsToo) {
 
   package.readItem(0, bytes, 5);
   EXPECT_EQ(bytes.size(), 5u);
-  EXPECT_EQ(
-      test::errorOf([&] { package.readItem(0, bytes, 4); }, &code),
-      "cannot read item 'a' of '" + path().string() + "': it has more bytes than the limit of 4");
+  EXPECT_EQ(test::errorOf([&] { package.readItem(0, bytes, 4); }, &code),
+            "it has more bytes than the limit of 4");
   EXPECT_EQ(code, ErrorCode::TooLarge);
   EXPECT_NE(test::errorOf([&] { package.readItem(1, bytes, 999); }), "");
   package.readItem(1, bytes, 1000);
@@ -380,15 +379,14 @@ TEST_F(ZipPackages, WithADosTimeOfNothingAreOf1980) {
   EXPECT_EQ(infoOf(*opened(OpenMode::Read), "a").modified, 315532800);
 }
 
-TEST_F(ZipPackages, NameItemAndPackageWhenAnItemCannotBeRead) {
+TEST_F(ZipPackages, LeaveItToTheCallerToNameAnItemThatCannotBeRead) {
   test::ZipBuilder builder;
   builder.add({.name = "bad\n", .content = "content"});
   builder.items[0].local.crc = builder.items[0].central.crc = 5;
   test::writeFile(path(), builder.build());
   const auto holder = opened(OpenMode::Read);
   auto& package = *holder;
-  const std::string expected =
-      "cannot read item 'bad\\n' of '" + path().string() + "': the checksum is wrong";
+  const std::string expected = "the checksum is wrong";
   ByteBuffer bytes;
   ErrorCode code{};
 

@@ -66,7 +66,9 @@ std::string extractionFault(const std::string& bytes, const std::filesystem::pat
 
 std::vector<std::string> unreadableIn(const std::string& bytes) {
   std::vector<std::string> lines;
-  withPackage(bytes, [&](Package& package) { lines = FileSystemManager(package).unreadable(); });
+  withPackage(bytes, [&](Package& package) {
+    for (const auto& file : FileSystemManager(package).unreadable()) lines.push_back(file.line);
+  });
   return lines;
 }
 

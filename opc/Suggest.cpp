@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Suggest.h"
-
-#include <fmt/format.h>
+#include "opc/Suggest.h"
 
 #include <algorithm>
 #include <array>
@@ -9,11 +7,11 @@
 
 #include "opc/Text.h"
 
-namespace tool {
+namespace opc {
 
 namespace {
 
-// Nothing that the tool knows is longer, and the table below grows with the product.
+// No word that is looked for is longer, and the table below grows with the product.
 constexpr std::size_t kLongestWord = 64;
 
 bool isNear(std::string_view word, std::string_view candidate, std::size_t distance) {
@@ -23,8 +21,8 @@ bool isNear(std::string_view word, std::string_view candidate, std::size_t dista
 }  // namespace
 
 std::size_t editDistance(std::string_view a, std::string_view b) {
-  const std::string x = opc::toLowerAscii(a);
-  const std::string y = opc::toLowerAscii(b);
+  const std::string x = toLowerAscii(a);
+  const std::string y = toLowerAscii(b);
   std::array<std::vector<std::size_t>, 3> rows;
   for (auto& row : rows) row.resize(y.size() + 1);
   for (std::size_t j = 0; j <= y.size(); ++j) rows[0][j] = j;
@@ -63,7 +61,7 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
 std::string suggestion(std::string_view word, std::span<const std::string_view> candidates,
                        std::string_view otherwise) {
   const std::string_view best = nearest(word, candidates);
-  return best.empty() ? std::string(otherwise) : fmt::format("did you mean '{}'?", best);
+  return best.empty() ? std::string(otherwise) : "did you mean '" + std::string(best) + "'?";
 }
 
-}  // namespace tool
+}  // namespace opc

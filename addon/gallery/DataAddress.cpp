@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "addon/gallery/DataAddress.h"
+
+#include <cstdint>
+
+namespace addon::gallery {
+
+namespace {
+
+bool begins(std::string_view bytes, std::string_view signature, std::size_t at = 0) {
+  return bytes.size() >= at && bytes.substr(at).starts_with(signature);
+}
+
+constexpr std::string_view kDigits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+/// One to three bytes as four characters.
+void appendGroup(std::string& text, std::span<const unsigned char> bytes) {
+  std::uint32_t bits = 0;
+  for (std::size_t i = 0; i < 3; ++i) bits = bits << 8 | (i < bytes.size() ? bytes[i] : 0u);
+  for (std::size_t i = 0; i < 4; ++i) {
+    text += i <= bytes.size() ? kDigits[bits >> (18 - 6 * i) & 63u] : '=';
+  }
+}
+
+}  // namespace
+
+std::string_view imageTypeOf(std::span<const unsigned char> bytes) {
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  if (begins(text, "\x89PNG\r\n\x1a\n")) return "image/png";
+  if (begins(text, "\xFF\xD8\xFF")) return "image/jpeg";
+  if (begins(text, "GIF87a") || begins(text, "GIF89a")) return "image/gif";
+  if (begins(text, "RIFF") && begins(text, "WEBP", 8)) return "image/webp";
+  if (begins(text, "BM") && begins(text, std::string_view("\0\0\0\0", 4), 6)) return "image/bmp";
+  return {};
+}
+
+std::string dataAddress(std::string_view type, std::span<const unsigned char> bytes) {
+  std::string address;
+  address.reserve(type.size() + 16 + (bytes.size() + 2) / 3 * 4);
+  address.append("data:").append(type).append(";base64,");
+  while (!bytes.empty()) {
+    const std::size_t size = bytes.size() < 3 ? bytes.size() : 3;
+    appendGroup(address, bytes.first(size));
+    bytes = bytes.subspan(size);
+  }
+  return address;
+}
+
+}  // namespace addon::gallery

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <concepts>
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace addon::gallery {
+
+/// The name of an element or attribute. It comes from the source code only, so that no text of a
+/// package can ever become markup.
+class HtmlName {
+ public:
+  // NOLINTNEXTLINE(google-explicit-constructor): a literal is what it stands for.
+  consteval HtmlName(const char* literal) : name_(literal) {
+    for (const char c : name_) {
+      const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+      const bool isOther = (c >= '0' && c <= '9') || c == '-' || c == ':';
+      if (!isLetter && !isOther) throw "not a name of an element or attribute";
+    }
+    if (name_.empty()) throw "an element or attribute has a name";
+  }
+  constexpr std::string_view text() const { return name_; }
+
+ private:
+  std::string_view name_;
+};
+
+/// An attribute, its value not yet escaped.
+struct HtmlAttribute {
+  HtmlName name;
+  std::string_view value = {};
+};
+
+/// Writes an HTML page piece by piece. Whatever text goes in is shown as that text: it is escaped,
+/// and what HTML cannot carry (control characters, noncharacters, bytes that are no UTF-8) becomes
+/// U+FFFD. Line ends become '\n'. Elements are closed by the call that opened them.
+class HtmlWriter {
+ public:
+  using Sink = std::function<void(std::string_view)>;
+  using Attributes = std::initializer_list<HtmlAttribute>;
+
+  /// `sink` gets the page in pieces; what it throws passes through.
+  explicit HtmlWriter(Sink sink);
+
+  /// The first line of a page.
+  void doctype();
+  /// An element with what `content()` writes into it.
+  template <std::invocable Content>
+  void element(HtmlName name, Attributes attributes, const Content& content) {
+    startTag(name, attributes);
+    content();
+    endTag(name);
+  }
+  template <std::invocable Content>
+  void element(HtmlName name, const Content& content) {
+    element(name, {}, content);
+  }
+  /// An element that holds that text.
+  void element(HtmlName name, Attributes attributes, std::string_view content);
+  void element(HtmlName name, std::string_view content);
+  /// An element of the kind that has neither content nor end tag: meta, img, br.
+  void empty(HtmlName name, Attributes attributes);
+  void text(std::string_view content);
+  /// A style element. The sheet is written as it is: it must come from the source code. One that
+  /// would end the element is an InvalidArgument.
+  void style(std::string_view sheet);
+  /// A line end between elements, for who reads the source of the page.
+  void newLine();
+  /// Hands everything on to the sink; the page is complete only then.
+  void flush();
+
+ private:
+  void startTag(HtmlName name, Attributes attributes);
+  void endTag(HtmlName name);
+  void append(std::string_view markup);
+  void appendEscaped(std::string_view content);
+
+  Sink sink_;
+  std::string buffer_;
+};
+
+}  // namespace addon::gallery

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "addon/gallery/Pieces.h"
+
+#include "addon/gallery/PlainAddress.h"
+
+namespace addon::gallery {
+
+namespace {
+
+constexpr std::size_t kDayLength = 10;  // "2026-02-01"
+
+}  // namespace
+
+std::string grouped(std::uint64_t count) {
+  std::string text = std::to_string(count);
+  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
+  return text;
+}
+
+std::string counted(std::uint64_t count, std::string_view noun) {
+  std::string text = grouped(count);
+  text.append(" ").append(noun);
+  if (count != 1) text += 's';
+  return text;
+}
+
+std::string_view lastName(std::string_view path) {
+  return path.substr(path.find_last_of('/') + 1);
+}
+
+void writeIsolated(HtmlWriter& html, std::string_view text) {
+  html.element("bdi", text);
+}
+
+void writeCode(HtmlWriter& html, std::string_view text) {
+  html.element("code", [&] { writeIsolated(html, text); });
+}
+
+void writeDate(HtmlWriter& html, std::string_view date) {
+  const std::string_view day = date.substr(0, kDayLength);
+  const bool isDay = isPlainDate(day) && (date == day || date[kDayLength] == 'T');
+  if (!isDay) return writeIsolated(html, date);
+  html.element("time", {{"datetime", date}}, day);
+}
+
+void writeContact(HtmlWriter& html, std::string_view contact) {
+  const std::string link = linkOf(contact);
+  if (link.empty()) return writeIsolated(html, contact);
+  html.element("a", {{"href", link}, {"rel", "noopener nofollow"}},
+               [&] { writeIsolated(html, contact); });
+}
+
+}  // namespace addon::gallery

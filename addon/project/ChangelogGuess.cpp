@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "addon/project/ChangelogGuess.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "addon/project/PlainText.h"
+
+namespace addon::project {
+
+namespace {
+
+constexpr std::size_t kDateLength = 10;
+
+/// "2026-02-01"
+bool isDate(std::string_view text) {
+  constexpr std::string_view kShape = "dddd-dd-dd";
+  return std::equal(text.begin(), text.end(), kShape.begin(), kShape.end(),
+                    [](char c, char shape) { return shape == 'd' ? isDigit(c) : c == shape; });
+}
+
+bool isVersionCharacter(char c) {
+  const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  return isLetter || isDigit(c) || c == '.' || c == '-' || c == '+' || c == '_';
+}
+
+std::string dateIn(std::string_view text) {
+  for (std::size_t at = 0; at + kDateLength <= text.size(); ++at) {
+    const std::string_view date = text.substr(at, kDateLength);
+    if (isDate(date)) return std::string(date);
+  }
+  // Words such as "March 2026", without what stands around them.
+  const auto isAround = [](char c) {
+    return c == '(' || c == ')' || c == '-' || c == ':' || c == ',';
+  };
+  text = trimmed(text);
+  while (!text.empty() && (isAround(text.front()) || isAsciiBlank(text.front()))) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && (isAround(text.back()) || isAsciiBlank(text.back()))) {
+    text.remove_suffix(1);
+  }
+  constexpr std::size_t kLongestDate = 30;
+  const bool isOne = text.size() <= kLongestDate && std::any_of(text.begin(), text.end(), isDigit);
+  return isOne ? asOneLine(text) : std::string();
+}
+
+/// What follows "## ", when it names a version.
+std::optional<GuessedRevision> revisionOf(std::string_view heading) {
+  std::string_view rest = trimmed(heading);
+  const bool isBracketed = rest.starts_with('[');
+  if (isBracketed) rest.remove_prefix(1);
+  if (startsWithWord(rest, "version ")) rest = trimmed(rest.substr(8));
+  if (startsWithWord(rest, "v")) rest.remove_prefix(1);
+  const auto* end = std::find_if_not(rest.begin(), rest.end(), isVersionCharacter);
+  std::string_view version = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+  rest.remove_prefix(version.size());
+  while (!version.empty() && !isDigit(version.back()) && version.back() != '+' &&
+         (version.back() == '.' || version.back() == '-' || version.back() == '_')) {
+    version.remove_suffix(1);
+  }
+  if (version.empty() || !isDigit(version.front()) || isDate(version)) return std::nullopt;
+  if (isBracketed) {
+    if (!rest.starts_with(']')) return std::nullopt;
+    rest.remove_prefix(1);
+    // [1.2](where it can be seen)
+    if (rest.starts_with('(')) rest.remove_prefix(std::min(rest.find(')'), rest.size() - 1) + 1);
+  }
+  return GuessedRevision{std::string(version), dateIn(rest), {}};
+}
+
+/// "[1.2]: where it can be seen"
+bool isLinkDefinition(std::string_view line) {
+  return line.starts_with('[') && line.find("]: ") != line.npos;
+}
+
+bool isHeading(std::string_view line) {
+  return line.starts_with("# ") || line.starts_with("## ");
+}
+
+bool isFence(std::string_view line) {
+  const std::string_view text = trimmed(line);
+  return text.starts_with("```") || text.starts_with("~~~");
+}
+
+void trimDescription(std::string& text) {
+  const std::string_view kept = trimmed(text);
+  text = std::string(kept);
+}
+
+}  // namespace
+
+std::vector<GuessedRevision> revisionsOf(std::string_view changelog) {
+  std::vector<GuessedRevision> revisions;
+  bool isInRevision = false;
+  bool isFenced = false;
+  for (const std::string_view line : linesOf(changelog)) {
+    if (isFence(line)) isFenced = !isFenced;
+    if (!isFenced && isHeading(line)) {
+      auto revision = line.starts_with("## ") ? revisionOf(line.substr(3)) : std::nullopt;
+      isInRevision = revision.has_value();
+      if (revision) revisions.push_back(std::move(*revision));
+      continue;
+    }
+    if (!isInRevision || (!isFenced && isLinkDefinition(line))) continue;
+    revisions.back().description.append(line).append("\n");
+  }
+  for (GuessedRevision& revision : revisions) trimDescription(revision.description);
+  return revisions;
+}
+
+}  // namespace addon::project

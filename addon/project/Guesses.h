@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "addon/project/ChangelogGuess.h"
+#include "addon/project/GitFacts.h"
+#include "addon/project/ProjectFolder.h"
+
+namespace addon::project {
+
+/// A value, and where it comes from in words for people. Without a source it is no guess.
+struct Guess {
+  std::string value;
+  std::string source;
+};
+
+struct GuessedExample {
+  std::string name;
+  std::string main;
+  std::string thumbnail;  ///< may be empty
+};
+
+struct GuessedCategory {
+  std::string name;
+  std::string folder;
+  std::vector<GuessedExample> examples;
+};
+
+/// A file of text at the top of the folder.
+struct GuessedText {
+  std::string path;                 ///< "" when there is none
+  std::vector<std::string> others;  ///< of the same kind
+  std::string fault;                ///< why it cannot be taken; "" when it can
+};
+
+/// What the content of a folder tells about the add-on in it. Paths are from the folder.
+struct Guesses {
+  Guess name;
+  Guess version;
+  Guess author;
+  Guess contact;
+  Guess summary;
+  GuessedText readme;
+  GuessedText license;
+  std::string licenseType;
+  std::string screenshot;
+  std::vector<std::string> korvanPaths;
+  std::vector<std::string> javaClassPaths;
+  std::vector<GuessedCategory> categories;
+  GuessedText changelog;
+  std::vector<GuessedRevision> revisions;
+  std::vector<std::string> remarks;  ///< what could not be looked at
+};
+
+Guesses guessFrom(const ProjectFolder& folder, const GitFacts& git);
+
+}  // namespace addon::project

@@ -1,0 +1,323 @@
+// SPDX-License-Identifier: MIT
+#define TOML_HEADER_ONLY 1
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <concepts>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "addon/project/Manifest.h"
+#include "addon/project/ManifestKeys.h"
+#include "addon/project/PlainText.h"
+#include "addon/project/TomlKeys.h"
+#include "opc/Suggest.h"
+#include "opc/Text.h"
+
+namespace addon::project {
+
+namespace {
+
+Position toPosition(const toml::source_position& position) {
+  return {position.line, position.column};
+}
+Position begin(const toml::node& node) {
+  return toPosition(node.source().begin);
+}
+Position begin(const toml::key& key) {
+  return toPosition(key.source().begin);
+}
+
+/// Keeps the first fault by position: tables come sorted by key, not as they were written.
+class Faults {
+ public:
+  bool isEarlier(Position position) const { return why_.empty() || position < position_; }
+  void add(Position position, std::string why) {
+    if (!isEarlier(position)) return;
+    position_ = position;
+    why_ = std::move(why);
+  }
+  void raise() const {
+    if (!why_.empty()) throw ManifestError(position_, why_);
+  }
+
+ private:
+  Position position_;
+  std::string why_;
+};
+
+/// The manifest as it was written.
+class Source {
+ public:
+  explicit Source(std::string_view text) : text_(text) {}
+
+  /// What stands there, up to the next blank or punctuation; columns count characters.
+  std::string_view wordAt(Position position) const {
+    std::string_view rest = text_;
+    for (std::uint32_t line = 1; line < position.line; ++line) {
+      const std::size_t end = rest.find('\n');
+      if (end == rest.npos) return {};
+      rest.remove_prefix(end + 1);
+    }
+    for (std::uint32_t column = 1; column < position.column && !rest.empty(); ++column) {
+      rest.remove_prefix(1);
+      while (!rest.empty() && (static_cast<unsigned char>(rest.front()) & 0xC0) == 0x80) {
+        rest.remove_prefix(1);
+      }
+    }
+    return rest.substr(0, rest.find_first_of(" \t\r\n,]}#"));
+  }
+
+ private:
+  std::string_view text_;
+};
+
+const char* kindOf(const toml::node& node) {
+  switch (node.type()) {
+    case toml::node_type::table:
+      return "a table";
+    case toml::node_type::array:
+      return "an array";
+    case toml::node_type::string:
+      return "a string";
+    case toml::node_type::integer:
+      return "an integer";
+    case toml::node_type::floating_point:
+      return "a float";
+    case toml::node_type::boolean:
+      return "a boolean";
+    case toml::node_type::date:
+      return "a date";
+    case toml::node_type::time:
+      return "a time";
+    case toml::node_type::date_time:
+      return "a date with a time";
+    case toml::node_type::none:
+      break;
+  }
+  return "nothing";
+}
+
+std::string padded(unsigned number, std::size_t width) {
+  std::string digits = std::to_string(number);
+  return std::string(digits.size() < width ? width - digits.size() : 0, '0') + digits;
+}
+
+/// Fills one table's section. `path` is how messages call it, "" for the whole manifest.
+class TableReader {
+ public:
+  TableReader(const toml::table& table, std::string path, const Source& source, Faults& faults)
+      : table_(table), path_(std::move(path)), source_(source), faults_(faults) {}
+
+  template <typename Section>
+  void read(Section& section) {
+    section.position = path_.empty() ? Position{1, 1} : begin(table_);
+    visitKeys(section, *this);
+    const toml::key* unknown = firstUnknown();
+    if (unknown != nullptr) {
+      refuseUnknown(*unknown);
+    } else if (!missing_.empty()) {  // else it is there, most likely, and misspelt
+      faults_.add(section.position, missing_);
+    }
+  }
+
+  template <typename Member>
+  void required(std::string_view key, Member& member) {
+    known_.push_back(key);
+    if (const toml::node* node = table_.get(key)) return readRequired(*node, key, member);
+    if (!missing_.empty()) return;
+    missing_ = pathOf(key) + ": the key is missing, expected " + std::string(typeName(member));
+  }
+
+  template <typename Member>
+  void optional(std::string_view key, Member& member) {
+    known_.push_back(key);
+    if (const toml::node* node = table_.get(key)) readValue(*node, pathOf(key), member);
+  }
+
+ private:
+  void readRequired(const toml::node& node, std::string_view key, Text& text) {
+    readValue(node, pathOf(key), text);
+    if (node.is_string() && text.value.empty()) {
+      faults_.add(begin(node), pathOf(key) + ": expected a text that is not empty");
+    }
+  }
+  template <std::derived_from<Section> Table>
+  void readRequired(const toml::node& node, std::string_view key, Table& section) {
+    readValue(node, pathOf(key), section);
+  }
+
+  void readValue(const toml::node& node, const std::string& path, Text& text) {
+    if (!node.is_string()) return refuse(node, path, typeName(text));
+    text = {node.as_string()->get(), begin(node)};
+    checkText(node, path, text.value);
+  }
+
+  void readValue(const toml::node& node, const std::string& path, Date& date) {
+    date.position = begin(node);
+    if (const auto* day = node.as_date()) {
+      date.value = padded(day->get().year, 4) + "-" + padded(day->get().month, 2) + "-" +
+                   padded(day->get().day, 2);
+    } else if (const auto* text = node.as_string()) {
+      date.value = text->get();
+      checkText(node, path, date.value);
+    } else {
+      refuse(node, path, typeName(date));
+    }
+  }
+
+  void readValue(const toml::node& node, const std::string& path, Flag& flag) {
+    if (!node.is_boolean()) return refuse(node, path, typeName(flag));
+    flag = {node.as_boolean()->get(), begin(node)};
+  }
+
+  void readValue(const toml::node& node, const std::string& path, Level& level) {
+    if (!node.is_integer()) return refuse(node, path, typeName(level));
+    const std::int64_t number = node.as_integer()->get();
+    if (number < 0 || number > 9) {
+      return faults_.add(begin(node), path + ": expected " + std::string(typeName(level)) +
+                                          ", got " + std::to_string(number));
+    }
+    level.value = static_cast<int>(number);
+    level.position = begin(node);
+  }
+
+  void readValue(const toml::node& node, const std::string& path, Texts& texts) {
+    if (!node.is_array()) return refuse(node, path, typeName(texts));
+    texts = {{}, begin(node)};
+    readElements(*node.as_array(), path, texts.value);
+  }
+
+  template <std::derived_from<Section> Record>
+  void readValue(const toml::node& node, const std::string& path, std::vector<Record>& records) {
+    if (!node.is_array()) return refuse(node, path, typeName(records));
+    readElements(*node.as_array(), path, records);
+  }
+
+  template <std::derived_from<Section> Table>
+  void readValue(const toml::node& node, const std::string& path, Table& section) {
+    if (!node.is_table()) return refuse(node, path, typeName(section));
+    TableReader(*node.as_table(), path, source_, faults_).read(section);
+  }
+
+  template <typename Element>
+  void readElements(const toml::array& array, const std::string& path,
+                    std::vector<Element>& elements) {
+    elements.resize(array.size());
+    for (std::size_t i = 0; i < array.size(); ++i) {
+      readValue(array[i], path + "[" + std::to_string(i) + "]", elements[i]);
+    }
+  }
+
+  void refuse(const toml::node& node, const std::string& path, std::string_view expected) {
+    if (!faults_.isEarlier(begin(node))) return;  // the word costs a search through the text
+    std::string why = path + ": expected " + std::string(expected) + ", got " + kindOf(node);
+    const bool isText = expected == typeName(Text());
+    if (isText && node.is_floating_point()) why += ", which would lose its final zeros";
+    if (isText && node.is_value()) {
+      why += ": write \"" + std::string(source_.wordAt(begin(node))) + "\"";
+    }
+    if (node.is_table() && expected == typeName(std::vector<AppSection>())) {
+      why += ": its header wants double brackets, [[" + path + "]]";
+    }
+    faults_.add(begin(node), std::move(why));
+  }
+
+  void checkText(const toml::node& node, const std::string& path, std::string_view text) {
+    const std::string fault = manifestTextFault(text);
+    if (!fault.empty()) faults_.add(begin(node), path + ": " + fault);
+  }
+
+  const toml::key* firstUnknown() const {
+    const toml::key* first = nullptr;
+    for (const auto& [key, node] : table_) {
+      const bool isKnown = std::find(known_.begin(), known_.end(), key.str()) != known_.end();
+      if (!isKnown && (first == nullptr || begin(key) < begin(*first))) first = &key;
+    }
+    return first;
+  }
+
+  void refuseUnknown(const toml::key& key) {
+    std::string all = "the keys are ";
+    for (const std::string_view one : known_) {
+      all += (one == known_.front() ? "" : ", ") + std::string(one);
+    }
+    faults_.add(begin(key), "unknown key '" + pathOf(key.str()) +
+                                "': " + opc::suggestion(key.str(), known_, all));
+  }
+
+  std::string pathOf(std::string_view key) const {
+    return path_.empty() ? std::string(key) : path_ + "." + std::string(key);
+  }
+
+  const toml::table& table_;
+  std::string path_;
+  const Source& source_;
+  Faults& faults_;
+  std::vector<std::string_view> known_;
+  std::string missing_;  // the first required key that is not there
+};
+
+/// Columns count characters, as in the other positions.
+Position positionOf(std::string_view text, std::size_t at) {
+  const std::string_view before = text.substr(0, at);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // npos + 1 is 0
+  const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  return {static_cast<std::uint32_t>(std::count(before.begin(), before.end(), '\n') + 1),
+          static_cast<std::uint32_t>(std::count_if(line.begin(), line.end(), isFirstByte) + 1)};
+}
+
+toml::table parse(std::string_view text) {
+  const std::size_t longKey = findLongKey(text);
+  if (longKey != text.npos) {
+    throw ManifestError(positionOf(text, longKey), "a key has more than 16 parts");
+  }
+  try {
+    return toml::parse(text, std::string_view(kManifestName));
+  } catch (const toml::parse_error& error) {
+    std::string why(error.description());
+    if (!why.empty()) why.front() = opc::toLowerAscii(why.front());
+    throw ManifestError(toPosition(error.source().begin), why);
+  }
+}
+
+void refuseBoth(const Text& text, const Text& file, const char* textKey, const char* fileKey,
+                Faults& faults) {
+  if (!text.isGiven() || !file.isGiven()) return;
+  const bool isFileLast = text.position < file.position;
+  faults.add(std::max(file.position, text.position),
+             std::string(isFileLast ? fileKey : textKey) + ": expected one of the two, and " +
+                 (isFileLast ? textKey : fileKey) + " is given already");
+}
+
+/// What one key cannot tell.
+void checkMeaning(const Manifest& manifest, Faults& faults) {
+  const PackageSection& package = manifest.package;
+  refuseBoth(package.description, package.descriptionFile, "package.description",
+             "package.description-file", faults);
+  refuseBoth(manifest.license.text, manifest.license.file, "license.text", "license.file", faults);
+  const std::string known = PackageSection().type.value;
+  if (package.type.value != known) {
+    faults.add(package.type.position, "package.type: unknown type '" + package.type.value +
+                                          "', expected '" + known + "', the only one there is");
+  }
+}
+
+}  // namespace
+
+Manifest readManifest(std::string_view text) {
+  const toml::table table = parse(text);
+  const Source source(text);
+  Faults faults;
+  Manifest manifest;
+  TableReader(table, {}, source, faults).read(manifest);
+  checkMeaning(manifest, faults);
+  faults.raise();
+  outputPath(manifest);
+  return manifest;
+}
+
+}  // namespace addon::project

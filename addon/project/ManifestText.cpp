@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+#include "addon/project/ManifestText.h"
+
+#include <string_view>
+
+#include "addon/project/TomlText.h"
+
+namespace addon::project {
+
+namespace {
+
+constexpr std::string_view kHead =
+    "# What 'kraddon build' makes a package of. 'kraddon init' guessed it from what is in this\n"
+    "# folder: the comment above each value tells its source. Correct what is wrong; a line that\n"
+    "# begins with '#' counts for nothing.\n";
+
+constexpr std::string_view kTail =
+    "\n"
+    "# What the add-on needs.\n"
+    "# [[requirements.product]]\n"
+    "# name = \"Korvan\"\n"
+    "# version = \"9.1\"\n"
+    "\n"
+    "# An app that comes with the add-on.\n"
+    "# [[app]]\n"
+    "# name = \"Viewer\"\n"
+    "# file = \"apps/viewer.m\"\n"
+    "\n"
+    "# Which files go in: patterns as in a .gitignore file, in addition to the usual excludes.\n"
+    "# [files]\n"
+    "# exclude = [\"tests/\", \"*.log\"]\n";
+
+/// What stands for a value that nothing was found for.
+std::string missing(std::string_view why, std::string_view line) {
+  return tomlComment(why) + "# " + std::string(line) + "\n";
+}
+
+std::string assignment(std::string_view key, const std::string& value) {
+  return std::string(key) + " = " + value + "\n";
+}
+
+std::string fromSource(const std::string& source, std::string_view key, std::string_view value) {
+  return tomlComment(source) + assignment(key, tomlString(value));
+}
+
+void appendOthers(const GuessedText& text, std::string& result) {
+  std::string line;
+  for (const std::string& path : text.others) line += (line.empty() ? "" : ", ") + path;
+  if (!line.empty()) result += tomlComment("Not taken: " + line);
+}
+
+void appendNames(const Guesses& guesses, std::string& result) {
+  const bool hasTag = !guesses.version.source.empty();
+  result += fromSource(guesses.name.source, "name", guesses.name.value);
+  result += fromSource(hasTag ? guesses.version.source : "no git tag such as v1.2 was found",
+                       "version", guesses.version.value);
+}
+
+void appendTexts(const Guesses& guesses, std::string& result) {
+  if (guesses.summary.value.empty()) {
+    result += missing("one line about the add-on", "summary = \"\"");
+  } else {
+    result += fromSource("the first line of text of " + guesses.summary.source, "summary",
+                         guesses.summary.value);
+  }
+  const GuessedText& readme = guesses.readme;
+  if (readme.path.empty()) {
+    result += missing("no README was found", "description-file = \"README.md\"");
+  } else if (!readme.fault.empty()) {
+    result += tomlComment(readme.path + " cannot be the description: " + readme.fault);
+  } else {
+    result += fromSource("the README", "description-file", readme.path);
+  }
+  appendOthers(readme, result);
+}
+
+void appendAuthor(const Guesses& guesses, std::string& result) {
+  if (guesses.author.value.empty()) {
+    result += missing("git knows no user.name here", "author = \"\"");
+  } else {
+    result += fromSource(guesses.author.source, "author", guesses.author.value);
+  }
+  const std::string contact = tomlString(guesses.contact.value);
+  result += missing(guesses.contact.source.empty()
+                        ? "where questions go"
+                        : guesses.contact.source + "; remove the '#' to publish it",
+                    "contact = " + contact);
+}
+
+void appendPackage(const Guesses& guesses, const std::string& guid, std::string& result) {
+  result += "\n[package]\n";
+  appendNames(guesses, result);
+  appendTexts(guesses, result);
+  appendAuthor(guesses, result);
+  result += fromSource("made up at random; keep it for as long as the add-on lives", "guid", guid);
+  if (guesses.screenshot.empty()) {
+    result += missing("no screenshot.png or the like at the top, in images/ or in art/",
+                      "screenshot = \"screenshot.png\"");
+  } else {
+    result += fromSource("an image of that name", "screenshot", guesses.screenshot);
+  }
+}
+
+void appendLicense(const Guesses& guesses, std::string& result) {
+  const GuessedText& license = guesses.license;
+  result += "\n";
+  if (license.path.empty()) {
+    result +=
+        missing("no LICENSE was found", "[license]") + "# type = \"MIT\"\n# file = \"LICENSE\"\n";
+    return;
+  }
+  const std::string type = assignment("type", tomlString(guesses.licenseType));
+  const std::string file = assignment("file", tomlString(license.path));
+  if (!license.fault.empty()) {
+    result += tomlComment(license.path + " cannot be the license: " + license.fault);
+    result += "# [license]\n# " + type + "# " + file;
+    return;
+  }
+  result += "[license]\n";
+  result += guesses.licenseType == "Other"
+                ? tomlComment("the text of " + license.path + " is none of the common licenses")
+                : tomlComment("by the text of " + license.path);
+  result += type + tomlComment("the license's file") + file;
+  appendOthers(license, result);
+}
+
+void appendConfiguration(const Guesses& guesses, std::string& result) {
+  result += "\n";
+  const bool hasPaths = !guesses.korvanPaths.empty();
+  const bool hasJars = !guesses.javaClassPaths.empty();
+  if (!hasPaths && !hasJars) {
+    result += missing("no .m files were found but in examples, demos, tests, docs and private",
+                      "[configuration]") +
+              "# korvan-paths = [\".\"]\n";
+    return;
+  }
+  result += "[configuration]\n";
+  if (hasPaths) {
+    result +=
+        tomlComment("the folders with .m files, but for examples, demos, tests, docs, private");
+    result += assignment("korvan-paths", tomlArray(guesses.korvanPaths));
+  }
+  if (hasJars) {
+    result += tomlComment("the .jar files");
+    result += assignment("java-class-paths", tomlArray(guesses.javaClassPaths));
+  }
+}
+
+void appendExample(const GuessedExample& example, std::string& result) {
+  result += "\n[[category.example]]\n";
+  result += fromSource("the file's name", "name", example.name);
+  result += assignment("main", tomlString(example.main));
+  if (example.thumbnail.empty()) return;
+  result += fromSource("the image of the same name", "thumbnail", example.thumbnail);
+}
+
+void appendCategories(const Guesses& guesses, std::string& result) {
+  for (const GuessedCategory& category : guesses.categories) {
+    result += "\n[[category]]\n";
+    result += fromSource("the .m files of " + category.folder, "name", category.name);
+    for (const GuessedExample& example : category.examples) appendExample(example, result);
+  }
+}
+
+void appendRevisions(const Guesses& guesses, std::string& result) {
+  const GuessedText& changelog = guesses.changelog;
+  if (!changelog.fault.empty()) {
+    result += "\n" + tomlComment(changelog.path + " was not read: " + changelog.fault);
+  }
+  for (const GuessedRevision& revision : guesses.revisions) {
+    result += "\n" + tomlComment("a heading of " + changelog.path) + "[[revision]]\n";
+    result += assignment("version", tomlString(revision.version));
+    if (!revision.date.empty()) result += assignment("date", tomlString(revision.date));
+    if (revision.description.empty()) continue;
+    result += assignment("description", tomlBlock(revision.description));
+  }
+}
+
+void appendRemarks(const Guesses& guesses, std::string& result) {
+  if (guesses.remarks.empty()) return;
+  result += "\n# Not looked at:\n";
+  for (const std::string& remark : guesses.remarks) result += tomlComment(remark);
+}
+
+}  // namespace
+
+std::string manifestText(const Guesses& guesses, const std::string& guid) {
+  std::string result(kHead);
+  appendPackage(guesses, guid, result);
+  appendLicense(guesses, result);
+  appendConfiguration(guesses, result);
+  appendCategories(guesses, result);
+  appendRevisions(guesses, result);
+  result += kTail;
+  appendRemarks(guesses, result);
+  return result;
+}
+
+}  // namespace addon::project

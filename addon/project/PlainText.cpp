@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "addon/project/PlainText.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "opc/Text.h"
+
+namespace addon::project {
+
+namespace {
+
+bool isControl(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7F;
+}
+
+/// U+0080 to U+009F, U+FFFE and U+FFFF: how many bytes such a character at `at` has, else 0.
+std::size_t oddCharacterAt(std::string_view text, std::size_t at) {
+  const auto byte = [&](std::size_t i) {
+    return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0u;
+  };
+  if (byte(0) == 0xC2u && byte(1) < 0xA0u) return 2;
+  const bool isNoCharacter = byte(0) == 0xEFu && byte(1) == 0xBFu && byte(2) >= 0xBEu;
+  return isNoCharacter ? 3 : 0;
+}
+
+/// "U+0007"
+std::string nameOf(std::string_view character) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto code = static_cast<std::uint16_t>(opc::fromUtf8(character).front());
+  std::string name = "U+";
+  for (int shift = 12; shift >= 0; shift -= 4) name += kDigits[(code >> shift) & 0xF];
+  return name;
+}
+
+}  // namespace
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool isAsciiBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isAsciiBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isAsciiBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::vector<std::string_view> linesOf(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n\f"), text.size());
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(end);
+    if (!text.empty()) text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
+  }
+  return lines;
+}
+
+bool isManifestText(std::string_view text) {
+  return manifestTextFault(text).empty();
+}
+
+std::string manifestTextFault(std::string_view text) {
+  if (!opc::isUtf8(text)) return "it is not UTF-8";
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::size_t odd = oddCharacterAt(text, at);
+    const bool isRefused = isControl(text[at]) && !isAsciiBlank(text[at]);
+    const bool isPageEnd = text[at] == '\f' || text[at] == '\v';
+    if (odd == 0 && !isRefused && !isPageEnd) continue;
+    const std::string name = nameOf(text.substr(at, std::max<std::size_t>(odd, 1)));
+    return odd == 3 ? "it holds " + name + ", which XML cannot carry"
+                    : "it holds the control character " + name;
+  }
+  return {};
+}
+
+bool isManifestLine(std::string_view text) {
+  return isManifestText(text) && text.find_first_of("\t\n\r") == text.npos;
+}
+
+std::string asOneLine(std::string_view text) {
+  std::string line;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t odd = oddCharacterAt(text, at);
+    const bool isGap = odd != 0 || text[at] == ' ' || isControl(text[at]);
+    if (!isGap) {
+      line += text[at];
+    } else if (!line.empty() && line.back() != ' ') {
+      line += ' ';
+    }
+    at += std::max<std::size_t>(odd, 1);
+  }
+  if (!line.empty() && line.back() == ' ') line.pop_back();
+  return line;
+}
+
+bool startsWithWord(std::string_view text, std::string_view start) {
+  return text.size() >= start.size() &&
+         opc::toLowerAscii(text.substr(0, start.size())) == opc::toLowerAscii(start);
+}
+
+}  // namespace addon::project

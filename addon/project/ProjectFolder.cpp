@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include "addon/project/ProjectFolder.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "addon/project/PlainText.h"
+#include "opc/Exception.h"
+#include "opc/SystemCall.h"
+#include "opc/Text.h"
+
+namespace addon::project {
+
+namespace {
+
+constexpr std::size_t kMostRemarks = 20;
+constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
+constexpr std::size_t kBufferSize = std::size_t{64} << 10;
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
+unsigned char typeOf(int folder, const char* name) {
+  struct stat status {};
+  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return DT_UNKNOWN;
+  return static_cast<unsigned char>(IFTODT(status.st_mode));
+}
+
+std::string realPathOf(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::canonical(path, error);
+  if (error) {
+    throw opc::SystemError("cannot read the folder '" + path + "'", error.value());
+  }
+  return real.string();
+}
+
+}  // namespace
+
+ProjectFolder::ProjectFolder(const std::string& path) : path_(realPathOf(path)) {
+  root_.reset(opc::uninterrupted(
+      [&] { return ::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if (!root_) throw opc::SystemError("cannot read the folder '" + path + "'", errno);
+  addDefaultExcludes(excludes_);
+  excludes_.addLines(read(".kraddonignore", kLargestIgnoreFile).value_or(""));
+  walk();
+}
+
+void ProjectFolder::walk() {
+  std::vector<std::string> pending{""};
+  while (!pending.empty()) {
+    const std::string folder = std::move(pending.back());
+    pending.pop_back();
+    readFolder(folder, pending);
+  }
+  std::sort(files_.begin(), files_.end(), [](const std::string& a, const std::string& b) {
+    return opc::compareByCodeUnits(a, b) < 0;
+  });
+  std::sort(remarks_.begin(), remarks_.end());
+}
+
+void ProjectFolder::readFolder(const std::string& path, std::vector<std::string>& pending) {
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  const char* name = path.empty() ? "." : path.c_str();
+  opc::FileDescriptor file(opc::uninterrupted([&] { return ::openat(root_.get(), name, kFlags); }));
+  const std::unique_ptr<DIR, DirectoryCloser> directory(file ? ::fdopendir(file.get()) : nullptr);
+  if (!directory) return remark(path, std::system_category().message(errno));
+  file.release();
+  for (;;) {
+    errno = 0;  // the end and a failure look alike but for this
+    const dirent* entry = ::readdir(directory.get());
+    if (entry == nullptr) break;
+    const std::string_view entryName = entry->d_name;
+    if (entryName == "." || entryName == "..") continue;
+    const bool isKnown = entry->d_type != DT_UNKNOWN;
+    addEntry(path, entryName,
+             isKnown ? entry->d_type : typeOf(::dirfd(directory.get()), entry->d_name), pending);
+  }
+  if (errno != 0) remark(path, std::system_category().message(errno));
+}
+
+void ProjectFolder::addEntry(const std::string& folder, std::string_view name, unsigned char type,
+                             std::vector<std::string>& pending) {
+  std::string path = folder.empty() ? std::string(name) : folder + "/" + std::string(name);
+  if (excludes_.excludes(path, type == DT_DIR)) return;
+  if (!isManifestLine(name)) {
+    return remark(path, "the name is not UTF-8, or has control characters");
+  }
+  if (type == DT_DIR) {
+    pending.push_back(std::move(path));
+  } else if (type == DT_REG || (type == DT_LNK && isFileInside(path))) {
+    files_.push_back(std::move(path));
+  }
+}
+
+bool ProjectFolder::isFileInside(const std::string& path) const {
+  std::error_code error;
+  const std::filesystem::path target = std::filesystem::canonical(path_ + "/" + path, error);
+  if (error || !std::filesystem::is_regular_file(target, error)) return false;
+  return target.string().starts_with(path_ == "/" ? path_ : path_ + "/");
+}
+
+void ProjectFolder::remark(std::string_view path, std::string_view why) {
+  if (remarks_.size() >= kMostRemarks) return;
+  remarks_.push_back("'" + opc::printable(path) + "': " + std::string(why));
+}
+
+std::optional<std::string> ProjectFolder::read(const std::string& path, std::size_t most) const {
+  constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  const opc::FileDescriptor file(
+      opc::uninterrupted([&] { return ::openat(root_.get(), path.c_str(), kFlags); }));
+  struct stat status {};
+  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  std::string content;
+  std::vector<char> buffer(kBufferSize);
+  while (content.size() <= most) {
+    const ssize_t size =
+        opc::uninterrupted([&] { return ::read(file.get(), buffer.data(), buffer.size()); });
+    if (size < 0) return std::nullopt;
+    if (size == 0) return content;
+    content.append(buffer.data(), static_cast<std::size_t>(size));
+  }
+  return std::nullopt;
+}
+
+}  // namespace addon::project

@@ -1,0 +1,38 @@
+# SPDX-License-Identifier: MIT
+# Runs when CPack has laid out what goes into each package: what Debian wants there, and times that
+# depend on nothing but SOURCE_DATE_EPOCH.
+cmake_policy(SET CMP0057 NEW)
+
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+# The files of a component below its root; none when the component is not packaged.
+function(finish package root)
+  if(NOT IS_DIRECTORY ${root}/usr)
+    return()
+  endif()
+  set(doc ${root}/usr/share/doc/${package})
+  set(zsh ${root}/usr/share/zsh)
+  if(IS_DIRECTORY ${zsh}/site-functions)
+    file(RENAME ${zsh}/site-functions ${zsh}/vendor-completions)
+  endif()
+  file(REMOVE ${doc}/LICENSE)
+  configure_file(${KRADDON_DEBIAN_FOLDER}/copyright ${doc}/copyright COPYONLY)
+  configure_file(${KRADDON_DEBIAN_FOLDER}/changelog.in ${doc}/changelog @ONLY)
+  file(GLOB pages ${root}/usr/share/man/man1/*.1)
+  file(GLOB news ${doc}/CHANGELOG.md)
+  run(gzip -9nf ${doc}/changelog ${pages} ${news})
+  file(GLOB archives ${root}/usr/lib/kraddon/*.a)
+  if(archives)
+    run(strip --strip-debug --enable-deterministic-archives ${archives})
+  endif()
+  run(find ${root} -type d -exec chmod 0755 {} +)
+  run(chmod 0644 ${doc}/copyright ${doc}/changelog.gz)
+  if(DEFINED ENV{SOURCE_DATE_EPOCH})
+    run(find ${root} -exec touch -h -d @$ENV{SOURCE_DATE_EPOCH} {} +)
+  endif()
+endfunction()
+
+finish(kraddon ${CPACK_TEMPORARY_DIRECTORY}/runtime)
+finish(kraddon-dev ${CPACK_TEMPORARY_DIRECTORY}/development)

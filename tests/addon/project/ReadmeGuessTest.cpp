@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "addon/project/ReadmeGuess.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+namespace {
+
+using addon::project::summaryOf;
+
+struct Readme {
+  const char* text;
+  const char* summary;
+};
+
+class Readmes : public testing::TestWithParam<Readme> {};
+
+TEST_P(Readmes, HaveTheirFirstLineOfText) {
+  EXPECT_EQ(summaryOf(GetParam().text), GetParam().summary) << GetParam().text;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Readmes,
+    testing::Values(
+        Readme{"", ""}, Readme{"\n\n \t\n", ""}, Readme{"Plain text\nmore", "Plain text"},
+        Readme{"# Wave\n\nShort-time spectra\n", "Short-time spectra"},
+        Readme{"# Wave #\n\n## Install\n", "Wave"}, Readme{"Wave\n====\n\nSpectra", "Spectra"},
+        Readme{"====\nWave\n====\n", "Wave"}, Readme{"<h1>Wave</h1>\n<p>Spectra</p>", "Spectra"},
+        Readme{"\xEF\xBB\xBF# Wave\r\n\r\nSpectra\r\n", "Spectra"},
+        Readme{"[![build](https://x/b.svg)](https://x)\n![shot](a.png)\nSpectra", "Spectra"},
+        Readme{"[![build][b]][c]\n[b]: https://x\nSpectra", "Spectra"},
+        Readme{"<!-- a\ncomment\n-->\nSpectra", "Spectra"},
+        Readme{"<!-- one line -->\nSpectra", "Spectra"},
+        Readme{"<img src=\"a.png\"\n>\nSpectra", "Spectra"},
+        Readme{"```\ncode\n```\nSpectra", "Spectra"},
+        Readme{"---\ntitle: x\n---\nSpectra", "Spectra"},
+        Readme{".. image:: a.png\n\nSpectra", "Spectra"},
+        Readme{"> **Fast** `fft` of __all__ [kinds](https://x) for x < 3",
+               "Fast fft of all kinds for x < 3"},
+        Readme{"- a\tb\x01"
+               "c\n",
+               "a b c"},
+        Readme{"a [b] c (d", "a [b] c (d"}, Readme{"Größe", "Größe"},
+        Readme{"snake_case stays", "snake_case stays"}));
+
+TEST(ReadmeGuess, ALongLineEndsAfterItsFirstSentence) {
+  const std::string text = "One sentence. " + std::string(300, 'x');
+
+  EXPECT_EQ(summaryOf(text), "One sentence.");
+}
+
+TEST(ReadmeGuess, ALongSentenceEndsAfterAWord) {
+  std::string text;
+  while (text.size() < 300) text += "word ";
+
+  const std::string summary = summaryOf(text);
+
+  EXPECT_TRUE(summary.ends_with("word ...")) << summary;
+  EXPECT_LE(summary.size(), 204u);
+}
+
+TEST(ReadmeGuess, ALongWordIsNotCutWithinACharacter) {
+  std::string text = "x";
+  while (text.size() < 5000) text += "\xC3\xA4";
+
+  const std::string summary = summaryOf(text);
+
+  EXPECT_EQ(summary.size(), 199 + 4u);
+  EXPECT_TRUE(summary.ends_with("\xC3\xA4 ..."));
+}
+
+TEST(ReadmeGuess, OpenBracketsTakeNoTimeToSpeakOf) {
+  const std::string line(4000, '[');
+  std::string text;
+  for (int i = 0; i < 1000; ++i) text += line + "\n";
+  const auto start = std::chrono::steady_clock::now();
+
+  const std::string summary = summaryOf(text);
+
+  EXPECT_EQ(summary, "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+}  // namespace

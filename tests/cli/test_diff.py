@@ -1,0 +1,615 @@
+# SPDX-License-Identifier: MIT
+"""kraddon diff"""
+
+import hashlib
+import json
+import os
+import pty
+import shutil
+import signal
+import subprocess
+import time
+import zipfile
+
+import kraddontest
+
+APPS = [{"name": "Viewer", "guid": "g-1", "relativePath": "v.m", "installByDefault": "true"},
+        {"name": "Editor", "guid": "g-2", "relativePath": "e.m", "installByDefault": "true"}]
+EXAMPLE = {"name": "A chirp", "type": "script", "source": "", "main": "chirp.m", "thumbnail": "",
+           "images": ["1.png", "2.png"]}
+PNG = (b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\6\0\0\0\x1f\x15\xc4\x89"
+       b"\0\0\0\0IEND\xaeB`\x82")
+# Two texts of one length and one CRC-32.
+TWINS = ("plumless", "buckeroo")
+
+
+def sha256(content):
+    return hashlib.sha256(content.encode()).hexdigest()
+
+
+def side(content):
+    return {"size": len(content), "sha256": sha256(content)}
+
+
+class DiffTest(kraddontest.CliTest):
+
+    def differs(self, *words, **kw):
+        """Runs it, expects exit code 1 and silence on standard error."""
+        result = self.run_kraddon("diff", *words, **kw)
+        self.assertEqual((result.code, result.errors), (1, ""))
+        return result
+
+    def trouble(self, *words, message, **kw):
+        result = self.run_kraddon("diff", *words, **kw)
+        self.assertEqual((result.code, result.out), (2, b""))
+        self.assertEqual(result.errors.splitlines()[0], f"kraddon: diff: {message}")
+        self.assertNotIn("usage:", result.errors)
+        return result
+
+    def pair(self, a, b):
+        """The packages a.kraddon and b.kraddon of these files, whatever there was before."""
+        for name, files in (("a.kraddon", a), ("b.kraddon", b)):
+            shutil.rmtree(self.path(f"{name}.src"), ignore_errors=True)
+            self.path(name).unlink(missing_ok=True)
+            self.package(name, files)
+
+    def lines(self, *words):
+        return self.differs("a.kraddon", "b.kraddon", *words).text.splitlines()
+
+    def report(self, *words):
+        return self.differs("a.kraddon", "b.kraddon", "--json", *words).json
+
+    def set(self, package, document, value):
+        self.ok("set", package, document, "-", stdin=json.dumps(value).encode())
+
+
+class Outcomes(DiffTest):
+
+    def test_packages_that_say_the_same_are_the_same(self):
+        self.package("a.kraddon", {"x.m": "x" * 2000, "void/": ""})
+        self.ok("create", "b.kraddon", "a.kraddon.src", "--name", "Wave Tools", "--level", "0",
+                "--timestamp", "5")
+        self.assertNotEqual(self.path("a.kraddon").read_bytes(),
+                            self.path("b.kraddon").read_bytes())
+
+        self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon").out, b"")
+        report = self.ok("diff", "a.kraddon", "b.kraddon", "--json").json
+
+        self.assertEqual(report, {"schema": "kraddon.diff/1", "a": "a.kraddon", "b": "b.kraddon",
+                                  "same": True, "properties": [], "documents": [], "files": []})
+        self.assertEqual(list(report), ["schema", "a", "b", "same", "properties", "documents",
+                                        "files"])
+
+    def test_same_goes_with_the_digest(self):
+        self.package("a.kraddon", {"x.m": "x"})
+        original = self.path("a.kraddon").read_bytes()
+        changes = [("set", "b.kraddon", "properties", "summary=s"),
+                   ("set", "b.kraddon", "properties", "GUID=other"),
+                   ("set", "b.kraddon", "license", "text=t"),
+                   ("mkdir", "b.kraddon", "void"),
+                   ("remove", "b.kraddon", "x.m"),
+                   ("set", "b.kraddon", "properties", "version=1.0")]
+        for change in changes:
+            self.path("b.kraddon").write_bytes(original)
+            self.ok(*change)
+            digests = {self.ok("info", name, "--field", "digest").text
+                       for name in ("a.kraddon", "b.kraddon")}
+            report = self.run_kraddon("diff", "a.kraddon", "b.kraddon", "--json")
+            self.assertEqual(report.json["same"], len(digests) == 1, change)
+            self.assertEqual(report.code, len(digests) - 1, change)
+
+    def test_a_document_that_says_the_same_in_other_words_is_named(self):
+        self.pair({}, {})
+        for name in ("a.kraddon", "b.kraddon"):
+            self.set(name, "license", {"type": "MIT", "text": "terms"})
+        with zipfile.ZipFile(self.path("b.kraddon")) as archive:
+            entries = {item.filename: archive.read(item) for item in archive.infolist()}
+        entries["metadata/license.xml"] += b"<!-- reviewed -->"
+        with zipfile.ZipFile(self.path("b.kraddon"), "w") as archive:
+            for name, content in entries.items():
+                archive.writestr(name, content)
+
+        self.assertEqual(self.lines(), ["license: the part differs, its fields are the same"])
+        self.assertEqual(self.report()["documents"],
+                         [{"document": "license", "change": "changed", "fields": []}])
+
+    def test_failures_are_trouble(self):
+        self.pair({}, {})
+        self.write("broken.kraddon", "no package")
+        self.trouble("a.kraddon", "missing.kraddon",
+                     message="cannot open package 'missing.kraddon': No such file or directory")
+        for words in (("a.kraddon", "broken.kraddon"), ("broken.kraddon", "a.kraddon")):
+            result = self.run_kraddon("diff", *words)
+            self.assertEqual((result.code, result.out), (2, b""))
+            self.assertIn("'broken.kraddon'", result.errors)
+
+    def test_output_that_cannot_be_written_is_trouble(self):
+        self.pair({"x": ""}, {})
+        with open("/dev/full", "wb") as full:
+            result = self.run_kraddon("diff", "a.kraddon", "b.kraddon", stdout=full)
+        self.assertEqual(result.code, 2)
+        self.assertEqual(result.errors, "kraddon: diff: cannot write 'standard output': "
+                                        "No space left on device\n")
+
+    def test_damaged_content_is_trouble_and_not_a_difference(self):
+        content = os.urandom(5000)
+        self.pair({"x.bin": content}, {"x.bin": content})
+        raw = self.path("b.kraddon").read_bytes()
+        at = raw.index(content[:64])
+        self.path("b.kraddon").write_bytes(raw[:at + 4000] + bytes([raw[at + 4000] ^ 1])
+                                           + raw[at + 4001:])
+        for words in ([], ["--json"]):
+            result = self.run_kraddon("diff", "a.kraddon", "b.kraddon", *words)
+            self.assertEqual((result.code, result.out), (2, b""))
+            self.assertIn("x.bin", result.errors)
+
+    def test_wrong_usage(self):
+        self.misused("diff", "a.kraddon",
+                     message="missing operand 'B': what it is compared with, one of the same")
+        for one, other in (("stat", "json"), ("text", "json"), ("text", "stat")):
+            self.misused("diff", "a", "b", f"--{one}", f"--{other}",
+                         message=f"bad option '--{one}': it does not go with --{other}")
+
+    def test_quiet_still_answers(self):
+        self.pair({"x": ""}, {})
+        self.assertEqual(self.lines("--quiet"), ["- x  0 B"])
+
+    def test_examples_stand_in_the_help(self):
+        self.assertIn("kraddon diff ", self.ok("diff", "--help").text.split("examples:")[1])
+
+
+class Files(DiffTest):
+
+    def test_each_change_has_its_mark(self):
+        self.pair({"gone.m": "gone", "lib/a.m": "a" * 1234, "same.m": "s", "old/name.m": "moved",
+                   "void/": ""},
+                  {"lib/a.m": "b" * 1340, "lib/new.m": "", "same.m": "s", "new/name.m": "moved",
+                   "bare/": ""})
+        self.assertEqual(self.lines(), [
+            "+ bare/",
+            "- gone.m  4 B",
+            "~ lib/a.m  1.2 kB -> 1.3 kB",
+            "+ lib/new.m  0 B",
+            "> old/name.m -> new/name.m  5 B",
+            "- void/"])
+
+    def test_sizes_that_look_alike_are_given_in_bytes(self):
+        self.pair({"a": "x" * 1234, "b": "x"}, {"a": "x" * 1235, "b": "y"})
+        self.assertEqual(self.lines(), ["~ a  1234 B -> 1235 B", "~ b  1 B"])
+
+    def test_json_has_sizes_and_hashes(self):
+        self.pair({"c.m": "old", "from.m": "moved", "r.m": "removed", "void/": ""},
+                  {"a.m": "added", "bare/": "", "c.m": "newer", "to.m": "moved"})
+        folder = {"size": None, "sha256": None}
+        self.assertEqual(self.report()["files"], [
+            {"path": "a.m", "change": "added", "from": None, "a": None, "b": side("added")},
+            {"path": "bare/", "change": "added", "from": None, "a": None, "b": folder},
+            {"path": "c.m", "change": "changed", "from": None, "a": side("old"),
+             "b": side("newer")},
+            {"path": "r.m", "change": "removed", "from": None, "a": side("removed"), "b": None},
+            {"path": "to.m", "change": "moved", "from": "from.m", "a": side("moved"),
+             "b": side("moved")},
+            {"path": "void/", "change": "removed", "from": None, "a": folder, "b": None}])
+        self.assertEqual(list(self.report()["files"][0]), ["path", "change", "from", "a", "b"])
+
+    def test_a_checksum_is_no_proof(self):
+        self.pair({"x": TWINS[0]}, {"x": TWINS[1]})
+        self.assertEqual(self.lines(), ["~ x  8 B"])
+        self.assertEqual(self.report()["files"][0]["b"], side(TWINS[1]))
+        self.pair({"x": TWINS[0]}, {"y": TWINS[1]})
+        self.assertEqual(self.lines(), ["- x  8 B", "+ y  8 B"])
+
+    def test_of_copies_the_one_that_kept_its_name_moved(self):
+        self.pair({"1/a.m": "same", "1/b.m": "same"},
+                  {"2/b.m": "same", "2/c.m": "same", "3/a.m": "same", "3/d.m": "same"})
+        self.assertEqual(self.lines(), ["> 1/b.m -> 2/b.m  4 B", "+ 2/c.m  4 B",
+                                        "> 1/a.m -> 3/a.m  4 B", "+ 3/d.m  4 B"])
+
+    def test_of_copies_without_a_name_in_common_the_first_ones_moved(self):
+        self.pair({"a": "same", "b": "same", "c": "same"}, {"x": "same", "y": "same"})
+        self.assertEqual(self.lines(), ["- c  4 B", "> a -> x  4 B", "> b -> y  4 B"])
+
+    def test_a_copy_of_what_stayed_is_added(self):
+        self.pair({"a": "same"}, {"a": "same", "b": "same"})
+        self.assertEqual(self.lines(), ["+ b  4 B"])
+
+    def test_a_file_that_became_a_folder_is_two_changes(self):
+        self.pair({"x": "f"}, {"x/": ""})
+        self.assertEqual(self.lines(), ["- x  1 B", "+ x/"])
+
+    def test_paths_of_any_kind_are_told_apart(self):
+        names = ["é", "e\u0301", "A.M", "a.m", "-x", "[a]", "a\nb", "a b", "\U0001f30a", "\uffee"]
+        self.pair({name: "1" for name in names}, {name: "2" for name in names})
+        paths = [file["path"] for file in self.report()["files"]]
+        self.assertEqual(paths, sorted(names, key=str.encode))
+
+    def test_stat_counts(self):
+        self.pair({"gone": "1", "old": "moved", "c": "1", "s": "s", "t": "t"},
+                  {"new": "moved", "c": "22", "s": "s", "t": "t", "add": "", "void/": ""})
+        self.ok("set", "b.kraddon", "properties", "summary=x", "version=2")
+        self.ok("set", "b.kraddon", "license", "text=t")
+        self.assertEqual(self.lines("--stat"), [
+            "properties  2 changed",
+            "documents   1 added",
+            "files       2 added, 1 removed, 1 changed, 1 moved, 2 same",
+            "content     9 B"])
+
+    def test_stat_of_the_same(self):
+        self.pair({"a": "1"}, {"a": "1"})
+        self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon", "--stat").text.splitlines(),
+                         ["properties  same", "documents   same", "files       1 same",
+                          "content     1 B"])
+
+    def test_many_files_are_compared_soon(self):
+        count = 30000
+        for name, odd in (("a.kraddon", -1), ("b.kraddon", 777)):
+            self.package(name, {"seed.m": ""})
+            with zipfile.ZipFile(self.path(name), "a") as archive:
+                for i in range(count):
+                    archive.writestr(f"files/d{i % 100}/f{i}.m", f"content {i == odd} {i}")
+        self.assertEqual(self.lines(), ["~ d77/f777.m  17 B -> 16 B"])
+
+    def test_large_files_take_little_memory(self):
+        # Not written from this process: what it has used would count for those that it starts.
+        for name, end in (("a.kraddon", ""), ("b.kraddon", "x")):
+            self.write(f"{name}.src/end", end)
+            subprocess.run("truncate -s 200M big; cat big end > whole; rm big", shell=True,
+                           cwd=self.path(f"{name}.src"), check=True)
+            self.package(name, {}, "--level", "1")
+        # The same size and checksum is read to the end on both sides.
+        for words, code in ((("a.kraddon", "a.kraddon"), 0), (("a.kraddon", "b.kraddon"), 1)):
+            process = subprocess.Popen([kraddontest.KRADDON, "diff", "--json", *words],
+                                       cwd=self.folder, stdout=subprocess.DEVNULL)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            self.assertEqual(process.returncode, code)
+            self.assertLess(usage.ru_maxrss, 150 << 10)  # in kB
+
+
+class Selections(DiffTest):
+
+    def setUp(self):
+        super().setUp()
+        self.pair({"a.m": "1", "lib/b.m": "1", "lib/c.txt": "1", "only/x.m": ""},
+                  {"a.m": "2", "lib/b.m": "2", "lib/c.txt": "2", "new/y.m": "y"})
+        self.ok("set", "b.kraddon", "properties", "summary=s")
+
+    def test_paths_choose_files_and_nothing_else(self):
+        self.assertEqual(self.lines("lib"), ["~ lib/b.m  1 B", "~ lib/c.txt  1 B"])
+        self.assertEqual(self.lines("/a.m", "lib/b.m"), ["~ a.m  1 B", "~ lib/b.m  1 B"])
+        report = self.report("a.m")
+        self.assertEqual((report["properties"], len(report["files"])), ([], 1))
+
+    def test_a_path_may_be_on_either_side(self):
+        self.assertEqual(self.lines("only"), ["- only/x.m  0 B"])
+        self.assertEqual(self.lines("new/y.m"), ["+ new/y.m  1 B"])
+
+    def test_what_is_chosen_may_be_the_same(self):
+        self.ok("remove", "b.kraddon", "a.m")
+        self.ok("add", "b.kraddon", "a.kraddon.src/a.m")
+        self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon", "a.m").out, b"")
+
+    def test_stat_counts_what_was_chosen(self):
+        self.assertEqual(self.lines("--stat", "lib"),
+                         ["files       2 changed", "content     2 B"])
+
+    def test_patterns_choose(self):
+        self.assertEqual(self.lines("--glob", "*.m", "!only/**"),
+                         ["~ a.m  1 B", "~ lib/b.m  1 B", "+ new/y.m  1 B"])
+
+    def test_a_path_that_names_nothing_is_trouble(self):
+        self.trouble("a.kraddon", "b.kraddon", "lib", "*.m",
+                     message="cannot find '*.m': neither of the two holds anything of that name")
+        self.trouble("a.kraddon", "b.kraddon", "--glob", "*.m", "*.q",
+                     message="cannot find '*.q': neither of the two holds anything of that name")
+
+
+class Documents(DiffTest):
+
+    def setUp(self):
+        super().setUp()
+        self.pair({}, {})
+
+    def document(self):
+        documents = self.report()["documents"]
+        self.assertEqual(len(documents), 1)
+        return documents[0]
+
+    def fields(self, document, a, b):
+        self.set("a.kraddon", document, a)
+        self.set("b.kraddon", document, b)
+        found = self.document()
+        self.assertEqual((found["document"], found["change"]), (document, "changed"))
+        return found["fields"]
+
+    def test_properties_have_their_own_place(self):
+        self.ok("set", "b.kraddon", "properties", "version=1.2", "summary=short")
+        report = self.report()
+        self.assertEqual(report["documents"], [])
+        self.assertEqual(report["properties"], [{"field": "version", "a": "1.0", "b": "1.2"},
+                                                {"field": "summary", "a": "", "b": "short"}])
+        self.assertEqual(self.lines(), ['properties.version: "1.0" -> "1.2"',
+                                        'properties.summary: "" -> "short"'])
+
+    def test_times_of_a_package_are_no_difference(self):
+        self.ok("create", "b.kraddon", "--name", "Wave Tools", "--timestamp", "7", "--force")
+        self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon").out, b"")
+
+    def test_documents_come_and_go(self):
+        self.set("a.kraddon", "license", {"type": "MIT", "text": "t"})
+        self.set("b.kraddon", "apps", APPS)
+        self.assertEqual(self.report()["documents"],
+                         [{"document": "license", "change": "removed", "fields": []},
+                          {"document": "apps", "change": "added", "fields": []}])
+        self.assertEqual(self.lines(), ["license: removed", "apps: added"])
+
+    def test_fields_of_a_record_are_named(self):
+        self.assertEqual(self.fields("license", {"type": "MIT", "text": "t"},
+                                     {"type": "BSD", "text": "t"}),
+                         [{"path": "license.type", "a": "MIT", "b": "BSD"}])
+
+    def test_a_record_that_is_put_in_is_the_only_difference(self):
+        new = dict(APPS[0], name="New", guid="g-3", relativePath="n.m")
+        self.assertEqual(self.fields("apps", APPS, [new, *APPS]),
+                         [{"path": "apps[0]", "a": None, "b": new}])
+        self.assertEqual(self.lines()[0][:25], 'apps[0]: added {"name":"N')
+        self.assertEqual(self.fields("apps", [new, *APPS], APPS),
+                         [{"path": "apps[0]", "a": new, "b": None}])
+
+    def test_a_record_is_known_by_its_guid(self):
+        renamed = dict(APPS[1], name="Editor 2", installByDefault="false")
+        new = dict(APPS[0], guid="g-3", name="New", relativePath="n.m")
+        self.assertEqual(self.fields("apps", APPS, [APPS[0], new, renamed]), [
+            {"path": "apps[1]", "a": None, "b": new},
+            {"path": "apps[2].name", "a": "Editor", "b": "Editor 2"},
+            {"path": "apps[2].installByDefault", "a": "true", "b": "false"}])
+
+    def test_another_order_is_a_difference(self):
+        self.assertEqual(self.fields("apps", APPS, APPS[::-1]), [
+            {"path": "apps[0]", "a": APPS[0], "b": None},
+            {"path": "apps[1]", "a": None, "b": APPS[0]}])
+
+    def test_lists_in_lists_are_followed(self):
+        other = dict(EXAMPLE, thumbnail="t.png", images=["0.png", "1.png", "3.png"])
+        self.assertEqual(
+            self.fields("examples", [{"name": "First", "examples": [EXAMPLE]}],
+                        [{"name": "Zero", "examples": []}, {"name": "First",
+                                                            "examples": [other]}]),
+            [{"path": "examples[0]", "a": None, "b": {"name": "Zero", "examples": None}},
+             {"path": "examples[1].examples[0].thumbnail", "a": "", "b": "t.png"},
+             {"path": "examples[1].examples[0].images[0]", "a": None, "b": "0.png"},
+             {"path": "examples[1].examples[0].images[1]", "a": "2.png", "b": None},
+             {"path": "examples[1].examples[0].images[2]", "a": None, "b": "3.png"}])
+
+    def test_revisions_are_known_by_their_version(self):
+        old = {"version": "1.0", "date": "2026-01-01", "description": "first"}
+        new = {"version": "1.1", "date": "2026-02-01", "description": "second"}
+        self.assertEqual(self.fields("revisions", [old], [new, dict(old, description="First")]),
+                         [{"path": "revisions[0]", "a": None, "b": new},
+                          {"path": "revisions[1].description", "a": "first", "b": "First"}])
+
+    def test_configuration_and_requirements(self):
+        self.assertEqual(self.fields("configuration", {"korvanPaths": ["/", "lib"]},
+                                     {"korvanPaths": ["/", "src"], "javaClassPaths": ["a.jar"]}),
+                         [{"path": "configuration.korvanPaths[1]", "a": "lib", "b": "src"},
+                          {"path": "configuration.javaClassPaths[0]", "a": None, "b": "a.jar"}])
+        self.pair({}, {})
+        product = {"name": "Korvan", "version": "9.1", "identifier": "KV"}
+        found = self.fields("requirements", {"productDependency": [product]},
+                            {"productDependency": [dict(product, version="9.2")],
+                             "supportPackageDependency": [product]})
+        self.assertEqual(found[0], {"path": "requirements.productDependency[0].version",
+                                    "a": "9.1", "b": "9.2"})
+        self.assertTrue(found[1]["path"].startswith("requirements.supportPackageDependency"))
+        self.assertEqual(len(found), 2)
+
+    def test_the_screenshot_counts(self):
+        self.write("one.png", PNG)
+        self.write("two.gif", b"GIF89a" + bytes(20))
+        self.ok("screenshot", "b.kraddon", "one.png")
+        self.assertEqual(self.document(),
+                         {"document": "screenshot", "change": "added", "fields": []})
+        self.ok("screenshot", "a.kraddon", "one.png")
+        self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon").out, b"")
+        self.ok("screenshot", "a.kraddon", "two.gif")
+        found = {field["path"]: field for field in self.document()["fields"]}
+        self.assertEqual(found["screenshot.sha256"]["b"], hashlib.sha256(PNG).hexdigest())
+
+    def test_long_values_are_cut_where_they_differ(self):
+        terms = "Permission is hereby granted, free of charge, to any person. " * 20
+        self.set("a.kraddon", "license", {"type": "MIT", "text": terms + "One\nlast é."})
+        self.set("b.kraddon", "license", {"type": "MIT", "text": terms + "Two\nlast é."})
+        line = self.lines()[0]
+        self.assertLess(len(line), 160)
+        self.assertTrue(line.startswith("license.text: …"), line)
+        self.assertIn('any person. One\\nlast é." -> …', line)
+        self.assertTrue(line.endswith('any person. Two\\nlast é."'), line)
+
+
+class Lines(DiffTest):
+
+    def patched(self, a, b):
+        """The text of --text, having checked that patch makes b's files of a's with it."""
+        self.pair(a, b)
+        text = self.differs("a.kraddon", "b.kraddon", "--text").out
+        done = subprocess.run(["patch", "-p1", "-s", "-E"], input=text, capture_output=True,
+                              cwd=self.path("a.kraddon.src"), check=False)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        for name, content in b.items():
+            expected = content if isinstance(content, bytes) else content.encode()
+            self.assertEqual(self.path(f"a.kraddon.src/{name}").read_bytes(), expected, name)
+        for name in set(a) - set(b):
+            self.assertFalse(self.path(f"a.kraddon.src/{name}").exists(), name)
+        return text.decode(errors="surrogateescape")
+
+    def test_lines_that_differ_are_shown(self):
+        text = self.patched({"lib/a.m": "1\n2\n3\n4\n5\n6\n"},
+                            {"lib/a.m": "1\n2\n3\n4\nfive\n6\n"})
+        self.assertEqual(text.splitlines(), [
+            "~ lib/a.m  12 B -> 15 B", "--- a/lib/a.m", "+++ b/lib/a.m", "@@ -2,5 +2,5 @@", " 2",
+            " 3", " 4", "-5", "+five", " 6"])
+
+    def test_patch_takes_the_output_whatever_the_files(self):
+        self.patched(
+            {"gone.m": "x\n", "a b.m": "1\n2\n", 'q"u\\o.m': "1\n", "tab\there.m": "1\n",
+             "é.m": "1\n", "no end": "x", "crlf": "a\r\nb\r\n", "latin": b"\xe9\n\xe8\n",
+             "marks": "--- a\n+++ b\n@@ -1 +1 @@\n- x\n"},
+            {"new.m": "y\nz\n", "a b.m": "1\n3\n", 'q"u\\o.m': "2\n", "tab\there.m": "2\n",
+             "é.m": "2\n", "no end": "x\n", "crlf": "a\r\nc\r\n", "latin": b"\xe9\n\xe7\n",
+             "marks": "--- a\n+++ c\n@@ -1 +1 @@\n- y\n"})
+
+    def test_binary_files_are_said_to_be(self):
+        self.pair({"a.bin": b"\0\1\n", "new.bin": b"\0", "t": "x\n"},
+                  {"a.bin": b"\0\2\n", "b.bin": b"\0\0", "t": b"x\0"})
+        self.ok("remove", "a.kraddon", "new.bin")
+        self.assertEqual(self.lines("--text"), [
+            "~ a.bin  3 B", "Binary files a/a.bin and b/a.bin differ",
+            "+ b.bin  2 B", "Binary files /dev/null and b/b.bin differ",
+            "~ t  2 B", "Binary files a/t and b/t differ"])
+
+    def test_very_large_texts_are_not_taken_apart(self):
+        self.pair({"big": "line\n" * (4 << 20), "many": "\n" * (2 << 20)},
+                  {"big": "line\n" * (4 << 20) + "x\n", "many": "\n" * (2 << 20) + "x"})
+        lines = self.lines("--text")
+        self.assertEqual([lines[1], lines[3]], [
+            f"Files a/{name} and b/{name} differ, too large to show their lines"
+            for name in ("big", "many")])
+
+    def test_moved_and_empty_files_have_no_lines(self):
+        self.pair({"a": "same\n", "void/": ""}, {"b": "same\n", "new": ""})
+        self.assertEqual(self.lines("--text"), ["> a -> b  5 B", "+ new  0 B", "- void/"])
+
+    def test_a_text_made_to_take_long_is_done_soon(self):
+        twist = [("a\n" if (i * i) % 7 < 3 else "b\n") for i in range(400000)]
+        self.pair({"t": "".join(twist)}, {"t": "".join(twist[::-1][:399990])})
+        self.assertEqual(self.lines("--text")[1:3], ["--- a/t", "+++ b/t"])
+
+
+class Colours(DiffTest):
+
+    def setUp(self):
+        super().setUp()
+        self.pair({"a": "1\n", "r": "", "m": "moved"}, {"a": "2\n", "n": "new", "x": "moved"})
+
+    def test_colours_are_on_request(self):
+        plain = self.lines("--text")
+        coloured = self.differs("a.kraddon", "b.kraddon", "--text", "--color", "always").text
+        for code, line in (("33", "~ a  2 B"), ("36", "@@ -1 +1 @@"), ("31", "-1"), ("32", "+2"),
+                           ("32", "+ n  3 B"), ("31", "- r  0 B"), ("36", "> m -> x  5 B")):
+            self.assertIn(line, plain)
+            self.assertIn(f"\x1b[{code}m{line}\x1b[0m\n", coloured)
+        self.assertNotIn("\x1b", "".join(plain))
+
+    def on_terminal(self, *words, env=None):
+        main, side_ = pty.openpty()
+        process = subprocess.Popen([kraddontest.KRADDON, "diff", *words], cwd=self.folder,
+                                   stdout=side_, env=self.environment(env))
+        os.close(side_)
+        out = b""
+        try:
+            while block := os.read(main, 65536):
+                out += block
+        except OSError:
+            pass  # how a terminal says that nobody is left
+        os.close(main)
+        self.assertEqual(process.wait(60), 1)
+        return out.replace(b"\r\n", b"\n").decode()
+
+    def test_a_terminal_is_coloured_unless_told_not_to(self):
+        self.assertIn("\x1b[33m~ a", self.on_terminal("a.kraddon", "b.kraddon"))
+        self.assertNotIn("\x1b", self.on_terminal("a.kraddon", "b.kraddon", env={"NO_COLOR": "1"}))
+        self.assertNotIn("\x1b", self.on_terminal("a.kraddon", "b.kraddon", "--color", "never"))
+
+    def test_nothing_controls_a_terminal(self):
+        self.pair({"a\x1bb": "x\ty\x1b[2J\n"}, {"a\x1bb": "x\tz\x1b[2J\n"})
+        text = self.on_terminal("a.kraddon", "b.kraddon", "--text", "--color", "never")
+        self.assertNotIn("\x1b", text)
+        self.assertIn("+x\tz\\x1b[2J\n", text.replace("       ", "\t"))
+
+
+class Folders(DiffTest):
+
+    MANIFEST = '[package]\nname = "Wave Tools"\nversion = "1.0"\n'
+
+    def setUp(self):
+        super().setUp()
+        self.project("one", {"lib/a.m": "a\n", "b.m": "b\n"})
+        self.scratch = self.path("scratch")
+        self.scratch.mkdir()
+        self.ok("build", "one", "-o", "one.kraddon", "--no-verify")
+
+    def project(self, name, files, manifest=MANIFEST):
+        self.tree(files, name)
+        self.write(f"{name}/kraddon.toml", manifest)
+
+    def run_kraddon(self, *words, env=None, **kw):
+        return super().run_kraddon(*words, env={"TMPDIR": str(self.path("scratch")), **(env or {})},
+                                   **kw)
+
+    def tearDown(self):
+        self.assertEqual(os.listdir(self.scratch), [])
+        super().tearDown()
+
+    def test_a_folder_is_the_same_as_what_was_built_of_it(self):
+        for words in (("one", "one.kraddon"), ("one.kraddon", "one"), ("one", "one/")):
+            self.assertEqual(self.ok("diff", *words).out, b"", words)
+        report = self.ok("diff", "one.kraddon", "one", "--json").json
+        self.assertEqual((report["a"], report["b"], report["same"]), ("one.kraddon", "one", True))
+
+    def test_what_changed_in_the_folder_is_shown(self):
+        self.write("one/b.m", "B\n")
+        self.write("one/lib/new.m", "n\n")
+        self.write("one/kraddon.toml", self.MANIFEST.replace("1.0", "1.1")
+                   + '[license]\ntype = "MIT"\ntext = "terms"\n')
+        lines = ['properties.version: "1.0" -> "1.1"', "license: added", "~ b.m  2 B",
+                 "+ lib/new.m  2 B"]
+        self.assertEqual(self.differs("one.kraddon", "one").text.splitlines(), lines)
+        self.assertEqual(self.differs("one.kraddon", "one", "b.m", "--text").text.splitlines(),
+                         ["~ b.m  2 B", "--- a/b.m", "+++ b/b.m", "@@ -1 +1 @@", "-b", "+B"])
+
+    def test_two_folders_are_compared(self):
+        self.project("two", {"lib/a.m": "a\n", "c.m": "b\n"})
+        self.assertEqual(self.differs("one", "two").text, "> b.m -> c.m  2 B\n")
+
+    def test_the_folder_stays_as_it_was(self):
+        before = sorted(os.listdir(self.path("one")))
+        self.ok("diff", "one", "one.kraddon")
+        self.assertEqual(sorted(os.listdir(self.path("one"))), before)
+
+    def test_a_folder_without_a_manifest_is_trouble(self):
+        self.path("bare").mkdir()
+        for words in (("bare", "one.kraddon"), ("one.kraddon", "bare"), ("one", "bare")):
+            result = self.run_kraddon("diff", *words)
+            self.assertEqual((result.code, result.out), (2, b""))
+            line, hint = result.errors.splitlines()
+            self.assertTrue(line.startswith("kraddon: diff: ") and "bare" in line, line)
+            self.assertTrue(hint.startswith("hint: ") and "kraddon init" in hint, hint)
+
+    def test_a_bad_manifest_is_trouble(self):
+        self.write("one/kraddon.toml", "[package]\nname = 1\nversion = \"1\"\n")
+        result = self.run_kraddon("diff", "one", "one.kraddon")
+        self.assertEqual((result.code, result.out), (2, b""))
+        self.assertTrue(result.errors.startswith("kraddon: diff: bad manifest '"), result.errors)
+        self.assertIn("kraddon.toml:2:", result.errors)
+
+    def test_no_place_for_a_private_file_is_trouble(self):
+        self.trouble("one", "one.kraddon", env={"TMPDIR": "/nowhere"},
+                     message="cannot make a folder in '/nowhere': No such file or directory")
+
+    def test_an_interrupt_leaves_nothing_behind(self):
+        self.write("one/big.bin", os.urandom(64 << 20))
+        for number in (signal.SIGINT, signal.SIGTERM):
+            process = subprocess.Popen([kraddontest.KRADDON, "diff", "one", "one"],
+                                       cwd=self.folder, stdout=subprocess.PIPE,
+                                       stderr=subprocess.PIPE,
+                                       env=self.environment({"TMPDIR": str(self.scratch)}))
+            while process.poll() is None and not os.listdir(self.scratch):
+                time.sleep(0.001)
+            process.send_signal(number)
+            self.assertEqual((*process.communicate(timeout=60), process.returncode),
+                             (b"", b"", -number))
+            self.assertEqual(os.listdir(self.scratch), [])
+
+
+if __name__ == "__main__":
+    kraddontest.main()

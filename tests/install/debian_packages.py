@@ -1,0 +1,213 @@
+# SPDX-License-Identifier: MIT
+"""The Debian packages: what is in them, and that they install and run on a fresh Debian 12.
+
+Without words both are tested; 'Contents' and 'FreshSystem' name one. Exits with 77 when all that was
+to be tested had to be left out.
+"""
+
+import glob
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+BUILD = os.environ["KRADDON_BUILD"]
+VERSION = os.environ["KRADDON_VERSION"]
+MIRROR = os.environ.get("KRADDON_DEBIAN_MIRROR", "http://deb.debian.org/debian")
+# A whole system goes there; memory is quicker than a disk.
+ROOMY = "/dev/shm"
+NEEDED_ROOM = 1 << 30
+
+
+def run(*words, **kw):
+    """Runs it; what it said goes into the exception when it fails."""
+    done = subprocess.run(words, capture_output=True, text=True, check=False,
+                          stdin=subprocess.DEVNULL, **kw)
+    if done.returncode != 0:
+        raise AssertionError(f"{words} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
+    return done.stdout
+
+
+def temporary_folder(parent=None):
+    return pathlib.Path(tempfile.mkdtemp(prefix="kraddon-deb-", dir=parent))
+
+
+def make_packages(folder, epoch="1700000000"):
+    """Both packages, by name: {"kraddon": path, "kraddon-dev": path}."""
+    if shutil.which("dpkg-shlibdeps") is None:
+        raise unittest.SkipTest("there is no dpkg-shlibdeps; scripts/setup test installs it")
+    cpack = pathlib.Path(os.environ["CMAKE"]).with_name("cpack")
+    run(cpack, "-G", "DEB", "-B", folder, cwd=BUILD,
+        env={**os.environ, "SOURCE_DATE_EPOCH": epoch, "LC_ALL": "C.UTF-8"})
+    found = {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
+    shutil.rmtree(folder / "_CPack_Packages")
+    return found
+
+
+class Contents(unittest.TestCase):
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = temporary_folder()
+        cls.addClassCleanup(shutil.rmtree, cls.folder)
+        cls.packages = make_packages(cls.folder / "first")
+
+    def field(self, package, name):
+        return run("dpkg-deb", "-f", self.packages[package], name).strip()
+
+    def listing(self, package):
+        """{path: (mode, owner)}"""
+        lines = run("dpkg-deb", "-c", self.packages[package]).splitlines()
+        return {line.split()[5]: tuple(line.split()[:2]) for line in lines}
+
+    def test_the_control_files_say_what_is_needed(self):
+        self.assertEqual(sorted(self.packages), ["kraddon", "kraddon-dev"])
+        for package in self.packages:
+            self.assertEqual(self.field(package, "Version"), VERSION)
+        needed = self.field("kraddon", "Depends")
+        for library in ("libc6 (>=", "libstdc++6 (>=", "libdeflate0", "libicu72", "zlib1g"):
+            self.assertIn(library, needed)
+        self.assertNotIn("kraddon", needed)
+        self.assertIn(f"kraddon (= {VERSION})", self.field("kraddon-dev", "Depends"))
+
+    def test_everything_lies_where_debian_has_it(self):
+        paths = self.listing("kraddon")
+        for path in ("bin/kraddon", "lib/libkraddon_packaging.so", "lib/libkxarray.so",
+                     "share/man/man1/kraddon.1.gz", "share/man/man1/kraddon-create.1.gz",
+                     "share/bash-completion/completions/kraddon",
+                     "share/zsh/vendor-completions/_kraddon",
+                     "share/fish/vendor_completions.d/kraddon.fish",
+                     "share/doc/kraddon/copyright", "share/doc/kraddon/changelog.gz"):
+            self.assertIn("./usr/" + path, paths)
+        self.assertEqual([path for path in paths if path.endswith((".1", ".a", ".h", ".pc"))], [])
+        paths = self.listing("kraddon-dev")
+        for path in ("lib/kraddon/libaddon_packaging.a", "lib/cmake/kraddon/kraddonConfig.cmake",
+                     "lib/pkgconfig/kraddon.pc", "include/kraddon/addon/packaging/AddonPackage.h"):
+            self.assertIn("./usr/" + path, paths)
+
+    def test_modes_and_owners_do_not_depend_on_who_built_it(self):
+        for package in self.packages:
+            for path, (mode, owner) in self.listing(package).items():
+                expected = "-rw-r--r--"
+                if path.endswith("/"):
+                    expected = "drwxr-xr-x"
+                elif path.startswith("./usr/bin/"):
+                    expected = "-rwxr-xr-x"
+                self.assertEqual((mode, owner), (expected, "root/root"), path)
+
+    def test_the_same_time_gives_the_same_bytes(self):
+        again = make_packages(self.folder / "again")
+        for name, path in self.packages.items():
+            self.assertEqual(again[name].read_bytes(), path.read_bytes(), name)
+
+    def test_lintian_finds_no_errors(self):
+        if shutil.which("lintian") is None:
+            self.skipTest("there is no lintian; scripts/setup test installs it")
+        run("lintian", "--allow-root", "--fail-on", "error", *self.packages.values())
+
+
+def is_fit(folder):
+    """Whether a system can be put there: room enough, and programs and devices do work."""
+    if not os.path.isdir(folder):
+        return False
+    state = os.statvfs(folder)
+    has_room = state.f_bavail * state.f_frsize > NEEDED_ROOM
+    return has_room and not state.f_flag & (os.ST_NODEV | os.ST_NOEXEC | os.ST_RDONLY)
+
+
+def fresh_system():
+    """A Debian 12 with nothing in it but what every one has, in a folder that is then removed."""
+    if os.geteuid() != 0:
+        raise unittest.SkipTest("only root can make a chroot")
+    if shutil.which("debootstrap") is None:
+        raise unittest.SkipTest("there is no debootstrap; scripts/setup test installs it")
+    return temporary_folder(ROOMY if is_fit(ROOMY) else None)
+
+
+def remove_system(root):
+    """Removes it with all that is mounted in it, which the mount namespace should have seen to."""
+    with open("/proc/self/mounts", encoding="utf-8") as mounts:
+        inside = [line.split()[1] for line in mounts if line.split()[1].startswith(f"{root}/")]
+    for point in reversed(inside):
+        subprocess.run(["umount", "-l", point], check=False)
+    shutil.rmtree(root)
+
+
+def own_mounts():
+    """Words before a command whose mounts are to vanish with it."""
+    prefix = ["unshare", "--mount", "--propagation", "private"]
+    works = subprocess.run([*prefix, "true"], capture_output=True, check=False).returncode == 0
+    return prefix if works else []
+
+
+class FreshSystem(unittest.TestCase):
+
+    @classmethod
+    def setUpClass(cls):
+        cls.root = fresh_system()
+        cls.addClassCleanup(remove_system, cls.root)
+        cls.packages = make_packages(cls.root / "debs")
+        system = cls.root / "system"
+        run(*own_mounts(), "debootstrap", "--variant=minbase", "bookworm", system, MIRROR,
+            env={**os.environ, "LC_ALL": "C"})
+        cls.system = system
+        cls.share_network_settings()
+
+    @classmethod
+    def share_network_settings(cls):
+        """Where packages come from, and by what proxy, as this machine has it."""
+        for pattern in ("/etc/apt/sources.list.d/*", "/etc/apt/apt.conf.d/99*", "/etc/apt/sources.list",
+                        "/etc/resolv.conf", "/etc/hosts"):
+            for path in glob.glob(pattern):
+                target = cls.system / path.lstrip("/")
+                target.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copyfile(path, target)
+
+    def inside(self, script):
+        mounted = f"mount -t proc proc '{self.system}/proc' 2> /dev/null || :; "
+        if not own_mounts():
+            mounted = ""
+        return run(*own_mounts(), "sh", "-c", mounted + 'exec chroot "$0" sh -euc "$1"',
+                   self.system, script,
+                   env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/root", "LC_ALL": "C.UTF-8",
+                        "DEBIAN_FRONTEND": "noninteractive"})
+
+    def test_the_package_installs_and_runs(self):
+        shutil.copy(self.packages["kraddon"], self.system / "root/kraddon.deb")
+        self.inside("apt-get -q update; "
+                    "apt-get -q -y install --no-install-recommends /root/kraddon.deb")
+
+        self.assertEqual(self.inside("kraddon --version"), f"kraddon {VERSION}\n")
+        text = self.inside(r"""
+            cd /root
+            mkdir -p src/lib
+            echo 'x = 1;' > src/lib/wave.m
+            kraddon create p.kraddon src --name 'Fresh' --summary s
+            kraddon verify -q p.kraddon
+            kraddon extract -q p.kraddon -d out
+            cmp out/lib/wave.m src/lib/wave.m
+            kraddon call addonGetFileList p.kraddon
+            kraddon info p.kraddon --field name
+            kraddon completion bash -- list p.kraddon lib/ | tr '\0' '|'
+        """)
+        self.assertIn('["lib/wave.m"]\nFresh\npaths||lib/wave.m|', text)
+
+        self.inside("apt-get -q -y purge kraddon")
+        left = self.inside("find / -xdev -name '*kraddon*' -not -path '/root/*' "
+                           "-not -path '/var/*' -not -path '/proc/*'")
+        self.assertEqual(left, "")
+
+
+def main():
+    result = unittest.main(exit=False).result
+    if result.wasSuccessful() and result.skipped and result.testsRun <= len(result.skipped):
+        print("\n".join(f"left out: {reason}" for _, reason in result.skipped))
+        sys.exit(77)
+    sys.exit(not result.wasSuccessful())
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "addon/checks/AddonChecks.h"
+#include "addon/checks/Verification.h"
+#include "opc/Text.h"
+#include "tool/Arguments.h"
+#include "tool/BuildReport.h"
+#include "tool/Digest.h"
+#include "tool/Errors.h"
+#include "tool/FindingPrinter.h"
+#include "tool/FolderBuild.h"
+#include "tool/Interrupt.h"
+#include "tool/Messages.h"
+#include "tool/NewPackage.h"
+#include "tool/Progress.h"
+
+namespace tool {
+
+namespace {
+
+using addon::checks::Report;
+using addon::packaging::AddonProperties;
+using opc::zippackage::WriteOptions;
+
+constexpr std::array kOperands{OperandSpec{"FOLDER", "the project (default: .)", false}};
+
+constexpr std::array kOptions{
+    OptionSpec{"output", 'o', "PACKAGE", "the file to make (default: NAME-VERSION.kraddon)"},
+    OptionSpec{"force", 0, "", "replace an existing file"},
+    kExcludeOption,
+    kFollowOption,
+    OptionSpec{"dry-run", 0, "", "print what would go in, write nothing"},
+    OptionSpec{"strict", 0, "", "warnings stop the build, too"},
+    OptionSpec{"no-verify", 0, "", "do not check the result"},
+    kJsonOption,
+    kTimestampOption,
+    kLevelOption};
+
+/// A secret in the package: what is published cannot be taken back.
+constexpr std::uint16_t kSecret = 509;
+
+/// Everything that is settled before the work begins.
+struct Task {
+  const Invocation& invocation;
+  Project project;
+  IgnoreRules rules;
+  std::string output;
+  WriteOptions options;
+
+  bool verifies() const { return !invocation.has("no-verify"); }
+  bool isForced() const { return invocation.has("force"); }
+  bool isStrict() const { return invocation.has("strict") || project.manifest.verify.strict.value; }
+};
+
+/// The checks refused the package.
+struct Refused {};
+
+std::string folderOf(const Invocation& invocation) {
+  return invocation.operands().empty() ? "." : invocation.operands()[0];
+}
+
+Task prepare(const Invocation& invocation) {
+  invocation.refuseTogether("no-verify", "strict");
+  const std::optional<std::string> asked = invocation.value("output");
+  if (asked == "-") {
+    throw UsageError(sentence("bad value of --output", "-", "a package is a file"));
+  }
+  WriteOptions options = writeOptionsOf(invocation);
+  Project project = openProject(folderOf(invocation));
+  if (!invocation.has(kLevelOption.longName)) options.level = project.manifest.build.level.value;
+  IgnoreRules rules = ignoreRulesOf(project.manifest);
+  std::string output = asked ? *asked : addon::project::outputPath(project.manifest);
+  return {invocation, std::move(project), std::move(rules), std::move(output), std::move(options)};
+}
+
+FileChoice choiceOf(const Task& task) {
+  FileChoice choice;
+  choice.excludes = task.invocation.values("exclude");
+  choice.followsOutside = task.invocation.has("follow");
+  choice.leftOut = {task.output};
+  if (task.invocation.settings().isVerbose) {
+    choice.onLeftOut = [](const std::string& path, const std::string& why) {
+      printToStandardError(fmt::format("left out: {} ({})\n", opc::printable(path), why));
+    };
+  }
+  return choice;
+}
+
+bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
+  const bool hasSecret = std::any_of(verdict.findings.begin(), verdict.findings.end(),
+                                     [](const auto& one) { return one.number == kSecret; });
+  return verdict.isGood(isStrict) && !hasSecret;
+}
+
+/// Looks at the package while it has no place yet.
+void inspect(const std::string& path, const Task& task, BuildResult& result) {
+  Interrupt::check();
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot look at", path, errno);
+  result.size = static_cast<std::uint64_t>(info.st_size);
+  ProgressBar bar(task.invocation.settings());
+  if (task.verifies()) {
+    const Report report =
+        addon::checks::verifyPackage(path, addon::checks::Scope::Addon, bar.function());
+    result.verdict = judge(task.output, report, task.rules);
+    if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
+  }
+  if (task.invocation.has("json")) {
+    const auto package = openForReading(path);
+    result.digest = contentDigest(*package, readTree(*package), bar.function());
+  }
+}
+
+BuildResult build(Task& task) {
+  BuildResult result{task.output};
+  NewPackage target(task.output, task.isForced());
+  AddonProperties properties = propertiesOf(task.project);
+  AddonPackage& package = target.open(properties, task.options.timestamp);
+  fillPackage(task.project, choiceOf(task), task.rules, package);
+  result.items = readTree(package);
+  task.options.inspect = [&](const std::string& path) { inspect(path, task, result); };
+  try {
+    target.commit(std::move(task.options), task.invocation.settings());
+    result.isWritten = true;
+  } catch (const Refused&) {
+    result.size.reset();
+  }
+  return result;
+}
+
+/// All that can be known without a file: the checks of the container have nothing to look at.
+BuildResult rehearse(const Task& task) {
+  BuildResult result{task.output};
+  Interrupt::defer();  // a large screenshot is parked in a file
+  requireFreePlace(task.output, true);
+  AddonProperties properties = propertiesOf(task.project);
+  std::u16string path = toUtf16("cannot create", task.output);
+  AddonPackage package(path, properties);
+  fillPackage(task.project, choiceOf(task), task.rules, package);
+  result.items = readTree(package);
+  if (task.verifies()) {
+    Report report;
+    addon::checks::checkDocuments(package, report);
+    addon::checks::checkReferences(package, report);
+    addon::checks::checkStyle(package, report);
+    result.verdict = judge(task.output, report, task.rules);
+  }
+  if (task.invocation.has("json")) {
+    ProgressBar bar(task.invocation.settings());
+    result.digest = contentDigest(package, result.items, bar.function());
+  }
+  return result;
+}
+
+void warnOfExisting(const Task& task) {
+  struct stat info {};
+  if (task.isForced() || ::stat(task.output.c_str(), &info) != 0) return;
+  printWarning("build", sentence("cannot create", task.output,
+                                 "it exists already, and only --force replaces it"));
+}
+
+void print(const BuildResult& result, const Task& task) {
+  const bool isQuiet = task.invocation.settings().isQuiet;
+  const bool isGood = !result.verdict || isAcceptable(*result.verdict, task.isStrict());
+  if (result.verdict && !(isQuiet && isGood)) {
+    printToStandardError(describeFindings(*result.verdict));
+  }
+  Output output;
+  if (task.invocation.has("json")) {
+    printBuildAsJson(result, output);
+  } else if (task.invocation.has("dry-run")) {
+    printBuildPlan(result, output);
+  }
+  output.flush();
+  if (result.isWritten && task.invocation.settings().isVerbose) {
+    printToStandardError(
+        fmt::format("built: {}: {}\n", opc::printable(result.file), describeContent(result.items)));
+  }
+}
+
+std::string counted(std::size_t count, std::string_view what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+void refuse(const PackageVerdict& verdict, const Task& task) {
+  std::string why = "it holds a secret";
+  if (verdict.errors != 0) {
+    why = "it has " + counted(verdict.errors, "error");
+  } else if (!verdict.isGood(task.isStrict())) {
+    why = "it has " + counted(verdict.warnings, "warning") + ", and 'strict' is set";
+  }
+  throw Failure(sentence("cannot build", task.output, why),
+                "'kraddon verify --explain ID' says what to do about a finding");
+}
+
+ExitCode run(const Invocation& invocation) {
+  Task task = prepare(invocation);
+  const bool isRehearsal = invocation.has("dry-run");
+  if (isRehearsal && !invocation.settings().isQuiet) warnOfExisting(task);
+  const BuildResult result = isRehearsal ? rehearse(task) : build(task);
+  print(result, task);
+  if (result.verdict && !isAcceptable(*result.verdict, task.isStrict())) {
+    refuse(*result.verdict, task);
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon build", "makes the package of the project in this folder"},
+    ExampleSpec{"kraddon build wave -o dist/wave.kraddon --force --timestamp 0",
+                "gives the same bytes each time"},
+    ExampleSpec{"kraddon build --dry-run -v", "shows what would go in, and what would not"},
+    ExampleSpec{"kraddon build --strict --json", "for a pipeline: nothing doubtful passes"}};
+
+}  // namespace
+
+constexpr CommandSpec kBuildCommand{
+    "build",
+    "makes the package of a project from its kraddon.toml",
+    "Packs the files of FOLDER with all that its manifest, kraddon.toml, says. What the\n"
+    "manifest names has to be there. The result is checked as 'verify' does before it is\n"
+    "put in place: errors and secrets (KR509) keep it out, with --strict warnings do too.\n"
+    "With --no-verify only the manifest and what it refers to is checked. --dry-run checks\n"
+    "what can be checked without a package. Without --timestamp, and without\n"
+    "SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+    kOperands,
+    kOptions,
+    run,
+    kExamples};
+
+}  // namespace tool

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#include "tool/FileComparison.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "tool/FileMoves.h"
+#include "tool/Sha256.h"
+
+namespace tool {
+
+namespace {
+
+using opc::interfaces::Progress;
+using opc::interfaces::ProgressFunction;
+
+constexpr std::size_t kBlockSize = std::size_t{64} << 10;
+using Block = std::vector<unsigned char>;
+
+/// As far as the block goes, so that two streams stay at the same place.
+std::size_t fill(opc::InputStream& stream, Block& block) {
+  std::size_t filled = 0;
+  while (filled < block.size()) {
+    const std::size_t size = stream.read(block.data() + filled, block.size() - filled);
+    if (size == 0) break;
+    filled += size;
+  }
+  return filled;
+}
+
+std::string keyOf(const Item& item) {
+  return item.isFolder() ? item.path + "/" : item.path;
+}
+
+/// A file and a folder of one path are two things.
+bool isBefore(const Item& a, const Item& b) {
+  const int order = a.path.compare(b.path);
+  return order != 0 ? order < 0 : a.isFolder() < b.isFolder();
+}
+
+/// Goes through two sorted trees and says what became of each path.
+class Comparison {
+ public:
+  Comparison(FileSet a, FileSet b, bool wantsHashes, const ProgressFunction& progress)
+      : a_(a), b_(b), wantsHashes_(wantsHashes), report_(progress) {}
+
+  FileDifferences run() {
+    std::sort(a_.items.begin(), a_.items.end(), isBefore);
+    std::sort(b_.items.begin(), b_.items.end(), isBefore);
+    mergePaths();
+    comparePairs();
+    findMoves();
+    if (wantsHashes_) addHashes();
+    const auto byPath = [](const auto& x, const auto& y) {
+      return x.path != y.path ? x.path < y.path : x.change < y.change;
+    };
+    std::sort(result_.list.begin(), result_.list.end(), byPath);
+    return std::move(result_);
+  }
+
+ private:
+  void mergePaths() {
+    auto a = a_.items.cbegin();
+    auto b = b_.items.cbegin();
+    while (a != a_.items.cend() || b != b_.items.cend()) {
+      const bool isOnlyInA = b == b_.items.cend() || (a != a_.items.cend() && isBefore(*a, *b));
+      const bool isOnlyInB = !isOnlyInA && (a == a_.items.cend() || isBefore(*b, *a));
+      if (isOnlyInA) {
+        add(Change::Removed, &*a++, nullptr);
+      } else if (isOnlyInB) {
+        add(Change::Added, nullptr, &*b++);
+      } else {
+        addPair(*a++, *b++);
+      }
+    }
+  }
+
+  void add(Change change, const Item* a, const Item* b) {
+    result_.list.push_back({keyOf(b == nullptr ? *a : *b), change, {}, a, b});
+  }
+
+  /// What sizes and checksums cannot tell is left to be read, once it is known how much that is.
+  void addPair(const Item& a, const Item& b) {
+    if (a.isFolder()) {
+      ++result_.same;
+    } else if (agree(a, b)) {
+      pairs_.emplace_back(&a, &b);
+      expect(a);
+    } else {
+      add(Change::Changed, &a, &b);
+    }
+  }
+
+  void comparePairs() {
+    for (const auto& [a, b] : pairs_) {
+      report();
+      if (haveSameBytes(*a, *b)) {
+        ++result_.same;
+      } else {
+        add(Change::Changed, a, b);
+      }
+      ++progress_.itemsDone;
+    }
+  }
+
+  void expect(const Item& item) {
+    ++progress_.itemsTotal;
+    progress_.bytesTotal += item.info.size;
+  }
+
+  static bool agree(const Item& a, const Item& b) {
+    return a.info.size == b.info.size && a.info.crc == b.info.crc;
+  }
+
+  bool haveSameBytes(const Item& a, const Item& b) {
+    const auto aStream = openItem(a_.package, a);
+    const auto bStream = openItem(b_.package, b);
+    bool isSame = true;
+    std::size_t size = 0;
+    do {
+      // To the end even when they differ: with equal checksums, one of them may well be damaged,
+      // and that shows at the end.
+      size = fill(*aStream, aBlock_);
+      isSame = fill(*bStream, bBlock_) == size && isSame &&
+               std::memcmp(aBlock_.data(), bBlock_.data(), size) == 0;
+      progress_.bytesDone += size;
+      report();
+    } while (size > 0);
+    return isSame;
+  }
+
+  void report() const {
+    if (report_) report_(progress_);
+  }
+
+  void findMoves() {
+    joinMoved(result_.list, [this](FileDifference& difference) {
+      if (difference.a != nullptr) hash(*difference.a, a_, difference.aHash);
+      if (difference.b != nullptr) hash(*difference.b, b_, difference.bHash);
+    });
+  }
+
+  void addHashes() {
+    visitSidesWithoutHash([this](const Item& item, FileSet&, std::string&) { expect(item); });
+    visitSidesWithoutHash([this](const Item& item, FileSet& files, std::string& result) {
+      hash(item, files, result);
+      ++progress_.itemsDone;
+      progress_.bytesDone += item.info.size;
+    });
+  }
+
+  template <typename Visit>
+  void visitSidesWithoutHash(Visit visit) {
+    const auto needsHash = [](const Item* item, const std::string& known) {
+      return item != nullptr && !item->isFolder() && known.empty();
+    };
+    for (FileDifference& difference : result_.list) {
+      if (needsHash(difference.a, difference.aHash)) visit(*difference.a, a_, difference.aHash);
+      if (needsHash(difference.b, difference.bHash)) visit(*difference.b, b_, difference.bHash);
+    }
+  }
+
+  void hash(const Item& item, const FileSet& files, std::string& result) const {
+    report();
+    result = sha256Of(*openItem(files.package, item));
+  }
+
+  FileSet a_;
+  FileSet b_;
+  bool wantsHashes_;
+  const ProgressFunction& report_;
+  Progress progress_;
+  std::vector<std::pair<const Item*, const Item*>> pairs_;
+  Block aBlock_ = Block(kBlockSize);
+  Block bBlock_ = Block(kBlockSize);
+  FileDifferences result_;
+};
+
+}  // namespace
+
+FileDifferences compareFiles(FileSet a, FileSet b, bool wantsHashes,
+                             const ProgressFunction& progress) {
+  return Comparison(a, b, wantsHashes, progress).run();
+}
+
+}  // namespace tool

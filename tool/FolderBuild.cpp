@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "tool/FolderBuild.h"
+
+#include <utility>
+
+#include "tool/Background.h"
+#include "tool/PackageAccess.h"
+#include "tool/ProjectDocuments.h"
+
+namespace tool {
+
+void fillPackage(const Project& project, const FileChoice& choice, const IgnoreRules& rules,
+                 AddonPackage& package) {
+  storeFiles(treeOf(project, choice), false, package);
+  storeAddedFiles(project, package);
+  storeDocuments(project, package);
+  checkReferences(project.manifest, rules, package);
+}
+
+void buildInto(const std::string& folder, const std::string& package,
+               const std::vector<std::string>& leftOut) {
+  const Project project = openProject(folder);
+  FileChoice choice;
+  choice.leftOut = leftOut;
+  choice.leftOut.push_back(addon::project::outputPath(project.manifest));
+  addon::packaging::AddonProperties properties = propertiesOf(project);
+  std::u16string path = toUtf16("cannot create", package);
+
+  AddonPackage made(path, properties);
+  made.physicalPackage().setReplaceExisting(false);
+  fillPackage(project, choice, ignoreRulesOf(project.manifest), made);
+  opc::zippackage::WriteOptions options;
+  options.level = 0;
+  options.background = secondThread();
+  made.physicalPackage().setWriteOptions(std::move(options));
+  made.logicalPackage().close(false);
+}
+
+}  // namespace tool

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "addon/project/GitFacts.h"
+#include "addon/project/Guesses.h"
+#include "addon/project/Manifest.h"
+#include "addon/project/ManifestText.h"
+#include "addon/project/ProjectFolder.h"
+#include "tool/Arguments.h"
+#include "tool/Errors.h"
+#include "tool/Guid.h"
+#include "tool/Messages.h"
+#include "tool/Output.h"
+
+namespace tool {
+
+namespace {
+
+using addon::project::Guesses;
+using addon::project::ProjectFolder;
+
+constexpr const char* kManifest = addon::project::kManifestName;
+
+constexpr std::array kOperands{OperandSpec{"FOLDER", "the author's folder (default: .)", false}};
+
+constexpr std::array kOptions{OptionSpec{"force", 0, "", "replace a kraddon.toml that is there"},
+                              OptionSpec{"stdout", 0, "", "print it, and write no file"}};
+
+/// In the user's words, so that messages name the file as he would.
+std::string manifestPath(std::string_view folder) {
+  if (folder == ".") return kManifest;
+  return fmt::format("{}{}{}", folder, folder.ends_with('/') ? "" : "/", kManifest);
+}
+
+/// Before the folder is read: nobody should wait for a refusal.
+void requireFree(const std::string& path) {
+  struct stat info {};
+  if (::lstat(path.c_str(), &info) == 0) {
+    throw Failure(sentence("cannot write", path, "it exists already"), "--force replaces it");
+  }
+}
+
+Guesses guess(const std::string& folder, const Settings& settings) {
+  const ProjectFolder project(folder);
+  Guesses guesses = guessFrom(project, addon::project::readGitFacts(project.path()));
+  if (settings.isQuiet) return guesses;
+  for (const std::string& remark : guesses.remarks) {
+    printWarning(kInitCommand.name, "not looked at: " + remark);
+  }
+  return guesses;
+}
+
+ExitCode run(const Invocation& invocation) {
+  invocation.refuseTogether("force", "stdout");
+  const bool isPrinted = invocation.has("stdout");
+  const bool replaces = invocation.has("force");
+  const std::string folder = invocation.operands().empty() ? "." : invocation.operands()[0];
+  if (!isPrinted && !replaces) requireFree(manifestPath(folder));
+
+  const std::string text = manifestText(guess(folder, invocation.settings()), randomGuid());
+  if (isPrinted) {
+    writeOutputFile("-", text, {});
+  } else if (replaces) {
+    writeOutputFile(manifestPath(folder), text, {});
+  } else {
+    writeNewFile(manifestPath(folder), text);
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon init", "writes ./kraddon.toml, for 'kraddon build' to read"},
+    ExampleSpec{"kraddon init ~/wave --stdout", "shows what would be written for ~/wave"}};
+
+}  // namespace
+
+constexpr CommandSpec kInitCommand{
+    "init",
+    "writes a kraddon.toml to start from",
+    "Looks at FOLDER and guesses what its manifest would say: the name, the version (the\n"
+    "newest git tag), the author, README, LICENSE, CHANGELOG and screenshot, the folders\n"
+    "with .m files, the .jar files and the examples. Each guess stands below a comment\n"
+    "that names its source; correct what is wrong, then 'kraddon build' makes the package.",
+    kOperands,
+    kOptions,
+    run,
+    kExamples};
+
+}  // namespace tool

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "addon/packaging/AddonPackage.h"
+#include "tool/DocumentComparison.h"
+#include "tool/FileComparison.h"
+#include "tool/PrivateFile.h"
+
+namespace tool {
+
+/// One of two packages that are compared, open for reading.
+struct ComparedPackage {
+  std::string name;                         ///< as it was given
+  std::unique_ptr<PrivateFile> built = {};  ///< what was built of a folder, to be compared
+  std::unique_ptr<addon::packaging::AddonPackage> package = {};
+  std::vector<Item> items = {};  ///< its files and empty folders
+};
+
+/// A document, or the screenshot, that is not the same in both.
+struct DocumentDifference {
+  std::string_view name;
+  Change change;
+  /// Of what changed. None when the part is another one but says the same.
+  std::vector<FieldDifference> fields;
+};
+
+struct PackageDifferences {
+  std::vector<FieldDifference> properties;  ///< paths are names of fields
+  std::vector<DocumentDifference> documents;
+  FileDifferences files;
+
+  bool isSame() const { return properties.empty() && documents.empty() && files.list.empty(); }
+};
+
+/// The properties, documents and screenshots: everything but the files that the digest of the
+/// content sees, and nothing that it does not, such as the times of a package.
+void compareDescriptions(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences);
+
+}  // namespace tool

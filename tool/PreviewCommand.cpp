@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <memory>
+#include <string>
+
+#include "addon/gallery/PackageImages.h"
+#include "addon/gallery/PageReader.h"
+#include "addon/gallery/PageWriter.h"
+#include "tool/Arguments.h"
+#include "tool/Interrupt.h"
+#include "tool/Output.h"
+#include "tool/PackageAccess.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"}};
+
+constexpr std::array kOptions{
+    OptionSpec{"output", 'o', "FILE", "where to write the page; - is standard output"}};
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon preview kit.kraddon", "writes kit.html"},
+    ExampleSpec{"kraddon preview kit.kraddon -o site/kit.html",
+                "writes that file, in the place of an older one"},
+    ExampleSpec{"kraddon preview kit.kraddon -o -", "writes the page to standard output"}};
+
+ExitCode run(const Invocation& invocation) {
+  const std::string& path = invocation.operands()[0];
+  const std::unique_ptr<AddonPackage> package = openForReading(path);
+  const addon::gallery::Page page = addon::gallery::readPage(*package, baseNameOf(path));
+  addon::gallery::PackageImages images(*package);
+  const auto content = [&](Output& output) {
+    addon::gallery::writePage(page, images, [&](std::string_view piece) {
+      Interrupt::check();
+      output.write(piece);
+    });
+  };
+  writeOutputFile(invocation.value("output"), baseNameOf(path) + ".html", content, path);
+  return ExitCode::Done;
+}
+
+}  // namespace
+
+constexpr CommandSpec kPreviewCommand{
+    "preview",
+    "makes one HTML page that presents the add-on",
+    "The page shows what the package says of itself: screenshot, description, author,\n"
+    "requirements, examples, apps, revisions, license, and the files with their sizes. It\n"
+    "is one file, runs no script and loads nothing. It goes to FILE, which is replaced, or,\n"
+    "without -o, to the package's base name and .html, which must not exist.",
+    kOperands,
+    kOptions,
+    run,
+    kExamples};
+
+}  // namespace tool

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "tool/ProjectFiles.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/plservices/FileContentSource.h"
+#include "tool/Errors.h"
+#include "tool/Interrupt.h"
+
+namespace tool {
+
+using addon::packaging::AddonPackage;
+using addon::project::AddedFileSection;
+using addon::project::FilesSection;
+using addon::project::Pattern;
+using addon::project::PatternList;
+using addon::project::Text;
+using opc::plservices::FileContentSource;
+
+namespace {
+
+PatternList excludesOf(const Project& project, const FileChoice& choice) {
+  const FilesSection& files = project.manifest.files;
+  PatternList patterns;
+  if (files.defaultExcludes.value) addon::project::addDefaultExcludes(patterns);
+  addIgnoreFile(project.folder, {}, patterns);
+  for (const Text& pattern : files.exclude.value) patterns.add(pattern.value);
+  for (const std::string& pattern : choice.excludes) patterns.add(pattern);
+  return patterns;
+}
+
+/// Which of the files are asked for. What is said of a folder holds for all below it, until a
+/// pattern says otherwise.
+class Inclusion {
+ public:
+  explicit Inclusion(const FilesSection& files) {
+    for (const Text& pattern : files.include.value) patterns_.add(pattern.value);
+  }
+
+  bool includes(std::string_view path, bool isFolder) const {
+    bool isIn = false;
+    for (std::size_t slash = path.find('/'); slash != path.npos;
+         slash = path.find('/', slash + 1)) {
+      isIn = decide(path.substr(0, slash), true, isIn);
+    }
+    return decide(path, isFolder, isIn);
+  }
+
+ private:
+  bool decide(std::string_view path, bool isFolder, bool otherwise) const {
+    const Pattern* pattern = patterns_.deciding(path, isFolder);
+    return pattern == nullptr ? otherwise : !pattern->takesBack();
+  }
+
+  PatternList patterns_;
+};
+
+std::string rootOf(const Project& project) {
+  const Text& root = project.manifest.files.root;
+  std::string path = project.onDisk(root.value);
+  std::error_code error;
+  if (!root.isGiven() || std::filesystem::is_directory(path, error)) return path;
+  const std::string why = error ? error.message() : std::generic_category().message(ENOTDIR);
+  throw ManifestError(root.position,
+                      fmt::format("files.root: cannot read the folder '{}': {}", path, why));
+}
+
+/// Of files that may exist, and of their folders: whether one that nothing else lies in is empty
+/// depends on whether the file is there yet.
+std::vector<FileIdentity> identitiesOf(const std::vector<std::string>& files) {
+  std::vector<FileIdentity> identities;
+  for (const std::string& file : files) {
+    const std::size_t slash = file.find_last_of('/');
+    const std::string folder = slash == file.npos ? "." : file.substr(0, slash + 1);
+    for (const std::string& path : {file, folder}) {
+      if (const auto identity = identityOf(path)) identities.push_back(*identity);
+    }
+  }
+  return identities;
+}
+
+/// Tells why a path is left out by its excludes.
+std::string reasonOf(const PatternList& excludes, const std::string& path, bool isFolder) {
+  const Pattern* pattern = excludes.deciding(path, isFolder);
+  return pattern == nullptr ? "a file of an interrupted command"
+                            : fmt::format("pattern '{}'", pattern->text());
+}
+
+/// A mistake in the manifest when it is one of a file that it names.
+[[noreturn]] void blame(const Text& text, std::string_view key, std::string_view why) {
+  throw ManifestError(text.position, fmt::format("{}: {}", key, why));
+}
+
+void storeAddedFile(const Project& project, const AddedFileSection& file, const std::string& key,
+                    AddonPackage& package) {
+  std::unique_ptr<FileContentSource> content;
+  try {
+    content = std::make_unique<FileContentSource>(project.onDisk(file.from.value));
+  } catch (const opc::Exception& error) {
+    blame(file.from, key + ".from", error.what());
+  }
+  try {
+    package.fileSystem().addFile(std::move(content), file.to.value);
+  } catch (const opc::Exception& error) {
+    blame(file.to, key + ".to", error.what());
+  }
+}
+
+}  // namespace
+
+std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice) {
+  const FilesSection& files = project.manifest.files;
+  const std::string root = rootOf(project);
+  const Inclusion inclusion(files);
+  TreeWalkOptions options;
+  options.excludes = excludesOf(project, choice);
+  options.followsOutside = choice.followsOutside;
+  options.project = project.folder;
+  options.leftOut = identitiesOf(choice.leftOut);
+  const auto report = [&](const std::string& path, const std::string& why) {
+    if (choice.onLeftOut) choice.onLeftOut(path, why);
+  };
+  options.onExcluded = [&](const std::string& path, bool isFolder) {
+    report(path, reasonOf(options.excludes, path, isFolder));
+  };
+  options.includes = [&](const std::string& path, bool isFolder) {
+    if (isFolder && !files.emptyFolders.value) return report(path, "an empty folder"), false;
+    if (!files.include.isGiven() || inclusion.includes(path, isFolder)) return true;
+    return report(path, "not in files.include"), false;
+  };
+  std::vector<SourceFile> found;
+  for (WalkedEntry& entry : walkTree(root, options)) {
+    std::string diskPath = fmt::format("{}/{}", root, entry.path);
+    found.push_back({std::move(diskPath), std::move(entry.path), entry.isFolder});
+  }
+  return found;
+}
+
+void storeAddedFiles(const Project& project, AddonPackage& package) {
+  const auto& added = project.manifest.files.added;
+  for (std::size_t i = 0; i < added.size(); ++i) {
+    Interrupt::check();
+    storeAddedFile(project, added[i], fmt::format("files.add[{}]", i), package);
+  }
+}
+
+}  // namespace tool

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "tool/ProjectReferences.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+
+#include "addon/checks/ReferenceCheck.h"
+#include "opc/Text.h"
+#include "tool/Errors.h"
+
+namespace tool {
+
+using addon::checks::Finding;
+using addon::checks::PathCheck;
+using addon::checks::Report;
+using addon::project::Position;
+using addon::project::Text;
+using Kind = addon::checks::PathReference::Kind;
+
+namespace {
+
+/// Looks paths of the manifest up, and keeps the first by position that is not there.
+class ReferenceSearch {
+ public:
+  ReferenceSearch(const IgnoreRules& rules, addon::packaging::AddonPackage& package)
+      : rules_(rules), check_(package.fileSystem(), report_) {}
+
+  /// `number` is the finding that a missing one is.
+  void look(const Text& path, Kind kind, std::uint16_t number, const std::string& key,
+            const std::string& what) {
+    if (!path.isGiven() || path.value.empty()) return;
+    const std::size_t before = report_.findings().size();
+    check_.check({opc::fromUtf8(path.value), kind, number, what, {}, 0});
+    if (report_.findings().size() == before) return;
+    const Finding& finding = report_.findings().back();
+    if (rules_.ignores(number) || rules_.ignores(finding.number)) return;
+    if (position_ && *position_ < path.position) return;
+    position_ = path.position;
+    why_ = fmt::format("{}: {}", key, finding.message);
+  }
+
+  void raise() const {
+    if (position_) throw ManifestError(*position_, why_);
+  }
+
+ private:
+  const IgnoreRules& rules_;
+  Report report_;
+  PathCheck check_;
+  std::optional<Position> position_;
+  std::string why_;
+};
+
+void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
+  for (std::size_t i = 0; i < manifest.categories.size(); ++i) {
+    const auto& examples = manifest.categories[i].examples;
+    for (std::size_t j = 0; j < examples.size(); ++j) {
+      const std::string key = fmt::format("category[{}].example[{}]", i, j);
+      const std::string name = fmt::format("the example '{}'", examples[j].name.value);
+      search.look(examples[j].source, Kind::File, 402, key + ".source", name);
+      search.look(examples[j].main, Kind::File, 402, key + ".main", name);
+    }
+  }
+}
+
+}  // namespace
+
+IgnoreRules ignoreRulesOf(const Manifest& manifest) {
+  std::vector<std::string> rules;
+  for (const Text& rule : manifest.verify.ignore.value) {
+    try {
+      const IgnoreRules known({rule.value});
+    } catch (const UsageError& error) {
+      throw ManifestError(rule.position,
+                          fmt::format("verify.ignore[{}]: {}", rules.size(), error.what()));
+    }
+    rules.push_back(rule.value);
+  }
+  return IgnoreRules(rules);
+}
+
+void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
+                     addon::packaging::AddonPackage& package) {
+  ReferenceSearch search(rules, package);
+  for (std::size_t i = 0; i < manifest.apps.size(); ++i) {
+    const auto& app = manifest.apps[i];
+    search.look(app.file, Kind::File, 401, fmt::format("app[{}].file", i),
+                fmt::format("the app '{}'", app.name.value));
+  }
+  lookForExamples(manifest, search);
+  const auto& paths = manifest.configuration.korvanPaths.value;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    search.look(paths[i], Kind::Folder, 404, fmt::format("configuration.korvan-paths[{}]", i),
+                "the search path");
+  }
+  search.raise();
+}
+
+}  // namespace tool
