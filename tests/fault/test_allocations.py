@@ -58,7 +58,7 @@ class Allocations(FaultTest):
             self.restore(now)
             self.assert_old_or_new(command, now, where)
         if result.code != 0:
-            self.assertRegex(result.errors, "memory|Cannot allocate", where)
+            self.assertRegex(result.errors, "memory|Cannot allocate|cannot load ", where)
 
     def test_that_fail_while_reading_are_told(self):
         self.make_inputs()
@@ -77,7 +77,7 @@ class Allocations(FaultTest):
                         if result.code == 0:
                             self.assertEqual(result.out, expected, where)
                         else:
-                            self.assertRegex(result.errors, "memory|Cannot allocate", where)
+                            self.assertRegex(result.errors, "memory|Cannot allocate|cannot load ", where)
 
 
 if __name__ == "__main__":

@@ -70,7 +70,7 @@ class AtEveryCall(Kills):
 
     def test_leave_the_old_file_or_the_new_one(self):
         self.make_inputs()
-        stride = 1 if faulttest.FULL else 9
+        stride = 1 if faulttest.FULL else 17
         for command in faulttest.known_commands():
             self.learn(command)
             if command.makes_folder:

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/ZipCommit.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "opc/zippackage/ZipPhysicalPackage.h"
+#include "tests/opc/zippackage/CommitsFixture.h"
+#include "tests/opc/zippackage/PackageFixture.h"
+#include "tests/support/ZipBuilder.h"
+
+namespace opc::zippackage {
+namespace {
+
+namespace fs = std::filesystem;
+using interfaces::OpenMode;
+using test::TextSource;
+
+TEST_F(Commits, CopyUnchangedItemsByteForByte) {
+  test::ZipBuilder builder;
+  test::ZipItem odd{.name = "odd.txt", .content = test::packableText(4000), .deflate = true};
+  odd.descriptor = true;
+  odd.local.extra = test::extraField(0xA220, "growth hint");
+  odd.local.dosTime = 12345;
+  builder.add({.name = "first", .content = "1"}).add(odd).add({.name = "last", .content = "3"});
+  builder.comment = "the comment";
+  const std::string before = builder.build();
+  const std::size_t directory = before.find("PK\x01\x02");
+  test::writeFile(path(), before);
+
+  changed()->close(false);
+
+  EXPECT_EQ(bytes().substr(0, directory), before.substr(0, directory));
+  EXPECT_EQ(bytes().substr(bytes().size() - 11), "the comment");
+  EXPECT_NE(bytes().find(before.substr(directory, before.find("PK\x05\x06") - directory)),
+            std::string::npos);
+}
+
+TEST_F(Commits, LeaveOutTheBytesOfRemovedItemsOnly) {
+  test::ZipBuilder builder;
+  for (const char* name : {"a", "b", "c", "d", "e"}) {
+    test::ZipItem item{.name = name, .content = test::randomText(400000, unsigned(name[0]))};
+    item.descriptor = name[0] == 'c';
+    builder.add(item);
+  }
+  test::writeFile(path(), builder.build());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  package.removeItem(test::find(package, "b").value());
+  package.removeItem(test::find(package, "e").value());
+
+  package.close(false);
+
+  test::ZipBuilder expected;
+  expected.add(builder.items[0]).add(builder.items[2]).add(builder.items[3]);
+  EXPECT_TRUE(bytes() == expected.build());
+}
+
+TEST_F(Commits, FindTheEndOfAnItemBeforeAHugeGap) {
+  test::ZipBuilder builder;
+  test::ZipItem first{.name = "a", .content = "first"};
+  first.descriptor = true;
+  first.local.extra = test::extraField(7, "local only");
+  test::ZipItem second{.name = "b", .content = "second"};
+  second.before = std::string(200000, 'g');
+  builder.add(first).add(second).add({.name = "c", .content = "third"});
+  test::writeFile(path(), builder.build());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  package.removeItem(2);
+
+  package.close(false);
+
+  builder.items[1].before.clear();
+  builder.items.pop_back();
+  EXPECT_EQ(bytes(), builder.build());
+}
+
+/// Item "b" lies whole in the extra fields of the local header of "a", whose data follow it.
+std::string itemWithinAnother() {
+  test::ZipBuilder inner;
+  inner.add({.name = "b", .content = "BBBB"});
+  const std::string b = inner.build().substr(0, 30 + 1 + 4);
+  test::ZipItem outer{.name = "a", .content = "AAAA"};
+  outer.local.extra = test::extraField(0x9999, std::string(8, 'x') + b);
+  test::ZipItem itself{.name = "b", .content = "BBBB"};
+  itself.writeLocal = false;
+  itself.central.offset = 35 + 31 + 4 + 8;
+  test::ZipBuilder builder;
+  builder.add({.name = "c", .content = "CCCC"}).add(outer).add(itself);
+  return builder.build();
+}
+
+TEST_F(Commits, RefuseToCutAnItemThatReachesOverTheNextOne) {
+  test::writeFile(path(), itemWithinAnother());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  ASSERT_EQ(test::textOf(package, "a"), "AAAA");
+  ASSERT_EQ(test::textOf(package, "b"), "BBBB");
+  package.removeItem(test::find(package, "b").value());
+
+  EXPECT_EQ(test::ruleOf([&] { package.close(false); }), "RB-2");
+  EXPECT_EQ(failureOf(package), "cannot write package '" + path().string() +
+                                    "': cannot keep item 'a': it overlaps item 'b'");
+}
+
+TEST_F(Commits, LeaveOutWhatIsNoPartOfTheLastItem) {
+  test::ZipBuilder builder;
+  builder.add({.name = "a", .content = "A"});
+  builder.add({.name = "b", .before = "junk", .writeCentral = false});
+  test::writeFile(path(), builder.build());
+  const auto holder = changed();
+
+  holder->close(false);
+
+  EXPECT_EQ(bytes().find("junk"), std::string::npos);
+  EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
+}
+
+TEST_F(Commits, OfItemsInAnyOrderKeepTheirContent) {
+  test::ZipBuilder builder;
+  builder.add({.name = "a", .content = "11"}).add({.name = "b", .content = "22"});
+  builder.add({.name = "c", .content = "33"});
+  builder.items[0].central.offset = 66;
+  builder.items[2].central.offset = 0;
+  builder.items[0].local.name = "c";
+  builder.items[2].local.name = "a";
+  std::swap(builder.items[0].content, builder.items[2].content);
+  builder.items[0].central.crc = test::crcOf("11");
+  builder.items[2].central.crc = test::crcOf("33");
+  test::writeFile(path(), builder.build());
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  ASSERT_EQ(test::textOf(package, "a"), "11");
+  package.removeItem(test::find(package, "b").value());
+
+  package.close(false);
+
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "a"), "11");
+  EXPECT_EQ(test::textOf(package, "c"), "33");
+}
+
+TEST_F(Commits, PutItemsForTheFrontBeforeEverythingElse) {
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  test::addText(package, {.name = "back"}, "1");
+  test::addText(package, {.name = "[Content_Types].xml", .atFront = true}, "2");
+  test::addText(package, {.name = "_rels/.rels", .atFront = true}, "3");
+
+  package.close(false);
+
+  EXPECT_EQ(test::outputOf("unzip -Z1 " + path().string()),
+            "[Content_Types].xml\n_rels/.rels\na.txt\nb.txt\nback\n");
+}
+
+TEST_F(Commits, LeaveBehindAForeignBeginningAndTrailingBytes) {
+  const std::string plain = bytes();
+  test::ZipBuilder builder;
+  builder.prefix = "#!/bin/sh\n";
+  builder.suffix = "\n\n";
+  builder.add({.name = "a", .content = "1"});
+  test::writeFile(path(), builder.build());
+
+  changed()->close(false);
+
+  EXPECT_EQ(bytes().substr(0, 4), "PK\x03\x04");
+  EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
+}
+
+TEST_F(Commits, MoveItemsBackFromBeyondFourGibibytes) {
+  test::ZipBuilder builder;
+  builder.zip64 = true;
+  builder.add({.name = "far", .content = "far away"});
+  const std::uint64_t hole = std::uint64_t{5} << 30;
+  builder.items[0].central.offset = 0xFFFFFFFF;
+  builder.items[0].central.extra = test::extraField(1, test::le64(hole));
+  const std::string plain = builder.build();
+  builder.directoryOffset = hole + plain.find("PK\x01\x02");
+  builder.zip64Offset = hole + plain.find("PK\x06\x06");
+  fs::remove(path());
+  test::writeFile(path(), "");
+  fs::resize_file(path(), hole);
+  std::ofstream(path(), std::ios::binary | std::ios::app) << builder.build();
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "far"), "far away");
+  package.close(true);
+
+  changed()->close(false);
+
+  EXPECT_LT(fs::file_size(path()), 1000u);
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::textOf(package, "far"), "far away");
+  EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
+}
+
+}  // namespace
+}  // namespace opc::zippackage
