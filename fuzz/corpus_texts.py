@@ -220,3 +220,56 @@ HOST_JSON = {
     "number-too-large.json": "[1e999]",
     "not-json": "[1,",
 }
+
+_LEAST = '[package]\nname = "Wave"\nversion = "1.0"\n'
+
+MANIFEST = {
+    "least.toml": _LEAST,
+    "full.toml": _LEAST + """\
+type = "Korvan Toolbox"
+description = '''
+Lines of ''text''
+and more\\'''
+guid = "6f0c1c1e-7d0e-4f0b-9a51-0b6f2d3c4e5f"
+[license]
+text = \"\"\"\\
+  a \\u00e4 \\"\"\"b\"\"\"\"\"
+[configuration]
+korvan-paths = [".", # the top
+  "lib",]
+[[app]]
+name = "V"
+file = "v.m"
+install-by-default = false
+[[category]]
+name = "C"
+[[category.example]]
+name = "E"
+images = ["a.png"]
+[[revision]]
+version = "1.0"
+date = 2026-02-01
+[[requirements.support-package]]
+name = "S"
+[files]
+add = [{from = "a", to = "b"}]
+exclude = ["!x"]
+[build]
+output = "{name}/{version}"
+level = 9
+[verify]
+strict = true
+ignore = ["KR506:docs/**"]
+""",
+    "dotted.toml": "package.name = \"a\"\n\"package\" . 'version' = \"1\"\n",
+    "float.toml": '[package]\nname = "a"\nversion = 1.10\n',
+    "date-with-time.toml": _LEAST + '[[revision]]\nversion = "1"\ndate = 2026-02-01T10:00:00Z\n',
+    "unknown-key.toml": _LEAST + "sumary = 1\n",
+    "missing-key.toml": "[package]\n",
+    "control-character.toml": _LEAST + 'summary = "\\u0007"\n',
+    "placeholder.toml": _LEAST + '[build]\noutput = "{nam}"\n',
+    "many-parts.toml": ".".join("a" * 40) + " = 1\n",
+    "nested.toml": "a = " + "[" * 300,
+    "no-utf-8.toml": b'a = "\xff"\n',
+    "byte-order-mark.toml": "\ufeff" + _LEAST,
+}

@@ -6,8 +6,8 @@ import pathlib
 import shutil
 
 import corpus_packages
-from corpus_texts import (CONTENT_TYPES, CORE_PROPERTIES, DOCUMENTS, HOST_JSON, PART_NAMES,
-                          RELATIONSHIPS)
+from corpus_texts import (CONTENT_TYPES, CORE_PROPERTIES, DOCUMENTS, HOST_JSON, MANIFEST,
+                          PART_NAMES, RELATIONSHIPS)
 
 FOLDER = pathlib.Path(__file__).parent / "corpus"
 
@@ -50,6 +50,7 @@ def main():
     write("documents", documents())
     write("part_names", encoded(PART_NAMES))
     write("host_json", encoded(HOST_JSON))
+    write("manifest", encoded(MANIFEST))
 
 
 if __name__ == "__main__":

@@ -118,12 +118,11 @@ void inspect(const std::string& path, const Task& task, BuildResult& result) {
 }
 
 BuildResult build(Task& task) {
-  BuildResult result{task.output};
   NewPackage target(task.output, task.isForced());
   AddonProperties properties = propertiesOf(task.project);
   AddonPackage& package = target.open(properties, task.options.timestamp);
   fillPackage(task.project, choiceOf(task), task.rules, package);
-  result.items = readTree(package);
+  BuildResult result = resultFor(task.output, readTree(package));
   task.options.inspect = [&](const std::string& path) { inspect(path, task, result); };
   try {
     target.commit(std::move(task.options), task.invocation.settings());
@@ -136,14 +135,14 @@ BuildResult build(Task& task) {
 
 /// All that can be known without a file: the checks of the container have nothing to look at.
 BuildResult rehearse(const Task& task) {
-  BuildResult result{task.output};
   Interrupt::defer();  // a large screenshot is parked in a file
   requireFreePlace(task.output, true);
   AddonProperties properties = propertiesOf(task.project);
   std::u16string path = toUtf16("cannot create", task.output);
   AddonPackage package(path, properties);
   fillPackage(task.project, choiceOf(task), task.rules, package);
-  result.items = readTree(package);
+  const std::vector<Item> items = readTree(package);
+  BuildResult result = resultFor(task.output, items);
   if (task.verifies()) {
     Report report;
     addon::checks::checkDocuments(package, report);
@@ -153,7 +152,7 @@ BuildResult rehearse(const Task& task) {
   }
   if (task.invocation.has("json")) {
     ProgressBar bar(task.invocation.settings());
-    result.digest = contentDigest(package, result.items, bar.function());
+    result.digest = contentDigest(package, items, bar.function());
   }
   return result;
 }
@@ -179,8 +178,8 @@ void print(const BuildResult& result, const Task& task) {
   }
   output.flush();
   if (result.isWritten && task.invocation.settings().isVerbose) {
-    printToStandardError(
-        fmt::format("built: {}: {}\n", opc::printable(result.file), describeContent(result.items)));
+    printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
+                                     describeContent(result.totals)));
   }
 }
 

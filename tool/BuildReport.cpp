@@ -18,14 +18,14 @@ void writeSize(std::optional<std::uint64_t> size, JsonWriter& json) {
   size ? json.value(*size) : json.null();
 }
 
-void writeEntries(const std::vector<Item>& items, JsonWriter& json, std::string& text,
+void writeEntries(const std::vector<BuildEntry>& entries, JsonWriter& json, std::string& text,
                   Output& output) {
   json.key("entries");
   json.beginArray();
-  for (const Item& item : items) {
+  for (const BuildEntry& entry : entries) {
     json.beginObject();
-    json.member("path", std::string_view(item.path));
-    writeSize(item.isFolder() ? std::nullopt : std::optional(item.info.size), json);
+    json.member("path", std::string_view(entry.path));
+    writeSize(entry.size, json);
     json.endObject();
     output.write(text);
     text.clear();
@@ -47,8 +47,17 @@ std::string counted(std::uint64_t count, std::string_view what) {
 
 }  // namespace
 
+BuildResult resultFor(const std::string& file, const std::vector<Item>& items) {
+  BuildResult result{file};
+  for (const Item& item : items) {
+    result.entries.push_back(
+        {item.path, item.isFolder() ? std::nullopt : std::optional(item.info.size)});
+  }
+  result.totals = totalsOf(items);
+  return result;
+}
+
 void printBuildAsJson(const BuildResult& result, Output& output) {
-  const Totals totals = totalsOf(result.items);
   std::string text;
   JsonWriter json(text);
   json.beginObject();
@@ -56,12 +65,12 @@ void printBuildAsJson(const BuildResult& result, Output& output) {
   json.member("file", std::string_view(result.file));
   json.member("written", result.isWritten);
   writeSize(result.size, json);
-  json.member("files", totals.files);
-  json.member("folders", totals.folders);
-  json.member("bytes", totals.bytes);
+  json.member("files", result.totals.files);
+  json.member("folders", result.totals.folders);
+  json.member("bytes", result.totals.bytes);
   json.key("digest");
   json.textOrNull(result.digest);
-  writeEntries(result.items, json, text, output);
+  writeEntries(result.entries, json, text, output);
   writeFindings(result.verdict, json);
   json.endObject();
   output.write(text + "\n");
@@ -69,19 +78,18 @@ void printBuildAsJson(const BuildResult& result, Output& output) {
 
 void printBuildPlan(const BuildResult& result, Output& output) {
   std::size_t width = 1;
-  for (const Item& item : result.items) {
-    width = std::max(width, fmt::formatted_size("{}", item.info.size));
+  for (const BuildEntry& entry : result.entries) {
+    width = std::max(width, fmt::formatted_size("{}", entry.size.value_or(0)));
   }
-  for (const Item& item : result.items) {
-    const std::string size = item.isFolder() ? "-" : fmt::format("{}", item.info.size);
-    const std::string name = output.shown(item.path);
-    output.write(fmt::format("{:>{}}  {}{}\n", size, width, name, item.isFolder() ? "/" : ""));
+  for (const BuildEntry& entry : result.entries) {
+    const std::string size = entry.size ? fmt::format("{}", *entry.size) : "-";
+    const std::string name = output.shown(entry.path);
+    output.write(fmt::format("{:>{}}  {}{}\n", size, width, name, entry.size ? "" : "/"));
   }
-  output.write(fmt::format("{}: {}\n", output.shown(result.file), describeContent(result.items)));
+  output.write(fmt::format("{}: {}\n", output.shown(result.file), describeContent(result.totals)));
 }
 
-std::string describeContent(const std::vector<Item>& items) {
-  const Totals totals = totalsOf(items);
+std::string describeContent(const Totals& totals) {
   const std::string folders =
       totals.folders == 0 ? "" : ", " + counted(totals.folders, "empty folder");
   return fmt::format("{}{}, {}", counted(totals.files, "file"), folders,

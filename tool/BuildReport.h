@@ -12,15 +12,25 @@
 
 namespace tool {
 
-/// What there is to say about a package that was built, or would be.
+/// A file or an empty folder of the package.
+struct BuildEntry {
+  std::string path;
+  std::optional<std::uint64_t> size;  ///< nothing for a folder
+};
+
+/// What there is to say about a package that was built, or would be, when it is closed again.
 struct BuildResult {
   std::string file;  ///< where it goes
   bool isWritten = false;
   std::optional<std::uint64_t> size = std::nullopt;  ///< of the package
-  std::vector<Item> items = {};                      ///< its files and empty folders
+  std::vector<BuildEntry> entries = {};
+  Totals totals = {};
   std::string digest = {};
   std::optional<PackageVerdict> verdict = std::nullopt;  ///< nothing when it was not checked
 };
+
+/// The result for a package with these files and empty folders, before it is written.
+BuildResult resultFor(const std::string& file, const std::vector<Item>& items);
 
 void printBuildAsJson(const BuildResult& result, Output& output);
 
@@ -28,6 +38,6 @@ void printBuildAsJson(const BuildResult& result, Output& output);
 void printBuildPlan(const BuildResult& result, Output& output);
 
 /// "3 files, 1 empty folder, 12.0 kB"
-std::string describeContent(const std::vector<Item>& items);
+std::string describeContent(const Totals& totals);
 
 }  // namespace tool

@@ -147,6 +147,7 @@ std::span<const DocumentKind> documentKinds() {
 
 std::vector<std::string> documentNames() {
   std::vector<std::string> names;
+  names.reserve(std::size(kDocuments));
   for (const DocumentKind& kind : kDocuments) names.emplace_back(kind.shape.name);
   return names;
 }

@@ -68,6 +68,7 @@ std::string lastError(const std::string& path) {
 
 std::vector<std::string> gatewayNames() {
   std::vector<std::string> names;
+  names.reserve(std::size(kGateways));
   for (const Gateway& gateway : kGateways) names.emplace_back(gateway.name);
   return names;
 }

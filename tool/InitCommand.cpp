@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include <array>
 #include <string>
-#include <string_view>
 
 #include "addon/project/GitFacts.h"
 #include "addon/project/Guesses.h"
-#include "addon/project/Manifest.h"
 #include "addon/project/ManifestText.h"
 #include "addon/project/ProjectFolder.h"
 #include "tool/Arguments.h"
@@ -16,6 +13,7 @@
 #include "tool/Guid.h"
 #include "tool/Messages.h"
 #include "tool/Output.h"
+#include "tool/Project.h"
 
 namespace tool {
 
@@ -24,18 +22,10 @@ namespace {
 using addon::project::Guesses;
 using addon::project::ProjectFolder;
 
-constexpr const char* kManifest = addon::project::kManifestName;
-
 constexpr std::array kOperands{OperandSpec{"FOLDER", "the author's folder (default: .)", false}};
 
 constexpr std::array kOptions{OptionSpec{"force", 0, "", "replace a kraddon.toml that is there"},
                               OptionSpec{"stdout", 0, "", "print it, and write no file"}};
-
-/// In the user's words, so that messages name the file as he would.
-std::string manifestPath(std::string_view folder) {
-  if (folder == ".") return kManifest;
-  return fmt::format("{}{}{}", folder, folder.ends_with('/') ? "" : "/", kManifest);
-}
 
 /// Before the folder is read: nobody should wait for a refusal.
 void requireFree(const std::string& path) {

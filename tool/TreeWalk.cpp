@@ -132,12 +132,12 @@ class TreeWalk {
     }
   }
 
-  void addEntries(const std::string& path, DIR& directory, bool isLeftOut) {
+  void addEntries(const std::string& path, DIR& directory, bool staysOut) {
     const std::size_t self = folders_.size() - 1;
     const std::size_t first = pending_.size();
     const std::vector<Listed> entries = sortedEntries(path, directory);
     for (const Listed& entry : entries) addEntry(path, entry, ::dirfd(&directory), self);
-    const bool isEmpty = entries.empty() && !path.empty() && !isLeftOut;
+    const bool isEmpty = entries.empty() && !path.empty() && !staysOut;
     if (isEmpty && isIncluded(path, true)) result_.push_back({path, true});
     // The last one is taken first.
     std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(first), pending_.end());

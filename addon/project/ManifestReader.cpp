@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#define TOML_HEADER_ONLY 1
-#include <toml++/toml.h>
+#include "addon/project/TomlParser.h"
 
 #include <algorithm>
 #include <concepts>

@@ -59,6 +59,14 @@ const Fault kSyntaxFaults[] = {
      "1:9': error while parsing table header: expected ']', saw '\\n'"},
     {"KeyTwice", "[package]\nname = \"a\"\nname = \"b\"\n",
      "3:8': error while parsing key-value pair: cannot redefine existing string 'name'"},
+    {"HeaderWithoutAKey", "[&a]\n",
+     "4:2': error while parsing key: expected bare key starting character or string delimiter, saw "
+     "'&'"},
+    {"LetterBeyondAscii", "\xC3\xA4 = 1\n",
+     "4:1': error while parsing root table: expected keys, tables, whitespace or comments, saw "
+     "'\xC3\xA4'"},
+    {"QuotedKeyBeyondAscii", "[license]\n\"\xC3\xA4\" = 1\n",
+     "5:1': unknown key 'license.\xC3\xA4': the keys are type, text, file"},
     {"RawControlCharacter", "[license]\ntext = \"a\x01\"\n",
      "5:10': error while parsing string: unescaped control characters other than TAB (U+0009) are "
      "explicitly prohibited"},
