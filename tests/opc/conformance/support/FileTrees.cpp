@@ -67,7 +67,8 @@ std::string extractionFault(const std::string& bytes, const std::filesystem::pat
 std::vector<std::string> unreadableIn(const std::string& bytes) {
   std::vector<std::string> lines;
   withPackage(bytes, [&](Package& package) {
-    for (const auto& file : FileSystemManager(package).unreadable()) lines.push_back(file.line);
+    FileSystemManager files(package);
+    for (const auto& file : files.unreadable()) lines.push_back(file.line);
   });
   return lines;
 }
