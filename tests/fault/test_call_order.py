@@ -24,6 +24,18 @@ def can_trace():
     return done.returncode == 0
 
 
+def whole_lines(log):
+    """With calls in one piece, where they ended, that another thread's call had cut in two."""
+    begun = {}
+    for line in log.splitlines():
+        thread = line.split(" ", 1)[0]
+        if line.endswith(" <unfinished ...>"):
+            begun[thread] = line.removesuffix(" <unfinished ...>")
+            continue
+        resumed = re.match(r"^\d+ +<\.\.\. \w+ resumed>", line)
+        yield begun.pop(thread) + line[resumed.end():] if resumed else line
+
+
 class Call:
     def __init__(self, name, arguments):
         self.name, self.arguments = name, arguments
@@ -42,7 +54,7 @@ class Order(FaultTest):
                                           f"trace={CALLS}", "-o", log])
         self.assertEqual((result.code, result.errors), (0, ""))
         calls = []
-        for line in log.read_text(errors="replace").splitlines():
+        for line in whole_lines(log.read_text(errors="replace")):
             match = LINE.match(line)
             if match and int(match[3]) >= 0:
                 calls.append(Call(match[1], match[2]))
