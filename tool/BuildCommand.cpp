@@ -4,6 +4,8 @@
 
 #include <array>
 #include <cerrno>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "addon/checks/AddonChecks.h"
@@ -19,6 +21,8 @@
 #include "tool/Messages.h"
 #include "tool/NewPackage.h"
 #include "tool/Progress.h"
+#include "tool/Project.h"
+#include "tool/TreeWalk.h"
 
 namespace tool {
 
@@ -65,6 +69,14 @@ std::string folderOf(const Invocation& invocation) {
   return invocation.operands().empty() ? "." : invocation.operands()[0];
 }
 
+/// It may be the only copy of the author's work, and --force is meant for older packages.
+void refuseManifest(const std::string& output, const std::string& folder) {
+  const std::optional<FileIdentity> existing = identityOf(output);
+  if (existing && existing == identityOf(manifestPath(folder))) {
+    throw Failure(sentence("cannot create", output, "it is the manifest of the project"));
+  }
+}
+
 Task prepare(const Invocation& invocation) {
   invocation.refuseTogether("no-verify", "strict");
   const std::optional<std::string> asked = invocation.value("output");
@@ -76,6 +88,7 @@ Task prepare(const Invocation& invocation) {
   if (!invocation.has(kLevelOption.longName)) options.level = project.manifest.build.level.value;
   IgnoreRules rules = ignoreRulesOf(project.manifest);
   std::string output = asked ? *asked : addon::project::outputPath(project.manifest);
+  refuseManifest(output, project.folder);
   return {invocation, std::move(project), std::move(rules), std::move(output), std::move(options)};
 }
 

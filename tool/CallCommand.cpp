@@ -50,7 +50,7 @@ constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 constexpr std::int64_t kMostOutputs = 64;
 
 JsonValue readArgument(const std::string& word) {
-  if (word.starts_with('@')) return parseJson(readWholeFile(word.substr(1), kLargestFile));
+  if (word.starts_with('@')) return parseJson(readInput(word.substr(1), kLargestFile));
   std::optional<JsonValue> value = parseJsonIfAny(word);
   if (value) return std::move(*value);
   if (!opc::isUtf8(word)) throw JsonError("it is not UTF-8");

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "addon/comparison/UnifiedHunks.h"
+#include "opc/Text.h"
 #include "tool/DifferencePrinter.h"
 #include "tool/Interrupt.h"
 
@@ -120,8 +121,9 @@ class Printer {
   }
 
  private:
+  /// A line, whatever the names in it: one with line ends could else pass for a part of a patch.
   void print(std::string_view color, std::string_view line) {
-    const std::string text = output_.shown(line);
+    const std::string text = opc::printable(line);
     output_.write(isColored_ ? fmt::format("\x1b[{}m{}\x1b[0m\n", color, text) : text + "\n");
   }
 

@@ -72,8 +72,9 @@ void joinMoved(std::vector<FileDifference>& differences,
     if (candidates.removed.empty() || candidates.added.empty()) continue;
     for (FileDifference* removed : candidates.removed) hash(*removed);
     for (FileDifference* added : candidates.added) hash(*added);
-    joinThose(candidates, true);  // those that kept their name belong together
-    joinThose(candidates, false);
+    joinThose(candidates, true);          // those that kept their name belong together
+    const bool isEmpty = sum.first == 0;  // an empty file is like any other
+    if (!isEmpty) joinThose(candidates, false);
   }
   std::erase_if(differences, isGone);
 }

@@ -22,6 +22,7 @@ void buildInto(const std::string& folder, const std::string& package,
   const Project project = openProject(folder);
   FileChoice choice;
   choice.leftOut = leftOut;
+  choice.leftOut.push_back(package);  // the folder may well hold the place for temporary files
   choice.leftOut.push_back(addon::project::outputPath(project.manifest));
   addon::packaging::AddonProperties properties = propertiesOf(project);
   std::u16string path = toUtf16("cannot create", package);

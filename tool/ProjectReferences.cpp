@@ -29,7 +29,7 @@ class ReferenceSearch {
   /// `number` is the finding that a missing one is.
   void look(const Text& path, Kind kind, std::uint16_t number, const std::string& key,
             const std::string& what) {
-    if (!path.isGiven() || path.value.empty()) return;
+    if (!path.isGiven()) return;
     const std::size_t before = report_.findings().size();
     check_.check({opc::fromUtf8(path.value), kind, number, what, {}, 0});
     if (report_.findings().size() == before) return;
@@ -58,8 +58,10 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
     for (std::size_t j = 0; j < examples.size(); ++j) {
       const std::string key = fmt::format("category[{}].example[{}]", i, j);
       const std::string name = fmt::format("the example '{}'", examples[j].name.value);
-      search.look(examples[j].source, Kind::File, 402, key + ".source", name);
-      search.look(examples[j].main, Kind::File, 402, key + ".main", name);
+      for (const auto& [path, part] :
+           {std::pair(&examples[j].source, ".source"), std::pair(&examples[j].main, ".main")}) {
+        if (!path->value.empty()) search.look(*path, Kind::File, 402, key + part, name);
+      }
     }
   }
 }

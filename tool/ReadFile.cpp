@@ -3,25 +3,21 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <vector>
 
 #include "opc/FileDescriptor.h"
-#include "opc/SystemCall.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
 
 namespace tool {
 
-std::string readWholeFile(const std::string& path, std::size_t limit) {
-  const bool isInput = path == "-";
-  const std::string name = isInput ? "standard input" : path;
-  const auto open = [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); };
-  const opc::FileDescriptor file(isInput ? -1 : opc::uninterrupted(open));
-  if (!isInput && !file) throw systemFailure("cannot read", name, errno);
-  const int descriptor = isInput ? STDIN_FILENO : file.get();
+namespace {
+
+std::string readAll(int descriptor, const std::string& name, std::size_t limit) {
   std::vector<char> buffer(std::size_t{64} << 10);
   std::string content;
   while (true) {
@@ -35,6 +31,32 @@ std::string readWholeFile(const std::string& path, std::size_t limit) {
           sentence("cannot read", name, fmt::format("it holds more than {} bytes", limit)));
     }
   }
+}
+
+/// Opening a pipe waits for whoever is to write into it, unless `flags` say otherwise.
+opc::FileDescriptor openToRead(const std::string& path, int flags) {
+  for (;;) {
+    opc::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | flags));
+    if (file) return file;
+    if (errno != EINTR) throw systemFailure("cannot read", path, errno);
+    Interrupt::check();
+  }
+}
+
+}  // namespace
+
+std::string readWholeFile(const std::string& path, std::size_t limit) {
+  const opc::FileDescriptor file = openToRead(path, O_NONBLOCK);
+  struct stat info {};
+  if (::fstat(file.get(), &info) != 0) throw systemFailure("cannot read", path, errno);
+  if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
+  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is no file"));
+  return readAll(file.get(), path, limit);
+}
+
+std::string readInput(const std::string& path, std::size_t limit) {
+  if (path == "-") return readAll(STDIN_FILENO, "standard input", limit);
+  return readAll(openToRead(path, 0).get(), path, limit);
 }
 
 }  // namespace tool

@@ -101,7 +101,7 @@ std::string explain(const DocumentKind& kind, std::string_view why) {
 }
 
 HostArrayPointer readFile(const DocumentKind& kind, const std::string& file) {
-  const std::string text = readWholeFile(file, kLargestFile);
+  const std::string text = readInput(file, kLargestFile);
   try {
     const JsonValue value = parseJson(text);
     checkDocument(kind.shape, value);

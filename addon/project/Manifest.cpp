@@ -111,7 +111,8 @@ std::string outputPath(const Manifest& manifest) {
       continue;
     }
     if (rest.front() == '{') {
-      return refuse("unknown placeholder '" + std::string(rest.substr(0, rest.find('}') + 1)) +
+      const std::size_t end = std::min(rest.find('}'), rest.size() - 1);  // it may have no end
+      return refuse("unknown placeholder '" + std::string(rest.substr(0, end + 1)) +
                     "', expected {name} or {version}");
     }
     path += rest.front();

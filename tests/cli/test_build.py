@@ -402,13 +402,24 @@ class Faults(projecttest.ProjectTest):
 
     def test_what_is_no_text_is_no_description(self):
         files = {"a.m": "a", "latin": b"\xe4", "bell": b"a\x07", "d/": ""}
+        os.mkfifo(self.path("pipe.swp"))
         for name, why in (("latin", "cannot take the text of 'latin': it is not UTF-8"),
                           ("bell", "cannot take the text of 'bell': it holds the control "
                                    "character U+0007"),
-                          ("d", "cannot read 'd': Is a directory")):
+                          ("d", "cannot read 'd': Is a directory"),
+                          ("pipe.swp", "cannot read 'pipe.swp': it is no file"),
+                          ("-", "cannot read '-': No such file or directory")):
             with self.subTest(name):
                 self.refuses(f"5:8': license.file: {why}", f'[license]\nfile = "{name}"\n', files)
                 files = {}
+
+    def test_a_manifest_or_ignore_file_that_is_a_pipe_is_not_waited_for(self):
+        os.mkfifo(self.path("kraddon.toml"))
+        self.fails("build", message="cannot read 'kraddon.toml': it is no file")
+        self.path("kraddon.toml").unlink()
+        self.project("", {"a.m": "a"})
+        os.mkfifo(self.path(".kraddonignore"))
+        self.fails("build", message="cannot read './.kraddonignore': it is no file")
 
     def test_references_are_checked_before_packing(self):
         app = '[[app]]\nname = "V"\nfile = "{}"\n'
@@ -428,6 +439,9 @@ class Faults(projecttest.ProjectTest):
                  "the package", example + 'source = "e.m"\n'),
                 ("5:22': configuration.korvan-paths[1]: the search path names 'lib': it is not in "
                  "the package", '[configuration]\nkorvan-paths = [".", "lib"]\n'),
+                ("5:17': configuration.korvan-paths[0]: the search path names '': the "
+                 "path is empty",
+                 '[configuration]\nkorvan-paths = [""]\n'),
                 ("5:17': configuration.korvan-paths[0]: the search path names 'a.m': it is a "
                  "file, and should be a folder", '[configuration]\nkorvan-paths = ["a.m"]\n'),
                 ("9:8': app[1].guid: expected a GUID of its own, and app[0] has 'g' too",

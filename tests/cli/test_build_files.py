@@ -122,6 +122,21 @@ class Links(projecttest.ProjectTest):
         self.assertEqual(self.names(), ["d", "kraddon.toml", "pipe"])
 
 
+class Output(projecttest.ProjectTest):
+
+    def test_the_manifest_is_not_replaced(self):
+        self.project("", {"a.m": "a"})
+        os.symlink("kraddon.toml", self.path("link"))
+        before = self.path("kraddon.toml").read_bytes()
+
+        for words in (("kraddon.toml", "--force"), ("./link", "--force"),
+                      ("kraddon.toml", "--dry-run")):
+            self.fails("build", "-o", *words,
+                       message=f"cannot create '{words[0]}': it is the manifest of the project")
+
+        self.assertEqual(self.path("kraddon.toml").read_bytes(), before)
+
+
 class DryRun(projecttest.ProjectTest):
 
     def test_it_prints_what_would_go_in_and_writes_nothing(self):

@@ -156,6 +156,11 @@ class Files(DiffTest):
         self.pair({"x": TWINS[0]}, {"y": TWINS[1]})
         self.assertEqual(self.lines(), ["- x  8 B", "+ y  8 B"])
 
+    def test_empty_files_move_only_with_their_name(self):
+        self.pair({"a/e.m": "", "gone.m": "", "x": "1"}, {"b/e.m": "", "new.m": "", "x": "1"})
+        self.assertEqual(self.lines(),
+                         ["> a/e.m -> b/e.m  0 B", "- gone.m  0 B", "+ new.m  0 B"])
+
     def test_of_copies_the_one_that_kept_its_name_moved(self):
         self.pair({"1/a.m": "same", "1/b.m": "same"},
                   {"2/b.m": "same", "2/c.m": "same", "3/a.m": "same", "3/d.m": "same"})
@@ -414,6 +419,12 @@ class Lines(DiffTest):
             {"new.m": "y\nz\n", "a b.m": "1\n3\n", 'q"u\\o.m': "2\n", "tab\there.m": "2\n",
              "é.m": "2\n", "no end": "x\n", "crlf": "a\r\nc\r\n", "latin": b"\xe9\n\xe7\n",
              "marks": "--- a\n+++ c\n@@ -1 +1 @@\n- y\n"})
+
+    def test_a_name_with_line_ends_is_no_part_of_the_patch(self):
+        name = "x\n--- /dev/null\n+++ b/evil\n@@ -0,0 +1 @@\n+evil"
+        text = self.patched({name: "1\n", "a.m": "1\n"}, {"a.m": "2\n"})
+        self.assertIn("\n- x\\n--- /dev/null\\n+++ b/evil", text)
+        self.assertFalse(self.path("a.kraddon.src/evil").exists())
 
     def test_binary_files_are_said_to_be(self):
         self.pair({"a.bin": b"\0\1\n", "new.bin": b"\0", "t": "x\n"},

@@ -75,6 +75,11 @@ class Folders(DiffTest):
         self.assertTrue(result.errors.startswith("kraddon: diff: bad manifest '"), result.errors)
         self.assertIn("kraddon.toml:2:", result.errors)
 
+    def test_the_private_file_is_no_part_of_the_folder(self):
+        for words in (("one", "one.kraddon"), ("one.kraddon", "one")):
+            result = self.ok("diff", *words, env={"TMPDIR": str(self.path("one"))})
+            self.assertEqual(result.out, b"", words)
+
     def test_no_place_for_a_private_file_is_trouble(self):
         self.trouble("one", "one.kraddon", env={"TMPDIR": "/nowhere"},
                      message="cannot make a folder in '/nowhere': No such file or directory")

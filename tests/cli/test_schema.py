@@ -372,6 +372,18 @@ class Manifests(SchemaTest):
             with self.subTest(text):
                 self.refuse("manifest", self.load(text))
 
+    def test_required_texts_are_not_empty(self):
+        whole = ('[[app]]\nname = "x"\nfile = "y"\n[[revision]]\nversion = "1"\n'
+                 '[[category]]\nname = "x"\n[[category.example]]\nname = "x"\n'
+                 '[[requirements.product]]\nname = "x"\n'
+                 '[[requirements.support-package]]\nname = "x"\n[build]\noutput = "x"\n')
+        lines = (SMALLEST + whole).splitlines(keepends=True)
+        self.accept("manifest", self.load("".join(lines)))
+        for at, line in enumerate(lines):
+            if " = " in line:
+                text = "".join([*lines[:at], line.split(" = ")[0] + ' = ""\n', *lines[at + 1:]])
+                self.refuse("manifest", self.load(text))
+
 
 if __name__ == "__main__":
     kraddontest.main()

@@ -194,6 +194,8 @@ const Fault kValueFaults[] = {
      "6:8': license.file: expected one of the two, and license.text is given already"},
     {"UnknownPlaceholder", "[build]\noutput = \"{nam}.kraddon\"\n",
      "5:10': build.output: unknown placeholder '{nam}', expected {name} or {version}"},
+    {"PlaceholderWithoutEnd", "[build]\noutput = \"{name.kraddon\"\n",
+     "5:10': build.output: unknown placeholder '{name.kraddon', expected {name} or {version}"},
     {"EmptyOutput", "[build]\noutput = \"\"\n", "5:10': build.output: expected the path of a file"},
     {"FolderAsOutput", "[build]\noutput = \"dist/\"\n",
      "5:10': build.output: expected the path of a file"},
