@@ -23,4 +23,17 @@ std::string describeBytes(std::uint64_t bytes) {
   return std::to_string(whole) + kUnits[unit];
 }
 
+std::string grouped(std::uint64_t count) {
+  std::string text = std::to_string(count);
+  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
+  return text;
+}
+
+std::string counted(std::uint64_t count, std::string_view noun, Digits digits) {
+  std::string text = digits == Digits::Grouped ? grouped(count) : std::to_string(count);
+  text.append(" ").append(noun);
+  if (count != 1) text += 's';
+  return text;
+}
+
 }  // namespace opc

@@ -41,4 +41,18 @@ constexpr char toLowerAscii(char c) noexcept {
 }
 std::string toLowerAscii(std::string_view text);
 
+constexpr bool isAsciiDigit(char c) noexcept {
+  return c >= '0' && c <= '9';
+}
+constexpr bool isAsciiLetter(char c) noexcept {
+  return toLowerAscii(c) >= 'a' && toLowerAscii(c) <= 'z';
+}
+constexpr bool isAsciiLetterOrDigit(char c) noexcept {
+  return isAsciiLetter(c) || isAsciiDigit(c);
+}
+/// A blank or what moves the place of writing: tabs, line ends, a form feed.
+constexpr bool isAsciiBlank(char c) noexcept {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 }  // namespace opc

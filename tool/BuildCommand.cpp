@@ -4,12 +4,16 @@
 
 #include <array>
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "addon/checks/AddonChecks.h"
 #include "addon/checks/Verification.h"
+#include "opc/ByteCount.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/BuildReport.h"
@@ -20,8 +24,10 @@
 #include "tool/Interrupt.h"
 #include "tool/Messages.h"
 #include "tool/NewPackage.h"
+#include "tool/PackageAccess.h"
 #include "tool/Progress.h"
 #include "tool/Project.h"
+#include "tool/RealPath.h"
 #include "tool/TreeWalk.h"
 
 namespace tool {
@@ -69,11 +75,31 @@ std::string folderOf(const Invocation& invocation) {
   return invocation.operands().empty() ? "." : invocation.operands()[0];
 }
 
-/// It may be the only copy of the author's work, and --force is meant for older packages.
-void refuseManifest(const std::string& output, const std::string& folder) {
+bool isOfProject(const std::string& output, const Project& project) {
+  const std::string path = realPath(output);
+  return liesIn(path, realPath(project.folder)) ||
+         liesIn(path, realPath(project.onDisk(project.manifest.files.root.value)));
+}
+
+/// What is empty or no regular file is for others to judge.
+bool mayBePackage(const std::string& path) {
+  if (path.ends_with(kPackageExtension)) return true;
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return true;
+  std::array<char, 2> begin{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(begin.data(), begin.size());
+  return begin == std::array{'P', 'K'} || (file.eof() && file.gcount() == 0);
+}
+
+/// They may be the only copy of the author's work, and --force is meant for older packages.
+void refuseSources(const std::string& output, const Project& project, bool isForced) {
   const std::optional<FileIdentity> existing = identityOf(output);
-  if (existing && existing == identityOf(manifestPath(folder))) {
+  if (existing && existing == identityOf(manifestPath(project.folder))) {
     throw Failure(sentence("cannot create", output, "it is the manifest of the project"));
+  }
+  if (existing && isForced && isOfProject(output, project) && !mayBePackage(output)) {
+    throw Failure(sentence("cannot create", output, "a file of the project is there, no package"));
   }
 }
 
@@ -88,7 +114,7 @@ Task prepare(const Invocation& invocation) {
   if (!invocation.has(kLevelOption.longName)) options.level = project.manifest.build.level.value;
   IgnoreRules rules = ignoreRulesOf(project.manifest);
   std::string output = asked ? *asked : addon::project::outputPath(project.manifest);
-  refuseManifest(output, project.folder);
+  refuseSources(output, project, invocation.has("force"));
   return {invocation, std::move(project), std::move(rules), std::move(output), std::move(options)};
 }
 
@@ -196,16 +222,12 @@ void print(const BuildResult& result, const Task& task) {
   }
 }
 
-std::string counted(std::size_t count, std::string_view what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 void refuse(const PackageVerdict& verdict, const Task& task) {
   std::string why = "it holds a secret";
   if (verdict.errors != 0) {
-    why = "it has " + counted(verdict.errors, "error");
+    why = "it has " + opc::counted(verdict.errors, "error");
   } else if (!verdict.isGood(task.isStrict())) {
-    why = "it has " + counted(verdict.warnings, "warning") + ", and 'strict' is set";
+    why = "it has " + opc::counted(verdict.warnings, "warning") + ", and 'strict' is set";
   }
   throw Failure(sentence("cannot build", task.output, why),
                 "'kraddon verify --explain ID' says what to do about a finding");

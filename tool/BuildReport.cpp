@@ -41,10 +41,6 @@ void writeFindings(const std::optional<PackageVerdict>& verdict, JsonWriter& jso
   json.endArray();
 }
 
-std::string counted(std::uint64_t count, std::string_view what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 }  // namespace
 
 BuildResult resultFor(const std::string& file, const std::vector<Item>& items) {
@@ -91,8 +87,8 @@ void printBuildPlan(const BuildResult& result, Output& output) {
 
 std::string describeContent(const Totals& totals) {
   const std::string folders =
-      totals.folders == 0 ? "" : ", " + counted(totals.folders, "empty folder");
-  return fmt::format("{}{}, {}", counted(totals.files, "file"), folders,
+      totals.folders == 0 ? "" : ", " + opc::counted(totals.folders, "empty folder");
+  return fmt::format("{}{}, {}", opc::counted(totals.files, "file"), folders,
                      opc::describeBytes(totals.bytes));
 }
 

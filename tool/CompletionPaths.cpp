@@ -20,7 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array<std::string_view, 3> kPackageNames{"PACKAGE", "A", "B"};
-constexpr std::string_view kExtension = ".kraddon";
 
 /// The word up to its last '/', that included.
 std::string_view folderOf(std::string_view word) {
@@ -47,7 +46,7 @@ std::vector<Entry> entriesOf(const std::string& folder) {
 bool isWanted(const Entry& entry, DiskPath kind, bool hasPackages) {
   if (entry.isFolder || kind == DiskPath::AnyFile) return true;
   if (kind == DiskPath::Folder) return false;
-  return !hasPackages || entry.name.ends_with(kExtension);
+  return !hasPackages || entry.name.ends_with(kPackageExtension);
 }
 
 }  // namespace
@@ -83,7 +82,7 @@ std::vector<std::string> pathsOnDisk(const std::string& word, DiskPath kind) {
   std::vector<Entry> entries = entriesOf(folder.empty() ? "." : withHome(folder));
   // Where none is called as packages are, any file may be one: 'verify' reads them all.
   const bool hasPackages = std::any_of(entries.begin(), entries.end(), [](const Entry& entry) {
-    return !entry.isFolder && entry.name.ends_with(kExtension);
+    return !entry.isFolder && entry.name.ends_with(kPackageExtension);
   });
   std::vector<std::string> paths;
   for (const Entry& entry : entries) {

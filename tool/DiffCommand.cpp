@@ -8,6 +8,7 @@
 
 #include "tool/Arguments.h"
 #include "tool/DifferencePrinter.h"
+#include "tool/Errors.h"
 #include "tool/FolderBuild.h"
 #include "tool/Messages.h"
 #include "tool/Output.h"
@@ -15,6 +16,7 @@
 #include "tool/PackageComparison.h"
 #include "tool/PrivateFile.h"
 #include "tool/Progress.h"
+#include "tool/Project.h"
 #include "tool/Selection.h"
 
 namespace tool {
@@ -55,12 +57,16 @@ bool isFolder(const std::string& path) {
   return std::filesystem::is_directory(path, error);
 }
 
-/// `other` is what it is going to be compared with, which is no part of a project that it lies in.
-ComparedPackage openCompared(const std::string& path, const std::string& other) {
+/// `others` are files that are no part of a project that they lie in.
+ComparedPackage openCompared(const std::string& path, const std::vector<std::string>& others) {
   ComparedPackage compared{path};
   if (isFolder(path)) {
     compared.built = std::make_unique<PrivateFile>("built.kraddon");
-    buildInto(path, compared.built->path(), {other});
+    try {
+      buildInto(path, compared.built->path(), others);
+    } catch (const ManifestError& error) {
+      throw Failure(error.in(manifestPath(path)));
+    }
   }
   compared.package = openForReading(compared.built ? compared.built->path() : path);
   compared.items = readTree(*compared.package);
@@ -105,8 +111,8 @@ ExitCode run(const Invocation& invocation) {
   const std::vector<std::string>& operands = invocation.operands();
   const std::vector<std::string> paths(operands.begin() + 2, operands.end());
 
-  ComparedPackage a = openCompared(operands[0], operands[1]);
-  ComparedPackage b = openCompared(operands[1], operands[0]);
+  ComparedPackage a = openCompared(operands[0], {operands[1]});
+  ComparedPackage b = openCompared(operands[1], {a.built ? a.built->path() : operands[0]});
   const PackageDifferences differences = compare(a, b, paths, invocation);
   print({a, b, differences, !paths.empty()}, invocation);
   warnOfUnreadable(a, invocation.settings());

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "tool/NewPackage.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <utility>
 
 #include "addon/packaging/AddonProperties.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
+#include "tool/Output.h"
 #include "tool/Progress.h"
 
 namespace tool {
@@ -64,9 +62,7 @@ void requireFreePlace(const std::string& path, bool replaces) {
   if (!replaces) {
     throw Failure(sentence("cannot create", path, "it exists already"), "--force replaces it");
   }
-  if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
-    throw systemFailure("cannot replace", path, errno);
-  }
+  requireWritable(path);
 }
 
 }  // namespace tool

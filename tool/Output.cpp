@@ -45,15 +45,16 @@ std::string sidePattern(const std::string& target) {
   return fmt::format("{}.{}{}", target.substr(0, start), name, kEnd);
 }
 
-/// A new file beside another one, gone again unless it is put in place.
+/// A new file beside another one, gone again unless it is put in place. `name` is for messages.
 class SideFile {
  public:
-  SideFile(const std::string& target, mode_t mode) : target_(target) {
+  SideFile(const std::string& target, const std::string& name, mode_t mode)
+      : target_(target), name_(name) {
     descriptor_.reset(opc::uninterrupted([&] {
       path_ = sidePattern(target);
       return ::mkostemps(path_.data(), 4, O_CLOEXEC);
     }));
-    if (!descriptor_) throw systemFailure("cannot write", target, errno);
+    if (!descriptor_) throw systemFailure("cannot write", name, errno);
     // mkstemp makes files that only their owner can read.
     if (opc::uninterrupted([&] { return ::fchmod(descriptor_.get(), mode); }) != 0) fail(errno);
   }
@@ -84,10 +85,11 @@ class SideFile {
   [[noreturn]] void fail(int number) {
     if (!path_.empty()) ::unlink(path_.c_str());
     path_.clear();
-    throw systemFailure("cannot write", target_, number);
+    throw systemFailure("cannot write", name_, number);
   }
 
   std::string target_;
+  std::string name_;
   std::string path_;
   opc::FileDescriptor descriptor_;
 };
@@ -179,17 +181,24 @@ void writeOutputFile(const std::string& path, const Content& content, const std:
     writeTo(file.get(), path, content);
     return;
   }
+  if (exists) requireWritable(path);
   Interrupt::defer();
-  SideFile file(exists ? behindLinks(path) : path,
+  SideFile file(exists ? behindLinks(path) : path, path,
                 exists ? existing.st_mode & 07777 : newFileMode());
   writeTo(file.descriptor(), path, content);
   Interrupt::check();
   file.putInPlace(true);
 }
 
+void requireWritable(const std::string& path) {
+  if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
+    throw systemFailure("cannot replace", path, errno);
+  }
+}
+
 void writeNewFile(const std::string& path, std::string_view content) {
   Interrupt::defer();
-  SideFile file(path, newFileMode());
+  SideFile file(path, path, newFileMode());
   writeTo(file.descriptor(), path, [&](Output& output) { output.write(content); });
   Interrupt::check();
   file.putInPlace(false);

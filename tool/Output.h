@@ -45,13 +45,18 @@ class Output {
 using Content = std::function<void(Output&)>;
 
 /// Puts `content` into the file at `path` ("-" is standard output). A regular file is replaced in
-/// one step, or stays as it was. Throws Failure; `package` is a file that must not be replaced.
+/// one step, or stays as it was; one that may not be written stays. Throws Failure; `package` is a
+/// file that must not be replaced.
 void writeOutputFile(const std::string& path, const Content& content, const std::string& package);
 void writeOutputFile(const std::string& path, std::string_view content, const std::string& package);
 /// The same into the file that was asked for or, when none was, into `usual`: a file that nobody
 /// named, which must not exist.
 void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
                      const Content& content, const std::string& package);
+
+/// Throws Failure when nobody may write to the file at `path`: whoever protected it does not want
+/// it replaced either, which a rename could do.
+void requireWritable(const std::string& path);
 
 /// Puts `content` into a new file. Throws Failure when there is something of that name by then.
 void writeNewFile(const std::string& path, std::string_view content);

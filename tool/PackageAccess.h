@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "addon/packaging/AddonPackage.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
@@ -15,6 +16,9 @@
 namespace tool {
 
 using addon::packaging::AddonPackage;
+
+/// Of a package's file name, as a rule.
+inline constexpr std::string_view kPackageExtension = ".kraddon";
 
 /// A path or text of the command line for the library. `what` begins the message of the Failure for
 /// one that is not UTF-8.

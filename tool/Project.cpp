@@ -14,6 +14,7 @@
 #include "tool/Errors.h"
 #include "tool/Guid.h"
 #include "tool/ReadFile.h"
+#include "tool/TreeWalk.h"
 
 namespace tool {
 
@@ -66,8 +67,7 @@ std::string derivedGuid(const AppSection& app, std::size_t index, const std::str
 
 std::string Project::onDisk(const std::string& path) const {
   if (path == ".") return folder;
-  if (folder == "." || path.starts_with('/')) return path;
-  return fmt::format("{}{}{}", folder, folder.ends_with('/') ? "" : "/", path);
+  return path.starts_with('/') ? path : tool::onDisk(folder, path);
 }
 
 std::string manifestPath(const std::string& folder) {

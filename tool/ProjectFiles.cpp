@@ -129,6 +129,9 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   options.onExcluded = [&](const std::string& path, bool isFolder) {
     report(path, reasonOf(options.excludes, path, isFolder));
   };
+  options.onLeftOut = [&](const std::string& path, bool isFolder) {
+    report(path, isFolder ? "where the package goes" : "the package itself");
+  };
   options.includes = [&](const std::string& path, bool isFolder) {
     if (isFolder && !files.emptyFolders.value) return report(path, "an empty folder"), false;
     if (!files.include.isGiven() || inclusion.includes(path, isFolder)) return true;
@@ -136,7 +139,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   };
   std::vector<SourceFile> found;
   for (WalkedEntry& entry : walkTree(root, options)) {
-    std::string diskPath = fmt::format("{}/{}", root, entry.path);
+    std::string diskPath = onDisk(root, entry.path);
     found.push_back({std::move(diskPath), std::move(entry.path), entry.isFolder});
   }
   return found;

@@ -15,7 +15,7 @@ struct FileChoice {
   std::vector<std::string> excludes = {};  ///< patterns, after all others
   bool followsOutside = false;             ///< links that lead out of the folder
   std::vector<std::string> leftOut = {};   ///< files of the disk, wherever they lie
-  /// Told of each file or folder that patterns leave out; may be empty.
+  /// Told of each file or folder that stays out, and why; may be empty.
   std::function<void(const std::string& path, const std::string& why)> onLeftOut = nullptr;
 };
 

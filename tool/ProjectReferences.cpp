@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "addon/checks/ReferenceCheck.h"
@@ -66,16 +67,33 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
   }
 }
 
+/// A manifest outlives the program that reads it, so that it has one way of writing a rule, which
+/// is that of its schema.
+void refuseLooseRule(const Text& rule, const std::string& key) {
+  const std::size_t colon = std::min(rule.value.find(':'), rule.value.size());
+  const std::uint16_t number = findingNamed(rule.value.substr(0, colon)).number;
+  const std::string strict = addon::checks::idOf(number) + rule.value.substr(colon);
+  if (colon + 1 == rule.value.size()) {
+    throw ManifestError(
+        rule.position,
+        fmt::format("{}: expected a pattern after the colon, got '{}'", key, rule.value));
+  }
+  if (rule.value != strict) {
+    throw ManifestError(rule.position,
+                        fmt::format("{}: expected '{}', got '{}'", key, strict, rule.value));
+  }
+}
+
 }  // namespace
 
 IgnoreRules ignoreRulesOf(const Manifest& manifest) {
   std::vector<std::string> rules;
   for (const Text& rule : manifest.verify.ignore.value) {
+    const std::string key = fmt::format("verify.ignore[{}]", rules.size());
     try {
-      const IgnoreRules known({rule.value});
+      refuseLooseRule(rule, key);
     } catch (const UsageError& error) {
-      throw ManifestError(rule.position,
-                          fmt::format("verify.ignore[{}]: {}", rules.size(), error.what()));
+      throw ManifestError(rule.position, fmt::format("{}: {}", key, error.what()));
     }
     rules.push_back(rule.value);
   }

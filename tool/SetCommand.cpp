@@ -55,10 +55,8 @@ bool isAssignment(std::string_view word) {
   const std::size_t equals = word.find('=');
   const std::string_view name = word.substr(0, equals);
   return equals != std::string_view::npos && !name.empty() &&
-         std::all_of(name.begin(), name.end(), [](char c) {
-           const char lower = opc::toLowerAscii(c);
-           return (lower >= 'a' && lower <= 'z') || (c >= '0' && c <= '9') || c == '_';
-         });
+         std::all_of(name.begin(), name.end(),
+                     [](char c) { return opc::isAsciiLetterOrDigit(c) || c == '_'; });
 }
 
 std::pair<std::string, std::string> parseAssignment(const DocumentShape& shape,

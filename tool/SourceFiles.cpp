@@ -89,13 +89,13 @@ void SourceFinder::collect(const std::string& folder, const std::string& place,
   if (package_) options.leftOut = {*package_};
   options.onExcluded = [this](const std::string& path, bool) { report(path); };
   for (WalkedEntry& entry : walkTree(folder, options)) {
-    std::string diskPath = folder + "/" + entry.path;
+    std::string diskPath = onDisk(folder, entry.path);
     into.push_back({std::move(diskPath), joinPath(place, entry.path), entry.isFolder});
   }
 }
 
 void addIgnoreFile(const std::string& folder, const std::string& place, PatternList& patterns) {
-  const std::string file = fmt::format("{}/{}", folder, kIgnoreFile);
+  const std::string file = onDisk(folder, std::string(kIgnoreFile));
   if (identityOf(file)) patterns.addLines(readWholeFile(file, kLargestIgnoreFile), place);
 }
 

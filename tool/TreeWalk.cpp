@@ -8,15 +8,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
+#include "tool/RealPath.h"
 
 namespace tool {
 
@@ -41,16 +40,6 @@ FileIdentity identity(const struct stat& info) {
   return {info.st_dev, info.st_ino};
 }
 
-/// Without links; "" when there is nothing.
-std::string realPath(const std::string& path) {
-  std::error_code ignored;
-  return std::filesystem::canonical(path, ignored).string();
-}
-
-bool isLetterOrDigit(char c) {
-  return (c >= '0' && c <= '9') || (opc::toLowerAscii(c) >= 'a' && opc::toLowerAscii(c) <= 'z');
-}
-
 /// ".NAME.XXXXXX.tmp": what a killed run of the program leaves behind.
 bool isLeftover(std::string_view name) {
   constexpr std::string_view kEnd = ".tmp";
@@ -60,7 +49,7 @@ bool isLeftover(std::string_view name) {
   name.remove_suffix(kEnd.size());
   const std::string_view letters = name.substr(name.size() - kChanceLetters);
   return name[name.size() - kChanceLetters - 1] == '.' &&
-         std::all_of(letters.begin(), letters.end(), isLetterOrDigit);
+         std::all_of(letters.begin(), letters.end(), opc::isAsciiLetterOrDigit);
 }
 
 class TreeWalk {
@@ -105,7 +94,7 @@ class TreeWalk {
     std::size_t parent;
   };
 
-  std::string onDisk(const std::string& path) const { return folder_ + "/" + path; }
+  std::string onDisk(const std::string& path) const { return tool::onDisk(folder_, path); }
 
   void readFolder(const std::string& path, std::size_t parent, bool isLink) {
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isLink ? 0 : O_NOFOLLOW);
@@ -137,8 +126,12 @@ class TreeWalk {
     const std::size_t first = pending_.size();
     const std::vector<Listed> entries = sortedEntries(path, directory);
     for (const Listed& entry : entries) addEntry(path, entry, ::dirfd(&directory), self);
-    const bool isEmpty = entries.empty() && !path.empty() && !staysOut;
-    if (isEmpty && isIncluded(path, true)) result_.push_back({path, true});
+    const bool isEmpty = entries.empty() && !path.empty();
+    if (isEmpty && staysOut) {
+      reportLeftOut(path, true);
+    } else if (isEmpty && isIncluded(path, true)) {
+      result_.push_back({path, true});
+    }
     // The last one is taken first.
     std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(first), pending_.end());
   }
@@ -174,7 +167,9 @@ class TreeWalk {
     }
     if (finalKind != Kind::Folder && !isIncluded(path, false)) return;
     if (isLink) checkLink(path, linkError);
-    if (finalKind == Kind::File && isLeftOut(entry, isLink ? &target : nullptr, descriptor)) return;
+    if (finalKind == Kind::File && isLeftOut(entry, isLink ? &target : nullptr, descriptor)) {
+      return reportLeftOut(path, false);
+    }
     if (finalKind == Kind::Other) {
       throw Failure(sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
     }
@@ -199,6 +194,10 @@ class TreeWalk {
     return true;
   }
 
+  void reportLeftOut(const std::string& path, bool isFolder) const {
+    if (options_.onLeftOut) options_.onLeftOut(inPackage(path), isFolder);
+  }
+
   Kind kindOf(const Listed& entry, int descriptor, const std::string& path) const {
     if (entry.type == DT_REG) return Kind::File;
     if (entry.type == DT_DIR) return Kind::Folder;
@@ -214,17 +213,20 @@ class TreeWalk {
     if (error != 0) throw systemFailure("cannot follow the link", onDisk(path), error);
     if (options_.followsOutside) return;
     const std::string target = realPath(onDisk(path));
-    if (liesIn(target, realRoot_, folder_)) return;
-    if (!options_.project.empty() && liesIn(target, realProject_, options_.project)) return;
+    if (liesIn(target, realRoot())) return;
+    if (!options_.project.empty() && liesIn(target, realProject())) return;
     throw Failure(sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
                   "--follow follows it");
   }
 
-  /// `real` keeps the folder's real path.
-  static bool liesIn(const std::string& target, std::string& real, const std::string& folder) {
-    if (real.empty()) real = realPath(folder);
-    if (real.empty()) return false;
-    return target == real || target.starts_with(real == "/" ? "/" : real + "/");
+  const std::string& realRoot() {
+    if (realRoot_.empty()) realRoot_ = realPath(folder_);
+    return realRoot_;
+  }
+
+  const std::string& realProject() {
+    if (realProject_.empty()) realProject_ = realPath(options_.project);
+    return realProject_;
   }
 
   bool isLeftOut(const Listed& entry, const struct stat* target, int descriptor) const {
@@ -257,6 +259,12 @@ std::optional<FileIdentity> identityOf(const std::string& path) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return std::nullopt;
   return identity(info);
+}
+
+std::string onDisk(const std::string& folder, const std::string& path) {
+  if (path.empty()) return folder;
+  if (folder == ".") return path;
+  return folder + (folder.ends_with('/') ? "" : "/") + path;
 }
 
 std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptions& options) {

@@ -32,6 +32,8 @@ struct TreeWalkOptions {
   std::function<bool(const std::string& path, bool isFolder)> includes = nullptr;
   /// Gets paths in the package; may be empty.
   std::function<void(const std::string& path, bool isFolder)> onExcluded = nullptr;
+  /// The same for what `leftOut` names.
+  std::function<void(const std::string& path, bool isFolder)> onLeftOut = nullptr;
 };
 
 /// Something to be packed. The path is UTF-8, relative to the folder, with '/'.
@@ -39,6 +41,10 @@ struct WalkedEntry {
   std::string path;
   bool isFolder;  ///< an empty folder
 };
+
+/// Where a path of the disk below `folder` lies, in the words of whoever named the folder: "." adds
+/// nothing, and a slash at its end stays the only one. "" is the folder itself.
+std::string onDisk(const std::string& folder, const std::string& path);
 
 /// All files and all empty folders below `folder`, depth first, in order of their names' UTF-16
 /// code units, so that the order on the disk does not show. Temporary files that a killed run of

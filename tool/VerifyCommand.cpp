@@ -6,6 +6,7 @@
 
 #include "addon/checks/Catalogue.h"
 #include "addon/checks/Verification.h"
+#include "opc/ByteCount.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
@@ -81,10 +82,6 @@ PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& r
   return failed;
 }
 
-std::string counted(std::size_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 void printSummary(const PackageVerdict& verdict, const Settings& settings) {
   if (!verdict.failure.empty()) return printError("verify", verdict.failure);
   const bool isClean = verdict.errors + verdict.warnings + verdict.ignored == 0;
@@ -92,8 +89,8 @@ void printSummary(const PackageVerdict& verdict, const Settings& settings) {
   const std::string ignored =
       verdict.ignored == 0 ? "" : fmt::format(", {} ignored", verdict.ignored);
   printToStandardError(fmt::format("{}: {}, {}{}\n", opc::printable(verdict.file),
-                                   counted(verdict.errors, "error"),
-                                   counted(verdict.warnings, "warning"), ignored));
+                                   opc::counted(verdict.errors, "error"),
+                                   opc::counted(verdict.warnings, "warning"), ignored));
 }
 
 ExitCode runChecks(const Invocation& invocation) {

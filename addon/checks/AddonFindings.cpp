@@ -130,18 +130,21 @@ constexpr FindingInfo kFindings[] = {
     {501, Severity::Warning, "no license",
      "The add-on has no license, or one without text. Without terms nobody may use or share it, "
      "and many catalogues do not take it.",
-     "Add one with 'kraddon set PACKAGE license type=TYPE text=TERMS'."},
+     "Add one with 'kraddon set PACKAGE license type=TYPE text=TERMS', or as [license] to the "
+     "manifest."},
     {502, Severity::Warning, "no summary or description",
      "The add-on has no summary, the one line that lists show, or no description, which tells "
      "users what it is for.",
-     "Set both with 'kraddon set PACKAGE properties summary=TEXT description=TEXT'."},
+     "Set both with 'kraddon set PACKAGE properties summary=TEXT description=TEXT', or in the "
+     "manifest."},
     {503, Severity::Warning, "no author or contact",
      "The add-on names no author, or no way to reach him. Users with a question or a fault to "
      "report have nobody to turn to.",
-     "Set both with 'kraddon set PACKAGE properties authorName=NAME authorContact=ADDRESS'."},
+     "Set both with 'kraddon set PACKAGE properties authorName=NAME authorContact=ADDRESS', or "
+     "'author' and 'contact' in the manifest."},
     {504, Severity::Warning, "no screenshot",
      "The add-on has no screenshot. Hosts and catalogues show a blank image in its place.",
-     "Add one with 'kraddon screenshot PACKAGE IMAGE'."},
+     "Add one with 'kraddon screenshot PACKAGE IMAGE', or as 'screenshot' to the manifest."},
     {505, Severity::Warning, "not a GUID",
      "The add-on or one of its apps has no GUID, or one that is not of the form 8-4-4-4-12 "
      "hexadecimal digits. Hosts know add-ons by it from one version to the next.",

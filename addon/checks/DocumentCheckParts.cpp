@@ -3,14 +3,15 @@
 #include <array>
 #include <map>
 #include <set>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "addon/checks/DocumentCheck.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
+#include "addon/packaging/ImageSignature.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
 #include "opc/model/PartName.h"
@@ -23,45 +24,19 @@ using opc::plservices::FileTreePart;
 using packaging::AddonPackage;
 using packaging::DocumentSchema;
 using packaging::ScreenshotPart;
-using namespace std::string_view_literals;
 
 namespace {
 
-// What the bytes of an image begin with. A type may have several forms.
-struct Signature {
-  std::string_view contentType;
-  std::string_view bytes;
-};
-constexpr Signature kSignatures[] = {
-    {"image/png", "\x89PNG\r\n\x1A\n"sv},
-    {"image/gif", "GIF87a"sv},
-    {"image/gif", "GIF89a"sv},
-    {"image/jpeg", "\xFF\xD8\xFF"sv},
-    {"image/bmp", "BM"sv},
-    {"image/tiff", "II\x2A\0"sv},
-    {"image/tiff", "MM\0\x2A"sv},
-    {"image/tiff", "II\x2B\0"sv},
-    {"image/tiff", "MM\0\x2B"sv},
-};
-constexpr std::size_t kLongestSignature = 8;
-
-std::string readStart(opc::InputStream& stream) {
-  std::array<unsigned char, kLongestSignature> bytes{};
+std::vector<unsigned char> readStart(opc::InputStream& stream) {
+  std::vector<unsigned char> bytes(packaging::kImageSignatureSize);
   std::size_t size = 0;
   while (size < bytes.size()) {
     const std::size_t count = stream.read(bytes.data() + size, bytes.size() - size);
     if (count == 0) break;
     size += count;
   }
-  return {reinterpret_cast<const char*>(bytes.data()), size};
-}
-
-// "" when it is no image that is known here.
-std::string_view imageTypeOf(std::string_view start) {
-  const auto* found =
-      std::find_if(std::begin(kSignatures), std::end(kSignatures),
-                   [&](const auto& known) { return start.starts_with(known.bytes); });
-  return found == std::end(kSignatures) ? std::string_view() : found->contentType;
+  bytes.resize(size);
+  return bytes;
 }
 
 /// The documents' parts by what they are taken for, and by what leads to them.
@@ -136,13 +111,12 @@ class UnreachableParts {
 }  // namespace
 
 void checkImage(AddonPackage& package, const Destination& image, Report& report) {
-  std::string start;
+  std::vector<unsigned char> start;
   const opc::model::PartId part = image.part->id();
   if (!isReadable([&] { start = readStart(*package.logicalPackage().openPart(part)); })) return;
   const std::string type = opc::toLowerAscii(image.part->getContentType().ascii());
-  const std::string_view found = imageTypeOf(start);
-  const bool isChecked = std::any_of(std::begin(kSignatures), std::end(kSignatures),
-                                     [&](const auto& known) { return known.contentType == type; });
+  const std::string_view found = packaging::imageTypeOf(start);
+  const bool isChecked = packaging::isImageTypeTold(type);
   // Other kinds of images are not ours to judge.
   if (found == type || (found.empty() && !isChecked && type.starts_with("image/"))) return;
   const std::string content = found.empty() ? "of no image that is known" : "of " + quoted(found);

@@ -18,8 +18,7 @@ struct Oddity {
 };
 
 bool hasDrive(std::string_view name) {
-  return name.size() >= 2 && name[1] == ':' && opc::model::isAsciiLetterOrDigit(name[0]) &&
-         (name[0] < '0' || name[0] > '9');
+  return name.size() >= 2 && name[1] == ':' && opc::isAsciiLetter(name[0]);
 }
 
 Oddity findOddity(std::string_view name) {

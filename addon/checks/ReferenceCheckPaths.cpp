@@ -15,13 +15,9 @@ using Kind = PathReference::Kind;
 
 namespace {
 
-bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 // Also by the rules of other systems, on which the add-on will be installed.
 bool isAbsolute(std::string_view path) {
-  const bool hasDrive = path.size() >= 2 && isLetter(path[0]) && path[1] == ':';
+  const bool hasDrive = path.size() >= 2 && opc::isAsciiLetter(path[0]) && path[1] == ':';
   return hasDrive || path.starts_with('/') || path.starts_with('\\');
 }
 

@@ -5,6 +5,7 @@
 
 #include "addon/checks/AddonChecks.h"
 #include "addon/checks/Readable.h"
+#include "opc/ByteCount.h"
 
 namespace addon::checks {
 
@@ -31,7 +32,7 @@ void checkTimes(AddonPackage& package, Report& report) {
     if (info.modified <= latest) return;
     const std::int64_t days = (info.modified - latest + kTolerance) / kTolerance;
     report.add({513, "/" + std::string(info.itemName),
-                "the entry's time is " + std::to_string(days) + (days == 1 ? " day" : " days") +
+                "the entry's time is " + opc::counted(static_cast<std::uint64_t>(days), "day") +
                     " in the future",
                 "", 0});
   });

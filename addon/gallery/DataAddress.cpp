@@ -3,13 +3,11 @@
 
 #include <cstdint>
 
+#include "addon/packaging/ImageSignature.h"
+
 namespace addon::gallery {
 
 namespace {
-
-bool begins(std::string_view bytes, std::string_view signature, std::size_t at = 0) {
-  return bytes.size() >= at && bytes.substr(at).starts_with(signature);
-}
 
 constexpr std::string_view kDigits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -26,13 +24,9 @@ void appendGroup(std::string& text, std::span<const unsigned char> bytes) {
 }  // namespace
 
 std::string_view imageTypeOf(std::span<const unsigned char> bytes) {
-  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  if (begins(text, "\x89PNG\r\n\x1a\n")) return "image/png";
-  if (begins(text, "\xFF\xD8\xFF")) return "image/jpeg";
-  if (begins(text, "GIF87a") || begins(text, "GIF89a")) return "image/gif";
-  if (begins(text, "RIFF") && begins(text, "WEBP", 8)) return "image/webp";
-  if (begins(text, "BM") && begins(text, std::string_view("\0\0\0\0", 4), 6)) return "image/bmp";
-  return {};
+  const std::string_view type = packaging::imageTypeOf(bytes);
+  // Few browsers show it.
+  return type == "image/tiff" ? std::string_view() : type;
 }
 
 std::string dataAddress(std::string_view type, std::span<const unsigned char> bytes) {

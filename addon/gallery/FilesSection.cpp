@@ -29,7 +29,7 @@ void writeRow(HtmlWriter& html, const TreemapGroup& group, std::uint64_t total) 
       html.element("span", {{"class", color}, {"aria-hidden", "true"}}, "");
       writeIsolated(html, titleOf(group));
     });
-    html.element("td", grouped(group.files));
+    html.element("td", opc::grouped(group.files));
     html.element("td", opc::describeBytes(group.size));
     html.element("td", shareOf(group.size, total));
   });

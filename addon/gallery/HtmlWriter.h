@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "opc/Text.h"
+
 namespace addon::gallery {
 
 /// The name of an element or attribute. It comes from the source code only, so that no text of a
@@ -16,9 +18,8 @@ class HtmlName {
   // NOLINTNEXTLINE(google-explicit-constructor): a literal is what it stands for.
   consteval HtmlName(const char* literal) : name_(literal) {
     for (const char c : name_) {
-      const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-      const bool isOther = (c >= '0' && c <= '9') || c == '-' || c == ':';
-      if (!isLetter && !isOther) throw "not a name of an element or attribute";
+      const bool isOfName = opc::isAsciiLetterOrDigit(c) || c == '-' || c == ':';
+      if (!isOfName) throw "not a name of an element or attribute";
     }
     if (name_.empty()) throw "an element or attribute has a name";
   }

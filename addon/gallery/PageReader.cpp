@@ -11,6 +11,7 @@
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
+#include "opc/Lines.h"
 #include "opc/Text.h"
 #include "opc/plservices/W3cDateTime.h"
 
@@ -43,8 +44,8 @@ std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
   return utf8(opc::plservices::formatW3cDateTime(*time));
 }
 
-bool isBlank(const std::string& text) {
-  return text.find_first_not_of(" \t\r\n") == std::string::npos;
+bool isBlank(std::string_view text) {
+  return opc::trimmed(text).empty();
 }
 
 void readProperties(AddonPackage& package, Page& page) {

@@ -55,7 +55,9 @@ void writeHead(HtmlWriter& html, const Page& page) {
   html.newLine();
   html.element("title", page.version.empty() ? page.name : page.name + " " + page.version);
   html.newLine();
-  html.style(kStyleSheet);
+  std::string sheet;
+  for (const auto part : {kPageStyle, kSectionsStyle, kFilesStyle, kMediaStyle}) sheet += part;
+  html.style(sheet);
 }
 
 void writeNavigation(HtmlWriter& html, const Page& page) {

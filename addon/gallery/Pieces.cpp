@@ -2,6 +2,7 @@
 #include "addon/gallery/Pieces.h"
 
 #include "addon/gallery/PlainAddress.h"
+#include "opc/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -11,17 +12,8 @@ constexpr std::size_t kDayLength = 10;  // "2026-02-01"
 
 }  // namespace
 
-std::string grouped(std::uint64_t count) {
-  std::string text = std::to_string(count);
-  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
-  return text;
-}
-
 std::string counted(std::uint64_t count, std::string_view noun) {
-  std::string text = grouped(count);
-  text.append(" ").append(noun);
-  if (count != 1) text += 's';
-  return text;
+  return opc::counted(count, noun, opc::Digits::Grouped);
 }
 
 std::string_view lastName(std::string_view path) {

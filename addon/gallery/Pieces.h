@@ -11,9 +11,6 @@ namespace addon::gallery {
 
 // Small things that several sections are made of.
 
-/// "12,345"
-std::string grouped(std::uint64_t count);
-
 /// "1 file", "12,345 files"
 std::string counted(std::uint64_t count, std::string_view noun);
 

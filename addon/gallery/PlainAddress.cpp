@@ -5,23 +5,24 @@
 #include <charconv>
 #include <chrono>
 
+#include "opc/Text.h"
+
 namespace addon::gallery {
+
+using opc::isAsciiLetterOrDigit;
 
 namespace {
 
 constexpr std::size_t kLongestMail = 254;
 constexpr std::size_t kLongestLink = 2000;
 
-bool isLetterOrDigit(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
-
 /// Labels of letters, digits and hyphens with single dots between them.
 bool isHostName(std::string_view name) {
-  if (name.empty() || !isLetterOrDigit(name.front()) || !isLetterOrDigit(name.back())) return false;
+  if (name.empty() || !isAsciiLetterOrDigit(name.front()) || !isAsciiLetterOrDigit(name.back()))
+    return false;
   if (name.find("..") != std::string_view::npos) return false;
   return std::all_of(name.begin(), name.end(),
-                     [](char c) { return isLetterOrDigit(c) || c == '-' || c == '.'; });
+                     [](char c) { return isAsciiLetterOrDigit(c) || c == '-' || c == '.'; });
 }
 
 bool isMail(std::string_view text) {
@@ -30,16 +31,16 @@ bool isMail(std::string_view text) {
   const std::string_view user = text.substr(0, at);
   const std::string_view host = text.substr(at + 1);
   const auto isOfUser = [](char c) {
-    return isLetterOrDigit(c) || std::string_view("._+-").find(c) != std::string_view::npos;
+    return isAsciiLetterOrDigit(c) || std::string_view("._+-").find(c) != std::string_view::npos;
   };
-  const bool isUser = !user.empty() && isLetterOrDigit(user.front()) &&
+  const bool isUser = !user.empty() && isAsciiLetterOrDigit(user.front()) &&
                       std::all_of(user.begin(), user.end(), isOfUser);
   return isUser && isHostName(host) && host.find('.') != std::string_view::npos;
 }
 
 bool isPort(std::string_view text) {
   return !text.empty() && text.size() <= 5 &&
-         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+         std::all_of(text.begin(), text.end(), opc::isAsciiDigit);
 }
 
 /// A host, perhaps a port, and then a path; never a user, which can be made to look like a host.

@@ -9,36 +9,17 @@
 #include <vector>
 
 #include "addon/gallery/ProseSpans.h"
+#include "opc/Lines.h"
 
 namespace addon::gallery {
 
+using opc::linesOf;
+using opc::trimmed;
+
 namespace {
 
-constexpr std::string_view kFence = "```";
 constexpr std::array<HtmlName, 6> kHeadings{"h1", "h2", "h3", "h4", "h5", "h6"};
 constexpr std::size_t kDeepestHeading = kHeadings.size();
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(" \t\r");
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t\r") + 1 - begin);
-}
-
-/// The first line of `rest`, which loses it. A line ends at LF, CR LF or CR.
-std::string_view takeLine(std::string_view& rest) {
-  const std::size_t end = std::min(rest.find_first_of("\r\n"), rest.size());
-  const std::string_view line = rest.substr(0, end);
-  rest.remove_prefix(end);
-  if (rest.starts_with("\r\n")) rest.remove_prefix(1);
-  if (!rest.empty()) rest.remove_prefix(1);
-  return line;
-}
-
-std::vector<std::string_view> linesOf(std::string_view text) {
-  std::vector<std::string_view> lines;
-  while (!text.empty()) lines.push_back(takeLine(text));
-  return lines;
-}
 
 struct Heading {
   std::size_t level;
@@ -71,13 +52,6 @@ std::optional<ListItem> listItemOf(std::string_view line) {
   const std::string_view markers = digits == 0 ? "-*+" : ".)";
   if (markers.find(line[digits]) == std::string_view::npos) return std::nullopt;
   return ListItem{line.substr(0, digits), trimmed(line.substr(digits + 2))};
-}
-
-/// "```", or "```python"
-bool isFence(std::string_view line) {
-  line = trimmed(line);
-  if (!line.starts_with(kFence)) return false;
-  return line.find_first_of("` ", kFence.size()) == std::string_view::npos;
 }
 
 /// How many characters, about.
@@ -121,8 +95,8 @@ class ProseWriter {
     const std::string_view line = lines_[at_];
     if (trimmed(line).empty()) {
       ++at_;
-    } else if (isFence(line)) {
-      writeCode();
+    } else if (const std::string_view fence = opc::fenceOf(line); !fence.empty()) {
+      writeCode(fence);
     } else if (const auto heading = headingOf(line)) {
       ++at_;
       writeHeading(*heading);
@@ -136,7 +110,8 @@ class ProseWriter {
 
   bool isEndOfParagraph() const {
     const std::string_view line = lines_[at_];
-    return trimmed(line).empty() || isFence(line) || headingOf(line) || listItemOf(line);
+    return trimmed(line).empty() || !opc::fenceOf(line).empty() || headingOf(line) ||
+           listItemOf(line);
   }
 
   void writeParagraph() {
@@ -149,9 +124,9 @@ class ProseWriter {
                   [&] { writeSpans(html_, text); });
   }
 
-  void writeCode() {
+  void writeCode(std::string_view fence) {
     std::string text;
-    for (++at_; at_ < lines_.size() && trimmed(lines_[at_]) != kFence; ++at_) {
+    for (++at_; at_ < lines_.size() && trimmed(lines_[at_]) != fence; ++at_) {
       text.append(lines_[at_]).append("\n");
     }
     if (at_ < lines_.size()) ++at_;

@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include "opc/Text.h"
+
 namespace addon::gallery {
 
 namespace {
@@ -16,14 +18,9 @@ struct Sign {
 constexpr std::array kSigns{Sign{"`", "code"}, Sign{"**", "strong"}, Sign{"*", "em"}};
 constexpr std::string_view kMarks = "`*";
 
-bool isSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
 /// Whether it can be part of a word; so can all that is not ASCII.
 bool isOfWord(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-         static_cast<unsigned char>(c) >= 0x80;
+  return opc::isAsciiLetterOrDigit(c) || static_cast<unsigned char>(c) >= 0x80;
 }
 
 class SpanWriter {
@@ -59,13 +56,13 @@ class SpanWriter {
     const std::size_t begin = at + sign.mark.size();
     if (begin >= text_.size() || text_[begin] == sign.mark.front()) return false;
     if (sign.mark == "`") return true;
-    return !isSpace(text_[begin]) && (at == 0 || !isOfWord(text_[at - 1]));
+    return !opc::isAsciiBlank(text_[begin]) && (at == 0 || !isOfWord(text_[at - 1]));
   }
 
   bool closes(const Sign& sign, std::size_t at) const {
     if (sign.mark == "`") return true;
     const std::size_t end = at + sign.mark.size();
-    const bool isAfterText = !isSpace(text_[at - 1]) && text_[at - 1] != '*';
+    const bool isAfterText = !opc::isAsciiBlank(text_[at - 1]) && text_[at - 1] != '*';
     return isAfterText && (end == text_.size() || (!isOfWord(text_[end]) && text_[end] != '*'));
   }
 

@@ -5,7 +5,10 @@
 
 namespace addon::gallery {
 
-/// gallery.css, which the build makes a constant of.
-extern const std::string_view kStyleSheet;
+// The style sheets here, which the build makes constants of, in the order in which they apply.
+extern const std::string_view kPageStyle;
+extern const std::string_view kSectionsStyle;
+extern const std::string_view kFilesStyle;
+extern const std::string_view kMediaStyle;
 
 }  // namespace addon::gallery

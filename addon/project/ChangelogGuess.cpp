@@ -2,6 +2,7 @@
 #include "addon/project/ChangelogGuess.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 
 #include "addon/project/PlainText.h"
@@ -12,23 +13,40 @@ namespace {
 
 constexpr std::size_t kDateLength = 10;
 
-/// "2026-02-01"
-bool isDate(std::string_view text) {
+/// "2026-02-01", but "2026-13-45" too
+bool looksLikeDate(std::string_view text) {
   constexpr std::string_view kShape = "dddd-dd-dd";
   return std::equal(text.begin(), text.end(), kShape.begin(), kShape.end(),
-                    [](char c, char shape) { return shape == 'd' ? isDigit(c) : c == shape; });
+                    [](char c, char shape) { return shape == 'd' ? isAsciiDigit(c) : c == shape; });
+}
+
+int numberOf(std::string_view digits) {
+  int number = 0;
+  for (const char digit : digits) number = number * 10 + (digit - '0');
+  return number;
+}
+
+/// Whether the calendar has the day. `text` looks like a date.
+bool isDay(std::string_view text) {
+  const std::chrono::year year(numberOf(text.substr(0, 4)));
+  const std::chrono::month month(static_cast<unsigned>(numberOf(text.substr(5, 2))));
+  const std::chrono::day day(static_cast<unsigned>(numberOf(text.substr(8, 2))));
+  return std::chrono::year_month_day(year, month, day).ok();
 }
 
 bool isVersionCharacter(char c) {
-  const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-  return isLetter || isDigit(c) || c == '.' || c == '-' || c == '+' || c == '_';
+  return isAsciiLetterOrDigit(c) || c == '.' || c == '-' || c == '+' || c == '_';
 }
 
 std::string dateIn(std::string_view text) {
+  bool isMistaken = false;
   for (std::size_t at = 0; at + kDateLength <= text.size(); ++at) {
     const std::string_view date = text.substr(at, kDateLength);
-    if (isDate(date)) return std::string(date);
+    if (!looksLikeDate(date)) continue;
+    if (isDay(date)) return std::string(date);
+    isMistaken = true;
   }
+  if (isMistaken) return {};
   // Words such as "March 2026", without what stands around them.
   const auto isAround = [](char c) {
     return c == '(' || c == ')' || c == '-' || c == ':' || c == ',';
@@ -41,7 +59,8 @@ std::string dateIn(std::string_view text) {
     text.remove_suffix(1);
   }
   constexpr std::size_t kLongestDate = 30;
-  const bool isOne = text.size() <= kLongestDate && std::any_of(text.begin(), text.end(), isDigit);
+  const bool isOne =
+      text.size() <= kLongestDate && std::any_of(text.begin(), text.end(), isAsciiDigit);
   return isOne ? asOneLine(text) : std::string();
 }
 
@@ -55,11 +74,12 @@ std::optional<GuessedRevision> revisionOf(std::string_view heading) {
   const auto* end = std::find_if_not(rest.begin(), rest.end(), isVersionCharacter);
   std::string_view version = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
   rest.remove_prefix(version.size());
-  while (!version.empty() && !isDigit(version.back()) && version.back() != '+' &&
+  while (!version.empty() && !isAsciiDigit(version.back()) && version.back() != '+' &&
          (version.back() == '.' || version.back() == '-' || version.back() == '_')) {
     version.remove_suffix(1);
   }
-  if (version.empty() || !isDigit(version.front()) || isDate(version)) return std::nullopt;
+  if (version.empty() || !isAsciiDigit(version.front()) || looksLikeDate(version))
+    return std::nullopt;
   if (isBracketed) {
     if (!rest.starts_with(']')) return std::nullopt;
     rest.remove_prefix(1);
@@ -78,11 +98,6 @@ bool isHeading(std::string_view line) {
   return line.starts_with("# ") || line.starts_with("## ");
 }
 
-bool isFence(std::string_view line) {
-  const std::string_view text = trimmed(line);
-  return text.starts_with("```") || text.starts_with("~~~");
-}
-
 void trimDescription(std::string& text) {
   const std::string_view kept = trimmed(text);
   text = std::string(kept);
@@ -95,7 +110,7 @@ std::vector<GuessedRevision> revisionsOf(std::string_view changelog) {
   bool isInRevision = false;
   bool isFenced = false;
   for (const std::string_view line : linesOf(changelog)) {
-    if (isFence(line)) isFenced = !isFenced;
+    if (!fenceOf(line).empty()) isFenced = !isFenced;
     if (!isFenced && isHeading(line)) {
       auto revision = line.starts_with("## ") ? revisionOf(line.substr(3)) : std::nullopt;
       isInRevision = revision.has_value();

@@ -10,7 +10,7 @@ namespace addon::project {
 /// A revision as a change log tells it.
 struct GuessedRevision {
   std::string version;
-  std::string date;         ///< as written; may be empty
+  std::string date;         ///< as written; empty without one, or for one of no calendar
   std::string description;  ///< lines end with LF; may be empty
 };
 

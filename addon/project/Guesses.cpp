@@ -58,12 +58,24 @@ bool isCode(std::string_view path) {
   return extensionOf(path) == "m";
 }
 
-/// Whether one of the folders above a file has such a name.
-bool liesIn(std::string_view path, Words names) {
+/// Whether one of the folders above a file has a name of that kind.
+template <typename Predicate>
+bool liesInFolder(std::string_view path, Predicate isSuch) {
   for (std::string_view folder = folderOf(path); !folder.empty(); folder = folderOf(folder)) {
-    if (isOneOf(fileOf(folder), names)) return true;
+    if (isSuch(fileOf(folder))) return true;
   }
   return false;
+}
+
+bool liesAmongExamples(std::string_view path) {
+  return liesInFolder(path, [](std::string_view name) { return isOneOf(name, kExampleFolders); });
+}
+
+/// Whether the file is for the add-on's own makers or other files, not for whoever uses it.
+bool liesApart(std::string_view path) {
+  return liesInFolder(path, [](std::string_view name) {
+    return name.starts_with('.') || isOneOf(name, kOtherFolders);
+  });
 }
 
 std::string_view topOf(std::string_view path) {
@@ -184,7 +196,7 @@ void guessPaths(const ProjectFolder& folder, Guesses& guesses) {
   std::set<std::string_view> folders;  // "" is the top, and comes first
   for (const std::string& path : folder.files()) {
     if (extensionOf(path) == "jar") guesses.javaClassPaths.push_back(path);
-    if (!isCode(path) || liesIn(path, kExampleFolders) || liesIn(path, kOtherFolders)) continue;
+    if (!isCode(path) || liesAmongExamples(path) || liesApart(path)) continue;
     folders.insert(folderOf(path));
   }
   for (const std::string_view one : folders)
@@ -224,7 +236,7 @@ void guessExamples(const ProjectFolder& folder, Guesses& guesses) {
   for (const std::string& path : folder.files()) {
     const std::string_view place = folderOf(path);
     const bool isExample = !place.empty() && isCode(path) && isOneOf(topOf(path), kExampleFolders);
-    if (!isExample || liesIn(path, kOtherFolders)) continue;
+    if (!isExample || liesApart(path)) continue;
     const auto [at, isNew] = known.emplace(place, guesses.categories.size());
     if (isNew) guesses.categories.push_back({categoryName(place), std::string(place), {}});
     guesses.categories[at->second].examples.push_back(

@@ -67,6 +67,11 @@ struct Placeholder {
 };
 
 /// `_` for what is no name of a file, here or on the systems that the package is copied to.
+std::string describe(std::string_view path, Position position, std::string_view why) {
+  return "bad manifest '" + std::string(path) + ":" + std::to_string(position.line) + ":" +
+         std::to_string(position.column) + "': " + std::string(why);
+}
+
 std::string fitForFileName(const std::string& text) {
   constexpr std::string_view kUnfit = "<>:\"/\\|?*";
   std::string name = text;
@@ -79,11 +84,13 @@ std::string fitForFileName(const std::string& text) {
 }  // namespace
 
 ManifestError::ManifestError(Position position, std::string_view why)
-    : opc::Exception(opc::ErrorCode::InvalidText, "bad manifest '" + std::string(kManifestName) +
-                                                      ":" + std::to_string(position.line) + ":" +
-                                                      std::to_string(position.column) +
-                                                      "': " + std::string(why)),
-      position_(position) {}
+    : opc::Exception(opc::ErrorCode::InvalidText, describe(kManifestName, position, why)),
+      position_(position),
+      why_(why) {}
+
+std::string ManifestError::in(std::string_view path) const {
+  return describe(path, position_, why_);
+}
 
 std::vector<ManifestKey> manifestKeys() {
   std::vector<ManifestKey> keys;

@@ -31,8 +31,12 @@ class ManifestError : public opc::Exception {
   ManifestError(Position position, std::string_view why);
   Position position() const noexcept { return position_; }
 
+  /// The text with the path at which the manifest was found, for who reads several.
+  std::string in(std::string_view path) const;
+
  private:
   Position position_;
+  std::string why_;
 };
 
 /// The value of a key: what the manifest says, or what holds when it says nothing.
@@ -47,6 +51,8 @@ using Text = Setting<std::string>;
 using Flag = Setting<bool>;
 using Texts = Setting<std::vector<Text>>;
 struct Date : Setting<std::string> {};  ///< a text, or a TOML date
+struct Path : Setting<std::string> {};  ///< a text that is not empty
+struct Paths : Texts {};                ///< texts that are not empty
 struct Level : Setting<int> {};         ///< 0 to 9
 
 // The tables of a manifest. A comment tells what the value is where the name does not; "disk" is a
@@ -60,20 +66,20 @@ struct Section {
 struct PackageSection : Section {
   Text name, version, type{"Korvan Toolbox"}, summary, author, contact, organization;
   Text description;
-  Text descriptionFile;  ///< disk; instead of description
+  Path descriptionFile;  ///< disk; instead of description
   Text guid;
-  Text screenshot;  ///< disk
+  Path screenshot;  ///< disk
 };
 
 struct LicenseSection : Section {
   Text type;
   Text text;
-  Text file;  ///< disk; instead of text
+  Path file;  ///< disk; instead of text
 };
 
 struct ConfigurationSection : Section {
-  Texts korvanPaths;     ///< package; folders
-  Texts javaClassPaths;  ///< package
+  Paths korvanPaths;     ///< package; folders
+  Paths javaClassPaths;  ///< package
 };
 
 struct AppSection : Section {
@@ -86,7 +92,7 @@ struct AppSection : Section {
 struct ExampleSection : Section {
   Text name, type;
   Text source, main, thumbnail;  ///< package
-  Texts images;                  ///< package
+  Paths images;                  ///< package
 };
 
 struct CategorySection : Section {
@@ -114,7 +120,7 @@ struct AddedFileSection : Section {
 };
 
 struct FilesSection : Section {
-  Text root{"."};  ///< disk
+  Path root{{"."}};  ///< disk
   Texts include{{{"**"}}};
   Texts exclude;
   Flag defaultExcludes{true};

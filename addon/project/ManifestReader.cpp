@@ -155,6 +155,11 @@ class TableReader {
     checkText(node, path, text.value);
   }
 
+  void readValue(const toml::node& node, const std::string& path, Path& place) {
+    readValue(node, path, static_cast<Text&>(place));
+    requirePath(node, path, place);
+  }
+
   void readValue(const toml::node& node, const std::string& path, Date& date) {
     date.position = begin(node);
     if (const auto* day = node.as_date()) {
@@ -190,6 +195,14 @@ class TableReader {
     readElements(*node.as_array(), path, texts.value);
   }
 
+  void readValue(const toml::node& node, const std::string& path, Paths& paths) {
+    readValue(node, path, static_cast<Texts&>(paths));
+    if (!node.is_array()) return;
+    for (std::size_t i = 0; i < paths.value.size(); ++i) {
+      requirePath((*node.as_array())[i], pathOf(path, i), paths.value[i]);
+    }
+  }
+
   template <std::derived_from<Section> Record>
   void readValue(const toml::node& node, const std::string& path, std::vector<Record>& records) {
     if (!node.is_array()) return refuse(node, path, typeName(records));
@@ -207,22 +220,28 @@ class TableReader {
                     std::vector<Element>& elements) {
     elements.resize(array.size());
     for (std::size_t i = 0; i < array.size(); ++i) {
-      readValue(array[i], path + "[" + std::to_string(i) + "]", elements[i]);
+      readValue(array[i], pathOf(path, i), elements[i]);
     }
   }
 
   void refuse(const toml::node& node, const std::string& path, std::string_view expected) {
     if (!faults_.isEarlier(begin(node))) return;  // the word costs a search through the text
     std::string why = path + ": expected " + std::string(expected) + ", got " + kindOf(node);
-    const bool isText = expected == typeName(Text());
-    if (isText && node.is_floating_point()) why += ", which would lose its final zeros";
-    if (isText && node.is_value()) {
-      why += ": write \"" + std::string(source_.wordAt(begin(node))) + "\"";
+    if (expected == typeName(Text()) && node.is_value()) {
+      const std::string word(source_.wordAt(begin(node)));
+      const bool hasZeros = node.is_floating_point() && word.find('.') != word.npos;
+      if (hasZeros) why += ", which would lose its final zeros";
+      why += ": write \"" + word + "\"";
     }
     if (node.is_table() && expected == typeName(std::vector<AppSection>())) {
       why += ": its header wants double brackets, [[" + path + "]]";
     }
     faults_.add(begin(node), std::move(why));
+  }
+
+  void requirePath(const toml::node& node, const std::string& path, const Text& text) {
+    if (!node.is_string() || !text.value.empty()) return;
+    faults_.add(begin(node), path + ": expected a path that is not empty");
   }
 
   void checkText(const toml::node& node, const std::string& path, std::string_view text) {
@@ -248,6 +267,9 @@ class TableReader {
                                 "': " + opc::suggestion(key.str(), known_, all));
   }
 
+  static std::string pathOf(const std::string& array, std::size_t index) {
+    return array + "[" + std::to_string(index) + "]";
+  }
   std::string pathOf(std::string_view key) const {
     return path_.empty() ? std::string(key) : path_ + "." + std::string(key);
   }
@@ -292,12 +314,25 @@ void refuseBoth(const Text& text, const Text& file, const char* textKey, const c
                  (isFileLast ? textKey : fileKey) + " is given already");
 }
 
-/// What one key cannot tell.
+/// Elsewhere such a path is one of the disk, and whoever writes it means another place.
+void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) {
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const Text& to = files[i].to;
+    if (!to.value.starts_with('/')) continue;
+    faults.add(to.position, "files.add[" + std::to_string(i) +
+                                "].to: expected a path in the package, without a '/' in front, "
+                                "got '" +
+                                to.value + "'");
+  }
+}
+
+/// What the type of a value cannot tell.
 void checkMeaning(const Manifest& manifest, Faults& faults) {
   const PackageSection& package = manifest.package;
   refuseBoth(package.description, package.descriptionFile, "package.description",
              "package.description-file", faults);
   refuseBoth(manifest.license.text, manifest.license.file, "license.text", "license.file", faults);
+  refuseAbsolute(manifest.files.added, faults);
   const std::string known = PackageSection().type.value;
   if (package.type.value != known) {
     faults.add(package.type.position, "package.type: unknown type '" + package.type.value +

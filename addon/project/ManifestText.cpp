@@ -136,8 +136,8 @@ void appendConfiguration(const Guesses& guesses, std::string& result) {
   }
   result += "[configuration]\n";
   if (hasPaths) {
-    result +=
-        tomlComment("the folders with .m files, but for examples, demos, tests, docs, private");
+    result += tomlComment(
+        "the folders with .m files, but for examples, demos, tests, docs, private, hidden ones");
     result += assignment("korvan-paths", tomlArray(guesses.korvanPaths));
   }
   if (hasJars) {

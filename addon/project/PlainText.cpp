@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "opc/Text.h"
-
 namespace addon::project {
 
 namespace {
@@ -35,33 +33,6 @@ std::string nameOf(std::string_view character) {
 }
 
 }  // namespace
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-bool isAsciiBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
-}
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isAsciiBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isAsciiBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-std::vector<std::string_view> linesOf(std::string_view text) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  std::vector<std::string_view> lines;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find_first_of("\r\n\f"), text.size());
-    lines.push_back(text.substr(0, end));
-    text.remove_prefix(end);
-    if (!text.empty()) text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
-  }
-  return lines;
-}
 
 bool isManifestText(std::string_view text) {
   return manifestTextFault(text).empty();

@@ -3,16 +3,18 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "opc/Lines.h"
+#include "opc/Text.h"
 
 namespace addon::project {
 
-/// Without blanks and line ends at both ends.
-std::string_view trimmed(std::string_view text);
-
-/// The lines of a text, without their ends: LF, CR LF, CR and form feed. A byte order mark in
-/// front is dropped.
-std::vector<std::string_view> linesOf(std::string_view text);
+using opc::fenceOf;
+using opc::isAsciiBlank;
+using opc::isAsciiDigit;
+using opc::isAsciiLetterOrDigit;
+using opc::linesOf;
+using opc::trimmed;
 
 /// Whether a manifest can carry the text: it is UTF-8, and holds no control characters but tabs and
 /// line ends, nor the two characters that XML has not either.
@@ -26,9 +28,6 @@ bool isManifestLine(std::string_view text);
 
 /// One line of UTF-8 with a blank for every run of blanks and control characters.
 std::string asOneLine(std::string_view text);
-
-bool isDigit(char c);
-bool isAsciiBlank(char c);
 
 /// Whether `text` begins with `start`, ASCII letters compared without case.
 bool startsWithWord(std::string_view text, std::string_view start);

@@ -16,7 +16,7 @@ constexpr std::size_t kLongestSummary = 200;
 bool hasWord(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return isDigit(c) || (byte | 0x20u) - 'a' < 26u || byte >= 0x80u;
+    return isAsciiDigit(c) || (byte | 0x20u) - 'a' < 26u || byte >= 0x80u;
   });
 }
 
@@ -107,10 +107,6 @@ bool isDirective(std::string_view line) {
   return line.starts_with(".. ") || (line.starts_with('[') && line.find("]: ") != line.npos);
 }
 
-bool isFence(std::string_view line) {
-  return line.starts_with("```") || line.starts_with("~~~");
-}
-
 std::string cut(const std::string& text) {
   if (text.size() <= kLongestSummary) return text;
   const std::size_t sentence = text.find(". ");
@@ -149,7 +145,7 @@ class TextLines {
       isCommented_ = line.find("-->") == line.npos;
       return true;
     }
-    if (isFence(line)) {
+    if (!fenceOf(line).empty()) {
       isFenced_ = !isFenced_;
       return true;
     }

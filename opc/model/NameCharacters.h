@@ -2,12 +2,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+
+#include "opc/Text.h"
 
 namespace opc::model {
-
-constexpr bool isAsciiLetterOrDigit(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
 
 /// RFC 3986: what never needs an escape.
 constexpr bool isUnreserved(char c) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/TreePath.h"
 
@@ -28,15 +29,11 @@ std::optional<model::PartName> plainName(std::string_view path) {
   return name;
 }
 
-bool isPlain(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 // Keeps the content type that goes with the extension, and helps who looks into the package.
 std::string plainSuffix(std::string_view path) {
   const std::string_view extension = extensionOf(path);
   const bool keep = !extension.empty() && extension.size() <= kMaxExtension &&
-                    std::all_of(extension.begin(), extension.end(), isPlain);
+                    std::all_of(extension.begin(), extension.end(), isAsciiLetterOrDigit);
   return keep ? "." + std::string(extension) : std::string();
 }
 

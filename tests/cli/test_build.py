@@ -198,6 +198,17 @@ class Output(projecttest.ProjectTest):
         self.fails("build", "-o", "d", "--force",
                    message="cannot create 'd': there is a folder of that name")
 
+    def test_a_package_that_may_not_be_written_is_not_replaced(self):
+        self.project()
+        self.write("x.kraddon", "PK, precious").chmod(0o444)
+        self.folder.chmod(0o777)
+
+        self.fails("build", "-o", "x.kraddon", "--force",
+                   message="cannot replace 'x.kraddon': Permission denied",
+                   **self.without_privilege())
+
+        self.assertEqual(self.path("x.kraddon").read_text(), "PK, precious")
+
     def test_a_package_does_not_go_to_standard_output(self):
         self.project()
 
@@ -296,10 +307,10 @@ class Verification(projecttest.ProjectTest):
         self.stops("--strict", why="it has 6 warnings, and 'strict' is set")
 
     def test_what_the_manifest_ignores_does_not_count(self):
-        self.project('[verify]\nstrict = true\nignore = ["KR501", "kr502", "503", "KR504:x"]\n')
+        self.project('[verify]\nstrict = true\nignore = ["KR501", "KR502", "KR503", "KR504:x"]\n')
 
         self.stops(why="it has 1 warning, and 'strict' is set")
-        self.project('[verify]\nstrict = true\nignore = ["KR501", "kr502", "503", "KR504"]\n')
+        self.project('[verify]\nstrict = true\nignore = ["KR501", "KR502", "KR503", "KR504"]\n')
         self.ok("build")
 
     def test_a_secret_stops_the_build(self):
@@ -419,7 +430,7 @@ class Faults(projecttest.ProjectTest):
         self.path("kraddon.toml").unlink()
         self.project("", {"a.m": "a"})
         os.mkfifo(self.path(".kraddonignore"))
-        self.fails("build", message="cannot read './.kraddonignore': it is no file")
+        self.fails("build", message="cannot read '.kraddonignore': it is no file")
 
     def test_references_are_checked_before_packing(self):
         app = '[[app]]\nname = "V"\nfile = "{}"\n'
@@ -439,8 +450,7 @@ class Faults(projecttest.ProjectTest):
                  "the package", example + 'source = "e.m"\n'),
                 ("5:22': configuration.korvan-paths[1]: the search path names 'lib': it is not in "
                  "the package", '[configuration]\nkorvan-paths = [".", "lib"]\n'),
-                ("5:17': configuration.korvan-paths[0]: the search path names '': the "
-                 "path is empty",
+                ("5:17': configuration.korvan-paths[0]: expected a path that is not empty",
                  '[configuration]\nkorvan-paths = [""]\n'),
                 ("5:17': configuration.korvan-paths[0]: the search path names 'a.m': it is a "
                  "file, and should be a folder", '[configuration]\nkorvan-paths = ["a.m"]\n'),
@@ -483,6 +493,13 @@ class Faults(projecttest.ProjectTest):
         self.project('[verify]\nignore = ["KR501", "nothing"]\n')
         self.fails("build", message="bad manifest 'kraddon.toml:5:20': verify.ignore[1]: unknown "
                                     "finding 'nothing': findings are called KR101 and so on")
+
+    def test_a_finding_to_ignore_is_called_by_its_id(self):
+        for rule, why in (("kr501", "expected 'KR501', got 'kr501'"),
+                          ("501", "expected 'KR501', got '501'"),
+                          ("Kr501:a/**", "expected 'KR501:a/**', got 'Kr501:a/**'"),
+                          ("KR501:", "expected a pattern after the colon, got 'KR501:'")):
+            self.refuses(f"5:11': verify.ignore[0]: {why}", f'[verify]\nignore = ["{rule}"]\n')
 
 
 class Manual(projecttest.ProjectTest):

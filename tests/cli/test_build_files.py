@@ -62,7 +62,7 @@ class Patterns(projecttest.ProjectTest):
 
     def test_files_from_elsewhere_are_added_whatever_the_patterns_say(self):
         self.project('[files]\nroot = "src"\nexclude = ["*.log"]\n[[files.add]]\n'
-                     'from = "out/x.log"\nto = "/lib/x.log"\n',
+                     'from = "out/x.log"\nto = "lib/x.log"\n',
                      {"src/a.m": "", "out/x.log": "x"}, "wave")
 
         self.build("wave")
@@ -76,6 +76,21 @@ class Patterns(projecttest.ProjectTest):
             "kraddon: build: bad manifest 'kraddon.toml:6:6': files.add[0].to: "), result.errors)
         self.assertIn("../x", result.errors)
 
+    def test_an_absolute_path_is_none_in_a_package(self):
+        self.refuses("6:6': files.add[0].to: expected a path in the package, without a '/' in "
+                     "front, got '/x'", '[[files.add]]\nfrom = "a.m"\nto = "/x"\n')
+
+    def test_a_backslash_in_a_name_is_kept_and_warned_of_wherever_the_file_comes_from(self):
+        self.project("", {"b\\c": "x"}, "found")
+        self.project('[[files.add]]\nfrom = "../found/b\\\\c"\nto = "b\\\\c"\n', {}, "added")
+
+        results = [self.build(folder, "-o", "p.kraddon", "--force") for folder in ("found",
+                                                                                    "added")]
+
+        self.assertEqual(self.listing("p.kraddon"), ["b\\c"])
+        self.assertEqual(results[0].errors, results[1].errors)
+        self.assertIn("warning KR507: b\\c: ", results[0].errors)
+
     def test_verbose_tells_what_stays_out_and_why(self):
         self.project('[files]\ninclude = ["!x.txt", "**", "!y.txt"]\nempty-folders = false\n'
                      'exclude = ["tests/"]\n',
@@ -87,6 +102,16 @@ class Patterns(projecttest.ProjectTest):
             "left out: .git (pattern '.git*')", "left out: kraddon.toml (pattern 'kraddon.toml')",
             "left out: tests (pattern 'tests/')", "left out: y.txt (not in files.include)",
             "left out: e (an empty folder)"])
+
+    def test_verbose_names_the_package_itself_and_the_folder_for_it(self):
+        self.project("[files]\ndefault-excludes = false\nexclude = [\"kraddon.toml\"]\n",
+                     {"a.m": "", "dist/": ""})
+
+        for why in ("dist (where the package goes)", "dist/p.bin (the package itself)"):
+            result = self.build("-o", "dist/p.bin", "--force", "-v")
+            self.assertEqual([line for line in result.errors.splitlines() if "left out" in line],
+                             ["left out: kraddon.toml (pattern 'kraddon.toml')",
+                              "left out: " + why])
 
 
 class Links(projecttest.ProjectTest):
@@ -114,12 +139,35 @@ class Links(projecttest.ProjectTest):
     def test_what_cannot_be_packed_is_named(self):
         self.project("", {"d/a.m": "a"})
         os.symlink("..", self.path("d/up"))
-        self.fails("build", message="cannot follow the link './d/up': it leads to a folder that "
-                                    "it lies in")
+        self.fails("build", message="cannot follow the link 'd/up': it leads to a folder that it "
+                                    "lies in")
         self.path("d/up").unlink()
         os.mkfifo(self.path("pipe"))
-        self.fails("build", message="cannot pack './pipe': it is neither a file nor a folder")
+        self.fails("build", message="cannot pack 'pipe': it is neither a file nor a folder")
         self.assertEqual(self.names(), ["d", "kraddon.toml", "pipe"])
+
+    def test_a_file_is_called_the_same_whatever_is_wrong_with_it(self):
+        """As the folder was named, with one slash behind it, and '.' not shown."""
+        self.folder.chmod(0o777)
+        self.project("", {"d/f.m": ""}, "wave")
+        file = self.path("wave/d/f.m")
+        wrongs = [("cannot open", "Permission denied", lambda: file.write_text("x") and
+                   file.chmod(0)),
+                  ("cannot follow the link", "No such file or directory",
+                   lambda: file.symlink_to("nowhere")),
+                  ("cannot pack", "it is neither a file nor a folder", lambda: os.mkfifo(file))]
+        for what, why, spoil in wrongs:
+            file.unlink()
+            spoil()
+            for where, folder, shown in (("wave", ".", ""), ("wave", "./", "./"), (".", "wave/",
+                                         "wave/"), (".", "wave", "wave/"), ("wave/d", "..",
+                                         "../")):
+                for words in (["build", folder, "-o", self.path("p.kraddon")],
+                              ["create", self.path("p.kraddon"), folder, "--name", "x"]):
+                    with self.subTest(what=what, words=words):
+                        result = self.run_kraddon("-C", where, *words, **self.without_privilege())
+                        self.assertEqual(result.errors, f"kraddon: {words[0]}: {what} "
+                                                        f"'{shown}d/f.m': {why}\n")
 
 
 class Output(projecttest.ProjectTest):
@@ -135,6 +183,35 @@ class Output(projecttest.ProjectTest):
                        message=f"cannot create '{words[0]}': it is the manifest of the project")
 
         self.assertEqual(self.path("kraddon.toml").read_bytes(), before)
+
+    def test_a_source_file_is_not_replaced(self):
+        self.project('[files]\nroot = "../src"\n', {"notes.txt": "n"}, "wave")
+        self.write("src/lib/a.m", "the only copy")
+        os.symlink("../src/lib/a.m", self.path("wave/link"))
+
+        for output in ("src/lib/a.m", "wave/notes.txt", "wave/link"):
+            for words in (["--force"], ["--force", "--dry-run"]):
+                self.fails("build", "wave", "-o", output, *words,
+                           message=f"cannot create '{output}': a file of the project is there, "
+                                   "no package")
+
+        self.assertEqual(self.path("src/lib/a.m").read_text(), "the only copy")
+        self.assertEqual(self.path("wave/notes.txt").read_text(), "n")
+
+    def test_an_older_package_of_any_name_and_an_empty_file_are_replaced(self):
+        self.project("", {"a.m": "a", "empty.bin": "", "broken.kraddon": "cut off"})
+
+        for output in ("dist.bin", "dist.bin", "empty.bin", "broken.kraddon"):
+            self.build("-o", output, "--force")
+            self.assertEqual(self.listing(output)[0], "a.m")
+
+    def test_a_file_elsewhere_is_replaced(self):
+        self.project("", {"a.m": "a"}, "wave")
+        self.write("notes.txt", "n")
+
+        self.build("wave", "-o", "notes.txt", "--force")
+
+        self.assertEqual(self.listing("notes.txt"), ["a.m"])
 
 
 class DryRun(projecttest.ProjectTest):

@@ -70,14 +70,24 @@ class Folders(DiffTest):
 
     def test_a_bad_manifest_is_trouble(self):
         self.write("one/kraddon.toml", "[package]\nname = 1\nversion = \"1\"\n")
-        result = self.run_kraddon("diff", "one", "one.kraddon")
-        self.assertEqual((result.code, result.out), (2, b""))
-        self.assertTrue(result.errors.startswith("kraddon: diff: bad manifest '"), result.errors)
-        self.assertIn("kraddon.toml:2:", result.errors)
+        for words in (("one", "one.kraddon"), ("one.kraddon", "one")):
+            result = self.run_kraddon("diff", *words)
+            self.assertEqual((result.code, result.out), (2, b""))
+            self.assertTrue(result.errors.startswith("kraddon: diff: bad manifest "
+                                                     "'one/kraddon.toml:2:8': package.name: "),
+                            result.errors)
 
     def test_the_private_file_is_no_part_of_the_folder(self):
         for words in (("one", "one.kraddon"), ("one.kraddon", "one")):
             result = self.ok("diff", *words, env={"TMPDIR": str(self.path("one"))})
+            self.assertEqual(result.out, b"", words)
+
+    def test_the_private_file_of_one_folder_is_no_part_of_the_other(self):
+        self.project("two", {"lib/a.m": "a\n", "b.m": "b\n"},
+                     self.MANIFEST + '[files]\ndefault-excludes = false\n'
+                                     'exclude = ["kraddon.toml"]\n')
+        for words in (("one", "two"), ("two", "one")):
+            result = self.ok("diff", *words, env={"TMPDIR": str(self.path("two"))})
             self.assertEqual(result.out, b"", words)
 
     def test_no_place_for_a_private_file_is_trouble(self):

@@ -199,6 +199,15 @@ class Preview(previewing.PreviewTest):
         self.ok("preview", "p.kraddon", "-o", "p.html")
         self.assertIn("Wave Tools", self.path("p.html").read_text())
 
+    def test_a_file_that_may_not_be_written_is_not_replaced(self):
+        self.package("p.kraddon")
+        self.write("page.html", "precious").chmod(0o444)
+        self.folder.chmod(0o777)
+        self.fails("preview", "p.kraddon", "-o", "page.html",
+                   message="cannot replace 'page.html': Permission denied",
+                   **self.without_privilege())
+        self.assertEqual(self.path("page.html").read_text(), "precious")
+
     def test_a_failure_leaves_no_page(self):
         self.package("p.kraddon", {"thumb.png": png()}, "--level", "0")
         self.set("examples", [{"name": "", "examples": [

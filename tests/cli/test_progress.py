@@ -158,10 +158,8 @@ class Progress(kraddontest.CliTest):
     def assert_interrupted(self, run, number):
         run.read(until=LINE)
         run.process.send_signal(number)
-        start = time.monotonic()
         shown = run.read()
         self.assertEqual(run.process.wait(), -number, shown)
-        self.assertLess(time.monotonic() - start, 5)
         self.assertTrue(shown.endswith(WIPED), shown[-200:])
 
     def test_an_interrupt_wipes_it_and_cleans_up(self):

@@ -5,11 +5,13 @@ import copy
 import datetime
 import json
 import pathlib
+import re
 import tomllib
 import zipfile
 
 import jsonschema
 import kraddontest
+from projecttest import FULL, FULL_FILES
 
 DOCUMENTS = ["properties", "license", "configuration", "apps", "examples", "revisions",
              "requirements"]
@@ -28,69 +30,13 @@ SAMPLES = {
     "requirements": {"productDependency": [PRODUCT], "supportPackageDependency": [PRODUCT]},
 }
 
-MANIFEST = """
-[package]
-name = "Wave Tools"
-version = "1.2"
-type = "Korvan Toolbox"
-summary = "Short-time spectra"
-description-file = "README.md"
-author = "Ada Lind"
-contact = "ada@example.org"
-organization = "Institute"
-guid = "6f0c1c1e-7d0e-4f0b-9a51-0b6f2d3c4e5f"
-screenshot = "art/shot.png"
-[license]
-type = "BSD-3-Clause"
-file = "LICENSE"
-[configuration]
-korvan-paths = [".", "lib"]
-java-class-paths = ["java/wave.jar"]
-[[app]]
-name = "Wave Viewer"
-file = "apps/viewer.m"
-guid = "g"
-install-by-default = false
-[[category]]
-name = "First steps"
-[[category.example]]
-name = "A chirp"
-type = "script"
-source = "examples/chirp.src"
-main = "examples/chirp.m"
-thumbnail = "examples/chirp.png"
-images = ["examples/chirp2.png"]
-[[category]]
-name = "Empty"
-[[revision]]
-date = 2026-02-01
-version = "1.2"
-description = "Faster windows"
-[[revision]]
-date = "last year"
-version = "1.1"
-[[requirements.product]]
-name = "Korvan"
-version = "9.1"
-identifier = "KV"
-[[requirements.support-package]]
-name = "Sound"
-[files]
+# Every key there is.
+MANIFEST = FULL.replace('root = "toolbox"\n', """\
 root = "toolbox"
 include = ["**"]
-exclude = ["tests/", "*.log", "!keep.log"]
 default-excludes = true
 empty-folders = false
-[[files.add]]
-from = "build/wave.jar"
-to = "java/wave.jar"
-[build]
-output = "out/{name}.kraddon"
-level = 9
-[verify]
-ignore = ["KR506", "KR508:docs/**"]
-strict = true
-"""
+""") + "strict = true\n"
 SMALLEST = '[package]\nname = "x"\nversion = "1"\n'
 
 
@@ -383,6 +329,83 @@ class Manifests(SchemaTest):
             if " = " in line:
                 text = "".join([*lines[:at], line.split(" = ")[0] + ' = ""\n', *lines[at + 1:]])
                 self.refuse("manifest", self.load(text))
+
+    def agree(self, text, is_good):
+        """The program and the schema are of that opinion about a project's manifest."""
+        self.write("wave/kraddon.toml", text)
+        result = self.run_kraddon("build", "wave", "--dry-run", "-q")
+        self.assertEqual(result.code == 0, is_good, result.errors)
+        self.assertEqual("bad manifest" not in result.errors, is_good)
+        (self.accept if is_good else self.refuse)("manifest", self.load(text))
+
+    def test_both_refuse_the_same_texts(self):
+        """One odd text at a time, everywhere in a manifest."""
+        self.tree(FULL_FILES, "wave")
+        lines = FULL.replace("[build]", 'include = ["**"]\n[build]').splitlines(keepends=True)
+        at = lines.index('include = ["**"]\n')
+        lines.insert(lines.index('root = "toolbox"\n'), lines.pop(at))
+        self.agree("".join(lines), True)
+        may_be_empty = {"summary", "author", "contact", "organization", "guid", "type", "source",
+                        "main", "thumbnail", "identifier", "date", "description", "exclude"}
+        for at, line in enumerate(lines):
+            key, _, value = line.strip().partition(" = ")
+            if '"' not in value or (key, value) == ("type", '"Korvan Toolbox"'):
+                continue
+            is_requirement = '[[requirements' in "".join(lines[at - 2:at])
+            form = '{} = ["{}"]\n' if value.startswith("[") else '{} = "{}"\n'
+            for odd in ("", r"a\u0001b", r"\u000B", r"\f", r"a\u007Fb", r"a\u0080b", r"\u0085",
+                        r"a\u009F", r"\uFFFE", r"a\uFFFFb"):
+                is_good = odd == "" and (key in may_be_empty or
+                                         (key == "version" and is_requirement))
+                if key == "include" and not odd:
+                    continue  # nothing would be there for the other keys to name
+                with self.subTest(line=line, odd=odd):
+                    self.agree("".join([*lines[:at], form.format(key, odd), *lines[at + 1:]]),
+                               is_good)
+
+    def test_both_take_the_same_values(self):
+        self.write("wave/a.m", "a")
+        add = '[[files.add]]\nfrom = "a.m"\nto = "{}"\n'
+        ignore, output = '[verify]\nignore = ["{}"]\n', '[build]\noutput = "{}"\n'
+        example = '[[category]]\nname = "x"\n[[category.example]]\nname = "y"\n{}\n'
+        for text, is_good in (
+                ('summary = "a\tb\\r\\n\u00a0\U0001f30a"\n', True),
+                (ignore.format("KR501"), True), (ignore.format("KR508:docs/**"), True),
+                (ignore.format("kr501"), False), (ignore.format("501"), False),
+                (ignore.format("KR501:"), False), (ignore.format("KR501x"), False),
+                (ignore.format(r"KR508:a\u0085"), False),
+                (example.format('main = ""\nsource = ""\nthumbnail = ""'), True),
+                (example.format("images = []"), True), (example.format('images = [""]'), False),
+                ('[configuration]\nkorvan-paths = ["."]\n', True),
+                ('[configuration]\nkorvan-paths = []\n', True),
+                ('[configuration]\nkorvan-paths = [""]\n', False),
+                ('[configuration]\njava-class-paths = [""]\n', False),
+                ('[files]\nroot = "."\n', True), ('[files]\nroot = ""\n', False),
+                ('[files]\nexclude = [""]\n', True),
+                (add.format("b/c.m"), True), (add.format(r"b\\c"), True),
+                (add.format("..."), True), (add.format(".b/c..d"), True),
+                (add.format(""), False), (add.format("/x"), False), (add.format("x/"), False),
+                (add.format("x//y"), False), (add.format("."), False), (add.format("../x"), False),
+                (add.format("x/./y"), False), (add.format("x/.."), False),
+                (output.format("{name}"), True), (output.format("a}-{version}-{name}.x"), True),
+                (output.format("{nmae}.x"), False), (output.format("a{"), False),
+                (output.format("dist/"), False), (output.format(r"a\u0085"), False),
+                ('[[revision]]\nversion = "1"\ndate = "2026-13-45"\n', True),
+                ('[[revision]]\nversion = "1"\ndate = 2024-02-29\n', True)):
+            with self.subTest(text):
+                self.agree(SMALLEST + text, is_good)
+
+    def test_both_know_the_same_findings(self):
+        page = pathlib.Path(__file__).resolve().parents[2] / "docs/findings.md"
+        known = set(re.findall(r"^\| (KR\d{3}) ", page.read_text(), re.M))
+        self.assertGreater(len(known), 80)
+        rules = ", ".join(f'"{name}"' for name in sorted(known))
+        self.write("wave/a.m", "a")
+        self.agree(SMALLEST + f"[verify]\nignore = [{rules}]\n", True)
+        beside = {f"KR{int(name[2:]) + step}" for name in known for step in (-1, 1)} - known
+        for name in sorted(beside | {"KR000", "KR001", "KR999", "KR12", "KR1010", "KR", ""}):
+            with self.subTest(name):
+                self.agree(SMALLEST + f'[verify]\nignore = ["{name}"]\n', False)
 
 
 if __name__ == "__main__":

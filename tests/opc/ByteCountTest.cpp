@@ -19,4 +19,19 @@ TEST(ByteCount, IsShownShort) {
   EXPECT_EQ(opc::describeBytes(~0ull), "18 EB");
 }
 
+TEST(Count, IsOfOneThingOrOfSeveral) {
+  EXPECT_EQ(opc::counted(0, "empty folder"), "0 empty folders");
+  EXPECT_EQ(opc::counted(1, "empty folder"), "1 empty folder");
+  EXPECT_EQ(opc::counted(12345, "file"), "12345 files");
+  EXPECT_EQ(opc::counted(~0ull, "file"), "18446744073709551615 files");
+}
+
+TEST(Count, IsGroupedByThreeDigitsWhereAsked) {
+  EXPECT_EQ(opc::grouped(999), "999");
+  EXPECT_EQ(opc::grouped(1000), "1,000");
+  EXPECT_EQ(opc::grouped(~0ull), "18,446,744,073,709,551,615");
+  EXPECT_EQ(opc::counted(1, "file", opc::Digits::Grouped), "1 file");
+  EXPECT_EQ(opc::counted(123456, "file", opc::Digits::Grouped), "123,456 files");
+}
+
 }  // namespace

@@ -143,6 +143,21 @@ TEST(Text, ComparesUtf8AsUtf16WouldCompare) {
   }
 }
 
+TEST(Text, KnowsLettersDigitsAndBlanksOfAsciiOnly) {
+  std::string letters, digits, blanks;
+  for (int byte = 0; byte < 256; ++byte) {
+    const char c = static_cast<char>(byte);
+    if (isAsciiLetter(c)) letters += c;
+    if (isAsciiDigit(c)) digits += c;
+    if (isAsciiBlank(c)) blanks += c;
+    EXPECT_EQ(isAsciiLetterOrDigit(c), isAsciiLetter(c) || isAsciiDigit(c)) << byte;
+  }
+
+  EXPECT_EQ(letters, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+  EXPECT_EQ(digits, "0123456789");
+  EXPECT_EQ(blanks, "\t\n\v\f\r ");
+}
+
 TEST(Text, LowersOnlyAsciiLetters) {
   EXPECT_EQ(toLowerAscii("AZaz@[`{09\xC3\x89"), "azaz@[`{09\xC3\x89");
 }

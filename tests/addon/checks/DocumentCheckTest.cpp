@@ -186,6 +186,11 @@ constexpr FindingCase kCases[] = {
      [](AddonUnderTest& addon) { addon.replace(kExamples, exampleXml(kMain + kMain)); }},
     {313, "Gif", [](AddonUnderTest& addon) { addon.setScreenshot("s.png", "GIF89a and more"); }},
     {313, "Empty", [](AddonUnderTest& addon) { addon.setScreenshot("s.png", ""); }},
+    {313, "NoWebp",
+     [](AddonUnderTest& addon) {
+       addon.setScreenshot("s.png", "RIFF....WAVEfmt ");
+       addon.replaceType(kScreenshot, u"image/webp");
+     }},
     {313, "NoImageType",
      [](AddonUnderTest& addon) { addon.replaceType(kScreenshot, u"text/plain"); }},
     {314, "TooDeep", [](AddonUnderTest& addon) { addon.replace(kRequirements, nested(257)); }},
@@ -356,8 +361,8 @@ TEST(DocumentCheck, AFileOfTheTreeIsNoLostDocument) {
 
 TEST(DocumentCheck, AnImageOfAKindThatIsNotKnownIsNotJudged) {
   AddonUnderTest addon;
-  addon.setScreenshot("s.png", "RIFF    WEBP");
-  addon.replaceType(kScreenshot, u"image/webp");
+  addon.setScreenshot("s.png", "....ftypavif");
+  addon.replaceType(kScreenshot, u"image/avif");
 
   const auto report = addon.check();
 

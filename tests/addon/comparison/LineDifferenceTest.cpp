@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 #include <string>
 
@@ -94,7 +93,7 @@ TEST(LineDifference, ManySmallChangesInALongTextAreFoundOneByOne) {
   EXPECT_EQ(compare(a, b).size(), 10'000U);
 }
 
-TEST(LineDifference, TextsMadeToTakeLongEndSoon) {
+TEST(LineDifference, TextsMadeToTakeLongAreComparedToTheEnd) {
   std::mt19937 random(5);
   std::string a;
   std::string b;
@@ -102,11 +101,9 @@ TEST(LineDifference, TextsMadeToTakeLongEndSoon) {
     a += random() % 2 == 0 ? "a\n" : "b\n";
     b += random() % 2 == 0 ? "a\n" : "b\n";
   }
-  const auto start = std::chrono::steady_clock::now();
 
   const Blocks blocks = compare(a, b);
 
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
   EXPECT_EQ(apply(splitLines(a), splitLines(b), blocks), b);
 }
 

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <random>
 #include <string_view>
@@ -126,11 +125,9 @@ TEST(ShortestEdit, SequencesMadeToTakeLongEndWithinTheSteps) {
   std::mt19937 random(10);
   const Elements a = randomElements(random, 1'000'000, 2);
   const Elements b = randomElements(random, 1'000'000, 2);
-  const auto start = std::chrono::steady_clock::now();
 
   const Edit edit = findShortestEdit(a, b, 10'000'000);
 
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
   EXPECT_EQ(left(a, edit.isRemoved), left(b, edit.isAdded));
 }
 

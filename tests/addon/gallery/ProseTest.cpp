@@ -73,6 +73,15 @@ TEST(Prose, ABlockOfCodeIsKeptToTheLetter) {
   EXPECT_EQ(prose("```\nnever closed"), "<pre><code>never closed\n</code></pre>\n");
 }
 
+TEST(Prose, ABlockOfCodeEndsAtItsOwnFence) {
+  EXPECT_EQ(prose("~~~ text\n```\n~~~\nend"), "<pre><code>```\n</code></pre>\n<p>end</p>\n");
+  EXPECT_EQ(prose("````\n```\n````"), "<pre><code>```\n</code></pre>\n");
+}
+
+TEST(Prose, CodeInsideALineIsNoBlock) {
+  EXPECT_EQ(prose("```a``` is code").substr(0, 3), "<p>");
+}
+
 TEST(Prose, LinesThatAnEditorFilledFlow) {
   const std::string filled =
       "Wave Tools makes, filters and looks at one-dimensional signals. It is\n"

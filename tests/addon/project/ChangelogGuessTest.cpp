@@ -34,20 +34,24 @@ TEST_P(Headings, AreReadAsVersionAndDate) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, Headings,
-    testing::Values(Heading{"## [1.2] - 2026-02-01", "1.2", "2026-02-01"},
-                    Heading{"## 1.2 - 2026-02-01", "1.2", "2026-02-01"},
-                    Heading{"## 1.2 (2026-02-01)", "1.2", "2026-02-01"},
-                    Heading{"##   v1.2.3 / 2026-02-01", "1.2.3", "2026-02-01"},
-                    Heading{"## Version 1.2", "1.2", ""},
-                    Heading{"## [1.2](https://x/1.2) (2026-02-01)", "1.2", "2026-02-01"},
-                    Heading{"## [1.2-rc.1+5] - 2026-02-01 [YANKED]", "1.2-rc.1+5", "2026-02-01"},
-                    Heading{"## 1.2: March 2026", "1.2", "March 2026"},
-                    Heading{"## 1.2 - the one with the windows", "1.2", ""},
-                    Heading{"## [Unreleased]", "", ""}, Heading{"## Notes", "", ""},
-                    Heading{"## [1.2", "", ""}, Heading{"## 2026-02-01", "", ""},
-                    Heading{"### [1.2] - 2026-02-01", "", ""}, Heading{"# 1.2", "", ""},
-                    Heading{"##1.2", "", ""}, Heading{"## ", "", ""},
-                    Heading{"## [1.2](", "1.2", ""}));
+    testing::Values(
+        Heading{"## [1.2] - 2026-02-01", "1.2", "2026-02-01"},
+        Heading{"## 1.2 - 2026-02-01", "1.2", "2026-02-01"},
+        Heading{"## 1.2 (2026-02-01)", "1.2", "2026-02-01"},
+        Heading{"##   v1.2.3 / 2026-02-01", "1.2.3", "2026-02-01"},
+        Heading{"## Version 1.2", "1.2", ""},
+        Heading{"## [1.2](https://x/1.2) (2026-02-01)", "1.2", "2026-02-01"},
+        Heading{"## [1.2-rc.1+5] - 2026-02-01 [YANKED]", "1.2-rc.1+5", "2026-02-01"},
+        Heading{"## 1.2: March 2026", "1.2", "March 2026"},
+        Heading{"## 1.2 - the one with the windows", "1.2", ""},
+        Heading{"## 1.2 - 2026-13-45", "1.2", ""}, Heading{"## 1.2 - 2026-00-10", "1.2", ""},
+        Heading{"## 1.2 (2026-04-31)", "1.2", ""}, Heading{"## 1.2 - 2026-02-29", "1.2", ""},
+        Heading{"## 1.2 - 2024-02-29", "1.2", "2024-02-29"},
+        Heading{"## 1.2 - 2026-13-45, truly 2026-02-01", "1.2", "2026-02-01"},
+        Heading{"## 2026-13-45", "", ""}, Heading{"## [Unreleased]", "", ""},
+        Heading{"## Notes", "", ""}, Heading{"## [1.2", "", ""}, Heading{"## 2026-02-01", "", ""},
+        Heading{"### [1.2] - 2026-02-01", "", ""}, Heading{"# 1.2", "", ""},
+        Heading{"##1.2", "", ""}, Heading{"## ", "", ""}, Heading{"## [1.2](", "1.2", ""}));
 
 TEST(ChangelogGuess, ARevisionHasTheTextBelowItUpToTheNextHeading) {
   const auto revisions = revisionsOf(

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <filesystem>
 
 #include "opc/zippackage/ZipPhysicalPackage.h"
@@ -37,16 +36,6 @@ std::string dense() {
   return spec.bytes();
 }
 
-double secondsFor(int items) {
-  PackageSpec spec;
-  for (int i = 0; i < items; ++i) spec.add("folder/" + std::to_string(i) + ".m", "");
-  spec.zip.zip64 = items > 60000;
-  const std::string bytes = spec.bytes();
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(readPackage(bytes).parts.size(), static_cast<std::size_t>(items) + 2);
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 }  // namespace
 
 TEST(RuleRB6, AFileCutAtAnyByteIsRefused) {
@@ -69,13 +58,15 @@ TEST(RuleRB6, AFileWithAnyByteChangedEndsInAnAnswer) {
   EXPECT_EQ(readPackage(whole).rule, "none");
 }
 
-TEST(RuleRB7, TimeGrowsWithTheFile) {
-  secondsFor(1000);
+// How the time grows is shown by the benchmark; here, work that grows with the square of the items
+// runs into the limit that every test has.
+TEST(RuleRB7, AHundredAndFiftyThousandItemsAreRead) {
+  constexpr std::size_t kItems = 150'000;
+  PackageSpec spec;
+  for (std::size_t i = 0; i < kItems; ++i) spec.add("folder/" + std::to_string(i) + ".m", "");
+  spec.zip.zip64 = true;
 
-  const double small = secondsFor(7000);
-  const double large = secondsFor(70000);
-
-  EXPECT_LT(large, 40 * small + 1);
+  EXPECT_EQ(readPackage(spec.bytes()).parts.size(), kItems + 2);
 }
 
 TEST(RuleRB8, AFolder10000DeepComesBack) {

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+namespace addon::packaging {
+
+/// How many bytes of an image are enough to tell what it is.
+inline constexpr std::size_t kImageSignatureSize = 12;
+
+/// The media type of an image, told by its first bytes and never by its name: PNG, GIF, JPEG, BMP,
+/// TIFF or WebP; "" for anything else.
+std::string_view imageTypeOf(std::span<const unsigned char> bytes);
+
+/// Whether it is one of the types that imageTypeOf() tells.
+bool isImageTypeTold(std::string_view type);
+
+}  // namespace addon::packaging

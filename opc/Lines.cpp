@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "opc/Lines.h"
+
+#include <algorithm>
+
+#include "opc/Text.h"
+
+namespace opc {
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isAsciiBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isAsciiBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::vector<std::string_view> linesOf(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n\f"), text.size());
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(end);
+    if (!text.empty()) text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
+  }
+  return lines;
+}
+
+std::string_view fenceOf(std::string_view line) {
+  line = trimmed(line);
+  if (!line.starts_with("```") && !line.starts_with("~~~")) return {};
+  const std::size_t length = std::min(line.find_first_not_of(line[0]), line.size());
+  const bool isInline = line[0] == '`' && line.find('`', length) != line.npos;
+  return isInline ? std::string_view() : line.substr(0, length);
+}
+
+}  // namespace opc

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace opc {
+
+// Plain text that people wrote, and its lines.
+
+/// Without blanks and line ends at both ends.
+std::string_view trimmed(std::string_view text);
+
+/// The lines of a text, without their ends: LF, CR LF, CR and form feed. A byte order mark in
+/// front is dropped.
+std::vector<std::string_view> linesOf(std::string_view text);
+
+/// The mark of a line that begins a block of code in Markdown, "```" or "~~~" or longer; "" for
+/// every other line. "```a``` is code" begins none. The same mark, alone on a line, ends the block.
+std::string_view fenceOf(std::string_view line);
+
+}  // namespace opc
