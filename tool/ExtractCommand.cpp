@@ -88,10 +88,29 @@ bool existsBelow(const std::string& folder, const std::string& path) {
   return ::lstat((folder + "/" + path).c_str(), &info) == 0;
 }
 
+/// A package may hold a file of the path that it lies at.
+void refuseThePackageItself(const std::vector<Item>& items, const std::string& destination,
+                            const std::string& package) {
+  struct stat source {};
+  if (::stat(package.c_str(), &source) != 0) return;
+  for (const Item& item : items) {
+    const std::string path = destination + "/" + item.path;
+    struct stat existing {};
+    if (item.isFolder() || ::lstat(path.c_str(), &existing) != 0) continue;
+    if (existing.st_dev == source.st_dev && existing.st_ino == source.st_ino) {
+      throw Failure(sentence("cannot extract", path, "it is the package itself"));
+    }
+  }
+}
+
 /// Leaves out the files that are there already, or refuses them.
 std::vector<Item> checkExisting(std::vector<Item> items, const std::string& destination,
                                 const Invocation& invocation) {
-  if (invocation.has("force") || !existsBelow(destination, "")) return items;
+  if (!existsBelow(destination, "")) return items;
+  if (invocation.has("force")) {
+    refuseThePackageItself(items, destination, invocation.operands()[0]);
+    return items;
+  }
   const bool skips = invocation.has("skip-existing");
   std::erase_if(items, [&](const Item& item) {
     if (item.isFolder() || !existsBelow(destination, item.path)) return false;

@@ -203,9 +203,11 @@ std::string valueOf(const Info& info, std::string_view field) {
 void writeLine(std::string_view label, std::string_view value, bool isColored, Output& output) {
   while (!value.empty()) {
     const std::size_t end = std::min(value.find('\n'), value.size());
-    const std::string padded = fmt::format("{:13}", label);
+    const std::string_view text = value.substr(0, end);
+    // No blanks at the end of a line.
+    const std::string padded = text.empty() ? std::string(label) : fmt::format("{:13} ", label);
     output.write(isColored ? fmt::format("\x1b[1m{}\x1b[0m", padded) : padded);
-    output.write(fmt::format(" {}\n", output.shown(value.substr(0, end))));
+    output.write(output.shown(text) + "\n");
     value.remove_prefix(std::min(end + 1, value.size()));
     label = {};
   }

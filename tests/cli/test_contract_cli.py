@@ -63,8 +63,8 @@ class EveryCommand(projecttest.ProjectTest):
         before = self.names()
         for words in EVERY_COMMAND:
             with self.subTest(words=words):
-                result = self.misused(*words, "--zzzzzzzz",
-                                      message="unknown option '--zzzzzzzz': no option has that name")
+                result = self.misused(*words, "--zzzz", message="unknown option '--zzzz': no "
+                                                                "option has that name")
                 self.assertEqual(len([line for line in result.errors.splitlines()
                                       if line.startswith("kraddon: ")]), 1)
         self.assertEqual(self.names(), before)
@@ -132,6 +132,21 @@ class Output(projecttest.ProjectTest):
                 self.assertNotIn(b"standard output", done.stderr)
         self.assertEqual(self.names(), names)
         self.assertEqual(self.path("p.kraddon").read_bytes(), self.before)
+
+    def test_files_of_a_package_are_never_written_over_it(self):
+        self.path("out").mkdir()
+        self.package("out/own.kraddon", {"a.m": "new", "own.kraddon": "I am the one"})
+        self.write("out/a.m", "old")
+        self.path("link.kraddon").symlink_to("out/own.kraddon")
+        before = self.path("out/own.kraddon").read_bytes()
+        for package in ("out/own.kraddon", "link.kraddon"):
+            for more in ([], ["--dry-run"]):
+                self.fails("extract", package, "-d", "out", "--force", *more, message="cannot "
+                           "extract 'out/own.kraddon': it is the package itself")
+        self.assertEqual(self.path("out/own.kraddon").read_bytes(), before)
+        self.assertEqual(self.path("out/a.m").read_text(), "old")
+        self.ok("extract", "out/own.kraddon", "a.m", "-d", "out", "--force")
+        self.assertEqual(self.path("out/a.m").read_text(), "new")
 
     def test_messages_that_nobody_reads_stop_no_work(self):
         for words in (["create", "p.kraddon", "src", "--name", "x", "--force"],

@@ -97,11 +97,11 @@ class Links(projecttest.ProjectTest):
         self.path("src/link").unlink(missing_ok=True)
         os.symlink(target, self.path("src/link"))
         self.ok("create", "added.kraddon", "--name", "x", "--force")
-        for name, words in (("created.kraddon", ["create", "created.kraddon", "src", "--name", "x"]),
-                            ("built.kraddon", ["build", "src", "-o", "built.kraddon"]),
-                            ("added.kraddon", ["add", "added.kraddon", "src/"])):
-            force = [] if words[0] == "add" else ["--force"]
-            yield name, self.run_kraddon(*words, *force, *more, "-q")
+        for name, words in (
+                ("created.kraddon", ["create", "created.kraddon", "src", "--name", "x", "--force"]),
+                ("built.kraddon", ["build", "src", "-o", "built.kraddon", "--force"]),
+                ("added.kraddon", ["add", "added.kraddon", "src/"])):
+            yield name, self.run_kraddon(*words, *more, "-q")
 
     def test_one_that_stays_inside_is_followed(self):
         for target in ("in/f.m", "in", str(self.path("src/in"))):

@@ -90,7 +90,7 @@ class Info(kraddontest.CliTest):
                          "properties\nlicense\n")
 
     def test_text_shows_the_same(self):
-        self.package("p.kraddon", FILES, "--description", "two\nlines")
+        self.package("p.kraddon", FILES, "--description", "two\n\nlines")
         info = self.ok("info", "p.kraddon", "--json").json
 
         text = self.ok("info", "p.kraddon").text
@@ -103,6 +103,7 @@ class Info(kraddontest.CliTest):
             "name          Wave Tools",
             "version       1.0",
             "description   two",
+            "",
             "              lines",
             f"guid          {info['guid']}",
             "created       2023-11-14T22:13:20Z",

@@ -1,25 +1,29 @@
 # SPDX-License-Identifier: MIT
-"""Runs docs/tutorial.md and compares what it shows.
+"""Runs README.md and docs/tutorial.md and compares what they show.
 
-With --write it writes the page anew, with the output that there is now.
+With --write it writes the pages anew, with the output that there is now.
 """
 
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
+import tempfile
 
 import kraddontest
 
-PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "tutorial.md"
+TOP = pathlib.Path(__file__).resolve().parents[2]
+README = TOP / "README.md"
+TUTORIAL = TOP / "docs" / "tutorial.md"
 END = "-- end of the output --"
 
 
 class Shell:
     """One shell in which all commands run, one after the other."""
 
-    def __init__(self, folder):
+    def __init__(self, page, folder):
         program = pathlib.Path(kraddontest.KRADDON).resolve()
         environment = {"PATH": f"{program.parent}:/usr/bin:/bin", "HOME": str(folder),
                        "LC_ALL": "C.UTF-8", "GIT_CONFIG_GLOBAL": "/dev/null",
@@ -28,6 +32,9 @@ class Shell:
         for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS", "GCOV_PREFIX"):
             if name in os.environ:
                 environment[name] = os.environ[name]
+        if page == README:
+            environment["SOURCE_DATE_EPOCH"] = "1770000000"
+            prepare_top(folder)
         (folder / "tmp").mkdir()
         self.process = subprocess.Popen(["bash", "--norc"], cwd=folder, env=environment, text=True,
                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE,
@@ -48,6 +55,13 @@ class Shell:
         self.process.stdin.close()
         self.process.stdout.close()
         self.process.wait()
+
+
+def prepare_top(folder):
+    """What the README takes from the top of the project, as version control keeps it."""
+    shutil.copytree(TOP / "examples", folder / "examples",
+                    ignore=lambda _, names: {"recordings"} & set(names))
+    shutil.copy(TOP / "CHANGELOG.md", folder)
 
 
 def blocks_of(text):
@@ -75,28 +89,30 @@ def commands_of(lines):
     return [(at, "\n".join(words), shown) for at, words, shown in commands]
 
 
-class Tutorial(kraddontest.CliTest):
+class Pages(kraddontest.CliTest):
 
-    def shell(self):
-        shell = Shell(self.folder)
+    def check(self, page, least):
+        shell = Shell(page, self.folder)
         self.addCleanup(shell.close)
-        return shell
-
-    def test_every_command_prints_what_the_page_shows(self):
-        shell = self.shell()
         count = 0
-        for start, lines in blocks_of(PAGE.read_text(encoding="utf-8")):
+        for start, lines in blocks_of(page.read_text(encoding="utf-8")):
             for at, command, shown in commands_of(lines):
                 with self.subTest(line=start + at + 1, command=command):
                     self.assertEqual(shell.output_of(command), shown)
                 count += 1
-        self.assertGreater(count, 40)
+        self.assertGreater(count, least)
+
+    def test_every_command_of_the_readme_prints_what_it_shows(self):
+        self.check(README, 25)
+
+    def test_every_command_of_the_tutorial_prints_what_it_shows(self):
+        self.check(TUTORIAL, 40)
 
 
-def write(folder):
+def write(page, folder):
     """The page with the output of today."""
-    shell = Shell(folder)
-    text = PAGE.read_text(encoding="utf-8").splitlines()
+    shell = Shell(page, folder)
+    text = page.read_text(encoding="utf-8").splitlines()
     moved = 0
     for start, lines in list(blocks_of("\n".join(text))):
         new = []
@@ -107,13 +123,13 @@ def write(folder):
         text[start + moved:start + moved + len(lines)] = new
         moved += len(new) - len(lines)
     shell.close()
-    PAGE.write_text("\n".join(text) + "\n", encoding="utf-8")
+    page.write_text("\n".join(text) + "\n", encoding="utf-8")
 
 
 if __name__ == "__main__":
     if sys.argv[1:] == ["--write"]:
-        import tempfile
-        with tempfile.TemporaryDirectory() as scratch:
-            write(pathlib.Path(scratch))
+        for each in (README, TUTORIAL):
+            with tempfile.TemporaryDirectory() as scratch:
+                write(each, pathlib.Path(scratch))
     else:
         kraddontest.main()
