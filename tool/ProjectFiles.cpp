@@ -71,20 +71,6 @@ std::string rootOf(const Project& project) {
                       fmt::format("files.root: cannot read the folder '{}': {}", path, why));
 }
 
-/// Of files that may exist, and of their folders: whether one that nothing else lies in is empty
-/// depends on whether the file is there yet.
-std::vector<FileIdentity> identitiesOf(const std::vector<std::string>& files) {
-  std::vector<FileIdentity> identities;
-  for (const std::string& file : files) {
-    const std::size_t slash = file.find_last_of('/');
-    const std::string folder = slash == file.npos ? "." : file.substr(0, slash + 1);
-    for (const std::string& path : {file, folder}) {
-      if (const auto identity = identityOf(path)) identities.push_back(*identity);
-    }
-  }
-  return identities;
-}
-
 /// Tells why a path is left out by its excludes.
 std::string reasonOf(const PatternList& excludes, const std::string& path, bool isFolder) {
   const Pattern* pattern = excludes.deciding(path, isFolder);
@@ -122,7 +108,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   options.excludes = excludesOf(project, choice);
   options.followsOutside = choice.followsOutside;
   options.project = project.folder;
-  options.leftOut = identitiesOf(choice.leftOut);
+  options.leftOut = withFolders(choice.leftOut);
   const auto report = [&](const std::string& path, const std::string& why) {
     if (choice.onLeftOut) choice.onLeftOut(path, why);
   };

@@ -86,8 +86,9 @@ void SourceFinder::collect(const std::string& folder, const std::string& place,
   options.excludes = patternsFor(folder, place);
   options.place = place;
   options.followsOutside = invocation_.has("follow");
-  if (package_) options.leftOut = {*package_};
+  options.leftOut = withFolders({invocation_.operands()[0]});
   options.onExcluded = [this](const std::string& path, bool) { report(path); };
+  options.onLeftOut = options.onExcluded;
   for (WalkedEntry& entry : walkTree(folder, options)) {
     std::string diskPath = onDisk(folder, entry.path);
     into.push_back({std::move(diskPath), joinPath(place, entry.path), entry.isFolder});

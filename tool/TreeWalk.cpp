@@ -267,6 +267,18 @@ std::string onDisk(const std::string& folder, const std::string& path) {
   return folder + (folder.ends_with('/') ? "" : "/") + path;
 }
 
+std::vector<FileIdentity> withFolders(const std::vector<std::string>& files) {
+  std::vector<FileIdentity> identities;
+  for (const std::string& file : files) {
+    const std::size_t slash = file.find_last_of('/');
+    const std::string folder = slash == file.npos ? "." : file.substr(0, slash + 1);
+    for (const std::string& path : {file, folder}) {
+      if (const auto identity = identityOf(path)) identities.push_back(*identity);
+    }
+  }
+  return identities;
+}
+
 std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptions& options) {
   return TreeWalk(folder, options).run();
 }

@@ -22,6 +22,10 @@ struct FileIdentity {
 /// Of the file at `path`, links followed; nothing when there is none.
 std::optional<FileIdentity> identityOf(const std::string& path);
 
+/// Of files that may exist, and of their folders: whether one that nothing else lies in is empty
+/// depends on whether the file is there yet.
+std::vector<FileIdentity> withFolders(const std::vector<std::string>& files);
+
 struct TreeWalkOptions {
   addon::project::PatternList excludes;  ///< for paths in the package
   std::string place = {};                ///< of the folder's content in the package; "" is the top

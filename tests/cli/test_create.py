@@ -177,6 +177,14 @@ class Create(kraddontest.CliTest):
         self.assertEqual(self.listing("src/p.kraddon"), ["a.m"])
         self.assertEqual(self.names("src"), ["a.m", "p.kraddon"])
 
+    def test_a_folder_for_nothing_but_the_output_stays_out_every_time(self):
+        self.tree({"a.m": "x", "dist/": ""})
+        for left_out in ("dist", "dist/p.kraddon"):
+            result = self.run_kraddon("create", "src/dist/p.kraddon", "src", "--force", "-v",
+                                      "--name", "x")
+            self.assertEqual((result.code, result.errors), (0, f"left out: {left_out}\n"))
+            self.assertEqual(self.listing("src/dist/p.kraddon"), ["a.m"])
+
     def test_patterns_leave_files_out(self):
         self.tree({"a.m": "", "a.log": "", "keep.log": "", "tests/t.m": "", "lib/b.log": "",
                    "lib/c.m": ""})
