@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "addon/gallery/ProseSpans.h"
+#include "addon/gallery/ProseTable.h"
 #include "opc/Lines.h"
 
 namespace addon::gallery {
@@ -102,6 +103,8 @@ class ProseWriter {
       writeHeading(*heading);
     } else if (const auto item = listItemOf(line)) {
       writeList(!item->number.empty());
+    } else if (isTable()) {
+      writeTable();
     } else {
       writeParagraph();
     }
@@ -111,8 +114,10 @@ class ProseWriter {
   bool isEndOfParagraph() const {
     const std::string_view line = lines_[at_];
     return trimmed(line).empty() || !opc::fenceOf(line).empty() || headingOf(line) ||
-           listItemOf(line);
+           listItemOf(line) || isTable();
   }
+
+  bool isTable() const { return beginsTable(std::span(lines_).subspan(at_)); }
 
   void writeParagraph() {
     const std::size_t first = at_;
@@ -132,6 +137,27 @@ class ProseWriter {
     if (at_ < lines_.size()) ++at_;
     // What is wider than the page is scrolled, with the keyboard too.
     html_.element("pre", {{"tabindex", "0"}}, [&] { html_.element("code", text); });
+  }
+
+  void writeTable() {
+    html_.element("table", [&] {
+      html_.element("thead", [&] { writeRow("th", {{"scope", "col"}, {"dir", "auto"}}); });
+      ++at_;
+      html_.element("tbody", [&] {
+        while (at_ < lines_.size() && lines_[at_].find('|') != std::string_view::npos) {
+          writeRow("td", {{"dir", "auto"}});
+        }
+      });
+    });
+  }
+
+  void writeRow(HtmlName cellName, HtmlWriter::Attributes attributes) {
+    html_.element("tr", [&] {
+      for (const std::string& cell : tableCellsOf(lines_[at_])) {
+        html_.element(cellName, attributes, [&] { writeSpans(html_, cell); });
+      }
+    });
+    ++at_;
   }
 
   void writeHeading(const Heading& heading) {

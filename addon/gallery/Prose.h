@@ -12,7 +12,8 @@ namespace addon::gallery {
 /// unless an editor has filled them, as it shows by their lengths.
 ///
 /// Descriptions often are a README, so what is plainly one of these is shown as such: headings
-/// ("## Filters"), lists ("- one", "2. two"), fenced blocks of code, and what ProseSpans.h knows.
+/// ("## Filters"), lists ("- one", "2. two"), tables, fenced blocks of code, and what ProseSpans.h
+/// knows.
 /// Everything else, links and HTML too, is text. The headings of the text become headings from
 /// `level` on down, never skipping one.
 void writeProse(HtmlWriter& html, std::string_view text, std::size_t level);

@@ -82,6 +82,29 @@ TEST(Prose, CodeInsideALineIsNoBlock) {
   EXPECT_EQ(prose("```a``` is code").substr(0, 3), "<p>");
 }
 
+TEST(Prose, ATableHasAHeadAndRows) {
+  EXPECT_EQ(prose("| a | `b` |\n|---|:-:|\n| 1 | x \\| y |\n|2|\n\nend"),
+            "<table><thead><tr><th scope=\"col\">a</th><th scope=\"col\"><code>b</code></th></tr>"
+            "</thead><tbody><tr><td>1</td><td>x | y</td></tr><tr><td>2</td></tr></tbody></table>"
+            "\n\n<p>end</p>\n");
+  EXPECT_EQ(prose("text\na|b\n-|-"),
+            "<p>text</p>\n<table><thead><tr><th scope=\"col\">a</th><th scope=\"col\">b</th></tr>"
+            "</thead><tbody></tbody></table>\n");
+}
+
+TEST(Prose, WhatOnlyLooksLikeATableIsText) {
+  for (const std::string text :
+       {"a | b", "a | b\nc | d", "| a |\n| - | - |", "a|b\n---", "|\n|", "a | b\n-- | -x"}) {
+    EXPECT_EQ(prose(text), "<p>" + text + "</p>\n") << text;
+  }
+}
+
+TEST(Prose, ARowKeepsEveryCellItHas) {
+  EXPECT_EQ(prose("|a|\n|-|\n|1|2||<b>|"),
+            "<table><thead><tr><th scope=\"col\">a</th></tr></thead><tbody><tr><td>1</td>"
+            "<td>2</td><td></td><td>&lt;b&gt;</td></tr></tbody></table>\n");
+}
+
 TEST(Prose, LinesThatAnEditorFilledFlow) {
   const std::string filled =
       "Wave Tools makes, filters and looks at one-dimensional signals. It is\n"
