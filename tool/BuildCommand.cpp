@@ -156,22 +156,6 @@ void inspect(const std::string& path, const Task& task, BuildResult& result) {
   }
 }
 
-BuildResult build(Task& task) {
-  NewPackage target(task.output, task.isForced());
-  AddonProperties properties = propertiesOf(task.project);
-  AddonPackage& package = target.open(properties, task.options.timestamp);
-  fillPackage(task.project, choiceOf(task), task.rules, package);
-  BuildResult result = resultFor(task.output, readTree(package));
-  task.options.inspect = [&](const std::string& path) { inspect(path, task, result); };
-  try {
-    target.commit(std::move(task.options), task.invocation.settings());
-    result.isWritten = true;
-  } catch (const Refused&) {
-    result.size.reset();
-  }
-  return result;
-}
-
 /// All that can be known without a file: the checks of the container have nothing to look at.
 BuildResult rehearse(const Task& task) {
   Interrupt::defer();  // a large screenshot is parked in a file
@@ -216,13 +200,9 @@ void print(const BuildResult& result, const Task& task) {
     printBuildPlan(result, output);
   }
   output.flush();
-  if (result.isWritten && task.invocation.settings().isVerbose) {
-    printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
-                                     describeContent(result.totals)));
-  }
 }
 
-void refuse(const PackageVerdict& verdict, const Task& task) {
+[[noreturn]] void refuse(const PackageVerdict& verdict, const Task& task) {
   std::string why = "it holds a secret";
   if (verdict.errors != 0) {
     why = "it has " + opc::counted(verdict.errors, "error");
@@ -233,14 +213,48 @@ void refuse(const PackageVerdict& verdict, const Task& task) {
                 "'kraddon verify --explain ID' says what to do about a finding");
 }
 
-ExitCode run(const Invocation& invocation) {
-  Task task = prepare(invocation);
-  const bool isRehearsal = invocation.has("dry-run");
-  if (isRehearsal && !invocation.settings().isQuiet) warnOfExisting(task);
-  const BuildResult result = isRehearsal ? rehearse(task) : build(task);
+/// What is told has to be told before the package takes its place: where that fails, the old one
+/// stays.
+BuildResult build(Task& task) {
+  NewPackage target(task.output, task.isForced());
+  AddonProperties properties = propertiesOf(task.project);
+  AddonPackage& package = target.open(properties, task.options.timestamp);
+  fillPackage(task.project, choiceOf(task), task.rules, package);
+  BuildResult result = resultFor(task.output, readTree(package));
+  task.options.inspect = [&](const std::string& path) {
+    inspect(path, task, result);
+    result.isWritten = true;
+    print(result, task);
+  };
+  try {
+    target.commit(std::move(task.options), task.invocation.settings());
+  } catch (const Refused&) {
+    result.size.reset();
+    print(result, task);
+    refuse(*result.verdict, task);
+  }
+  return result;
+}
+
+void dryRun(const Task& task) {
+  if (!task.invocation.settings().isQuiet) warnOfExisting(task);
+  const BuildResult result = rehearse(task);
   print(result, task);
   if (result.verdict && !isAcceptable(*result.verdict, task.isStrict())) {
     refuse(*result.verdict, task);
+  }
+}
+
+ExitCode run(const Invocation& invocation) {
+  Task task = prepare(invocation);
+  if (invocation.has("dry-run")) {
+    dryRun(task);
+    return ExitCode::Done;
+  }
+  const BuildResult result = build(task);
+  if (invocation.settings().isVerbose) {
+    printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
+                                     describeContent(result.totals)));
   }
   return ExitCode::Done;
 }

@@ -95,6 +95,7 @@ class Output(projecttest.ProjectTest):
     PRINTERS = [
         ["add", "p.kraddon", "shot.png", "--dry-run"], ["remove", "p.kraddon", "a.m", "--dry-run"],
         ["build", "src", "--dry-run"], ["build", "src", "--dry-run", "--json"],
+        ["build", "src", "-o", "p.kraddon", "--force", "--json"],
         ["init", "src", "--stdout"], ["extract", "p.kraddon", "--dry-run"],
         ["screenshot", "p.kraddon", "-o", "-"], ["preview", "p.kraddon", "-o", "-"],
         ["verify", "p.kraddon"], ["verify", "p.kraddon", "--json"], ["verify", "--explain", "101"],
