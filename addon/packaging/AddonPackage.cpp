@@ -135,7 +135,13 @@ void AddonPackage::getXMLPart(XMLPartType& document) {
   // None means that it was never set; of several none can be told to be the right one.
   if (relationships.size() != 1) return;
 
-  const PartName name(relationships.front().getTargetURI().toString());
+  const auto& relationship = relationships.front();
+  if (relationship.getTargetMode() == opc::model::TargetMode::External) {
+    throw opc::FormatError(
+        "RL-11", contextOf("read", PartName(document.partName)) + ": relationship '" +
+                     opc::toUtf8ForDisplay(relationship.getId()) + "' leads out of the package");
+  }
+  const PartName name(relationship.getTargetURI().toString());
   const auto part = logicalPackage_.getPart(name);
   const opc::model::ParserPointer parser = XercesHelper::createParser();
   const auto stream = part->getInputStream();
