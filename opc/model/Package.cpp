@@ -95,6 +95,10 @@ void Package::requireWritable() const {
                                                "': it was opened for reading");
 }
 
+void Package::requirePlace() const {
+  state().requireRelationshipsName({});
+}
+
 RelationshipSet& Package::relationships() {
   return state().packageRelationships();
 }

@@ -103,6 +103,7 @@ class Package final : public RelationshipSource {
 
   RelationshipSet& relationships() override;
   void requireWritable() const override;
+  void requirePlace() const override;
   void closeContainer(bool discard);
   State& state() const;
 

@@ -32,6 +32,7 @@ void Package::State::stage() {
   if (!isChanged()) return;
   for (const PartId orphan : index_.orphans()) types_.removeOverride(index_.name(orphan));
   index_.dropWhatIsNoPart();
+  requireRelationshipsNames();
   // A default would make parts of items that have that extension and no type.
   if (types_.findDefault("rels") == nullptr && !index_.isUntypedExtension("rels")) {
     types_.addDefault("rels", relationshipsType());
@@ -42,6 +43,15 @@ void Package::State::stage() {
     stageRelationships(name(part), set, false);
   }
   stageFront();
+}
+
+// A part may have come since the relationship did.
+void Package::State::requireRelationshipsNames() const {
+  const auto check = [this](std::string_view source, const RelationshipSet& set) {
+    if (set.isChanged() && !set.entries().empty()) requireRelationshipsName(source);
+  };
+  check({}, *relationshipsOfPackage_);
+  for (const auto& [part, set] : relationships_) check(name(part), set);
 }
 
 // What a reader wants first stands first: the content types, then the package's relationships.

@@ -116,6 +116,22 @@ std::optional<FormatError> Package::State::newNameFault(const PartName& name) co
   return std::nullopt;
 }
 
+void Package::State::requireRelationshipsName(std::string_view sourceItemName) const {
+  const std::string itemName = relationshipsItemName(sourceItemName);
+  const std::string_view above = index_.partAbove(itemName);
+  if (above.empty() && !index_.hasPartBelow(itemName)) return;
+  const std::string source =
+      sourceItemName.empty() ? "the package" : "part '/" + std::string(sourceItemName) + "'";
+  throw FormatError(
+      "PN-9",
+      "cannot create a relationship of " + source + " in '" + physical_.description() + "': " +
+          (above.empty()
+               ? "the name of a part extends '/" + itemName + "'"
+               : "'/" + itemName + "' extends the name of part '/" + std::string(above) + "'") +
+          ", in which it would be stored",
+      ErrorCode::InvalidName);
+}
+
 PartId Package::State::create(const PartName& name, const ContentType& type,
                               const StandardPartInfo& info,
                               std::unique_ptr<interfaces::IContentSource> source) {

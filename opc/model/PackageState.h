@@ -54,6 +54,9 @@ class Package::State {
   std::unique_ptr<OutputStream> openForWriting(PartId part);
 
   RelationshipSet& packageRelationships() { return *relationshipsOfPackage_; }
+  /// Throws FormatError when a part is in the way of the part that the source's relationships are
+  /// stored in.
+  void requireRelationshipsName(std::string_view sourceItemName) const;
   /// Of a part, read when they are first asked for.
   RelationshipSet& relationshipsOf(PartId part);
 
@@ -76,6 +79,7 @@ class Package::State {
   PartId takeIn(interfaces::ItemIndex added, const PartName& name, const ContentType& type);
 
   bool isChanged() const;
+  void requireRelationshipsNames() const;
   void settleRelationshipsItem(std::string_view sourceItemName, const RelationshipSet& set);
   void stageRelationships(std::string_view sourceItemName, RelationshipSet& set, bool atFront);
   void stageFront();

@@ -45,4 +45,8 @@ void Part::requireWritable() const {
   package_.requireWritable();
 }
 
+void Part::requirePlace() const {
+  package_.state().requireRelationshipsName(package_.state().name(id_));
+}
+
 }  // namespace opc::model

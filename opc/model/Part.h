@@ -38,6 +38,7 @@ class Part final : public RelationshipSource {
  private:
   RelationshipSet& relationships() override;
   void requireWritable() const override;
+  void requirePlace() const override;
   void requireCurrent() const;
 
   Package& package_;

@@ -35,6 +35,7 @@ Relationship RelationshipSource::createInternalRelationship(std::u16string_view 
                                                             const URI& target,
                                                             std::u16string_view id) {
   requireWritable();
+  requirePlace();
   return relationships().addInternal(type, target, id);
 }
 
@@ -42,6 +43,7 @@ Relationship RelationshipSource::createExternalRelationship(std::u16string_view 
                                                             const URI& target,
                                                             std::u16string_view id) {
   requireWritable();
+  requirePlace();
   return relationships().addExternal(type, target, id);
 }
 

@@ -29,7 +29,8 @@ class RelationshipSource {
   /// another relationship here and never "rId100" or "rId101". Throws for an empty type, an id that
   /// is no xsd:ID or is taken, and a target that is no part name or a relationships part; the
   /// target need not exist. Throws ErrorCode::TooLarge for what would not be read again: a value of
-  /// more than 1 MiB, or more relationships than one document holds.
+  /// more than 1 MiB, or more relationships than one document holds; FormatError when a part of the
+  /// package has a name that the part with the relationships cannot stand beside.
   Relationship createInternalRelationship(std::u16string_view type, const URI& target,
                                           std::u16string_view id);
   /// Adds a relationship to anything outside; `target` is stored as it is.
@@ -44,6 +45,8 @@ class RelationshipSource {
   virtual RelationshipSet& relationships() = 0;
   /// Before a change: throws InvalidState unless the package may be changed.
   virtual void requireWritable() const = 0;
+  /// Before one is added: throws FormatError when a part is in the way of where they are stored.
+  virtual void requirePlace() const = 0;
 };
 
 }  // namespace opc::model

@@ -56,6 +56,35 @@ TEST(PackageWriting, AFreshPackageBeginsWithTypesAndRelationships) {
   EXPECT_FALSE(memory.physical.isOpen());
 }
 
+TEST(PackageWriting, ARelationshipIsRefusedWhenAPartIsInTheWayOfItsPlace) {
+  for (const auto* name : {u"/_rels/.rels/.rels", u"/_RELS"}) {
+    MemoryPackage memory;
+    memory.package.open(OpenMode::Create);
+    memory.create(name, u"text/plain", "text");
+
+    const Fault fault =
+        faultOf([&] { memory.package.createInternalRelationship(u"urn:t", URI(u"/a.m"), u""); });
+
+    EXPECT_EQ(fault.code, ErrorCode::InvalidName) << fault.text;
+    EXPECT_TRUE(contains(fault.text, "'/_rels/.rels'")) << fault.text;
+    EXPECT_TRUE(memory.package.getRelationships().empty());
+  }
+}
+
+TEST(PackageWriting, APartThatIsInTheWayOfRelationshipsIsRefusedInTheEnd) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  memory.create(u"/a.m", u"text/plain", "text");
+  memory.package.getPart(partName(u"/a.m"))
+      ->createExternalRelationship(u"urn:t", URI(u"urn:x"), u"");
+  memory.create(u"/_rels/a.m.rels/b.m", u"text/plain", "text");
+
+  const Fault fault = faultOf([&] { memory.package.close(false); });
+
+  EXPECT_EQ(fault.code, ErrorCode::InvalidName) << fault.text;
+  EXPECT_TRUE(contains(fault.text, "part '/a.m'")) << fault.text;
+}
+
 TEST(PackageWriting, AnEmptyPackageHasTypesOnly) {
   MemoryPackage memory;
   memory.package.open(OpenMode::Create);
