@@ -144,16 +144,14 @@ Completion completeOperand(const Line& line, const std::string& word) {
 }
 
 /// Relative paths are meant from there; a folder that cannot be entered is the command's to refuse.
-bool enterDirectory(std::span<const std::string> leading) {
+bool enterDirectory(std::span<const std::string> leading, const OptionTable& table) {
   for (std::size_t i = 0; i < leading.size(); ++i) {
-    std::string_view folder;
-    if ((leading[i] == "-C" || leading[i] == "--directory") && i + 1 < leading.size()) {
-      folder = leading[++i];
-    } else if (leading[i].starts_with("--directory=")) {
-      folder = std::string_view(leading[i]).substr(std::string_view("--directory=").size());
-    } else if (leading[i].starts_with("-C")) {
-      folder = std::string_view(leading[i]).substr(2);
-    }
+    const std::optional<Attached> given = attachedIn(leading[i], table);
+    const OptionSpec* option = given ? given->option : table.wantingValue(leading[i]);
+    if (option == nullptr) continue;
+    if (!given && ++i == leading.size()) return true;
+    if (option->longName != "directory") continue;
+    const std::string_view folder = std::string_view(leading[i]).substr(given ? given->at : 0);
     if (!folder.empty() && ::chdir(withHome(folder).c_str()) != 0) return false;
   }
   return true;
@@ -177,7 +175,7 @@ Completion complete(std::vector<std::string> words) {
     return last.starts_with('-') ? completeOption(last, leading, line) : completeCommand();
   }
   line.command = commandNamed(rest[0]);
-  if (line.command == nullptr || !enterDirectory(before)) return {};
+  if (line.command == nullptr || !enterDirectory(before, leading)) return {};
   const OptionTable table = tableOf(*line.command);
   sortWords(rest.subspan(1), table, line);
   if (line.wanting != nullptr) return completeValue(*line.wanting, last, 0, line);

@@ -84,10 +84,6 @@ void warnOfForeign(AddonPackage& package, const std::string& path, const Invocat
                sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
 }
 
-void checkWriteOptions(const Invocation& invocation) {
-  writeOptionsOf(invocation);
-}
-
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
                    const Settings& settings, const std::function<void(AddonPackage&)>& change) {
   Interrupt::defer();

@@ -47,9 +47,6 @@ void rehearseChange(const std::string& path, const std::function<void(AddonPacka
 /// Commits, and then is deaf to interrupts: the new package is in place.
 void commit(AddonPackage& package);
 
-/// Throws UsageError unless `level` and the time make sense, before any work is done.
-void checkWriteOptions(const Invocation& invocation);
-
 boost::posix_time::ptime toTime(std::int64_t seconds);
 
 /// "2026-02-01T10:00:00Z"

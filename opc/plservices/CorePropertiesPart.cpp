@@ -25,11 +25,15 @@ constexpr Prefix kPrefixes[] = {
     {u"xmlns:xsi", model::kSchemaInstanceNamespace},
 };
 
+/// Xerces-C would take it for the end of the text.
+void refuseNul(const std::u16string& text) {
+  if (text.find(u'\0') == std::u16string::npos) return;
+  throw model::InvalidXMLDocument("a property holds U+0000, which XML cannot carry", 0, 0);
+}
+
 void setAttribute(DOMElement& element, std::u16string_view space, const std::u16string& name,
                   const std::u16string& value) {
-  if (value.find(u'\0') != std::u16string::npos) {
-    throw model::InvalidXMLDocument("a property holds U+0000, which XML cannot carry", 0, 0);
-  }
+  refuseNul(value);
   model::translatingXercesErrors("cannot write core properties", [&] {
     element.setAttributeNS(std::u16string(space).c_str(), name.c_str(), value.c_str());
   });
@@ -87,6 +91,7 @@ class Writer {
 
   static void appendPiece(DOMElement& keywords, const Keywords::Piece& piece) {
     if (!piece.isValue) {
+      refuseNul(piece.text);
       model::translatingXercesErrors("cannot write core properties", [&] {
         keywords.appendChild(keywords.getOwnerDocument()->createTextNode(piece.text.c_str()));
       });

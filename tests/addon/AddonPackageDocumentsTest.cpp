@@ -139,6 +139,25 @@ TEST_F(AddonPackageDocuments, ARemovedDocumentGoesWhereverItLies) {
   EXPECT_EQ(std::count(names.begin(), names.end(), "elsewhere/l.xml"), 0);
 }
 
+TEST_F(AddonPackageDocuments, ARelationshipThatLeadsOutOfThePackageIsNamed) {
+  create();
+  modify([](AddonPackage& package) {
+    package.logicalPackage().createExternalRelationship(
+        kLicenseType, opc::model::URI(u"http://x.example/"), u"rId7");
+  });
+
+  modify([this](AddonPackage& package) {
+    AddonLicense license;
+    try {
+      package.getLicense(license);
+      FAIL() << "it was read";
+    } catch (const opc::FormatError& fault) {
+      EXPECT_EQ(fault.what(), "cannot read part '/metadata/license.xml' of '" + file_.string() +
+                                  "': relationship 'rId7' leads out of the package");
+    }
+  });
+}
+
 TEST_F(AddonPackageDocuments, ADocumentWithoutItsRelationshipIsRemovedByName) {
   create();
   store(u"MIT", u"terms");

@@ -161,4 +161,9 @@ TEST(Arguments, TheWordsBeforeTheCommandAreTheirOwn) {
   EXPECT_EQ(leading.rest, (Words{"list", "-l", "[x]"}));
 }
 
+TEST(Arguments, TwoDashesBeforeTheCommandAreNoPartOfIt) {
+  EXPECT_EQ(tool::parseLeadingArguments({"-q", "--", "list", "--", "-x"}).rest,
+            (Words{"list", "--", "-x"}));
+}
+
 }  // namespace

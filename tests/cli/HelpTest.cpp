@@ -132,6 +132,19 @@ TEST(Help, ALongUsageGoesOnBelowItsFirstWord) {
             "                    [ANOTHER-LONG-NAME-OF-AN-OPERAND...]\n");
 }
 
+TEST(Help, WhatAVeryLongNameMeansStandsBelowIt) {
+  static constexpr std::array kOptions{
+      tool::OptionSpec{"short", 0, "", "one"},
+      tool::OptionSpec{"with-a-very-long-name", 0, "AND-VALUE", "two"}};
+  const CommandSpec command{"test", "tests", "", {}, kOptions, nullptr};
+
+  const std::string text = tool::helpOf(command);
+
+  EXPECT_NE(text.find("\n      --with-a-very-long-name AND-VALUE\n"), std::string::npos) << text;
+  const std::size_t column = text.find("one") - text.rfind('\n', text.find("one"));
+  EXPECT_EQ(text.find("two") - text.rfind('\n', text.find("two")), column) << text;
+}
+
 TEST(Wrapping, BreaksLinesBeforeTheyGetTooWideAndKeepsParagraphs) {
   const std::string text = std::string(40, 'a') + " " + std::string(39, 'b') + "\nc\n\n\n  d\te\n";
 

@@ -280,6 +280,13 @@ class Interrupts(projecttest.ProjectTest):
 
 class Verification(projecttest.ProjectTest):
 
+    def test_verbose_tells_what_was_made(self):
+        self.project()
+
+        lines = self.build("--verbose").errors.splitlines()
+
+        self.assertEqual(lines[-1], "built: Wave-1.0.kraddon: 1 file, 1 B")
+
     def stops(self, *words, why, hint=True):
         before = self.names()
         result = self.run_kraddon("build", *words)
@@ -431,6 +438,16 @@ class Faults(projecttest.ProjectTest):
         self.project("", {"a.m": "a"})
         os.mkfifo(self.path(".kraddonignore"))
         self.fails("build", message="cannot read '.kraddonignore': it is no file")
+
+    def test_a_manifest_or_ignore_file_of_no_reasonable_size_is_not_read(self):
+        self.project()
+        for name in (".kraddonignore", "kraddon.toml"):
+            with open(self.path(name), "wb") as file:
+                file.truncate((16 << 20) + 1)
+            result = self.fails("build")
+            self.assertIn(f"cannot read '{name}': it holds more than 16777216 bytes",
+                          result.errors)
+        self.assertEqual(self.names(), [".kraddonignore", "a.m", "kraddon.toml"])
 
     def test_references_are_checked_before_packing(self):
         app = '[[app]]\nname = "V"\nfile = "{}"\n'

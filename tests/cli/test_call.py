@@ -121,6 +121,14 @@ class Call(kraddontest.CliTest):
         self.fails("call", "addonGetFileList", "p", "--library", other,
                    message=f"cannot use '{other}': it has no QueryKRFcnTable_kraddon_packaging")
 
+    def test_a_library_of_another_kind_is_used_as_far_as_it_goes(self):
+        library = KRADDON.replace("/bin/kraddon", "/lib/libodd_gateways.so")
+        self.fails("call", "addonGetFileList", "p", "--library", library,
+                   env={"KRADDON_SHORT_TABLE": "1"},
+                   message=f"cannot use '{library}': its table lacks gateways")
+        self.fails("call", "addonGetFileList", "p", "--library", library,
+                   message="cannot print 'the output': the array is more than 256 levels deep")
+
     def test_license_goes_in_and_out(self):
         self.create()
         value = '{"type":"MIT","text":"a\\nb"}'

@@ -57,6 +57,7 @@ class Proposals(kraddontest.CliTest):
         self.assertEqual(self.proposed("completion", ""), ["bash", "zsh", "fish"])
         self.assertIn("addonGetFileList", self.proposed("call", "addon"))
         self.assertIn("verify", self.proposed("help", ""))
+        self.assertEqual(self.proposed("schema", "")[:3], ["manifest", "info", "list"])
         self.assertIn("apps", self.proposed("get", "p.kraddon", ""))
         self.assertIn("screenshot", self.proposed("unset", "p.kraddon", "license", ""))
         self.assertIn("version=", self.proposed("set", "p.kraddon", "properties", "v"))
@@ -73,7 +74,13 @@ class Proposals(kraddontest.CliTest):
                                                                   "sub/"])
         self.assertEqual(self.proposed("create", "x.kraddon", "sub/"), ["sub/d/"])
         self.assertEqual(self.proposed("extract", "a.kraddon", "-dsu"), ["-dsub/"])
-        self.assertEqual(self.proposed("-C", "sub", "info", ""), ["c.kraddon", "d/"])
+        for words in (["-C", "sub"], ["-Csub"], ["--directory", "sub"], ["--directory=sub"],
+                      ["-qC", "sub"], ["-qCsub"], ["--color", "-C", "-C", "sub"],
+                      ["--color=auto", "--quiet", "-C", "./sub"]):
+            self.assertEqual(self.proposed(*words, "info", ""), ["c.kraddon", "d/"], words)
+        self.assertEqual(self.proposed("--directory=", "info", "sub/c"), ["sub/c.kraddon", "sub/d/"])
+        self.assertEqual(self.proposed("-C~/", "info", "", env={"HOME": str(self.path("sub"))}),
+                         ["c.kraddon", "d/"])
         self.assertEqual(self.proposed("info", "~/", env={"HOME": str(self.path("sub"))}),
                          ["~/c.kraddon", "~/d/"])
         self.assertEqual(self.proposed("info", "nowhere/"), [])
@@ -99,7 +106,7 @@ class Proposals(kraddontest.CliTest):
         for words in (["list", "missing.kraddon", ""], ["list", "broken.kraddon", ""],
                       ["list", "\x01", "../"], ["nonsense", ""], ["info", "a", "b"], ["list", "--glob=x"],
                       ["-C", "nowhere", "info", ""], ["list", "--tree=x"], ["verify", "--no="],
-                      ["create", "--level", ""], ["info", b"\xff/"]):
+                      ["create", "--level", ""], ["info", b"\xff/"], ["add", "--into="]):
             self.assertEqual(self.proposed(*words), [], words)
 
     def test_one_folder_of_twenty_thousand_files_is_proposed_alone(self):

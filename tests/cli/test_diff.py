@@ -22,6 +22,13 @@ TWINS = ("plumless", "buckeroo")
 
 class Outcomes(DiffTest):
 
+    def rewrite(self, name, changed):
+        """Has another program write the package, with these entries added or replaced."""
+        entries = {**self.entries(name), **changed}
+        with zipfile.ZipFile(self.path(name), "w") as archive:
+            for entry, content in entries.items():
+                archive.writestr(entry, content)
+
     def test_packages_that_say_the_same_are_the_same(self):
         self.package("a.kraddon", {"x.m": "x" * 2000, "void/": ""})
         self.ok("create", "b.kraddon", "a.kraddon.src", "--name", "Wave Tools", "--level", "0",
@@ -59,16 +66,37 @@ class Outcomes(DiffTest):
         self.pair({}, {})
         for name in ("a.kraddon", "b.kraddon"):
             self.set(name, "license", {"type": "MIT", "text": "terms"})
-        with zipfile.ZipFile(self.path("b.kraddon")) as archive:
-            entries = {item.filename: archive.read(item) for item in archive.infolist()}
-        entries["metadata/license.xml"] += b"<!-- reviewed -->"
-        with zipfile.ZipFile(self.path("b.kraddon"), "w") as archive:
-            for name, content in entries.items():
-                archive.writestr(name, content)
+        self.rewrite("b.kraddon", {
+            "metadata/license.xml":
+            self.entries("b.kraddon")["metadata/license.xml"] + b"<!-- reviewed -->"})
 
         self.assertEqual(self.lines(), ["license: the part differs, its fields are the same"])
         self.assertEqual(self.report()["documents"],
                          [{"document": "license", "change": "changed", "fields": []}])
+
+    def test_properties_that_say_the_same_in_other_words_are_named(self):
+        self.pair({}, {})
+        self.rewrite("b.kraddon", {
+            "metadata/addonProperties.xml":
+            self.entries("b.kraddon")["metadata/addonProperties.xml"] + b"<!-- reviewed -->"})
+
+        self.assertEqual(self.lines(), ["properties: the part differs, its fields are the same"])
+        self.assertEqual(self.lines("--stat")[:2], ["properties  same", "documents   1 changed"])
+        self.assertEqual(self.report()["documents"],
+                         [{"document": "properties", "change": "changed", "fields": []}])
+
+    def test_files_that_are_not_in_the_tree_are_warned_of(self):
+        self.pair({"a.m": "x"}, {"a.m": "x"})
+        self.rewrite("b.kraddon", {"files/a b.m": b"x", "files/c%01.m": b"x"})
+
+        for words in (("a.kraddon", "b.kraddon"), ("b.kraddon", "a.kraddon", "--json")):
+            result = self.run_kraddon("diff", *words)
+            self.assertEqual(result.code, 0)
+            self.assertEqual(result.errors.splitlines(), [
+                "kraddon: diff: warning: part '/files/c%01.m' is no file of the tree: it holds a "
+                "control character",
+                "kraddon: diff: warning: item 'files/a b.m' is no file of the tree: it is no part"])
+        self.ok("diff", "a.kraddon", "b.kraddon", "--quiet")
 
     def test_failures_are_trouble(self):
         self.pair({}, {})
@@ -317,6 +345,7 @@ class Documents(DiffTest):
         self.assertEqual(self.lines()[0][:25], 'apps[0]: added {"name":"N')
         self.assertEqual(self.fields("apps", [new, *APPS], APPS),
                          [{"path": "apps[0]", "a": new, "b": None}])
+        self.assertEqual(self.lines()[0][:27], 'apps[0]: removed {"name":"N')
 
     def test_a_record_is_known_by_its_guid(self):
         renamed = dict(APPS[1], name="Editor 2", installByDefault="false")

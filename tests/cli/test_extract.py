@@ -61,6 +61,16 @@ class Extract(kraddontest.CliTest):
                    hint="--force replaces files, --skip-existing leaves them")
         self.assertEqual(self.found("out"), {"lib/b.m": b"mine"})
 
+    def test_a_folder_that_may_not_be_searched_stops_it_before_anything_is_written(self):
+        self.path("out/lib").mkdir(parents=True)
+        self.path("out/lib").chmod(0o744)
+        self.path("out").chmod(0o777)
+        self.folder.chmod(0o755)
+        self.fails("extract", "p.kraddon", "-d", "out", **self.without_privilege(),
+                   message="cannot extract 'lib/b.m' to 'out/lib/b.m': cannot look at what is "
+                           "there: Permission denied")
+        self.assertEqual(self.found("out"), {"lib/": b""})
+
     def test_existing_files_can_be_left_or_replaced(self):
         self.write("out/lib/b.m", "mine")
         self.ok("extract", "p.kraddon", "-d", "out", "--skip-existing")

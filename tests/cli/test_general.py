@@ -99,6 +99,43 @@ class General(kraddontest.CliTest):
             self.assertEqual(now.st_mode & 0o7777, 0o640, words)
             self.assertEqual(os.readlink(self.path("p.kraddon")), "store/p.kraddon")
 
+    def test_a_folder_that_may_not_be_listed_takes_a_package(self):
+        self.package("drop/p.kraddon", {"a.m": "x"})
+        self.path("drop/p.kraddon").chmod(0o666)
+        self.path("drop").chmod(0o733)
+        self.folder.chmod(0o755)
+        user = self.without_privilege()
+
+        self.ok("create", "drop/new.kraddon", "--name", "x", **user)
+        self.ok("mkdir", "drop/p.kraddon", "e", **user)
+
+        self.assertEqual(self.listing("drop/p.kraddon"), ["a.m", "e"])
+        self.assertEqual(self.names("drop"), ["new.kraddon", "p.kraddon", "p.kraddon.src"])
+
+    def test_a_package_of_somebody_else_loses_what_acts_in_their_name(self):
+        if os.geteuid() != 0:
+            self.skipTest("no file can be given away")
+        self.package("p.kraddon", {"a.m": "x"})
+        self.path("p.kraddon").chmod(0o6667)
+        self.folder.chmod(0o777)
+
+        self.ok("mkdir", "p.kraddon", "e", **self.without_privilege())
+
+        now = self.path("p.kraddon").stat()
+        self.assertEqual((now.st_uid, now.st_mode & 0o7777), (kraddontest.NOBODY, 0o667))
+        self.assertEqual(self.listing(), ["a.m", "e"])
+
+    def test_a_package_in_a_folder_that_may_not_be_changed_stays(self):
+        before = self.package("store/p.kraddon", {"a.m": "x"}).read_bytes()
+        self.path("store/p.kraddon").chmod(0o666)
+        self.path("store").chmod(0o755)
+        self.folder.chmod(0o755)
+
+        result = self.fails("mkdir", "store/p.kraddon", "e", **self.without_privilege())
+
+        self.assertTrue(result.errors.endswith(": Permission denied\n"), result.errors)
+        self.assertEqual(self.path("store/p.kraddon").read_bytes(), before)
+
     def test_what_cannot_be_read_is_named_once(self):
         self.package("p.kraddon", {"z.bin": b"\0\xff" * 5000}, "--level", "0")
         self.damage("files/z.bin", "p.kraddon")

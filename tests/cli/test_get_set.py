@@ -138,6 +138,12 @@ class GetSet(kraddontest.CliTest):
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
         self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])
 
+    def test_bytes_that_are_not_utf8_are_no_value(self):
+        before = self.path("p.kraddon").read_bytes()
+        self.fails("set", "p.kraddon", "license", b"text=caf\xe9",
+                   message="bad value of 'license.text': it is not UTF-8")
+        self.assertEqual(self.path("p.kraddon").read_bytes(), before)
+
     def test_set_keeps_everything_else(self):
         before = self.entries()
         self.path("p.kraddon").chmod(0o604)

@@ -61,6 +61,27 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(page.all("img")[0]["alt"], "Screenshot of The name, so")
         self.assertEqual(page.all("meta", name="description")[0]["content"], "The summary, so")
 
+    def test_an_example_without_a_name_is_called_after_its_file(self):
+        self.package("p.kraddon")
+        fields = {"name": "", "type": "", "thumbnail": "", "images": None}
+        self.set("examples", [
+            {"name": "Full", "examples": [dict(fields, source="src/a.src", main="run/chirp.m"),
+                                          dict(fields, source="src/b.src", main=""),
+                                          dict(fields, source="", main="")]},
+            {"name": "Bare", "examples": []}])
+
+        page = self.page()
+
+        self.assertEqual([title for level, title in page.headings if level == 4],
+                         ["chirp.m", "b.src", "Example without a name"])
+        self.assertIn("BareThere are no examples in this category.", page.text("main"))
+
+    def test_a_page_can_go_to_a_device(self):
+        self.package("p.kraddon")
+        self.ok("preview", "p.kraddon", "-o", "/dev/null")
+        page = self.ok("preview", "p.kraddon", "-o", "/dev/stdout").out
+        self.assertEqual(page, self.ok("preview", "p.kraddon", "-o", "-").out)
+
     def test_hostile_texts_come_back_as_texts(self):
         self.package("p.kraddon", {"\"><img src=x onerror=alert(1)>/&amp;.m": "x",
                                    "--><b>.m": "y" * 300, "\u202egpj.m": "z"})

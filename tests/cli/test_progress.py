@@ -1,12 +1,15 @@
 # SPDX-License-Identifier: MIT
 """The progress bar, on a terminal."""
 
+import fcntl
 import os
 import pty
 import re
 import select
 import signal
+import struct
 import subprocess
+import termios
 import time
 
 import kraddontest
@@ -21,12 +24,13 @@ SIZE = 1 << 28  # of a file without blocks: long work without much to read
 class Run:
     """The program with a terminal for its standard error."""
 
-    def __init__(self, test, words):
+    def __init__(self, test, words, columns=0):
         try:
             self.master, slave = pty.openpty()
         except OSError as error:  # a bare chroot without /dev/pts
             test.skipTest(f"no terminal to be had: {error}")
         test.addCleanup(os.close, self.master)
+        fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("4H", 24, columns, 0, 0))
         self.shown = b""
         self.process = subprocess.Popen([KRADDON, *words], cwd=test.folder, stderr=slave,
                                         stdout=subprocess.DEVNULL, env=test.environment())
@@ -138,6 +142,17 @@ class Progress(kraddontest.CliTest):
         self.assertEqual(run.process.wait(), 0, shown)
         self.assertRegex(shown, LINE)
         self.assertEqual(len(LINE.findall(shown.rpartition(WIPED)[2])), 0)
+
+    def test_it_is_cut_to_the_width_of_the_terminal(self):
+        run = Run(self, ["create", "p.kraddon", "src", "--name", "x"], columns=20)
+        run.pause_when(lambda: self.is_written(".p.kraddon.", ".tmp"))
+
+        bars = [bar for bar in run.read().split(b"\r") if bar not in (b"", b"\x1b[K")]
+
+        self.assertEqual(run.process.wait(), 0)
+        self.assertTrue(bars)
+        for bar in bars:
+            self.assertRegex(bar, rb"\A\d of \d files, .{5}\x1b\[K\Z")
 
     def test_quiet_shows_none(self):
         run = self.create("-q")

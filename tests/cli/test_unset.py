@@ -112,6 +112,16 @@ class Unset(kraddontest.CliTest):
         self.assertIn("metadata/license.xml", self.entries())
         self.assertEqual(self.documents(), ["properties"])
 
+    def test_one_whose_relationship_names_more_than_a_part_goes_altogether(self):
+        for target in (b"/a?b", b"/metadata/license.xml#top"):
+            self.ok("set", "p.kraddon", "license", "type=MIT")
+            self.change("_rels/.rels", lambda rels: rels.replace(b"/metadata/license.xml", target))
+
+            self.ok("unset", "p.kraddon", "license")
+
+            self.assertNotIn(b"license", self.entries()["_rels/.rels"])
+            self.assertNotIn("metadata/license.xml", self.entries())
+
     def test_one_with_two_relationships_goes_altogether(self):
         self.ok("set", "p.kraddon", "license", "type=MIT")
 

@@ -167,6 +167,18 @@ class Verify(kraddontest.CliTest):
             "::warning file=a%2Cb%3Ac%25.docx,title=KR210::/_rels/.rels: relationship 'r': its "
             "target '/gone%2520x.xml' is not in the package\n")
 
+    def test_github_hears_of_what_cannot_be_opened_and_of_findings_that_are_only_counted(self):
+        self.plain(items=[f"x {number}" for number in range(1100)])
+
+        result = self.verify("--opc", "--format", "github", "no,ne", "plain.docx", code=1)
+
+        lines = result.text.splitlines()
+        self.assertEqual(lines[0], "::error file=no%2Cne::cannot open package 'no,ne': "
+                                   "No such file or directory")
+        self.assertEqual(len(lines), 1002)
+        self.assertEqual(lines[-1], "::warning file=plain.docx,title=KR217::100 more of these are "
+                                    "not shown")
+
     def test_sarif_holds_rules_and_results(self):
         self.plain("a b.docx", target="/gone.xml", items=["../d"])
 

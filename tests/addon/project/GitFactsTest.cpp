@@ -112,6 +112,19 @@ TEST_F(GitFactsOf, ARepositoryAreNothingWithoutGit) {
   EXPECT_EQ(facts.version, "");
 }
 
+TEST_F(GitFactsOf, AGitThatNeverStopsPrintingAreNothing) {
+  const auto git = folder_ / "bin/git";
+  std::filesystem::create_directory(git.parent_path());
+  test::writeFile(git, "#!/bin/sh\nexec /usr/bin/yes v1.0\n");
+  std::filesystem::permissions(git, std::filesystem::perms::owner_all);
+  ::setenv("PATH", git.parent_path().c_str(), 1);
+
+  const GitFacts facts = readGitFacts(place());
+
+  EXPECT_EQ(facts.version, "");
+  EXPECT_EQ(facts.userName, "");
+}
+
 TEST_F(GitFactsOf, ABrokenRepositoryAreNothing) {
   makeRepository();
   git("tag 2.0");

@@ -359,6 +359,16 @@ TEST(Manifest, ATextMayHoldAnyNumberOfDots) {
   }
 }
 
+TEST(Manifest, ATextWithoutAnEndIsASyntaxFaultHoweverManyDotsItHolds) {
+  const std::string dots = dotted("a", 1000);
+  for (const std::string quote : {"\"", "'", "\"\"\"", "'''"}) {
+    for (const char* end : {"", "\n", "\\"}) {
+      const std::string fault = faultOf(kLeast + "summary = " + quote + dots + end);
+      EXPECT_NE(fault.find("': error while parsing"), std::string::npos) << quote << end << fault;
+    }
+  }
+}
+
 struct Output {
   const char* name;
   const char* version;

@@ -56,6 +56,11 @@ INSTANTIATE_TEST_SUITE_P(All, TomlTexts,
                                          Text{"ends in \\\nx\\", "'ends in \\\\\\nx\\\\'"},
                                          Text{"\xC3\xA4\xF0\x9F\x98\x80", "'\\xe4\\U0001f600'"}));
 
+TEST(TomlText, ACarriageReturnIsKeptInALineAndEndsOneInABlock) {
+  EXPECT_EQ(readBack("a = " + tomlString("a\rb\r\nc") + "\n", "['a']"), "'a\\rb\\r\\nc'");
+  EXPECT_EQ(readBack("a = " + tomlBlock("a\rb\r\nc\r") + "\n", "['a']"), "'a\\nb\\nc\\n'");
+}
+
 TEST(TomlText, ACommentStaysOnItsLine) {
   EXPECT_EQ(tomlComment("a\nb = 1\xff"), "# a\\nb = 1\\xff\n");
 }

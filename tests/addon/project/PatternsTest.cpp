@@ -54,7 +54,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"[b-a]x", "ax", false, false}, Case{"[[:digit:]]x", "5x", false, true},
                     Case{"[[:alpha:]5]x", "5x", false, true},
                     Case{"[[:nope:]]x", "nx", false, false}, Case{"[ab", "a", false, false},
-                    Case{"[ab", "[ab", false, false}, Case{"\\*", "*", false, true},
+                    Case{"[ab", "[ab", false, false}, Case{"[a\\", "a", false, false},
+                    Case{"[a\\", "[a\\", false, false}, Case{"[a-\\", "a", false, false},
+                    Case{"x[a-\\", "x[a-\\", false, false}, Case{"\\*", "*", false, true},
                     Case{"\\*", "x", false, false}, Case{"a\\", "a\\", false, false},
                     Case{"A", "a", false, false}, Case{"", "a", false, false},
                     Case{"/", "a", true, false}));

@@ -111,6 +111,20 @@ TEST(PackageLimits, AContentTypeThatIsNotReadBackIsRefused) {
   EXPECT_TRUE(memory.package.canCreatePart(partName(u"/a.m")));
 }
 
+TEST(PackageLimits, AContentTypeOfANameThatIsNotReadBackIsRefused) {
+  MemoryPackage memory;
+  memory.package.open(OpenMode::Create);
+  const std::u16string longest = u"/" + letters(kLongest - 1);
+
+  createTyped(memory, longest, ContentType(u"a/b"));
+  const Fault fault = faultOf([&] { createTyped(memory, longest + u"b", ContentType(u"a/b")); });
+
+  EXPECT_EQ(fault.code, ErrorCode::TooLarge);
+  EXPECT_TRUE(
+      fault.text.ends_with("the name has 1048577 bytes, more than the 1048576 that are read"))
+      << fault.text.substr(0, 200);
+}
+
 TEST(PackageLimits, ARefusedPartLeavesWhatLiesInItsPlace) {
   MemoryPackage memory;
   memory.with("a.unknown").with("_rels/b.m.rels", relationshipsXml(""));
@@ -209,6 +223,27 @@ TEST(PackageLimits, WhatGrowsOnlyInWritingFailsTheCommitAndTheFileSurvives) {
   memory.package.deleteRelationship(u"r");
   memory.package.close(false);
   EXPECT_EQ(memory.disk.commits, 1u);
+}
+
+TEST(PackageLimits, ADocumentThatGrowsTooLargeOnlyInWritingFailsTheCommit) {
+  // Each of these takes one byte of what is read, and four of what is written.
+  const std::string signs(kLongest / 2, '>');
+  std::string relationships;
+  for (int i = 0; i < 60; ++i) {
+    relationships += "<Relationship Id='r" + std::to_string(i) + "' Type='" + signs +
+                     "' TargetMode='External' Target='x'/>";
+  }
+  MemoryPackage memory;
+  memory.with("a.m").with("_rels/.rels", relationshipsXml(relationships));
+  memory.package.open(OpenMode::Modify);
+  memory.package.deleteRelationship(u"r0");
+
+  const Fault fault = faultOf([&] { memory.package.close(false); });
+
+  EXPECT_EQ(fault.code, ErrorCode::TooLarge);
+  EXPECT_TRUE(fault.text.starts_with("cannot write '/_rels/.rels' of 'memory.kraddon': it has "))
+      << fault.text.substr(0, 200);
+  EXPECT_EQ(memory.disk.commits, 0u);
 }
 
 TEST(PackageLimits, ATypeOfBlanksWhichWouldNotBeReadBackIsRefused) {

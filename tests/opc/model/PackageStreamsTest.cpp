@@ -51,6 +51,23 @@ TEST(PackageStreams, AStreamOverPiecesThatIsReadAfterClosingTellsSo) {
   expectClosed(faultOf([&] { test::readAll(*stream); }), "read");
 }
 
+TEST(PackageStreams, AStreamOverPiecesEndsAfterTheLastOne) {
+  MemoryPackage memory;
+  memory.with("a.m/[0].piece", "one").with("a.m/[1].piece", "").with("a.m/[2].last.piece", "two");
+  memory.package.open(OpenMode::Read);
+  const auto stream = memory.package.openPart(memory.package.getPart(partName(u"/a.m"))->id());
+  std::string text;
+  unsigned char byte = 0;
+
+  while (!stream->isEnd()) {
+    ASSERT_EQ(stream->read(&byte, 1), 1u) << text;
+    text += static_cast<char>(byte);
+  }
+
+  EXPECT_EQ(text, "onetwo");
+  EXPECT_EQ(stream->read(&byte, 1), 0u);
+}
+
 TEST(PackageStreams, AStreamMayOutliveThePackageObject) {
   test::MemoryDisk disk;
   disk.add("[Content_Types].xml", test::typesXml()).add("a.m", "data");

@@ -215,6 +215,29 @@ TEST_F(XercesHelperTest, WhatCouldNotBeReadIsNotWritten) {
   EXPECT_THAT(refusal(), HasSubstr("256 deep"));
 }
 
+TEST_F(XercesHelperTest, AnElementWithMoreAttributesThanAreReadIsNotWritten) {
+  for (unsigned i = 0; i <= XercesHelper::kMaxAttributes; ++i) {
+    const std::string name = "a" + std::to_string(i);
+    root_->setAttribute(std::u16string(name.begin(), name.end()).c_str(), u"");
+  }
+
+  EXPECT_THAT(refusal(), HasSubstr("element 'root' has more than 4096 attributes"));
+}
+
+TEST_F(XercesHelperTest, ADocumentWithMoreNodesThanAreReadIsNotWritten) {
+  for (std::uint64_t i = 0; i < XercesHelper::kMaxNodes; ++i) {
+    root_->appendChild(document_->createElement(u"e"));
+  }
+
+  EXPECT_THAT(refusal(), HasSubstr("more than 2097152 elements and attributes"));
+}
+
+TEST_F(XercesHelperTest, ANodeOfAnotherKindIsNotWritten) {
+  root_->appendChild(document_->createEntityReference(u"amp"));
+
+  EXPECT_THAT(refusal(), HasSubstr("a node of kind 5 in"));
+}
+
 TEST_F(XercesHelperTest, AnAttributeIsWrittenUpToTheLimitOfReading) {
   const std::u16string most(XercesHelper::kMaxAttributeLength, u'<');
   XercesHelper::setElementAttribute(root_, u"a", most);

@@ -56,6 +56,8 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"Overlong", "<a>\xC0\xBC</a>", "XM-1", "no UTF-8", 1},
         Fault{"Surrogate", "<a>\n\xED\xA0\x80</a>", "XM-1", "(line 2, column 1)", 2},
         Fault{"Truncated", "<a/>\xE2\x82", "XM-1", "no UTF-8", 1},
+        Fault{"AfterAPairOfSurrogates", "<a>\n\xC3\xA9\xF0\x9F\x98\x80\xFF</a>", "XM-1",
+              "(line 2, column 4)", 2},
         Fault{"BeyondUnicode", "<a>\xF4\x90\x80\x80</a>", "XM-1", "no UTF-8", 1},
         Fault{"Latin1", "<?xml version='1.0' encoding='ISO-8859-1'?><a/>", "XM-1", "ISO-8859-1", 1},
         Fault{"Ascii", "<?xml version='1.0' encoding='US-ASCII'?><a/>", "XM-1", "US-ASCII", 1},

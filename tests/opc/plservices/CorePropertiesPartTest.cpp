@@ -279,6 +279,20 @@ TEST(CorePropertiesPart, TextThatXmlCannotCarryIsNotWritten) {
   }
 }
 
+TEST(CorePropertiesPart, KeywordsWithANulAreNotWritten) {
+  const std::u16string text(u"a\0b", 3);
+  for (const Keywords& keywords :
+       {Keywords{{{text}}, std::nullopt}, Keywords{{{text, true}}, std::nullopt},
+        Keywords{{{u"a", true, text}}, std::nullopt}, Keywords{{{u"a"}}, text}}) {
+    CorePropertiesPart properties;
+    properties.setKeywords(keywords);
+    test::StringOutputStream stream;
+
+    EXPECT_THROW(properties.write(stream), model::InvalidXMLDocument);
+    EXPECT_EQ(stream.writes, 0);
+  }
+}
+
 TEST(CorePropertiesPart, ASpecialTimeIsNotWritten) {
   CorePropertiesPart properties;
   properties.setDate(DateProperty::Created, boost::posix_time::ptime());

@@ -114,6 +114,32 @@ TEST_P(ExtractionConflict, AFileWhereAFolderMustGoIsAnError) {
   expectNothingWritten();
 }
 
+TEST_P(ExtractionConflict, APipeWhereAFolderMustGoIsAnError) {
+  fs::create_directory(target() / "a");
+  ASSERT_EQ(::mkfifo((target() / "a/b").c_str(), 0600), 0);
+
+  const std::string error = extract(GetParam());
+
+  EXPECT_THAT(error, HasSubstr("folder 'a/b' cannot be made: a special file is in its place"));
+  expectNothingWritten();
+}
+
+TEST_P(ExtractionConflict, AFolderThatComesWhileFilesAreWrittenIsAnErrorAndStays) {
+  const auto interfere = [this](const opc::interfaces::Progress&) {
+    fs::create_directory(target() / "first");
+  };
+
+  const std::string error = errorOf([&] {
+    tree.files.extract({tree.files.getRoot()}, target().string(), GetParam(), interfere);
+  });
+
+  EXPECT_THAT(error, HasSubstr("cannot extract 'first'"));
+  EXPECT_THAT(error, HasSubstr("a folder is there already"));
+  EXPECT_TRUE(fs::is_directory(target() / "first"));
+  // No temporary file either.
+  EXPECT_THAT(namesIn(target()), testing::UnorderedElementsAre("a", "bystander", "empty", "first"));
+}
+
 TEST_P(ExtractionConflict, AFileWhereAnEmptyFolderMustGoIsAnError) {
   writeFile(target() / "empty", "mine");
 

@@ -231,6 +231,39 @@ TEST_F(Extraction, ADestinationThatIsAFileIsRefused) {
   EXPECT_EQ(test::readFile(target()), "mine");
 }
 
+TEST_F(Extraction, ADestinationWithANulIsRefused) {
+  tree.addFile("a");
+  const std::u16string destination = target().u16string() + std::u16string(1, u'\0') + u"x";
+
+  const std::string error =
+      errorOf([&] { tree.files.extractAll(destination, RestoreMode::KeepExisting); });
+
+  EXPECT_THAT(error, HasSubstr("it holds a NUL"));
+  EXPECT_FALSE(fs::exists(target()));
+}
+
+TEST_F(Extraction, AFolderThatIsMovedMeanwhileEndsIt) {
+  std::string path;
+  for (int level = 0; level < 300; ++level) path += "d/";
+  tree.addFile(path + "deep");
+  tree.addFile("e/late");
+  tree.addFile("d/late");
+  fs::create_directory(tree.folder / "elsewhere");
+  bool isMoved = false;
+
+  const std::string error = errorOf([&] {
+    tree.files.extract({tree.files.getRoot()}, target().string(), RestoreMode::KeepExisting,
+                       [&](const Progress&) {
+                         if (isMoved) return;
+                         isMoved = true;
+                         fs::rename(target() / "d/d", tree.folder / "elsewhere/d");
+                       });
+  });
+
+  EXPECT_THAT(error, HasSubstr("folder 'd' was moved meanwhile"));
+  EXPECT_FALSE(fs::exists(tree.folder / "elsewhere/late"));
+}
+
 TEST_F(Extraction, ANameThatIsTooLongIsNamedBeforeAnythingIsWritten) {
   tree.addFile("a");
   const std::string name = "folder/" + std::string(256, 'n') + "/z";

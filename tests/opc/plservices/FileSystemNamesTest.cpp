@@ -188,6 +188,15 @@ TEST(FileSystemNamesTogether, APathTooLongForTheTableIsRefused) {
   EXPECT_THAT(tree.list(), IsEmpty());
 }
 
+TEST(FileSystemNamesTogether, AFileThatNoPartNameIsLeftForIsRefused) {
+  ScratchTree tree;
+  tree.addPart(u"/metadata/fileTree", "in the way of every name below it");
+
+  EXPECT_THAT(errorOf([&] { tree.addFile("a."); }),
+              HasSubstr("cannot add 'a.': no part name is left for it"));
+  EXPECT_THAT(tree.list(), IsEmpty());
+}
+
 struct StrangePart {
   const char16_t* name;
   const char* why;

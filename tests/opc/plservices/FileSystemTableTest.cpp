@@ -249,6 +249,27 @@ TEST(FileSystemTable, TwoRelationshipsToOneAreRefused) {
   EXPECT_THAT(errorOf([&tree] { tree.list(); }), HasSubstr("2 relationships"));
 }
 
+TEST(FileSystemTable, ARelationshipThatLeadsOutsideIsRefused) {
+  ScratchTree tree;
+  tree.package.createExternalRelationship(kType, opc::model::URI(u"http://x.example/"), u"");
+  tree.reopen();
+
+  EXPECT_THAT(errorOf([&tree] { tree.list(); }),
+              HasSubstr("to the file tree leads out of the package"));
+}
+
+TEST(FileSystemTable, AFileWhoseEntryCannotBeStoredIsNotThere) {
+  ScratchTree tree;
+  tree.addPart(u"/metadata/fileTree.xml/in.the.way", "x");
+
+  EXPECT_THAT(errorOf([&tree] { tree.addFile("a."); }), HasSubstr("'/metadata/fileTree.xml'"));
+
+  EXPECT_FALSE(tree.files.find("a."));
+  EXPECT_FALSE(tree.hasPart(u"/metadata/fileTree/1"));
+  tree.reopen();
+  EXPECT_TRUE(tree.list().empty());
+}
+
 TEST(FileSystemTable, ARelationshipThatLeadsNowhereIsRefused) {
   ScratchTree tree;
   tree.package.createInternalRelationship(kType, opc::model::URI(u"/gone.xml"), u"");

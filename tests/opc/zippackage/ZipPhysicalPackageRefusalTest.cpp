@@ -39,6 +39,8 @@ TEST_F(ZipPackages, ThatCannotBeOpenedSayWhy) {
   EXPECT_EQ(error(folder_.path()),
             "cannot open package '" + folder_.path().string() + "': it is a folder");
   EXPECT_EQ(error(""), "cannot open package '': the path is empty");
+  EXPECT_EQ(error(path().string() + '\0' + "x"),
+            "cannot open package '" + path().string() + "\\x00x': the path holds a NUL");
   test::writeFile(path(), "");
   EXPECT_EQ(error(path()), start + "it is empty");
   test::writeFile(path(), "hello");
@@ -86,6 +88,11 @@ TEST_F(ZipPackages, AreNotCreatedWhereTheyCannotBe) {
   EXPECT_EQ(error(path(), true), "");
   EXPECT_EQ(error(folder_.path(), true, &code),
             "cannot create package '" + folder_.path().string() + "': it is a folder");
+  EXPECT_EQ(code, ErrorCode::AlreadyExists);
+  ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(
+      error(folder_ / "pipe", true, &code),
+      "cannot create package '" + (folder_ / "pipe").string() + "': it is not a regular file");
   EXPECT_EQ(code, ErrorCode::AlreadyExists);
   EXPECT_NE(error(folder_ / "missing" / "p", true).find("No such file or directory"),
             std::string::npos);
@@ -167,6 +174,17 @@ TEST_F(ZipPackages, RefuseToWriteIntoItemsThatHaveTheirContent) {
             "item 'a' cannot be written to: it has its content");
   EXPECT_EQ(test::errorOf([&] { package.openForWriting(item); }),
             "item 'b' cannot be written to: it has its content");
+}
+
+TEST_F(ZipPackages, RefuseItemsWithoutASource) {
+  const auto holder = opened(OpenMode::Create);
+  auto& package = *holder;
+  ErrorCode code{};
+
+  EXPECT_EQ(test::errorOf([&] { package.addItem({.name = "a"}, nullptr); }, &code),
+            "item 'a' has no source");
+  EXPECT_EQ(code, ErrorCode::InvalidArgument);
+  EXPECT_EQ(package.itemCount(), 0u);
 }
 
 TEST_F(ZipPackages, RefuseNamesThatCannotBeWritten) {

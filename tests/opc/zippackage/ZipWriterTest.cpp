@@ -164,6 +164,23 @@ TEST_F(ZipWriters, TakeASourceAsItReadsWhateverItSaid) {
   EXPECT_EQ(pythonTest().substr(0, 4), "None");
 }
 
+TEST_F(ZipWriters, StoreASmallSourceThatSaidItWasLargeAndDoesNotGetSmaller) {
+  const std::string noise = test::randomText(1000);
+  const std::string bytes = written([&](ZipWriter& writer, OutputFile&) {
+    TextSource source(noise);
+    source.declaring(20000000);
+    writer.add({.name = "x"}, source, [](std::uint64_t) {});
+    writer.finish({});
+  });
+
+  const ZipDirectory directory = ZipDirectory::read(PackageFile(path()));
+  EXPECT_EQ(directory.entries()[0].method, kStored);
+  EXPECT_EQ(directory.entries()[0].packedSize, noise.size());
+  EXPECT_LT(bytes.size(), noise.size() + 200);  // nothing of the attempt to pack it is left
+  EXPECT_EQ(contentOf(0), noise);
+  EXPECT_EQ(pythonTest(), "None 1\n");
+}
+
 class LargeSources : public ZipWriters {};
 
 TEST_F(LargeSources, AreStreamed) {
@@ -366,6 +383,17 @@ TEST_F(CopiedEntries, KeepTheirWideSizesNextToTheNewOffset) {
   EXPECT_EQ(wide.substr(47, wide.find("PK\x06\x06") - 47),
             extraField(1, le64(7) + le64(0x100000000)) + extraField(7, "x"));
   EXPECT_EQ(narrow.substr(47), item.central.extra);
+}
+
+TEST_F(CopiedEntries, WithoutRoomForAWideOffsetAreRefused) {
+  test::ZipItem item{.name = "n", .content = "content"};
+  item.central.extra = extraField(7, std::string(0xFFFF - 4, 'x'));
+
+  ErrorCode code{};
+  const std::string error = test::errorOf([&] { movedTo(0x100000000, item); }, &code);
+
+  EXPECT_EQ(error, "cannot keep item 'n': its extra fields leave no room for its offset");
+  EXPECT_EQ(code, ErrorCode::TooLarge);
 }
 
 TEST_F(CopiedEntries, LoseAWideOffsetThatIsNoLongerNeeded) {
