@@ -338,8 +338,11 @@ class Manifests(SchemaTest):
         self.assertEqual("bad manifest" not in result.errors, is_good)
         (self.accept if is_good else self.refuse)("manifest", self.load(text))
 
+    ODD = (r"a\u0001b", r"\u000B", r"\f", r"a\u007Fb", r"a\u0080b", r"\u0085", r"a\u009F",
+           r"\uFFFE", r"a\uFFFFb")
+
     def test_both_refuse_the_same_texts(self):
-        """One odd text at a time, everywhere in a manifest."""
+        """One odd text at a time, everywhere in a manifest, two of them for each key."""
         self.tree(FULL_FILES, "wave")
         lines = FULL.replace("[build]", 'include = ["**"]\n[build]').splitlines(keepends=True)
         at = lines.index('include = ["**"]\n')
@@ -353,8 +356,7 @@ class Manifests(SchemaTest):
                 continue
             is_requirement = '[[requirements' in "".join(lines[at - 2:at])
             form = '{} = ["{}"]\n' if value.startswith("[") else '{} = "{}"\n'
-            for odd in ("", r"a\u0001b", r"\u000B", r"\f", r"a\u007Fb", r"a\u0080b", r"\u0085",
-                        r"a\u009F", r"\uFFFE", r"a\uFFFFb"):
+            for odd in ("", *(self.ODD[(2 * at + i) % len(self.ODD)] for i in range(2))):
                 is_good = odd == "" and (key in may_be_empty or
                                          (key == "version" and is_requirement))
                 if key == "include" and not odd:

