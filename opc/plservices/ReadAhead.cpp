@@ -19,6 +19,7 @@ ReadAhead::ReadAhead(PartReader reader, const interfaces::BackgroundStarter& sta
 }
 
 ReadAhead::~ReadAhead() {
+  if (!helper_) return;
   {
     const std::lock_guard lock(mutex_);
     isStopped_ = true;

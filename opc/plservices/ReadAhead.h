@@ -50,6 +50,7 @@ class ReadAhead {
   Batch current_;
   std::size_t next_ = 0;  // entry of current_
 
+  // All from here on only where there is a helper: what works alone locks nothing.
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Batch> batches_;   // read and not yet taken

@@ -13,6 +13,12 @@ constexpr std::uint64_t kBatchSize = std::uint64_t{512} << 10;
 constexpr std::uint64_t kMostAhead = std::uint64_t{24} << 20;
 constexpr std::size_t kMostBatches = 16;
 
+std::optional<PackedItem> packOne(const PackAhead::Job& job, ItemPacker& packer) {
+  const std::uint64_t size = job.source->size();
+  if (size > kWholeLimit) return std::nullopt;
+  return packer.pack(job.level, *job.source->getInputStream(), size);
+}
+
 }  // namespace
 
 PackAhead::PackAhead(std::vector<Job> jobs, const interfaces::BackgroundStarter& starter)
@@ -21,6 +27,7 @@ PackAhead::PackAhead(std::vector<Job> jobs, const interfaces::BackgroundStarter&
 }
 
 PackAhead::~PackAhead() {
+  if (!helper_) return;
   {
     const std::lock_guard lock(mutex_);
     isStopped_ = true;
@@ -29,6 +36,10 @@ PackAhead::~PackAhead() {
 }
 
 std::optional<PackedItem> PackAhead::take() {
+  return helper_ ? takeFromBatch() : packOne(jobs_[taken_++], packer_);
+}
+
+std::optional<PackedItem> PackAhead::takeFromBatch() {
   std::unique_lock lock(mutex_);
   if (!batches_.empty() && batches_.front().end == taken_) {
     ahead_ -= batches_.front().size;
@@ -78,26 +89,19 @@ PackAhead::Batch* PackAhead::begin(bool isWanted) {
 // Takes what fails as a result: it is for who asks for the item.
 void PackAhead::pack(Batch& batch, ItemPacker& packer) const {
   for (std::size_t job = batch.begin; job < batch.end; ++job) {
-    batch.results.push_back(packOne(jobs_[job], batch, packer));
+    Result& result = batch.results.emplace_back();
+    try {
+      const auto item = packOne(jobs_[job], packer);
+      if (!item) continue;
+      result.item = *item;
+      result.at = batch.data.size();
+      result.packedSize = item->data.size();
+      batch.data.insert(batch.data.end(), item->data.begin(), item->data.end());
+      result.isWhole = true;
+    } catch (...) {
+      result.failure = std::current_exception();
+    }
   }
-}
-
-PackAhead::Result PackAhead::packOne(const Job& job, Batch& batch, ItemPacker& packer) const {
-  Result result;
-  try {
-    const std::uint64_t size = job.source->size();
-    if (size > kWholeLimit) return result;
-    const auto item = packer.pack(job.level, *job.source->getInputStream(), size);
-    if (!item) return result;
-    result.item = *item;
-    result.at = batch.data.size();
-    result.packedSize = item->data.size();
-    batch.data.insert(batch.data.end(), item->data.begin(), item->data.end());
-    result.isWhole = true;
-  } catch (...) {
-    result.failure = std::current_exception();
-  }
-  return result;
 }
 
 void PackAhead::finish(Batch& batch) {

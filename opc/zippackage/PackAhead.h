@@ -56,9 +56,9 @@ class PackAhead {
     std::vector<unsigned char> data;
   };
 
+  std::optional<PackedItem> takeFromBatch();
   Batch* begin(bool isWanted);
   void pack(Batch& batch, ItemPacker& packer) const;
-  Result packOne(const Job& job, Batch& batch, ItemPacker& packer) const;
   void finish(Batch& batch);
   void help() noexcept;
 
@@ -66,6 +66,7 @@ class PackAhead {
   ItemPacker packer_;
   std::size_t taken_ = 0;
 
+  // All from here on only where there is a helper: what works alone locks nothing.
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Batch> batches_;  // begun and not yet taken, in order
