@@ -41,23 +41,42 @@ DestinationFolder::DestinationFolder(std::string path) : path_(std::move(path)) 
     throw Exception(ErrorCode::InvalidArgument,
                     "cannot open folder '" + path_ + "': it holds a NUL");
   }
-  made_ = uninterrupted([&] { return ::mkdir(path_.c_str(), 0777); }) == 0;
-  if (!made_ && errno != EEXIST) throw SystemError("cannot make folder '" + path_ + "'", errno);
-  open();
-  fresh_ = made_ || isEmptyFolder(path_);
+  try {
+    make();
+    open();
+  } catch (...) {
+    undo();
+    throw;
+  }
+  fresh_ = !made_.empty() || isEmptyFolder(path_);
+}
+
+void DestinationFolder::make() {
+  if (makeOne(path_)) return;
+  for (auto slash = path_.find('/', 1); slash != std::string::npos;
+       slash = path_.find('/', slash + 1)) {
+    const std::string above = path_.substr(0, slash);
+    if (!makeOne(above)) throw SystemError("cannot make folder '" + above + "'", errno);
+  }
+  if (!makeOne(path_)) throw SystemError("cannot make folder '" + path_ + "'", errno);
+}
+
+// Whether the name is taken now, by a folder or something else; errno says why not.
+bool DestinationFolder::makeOne(const std::string& path) {
+  made_.push_back(path);
+  if (uninterrupted([&] { return ::mkdir(path.c_str(), 0777); }) == 0) return true;
+  made_.pop_back();
+  return errno == EEXIST;
 }
 
 void DestinationFolder::open() {
   folder_.reset(
       uninterrupted([&] { return ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
-  if (folder_) return;
-  const int number = errno;
-  undo();
-  throw SystemError("cannot open folder '" + path_ + "'", number);
+  if (!folder_) throw SystemError("cannot open folder '" + path_ + "'", errno);
 }
 
 void DestinationFolder::undo() noexcept {
-  if (made_) ::rmdir(path_.c_str());
+  for (auto path = made_.rbegin(); path != made_.rend(); ++path) ::rmdir(path->c_str());
 }
 
 }  // namespace opc::plservices

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "opc/FileDescriptor.h"
 
@@ -10,22 +11,24 @@ namespace opc::plservices {
 /// The folder on disk that files are written to, open. The path to it may go through links.
 class DestinationFolder {
  public:
-  /// Makes the folder if it is missing; the one above it must exist. Throws Exception that names
-  /// it.
+  /// Makes the folder if it is missing, and those above it. Throws Exception that names the one
+  /// that cannot be made or opened; nothing that was made stays then.
   explicit DestinationFolder(std::string path);
 
   int descriptor() const { return folder_.get(); }
   /// Whether nothing was in it.
   bool isFresh() const { return fresh_; }
-  /// Takes the folder away again, if it was made here and nothing has been put into it.
+  /// Takes away again what was made here, unless something has been put into it.
   void undo() noexcept;
 
  private:
+  void make();
+  bool makeOne(const std::string& path);
   void open();
 
   std::string path_;
   FileDescriptor folder_;
-  bool made_ = false;
+  std::vector<std::string> made_;  // outermost first
   bool fresh_ = false;
 };
 

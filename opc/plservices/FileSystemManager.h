@@ -102,7 +102,7 @@ class FileSystemManager {
   /// root.
   void remove(const FileSystemEntry& entry);
 
-  /// Writes the whole tree below `destination` (made if missing; the folder above it must exist).
+  /// Writes the whole tree below `destination`, which is made if it is missing.
   void extractAll(const std::u16string& destination, RestoreMode mode);
   /// Writes the chosen entries, folders with all that is below them, under their full paths below
   /// `destination` (UTF-8). Checks everything that it can (names, existing files, free space)

@@ -211,16 +211,26 @@ TEST_F(Extraction, ADestinationMayBeReachedThroughALink) {
   EXPECT_THAT(listDisk(tree.folder / "real"), ElementsAre("a", "a/b"));
 }
 
-TEST_F(Extraction, OnlyTheLastFolderOfTheDestinationIsMade) {
+TEST_F(Extraction, FoldersAboveTheDestinationAreMadeWhereTheyAreMissing) {
   tree.addFile("a");
-  const std::string destination = (tree.folder / "no/such").string();
+  const fs::path destination = tree.folder / "no/such/folder/";
+
+  tree.files.extractAll(destination.u16string(), RestoreMode::KeepExisting);
+
+  EXPECT_THAT(listDisk(tree.folder / "no"), ElementsAre("such", "such/folder", "such/folder/a"));
+}
+
+TEST_F(Extraction, WhatWasMadeForADestinationThatCannotBeMadeIsTakenAwayAgain) {
+  tree.addFile("a");
+  fs::create_directory(tree.folder / "there");
+  const std::string destination = (tree.folder / "there/no/such" / std::string(300, 'x')).string();
 
   const auto action = [&] {
     tree.files.extractAll(opc::fromUtf8(destination), RestoreMode::KeepExisting);
   };
 
-  EXPECT_EQ(errorOf(action), "cannot make folder '" + destination + "': No such file or directory");
-  EXPECT_FALSE(fs::exists(tree.folder / "no"));
+  EXPECT_EQ(errorOf(action), "cannot make folder '" + destination + "': File name too long");
+  EXPECT_THAT(listDisk(tree.folder / "there"), testing::IsEmpty());
 }
 
 TEST_F(Extraction, ADestinationThatIsAFileIsRefused) {
