@@ -26,6 +26,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
+#include <time.h>
 #include <unistd.h>
 
 enum Family {
@@ -47,13 +48,14 @@ enum Family {
   kListing,
   kStatus,
   kMemory,
+  kDate,
   kFamilies
 };
 
 static const char* const kNames[kFamilies] = {
-    "open",       "nameless",  "read",          "write",   "copy",     "sync",
-    "foldersync", "rename",    "renamekeeping", "link",    "truncate", "close",
-    "unlink",     "attribute", "folder",        "listing", "status",   "memory"};
+    "open",   "nameless",      "read",   "write",    "copy",  "sync",   "foldersync",
+    "rename", "renamekeeping", "link",   "truncate", "close", "unlink", "attribute",
+    "folder", "listing",       "status", "memory",   "date"};
 
 static const struct {
   const char* name;
@@ -467,6 +469,13 @@ EXPORT int fstat(int file, struct stat* status) {
 EXPORT int fstatat(int at, const char* path, struct stat* status, int flags) {
   FAIL_AT(kStatus, path);
   return (int)syscall(SYS_newfstatat, at, path, status, flags);
+}
+
+EXPORT struct tm* gmtime_r(const time_t* time, struct tm* into) {
+  if (next(kDate) == kFail) return NULL;
+  struct tm* (*real)(const time_t*, struct tm*) =
+      __extension__(struct tm * (*)(const time_t*, struct tm*)) dlsym(RTLD_NEXT, "gmtime_r");
+  return real(time, into);
 }
 
 // ---- allocations -----------------------------------------------------------------------------
