@@ -4,6 +4,7 @@
 #include "hostarray/kxarray.h"
 
 // The gateways that work on the file tree and the screenshot. Input 0 is the package path.
+// How they fail, and whose the output is, is in gateway/GatewayFrame.h.
 
 namespace gateway {
 

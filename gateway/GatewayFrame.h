@@ -26,7 +26,8 @@ inline void checkCounts(Arity arity, int nlhs, int nrhs) {
 ///
 /// A wrong argument count ends in the host's own error before `body` starts. An opc::Exception from
 /// `body` ends the call in silence: to the host, an output left unset is what failure looks like.
-/// Whatever else `body` throws reaches the host unchanged.
+/// Whatever else `body` throws reaches the host unchanged: the host's own errors, lack of memory.
+/// An output that is stored belongs to the caller, and inputs stay the caller's.
 template <typename Body>
 void runGateway(Arity arity, int nlhs, int nrhs, Body body) {
   checkCounts(arity, nlhs, nrhs);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "gateway/PackageGateways.h"
 
+#include <string>
+
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/AddonProperties.h"
 #include "gateway/GatewayFrame.h"

@@ -11,6 +11,7 @@
 #include "addon/packaging/AddonExamples.h"
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
+#include "addon/packaging/DocumentRemoval.h"
 #include "hostarray/standin/testing.h"
 #include "opc/Suggest.h"
 #include "opc/Text.h"
@@ -99,7 +100,7 @@ void store(AddonPackage& package, const kxArray* array) {
 
 template <typename Document>
 bool remove(AddonPackage& package) {
-  return package.removeXMLPart(Document());
+  return addon::packaging::removeDocument(package.logicalPackage(), Document());
 }
 
 template <typename Document>

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "addon/packaging/DocumentRemoval.h"
 #include "opc/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
@@ -41,7 +42,9 @@ std::vector<Removal> removals() {
   for (const DocumentKind& kind : documentKinds()) {
     if (kind.shape.name != kProperties) all.push_back({kind.shape.name, kind.remove});
   }
-  all.push_back({kScreenshot, [](AddonPackage& package) { return package.removeScreenshot(); }});
+  all.push_back({kScreenshot, [](AddonPackage& package) {
+                   return addon::packaging::removeScreenshot(package.logicalPackage());
+                 }});
   return all;
 }
 

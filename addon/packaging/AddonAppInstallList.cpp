@@ -80,7 +80,7 @@ void AddonAppInstallList::buildDOM(opc::model::DocumentPointer& document) {
 }
 
 void AddonAppInstallList::populateFromDOM(xercesc::DOMDocument* document) {
-  apps = readChildRecords<AddonAppInstall>(document->getDocumentElement(), Xml::kApplication);
+  readChildRecords(document->getDocumentElement(), Xml::kApplication, apps);
 }
 
 }  // namespace addon::packaging

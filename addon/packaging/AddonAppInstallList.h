@@ -42,7 +42,7 @@ class AddonAppInstallList : public XMLPartType {
   std::vector<AddonAppInstall> apps;
 
   AddonAppInstallList();
-  /// From a host struct array of any shape, one app an element.
+  /// From a host struct array of any shape, one app an element. Raises what AddonAppInstall does.
   explicit AddonAppInstallList(const kxArray* s);
 
   /// A new host struct array of one element an app; the caller owns it.

@@ -65,9 +65,10 @@ void AddonConfiguration::buildDOM(opc::model::DocumentPointer& document) {
 
 void AddonConfiguration::populateFromDOM(xercesc::DOMDocument* document) {
   const xercesc::DOMElement* root = document->getDocumentElement();
+  for (const PathList& list : kLists) (this->*list.member).clear();
   for (const PathList& list : kLists) {
-    this->*list.member =
-        readChildTexts(XercesHelper::getElement(root, list.listElement), list.pathElement);
+    readChildTexts(XercesHelper::getElement(root, list.listElement), list.pathElement,
+                   this->*list.member);
   }
 }
 

@@ -127,9 +127,10 @@ void AddonExamples::populateFromDOM(xercesc::DOMDocument* document) {
   categories.clear();
   const xercesc::DOMElement* root = document->getDocumentElement();
   for (const auto* element : XercesHelper::getElements(root, Xml::kCategory)) {
-    ExampleCategory& category = categories.emplace_back();
+    ExampleCategory category;
     XercesHelper::getElementAttribute(element, Xml::kName, category.name);
-    category.examples = readChildRecords<Example>(element, Xml::kExample);
+    readChildRecords(element, Xml::kExample, category.examples);
+    categories.push_back(std::move(category));
   }
 }
 

@@ -57,7 +57,8 @@ class AddonExamples : public XMLPartType {
 
   AddonExamples();
   /// From a host struct array of any shape, one category an element. A category whose examples are
-  /// unset has none.
+  /// unset has none. Raises a host error for a name that is missing or no text, and what Example
+  /// does.
   explicit AddonExamples(const kxArray* array);
 
   /// A new host struct array of one element a category; the caller owns it.

@@ -1,11 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "addon/packaging/AddonPackage.h"
 
+#include <algorithm>
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <utility>
 
+#include "addon/packaging/ScreenshotPart.h"
 #include "opc/Exception.h"
+#include "opc/LocalFileSystemOps.h"
+#include "opc/Streams.h"
 #include "opc/Text.h"
+#include "opc/model/PackageHelper.h"
+#include "opc/plservices/FileContentSource.h"
 
 namespace addon::packaging {
 
@@ -18,6 +25,7 @@ using opc::model::StandardPartInfo;
 using opc::model::URI;
 using opc::model::XercesHelper;
 using opc::plservices::CoreProperties;
+using opc::plservices::FileContentSource;
 using opc::plservices::FileSystemEntry;
 using opc::plservices::FileSystemEntryAlreadyExists;
 using opc::plservices::RestoreMode;
@@ -40,6 +48,39 @@ void setTexts(CoreProperties& core, const AddonProperties& properties) {
 
 void assignIfPresent(std::u16string& text, const boost::optional<std::u16string>& value) {
   if (value) text = *value;
+}
+
+struct ImageType {
+  const char* extension;
+  const char* contentType;
+};
+
+// Only the four-letter form of tiff is known; "tif" goes as a JPEG, like all else.
+constexpr ImageType kImageTypes[] = {
+    {"png", "image/png"}, {"gif", "image/gif"}, {"tiff", "image/tiff"}, {"bmp", "image/bmp"}};
+constexpr const char* kJpegType = "image/jpeg";
+constexpr const char16_t* kJpegExtension = u"jpg";
+
+constexpr std::size_t kReadStep = 8192;  // bytes
+
+/// Takes away the screenshot that is there, with both its relationships.
+void takeAwayScreenshot(opc::model::Package& package) {
+  if (!package.hasRelationship(ScreenshotPart::kId)) return;
+  const auto relationship = package.getRelationship(ScreenshotPart::kId);
+  package.deletePart(PartName(relationship.getTargetURI().toString()));
+  package.deleteRelationship(ScreenshotPart::kId);
+  package.deleteRelationship(ScreenshotPart::kThumbnailId);
+}
+
+std::vector<unsigned char> readAll(opc::InputStream& stream) {
+  std::vector<unsigned char> bytes;
+  std::size_t total = 0;
+  while (!stream.isEnd()) {
+    bytes.resize(total + kReadStep);
+    total += stream.read(bytes.data() + total, kReadStep);
+  }
+  bytes.resize(total);
+  return bytes;
 }
 
 }  // namespace
@@ -111,21 +152,30 @@ void AddonPackage::addXMLPart(XMLPartType& document) {
   if (isReplacement) logicalPackage_.deletePart(name);
   const auto part = logicalPackage_.createPart(name, ContentType(document.contentType),
                                                StandardPartInfo(CompressionType::Normal, 0));
-  // A relationship outlives the part that it points at, so that its id stays the same.
-  if (!isReplacement) {
-    logicalPackage_.createInternalRelationship(document.relationshipType, URI(document.partName),
-                                               u"");
+  try {
+    // A relationship outlives the part that it points at, so that its id stays the same.
+    if (!isReplacement) {
+      logicalPackage_.createInternalRelationship(document.relationshipType, URI(document.partName),
+                                                 u"");
+    }
+    write(document, *part);
+  } catch (...) {
+    // Half a document is worse than none.
+    logicalPackage_.deletePart(name);
+    throw;
   }
+}
 
+void AddonPackage::write(XMLPartType& document, opc::model::Part& part) const {
   const opc::model::WriterPointer writer = XercesHelper::createWriter();
   opc::model::DocumentPointer dom = XercesHelper::createDocument();
   dom->setXmlStandalone(true);
   try {
     document.buildDOM(dom);
-    const auto stream = part->getOutputStream();
+    const auto stream = part.getOutputStream();
     XercesHelper::writeDocumentToStream(writer, dom, *stream);
   } catch (InvalidXMLDocument& fault) {
-    fault.addContext(contextOf("write", name));
+    fault.addContext(contextOf("write", part.getName()));
     throw;
   }
 }
@@ -135,21 +185,14 @@ void AddonPackage::getXMLPart(XMLPartType& document) {
   // None means that it was never set; of several none can be told to be the right one.
   if (relationships.size() != 1) return;
 
-  const auto& relationship = relationships.front();
-  if (relationship.getTargetMode() == opc::model::TargetMode::External) {
-    throw opc::FormatError(
-        "RL-11", contextOf("read", PartName(document.partName)) + ": relationship '" +
-                     opc::toUtf8ForDisplay(relationship.getId()) + "' leads out of the package");
-  }
-  const PartName name(relationship.getTargetURI().toString());
-  const auto part = logicalPackage_.getPart(name);
+  const auto part = logicalPackage_.getPart(relationships.front());
   const opc::model::ParserPointer parser = XercesHelper::createParser();
   const auto stream = part->getInputStream();
   try {
     document.populateFromDOM(
         XercesHelper::readDocumentFromStream(parser, *stream, false, u"", document.namespaceURI));
   } catch (InvalidXMLDocument& fault) {
-    fault.addContext(contextOf("read", name));
+    fault.addContext(contextOf("read", part->getName()));
     throw;
   }
 }
@@ -162,14 +205,52 @@ void AddonPackage::getLicense(AddonLicense& license) {
   getXMLPart(license);
 }
 
+std::u16string AddonPackage::getContentTypeFromImageExtension(const std::u16string& extension) {
+  std::string ascii = opc::toASCIIString(extension);
+  boost::algorithm::to_lower(ascii);
+  const auto* known = std::find_if(std::begin(kImageTypes), std::end(kImageTypes),
+                                   [&](const ImageType& type) { return ascii == type.extension; });
+  const bool isKnown = known != std::end(kImageTypes);
+  return opc::toStringFromASCIIStringLiteral(isKnown ? known->contentType : kJpegType);
+}
+
+void AddonPackage::setScreenshot(const std::u16string& imagePath) {
+  takeAwayScreenshot(logicalPackage_);
+
+  const std::u16string extension = opc::LocalFileSystemOps::getExtension(imagePath);
+  const std::u16string type = getContentTypeFromImageExtension(extension);
+  const bool isJpeg = type == opc::toStringFromASCIIStringLiteral(kJpegType);
+  const std::u16string name = ScreenshotPart::kNameStem + (isJpeg ? kJpegExtension : extension);
+  const auto part = logicalPackage_.createPart(PartName(name), ContentType(type),
+                                               StandardPartInfo(CompressionType::Normal, 0));
+  logicalPackage_.createInternalRelationship(ScreenshotPart::relationshipType(), URI(name),
+                                             ScreenshotPart::kId);
+  logicalPackage_.createInternalRelationship(
+      opc::model::PackageHelper::getThumbnailRelationshipType(), URI(name),
+      ScreenshotPart::kThumbnailId);
+
+  FileContentSource image(imagePath);
+  const auto from = image.getInputStream();
+  const auto into = part->getOutputStream();
+  opc::StreamHelper::copyStreamToStream(*from, *into);
+}
+
+std::vector<unsigned char> AddonPackage::getScreenshot() {
+  return getBinaryPart(ScreenshotPart::relationshipType());
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+std::vector<unsigned char> AddonPackage::getBinaryPart(std::u16string relationshipType) {
+  const auto relationships = logicalPackage_.getRelationshipsByType(relationshipType);
+  if (relationships.size() != 1) return {};
+  const auto part = logicalPackage_.getPart(relationships.front());
+  const auto stream = part->getInputStream();
+  return readAll(*stream);
+}
+
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void AddonPackage::addFiles(std::vector<std::u16string> files, std::vector<std::u16string> paths) {
-  if (paths.size() < files.size()) {
-    throw opc::Exception(opc::ErrorCode::InvalidArgument,
-                         "list of " + std::to_string(files.size()) + " files comes with only " +
-                             std::to_string(paths.size()) + " paths");
-  }
-  for (std::size_t i = 0; i < files.size(); ++i) fileSystemManager_.addFile(files[i], paths[i]);
+  for (std::size_t i = 0; i < files.size(); ++i) fileSystemManager_.addFile(files[i], paths.at(i));
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
@@ -178,7 +259,7 @@ void AddonPackage::addFolders(std::vector<std::u16string> folders) {
     try {
       fileSystemManager_.createFolder(folder);
     } catch (const FileSystemEntryAlreadyExists&) {
-      // An existing folder is welcome, an existing file is not: only the file has content to lose.
+      // A name that is taken, by a folder or a file, is passed over; addFiles ends there instead.
     }
   }
 }

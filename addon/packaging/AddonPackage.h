@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -15,18 +16,20 @@
 namespace addon::packaging {
 
 /// What kind of add-on a package holds.
-enum class AddonType : std::int32_t { Toolbox = 0, Unknown = 1 };
+enum AddonType : std::int32_t { Toolbox = 0, Unknown = 1 };
 
 /// One add-on package file, for the length of one piece of work.
 ///
 /// Either construct it with properties (the package is then open as a new one), or construct it
 /// with the path and open logicalPackage(); work; then logicalPackage().close(false), which is what
-/// puts changes on the disk. Everything throws opc::Exception; nothing that failed is committed.
+/// puts changes on the disk. What fails throws opc::Exception; the package is then to be closed
+/// with close(true), since what was done before the failure is still in it.
 class AddonPackage {
  public:
   /// A new package of the type that `properties` name, with core properties, the properties
   /// document and the current time. An unknown type makes nothing at all, silently: the package is
   /// then not open, and closing it writes nothing. Replaces a file at the path when committed.
+  /// Throws std::runtime_error when the system cannot tell the date.
   AddonPackage(std::u16string& path, AddonProperties& properties);
   /// Binds to a package file; reads nothing.
   explicit AddonPackage(const std::u16string& path);
@@ -44,16 +47,13 @@ class AddonPackage {
   /// Fills `properties` from both; what the package does not hold keeps its value.
   void getAddonProperties(AddonProperties& properties);
 
-  /// Writes or replaces the document's part; its relationship, once made, is kept.
+  /// Writes or replaces the document's part; its relationship, once made, is kept. After a failure
+  /// there is no part.
   void addXMLPart(XMLPartType& document);
   /// Fills `document` from its part, found through the one relationship of its type. With none, or
   /// several, it keeps what it holds. Throws opc::Exception when the target is missing and
   /// opc::model::InvalidXMLDocument when it is not well-formed.
   void getXMLPart(XMLPartType& document);
-  /// Removes the document: every relationship of its type with the part that it leads to, and the
-  /// part that has its name. A part stays when something else leads to it or when it is a file of
-  /// the tree. False, and nothing is changed, when there is nothing of that.
-  bool removeXMLPart(const XMLPartType& document);
   void setLicense(AddonLicense& license);
   void getLicense(AddonLicense& license);
 
@@ -61,25 +61,28 @@ class AddonPackage {
   /// png, gif, tiff and bmp, and "image/jpeg" for anything else.
   static std::u16string getContentTypeFromImageExtension(const std::u16string& extension);
   /// Stores the image file at a path of the disk, unchanged, as the package's one screenshot and
-  /// thumbnail, in the place of an earlier one. Throws opc::Exception when it cannot be read.
-  void setScreenshot(std::u16string& imagePath);
-  /// Removes the screenshot, with the thumbnail that shows it, as removeXMLPart does.
-  bool removeScreenshot();
+  /// thumbnail, in the place of an earlier one. When the file cannot be read the earlier one is
+  /// gone all the same, and the new one empty, until the package is closed with close(true).
+  void setScreenshot(const std::u16string& imagePath);
   /// The bytes of the screenshot; none when there is none.
   std::vector<unsigned char> getScreenshot();
   /// The bytes of the one part that the package points at with that relationship type; none unless
-  /// there is exactly one.
+  /// there is exactly one. Throws opc::Exception when the part is missing.
   std::vector<unsigned char> getBinaryPart(std::u16string relationshipType);
 
   /// Adds files[i] of the disk as paths[i] of the package. A path that is taken ends it with
-  /// FileSystemEntryAlreadyExists; those before it stay added.
+  /// FileSystemEntryAlreadyExists; those before it stay added. The files are read when the package
+  /// is closed. Throws std::out_of_range at the first file that has no path.
   void addFiles(std::vector<std::u16string> files, std::vector<std::u16string> paths);
-  /// Adds folders; one that exists is no error.
+  /// Adds folders; a name that is taken is passed over.
   void addFolders(std::vector<std::u16string> folders);
   /// Writes the file tree below a folder of the disk, replacing files that exist there.
   void extractAllFiles(const std::u16string& destination);
   /// The paths of all files and of the empty folders, depth first, in code-unit order.
   std::vector<std::u16string> getFileList();
+  /// Appends those below one folder.
+  void addFilesFromFolder(opc::plservices::FileSystemEntry folder,
+                          std::vector<std::u16string>& list);
 
   opc::zippackage::ZipPhysicalPackage& physicalPackage() { return physicalPackage_; }
   opc::model::Package& logicalPackage() { return logicalPackage_; }
@@ -88,8 +91,7 @@ class AddonPackage {
 
  private:
   std::string contextOf(const char* verb, const opc::model::PartName& part) const;
-  void addFilesFromFolder(opc::plservices::FileSystemEntry folder,
-                          std::vector<std::u16string>& list);
+  void write(XMLPartType& document, opc::model::Part& part) const;
 
   opc::zippackage::ZipPhysicalPackage physicalPackage_;
   opc::model::Package logicalPackage_;

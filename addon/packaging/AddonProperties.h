@@ -10,8 +10,9 @@
 
 namespace addon::packaging {
 
-/// Who and what an add-on is. Kept in two places: name, version, summary, author and release in the
-/// package's core properties, the rest in the part "/metadata/addonProperties.xml".
+/// Who and what an add-on is. Kept in two places: type, name, version, summary, release and the
+/// author's name in the package's core properties; GUID, description and the author, whose name
+/// counts here, in the part "/metadata/addonProperties.xml".
 class AddonProperties : public XMLPartType {
  public:
   std::u16string type;  ///< "Korvan Toolbox", the only one known

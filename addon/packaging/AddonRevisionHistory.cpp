@@ -72,7 +72,7 @@ void AddonRevisionHistory::buildDOM(opc::model::DocumentPointer& document) {
 }
 
 void AddonRevisionHistory::populateFromDOM(xercesc::DOMDocument* document) {
-  revisions = readChildRecords<AddonRevision>(document->getDocumentElement(), Xml::kRevision);
+  readChildRecords(document->getDocumentElement(), Xml::kRevision, revisions);
 }
 
 }  // namespace addon::packaging

@@ -40,7 +40,8 @@ class AddonRevisionHistory : public XMLPartType {
   std::vector<AddonRevision> revisions;
 
   AddonRevisionHistory();
-  /// From a host struct array of any shape, one revision an element.
+  /// From a host struct array of any shape, one revision an element. Raises what AddonRevision
+  /// does.
   explicit AddonRevisionHistory(const kxArray* s);
 
   /// A new host struct array of one element a revision; the caller owns it.

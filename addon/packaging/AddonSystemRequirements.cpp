@@ -101,9 +101,10 @@ void AddonSystemRequirements::buildDOM(opc::model::DocumentPointer& document) {
 
 void AddonSystemRequirements::populateFromDOM(xercesc::DOMDocument* document) {
   const xercesc::DOMElement* root = document->getDocumentElement();
+  for (const DependencyList& list : kLists) (this->*list.member).clear();
   for (const DependencyList& list : kLists) {
-    this->*list.member = readChildRecords<ProductDependency>(
-        XercesHelper::getElement(root, list.listElement), list.element);
+    readChildRecords(XercesHelper::getElement(root, list.listElement), list.element,
+                     this->*list.member);
   }
 }
 

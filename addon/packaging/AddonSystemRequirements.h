@@ -41,7 +41,8 @@ class AddonSystemRequirements : public XMLPartType {
   std::vector<ProductDependency> supportPackageDependencies;
 
   AddonSystemRequirements();
-  /// From element 0 of a host struct. A list that is missing, unset or empty has no entries.
+  /// From element 0 of a host struct, which must have one. A list that is missing, unset or empty
+  /// has no entries. Raises a host error for no element, and what ProductDependency does.
   explicit AddonSystemRequirements(const kxArray* requirements);
 
   /// A new 1-by-1 host struct, in which a list without entries is unset; the caller owns it.

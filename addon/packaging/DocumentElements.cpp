@@ -15,14 +15,13 @@ void readChildText(const xercesc::DOMElement* parent, std::u16string_view name,
   XercesHelper::getElementText(XercesHelper::getElement(parent, name), text);
 }
 
-std::vector<std::u16string> readChildTexts(const xercesc::DOMElement* parent,
-                                           std::u16string_view name) {
-  std::vector<std::u16string> texts;
+void readChildTexts(const xercesc::DOMElement* parent, std::u16string_view name,
+                    std::vector<std::u16string>& texts) {
+  texts.clear();
   for (const xercesc::DOMElement* element : XercesHelper::getElements(parent, name)) {
     std::u16string text;
     if (XercesHelper::getElementText(element, text)) texts.push_back(text);
   }
-  return texts;
 }
 
 }  // namespace addon::packaging

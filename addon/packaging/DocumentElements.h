@@ -63,18 +63,19 @@ void readAttributes(Record& record, const xercesc::DOMElement* element,
 void readChildText(const xercesc::DOMElement* parent, std::u16string_view name,
                    std::u16string& text);
 
-/// The texts of all child elements `name`, in document order.
-std::vector<std::u16string> readChildTexts(const xercesc::DOMElement* parent,
-                                           std::u16string_view name);
+/// Replaces `texts` by those of all child elements `name`, in document order. When one cannot be
+/// read, those before it are there.
+void readChildTexts(const xercesc::DOMElement* parent, std::u16string_view name,
+                    std::vector<std::u16string>& texts);
 
-/// The records of all child elements `name`, each constructed from its element.
+/// The same with records, each constructed from its element.
 template <typename Record>
-std::vector<Record> readChildRecords(const xercesc::DOMElement* parent, std::u16string_view name) {
-  std::vector<Record> records;
+void readChildRecords(const xercesc::DOMElement* parent, std::u16string_view name,
+                      std::vector<Record>& records) {
+  records.clear();
   for (const xercesc::DOMElement* element : opc::model::XercesHelper::getElements(parent, name)) {
     records.emplace_back(element);
   }
-  return records;
 }
 
 }  // namespace addon::packaging

@@ -6,6 +6,7 @@
 
 #include "fl/i18n/codecvt.h"
 #include "opc/Streams.h"
+#include "opc/model/XercesParser.h"
 
 namespace addon::packaging {
 
@@ -27,6 +28,7 @@ void XMLPartType::populateFromXML(std::u16string xml) {
   std::istringstream bytes(toBytes.convert(xml));
   opc::StdIStreamAdaptor stream(bytes);
   const opc::model::ParserPointer parser = XercesHelper::createParser();
+  parser->ignoreDeclaredEncoding();
   populateFromDOM(XercesHelper::readDocumentFromStream(parser, stream, false, u"", u""));
 }
 

@@ -39,15 +39,19 @@ class XMLPartType {
   /// the root are not looked at.
   virtual void populateFromDOM(xercesc::DOMDocument* document) = 0;
 
-  /// populateFromDOM on parsed text. Throws opc::model::InvalidXMLDocument; the document then keeps
-  /// what it holds.
+  /// populateFromDOM on parsed text, whatever encoding its declaration names. For text that is not
+  /// well-formed throws opc::model::InvalidXMLDocument, for half a surrogate pair or too much text
+  /// another opc::Exception; the document then keeps what it holds. What populateFromDOM throws
+  /// passes, and what it had read by then stays.
   void populateFromXML(std::u16string xml);
   /// The document as standalone XML. Throws opc::model::InvalidXMLDocument for text that XML cannot
-  /// carry.
+  /// carry or that the limits of opc::model::XercesHelper rule out.
   std::u16string getAsXMLString();
 
  protected:
   XMLPartType(const XMLPartType&) = default;
+  /// For the assignment of one document to another of its class, which has the same identity.
+  XMLPartType& operator=(const XMLPartType&) { return *this; }
 };
 
 }  // namespace addon::packaging

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/model/NameKey.h"
 #include "opc/model/PackageState.h"
 
@@ -112,6 +113,16 @@ std::shared_ptr<Part> Package::getPart(const PartName& name) {
   if (!part) throw missingPart("get", name, physical_);
   return std::make_shared<Part>(*this, *part, PartName::fromItemName(state_->name(*part)),
                                 state_->typeOf(*part));
+}
+
+std::shared_ptr<Part> Package::getPart(const Relationship& relationship) {
+  if (relationship.getTargetMode() == TargetMode::External) {
+    throw FormatError("RL-11", "cannot get the part that relationship '" +
+                                   toUtf8ForDisplay(relationship.getId()) + "' of '" +
+                                   physical_.description() +
+                                   "' leads to: it is outside the package");
+  }
+  return getPart(PartName(relationship.getTargetURI().toString()));
 }
 
 std::shared_ptr<Part> Package::createPart(const PartName& name, const ContentType& type,

@@ -61,6 +61,9 @@ class Package final : public RelationshipSource {
   bool hasPart(const PartName& name);
   /// Throws ErrorCode::NotFound, naming the part and the package.
   std::shared_ptr<Part> getPart(const PartName& name);
+  /// The part that a relationship of the package leads to. Throws as the other one does, and
+  /// FormatError with rule RL-11 when the target is outside the package.
+  std::shared_ptr<Part> getPart(const Relationship& relationship);
   /// Throws ErrorCode::AlreadyExists for a taken name (names that differ only in the case of ASCII
   /// letters are one), InvalidName for a relationships name and for one that extends, or is
   /// extended by, another part's, TooLarge for a type that would not be read again.

@@ -71,7 +71,7 @@ class RefusingEntityResolver final : public xercesc::EntityResolver {
 // Everything is set here, whatever the environment of the process says.
 class XercesParser::DomParser final : public xercesc::XercesDOMParser {
  public:
-  DomParser() {
+  explicit DomParser(bool comparesEncoding) : comparesEncoding_(comparesEncoding) {
     setDoNamespaces(true);
     setValidationScheme(Val_Never);
     setDoSchema(false);
@@ -105,7 +105,7 @@ class XercesParser::DomParser final : public xercesc::XercesDOMParser {
     if (version == nullptr || std::u16string_view(version) != u"1.0") {
       failHere("version '" + xercesMessage(version) + "' of XML is not read, only 1.0", "XM-3");
     }
-    if (encoding != nullptr) text_->checkDeclaration(encoding);
+    if (encoding != nullptr && comparesEncoding_) text_->checkDeclaration(encoding);
     xercesc::XercesDOMParser::XMLDecl(version, encoding, standalone, actualEncoding);
   }
 
@@ -121,6 +121,7 @@ class XercesParser::DomParser final : public xercesc::XercesDOMParser {
   StoppingErrorHandler errorHandler_;
   RefusingEntityResolver entityResolver_;
   const XmlText* text_ = nullptr;
+  bool comparesEncoding_;
 };
 
 XercesParser::XercesParser() = default;
@@ -132,7 +133,7 @@ xercesc::DOMDocument* XercesParser::parse(InputStream& stream) {
   const XmlText text(bytes);
   checkXmlLimits(text.utf8());
   return translatingXercesErrors("cannot read XML", [&] {
-    auto parser = std::make_unique<DomParser>();
+    auto parser = std::make_unique<DomParser>(comparesEncoding_);
     parser->parseText(text);
     parser_ = std::move(parser);
     return parser_->getDocument();

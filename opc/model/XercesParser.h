@@ -16,6 +16,10 @@ class XercesParser {
   XercesParser(const XercesParser&) = delete;
   XercesParser& operator=(const XercesParser&) = delete;
 
+  /// For text that was converted to UTF-8 just now: the encoding that its declaration names is what
+  /// it had, or was to have, elsewhere, and is no longer compared with the bytes.
+  void ignoreDeclaredEncoding() { comparesEncoding_ = false; }
+
   /// Parses all of `stream`. The document lives until the next parse or the parser's end. Throws
   /// InvalidXMLDocument, and what the stream throws; there is no document then.
   xercesc::DOMDocument* parse(InputStream& stream);
@@ -24,6 +28,7 @@ class XercesParser {
   class DomParser;
 
   std::unique_ptr<DomParser> parser_;
+  bool comparesEncoding_ = true;
 };
 
 }  // namespace opc::model

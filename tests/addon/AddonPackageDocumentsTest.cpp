@@ -7,11 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "addon/packaging/DocumentRemoval.h"
 #include "opc/Text.h"
 #include "tests/addon/AddonPackageFixture.h"
 
 using addon::packaging::AddonLicense;
 using addon::packaging::AddonPackage;
+using addon::packaging::removeDocument;
+using addon::packaging::removeScreenshot;
 using test::readFile;
 
 namespace {
@@ -101,7 +104,9 @@ TEST_F(AddonPackageDocuments, ARemovedDocumentLeavesNeitherPartNorRelationship) 
   const auto before = inspector_.names();
   store(u"MIT", u"terms");
 
-  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+  modify([](AddonPackage& package) {
+    EXPECT_TRUE(removeDocument(package.logicalPackage(), AddonLicense()));
+  });
 
   EXPECT_EQ(inspector_.names(), before);
   EXPECT_TRUE(inspector_.relationships(kLicenseTypeAscii).empty());
@@ -113,8 +118,8 @@ TEST_F(AddonPackageDocuments, RemovingWhatIsNotThereChangesNothing) {
   const std::string before = readFile(file_);
 
   modify([](AddonPackage& package) {
-    EXPECT_FALSE(package.removeXMLPart(AddonLicense()));
-    EXPECT_FALSE(package.removeScreenshot());
+    EXPECT_FALSE(removeDocument(package.logicalPackage(), AddonLicense()));
+    EXPECT_FALSE(removeScreenshot(package.logicalPackage()));
   });
 
   EXPECT_EQ(readFile(file_), before);
@@ -132,7 +137,9 @@ TEST_F(AddonPackageDocuments, ARemovedDocumentGoesWhereverItLies) {
     logical.createExternalRelationship(kLicenseType, opc::model::URI(u"http://x.example/"), u"");
   });
 
-  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+  modify([](AddonPackage& package) {
+    EXPECT_TRUE(removeDocument(package.logicalPackage(), AddonLicense()));
+  });
 
   EXPECT_TRUE(inspector_.relationships(kLicenseTypeAscii).empty());
   const auto names = inspector_.names();
@@ -152,8 +159,8 @@ TEST_F(AddonPackageDocuments, ARelationshipThatLeadsOutOfThePackageIsNamed) {
       package.getLicense(license);
       FAIL() << "it was read";
     } catch (const opc::FormatError& fault) {
-      EXPECT_EQ(fault.what(), "cannot read part '/metadata/license.xml' of '" + file_.string() +
-                                  "': relationship 'rId7' leads out of the package");
+      EXPECT_EQ(fault.what(), "cannot get the part that relationship 'rId7' of '" + file_.string() +
+                                  "' leads to: it is outside the package");
     }
   });
 }
@@ -166,7 +173,9 @@ TEST_F(AddonPackageDocuments, ADocumentWithoutItsRelationshipIsRemovedByName) {
     logical.deleteRelationship(logical.getRelationshipsByType(kLicenseType).at(0).getId());
   });
 
-  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+  modify([](AddonPackage& package) {
+    EXPECT_TRUE(removeDocument(package.logicalPackage(), AddonLicense()));
+  });
 
   const auto names = inspector_.names();
   EXPECT_EQ(std::count(names.begin(), names.end(), "metadata/license.xml"), 0);
@@ -184,7 +193,9 @@ TEST_F(AddonPackageDocuments, FilesOfTheTreeOutliveADocumentThatPointsAtThem) {
     }
   });
 
-  modify([](AddonPackage& package) { EXPECT_TRUE(package.removeXMLPart(AddonLicense())); });
+  modify([](AddonPackage& package) {
+    EXPECT_TRUE(removeDocument(package.logicalPackage(), AddonLicense()));
+  });
 
   EXPECT_EQ(list(), (std::vector<std::u16string>{u"odd.", u"plain.xml"}));
   EXPECT_TRUE(inspector_.relationships(kLicenseTypeAscii).empty());
@@ -204,6 +215,24 @@ TEST_F(AddonPackageDocuments, AMalformedPartIsAnErrorThatNamesThePart) {
         << error.what();
     EXPECT_EQ(error.line(), 1u);
   }
+}
+
+TEST_F(AddonPackageDocuments, AFailedWriteLeavesTheRelationshipWithoutItsPart) {
+  create();
+  store(u"MIT", u"terms");
+  AddonLicense license;
+  license.text = u"bell \u0007";
+
+  modify([&](AddonPackage& package) {
+    EXPECT_THROW(package.setLicense(license), opc::model::InvalidXMLDocument);
+
+    auto& logical = package.logicalPackage();
+    EXPECT_FALSE(logical.hasPart(opc::model::PartName(license.partName)));
+    EXPECT_EQ(logical.getRelationshipsByType(kLicenseType).size(), 1u);
+  });
+
+  const auto names = inspector_.names();
+  EXPECT_EQ(std::count(names.begin(), names.end(), "metadata/license.xml"), 0);
 }
 
 TEST_F(AddonPackageDocuments, ADocumentThatXmlCannotCarryIsNotCommitted) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -73,15 +74,27 @@ TEST_F(AddonPackageFiles, AnEmptyFirstListAddsNothingWhateverTheSecondHolds) {
   EXPECT_TRUE(list().empty());
 }
 
-TEST_F(AddonPackageFiles, ASecondListThatIsTooShortIsRefusedBeforeAnythingIsAdded) {
+TEST_F(AddonPackageFiles, ASecondListThatIsTooShortEndsAddingWhereItEnds) {
   create();
   const std::u16string file = diskFile("x.m");
 
   modify([&](AddonPackage& package) {
-    EXPECT_THROW(package.addFiles({file, file}, {u"a.m"}), opc::Exception);
+    EXPECT_THROW(package.addFiles({file, file}, {u"a.m"}), std::out_of_range);
   });
 
-  EXPECT_TRUE(list().empty());
+  EXPECT_EQ(list(), (std::vector<std::u16string>{u"a.m"}));
+}
+
+TEST_F(AddonPackageFiles, AFolderWhoseNameAFileHasIsPassedOver) {
+  create();
+  const std::u16string file = diskFile("x.m");
+
+  modify([&](AddonPackage& package) {
+    package.addFiles({file}, {u"taken"});
+    package.addFolders({u"taken", u"next"});
+  });
+
+  EXPECT_EQ(list(), (std::vector<std::u16string>{u"next", u"taken"}));
 }
 
 TEST_F(AddonPackageFiles, AThousandFoldersInsideEachOtherAreListed) {

@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "addon/packaging/AddonPackage.h"
+#include "addon/packaging/DocumentRemoval.h"
 #include "opc/Text.h"
 #include "tests/support/PackageInspector.h"
 #include "tests/support/TemporaryFolder.h"
 
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
+using addon::packaging::removeScreenshot;
 using opc::interfaces::OpenMode;
 using Strings = std::vector<std::string>;
 using Bytes = std::vector<unsigned char>;
@@ -56,8 +58,8 @@ class AddonPackageScreenshot : public testing::Test {
     package.logicalPackage().close(false);
   }
 
-  void removeScreenshot() const {
-    modify([](AddonPackage& package) { EXPECT_TRUE(package.removeScreenshot()); });
+  void takeScreenshotAway() const {
+    modify([](AddonPackage& package) { EXPECT_TRUE(removeScreenshot(package.logicalPackage())); });
   }
 
   std::string screenshot() const {
@@ -158,7 +160,7 @@ TEST_F(AddonPackageScreenshot, SettingTwiceLeavesTheSecondAndOneOfEachRelationsh
 TEST_F(AddonPackageScreenshot, RemovedItLeavesNothingAndCanBeSetAgain) {
   setScreenshot(image("first.png", "first"));
 
-  removeScreenshot();
+  takeScreenshotAway();
 
   EXPECT_TRUE(screenshotItems().empty());
   EXPECT_TRUE(inspector_.relationships(kScreenshotType).empty());
@@ -179,7 +181,7 @@ TEST_F(AddonPackageScreenshot, RemovedItTakesItsThumbnailAndLeavesAnother) {
     }
   });
 
-  removeScreenshot();
+  takeScreenshotAway();
 
   const Strings left = inspector_.relationships(kThumbnailType);
   ASSERT_EQ(left.size(), 1u);

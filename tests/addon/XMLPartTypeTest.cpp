@@ -82,6 +82,28 @@ TEST(XMLPartType, TextThatXmlCannotCarryIsRefusedWhenWriting) {
   }
 }
 
+TEST(XMLPartType, TheEncodingThatATextDeclaresDoesNotMatter) {
+  for (const char16_t* encoding : {u"UTF-8", u"UTF-16", u"ISO-8859-1", u"x-unknown"}) {
+    AddonLicense license;
+
+    license.populateFromXML(std::u16string(u"<?xml version=\"1.0\" encoding=\"") + encoding +
+                            u"\"?><l><licenseText type=\"t\">\u00E4\u20AC</licenseText></l>");
+
+    EXPECT_EQ(license.text, u"\u00E4\u20AC") << opc::toUtf8(encoding);
+  }
+}
+
+TEST(XMLPartType, ADocumentTakesOverAnotherOfItsClass) {
+  AddonLicense from;
+  from.type = u"MIT";
+  AddonLicense to;
+
+  to = from;
+
+  EXPECT_EQ(to.type, u"MIT");
+  EXPECT_EQ(to.partName, from.partName);
+}
+
 /// A document whose two operations fail half-way.
 class FailingDocument : public XMLPartType {
  public:

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
+#include "addon/packaging/DocumentRemoval.h"
+
 #include <algorithm>
 #include <optional>
+#include <string_view>
+#include <vector>
 
-#include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Exception.h"
 #include "opc/model/NameKey.h"
 #include "opc/model/PackageHelper.h"
 #include "opc/plservices/LoadedFileTree.h"
-
-// Documents and the screenshot are taken away here.
 
 namespace addon::packaging {
 
@@ -56,27 +57,27 @@ void drop(Package& package, const std::vector<Relationship>& relationships) {
 
 }  // namespace
 
-bool AddonPackage::removeXMLPart(const XMLPartType& document) {
+bool removeDocument(Package& package, const XMLPartType& document) {
   const PartName name(document.partName);
-  const auto relationships = logicalPackage_.getRelationshipsByType(document.relationshipType);
-  if (relationships.empty() && !logicalPackage_.hasPart(name)) return false;
-  drop(logicalPackage_, relationships);
-  dropPart(logicalPackage_, name);
+  const auto relationships = package.getRelationshipsByType(document.relationshipType);
+  if (relationships.empty() && !package.hasPart(name)) return false;
+  drop(package, relationships);
+  dropPart(package, name);
   return true;
 }
 
-bool AddonPackage::removeScreenshot() {
-  const auto shots = logicalPackage_.getRelationshipsByType(ScreenshotPart::relationshipType());
+bool removeScreenshot(Package& package) {
+  const auto shots = package.getRelationshipsByType(ScreenshotPart::relationshipType());
   if (shots.empty()) return false;
   auto gone = shots;
-  for (const Relationship& thumbnail : logicalPackage_.getRelationshipsByType(
-           opc::model::PackageHelper::getThumbnailRelationshipType())) {
+  for (const Relationship& thumbnail :
+       package.getRelationshipsByType(opc::model::PackageHelper::getThumbnailRelationshipType())) {
     const auto target = targetOf(thumbnail);
     // The next screenshot needs the id, whatever it stands for now.
     const bool isOurs = thumbnail.getId() == ScreenshotPart::kThumbnailId;
     if (isOurs || (target && isTarget(*target, shots))) gone.push_back(thumbnail);
   }
-  drop(logicalPackage_, gone);
+  drop(package, gone);
   return true;
 }
 
