@@ -89,9 +89,10 @@ void checkContentTypesStream(Packaging& packaging) {
   if (packaging.isDamaged(items)) return;
   packaging.areTypesKnown = readTypes(packaging, items, name);
   const bool isEmpty = packaging.types.defaults().empty() && packaging.types.overrides().empty();
-  if (!packaging.areTypesKnown || !isEmpty) return;
-  packaging.areTypesKnown = false;  // that nothing has a type has been said
-  addFinding(packaging.report, 223, name, "it has no entries", "CT-2");
+  packaging.areTypesEmpty = packaging.areTypesKnown && isEmpty;
+  if (packaging.areTypesEmpty) {
+    addFinding(packaging.report, 223, name, "it has no entries", "CT-2");
+  }
 }
 
 void checkPartTypes(Packaging& packaging) {
@@ -100,7 +101,7 @@ void checkPartTypes(Packaging& packaging) {
   packaging.index.forEach(ItemRole::Part, [&](opc::model::PartId part) {
     checkPartType(packaging, part, hasSignature);
   });
-  if (!packaging.areTypesKnown) return;
+  if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Relationships, [&](opc::model::PartId part) {
     if (packaging.types.find(packaging.index.name(part)) != nullptr) return;
     addFinding(packaging.report, 224, packaging.partName(part),

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/IriReference.h"
 
+#include <unicode/utf16.h>
+
 #include <algorithm>
+
+#include "opc/model/NameCharacters.h"
 
 namespace addon::checks {
 namespace {
@@ -18,16 +22,16 @@ bool isHexadecimal(char16_t c) {
   return isDigit(c) || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
 }
 
-// Outside ASCII: no C1 controls, private use (but in queries) or noncharacters. Surrogates were
-// paired by whoever read the text.
-bool isWideCharacter(char16_t c) {
-  return c >= 0xA0 && !(c >= 0xFDD0 && c <= 0xFDEF) && c < 0xFFF0;
-}
+enum class PrivateUse { Forbidden, Allowed };
 
-bool isPlain(char16_t c) {
-  constexpr std::u16string_view kMarks = u"-._~!$&'()*+,;=:@/?";
-  return isLetter(c) || isDigit(c) || kMarks.find(c) != std::u16string_view::npos ||
-         isWideCharacter(c);
+bool isPlain(char32_t c, PrivateUse privateUse) {
+  constexpr std::u32string_view kMarks = U"-._~!$&'()*+,;=:@/?";
+  if (c < 0x80) {
+    const auto ascii = static_cast<char16_t>(c);
+    return isLetter(ascii) || isDigit(ascii) || kMarks.find(c) != std::u32string_view::npos;
+  }
+  return opc::model::isIriCharacter(c) ||
+         (privateUse == PrivateUse::Allowed && opc::model::isIriPrivate(c));
 }
 
 bool isEscape(std::u16string_view text, std::size_t at) {
@@ -35,15 +39,23 @@ bool isEscape(std::u16string_view text, std::size_t at) {
          isHexadecimal(text[at + 2]);
 }
 
-bool hasPlainCharacters(std::u16string_view text) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
+bool hasPlainCharacters(std::u16string_view text, PrivateUse privateUse = PrivateUse::Forbidden) {
+  for (std::size_t at = 0; at < text.size();) {
     if (isEscape(text, at)) {
-      at += 2;
-    } else if (!isPlain(text[at])) {
-      return false;
+      at += 3;
+      continue;
     }
+    UChar32 c = 0;
+    U16_NEXT(text.data(), at, text.size(), c);
+    if (!isPlain(static_cast<char32_t>(c), privateUse)) return false;
   }
   return true;
+}
+
+bool isPathAndQuery(std::u16string_view text) {
+  const std::size_t query = std::min(text.find(u'?'), text.size());
+  return hasPlainCharacters(text.substr(0, query)) &&
+         hasPlainCharacters(text.substr(query), PrivateUse::Allowed);
 }
 
 bool isScheme(std::u16string_view text) {
@@ -53,18 +65,25 @@ bool isScheme(std::u16string_view text) {
          });
 }
 
-// An address in brackets, with a port behind it and a user in front of it perhaps.
+bool isHost(std::u16string_view text) {
+  if (!text.starts_with(u'[')) return hasPlainCharacters(text);
+  return text.size() > 2 && text.ends_with(u']') &&
+         hasPlainCharacters(text.substr(1, text.size() - 2));
+}
+
+// A host, which may be an address in brackets, with a port behind it and a user in front of it
+// perhaps.
 bool isAuthority(std::u16string_view text) {
   const std::size_t at = text.rfind(u'@');
-  std::u16string_view host = at == std::u16string_view::npos ? text : text.substr(at + 1);
-  if (at != std::u16string_view::npos && !hasPlainCharacters(text.substr(0, at))) return false;
-  if (!host.starts_with(u'[')) return hasPlainCharacters(host);
-  const std::size_t close = host.find(u']');
-  if (close == std::u16string_view::npos) return false;
-  const std::u16string_view address = host.substr(1, close - 1);
-  const std::u16string_view port = host.substr(close + 1);
-  return !address.empty() && hasPlainCharacters(address) &&
-         (port.empty() || (port[0] == u':' && std::all_of(port.begin() + 1, port.end(), isDigit)));
+  if (at != std::u16string_view::npos) {
+    if (!hasPlainCharacters(text.substr(0, at))) return false;
+    text = text.substr(at + 1);
+  }
+  const std::size_t afterAddress =
+      text.starts_with(u'[') ? std::min(text.find(u']'), text.size()) : 0;
+  const std::size_t colon = std::min(text.find(u':', afterAddress), text.size());
+  const std::u16string_view port = text.substr(std::min(colon + 1, text.size()));
+  return isHost(text.substr(0, colon)) && std::all_of(port.begin(), port.end(), isDigit);
 }
 
 }  // namespace
@@ -78,10 +97,10 @@ bool isIriReference(std::u16string_view text) {
     if (!isScheme(text.substr(0, colon))) return false;
     text = text.substr(colon + 1);
   }
-  if (!text.starts_with(u"//")) return hasPlainCharacters(text);
+  if (!text.starts_with(u"//")) return isPathAndQuery(text);
   text = text.substr(2);
   const std::size_t end = std::min(text.find_first_of(u"/?"), text.size());
-  return isAuthority(text.substr(0, end)) && hasPlainCharacters(text.substr(end));
+  return isAuthority(text.substr(0, end)) && isPathAndQuery(text.substr(end));
 }
 
 }  // namespace addon::checks

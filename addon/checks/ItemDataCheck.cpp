@@ -8,9 +8,11 @@
 #include "addon/checks/PackageFinding.h"
 #include "opc/Exception.h"
 #include "opc/zippackage/Codec.h"
+#include "opc/zippackage/ExtraFields.h"
 
 namespace addon::checks {
 
+using opc::zippackage::ExtraFault;
 using opc::zippackage::ZipEntry;
 
 namespace {
@@ -65,7 +67,7 @@ void ItemDataCheck::checkItem(std::uint32_t entry) {
   checkStart(entry);
   if (states_[entry].isDamaged) return;
   readData(entry);
-  const std::optional<std::uint64_t> end = endOf(entry);
+  const std::optional<std::uint64_t> end = checkFrame(entry);
   reach(end.value_or(item.leastEnd()), end.has_value());
 }
 
@@ -80,19 +82,17 @@ void ItemDataCheck::checkStart(std::uint32_t entry) {
 }
 
 void ItemDataCheck::checkGap(std::uint64_t until) {
-  if (until <= reached_) return;
-  const std::uint64_t gap = until - reached_;
-  if (!isExact_ && gap <= opc::zippackage::kMostUnseen) return;
-  addFinding(
-      report_, 113, "",
-      std::to_string(gap) + " bytes at offset " + std::to_string(reached_) + " belong to no item",
-      "ZP-16");
+  if (until <= std::max(reached_, mayReach_)) return;
+  addFinding(report_, 113, "",
+             std::to_string(until - reached_) + " bytes at offset " + std::to_string(reached_) +
+                 " belong to no item",
+             "ZP-16");
 }
 
 void ItemDataCheck::reach(std::uint64_t end, bool isExact) {
-  if (end < reached_) return;
-  reached_ = end;
-  isExact_ = isExact;
+  constexpr std::uint64_t kUnseen = opc::zippackage::kMostUnseen;
+  if (!isExact) mayReach_ = std::max(mayReach_, end + std::min(kUnseen, UINT64_MAX - end));
+  reached_ = std::max(reached_, end);
 }
 
 void ItemDataCheck::readData(std::uint32_t entry) {
@@ -120,15 +120,25 @@ void ItemDataCheck::drain(std::uint32_t entry) {
   while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
 }
 
-// Nothing when the headers are at fault, which reading the data has said.
-std::optional<std::uint64_t> ItemDataCheck::endOf(std::uint32_t entry) {
+// What is around the data. Answers where it ends; nothing when the headers are at fault, which
+// reading the data has said.
+std::optional<std::uint64_t> ItemDataCheck::checkFrame(std::uint32_t entry) {
   try {
-    return reader_.endOf(entry);
+    const std::uint64_t end = reader_.endOf(entry);
+    checkExtra(entry);
+    return end;
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::Exception&) {
     return std::nullopt;
   }
+}
+
+void ItemDataCheck::checkExtra(std::uint32_t entry) {
+  const ExtraFault fault = opc::zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
+  if (fault == ExtraFault::None) return;
+  addFinding(report_, 113, directory_.name(entry),
+             std::string("its local header ") + opc::zippackage::describe(fault), "ZP-16");
 }
 
 void ItemDataCheck::noteDamage(std::uint32_t entry, std::uint16_t number, std::string_view why,

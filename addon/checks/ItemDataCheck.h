@@ -36,7 +36,8 @@ class ItemDataCheck {
   void readData(std::uint32_t entry);
   void drain(std::uint32_t entry);
   void reach(std::uint64_t end, bool isExact);
-  std::optional<std::uint64_t> endOf(std::uint32_t entry);
+  std::optional<std::uint64_t> checkFrame(std::uint32_t entry);
+  void checkExtra(std::uint32_t entry);
   void noteDamage(std::uint32_t entry, std::uint16_t number, std::string_view why,
                   std::string_view rule);
 
@@ -47,8 +48,8 @@ class ItemDataCheck {
   opc::ByteBuffer buffer_;
   opc::interfaces::ProgressFunction progress_;
   opc::interfaces::Progress done_;
-  std::uint64_t reached_ = 0;  // where the last of the items so far ends
-  bool isExact_ = true;        // or where it ends at least
+  std::uint64_t reached_ = 0;   // where the last of the items so far ends, at least
+  std::uint64_t mayReach_ = 0;  // and where it may, when some of them are damaged
 };
 
 }  // namespace addon::checks

@@ -27,6 +27,8 @@ struct Packaging {
   opc::model::ContentTypes types;
   /// Whether the content types are sound. Else nothing can be said about what they lack.
   bool areTypesKnown = false;
+  /// That nothing has a type: said once, and not for every item.
+  bool areTypesEmpty = false;
   opc::model::PartIndex index;
   /// Items without content type that relationships lead to or start from.
   std::set<opc::model::PartId> relatedUntyped;

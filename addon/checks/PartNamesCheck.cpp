@@ -4,6 +4,7 @@
 #include "addon/checks/Packaging.h"
 #include "opc/Text.h"
 #include "opc/model/PartName.h"
+#include "opc/model/PieceSequences.h"
 
 namespace addon::checks {
 
@@ -42,12 +43,18 @@ bool looksLikePiece(std::string_view itemName) {
   return last.starts_with('[') && opc::toLowerAscii(last).ends_with(".piece");
 }
 
+std::string whyNoPiece(std::string_view itemName) {
+  const auto piece = opc::model::parsePieceName(itemName);
+  const auto* fault = piece ? opc::model::findNameFault(piece->whole) : nullptr;
+  if (fault == nullptr) return "the piece is of no number that makes a part whole";
+  return std::string("the name in front of the piece is no part name: ") + fault->why;
+}
+
 void checkStray(Packaging& packaging, ItemIndex item) {
   const ItemInfo info = packaging.container.itemInfo(item);
   if (info.kind != ItemKind::File || packaging.container.state(item).hasBadName) return;
   if (looksLikePiece(info.name)) {
-    return addFinding(packaging.report, 228, info.name,
-                      "the piece is of no number that makes a part whole", "IL-4");
+    return addFinding(packaging.report, 228, info.name, whyNoPiece(info.name), "IL-4");
   }
   const opc::model::NameFault* fault = opc::model::findNameFault(info.name);
   const std::string why = fault != nullptr ? fault->why : "it is no name of a part";
@@ -67,7 +74,7 @@ void checkPartNames(Packaging& packaging) {
 
 void checkStrayItems(Packaging& packaging) {
   packaging.index.forEach(ItemRole::Stray, [&](PartId item) { checkStray(packaging, item); });
-  if (!packaging.areTypesKnown) return;
+  if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Untyped, [&](PartId part) {
     if (packaging.relatedUntyped.contains(part)) return;
     addFinding(packaging.report, 217, packaging.partName(part), "it has no content type", "CT-10");

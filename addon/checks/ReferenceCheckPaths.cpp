@@ -37,6 +37,12 @@ bool climbsOut(std::string_view path) {
   return false;
 }
 
+// Behind a folder a slash is as good as none.
+std::string_view withoutSlash(std::string_view path) {
+  if (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
+  return path;
+}
+
 bool isRoot(const PathReference& reference) {
   const bool mayBeRoot = reference.kind != Kind::File;
   return mayBeRoot && (reference.path == u"." || reference.path == u"/");
@@ -55,11 +61,12 @@ void PathCheck::check(const PathReference& reference) {
   const std::string path = opc::toUtf8(reference.path);  // XML has no lone surrogates
   if (path.empty()) return add(reference.number, reference, "the path is empty");
   if (climbsOut(path)) return add(409, reference, "'..' leads out of the package");
-  const auto found = files_.find(path);
+  const bool mayEndInSlash = reference.kind != Kind::File;
+  const auto found = files_.find(mayEndInSlash ? withoutSlash(path) : std::string_view(path));
   if (found == nullptr) return reportMissing(reference, path);
   if (reference.kind == Kind::File && !found->isFile()) {
     add(reference.number, reference, "it is a folder, and should be a file");
-  } else if (reference.kind == Kind::Folder && found->isFile()) {
+  } else if ((reference.kind == Kind::Folder || path.ends_with('/')) && found->isFile()) {
     add(reference.number, reference, "it is a file, and should be a folder");
   }
 }
@@ -67,7 +74,8 @@ void PathCheck::check(const PathReference& reference) {
 void PathCheck::reportMissing(const PathReference& reference, const std::string& path) {
   const std::string_view relative =
       path.starts_with('/') ? std::string_view(path).substr(1) : std::string_view(path);
-  if (const auto similar = findWithoutCase(relative)) {
+  const auto similar = findWithoutCase(withoutSlash(relative));
+  if (similar && *similar != withoutSlash(relative)) {
     return add(408, reference, "the package has " + quoted(*similar) + ", in another case");
   }
   if (isAbsolute(path)) {

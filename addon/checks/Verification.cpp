@@ -35,7 +35,8 @@ constexpr std::uint64_t kLargestDirectory = std::uint64_t{128} << 20;  // bytes
 std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& report) {
   std::uint64_t size = 0;
   try {
-    size = opc::zippackage::findDirectory(opc::zippackage::FileTail(file)).size;
+    opc::zippackage::FileTail tail(file);
+    size = opc::zippackage::findDirectory(tail).size;
     if (size <= kLargestDirectory) return ZipDirectory::read(file);
   } catch (const opc::SystemError&) {
     throw;

@@ -155,6 +155,7 @@ void ContentTypes::requireRoom(const ElementSize& needed, std::string_view itemN
 }
 
 bool ContentTypes::mayBecomeDefault(std::string_view extension, const ContentType& type) const {
+  if (extension == kRelationshipsExtension) return false;
   return findDefault(extension) == nullptr && isExtension(extension) && !type.isParticular();
 }
 

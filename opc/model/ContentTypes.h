@@ -42,10 +42,10 @@ class ContentTypes {
   void addDefault(std::string_view extension, const ContentType& type);
   void addOverride(std::string_view itemName, const ContentType& type);
 
-  /// Gives a part its type: by a default that fits, by a new default when the extension has none
-  /// and the type is no particular one, else by an override. `mayAddDefault` false leaves out the
-  /// second. Throws ErrorCode::TooLarge, and changes nothing, for what would not be read again: a
-  /// type or a name that is too long, or one entry too many.
+  /// Gives a part its type: by a default that fits, by a new default when the extension has none,
+  /// is not that of relationships, and the type is no particular one, else by an override.
+  /// `mayAddDefault` false leaves out the second. Throws ErrorCode::TooLarge, and changes nothing,
+  /// for what would not be read again: a type or a name that is too long, or one entry too many.
   void assign(std::string_view itemName, const ContentType& type, bool mayAddDefault);
   /// Removes the part's override, if it has one.
   void removeOverride(std::string_view itemName);

@@ -78,7 +78,6 @@ void checkEmpty(const DOMElement& element) {
         node->getNodeType() == DOMNode::PROCESSING_INSTRUCTION_NODE) {
       continue;
     }
-    if (isTextNode(*node) && trimXmlSpace(domText(node->getNodeValue())).empty()) continue;
     throw FormatError("CT-3", "element " + quoted(element) + ": it is not empty");
   }
 }

@@ -22,6 +22,7 @@ inline constexpr std::u16string_view kCorePropertiesRelationship =
 inline constexpr std::u16string_view kThumbnailRelationship =
     u"http://schemas.openxmlformats.org/package/2006/relationships/metadata/thumbnail";
 
+inline constexpr std::string_view kRelationshipsExtension = "rels";
 inline constexpr std::string_view kRelationshipsType =
     "application/vnd.openxmlformats-package.relationships+xml";
 

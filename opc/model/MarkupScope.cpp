@@ -5,6 +5,7 @@
 
 #include "opc/Exception.h"
 #include "opc/model/DomText.h"
+#include "opc/model/FormatConstants.h"
 
 namespace opc::model {
 namespace {
@@ -121,6 +122,7 @@ void MarkupScope::addContent(const DOMNode& attribute) {
 
 std::u16string_view MarkupScope::resolvePrefix(std::u16string_view prefix,
                                                const DOMNode& attribute) const {
+  if (prefix == u"xml") return kXmlNamespace;  // declared from the start
   const auto found = prefixes_.find(prefix);
   if (prefix.empty() || found == prefixes_.end()) {
     throw invalidAttribute(attribute, "prefix '" + toUtf8ForDisplay(prefix) + "' is not declared");

@@ -19,6 +19,21 @@ constexpr bool isPathCharacter(char c) {
   return isUnreserved(c) || kOthers.find(c) != std::string_view::npos;
 }
 
+/// RFC 3987, ucschar: of what is not ASCII no C1 controls, surrogates, private use or
+/// noncharacters.
+constexpr bool isIriCharacter(char32_t c) {
+  if (c < 0x10000) {
+    return (c >= 0xA0 && c <= 0xD7FF) || (c >= 0xF900 && c <= 0xFDCF) ||
+           (c >= 0xFDF0 && c <= 0xFFEF);
+  }
+  return (c & 0xFFFF) <= 0xFFFD && c <= 0xEFFFD && !(c >= 0xE0000 && c < 0xE1000);
+}
+
+/// RFC 3987, iprivate: what only a query may hold.
+constexpr bool isIriPrivate(char32_t c) {
+  return (c >= 0xE000 && c <= 0xF8FF) || (c >= 0xF0000 && (c & 0xFFFF) <= 0xFFFD);
+}
+
 /// The value of a hexadecimal digit, or -1.
 constexpr int hexadecimalValue(char c) {
   if (c >= '0' && c <= '9') return c - '0';

@@ -38,15 +38,6 @@ constexpr std::array<Kind, 256> kKinds = [] {
   return kinds;
 }();
 
-// RFC 3987, ucschar: no C1 controls, surrogates, private use or noncharacters.
-bool isIriCharacter(UChar32 c) {
-  if (c < 0x10000) {
-    return (c >= 0xA0 && c <= 0xD7FF) || (c >= 0xF900 && c <= 0xFDCF) ||
-           (c >= 0xFDF0 && c <= 0xFFEF);
-  }
-  return (c & 0xFFFF) <= 0xFFFD && c <= 0xEFFFD && !(c >= 0xE0000 && c < 0xE1000);
-}
-
 const NameFault* checkEscape(std::string_view name, std::size_t at) {
   if (name.size() - at < 3) return &kHexadecimal;
   const int octet = octetValue(name[at + 1], name[at + 2]);

@@ -34,8 +34,9 @@ void Package::State::stage() {
   index_.dropWhatIsNoPart();
   requireRelationshipsNames();
   // A default would make parts of items that have that extension and no type.
-  if (types_.findDefault("rels") == nullptr && !index_.isUntypedExtension("rels")) {
-    types_.addDefault("rels", relationshipsType());
+  if (types_.findDefault(kRelationshipsExtension) == nullptr &&
+      !index_.isUntypedExtension(kRelationshipsExtension)) {
+    types_.addDefault(kRelationshipsExtension, relationshipsType());
   }
   for (auto& [part, set] : relationships_) {
     if (!set.isChanged()) continue;

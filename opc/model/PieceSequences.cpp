@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <tuple>
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
@@ -44,11 +45,12 @@ std::optional<PieceName> parsePieceName(std::string_view itemName) {
   const std::size_t close = piece.find(']');
   if (!piece.starts_with('[') || close == std::string_view::npos) return std::nullopt;
 
-  const auto number = parseNumber(piece.substr(1, close - 1));
+  const std::string_view digits = piece.substr(1, close - 1);
+  const auto number = parseNumber(digits);
   const std::string_view suffix = piece.substr(close + 1);
   const bool last = equalFolded(suffix, ".last.piece");
   if (!number || !(last || equalFolded(suffix, ".piece"))) return std::nullopt;
-  return PieceName{itemName.substr(0, slash), *number, last};
+  return PieceName{itemName.substr(0, slash), *number, digits, last};
 }
 
 void PieceSequences::add(const PieceName& name, interfaces::ItemIndex item) {
@@ -61,16 +63,15 @@ void PieceSequences::add(const PieceName& name, interfaces::ItemIndex item) {
     sequences_.emplace_back();
     byName_.insert(hash, static_cast<std::uint32_t>(sequence));
   }
-  sequences_[sequence].push_back({name.number, item, name.last, name.whole});
+  sequences_[sequence].push_back({name.number, name.digits, item, name.last, name.whole});
 }
 
 bool PieceSequences::hasNumbersOnce(const std::vector<Piece>& pieces, FaultSink& faults) {
   const auto twice =
-      std::adjacent_find(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
-        return a.number == b.number && a.number != std::numeric_limits<std::uint64_t>::max();
-      });
+      std::adjacent_find(pieces.begin(), pieces.end(),
+                         [](const Piece& a, const Piece& b) { return a.digits == b.digits; });
   if (twice == pieces.end()) return true;
-  faults.add(FormatError("IL-3", "piece " + std::to_string(twice->number) + " of '/" +
+  faults.add(FormatError("IL-3", "piece " + std::string(twice->digits) + " of '/" +
                                      std::string(twice->whole) + "': there are two of that number"),
              twice->whole);
   return false;
@@ -86,8 +87,9 @@ bool PieceSequences::isComplete(const std::vector<Piece>& pieces) {
 PieceSequences::Result PieceSequences::finish(FaultSink& faults) {
   Result result;
   for (std::vector<Piece>& pieces : sequences_) {
-    std::sort(pieces.begin(), pieces.end(),
-              [](const Piece& a, const Piece& b) { return a.number < b.number; });
+    std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) {
+      return std::tie(a.number, a.digits) < std::tie(b.number, b.digits);
+    });
     if (!hasNumbersOnce(pieces, faults)) continue;
     std::vector<interfaces::ItemIndex> items;
     items.reserve(pieces.size());

@@ -16,6 +16,7 @@ namespace opc::model {
 struct PieceName {
   std::string_view whole;    ///< "a/b.xml"
   std::uint64_t number = 0;  ///< beyond what any container holds when it has very many digits
+  std::string_view digits;   ///< of the number, without leading zeros
   bool last = false;
 };
 
@@ -45,6 +46,7 @@ class PieceSequences {
  private:
   struct Piece {
     std::uint64_t number;
+    std::string_view digits;
     interfaces::ItemIndex item;
     bool last;
     std::string_view whole;

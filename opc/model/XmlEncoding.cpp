@@ -11,6 +11,7 @@ namespace {
 
 constexpr const char* kRule = "XM-1";
 constexpr std::uint32_t kNoCodePoint = 0xFFFFFFFF;
+constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
 using namespace std::string_view_literals;
 
@@ -25,8 +26,9 @@ using namespace std::string_view_literals;
 }
 
 void refuseOtherEncodings(std::string_view bytes) {
-  if (bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv)) {
-    fail("the document is in UTF-32, not in UTF-8 or UTF-16");
+  for (const std::string_view start :
+       {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv, "<\0\0\0"sv, "\0\0\0<"sv}) {
+    if (bytes.starts_with(start)) fail("the document is in UTF-32, not in UTF-8 or UTF-16");
   }
   if (bytes.starts_with("\0<"sv) || bytes.starts_with("<\0"sv)) {
     fail("the document is in UTF-16 without a byte order mark");
@@ -116,15 +118,17 @@ XmlText::XmlText(std::string_view bytes) : text_(bytes) {
   refuseOtherEncodings(bytes);
   if (bytes.starts_with("\xFF\xFE")) {
     convertUtf16(bytes.substr(2), false);
-    return;
-  }
-  if (bytes.starts_with("\xFE\xFF")) {
+  } else if (bytes.starts_with("\xFE\xFF")) {
     convertUtf16(bytes.substr(2), true);
-    return;
+  } else {
+    if (bytes.starts_with(kMark)) text_.remove_prefix(kMark.size());
+    const std::size_t fault = findUtf8Fault(text_);
+    if (fault != std::string_view::npos) failAt("the bytes are no UTF-8", text_, fault);
   }
-  if (bytes.starts_with("\xEF\xBB\xBF")) text_.remove_prefix(3);
-  const std::size_t fault = findUtf8Fault(text_);
-  if (fault != std::string_view::npos) failAt("the bytes are no UTF-8", text_, fault);
+  // The parser would take away another one.
+  if (text_.starts_with(kMark)) {
+    throw InvalidXMLDocument("a second byte order mark stands in front", 1, 1, "XM-3");
+  }
 }
 
 void XmlText::convertUtf16(std::string_view bytes, bool bigEndian) {

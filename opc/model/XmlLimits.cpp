@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdint>
 #include <string>
 #include <unordered_set>
@@ -20,14 +21,24 @@ bool isSpace(char c) {
   return c == ' ' || c == '\n' || c == '\t' || c == '\r';
 }
 
-// The bytes of an attribute's value, every reference counted as one: a reference is never longer
-// than what it stands for is allowed to be.
+// The bytes of what a reference stands for, given as "amp", "#38" or "#x26".
+std::size_t referencedLength(std::string_view reference) {
+  if (!reference.starts_with('#')) return 1;
+  const bool isHexadecimal = reference.starts_with("#x");
+  const std::string_view digits = reference.substr(isHexadecimal ? 2 : 1);
+  std::uint32_t point = 0;  // what is no number is none that the parser will take
+  std::from_chars(digits.data(), digits.data() + digits.size(), point, isHexadecimal ? 16 : 10);
+  return point < 0x80 ? 1 : point < 0x800 ? 2 : point < 0x10000 ? 3 : 4;
+}
+
+// The bytes of an attribute's value.
 std::size_t valueLength(std::string_view value) {
   std::size_t length = 0;
-  for (std::size_t at = 0; at < value.size(); ++length) {
+  for (std::size_t at = 0; at < value.size(); ++at) {
     const std::size_t close = value[at] == '&' ? value.find(';', at) : at;
     if (close == kEnd) return length;
-    at = close + 1;
+    length += close == at ? 1 : referencedLength(value.substr(at + 1, close - at - 1));
+    at = close;
   }
   return length;
 }

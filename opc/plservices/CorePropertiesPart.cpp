@@ -65,8 +65,8 @@ class Writer {
     return element;
   }
 
-  void appendDate(const schema::DateElement& schemaElement, const boost::posix_time::ptime& time) {
-    DOMElement* element = append(schemaElement.space, schemaElement.name, formatW3cDateTime(time));
+  void appendDate(const schema::DateElement& schemaElement, const std::u16string& date) {
+    DOMElement* element = append(schemaElement.space, schemaElement.name, date);
     if (schemaElement.space == schema::kTerms) {
       setAttribute(*element, model::kSchemaInstanceNamespace, u"xsi:type",
                    std::u16string(kDateTypeWithPrefix));
@@ -119,9 +119,16 @@ void CorePropertiesPart::write(OutputStream& stream) const {
   }
   if (keywords_) writer.appendKeywords(*keywords_);
   for (const schema::DateElement& element : schema::kDateElements) {
-    if (date(element.property)) writer.appendDate(element, *date(element.property));
+    const std::u16string text = dateText(element.property);
+    if (!text.empty()) writer.appendDate(element, text);
   }
   XercesHelper::writeDocumentToStream(XercesHelper::createWriter(), document, stream);
+}
+
+// Empty for a date that is absent.
+std::u16string CorePropertiesPart::dateText(DateProperty property) const {
+  if (const auto& known = date(property)) return formatW3cDateTime(*known);
+  return distantDate(property);
 }
 
 }  // namespace opc::plservices

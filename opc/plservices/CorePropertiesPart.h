@@ -80,6 +80,16 @@ class CorePropertiesPart {
   }
   void setDate(DateProperty property, std::optional<boost::posix_time::ptime> date) {
     dates_[static_cast<std::size_t>(property)] = date;
+    distantDates_[static_cast<std::size_t>(property)].clear();
+  }
+  /// For a date in a year that no point in time here can have: the property is absent, and the text
+  /// is written again unless a date takes its place.
+  const std::u16string& distantDate(DateProperty property) const {
+    return distantDates_[static_cast<std::size_t>(property)];
+  }
+  void setDistantDate(DateProperty property, std::u16string text) {
+    dates_[static_cast<std::size_t>(property)].reset();
+    distantDates_[static_cast<std::size_t>(property)] = std::move(text);
   }
 
   const std::optional<Keywords>& keywords() const { return keywords_; }
@@ -92,8 +102,11 @@ class CorePropertiesPart {
   }
 
  private:
+  std::u16string dateText(DateProperty property) const;
+
   std::array<std::optional<std::u16string>, kTextProperties> texts_;
   std::array<std::optional<boost::posix_time::ptime>, kDateProperties> dates_;
+  std::array<std::u16string, kDateProperties> distantDates_;
   std::optional<Keywords> keywords_;
   std::vector<PropertyWarning> warnings_;
 };

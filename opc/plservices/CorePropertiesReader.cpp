@@ -121,15 +121,22 @@ class Reader {
       part_.addWarning("CP-12", elementName(element) + " is empty");
       return;
     }
-    part_.setDate(property, parseDate(element, trimmed, !isTyped));
+    const boost::posix_time::ptime date = parseDate(element, trimmed, !isTyped);
+    if (!date.is_special()) return part_.setDate(property, date);
+    part_.setDistantDate(property, std::u16string(trimmed));
   }
 
   boost::posix_time::ptime parseDate(const DOMElement& element, std::u16string_view text,
                                      bool needsTime) {
     try {
       const W3cDateTime date = parseW3cDateTime(text);
-      if (needsTime && !date.hasTime) {
+      if (date.time.is_special()) {
+        part_.addWarning("CP-12", elementName(element) +
+                                      " is in no year from 1400 to 9999, and is taken for absent");
+      } else if (needsTime && !date.hasTime) {
         part_.addWarning("CP-12", elementName(element) + " has a date without time");
+      } else if (needsTime && !date.hasSeconds) {
+        part_.addWarning("CP-12", elementName(element) + " has a time without seconds");
       } else if (date.hasTime && !date.hasZone) {
         part_.addWarning("CP-12", elementName(element) + " has a time without zone, taken for UTC");
       }

@@ -30,7 +30,7 @@ class Reader {
     W3cDateTime result;
     if (take(u'T')) {
       result.hasTime = true;
-      readTime();
+      result.hasSeconds = readTime();
       result.hasZone = readZone();
     }
     if (!rest_.empty()) fail();
@@ -56,15 +56,18 @@ class Reader {
     if (!day_.ok()) fail("the calendar has no such day");
   }
 
-  void readTime() {
+  // Whether it has seconds.
+  bool readTime() {
     hour_ = number(2);
     require(u':');
     minute_ = number(2);
-    if (take(u':')) {
+    const bool hasSeconds = take(u':');
+    if (hasSeconds) {
       second_ = number(2);
       if (take(u'.')) skipDigits();
     }
     if (hour_ > 23 || minute_ > 59 || second_ > 59) fail("the day has no such time");
+    return hasSeconds;
   }
 
   bool readZone() {
@@ -95,10 +98,7 @@ class Reader {
     }
     const std::chrono::year_month_day utc{std::chrono::sys_days{std::chrono::days{days}}};
     const int year = static_cast<int>(utc.year());
-    if (year < kFirstYear || year > kLastYear) {
-      fail("years from " + std::to_string(kFirstYear) + " to " + std::to_string(kLastYear) +
-           " can be read");
-    }
+    if (year < kFirstYear || year > kLastYear) return posix_time::not_a_date_time;
     const gregorian::date date(static_cast<unsigned short>(year),
                                static_cast<unsigned short>(static_cast<unsigned>(utc.month())),
                                static_cast<unsigned short>(static_cast<unsigned>(utc.day())));

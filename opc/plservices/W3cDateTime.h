@@ -9,14 +9,17 @@ namespace opc::plservices {
 
 /// A point in time in the W3C's profile of ISO 8601: a year, a month, a day, or a day with a time.
 struct W3cDateTime {
-  boost::posix_time::ptime time;  ///< UTC, whole seconds; what is not given is the earliest
+  /// UTC, whole seconds; what is not given is the earliest. not_a_date_time for a year before 1400
+  /// or after 9999, which boost's calendar does not hold.
+  boost::posix_time::ptime time;
   bool hasTime = false;
+  bool hasSeconds = false;
   bool hasZone = false;  ///< a time without zone is taken for UTC
 };
 
 /// Reads "2014", "2014-05", "2014-05-06", "2014-05-06T07:08Z", "2014-05-06T07:08:09.5+02:00"; no
 /// white space around. Fractions of a second are dropped. Throws FormatError with rule CP-12 for
-/// anything else, days that no calendar has, and years before 1400 or after 9999 in UTC.
+/// anything else and for days that no calendar has.
 W3cDateTime parseW3cDateTime(std::u16string_view text);
 
 /// "2014-05-06T07:08:09Z". Throws Exception (ErrorCode::InvalidArgument) for a special value such

@@ -103,6 +103,7 @@ void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
   entry.nameLength = header.nameLength;
   entry.flags = header.flags;
   entry.method = header.method;
+  checkExtra();
   readZip64(entry, header);
   checkMethod(entry);
   checkName(entry);
@@ -111,13 +112,16 @@ void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
   hashes_.push_back(names_.hashOf(name));  // now that the name is near
 }
 
+void DirectoryPass::checkExtra() {
+  const ExtraFault fault = ExtraFieldWalk::faultOf(directory_.extra(current_));
+  if (fault == ExtraFault::None) return;
+  note(ZipFaultKind::ExtraMalformed, static_cast<std::uint64_t>(fault));
+}
+
 void DirectoryPass::readZip64(ZipEntry& entry, const CentralHeader& header) {
   const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
                              header.headerOffset != kElsewhere32 && header.disk == 0;
-  if (isPlainHeader) {
-    if (ExtraFieldWalk::isCut(directory_.extra(current_))) note(ZipFaultKind::ExtraMalformed);
-    return;
-  }
+  if (isPlainHeader) return;
   Zip64Extra wide;
   if (header.size == kElsewhere32) wide.size = 0;
   if (header.packedSize == kElsewhere32) wide.packedSize = 0;
@@ -126,11 +130,9 @@ void DirectoryPass::readZip64(ZipEntry& entry, const CentralHeader& header) {
   const bool isNeeded = wide.size || wide.packedSize || wide.headerOffset || wide.disk;
   bool isThere = false;
   ExtraFieldWalk walk(directory_.extra(current_));
-  while (walk.next()) {
-    if (walk.id() != Zip64Extra::kId || isThere) continue;
-    isThere = wide.decode(walk.data());
+  while (!isThere && walk.next()) {
+    if (walk.id() == Zip64Extra::kId) isThere = wide.decode(walk.data());
   }
-  if (walk.isMalformed()) note(ZipFaultKind::ExtraMalformed);
   if (isNeeded && !isThere) note(ZipFaultKind::Zip64ValueMissing);
   entry.size = wide.size.value_or(entry.size);
   entry.packedSize = wide.packedSize.value_or(entry.packedSize);

@@ -22,6 +22,7 @@ class DirectoryPass {
  private:
   void readEntries();
   void readEntry(std::size_t at, const CentralHeader& header);
+  void checkExtra();
   void readZip64(ZipEntry& entry, const CentralHeader& header);
   void checkMethod(const ZipEntry& entry);
   void checkName(ZipEntry& entry);

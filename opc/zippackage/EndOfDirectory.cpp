@@ -13,6 +13,9 @@
 namespace opc::zippackage {
 namespace {
 
+/// As many as a tail of kSize has room for. A look at one may take a few reads of the file.
+constexpr std::size_t kMostCandidates = FileTail::kSize / 4;
+
 /// How well a candidate fits, ascending.
 enum class Fit { Cut, Misplaced, Gap, Exact };
 
@@ -35,9 +38,9 @@ class EndRecordSearch {
   DirectoryLocation run();
 
  private:
+  void considerAll();
   void consider(std::uint64_t offset);
   void prefer(Candidate&& candidate);
-  std::optional<std::uint64_t> previousSignature(std::uint64_t before) const;
   Candidate evaluate(std::uint64_t offset) const;
   bool couldBeTaken(const Candidate& candidate) const;
   std::optional<Zip64Locator> locatorBefore(std::uint64_t offset) const;
@@ -91,13 +94,20 @@ bool agrees(const EndRecord& record, const Zip64EndRecord& wide) {
          same32(record.directoryOffset, wide.directoryOffset);
 }
 
+/// Offset of the last signature of an end record that ends before `before`.
+std::optional<std::uint64_t> lastSignature(const FileTail& tail, std::uint64_t before) {
+  constexpr unsigned char kText[4] = {'P', 'K', 5, 6};
+  const unsigned char* first = tail.at(tail.start());
+  const unsigned char* end = first + (before - tail.start());
+  const unsigned char* found = std::find_end(first, end, std::begin(kText), std::end(kText));
+  if (found == end) return std::nullopt;
+  return tail.start() + static_cast<std::uint64_t>(found - first);
+}
+
 DirectoryLocation EndRecordSearch::run() {
-  std::uint64_t before = size_;
-  while (const auto offset = previousSignature(before)) {
-    consider(*offset);
-    before = *offset + 3;  // The next one may end within this one's signature, not later.
-  }
-  if (!best_) refuseWithoutRecord();
+  considerAll();
+  // What turns up far in front of the end and does not fit is of a package within the package.
+  if (!best_ || (tail_.isLong() && !best_->isPlausible())) refuseWithoutRecord();
   if (!best_->isPlausible()) throw FormatError(best_->rule, best_->problem);
   const bool isHidden =
       std::any_of(plausible_.begin(), plausible_.end(), [this](const auto& other) {
@@ -117,6 +127,19 @@ DirectoryLocation EndRecordSearch::run() {
   const unsigned char* comment = tail_.at(best_->offset + EndRecord::kSize);
   best_->location.comment.assign(comment, comment + best_->record.commentLength);
   return std::move(best_->location);
+}
+
+void EndRecordSearch::considerAll() {
+  std::uint64_t before = size_;
+  std::size_t count = 0;
+  while (const auto offset = lastSignature(tail_, before)) {
+    if (++count > kMostCandidates) {
+      throw FormatError("ZP-16", "more than " + std::to_string(kMostCandidates) +
+                                     " places in it look like its end record");
+    }
+    consider(*offset);
+    before = *offset + 3;  // The next one may end within this one's signature, not later.
+  }
 }
 
 void EndRecordSearch::consider(std::uint64_t offset) {
@@ -144,16 +167,6 @@ bool EndRecordSearch::couldBeTaken(const Candidate& candidate) const {
   const bool isInFront =
       size <= candidate.offset && beginsWith(candidate.offset - size, CentralHeader::kSignature);
   return isInFront || beginsWith(candidate.record.directoryOffset, CentralHeader::kSignature);
-}
-
-std::optional<std::uint64_t> EndRecordSearch::previousSignature(std::uint64_t before) const {
-  constexpr unsigned char kText[4] = {'P', 'K', 5, 6};
-  const unsigned char* first = tail_.at(tail_.start());
-  const std::size_t length = static_cast<std::size_t>(before - tail_.start());
-  const unsigned char* end = first + length;
-  const unsigned char* found = std::find_end(first, end, std::begin(kText), std::end(kText));
-  if (found == end) return std::nullopt;
-  return tail_.start() + static_cast<std::uint64_t>(found - first);
 }
 
 Candidate EndRecordSearch::evaluate(std::uint64_t offset) const {
@@ -234,6 +247,12 @@ bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locat
     candidate.problem = "its ZIP64 end record is not at offset " + std::to_string(at);
     return false;
   }
+  // Some readers look there whatever the locator says.
+  const std::uint64_t inFront = room - Zip64EndRecord::kSize;
+  if (inFront != at && wideRecordAt(inFront, room)) {
+    candidate.problem = "it has two ZIP64 end records";
+    return false;
+  }
   const std::uint64_t space = room - at - Zip64EndRecord::kUncounted;
   constexpr std::uint64_t kLeast = Zip64EndRecord::kSize - Zip64EndRecord::kUncounted;
   if (wide->recordSize < kLeast || wide->recordSize > space) {
@@ -252,6 +271,10 @@ bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locat
                              wide->entriesHere == wide->entries);
   if (!agrees(candidate.record, *wide)) {
     candidate.location.faults.push_back({ZipFaultKind::EndRecordsDiffer});
+  }
+  if (wide->recordSize < space) {
+    const std::uint64_t end = at + Zip64EndRecord::kUncounted + wide->recordSize;
+    candidate.location.faults.push_back({ZipFaultKind::UnusedBytes, kNoEntry, end, room - end});
   }
   candidate.location.offset = wide->directoryOffset;
   candidate.location.size = wide->directorySize;
@@ -307,19 +330,22 @@ bool EndRecordSearch::beginsWith(std::uint64_t offset, std::uint32_t signature) 
 
 void EndRecordSearch::refuseWithoutRecord() const {
   if (size_ == 0) throw FormatError("ZP-16", "it is empty");
-  if (beginsWith(0, LocalHeader::kSignature)) {
-    throw FormatError("ZP-16", "it is cut off (no end record)");
+  if (!beginsWith(0, LocalHeader::kSignature)) {
+    throw FormatError("ZP-16", "not a ZIP file (no end record)");
   }
-  throw FormatError("ZP-16", "not a ZIP file (no end record)");
+  if (tail_.start() == 0) throw FormatError("ZP-16", "it is cut off (no end record)");
+  throw FormatError("ZP-16", "it is cut off, or more than " +
+                                 std::to_string(FileTail::kLongSize >> 20) +
+                                 " MiB follow its end (no end record)");
 }
 
 }  // namespace
 
-FileTail::FileTail(const PackageFile& file) : file_(file) {
-  const std::uint64_t size = std::min<std::uint64_t>(file.size(), kSize);
-  start_ = file.size() - size;
+void FileTail::hold(std::size_t atMost) {
+  const std::uint64_t size = std::min<std::uint64_t>(file_.size(), atMost);
+  start_ = file_.size() - size;
   bytes_.resizeForOverwrite(static_cast<std::size_t>(size));
-  file.readAt(start_, bytes_.data(), bytes_.size());
+  file_.readAt(start_, bytes_.data(), bytes_.size());
 }
 
 void FileTail::readAt(std::uint64_t offset, unsigned char* into, std::size_t size) const {
@@ -329,7 +355,8 @@ void FileTail::readAt(std::uint64_t offset, unsigned char* into, std::size_t siz
   std::copy_n(at(offset), size, into);
 }
 
-DirectoryLocation findDirectory(const FileTail& tail) {
+DirectoryLocation findDirectory(FileTail& tail) {
+  if (tail.start() > 0 && !lastSignature(tail, tail.file().size())) tail.lengthen();
   return EndRecordSearch(tail).run();
 }
 

@@ -15,16 +15,22 @@ namespace opc::zippackage {
 class FileTail {
  public:
   static constexpr std::size_t kSize = std::size_t{128} << 10;
+  static constexpr std::size_t kLongSize = std::size_t{16} << 20;
 
-  explicit FileTail(const PackageFile& file);
+  explicit FileTail(const PackageFile& file) : file_(file) { hold(kSize); }
+  /// Holds kLongSize bytes from now on, where there are as many.
+  void lengthen() { hold(kLongSize); }
 
   const PackageFile& file() const { return file_; }
   std::uint64_t start() const { return start_; }  ///< offset of the first byte held
+  bool isLong() const { return bytes_.size() > kSize; }
   const unsigned char* at(std::uint64_t offset) const { return bytes_.data() + (offset - start_); }
   /// As the file's readAt, without asking the file for what is held.
   void readAt(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 
  private:
+  void hold(std::size_t atMost);
+
   const PackageFile& file_;
   std::uint64_t start_ = 0;
   ByteBuffer bytes_;
@@ -43,9 +49,10 @@ struct DirectoryLocation {
 
 /// Finds the end records. Of several places that look like one, the one wins whose directory is
 /// where it says and whose comment ends with the file; bytes behind it are allowed as far as the
-/// tail reaches. Throws FormatError when there is none, when the directory is not where it should
-/// be, or when readers would differ: two fit and one lies in the other's comment, or behind the one
-/// that wins another reader would take one for the end record.
-DirectoryLocation findDirectory(const FileTail& tail);
+/// tail reaches, which is lengthened when nothing in it looks like an end record. Throws
+/// FormatError when there is none, when the directory is not where it should be, or when readers
+/// would differ: two fit and one lies in the other's comment, or behind the one that wins another
+/// reader would take one for the end record.
+DirectoryLocation findDirectory(FileTail& tail);
 
 }  // namespace opc::zippackage

@@ -24,6 +24,19 @@ bool take64(Bytes& from, std::optional<std::uint64_t>& value) {
 
 }  // namespace
 
+const char* describe(ExtraFault fault) {
+  if (fault == ExtraFault::Zip64Twice) return "has two ZIP64 fields";
+  return fault == ExtraFault::Cut ? "has malformed extra fields" : "";
+}
+
+ExtraFault ExtraFieldWalk::faultOf(Bytes extra) {
+  std::size_t wideFields = 0;
+  ExtraFieldWalk walk(extra);
+  while (walk.next()) wideFields += walk.id() == Zip64Extra::kId ? 1 : 0;
+  if (walk.isMalformed()) return ExtraFault::Cut;
+  return wideFields > 1 ? ExtraFault::Zip64Twice : ExtraFault::None;
+}
+
 std::optional<Bytes> ExtraFieldWalk::find(Bytes extra, std::uint16_t id) {
   ExtraFieldWalk walk(extra);
   while (walk.next()) {

@@ -9,6 +9,16 @@
 
 namespace opc::zippackage {
 
+/// What may be wrong with the extra fields of a header.
+enum class ExtraFault : std::uint8_t {
+  None,
+  Cut,        ///< they end in bytes that are no whole field
+  Zip64Twice  ///< readers may take either
+};
+
+/// For a text about a header, such as "has malformed extra fields".
+const char* describe(ExtraFault fault);
+
 /// Walks the extra fields of a header: id, length, data, again and again.
 class ExtraFieldWalk {
  public:
@@ -31,13 +41,7 @@ class ExtraFieldWalk {
   /// After the end: whether bytes are left over that are no whole field.
   bool isMalformed() const { return !left_.empty(); }
 
-  /// Whether they end in bytes that are no whole field.
-  static bool isCut(Bytes extra) {
-    ExtraFieldWalk walk(extra);
-    while (walk.next()) {
-    }
-    return walk.isMalformed();
-  }
+  static ExtraFault faultOf(Bytes extra);
 
   /// The data of the first field `id`, when there is one.
   static std::optional<Bytes> find(Bytes extra, std::uint16_t id);

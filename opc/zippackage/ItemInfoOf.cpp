@@ -16,20 +16,49 @@ std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
   return exact.value_or(DosTime::toUnix(header.dosTime));
 }
 
+bool hasUnixMode(const CentralHeader& header) {
+  const int host = header.madeBy >> 8;
+  return host == kHostUnix || host == kHostDarwin;
+}
+
+bool hasDosAttributes(const CentralHeader& header) {
+  const int host = header.madeBy >> 8;
+  return host == kHostDos || host == kHostHpfs || host == kHostNtfs || host == kHostVfat;
+}
+
+ItemKind kindOfMode(std::uint32_t mode) {
+  constexpr std::uint32_t kTypeMask = 0170000;
+  constexpr std::uint32_t kNoType = 0;
+  constexpr std::uint32_t kRegularFile = 0100000;
+  constexpr std::uint32_t kFolder = 0040000;
+  constexpr std::uint32_t kSymbolicLink = 0120000;
+  switch (mode & kTypeMask) {
+    case kNoType:
+    case kRegularFile:
+      return ItemKind::File;
+    case kFolder:
+      return ItemKind::Folder;
+    case kSymbolicLink:
+      return ItemKind::SymbolicLink;
+    default:
+      return ItemKind::Special;
+  }
+}
+
+ItemKind kindOfAttributes(const CentralHeader& header) {
+  constexpr std::uint32_t kVolumeLabel = 0x08;
+  if (hasUnixMode(header)) return kindOfMode(header.externalAttributes >> 16);
+  const bool isLabel = hasDosAttributes(header) && (header.externalAttributes & kVolumeLabel) != 0;
+  return isLabel ? ItemKind::Special : ItemKind::File;
+}
+
 }  // namespace
 
+// Who calls a link "d/" means it to be taken for a folder.
 ItemKind itemKindOf(std::string_view name, const CentralHeader& header) {
-  constexpr std::uint32_t kTypeMask = 0170000;
-  constexpr std::uint32_t kRegularFile = 0100000;
-  constexpr std::uint32_t kSymbolicLink = 0120000;
-  constexpr std::uint32_t kVolumeLabel = 0x08;
-  if (!name.empty() && name.back() == '/') return ItemKind::Folder;
-  const int host = header.madeBy >> 8;
-  if (host == 0 && (header.externalAttributes & kVolumeLabel) != 0) return ItemKind::Special;
-  if (host != kHostUnix) return ItemKind::File;
-  const std::uint32_t type = (header.externalAttributes >> 16) & kTypeMask;
-  if (type == kSymbolicLink) return ItemKind::SymbolicLink;
-  return type == 0 || type == kRegularFile ? ItemKind::File : ItemKind::Special;
+  const ItemKind kind = kindOfAttributes(header);
+  if (name.ends_with('/')) return kind == ItemKind::File ? ItemKind::Folder : kind;
+  return kind == ItemKind::Folder ? ItemKind::Special : kind;
 }
 
 ItemInfo itemInfoOf(const ZipDirectory& directory, std::size_t item) {
@@ -40,8 +69,7 @@ ItemInfo itemInfoOf(const ZipDirectory& directory, std::size_t item) {
   info.name = directory.name(item);
   info.kind = entry.kind;
   info.compressed = entry.method != kStored;
-  info.executable =
-      header.madeBy >> 8 == kHostUnix && (header.externalAttributes & kOwnerExecutes) != 0;
+  info.executable = hasUnixMode(header) && (header.externalAttributes & kOwnerExecutes) != 0;
   info.crc = entry.crc;
   info.size = entry.size;
   info.packedSize = entry.packedSize;

@@ -56,8 +56,12 @@ void PackageContent::addNew(ZipWriter& writer, PackAhead& packer, bool atFront) 
     if (const auto packed = packer.take()) {
       writer.add(headOf(item), *packed);
     } else {
-      writer.add(headOf(item), *item.content,
-                 [&](std::uint64_t bytes) { report(std::min(bytes, expected)); });
+      // What does not get smaller is read a second time.
+      std::uint64_t furthest = 0;
+      writer.add(headOf(item), *item.content, [&](std::uint64_t bytes) {
+        furthest = std::max(furthest, std::min(bytes, expected));
+        report(furthest);
+      });
     }
     reportDone(1, expected);
   }
@@ -68,7 +72,7 @@ ItemHead PackageContent::headOf(const AddedItem& item) const {
   head.name = item.properties.name;
   head.level = levelOf(item.properties.compression);
   head.executable = item.properties.executable;
-  head.isTimeExact = item.properties.modified.has_value();
+  head.isTimeExact = item.properties.modified || options_.timestamp;
   head.time = options_.timestamp.value_or(item.properties.modified.value_or(now_));
   return head;
 }
@@ -113,38 +117,51 @@ std::vector<PackageContent::Run> PackageContent::findRuns() {
     if (removed_[order[at]]) continue;
     const ZipEntry& entry = old_->directory.entries()[order[at]];
     const bool continues = !runs.empty() && runs.back().end == entry.headerOffset;
-    if (!continues) runs.push_back({entry.headerOffset, 0});
+    if (!continues) {
+      if (!runs.empty()) requireWhole(runs.back());
+      runs.push_back({entry.headerOffset, 0});
+      runs.back().first = at;
+    }
     Run& run = runs.back();
+    run.last = at;
     run.end = endOf(at);
     ++run.items;
     run.bytes += entry.size;
   }
+  if (!runs.empty()) requireWhole(runs.back());
   return runs;
 }
 
 // What lies up to the next item belongs to this one, as long as it can: the exact length would
-// take a look at every local header. Where a run ends it is worth that look: extra fields that
-// reach over an item that is left out would be cut.
+// take a look at every local header. Where a run ends it is worth that look.
 std::uint64_t PackageContent::endOf(std::size_t positionInOrder) {
   const ZipDirectory& directory = old_->directory;
   const auto order = directory.physicalOrder();
   const std::uint32_t entry = order[positionInOrder];
   const bool isLast = positionInOrder + 1 == order.size();
-  const std::uint32_t follower = isLast ? kNoEntry : order[positionInOrder + 1];
-  const std::uint64_t next =
-      isLast ? directory.location().offset : directory.entries()[follower].headerOffset;
-  const bool isNextKept = !isLast && !removed_[follower];
-  if (isNextKept && next - directory.entries()[entry].leastEnd() <= kMostUnseen) return next;
+  if (!isLast && !removed_[order[positionInOrder + 1]]) {
+    const std::uint64_t next = directory.entries()[order[positionInOrder + 1]].headerOffset;
+    if (next - directory.entries()[entry].leastEnd() <= kMostUnseen) return next;
+  }
+  return exactEndOf(entry);
+}
+
+std::uint64_t PackageContent::exactEndOf(std::uint32_t entry) {
   const auto context = [&] {
-    return "cannot keep item '" + std::string(directory.name(entry)) + "'";
+    return "cannot keep item '" + std::string(old_->directory.name(entry)) + "'";
   };
-  return inContext(context, [&] {
-    const std::uint64_t end = old_->reader.endOf(entry);
-    if (end <= next) return end;
-    throw FormatError(
-        "RB-2", "it overlaps " + (isLast ? "the directory"
-                                         : "item '" + std::string(directory.name(follower)) + "'"));
-  });
+  return inContext(context, [&] { return old_->reader.endOf(entry); });
+}
+
+// Extra fields that reach over the end of the run, from far in front of it perhaps, would be cut.
+void PackageContent::requireWhole(const Run& run) {
+  const auto order = old_->directory.physicalOrder();
+  const auto entries = old_->directory.entries();
+  std::size_t at = run.last;
+  while (at > run.first && entries[order[at - 1]].leastEnd() + kMostUnseen > run.end) --at;
+  for (; at < run.last; ++at) {
+    exactEndOf(order[at]);
+  }
 }
 
 void PackageContent::copyRun(OutputFile& out, const Run& run) {

@@ -46,6 +46,8 @@ class PackageContent {
     std::uint64_t end = 0;
     std::uint64_t items = 0;
     std::uint64_t bytes = 0;  ///< unpacked
+    std::size_t first = 0;    ///< of its items, in physical order; none between is left out
+    std::size_t last = 0;
   };
 
   void countTotals();
@@ -54,6 +56,8 @@ class PackageContent {
   void copyUnchanged(OutputFile& out, ZipWriter& writer);
   std::vector<Run> findRuns();
   std::uint64_t endOf(std::size_t positionInOrder);
+  std::uint64_t exactEndOf(std::uint32_t entry);
+  void requireWhole(const Run& run);
   void copyRun(OutputFile& out, const Run& run);
   ItemHead headOf(const AddedItem& item) const;
   int levelOf(interfaces::CompressionType compression) const;

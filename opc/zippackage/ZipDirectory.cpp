@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/ZipDirectory.h"
 
+#include <algorithm>
+
 #include "opc/Exception.h"
 #include "opc/zippackage/DirectoryPass.h"
+#include "opc/zippackage/ExtraFields.h"
 
 namespace opc::zippackage {
 namespace {
@@ -43,7 +46,7 @@ std::uint64_t ZipEntry::leastEnd() const {
 }
 
 ZipDirectory ZipDirectory::read(const PackageFile& file) {
-  const FileTail tail(file);
+  FileTail tail(file);
   ZipDirectory directory;
   directory.location_ = findDirectory(tail);
   const DirectoryLocation& location = directory.location_;
@@ -78,6 +81,26 @@ CentralHeader ZipDirectory::header(std::size_t entry) const {
 
 Bytes ZipDirectory::record(std::size_t entry) const {
   return bytes_.bytes().subspan(entries_[entry].record, header(entry).fullSize());
+}
+
+std::uint32_t ZipDirectory::follower(std::size_t entry) const {
+  // As a rule items lie in the order in which they are listed.
+  const bool isInOrder =
+      entry + 1 < entries_.size() && physicalOrder_[entry] == entry &&
+      entries_[physicalOrder_[entry + 1]].headerOffset > entries_[entry].headerOffset;
+  if (isInOrder) return physicalOrder_[entry + 1];
+  const auto isBefore = [this](std::uint64_t offset, std::uint32_t other) {
+    return offset < entries_[other].headerOffset;
+  };
+  const auto next = std::upper_bound(physicalOrder_.begin(), physicalOrder_.end(),
+                                     entries_[entry].headerOffset, isBefore);
+  if (next == physicalOrder_.end()) return kNoEntry;
+  return entries_[*next].headerOffset < location_.offset ? *next : kNoEntry;
+}
+
+std::uint64_t ZipDirectory::limitOf(std::size_t entry) const {
+  const std::uint32_t next = follower(entry);
+  return next == kNoEntry ? location_.offset : entries_[next].headerOffset;
 }
 
 Bytes ZipDirectory::extra(std::size_t entry) const {
@@ -120,7 +143,7 @@ std::string ZipDirectory::describe(const ZipFault& fault) const {
     case ZipFaultKind::ParentSegment:
       return "the name of " + item + " has a segment '..'";
     case ZipFaultKind::ExtraMalformed:
-      return item + " has malformed extra fields";
+      return item + " " + opc::zippackage::describe(static_cast<ExtraFault>(fault.first));
     case ZipFaultKind::FolderTwice:
       return "folder " + quoted(name(fault.entry)) + " is there twice";
     case ZipFaultKind::NameEmpty:

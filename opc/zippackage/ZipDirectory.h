@@ -65,6 +65,11 @@ class ZipDirectory {
 
   /// Entries by the offset of their local headers.
   std::span<const std::uint32_t> physicalOrder() const { return physicalOrder_; }
+  /// The entry whose local header is the next one behind that of `entry`; kNoEntry when the
+  /// directory comes first.
+  std::uint32_t follower(std::size_t entry) const;
+  /// Where its local header begins, or the directory.
+  std::uint64_t limitOf(std::size_t entry) const;
   const DirectoryLocation& location() const { return location_; }
 
   /// In the order in which they were found.

@@ -4,8 +4,7 @@
 namespace opc::zippackage {
 
 ZipFaultSeverity ZipFault::severity() const {
-  if (kind < ZipFaultKind::ParentSegment) return ZipFaultSeverity::Refused;
-  return kind == ZipFaultKind::ParentSegment ? ZipFaultSeverity::Error : ZipFaultSeverity::Warning;
+  return kind < ZipFaultKind::BytesAfterEnd ? ZipFaultSeverity::Refused : ZipFaultSeverity::Warning;
 }
 
 const char* ZipFault::rule() const {

@@ -17,21 +17,20 @@ enum class ZipFaultKind : std::uint8_t {
   StoredSizesDiffer,  ///< first: size; second: packed size
   NameHasNul,
   NameNotUtf8,
-  NameTwice,    ///< first: the other entry
-  OutsideFile,  ///< first: where its data would end at least; second: where they must
-  Overlap,      ///< first: the other entry, or kNoEntry for the directory
-  // An error to who checks, overlooked by who reads.
+  NameTwice,      ///< first: the other entry
+  OutsideFile,    ///< first: where its data would end at least; second: where they must
+  Overlap,        ///< first: the other entry, or kNoEntry for the directory
   ParentSegment,  ///< a segment `..` in the name
   // Allowed.
   BytesAfterEnd,     ///< first: offset; second: how many
   BytesBeforeFirst,  ///< second: how many
   UnusedBytes,       ///< first: offset; second: how many
-  ExtraMalformed,
-  FolderTwice,  ///< first: the other entry
+  ExtraMalformed,    ///< first: the ExtraFault
+  FolderTwice,       ///< first: the other entry
   NameEmpty,
 };
 
-enum class ZipFaultSeverity { Refused, Error, Warning };
+enum class ZipFaultSeverity { Refused, Warning };
 
 inline constexpr std::uint32_t kNoEntry = 0xFFFFFFFF;
 

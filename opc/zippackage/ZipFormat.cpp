@@ -149,7 +149,8 @@ std::size_t DataDescriptor::encode(unsigned char* to, bool wide, bool withSignat
   return static_cast<std::size_t>(writer.next() - to);
 }
 
-std::size_t DataDescriptor::lengthIn(Bytes from, bool wideFirst) const {
+std::size_t DataDescriptor::lengthIn(Bytes from, bool wideFirst, std::uint64_t room) const {
+  std::size_t first = 0;
   const bool fitsNarrow = packedSize <= kElsewhere32 && size <= kElsewhere32;
   for (const bool wide : {wideFirst, !wideFirst}) {
     if (!wide && !fitsNarrow) continue;
@@ -157,10 +158,12 @@ std::size_t DataDescriptor::lengthIn(Bytes from, bool wideFirst) const {
       unsigned char expected[kMaxSize];
       const Bytes form(expected, encode(expected, wide, withSignature));
       if (from.size() < form.size()) continue;
-      if (std::equal(form.begin(), form.end(), from.begin())) return form.size();
+      if (!std::equal(form.begin(), form.end(), from.begin())) continue;
+      if (form.size() == room) return form.size();
+      if (first == 0) first = form.size();
     }
   }
-  return 0;
+  return first;
 }
 
 void EndRecord::encode(unsigned char* to) const {

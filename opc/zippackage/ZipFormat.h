@@ -27,7 +27,13 @@ inline constexpr std::uint16_t kAnyEncryption =
 
 inline constexpr std::uint16_t kVersionPlain = 20;
 inline constexpr std::uint16_t kVersionZip64 = 45;
+/// Hosts, in the upper byte of `madeBy`.
+inline constexpr std::uint16_t kHostDos = 0;
 inline constexpr std::uint16_t kHostUnix = 3;
+inline constexpr std::uint16_t kHostHpfs = 6;
+inline constexpr std::uint16_t kHostNtfs = 10;
+inline constexpr std::uint16_t kHostVfat = 14;
+inline constexpr std::uint16_t kHostDarwin = 19;
 
 /// In a 16- or 32-bit field: the value stands in a ZIP64 field or record.
 inline constexpr std::uint16_t kElsewhere16 = 0xFFFF;
@@ -71,7 +77,7 @@ struct CentralHeader {
   std::uint16_t commentLength = 0;
   std::uint16_t disk = 0;
   std::uint16_t internalAttributes = 0;
-  std::uint32_t externalAttributes = 0;  ///< from Unix the mode in the upper half
+  std::uint32_t externalAttributes = 0;  ///< from Unix and Darwin the mode in the upper half
   std::uint32_t headerOffset = 0;
 
   std::size_t fullSize() const {
@@ -93,8 +99,9 @@ struct DataDescriptor {
   /// Returns how many bytes it wrote, at most kMaxSize. The signature is a custom, no rule.
   std::size_t encode(unsigned char* to, bool wide, bool withSignature) const;
   /// The length of the form, of the four there are, in which `from` begins with just these
-  /// values; 0 for none. `wideFirst` settles which of two that fit is meant.
-  std::size_t lengthIn(Bytes from, bool wideFirst) const;
+  /// values; 0 for none. Two fit an empty item: then it is the one that fills the `room` up to
+  /// what follows, or else as `wideFirst` says.
+  std::size_t lengthIn(Bytes from, bool wideFirst, std::uint64_t room) const;
 };
 
 /// The last record of the file.

@@ -120,6 +120,12 @@ std::uint64_t ZipItemReader::endOf(std::size_t entry) {
   return locate(entry, false).end;
 }
 
+Bytes ZipItemReader::localExtra(std::size_t entry) {
+  const LocalHeader header = readHeader(entry, 0);
+  const std::uint64_t headerOffset = directory_.entries()[entry].headerOffset;
+  return window_.at(headerOffset + LocalHeader::kSize + header.nameLength, header.extraLength);
+}
+
 void ZipItemReader::readWhole(std::size_t entry, ByteBuffer& into) {
   const ZipEntry& item = directory_.entries()[entry];
   const Place place = locate(entry, true);
@@ -150,20 +156,19 @@ std::unique_ptr<InputStream> ZipItemReader::openStream(std::size_t entry) {
 ZipItemReader::Place ZipItemReader::locate(std::size_t entry, bool withData) {
   const ZipEntry& item = directory_.entries()[entry];
   const LocalHeader header = readHeader(entry, withData ? item.packedSize : 0);
-  const std::uint64_t limit = directory_.location().offset;
+  const std::uint64_t limit = directory_.limitOf(entry);
   const std::uint64_t extraAt = item.headerOffset + LocalHeader::kSize + header.nameLength;
   Place place;
   place.data = extraAt + header.extraLength;
-  if (place.data > limit || item.packedSize > limit - place.data) {
-    throw FormatError("RB-2", "its data reach into the directory");
-  }
+  if (place.data > limit || item.packedSize > limit - place.data) refuseOverlap(entry);
   const LocalSizes sizes = readSizes(header, window_.at(extraAt, header.extraLength));
   checkHeader(header, item, sizes);
   place.end = place.data + item.packedSize;
   if ((header.flags & kFlagDescriptor) != 0) {
     // From the start of the data, when they are wanted, so that the window moves only once.
     const std::uint64_t from = withData ? place.data : place.end;
-    place.end += descriptorLength(item, from, place.end, sizes.hasZip64);
+    place.end += descriptorLength(entry, from, place.end, sizes.hasZip64);
+    if (place.end > limit) refuseOverlap(entry);
   }
   return place;
 }
@@ -185,15 +190,24 @@ LocalHeader ZipItemReader::readHeader(std::size_t entry, std::uint64_t dataSize)
   return *header;
 }
 
-std::size_t ZipItemReader::descriptorLength(const ZipEntry& item, std::uint64_t from,
+// Neither the extra fields of the local header nor the descriptor show in the directory.
+void ZipItemReader::refuseOverlap(std::size_t entry) const {
+  const std::uint32_t next = directory_.follower(entry);
+  if (next == kNoEntry) throw FormatError("RB-2", "its data reach into the directory");
+  throw FormatError("RB-2",
+                    "its data reach into item '" + std::string(directory_.name(next)) + "'");
+}
+
+std::size_t ZipItemReader::descriptorLength(std::size_t entry, std::uint64_t from,
                                             std::uint64_t dataEnd, bool wideFirst) {
+  const ZipEntry& item = directory_.entries()[entry];
   const std::uint64_t room = directory_.location().offset - dataEnd;
   const std::uint64_t length = std::min<std::uint64_t>(room, DataDescriptor::kMaxSize);
   const auto before = static_cast<std::size_t>(dataEnd - from);
   const Bytes descriptor =
       window_.at(from, before + static_cast<std::size_t>(length)).subspan(before);
-  const std::size_t found =
-      DataDescriptor{item.crc, item.packedSize, item.size}.lengthIn(descriptor, wideFirst);
+  const std::size_t found = DataDescriptor{item.crc, item.packedSize, item.size}.lengthIn(
+      descriptor, wideFirst, directory_.limitOf(entry) - dataEnd);
   if (found == 0) {
     throw FormatError("ZP-8", "its data descriptor is missing or differs from the directory");
   }

@@ -16,8 +16,9 @@ namespace opc::zippackage {
 
 /// Reads the items of a package, and checks them: the local header against the directory, then
 /// the data descriptor, size and checksum. Faults throw FormatError: ZP-7 and ZP-9 for headers,
-/// ZP-8 for descriptors, RB-2 for data that reach into the directory, ZP-15 for data. Entries must
-/// be free of refused faults. The file and the directory must outlive the reader and its streams.
+/// ZP-8 for descriptors, RB-2 for data that reach into the next item or the directory, ZP-15 for
+/// data. Entries must be free of refused faults. The file and the directory must outlive the reader
+/// and its streams.
 class ZipItemReader {
  public:
   ZipItemReader(const PackageFile& file, const ZipDirectory& directory);
@@ -33,6 +34,9 @@ class ZipItemReader {
   /// Where the item's bytes end in the file, data descriptor included.
   std::uint64_t endOf(std::size_t entry);
 
+  /// The extra fields of the item's local header, valid until the next call.
+  Bytes localExtra(std::size_t entry);
+
  private:
   struct Place {
     std::uint64_t data = 0;
@@ -41,8 +45,9 @@ class ZipItemReader {
 
   Place locate(std::size_t entry, bool withData);
   LocalHeader readHeader(std::size_t entry, std::uint64_t dataSize);
-  std::size_t descriptorLength(const ZipEntry& item, std::uint64_t from, std::uint64_t dataEnd,
+  std::size_t descriptorLength(std::size_t entry, std::uint64_t from, std::uint64_t dataEnd,
                                bool wideFirst);
+  [[noreturn]] void refuseOverlap(std::size_t entry) const;
   void readWhole(std::size_t entry, ByteBuffer& into);
   std::unique_ptr<InputStream> openStream(std::size_t entry);
 

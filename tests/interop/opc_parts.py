@@ -96,6 +96,8 @@ class Package:
 
     def __init__(self, path):
         self.container = zipfile.ZipFile(path)
+        if any(".." in re.split(r"[/\\]", name) for name in self.container.namelist()):
+            raise Fault("segment '..'")
         names = [encoded("/" + item.filename) for item in self.container.infolist()]
         items = dict(zip(map(folded, names), self.container.infolist()))
         self.types = self._read_types(items)

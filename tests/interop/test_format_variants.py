@@ -329,13 +329,18 @@ class FileTrees(VariantCase):
     def test_have_no_files_of_other_entries(self):
         for name in (
                 "a%0A.q", "a%7F.q", "a%C2%85.q", "%41.q", "a b.q", "%25%34%31.q", "a%5Cb.q",
-                "a%2Fb.q", "%C3.q", "%ED%A0%80.q", "%00.q", "x/", "/y.q", "./y.q", "../y.q",
+                "a%2Fb.q", "%C3.q", "%ED%A0%80.q", "%00.q", "x/", "/y.q", "./y.q",
                 "%2E.q", "d./x.q", "x[0].q", "x%7e.q", "x.unknown", "x", "_rels/x.q.rels",
                 "_RELS/.RELS", "x%.q", "a\"b.q", "x.q ", "[Content_Types].q"):
             with self.subTest(name):
                 found = self.agree(self.parts("files/" + name))
 
                 self.assertEqual(len(found["files"]), 3)
+
+    def test_are_refused_with_a_segment_of_two_dots(self):
+        for name in ("files/../y.q", "../y.q", "..", "files\\..\\y.q"):
+            with self.subTest(name):
+                self.refuse(self.parts(name), "list", "q.kraddon")
 
     def test_have_the_first_of_two_parts_that_stand_for_one_path(self):
         for names in (("files/(.q", "files/%28.q"), ("files/%28.q", "files/(.q"),

@@ -8,6 +8,21 @@ namespace {
 
 constexpr std::uint32_t kLink = 0120777u << 16;
 constexpr std::uint32_t kDevice = 0020644u << 16;
+constexpr std::uint32_t kLabel = 0x08;
+
+ZipItem& addSpecial(PackageUnderTest& p, const char* name, std::uint32_t attributes,
+                    std::uint16_t host = 3) {
+  ZipItem& item = p.add(name, "");
+  item.central.externalAttributes = attributes;
+  item.central.madeBy = static_cast<std::uint16_t>(host << 8 | 20);
+  return item;
+}
+
+void addGapBehindWideEndRecord(PackageUnderTest& p) {
+  p.zip.zip64 = true;
+  const std::string bytes = p.zip.build();
+  p.zip.zip64Record = bytes.substr(bytes.rfind(le32(0x06064b50)), 56) + "gap!";
+}
 
 void addLarge(PackageUnderTest& p) {
   p.add("zeros.m", std::string((std::size_t{64} << 20) + 1, '\0')).deflate = true;
@@ -43,6 +58,7 @@ std::span<const PackageCase> containerCases() {
       {101, "NoDirectory", "ZP-16", "", [](auto& p) { p.zip.directoryOffset = 3; }},
       {102, "InFront", "ZP-11", "", [](auto& p) { p.zip.prefix = "#!/bin/sh\n"; }},
       {102, "Behind", "ZP-16", "", [](auto& p) { p.zip.suffix = "\n"; }},
+      {102, "FarBehind", "ZP-16", "", [](auto& p) { p.zip.suffix = std::string(200000, '\0'); }},
       {103, "Twice", "ZP-2", "b.m", [](auto& p) { p.add("b.m"); }},
       {104, "Parent", "RB-12", "../c.m", [](auto& p) { p.add("../c.m"); }},
       {104, "ParentWithBackslash", "RB-12", "x\\..\\c.m", [](auto& p) { p.add("x\\..\\c.m"); }},
@@ -78,7 +94,7 @@ std::span<const PackageCase> containerCases() {
          p.last().central.offset = 0;
        }},
       {107, "OutsideFile", "ZP-16", "c.m", reachOutside},
-      {107, "Unseen", "RB-2", "c.m", overlapUnseen},
+      {107, "Unseen", "RB-2", "a.xml", overlapUnseen},
       {107, "IntoDirectory", "RB-2", "b.m", [](auto& p) { p.last().local.extraLength = 0xF000; }},
       {108, "Encrypted", "ZP-6", "b.m",
        [](auto& p) { p.last().local.flags = p.last().central.flags = 1; }},
@@ -92,6 +108,9 @@ std::span<const PackageCase> containerCases() {
        [](auto& p) { p.add("c.m").central.externalAttributes = kLink; }},
       {110, "Device", "RB-14", "c.m",
        [](auto& p) { p.add("c.m").central.externalAttributes = kDevice; }},
+      {110, "DarwinLink", "RB-14", "c.m", [](auto& p) { addSpecial(p, "c.m", kLink, 19); }},
+      {110, "LinkCalledFolder", "RB-14", "d/", [](auto& p) { addSpecial(p, "d/", kLink); }},
+      {110, "NtfsLabel", "RB-14", "c.m", [](auto& p) { addSpecial(p, "c.m", kLabel, 10); }},
       {111, "CodePage", "ZP-3", "c\xC3\xA9.m", [](auto& p) { p.add("c\x82.m"); }},
       {111, "Utf8", "ZP-3", "c\xC3\xA9.m",
        [](auto& p) {
@@ -103,6 +122,14 @@ std::span<const PackageCase> containerCases() {
       {113, "BeforeDirectory", "ZP-16", "", [](auto& p) { p.add("c.m").writeCentral = false; }},
       {113, "BehindDirectory", "ZP-16", "", [](auto& p) { p.zip.beforeEnd = "gap"; }},
       {113, "Extra", "ZP-16", "b.m", [](auto& p) { p.last().central.extra = "xyz"; }},
+      {113, "LocalExtra", "ZP-16", "b.m", [](auto& p) { p.last().local.extra = "xyz"; }},
+      {113, "LongLocalExtra", "ZP-16", "b.m",
+       [](auto& p) { p.last().local.extra = le16(7) + le16(60000) + "data"; }},
+      {113, "TwoZip64Fields", "ZP-16", "b.m",
+       [](auto& p) { p.last().central.extra = extraField(1, "") + extraField(1, ""); }},
+      {113, "TwoLocalZip64Fields", "ZP-16", "b.m",
+       [](auto& p) { p.last().local.extra = extraField(1, "") + extraField(1, ""); }},
+      {113, "BehindZip64EndRecord", "ZP-16", "", addGapBehindWideEndRecord},
       {114, "Absolute", "RB-12", "/c.m", [](auto& p) { p.add("/c.m"); }},
       {114, "Backslash", "RB-12", "x\\c.m", [](auto& p) { p.add("x\\c.m"); }},
       {114, "Drive", "RB-12", "C:c.m", [](auto& p) { p.add("C:c.m"); }},

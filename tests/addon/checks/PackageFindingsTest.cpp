@@ -95,3 +95,17 @@ TEST(PackageFindings, EveryEntryHasATitleSentencesAndARemedy) {
     EXPECT_TRUE(info.remedy.ends_with('.'));
   }
 }
+
+TEST(PackageFindings, APieceSaysWhyItMakesNoPart) {
+  const auto messageOf = [](const char* name) {
+    PackageUnderTest package;
+    package.add(name);
+    const Report report = package.check();
+    return report.findings().size() == 1 ? report.findings().front().message : shown(report);
+  };
+  const std::string ofTheName = "the name in front of the piece is no part name: ";
+
+  EXPECT_EQ(messageOf("c.m/[00].piece"), "the piece is of no number that makes a part whole");
+  EXPECT_EQ(messageOf("c%2em/[0].last.piece").substr(0, ofTheName.size()), ofTheName);
+  EXPECT_EQ(messageOf("c./[0].last.piece"), ofTheName + "a segment ends in a dot");
+}

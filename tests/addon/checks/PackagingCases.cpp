@@ -68,6 +68,12 @@ void dropRelsType(PackageUnderTest& p) {
 const std::string kTypesXml = "[Content_Types].xml";
 const std::string kNone = std::string(kTypesStart) + "</Types>";
 
+// Without types nothing is a part that a relationship could lead to.
+void emptyTypes(PackageUnderTest& p) {
+  p.types().content = kNone;
+  p.relationships().content = relationshipsXml("");
+}
+
 }  // namespace
 
 std::span<const PackageCase> packagingCases() {
@@ -132,11 +138,12 @@ std::span<const PackageCase> packagingCases() {
       {221, "Kelvin", "PN-7", "/%E2%84%AA.m", [](auto& p) { p.add("k.m"), p.add("%E2%84%AA.m"); }},
       {222, "Case", "CT-1", "[CONTENT_TYPES].xml",
        [](auto& p) { p.types().name = "[CONTENT_TYPES].xml"; }},
-      {223, "Empty", "CT-2", kTypesXml, stream(kNone)},
+      {223, "Empty", "CT-2", kTypesXml, emptyTypes},
       {224, "Missing", "CT-12", "/_rels/.rels", dropRelsType},
       {224, "Elsewhere", "CT-12", "/x.rels", item("x.rels")},
       {228, "NoLast", "IL-4", "c.m/[0].piece", item("c.m/[0].piece")},
       {228, "Zeros", "IL-4", "c.m/[00].piece", item("c.m/[00].piece")},
+      {228, "NoPartName", "IL-4", "c%2em/[0].last.piece", item("c%2em/[0].last.piece")},
       {228, "Gap", "IL-4", "c.m/[0].piece",
        [](auto& p) { p.add("c.m/[0].piece"), p.add("c.m/[2].last.piece"); }, 2},
       {213, "Type", "CP-2", "/core.xml", giveCoreAnotherType},

@@ -81,6 +81,7 @@ constexpr FindingCase kCases[] = {
     {401, "Backslash", [](AddonUnderTest& addon) { setAppFile(addon, "apps\\viewer.m"); }},
     {401, "DotDotInside", [](AddonUnderTest& addon) { setAppFile(addon, "lib/../apps/viewer.m"); }},
     {401, "Root", [](AddonUnderTest& addon) { setAppFile(addon, "."); }},
+    {401, "SlashBehind", [](AddonUnderTest& addon) { setAppFile(addon, "apps/viewer.m/"); }},
     {402, "Main", [](AddonUnderTest& addon) { setExampleFile(addon, "main", "no.m"); }},
     {402, "Source", [](AddonUnderTest& addon) { setExampleFile(addon, "source", "no.m"); }},
     {403, "Thumbnail", [](AddonUnderTest& addon) { setExampleFile(addon, "thumbnail", "no.png"); }},
@@ -89,6 +90,8 @@ constexpr FindingCase kCases[] = {
     {404, "Missing", [](AddonUnderTest& addon) { setKorvanPath(addon, "src"); }},
     {404, "File", [](AddonUnderTest& addon) { setKorvanPath(addon, "lib/f.m"); }},
     {404, "BelowFile", [](AddonUnderTest& addon) { setKorvanPath(addon, "lib/f.m/x"); }},
+    {404, "FileWithSlash", [](AddonUnderTest& addon) { setKorvanPath(addon, "lib/f.m/"); }},
+    {405, "FileWithSlash", [](AddonUnderTest& addon) { setClassPath(addon, "java/wave.jar/"); }},
     {405, "Missing", [](AddonUnderTest& addon) { setClassPath(addon, "java/other.jar"); }},
     {406, "NoThumbnail",
      [](AddonUnderTest& addon) {
@@ -164,7 +167,7 @@ TEST_P(PathInAddon, NamesWhatIsThere) {
 
 INSTANTIATE_TEST_SUITE_P(ReferenceCheck, PathInAddon,
                          testing::Values(".", "/", "java/wave.jar", "/java/wave.jar", "java",
-                                         "empty", "examples/größe.png"));
+                                         "java/", "empty", "empty/", "examples/größe.png"));
 
 TEST(ReferenceCheck, AFindingNamesTheOwnerThePathAndTheLine) {
   AddonUnderTest addon;

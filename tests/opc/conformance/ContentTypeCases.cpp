@@ -94,6 +94,8 @@ std::vector<Case> streamCases() {
        types("<Default Extension=\"q\" PartName=\"/q\" ContentType=\"text/x\"/>")},
       {"CT-3", "ContentIsRefused", Refused, Error,
        types("<Default Extension=\"q\" ContentType=\"text/x\">text</Default>")},
+      {"CT-3", "WhiteSpaceInsideIsRefused", Refused, Error,
+       types("<Default Extension=\"q\" ContentType=\"text/x\"> </Default>")},
       {"CT-4", "AnEmptyExtensionIsRefused", Refused, Error, extension("")},
       {"CT-4", "AnExtensionWithADotIsRefused", Refused, Error, extension(".q")},
       {"CT-4", "AnExtensionOfTwoPartsIsRefused", Refused, Error, extension("tar.gz")},
@@ -158,6 +160,7 @@ std::vector<Case> typeCases() {
          p.add("c.q");
          p.addRelations("_rels/c.q.rels", "");
        }},
+      {"CT-10", "AnEmptyStreamHidesNoRelationship", Refused, Error, wholeTypes(typesDocument(""))},
       {"CT-12", "ARelationshipsPartWithoutTypeIsAccepted", Accepted, Warning,
        wholeTypes(typesDocument(defaultXml("xml", "text/xml") + defaultXml("m", "text/plain"))),
        [](const ReadPackage& read) { EXPECT_EQ(read.targets.size(), 1u); }},

@@ -134,7 +134,7 @@ TEST(RuleCT11, RemovingAPartRemovesItsOverride) {
 }
 
 TEST(RuleCT11, TheOrderOfAddingDoesNotShow) {
-  const std::vector<std::u16string> names{u"/b.x", u"/a.y", u"/c.z", u"/B1", u"/a1"};
+  const std::vector<std::u16string> names{u"/b.x", u"/a.y", u"/c.z", u"/B1", u"/d.rels", u"/a1"};
   const auto streamOfOrder = [&](bool reversed) {
     return writtenStream([&](Package& package) {
       for (std::size_t i = 0; i < names.size(); ++i) {
@@ -154,8 +154,10 @@ TEST(RuleCT11, TheOrderOfAddingDoesNotShow) {
 TEST(RuleCT12, TheTypeOfRelationshipsIsAlwaysSaid) {
   const std::string relations = defaultXml("rels", kRelationsType);
 
-  EXPECT_THAT(writtenStream([](Package& package) { addPart(package, u"/a.m"); }),
-              HasSubstr(relations));
+  for (const auto* name : {u"/a.m", u"/a.rels", u"/b/.RELS"}) {
+    EXPECT_THAT(writtenStream([&](Package& package) { addPart(package, name); }),
+                HasSubstr(relations));
+  }
 }
 
 }  // namespace test::conformance

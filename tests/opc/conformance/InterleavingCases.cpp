@@ -71,6 +71,8 @@ std::vector<Case> interleavingCases() {
        partIs(typesDocument(kUsualDefaults))},
       {"IL-3", "TwoPiecesOfANumberAreRefused", Refused, Error,
        pieces({{"[0].piece", "a"}, {"[0].PIECE", "a"}, {"[1].last.piece", "b"}})},
+      {"IL-3", "TwoPiecesOfAHugeNumberAreRefused", Refused, Error,
+       pieces({{"[99999999999999999999].piece", "a"}, {"[99999999999999999999].PIECE", "a"}})},
       {"IL-3", "AWholeItemBesideThePiecesIsRefused", Refused, Error,
        [](PackageSpec& p) {
          pieces({{"[0].last.piece", "a"}})(p);
@@ -85,6 +87,13 @@ std::vector<Case> interleavingCases() {
        pieces({{"[0].last.piece", "a"}, {"[1].piece", "b"}}), noPart},
       {"IL-4", "LeadingZerosMakeNoPart", Accepted, Warning,
        pieces({{"[00].piece", "a"}, {"[01].last.piece", "b"}}), noPart},
+      {"IL-4", "HugeNumbersMakeNoPart", Accepted, Warning,
+       pieces({{"[99999999999999999998].piece", "a"},
+               {"[99999999999999999999].last.piece", "b"},
+               {"[999999999999999999999].piece", "b"}}),
+       noPart},
+      {"IL-4", "PiecesOfNoPartNameMakeNoPart", Accepted, Warning,
+       [](PackageSpec& p) { p.add("c%2em/[0].last.piece"); }, noPart},
       {"IL-4", "PiecesThatMakeNothingStandBesideAWholeItem", Accepted, Warning,
        [](PackageSpec& p) {
          pieces({{"[0].piece", "a"}})(p);

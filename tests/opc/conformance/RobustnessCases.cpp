@@ -154,9 +154,8 @@ std::vector<Case> limitCases() {
 
 std::vector<Case> namingCases() {
   return {
-      {"RB-12", "AParentSegmentIsAnError", Ignored, Error, item("../c.m"), strays("../c.m")},
-      {"RB-12", "AParentSegmentBehindABackslashIsAnError", Ignored, Error, item("x\\..\\c.m"),
-       strays("x\\..\\c.m")},
+      {"RB-12", "AParentSegmentIsRefused", Refused, Error, item("../c.m")},
+      {"RB-12", "AParentSegmentBehindABackslashIsRefused", Refused, Error, item("x\\..\\c.m")},
       {"RB-12", "AnAbsoluteNameDrawsAWarning", Ignored, Warning, item("/c.m"), strays("/c.m")},
       {"RB-12", "ABackslashDrawsAWarning", Ignored, Warning, item("x\\c.m"), strays("x\\c.m")},
       {"RB-12", "ADriveDrawsAWarning", Accepted, Warning, item("C:c.m")},
@@ -172,6 +171,13 @@ std::vector<Case> namingCases() {
       {"RB-13", "AnEmptyNameDrawsAWarning", Ignored, Warning, item(""), nullptr, "PN-11"},
       {"RB-14", "ALinkDrawsAWarning", Ignored, Warning,
        [](PackageSpec& p) { p.add("c.m", "/etc").central.externalAttributes = 0120777u << 16; }},
+      {"RB-14", "ALinkThatIsCalledLikeAFolderDrawsAWarning", Ignored, Warning,
+       [](PackageSpec& p) { p.add("d/", "/etc").central.externalAttributes = 0120777u << 16; }},
+      {"RB-14", "ALinkOfDarwinDrawsAWarning", Ignored, Warning,
+       [](PackageSpec& p) {
+         p.add("c.m", "/etc").central.externalAttributes = 0120777u << 16;
+         p.last().central.madeBy = 19 << 8 | 20;
+       }},
       {"RB-14", "ADeviceDrawsAWarning", Ignored, Warning,
        [](PackageSpec& p) { p.add("c.m").central.externalAttributes = 0020644u << 16; }},
       {"RB-15", "APartOfAnyNameIsRead", Accepted, Silent, item("CON/nul.m")},

@@ -75,6 +75,8 @@ std::vector<Case> encodingCases() {
       {"XM-1", "Latin1IsRefusedInCoreProperties", RefusedOnUse, Error,
        coreWith(declared("ISO-8859-1"))},
       {"XM-1", "Utf32IsRefused", Refused, Error, wholeTypes(utf32(typesText()))},
+      {"XM-1", "Utf32WithoutMarkIsRefused", Refused, Error,
+       wholeTypes(utf32(typesText()).substr(4))},
       {"XM-1", "MalformedUtf8IsRefused", Refused, Error, streamWith("<!-- \xff -->")},
       {"XM-1", "OverlongUtf8IsRefused", Refused, Error, streamWith("<!-- \xc0\xaf -->")},
       {"XM-2", "ADocumentTypeIsRefusedInTheStream", Refused, Error,
@@ -91,6 +93,9 @@ std::vector<Case> encodingCases() {
 
 std::vector<Case> formCases() {
   return {
+      {"XM-3", "ASecondMarkIsRefused", Refused, Error, streamWith("\xef\xbb\xbf\xef\xbb\xbf")},
+      {"XM-3", "ASecondMarkOfUtf16IsRefused", Refused, Error,
+       wholeTypes(utf16("\xef\xbb\xbf" + typesText(), false))},
       {"XM-3", "ATagThatIsNotClosedIsRefused", Refused, Error, wholeTypes(kTypesRoot)},
       {"XM-3", "AnUndeclaredPrefixIsRefused", Refused, Error, types("<q:Default/>")},
       {"XM-3", "ASecondRootIsRefused", Refused, Error, streamWith("", "<Types/>")},

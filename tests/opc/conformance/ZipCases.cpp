@@ -84,8 +84,25 @@ void addManyItems(PackageSpec& p) {
   p.zip.zip64 = true;
 }
 
-auto addWithAttributes(std::uint32_t attributes) {
-  return [=](PackageSpec& p) { p.add("c.m").central.externalAttributes = attributes; };
+auto addWithAttributes(std::uint32_t attributes, std::uint16_t host = 3) {
+  return [=](PackageSpec& p) {
+    p.add("c.m").central.externalAttributes = attributes;
+    p.last().central.madeBy = static_cast<std::uint16_t>(host << 8 | 20);
+  };
+}
+
+auto addEmptyWithDescriptor(bool signature, bool deflate) {
+  return [=](PackageSpec& p) {
+    p.add("empty.m", "");
+    descriptor(signature, true, deflate)(p);
+  };
+}
+
+void addGapBehindWideEndRecord(PackageSpec& p) {
+  p.zip.zip64 = true;
+  const std::string bytes = p.bytes();
+  const std::size_t record = bytes.rfind(le32(0x06064b50));
+  p.zip.zip64Record = bytes.substr(record, 56) + "gap!";
 }
 
 // A foreign beginning that no offset counts.
@@ -151,6 +168,14 @@ std::vector<Case> nameCases() {
        nullptr, "RB-14"},
       {"ZP-10", "ASymbolicLinkIsNoPart", Ignored, Warning, addWithAttributes(0120777u << 16),
        nullptr, "RB-14"},
+      {"ZP-10", "ASymbolicLinkOfDarwinIsNoPart", Ignored, Warning,
+       addWithAttributes(0120777u << 16, 19), nullptr, "RB-14"},
+      {"ZP-10", "AVolumeLabelOfNtfsIsNoPart", Ignored, Warning, addWithAttributes(8, 10), nullptr,
+       "RB-14"},
+      {"ZP-10", "AVolumeLabelOfHpfsIsNoPart", Ignored, Warning, addWithAttributes(8, 6), nullptr,
+       "RB-14"},
+      {"ZP-10", "AVolumeLabelOfVfatIsNoPart", Ignored, Warning, addWithAttributes(8, 14), nullptr,
+       "RB-14"},
   };
 }
 
@@ -215,6 +240,12 @@ std::vector<Case> dataCases() {
        descriptor(false, true, true)},
       {"ZP-8", "ADescriptorOfAStoredItemIsAccepted", Accepted, Silent,
        descriptor(true, false, false)},
+      {"ZP-8", "AWideDescriptorOfAnEmptyItemIsAccepted", Accepted, Silent,
+       addEmptyWithDescriptor(true, false)},
+      {"ZP-8", "AWideDescriptorOfAnEmptyItemWithoutSignatureIsAccepted", Accepted, Silent,
+       addEmptyWithDescriptor(false, false)},
+      {"ZP-8", "AWideDescriptorOfAnEmptyDeflatedItemIsAccepted", Accepted, Silent,
+       addEmptyWithDescriptor(true, true)},
       {"ZP-8", "AMissingDescriptorIsRefused", RefusedOnUse, Error, wrongDescriptor("")},
       {"ZP-8", "ADescriptorWithAnotherChecksumIsRefused", RefusedOnUse, Error,
        wrongDescriptor(le32(0x08074b50) + le32(1) + le32(deflated(data).size()) + le32(3000))},
@@ -305,10 +336,20 @@ std::vector<Case> containerCases() {
        [](PackageSpec& p) { p.zip.suffix = endRecordOf(p); }},
       {"ZP-16", "ALineBreakAtTheEndDrawsAWarning", Accepted, Warning,
        [](PackageSpec& p) { p.zip.suffix = "\n"; }},
+      {"ZP-16", "ManyBytesAtTheEndDrawAWarning", Accepted, Warning,
+       [](PackageSpec& p) { p.zip.suffix = std::string(1000000, '\0'); }},
+      {"ZP-16", "BytesAtTheEndBeyondTheBoundAreRefused", Refused, Error,
+       [](PackageSpec& p) { p.zip.suffix = std::string(std::size_t{16} << 20, '\0'); }},
       {"ZP-16", "AGapDrawsAWarning", Accepted, Warning,
        [](PackageSpec& p) { p.last().before = "gap"; }},
       {"ZP-16", "MalformedExtraFieldsDrawAWarning", Accepted, Warning,
        [](PackageSpec& p) { p.last().central.extra = "xyz"; }},
+      {"ZP-16", "MalformedLocalExtraFieldsDrawAWarning", Accepted, Warning,
+       local([](HeaderOverrides& header) { header.extra = "xyz"; })},
+      {"ZP-16", "TwoZip64FieldsDrawAWarning", Accepted, Warning,
+       [](PackageSpec& p) { p.last().central.extra = zip64(1, 2) + zip64(1, 2); }},
+      {"ZP-16", "AGapBehindTheZip64EndRecordDrawsAWarning", Accepted, Warning,
+       addGapBehindWideEndRecord},
   };
 }
 

@@ -84,9 +84,9 @@ const StreamCase kStreams[] = {
     {"<Types @><Default Extension='a' ContentType='x/y'>text</Default></Types>", "CT-3"},
     {"<Types @><Default Extension='a' ContentType='x/y'>^</Default></Types>", "CT-3"},
     {"<Types @><Default Extension='a' ContentType='x/y'><!-- c --></Default></Types>", ""},
-    {"<Types @><Default Extension='a' ContentType='x/y'> <!-- c -->\n<?p?><![CDATA[ ]]>"
-     "</Default></Types>",
-     ""},
+    {"<Types @><Default Extension='a' ContentType='x/y'><!-- c --><?p?></Default></Types>", ""},
+    {"<Types @><Default Extension='a' ContentType='x/y'>\n</Default></Types>", "CT-3"},
+    {"<Types @><Default Extension='a' ContentType='x/y'><![CDATA[ ]]></Default></Types>", "CT-3"},
     {"<Types @><Default Extension='a' ContentType='x/y'> <!-- c -->text</Default></Types>", "CT-3"},
     // Extensions.
     {"<Types @><Default Extension=\"!$&amp;'()*+,:=-_~09azAZ\" ContentType='x/y'/></Types>", ""},

@@ -228,6 +228,24 @@ TEST_F(CorePropertiesManagerTest, AForeignPartKeepsItsNameItsRelationshipAndUnkn
   });
 }
 
+TEST_F(CorePropertiesManagerTest, ADateInADistantYearIsAbsentAndStaysAsItIs) {
+  const std::string date = "xsi:type=\"dcterms:W3CDTF\">0001-01-01T00:00:00Z</dcterms:created>";
+  foreignPackage(
+      "<dcterms:created xmlns:dcterms='http://purl.org/dc/terms/' "
+      "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' " +
+      date);
+  CoreProperties properties = load();
+  EXPECT_FALSE(properties.getCreatedTime());
+  properties.setTitle(u"new");
+
+  store(OpenMode::Modify, properties);
+
+  EXPECT_THAT(disk_.bytes("docProps/core.xml"), HasSubstr(date));
+  properties.setCreatedTime(boost::posix_time::from_iso_string("20200102T030405"));
+  store(OpenMode::Modify, properties);
+  EXPECT_THAT(disk_.bytes("docProps/core.xml"), HasSubstr(">2020-01-02T03:04:05Z<"));
+}
+
 TEST_F(CorePropertiesManagerTest, TheContentTypeOfTheFirstEditionMovesToTheHostPart) {
   foreignPackage("<cp:contentType>application/x</cp:contentType>");
   CoreProperties properties = load();

@@ -199,7 +199,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"CP-11", part("<dc:title><mc:x/></dc:title>", kCompatibility)},
         Case{"CP-11", part("", std::string(kCompatibility) + " mc:Ignorable='dc'")},
         Case{"CP-12", created("yesterday")}, Case{"CP-12", created("2014-02-30")},
-        Case{"CP-12", created("1399")}, Case{"CP-12", part("<cp:lastPrinted>now</cp:lastPrinted>")},
+        Case{"CP-12", part("<cp:lastPrinted>now</cp:lastPrinted>")},
         Case{"CP-13", part("<dc:title><dc:creator/></dc:title>")},
         Case{"CP-13", part("<cp:keywords><dc:title/></cp:keywords>")},
         Case{"CP-13", part("<cp:keywords><cp:value><cp:value/></cp:value></cp:keywords>")},

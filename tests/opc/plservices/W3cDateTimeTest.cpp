@@ -79,8 +79,14 @@ INSTANTIATE_TEST_SUITE_P(
                     u"2014-05-32", u"2014-06-31", u"2014-02-29", u"1900-02-29",
                     u"2014-05-06T24:00:00Z", u"2014-05-06T07:60Z", u"2014-05-06T07:08:60Z",
                     u"-2014-05-06", u"+2014", u" 2014", u"2014 ", u"\uFF12\uFF10\uFF11\uFF14",
-                    u"0000", u"1399", u"1400-01-01T00:00:00+00:01", u"9999-12-31T23:59:59-00:01",
-                    u"10000-01-01"));
+                    u"10000-01-01", u"0001-02-29"));
+
+TEST(W3cDateTime, AYearThatTheCalendarDoesNotHoldIsReadAndNoPointInTime) {
+  for (const auto* text : {u"0000", u"0001-01-01T00:00:00Z", u"1399", u"1200-02-29",
+                           u"1400-01-01T00:00:00+00:01", u"9999-12-31T23:59:59-00:01"}) {
+    EXPECT_TRUE(parseW3cDateTime(text).time.is_not_a_date_time());
+  }
+}
 
 TEST(W3cDateTime, ALongTextIsCutInTheMessage) {
   try {

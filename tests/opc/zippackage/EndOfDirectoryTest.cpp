@@ -61,7 +61,7 @@ TEST(EndOfDirectory, KeepsTheArchiveComment) {
 }
 
 TEST(EndOfDirectory, BytesAfterTheEndAreAWarning) {
-  for (const std::size_t count : {1u, 2u, 70000u}) {
+  for (const std::size_t count : {1u, 2u, 70000u, 131072u, 16000000u}) {
     ZipBuilder builder = twoItems();
     builder.suffix = std::string(count, '\n');
 
@@ -73,6 +73,43 @@ TEST(EndOfDirectory, BytesAfterTheEndAreAWarning) {
     EXPECT_EQ(directory.faults()[0].severity(), ZipFaultSeverity::Warning);
     EXPECT_EQ(directory.entries().size(), 2u);
   }
+}
+
+TEST(EndOfDirectory, TheEndIsFoundAcrossTheSeamOfWhatIsReadFirstAndUpToTheBound) {
+  for (const std::size_t size : {FileTail::kSize, FileTail::kLongSize}) {
+    for (const std::size_t missing : {0u, 18u, 21u, 22u}) {
+      ZipBuilder builder = twoItems();
+      builder.suffix = std::string(size - missing, '\n');
+
+      const bool isFound = refusalOf(builder).empty();
+
+      EXPECT_EQ(isFound, size == FileTail::kSize || missing == 22) << size << " " << missing;
+    }
+  }
+}
+
+TEST(EndOfDirectory, FarMoreBytesAfterTheEndAreNotTakenForACut) {
+  ZipBuilder builder = twoItems();
+  builder.suffix = std::string(FileTail::kLongSize, '\0');
+
+  EXPECT_EQ(refusalOf(builder),
+            "ZP-16: it is cut off, or more than 16 MiB follow its end (no end record)");
+}
+
+TEST(EndOfDirectory, APackageInAPackageThatIsCutIsNotTakenForIt) {
+  ZipBuilder builder;
+  builder.add({.name = "inner.zip", .content = twoItems().build() + std::string(200000, 'x')});
+  const std::string bytes = builder.build();
+
+  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 100)), "ZP-16: it is cut off (no end record)");
+}
+
+TEST(EndOfDirectory, CountlessSignaturesFarInFrontOfTheEndAreNotAllLookedAt) {
+  ZipBuilder builder = twoItems();
+  for (int i = 0; i < 32769; ++i) builder.suffix += le32(0x06054b50);
+  builder.suffix += std::string(FileTail::kSize, '\0');
+
+  EXPECT_EQ(refusalOf(builder), "ZP-16: more than 32768 places in it look like its end record");
 }
 
 TEST(EndOfDirectory, ASignatureInTheCommentIsNoEndRecord) {
@@ -253,6 +290,40 @@ TEST(EndOfDirectory, Zip64EndRecordsAreReadWithAndWithoutNeed) {
 
   EXPECT_TRUE(faultsOf(builder).empty());
   EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
+}
+
+std::string zip64RecordOfTwoItems(std::uint64_t recordSize = 44) {
+  const DirectoryLocation location = directoryOf(twoItems()).location();
+  return le32(0x06064b50) + le64(recordSize) + le16(45) + le16(45) + le64(0) + le64(2) + le64(2) +
+         le64(location.size) + le64(location.offset);
+}
+
+TEST(EndOfDirectory, BytesBehindTheZip64EndRecordAreAWarningUnlessItCountsThem) {
+  ZipBuilder gap = twoItems();
+  gap.zip64 = true;
+  gap.zip64Record = zip64RecordOfTwoItems() + "data";
+  ZipBuilder counted = twoItems();
+  counted.zip64 = true;
+  counted.zip64Record = zip64RecordOfTwoItems(48) + "data";
+
+  const ZipDirectory directory = directoryOf(gap);
+
+  EXPECT_EQ(refusalOf(gap), "");
+  ASSERT_EQ(directory.faults().size(), 1u);
+  EXPECT_EQ(directory.faults()[0].kind, ZipFaultKind::UnusedBytes);
+  EXPECT_EQ(directory.faults()[0].first, gap.build().size() - 22 - 20 - 4);
+  EXPECT_EQ(directory.faults()[0].second, 4u);
+  EXPECT_EQ(faultsOf(counted), Kinds{});
+}
+
+TEST(EndOfDirectory, ASecondZip64EndRecordIsRefusedSinceReadersWouldDiffer) {
+  for (const std::uint64_t recordSize : {44u, 44u + 56u}) {
+    ZipBuilder builder = twoItems();
+    builder.zip64 = true;
+    builder.zip64Record = zip64RecordOfTwoItems(recordSize) + zip64RecordOfTwoItems();
+
+    EXPECT_EQ(refusalOf(builder), "ZP-9: it has two ZIP64 end records");
+  }
 }
 
 TEST(EndOfDirectory, EndRecordsThatDisagreeAreRefused) {

@@ -53,6 +53,20 @@ TEST(ExtraFieldWalk, AFieldThatIsCutOffEndsTheWalk) {
   }
 }
 
+TEST(ExtraFieldWalk, TellsWhatIsWrongWithTheFields) {
+  const auto faultOf = [](const std::string& extra) {
+    return ExtraFieldWalk::faultOf(bytesOf(extra));
+  };
+  const std::string wide = extraField(1, le64(5));
+
+  EXPECT_EQ(faultOf(""), ExtraFault::None);
+  EXPECT_EQ(faultOf(wide + extraField(7, "x") + extraField(7, "x")), ExtraFault::None);
+  EXPECT_EQ(faultOf("xyz"), ExtraFault::Cut);
+  EXPECT_EQ(faultOf(wide + extraField(7, "xyz").substr(0, 6)), ExtraFault::Cut);
+  EXPECT_EQ(faultOf(wide + extraField(7, "x") + wide), ExtraFault::Zip64Twice);
+  EXPECT_EQ(faultOf(wide + extraField(1, "")), ExtraFault::Zip64Twice);
+}
+
 TEST(Zip64Extra, HoldsJustTheValuesThatAreSet) {
   Zip64Extra extra;
   EXPECT_EQ(encoded(extra), "");

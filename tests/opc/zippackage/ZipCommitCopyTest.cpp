@@ -84,32 +84,60 @@ TEST_F(Commits, FindTheEndOfAnItemBeforeAHugeGap) {
   EXPECT_EQ(bytes(), builder.build());
 }
 
-/// Item "b" lies whole in the extra fields of the local header of "a", whose data follow it.
-std::string itemWithinAnother() {
-  test::ZipBuilder inner;
-  inner.add({.name = "b", .content = "BBBB"});
-  const std::string b = inner.build().substr(0, 30 + 1 + 4);
+/// Items of these names (a letter each) lie whole in the extra fields of the local header of "a",
+/// whose data follow them.
+std::string itemsWithinAnother(const std::string& names) {
+  constexpr std::size_t kHeader = 30 + 1;
+  test::ZipBuilder within;
+  for (const char name : names) within.add({.name = {name}, .content = "BBBB"});
   test::ZipItem outer{.name = "a", .content = "AAAA"};
-  outer.local.extra = test::extraField(0x9999, std::string(8, 'x') + b);
-  test::ZipItem itself{.name = "b", .content = "BBBB"};
-  itself.writeLocal = false;
-  itself.central.offset = 35 + 31 + 4 + 8;
+  outer.local.extra = test::extraField(
+      0x9999, std::string(8, 'x') + within.build().substr(0, names.size() * (kHeader + 4)));
   test::ZipBuilder builder;
-  builder.add({.name = "c", .content = "CCCC"}).add(outer).add(itself);
+  builder.add({.name = "c", .content = "CCCC"}).add(outer);
+  std::size_t offset = kHeader + 4 + kHeader + 4 + 8;
+  for (const char name : names) {
+    test::ZipItem inner{.name = {name}, .content = "BBBB"};
+    inner.writeLocal = false;
+    inner.central.offset = static_cast<std::uint32_t>(offset);
+    builder.add(inner);
+    offset += kHeader + 4;
+  }
   return builder.build();
 }
 
 TEST_F(Commits, RefuseToCutAnItemThatReachesOverTheNextOne) {
-  test::writeFile(path(), itemWithinAnother());
+  test::writeFile(path(), itemsWithinAnother("b"));
   auto package = test::packageAt(path());
   package.open(OpenMode::Modify);
-  ASSERT_EQ(test::textOf(package, "a"), "AAAA");
   ASSERT_EQ(test::textOf(package, "b"), "BBBB");
   package.removeItem(test::find(package, "b").value());
 
   EXPECT_EQ(test::ruleOf([&] { package.close(false); }), "RB-2");
   EXPECT_EQ(failureOf(package), "cannot write package '" + path().string() +
-                                    "': cannot keep item 'a': it overlaps item 'b'");
+                                    "': cannot keep item 'a': its data reach into item 'b'");
+}
+
+TEST_F(Commits, RefuseToCutAnItemThatReachesOverTheLastOne) {
+  const std::string before = itemsWithinAnother("b");
+  test::writeFile(path(), before);
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  test::addText(package, {.name = "new"}, "new");
+
+  EXPECT_EQ(failureOf(package), "cannot write package '" + path().string() +
+                                    "': cannot keep item 'a': its data reach into item 'b'");
+  EXPECT_EQ(bytes(), before);
+}
+
+TEST_F(Commits, RefuseToCutAnItemThatReachesFarOverOthers) {
+  // Two items within the first one's local extra field, of which the second stays as well.
+  test::writeFile(path(), itemsWithinAnother("bd"));
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Modify);
+  package.removeItem(test::find(package, "c").value());
+
+  EXPECT_EQ(test::ruleOf([&] { package.close(false); }), "RB-2");
 }
 
 TEST_F(Commits, LeaveOutWhatIsNoPartOfTheLastItem) {

@@ -167,6 +167,22 @@ TEST_F(Commits, ReportTheirProgressToTheEnd) {
   }
 }
 
+TEST_F(Commits, ReportNoStepBackWhenAnItemIsReadTwice) {
+  const auto holder = changed();
+  test::addText(*holder, {.name = "x"}, test::randomText(18000000));
+  WriteOptions options;
+  std::uint64_t reached = 0;
+  options.progress = [&](const interfaces::Progress& progress) {
+    EXPECT_GE(progress.bytesDone, reached);
+    reached = progress.bytesDone;
+  };
+  holder->setWriteOptions(options);
+
+  holder->close(false);
+
+  EXPECT_EQ(reached, 18000000u + 5 + 3000 + 11);
+}
+
 TEST_F(Commits, EndWithinALargeItemWhenTheProgressFunctionThrows) {
   const std::string before = bytes();
   const auto holder = changed();

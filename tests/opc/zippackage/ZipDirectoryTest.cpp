@@ -246,7 +246,7 @@ TEST(ZipDirectory, AnEmptyNameIsAWarning) {
   EXPECT_EQ(refusalOf(builder), "");
 }
 
-TEST(ZipDirectory, AParentSegmentIsAnErrorThatReadersOverlook) {
+TEST(ZipDirectory, AParentSegmentIsRefused) {
   for (const char* name : {"..", "../a", "a/../b", "a/..", "a\\..\\b", "..\\a"}) {
     ZipBuilder builder;
     builder.add({.name = name, .content = "1"});
@@ -255,8 +255,8 @@ TEST(ZipDirectory, AParentSegmentIsAnErrorThatReadersOverlook) {
 
     ASSERT_EQ(directory.faults().size(), 1u) << name;
     EXPECT_EQ(directory.faults()[0].kind, ZipFaultKind::ParentSegment);
-    EXPECT_EQ(directory.faults()[0].severity(), ZipFaultSeverity::Error);
-    EXPECT_EQ(refusalOf(builder), "");
+    EXPECT_EQ(directory.faults()[0].severity(), ZipFaultSeverity::Refused);
+    EXPECT_NE(refusalOf(builder), "");
   }
   for (const char* name : {"a..", "..a", "a/...", "a../b", "a/b..c", "..."}) {
     ZipBuilder builder;
@@ -329,6 +329,22 @@ TEST(ZipDirectory, MalformedExtraFieldsAreAWarning) {
 
   EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::ExtraMalformed});
   EXPECT_EQ(refusalOf(builder), "");
+}
+
+TEST(ZipDirectory, TwoZip64FieldsAreAWarningWhetherTheyAreNeededOrNot) {
+  for (const bool isNeeded : {false, true}) {
+    ZipBuilder builder = twoItems();
+    if (isNeeded) builder.items[0].central.size = 0xFFFFFFFF;
+    builder.items[0].central.extra = extraField(1, le64(5)) + extraField(1, le64(6));
+
+    const ZipDirectory directory = directoryOf(builder);
+
+    ASSERT_EQ(directory.faults().size(), 1u);
+    EXPECT_EQ(directory.faults()[0].kind, ZipFaultKind::ExtraMalformed);
+    EXPECT_EQ(directory.describe(directory.faults()[0]), "item 'a.txt' has two ZIP64 fields");
+    EXPECT_EQ(directory.entries()[0].size, 5u);
+    EXPECT_EQ(refusalOf(builder), "");
+  }
 }
 
 TEST(ZipDirectory, UnknownExtraFieldsCommentsAndHostsAreFine) {

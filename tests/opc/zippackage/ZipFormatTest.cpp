@@ -106,41 +106,55 @@ TEST(DataDescriptor, IsKnownInAllFourForms) {
   const std::string narrow = le32(0xCAFEBABE) + le32(100) + le32(200);
   const std::string wide = le32(0xCAFEBABE) + le64(100) + le64(200);
 
-  EXPECT_EQ(descriptor.lengthIn(bytesOf(narrow + "PK.."), false), 12u);
-  EXPECT_EQ(descriptor.lengthIn(bytesOf("PK\x07\x08" + narrow), false), 16u);
-  EXPECT_EQ(descriptor.lengthIn(bytesOf(wide), false), 20u);
-  EXPECT_EQ(descriptor.lengthIn(bytesOf("PK\x07\x08" + wide), false), 24u);
+  EXPECT_EQ(descriptor.lengthIn(bytesOf(narrow + "PK.."), false, 0), 12u);
+  EXPECT_EQ(descriptor.lengthIn(bytesOf("PK\x07\x08" + narrow), false, 0), 16u);
+  EXPECT_EQ(descriptor.lengthIn(bytesOf(wide), false, 0), 20u);
+  EXPECT_EQ(descriptor.lengthIn(bytesOf("PK\x07\x08" + wide), false, 0), 24u);
 }
 
 TEST(DataDescriptor, WithOtherValuesIsNone) {
   const std::string bytes = "PK\x07\x08" + le32(1) + le32(100) + le32(200);
 
-  EXPECT_EQ((DataDescriptor{2, 100, 200}.lengthIn(bytesOf(bytes), false)), 0u);
-  EXPECT_EQ((DataDescriptor{1, 101, 200}.lengthIn(bytesOf(bytes), false)), 0u);
-  EXPECT_EQ((DataDescriptor{1, 100, 201}.lengthIn(bytesOf(bytes), false)), 0u);
-  EXPECT_EQ((DataDescriptor{1, 100, 200}.lengthIn(bytesOf(bytes.substr(0, 15)), false)), 0u);
+  EXPECT_EQ((DataDescriptor{2, 100, 200}.lengthIn(bytesOf(bytes), false, 0)), 0u);
+  EXPECT_EQ((DataDescriptor{1, 101, 200}.lengthIn(bytesOf(bytes), false, 0)), 0u);
+  EXPECT_EQ((DataDescriptor{1, 100, 201}.lengthIn(bytesOf(bytes), false, 0)), 0u);
+  EXPECT_EQ((DataDescriptor{1, 100, 200}.lengthIn(bytesOf(bytes.substr(0, 15)), false, 0)), 0u);
 }
 
 TEST(DataDescriptor, BeyondFourGibibytesIsKnownInItsWideFormsOnly) {
   const DataDescriptor descriptor{1, 0x100000002, 0x100000003};
 
-  EXPECT_EQ(descriptor.lengthIn(bytesOf(le32(1) + le64(0x100000002) + le64(0x100000003)), false),
+  EXPECT_EQ(descriptor.lengthIn(bytesOf(le32(1) + le64(0x100000002) + le64(0x100000003)), false, 0),
             20u);
-  EXPECT_EQ(descriptor.lengthIn(bytesOf(le32(1) + le32(2) + le32(3)), false), 0u);
+  EXPECT_EQ(descriptor.lengthIn(bytesOf(le32(1) + le32(2) + le32(3)), false, 0), 0u);
 }
 
 TEST(DataDescriptor, OfNothingIsTakenInTheFormThatIsAskedForFirst) {
   const std::string zeros(24, '\0');
 
-  EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(zeros), false)), 12u);
-  EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(zeros), true)), 20u);
+  EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(zeros), false, 0)), 12u);
+  EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(zeros), true, 0)), 20u);
+}
+
+TEST(DataDescriptor, OfNothingIsTakenInTheFormThatFillsTheRoomUpToWhatFollows) {
+  const std::string bare(24, '\0');
+  const std::string marked = "PK\x07\x08" + bare.substr(4);
+
+  for (const bool wideFirst : {false, true}) {
+    EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(bare), wideFirst, 12)), 12u);
+    EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(bare), wideFirst, 20)), 20u);
+    EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(marked), wideFirst, 16)), 16u);
+    EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(marked), wideFirst, 24)), 24u);
+  }
+  EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(marked), false, 17)), 16u);
+  EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(marked), true, 17)), 24u);
 }
 
 TEST(DataDescriptor, WhoseChecksumIsTheSignatureIsKnownWithoutOne) {
   const DataDescriptor descriptor{DataDescriptor::kSignature, 5, 6};
   const std::string bare = le32(DataDescriptor::kSignature) + le32(5) + le32(6);
 
-  EXPECT_EQ(descriptor.lengthIn(bytesOf(bare + std::string(20, 'x')), false), 12u);
+  EXPECT_EQ(descriptor.lengthIn(bytesOf(bare + std::string(20, 'x')), false, 0), 12u);
 }
 
 }  // namespace

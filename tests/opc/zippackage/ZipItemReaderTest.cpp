@@ -238,6 +238,20 @@ TEST_P(DescriptorForms, CountForTheEndOfTheItem) {
   EXPECT_EQ(zip.reader().endOf(1), zip.directory().entries()[2].headerOffset);
 }
 
+// The shorter forms then begin in the same way as the longer ones.
+TEST_P(DescriptorForms, OfAnEmptyItemCountForItsEndToo) {
+  ZipItem empty = item();
+  empty.content = "";
+  OpenedZip zip(of(empty));
+  ZipBuilder atTheEnd;
+  atTheEnd.add(empty);
+  OpenedZip last(atTheEnd);
+
+  EXPECT_EQ(zip.read(1), "");
+  EXPECT_EQ(zip.reader().endOf(1), zip.directory().entries()[2].headerOffset);
+  EXPECT_EQ(last.reader().endOf(0), last.directory().location().offset);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     ZipItemReader, DescriptorForms,
     testing::Values(DescriptorForm{false, false, false}, DescriptorForm{false, false, true},
@@ -320,6 +334,18 @@ TEST(ZipItemReader, TheEndOfAnItemCountsItsLocalExtraFields) {
   OpenedZip zip(builder);
 
   EXPECT_EQ(zip.reader().endOf(1), zip.directory().entries()[2].headerOffset - 6);
+}
+
+TEST(ZipItemReader, TheLocalExtraFieldsAreHandedOutAsTheyAre) {
+  ZipItem item = stored();
+  item.local.extra = "malformed";
+  item.central.extra = extraField(7, "abc");
+  OpenedZip zip(of(item));
+
+  const Bytes extra = zip.reader().localExtra(1);
+
+  EXPECT_EQ(std::string(extra.begin(), extra.end()), "malformed");
+  EXPECT_TRUE(zip.reader().localExtra(0).empty());
 }
 
 TEST(ZipItemReader, AFileThatIsCutMeanwhileIsAnError) {

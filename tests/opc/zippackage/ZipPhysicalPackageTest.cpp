@@ -149,7 +149,7 @@ TEST_F(ZipPackages, WithATimestampGiveItToEveryNewItem) {
   package.open(OpenMode::Read);
 
   EXPECT_EQ(infoOf(package, "own").modified, 1000000001);
-  EXPECT_EQ(infoOf(package, "none").modified, 1000000000);
+  EXPECT_EQ(infoOf(package, "none").modified, 1000000001);
   EXPECT_EQ(infoOf(package, "kept").modified, kept);
 }
 
