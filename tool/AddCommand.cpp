@@ -40,9 +40,10 @@ void requirePath(const Invocation& invocation, std::string_view option) {
   const auto path = invocation.value(option);
   if (!path) return;
   if (path->empty()) {
-    throw UsageError(sentence(name, *path, "the path is empty"), "'/' is the top of the package");
+    const std::string top = option == "into" ? "'/' is the top of the package" : "";
+    throw UsageError(sentence(name, *path, "the path is empty"), top);
   }
-  toUtf16(name, *path);
+  if (!opc::isUtf8(*path)) throw UsageError(sentence(name, *path, "it is not UTF-8"));
 }
 
 void checkOptions(const Invocation& invocation) {
@@ -164,7 +165,7 @@ ExitCode run(const Invocation& invocation) {
     rehearseChange(path, add);
     printPlan(files);
   } else {
-    changePackage(path, std::move(options), invocation.settings(), add);
+    changePackage(path, std::move(options), invocation, add);
   }
   return ExitCode::Done;
 }

@@ -87,7 +87,7 @@ class ArgumentParser {
         return word;
       return word.substr(0, equals + 1) + withMarker(word.substr(equals + 1));
     }
-    if (isNegativeNumber(word) && table_.find(word[1]) == nullptr) return withMarker(word);
+    if (table_.isNumber(word)) return withMarker(word);
     const std::size_t value = table_.attachedValue(word);
     if (value >= word.size()) return word;
     return word.substr(0, value) + withMarker(word.substr(value));
@@ -165,7 +165,8 @@ void checkOperands(const CommandSpec& command, const std::vector<std::string>& o
   std::size_t required = 0;
   for (const OperandSpec& operand : command.operands) {
     if (operand.isRequired && ++required > operands.size()) {
-      throw UsageError(sentence("missing operand", operand.name, operand.help));
+      throw UsageError(sentence("missing operand", operand.name, operand.help),
+                       std::string(operand.hint));
     }
   }
   const bool isOpenEnded = !command.operands.empty() && command.operands.back().isRepeatable;

@@ -183,8 +183,8 @@ BuildResult rehearse(const Task& task) {
 void warnOfExisting(const Task& task) {
   struct stat info {};
   if (task.isForced() || ::stat(task.output.c_str(), &info) != 0) return;
-  printWarning("build", sentence("cannot create", task.output,
-                                 "it exists already, and only --force replaces it"));
+  printWarning(task.invocation, sentence("cannot create", task.output,
+                                         "it exists already, and only --force replaces it"));
 }
 
 void print(const BuildResult& result, const Task& task) {
@@ -237,7 +237,7 @@ BuildResult build(Task& task) {
 }
 
 void dryRun(const Task& task) {
-  if (!task.invocation.settings().isQuiet) warnOfExisting(task);
+  warnOfExisting(task);
   const BuildResult result = rehearse(task);
   print(result, task);
   if (result.verdict && !isAcceptable(*result.verdict, task.isStrict())) {

@@ -24,7 +24,8 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"GATEWAY", "one of the names above", true, false, gatewayNames},
+    OperandSpec{"GATEWAY", "the name of a gateway", true, false, gatewayNames, nullptr,
+                "'kraddon help call' lists them"},
     OperandSpec{"ARG", "a JSON value, @FILE with one in it, or plain text", false, true}};
 
 constexpr std::array kOptions{
@@ -107,6 +108,9 @@ void printArray(const kxArray* array) {
 ExitCode call(const Invocation& invocation) {
   const auto& words = invocation.operands();
   const std::size_t slot = gatewaySlot(words[0]);
+  if (invocation.value("library") == "") {
+    throw UsageError(sentence("bad value of --library", "", "the path is empty"));
+  }
   const int outputs = static_cast<int>(
       invocation.number("nlhs", 0, kMostOutputs).value_or(gatewayAt(slot).outputs));
   std::vector<HostArrayPointer> arguments;

@@ -14,6 +14,8 @@ class Invocation;
 
 /// Gives the words that a value may be, or that one would begin it with.
 using Choices = std::vector<std::string> (*)();
+/// The same where that depends on the operands before it.
+using ChoicesAfter = std::vector<std::string> (*)(std::span<const std::string> operands);
 
 // What values are called says what they are, to completion too: PACKAGE, FILE, FOLDER and DIR are
 // on the disk, PATH is in the package that the line names.
@@ -35,6 +37,8 @@ struct OperandSpec {
   bool isRequired = true;
   bool isRepeatable = false;  ///< the last one only
   Choices choices = nullptr;  ///< null when it may be anything
+  ChoicesAfter choicesAfter = nullptr;
+  std::string_view hint = {};  ///< what helps when it is missing; may be empty
 };
 
 /// A line that one would type, and what it does in a few words.

@@ -23,8 +23,7 @@ struct Line {
 };
 
 bool looksLikeOption(const std::string& word, const OptionTable& table) {
-  if (word.size() < 2 || word[0] != '-') return false;
-  return !isNegativeNumber(word) || table.find(word[1]) != nullptr;
+  return word.size() >= 2 && word[0] == '-' && !table.isNumber(word);
 }
 
 void sortWords(std::span<const std::string> words, const OptionTable& table, Line& line) {
@@ -64,14 +63,14 @@ std::string packageOf(const Line& line) {
   return {};
 }
 
-void addChoices(Choices choices, Completion& completion) {
-  for (std::string& word : choices()) completion.candidates.push_back({std::move(word), {}});
+void addWords(std::vector<std::string> words, Completion& completion) {
+  for (std::string& word : words) completion.candidates.push_back({std::move(word), {}});
 }
 
 /// What a value may be, told by its name and its fixed words.
 void addValues(std::string_view name, Choices choices, const Line& line, const std::string& word,
                Completion& completion) {
-  if (choices != nullptr) addChoices(choices, completion);
+  if (choices != nullptr) addWords(choices(), completion);
   std::vector<std::string> paths;
   if (isPackagePathName(name)) {
     paths = pathsInPackage(packageOf(line), word);
@@ -79,7 +78,7 @@ void addValues(std::string_view name, Choices choices, const Line& line, const s
     paths = pathsOnDisk(word, *kind);
   }
   completion.arePaths = !paths.empty();
-  for (std::string& path : paths) completion.candidates.push_back({std::move(path), {}});
+  addWords(std::move(paths), completion);
 }
 
 void addOptions(const OptionTable& table, Completion& completion) {
@@ -139,6 +138,7 @@ Completion completeOperand(const Line& line, const std::string& word) {
   Completion completion;
   const OperandSpec* operand = operandAt(*line.command, line.operands.size());
   if (operand == nullptr) return completion;
+  if (operand->choicesAfter != nullptr) addWords(operand->choicesAfter(line.operands), completion);
   addValues(operand->name, operand->choices, line, word, completion);
   return completion;
 }

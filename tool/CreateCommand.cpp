@@ -4,6 +4,7 @@
 #include <array>
 
 #include "addon/packaging/AddonProperties.h"
+#include "addon/project/PlainText.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
@@ -41,7 +42,10 @@ constexpr std::array kOptions{
 
 std::u16string text(const Invocation& invocation, std::string_view option,
                     std::string_view otherwise = {}) {
-  return toUtf16(fmt::format("bad value of --{}", option), invocation.valueOr(option, otherwise));
+  const std::string value = invocation.valueOr(option, otherwise);
+  const std::string fault = addon::project::xmlTextFault(value);
+  if (fault.empty()) return opc::fromUtf8(value);
+  throw UsageError(sentence(fmt::format("bad value of --{}", option), value, fault));
 }
 
 AddonProperties propertiesOf(const Invocation& invocation, bool hasFixedTime) {

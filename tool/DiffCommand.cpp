@@ -73,10 +73,9 @@ ComparedPackage openCompared(const std::string& path, const std::vector<std::str
   return compared;
 }
 
-void warnOfUnreadable(const ComparedPackage& compared, const Settings& settings) {
-  if (settings.isQuiet) return;
+void warnOfUnreadable(const ComparedPackage& compared, const Invocation& invocation) {
   for (const auto& file : compared.package->fileSystem().unreadable()) {
-    printWarning("diff", file.line);
+    printWarning(invocation, file.line);
   }
 }
 
@@ -115,8 +114,8 @@ ExitCode run(const Invocation& invocation) {
   ComparedPackage b = openCompared(operands[1], {a.built ? a.built->path() : operands[0]});
   const PackageDifferences differences = compare(a, b, paths, invocation);
   print({a, b, differences, !paths.empty()}, invocation);
-  warnOfUnreadable(a, invocation.settings());
-  warnOfUnreadable(b, invocation.settings());
+  warnOfUnreadable(a, invocation);
+  warnOfUnreadable(b, invocation);
   return differences.isSame() ? ExitCode::Done : ExitCode::Different;
 }
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "addon/project/PlainText.h"
 #include "opc/Suggest.h"
 #include "opc/Text.h"
 
@@ -63,6 +64,8 @@ const JsonValue* findMember(const JsonValue& object, std::string_view name) {
 
 void checkText(const JsonValue& value, const Place& place) {
   if (!value.is_string()) place.refuse("expected a text");
+  const std::string fault = addon::project::xmlTextFault(value.get_ref<const std::string&>());
+  if (!fault.empty()) place.refuse(fault);
 }
 
 void checkFlag(const JsonValue& value, const Place& place) {

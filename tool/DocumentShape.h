@@ -45,8 +45,8 @@ struct DocumentShape {
   std::vector<std::string_view> fieldNames() const;
 };
 
-/// Throws JsonError that names the first field that is unknown, missing or of a wrong kind
-/// ("examples[2].examples[0].images: expected an array of texts").
+/// Throws JsonError that names the first field that is unknown, missing, of a wrong kind or of
+/// characters that XML cannot carry ("examples[2].examples[0].images: expected an array of texts").
 void checkDocument(const DocumentShape& shape, const JsonValue& value);
 
 /// The host struct array of a value that checkDocument let pass: always with all fields, in their

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -16,6 +17,8 @@ Failure::Failure(std::string message, std::string hint)
     : message_(std::move(message)), hint_(std::move(hint)) {}
 
 Failure systemFailure(std::string_view what, std::string_view which, int number) {
+  // Where a path is asked for: an unset variable of a script is behind it as a rule.
+  if (which.empty() && number == ENOENT) return Failure(sentence(what, which, "the path is empty"));
   return Failure(sentence(what, which, std::generic_category().message(number)));
 }
 

@@ -30,7 +30,8 @@ class UsageError : public Failure {
   using Failure::Failure;
 };
 
-/// A Failure that ends with the system's own words for `number`, an errno value.
+/// A Failure that ends with the system's own words for `number`, an errno value. Of an empty path
+/// that does not exist it says that it is empty.
 Failure systemFailure(std::string_view what, std::string_view which, int number);
 
 }  // namespace tool

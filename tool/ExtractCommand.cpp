@@ -1,22 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 
 #include "opc/Exception.h"
 #include "tool/Arguments.h"
 #include "tool/Background.h"
 #include "tool/Contents.h"
 #include "tool/Errors.h"
+#include "tool/ExistingFiles.h"
 #include "tool/Interrupt.h"
 #include "tool/Messages.h"
 #include "tool/Output.h"
 #include "tool/PackageAccess.h"
 #include "tool/Progress.h"
 #include "tool/Selection.h"
+#include "tool/TreeWalk.h"
 
 namespace tool {
 
@@ -83,42 +85,39 @@ void checkSize(const std::vector<Item>& items, const Invocation& invocation) {
   }
 }
 
-bool existsBelow(const std::string& folder, const std::string& path) {
-  struct stat info {};
-  return ::lstat((folder + "/" + path).c_str(), &info) == 0;
+/// A package may hold a file of the path that it lies at.
+void refuseThePackageItself(const std::vector<ExistingFile>& existing,
+                            const std::vector<Item>& items, const std::string& destination,
+                            const std::string& package) {
+  const std::optional<FileIdentity> self = identityOf(package);
+  const auto found = std::find_if(existing.begin(), existing.end(),
+                                  [&](const ExistingFile& file) { return file.identity == self; });
+  if (found == existing.end()) return;
+  throw Failure(sentence("cannot extract", onDisk(destination, items[found->item].path),
+                         "it is the package itself"));
 }
 
-/// A package may hold a file of the path that it lies at.
-void refuseThePackageItself(const std::vector<Item>& items, const std::string& destination,
-                            const std::string& package) {
-  struct stat source {};
-  if (::stat(package.c_str(), &source) != 0) return;
-  for (const Item& item : items) {
-    const std::string path = destination + "/" + item.path;
-    struct stat existing {};
-    if (item.isFolder() || ::lstat(path.c_str(), &existing) != 0) continue;
-    if (existing.st_dev == source.st_dev && existing.st_ino == source.st_ino) {
-      throw Failure(sentence("cannot extract", path, "it is the package itself"));
-    }
-  }
+void leaveOut(const std::vector<ExistingFile>& existing, std::vector<Item>& items) {
+  std::vector<bool> isLeftOut(items.size());
+  for (const ExistingFile& file : existing) isLeftOut[file.item] = true;
+  std::size_t next = 0;
+  std::erase_if(items, [&](const Item&) { return isLeftOut[next++]; });
 }
 
 /// Leaves out the files that are there already, or refuses them.
-std::vector<Item> checkExisting(std::vector<Item> items, const std::string& destination,
-                                const Invocation& invocation) {
-  if (!existsBelow(destination, "")) return items;
+void checkExisting(std::vector<Item>& items, const std::string& destination,
+                   const Invocation& invocation) {
+  const std::vector<ExistingFile> existing = findExisting(items, destination);
+  if (existing.empty()) return;
   if (invocation.has("force")) {
-    refuseThePackageItself(items, destination, invocation.operands()[0]);
-    return items;
-  }
-  const bool skips = invocation.has("skip-existing");
-  std::erase_if(items, [&](const Item& item) {
-    if (item.isFolder() || !existsBelow(destination, item.path)) return false;
-    if (skips) return true;
-    throw Failure(sentence("cannot extract", destination + "/" + item.path, "it exists already"),
+    refuseThePackageItself(existing, items, destination, invocation.operands()[0]);
+  } else if (invocation.has("skip-existing")) {
+    leaveOut(existing, items);
+  } else {
+    throw Failure(sentence("cannot extract", onDisk(destination, items[existing[0].item].path),
+                           "it exists already"),
                   "--force replaces files, --skip-existing leaves them");
-  });
-  return items;
+  }
 }
 
 void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
@@ -166,18 +165,14 @@ ExitCode run(const Invocation& invocation) {
   const std::unique_ptr<AddonPackage> package = openForReading(operands[0]);
   std::vector<Item> items =
       choose(readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
-  if (!invocation.settings().isQuiet) {
-    for (const auto& file : package->fileSystem().unreadable()) {
-      printWarning("extract", file.line);
-    }
-  }
+  for (const auto& file : package->fileSystem().unreadable()) printWarning(invocation, file.line);
   warnOfForeign(*package, operands[0], invocation);
   if (isToOutput) {
     checkSize(items, invocation);
     writeToOutput(*package, items);
     return ExitCode::Done;
   }
-  items = checkExisting(std::move(items), destination, invocation);
+  checkExisting(items, destination, invocation);
   checkSize(items, invocation);
   if (invocation.has("dry-run")) {
     printPlan(items);

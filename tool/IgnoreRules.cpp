@@ -57,6 +57,10 @@ IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
   for (const std::string& rule : rules) {
     const std::size_t colon = rule.find(':');
     const std::uint16_t number = findingNamed(rule.substr(0, colon)).number;
+    if (colon + 1 == rule.size()) {
+      throw UsageError(
+          sentence("bad value of --ignore", rule, "expected a pattern after the colon"));
+    }
     Rule& added = rules_.emplace_back(Rule{number, std::nullopt});
     if (colon != std::string::npos) added.pattern.emplace(rule.substr(colon + 1));
   }

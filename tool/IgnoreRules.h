@@ -21,7 +21,7 @@ const addon::checks::FindingInfo& findingNamed(std::string_view word);
 /// What was asked to be passed over: each rule is "ID" or "ID:GLOB".
 class IgnoreRules {
  public:
-  /// Throws UsageError for an unknown id.
+  /// Throws UsageError for an unknown id, and for a colon without a pattern.
   explicit IgnoreRules(const std::vector<std::string>& rules);
 
   /// Whether all findings of a number are passed over, wherever they are.

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cerrno>
 #include <string>
 
 #include "addon/project/GitFacts.h"
@@ -35,12 +36,11 @@ void requireFree(const std::string& path) {
   }
 }
 
-Guesses guess(const std::string& folder, const Settings& settings) {
+Guesses guess(const std::string& folder, const Invocation& invocation) {
   const ProjectFolder project(folder);
   Guesses guesses = guessFrom(project, addon::project::readGitFacts(project.path()));
-  if (settings.isQuiet) return guesses;
   for (const std::string& remark : guesses.remarks) {
-    printWarning(kInitCommand.name, "not looked at: " + remark);
+    printWarning(invocation, "not looked at: " + remark);
   }
   return guesses;
 }
@@ -50,9 +50,10 @@ ExitCode run(const Invocation& invocation) {
   const bool isPrinted = invocation.has("stdout");
   const bool replaces = invocation.has("force");
   const std::string folder = invocation.operands().empty() ? "." : invocation.operands()[0];
+  if (folder.empty()) throw systemFailure("cannot read the folder", folder, ENOENT);
   if (!isPrinted && !replaces) requireFree(manifestPath(folder));
 
-  const std::string text = manifestText(guess(folder, invocation.settings()), randomGuid());
+  const std::string text = manifestText(guess(folder, invocation), randomGuid());
   if (isPrinted) {
     writeOutputFile("-", text, {});
   } else if (replaces) {

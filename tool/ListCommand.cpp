@@ -201,9 +201,9 @@ void printJson(const std::vector<Row>& rows, const Totals& totals, const Invocat
   output.write(text + "\n");
 }
 
-void warnOfUnreadable(AddonPackage& package, const Settings& settings) {
-  if (settings.isQuiet) return;
-  for (const auto& file : package.fileSystem().unreadable()) printWarning("list", file.line);
+void warnOfUnreadable(AddonPackage& package, const Invocation& invocation) {
+  if (invocation.settings().isQuiet) return;
+  for (const auto& file : package.fileSystem().unreadable()) printWarning(invocation, file.line);
 }
 
 /// Whether only paths are asked for, of everything: then nothing is gathered.
@@ -247,7 +247,7 @@ ExitCode run(const Invocation& invocation) {
   if (!invocation.has("all")) {
     warnOfForeign(*package, invocation.operands()[0], invocation);
   }
-  warnOfUnreadable(*package, invocation.settings());
+  warnOfUnreadable(*package, invocation);
   return ExitCode::Done;
 }
 

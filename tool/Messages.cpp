@@ -9,6 +9,7 @@
 #include <string>
 
 #include "opc/Text.h"
+#include "tool/Arguments.h"
 
 namespace tool {
 
@@ -47,8 +48,9 @@ void printLackOfMemory(std::string_view command) noexcept {
   printToStandardError({text.data(), static_cast<std::size_t>(end - text.begin())});
 }
 
-void printWarning(std::string_view command, std::string_view message) {
-  printToStandardError(line(command, fmt::format("warning: {}", message)));
+void printWarning(const Invocation& invocation, std::string_view message) {
+  if (invocation.settings().isQuiet) return;
+  printToStandardError(line(invocation.command().name, fmt::format("warning: {}", message)));
 }
 
 }  // namespace tool

@@ -5,6 +5,8 @@
 
 namespace tool {
 
+class Invocation;
+
 /// Prints "kraddon: `command`: `message`" and, unless it is empty, "hint: `hint`" to standard
 /// error, control characters replaced, in one write. `command` may be empty.
 void printError(std::string_view command, std::string_view message, std::string_view hint = {});
@@ -12,8 +14,9 @@ void printError(std::string_view command, std::string_view message, std::string_
 /// The error that there is no memory; needs none.
 void printLackOfMemory(std::string_view command) noexcept;
 
-/// The same as printError for something that does not end the command.
-void printWarning(std::string_view command, std::string_view message);
+/// Prints "kraddon: `command`: warning: `message`" in the same way for something that does not end
+/// the command, unless that was told to be quiet.
+void printWarning(const Invocation& invocation, std::string_view message);
 
 /// Prints text as it is to standard error. A standard error that cannot be written is no failure:
 /// there is nowhere left to say so.

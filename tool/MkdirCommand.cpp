@@ -33,7 +33,7 @@ ExitCode run(const Invocation& invocation) {
       if (!trimmed.empty()) storeFolder(std::string(trimmed), package);
     }
   };
-  changePackage(operands[0], std::move(options), invocation.settings(), make);
+  changePackage(operands[0], std::move(options), invocation, make);
   return ExitCode::Done;
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "opc/Text.h"
 #include "tool/CommandTable.h"
 
 namespace tool {
@@ -14,6 +15,12 @@ std::vector<OptionSpec> withCommon(std::span<const OptionSpec> options) {
   const auto common = commonOptions();
   all.insert(all.end(), common.begin(), common.end());
   return all;
+}
+
+bool beginsLikeNumber(std::string_view word) {
+  if (word.size() < 2 || word[0] != '-') return false;
+  const std::string_view digits = word.substr(word[1] == '.' ? 2 : 1);
+  return !digits.empty() && opc::isAsciiDigit(digits[0]);
 }
 
 }  // namespace
@@ -42,7 +49,7 @@ std::size_t OptionTable::attachedValue(std::string_view word) const {
 }
 
 const OptionSpec* OptionTable::wantingValue(std::string_view word) const {
-  if (word.size() < 2 || word[0] != '-') return nullptr;
+  if (word.size() < 2 || word[0] != '-' || isNumber(word)) return nullptr;
   const bool isLong = word[1] == '-';
   const OptionSpec* option = isLong ? find(word.substr(2)) : find(word.back());
   if (option == nullptr || option->valueName.empty()) return nullptr;
@@ -57,18 +64,18 @@ std::size_t OptionTable::countLeading(const std::vector<std::string>& words) con
   return std::min(count, words.size());
 }
 
+bool OptionTable::isNumber(std::string_view word) const {
+  if (!beginsLikeNumber(word)) return false;
+  const bool goesOn = word.size() > 2 && (word[2] == '.' || opc::isAsciiDigit(word[2]));
+  return goesOn || find(word[1]) == nullptr;
+}
+
 OptionTable leadingTable() {
   return OptionTable(withCommon(leadingOptions()));
 }
 
 OptionTable tableOf(const CommandSpec& command) {
   return OptionTable(withCommon(command.options));
-}
-
-bool isNegativeNumber(std::string_view word) {
-  if (word.size() < 2 || word[0] != '-') return false;
-  const std::string_view digits = word.substr(word[1] == '.' ? 2 : 1);
-  return !digits.empty() && digits[0] >= '0' && digits[0] <= '9';
 }
 
 }  // namespace tool

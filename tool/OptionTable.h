@@ -26,6 +26,10 @@ class OptionTable {
   /// The option whose value is the next word, or null.
   const OptionSpec* wantingValue(std::string_view word) const;
 
+  /// Whether a word such as "-5" or "-.5" is a number rather than an option. One digit that is an
+  /// option's letter is that option, and so are letters that follow it.
+  bool isNumber(std::string_view word) const;
+
   /// How many words stand before the first operand.
   std::size_t countLeading(const std::vector<std::string>& words) const;
 
@@ -36,8 +40,5 @@ class OptionTable {
 /// Of what stands before the command's name, and of a command.
 OptionTable leadingTable();
 OptionTable tableOf(const CommandSpec& command);
-
-/// Whether a word such as "-5" or "-.5" is a number rather than an option.
-bool isNegativeNumber(std::string_view word);
 
 }  // namespace tool

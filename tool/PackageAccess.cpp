@@ -80,12 +80,12 @@ void warnOfForeign(AddonPackage& package, const std::string& path, const Invocat
   if (!package.logicalPackage().getRelationshipsByType(type).empty()) return;
   auto& tree = package.fileSystem();
   if (!tree.getChildren(tree.getRoot()).empty()) return;
-  printWarning(invocation.command().name,
+  printWarning(invocation,
                sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
 }
 
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
-                   const Settings& settings, const std::function<void(AddonPackage&)>& change) {
+                   const Invocation& invocation, const std::function<void(AddonPackage&)>& change) {
   Interrupt::defer();
   const PackageLock lock(path);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
@@ -93,18 +93,19 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   const std::vector<std::string> strays = logical.strayItems();
   const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
   change(*package);
-  ProgressBar bar(settings);
+  ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
   const auto before = identityOf(path);
   commit(*package);
   if (identityOf(path) == before) return;  // nothing was changed, so nothing was written
   for (const std::string& item : strays) {
-    printWarning({}, sentence("item", item, "it is no part of the package and was left out"));
+    printWarning(invocation,
+                 sentence("item", item, "it is no part of the package and was left out"));
   }
   if (isSigned) {
-    printWarning(
-        {}, sentence("package", path, "it is signed, and the signature does not hold any more"));
+    printWarning(invocation, sentence("package", path,
+                                      "it is signed, and the signature does not hold any more"));
   }
 }
 

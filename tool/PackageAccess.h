@@ -37,9 +37,10 @@ std::optional<std::int64_t> timestampOf(const Invocation& invocation);
 opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation);
 
 /// A whole command that changes the package at `path`: waits its turn, opens it, lets `change` work
-/// on it and commits, with a progress bar. Whatever fails, the package stays as it was.
+/// on it and commits, with a progress bar, and warns of what was lost. Whatever fails, the package
+/// stays as it was.
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
-                   const Settings& settings, const std::function<void(AddonPackage&)>& change);
+                   const Invocation& invocation, const std::function<void(AddonPackage&)>& change);
 
 /// What changePackage does up to the commit, so that all faults show and nothing is written.
 void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change);

@@ -12,6 +12,7 @@
 #include "opc/plservices/FileContentSource.h"
 #include "tool/Errors.h"
 #include "tool/Interrupt.h"
+#include "tool/PatternChoice.h"
 
 namespace tool {
 
@@ -35,31 +36,11 @@ PatternList excludesOf(const Project& project, const FileChoice& choice) {
   return patterns;
 }
 
-/// Which of the files are asked for. What is said of a folder holds for all below it, until a
-/// pattern says otherwise.
-class Inclusion {
- public:
-  explicit Inclusion(const FilesSection& files) {
-    for (const Text& pattern : files.include.value) patterns_.add(pattern.value);
-  }
-
-  bool includes(std::string_view path, bool isFolder) const {
-    bool isIn = false;
-    for (std::size_t slash = path.find('/'); slash != path.npos;
-         slash = path.find('/', slash + 1)) {
-      isIn = decide(path.substr(0, slash), true, isIn);
-    }
-    return decide(path, isFolder, isIn);
-  }
-
- private:
-  bool decide(std::string_view path, bool isFolder, bool otherwise) const {
-    const Pattern* pattern = patterns_.deciding(path, isFolder);
-    return pattern == nullptr ? otherwise : !pattern->takesBack();
-  }
-
-  PatternList patterns_;
-};
+PatternChoice inclusionOf(const FilesSection& files) {
+  std::vector<std::string> patterns;
+  for (const Text& pattern : files.include.value) patterns.push_back(pattern.value);
+  return PatternChoice(patterns);
+}
 
 std::string rootOf(const Project& project) {
   const Text& root = project.manifest.files.root;
@@ -103,7 +84,7 @@ void storeAddedFile(const Project& project, const AddedFileSection& file, const 
 std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice) {
   const FilesSection& files = project.manifest.files;
   const std::string root = rootOf(project);
-  const Inclusion inclusion(files);
+  PatternChoice inclusion = inclusionOf(files);
   TreeWalkOptions options;
   options.excludes = excludesOf(project, choice);
   options.followsOutside = choice.followsOutside;
@@ -120,7 +101,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   };
   options.includes = [&](const std::string& path, bool isFolder) {
     if (isFolder && !files.emptyFolders.value) return report(path, "an empty folder"), false;
-    if (!files.include.isGiven() || inclusion.includes(path, isFolder)) return true;
+    if (!files.include.isGiven() || inclusion.chooses(path, isFolder)) return true;
     return report(path, "not in files.include"), false;
   };
   std::vector<SourceFile> found;

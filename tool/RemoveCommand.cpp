@@ -95,7 +95,7 @@ ExitCode run(const Invocation& invocation) {
     rehearseChange(path, remove);
     printLines(lines);
   } else {
-    changePackage(path, std::move(options), invocation.settings(), remove);
+    changePackage(path, std::move(options), invocation, remove);
   }
   return ExitCode::Done;
 }

@@ -59,7 +59,7 @@ void store(const Invocation& invocation) {
   auto options = writeOptionsOf(invocation);
   std::u16string source = toUtf16("cannot read", image);
   checkImage(image);
-  changePackage(path, std::move(options), invocation.settings(),
+  changePackage(path, std::move(options), invocation,
                 [&](AddonPackage& package) { package.setScreenshot(source); });
 }
 

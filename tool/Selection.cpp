@@ -3,11 +3,10 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <unordered_map>
 
-#include "addon/project/Patterns.h"
 #include "tool/Errors.h"
+#include "tool/PatternChoice.h"
 
 namespace tool {
 
@@ -25,16 +24,6 @@ Failure namesNothing(const std::string& operand,
   return Failure(sentence("cannot find", operand, fmt::format("{} of that name", holders)));
 }
 
-/// Calls `visit(path, isFolder)` for every folder above, from the top down, and then for the item.
-template <typename Visit>
-void visitLevels(std::string_view path, bool isFolder, Visit visit) {
-  for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
-       slash = path.find('/', slash + 1)) {
-    visit(path.substr(0, slash), true);
-  }
-  visit(path, isFolder);
-}
-
 class LiteralPaths {
  public:
   explicit LiteralPaths(const std::vector<std::string>& operands) : operands_(operands) {
@@ -45,15 +34,13 @@ class LiteralPaths {
     }
   }
 
-  bool chooses(const Item& item) {
-    bool isChosen = false;
-    const auto root = isUsed_.find(std::string_view());
-    if (root != isUsed_.end()) isChosen = root->second = true;
-    visitLevels(trimSlashes(item.path), item.isFolder(), [&](std::string_view path, bool) {
-      const auto found = isUsed_.find(path);
-      if (found != isUsed_.end()) isChosen = found->second = true;
-    });
-    return isChosen;
+  bool chooses(std::string_view path, bool) {
+    bool isChosen = use(std::string_view());
+    for (std::size_t slash = path.find('/'); slash != path.npos;
+         slash = path.find('/', slash + 1)) {
+      isChosen = use(path.substr(0, slash)) || isChosen;
+    }
+    return use(path) || isChosen;
   }
 
   /// The first one that named nothing, or null.
@@ -67,46 +54,22 @@ class LiteralPaths {
   }
 
  private:
+  bool use(std::string_view path) {
+    const auto found = isUsed_.find(path);
+    if (found == isUsed_.end()) return false;
+    found->second = true;
+    return true;
+  }
+
   const std::vector<std::string>& operands_;
   std::unordered_map<std::string_view, bool> isUsed_;
 };
 
-class GlobPaths {
- public:
-  explicit GlobPaths(const std::vector<std::string>& operands) : isUsed_(operands.size(), false) {
-    for (const std::string& operand : operands) patterns_.emplace_back(operand);
-  }
-
-  bool chooses(const Item& item) {
-    bool isChosen = false;
-    visitLevels(trimSlashes(item.path), item.isFolder(),
-                [&](std::string_view path, bool isFolder) { apply(path, isFolder, isChosen); });
-    return isChosen;
-  }
-
-  /// The first one that matched nothing, or null.
-  const std::string* unused() const {
-    const auto unused = std::find(isUsed_.begin(), isUsed_.end(), false);
-    if (unused == isUsed_.end()) return nullptr;
-    return &patterns_[static_cast<std::size_t>(unused - isUsed_.begin())].text();
-  }
-
- private:
-  void apply(std::string_view path, bool isFolder, bool& isChosen) {
-    for (std::size_t i = 0; i < patterns_.size(); ++i) {
-      if (!patterns_[i].matches(path, isFolder)) continue;
-      isUsed_[i] = true;
-      isChosen = !patterns_[i].takesBack();
-    }
-  }
-
-  std::vector<addon::project::Pattern> patterns_;
-  std::vector<bool> isUsed_;
-};
-
 template <typename Chooser>
 void keepChosen(std::vector<Item>& items, Chooser& chooser) {
-  std::erase_if(items, [&](const Item& item) { return !chooser.chooses(item); });
+  std::erase_if(items, [&](const Item& item) {
+    return !chooser.chooses(trimSlashes(item.path), item.isFolder());
+  });
 }
 
 template <typename Chooser>
@@ -148,7 +111,7 @@ std::vector<FileSystemEntry> findEntries(AddonPackage& package,
 std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
                          bool areGlobs) {
   if (operands.empty()) return items;
-  if (areGlobs) return chooseWith(std::move(items), GlobPaths(operands));
+  if (areGlobs) return chooseWith(std::move(items), PatternChoice(operands));
   return chooseWith(std::move(items), LiteralPaths(operands));
 }
 
@@ -156,7 +119,7 @@ void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
                   const std::vector<std::string>& operands, bool areGlobs) {
   if (operands.empty()) return;
   if (areGlobs) {
-    chooseInBothWith(a, b, GlobPaths(operands));
+    chooseInBothWith(a, b, PatternChoice(operands));
   } else {
     chooseInBothWith(a, b, LiteralPaths(operands));
   }

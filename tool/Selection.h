@@ -10,8 +10,8 @@
 namespace tool {
 
 /// What the PATH operands of a command choose: literal paths, or patterns with --glob. A folder
-/// takes what lies below it; no operand takes everything. With patterns the last one that matches
-/// decides, and what matches none goes with its folder.
+/// takes what lies below it; no operand takes everything. Of patterns that match an item or a
+/// folder above it the last one decides (PatternChoice).
 ///
 /// Returns the chosen ones of `items`, order kept. Throws Failure for an operand that names
 /// nothing.

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "addon/project/PlainText.h"
 #include "opc/Exception.h"
 #include "opc/Suggest.h"
 #include "opc/Text.h"
@@ -15,17 +16,18 @@
 #include "tool/Errors.h"
 #include "tool/PackageAccess.h"
 #include "tool/ReadFile.h"
+#include "tool/TreeWalk.h"
 
 namespace tool {
 
 namespace {
 
-std::vector<std::string> assignments();
+std::vector<std::string> assignmentsAfter(std::span<const std::string> operands);
 
 constexpr std::array kOperands{
     OperandSpec{"PACKAGE", "the package"}, kDocumentOperand,
-    OperandSpec{"VALUE", "FILE.json, - for standard input, or FIELD=VALUE...", true, true,
-                assignments}};
+    OperandSpec{"VALUE", "FILE.json, - for standard input, or FIELD=VALUE...", true, true, nullptr,
+                assignmentsAfter}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
 
@@ -34,21 +36,26 @@ constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 /// Texts by field.
 using Fields = std::map<std::string, std::string>;
 
+constexpr std::string_view kProperties = "properties";
+
 /// What an update of the properties does not write.
 constexpr std::array<std::string_view, 2> kFixedProperties{"type", "KorvanRelease"};
 
-std::vector<std::string> assignments() {
-  std::vector<std::string> all;
+bool isFixed(const DocumentShape& shape, std::string_view field) {
+  return shape.name == kProperties && std::find(kFixedProperties.begin(), kFixedProperties.end(),
+                                                field) != kFixedProperties.end();
+}
+
+/// What begins a change of the document that the second operand names.
+std::vector<std::string> assignmentsAfter(std::span<const std::string> operands) {
+  std::vector<std::string> words;
   for (const DocumentKind& kind : documentKinds()) {
-    if (!kind.shape.isFlat()) continue;
+    if (operands.size() < 2 || kind.shape.name != operands[1] || !kind.shape.isFlat()) continue;
     for (const std::string_view field : kind.shape.fieldNames()) {
-      const bool isFixed = std::find(kFixedProperties.begin(), kFixedProperties.end(), field) !=
-                           kFixedProperties.end();
-      const std::string word = fmt::format("{}=", field);
-      if (!isFixed && std::find(all.begin(), all.end(), word) == all.end()) all.push_back(word);
+      if (!isFixed(kind.shape, field)) words.push_back(fmt::format("{}=", field));
     }
   }
-  return all;
+  return words;
 }
 
 bool isAssignment(std::string_view word) {
@@ -68,11 +75,12 @@ std::pair<std::string, std::string> parseAssignment(const DocumentShape& shape,
   if (std::find(known.begin(), known.end(), field) == known.end()) {
     const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
     throw UsageError(sentence("unknown field", fmt::format("{}.{}", shape.name, field),
-                              opc::suggestion(field, known, all)));
+                              opc::suggestion(field, known, all)),
+                     identityOf(word) ? fmt::format("'./{}' is the file of that name", word) : "");
   }
-  if (!opc::isUtf8(value)) {
-    throw Failure(
-        sentence("bad value of", fmt::format("{}.{}", shape.name, field), "it is not UTF-8"));
+  const std::string fault = addon::project::xmlTextFault(value);
+  if (!fault.empty()) {
+    throw Failure(sentence("bad value of", fmt::format("{}.{}", shape.name, field), fault));
   }
   return {std::move(field), std::move(value)};
 }
@@ -147,7 +155,7 @@ void change(const DocumentKind& kind, HostArrayPointer document, const Fields& f
   for (const auto& [field, value] : fields) {
     kxSetField(document.get(), 0, field.c_str(), toHostText(opc::fromUtf8(value)).release());
   }
-  if (kind.shape.name == "properties") checkFixed(kind.load(package).get(), document.get());
+  if (kind.shape.name == kProperties) checkFixed(kind.load(package).get(), document.get());
   if (!isStored(kind, document.get(), package)) kind.store(package, document.get());
 }
 
@@ -158,6 +166,8 @@ bool isFile(const DocumentKind& kind, const std::vector<std::string>& words) {
   const bool isFirstField = isAssignment(words[2]);
   if (isAlone && !isFirstField) return true;
   if (!kind.shape.isFlat()) {
+    // A field can only be a mistake, unless there is a file of that name.
+    if (isAlone && identityOf(words[2])) return true;
     throw UsageError(
         sentence("bad value", isFirstField ? words[2] : words[3],
                  fmt::format("{} takes one FILE.json, or - for standard input", kind.shape.name)));
@@ -177,7 +187,7 @@ ExitCode run(const Invocation& invocation) {
     fields = parseAssignments(kind.shape, {words.begin() + 2, words.end()});
   }
 
-  changePackage(words[0], std::move(options), invocation.settings(),
+  changePackage(words[0], std::move(options), invocation,
                 [&](AddonPackage& package) { change(kind, std::move(document), fields, package); });
   return ExitCode::Done;
 }

@@ -90,7 +90,7 @@ ExitCode run(const Invocation& invocation) {
       throw Failure(sentence("cannot remove", removal.name, "the package has none"));
     }
   };
-  changePackage(invocation.operands()[0], std::move(options), invocation.settings(), remove);
+  changePackage(invocation.operands()[0], std::move(options), invocation, remove);
   return ExitCode::Done;
 }
 

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <cerrno>
 #include <string>
 
 #include "addon/checks/Catalogue.h"
@@ -71,6 +72,7 @@ PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& r
   failed.file = path;
   try {
     toUtf16("cannot open", path);
+    if (path.empty()) throw systemFailure("cannot open package", path, ENOENT);
     ProgressBar bar(settings);
     return judge(path, addon::checks::verifyPackage(path, scope, bar.function()), rules);
   } catch (const opc::Exception& error) {

@@ -23,6 +23,18 @@ std::size_t oddCharacterAt(std::string_view text, std::size_t at) {
   return isNoCharacter ? 3 : 0;
 }
 
+/// How many bytes the character at `at` has when the text cannot be carried for it, else 0.
+std::size_t unfitForXmlAt(std::string_view text, std::size_t at) {
+  const auto byte = static_cast<unsigned char>(text[at]);
+  if (byte < 0x20) return byte == '\t' || byte == '\n' || byte == '\r' ? 0 : 1;
+  return oddCharacterAt(text, at) == 3 ? 3 : 0;
+}
+
+std::size_t unfitForManifestAt(std::string_view text, std::size_t at) {
+  if (text[at] == '\x7F') return 1;
+  return std::max(oddCharacterAt(text, at), unfitForXmlAt(text, at));
+}
+
 /// "U+0007"
 std::string nameOf(std::string_view character) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -32,6 +44,19 @@ std::string nameOf(std::string_view character) {
   return name;
 }
 
+template <typename UnfitAt>
+std::string faultOf(std::string_view text, UnfitAt unfitAt) {
+  if (!opc::isUtf8(text)) return "it is not UTF-8";
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::size_t size = unfitAt(text, at);
+    if (size == 0) continue;
+    const std::string name = nameOf(text.substr(at, size));
+    return size == 3 ? "it holds " + name + ", which XML cannot carry"
+                     : "it holds the control character " + name;
+  }
+  return {};
+}
+
 }  // namespace
 
 bool isManifestText(std::string_view text) {
@@ -39,17 +64,11 @@ bool isManifestText(std::string_view text) {
 }
 
 std::string manifestTextFault(std::string_view text) {
-  if (!opc::isUtf8(text)) return "it is not UTF-8";
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::size_t odd = oddCharacterAt(text, at);
-    const bool isRefused = isControl(text[at]) && !isAsciiBlank(text[at]);
-    const bool isPageEnd = text[at] == '\f' || text[at] == '\v';
-    if (odd == 0 && !isRefused && !isPageEnd) continue;
-    const std::string name = nameOf(text.substr(at, std::max<std::size_t>(odd, 1)));
-    return odd == 3 ? "it holds " + name + ", which XML cannot carry"
-                    : "it holds the control character " + name;
-  }
-  return {};
+  return faultOf(text, unfitForManifestAt);
+}
+
+std::string xmlTextFault(std::string_view text) {
+  return faultOf(text, unfitForXmlAt);
 }
 
 bool isManifestLine(std::string_view text) {

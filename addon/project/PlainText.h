@@ -23,6 +23,10 @@ bool isManifestText(std::string_view text);
 /// Why a manifest cannot carry the text; "" when it can.
 std::string manifestTextFault(std::string_view text);
 
+/// Why XML, and so a package, cannot carry the text; "" when it can. That is less than a manifest
+/// refuses: packages of other writers may well hold U+007F to U+009F.
+std::string xmlTextFault(std::string_view text);
+
 /// Whether it is such a text that stays on its line: fit for a path.
 bool isManifestLine(std::string_view text);
 

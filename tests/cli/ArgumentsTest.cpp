@@ -80,6 +80,14 @@ TEST(Arguments, NegativeNumbersAreOperandsUnlessTheyAreOptions) {
   EXPECT_TRUE(invocation.has("null"));
 }
 
+TEST(Arguments, ANumberThatBeginsWithAnOptionsDigitIsStillOne) {
+  const Invocation invocation = parse({"-0.5", "-05", "-0l", "-5n", "-0.n"});
+
+  EXPECT_EQ(invocation.operands(), (Words{"-0.5", "-05", "-5n", "-0.n"}));
+  EXPECT_TRUE(invocation.has("null"));
+  EXPECT_TRUE(invocation.has("long"));
+}
+
 TEST(Arguments, AfterTwoDashesNothingIsAnOption) {
   const Invocation invocation = parse({"a", "--", "--name", "-l", "--", "[x]"});
 

@@ -83,10 +83,12 @@ class Add(kraddontest.CliTest):
     def test_paths_that_no_package_can_hold_are_refused(self):
         self.write("new.m", "content")
         for option in ("--as", "--into"):
-            self.misused("add", "p.kraddon", "new.m", option, "",
-                         message=f"bad value of {option} '': the path is empty")
-            self.fails("add", "p.kraddon", "new.m", option, b"caf\xe9",
-                       message=f"bad value of {option} 'caf\\xe9': it is not UTF-8")
+            result = self.misused("add", "p.kraddon", "new.m", option, "",
+                                  message=f"bad value of {option} '': the path is empty")
+            self.assertEqual("hint: '/' is the top of the package\n" in result.errors,
+                             option == "--into")
+            self.misused("add", "p.kraddon", "new.m", option, b"caf\xe9",
+                         message=f"bad value of {option} 'caf\\xe9': it is not UTF-8")
             for path in ("../x", "a/../x", "a//x", "./x"):
                 result = self.fails("add", "p.kraddon", "new.m", option, path)
                 self.assertIn(path, result.errors)
@@ -209,8 +211,7 @@ class Add(kraddontest.CliTest):
         os.mkfifo(self.path("pipe"))
         self.fails("add", "p.kraddon", "none",
                    message="cannot add 'none': No such file or directory")
-        self.fails("add", "p.kraddon", "",
-                   message="cannot add '': No such file or directory")
+        self.fails("add", "p.kraddon", "", message="cannot add '': the path is empty")
         self.fails("add", "p.kraddon", "dangling",
                    message="cannot add 'dangling': No such file or directory")
         self.fails("add", "p.kraddon", "pipe",

@@ -376,7 +376,7 @@ class Faults(projecttest.ProjectTest):
                    message="cannot read 'src/kraddon.toml': No such file or directory", hint=hint)
         self.fails("build", "nope",
                    message="cannot read the folder 'nope': No such file or directory")
-        self.fails("build", "", message="cannot read the folder '': No such file or directory")
+        self.fails("build", "", message="cannot read the folder '': the path is empty")
 
     def test_a_mistake_is_named_by_file_line_key_and_what_was_expected(self):
         for why, manifest in (

@@ -28,6 +28,15 @@ class Patterns(projecttest.ProjectTest):
         self.packs(["a.m", "lib/b.m"],
                    '[files]\ninclude = ["*.m"]\nexclude = ["deep"]\n')
 
+    def test_of_includes_for_a_folder_and_for_what_is_in_it_the_last_decides(self):
+        files = {"examples/chirp.m": "", "examples/deep/d.m": "", "other.m": ""}
+        self.packs(["examples/chirp.m", "examples/deep/d.m"],
+                   '[files]\ninclude = ["!examples/chirp.m", "examples/"]\n', files)
+        self.packs(["examples/deep/d.m"],
+                   '[files]\ninclude = ["examples/", "!examples/chirp.m"]\n')
+        self.packs(["other.m"], '[files]\ninclude = ["examples/deep/", "!examples", "other.m"]\n')
+        self.packs(["examples/deep/d.m"], '[files]\ninclude = ["!examples", "examples/deep/"]\n')
+
     def test_what_is_not_included_need_not_be_fit_for_a_package(self):
         self.project('[files]\ninclude = ["*.m"]\n', {"a.m": "a"})
         os.mkfifo(self.path("pipe"))

@@ -121,6 +121,17 @@ class Call(kraddontest.CliTest):
         self.fails("call", "addonGetFileList", "p", "--library", other,
                    message=f"cannot use '{other}': it has no QueryKRFcnTable_kraddon_packaging")
 
+    def test_no_library_is_not_the_usual_one(self):
+        self.create()
+        self.misused("call", "addonGetFileList", "p.kraddon", "--library", "",
+                     message="bad value of --library '': the path is empty")
+
+    def test_where_the_gateways_are_listed_is_said_to_those_who_name_none(self):
+        result = self.misused("call", message="missing operand 'GATEWAY': the name of a gateway")
+        self.assertEqual(result.errors.splitlines()[1], "hint: 'kraddon help call' lists them")
+        for name in ("addonCreatePackage", "addonGetSystemRequirements"):
+            self.assertIn(name, self.ok("help", "call").text)
+
     def test_a_library_of_another_kind_is_used_as_far_as_it_goes(self):
         library = KRADDON.replace("/bin/kraddon", "/lib/libodd_gateways.so")
         self.fails("call", "addonGetFileList", "p", "--library", library,

@@ -60,7 +60,18 @@ class Proposals(kraddontest.CliTest):
         self.assertEqual(self.proposed("schema", "")[:3], ["manifest", "info", "list"])
         self.assertIn("apps", self.proposed("get", "p.kraddon", ""))
         self.assertIn("screenshot", self.proposed("unset", "p.kraddon", "license", ""))
-        self.assertIn("version=", self.proposed("set", "p.kraddon", "properties", "v"))
+
+    def test_fields_are_those_of_the_document(self):
+        fields = ["name=", "version=", "summary=", "authorName=", "authorContact=",
+                  "authorOrganization=", "GUID=", "description="]
+
+        self.assertEqual(self.proposed("set", "p.kraddon", "properties", "v"), fields)
+        self.assertEqual(self.proposed("set", "p.kraddon", "properties", "name=x", ""), fields)
+        self.assertEqual(self.proposed("set", "p.kraddon", "license", ""), ["type=", "text="])
+        for document in ("apps", "configuration", "nonsense"):
+            self.assertEqual(self.proposed("set", "p.kraddon", document, ""), [], document)
+        self.write("apps.json")
+        self.assertEqual(self.proposed("set", "p.kraddon", "apps", ""), ["apps.json"])
 
     def test_files_and_folders_are_proposed_where_they_fit(self):
         for name in ("a.kraddon", "b.txt", ".hidden", "sub/c.kraddon", "sub/d/e.txt"):

@@ -2,6 +2,7 @@
 """What users and their scripts rely on, whatever the command."""
 
 import os
+import shutil
 import signal
 import subprocess
 import zipfile
@@ -240,6 +241,31 @@ class Paths(kraddontest.CliTest):
         self.assertEqual(self.listing("p.kraddon", "--glob", "*.m", "!lib/**"), ["a[b].m", "ab.m"])
         self.ok("remove", "p.kraddon", "--glob", "a[b].m")
         self.assertEqual(self.listing(), ["a[b].m", "lib/x.m"])
+
+    def test_of_patterns_the_last_that_matches_an_item_or_a_folder_above_it_decides(self):
+        self.package("q.kraddon", {"f": "", "n/g": "", "n/h": "", "n/sub/g": "", "n/sub/i": ""})
+        self.package("empty.kraddon")
+        everything = ["n/g", "n/h", "n/sub/g", "n/sub/i"]
+        cases = [(["!n/g", "n/"], everything), (["!g", "n"], everything),
+                 (["!g", "n/**"], everything), (["!n/sub/g", "n/sub/", "n/"], everything),
+                 (["n/", "!n/g"], ["n/h", "n/sub/g", "n/sub/i"]),
+                 (["n", "!g"], ["n/h", "n/sub/i"]),
+                 (["n/", "!sub/", "g"], ["n/g", "n/h", "n/sub/g"]),
+                 (["**", "!n"], ["f"]), (["n/sub/g", "!n/", "f"], ["f"])]
+        for patterns, chosen in cases:
+            with self.subTest(patterns=patterns):
+                self.assertEqual(self.listing("q.kraddon", "--glob", *patterns), chosen)
+                removed = self.ok("remove", "q.kraddon", "--glob", *patterns, "--dry-run").text
+                self.assertEqual([path for path in removed.splitlines() if path[-1] != "/"],
+                                 chosen)
+                self.ok("extract", "q.kraddon", "--glob", *patterns, "-d", "out")
+                self.assertEqual(sorted(str(path.relative_to(self.path("out")))
+                                        for path in self.path("out").rglob("*")
+                                        if path.is_file()), chosen)
+                shutil.rmtree(self.path("out"))
+                compared = self.run_kraddon("diff", "q.kraddon", "empty.kraddon", "--glob",
+                                            *patterns, "--json").json
+                self.assertEqual([file["path"] for file in compared["files"]], chosen)
 
     def test_one_that_names_nothing_is_an_error_in_each_command(self):
         before = self.path("p.kraddon").read_bytes()

@@ -283,9 +283,14 @@ class Create(kraddontest.CliTest):
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
 
     def test_texts_that_xml_cannot_carry_are_refused(self):
-        self.fails("create", "p.kraddon", "--name", "a\x01b")
-        self.fails("create", "p.kraddon", "--name", b"caf\xe9",
-                   message="bad value of --name 'caf\\xe9': it is not UTF-8")
+        for option in ("name", "version", "summary", "description", "author", "contact",
+                       "organization", "guid"):
+            name = [] if option == "name" else ["--name", "x"]
+            self.misused("create", "p.kraddon", *name, f"--{option}", "a\x01b",
+                         message=f"bad value of --{option} 'a\\x01b': it holds the control "
+                                 "character U+0001")
+            self.misused("create", "p.kraddon", *name, f"--{option}", b"caf\xe9",
+                         message=f"bad value of --{option} 'caf\\xe9': it is not UTF-8")
         self.assertEqual(self.names(), [])
 
     def test_odd_names_come_back_exactly(self):

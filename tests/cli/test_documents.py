@@ -150,13 +150,24 @@ class Documents(kraddontest.CliTest):
                      message="bad value 'b.json': apps takes one FILE.json, or - for standard "
                              "input")
 
+    def test_a_file_may_be_called_as_fields_are_set(self):
+        for document in ("apps", "configuration", "examples", "revisions", "requirements"):
+            self.write("text=x.json", json.dumps(DOCUMENTS[document][0]))
+            self.ok("set", "p.kraddon", document, "text=x.json")
+            self.assertEqual(self.get(document), DOCUMENTS[document][0])
+
     def test_text_that_xml_cannot_carry_changes_nothing(self):
         before = self.path("p.kraddon").read_bytes()
-        for document, value in (("apps", [dict(APP, name="a\x01")]),
-                                ("configuration", {"korvanPaths": ["a\x00b"]}),
-                                ("examples", [{"name": "c", "examples":
-                                               [dict(EXAMPLE, images=["\uffff"])]}])):
-            self.fails("set", "p.kraddon", document, "-", stdin=json.dumps(value).encode())
+        image = [{"name": "c", "examples": [dict(EXAMPLE, images=["\uffff"])]}]
+        for document, value, why in (
+                ("apps", [APP, dict(APP, name="a\x01")],
+                 "apps[1].name: it holds the control character U+0001"),
+                ("configuration", {"korvanPaths": ["a\x00b"]},
+                 "configuration.korvanPaths[0]: it holds the control character U+0000"),
+                ("examples", image,
+                 "examples[0].examples[0].images[0]: it holds U+FFFF, which XML cannot carry")):
+            self.fails("set", "p.kraddon", document, "-", stdin=json.dumps(value).encode(),
+                       message=f"bad document 'standard input': {why}")
             self.assertEqual(self.path("p.kraddon").read_bytes(), before)
         self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])
 

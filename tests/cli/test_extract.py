@@ -2,8 +2,10 @@
 """kraddon extract"""
 
 import os
+import shutil
 
 import kraddontest
+from hostilezip import Entry, addon, build
 
 FILES = {"a.m": "one", "lib/b.m": "two", "lib/void/": "", "z.bin": b"\0\xff" * 5000}
 
@@ -96,6 +98,59 @@ class Extract(kraddontest.CliTest):
         for option in ([], ["--force"], ["--skip-existing"]):
             self.fails("extract", "p.kraddon", "-d", "out", *option)
             self.assertEqual(self.names("elsewhere"), [])
+
+    def assert_in_the_way(self, what, folder, path):
+        """Of all ways to extract each says that, and none writes anything."""
+        before = self.found("out")
+        for option in ([], ["--force"], ["--skip-existing"]):
+            for dry in ([], ["--dry-run"]):
+                with self.subTest(option + dry):
+                    self.fails("extract", "q.kraddon", "-d", "out", *option, *dry,
+                               message=f"cannot extract '{path}' to 'out/{path}': folder "
+                                       f"'{folder}' cannot be made: {what} is in its place")
+                    self.assertEqual(self.found("out"), before)
+
+    def test_what_lies_behind_a_link_does_not_exist(self):
+        for link, target in (("d", "../victim/d"), ("d/e", "../../victim/d/e")):
+            for files in ({"b.m": "1", "d/e/x.m": "2"}, {"b.m": "1", "d/e/void/": ""}):
+                with self.subTest(link=link, files=files):
+                    self.package("q.kraddon", files, "--force")
+                    self.tree({**files, "d/e/x.m": "mine"}, "victim")
+                    (self.path("out") / link).parent.mkdir(parents=True)
+                    (self.path("out") / link).symlink_to(target)
+                    self.assert_in_the_way("a symbolic link", link, [*files][1].rstrip("/"))
+                    self.assertEqual(self.path("victim/d/e/x.m").read_text(), "mine")
+                    for folder in ("out", "victim", "q.kraddon.src"):
+                        shutil.rmtree(self.path(folder))
+
+    def test_a_file_in_the_way_of_a_folder_is_never_replaced(self):
+        self.package("q.kraddon", {"b.m": "1", "d/x.m": "2"})
+        self.write("out/d", "mine")
+        self.assert_in_the_way("a file", "d", "d/x.m")
+
+    def test_a_link_in_the_way_of_what_is_not_chosen_does_no_harm(self):
+        self.write("victim/b.m", "mine")
+        self.path("out").mkdir()
+        self.path("out/lib").symlink_to("../victim")
+        self.ok("extract", "p.kraddon", "a.m", "-d", "out", "--skip-existing")
+        self.assertEqual(self.path("out/a.m").read_text(), "one")
+
+    def test_the_destination_itself_may_be_a_link(self):
+        self.write("there/lib/b.m", "mine")
+        self.path("out").symlink_to("there")
+        self.ok("extract", "p.kraddon", "-d", "out", "--skip-existing")
+        self.assertEqual(self.found("there"),
+                         dict(self.expected(*FILES), **{"lib/b.m": b"mine"}))
+
+    def test_what_exists_is_found_below_more_folders_than_a_path_can_name(self):
+        path = "/".join(["f" * 200] * 40 + ["x.m"])
+        for content, option in ((b"first", []), (b"second", ["--skip-existing"])):
+            self.write("q.kraddon", build(addon([Entry(f"files/{path}".encode(), content)])))
+            self.ok("extract", "q.kraddon", "-d", "out", *option)
+        self.fails("extract", "q.kraddon", "-d", "out",
+                   message=f"cannot extract 'out/{path}': it exists already",
+                   hint="--force replaces files, --skip-existing leaves them")
+        self.ok("extract", "q.kraddon", "-d", "out", "--force")
 
     def test_a_dry_run_writes_nothing(self):
         result = self.ok("extract", "p.kraddon", "-d", "out", "--dry-run")

@@ -171,6 +171,27 @@ class General(kraddontest.CliTest):
         self.assertEqual(result.errors, "kraddon: list: cannot enter the folder 'nowhere': "
                                         "No such file or directory\n")
 
+    def test_an_empty_path_is_called_so_whatever_it_is_for(self):
+        self.package(files={"a.m": "x"})
+        for why, *words in (
+                ("cannot open package", "info", ""), ("cannot open package", "list", ""),
+                ("cannot open package", "verify", ""),
+                ("cannot create package", "create", "", "--name", "x"),
+                ("cannot read the folder", "create", "q", "", "--name", "x"),
+                ("cannot read the folder", "build", ""), ("cannot read the folder", "init", ""),
+                ("cannot read the folder", "init", "", "--force"),
+                ("cannot read the folder", "init", "", "--stdout"),
+                ("cannot add", "add", "p.kraddon", ""),
+                ("cannot read", "set", "p.kraddon", "license", ""),
+                ("cannot read", "screenshot", "p.kraddon", ""),
+                ("cannot write", "get", "p.kraddon", "properties", "-o", ""),
+                ("cannot write", "preview", "p.kraddon", "-o", "")):
+            with self.subTest(words=words):
+                self.fails(*words, message=f"{why} '': the path is empty")
+        self.assertEqual(self.run_kraddon("-C", "", "info", "p.kraddon").errors,
+                         "kraddon: info: cannot enter the folder '': the path is empty\n")
+        self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])
+
     def test_a_full_disk_is_a_failure(self):
         self.package(files={"a.m": "x"})
         for words in (["list", "p.kraddon"], ["info", "p.kraddon"], ["--version"], ["help"],

@@ -130,13 +130,39 @@ class GetSet(kraddontest.CliTest):
         self.ok("set", "p.kraddon", "license", "./a=b.json")
         self.assertEqual(self.get("license")["type"], "t")
 
+    def test_a_file_that_looks_like_a_field_is_hinted_at(self):
+        self.write("a=b.json", json.dumps({"type": "t", "text": "u"}))
+        for document in ("license", "properties"):
+            result = self.misused(
+                "set", "p.kraddon", document, "a=b.json",
+                message=f"unknown field '{document}.a': the fields are "
+                        + ("type, text" if document == "license" else
+                           "type, name, version, KorvanRelease, summary, authorName, "
+                           "authorContact, authorOrganization, GUID, description"))
+            self.assertEqual(result.errors.splitlines()[1],
+                             "hint: './a=b.json' is the file of that name")
+        self.assertNotIn("hint", self.run_kraddon("set", "p.kraddon", "license", "a=c").errors)
+
     def test_text_that_xml_cannot_carry_changes_nothing(self):
         before = self.path("p.kraddon").read_bytes()
-        self.fails("set", "p.kraddon", "license", "text=a\x01b")
+        self.fails("set", "p.kraddon", "license", "text=a\x01b",
+                   message="bad value of 'license.text': it holds the control character U+0001")
+        self.fails("set", "p.kraddon", "properties", "name=\uffff",
+                   message="bad value of 'properties.name': it holds U+FFFF, which XML cannot "
+                           "carry")
         self.fails("set", "p.kraddon", "license", "-",
-                   stdin=b'{"type": "a\\u0000b", "text": "x"}')
+                   stdin=b'{"type": "a\\u0000b", "text": "x"}',
+                   message="bad document 'standard input': license.type: it holds the control "
+                           "character U+0000")
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
         self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])
+
+    def test_control_characters_that_xml_has_come_back(self):
+        license = {"type": "a\x7fb", "text": "\t\r\n\x80\x9f"}
+        self.ok("set", "p.kraddon", "license", "-", stdin=json.dumps(license).encode())
+        self.assertEqual(self.get("license"), license)
+        self.ok("set", "p.kraddon", "properties", "summary=a\x7f\x85")
+        self.assertEqual(self.get("properties")["summary"], "a\x7f\x85")
 
     def test_bytes_that_are_not_utf8_are_no_value(self):
         before = self.path("p.kraddon").read_bytes()

@@ -265,8 +265,12 @@ class List(kraddontest.CliTest):
                      message="bad option '--null': it does not go with --long")
 
     def test_a_negative_number_is_a_path(self):
-        self.package("q.kraddon", {"-5": ""})
-        self.assertEqual(self.listing("q.kraddon", "-5"), ["-5"])
+        self.package("q.kraddon", {"-5": "", "-0.5": "", "-07": ""})
+        for path in ("-5", "-0.5", "-07"):
+            self.assertEqual(self.listing("q.kraddon", path), [path])
+        self.ok("extract", "q.kraddon", "-0.5", "-d", "out")
+        self.misused("list", "q.kraddon", "-0l",
+                     message="bad option '--null': it does not go with --long")
 
 
 if __name__ == "__main__":

@@ -8,8 +8,8 @@ ORIGIN = ('<Relationship Id="s" Target="/sig/origin" Type="http://schemas.openxm
           'package/2006/relationships/digital-signature/origin"/>')
 TYPES = ('<Override PartName="/sig/origin" ContentType="application/'
          'vnd.openxmlformats-package.digital-signature-origin"/>')
-WARNING = ("kraddon: warning: package 'p.kraddon': it is signed, and the signature does not hold "
-           "any more\n")
+WARNING = ("kraddon: {}: warning: package 'p.kraddon': it is signed, and the signature does not "
+           "hold any more\n")
 
 
 class Signed(kraddontest.CliTest):
@@ -25,7 +25,7 @@ class Signed(kraddontest.CliTest):
                       ("add", "p.kraddon", "b.m"), ("mkdir", "p.kraddon", "c"),
                       ("remove", "p.kraddon", "b.m")):
             result = self.run_kraddon(*words)
-            self.assertEqual((result.code, result.errors), (0, WARNING), words)
+            self.assertEqual((result.code, result.errors), (0, WARNING.format(words[0])), words)
         self.assertIn("sig/origin", self.entries())
 
     def test_reading_it_says_nothing(self):

@@ -158,6 +158,12 @@ class Verify(kraddontest.CliTest):
         self.misused("verify", "p", "--ignore", "nonsense",
                      message="unknown finding 'nonsense': findings are called KR101 and so on")
 
+    def test_a_colon_without_a_pattern_is_wrong_usage(self):
+        for rule in ("KR501:", "501:"):
+            self.misused("verify", "p", "--ignore", rule,
+                         message=f"bad value of --ignore '{rule}': expected a pattern after the "
+                                 "colon")
+
     def test_github_gets_annotations(self):
         self.plain("a,b:c%.docx", target="/gone%20x.xml", items=["../d"])
         self.assertEqual(
@@ -225,7 +231,7 @@ class Verify(kraddontest.CliTest):
         self.plain("b.docx", target="/gone.xml")
         self.write("c.docx", "no package")
 
-        result = self.verify("--opc", "a.docx", "none.docx", ".", "c.docx", "b.docx", code=1)
+        result = self.verify("--opc", "a.docx", "none.docx", "", ".", "c.docx", "b.docx", code=1)
 
         self.assertEqual([line.split(": ")[:2] for line in result.text.splitlines()],
                          [["a.docx", "error KR208"], ["c.docx", "error KR101"],
@@ -233,6 +239,7 @@ class Verify(kraddontest.CliTest):
         self.assertEqual(result.errors.splitlines(), [
             "a.docx: 1 error, 0 warnings",
             "kraddon: verify: cannot open package 'none.docx': No such file or directory",
+            "kraddon: verify: cannot open package '': the path is empty",
             "kraddon: verify: cannot open package '.': it is a folder",
             "c.docx: 1 error, 0 warnings",
             "b.docx: 0 errors, 1 warning"])
