@@ -67,9 +67,14 @@ FileDescriptor openDestination(const std::string& path) {
 std::optional<FileIdentity> identityIn(int folder, const std::string& name) {
   struct stat info {};
   const auto look = [&] { return ::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW); };
-  if (opc::uninterrupted(look) == 0) return FileIdentity{info.st_dev, info.st_ino};
-  if (errno == ENOENT) return std::nullopt;
-  throw opc::SystemError("cannot look at what is there", errno);
+  if (opc::uninterrupted(look) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    throw opc::SystemError("cannot look at what is there", errno);
+  }
+  if (S_ISDIR(info.st_mode)) {
+    throw opc::Exception(opc::ErrorCode::AlreadyExists, "a folder is there, where a file must be");
+  }
+  return FileIdentity{info.st_dev, info.st_ino};
 }
 
 std::optional<FileIdentity> identityBelow(const Item& item, NodeId parent, FolderCursor& cursor) {

@@ -10,7 +10,7 @@
 
 namespace tool {
 
-/// What lies on the disk where a file of the tree would be written: another file, a link, a folder.
+/// What lies on the disk where a file of the tree would be written: another file, a link.
 struct ExistingFile {
   std::size_t item;  ///< its place among the items
   FileIdentity identity;
@@ -19,7 +19,7 @@ struct ExistingFile {
 /// For which files of `items` something is there below the folder `destination`, in their order.
 /// None when the folder is missing, which then is all that the disk is asked. Follows no link below
 /// it: throws opc::Exception, as extracting does, when a link or a file is in the place of a folder
-/// that an item needs.
+/// that an item needs, or a folder in that of a file.
 std::vector<ExistingFile> findExisting(const std::vector<Item>& items,
                                        const std::string& destination);
 

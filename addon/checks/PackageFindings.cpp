@@ -59,8 +59,7 @@ constexpr FindingInfo kFindings[] = {
     {113, Severity::Warning, "bytes that belong to no item",
      "There are bytes between items, behind the directory or within extra fields that belong to "
      "nothing, or a header has two ZIP64 fields, of which readers may take either. Something may "
-     "be "
-     "hidden there, or an item was removed carelessly.",
+     "be hidden there, or an item was removed carelessly.",
      "Write the package anew; the bytes are left out."},
     {114, Severity::Warning, "absolute, drive, backslash or control character in a name",
      "The name of an item begins with a slash or a drive letter, or holds a backslash or a control "
@@ -181,8 +180,7 @@ constexpr FindingInfo kFindings[] = {
     {228, Severity::Warning, "incomplete pieces",
      "Items are called like pieces of a part, but do not make up a whole one: a number is missing, "
      "or the last piece, or the name in front of them is no part name. They are ignored, and "
-     "dropped "
-     "when the package is saved.",
+     "dropped when the package is saved.",
      "Add the missing pieces, or remove the others."},
 };
 

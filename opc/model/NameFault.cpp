@@ -56,7 +56,7 @@ const NameFault* checkWide(std::string_view name, std::size_t& at) {
   U8_NEXT(bytes, length, static_cast<std::int32_t>(left), character);
   if (character < 0) return &kNotUtf8;
   at += static_cast<std::size_t>(length) - 1;
-  return isIriCharacter(character) ? nullptr : &kUnicodeCharacter;
+  return isIriCharacter(static_cast<char32_t>(character)) ? nullptr : &kUnicodeCharacter;
 }
 
 // Whether the segment that the byte at `at` belongs to ends with it.

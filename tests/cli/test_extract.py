@@ -128,6 +128,15 @@ class Extract(kraddontest.CliTest):
         self.write("out/d", "mine")
         self.assert_in_the_way("a file", "d", "d/x.m")
 
+    def test_a_folder_in_the_way_of_a_file_is_never_replaced(self):
+        self.write("out/a.m/mine", "mine")
+        for option in ([], ["--force"], ["--skip-existing"], ["--dry-run"]):
+            with self.subTest(option):
+                self.fails("extract", "p.kraddon", "-d", "out", *option,
+                           message="cannot extract 'a.m' to 'out/a.m': a folder is there, "
+                                   "where a file must be", hint=None)
+        self.assertEqual(self.found("out"), {"a.m/mine": b"mine"})
+
     def test_a_link_in_the_way_of_what_is_not_chosen_does_no_harm(self):
         self.write("victim/b.m", "mine")
         self.path("out").mkdir()
