@@ -30,6 +30,10 @@ const char* describe(ExtraFault fault) {
 }
 
 ExtraFault ExtraFieldWalk::faultOf(Bytes extra) {
+  // One field and nothing else, as a rule.
+  if (extra.size() >= kHeaderSize && kHeaderSize + load16(extra.data() + 2) == extra.size()) {
+    return ExtraFault::None;
+  }
   std::size_t wideFields = 0;
   ExtraFieldWalk walk(extra);
   while (walk.next()) wideFields += walk.id() == Zip64Extra::kId ? 1 : 0;
