@@ -93,13 +93,13 @@ TEST_F(TreeWalk, WhatIsNotIncludedIsNotLookedAt) {
 
 TEST_F(TreeWalk, LinksMayLeadIntoTheProjectThatTheFolderIsOf) {
   file("a.m");
-  fs::create_directory(folder_ / "shared");
-  writeFile(folder_ / "shared/b.m", "x");
-  fs::create_symlink("../shared", root_ / "lib");
+  fs::create_directory(folder_ / "common");
+  writeFile(folder_ / "common/b.m", "x");
+  fs::create_symlink("../common", root_ / "lib");
   options_.project = folder_.path().string();
 
   EXPECT_EQ(walk(), (Paths{"a.m", "lib/b.m"}));
-  options_.project = (folder_ / "sha").string();
+  options_.project = (folder_ / "com").string();
   EXPECT_EQ(error(), "cannot follow the link '" + (root_ / "lib").string() +
                          "': it leads out of the folder");
 }

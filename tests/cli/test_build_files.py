@@ -126,8 +126,8 @@ class Patterns(projecttest.ProjectTest):
 class Links(projecttest.ProjectTest):
 
     def test_a_link_may_lead_anywhere_inside_the_project(self):
-        self.project('[files]\nroot = "src"\n', {"src/a.m": "a", "shared/b.m": "b"})
-        os.symlink("../shared", self.path("src/lib"))
+        self.project('[files]\nroot = "src"\n', {"src/a.m": "a", "common/b.m": "b"})
+        os.symlink("../common", self.path("src/lib"))
 
         self.build()
 
