@@ -5,6 +5,7 @@
 
 #include "opc/Text.h"
 #include "tests/support/PackageInspector.h"
+#include "tests/support/Paths.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace test {
@@ -18,11 +19,11 @@ inline std::string canonicalXmlText(const std::u16string& xml) {
 
 /// A file of tests/data, as text.
 inline std::u16string dataText(const std::string& name) {
-  return opc::fromUtf8(readFile(std::string(KRADDON_SOURCE_DIR "/tests/data/") + name));
+  return opc::fromUtf8(readFile(sourcePath("tests/data/" + name)));
 }
 
 inline std::string canonicalData(const std::string& name) {
-  return canonicalXml(std::string(KRADDON_SOURCE_DIR "/tests/data/") + name);
+  return canonicalXml(sourcePath("tests/data/" + name));
 }
 
 }  // namespace test

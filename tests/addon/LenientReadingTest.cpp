@@ -8,6 +8,7 @@
 #include "opc/Text.h"
 #include "tests/addon/DocumentTypes.h"
 #include "tests/addon/DocumentXml.h"
+#include "tests/support/Paths.h"
 
 // The seven documents read from XML that says the same, or nothing, in another way.
 
@@ -130,7 +131,7 @@ void read(XMLPartType& document, const std::string& bytes) {
 }
 
 std::string goldenBytes(const test::DocumentType& type) {
-  return test::readFile(std::string(KRADDON_SOURCE_DIR "/tests/data/") + type.root + ".xml");
+  return test::readFile(test::sourcePath(std::string("tests/data/") + type.root + ".xml"));
 }
 
 class EveryWording : public testing::TestWithParam<std::tuple<test::DocumentType, Wording>> {};

@@ -11,6 +11,7 @@
 
 #include "tests/gateway/DocumentSlots.h"
 #include "tests/gateway/GatewayFixture.h"
+#include "tests/support/Paths.h"
 
 namespace {
 
@@ -190,7 +191,7 @@ TEST_P(EveryWorkingSlot, LeavesNoArrayBehindWhicheverCreationFails) {
 }
 
 TEST(FunctionTable, IsTheSameRecordOnEveryCall) {
-  void* library = ::dlopen(KRADDON_BINARY_DIR "/lib/libkraddon_packaging.so", RTLD_NOW);
+  void* library = ::dlopen(test::buildPath("lib/libkraddon_packaging.so").c_str(), RTLD_NOW);
   ASSERT_NE(library, nullptr) << ::dlerror();
   void* symbol = ::dlsym(library, "QueryKRFcnTable_kraddon_packaging");
   ASSERT_NE(symbol, nullptr) << ::dlerror();
@@ -223,8 +224,8 @@ TEST(FunctionTable, ItsFieldsLieWhereTheHostReadsThem) {
 
 /// What nm prints of the symbols that a library defines for others, without addresses.
 std::string exportsOf(const std::string& library) {
-  const std::string command = "nm -D --defined-only --format=posix '" KRADDON_BINARY_DIR "/lib/" +
-                              library + "' | cut -d' ' -f1";
+  const std::string command = "nm -D --defined-only --format=posix '" +
+                              test::buildPath("lib/" + library) + "' | cut -d' ' -f1";
   std::string output;
   FILE* pipe = ::popen(command.c_str(), "r");
   if (pipe == nullptr) return output;

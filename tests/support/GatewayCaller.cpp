@@ -9,13 +9,14 @@
 
 #include "hostarray/matrix.h"
 #include "hostarray/standin/testing.h"
+#include "tests/support/Paths.h"
 
 namespace test {
 
 namespace {
 
 const HostFunctionTable& loadTable() {
-  void* library = ::dlopen(KRADDON_BINARY_DIR "/lib/libkraddon_packaging.so", RTLD_NOW);
+  void* library = ::dlopen(buildPath("lib/libkraddon_packaging.so").c_str(), RTLD_NOW);
   if (library == nullptr) throw std::runtime_error(::dlerror());
   void* query = ::dlsym(library, "QueryKRFcnTable_kraddon_packaging");
   if (query == nullptr) throw std::runtime_error(::dlerror());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/PackageInspector.h"
+#include "tests/support/Paths.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -50,9 +51,8 @@ std::string run(const std::vector<std::string>& arguments) {
 
 std::string inspect(const std::string& command, const std::filesystem::path& file,
                     const std::vector<std::string>& more = {}) {
-  std::vector<std::string> arguments{"/usr/bin/python3",
-                                     KRADDON_SOURCE_DIR "/tests/support/package_inspector.py",
-                                     command, file.string()};
+  std::vector<std::string> arguments{
+      "/usr/bin/python3", sourcePath("tests/support/package_inspector.py"), command, file.string()};
   arguments.insert(arguments.end(), more.begin(), more.end());
   return run(arguments);
 }

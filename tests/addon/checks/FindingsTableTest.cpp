@@ -8,11 +8,12 @@
 
 #include "addon/checks/Catalogue.h"
 #include "addon/checks/FindingsTable.h"
+#include "tests/support/Paths.h"
 
 using testing::HasSubstr;
 
 TEST(FindingsTable, ThePageOfTheManualIsWhatTheCatalogueSays) {
-  std::ifstream page(std::string(KRADDON_SOURCE_DIR) + "/docs/findings.md", std::ios::binary);
+  std::ifstream page(test::sourcePath("docs/findings.md"), std::ios::binary);
   ASSERT_TRUE(page) << "scripts/generate-docs makes it";
 
   const std::string text{std::istreambuf_iterator<char>(page), {}};

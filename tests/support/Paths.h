@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace test {
+
+/// The full path of a file of the project, from its path below the project's folder.
+std::string sourcePath(std::string_view path);
+
+/// The same below the folder of this build.
+std::string buildPath(std::string_view path);
+
+}  // namespace test
