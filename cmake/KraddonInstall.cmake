@@ -40,6 +40,10 @@ foreach(folder addon/packaging fl/i18n hostarray opc)
 endforeach()
 install(FILES gateway/FunctionTable.h DESTINATION include/kraddon/gateway COMPONENT development)
 
+# Everything that an install copies, and no tests.
+add_custom_target(installed)
+add_dependencies(installed kraddon kraddon_packaging kxarray pages ${KRADDON_ARCHIVES})
+
 include(CMakePackageConfigHelpers)
 configure_package_config_file(cmake/kraddonConfig.cmake.in
   ${PROJECT_BINARY_DIR}/kraddonConfig.cmake INSTALL_DESTINATION lib/cmake/kraddon)
