@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 
@@ -16,136 +15,110 @@ namespace tool {
 
 namespace {
 
-// The parser gives a meaning of its own to values such as "[a]", "{}" and "++". One byte in front
-// makes them plain words; it is taken off again afterwards.
-constexpr char kMarker = '\x01';
-
-std::string withMarker(std::string_view word) {
-  return kMarker + std::string(word);
-}
-
-std::string withoutMarker(const std::string& word) {
-  return !word.empty() && word[0] == kMarker ? word.substr(1) : word;
-}
-
-}  // namespace
-
-/// The options of one command, or of what stands before it, in front of CLI11.
-class ArgumentParser {
+/// Sorts words by the options of one table: into values, and operands.
+class WordParser {
  public:
-  explicit ArgumentParser(const OptionTable& table) : table_(table) {
-    app_.set_help_flag();
-    app_.allow_extras();
-    for (const OptionSpec& option : table_.options()) add(option);
-  }
+  explicit WordParser(const OptionTable& table) : table_(table) {}
 
-  void parse(std::vector<std::string> words) {
-    checkLastValue(words);
-    for (std::string& word : words) word = guard(word);
-    std::reverse(words.begin(), words.end());  // as CLI11 wants them
-    try {
-      app_.parse(std::move(words));
-    } catch (const CLI::ParseError& error) {
-      throw UsageError(error.what());
-    }
-  }
-
-  /// The words that belong to no option. Throws UsageError for one that looks like an option.
-  std::vector<std::string> operands() const {
-    std::vector<std::string> words = app_.remaining();
-    for (std::string& word : words) {
-      if (word.empty() || word[0] != kMarker) refuse(word);
-      word.erase(0, 1);
-    }
-    return words;
-  }
-
-  /// What was given of every option, checked.
-  void collect(Invocation::Values& values) const {
-    for (std::size_t i = 0; i < parsed_.size(); ++i) {
-      const OptionSpec& option = table_.options()[i];
-      std::vector<std::string> given = results(*parsed_[i]);
-      if (given.empty()) continue;
-      const std::string shown = fmt::format("--{}", option.longName);
-      if (option.valueName.empty() && given[0] != "true") {
-        throw UsageError(sentence("bad option", shown, "it takes no value"));
+  /// Throws UsageError for an option without its value, with one too many, or given twice.
+  void parse(std::span<const std::string> words) {
+    rest_ = words;
+    while (!rest_.empty()) {
+      const std::string_view word = takeWord();
+      if (word.size() < 2 || word[0] != '-' || table_.isNumber(word)) {
+        operands_.emplace_back(word);
+      } else if (word[1] == '-') {
+        takeLongOption(word);
+      } else {
+        takeShortOptions(word);
       }
-      if (!option.valueName.empty() && !option.isRepeatable && given.size() > 1) {
-        throw UsageError(sentence("bad option", shown, "it is given twice"));
-      }
-      values.emplace(option.longName, std::move(given));
     }
+  }
+
+  Invocation::Values& values() { return values_; }
+
+  /// The words that belong to no option. Throws UsageError if there was an unknown option: only
+  /// here, since help is shown whatever else is wrong.
+  std::vector<std::string>& operands() {
+    if (!unknown_.empty()) refuseUnknown();
+    return operands_;
   }
 
  private:
-  /// Puts the marker where CLI11 must not look.
-  std::string guard(const std::string& word) const {
-    if (!word.starts_with('-') || word == "-") return withMarker(word);
-    if (word.starts_with("--")) {
-      const std::size_t equals = word.find('=');
-      if (equals == std::string::npos || isFlag(std::string_view(word).substr(2, equals - 2)))
-        return word;
-      return word.substr(0, equals + 1) + withMarker(word.substr(equals + 1));
-    }
-    if (table_.isNumber(word)) return withMarker(word);
-    const std::size_t value = table_.attachedValue(word);
-    if (value >= word.size()) return word;
-    return word.substr(0, value) + withMarker(word.substr(value));
+  std::string_view takeWord() {
+    const std::string_view word = rest_.front();
+    rest_ = rest_.subspan(1);
+    return word;
   }
 
-  [[noreturn]] void refuse(const std::string& word) const {
-    const std::string name = word.substr(0, word.find('='));
-    if (!name.starts_with("--")) {
-      throw UsageError(sentence("unknown option", name, "no option has that letter"));
+  void takeLongOption(std::string_view word) {
+    const std::size_t equals = word.find('=');
+    const OptionSpec* option = table_.find(word.substr(2, equals - 2));
+    if (option == nullptr) {
+      setUnknown(word);
+    } else if (equals == std::string_view::npos) {
+      add(*option, option->valueName.empty() ? std::string_view() : valueAfter(word));
+    } else if (option->valueName.empty()) {
+      refuse(*option, "it takes no value");
+    } else {
+      add(*option, word.substr(equals + 1));
+    }
+  }
+
+  /// "-a", "-ab", "-aVALUE" or "-a VALUE".
+  void takeShortOptions(std::string_view word) {
+    for (std::size_t i = 1; i < word.size(); ++i) {
+      const OptionSpec* option = table_.find(word[i]);
+      if (option == nullptr) return setUnknown(fmt::format("-{}", word.substr(i)));
+      if (!option->valueName.empty()) {
+        return add(*option, i + 1 < word.size() ? word.substr(i + 1) : valueAfter(word));
+      }
+      add(*option, {});
+    }
+  }
+
+  std::string_view valueAfter(std::string_view word) {
+    if (rest_.empty()) throw UsageError(sentence("bad option", word, "its value is missing"));
+    return takeWord();
+  }
+
+  void add(const OptionSpec& option, std::string_view value) {
+    std::vector<std::string>& given = values_[std::string(option.longName)];
+    if (!given.empty() && !option.valueName.empty() && !option.isRepeatable) {
+      refuse(option, "it is given twice");
+    }
+    given.emplace_back(value);
+  }
+
+  void setUnknown(std::string_view word) {
+    if (unknown_.empty()) unknown_ = word.substr(0, word.find('='));
+  }
+
+  [[noreturn]] static void refuse(const OptionSpec& option, std::string_view why) {
+    throw UsageError(sentence("bad option", nameOf(option), why));
+  }
+
+  [[noreturn]] void refuseUnknown() const {
+    if (!unknown_.starts_with("--")) {
+      throw UsageError(sentence("unknown option", unknown_, "no option has that letter"));
     }
     std::vector<std::string> known;
     for (const OptionSpec& option : table_.options()) known.push_back(nameOf(option));
     const std::vector<std::string_view> names(known.begin(), known.end());
-    throw UsageError(
-        sentence("unknown option", name, opc::suggestion(name, names, "no option has that name")));
+    throw UsageError(sentence("unknown option", unknown_,
+                              opc::suggestion(unknown_, names, "no option has that name")));
   }
 
   static std::string nameOf(const OptionSpec& option) {
     return fmt::format("--{}", option.longName);
   }
 
-  void add(const OptionSpec& option) {
-    std::string names = nameOf(option);
-    if (option.shortName != 0) names += fmt::format(",-{}", option.shortName);
-    if (option.valueName.empty()) {
-      parsed_.push_back(app_.add_flag(names));
-      return;
-    }
-    parsed_.push_back(app_.add_option(names));
-    parsed_.back()->expected(1)->allow_extra_args(false)->multi_option_policy(
-        CLI::MultiOptionPolicy::TakeAll);
-  }
-
-  bool isFlag(std::string_view longName) const {
-    const OptionSpec* option = table_.find(longName);
-    return option == nullptr || option->valueName.empty();
-  }
-
-  void checkLastValue(const std::vector<std::string>& words) const {
-    bool isValue = false;
-    for (const std::string& word : words)
-      isValue = !isValue && table_.wantingValue(word) != nullptr;
-    if (isValue) throw UsageError(sentence("bad option", words.back(), "its value is missing"));
-  }
-
-  static std::vector<std::string> results(const CLI::Option& option) {
-    std::vector<std::string> values = option.results();
-    for (std::string& value : values) value = withoutMarker(value);
-    return values;
-  }
-
   const OptionTable& table_;
-  CLI::App app_;
-  // One for each of the options. CLI11 cannot look one up by name without memory to spare.
-  std::vector<CLI::Option*> parsed_;
+  std::span<const std::string> rest_;
+  Invocation::Values values_;
+  std::vector<std::string> operands_;
+  std::string unknown_;  ///< the first unknown option, without a value
 };
-
-namespace {
 
 ColorMode toColorMode(std::string_view word) {
   const std::vector<std::string> modes = colorModes();
@@ -245,16 +218,17 @@ void Invocation::refuseTogether(std::string_view option, std::string_view other)
 
 LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {
   const OptionTable table = leadingTable();
-  ArgumentParser parser(table);
-  const auto first = words.begin() + static_cast<std::ptrdiff_t>(table.countLeading(words));
-  parser.parse(std::vector<std::string>(words.begin(), first));
+  WordParser parser(table);
+  const std::size_t count = table.countLeading(words);
+  const auto first = words.begin() + static_cast<std::ptrdiff_t>(count);
+  parser.parse(std::span(words).first(count));
   parser.operands();  // there are none, but perhaps unknown options
 
-  Invocation::Values values;
-  parser.collect(values);
+  const Invocation::Values& values = parser.values();
   LeadingArguments arguments;
   takeSettings(values, arguments.settings);
-  if (values.contains("directory")) arguments.directory = values["directory"].back();
+  const auto directory = values.find("directory");
+  if (directory != values.end()) arguments.directory = directory->second.back();
   arguments.wantsHelp = values.contains("help");
   arguments.wantsVersion = values.contains("version");
   arguments.rest.assign(first, words.end());
@@ -267,16 +241,15 @@ LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {
 Invocation parseArguments(const CommandSpec& command, Settings settings,
                           const std::vector<std::string>& words, bool& wantsHelp) {
   const OptionTable table = tableOf(command);
-  ArgumentParser parser(table);
+  WordParser parser(table);
   const auto end = std::find(words.begin(), words.end(), "--");
-  parser.parse(std::vector<std::string>(words.begin(), end));
+  parser.parse(std::span(words.begin(), end));
 
-  Invocation::Values values;
-  parser.collect(values);
+  Invocation::Values& values = parser.values();
   wantsHelp = values.contains("help");
   if (wantsHelp) return Invocation(command, settings, std::move(values), {});
   takeSettings(values, settings);
-  std::vector<std::string> operands = parser.operands();
+  std::vector<std::string>& operands = parser.operands();
   if (end != words.end()) operands.insert(operands.end(), end + 1, words.end());
   checkOperands(command, operands);
 

@@ -71,6 +71,8 @@ TEST(Arguments, ValuesThatLookLikeListsStayWhole) {
   EXPECT_EQ(parse({"a", "--name", ""}).value("name"), "");
   EXPECT_EQ(parse({"a", "--name", "-l"}).value("name"), "-l");
   EXPECT_EQ(parse({"a", "--name=a=b"}).value("name"), "a=b");
+  EXPECT_EQ(parse({"a", "--name", "--name=x"}).value("name"), "--name=x");
+  EXPECT_EQ(parse({"a", "--name", "-nx"}).value("name"), "-nx");
 }
 
 TEST(Arguments, NegativeNumbersAreOperandsUnlessTheyAreOptions) {
@@ -111,6 +113,10 @@ TEST(Arguments, MistakesAreNamed) {
   EXPECT_EQ(errorOf({"a", "--name", "--"}), "bad option '--name': its value is missing");
   EXPECT_EQ(errorOf({"a", "--name", "x", "-n", "y"}), "bad option '--name': it is given twice");
   EXPECT_EQ(errorOf({"a", "--long=yes"}), "bad option '--long': it takes no value");
+  EXPECT_EQ(errorOf({"a", "--long=true"}), "bad option '--long': it takes no value");
+  EXPECT_EQ(errorOf({"a", "--long", "--long="}), "bad option '--long': it takes no value");
+  EXPECT_EQ(errorOf({"a", "-lx=1"}), "unknown option '-x': no option has that letter");
+  EXPECT_EQ(errorOf({"a", "-ln"}), "bad option '-ln': its value is missing");
   EXPECT_EQ(errorOf({}), "missing operand 'FIRST': the first");
   EXPECT_EQ(errorOf({"a", "--color", "red"}),
             "bad value of --color 'red': expected auto, always or never");
