@@ -3,6 +3,7 @@
 // find an error in everything that reading refuses.
 #include <string>
 
+#include "addon/checks/Catalogue.h"
 #include "addon/checks/Verification.h"
 #include "addon/packaging/AddonPackage.h"
 #include "fuzz/MemoryFile.h"
@@ -19,13 +20,13 @@ using fuzz::require;
 using opc::interfaces::OpenMode;
 
 void checkFinding(const Finding& finding) {
-  require(addon::checks::findInfo(finding.number) != nullptr, "a finding is of a known kind");
+  require(addon::checks::findInfo(finding.id.number) != nullptr, "a finding is of a known kind");
   require(!finding.message.empty(), "a finding says what is wrong");
   require(opc::isUtf8(finding.message) && opc::isUtf8(finding.part), "a finding is UTF-8");
 }
 
 bool isSame(const Finding& a, const Finding& b) {
-  return a.number == b.number && a.part == b.part && a.message == b.message && a.rule == b.rule &&
+  return a.id == b.id && a.part == b.part && a.message == b.message && a.rule == b.rule &&
          a.line == b.line;
 }
 

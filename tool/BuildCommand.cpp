@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "addon/checks/AddonChecks.h"
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Verification.h"
 #include "opc/ByteCount.h"
 #include "opc/Text.h"
@@ -51,9 +52,6 @@ constexpr std::array kOptions{
     kJsonOption,
     kTimestampOption,
     kLevelOption};
-
-/// A secret in the package: what is published cannot be taken back.
-constexpr std::uint16_t kSecret = 509;
 
 /// Everything that is settled before the work begins.
 struct Task {
@@ -131,9 +129,11 @@ FileChoice choiceOf(const Task& task) {
   return choice;
 }
 
+/// A published secret cannot be taken back, so that even the warning stops the build.
 bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
-  const bool hasSecret = std::any_of(verdict.findings.begin(), verdict.findings.end(),
-                                     [](const auto& one) { return one.number == kSecret; });
+  const bool hasSecret =
+      std::any_of(verdict.findings.begin(), verdict.findings.end(),
+                  [](const auto& one) { return one.id == addon::checks::kSecret; });
   return verdict.isGood(isStrict) && !hasSecret;
 }
 

@@ -9,7 +9,6 @@ namespace tool {
 
 using addon::checks::Finding;
 using addon::checks::FindingInfo;
-using addon::checks::Severity;
 
 namespace {
 
@@ -63,22 +62,17 @@ class JsonPrinter final : public FindingPrinter {
 
 }  // namespace
 
-std::string_view severityOf(const Finding& finding) {
-  const FindingInfo* info = addon::checks::findInfo(finding.number);
-  return info != nullptr && info->severity == Severity::Warning ? "warning" : "error";
-}
-
 void writeFinding(const Finding& finding, JsonWriter& json) {
-  const FindingInfo* info = addon::checks::findInfo(finding.number);
+  const FindingInfo* info = addon::checks::findInfo(finding.id.number);
   const auto writeText = [&](std::string_view key, std::string_view text) {
     json.key(key);
     json.textOrNull(text);
   };
   json.beginObject();
-  json.member("id", std::string_view(addon::checks::idOf(finding.number)));
+  json.member("id", std::string_view(addon::checks::idOf(finding.id.number)));
   writeText("rule", finding.rule);
-  json.member("severity", severityOf(finding));
-  json.member("group", addon::checks::nameOf(addon::checks::groupOf(finding.number)));
+  json.member("severity", addon::checks::nameOf(finding.id.severity));
+  json.member("group", addon::checks::groupOf(finding.id));
   writeText("part", finding.part);
   json.key("line");
   if (finding.line == 0) {

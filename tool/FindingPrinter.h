@@ -27,9 +27,6 @@ std::vector<std::string> findingFormats();
 /// name. `output` must outlive the printer.
 std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
 
-/// The name of a finding's severity: "error" or "warning".
-std::string_view severityOf(const addon::checks::Finding& finding);
-
 /// The lines of --format text.
 std::string describeFindings(const PackageVerdict& verdict);
 /// A finding as an object.

@@ -13,7 +13,6 @@ namespace tool {
 
 using addon::checks::Finding;
 using addon::checks::FindingInfo;
-using addon::checks::Severity;
 
 namespace {
 
@@ -83,33 +82,33 @@ class SarifPrinter final : public FindingPrinter {
 
   void writeRule(const FindingInfo& info) {
     json_.beginObject();
-    json_.member("id", std::string_view(addon::checks::idOf(info.number)));
+    json_.member("id", std::string_view(addon::checks::idOf(info.id.number)));
     writeMessage("shortDescription", info.title);
     writeMessage("fullDescription", info.explanation);
     writeMessage("help", info.remedy);
     json_.key("defaultConfiguration");
     json_.beginObject();
-    json_.member("level", info.severity == Severity::Error ? "error" : "warning");
+    json_.member("level", addon::checks::nameOf(info.id.severity));
     json_.endObject();
     json_.key("properties");
     json_.beginObject();
     json_.key("tags");
     json_.beginArray();
-    json_.value(addon::checks::nameOf(addon::checks::groupOf(info.number)));
+    json_.value(addon::checks::groupOf(info.id));
     json_.endArray();
     json_.endObject();
     json_.endObject();
   }
 
   void writeResult(const PackageVerdict& verdict, const Finding& finding) {
-    const FindingInfo* info = addon::checks::findInfo(finding.number);
+    const FindingInfo* info = addon::checks::findInfo(finding.id.number);
     json_.beginObject();
-    json_.member("ruleId", std::string_view(addon::checks::idOf(finding.number)));
+    json_.member("ruleId", std::string_view(addon::checks::idOf(finding.id.number)));
     if (info != nullptr) {
       const auto index = info - addon::checks::catalogue().data();
       json_.member("ruleIndex", static_cast<std::uint64_t>(index));
     }
-    json_.member("level", severityOf(finding));
+    json_.member("level", addon::checks::nameOf(finding.id.severity));
     writeMessage("message", finding.message);
     json_.key("locations");
     json_.beginArray();

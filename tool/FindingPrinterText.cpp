@@ -3,13 +3,14 @@
 
 #include <string>
 
-#include "addon/checks/Catalogue.h"
+#include "addon/checks/Finding.h"
 #include "opc/Text.h"
 #include "tool/FindingPrinter.h"
 
 namespace tool {
 
 using addon::checks::Finding;
+using addon::checks::FindingId;
 using addon::checks::idOf;
 
 namespace {
@@ -26,9 +27,9 @@ std::string unlistedText(std::size_t count) {
 }
 
 /// One line, whatever the names hold.
-std::string lineOf(const PackageVerdict& verdict, const Finding& finding, const std::string& text) {
-  return fmt::format("{}: {} {}: {}\n", opc::printable(verdict.file), severityOf(finding),
-                     idOf(finding.number), opc::printable(text));
+std::string lineOf(const PackageVerdict& verdict, FindingId id, const std::string& text) {
+  return fmt::format("{}: {} {}: {}\n", opc::printable(verdict.file), nameOf(id.severity),
+                     idOf(id.number), opc::printable(text));
 }
 
 class TextPrinter final : public FindingPrinter {
@@ -73,18 +74,17 @@ class GithubPrinter final : public FindingPrinter {
                                 escapeMessage(opc::printable(verdict.failure))));
     }
     for (const Finding& finding : verdict.findings) {
-      printCommand(verdict, finding, withPlace(finding));
+      printCommand(verdict, finding.id, withPlace(finding));
     }
-    for (const auto& [number, count] : verdict.unlisted) {
-      printCommand(verdict, {number, "", "", "", 0}, unlistedText(count));
+    for (const auto& [id, count] : verdict.unlisted) {
+      printCommand(verdict, id, unlistedText(count));
     }
   }
 
  private:
-  void printCommand(const PackageVerdict& verdict, const Finding& finding,
-                    const std::string& text) {
-    output_.write(fmt::format("::{} file={},title={}::{}\n", severityOf(finding),
-                              escapeProperty(verdict.file), idOf(finding.number),
+  void printCommand(const PackageVerdict& verdict, FindingId id, const std::string& text) {
+    output_.write(fmt::format("::{} file={},title={}::{}\n", nameOf(id.severity),
+                              escapeProperty(verdict.file), idOf(id.number),
                               escapeMessage(opc::printable(text))));
   }
 
@@ -96,10 +96,10 @@ class GithubPrinter final : public FindingPrinter {
 std::string describeFindings(const PackageVerdict& verdict) {
   std::string lines;
   for (const Finding& finding : verdict.findings) {
-    lines += lineOf(verdict, finding, withPlace(finding));
+    lines += lineOf(verdict, finding.id, withPlace(finding));
   }
-  for (const auto& [number, count] : verdict.unlisted) {
-    lines += lineOf(verdict, {number, "", "", "", 0}, unlistedText(count));
+  for (const auto& [id, count] : verdict.unlisted) {
+    lines += lineOf(verdict, id, unlistedText(count));
   }
   return lines;
 }

@@ -14,6 +14,7 @@ namespace tool {
 namespace {
 
 using addon::checks::Finding;
+using addon::checks::FindingId;
 using addon::checks::FindingInfo;
 
 // A folder's pattern takes what is below it.
@@ -31,7 +32,7 @@ bool matchesPathOrFolder(const addon::project::Pattern& pattern, std::string_vie
 std::vector<std::string> findingIds() {
   std::vector<std::string> ids;
   for (const FindingInfo& known : addon::checks::catalogue()) {
-    ids.push_back(addon::checks::idOf(known.number));
+    ids.push_back(addon::checks::idOf(known.id.number));
   }
   return ids;
 }
@@ -56,19 +57,19 @@ const FindingInfo& findingNamed(std::string_view word) {
 IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
   for (const std::string& rule : rules) {
     const std::size_t colon = rule.find(':');
-    const std::uint16_t number = findingNamed(rule.substr(0, colon)).number;
+    const FindingId id = findingNamed(rule.substr(0, colon)).id;
     if (colon + 1 == rule.size()) {
       throw UsageError(
           sentence("bad value of --ignore", rule, "expected a pattern after the colon"));
     }
-    Rule& added = rules_.emplace_back(Rule{number, std::nullopt});
+    Rule& added = rules_.emplace_back(Rule{id, std::nullopt});
     if (colon != std::string::npos) added.pattern.emplace(rule.substr(colon + 1));
   }
 }
 
-bool IgnoreRules::ignores(std::uint16_t number) const {
+bool IgnoreRules::ignores(FindingId id) const {
   return std::any_of(rules_.begin(), rules_.end(),
-                     [number](const Rule& rule) { return rule.number == number && !rule.pattern; });
+                     [id](const Rule& rule) { return rule.id == id && !rule.pattern; });
 }
 
 bool IgnoreRules::ignores(const Finding& finding) const {
@@ -77,7 +78,7 @@ bool IgnoreRules::ignores(const Finding& finding) const {
   if (path.starts_with('/')) path.remove_prefix(1);
   const bool isFile = path.starts_with(kFiles);
   return std::any_of(rules_.begin(), rules_.end(), [&](const Rule& rule) {
-    if (rule.number != finding.number) return false;
+    if (rule.id != finding.id) return false;
     if (!rule.pattern) return true;
     return matchesPathOrFolder(*rule.pattern, path) ||
            (isFile && matchesPathOrFolder(*rule.pattern, path.substr(kFiles.size())));

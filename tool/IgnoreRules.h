@@ -24,14 +24,14 @@ class IgnoreRules {
   /// Throws UsageError for an unknown id, and for a colon without a pattern.
   explicit IgnoreRules(const std::vector<std::string>& rules);
 
-  /// Whether all findings of a number are passed over, wherever they are.
-  bool ignores(std::uint16_t number) const;
+  /// Whether all findings of an id are ignored, wherever they are.
+  bool ignores(addon::checks::FindingId id) const;
   /// The pattern is held against the part's name, and against the path of a file in the package.
   bool ignores(const addon::checks::Finding& finding) const;
 
  private:
   struct Rule {
-    std::uint16_t number;
+    addon::checks::FindingId id;
     std::optional<addon::project::Pattern> pattern;  // nothing for all
   };
   std::vector<Rule> rules_;

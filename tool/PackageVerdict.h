@@ -16,7 +16,7 @@ struct PackageVerdict {
   std::string file;
   std::string failure;  ///< why it could not be read; "" when it could
   std::vector<addon::checks::Finding> findings;
-  std::map<std::uint16_t, std::size_t> unlisted;  ///< how many more there were, by number
+  std::map<addon::checks::FindingId, std::size_t> unlisted;  ///< how many more there were
   std::size_t errors = 0;
   std::size_t warnings = 0;
   std::size_t ignored = 0;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/ReferenceCheck.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
@@ -13,6 +14,7 @@
 namespace tool {
 
 using addon::checks::Finding;
+using addon::checks::FindingId;
 using addon::checks::PathCheck;
 using addon::checks::Report;
 using addon::project::Position;
@@ -27,15 +29,15 @@ class ReferenceSearch {
   ReferenceSearch(const IgnoreRules& rules, addon::packaging::AddonPackage& package)
       : rules_(rules), check_(package.fileSystem(), report_) {}
 
-  /// `number` is the finding that a missing one is.
-  void look(const Text& path, Kind kind, std::uint16_t number, const std::string& key,
+  /// `id` is the finding that a missing one is.
+  void look(const Text& path, Kind kind, FindingId id, const std::string& key,
             const std::string& what) {
     if (!path.isGiven()) return;
     const std::size_t before = report_.findings().size();
-    check_.check({opc::fromUtf8(path.value), kind, number, what, {}, 0});
+    check_.check({opc::fromUtf8(path.value), kind, id, what, {}, 0});
     if (report_.findings().size() == before) return;
     const Finding& finding = report_.findings().back();
-    if (rules_.ignores(number) || rules_.ignores(finding.number)) return;
+    if (rules_.ignores(id) || rules_.ignores(finding.id)) return;
     if (position_ && *position_ < path.position) return;
     position_ = path.position;
     why_ = fmt::format("{}: {}", key, finding.message);
@@ -61,7 +63,8 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
       const std::string name = fmt::format("the example '{}'", examples[j].name.value);
       for (const auto& [path, part] :
            {std::pair(&examples[j].source, ".source"), std::pair(&examples[j].main, ".main")}) {
-        if (!path->value.empty()) search.look(*path, Kind::File, 402, key + part, name);
+        if (!path->value.empty())
+          search.look(*path, Kind::File, addon::checks::kMissingExampleCode, key + part, name);
       }
     }
   }
@@ -71,8 +74,8 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
 /// is that of its schema.
 void refuseLooseRule(const Text& rule, const std::string& key) {
   const std::size_t colon = std::min(rule.value.find(':'), rule.value.size());
-  const std::uint16_t number = findingNamed(rule.value.substr(0, colon)).number;
-  const std::string strict = addon::checks::idOf(number) + rule.value.substr(colon);
+  const FindingId id = findingNamed(rule.value.substr(0, colon)).id;
+  const std::string strict = addon::checks::idOf(id.number) + rule.value.substr(colon);
   if (colon + 1 == rule.value.size()) {
     throw ManifestError(
         rule.position,
@@ -105,14 +108,14 @@ void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
   ReferenceSearch search(rules, package);
   for (std::size_t i = 0; i < manifest.apps.size(); ++i) {
     const auto& app = manifest.apps[i];
-    search.look(app.file, Kind::File, 401, fmt::format("app[{}].file", i),
-                fmt::format("the app '{}'", app.name.value));
+    search.look(app.file, Kind::File, addon::checks::kMissingAppFile,
+                fmt::format("app[{}].file", i), fmt::format("the app '{}'", app.name.value));
   }
   lookForExamples(manifest, search);
   const auto& paths = manifest.configuration.korvanPaths.value;
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    search.look(paths[i], Kind::Folder, 404, fmt::format("configuration.korvan-paths[{}]", i),
-                "the search path");
+    search.look(paths[i], Kind::Folder, addon::checks::kMissingSearchPath,
+                fmt::format("configuration.korvan-paths[{}]", i), "the search path");
   }
   search.raise();
 }

@@ -25,7 +25,6 @@ namespace {
 
 using addon::checks::FindingInfo;
 using addon::checks::Scope;
-using addon::checks::Severity;
 
 constexpr std::array kOperands{OperandSpec{"PACKAGE", "the packages to check", false, true}};
 
@@ -45,11 +44,10 @@ constexpr const char* kDescription =
     "there is an error in any of the packages.";
 
 void explain(const FindingInfo& info, Output& output) {
-  const auto group = addon::checks::groupOf(info.number);
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
-                           addon::checks::idOf(info.number), info.title,
-                           info.severity == Severity::Error ? "error" : "warning",
-                           addon::checks::nameOf(group), info.explanation, info.remedy));
+                           addon::checks::idOf(info.id.number), info.title,
+                           addon::checks::nameOf(info.id.severity), addon::checks::groupOf(info.id),
+                           info.explanation, info.remedy));
 }
 
 ExitCode runExplain(const Invocation& invocation) {

@@ -2,7 +2,11 @@
 #include "addon/checks/Catalogue.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
+
+#include "addon/checks/AddonFindings.h"
+#include "addon/checks/PackageFindings.h"
 
 namespace addon::checks {
 
@@ -21,32 +25,14 @@ const FindingInfo* findInfo(std::uint16_t number) {
   const auto all = catalogue();
   const auto found = std::lower_bound(
       all.begin(), all.end(), number,
-      [](const FindingInfo& info, std::uint16_t wanted) { return info.number < wanted; });
-  return found == all.end() || found->number != number ? nullptr : &*found;
+      [](const FindingInfo& info, std::uint16_t wanted) { return info.id.number < wanted; });
+  return found == all.end() || found->id.number != number ? nullptr : &*found;
 }
 
-Group groupOf(std::uint16_t number) {
-  return static_cast<Group>(number / 100);
-}
-
-std::string_view nameOf(Group group) {
-  switch (group) {
-    case Group::Container:
-      return "container";
-    case Group::Opc:
-      return "opc";
-    case Group::Document:
-      return "document";
-    case Group::Reference:
-      return "reference";
-    case Group::Style:
-      return "style";
-  }
-  return "";
-}
-
-std::string idOf(std::uint16_t number) {
-  return "KR" + std::to_string(number);
+std::string_view groupOf(FindingId id) {
+  constexpr std::array<std::string_view, 5> kGroups{"container", "opc", "document", "reference",
+                                                    "style"};
+  return kGroups.at(id.number / 100u - 1);
 }
 
 }  // namespace addon::checks

@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "addon/checks/Finding.h"
 
 namespace addon::checks {
 
-/// The halves of the catalogue, by number: what any package can draw, and what an add-on can.
-std::span<const FindingInfo> packageFindings();  // 1xx and 2xx
-std::span<const FindingInfo> addonFindings();    // 3xx, 4xx and 5xx
+/// Every id there is, by number. The one source of `--explain` and of the table in the manual.
+std::span<const FindingInfo> catalogue();
+/// Null when there is no such number.
+const FindingInfo* findInfo(std::uint16_t number);
+/// What a finding is about: "container", "opc", "document", "reference" or "style".
+std::string_view groupOf(FindingId id);
 
 }  // namespace addon::checks

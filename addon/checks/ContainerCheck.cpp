@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/ContainerCheck.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "addon/checks/ItemDataCheck.h"
 #include "addon/checks/ItemNameCheck.h"
 #include "addon/checks/PackageFinding.h"
+#include "addon/checks/PackageFindings.h"
 #include "opc/zippackage/ItemInfoOf.h"
 
 namespace addon::checks {
@@ -25,42 +27,43 @@ namespace {
 constexpr std::uint64_t kUnsuspiciousSize = std::uint64_t{64} << 20;  // bytes
 constexpr std::uint64_t kUnsuspiciousRatio = 200;
 
-// 0 for what other checks say better: gaps between items, by their exact ends, and the empty name,
-// which makes an item no part.
-std::uint16_t numberOf(const ZipDirectory& directory, const ZipFault& fault) {
+// Nothing for what other checks say better: gaps between items, by their exact ends, and the empty
+// name, which makes an item no part.
+std::optional<FindingId> findingOf(const ZipDirectory& directory, const ZipFault& fault) {
   switch (fault.kind) {
     case ZipFaultKind::OtherVolume:
     case ZipFaultKind::EndRecordsDiffer:
     case ZipFaultKind::CountDiffers:
     case ZipFaultKind::Zip64ValueMissing:
-      return 109;
+      return kInconsistentRecords;
     case ZipFaultKind::Encrypted:
     case ZipFaultKind::UnknownMethod:
-      return 108;
+      return kUnsupportedPacking;
     case ZipFaultKind::StoredSizesDiffer:
-      return 106;
+      return kDamagedData;
     case ZipFaultKind::NameHasNul:
     case ZipFaultKind::NameNotUtf8:
     case ZipFaultKind::ParentSegment:
-      return 104;
+      return kUnusableName;
     case ZipFaultKind::NameTwice:
-      return 103;
+      return kDuplicateName;
     case ZipFaultKind::FolderTwice:
-      return 115;
+      return kDuplicateFolder;
     case ZipFaultKind::OutsideFile:
     case ZipFaultKind::Overlap:
-      return 107;
+      return kOverlappingItems;
     case ZipFaultKind::BytesAfterEnd:
     case ZipFaultKind::BytesBeforeFirst:
-      return 102;
+      return kBytesOutside;
     case ZipFaultKind::UnusedBytes:
-      return fault.first < directory.location().offset ? 0 : 113;
+      if (fault.first < directory.location().offset) return std::nullopt;
+      return kUnusedBytes;
     case ZipFaultKind::ExtraMalformed:
-      return 113;
+      return kUnusedBytes;
     case ZipFaultKind::NameEmpty:
-      return 0;
+      return std::nullopt;
   }
-  return 0;
+  return std::nullopt;
 }
 
 class ContainerCheck {
@@ -79,18 +82,18 @@ class ContainerCheck {
 
  private:
   void takeFault(const ZipFault& fault) {
-    const std::uint16_t number = numberOf(directory_, fault);
+    const std::optional<FindingId> id = findingOf(directory_, fault);
     const bool isOfItem = fault.entry != kNoEntry;
-    if (isOfItem) mark(states_[fault.entry], fault, number);
-    if (number == 0) return;
+    if (isOfItem) mark(states_[fault.entry], fault, id);
+    if (!id) return;
     const std::string_view name = isOfItem ? directory_.name(fault.entry) : std::string_view();
-    addFinding(report_, number, name, directory_.describe(fault), fault.rule());
+    addFinding(report_, *id, name, directory_.describe(fault), fault.rule());
   }
 
-  static void mark(ItemState& state, const ZipFault& fault, std::uint16_t number) {
-    if (number == 104) {
+  static void mark(ItemState& state, const ZipFault& fault, std::optional<FindingId> id) {
+    if (id == kUnusableName) {
       state.hasBadName = true;
-    } else if (number == 103 || number == 115) {
+    } else if (id == kDuplicateName || id == kDuplicateFolder) {
       state.isTwin = true;
     } else if (fault.severity() == ZipFaultSeverity::Refused) {
       state.isDamaged = true;
@@ -104,10 +107,10 @@ class ContainerCheck {
     }
     const ItemKind kind = opc::zippackage::itemInfoOf(directory_, entry).kind;
     if (kind == ItemKind::SymbolicLink) {
-      addFinding(report_, 110, name, "it is a symbolic link", "RB-14");
+      addFinding(report_, kLinkOrDevice, name, "it is a symbolic link", "RB-14");
     } else if (kind == ItemKind::Special) {
-      addFinding(report_, 110, name, "it is a device, a label or something else that is no file",
-                 "RB-14");
+      addFinding(report_, kLinkOrDevice, name,
+                 "it is a device, a label or something else that is no file", "RB-14");
     }
   }
 
@@ -115,7 +118,7 @@ class ContainerCheck {
     const ZipEntry& item = directory_.entries()[entry];
     if (states_[entry].isDamaged || item.size <= kUnsuspiciousSize) return;
     if (item.packedSize >= item.size / kUnsuspiciousRatio) return;
-    addFinding(report_, 112, directory_.name(entry),
+    addFinding(report_, kHighRatio, directory_.name(entry),
                std::to_string(item.packedSize) + " bytes unpack to " + std::to_string(item.size),
                "RB-1");
   }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <string>
 
+#include "addon/checks/PackageFindings.h"
 #include "addon/checks/Packaging.h"
 #include "opc/model/FormatConstants.h"
 
@@ -31,8 +32,8 @@ std::string_view wholeName(std::string_view itemName) {
 }
 
 bool readTypes(Packaging& packaging, const std::vector<ItemIndex>& items, const std::string& name) {
-  FindingSink sink(packaging.report, 201, name);
-  const bool isRead = readDocument(packaging.report, 201, name, [&] {
+  FindingSink sink(packaging.report, kBadContentTypes, name);
+  const bool isRead = readDocument(packaging.report, kBadContentTypes, name, [&] {
     opc::model::PieceStream stream(packaging.container, items);
     packaging.types = ContentTypes::read(stream, sink);
   });
@@ -52,12 +53,12 @@ void checkPartType(Packaging& packaging, opc::model::PartId part, bool& hasSigna
   const ContentType* type = packaging.types.find(packaging.index.name(part));
   if (type == nullptr) return;
   if (*type == kRelationships) {
-    addFinding(packaging.report, 224, packaging.partName(part),
+    addFinding(packaging.report, kRelationshipsType, packaging.partName(part),
                "it has the content type of relationships and not the name of such a part", "CT-12");
   }
   if (hasSignature || !isSignature(*type)) return;
   hasSignature = true;
-  addFinding(packaging.report, 216, packaging.partName(part),
+  addFinding(packaging.report, kUncheckedSignature, packaging.partName(part),
              "the package is signed; the signature has not been checked", "DS-1");
 }
 
@@ -65,7 +66,7 @@ void checkOverrides(Packaging& packaging) {
   for (const ContentTypes::Override& entry : packaging.types.overrides()) {
     const auto part = packaging.index.find(entry.itemName);
     if (part) continue;
-    addFinding(packaging.report, 203, "/" + entry.itemName,
+    addFinding(packaging.report, kOverrideWithoutPart, "/" + entry.itemName,
                "it has a type override, and is not in the package", "CT-14");
   }
 }
@@ -78,12 +79,12 @@ void checkContentTypesStream(Packaging& packaging) {
   if (items.empty()) {
     if (silent.isUsed()) return;
     return addFinding(
-        packaging.report, 201, kContentTypesItem,
+        packaging.report, kBadContentTypes, kContentTypesItem,
         "content types stream '" + std::string(kContentTypesItem) + "': it is not there", "CT-1");
   }
   const std::string name(wholeName(packaging.container.itemName(items.front())));
   if (name != kContentTypesItem) {
-    addFinding(packaging.report, 222, name,
+    addFinding(packaging.report, kContentTypesSpelling, name,
                "it is not spelled '" + std::string(kContentTypesItem) + "'", "CT-1");
   }
   if (packaging.isDamaged(items)) return;
@@ -91,7 +92,7 @@ void checkContentTypesStream(Packaging& packaging) {
   const bool isEmpty = packaging.types.defaults().empty() && packaging.types.overrides().empty();
   packaging.areTypesEmpty = packaging.areTypesKnown && isEmpty;
   if (packaging.areTypesEmpty) {
-    addFinding(packaging.report, 223, name, "it has no entries", "CT-2");
+    addFinding(packaging.report, kEmptyContentTypes, name, "it has no entries", "CT-2");
   }
 }
 
@@ -104,7 +105,7 @@ void checkPartTypes(Packaging& packaging) {
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Relationships, [&](opc::model::PartId part) {
     if (packaging.types.find(packaging.index.name(part)) != nullptr) return;
-    addFinding(packaging.report, 224, packaging.partName(part),
+    addFinding(packaging.report, kRelationshipsType, packaging.partName(part),
                "the content types have no entry for this relationships part", "CT-12");
   });
 }

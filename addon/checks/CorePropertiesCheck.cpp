@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "addon/checks/PackageFindings.h"
 #include "addon/checks/Packaging.h"
 #include "addon/checks/Quoting.h"
 #include "opc/model/RelationshipTargets.h"
@@ -30,13 +31,13 @@ bool isOfCoreType(const Packaging& packaging, PartId part) {
 std::optional<PartId> findPart(Packaging& packaging, const Relationship& relationship) {
   const std::string which = "relationship " + quoted(relationship.getId());
   if (relationship.getTargetMode() == opc::model::TargetMode::External) {
-    addFinding(packaging.report, 213, kPackageRelationships,
+    addFinding(packaging.report, kBadCoreProperties, kPackageRelationships,
                which + ": it leads to core properties outside the package", "CP-2");
     return std::nullopt;
   }
   const std::optional<PartId> part = findTarget(packaging.index, relationship);
   if (!part) {
-    addFinding(packaging.report, 213, kPackageRelationships,
+    addFinding(packaging.report, kBadCoreProperties, kPackageRelationships,
                which + ": it leads to core properties " +
                    quoted(relationship.getTargetURI().toString()) +
                    ", which are not in the package",
@@ -46,7 +47,7 @@ std::optional<PartId> findPart(Packaging& packaging, const Relationship& relatio
   // Without a content type it is no part, which has been said.
   if (!packaging.areTypesKnown || !packaging.isPart(*part)) return std::nullopt;
   if (isOfCoreType(packaging, *part)) return part;
-  addFinding(packaging.report, 213, packaging.partName(*part),
+  addFinding(packaging.report, kBadCoreProperties, packaging.partName(*part),
              "the core properties have the content type " +
                  quoted(packaging.types.find(packaging.index.name(*part))->ascii()),
              "CP-2");
@@ -57,12 +58,12 @@ void checkContent(Packaging& packaging, PartId part) {
   const auto items = packaging.itemsOf(part);
   if (packaging.isDamaged(items)) return;
   const std::string name = packaging.partName(part);
-  FindingSink sink(packaging.report, 213, name);
-  readDocument(packaging.report, 213, name, [&] {
+  FindingSink sink(packaging.report, kBadCoreProperties, name);
+  readDocument(packaging.report, kBadCoreProperties, name, [&] {
     opc::model::PieceStream stream(packaging.container, items);
     const CorePropertiesPart content = CorePropertiesPart::read(stream, sink);
     for (const auto& warning : content.warnings()) {
-      addFinding(packaging.report, 226, name, warning.text, warning.rule);
+      addFinding(packaging.report, kOddCoreProperties, name, warning.text, warning.rule);
     }
   });
 }
@@ -77,7 +78,7 @@ void checkOthers(Packaging& packaging, const std::optional<PartId>& related) {
   const PartId kept = related.value_or(found.front());
   for (const PartId part : found) {
     if (part == kept) continue;
-    addFinding(packaging.report, 220, packaging.partName(part),
+    addFinding(packaging.report, kSeveralCoreParts, packaging.partName(part),
                "it has the content type of core properties, as " +
                    quoted(packaging.partName(kept)) + " has",
                "CP-3");

@@ -2,6 +2,7 @@
 #include "addon/checks/DocumentCheck.h"
 
 #include "addon/checks/AddonChecks.h"
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Quoting.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
@@ -20,18 +21,17 @@ using packaging::DocumentSchema;
 namespace {
 
 // By the rule that the parser names: encoding and document type, or its limits, or else the syntax.
-std::uint16_t numberOf(const InvalidXMLDocument& fault) {
-  if (fault.rule() == "XM-1" || fault.rule() == "XM-2") return 317;
-  return fault.rule().starts_with("RB-") ? 314 : 301;
+FindingId findingOf(const InvalidXMLDocument& fault) {
+  if (fault.rule() == "XM-1" || fault.rule() == "XM-2") return kDocumentDoctypeOrEncoding;
+  return fault.rule().starts_with("RB-") ? kDocumentTooLarge : kMalformedDocument;
 }
 
 void checkContentType(const DocumentSchema& schema, const Destination& found, Report& report) {
   const ContentType& type = found.part->getContentType();
   if (type == ContentType(schema.contentType)) return;
-  report.add({305, found.name,
-              "content type " + quoted(type.ascii()) + ": this document's is " +
-                  quoted(schema.contentType),
-              "", 0});
+  report.add(kWrongContentType, found.name,
+             "content type " + quoted(type.ascii()) + ": this document's is " +
+                 quoted(schema.contentType));
 }
 
 // Whether it could be read.
@@ -44,14 +44,14 @@ bool checkContent(AddonPackage& package, const DocumentSchema& schema, const Des
     checkValues(document, report);
     return true;
   } catch (const InvalidXMLDocument& fault) {
-    report.add({numberOf(fault), found.name, fault.what(), fault.rule(),
-                static_cast<std::size_t>(fault.line())});
+    report.add(findingOf(fault), found.name, fault.what(), static_cast<std::size_t>(fault.line()),
+               fault.rule());
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::Exception& fault) {
     // Anything else is damage, which draws no finding here.
     if (fault.code() == opc::ErrorCode::TooLarge) {
-      report.add({314, found.name, fault.what(), "", 0});
+      report.add(kDocumentTooLarge, found.name, fault.what());
     }
   }
   return false;
@@ -64,20 +64,18 @@ bool reportDeadEnd(const Destination& found, const std::u16string& relationshipT
   const std::string name = found.name.empty() ? opc::toUtf8(standardName) : found.name;
   switch (found.kind) {
     case Destination::Kind::Several:
-      report.add({306, name,
-                  std::to_string(found.count) + " relationships of the type " + type +
-                      ": there may be one only, so that none of them counts",
-                  "", 0});
+      report.add(kSeveralRelationships, name,
+                 std::to_string(found.count) + " relationships of the type " + type +
+                     ": there may be one only, so that none of them counts");
       return true;
     case Destination::Kind::Outside:
-      report.add(
-          {316, name, "the relationship of the type " + type + " leads out of the package", "", 0});
+      report.add(kMissingPart, name,
+                 "the relationship of the type " + type + " leads out of the package");
       return true;
     case Destination::Kind::Missing:
-      report.add({316, name,
-                  "the relationship of the type " + type +
-                      " leads to this part, which is not in the package",
-                  "", 0});
+      report.add(kMissingPart, name,
+                 "the relationship of the type " + type +
+                     " leads to this part, which is not in the package");
       return true;
     default:
       return false;
@@ -105,7 +103,7 @@ void checkFileTree(AddonPackage& package, const std::string& part, Report& repor
     throw;
   } catch (const opc::Exception& fault) {
     const auto* format = dynamic_cast<const opc::FormatError*>(&fault);
-    report.add({303, part, fault.what(), format == nullptr ? "" : format->rule(), 0});
+    report.add(kMissingElement, part, fault.what(), 0, format == nullptr ? "" : format->rule());
   }
 }
 

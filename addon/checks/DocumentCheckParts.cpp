@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/DocumentCheck.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
@@ -56,10 +57,9 @@ class UnreachableParts {
       if (wanted == nullptr) return;
       const std::string key = PartName::fromItemName(itemName).key();
       if (reached_.contains({*wanted, key})) return;
-      report.add({307, "/" + std::string(itemName),
-                  "no relationship of the type " + quoted(*wanted) +
-                      " leads from the package to this part, so that nobody finds it",
-                  "", 0});
+      report.add(kUnreachableDocument, "/" + std::string(itemName),
+                 "no relationship of the type " + quoted(*wanted) +
+                     " leads from the package to this part, so that nobody finds it");
     });
   }
 
@@ -120,10 +120,9 @@ void checkImage(AddonPackage& package, const Destination& image, Report& report)
   // Other kinds of images are not ours to judge.
   if (found == type || (found.empty() && !isChecked && type.starts_with("image/"))) return;
   const std::string content = found.empty() ? "of no image that is known" : "of " + quoted(found);
-  report.add({313, image.name,
-              "the screenshot has the content type " + quoted(type) + ", and its bytes are those " +
-                  content,
-              "", 0});
+  report.add(kImageMismatch, image.name,
+             "the screenshot has the content type " + quoted(type) + ", and its bytes are those " +
+                 content);
 }
 
 void checkUnreachable(AddonPackage& package, const std::vector<DocumentSchema>& schemas,

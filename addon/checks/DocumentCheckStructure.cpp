@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/DocumentCheck.h"
 #include "addon/checks/Quoting.h"
 #include "opc/Text.h"
@@ -36,15 +37,15 @@ class StructureCheck {
   }
 
  private:
-  void add(std::uint16_t number, const DOMElement* element, const std::string& message) {
-    report_.add({number, document_.part, message, "", document_.text.lineOf(element)});
+  void add(FindingId id, const DOMElement* element, const std::string& message) {
+    report_.add(id, document_.part, message, document_.text.lineOf(element));
   }
 
   void checkNamespace() {
     const std::u16string& wanted = document_.schema.namespaceURI;
     if (domNamespace(*root_) == wanted) return;
     const std::string found = opc::toUtf8ForDisplay(domNamespace(*root_));
-    add(302, root_,
+    add(kWrongRoot, root_,
         "the root element has the namespace " + quoted(orNone(found)) + ", not " + quoted(wanted));
   }
 
@@ -52,7 +53,7 @@ class StructureCheck {
   bool checkName() {
     const std::u16string_view wanted = document_.schema.root->name;
     if (domLocalName(*root_) == wanted) return true;
-    add(302, root_,
+    add(kWrongRoot, root_,
         "the root element is " + quoted(domLocalName(*root_)) + ", not " + quoted(wanted));
     return false;
   }
@@ -95,7 +96,7 @@ class StructureCheck {
     const bool isForeign = domNamespace(*element) != domNamespace(*root_);
     const std::string found = opc::toUtf8ForDisplay(domNamespace(*element));
     const std::string where = isForeign ? " of the namespace " + quoted(orNone(found)) : "";
-    add(304, element,
+    add(kUnknownElement, element,
         "element " + quoted(domLocalName(*element)) + where + " in " +
             quoted(path_.back().schema->name) + ": no such element belongs there");
   }
@@ -113,7 +114,7 @@ class StructureCheck {
     for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
       const xercesc::DOMNode& attribute = *attributes->item(i);
       if (mayStand(attribute, schema)) continue;
-      add(304, element,
+      add(kUnknownElement, element,
           "attribute " + quoted(opc::model::domName(attribute)) + " of " + quoted(schema.name) +
               ": it has no such attribute");
     }
@@ -124,7 +125,7 @@ class StructureCheck {
     for (const ElementSchema* child : schema.children) {
       if (!child->isRequired) continue;
       if (opc::model::XercesHelper::getElement(element, child->name) != nullptr) continue;
-      add(303, element,
+      add(kMissingElement, element,
           "element " + quoted(schema.name) + " has no " + quoted(child->name) + " in it");
     }
   }

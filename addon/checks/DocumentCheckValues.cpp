@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/DocumentCheck.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
@@ -33,10 +34,10 @@ void checkAuthors(const ParsedDocument& document, Report& report) {
     authors.insert(authors.end(), some.begin(), some.end());
   }
   if (authors.size() < 2) return;
-  report.add({315, document.part,
-              "the document names " + std::to_string(authors.size()) +
-                  " authors: only the first of them is read",
-              "", document.text.lineOf(authors[1])});
+  report.add(kSeveralAuthors, document.part,
+             "the document names " + std::to_string(authors.size()) +
+                 " authors: only the first of them is read",
+             document.text.lineOf(authors[1]));
 }
 
 void checkFlags(const ParsedDocument& document, Report& report) {
@@ -47,10 +48,10 @@ void checkFlags(const ParsedDocument& document, Report& report) {
     if (packaging::isTrue(flag) || !packaging::isNotFalse(flag)) continue;
     std::u16string name;
     XercesHelper::getElementAttribute(app, AppsXml::kName, name);
-    report.add({311, document.part,
-                "'installByDefault' of the app " + quoted(name) + " is " + quoted(flag) +
-                    ": it is either 'true' or 'false', and everything else is read as 'false'",
-                "", document.text.lineOf(app)});
+    report.add(kBadFlag, document.part,
+               "'installByDefault' of the app " + quoted(name) + " is " + quoted(flag) +
+                   ": it is either 'true' or 'false', and everything else is read as 'false'",
+               document.text.lineOf(app));
   }
 }
 
@@ -76,9 +77,9 @@ void checkExampleFiles(const ParsedDocument& document, const DOMElement* example
       }
       why = " twice: only the last of them is read";
     }
-    report.add({312, document.part,
-                "example " + quoted(name) + " has a file of the type " + quoted(type) + why, "",
-                document.text.lineOf(file)});
+    report.add(kBadExampleFile, document.part,
+               "example " + quoted(name) + " has a file of the type " + quoted(type) + why,
+               document.text.lineOf(file));
   }
 }
 
@@ -105,8 +106,8 @@ bool isHostPartLost(AddonPackage& package) {
 void checkType(const std::u16string& type, Report& report) {
   const int known = AddonPackage::getAddonTypeFromString(type);
   if (known != static_cast<int>(packaging::AddonType::Unknown)) return;
-  report.add({308, opc::toUtf8(HostPropertiesPart::kPartName),
-              "the add-on's type is " + quoted(type) + ", not 'Korvan Toolbox'", "", 0});
+  report.add(kUnknownAddonType, opc::toUtf8(HostPropertiesPart::kPartName),
+             "the add-on's type is " + quoted(type) + ", not 'Korvan Toolbox'");
 }
 
 }  // namespace
@@ -122,8 +123,8 @@ void checkIdentity(AddonPackage& package, Report& report) {
   opc::plservices::CoreProperties core(u"", u"", u"");
   if (!isReadable([&] { core = package.coreProperties().getCoreProperties(); })) return;
   if (!isHostPartLost(package)) checkType(core.getContentTypeFriendlyName(), report);
-  if (isBlank(core.getTitle())) report.add({309, "", "the add-on has no name", "", 0});
-  if (isBlank(core.getVersion())) report.add({310, "", "the add-on has no version", "", 0});
+  if (isBlank(core.getTitle())) report.add(kNoName, "", "the add-on has no name");
+  if (isBlank(core.getVersion())) report.add(kNoVersion, "", "the add-on has no version");
 }
 
 }  // namespace addon::checks

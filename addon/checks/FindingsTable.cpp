@@ -29,9 +29,8 @@ std::string cell(std::string_view text) {
 }
 
 std::string row(const FindingInfo& info) {
-  const std::string_view severity = info.severity == Severity::Error ? "error" : "warning";
-  std::string text = "| " + idOf(info.number) + " | ";
-  for (const std::string_view part : {severity, info.title, info.explanation}) {
+  std::string text = "| " + idOf(info.id.number) + " | ";
+  for (const std::string_view part : {nameOf(info.id.severity), info.title, info.explanation}) {
     text += cell(part) + " | ";
   }
   return text + cell(info.remedy) + " |\n";
@@ -41,11 +40,11 @@ std::string row(const FindingInfo& info) {
 
 std::string findingsTable() {
   std::string text(kStart);
-  Group group{};
+  std::string_view group;
   for (const FindingInfo& info : catalogue()) {
-    if (groupOf(info.number) != group) {
-      group = groupOf(info.number);
-      text += "\n## Group " + std::string(nameOf(group)) + "\n\n" + std::string(kTableHead);
+    if (groupOf(info.id) != group) {
+      group = groupOf(info.id);
+      text += "\n## Group " + std::string(group) + "\n\n" + std::string(kTableHead);
     }
     text += row(info);
   }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "addon/checks/PackageFinding.h"
+#include "addon/checks/PackageFindings.h"
 #include "opc/Exception.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/ExtraFields.h"
@@ -19,10 +20,10 @@ namespace {
 
 constexpr std::size_t kReadStep = std::size_t{256} << 10;  // bytes
 
-std::uint16_t numberOf(std::string_view rule) {
-  if (rule == "ZP-7" || rule == "ZP-8") return 105;
-  if (rule == "ZP-9") return 109;
-  return rule == "RB-2" ? 107 : 106;
+FindingId findingOf(std::string_view rule) {
+  if (rule == "ZP-7" || rule == "ZP-8") return kHeadersDisagree;
+  if (rule == "ZP-9") return kInconsistentRecords;
+  return rule == "RB-2" ? kOverlappingItems : kDamagedData;
 }
 
 }  // namespace
@@ -75,7 +76,7 @@ void ItemDataCheck::checkItem(std::uint32_t entry) {
 void ItemDataCheck::checkStart(std::uint32_t entry) {
   const std::uint64_t start = directory_.entries()[entry].headerOffset;
   if (start >= reached_) return checkGap(start);
-  noteDamage(entry, 107,
+  noteDamage(entry, kOverlappingItems,
              "it begins at offset " + std::to_string(start) +
                  ", before the end of another item at " + std::to_string(reached_),
              "RB-2");
@@ -83,7 +84,7 @@ void ItemDataCheck::checkStart(std::uint32_t entry) {
 
 void ItemDataCheck::checkGap(std::uint64_t until) {
   if (until <= std::max(reached_, mayReach_)) return;
-  addFinding(report_, 113, "",
+  addFinding(report_, kUnusedBytes, "",
              std::to_string(until - reached_) + " bytes at offset " + std::to_string(reached_) +
                  " belong to no item",
              "ZP-16");
@@ -101,9 +102,9 @@ void ItemDataCheck::readData(std::uint32_t entry) {
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::FormatError& fault) {
-    noteDamage(entry, numberOf(fault.rule()), fault.what(), fault.rule());
+    noteDamage(entry, findingOf(fault.rule()), fault.what(), fault.rule());
   } catch (const opc::Exception& fault) {
-    noteDamage(entry, 106, fault.what(), "ZP-15");
+    noteDamage(entry, kDamagedData, fault.what(), "ZP-15");
   }
 }
 
@@ -137,14 +138,14 @@ std::optional<std::uint64_t> ItemDataCheck::checkFrame(std::uint32_t entry) {
 void ItemDataCheck::checkExtra(std::uint32_t entry) {
   const ExtraFault fault = opc::zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
   if (fault == ExtraFault::None) return;
-  addFinding(report_, 113, directory_.name(entry),
+  addFinding(report_, kUnusedBytes, directory_.name(entry),
              std::string("its local header ") + opc::zippackage::describe(fault), "ZP-16");
 }
 
-void ItemDataCheck::noteDamage(std::uint32_t entry, std::uint16_t number, std::string_view why,
+void ItemDataCheck::noteDamage(std::uint32_t entry, FindingId id, std::string_view why,
                                std::string_view rule) {
   states_[entry].isDamaged = true;
-  addFinding(report_, number, directory_.name(entry), why, rule);
+  addFinding(report_, id, directory_.name(entry), why, rule);
 }
 
 }  // namespace addon::checks

@@ -38,8 +38,7 @@ class ItemDataCheck {
   void reach(std::uint64_t end, bool isExact);
   std::optional<std::uint64_t> checkFrame(std::uint32_t entry);
   void checkExtra(std::uint32_t entry);
-  void noteDamage(std::uint32_t entry, std::uint16_t number, std::string_view why,
-                  std::string_view rule);
+  void noteDamage(std::uint32_t entry, FindingId id, std::string_view why, std::string_view rule);
 
   const opc::zippackage::ZipDirectory& directory_;
   std::vector<ItemState>& states_;

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "addon/checks/PackageFinding.h"
+#include "addon/checks/PackageFindings.h"
 #include "opc/Exception.h"
 #include "opc/model/NameCharacters.h"
 #include "opc/model/PartName.h"
@@ -55,15 +56,15 @@ bool isAscii(std::string_view text) {
 
 bool checkItemName(std::string_view name, std::string_view stored, Report& report) {
   if (!isAscii(stored)) {
-    addFinding(report, 111, name, "the name holds characters outside ASCII", "ZP-3");
+    addFinding(report, kNameNotAscii, name, "the name holds characters outside ASCII", "ZP-3");
   }
   const Oddity oddity = findOddity(name);
   if (oddity.rule != nullptr) {
-    addFinding(report, 114, name, oddity.why, oddity.rule);
+    addFinding(report, kUnsafeName, name, oddity.why, oddity.rule);
     return true;
   }
   const Oddity encoded = findEncodedOddity(name);
-  if (encoded.rule != nullptr) addFinding(report, 114, name, encoded.why, encoded.rule);
+  if (encoded.rule != nullptr) addFinding(report, kUnsafeName, name, encoded.why, encoded.rule);
   return false;
 }
 

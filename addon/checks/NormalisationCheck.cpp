@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "addon/checks/PackageFindings.h"
 #include "addon/checks/Packaging.h"
 #include "addon/checks/Quoting.h"
 #include "opc/Exception.h"
@@ -74,7 +75,7 @@ class NormalisationCheck {
   }
 
   void add(PartId part, PartId other) {
-    addFinding(packaging_.report, 221, packaging_.partName(part),
+    addFinding(packaging_.report, kNormalisationClash, packaging_.partName(part),
                "only how its characters are composed tells the name from " +
                    quoted(packaging_.partName(other)),
                "PN-7");

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "addon/checks/PackageFindings.h"
 #include "opc/Text.h"
 
 namespace addon::checks {
@@ -27,31 +28,35 @@ std::string cut(std::string_view text, std::size_t most) {
   return result;
 }
 
-struct RuleNumber {
+struct RuleFinding {
   std::string_view rule;
-  std::uint16_t number;
+  FindingId id;
 };
 
-constexpr RuleNumber kNumbers[] = {
-    {"CT-1", 201},  {"CT-4", 206}, {"CT-5", 206},  {"CT-6", 204}, {"CT-7", 206}, {"CT-8", 206},
-    {"CT-10", 202}, {"CP-1", 212}, {"CT-12", 208}, {"IL-3", 219}, {"PN-8", 205}, {"PN-9", 207},
-    {"RL-4", 209},  {"RL-9", 218}, {"XM-1", 214},  {"XM-2", 214},
+constexpr RuleFinding kRules[] = {
+    {"CT-1", kBadContentTypes},     {"CT-4", kBadContentTypeEntry},
+    {"CT-5", kBadContentTypeEntry}, {"CT-6", kDuplicateContentType},
+    {"CT-7", kBadContentTypeEntry}, {"CT-8", kBadContentTypeEntry},
+    {"CT-10", kRelatedWithoutType}, {"CP-1", kSeveralCoreRelationships},
+    {"CT-12", kBadRelationships},   {"IL-3", kClashingPieces},
+    {"PN-8", kEquivalentNames},     {"PN-9", kNameExtendsName},
+    {"RL-4", kBadRelationshipId},   {"RL-9", kRelatedRelationships},
+    {"XM-1", kDoctypeOrEncoding},   {"XM-2", kDoctypeOrEncoding},
 };
 
 }  // namespace
 
-void addFinding(Report& report, std::uint16_t number, std::string_view part,
-                std::string_view message, std::string_view rule, std::size_t line) {
+void addFinding(Report& report, FindingId id, std::string_view part, std::string_view message,
+                std::string_view rule, std::size_t line) {
   // Beyond those that are kept, findings are counted only.
-  if (report.count(number) >= Report::kMostKept) return report.add({number, "", "", "", 0});
-  report.add(
-      {number, cut(part, kLongestPart), cut(message, kLongestMessage), std::string(rule), line});
+  if (!report.keeps(id)) return report.add(id, "", "");
+  report.add(id, cut(part, kLongestPart), cut(message, kLongestMessage), line, std::string(rule));
 }
 
-std::uint16_t numberOfRule(std::string_view rule, std::uint16_t otherwise) {
-  const auto* found = std::find_if(std::begin(kNumbers), std::end(kNumbers),
-                                   [&](const RuleNumber& entry) { return entry.rule == rule; });
-  return found == std::end(kNumbers) ? otherwise : found->number;
+FindingId findingOfRule(std::string_view rule, FindingId otherwise) {
+  const auto* found = std::find_if(std::begin(kRules), std::end(kRules),
+                                   [&](const RuleFinding& entry) { return entry.rule == rule; });
+  return found == std::end(kRules) ? otherwise : found->id;
 }
 
 }  // namespace addon::checks

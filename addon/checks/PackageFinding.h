@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string_view>
 
 #include "addon/checks/Report.h"
@@ -11,11 +10,11 @@ namespace addon::checks {
 
 /// Adds a finding about an item or part of a package that may be hostile: names and texts are cut
 /// to what a person reads, so that a report stays small whatever the package holds.
-void addFinding(Report& report, std::uint16_t number, std::string_view part,
-                std::string_view message, std::string_view rule, std::size_t line = 0);
+void addFinding(Report& report, FindingId id, std::string_view part, std::string_view message,
+                std::string_view rule, std::size_t line = 0);
 
 /// What breaking a packaging rule draws. `otherwise` is for rules that hold within any document of
 /// the package: what a document of the kind at hand draws when it is malformed.
-std::uint16_t numberOfRule(std::string_view rule, std::uint16_t otherwise);
+FindingId findingOfRule(std::string_view rule, FindingId otherwise);
 
 }  // namespace addon::checks

@@ -54,7 +54,7 @@ class FindingSink final : public opc::model::FaultSink {
  public:
   /// `otherwise` is for rules without a finding of their own; `part` the document's name, which
   /// stands for items that are not named.
-  FindingSink(Report& report, std::uint16_t otherwise, std::string part)
+  FindingSink(Report& report, FindingId otherwise, std::string part)
       : report_(report), otherwise_(otherwise), part_(std::move(part)) {}
 
   void add(const opc::FormatError& fault, std::string_view itemName) override;
@@ -62,7 +62,7 @@ class FindingSink final : public opc::model::FaultSink {
 
  private:
   Report& report_;
-  std::uint16_t otherwise_;
+  FindingId otherwise_;
   std::string part_;
   bool isUsed_ = false;
 };
@@ -70,18 +70,17 @@ class FindingSink final : public opc::model::FaultSink {
 /// Runs what reads a document of the package. What ends the reading becomes a finding, `otherwise`
 /// unless the rule has one of its own. Returns whether it came to its end. Throws opc::SystemError.
 template <typename Read>
-bool readDocument(Report& report, std::uint16_t otherwise, const std::string& part,
-                  const Read& read) {
+bool readDocument(Report& report, FindingId otherwise, const std::string& part, const Read& read) {
   try {
     read();
     return true;
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::model::InvalidXMLDocument& fault) {
-    addFinding(report, numberOfRule(fault.rule(), otherwise), part, fault.what(), fault.rule(),
+    addFinding(report, findingOfRule(fault.rule(), otherwise), part, fault.what(), fault.rule(),
                static_cast<std::size_t>(fault.line()));
   } catch (const opc::FormatError& fault) {
-    addFinding(report, numberOfRule(fault.rule(), otherwise), part, fault.what(), fault.rule());
+    addFinding(report, findingOfRule(fault.rule(), otherwise), part, fault.what(), fault.rule());
   } catch (const opc::Exception& fault) {
     addFinding(report, otherwise, part, fault.what(), "");
   }

@@ -19,7 +19,7 @@ void FindingSink::add(const opc::FormatError& fault, std::string_view itemName) 
   if (!itemName.empty()) name = itemName;
   // The content types are an item, and no part.
   const bool isPart = !itemName.empty() && !opc::model::isContentTypesName(itemName);
-  addFinding(report_, numberOfRule(fault.rule(), otherwise_), isPart ? "/" + name : name,
+  addFinding(report_, findingOfRule(fault.rule(), otherwise_), isPart ? "/" + name : name,
              fault.what(), fault.rule());
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <string>
 
+#include "addon/checks/PackageFindings.h"
 #include "addon/checks/Packaging.h"
 #include "opc/Text.h"
 #include "opc/model/PartName.h"
@@ -21,7 +22,7 @@ namespace {
 class NamesSink final : public opc::model::FaultSink {
  public:
   explicit NamesSink(Packaging& packaging)
-      : packaging_(packaging), findings_(packaging.report, 201, "") {}
+      : packaging_(packaging), findings_(packaging.report, kBadContentTypes, "") {}
 
   void add(const opc::FormatError& fault, std::string_view itemName) override {
     if (fault.rule() == "CT-10") {
@@ -54,11 +55,12 @@ void checkStray(Packaging& packaging, ItemIndex item) {
   const ItemInfo info = packaging.container.itemInfo(item);
   if (info.kind != ItemKind::File || packaging.container.state(item).hasBadName) return;
   if (looksLikePiece(info.name)) {
-    return addFinding(packaging.report, 228, info.name, whyNoPiece(info.name), "IL-4");
+    return addFinding(packaging.report, kIncompletePieces, info.name, whyNoPiece(info.name),
+                      "IL-4");
   }
   const opc::model::NameFault* fault = opc::model::findNameFault(info.name);
   const std::string why = fault != nullptr ? fault->why : "it is no name of a part";
-  addFinding(packaging.report, 217, info.name, "the name is no part name: " + why, "PN-11");
+  addFinding(packaging.report, kStrayItem, info.name, "the name is no part name: " + why, "PN-11");
 }
 
 }  // namespace
@@ -67,7 +69,7 @@ void checkPartNames(Packaging& packaging) {
   NamesSink sink(packaging);
   packaging.index.load(packaging.types, sink);
   for (const PartId part : packaging.index.orphans()) {
-    addFinding(packaging.report, 215, packaging.partName(part),
+    addFinding(packaging.report, kOrphanRelationships, packaging.partName(part),
                "the part that it holds the relationships of is not in the package", "RL-12");
   }
 }
@@ -77,7 +79,8 @@ void checkStrayItems(Packaging& packaging) {
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Untyped, [&](PartId part) {
     if (packaging.relatedUntyped.contains(part)) return;
-    addFinding(packaging.report, 217, packaging.partName(part), "it has no content type", "CT-10");
+    addFinding(packaging.report, kStrayItem, packaging.partName(part), "it has no content type",
+               "CT-10");
   });
 }
 

@@ -2,6 +2,7 @@
 #include "addon/checks/ReferenceCheck.h"
 
 #include "addon/checks/AddonChecks.h"
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/ReadableDocument.h"
@@ -42,7 +43,7 @@ void checkApps(AddonPackage& package, PathCheck& paths) {
   for (const auto* app : XercesHelper::getElements(text->root(), AppsXml::kApplication)) {
     const DOMElement* file = XercesHelper::getElement(app, AppsXml::kFile);
     if (file == nullptr) continue;  // which is a fault of the document
-    paths.check({textOf(file), Kind::File, 401,
+    paths.check({textOf(file), Kind::File, kMissingAppFile,
                  "the app " + quoted(attributeOf(app, AppsXml::kName)), document.part(),
                  text->lineOf(file)});
   }
@@ -55,7 +56,7 @@ void checkExample(ReadableDocument& document, const DOMElement* example, PathChe
     const bool isCode = type == ExamplesXml::kSource || type == ExamplesXml::kMain;
     const bool isImage = type == ExamplesXml::kThumbnail || type == ExamplesXml::kImage;
     if (!isCode && !isImage) continue;  // nobody reads those
-    paths.check({textOf(file), Kind::File, static_cast<std::uint16_t>(isCode ? 402 : 403),
+    paths.check({textOf(file), Kind::File, isCode ? kMissingExampleCode : kMissingExampleImage,
                  "the " + opc::toUtf8(type) + " of the example " + name, document.part(),
                  document.text()->lineOf(file)});
   }
@@ -76,14 +77,14 @@ struct PathList {
   const char16_t* list;
   const char16_t* path;
   Kind kind;
-  std::uint16_t number;
+  FindingId id;
   const char* what;
 };
 constexpr PathList kPathLists[] = {
-    {ConfigurationXml::kKorvanPaths, ConfigurationXml::kKorvanPath, Kind::Folder, 404,
-     "the search path"},
-    {ConfigurationXml::kJavaClassPaths, ConfigurationXml::kJavaClassPath, Kind::Either, 405,
-     "the Java class path"},
+    {ConfigurationXml::kKorvanPaths, ConfigurationXml::kKorvanPath, Kind::Folder,
+     kMissingSearchPath, "the search path"},
+    {ConfigurationXml::kJavaClassPaths, ConfigurationXml::kJavaClassPath, Kind::Either,
+     kMissingClassPath, "the Java class path"},
 };
 
 void checkConfiguration(AddonPackage& package, PathCheck& paths) {
@@ -94,7 +95,7 @@ void checkConfiguration(AddonPackage& package, PathCheck& paths) {
     const DOMElement* parent = XercesHelper::getElement(text->root(), list.list);
     for (const auto* path : XercesHelper::getElements(parent, list.path)) {
       paths.check(
-          {textOf(path), list.kind, list.number, list.what, document.part(), text->lineOf(path)});
+          {textOf(path), list.kind, list.id, list.what, document.part(), text->lineOf(path)});
     }
   }
 }
@@ -108,7 +109,7 @@ void checkReferences(AddonPackage& package, Report& report) {
   checkGuids(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
   for (const auto& file : package.fileSystem().unreadable()) {
-    report.add({411, file.name, file.why, "", 0});
+    report.add(kFileOutsideTree, file.name, file.why);
   }
   PathCheck paths(package.fileSystem(), report);
   checkApps(package, paths);

@@ -19,10 +19,10 @@ struct PathReference {
   enum class Kind : std::uint8_t { File, Folder, Either };
 
   std::u16string path;
-  Kind kind;             ///< of what it should name
-  std::uint16_t number;  ///< of the finding that it draws when nothing is there
-  std::string what;      ///< whose path it is, such as "the app 'Viewer'"
-  std::string part;      ///< the document
+  Kind kind;         ///< of what it should name
+  FindingId id;      ///< of the finding that it draws when nothing is there
+  std::string what;  ///< whose path it is, such as "the app 'Viewer'"
+  std::string part;  ///< the document
   std::size_t line;
 };
 
@@ -35,7 +35,7 @@ class PathCheck {
   void check(const PathReference& reference);
 
  private:
-  void add(std::uint16_t number, const PathReference& reference, const std::string& why);
+  void add(FindingId id, const PathReference& reference, const std::string& why);
   void reportMissing(const PathReference& reference, const std::string& path);
   std::optional<std::string> findWithoutCase(std::string_view path);
 

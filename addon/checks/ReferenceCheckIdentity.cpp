@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Destination.h"
 #include "addon/checks/Guid.h"
 #include "addon/checks/Quoting.h"
@@ -77,9 +78,9 @@ class GuidCheck {
     if (plain.empty()) return;
     const auto [first, isNew] = owners_.emplace(plain, owner);
     if (isNew) return;
-    report_.add({410, part,
-                 owner + " has the GUID " + quoted(guid) + ", which " + first->second + " has too",
-                 "", line});
+    report_.add(kDuplicateGuid, part,
+                owner + " has the GUID " + quoted(guid) + ", which " + first->second + " has too",
+                line);
   }
 
  private:
@@ -98,10 +99,9 @@ void checkThumbnail(AddonPackage& package, Report& report) {
   if (thumbnail.kind == Destination::Kind::Several) return;
   if (thumbnail.name == screenshot.name) return;
   const bool hasNone = thumbnail.kind == Destination::Kind::Nowhere;
-  report.add({406, screenshot.name,
-              "this is the screenshot, but the package's thumbnail is " +
-                  (hasNone ? std::string("none") : quoted(thumbnail.name)),
-              "", 0});
+  report.add(kThumbnailDiffers, screenshot.name,
+             "this is the screenshot, but the package's thumbnail is " +
+                 (hasNone ? std::string("none") : quoted(thumbnail.name)));
 }
 
 void checkNewestRevision(AddonPackage& package, Report& report) {
@@ -119,10 +119,10 @@ void checkNewestRevision(AddonPackage& package, Report& report) {
   });
   if (isCurrent) return;
   const auto index = static_cast<std::size_t>(newest.front() - history.revisions.data());
-  report.add({407, document.part(),
-              "the newest revision is " + quoted(newest.front()->version) +
-                  ", the add-on's version is " + quoted(version),
-              "", document.text()->lineOf(elements[index])});
+  report.add(kRevisionMismatch, document.part(),
+             "the newest revision is " + quoted(newest.front()->version) +
+                 ", the add-on's version is " + quoted(version),
+             document.text()->lineOf(elements[index]));
 }
 
 void checkGuids(AddonPackage& package, Report& report) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/ReferenceCheck.h"
 #include "opc/Text.h"
@@ -50,24 +51,23 @@ bool isRoot(const PathReference& reference) {
 
 }  // namespace
 
-void PathCheck::add(std::uint16_t number, const PathReference& reference, const std::string& why) {
-  report_.add({number, reference.part,
-               reference.what + " names " + quoted(reference.path) + ": " + why, "",
-               reference.line});
+void PathCheck::add(FindingId id, const PathReference& reference, const std::string& why) {
+  report_.add(id, reference.part, reference.what + " names " + quoted(reference.path) + ": " + why,
+              reference.line);
 }
 
 void PathCheck::check(const PathReference& reference) {
   if (isRoot(reference)) return;
   const std::string path = opc::toUtf8(reference.path);  // XML has no lone surrogates
-  if (path.empty()) return add(reference.number, reference, "the path is empty");
-  if (climbsOut(path)) return add(409, reference, "'..' leads out of the package");
+  if (path.empty()) return add(reference.id, reference, "the path is empty");
+  if (climbsOut(path)) return add(kPathOutside, reference, "'..' leads out of the package");
   const bool mayEndInSlash = reference.kind != Kind::File;
   const auto found = files_.find(mayEndInSlash ? withoutSlash(path) : std::string_view(path));
   if (found == nullptr) return reportMissing(reference, path);
   if (reference.kind == Kind::File && !found->isFile()) {
-    add(reference.number, reference, "it is a folder, and should be a file");
+    add(reference.id, reference, "it is a folder, and should be a file");
   } else if ((reference.kind == Kind::Folder || path.ends_with('/')) && found->isFile()) {
-    add(reference.number, reference, "it is a file, and should be a folder");
+    add(reference.id, reference, "it is a file, and should be a folder");
   }
 }
 
@@ -76,17 +76,17 @@ void PathCheck::reportMissing(const PathReference& reference, const std::string&
       path.starts_with('/') ? std::string_view(path).substr(1) : std::string_view(path);
   const auto similar = findWithoutCase(withoutSlash(relative));
   if (similar && *similar != withoutSlash(relative)) {
-    return add(408, reference, "the package has " + quoted(*similar) + ", in another case");
+    return add(kPathCase, reference, "the package has " + quoted(*similar) + ", in another case");
   }
   if (isAbsolute(path)) {
-    return add(409, reference, "it is absolute, and paths are relative to the package's root");
+    return add(kPathOutside, reference,
+               "it is absolute, and paths are relative to the package's root");
   }
   if (const char* fault = opc::plservices::findPathFault(relative)) {
-    return add(reference.number, reference,
-               std::string("it is no path in a package, since ") + fault);
+    return add(reference.id, reference, std::string("it is no path in a package, since ") + fault);
   }
   const bool hasBackslash = path.find('\\') != std::string::npos;
-  add(reference.number, reference,
+  add(reference.id, reference,
       hasBackslash ? "it is not in the package, where '/' stands between names"
                    : "it is not in the package");
 }

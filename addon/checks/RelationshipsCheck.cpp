@@ -3,6 +3,7 @@
 #include <string>
 
 #include "addon/checks/IriReference.h"
+#include "addon/checks/PackageFindings.h"
 #include "addon/checks/Packaging.h"
 #include "addon/checks/Quoting.h"
 #include "opc/Text.h"
@@ -25,7 +26,7 @@ namespace {
 class TargetSink final : public opc::model::FaultSink {
  public:
   explicit TargetSink(Packaging& packaging)
-      : packaging_(packaging), findings_(packaging.report, 202, "") {}
+      : packaging_(packaging), findings_(packaging.report, kRelatedWithoutType, "") {}
 
   void add(const opc::FormatError& fault, std::string_view itemName) override {
     const auto item = packaging_.index.find(itemName);
@@ -54,8 +55,8 @@ class RelationshipsCheck {
   void run() {
     const auto items = packaging_.itemsOf(part_);
     if (packaging_.isDamaged(items)) return;
-    FindingSink sink(packaging_.report, 208, name_);
-    readDocument(packaging_.report, 208, name_, [&] {
+    FindingSink sink(packaging_.report, kBadRelationships, name_);
+    readDocument(packaging_.report, kBadRelationships, name_, [&] {
       opc::model::PieceStream stream(packaging_.container, items);
       const RelationshipSet set = RelationshipSet::read(source_, stream, sink);
       check(set);
@@ -82,7 +83,7 @@ class RelationshipsCheck {
     const std::u16string target = relationship.getTargetURI().toString();
     const bool isEmpty = opc::model::trimXmlSpace(target).empty();
     if (!isEmpty && isIriReference(target)) return;
-    add(211, relationship,
+    add(kBadExternalTarget, relationship,
         isEmpty ? "its external target is empty"
                 : "its external target " + quoted(target) + " is no IRI",
         "RL-10");
@@ -92,12 +93,13 @@ class RelationshipsCheck {
     const Relationship& relationship = entry.relationship;
     const std::string target = quoted(relationship.getTargetURI().toString());
     if (entry.mended) {
-      add(225, relationship, "its target is not spelled as the part name " + target, "RL-8");
+      add(kOddTarget, relationship, "its target is not spelled as the part name " + target, "RL-8");
     }
     const auto part = findTarget(packaging_.index, relationship);
     if (!part) {
       if (!isCore(relationship)) {
-        add(210, relationship, "its target " + target + " is not in the package", "RL-11");
+        add(kMissingTarget, relationship, "its target " + target + " is not in the package",
+            "RL-11");
       }
       return;
     }
@@ -105,7 +107,7 @@ class RelationshipsCheck {
     if (!isThumbnail || !packaging_.isPart(*part)) return;
     const opc::model::ContentType* type = packaging_.types.find(packaging_.index.name(*part));
     if (isOfImage(*type)) return;
-    add(227, relationship,
+    add(kThumbnailNotImage, relationship,
         "the thumbnail " + target + " has the content type " + quoted(type->ascii()), "TH-1");
   }
 
@@ -117,9 +119,9 @@ class RelationshipsCheck {
     if (isCore(relationship)) packaging_.coreProperties = relationship;
   }
 
-  void add(std::uint16_t number, const Relationship& relationship, const std::string& why,
+  void add(FindingId id, const Relationship& relationship, const std::string& why,
            const char* rule) {
-    addFinding(packaging_.report, number, name_,
+    addFinding(packaging_.report, id, name_,
                "relationship " + quoted(relationship.getId()) + ": " + why, rule);
   }
 

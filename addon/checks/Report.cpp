@@ -5,10 +5,19 @@
 
 namespace addon::checks {
 
-void Report::add(Finding finding) {
-  const FindingInfo* info = findInfo(finding.number);
-  ++(info != nullptr && info->severity == Severity::Warning ? warnings_ : errors_);
-  if (++counts_[finding.number] <= kMostKept) findings_.push_back(std::move(finding));
+std::string idOf(std::uint16_t number) {
+  return "KR" + std::to_string(number);
+}
+
+std::string_view nameOf(Severity severity) {
+  return severity == Severity::Error ? "error" : "warning";
+}
+
+void Report::add(FindingId id, std::string part, std::string message, std::size_t line,
+                 std::string rule) {
+  ++(id.severity == Severity::Warning ? warnings_ : errors_);
+  if (++counts_[id.number] > kMostKept) return;
+  findings_.push_back({id, std::move(part), std::move(message), line, std::move(rule)});
 }
 
 std::size_t Report::count(std::uint16_t number) const {

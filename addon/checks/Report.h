@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <string>
 #include <vector>
 
 #include "addon/checks/Finding.h"
@@ -16,7 +17,8 @@ class Report {
  public:
   static constexpr std::size_t kMostKept = 1000;
 
-  void add(Finding finding);
+  void add(FindingId id, std::string part, std::string message, std::size_t line = 0,
+           std::string rule = {});
 
   /// In the order in which they were found.
   const std::vector<Finding>& findings() const { return findings_; }
@@ -24,6 +26,8 @@ class Report {
   std::size_t warnings() const { return warnings_; }
   /// How many findings of an id there were, those that were not kept included.
   std::size_t count(std::uint16_t number) const;
+  /// Whether another finding of this id would be kept.
+  bool keeps(FindingId id) const { return count(id.number) < kMostKept; }
 
  private:
   std::vector<Finding> findings_;

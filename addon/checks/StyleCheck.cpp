@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "addon/checks/AddonChecks.h"
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Readable.h"
 #include "opc/ByteCount.h"
 
@@ -31,10 +32,9 @@ void checkTimes(AddonPackage& package, Report& report) {
     const opc::model::PartInfo info = model.partInfo(part);
     if (info.modified <= latest) return;
     const std::int64_t days = (info.modified - latest + kTolerance) / kTolerance;
-    report.add({513, "/" + std::string(info.itemName),
-                "the entry's time is " + opc::counted(static_cast<std::uint64_t>(days), "day") +
-                    " in the future",
-                "", 0});
+    report.add(kFutureTime, "/" + std::string(info.itemName),
+               "the entry's time is " + opc::counted(static_cast<std::uint64_t>(days), "day") +
+                   " in the future");
   });
 }
 

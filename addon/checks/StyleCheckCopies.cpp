@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/StyleCheck.h"
@@ -69,10 +70,9 @@ void checkGroup(opc::plservices::FileSystemManager& files, Iterator first, Itera
     if (!isReadable([&] { hash = hashOf(*files.openFile(first->file)); })) continue;
     const auto [original, isNew] = seen.emplace(hash, &first->file);
     if (isNew) continue;
-    report.add({512, first->file.path(),
-                "the file is the same as " + quoted(original->second->path()) + ", " +
-                    std::to_string(first->size) + " bytes",
-                "", 0});
+    report.add(kDuplicateContent, first->file.path(),
+               "the file is the same as " + quoted(original->second->path()) + ", " +
+                   std::to_string(first->size) + " bytes");
   }
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/CaselessTree.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
@@ -17,7 +18,7 @@ using packaging::AddonPackage;
 
 namespace {
 
-constexpr std::uint64_t kLargeFile = 10u << 20;  // bytes
+constexpr std::uint64_t kLargeSize = 10u << 20;  // bytes
 constexpr std::size_t kKeySearch = 8192;         // bytes at the start of a file
 
 class FileCheck {
@@ -30,18 +31,18 @@ class FileCheck {
   void run() {
     const CaselessTree tree(files_, [this](const FileSystemEntry& entry,
                                            const FileSystemEntry* same) { visit(entry, same); });
-    if (count_ == 0) report_.add({511, "", "the add-on has no files", "", 0});
+    if (count_ == 0) report_.add(kNoFiles, "", "the add-on has no files");
   }
 
  private:
   void visit(const FileSystemEntry& entry, const FileSystemEntry* same) {
     const std::string name = entry.name();
     if (same != nullptr) {
-      const std::string other = isKept(514) ? same->path() : std::string();
-      add(514, entry, "only the case of letters tells it from " + quoted(other));
+      const std::string other = report_.keeps(kCaseClash) ? same->path() : std::string();
+      add(kCaseClash, entry, "only the case of letters tells it from " + quoted(other));
     }
     if (const auto fault = findPortabilityFault(name); !fault.empty()) {
-      add(507, entry,
+      add(kNotPortable, entry,
           "the name " + quoted(name) + " does not go everywhere: " + std::string(fault));
     }
     checkExcluded(entry, name);
@@ -51,7 +52,7 @@ class FileCheck {
   // The default patterns look at a name alone. A folder stands for what is in it.
   void checkExcluded(const FileSystemEntry& entry, const std::string& name) {
     if (!excludes_.excludes(name, !entry.isFile())) return;
-    add(508, entry,
+    add(kExcludedFile, entry,
         entry.isFile() ? "add-ons are built without files like this"
                        : "add-ons are built without folders like this");
   }
@@ -59,13 +60,13 @@ class FileCheck {
   void checkFile(const FileSystemEntry& file, const std::string& name) {
     ++count_;
     const std::uint64_t size = file.info().size;
-    if (size > kLargeFile) {
-      add(510, file, "the file has " + std::to_string(size) + " bytes, more than 10 MiB");
+    if (size > kLargeSize) {
+      add(kLargeFile, file, "the file has " + std::to_string(size) + " bytes, more than 10 MiB");
     }
     if (isSecretName(name)) {
-      add(509, file, "files named " + quoted(name) + " are for passwords and keys");
+      add(kSecret, file, "files named " + quoted(name) + " are for passwords and keys");
     } else if (isKeyName(name) && holdsPrivateKey(file)) {
-      add(509, file, "the file holds a private key");
+      add(kSecret, file, "the file holds a private key");
     }
   }
 
@@ -84,11 +85,9 @@ class FileCheck {
   }
 
   // Paths are long in a hostile package, so those that the report drops are never put together.
-  bool isKept(std::uint16_t number) const { return report_.count(number) < Report::kMostKept; }
-
-  void add(std::uint16_t number, const FileSystemEntry& entry, const std::string& message) {
-    const std::string path = isKept(number) ? entry.path() : std::string();
-    report_.add({number, path, message, "", 0});
+  void add(FindingId id, const FileSystemEntry& entry, const std::string& message) {
+    const std::string path = report_.keeps(id) ? entry.path() : std::string();
+    report_.add(id, path, message);
   }
 
   opc::plservices::FileSystemManager& files_;

@@ -2,6 +2,7 @@
 #include <string>
 #include <string_view>
 
+#include "addon/checks/AddonFindings.h"
 #include "addon/checks/Destination.h"
 #include "addon/checks/Guid.h"
 #include "addon/checks/Quoting.h"
@@ -36,7 +37,7 @@ bool isBlank(std::u16string_view text) {
 void checkLicense(AddonPackage& package, Report& report) {
   const std::u16string type = packaging::AddonLicense().relationshipType;
   if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
-    return report.add({501, "", "the add-on has no license", "", 0});
+    return report.add(kNoLicense, "", "the add-on has no license");
   }
   ReadableDocument document(package, type);
   if (document.text() == nullptr) return;
@@ -45,7 +46,8 @@ void checkLicense(AddonPackage& package, Report& report) {
   std::u16string text;
   XercesHelper::getElementText(terms, text);
   if (!isBlank(text)) return;
-  report.add({501, document.part(), "the license has no text", "", document.text()->lineOf(terms)});
+  report.add(kNoLicense, document.part(), "the license has no text",
+             document.text()->lineOf(terms));
 }
 
 // N.N, N.N.N and so on.
@@ -63,14 +65,14 @@ bool isPlainVersion(std::u16string_view version) {
 
 struct WantedText {
   std::u16string AddonProperties::*member;
-  std::uint16_t number;
+  FindingId id;
   const char* message;
 };
 constexpr WantedText kWantedTexts[] = {
-    {&AddonProperties::summary, 502, "the add-on has no summary"},
-    {&AddonProperties::description, 502, "the add-on has no description"},
-    {&AddonProperties::authorName, 503, "the add-on has no author"},
-    {&AddonProperties::authorContact, 503, "the add-on's author has no contact"},
+    {&AddonProperties::summary, kNoSummary, "the add-on has no summary"},
+    {&AddonProperties::description, kNoSummary, "the add-on has no description"},
+    {&AddonProperties::authorName, kNoAuthor, "the add-on has no author"},
+    {&AddonProperties::authorContact, kNoAuthor, "the add-on's author has no contact"},
 };
 
 void checkProperties(AddonPackage& package, Report& report) {
@@ -79,19 +81,18 @@ void checkProperties(AddonPackage& package, Report& report) {
   if (follow(package.logicalPackage(), properties.relationshipType).kind == Kind::Several) return;
   if (!isReadable([&] { package.getAddonProperties(properties); })) return;
   for (const WantedText& wanted : kWantedTexts) {
-    if (isBlank(properties.*wanted.member)) report.add({wanted.number, "", wanted.message, "", 0});
+    if (isBlank(properties.*wanted.member)) report.add(wanted.id, "", wanted.message);
   }
   const std::u16string_view version = trimXmlSpace(properties.version);
   if (version.empty() || isPlainVersion(version)) return;
-  report.add({506, "",
-              "version " + quoted(version) + ": it is not made of numbers with dots between them",
-              "", 0});
+  report.add(kOddVersion, "",
+             "version " + quoted(version) + ": it is not made of numbers with dots between them");
 }
 
 void checkAddonGuid(AddonPackage& package, Report& report) {
   const std::u16string type = AddonProperties().relationshipType;
   if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
-    return report.add({505, "", "the add-on has no GUID", "", 0});
+    return report.add(kNotGuid, "", "the add-on has no GUID");
   }
   ReadableDocument document(package, type);
   if (document.text() == nullptr) return;
@@ -100,8 +101,8 @@ void checkAddonGuid(AddonPackage& package, Report& report) {
   std::u16string guid;
   // Without the element the document is at fault.
   if (!XercesHelper::getElementText(identifier, guid) || isGuid(guid)) return;
-  report.add({505, document.part(), "the add-on's GUID is " + quoted(guid), "",
-              document.text()->lineOf(identifier)});
+  report.add(kNotGuid, document.part(), "the add-on's GUID is " + quoted(guid),
+             document.text()->lineOf(identifier));
 }
 
 void checkAppGuids(AddonPackage& package, Report& report) {
@@ -113,15 +114,15 @@ void checkAppGuids(AddonPackage& package, Report& report) {
     XercesHelper::getElementAttribute(app, AppsXml::kGuid, guid);
     XercesHelper::getElementAttribute(app, AppsXml::kName, name);
     if (isGuid(guid)) continue;
-    report.add({505, apps.part(), "the GUID of the app " + quoted(name) + " is " + quoted(guid), "",
-                apps.text()->lineOf(app)});
+    report.add(kNotGuid, apps.part(), "the GUID of the app " + quoted(name) + " is " + quoted(guid),
+               apps.text()->lineOf(app));
   }
 }
 
 void checkHasScreenshot(AddonPackage& package, Report& report) {
   const std::u16string type = packaging::ScreenshotPart::relationshipType();
   if (follow(package.logicalPackage(), type).kind != Kind::Nowhere) return;
-  report.add({504, "", "the add-on has no screenshot", "", 0});
+  report.add(kNoScreenshot, "", "the add-on has no screenshot");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "addon/checks/CheckedContainer.h"
 #include "addon/checks/ContainerCheck.h"
 #include "addon/checks/PackageFinding.h"
+#include "addon/checks/PackageFindings.h"
 #include "addon/checks/PackagingCheck.h"
 #include "opc/Text.h"
 #include "opc/zippackage/EndOfDirectory.h"
@@ -23,9 +24,9 @@ using opc::zippackage::ZipDirectory;
 
 namespace {
 
-std::uint16_t numberOf(std::string_view rule) {
-  if (rule == "ZP-6") return 108;
-  return rule == "ZP-9" || rule == "ZP-14" ? 109 : 101;
+FindingId findingOf(std::string_view rule) {
+  if (rule == "ZP-6") return kUnsupportedPacking;
+  return rule == "ZP-9" || rule == "ZP-14" ? kInconsistentRecords : kNotZip;
 }
 
 // Checking takes some six times as much memory.
@@ -41,9 +42,9 @@ std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& repor
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::FormatError& fault) {
-    addFinding(report, numberOf(fault.rule()), "", fault.what(), fault.rule());
+    addFinding(report, findingOf(fault.rule()), "", fault.what(), fault.rule());
   } catch (const opc::Exception& fault) {
-    addFinding(report, 101, "", fault.what(), "ZP-16");
+    addFinding(report, kNotZip, "", fault.what(), "ZP-16");
   }
   if (size <= kLargestDirectory) return std::nullopt;
   throw opc::Exception(opc::ErrorCode::TooLarge,
@@ -59,10 +60,10 @@ void checkAddon(const std::string& path, Report& report) {
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::FormatError& fault) {
-    if (report.errors() == 0) addFinding(report, 201, "", fault.what(), fault.rule());
+    if (report.errors() == 0) addFinding(report, kBadContentTypes, "", fault.what(), fault.rule());
     return;
   } catch (const opc::Exception& fault) {
-    if (report.errors() == 0) addFinding(report, 201, "", fault.what(), "");
+    if (report.errors() == 0) addFinding(report, kBadContentTypes, "", fault.what(), "");
     return;
   }
   checkDocuments(package, report);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "addon/checks/Catalogue.h"
+#include "addon/checks/AddonFindings.h"
 #include "tests/addon/checks/FindingCases.h"
 
 using addon::checks::addonFindings;
@@ -28,7 +28,7 @@ TEST(AddonFindings, EachOneIsDrawnBySomeTest) {
   }
 
   std::set<std::uint16_t> known;
-  for (const FindingInfo& info : addonFindings()) known.insert(info.number);
+  for (const FindingInfo& info : addonFindings()) known.insert(info.id.number);
 
   EXPECT_EQ(drawn, known);
 }
@@ -36,16 +36,17 @@ TEST(AddonFindings, EachOneIsDrawnBySomeTest) {
 TEST(AddonFindings, TheCatalogueRisesFrom301To514) {
   const auto infos = addonFindings();
 
-  EXPECT_TRUE(std::is_sorted(infos.begin(), infos.end(),
-                             [](const auto& a, const auto& b) { return a.number <= b.number; }));
+  EXPECT_TRUE(std::is_sorted(infos.begin(), infos.end(), [](const auto& a, const auto& b) {
+    return a.id.number <= b.id.number;
+  }));
   EXPECT_EQ(infos.size(), 42u);
-  EXPECT_EQ(infos.front().number, 301);
-  EXPECT_EQ(infos.back().number, 514);
+  EXPECT_EQ(infos.front().id.number, 301);
+  EXPECT_EQ(infos.back().id.number, 514);
 }
 
 TEST(AddonFindings, EveryEntryHasATitleSentencesAndARemedy) {
   for (const FindingInfo& info : addonFindings()) {
-    SCOPED_TRACE(info.number);
+    SCOPED_TRACE(info.id.number);
     EXPECT_FALSE(info.title.empty() || info.title.ends_with('.'));
     EXPECT_GT(info.explanation.size(), info.title.size());
     EXPECT_TRUE(info.explanation.ends_with('.'));
@@ -55,7 +56,7 @@ TEST(AddonFindings, EveryEntryHasATitleSentencesAndARemedy) {
 
 TEST(AddonFindings, NoStyleFindingIsAnError) {
   for (const FindingInfo& info : addonFindings()) {
-    const bool isError = info.severity == addon::checks::Severity::Error;
-    EXPECT_FALSE(info.number > 500 && isError) << info.number;
+    const bool isError = info.id.severity == addon::checks::Severity::Error;
+    EXPECT_FALSE(info.id.number > 500 && isError) << info.id.number;
   }
 }

@@ -199,14 +199,14 @@ Report AddonUnderTest::check() const {
 
 std::set<std::uint16_t> numbersIn(const Report& report) {
   std::set<std::uint16_t> numbers;
-  for (const Finding& finding : report.findings()) numbers.insert(finding.number);
+  for (const Finding& finding : report.findings()) numbers.insert(finding.id.number);
   return numbers;
 }
 
 std::string describe(const Report& report) {
   std::string text;
   for (const Finding& finding : report.findings()) {
-    text += addon::checks::idOf(finding.number) + ": " + finding.part + ":" +
+    text += addon::checks::idOf(finding.id.number) + ": " + finding.part + ":" +
             std::to_string(finding.line) + ": " + finding.message + "\n";
   }
   return text;

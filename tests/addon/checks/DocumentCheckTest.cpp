@@ -278,7 +278,7 @@ TEST(DocumentCheck, AFindingNamesThePartAndTheLineOfTheElement) {
 
   ASSERT_EQ(report.count(304), 1u) << test::describe(report);
   const auto& finding = report.findings().front();
-  EXPECT_EQ(finding.number, 304);
+  EXPECT_EQ(finding.id.number, 304);
   EXPECT_EQ(finding.part, "/metadata/applications.xml");
   EXPECT_EQ(finding.line, 9u);
   EXPECT_THAT(finding.message, testing::HasSubstr("'odd'"));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "addon/checks/Catalogue.h"
+#include "addon/checks/PackageFindings.h"
 #include "tests/addon/checks/PackageUnderTest.h"
 
 using addon::checks::Finding;
@@ -32,8 +33,8 @@ std::vector<PackageCase> allCases() {
 std::string shown(const Report& report) {
   std::string text;
   for (const Finding& one : report.findings()) {
-    text +=
-        std::to_string(one.number) + " " + one.rule + " '" + one.part + "' " + one.message + "\n";
+    text += std::to_string(one.id.number) + " " + one.rule + " '" + one.part + "' " + one.message +
+            "\n";
   }
   return text;
 }
@@ -54,10 +55,10 @@ TEST_P(PackageFinding, IsTheOnlyOneDrawn) {
   const Report report = package.check();
 
   ASSERT_EQ(report.findings().size(), tested.count) << shown(report);
-  for (const Finding& finding : report.findings()) EXPECT_EQ(finding.number, tested.number);
+  for (const Finding& finding : report.findings()) EXPECT_EQ(finding.id.number, tested.number);
   EXPECT_EQ(report.findings().front().rule, tested.rule) << shown(report);
   EXPECT_EQ(report.findings().front().part, tested.part) << shown(report);
-  const bool isError = addon::checks::findInfo(tested.number)->severity == Severity::Error;
+  const bool isError = addon::checks::findInfo(tested.number)->id.severity == Severity::Error;
   EXPECT_EQ(report.errors(), isError ? tested.count : 0);
   EXPECT_EQ(report.warnings(), isError ? 0 : tested.count);
 }
@@ -69,7 +70,7 @@ TEST(PackageFindings, EachOneIsDrawnBySomeTest) {
   for (const PackageCase& one : allCases()) drawn.insert(one.number);
 
   std::set<std::uint16_t> known;
-  for (const FindingInfo& info : packageFindings()) known.insert(info.number);
+  for (const FindingInfo& info : packageFindings()) known.insert(info.id.number);
 
   EXPECT_EQ(drawn, known);
 }
@@ -79,7 +80,7 @@ TEST(PackageFindings, TheirSeveritiesStayAsTheyWerePublished) {
                                        205, 206, 207, 208, 209, 212, 213, 214, 218, 219};
   std::set<std::uint16_t> found;
   for (const FindingInfo& info : packageFindings()) {
-    if (info.severity == Severity::Error) found.insert(info.number);
+    if (info.id.severity == Severity::Error) found.insert(info.id.number);
   }
 
   EXPECT_EQ(found, errors);
@@ -88,7 +89,7 @@ TEST(PackageFindings, TheirSeveritiesStayAsTheyWerePublished) {
 
 TEST(PackageFindings, EveryEntryHasATitleSentencesAndARemedy) {
   for (const FindingInfo& info : packageFindings()) {
-    SCOPED_TRACE(info.number);
+    SCOPED_TRACE(info.id.number);
     EXPECT_FALSE(info.title.empty() || info.title.ends_with('.'));
     EXPECT_GT(info.explanation.size(), info.title.size());
     EXPECT_TRUE(info.explanation.ends_with('.'));

@@ -27,7 +27,7 @@ namespace {
 
 std::set<std::uint16_t> numbersOf(const Report& report) {
   std::set<std::uint16_t> numbers;
-  for (const Finding& finding : report.findings()) numbers.insert(finding.number);
+  for (const Finding& finding : report.findings()) numbers.insert(finding.id.number);
   return numbers;
 }
 

@@ -26,7 +26,7 @@ Report verified(const std::string& bytes, Scope scope = Scope::AnyPackage) {
 std::string shown(const Report& report) {
   std::string text;
   for (const Finding& one : report.findings()) {
-    text += addon::checks::idOf(one.number) + " " + one.rule + " '" + one.part.substr(0, 200) +
+    text += addon::checks::idOf(one.id.number) + " " + one.rule + " '" + one.part.substr(0, 200) +
             "' " + one.message.substr(0, 400) + "\n";
   }
   return text;
@@ -37,7 +37,7 @@ std::set<std::string> worstRules(const Report& report) {
   const Severity worst = report.errors() != 0 ? Severity::Error : Severity::Warning;
   std::set<std::string> rules;
   for (const Finding& one : report.findings()) {
-    if (addon::checks::findInfo(one.number)->severity == worst) rules.insert(one.rule);
+    if (one.id.severity == worst) rules.insert(one.rule);
   }
   return rules;
 }
