@@ -21,13 +21,17 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"},
-    OperandSpec{"FILE", "files, or folders with all below them", true, true}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{
+        .name = "FILE", .help = "files, or folders with all below them", .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{"into", 0, "PATH", "the folder of the package to put them into"},
-    OptionSpec{"as", 0, "PATH", "the path of one file in the package"},
-    OptionSpec{"replace", 0, "", "replace files that the package holds already"},
+    OptionSpec{.longName = "into",
+               .valueName = "PATH",
+               .help = "the folder of the package to put them into"},
+    OptionSpec{
+        .longName = "as", .valueName = "PATH", .help = "the path of one file in the package"},
+    OptionSpec{.longName = "replace", .help = "replace files that the package holds already"},
     kExcludeOption,
     kDefaultExcludesOption,
     kFollowOption,
@@ -180,15 +184,16 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kAddCommand{
-    "add",
-    "adds files and folders",
-    "A file goes in under its own name, a folder under its name with every file and\n"
-    "every empty folder below it; of '.' and '..' the content goes in. Patterns in the\n"
-    "folder's .kraddonignore are left out too. A path that is taken is an error, and\n"
-    "nothing is changed.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "add",
+    .summary = "adds files and folders",
+    .description =
+        "A file goes in under its own name, a folder under its name with every file and\n"
+        "every empty folder below it; of '.' and '..' the content goes in. Patterns in the\n"
+        "folder's .kraddonignore are left out too. A path that is taken is an error, and\n"
+        "nothing is changed.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

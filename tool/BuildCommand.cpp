@@ -39,16 +39,20 @@ using addon::checks::Report;
 using addon::packaging::AddonProperties;
 using opc::zippackage::WriteOptions;
 
-constexpr std::array kOperands{OperandSpec{"FOLDER", "the project (default: .)", false}};
+constexpr std::array kOperands{
+    OperandSpec{.name = "FOLDER", .help = "the project (default: .)", .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{"output", 'o', "PACKAGE", "the file to make (default: NAME-VERSION.kraddon)"},
-    OptionSpec{"force", 0, "", "replace an existing file"},
+    OptionSpec{.longName = "output",
+               .shortName = 'o',
+               .valueName = "PACKAGE",
+               .help = "the file to make (default: NAME-VERSION.kraddon)"},
+    OptionSpec{.longName = "force", .help = "replace an existing file"},
     kExcludeOption,
     kFollowOption,
-    OptionSpec{"dry-run", 0, "", "print what would go in, write nothing"},
-    OptionSpec{"strict", 0, "", "warnings stop the build, too"},
-    OptionSpec{"no-verify", 0, "", "do not check the result"},
+    OptionSpec{.longName = "dry-run", .help = "print what would go in, write nothing"},
+    OptionSpec{.longName = "strict", .help = "warnings stop the build, too"},
+    OptionSpec{.longName = "no-verify", .help = "do not check the result"},
     kJsonOption,
     kTimestampOption,
     kLevelOption};
@@ -269,17 +273,18 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kBuildCommand{
-    "build",
-    "makes the package of a project from its kraddon.toml",
-    "Packs the files of FOLDER with all that its manifest, kraddon.toml, says. What the\n"
-    "manifest names has to be there. The result is checked as 'verify' does before it is\n"
-    "put in place: errors and secrets (KR509) keep it out, with --strict warnings do too.\n"
-    "With --no-verify only the manifest and what it refers to is checked. --dry-run checks\n"
-    "what can be checked without a package. Without --timestamp, and without\n"
-    "SOURCE_DATE_EPOCH in the environment, files keep their own times.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "build",
+    .summary = "makes the package of a project from its kraddon.toml",
+    .description =
+        "Packs the files of FOLDER with all that its manifest, kraddon.toml, says. What the\n"
+        "manifest names has to be there. The result is checked as 'verify' does before it is\n"
+        "put in place: errors and secrets (KR509) keep it out, with --strict warnings do too.\n"
+        "With --no-verify only the manifest and what it refers to is checked. --dry-run checks\n"
+        "what can be checked without a package. Without --timestamp, and without\n"
+        "SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -24,13 +24,22 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"GATEWAY", "the name of a gateway", true, false, gatewayNames, nullptr,
-                "'kraddon help call' lists them"},
-    OperandSpec{"ARG", "a JSON value, @FILE with one in it, or plain text", false, true}};
+    OperandSpec{.name = "GATEWAY",
+                .help = "the name of a gateway",
+                .choices = gatewayNames,
+                .hint = "'kraddon help call' lists them"},
+    OperandSpec{.name = "ARG",
+                .help = "a JSON value, @FILE with one in it, or plain text",
+                .isRequired = false,
+                .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{"nlhs", 0, "N", "how many outputs to ask for (default: what the gateway allows)"},
-    OptionSpec{"library", 0, "FILE", "the shared library (default: the one beside the program)"}};
+    OptionSpec{.longName = "nlhs",
+               .valueName = "N",
+               .help = "how many outputs to ask for (default: what the gateway allows)"},
+    OptionSpec{.longName = "library",
+               .valueName = "FILE",
+               .help = "the shared library (default: the one beside the program)"}};
 
 constexpr std::string_view kDescription =
     "The gateways are addonCreatePackage, addonSetProperties, addonGetProperties,\n"
@@ -149,9 +158,12 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kCallCommand{
-    "call",       "calls one gateway of the shared library, as the host does",
-    kDescription, kOperands,
-    kOptions,     run,
-    kExamples};
+    .name = "call",
+    .summary = "calls one gateway of the shared library, as the host does",
+    .description = kDescription,
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

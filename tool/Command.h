@@ -20,13 +20,13 @@ using ChoicesAfter = std::vector<std::string> (*)(std::span<const std::string> o
 // What values are called says what they are, to completion too: PACKAGE, FILE, FOLDER and DIR are
 // on the disk, PATH is in the package that the line names.
 
-/// An option: what parses it, what describes it. "" and 0 stand for no such name.
+/// An option, as it is parsed and described.
 struct OptionSpec {
-  std::string_view longName;   ///< without the dashes
-  char shortName = 0;          ///< without the dash
-  std::string_view valueName;  ///< how help calls its value; "" for a flag
-  std::string_view help;       ///< one line
-  bool isRepeatable = false;   ///< may be given several times
+  std::string_view longName;        ///< without the dashes
+  char shortName = 0;               ///< without the dash; 0 if it has none
+  std::string_view valueName = {};  ///< how help calls its value; "" for a flag
+  std::string_view help;            ///< one line
+  bool isRepeatable = false;        ///< may be given several times
   bool isRequired = false;
   Choices choices = nullptr;  ///< null when it may be anything
 };
@@ -50,11 +50,11 @@ struct ExampleSpec {
 /// A command. Parsing, help, completion and manual all come from this one description.
 struct CommandSpec {
   std::string_view name;
-  std::string_view summary;      ///< one line
-  std::string_view description;  ///< paragraphs for its own help; may be empty
-  std::span<const OperandSpec> operands;
-  std::span<const OptionSpec> options;
-  ExitCode (*run)(const Invocation& invocation);
+  std::string_view summary;           ///< one line
+  std::string_view description = {};  ///< paragraphs for its own help
+  std::span<const OperandSpec> operands = {};
+  std::span<const OptionSpec> options = {};
+  ExitCode (*run)(const Invocation& invocation) = nullptr;
   std::span<const ExampleSpec> examples = {};
   ExitCode failureCode = ExitCode::Failed;  ///< of whatever goes wrong but wrong usage
 };
@@ -84,22 +84,28 @@ extern const CommandSpec kVerifyCommand;
 /// The names of the metadata documents.
 std::vector<std::string> documentNames();
 
-// Operands and options that several commands share, said once.
+// Operands and options that several commands share.
 inline constexpr OperandSpec kDocumentOperand{
-    "DOCUMENT", "properties, license, configuration, apps, examples, revisions or requirements",
-    true, false, documentNames};
+    .name = "DOCUMENT",
+    .help = "properties, license, configuration, apps, examples, revisions or requirements",
+    .choices = documentNames};
 inline constexpr OptionSpec kDefaultExcludesOption{
-    "default-excludes", 0, "", "leave out files of version control and editors"};
-inline constexpr OptionSpec kDryRunOption{"dry-run", 0, "",
-                                          "print what would be done, change nothing"};
-inline constexpr OptionSpec kExcludeOption{"exclude", 0, "GLOB",
-                                           "leave out what matches, as in gitignore", true};
-inline constexpr OptionSpec kFollowOption{"follow", 0, "", "follow links that lead out of FOLDER"};
-inline constexpr OptionSpec kJsonOption{"json", 0, "", "print one JSON value"};
-inline constexpr OptionSpec kGlobOption{"glob", 0, "", "take each PATH as a pattern"};
-inline constexpr OptionSpec kTimestampOption{"timestamp", 0, "SECONDS",
-                                             "time of everything written, in seconds since 1970"};
-inline constexpr OptionSpec kLevelOption{"level", 0, "0..9",
-                                         "how hard to pack; 0 stores, default 6"};
+    .longName = "default-excludes", .help = "leave out files of version control and editors"};
+inline constexpr OptionSpec kDryRunOption{.longName = "dry-run",
+                                          .help = "print what would be done, change nothing"};
+inline constexpr OptionSpec kExcludeOption{.longName = "exclude",
+                                           .valueName = "GLOB",
+                                           .help = "leave out what matches, as in gitignore",
+                                           .isRepeatable = true};
+inline constexpr OptionSpec kFollowOption{.longName = "follow",
+                                          .help = "follow links that lead out of FOLDER"};
+inline constexpr OptionSpec kJsonOption{.longName = "json", .help = "print one JSON value"};
+inline constexpr OptionSpec kGlobOption{.longName = "glob", .help = "take each PATH as a pattern"};
+inline constexpr OptionSpec kTimestampOption{
+    .longName = "timestamp",
+    .valueName = "SECONDS",
+    .help = "time of everything written, in seconds since 1970"};
+inline constexpr OptionSpec kLevelOption{
+    .longName = "level", .valueName = "0..9", .help = "how hard to pack; 0 stores, default 6"};
 
 }  // namespace tool

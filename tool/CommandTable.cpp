@@ -36,19 +36,24 @@ const CommandSpec& findCommand(std::string_view name) {
 
 std::span<const OptionSpec> commonOptions() {
   static constexpr std::array kOptions{
-      OptionSpec{"quiet", 'q', "", "no progress, no warnings"},
-      OptionSpec{"verbose", 'v', "", "say more on standard error"},
-      OptionSpec{"color", 0, "WHEN", "colours on a terminal: auto, always or never", false, false,
-                 colorModes},
-      OptionSpec{"help", 'h', "", "show this help"},
+      OptionSpec{.longName = "quiet", .shortName = 'q', .help = "no progress, no warnings"},
+      OptionSpec{.longName = "verbose", .shortName = 'v', .help = "say more on standard error"},
+      OptionSpec{.longName = "color",
+                 .valueName = "WHEN",
+                 .help = "colours on a terminal: auto, always or never",
+                 .choices = colorModes},
+      OptionSpec{.longName = "help", .shortName = 'h', .help = "show this help"},
   };
   return kOptions;
 }
 
 std::span<const OptionSpec> leadingOptions() {
   static constexpr std::array kOptions{
-      OptionSpec{"directory", 'C', "DIR", "work as if started in DIR"},
-      OptionSpec{"version", 0, "", "show the version"},
+      OptionSpec{.longName = "directory",
+                 .shortName = 'C',
+                 .valueName = "DIR",
+                 .help = "work as if started in DIR"},
+      OptionSpec{.longName = "version", .help = "show the version"},
   };
   return kOptions;
 }

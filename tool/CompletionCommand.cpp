@@ -11,10 +11,12 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"SHELL", "bash, zsh or fish", true, false, completionShells},
-    OperandSpec{"WORD",
-                "what was typed up to the cursor, without quotes: the script asks what fits", false,
-                true}};
+    OperandSpec{.name = "SHELL", .help = "bash, zsh or fish", .choices = completionShells},
+    OperandSpec{
+        .name = "WORD",
+        .help = "what was typed up to the cursor, without quotes: the script asks what fits",
+        .isRequired = false,
+        .isRepeatable = true}};
 
 constexpr std::string_view kDescription =
     "Prints the script that lets the shell complete commands, options, names, files, and paths "
@@ -57,9 +59,11 @@ ExitCode run(const Invocation& invocation) {
 }  // namespace
 
 constexpr CommandSpec kCompletionCommand{
-    "completion", "prints the script that completes lines in a shell",
-    kDescription, kOperands,
-    {},           run,
-    kExamples};
+    .name = "completion",
+    .summary = "prints the script that completes lines in a shell",
+    .description = kDescription,
+    .operands = kOperands,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

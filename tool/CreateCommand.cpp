@@ -19,24 +19,28 @@ namespace {
 
 using addon::packaging::AddonProperties;
 
-constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the file to make"},
-    OperandSpec{"FOLDER", "the folder whose files and empty folders go in", false}};
+constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the file to make"},
+                               OperandSpec{.name = "FOLDER",
+                                           .help = "the folder whose files and empty folders go in",
+                                           .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{"name", 0, "TEXT", "the add-on's name", false, true},
-    OptionSpec{"version", 0, "TEXT", "its version, default 1.0"},
-    OptionSpec{"summary", 0, "TEXT", "what it is, in one line"},
-    OptionSpec{"description", 0, "TEXT", "what it is, at length"},
-    OptionSpec{"author", 0, "TEXT", "the author's name"},
-    OptionSpec{"contact", 0, "TEXT", "how to reach the author"},
-    OptionSpec{"organization", 0, "TEXT", "the author's organization"},
-    OptionSpec{"guid", 0, "TEXT",
-               "its GUID (default: a fresh one, or with a fixed time the name's)"},
+    OptionSpec{
+        .longName = "name", .valueName = "TEXT", .help = "the add-on's name", .isRequired = true},
+    OptionSpec{.longName = "version", .valueName = "TEXT", .help = "its version, default 1.0"},
+    OptionSpec{.longName = "summary", .valueName = "TEXT", .help = "what it is, in one line"},
+    OptionSpec{.longName = "description", .valueName = "TEXT", .help = "what it is, at length"},
+    OptionSpec{.longName = "author", .valueName = "TEXT", .help = "the author's name"},
+    OptionSpec{.longName = "contact", .valueName = "TEXT", .help = "how to reach the author"},
+    OptionSpec{
+        .longName = "organization", .valueName = "TEXT", .help = "the author's organization"},
+    OptionSpec{.longName = "guid",
+               .valueName = "TEXT",
+               .help = "its GUID (default: a fresh one, or with a fixed time the name's)"},
     kExcludeOption,
     kDefaultExcludesOption,
     kFollowOption,
-    OptionSpec{"force", 0, "", "replace an existing file"},
+    OptionSpec{.longName = "force", .help = "replace an existing file"},
     kTimestampOption,
     kLevelOption};
 
@@ -90,14 +94,15 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kCreateCommand{
-    "create",
-    "makes a new package",
-    "Every file and every empty folder below FOLDER goes in under its path there.\n"
-    "Patterns in FOLDER/.kraddonignore are left out too. Without --timestamp, and\n"
-    "without SOURCE_DATE_EPOCH in the environment, files keep their own times.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "create",
+    .summary = "makes a new package",
+    .description =
+        "Every file and every empty folder below FOLDER goes in under its path there.\n"
+        "Patterns in FOLDER/.kraddonignore are left out too. Without --timestamp, and\n"
+        "without SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -24,15 +24,17 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"A", "a package, or a folder with a manifest"},
-    OperandSpec{"B", "what it is compared with, one of the same"},
-    OperandSpec{"PATH", "compare these files, or what is below these folders, and nothing else",
-                false, true}};
+    OperandSpec{.name = "A", .help = "a package, or a folder with a manifest"},
+    OperandSpec{.name = "B", .help = "what it is compared with, one of the same"},
+    OperandSpec{.name = "PATH",
+                .help = "compare these files, or what is below these folders, and nothing else",
+                .isRequired = false,
+                .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    kJsonOption, OptionSpec{"stat", 0, "", "print how much differs, not what"},
-    OptionSpec{"text", 0, "",
-               "with the lines in which text files differ, as 'patch -p1' takes them"},
+    kJsonOption, OptionSpec{.longName = "stat", .help = "print how much differs, not what"},
+    OptionSpec{.longName = "text",
+               .help = "with the lines in which text files differ, as 'patch -p1' takes them"},
     kGlobOption};
 
 constexpr std::array kExamples{
@@ -122,9 +124,13 @@ ExitCode run(const Invocation& invocation) {
 }  // namespace
 
 constexpr CommandSpec kDiffCommand{
-    "diff",       "shows what differs between two packages, or a package and a folder",
-    kDescription, kOperands,
-    kOptions,     run,
-    kExamples,    ExitCode::Trouble};
+    .name = "diff",
+    .summary = "shows what differs between two packages, or a package and a folder",
+    .description = kDescription,
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples,
+    .failureCode = ExitCode::Trouble};
 
 }  // namespace tool

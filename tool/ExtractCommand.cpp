@@ -28,17 +28,24 @@ using opc::plservices::FileSystemEntry;
 using opc::plservices::RestoreMode;
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"},
-    OperandSpec{"PATH", "files, or folders with all below them (default: everything)", false,
-                true}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "PATH",
+                .help = "files, or folders with all below them (default: everything)",
+                .isRequired = false,
+                .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{"directory", 'd', "DIR", "where to write (default: the package's base name)"},
-    OptionSpec{"force", 0, "", "replace existing files"},
-    OptionSpec{"skip-existing", 0, "", "leave existing files as they are"},
-    OptionSpec{"dry-run", 0, "", "print what would be written, write nothing"},
-    OptionSpec{"stdout", 0, "", "write one file to standard output"},
-    OptionSpec{"max-size", 0, "BYTES", "write nothing if it would be more than BYTES"},
+    OptionSpec{.longName = "directory",
+               .shortName = 'd',
+               .valueName = "DIR",
+               .help = "where to write (default: the package's base name)"},
+    OptionSpec{.longName = "force", .help = "replace existing files"},
+    OptionSpec{.longName = "skip-existing", .help = "leave existing files as they are"},
+    OptionSpec{.longName = "dry-run", .help = "print what would be written, write nothing"},
+    OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
+    OptionSpec{.longName = "max-size",
+               .valueName = "BYTES",
+               .help = "write nothing if it would be more than BYTES"},
     kGlobOption};
 
 std::optional<std::int64_t> sizeLimitOf(const Invocation& invocation) {
@@ -191,13 +198,14 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kExtractCommand{
-    "extract",
-    "writes files of the package to the disk",
-    "Nothing is written outside DIR, and no link there is followed. An existing file\n"
-    "is an error before anything is written.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "extract",
+    .summary = "writes files of the package to the disk",
+    .description =
+        "Nothing is written outside DIR, and no link there is followed. An existing file\n"
+        "is an error before anything is written.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

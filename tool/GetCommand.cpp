@@ -10,10 +10,13 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"}, kDocumentOperand};
+constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the package"},
+                               kDocumentOperand};
 
-constexpr std::array kOptions{
-    OptionSpec{"output", 'o', "FILE", "write to FILE (default: standard output)"}};
+constexpr std::array kOptions{OptionSpec{.longName = "output",
+                                         .shortName = 'o',
+                                         .valueName = "FILE",
+                                         .help = "write to FILE (default: standard output)"}};
 
 ExitCode run(const Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
@@ -35,15 +38,16 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kGetCommand{
-    "get",
-    "prints one document as JSON",
-    "The JSON is the host struct of the document: an array for apps, examples and\n"
-    "revisions, an object for the others; flags are the texts \"true\" and \"false\",\n"
-    "unset fields null. A document that the package does not hold is printed with\n"
-    "empty values, as the host reads it.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "get",
+    .summary = "prints one document as JSON",
+    .description =
+        "The JSON is the host struct of the document: an array for apps, examples and\n"
+        "revisions, an object for the others; flags are the texts \"true\" and \"false\",\n"
+        "unset fields null. A document that the package does not hold is printed with\n"
+        "empty values, as the host reads it.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -10,9 +10,11 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{"COMMAND",
-                                           "what to tell about; without it all commands are listed",
-                                           false, false, commandNames}};
+constexpr std::array kOperands{
+    OperandSpec{.name = "COMMAND",
+                .help = "what to tell about; without it all commands are listed",
+                .isRequired = false,
+                .choices = commandNames}};
 
 ExitCode run(const Invocation& invocation) {
   const auto& names = invocation.operands();
@@ -27,12 +29,11 @@ constexpr std::array kExamples{ExampleSpec{"kraddon help create", "tells about '
 
 }  // namespace
 
-constexpr CommandSpec kHelpCommand{"help",
-                                   "tells about a command",
-                                   "Prints what 'kraddon COMMAND --help' prints.",
-                                   kOperands,
-                                   {},
-                                   run,
-                                   kExamples};
+constexpr CommandSpec kHelpCommand{.name = "help",
+                                   .summary = "tells about a command",
+                                   .description = "Prints what 'kraddon COMMAND --help' prints.",
+                                   .operands = kOperands,
+                                   .run = run,
+                                   .examples = kExamples};
 
 }  // namespace tool

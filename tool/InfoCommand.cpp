@@ -26,11 +26,13 @@ namespace {
 
 std::vector<std::string> fieldNames();
 
-constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"}};
+constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the package"}};
 
-constexpr std::array kOptions{
-    kJsonOption, OptionSpec{"field", 0, "NAME", "print one value alone, named as in the JSON",
-                            false, false, fieldNames}};
+constexpr std::array kOptions{kJsonOption,
+                              OptionSpec{.longName = "field",
+                                         .valueName = "NAME",
+                                         .help = "print one value alone, named as in the JSON",
+                                         .choices = fieldNames}};
 
 struct Screenshot {
   std::string part;
@@ -283,15 +285,17 @@ constexpr std::array kExamples{
 
 }  // namespace
 
-constexpr CommandSpec kInfoCommand{
-    "info",
-    "shows what a package is and how much is in it",
-    "Prints the properties, how much is in the package, which documents it has and the digest of "
-    "its content: the same for the same content, however and whenever it was packed. A value that "
-    "is unset is left out, and empty with --field.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+constexpr CommandSpec kInfoCommand{.name = "info",
+                                   .summary = "shows what a package is and how much is in it",
+                                   .description =
+                                       "Prints the properties, how much is in the package, which "
+                                       "documents it has and the digest of "
+                                       "its content: the same for the same content, however and "
+                                       "whenever it was packed. A value that "
+                                       "is unset is left out, and empty with --field.",
+                                   .operands = kOperands,
+                                   .options = kOptions,
+                                   .run = run,
+                                   .examples = kExamples};
 
 }  // namespace tool

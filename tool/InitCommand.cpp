@@ -23,10 +23,12 @@ namespace {
 using addon::project::Guesses;
 using addon::project::ProjectFolder;
 
-constexpr std::array kOperands{OperandSpec{"FOLDER", "the author's folder (default: .)", false}};
+constexpr std::array kOperands{
+    OperandSpec{.name = "FOLDER", .help = "the author's folder (default: .)", .isRequired = false}};
 
-constexpr std::array kOptions{OptionSpec{"force", 0, "", "replace a kraddon.toml that is there"},
-                              OptionSpec{"stdout", 0, "", "print it, and write no file"}};
+constexpr std::array kOptions{
+    OptionSpec{.longName = "force", .help = "replace a kraddon.toml that is there"},
+    OptionSpec{.longName = "stdout", .help = "print it, and write no file"}};
 
 /// Before the folder is read: nobody should wait for a refusal.
 void requireFree(const std::string& path) {
@@ -71,15 +73,16 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kInitCommand{
-    "init",
-    "writes a kraddon.toml to start from",
-    "Looks at FOLDER and guesses what its manifest would say: the name, the version (the\n"
-    "newest git tag), the author, README, LICENSE, CHANGELOG and screenshot, the folders\n"
-    "with .m files, the .jar files and the examples. Each guess stands below a comment\n"
-    "that names its source; correct what is wrong, then 'kraddon build' makes the package.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "init",
+    .summary = "writes a kraddon.toml to start from",
+    .description =
+        "Looks at FOLDER and guesses what its manifest would say: the name, the version (the\n"
+        "newest git tag), the author, README, LICENSE, CHANGELOG and screenshot, the folders\n"
+        "with .m files, the .jar files and the examples. Each guess stands below a comment\n"
+        "that names its source; correct what is wrong, then 'kraddon build' makes the package.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -20,16 +20,22 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"},
-    OperandSpec{"PATH", "files, or folders with all below them (default: everything)", false,
-                true}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "PATH",
+                .help = "files, or folders with all below them (default: everything)",
+                .isRequired = false,
+                .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{"long", 'l', "", "with size, packed size, packed share and time"},
-    OptionSpec{"tree", 0, "", "drawn as a tree"},
-    OptionSpec{"null", '0', "", "end each path with a NUL instead of a line end"},
-    OptionSpec{"hash", 0, "", "with the SHA-256 of each file"},
-    OptionSpec{"all", 0, "", "every part of the package instead of the file tree"},
+    OptionSpec{.longName = "long",
+               .shortName = 'l',
+               .help = "with size, packed size, packed share and time"},
+    OptionSpec{.longName = "tree", .help = "drawn as a tree"},
+    OptionSpec{.longName = "null",
+               .shortName = '0',
+               .help = "end each path with a NUL instead of a line end"},
+    OptionSpec{.longName = "hash", .help = "with the SHA-256 of each file"},
+    OptionSpec{.longName = "all", .help = "every part of the package instead of the file tree"},
     kGlobOption,
     kJsonOption};
 
@@ -261,13 +267,15 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kListCommand{
-    "list",
-    "lists files and empty folders, one path a line",
-    "The order is that of the host's file list. A PATH that names nothing is an error. On a "
-    "terminal, unusual characters of a path are shown as escapes; -0 gives every path as it is.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "list",
+    .summary = "lists files and empty folders, one path a line",
+    .description =
+        "The order is that of the host's file list. A PATH that names nothing is an error. On a "
+        "terminal, unusual characters of a path are shown as escapes; -0 gives every path as it "
+        "is.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

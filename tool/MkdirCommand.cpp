@@ -13,8 +13,9 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"},
-                               OperandSpec{"PATH", "the folders to make", true, true}};
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "PATH", .help = "the folders to make", .isRepeatable = true}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
 
@@ -45,12 +46,12 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kMkdirCommand{
-    "mkdir",
-    "adds empty folders",
-    "Folders above them come into being. A folder that exists is no error.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "mkdir",
+    .summary = "adds empty folders",
+    .description = "Folders above them come into being. A folder that exists is no error.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -15,10 +15,12 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{"PACKAGE", "the package"}};
+constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the package"}};
 
-constexpr std::array kOptions{
-    OptionSpec{"output", 'o', "FILE", "where to write the page; - is standard output"}};
+constexpr std::array kOptions{OptionSpec{.longName = "output",
+                                         .shortName = 'o',
+                                         .valueName = "FILE",
+                                         .help = "where to write the page; - is standard output"}};
 
 constexpr std::array kExamples{
     ExampleSpec{"kraddon preview kit.kraddon", "writes kit.html"},
@@ -44,15 +46,16 @@ ExitCode run(const Invocation& invocation) {
 }  // namespace
 
 constexpr CommandSpec kPreviewCommand{
-    "preview",
-    "makes one HTML page that presents the add-on",
-    "The page shows what the package says of itself: screenshot, description, author,\n"
-    "requirements, examples, apps, revisions, license, and the files with their sizes. It\n"
-    "is one file, runs no script and loads nothing. It goes to FILE, which is replaced, or,\n"
-    "without -o, to the package's base name and .html, which must not exist.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "preview",
+    .summary = "makes one HTML page that presents the add-on",
+    .description =
+        "The page shows what the package says of itself: screenshot, description, author,\n"
+        "requirements, examples, apps, revisions, license, and the files with their sizes. It\n"
+        "is one file, runs no script and loads nothing. It goes to FILE, which is replaced, or,\n"
+        "without -o, to the package's base name and .html, which must not exist.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -19,8 +19,9 @@ namespace {
 using opc::plservices::FileSystemEntry;
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"},
-    OperandSpec{"PATH", "files, or folders with all below them", true, true}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{
+        .name = "PATH", .help = "files, or folders with all below them", .isRepeatable = true}};
 
 constexpr std::array kOptions{kGlobOption, kDryRunOption, kTimestampOption, kLevelOption};
 
@@ -108,14 +109,15 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kRemoveCommand{
-    "remove",
-    "removes files and folders",
-    "A folder goes with all that is in it; the folder above stays, even when nothing is\n"
-    "left in it. A pattern that matches a folder takes what is in it too, but for what\n"
-    "a later one with '!' keeps. '/' is everything.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "remove",
+    .summary = "removes files and folders",
+    .description =
+        "A folder goes with all that is in it; the folder above stays, even when nothing is\n"
+        "left in it. A pattern that matches a folder takes what is in it too, but for what\n"
+        "a later one with '!' keeps. '/' is everything.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -22,11 +22,11 @@ std::vector<std::string> schemaNames() {
   return names;
 }
 
-constexpr std::array kOperands{
-    OperandSpec{"NAME",
-                "manifest, info, list, verify, diff, build, or a document: properties, license, "
-                "configuration, apps, examples, revisions or requirements",
-                true, false, schemaNames}};
+constexpr std::array kOperands{OperandSpec{
+    .name = "NAME",
+    .help = "manifest, info, list, verify, diff, build, or a document: properties, license, "
+            "configuration, apps, examples, revisions or requirements",
+    .choices = schemaNames}};
 
 constexpr std::array kExamples{
     ExampleSpec{"kraddon schema manifest > kraddon.schema.json",
@@ -59,9 +59,11 @@ ExitCode run(const Invocation& invocation) {
 }  // namespace
 
 constexpr CommandSpec kSchemaCommand{
-    "schema",     "prints the JSON Schema of something that is read or printed",
-    kDescription, kOperands,
-    {},           run,
-    kExamples};
+    .name = "schema",
+    .summary = "prints the JSON Schema of something that is read or printed",
+    .description = kDescription,
+    .operands = kOperands,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

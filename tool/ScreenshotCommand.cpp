@@ -24,11 +24,16 @@ namespace tool {
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"},
-    OperandSpec{"IMAGE", "the file to store (default: write out the stored one)", false}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "IMAGE",
+                .help = "the file to store (default: write out the stored one)",
+                .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{"output", 'o', "FILE", "where to write the stored one; - is standard output"},
+    OptionSpec{.longName = "output",
+               .shortName = 'o',
+               .valueName = "FILE",
+               .help = "where to write the stored one; - is standard output"},
     kTimestampOption, kLevelOption};
 
 constexpr std::size_t kBufferSize = std::size_t{256} << 10;
@@ -109,15 +114,16 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kScreenshotCommand{
-    "screenshot",
-    "stores the screenshot, or writes out the stored one",
-    "With IMAGE, a png, gif, tiff, bmp or JPEG file, that becomes the package's one\n"
-    "screenshot and thumbnail, in the place of an earlier one. Without it the stored\n"
-    "image is written, byte for byte, to FILE, which is replaced, or, without -o, to the\n"
-    "package's base name with the image's extension, which must not exist.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "screenshot",
+    .summary = "stores the screenshot, or writes out the stored one",
+    .description =
+        "With IMAGE, a png, gif, tiff, bmp or JPEG file, that becomes the package's one\n"
+        "screenshot and thumbnail, in the place of an earlier one. Without it the stored\n"
+        "image is written, byte for byte, to FILE, which is replaced, or, without -o, to the\n"
+        "package's base name with the image's extension, which must not exist.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

@@ -25,9 +25,11 @@ namespace {
 std::vector<std::string> assignmentsAfter(std::span<const std::string> operands);
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"}, kDocumentOperand,
-    OperandSpec{"VALUE", "FILE.json, - for standard input, or FIELD=VALUE...", true, true, nullptr,
-                assignmentsAfter}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"}, kDocumentOperand,
+    OperandSpec{.name = "VALUE",
+                .help = "FILE.json, - for standard input, or FIELD=VALUE...",
+                .isRepeatable = true,
+                .choicesAfter = assignmentsAfter}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
 
@@ -202,15 +204,16 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kSetCommand{
-    "set",
-    "stores one document, or changes some of its fields",
-    "FILE.json is what 'get' prints. FIELD=VALUE changes just that field, of the\n"
-    "properties or the license. In a file every field has to be there, but for lists\n"
-    "of texts and lists within a record, which are empty when they are null or\n"
-    "missing.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "set",
+    .summary = "stores one document, or changes some of its fields",
+    .description =
+        "FILE.json is what 'get' prints. FIELD=VALUE changes just that field, of the\n"
+        "properties or the license. In a file every field has to be there, but for lists\n"
+        "of texts and lists within a record, which are empty when they are null or\n"
+        "missing.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

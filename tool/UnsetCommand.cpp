@@ -21,10 +21,12 @@ namespace {
 std::vector<std::string> removableNames();
 
 constexpr std::array kOperands{
-    OperandSpec{"PACKAGE", "the package"},
-    OperandSpec{"DOCUMENT",
-                "license, configuration, apps, examples, revisions, requirements or screenshot",
-                true, true, removableNames}};
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{
+        .name = "DOCUMENT",
+        .help = "license, configuration, apps, examples, revisions, requirements or screenshot",
+        .isRepeatable = true,
+        .choices = removableNames}};
 
 constexpr std::array kOptions{kTimestampOption, kLevelOption};
 
@@ -102,13 +104,14 @@ constexpr std::array kExamples{
 }  // namespace
 
 constexpr CommandSpec kUnsetCommand{
-    "unset",
-    "removes documents, or the screenshot",
-    "With the screenshot goes the thumbnail that shows it. Properties stay: a package\n"
-    "always has them. One that is not there is an error, and nothing is changed.",
-    kOperands,
-    kOptions,
-    run,
-    kExamples};
+    .name = "unset",
+    .summary = "removes documents, or the screenshot",
+    .description =
+        "With the screenshot goes the thumbnail that shows it. Properties stay: a package\n"
+        "always has them. One that is not there is an error, and nothing is changed.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
 }  // namespace tool

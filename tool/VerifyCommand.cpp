@@ -26,17 +26,26 @@ namespace {
 using addon::checks::FindingInfo;
 using addon::checks::Scope;
 
-constexpr std::array kOperands{OperandSpec{"PACKAGE", "the packages to check", false, true}};
+constexpr std::array kOperands{OperandSpec{
+    .name = "PACKAGE", .help = "the packages to check", .isRequired = false, .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{"strict", 0, "", "warnings count as errors"},
-    OptionSpec{"ignore", 0, "ID[:GLOB]", "pass over a finding, everywhere or in what matches", true,
-               false, findingIds},
-    OptionSpec{"opc", 0, "", "check the container and the packaging rules alone"},
-    OptionSpec{"format", 0, "FORMAT", "text, github or sarif", false, false, findingFormats},
+    OptionSpec{.longName = "strict", .help = "warnings count as errors"},
+    OptionSpec{.longName = "ignore",
+               .valueName = "ID[:GLOB]",
+               .help = "pass over a finding, everywhere or in what matches",
+               .isRepeatable = true,
+               .choices = findingIds},
+    OptionSpec{.longName = "opc", .help = "check the container and the packaging rules alone"},
+    OptionSpec{.longName = "format",
+               .valueName = "FORMAT",
+               .help = "text, github or sarif",
+               .choices = findingFormats},
     kJsonOption,
-    OptionSpec{"explain", 0, "ID", "say what a finding means, and what to do about it", false,
-               false, findingIds}};
+    OptionSpec{.longName = "explain",
+               .valueName = "ID",
+               .help = "say what a finding means, and what to do about it",
+               .choices = findingIds}};
 
 constexpr const char* kDescription =
     "Reads every byte, and checks every checksum, every rule of the packaging conventions, every\n"
@@ -133,10 +142,12 @@ constexpr std::array kExamples{
 
 }  // namespace
 
-constexpr CommandSpec kVerifyCommand{
-    "verify",     "checks packages, and says what is wrong with them",
-    kDescription, kOperands,
-    kOptions,     run,
-    kExamples};
+constexpr CommandSpec kVerifyCommand{.name = "verify",
+                                     .summary = "checks packages, and says what is wrong with them",
+                                     .description = kDescription,
+                                     .operands = kOperands,
+                                     .options = kOptions,
+                                     .run = run,
+                                     .examples = kExamples};
 
 }  // namespace tool

@@ -18,12 +18,17 @@ using tool::OptionSpec;
 using tool::UsageError;
 using Words = std::vector<std::string>;
 
-constexpr std::array kOperands{OperandSpec{"FIRST", "the first"},
-                               OperandSpec{"REST", "the others", false, true}};
+constexpr std::array kOperands{
+    OperandSpec{.name = "FIRST", .help = "the first"},
+    OperandSpec{.name = "REST", .help = "the others", .isRequired = false, .isRepeatable = true}};
 constexpr std::array kOptions{
-    OptionSpec{"name", 'n', "TEXT", "a name"}, OptionSpec{"exclude", 0, "GLOB", "a pattern", true},
-    OptionSpec{"long", 'l', "", "a flag"}, OptionSpec{"null", '0', "", "a flag that is a digit"}};
-constexpr CommandSpec kCommand{"test", "tests", "", kOperands, kOptions, nullptr};
+    OptionSpec{.longName = "name", .shortName = 'n', .valueName = "TEXT", .help = "a name"},
+    OptionSpec{
+        .longName = "exclude", .valueName = "GLOB", .help = "a pattern", .isRepeatable = true},
+    OptionSpec{.longName = "long", .shortName = 'l', .help = "a flag"},
+    OptionSpec{.longName = "null", .shortName = '0', .help = "a flag that is a digit"}};
+constexpr CommandSpec kCommand{
+    .name = "test", .summary = "tests", .operands = kOperands, .options = kOptions};
 
 Invocation parse(const Words& words) {
   bool wantsHelp = false;
@@ -123,8 +128,10 @@ TEST(Arguments, MistakesAreNamed) {
 }
 
 TEST(Arguments, AMissingOptionIsNamed) {
-  static constexpr std::array kRequired{OptionSpec{"key", 0, "TEXT", "a key", false, true}};
-  static constexpr CommandSpec kStrict{"test", "tests", "", kOperands, kRequired, nullptr};
+  static constexpr std::array kRequired{
+      OptionSpec{.longName = "key", .valueName = "TEXT", .help = "a key", .isRequired = true}};
+  static constexpr CommandSpec kStrict{
+      .name = "test", .summary = "tests", .operands = kOperands, .options = kRequired};
   bool wantsHelp = false;
 
   try {

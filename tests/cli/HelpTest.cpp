@@ -123,9 +123,12 @@ TEST(Help, TheProgramsOwnFitsATerminalToo) {
 
 TEST(Help, ALongUsageGoesOnBelowItsFirstWord) {
   static constexpr std::array kOperands{
-      tool::OperandSpec{"A-RATHER-LONG-NAME-OF-AN-OPERAND", "one"},
-      tool::OperandSpec{"ANOTHER-LONG-NAME-OF-AN-OPERAND", "two", false, true}};
-  const CommandSpec command{"test", "tests", "", kOperands, {}, nullptr};
+      tool::OperandSpec{.name = "A-RATHER-LONG-NAME-OF-AN-OPERAND", .help = "one"},
+      tool::OperandSpec{.name = "ANOTHER-LONG-NAME-OF-AN-OPERAND",
+                        .help = "two",
+                        .isRequired = false,
+                        .isRepeatable = true}};
+  const CommandSpec command{.name = "test", .summary = "tests", .operands = kOperands};
 
   EXPECT_EQ(tool::usageOf(command),
             "usage: kraddon test [OPTION...] A-RATHER-LONG-NAME-OF-AN-OPERAND\n"
@@ -134,9 +137,10 @@ TEST(Help, ALongUsageGoesOnBelowItsFirstWord) {
 
 TEST(Help, WhatAVeryLongNameMeansStandsBelowIt) {
   static constexpr std::array kOptions{
-      tool::OptionSpec{"short", 0, "", "one"},
-      tool::OptionSpec{"with-a-very-long-name", 0, "AND-VALUE", "two"}};
-  const CommandSpec command{"test", "tests", "", {}, kOptions, nullptr};
+      tool::OptionSpec{.longName = "short", .help = "one"},
+      tool::OptionSpec{
+          .longName = "with-a-very-long-name", .valueName = "AND-VALUE", .help = "two"}};
+  const CommandSpec command{.name = "test", .summary = "tests", .options = kOptions};
 
   const std::string text = tool::helpOf(command);
 

@@ -28,9 +28,11 @@ TEST(Manual, APageHasAllSections) {
 }
 
 TEST(Manual, NoTextBecomesARequest) {
-  static constexpr std::array kOperands{tool::OperandSpec{"X", ".so /etc/passwd"}};
-  const tool::CommandSpec command{"test",    "tests", "one\n.so two\n\n'three four. .five",
-                                  kOperands, {},      nullptr};
+  static constexpr std::array kOperands{tool::OperandSpec{.name = "X", .help = ".so /etc/passwd"}};
+  const tool::CommandSpec command{.name = "test",
+                                  .summary = "tests",
+                                  .description = "one\n.so two\n\n'three four. .five",
+                                  .operands = kOperands};
 
   const std::string page = tool::manualOf(command, "1");
 
