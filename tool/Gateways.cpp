@@ -3,11 +3,8 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
-#include <limits.h>
-#include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <vector>
 
 #include "opc/Suggest.h"
@@ -39,24 +36,16 @@ constexpr std::array<Gateway, 20> kGateways{{{"addonCreatePackage", 0},
                                              {"addonSetSystemRequirements", 0},
                                              {"addonGetSystemRequirements", 1}}};
 
+/// A bare name: the loader finds it by the program's own search path.
+constexpr const char* kOwnLibrary = "libkraddon_packaging.so";
 constexpr const char* kQueryFunction = "QueryKRFcnTable_kraddon_packaging";
 
-/// ../lib/libkraddon_packaging.so, seen from where this program really lies.
-std::string ownLibrary() {
-  std::array<char, PATH_MAX> path{};
-  const ssize_t size = ::readlink("/proc/self/exe", path.data(), path.size());
-  if (size <= 0) throw systemFailure("cannot find out where", "kraddon", errno);
-  std::string program(path.data(), static_cast<std::size_t>(size));
-  const std::string folder = program.substr(0, program.find_last_of('/'));
-  return folder + "/../lib/libkraddon_packaging.so";
-}
-
-/// dlopen would look for a bare name along its own paths.
+/// dlopen searches its own paths for a bare name.
 std::string asPath(const std::string& file) {
   return file.find('/') == std::string::npos ? "./" + file : file;
 }
 
-/// The loader's own words, without the name in front that the message has already.
+/// The loader's message, without the name in front, which ours already has.
 std::string lastError(const std::string& path) {
   const char* error = ::dlerror();
   const std::string text = error == nullptr ? "the loader does not say why" : error;
@@ -89,7 +78,7 @@ const Gateway& gatewayAt(std::size_t slot) {
 }
 
 const HostFunctionTable& loadFunctionTable(const std::string& file) {
-  const std::string path = file.empty() ? ownLibrary() : asPath(file);
+  const std::string path = file.empty() ? kOwnLibrary : asPath(file);
   void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) throw Failure(sentence("cannot load", path, lastError(path)));
   using Query = decltype(&QueryKRFcnTable_kraddon_packaging);

@@ -121,6 +121,22 @@ class Call(kraddontest.CliTest):
         self.fails("call", "addonGetFileList", "p", "--library", other,
                    message=f"cannot use '{other}': it has no QueryKRFcnTable_kraddon_packaging")
 
+    def test_the_library_is_found_without_the_link_in_proc(self):
+        self.create()
+        # Started like this, the loader is what the link /proc/self/exe names.
+        loader = "/lib64/ld-linux-x86-64.so.2"
+
+        result = self.ok("call", "addonGetFileList", "p.kraddon", prefix=[loader])
+
+        self.assertEqual(result.text, "[]\n")
+
+    def test_a_library_in_the_current_folder_is_not_loaded(self):
+        self.create()
+        library = KRADDON.replace("/bin/kraddon", "/lib/libodd_gateways.so")
+        shutil.copy(library, self.path("libkraddon_packaging.so"))
+
+        self.assertEqual(self.ok("call", "addonGetFileList", "p.kraddon").text, "[]\n")
+
     def test_no_library_is_not_the_usual_one(self):
         self.create()
         self.misused("call", "addonGetFileList", "p.kraddon", "--library", "",

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 """The Debian packages: what is in them, and that they install and run on a fresh Debian 12.
 
-Without words both are tested; 'Contents' and 'FreshSystem' name one. Exits with 77 when all that was
-to be tested had to be left out.
+Tests all of it, or the cases that are named: 'Contents', 'Mirror', 'FreshSystem'. Exits with 77 when
+all tests had to be left out.
 """
 
 import glob
@@ -16,7 +16,7 @@ import unittest
 
 BUILD = os.environ["KRADDON_BUILD"]
 VERSION = os.environ["KRADDON_VERSION"]
-MIRROR = os.environ.get("KRADDON_DEBIAN_MIRROR", "http://deb.debian.org/debian")
+RELEASE = "bookworm"
 # A whole system goes there; memory is quicker than a disk.
 ROOMY = "/dev/shm"
 NEEDED_ROOM = 1 << 30
@@ -109,6 +109,32 @@ class Contents(unittest.TestCase):
         run("lintian", "--allow-root", "--fail-on", "error", *self.packages.values())
 
 
+def mirror(*options):
+    """Where this machine's apt gets Debian 12 from. The options are for apt-get."""
+    targets = run("apt-get", *options, "indextargets", "--no-release-info",
+                  "--format", "$(RELEASE) $(COMPONENT) $(REPO_URI)", "Created-By: Packages")
+    for line in targets.splitlines():
+        release, component, uri = line.split()
+        if (release, component) == (RELEASE, "main"):
+            return uri
+    raise unittest.SkipTest(f"apt has no source of {RELEASE} here")
+
+
+class Mirror(unittest.TestCase):
+
+    def test_it_is_that_of_the_machine(self):
+        sources = temporary_folder()
+        self.addCleanup(shutil.rmtree, sources)
+        (sources / "sources.list").write_text(
+            "deb http://other.invalid/security bookworm-security main\n"
+            "deb http://mirror.invalid/debian bookworm main contrib\n", encoding="ascii")
+
+        found = mirror("-o", f"Dir::Etc::sourcelist={sources}/sources.list",
+                       "-o", "Dir::Etc::sourceparts=/dev/null")
+
+        self.assertEqual(found, "http://mirror.invalid/debian/")
+
+
 def is_fit(folder):
     """Whether a system can be put there: room enough, and programs and devices do work."""
     if not os.path.isdir(folder):
@@ -151,7 +177,7 @@ class FreshSystem(unittest.TestCase):
         cls.addClassCleanup(remove_system, cls.root)
         cls.packages = make_packages(cls.root / "debs")
         system = cls.root / "system"
-        run(*own_mounts(), "debootstrap", "--variant=minbase", "bookworm", system, MIRROR,
+        run(*own_mounts(), "debootstrap", "--variant=minbase", RELEASE, system, mirror(),
             env={**os.environ, "LC_ALL": "C"})
         cls.system = system
         cls.share_network_settings()
@@ -166,10 +192,10 @@ class FreshSystem(unittest.TestCase):
                 target.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copyfile(path, target)
 
-    def inside(self, script):
-        mounted = f"mount -t proc proc '{self.system}/proc' 2> /dev/null || :; "
-        if not own_mounts():
-            mounted = ""
+    def inside(self, script, with_proc=True):
+        mounted = ""
+        if with_proc and own_mounts():
+            mounted = f"mount -t proc proc '{self.system}/proc' 2> /dev/null || :; "
         return run(*own_mounts(), "sh", "-c", mounted + 'exec chroot "$0" sh -euc "$1"',
                    self.system, script,
                    env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/root", "LC_ALL": "C.UTF-8",
@@ -194,6 +220,9 @@ class FreshSystem(unittest.TestCase):
             kraddon completion bash -- list p.kraddon lib/ | tr '\0' '|'
         """)
         self.assertIn('["lib/wave.m"]\nFresh\npaths||lib/wave.m|', text)
+        text = self.inside("test ! -e /proc/self; kraddon call addonGetFileList /root/p.kraddon",
+                           with_proc=False)
+        self.assertEqual(text, '["lib/wave.m"]\n')
 
         self.inside("apt-get -q -y purge kraddon")
         left = self.inside("find / -xdev -name '*kraddon*' -not -path '/root/*' "
