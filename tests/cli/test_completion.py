@@ -161,8 +161,8 @@ class Shell(kraddontest.CliTest):
         """Runs `command` in a terminal, types the lines (a tab completes), and waits for its end."""
         try:
             pid, master = pty.fork()
-        except OSError as error:  # a bare chroot without /dev/pts
-            self.skipTest(f"no terminal to be had: {error}")
+        except OSError as error:
+            self.skipTest(f"needs a terminal: {error}")
         if pid == 0:
             os.chdir(self.folder)
             os.execvpe(command[0], command, self.env)

@@ -3,7 +3,6 @@
 
 import hashlib
 import os
-import pty
 import subprocess
 import zipfile
 
@@ -497,29 +496,18 @@ class Colours(DiffTest):
             self.assertIn(f"\x1b[{code}m{line}\x1b[0m\n", coloured)
         self.assertNotIn("\x1b", "".join(plain))
 
-    def on_terminal(self, *words, env=None):
-        main, side_ = pty.openpty()
-        process = subprocess.Popen([kraddontest.KRADDON, "diff", *words], cwd=self.folder,
-                                   stdout=side_, env=self.environment(env))
-        os.close(side_)
-        out = b""
-        try:
-            while block := os.read(main, 65536):
-                out += block
-        except OSError:
-            pass  # how a terminal says that nobody is left
-        os.close(main)
-        self.assertEqual(process.wait(60), 1)
-        return out.replace(b"\r\n", b"\n").decode()
+    def shown_on_terminal(self, *words, env=None):
+        text = self.on_terminal("diff", "a.kraddon", "b.kraddon", *words, env=env, code=1)
+        return text.replace(b"\r\n", b"\n").decode()
 
     def test_a_terminal_is_coloured_unless_told_not_to(self):
-        self.assertIn("\x1b[33m~ a", self.on_terminal("a.kraddon", "b.kraddon"))
-        self.assertNotIn("\x1b", self.on_terminal("a.kraddon", "b.kraddon", env={"NO_COLOR": "1"}))
-        self.assertNotIn("\x1b", self.on_terminal("a.kraddon", "b.kraddon", "--color", "never"))
+        self.assertIn("\x1b[33m~ a", self.shown_on_terminal())
+        self.assertNotIn("\x1b", self.shown_on_terminal(env={"NO_COLOR": "1"}))
+        self.assertNotIn("\x1b", self.shown_on_terminal("--color", "never"))
 
     def test_nothing_controls_a_terminal(self):
         self.pair({"a\x1bb": "x\ty\x1b[2J\n"}, {"a\x1bb": "x\tz\x1b[2J\n"})
-        text = self.on_terminal("a.kraddon", "b.kraddon", "--text", "--color", "never")
+        text = self.shown_on_terminal("--text", "--color", "never")
         self.assertNotIn("\x1b", text)
         self.assertIn("+x\tz\\x1b[2J\n", text.replace("       ", "\t"))
 

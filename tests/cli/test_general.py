@@ -2,7 +2,6 @@
 """What holds for every command."""
 
 import os
-import pty
 import subprocess
 
 import kraddontest
@@ -248,25 +247,6 @@ class General(kraddontest.CliTest):
         self.assertEqual(self.listing(), [name])
         self.assertIn("no\\u2066ne", self.fails("info", "no\u2066ne").errors)
         self.assertEqual(self.on_terminal("list", "p.kraddon"), b"evil\\u202egnp.exe\r\n")
-
-    def on_terminal(self, *words, env=None):
-        """What the program prints when its standard output is a terminal."""
-        try:
-            master, slave = pty.openpty()
-        except OSError as error:  # a bare chroot without /dev/pts
-            self.skipTest(f"no terminal to be had: {error}")
-        process = subprocess.Popen([KRADDON, *words], cwd=self.folder, stdout=slave,
-                                   stderr=subprocess.DEVNULL, env=self.environment(env))
-        os.close(slave)
-        text = b""
-        try:
-            while chunk := os.read(master, 65536):
-                text += chunk
-        except OSError:  # the other end is gone
-            pass
-        os.close(master)
-        self.assertEqual(process.wait(), 0)
-        return text
 
     def test_colours_are_for_terminals_unless_told(self):
         self.package(files={"a/b.m": "x"})

@@ -3,7 +3,6 @@
 
 import fcntl
 import os
-import pty
 import re
 import select
 import signal
@@ -25,10 +24,7 @@ class Run:
     """The program with a terminal for its standard error."""
 
     def __init__(self, test, words, columns=0):
-        try:
-            self.master, slave = pty.openpty()
-        except OSError as error:  # a bare chroot without /dev/pts
-            test.skipTest(f"no terminal to be had: {error}")
+        self.master, slave = test.open_terminal()
         test.addCleanup(os.close, self.master)
         fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("4H", 24, columns, 0, 0))
         self.shown = b""
@@ -114,6 +110,7 @@ class Progress(kraddontest.CliTest):
         self.assert_shown(self.run_slowly(
             "extract", "p.kraddon", "-d", "out", at=lambda run: self.is_written("out")))
 
+    @kraddontest.needs_proc
     def test_verify_shows_it_and_wipes_it(self):
         self.big_package()
         run = self.run_slowly("verify", "--opc", "p.kraddon",
@@ -125,11 +122,13 @@ class Progress(kraddontest.CliTest):
         self.assert_shown(self.run_slowly(
             "add", "p.kraddon", "src", at=lambda run: self.is_written(".p.kraddon.", ".tmp")))
 
+    @kraddontest.needs_proc
     def test_info_shows_it_and_wipes_it(self):
         self.big_package()
         self.assert_shown(self.run_slowly(
             "info", "p.kraddon", at=self.has_worked))
 
+    @kraddontest.needs_proc
     def test_list_shows_it_while_it_hashes(self):
         self.big_package()
         self.assert_shown(self.run_slowly("list", "p.kraddon", "--hash", at=self.has_worked))
@@ -181,6 +180,7 @@ class Progress(kraddontest.CliTest):
         self.assert_interrupted(self.create(), signal.SIGINT)
         self.assertEqual(self.names(), ["src"])
 
+    @kraddontest.needs_proc
     def test_an_interrupt_wipes_it_where_nothing_is_written(self):
         self.big_package()
         run = self.run_slowly("verify", "--opc", "p.kraddon",
