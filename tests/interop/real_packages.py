@@ -90,8 +90,7 @@ class ShippedPackages(PackageReading):
         for name, count in sorted(producers.items()):
             print("  %3d by %s" % (count, name), flush=True)
         self.assertGreaterEqual(len(files), 50, "run 'scripts/setup test'")
-        self.assertLessEqual({"LibreOffice", "Microsoft Excel", "Microsoft Macintosh PowerPoint",
-                              "Microsoft Office Word", "cura"}, set(producers))
+        self.assertGreaterEqual(len(set(producers) - {"unknown"}), 5)
 
     def test_are_read_as_zipfile_reads_them(self):
         for path in shipped():

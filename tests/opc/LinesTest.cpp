@@ -32,8 +32,8 @@ TEST(Fence, IsThreeMarksOrMore) {
   EXPECT_EQ(fenceOf("```"), "```");
   EXPECT_EQ(fenceOf("~~~"), "~~~");
   EXPECT_EQ(fenceOf("  `````\r"), "`````");
-  EXPECT_EQ(fenceOf("```matlab"), "```");
-  EXPECT_EQ(fenceOf("``` {.python #id}"), "```");
+  EXPECT_EQ(fenceOf("```text"), "```");
+  EXPECT_EQ(fenceOf("``` {.text #id}"), "```");
   EXPECT_EQ(fenceOf("~~~ `a`"), "~~~");
 }
 

@@ -68,7 +68,7 @@ TEST(Prose, WhatOnlyLooksLikeAListIsText) {
 }
 
 TEST(Prose, ABlockOfCodeIsKeptToTheLetter) {
-  EXPECT_EQ(prose("```matlab\n# a < b\n\n  *c*\n```\nend"),
+  EXPECT_EQ(prose("```text\n# a < b\n\n  *c*\n```\nend"),
             "<pre><code># a &lt; b\n\n  *c*\n</code></pre>\n<p>end</p>\n");
   EXPECT_EQ(prose("```\nnever closed"), "<pre><code>never closed\n</code></pre>\n");
 }
