@@ -217,6 +217,7 @@ class Shell(kraddontest.CliTest):
             self.assertEqual(self.path(f"out.{index}").read_text(), f"<{name}>", name)
 
 
+@kraddontest.needs_proc  # for process substitution
 class Bash(Shell):
     COMMAND = ["bash", "--norc", "--noprofile", "-i"]
 

@@ -76,6 +76,7 @@ class Preview(previewing.PreviewTest):
                          ["chirp.m", "b.src", "Example without a name"])
         self.assertIn("BareThere are no examples in this category.", page.text("main"))
 
+    @kraddontest.needs_proc
     def test_a_page_can_go_to_a_device(self):
         self.package("p.kraddon")
         self.ok("preview", "p.kraddon", "-o", "/dev/null")
