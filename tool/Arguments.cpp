@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "opc/Suggest.h"
+#include "text/Suggest.h"
 #include "tool/CommandTable.h"
 #include "tool/Errors.h"
 #include "tool/OptionTable.h"
@@ -106,7 +106,7 @@ class WordParser {
     for (const OptionSpec& option : table_.options()) known.push_back(nameOf(option));
     const std::vector<std::string_view> names(known.begin(), known.end());
     throw UsageError(sentence("unknown option", unknown_,
-                              opc::suggestion(unknown_, names, "no option has that name")));
+                              text::suggestion(unknown_, names, "no option has that name")));
   }
 
   static std::string nameOf(const OptionSpec& option) {
@@ -171,7 +171,7 @@ void refuseValue(std::string_view option, std::string_view word,
   const std::string expected =
       fmt::format("expected {} or {}", fmt::join(all.first(all.size() - 1), ", "), all.back());
   throw UsageError(sentence(fmt::format("bad value of {}", option), word,
-                            opc::suggestion(word, names, expected)));
+                            text::suggestion(word, names, expected)));
 }
 
 std::optional<std::int64_t> toInteger(std::string_view text) {

@@ -14,8 +14,8 @@
 #include "addon/checks/AddonChecks.h"
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/Verification.h"
-#include "opc/ByteCount.h"
 #include "opc/Text.h"
+#include "text/ByteCount.h"
 #include "tool/Arguments.h"
 #include "tool/BuildReport.h"
 #include "tool/Digest.h"
@@ -209,9 +209,9 @@ void print(const BuildResult& result, const Task& task) {
 [[noreturn]] void refuse(const PackageVerdict& verdict, const Task& task) {
   std::string why = "it holds a secret";
   if (verdict.errors != 0) {
-    why = "it has " + opc::counted(verdict.errors, "error");
+    why = "it has " + text::counted(verdict.errors, "error");
   } else if (!verdict.isGood(task.isStrict())) {
-    why = "it has " + opc::counted(verdict.warnings, "warning") + ", and 'strict' is set";
+    why = "it has " + text::counted(verdict.warnings, "warning") + ", and 'strict' is set";
   }
   throw Failure(sentence("cannot build", task.output, why),
                 "'kraddon verify --explain ID' says what to do about a finding");

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 #include "tool/FindingPrinter.h"
 #include "tool/JsonWriter.h"
 
@@ -87,9 +87,9 @@ void printBuildPlan(const BuildResult& result, Output& output) {
 
 std::string describeContent(const Totals& totals) {
   const std::string folders =
-      totals.folders == 0 ? "" : ", " + opc::counted(totals.folders, "empty folder");
-  return fmt::format("{}{}, {}", opc::counted(totals.files, "file"), folders,
-                     opc::describeBytes(totals.bytes));
+      totals.folders == 0 ? "" : ", " + text::counted(totals.folders, "empty folder");
+  return fmt::format("{}{}, {}", text::counted(totals.files, "file"), folders,
+                     text::describeBytes(totals.bytes));
 }
 
 }  // namespace tool

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "opc/Suggest.h"
+#include "text/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
 
@@ -31,7 +31,7 @@ const CommandSpec& findCommand(std::string_view name) {
     names.push_back(command->name);
   }
   throw UsageError(sentence("unknown command", name,
-                            opc::suggestion(name, names, "'kraddon help' lists the commands")));
+                            text::suggestion(name, names, "'kraddon help' lists the commands")));
 }
 
 std::span<const OptionSpec> commonOptions() {

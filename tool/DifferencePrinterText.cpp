@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "addon/comparison/UnifiedHunks.h"
 #include "opc/Text.h"
+#include "text/UnifiedHunks.h"
 #include "tool/DifferencePrinter.h"
 #include "tool/Interrupt.h"
 
@@ -13,8 +13,8 @@ namespace tool {
 
 namespace {
 
-using addon::comparison::HunkLine;
-using addon::comparison::Lines;
+using text::HunkLine;
+using text::Lines;
 
 // A text beyond these is not one that anybody reads line by line.
 constexpr std::uint64_t kLargestText = std::uint64_t{16} << 20;
@@ -84,7 +84,7 @@ Text readText(const ComparedPackage& package, const Item* item) {
   text.isBinary = text.content.find('\0') != std::string::npos;
   if (text.isBinary) return text;
   text.isTooLarge = std::count(text.content.begin(), text.content.end(), '\n') >= kMostLines;
-  if (!text.isTooLarge) text.lines = addon::comparison::splitLines(text.content);
+  if (!text.isTooLarge) text.lines = text::splitLines(text.content);
   return text;
 }
 
@@ -167,13 +167,12 @@ class Printer {
     if (a.isBinary || b.isBinary) {
       return print(kYellow, fmt::format("Binary files {} and {} differ", aName, bName));
     }
-    const auto blocks = addon::comparison::compareLines(a.lines, b.lines);
+    const auto blocks = text::compareLines(a.lines, b.lines);
     if (blocks.empty()) return;  // an empty file
-    printLine("", "--- " + addon::comparison::patchName(aName));
-    printLine("", "+++ " + addon::comparison::patchName(bName));
-    addon::comparison::visitHunks(
-        a.lines, b.lines, blocks,
-        [this](HunkLine kind, std::string_view text) { printHunkLine(kind, text); });
+    printLine("", "--- " + text::patchName(aName));
+    printLine("", "+++ " + text::patchName(bName));
+    text::visitHunks(a.lines, b.lines, blocks,
+                     [this](HunkLine kind, std::string_view text) { printHunkLine(kind, text); });
   }
 
   void printHunkLine(HunkLine kind, std::string_view text) {

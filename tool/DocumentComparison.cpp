@@ -3,14 +3,14 @@
 
 #include <fmt/format.h>
 
-#include "addon/comparison/ListAlignment.h"
+#include "text/ListAlignment.h"
 
 namespace tool {
 
 namespace {
 
-using addon::comparison::RecordKeys;
-using addon::comparison::RecordPair;
+using text::RecordKeys;
+using text::RecordPair;
 
 /// Walks through both documents along their shape, which is a few levels deep.
 class Comparison {
@@ -30,7 +30,7 @@ class Comparison {
                    const JsonValue& b) {
     std::size_t aNext = 0;
     std::size_t bNext = 0;
-    for (const auto& [i, j] : addon::comparison::alignRecords(keysOf(shape, a), keysOf(shape, b))) {
+    for (const auto& [i, j] : text::alignRecords(keysOf(shape, a), keysOf(shape, b))) {
       addAlone(path, a, aNext, i, b, bNext, j);
       const std::string place = fmt::format("{}[{}]", path, j);
       if (shape != nullptr) {

@@ -8,8 +8,8 @@
 #include <nlohmann/json.hpp>
 
 #include "addon/project/PlainText.h"
-#include "opc/Suggest.h"
 #include "opc/Text.h"
+#include "text/Suggest.h"
 
 namespace tool {
 
@@ -106,7 +106,7 @@ void checkRecord(const RecordShape& shape, const JsonValue& value, const Place& 
     const FieldShape* field = findField(shape, name);
     const Place member = place.member(name);
     if (field == nullptr) {
-      const std::string near(opc::suggestion(name, namesOf(shape), "there is none of that name"));
+      const std::string near(text::suggestion(name, namesOf(shape), "there is none of that name"));
       member.refuse(fmt::format("unknown field, {}", near));
     }
     checkField(*field, content, member);

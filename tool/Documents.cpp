@@ -13,9 +13,9 @@
 #include "addon/packaging/AddonSystemRequirements.h"
 #include "addon/packaging/DocumentRemoval.h"
 #include "hostarray/standin/testing.h"
-#include "opc/Suggest.h"
 #include "opc/Text.h"
 #include "opc/plservices/SchemaRoot.h"
+#include "text/Suggest.h"
 #include "tool/Errors.h"
 
 namespace tool {
@@ -160,7 +160,7 @@ const DocumentKind& findDocument(std::string_view name) {
     names.push_back(kind.shape.name);
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown document", name, opc::suggestion(name, names, all)));
+  throw UsageError(sentence("unknown document", name, text::suggestion(name, names, all)));
 }
 
 bool isPresent(const DocumentKind& kind, AddonPackage& package) {

@@ -7,7 +7,7 @@
 #include <array>
 #include <vector>
 
-#include "opc/Suggest.h"
+#include "text/Suggest.h"
 #include "tool/Errors.h"
 
 namespace tool {
@@ -70,7 +70,7 @@ std::size_t gatewaySlot(std::string_view name) {
   }
   throw UsageError(
       sentence("unknown gateway", name,
-               opc::suggestion(name, names, "'kraddon help call' lists the gateways")));
+               text::suggestion(name, names, "'kraddon help call' lists the gateways")));
 }
 
 const Gateway& gatewayAt(std::size_t slot) {

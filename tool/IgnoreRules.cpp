@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "addon/checks/Catalogue.h"
-#include "opc/Suggest.h"
 #include "opc/Text.h"
+#include "text/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
 
@@ -51,7 +51,7 @@ const FindingInfo& findingNamed(std::string_view word) {
   const std::vector<std::string> ids = findingIds();
   const std::vector<std::string_view> names(ids.begin(), ids.end());
   throw UsageError(sentence("unknown finding", word,
-                            opc::suggestion(word, names, "findings are called KR101 and so on")));
+                            text::suggestion(word, names, "findings are called KR101 and so on")));
 }
 
 IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "opc/Suggest.h"
 #include "opc/Text.h"
+#include "text/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Contents.h"
 #include "tool/Digest.h"
@@ -253,7 +253,7 @@ void checkField(const Invocation& invocation) {
   }
   if (std::find(kFields.begin(), kFields.end(), *field) != kFields.end()) return;
   const std::string all = fmt::format("the fields are {}", fmt::join(kFields, ", "));
-  throw UsageError(sentence("unknown field", *field, opc::suggestion(*field, kFields, all)));
+  throw UsageError(sentence("unknown field", *field, text::suggestion(*field, kFields, all)));
 }
 
 ExitCode run(const Invocation& invocation) {

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <string>
 
-#include "opc/ByteCount.h"
 #include "opc/interfaces/Progress.h"
+#include "text/ByteCount.h"
 #include "tool/Arguments.h"
 
 namespace tool {
@@ -42,6 +42,6 @@ class ProgressBar {
 std::string describeProgress(const opc::interfaces::Progress& progress, double seconds,
                              std::size_t width);
 
-using opc::describeBytes;
+using text::describeBytes;
 
 }  // namespace tool

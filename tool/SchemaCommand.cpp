@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "opc/Suggest.h"
+#include "text/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
 #include "tool/Output.h"
@@ -44,7 +44,7 @@ const Schema& findSchema(std::string_view name) {
     names.push_back(schema.name);
   }
   const std::string all = fmt::format("the schemas are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown schema", name, opc::suggestion(name, names, all)));
+  throw UsageError(sentence("unknown schema", name, text::suggestion(name, names, all)));
 }
 
 ExitCode run(const Invocation& invocation) {

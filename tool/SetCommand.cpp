@@ -9,8 +9,8 @@
 
 #include "addon/project/PlainText.h"
 #include "opc/Exception.h"
-#include "opc/Suggest.h"
 #include "opc/Text.h"
+#include "text/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
 #include "tool/Errors.h"
@@ -77,7 +77,7 @@ std::pair<std::string, std::string> parseAssignment(const DocumentShape& shape,
   if (std::find(known.begin(), known.end(), field) == known.end()) {
     const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
     throw UsageError(sentence("unknown field", fmt::format("{}.{}", shape.name, field),
-                              opc::suggestion(field, known, all)),
+                              text::suggestion(field, known, all)),
                      identityOf(word) ? fmt::format("'./{}' is the file of that name", word) : "");
   }
   const std::string fault = addon::project::xmlTextFault(value);

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "addon/packaging/DocumentRemoval.h"
-#include "opc/Suggest.h"
+#include "text/Suggest.h"
 #include "tool/Arguments.h"
 #include "tool/Documents.h"
 #include "tool/Errors.h"
@@ -66,7 +66,7 @@ Removal findRemoval(std::string_view name) {
     names.push_back(removal.name);
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown document", name, opc::suggestion(name, names, all)));
+  throw UsageError(sentence("unknown document", name, text::suggestion(name, names, all)));
 }
 
 /// Each name once.

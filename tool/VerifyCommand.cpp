@@ -7,9 +7,9 @@
 
 #include "addon/checks/Catalogue.h"
 #include "addon/checks/Verification.h"
-#include "opc/ByteCount.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "text/ByteCount.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
 #include "tool/FindingPrinter.h"
@@ -98,8 +98,8 @@ void printSummary(const PackageVerdict& verdict, const Settings& settings) {
   const std::string ignored =
       verdict.ignored == 0 ? "" : fmt::format(", {} ignored", verdict.ignored);
   printToStandardError(fmt::format("{}: {}, {}{}\n", opc::printable(verdict.file),
-                                   opc::counted(verdict.errors, "error"),
-                                   opc::counted(verdict.warnings, "warning"), ignored));
+                                   text::counted(verdict.errors, "error"),
+                                   text::counted(verdict.warnings, "warning"), ignored));
 }
 
 ExitCode runChecks(const Invocation& invocation) {

@@ -6,7 +6,7 @@
 #include "addon/checks/AddonChecks.h"
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/Readable.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::checks {
 
@@ -33,7 +33,7 @@ void checkTimes(AddonPackage& package, Report& report) {
     if (info.modified <= latest) return;
     const std::int64_t days = (info.modified - latest + kTolerance) / kTolerance;
     report.add(kFutureTime, "/" + std::string(info.itemName),
-               "the entry's time is " + opc::counted(static_cast<std::uint64_t>(days), "day") +
+               "the entry's time is " + text::counted(static_cast<std::uint64_t>(days), "day") +
                    " in the future");
   });
 }

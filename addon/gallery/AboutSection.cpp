@@ -4,7 +4,7 @@
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Prose.h"
 #include "addon/gallery/Sections.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -32,7 +32,7 @@ class FactList {
 std::string sizeText(const Page& page) {
   std::uint64_t bytes = 0;
   for (const PageFile& file : page.files) bytes += file.size;
-  return opc::describeBytes(bytes) + ", " + opc::describeBytes(page.packedSize) + " packed";
+  return text::describeBytes(bytes) + ", " + text::describeBytes(page.packedSize) + " packed";
 }
 
 std::string countText(const Page& page) {

@@ -2,7 +2,7 @@
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Prose.h"
 #include "addon/gallery/Sections.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -122,7 +122,7 @@ void writeLicense(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
   }
   if (page.licenseText.empty()) return;
   html.element("details", {{"class", "license"}}, [&] {
-    html.element("summary", "The terms in full, " + opc::describeBytes(page.licenseText.size()));
+    html.element("summary", "The terms in full, " + text::describeBytes(page.licenseText.size()));
     html.element("div", {{"class", "terms"}, {"dir", "auto"}}, page.licenseText);
   });
 }

@@ -5,7 +5,7 @@
 #include "addon/gallery/FolderTree.h"
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Sections.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -55,9 +55,9 @@ class FileListWriter {
   }
 
   static std::string describe(const TreeNode& node) {
-    if (!node.isFolder) return opc::describeBytes(node.size);
+    if (!node.isFolder) return text::describeBytes(node.size);
     if (node.children.empty()) return "empty";
-    return counted(node.files, "file") + ", " + opc::describeBytes(node.size);
+    return counted(node.files, "file") + ", " + text::describeBytes(node.size);
   }
 
   void writeRest(std::size_t folder, std::size_t listed) {
@@ -69,7 +69,7 @@ class FileListWriter {
       size -= tree_[node.children[i]].size;
     }
     html_.element("li", {{"class", "rest"}}, [&] {
-      html_.text("and " + counted(files, "more file") + ", " + opc::describeBytes(size));
+      html_.text("and " + counted(files, "more file") + ", " + text::describeBytes(size));
     });
     html_.newLine();
   }
@@ -86,7 +86,7 @@ void writeFileList(HtmlWriter& html, const Page& page) {
   FileListWriter list(html, tree);
   html.element("details", {{"class", "tree"}}, [&] {
     html.element("summary", "File tree: " + counted(tree.root().files, "file") + ", " +
-                                opc::describeBytes(tree.root().size));
+                                text::describeBytes(tree.root().size));
     if (!list.plan().isComplete()) {
       html.element("p", {{"class", "muted"}},
                    "There are too many files to list them all on a page: of large folders the "

@@ -4,7 +4,7 @@
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Sections.h"
 #include "addon/gallery/Treemap.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -29,8 +29,8 @@ void writeRow(HtmlWriter& html, const TreemapGroup& group, std::uint64_t total) 
       html.element("span", {{"class", color}, {"aria-hidden", "true"}}, "");
       writeIsolated(html, titleOf(group));
     });
-    html.element("td", opc::grouped(group.files));
-    html.element("td", opc::describeBytes(group.size));
+    html.element("td", text::grouped(group.files));
+    html.element("td", text::describeBytes(group.size));
     html.element("td", shareOf(group.size, total));
   });
   html.newLine();

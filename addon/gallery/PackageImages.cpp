@@ -7,7 +7,7 @@
 
 #include "addon/gallery/DataAddress.h"
 #include "addon/packaging/ScreenshotPart.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -36,12 +36,12 @@ PageImage PackageImages::file(const std::string& path) {
 
 std::string PackageImages::whyNoRoom(std::uint64_t size) const {
   if (size > kLargestImage) {
-    return fmt::format("left out: {}, and one image has {} at most", opc::describeBytes(size),
-                       opc::describeBytes(kLargestImage));
+    return fmt::format("left out: {}, and one image has {} at most", text::describeBytes(size),
+                       text::describeBytes(kLargestImage));
   }
   if (size > kAllImages - used_) {
     return fmt::format("left out: all images together have {} at most",
-                       opc::describeBytes(kAllImages));
+                       text::describeBytes(kAllImages));
   }
   return {};
 }

@@ -11,9 +11,9 @@
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
-#include "opc/Lines.h"
 #include "opc/Text.h"
 #include "opc/plservices/W3cDateTime.h"
+#include "text/Lines.h"
 
 namespace addon::gallery {
 
@@ -45,7 +45,7 @@ std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
 }
 
 bool isBlank(std::string_view text) {
-  return opc::trimmed(text).empty();
+  return text::trimmed(text).empty();
 }
 
 void readProperties(AddonPackage& package, Page& page) {

@@ -2,7 +2,7 @@
 #include "addon/gallery/Pieces.h"
 
 #include "addon/gallery/PlainAddress.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -13,7 +13,7 @@ constexpr std::size_t kDayLength = 10;  // "2026-02-01"
 }  // namespace
 
 std::string counted(std::uint64_t count, std::string_view noun) {
-  return opc::counted(count, noun, opc::Digits::Grouped);
+  return text::counted(count, noun, text::Digits::Grouped);
 }
 
 std::string_view lastName(std::string_view path) {

@@ -10,12 +10,12 @@
 
 #include "addon/gallery/ProseSpans.h"
 #include "addon/gallery/ProseTable.h"
-#include "opc/Lines.h"
+#include "text/Lines.h"
 
 namespace addon::gallery {
 
-using opc::linesOf;
-using opc::trimmed;
+using text::linesOf;
+using text::trimmed;
 
 namespace {
 
@@ -96,7 +96,7 @@ class ProseWriter {
     const std::string_view line = lines_[at_];
     if (trimmed(line).empty()) {
       ++at_;
-    } else if (const std::string_view fence = opc::fenceOf(line); !fence.empty()) {
+    } else if (const std::string_view fence = text::fenceOf(line); !fence.empty()) {
       writeCode(fence);
     } else if (const auto heading = headingOf(line)) {
       ++at_;
@@ -113,7 +113,7 @@ class ProseWriter {
 
   bool isEndOfParagraph() const {
     const std::string_view line = lines_[at_];
-    return trimmed(line).empty() || !opc::fenceOf(line).empty() || headingOf(line) ||
+    return trimmed(line).empty() || !text::fenceOf(line).empty() || headingOf(line) ||
            listItemOf(line) || isTable();
   }
 

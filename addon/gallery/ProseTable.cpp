@@ -3,13 +3,13 @@
 
 #include <algorithm>
 
-#include "opc/Lines.h"
+#include "text/Lines.h"
 
 namespace addon::gallery {
 
 namespace {
 
-using opc::trimmed;
+using text::trimmed;
 
 /// "---", ":-:"
 bool isRule(std::string_view cell) {

@@ -4,7 +4,7 @@
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Sections.h"
 #include "addon/gallery/Treemap.h"
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 namespace addon::gallery {
 
@@ -108,7 +108,7 @@ class TreemapWriter {
     std::string what = cell.path;
     if (what.empty()) what = counted(cell.files, "smaller file") + " of " + std::string(group);
     html_.element("g", [&] {
-      html_.element("title", what + ", " + opc::describeBytes(cell.size));
+      html_.element("title", what + ", " + text::describeBytes(cell.size));
       writeBox("cell", box, [&] { content(Labels(html_, box)); });
     });
   }
@@ -116,7 +116,7 @@ class TreemapWriter {
   static void writeLabels(const TreemapCell& cell, Labels& labels) {
     const std::string name =
         cell.path.empty() ? counted(cell.files, "other") : std::string(lastName(cell.path));
-    if (labels.write("name", name)) labels.write("size", opc::describeBytes(cell.size));
+    if (labels.write("name", name)) labels.write("size", text::describeBytes(cell.size));
   }
 
   /// A picture of its own, which cuts off what is too wide for it after all.

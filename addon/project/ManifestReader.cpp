@@ -13,8 +13,8 @@
 #include "addon/project/ManifestKeys.h"
 #include "addon/project/PlainText.h"
 #include "addon/project/TomlKeys.h"
-#include "opc/Suggest.h"
 #include "opc/Text.h"
+#include "text/Suggest.h"
 
 namespace addon::project {
 
@@ -264,7 +264,7 @@ class TableReader {
       all += (one == known_.front() ? "" : ", ") + std::string(one);
     }
     faults_.add(begin(key), "unknown key '" + pathOf(key.str()) +
-                                "': " + opc::suggestion(key.str(), known_, all));
+                                "': " + text::suggestion(key.str(), known_, all));
   }
 
   static std::string pathOf(const std::string& array, std::size_t index) {

@@ -4,17 +4,17 @@
 #include <string>
 #include <string_view>
 
-#include "opc/Lines.h"
 #include "opc/Text.h"
+#include "text/Lines.h"
 
 namespace addon::project {
 
-using opc::fenceOf;
 using opc::isAsciiBlank;
 using opc::isAsciiDigit;
 using opc::isAsciiLetterOrDigit;
-using opc::linesOf;
-using opc::trimmed;
+using text::fenceOf;
+using text::linesOf;
+using text::trimmed;
 
 /// Whether a manifest can carry the text: it is UTF-8, and holds no control characters but tabs and
 /// line ends, nor the two characters that XML has not either.

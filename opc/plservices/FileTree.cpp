@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "opc/Exception.h"
+#include "opc/KeyedHash.h"
 #include "opc/Text.h"
-#include "opc/plservices/KeyedHash.h"
 
 namespace opc::plservices {
 namespace {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "opc/Lines.h"
+#include "text/Lines.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using opc::fenceOf;
-using opc::linesOf;
-using opc::trimmed;
+using text::fenceOf;
+using text::linesOf;
+using text::trimmed;
 using Texts = std::vector<std::string_view>;
 
 TEST(Lines, AreTrimmedOfAllBlanksAtBothEnds) {

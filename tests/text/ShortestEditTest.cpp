@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/ShortestEdit.h"
+#include "text/ShortestEdit.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 
 namespace {
 
-using addon::comparison::Edit;
-using addon::comparison::findShortestEdit;
+using text::Edit;
+using text::findShortestEdit;
 using Elements = std::vector<std::uint32_t>;
 
 constexpr std::uint64_t kPlenty = 100'000'000;

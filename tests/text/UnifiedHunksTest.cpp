@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/UnifiedHunks.h"
+#include "text/UnifiedHunks.h"
 
 #include <gtest/gtest.h>
 
@@ -11,22 +11,22 @@
 
 namespace {
 
-using addon::comparison::HunkLine;
-using addon::comparison::Lines;
-using addon::comparison::patchName;
-using addon::comparison::splitLines;
+using text::HunkLine;
+using text::Lines;
+using text::patchName;
+using text::splitLines;
 
 std::string hunks(std::string_view a, std::string_view b) {
   const Lines aLines = splitLines(a);
   const Lines bLines = splitLines(b);
   std::string text;
-  addon::comparison::visitHunks(aLines, bLines, addon::comparison::compareLines(aLines, bLines),
-                                [&](HunkLine kind, std::string_view line) {
-                                  if (kind == HunkLine::Same) text += ' ';
-                                  if (kind == HunkLine::Removed) text += '-';
-                                  if (kind == HunkLine::Added) text += '+';
-                                  text.append(line) += '\n';
-                                });
+  text::visitHunks(aLines, bLines, text::compareLines(aLines, bLines),
+                   [&](HunkLine kind, std::string_view line) {
+                     if (kind == HunkLine::Same) text += ' ';
+                     if (kind == HunkLine::Removed) text += '-';
+                     if (kind == HunkLine::Added) text += '+';
+                     text.append(line) += '\n';
+                   });
   return text;
 }
 

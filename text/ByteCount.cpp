@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "opc/ByteCount.h"
+#include "text/ByteCount.h"
 
 #include <array>
 
-namespace opc {
+namespace text {
 
 std::string describeBytes(std::uint64_t bytes) {
   static constexpr std::array kUnits{" kB", " MB", " GB", " TB", " PB", " EB"};
@@ -36,4 +36,4 @@ std::string counted(std::uint64_t count, std::string_view noun, Digits digits) {
   return text;
 }
 
-}  // namespace opc
+}  // namespace text

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/Suggest.h"
+#include "text/Suggest.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 
 #include "opc/Text.h"
 
-namespace opc {
+namespace text {
 
 namespace {
 
@@ -21,8 +21,8 @@ bool isNear(std::string_view word, std::string_view candidate, std::size_t dista
 }  // namespace
 
 std::size_t editDistance(std::string_view a, std::string_view b) {
-  const std::string x = toLowerAscii(a);
-  const std::string y = toLowerAscii(b);
+  const std::string x = opc::toLowerAscii(a);
+  const std::string y = opc::toLowerAscii(b);
   std::array<std::vector<std::size_t>, 3> rows;
   for (auto& row : rows) row.resize(y.size() + 1);
   for (std::size_t j = 0; j <= y.size(); ++j) rows[0][j] = j;
@@ -64,4 +64,4 @@ std::string suggestion(std::string_view word, std::span<const std::string_view> 
   return best.empty() ? std::string(otherwise) : "did you mean '" + std::string(best) + "'?";
 }
 
-}  // namespace opc
+}  // namespace text

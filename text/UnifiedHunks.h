@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "addon/comparison/LineDifference.h"
+#include "text/LineDifference.h"
 
-namespace addon::comparison {
+namespace text {
 
 /// What a line of a unified difference is.
 enum class HunkLine { Header, Same, Removed, Added, NoLineEnd };
@@ -24,4 +24,4 @@ void visitHunks(std::span<const std::string_view> a, std::span<const std::string
 /// control characters is quoted; one with a blank is followed by a tab.
 std::string patchName(std::string_view path);
 
-}  // namespace addon::comparison
+}  // namespace text

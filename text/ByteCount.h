@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace opc {
+namespace text {
 
 /// "3.1 MB": three digits at most, in powers of 1000.
 std::string describeBytes(std::uint64_t bytes);
@@ -18,4 +18,4 @@ enum class Digits { Plain, Grouped };
 /// "1 file", "12345 files"; "12,345 files" when grouped.
 std::string counted(std::uint64_t count, std::string_view noun, Digits digits = Digits::Plain);
 
-}  // namespace opc
+}  // namespace text

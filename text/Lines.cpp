@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "opc/Lines.h"
+#include "text/Lines.h"
 
 #include <algorithm>
 
 #include "opc/Text.h"
 
-namespace opc {
+namespace text {
 
 std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isAsciiBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isAsciiBlank(text.back())) text.remove_suffix(1);
+  while (!text.empty() && opc::isAsciiBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && opc::isAsciiBlank(text.back())) text.remove_suffix(1);
   return text;
 }
 
@@ -34,4 +34,4 @@ std::string_view fenceOf(std::string_view line) {
   return isInline ? std::string_view() : line.substr(0, length);
 }
 
-}  // namespace opc
+}  // namespace text

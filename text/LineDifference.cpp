@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/LineDifference.h"
+#include "text/LineDifference.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <unordered_map>
 
-#include "addon/comparison/ShortestEdit.h"
-#include "opc/plservices/KeyedHash.h"
+#include "opc/KeyedHash.h"
+#include "text/ShortestEdit.h"
 
-namespace addon::comparison {
+namespace text {
 
 namespace {
 
@@ -20,9 +20,7 @@ constexpr std::uint64_t kMostSteps = 200'000'000;
 using LineSpan = std::span<const std::string_view>;
 
 struct LineHash {
-  std::size_t operator()(std::string_view line) const noexcept {
-    return opc::plservices::keyedHash(line, 0);
-  }
+  std::size_t operator()(std::string_view line) const noexcept { return opc::keyedHash(line, 0); }
 };
 
 /// The lines of a text that stand in the other text too, as numbers: same line, same number.
@@ -136,4 +134,4 @@ std::vector<ChangedBlock> compareLines(LineSpan a, LineSpan b) {
   return blocks.take();
 }
 
-}  // namespace addon::comparison
+}  // namespace text

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/plservices/KeyedHash.h"
+#include "opc/KeyedHash.h"
 
 #include <unistd.h>
 
@@ -8,7 +8,7 @@
 
 #include "opc/Words.h"
 
-namespace opc::plservices {
+namespace opc {
 namespace {
 
 struct Key {
@@ -73,4 +73,4 @@ std::uint64_t keyedHash(std::string_view bytes, std::uint64_t salt) noexcept {
   return state.finish();
 }
 
-}  // namespace opc::plservices
+}  // namespace opc

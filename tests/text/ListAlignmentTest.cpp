@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/ListAlignment.h"
+#include "text/ListAlignment.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using addon::comparison::alignRecords;
-using addon::comparison::RecordKeys;
-using addon::comparison::RecordPair;
+using text::alignRecords;
+using text::RecordKeys;
+using text::RecordPair;
 using Pairs = std::vector<RecordPair>;
 using Records = std::vector<RecordKeys>;
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/ShortestEdit.h"
+#include "text/ShortestEdit.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <optional>
 
-namespace addon::comparison {
+namespace text {
 
 namespace {
 
@@ -206,4 +206,4 @@ Edit findShortestEdit(Elements a, Elements b, std::uint64_t maxSteps) {
   return Search(a, b, maxSteps).run();
 }
 
-}  // namespace addon::comparison
+}  // namespace text

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/ListAlignment.h"
+#include "text/ListAlignment.h"
 
 #include <algorithm>
 #include <map>
 #include <string_view>
 
-namespace addon::comparison {
+namespace text {
 
 namespace {
 
@@ -104,4 +104,4 @@ std::vector<RecordPair> alignRecords(const std::vector<RecordKeys>& a,
   return inOrder(matching.pairs());
 }
 
-}  // namespace addon::comparison
+}  // namespace text

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/UnifiedHunks.h"
+#include "text/UnifiedHunks.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
 
-namespace addon::comparison {
+namespace text {
 
 namespace {
 
@@ -101,4 +101,4 @@ std::string patchName(std::string_view path) {
   return text + '"';
 }
 
-}  // namespace addon::comparison
+}  // namespace text

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace opc {
+namespace text {
 
 /// How many letters must be changed, added, removed or swapped with their neighbour to make `b` of
 /// `a`; case does not count.
@@ -19,4 +19,4 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
 std::string suggestion(std::string_view word, std::span<const std::string_view> candidates,
                        std::string_view otherwise);
 
-}  // namespace opc
+}  // namespace text

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace addon::comparison {
+namespace text {
 
 /// What a record of a list is recognised by in another version of the list.
 struct RecordKeys {
@@ -24,4 +24,4 @@ using RecordPair = std::pair<std::size_t, std::size_t>;
 std::vector<RecordPair> alignRecords(const std::vector<RecordKeys>& a,
                                      const std::vector<RecordKeys>& b);
 
-}  // namespace addon::comparison
+}  // namespace text

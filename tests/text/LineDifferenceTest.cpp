@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/comparison/LineDifference.h"
+#include "text/LineDifference.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 
 namespace {
 
-using addon::comparison::ChangedBlock;
-using addon::comparison::compareLines;
-using addon::comparison::Lines;
-using addon::comparison::splitLines;
+using text::ChangedBlock;
+using text::compareLines;
+using text::Lines;
+using text::splitLines;
 using Blocks = std::vector<ChangedBlock>;
 
 Blocks compare(std::string_view a, std::string_view b) {

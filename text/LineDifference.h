@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace addon::comparison {
+namespace text {
 
 /// Lines [aBegin, aEnd) of the first text have become lines [bBegin, bEnd) of the second.
 struct ChangedBlock {
@@ -28,4 +28,4 @@ Lines splitLines(std::string_view text);
 std::vector<ChangedBlock> compareLines(std::span<const std::string_view> a,
                                        std::span<const std::string_view> b);
 
-}  // namespace addon::comparison
+}  // namespace text

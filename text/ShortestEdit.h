@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-namespace addon::comparison {
+namespace text {
 
 /// Which elements of two sequences do not stand in the other one. What is left when they are taken
 /// away is the same on both sides.
@@ -20,4 +20,4 @@ struct Edit {
 Edit findShortestEdit(std::span<const std::uint32_t> a, std::span<const std::uint32_t> b,
                       std::uint64_t maxSteps);
 
-}  // namespace addon::comparison
+}  // namespace text

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace opc {
+namespace text {
 
 // Plain text that people wrote, and its lines.
 
@@ -19,4 +19,4 @@ std::vector<std::string_view> linesOf(std::string_view text);
 /// every other line. "```a``` is code" begins none. The same mark, alone on a line, ends the block.
 std::string_view fenceOf(std::string_view line);
 
-}  // namespace opc
+}  // namespace text

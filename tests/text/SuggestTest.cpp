@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "text/Suggest.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+namespace {
+
+constexpr std::array<std::string_view, 5> kWords{"create", "extract", "get", "set", "properties"};
+
+TEST(Suggest, CountsLettersChangedAddedRemovedAndSwapped) {
+  EXPECT_EQ(text::editDistance("", "abc"), 3u);
+  EXPECT_EQ(text::editDistance("craete", "create"), 1u);
+  EXPECT_EQ(text::editDistance("kitten", "sitting"), 3u);
+  EXPECT_EQ(text::editDistance("NAME", "name"), 0u);
+}
+
+TEST(Suggest, FindsTheNearestWord) {
+  EXPECT_EQ(text::nearest("craete", kWords), "create");
+  EXPECT_EQ(text::nearest("extrakt", kWords), "extract");
+  EXPECT_EQ(text::nearest("prop", kWords), "properties");
+}
+
+TEST(Suggest, FindsNothingForAWordThatIsFarFromAll) {
+  EXPECT_EQ(text::nearest("verify", kWords), "");
+  EXPECT_EQ(text::nearest("", kWords), "");
+  EXPECT_EQ(text::nearest(std::string(1000000, 'x'), kWords), "");
+}
+
+TEST(Suggest, SaysSomethingElseWhenNothingIsNear) {
+  EXPECT_EQ(text::suggestion("gt", kWords, "none"), "did you mean 'get'?");
+  EXPECT_EQ(text::suggestion("qqqqqq", kWords, "none"), "none");
+}
+
+}  // namespace
