@@ -13,7 +13,7 @@ pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(libmd REQUIRED IMPORTED_TARGET libmd)
 pkg_check_modules(tomlplusplus REQUIRED tomlplusplus)  # headers alone
 
-# Linked statically, Xerces-C does without its network accessor: see opc/model/NoNetwork.cpp. A
+# Linked statically, Xerces-C does without its network accessor: see opc/model/detail/NoNetwork.cpp. A
 # shared library cannot have it so, since Debian's archive is not position independent.
 find_library(KRADDON_XERCES_ARCHIVE libxerces-c.a)
 mark_as_advanced(KRADDON_XERCES_ARCHIVE)

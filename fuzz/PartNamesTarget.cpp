@@ -6,7 +6,7 @@
 #include "opc/Text.h"
 #include "opc/model/NameKey.h"
 #include "opc/model/PartName.h"
-#include "opc/model/TargetResolution.h"
+#include "opc/model/detail/TargetResolution.h"
 
 namespace {
 
@@ -74,14 +74,14 @@ std::optional<PartName> checkName(std::string_view text) {
 }
 
 void checkTarget(const std::string& source, std::string_view text) {
-  const auto resolved =
-      fuzz::unlessRefused([&] { return opc::model::resolveTarget(source, opc::fromUtf8(text)); });
+  const auto resolved = fuzz::unlessRefused(
+      [&] { return opc::model::detail::resolveTarget(source, opc::fromUtf8(text)); });
   if (!resolved) return;
   const PartName& name = resolved->name;
   require(opc::model::findNameFault(name.itemName()) == nullptr, "a target is a part name");
   require(resolved->fragment.empty() || resolved->fragment.front() == u'#', "'#' begins it");
   const std::u16string stored = opc::fromUtf8(name.canonical()) + resolved->fragment;
-  const auto again = opc::model::resolveTarget("another/source.xml", stored);
+  const auto again = opc::model::detail::resolveTarget("another/source.xml", stored);
   require(again.name.canonical() == name.canonical(), "a resolved target resolves to itself");
   require(again.fragment == resolved->fragment, "a fragment is kept");
   require(!again.mended, "a resolved target needs no mending");

@@ -10,7 +10,9 @@
 #include "opc/model/NameCharacters.h"
 #include "opc/model/NameKey.h"
 #include "opc/model/PartName.h"
-#include "opc/model/XmlWriting.h"
+#include "opc/model/XercesHelper.h"
+#include "opc/model/detail/ContentTypesReader.h"
+#include "opc/model/detail/XmlWriting.h"
 
 namespace opc::model {
 namespace {
@@ -43,28 +45,28 @@ std::uint32_t nextNumber(std::size_t count) {
 constexpr std::string_view kEndOfDocument = "</Types>";
 
 std::string startOfDocument() {
-  std::string xml(kXmlDeclaration);
+  std::string xml(detail::kXmlDeclaration);
   xml += "<Types";
-  appendAttribute(xml, "xmlns", toUtf8(kContentTypesNamespace));
+  detail::appendAttribute(xml, "xmlns", toUtf8(kContentTypesNamespace));
   return xml += '>';
 }
 
 void appendEntry(std::string& xml, const ContentTypes::Default& entry) {
   xml += "<Default";
-  appendAttribute(xml, "Extension", entry.extension);
-  appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
+  detail::appendAttribute(xml, "Extension", entry.extension);
+  detail::appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
   xml += "/>";
 }
 
 void appendEntry(std::string& xml, const ContentTypes::Override& entry) {
   xml += "<Override";
-  appendAttribute(xml, "PartName", "/" + entry.itemName);
-  appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
+  detail::appendAttribute(xml, "PartName", "/" + entry.itemName);
+  detail::appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
   xml += "/>";
 }
 
 template <typename Entry>
-ElementSize sizeOf(const Entry& entry) {
+detail::ElementSize sizeOf(const Entry& entry) {
   std::string xml;
   appendEntry(xml, entry);
   return {xml.size(), 3};
@@ -77,13 +79,14 @@ std::string shown(const std::string& text) {
 
 void checkLengths(const std::string& itemName, const ContentType& type) {
   const std::string written = type.withoutBlanks();
-  if (!isReadableLength(written.size())) {
-    throw unreadableLength(
+  if (!detail::isReadableLength(written.size())) {
+    throw detail::unreadableLength(
         "content type '" + shown(written) + "' of '/" + shown(itemName) + "': it", written.size());
   }
   const std::size_t nameLength = itemName.size() + 1;
-  if (!isReadableLength(nameLength)) {
-    throw unreadableLength("content type of '/" + shown(itemName) + "': the name", nameLength);
+  if (!detail::isReadableLength(nameLength)) {
+    throw detail::unreadableLength("content type of '/" + shown(itemName) + "': the name",
+                                   nameLength);
   }
 }
 
@@ -141,17 +144,17 @@ void ContentTypes::addOverride(std::string_view itemName, const ContentType& typ
   changed_ = true;
 }
 
-DocumentSize& ContentTypes::size() {
+detail::DocumentSize& ContentTypes::size() {
   if (size_) return *size_;
-  DocumentSize size({startOfDocument().size() + kEndOfDocument.size(), 2});
+  detail::DocumentSize size({startOfDocument().size() + kEndOfDocument.size(), 2});
   for (const Default& entry : defaults_) size.add(sizeOf(entry));
   for (const Override& entry : overrides_) size.add(sizeOf(entry));
   return size_.emplace(size);
 }
 
-void ContentTypes::requireRoom(const ElementSize& needed, std::string_view itemName) {
+void ContentTypes::requireRoom(const detail::ElementSize& needed, std::string_view itemName) {
   if (size().hasRoomFor(needed)) return;
-  throw noRoom("content type of '/" + shown(std::string(itemName)) + "'");
+  throw detail::noRoom("content type of '/" + shown(std::string(itemName)) + "'");
 }
 
 bool ContentTypes::mayBecomeDefault(std::string_view extension, const ContentType& type) const {
@@ -214,6 +217,16 @@ std::string ContentTypes::toXml() const {
   for (const auto& [key, entry] : defaults) appendEntry(xml, *entry);
   for (const auto& [key, entry] : overrides) appendEntry(xml, *entry);
   return xml += kEndOfDocument;
+}
+
+ContentTypes ContentTypes::read(InputStream& stream, FaultSink& faults) {
+  const ParserPointer parser = XercesHelper::createParser();
+  const xercesc::DOMDocument* document =
+      XercesHelper::readDocumentFromStream(parser, stream, false, {}, kContentTypesNamespace);
+  ContentTypes types;
+  detail::readContentTypes(*document->getDocumentElement(), types, faults);
+  types.setUnchanged();
+  return types;
 }
 
 }  // namespace opc::model

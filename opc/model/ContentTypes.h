@@ -9,9 +9,9 @@
 
 #include "opc/Streams.h"
 #include "opc/model/ContentType.h"
-#include "opc/model/DocumentSize.h"
 #include "opc/model/FaultSink.h"
 #include "opc/model/HashIndex.h"
+#include "opc/model/detail/DocumentSize.h"
 
 namespace opc::model {
 
@@ -64,14 +64,14 @@ class ContentTypes {
   const std::uint32_t* overrideIndex(std::uint64_t hash, std::string_view itemName) const;
 
   bool mayBecomeDefault(std::string_view extension, const ContentType& type) const;
-  void requireRoom(const ElementSize& needed, std::string_view itemName);
-  DocumentSize& size();
+  void requireRoom(const detail::ElementSize& needed, std::string_view itemName);
+  detail::DocumentSize& size();
 
   std::vector<Default> defaults_;
   std::vector<Override> overrides_;
   HashIndex<std::uint32_t> defaultByExtension_;
   HashIndex<std::uint32_t> overrideByName_;
-  std::optional<DocumentSize> size_;  // of the text, counted when it is first asked for
+  std::optional<detail::DocumentSize> size_;  // of the text, counted when it is first asked for
   bool changed_ = false;
 };
 

@@ -6,7 +6,7 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/model/NameKey.h"
-#include "opc/model/PackageState.h"
+#include "opc/model/detail/PackageState.h"
 
 namespace opc::model {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "opc/Exception.h"
 #include "opc/model/Package.h"
-#include "opc/model/PackageState.h"
+#include "opc/model/detail/PackageState.h"
 
 namespace opc::model {
 

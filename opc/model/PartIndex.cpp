@@ -3,9 +3,9 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
-#include "opc/model/FolderPath.h"
 #include "opc/model/NameKey.h"
-#include "opc/model/PartIndexLoader.h"
+#include "opc/model/detail/FolderPath.h"
+#include "opc/model/detail/PartIndexLoader.h"
 
 namespace opc::model {
 
@@ -46,7 +46,7 @@ std::vector<ItemIndex> PartIndex::findContentTypes(const interfaces::IPhysicalPa
 }
 
 void PartIndex::load(const ContentTypes& types, FaultSink& faults) {
-  PartIndexLoader(*this, types, faults).load();
+  detail::PartIndexLoader(*this, types, faults).load();
 }
 
 const std::uint32_t* PartIndex::lookUp(std::uint64_t hash, std::string_view itemName) const {
@@ -96,7 +96,7 @@ bool PartIndex::hasPartBelow(std::string_view itemName) const {
 }
 
 std::string_view PartIndex::partAbove(std::string_view itemName) const {
-  const FolderPath path(itemName);
+  const detail::FolderPath path(itemName);
   for (auto step = path.steps().rbegin(); step != path.steps().rend(); ++step) {
     const std::string_view folder = itemName.substr(0, step->length);
     // A folder that parts lie in, and those above it, are known to be no parts.

@@ -12,12 +12,16 @@
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/model/ContentTypes.h"
 #include "opc/model/FaultSink.h"
-#include "opc/model/FolderSet.h"
 #include "opc/model/HashIndex.h"
 #include "opc/model/Part.h"
 #include "opc/model/PieceSequences.h"
+#include "opc/model/detail/FolderSet.h"
 
 namespace opc::model {
+
+namespace detail {
+class PartIndexLoader;
+}
 
 /// What an item, or a sequence of pieces, is to the package.
 enum class ItemRole : std::uint8_t {
@@ -89,7 +93,7 @@ class PartIndex {
   bool isUntypedExtension(std::string_view extension) const;
 
  private:
-  friend class PartIndexLoader;
+  friend class detail::PartIndexLoader;
   struct Sequence {
     std::string_view name;
     std::vector<interfaces::ItemIndex> items;
@@ -102,7 +106,7 @@ class PartIndex {
 
   interfaces::IPhysicalPackage& physical_;
   HashIndex<std::uint32_t> parts_;
-  FolderSet folders_;
+  detail::FolderSet folders_;
   std::vector<ItemRole> roles_;
   std::vector<Sequence> sequences_;
   std::unordered_map<PartId, interfaces::ItemIndex> replaced_;

@@ -10,9 +10,11 @@
 #include "opc/model/DomText.h"
 #include "opc/model/FormatConstants.h"
 #include "opc/model/PartName.h"
-#include "opc/model/TargetResolution.h"
-#include "opc/model/XmlCharacters.h"
-#include "opc/model/XmlWriting.h"
+#include "opc/model/XercesHelper.h"
+#include "opc/model/detail/RelationshipsReader.h"
+#include "opc/model/detail/TargetResolution.h"
+#include "opc/model/detail/XmlCharacters.h"
+#include "opc/model/detail/XmlWriting.h"
 
 namespace opc::model {
 namespace {
@@ -23,7 +25,7 @@ bool isReservedId(std::u16string_view id) {
 }
 
 void requireText(std::u16string_view text, const char* what) {
-  if (isXmlText(text)) return;
+  if (detail::isXmlText(text)) return;
   throw Exception(ErrorCode::InvalidText, std::string("relationship ") + what + " '" +
                                               toUtf8ForDisplay(text) +
                                               "': it holds characters that XML cannot carry");
@@ -38,23 +40,24 @@ bool isExternal(const Relationship& relationship) {
 }
 
 std::string startOfDocument() {
-  std::string xml(kXmlDeclaration);
+  std::string xml(detail::kXmlDeclaration);
   xml += "<Relationships";
-  appendAttribute(xml, "xmlns", toUtf8(kRelationshipsNamespace));
+  detail::appendAttribute(xml, "xmlns", toUtf8(kRelationshipsNamespace));
   return xml += '>';
 }
 
 void appendEntry(std::string& xml, const RelationshipSet::Entry& entry) {
   const Relationship& relationship = entry.relationship;
   xml += "<Relationship";
-  appendAttribute(xml, "Id", toUtf8(relationship.getId()));
-  appendAttribute(xml, "Type", toUtf8(relationship.getType()));
-  appendAttribute(xml, "Target", toUtf8(relationship.getTargetURI().toString() + entry.fragment));
-  if (isExternal(relationship)) appendAttribute(xml, "TargetMode", "External");
+  detail::appendAttribute(xml, "Id", toUtf8(relationship.getId()));
+  detail::appendAttribute(xml, "Type", toUtf8(relationship.getType()));
+  detail::appendAttribute(xml, "Target",
+                          toUtf8(relationship.getTargetURI().toString() + entry.fragment));
+  if (isExternal(relationship)) detail::appendAttribute(xml, "TargetMode", "External");
   xml += "/>";
 }
 
-ElementSize sizeOf(const RelationshipSet::Entry& entry) {
+detail::ElementSize sizeOf(const RelationshipSet::Entry& entry) {
   std::string xml;
   appendEntry(xml, entry);
   return {xml.size(), isExternal(entry.relationship) ? 5u : 4u};
@@ -108,9 +111,9 @@ std::u16string RelationshipSet::freshId(std::uint64_t& lastGenerated) const {
   return id;
 }
 
-DocumentSize& RelationshipSet::size() {
+detail::DocumentSize& RelationshipSet::size() {
   if (size_) return *size_;
-  DocumentSize size({startOfDocument().size() + kEndOfDocument.size(), 2});
+  detail::DocumentSize size({startOfDocument().size() + kEndOfDocument.size(), 2});
   for (const Entry& entry : entries_) size.add(sizeOf(entry));
   return size_.emplace(size);
 }
@@ -118,9 +121,10 @@ DocumentSize& RelationshipSet::size() {
 void RelationshipSet::checkNew(std::u16string_view id, std::u16string_view type,
                                TargetMode mode) const {
   constexpr std::size_t kShownOfId = 64;
-  if (!isReadableLength(utf8Length(id))) {
-    throw unreadableLength(describe(std::u16string(id.substr(0, kShownOfId)) + u"...") + ": its id",
-                           utf8Length(id));
+  if (!detail::isReadableLength(detail::utf8Length(id))) {
+    throw detail::unreadableLength(
+        describe(std::u16string(id.substr(0, kShownOfId)) + u"...") + ": its id",
+        detail::utf8Length(id));
   }
   if (!xercesc::XMLChar1_0::isValidNCName(id.data(), id.size())) {
     throw refused("RL-4", describe(id), "the id is no XML name without colon");
@@ -137,14 +141,14 @@ void RelationshipSet::checkNew(std::u16string_view id, std::u16string_view type,
 
 void RelationshipSet::checkLengths(const Entry& entry) const {
   const Relationship& relationship = entry.relationship;
-  const std::size_t type = utf8Length(relationship.getType());
-  if (!isReadableLength(type)) {
-    throw unreadableLength(describe(relationship.getId()) + ": its type", type);
+  const std::size_t type = detail::utf8Length(relationship.getType());
+  if (!detail::isReadableLength(type)) {
+    throw detail::unreadableLength(describe(relationship.getId()) + ": its type", type);
   }
-  const std::size_t target =
-      utf8Length(relationship.getTargetURI().toString()) + utf8Length(entry.fragment);
-  if (!isReadableLength(target)) {
-    throw unreadableLength(describe(relationship.getId()) + ": its target", target);
+  const std::size_t target = detail::utf8Length(relationship.getTargetURI().toString()) +
+                             detail::utf8Length(entry.fragment);
+  if (!detail::isReadableLength(target)) {
+    throw detail::unreadableLength(describe(relationship.getId()) + ": its target", target);
   }
 }
 
@@ -156,8 +160,8 @@ const Relationship& RelationshipSet::add(std::u16string_view type, URI target, T
   Entry entry{Relationship(newId, std::u16string(type), std::move(target), mode),
               std::move(fragment), false};
   checkLengths(entry);
-  const ElementSize needed = sizeOf(entry);
-  if (!size().hasRoomFor(needed)) throw noRoom(describe(newId));
+  const detail::ElementSize needed = sizeOf(entry);
+  if (!size().hasRoomFor(needed)) throw detail::noRoom(describe(newId));
 
   addStored(std::move(entry));
   size().add(needed);
@@ -168,7 +172,7 @@ const Relationship& RelationshipSet::add(std::u16string_view type, URI target, T
 
 const Relationship& RelationshipSet::addInternal(std::u16string_view type, const URI& target,
                                                  std::u16string_view id) {
-  ResolvedTarget resolved = resolveTarget(source_, target.toString());
+  detail::ResolvedTarget resolved = detail::resolveTarget(source_, target.toString());
   const std::string what = "internal target '" + toUtf8ForDisplay(target.toString()) + "'";
   if (resolved.mended) throw refused("RL-8", what, "it is not spelled as a part name");
   if (resolved.name.isRelationshipsPartName()) {
@@ -202,6 +206,16 @@ std::string RelationshipSet::toXml() const {
   std::string xml = startOfDocument();
   for (const Entry& entry : entries_) appendEntry(xml, entry);
   return xml += kEndOfDocument;
+}
+
+RelationshipSet RelationshipSet::read(std::string sourceItemName, InputStream& stream,
+                                      FaultSink& faults) {
+  const ParserPointer parser = XercesHelper::createParser();
+  const xercesc::DOMDocument* document =
+      XercesHelper::readDocumentFromStream(parser, stream, false, {}, kRelationshipsNamespace);
+  RelationshipSet set(std::move(sourceItemName));
+  detail::readRelationships(*document->getDocumentElement(), set, faults);
+  return set;
 }
 
 }  // namespace opc::model

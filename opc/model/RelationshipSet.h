@@ -10,11 +10,15 @@
 
 #include "opc/Exception.h"
 #include "opc/Streams.h"
-#include "opc/model/DocumentSize.h"
 #include "opc/model/FaultSink.h"
 #include "opc/model/Relationship.h"
+#include "opc/model/detail/DocumentSize.h"
 
 namespace opc::model {
+
+namespace detail {
+class RelationshipsReader;
+}
 
 /// The relationships of one source, in the order in which they are stored.
 class RelationshipSet {
@@ -58,7 +62,7 @@ class RelationshipSet {
   void setUnchanged() { changed_ = false; }
 
  private:
-  friend class RelationshipsReader;
+  friend class detail::RelationshipsReader;
 
   void addStored(Entry entry);
   const Relationship& add(std::u16string_view type, URI target, TargetMode mode,
@@ -66,7 +70,7 @@ class RelationshipSet {
   void checkNew(std::u16string_view id, std::u16string_view type, TargetMode mode) const;
   void checkLengths(const Entry& entry) const;
   std::u16string freshId(std::uint64_t& lastGenerated) const;
-  DocumentSize& size();
+  detail::DocumentSize& size();
   std::string describe(std::u16string_view id) const;
   Exception unknownId(std::u16string_view id) const;
 
@@ -74,8 +78,8 @@ class RelationshipSet {
   std::list<Entry> entries_;
   std::map<std::u16string_view, std::list<Entry>::iterator, std::less<>> byId_;
   std::uint64_t lastGenerated_ = 0;
-  std::size_t coreProperties_ = 0;    // how many relationships of that type
-  std::optional<DocumentSize> size_;  // of the text, counted when it is first asked for
+  std::size_t coreProperties_ = 0;            // how many relationships of that type
+  std::optional<detail::DocumentSize> size_;  // of the text, counted when it is first asked for
   bool changed_ = false;
 };
 

@@ -5,9 +5,9 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "opc/model/XercesErrors.h"
-#include "opc/model/XercesMemory.h"
 #include "opc/model/XercesParser.h"
-#include "opc/model/XmlWriteCheck.h"
+#include "opc/model/detail/XercesMemory.h"
+#include "opc/model/detail/XmlWriteCheck.h"
 
 namespace opc::model {
 namespace {
@@ -96,13 +96,13 @@ const DOMNode* nextNode(const DOMNode* node, const DOMNode* top) {
 }  // namespace
 
 XercesGuard::XercesGuard() {
-  translatingXercesErrors("cannot start Xerces-C", [] { startXerces(); });
+  translatingXercesErrors("cannot start Xerces-C", [] { detail::startXerces(); });
 }
 
 XercesGuard::XercesGuard(const XercesGuard&) : XercesGuard() {}
 
 XercesGuard::~XercesGuard() {
-  stopXerces();
+  detail::stopXerces();
 }
 
 void XercesParserDeleter::operator()(XercesParser* parser) const {
@@ -143,7 +143,7 @@ void XercesHelper::writeDocumentToStream(const WriterPointer& writer,
                                          const DocumentPointer& document, OutputStream& stream) {
   CollectingTarget target;
   translatingXercesErrors("cannot write XML", [&] {
-    checkBeforeWriting(*document);
+    detail::checkBeforeWriting(*document);
     const OutputPointer output = outputTo(target);
     if (!writer->write(document.get(), output.get())) {
       throw InvalidXMLDocument("cannot write XML: the serializer refused the document", 0, 0);

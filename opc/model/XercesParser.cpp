@@ -16,7 +16,7 @@
 #include "opc/Text.h"
 #include "opc/model/XercesErrors.h"
 #include "opc/model/XmlEncoding.h"
-#include "opc/model/XmlLimits.h"
+#include "opc/model/detail/XmlLimits.h"
 
 namespace opc::model {
 namespace {
@@ -131,7 +131,7 @@ xercesc::DOMDocument* XercesParser::parse(InputStream& stream) {
   parser_.reset();
   const std::string bytes = readAll(stream);
   const XmlText text(bytes);
-  checkXmlLimits(text.utf8());
+  detail::checkXmlLimits(text.utf8());
   return translatingXercesErrors("cannot read XML", [&] {
     auto parser = std::make_unique<DomParser>(comparesEncoding_);
     parser->parseText(text);

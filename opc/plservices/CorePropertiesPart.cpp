@@ -4,8 +4,9 @@
 #include "opc/model/FormatConstants.h"
 #include "opc/model/XercesErrors.h"
 #include "opc/model/XercesHelper.h"
-#include "opc/plservices/CorePropertiesSchema.h"
 #include "opc/plservices/W3cDateTime.h"
+#include "opc/plservices/detail/CorePropertiesReader.h"
+#include "opc/plservices/detail/CorePropertiesSchema.h"
 
 namespace opc::plservices {
 namespace {
@@ -20,8 +21,8 @@ struct Prefix {
   std::u16string_view space;
 };
 constexpr Prefix kPrefixes[] = {
-    {u"xmlns:dc", schema::kElements},
-    {u"xmlns:dcterms", schema::kTerms},
+    {u"xmlns:dc", detail::schema::kElements},
+    {u"xmlns:dcterms", detail::schema::kTerms},
     {u"xmlns:xsi", model::kSchemaInstanceNamespace},
 };
 
@@ -40,9 +41,9 @@ void setAttribute(DOMElement& element, std::u16string_view space, const std::u16
 }
 
 std::u16string prefixed(std::u16string_view space, std::u16string_view name) {
-  const char16_t* prefix = space == schema::kTerms      ? u"dcterms:"
-                           : space == schema::kElements ? u"dc:"
-                                                        : u"cp:";
+  const char16_t* prefix = space == detail::schema::kTerms      ? u"dcterms:"
+                           : space == detail::schema::kElements ? u"dc:"
+                                                                : u"cp:";
   return prefix + std::u16string(name);
 }
 
@@ -50,8 +51,9 @@ std::u16string prefixed(std::u16string_view space, std::u16string_view name) {
 class Writer {
  public:
   explicit Writer(const model::DocumentPointer& document)
-      : root_(XercesHelper::appendElementNS(document, std::u16string(schema::kCore),
-                                            prefixed(schema::kCore, schema::kRoot))) {
+      : root_(
+            XercesHelper::appendElementNS(document, std::u16string(detail::schema::kCore),
+                                          prefixed(detail::schema::kCore, detail::schema::kRoot))) {
     for (const Prefix& prefix : kPrefixes) {
       setAttribute(*root_, model::kXmlnsNamespace, prefix.declaration,
                    std::u16string(prefix.space));
@@ -65,16 +67,16 @@ class Writer {
     return element;
   }
 
-  void appendDate(const schema::DateElement& schemaElement, const std::u16string& date) {
+  void appendDate(const detail::schema::DateElement& schemaElement, const std::u16string& date) {
     DOMElement* element = append(schemaElement.space, schemaElement.name, date);
-    if (schemaElement.space == schema::kTerms) {
+    if (schemaElement.space == detail::schema::kTerms) {
       setAttribute(*element, model::kSchemaInstanceNamespace, u"xsi:type",
                    std::u16string(kDateTypeWithPrefix));
     }
   }
 
   void appendKeywords(const Keywords& keywords) {
-    DOMElement* element = append(schema::kCore, schema::kKeywords, u"");
+    DOMElement* element = append(detail::schema::kCore, detail::schema::kKeywords, u"");
     setLanguage(*element, keywords.language);
     for (const Keywords::Piece& piece : keywords.pieces) appendPiece(*element, piece);
   }
@@ -97,7 +99,7 @@ class Writer {
       });
       return;
     }
-    DOMElement* value = appendTo(&keywords, schema::kCore, schema::kValue);
+    DOMElement* value = appendTo(&keywords, detail::schema::kCore, detail::schema::kValue);
     setLanguage(*value, piece.language);
     XercesHelper::setElementText(value, piece.text);
   }
@@ -112,13 +114,13 @@ void CorePropertiesPart::write(OutputStream& stream) const {
   const model::DocumentPointer document = XercesHelper::createDocument();
   document->setXmlStandalone(true);
   Writer writer(document);
-  for (const schema::TextElement& element : schema::kTextElements) {
+  for (const detail::schema::TextElement& element : detail::schema::kTextElements) {
     // The element for the content type left the standard's schema with its second edition.
     if (element.property == TextProperty::ContentType || !text(element.property)) continue;
     writer.append(element.space, element.name, *text(element.property));
   }
   if (keywords_) writer.appendKeywords(*keywords_);
-  for (const schema::DateElement& element : schema::kDateElements) {
+  for (const detail::schema::DateElement& element : detail::schema::kDateElements) {
     const std::u16string text = dateText(element.property);
     if (!text.empty()) writer.appendDate(element, text);
   }
@@ -129,6 +131,18 @@ void CorePropertiesPart::write(OutputStream& stream) const {
 std::u16string CorePropertiesPart::dateText(DateProperty property) const {
   if (const auto& known = date(property)) return formatW3cDateTime(*known);
   return distantDate(property);
+}
+
+CorePropertiesPart CorePropertiesPart::read(InputStream& stream, model::FaultSink& faults) {
+  const model::XercesGuard guard;
+  const model::ParserPointer parser = XercesHelper::createParser();
+  const xercesc::DOMDocument* document = XercesHelper::readDocumentFromStream(
+      parser, stream, false, u"", std::u16string(detail::schema::kCore));
+  CorePropertiesPart part;
+  model::translatingXercesErrors("cannot read core properties", [&] {
+    detail::readCoreProperties(*document->getDocumentElement(), part, faults);
+  });
+  return part;
 }
 
 }  // namespace opc::plservices

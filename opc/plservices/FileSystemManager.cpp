@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "opc/Text.h"
-#include "opc/plservices/Extraction.h"
-#include "opc/plservices/FileTreeEditor.h"
 #include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/TreePath.h"
+#include "opc/plservices/detail/Extraction.h"
+#include "opc/plservices/detail/FileTreeEditor.h"
 
 namespace opc::plservices {
 
@@ -24,7 +24,7 @@ class FileSystemManager::State {
   }
 
   std::shared_ptr<LoadedFileTree> tree = std::make_shared<LoadedFileTree>();
-  std::optional<FileTreeEditor> editor;
+  std::optional<detail::FileTreeEditor> editor;
   std::uint64_t openCount = 0;
 };
 
@@ -129,7 +129,7 @@ void FileSystemManager::extract(const std::vector<FileSystemEntry>& entries,
   std::vector<NodeId> chosen;
   chosen.reserve(entries.size());
   for (const FileSystemEntry& entry : entries) chosen.push_back(nodeOf(entry));
-  Extraction extraction(package_, state().tree->nodes, std::string(destination), mode);
+  detail::Extraction extraction(package_, state().tree->nodes, std::string(destination), mode);
   extraction.setBackground(background_);
   extraction.run(chosen, progress);
 }

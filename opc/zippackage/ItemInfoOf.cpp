@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/ItemInfoOf.h"
 
-#include "opc/zippackage/DosTime.h"
 #include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/detail/DosTime.h"
 
 namespace opc::zippackage {
 
@@ -13,7 +13,7 @@ namespace {
 
 std::int64_t timeOf(const CentralHeader& header, Bytes extra) {
   const auto exact = extra.empty() ? std::nullopt : TimeExtra::find(extra);
-  return exact.value_or(DosTime::toUnix(header.dosTime));
+  return exact.value_or(detail::DosTime::toUnix(header.dosTime));
 }
 
 bool hasUnixMode(const CentralHeader& header) {

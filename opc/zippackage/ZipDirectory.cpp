@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "opc/Exception.h"
-#include "opc/zippackage/DirectoryPass.h"
 #include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/detail/DirectoryPass.h"
 
 namespace opc::zippackage {
 namespace {
@@ -58,7 +58,7 @@ ZipDirectory ZipDirectory::read(const PackageFile& file) {
   directory.bytes_.resizeForOverwrite(static_cast<std::size_t>(location.size));
   announceWriting(directory.bytes_.data(), directory.bytes_.size());
   tail.readAt(location.offset, directory.bytes_.data(), directory.bytes_.size());
-  DirectoryPass(directory).run();
+  detail::DirectoryPass(directory).run();
   return directory;
 }
 

@@ -19,6 +19,10 @@
 
 namespace opc::zippackage {
 
+namespace detail {
+class DirectoryPass;
+}
+
 /// An entry of the directory, ZIP64 values in place.
 struct ZipEntry {
   static constexpr std::uint32_t kNotMapped = 0xFFFFFFFF;
@@ -79,7 +83,7 @@ class ZipDirectory {
   void refuseFaults() const;
 
  private:
-  friend class DirectoryPass;
+  friend class detail::DirectoryPass;
   ZipDirectory() = default;
 
   ByteBuffer bytes_;

@@ -8,7 +8,7 @@
 
 #include "opc/Exception.h"
 #include "opc/zippackage/ExtraFields.h"
-#include "opc/zippackage/ZipItemStream.h"
+#include "opc/zippackage/detail/ZipItemStream.h"
 
 namespace opc::zippackage {
 namespace {
@@ -146,7 +146,7 @@ void ZipItemReader::readWhole(std::size_t entry, ByteBuffer& into) {
 std::unique_ptr<InputStream> ZipItemReader::openStream(std::size_t entry) {
   const ZipEntry& item = directory_.entries()[entry];
   const Place place = locate(entry, false);
-  auto stream = std::make_unique<ZipItemStream>(file_, item, place.data);
+  auto stream = std::make_unique<detail::ZipItemStream>(file_, item, place.data);
   if (item.size == 0) stream->checkEnd();
   return stream;
 }

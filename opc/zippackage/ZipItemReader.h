@@ -9,8 +9,8 @@
 #include "opc/Streams.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/PackageFile.h"
-#include "opc/zippackage/ReadWindow.h"
 #include "opc/zippackage/ZipDirectory.h"
+#include "opc/zippackage/detail/ReadWindow.h"
 
 namespace opc::zippackage {
 
@@ -53,7 +53,7 @@ class ZipItemReader {
 
   const PackageFile& file_;
   const ZipDirectory& directory_;
-  ReadWindow window_;
+  detail::ReadWindow window_;
   WholeInflater inflater_;
 };
 

@@ -9,7 +9,7 @@
 
 #include "opc/Exception.h"
 #include "opc/zippackage/ItemInfoOf.h"
-#include "opc/zippackage/PackageState.h"
+#include "opc/zippackage/detail/PackageState.h"
 
 namespace opc::zippackage {
 
@@ -23,16 +23,16 @@ namespace {
 
 class PendingWriter final : public OutputStream {
  public:
-  explicit PendingWriter(PendingContent& content) : content_(content) {}
+  explicit PendingWriter(detail::PendingContent& content) : content_(content) {}
   void write(const unsigned char* data, std::size_t size) override {
     content_.append({data, size});
   }
 
  private:
-  PendingContent& content_;
+  detail::PendingContent& content_;
 };
 
-ItemInfo infoOf(const AddedItem& item) {
+ItemInfo infoOf(const detail::AddedItem& item) {
   ItemInfo info;
   info.name = item.properties.name;
   info.compressed = item.properties.compression != interfaces::CompressionType::None;
@@ -48,7 +48,7 @@ ItemInfo infoOf(const AddedItem& item) {
 }
 
 // A source may turn out longer than it said, so the limit counts while it is read, too.
-void readAdded(const AddedItem& item, ByteBuffer& into, std::uint64_t limit) {
+void readAdded(const detail::AddedItem& item, ByteBuffer& into, std::uint64_t limit) {
   const std::uint64_t expected = item.content->size();
   if (expected > limit) refuseSize(limit);
   const std::unique_ptr<InputStream> stream = item.content->getInputStream();
@@ -152,7 +152,7 @@ ItemIndex ZipPhysicalPackage::addItem(const NewItem& item, std::unique_ptr<ICont
 std::unique_ptr<OutputStream> ZipPhysicalPackage::openForWriting(ItemIndex item) {
   State::Session& session = state_->writableSession();
   state_->requireItem(item);
-  PendingContent* pending =
+  detail::PendingContent* pending =
       item < session.oldCount() ? nullptr : session.added[item - session.oldCount()].pending;
   if (pending == nullptr) {
     throw Exception(ErrorCode::InvalidState,
@@ -169,7 +169,7 @@ void ZipPhysicalPackage::removeItem(ItemIndex item) {
     session.removed[item] = true;
     return;
   }
-  AddedItem& added = session.added[item - session.oldCount()];
+  detail::AddedItem& added = session.added[item - session.oldCount()];
   added.isRemoved = true;
   // A stream that fills it may still be there, so it is emptied, not destroyed.
   if (added.pending != nullptr) added.pending->clear();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/model/MarkupCompatibility.h"
+#include "opc/model/detail/MarkupCompatibility.h"
 
 #include <gtest/gtest.h>
 

@@ -6,10 +6,11 @@
 #include <set>
 #include <string>
 
-#include "opc/model/FolderSet.h"
 #include "opc/model/HashIndex.h"
+#include "opc/model/detail/FolderSet.h"
 
 using namespace opc::model;
+using opc::model::detail::FolderSet;
 
 TEST(NameKey, EqualKeysHaveEqualHashes) {
   const std::pair<const char*, const char*> kPairs[] = {

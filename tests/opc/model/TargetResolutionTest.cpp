@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/model/TargetResolution.h"
+#include "opc/model/detail/TargetResolution.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include "opc/Text.h"
 #include "tests/opc/model/PackageFixture.h"
 
-using opc::model::ResolvedTarget;
-using opc::model::resolveTarget;
+using opc::model::detail::ResolvedTarget;
+using opc::model::detail::resolveTarget;
 using test::faultOf;
 
 namespace {

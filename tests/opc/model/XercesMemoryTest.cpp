@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/model/XercesMemory.h"
+#include "opc/model/detail/XercesMemory.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,10 @@
 
 namespace opc::model {
 namespace {
+
+using detail::startXerces;
+using detail::stopXerces;
+using detail::XercesMemory;
 
 class XercesMemoryUse : public ::testing::Test {
  protected:

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "opc/model/XmlCharacters.h"
+#include "opc/model/detail/XmlCharacters.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-using opc::model::findNonXml;
-using opc::model::isXmlText;
-using opc::model::utf8Length;
+using opc::model::detail::findNonXml;
+using opc::model::detail::isXmlText;
+using opc::model::detail::utf8Length;
 using namespace std::string_view_literals;
 
 TEST(XmlCharacters, TextIsWhatXmlCarries) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/plservices/Extraction.h"
+#include "opc/plservices/detail/Extraction.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -370,9 +370,10 @@ class ExtractionSpace : public Extraction {
     return errorOf([&] {
       opc::plservices::FileTreePart part(tree.package);
       auto loaded = opc::plservices::loadFileTree(tree.package, part);
-      opc::plservices::Extraction extraction(tree.package, loaded.nodes, target().string(), mode);
+      opc::plservices::detail::Extraction extraction(tree.package, loaded.nodes, target().string(),
+                                                     mode);
       extraction.setFreeSpaceQuery([freeBytes](int) {
-        return opc::plservices::FreeSpace{freeBytes, 4096};
+        return opc::plservices::detail::FreeSpace{freeBytes, 4096};
       });
       extraction.run({opc::plservices::FileTree::kRoot}, nullptr);
     });
@@ -413,7 +414,7 @@ TEST_F(ExtractionSpace, AFolderThatWasThereStaysWhenThereIsNoRoom) {
 }
 
 TEST_F(ExtractionSpace, ASumOfSizesBeyondAllBoundsIsNoRoom) {
-  opc::plservices::ExtractionPlan plan;
+  opc::plservices::detail::ExtractionPlan plan;
   plan.sizes = {~std::uint64_t{0}, ~std::uint64_t{0}, 1};
 
   EXPECT_EQ(plan.bytesOnDisk(4096), ~std::uint64_t{0});
@@ -423,7 +424,7 @@ TEST(FreeSpace, OfARealFolderIsKnown) {
   test::TemporaryFolder folder;
   const opc::FileDescriptor descriptor(::open(folder.path().c_str(), O_PATH | O_DIRECTORY));
 
-  const auto space = opc::plservices::queryFreeSpace(descriptor.get());
+  const auto space = opc::plservices::detail::queryFreeSpace(descriptor.get());
 
   ASSERT_TRUE(space.has_value());
   EXPECT_GT(space->bytes, 0u);

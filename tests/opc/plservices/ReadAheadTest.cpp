@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/plservices/ReadAhead.h"
+#include "opc/plservices/detail/ReadAhead.h"
 
 #include <gtest/gtest.h>
 
@@ -17,8 +17,8 @@ namespace {
 using opc::interfaces::OpenMode;
 using opc::model::Package;
 using opc::model::PartId;
-using opc::plservices::PartReader;
-using opc::plservices::ReadAhead;
+using opc::plservices::detail::PartReader;
+using opc::plservices::detail::ReadAhead;
 
 const char* const kContentTypes =
     "<Types xmlns='http://schemas.openxmlformats.org/package/2006/content-types'>"

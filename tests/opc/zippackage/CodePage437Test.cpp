@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/CodePage437.h"
+#include "opc/zippackage/detail/CodePage437.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,8 @@
 
 namespace opc::zippackage {
 namespace {
+
+using detail::appendFromCodePage437;
 
 std::string mapped(std::string_view bytes) {
   std::string text;

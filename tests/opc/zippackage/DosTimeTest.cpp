@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/DosTime.h"
+#include "opc/zippackage/detail/DosTime.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,8 @@
 
 namespace opc::zippackage {
 namespace {
+
+using detail::DosTime;
 
 constexpr std::int64_t kLeapDay = 1709209830;  // 2024-02-29 12:30:30
 constexpr std::uint32_t kLeapDayDos = ((44u << 9 | 2 << 5 | 29) << 16) | (12 << 11 | 30 << 5 | 15);

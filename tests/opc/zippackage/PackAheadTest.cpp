@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/PackAhead.h"
+#include "opc/zippackage/detail/PackAhead.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +18,9 @@ namespace {
 using opc::zippackage::kDeflated;
 using opc::zippackage::kStored;
 using opc::zippackage::kWholeLimit;
-using opc::zippackage::PackAhead;
-using opc::zippackage::PackedItem;
 using opc::zippackage::WholeInflater;
+using opc::zippackage::detail::PackAhead;
+using opc::zippackage::detail::PackedItem;
 
 class TextSource final : public opc::interfaces::IContentSource {
  public:

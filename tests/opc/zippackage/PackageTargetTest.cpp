@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/PackageTarget.h"
+#include "opc/zippackage/detail/PackageTarget.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,8 @@
 
 namespace opc::zippackage {
 namespace {
+
+using detail::PackageTarget;
 
 namespace fs = std::filesystem;
 

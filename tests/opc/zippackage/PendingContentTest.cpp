@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/PendingContent.h"
+#include "opc/zippackage/detail/PendingContent.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,9 @@
 
 namespace opc::zippackage {
 namespace {
+
+using detail::PendingContent;
+using detail::PendingStore;
 
 constexpr std::size_t kMiB = 1024 * 1024;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/ZipCommit.h"
+#include "opc/zippackage/detail/ZipCommit.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

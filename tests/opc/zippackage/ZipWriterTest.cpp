@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/ZipWriter.h"
+#include "opc/zippackage/detail/ZipWriter.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -16,6 +16,11 @@
 
 namespace opc::zippackage {
 namespace {
+
+using detail::ItemHead;
+using detail::OutputFile;
+using detail::Zip64Limits;
+using detail::ZipWriter;
 
 using test::extraField;
 using test::le16;

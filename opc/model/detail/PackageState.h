@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "opc/Exception.h"
+#include "opc/model/ContentTypes.h"
+#include "opc/model/Package.h"
+#include "opc/model/PartIndex.h"
+#include "opc/model/RelationshipSet.h"
+#include "opc/model/XercesHelper.h"
+#include "opc/model/detail/PartStream.h"
+
+namespace opc::model {
+
+/// What a package knows while it is open.
+class Package::State {
+ public:
+  /// `physical` is open.
+  State(interfaces::IPhysicalPackage& physical, interfaces::OpenMode mode);
+
+  /// Reads the directory, the content types and the package's relationships.
+  void load();
+
+  bool isWritable() const { return mode_ != interfaces::OpenMode::Read; }
+  bool isPart(PartId part) const { return index_.role(part) == ItemRole::Part; }
+  /// Throws InvalidState for what is no part, or is one no more.
+  void requirePart(PartId part) const;
+  std::optional<PartId> findPart(std::string_view itemName) const;
+  const PartIndex& index() const { return index_; }
+  std::string_view name(PartId part) const { return index_.name(part); }
+  const ContentType& typeOf(PartId part) const;
+  PartInfo infoOf(PartId part) const;
+  /// See Package.
+  std::vector<std::string> strayItems() const;
+  std::vector<std::string> untypedItems() const;
+
+  /// Throws as Package::createPart does; `source` may be null.
+  PartId create(const PartName& name, const ContentType& type, const StandardPartInfo& info,
+                std::unique_ptr<interfaces::IContentSource> source);
+  /// Why createPart would not take the name, if it would not.
+  std::optional<FormatError> newNameFault(const PartName& name) const;
+  void erase(PartId part);
+
+  std::unique_ptr<InputStream> openStream(PartId part) const;
+  void read(PartId part, ByteBuffer& into, std::uint64_t limit) const;
+  std::unique_ptr<OutputStream> openForWriting(PartId part);
+
+  RelationshipSet& packageRelationships() { return *relationshipsOfPackage_; }
+  /// Throws FormatError when a part is in the way of the part that the source's relationships are
+  /// stored in.
+  void requireRelationshipsName(std::string_view sourceItemName) const;
+  /// Of a part, read when they are first asked for.
+  RelationshipSet& relationshipsOf(PartId part);
+
+  /// Brings everything that was changed to the physical package. May be called again when its
+  /// commit failed: what stands there already is not added twice.
+  void stage();
+
+  /// "cannot read part '/x' of 'PATH'".
+  std::string readingContext(std::string_view itemName) const;
+  std::string writingContext(std::string_view itemName) const;
+
+ private:
+  void loadContentTypes();
+  void loadPackageRelationships();
+  RelationshipSet readRelationships(std::string_view sourceItemName) const;
+  std::unique_ptr<InputStream> openRaw(PartId part) const;
+  void readPieces(PartId part, ByteBuffer& into, std::uint64_t limit) const;
+  void removeRelationshipsItem(std::string_view sourceItemName);
+  void appendItemNames(PartId part, std::vector<std::string>& names) const;
+  PartId takeIn(interfaces::ItemIndex added, const PartName& name, const ContentType& type);
+
+  bool isChanged() const;
+  void requireRelationshipsNames() const;
+  void settleRelationshipsItem(std::string_view sourceItemName, const RelationshipSet& set);
+  void stageRelationships(std::string_view sourceItemName, RelationshipSet& set, bool atFront);
+  void stageFront();
+  interfaces::ItemIndex addText(std::string_view itemName, std::string text, bool atFront);
+
+  XercesGuard guard_;
+  interfaces::IPhysicalPackage& physical_;
+  interfaces::OpenMode mode_;
+  PartIndex index_;
+  ContentTypes types_;
+  std::vector<interfaces::ItemIndex> contentTypesItems_;
+  std::optional<RelationshipSet> relationshipsOfPackage_;
+  std::map<PartId, RelationshipSet> relationships_;
+  detail::OpenToken open_ = std::make_shared<int>(0);
+  std::unordered_set<PartId> written_;  // whose items came with this transaction and take streams
+  bool changed_ = false;                // parts came, went or were written
+  bool relationshipsStaged_ = false;    // the package's own, at the front of the container
+};
+
+}  // namespace opc::model

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+#include "opc/model/detail/RelationshipsReader.h"
+
+#include <utility>
+#include <xercesc/util/XMLChar.hpp>
+
+#include "opc/Exception.h"
+#include "opc/model/DomText.h"
+#include "opc/model/detail/MarkupCompatibility.h"
+#include "opc/model/detail/TargetResolution.h"
+
+namespace opc::model::detail {
+
+/// Builds a set from what markup compatibility leaves of a relationships part.
+class RelationshipsReader final : public MarkupConsumer {
+ public:
+  RelationshipsReader(RelationshipSet& set, FaultSink& faults) : set_(set), faults_(faults) {}
+
+  void startElement(const xercesc::DOMElement& element,
+                    const std::vector<const xercesc::DOMNode*>& attributes) override {
+    ++depth_;
+    readPiece(faults_, [&] { take(element, attributes); });
+  }
+
+  void endElement() override { --depth_; }
+
+  void characters(std::u16string_view text) override {
+    // Text inside of a relationship is allowed, and means nothing.
+    if (depth_ != 1 || trimXmlSpace(text).empty()) return;
+    faults_.add(FormatError("RL-3", "root element: there is text between relationships"), {});
+  }
+
+ private:
+  // The attributes of one element. Null where there is none.
+  struct Attributes {
+    const XMLCh* id = nullptr;
+    const XMLCh* type = nullptr;
+    const XMLCh* target = nullptr;
+    const XMLCh* mode = nullptr;
+  };
+
+  void take(const xercesc::DOMElement& element,
+            const std::vector<const xercesc::DOMNode*>& attributes) {
+    for (const xercesc::DOMNode* attribute : attributes) checkNamespace(*attribute);
+    if (depth_ == 1) {
+      startRoot(element, attributes);
+    } else if (depth_ == 2) {
+      startRelationship(element, attributes);
+    } else {
+      throw FormatError("RL-3",
+                        "element '" + domName(element) + "': a relationship has no elements in it");
+    }
+  }
+
+  static void checkNamespace(const xercesc::DOMNode& attribute) {
+    if (domNamespace(attribute) != kXmlNamespace) return;
+    const char* rule = domLocalName(attribute) == u"base" ? "RL-14" : "XM-4";
+    throw FormatError(rule, "attribute '" + domName(attribute) + "': it may not stand here");
+  }
+
+  static void startRoot(const xercesc::DOMElement& element,
+                        const std::vector<const xercesc::DOMNode*>& attributes) {
+    if (domLocalName(element) != u"Relationships") {
+      throw FormatError("RL-3",
+                        "root element '" + domName(element) + "': it is not 'Relationships'");
+    }
+    if (!attributes.empty()) {
+      throw FormatError(
+          "RL-3", "attribute '" + domName(*attributes.front()) + "': the root element takes none");
+    }
+  }
+
+  void startRelationship(const xercesc::DOMElement& element,
+                         const std::vector<const xercesc::DOMNode*>& attributes) {
+    if (domLocalName(element) != u"Relationship") {
+      throw FormatError("RL-3", "element '" + domName(element) + "': it is not 'Relationship'");
+    }
+    add(readAttributes(attributes));
+  }
+
+  static Attributes readAttributes(const std::vector<const xercesc::DOMNode*>& attributes) {
+    Attributes result;
+    for (const xercesc::DOMNode* attribute : attributes) {
+      const std::u16string_view name = domLocalName(*attribute);
+      const bool own = domNamespace(*attribute).empty();
+      const XMLCh** slot = !own                    ? nullptr
+                           : name == u"Id"         ? &result.id
+                           : name == u"Type"       ? &result.type
+                           : name == u"Target"     ? &result.target
+                           : name == u"TargetMode" ? &result.mode
+                                                   : nullptr;
+      if (slot == nullptr) {
+        throw FormatError(
+            "RL-3", "attribute '" + domName(*attribute) + "': a relationship does not take it");
+      }
+      *slot = attribute->getNodeValue();
+    }
+    return result;
+  }
+
+  void add(const Attributes& attributes) {
+    const std::u16string id = readId(attributes.id);
+    if (trimXmlSpace(domText(attributes.type)).empty()) {
+      throw FormatError("RL-5", set_.describe(id) + ": it has no type");
+    }
+    const TargetMode mode = readMode(attributes.mode, id);
+    if (attributes.target == nullptr) {
+      throw FormatError(mode == TargetMode::Internal ? "RL-7" : "RL-3",
+                        set_.describe(id) + ": it has no target");
+    }
+    const std::u16string type(domText(attributes.type));
+    const std::u16string_view target = domText(attributes.target);
+    if (mode == TargetMode::Internal) {
+      addInternal(id, type, target);
+    } else {
+      set_.addStored({Relationship(id, type, URI(std::u16string(target)), mode), {}, false});
+    }
+  }
+
+  void addInternal(const std::u16string& id, const std::u16string& type,
+                   std::u16string_view target) {
+    ResolvedTarget resolved = resolve(id, target);
+    if (resolved.name.isRelationshipsPartName()) {
+      throw FormatError("RL-9", set_.describe(id) + ": it points at the relationships part '" +
+                                    resolved.name.canonical() + "'");
+    }
+    Relationship relationship(id, type, URI(fromUtf8(resolved.name.canonical())),
+                              TargetMode::Internal);
+    set_.addStored({std::move(relationship), std::move(resolved.fragment), resolved.mended});
+  }
+
+  ResolvedTarget resolve(const std::u16string& id, std::u16string_view target) const {
+    try {
+      return resolveTarget(set_.source_, target);
+    } catch (FormatError& fault) {
+      fault.addContext(set_.describe(id));
+      throw;
+    }
+  }
+
+  std::u16string readId(const XMLCh* value) const {
+    const std::u16string_view id = trimXmlSpace(domText(value));
+    if (!xercesc::XMLChar1_0::isValidNCName(id.data(), id.size())) {
+      throw FormatError("RL-4", set_.describe(id) + ": the id is " +
+                                    (id.empty() ? "missing" : "no XML name without colon"));
+    }
+    return std::u16string(id);
+  }
+
+  TargetMode readMode(const XMLCh* value, std::u16string_view id) const {
+    if (value == nullptr || domText(value) == u"Internal") return TargetMode::Internal;
+    if (domText(value) == u"External") return TargetMode::External;
+    throw FormatError("RL-6", set_.describe(id) + ": target mode '" +
+                                  toUtf8ForDisplay(domText(value)) +
+                                  "' is neither 'Internal' nor 'External'");
+  }
+
+  RelationshipSet& set_;
+  FaultSink& faults_;
+  std::size_t depth_ = 0;
+};
+
+namespace {
+
+void checkRootNamespace(const xercesc::DOMElement& root) {
+  if (domNamespace(root) == kRelationshipsNamespace) return;
+  throw FormatError(
+      "RL-3", "root element '" + domName(root) + "': it is not of the relationships namespace");
+}
+
+}  // namespace
+
+void readRelationships(const xercesc::DOMElement& root, RelationshipSet& set, FaultSink& faults) {
+  readPiece(faults, [&] {
+    checkRootNamespace(root);
+    RelationshipsReader reader(set, faults);
+    processMarkup(root, kRelationshipsNamespace, reader);
+  });
+}
+
+}  // namespace opc::model::detail

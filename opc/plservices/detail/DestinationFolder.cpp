@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/detail/DestinationFolder.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "opc/Exception.h"
+#include "opc/SystemCall.h"
+
+namespace opc::plservices::detail {
+namespace {
+
+struct ListingDeleter {
+  void operator()(DIR* listing) const { ::closedir(listing); }
+};
+
+// False also when nobody can tell.
+bool isEmptyFolder(const std::string& path) {
+  const std::unique_ptr<DIR, ListingDeleter> listing(::opendir(path.c_str()));
+  if (!listing) return false;
+  for (;;) {
+    errno = 0;
+    const struct dirent* entry = ::readdir(listing.get());
+    if (entry == nullptr) return errno == 0;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") return false;
+  }
+}
+
+}  // namespace
+
+DestinationFolder::DestinationFolder(std::string path) : path_(std::move(path)) {
+  if (path_.find('\0') != std::string::npos) {
+    throw Exception(ErrorCode::InvalidArgument,
+                    "cannot open folder '" + path_ + "': it holds a NUL");
+  }
+  try {
+    make();
+    open();
+  } catch (...) {
+    undo();
+    throw;
+  }
+  fresh_ = !made_.empty() || isEmptyFolder(path_);
+}
+
+void DestinationFolder::make() {
+  if (makeOne(path_)) return;
+  for (auto slash = path_.find('/', 1); slash != std::string::npos;
+       slash = path_.find('/', slash + 1)) {
+    const std::string above = path_.substr(0, slash);
+    if (!makeOne(above)) throw SystemError("cannot make folder '" + above + "'", errno);
+  }
+  if (!makeOne(path_)) throw SystemError("cannot make folder '" + path_ + "'", errno);
+}
+
+// Whether the name is taken now, by a folder or something else; errno says why not.
+bool DestinationFolder::makeOne(const std::string& path) {
+  made_.push_back(path);
+  if (uninterrupted([&] { return ::mkdir(path.c_str(), 0777); }) == 0) return true;
+  made_.pop_back();
+  return errno == EEXIST;
+}
+
+void DestinationFolder::open() {
+  folder_.reset(
+      uninterrupted([&] { return ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+  if (!folder_) throw SystemError("cannot open folder '" + path_ + "'", errno);
+}
+
+void DestinationFolder::undo() noexcept {
+  for (auto path = made_.rbegin(); path != made_.rend(); ++path) ::rmdir(path->c_str());
+}
+
+}  // namespace opc::plservices::detail

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/detail/Extraction.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <memory>
+#include <optional>
+
+#include "opc/Exception.h"
+#include "opc/plservices/FolderCursor.h"
+#include "opc/plservices/detail/NewFile.h"
+
+namespace opc::plservices::detail {
+namespace {
+
+[[noreturn]] void refuseOccupied(int folder, const char* name, const char* wanted) {
+  throw Exception(ErrorCode::AlreadyExists,
+                  describeEntry(folder, name) + " is there, where " + wanted + " must be");
+}
+
+}  // namespace
+
+Extraction::Extraction(model::Package& package, FileTree& tree, std::string destination,
+                       RestoreMode mode)
+    : package_(package), tree_(tree), destination_(std::move(destination)), mode_(mode) {}
+
+void Extraction::run(const std::vector<NodeId>& chosen,
+                     const interfaces::ProgressFunction& progress) {
+  progress_ = progress;
+  plan_ = planExtraction(package_, tree_, chosen);
+  done_.itemsTotal = plan_.files;
+  done_.bytesTotal = plan_.bytes;
+  DestinationFolder folder(destination_);
+  checkBeforeWriting(folder);
+  // In a folder that was empty nothing can be in the way but what this has written: two names that
+  // are one to the file system. Replacing would lose the first.
+  replace_ = mode_ == RestoreMode::ReplaceExisting && !folder.isFresh();
+  writeAll(folder.descriptor());
+}
+
+void Extraction::checkBeforeWriting(DestinationFolder& folder) {
+  try {
+    if (!folder.isFresh()) checkConflicts(folder.descriptor());
+    checkFreeSpace(folder.descriptor());
+  } catch (...) {
+    folder.undo();
+    throw;
+  }
+}
+
+void Extraction::checkConflicts(int destination) {
+  FolderCursor cursor(tree_, destination, FolderCursor::Missing::Report);
+  for (const NodeId leaf : plan_.leaves) {
+    try {
+      const int folder = cursor.enter(tree_.parent(leaf));
+      if (folder >= 0) checkConflict(leaf, folder);
+    } catch (Exception& error) {
+      error.addContext(contextOf(leaf));
+      throw;
+    }
+  }
+}
+
+void Extraction::checkConflict(NodeId leaf, int folder) {
+  const char* name = tree_.name(leaf).data();
+  struct stat status {};
+  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (errno == ENOENT) return;
+    throw SystemError("cannot look at what is there", errno);
+  }
+  const bool isFolder = S_ISDIR(status.st_mode);
+  if (!tree_.isFile(leaf)) {
+    if (!isFolder) refuseOccupied(folder, name, "a folder");
+    return;
+  }
+  if (isFolder) refuseOccupied(folder, name, "a file");
+  if (mode_ == RestoreMode::KeepExisting) {
+    throw Exception(ErrorCode::AlreadyExists, describeEntry(folder, name) + " is there already");
+  }
+  if (S_ISREG(status.st_mode) && status.st_nlink == 1) {
+    bytesToReplace_ += static_cast<std::uint64_t>(status.st_blocks) * 512;
+  }
+}
+
+void Extraction::checkFreeSpace(int destination) const {
+  const std::optional<FreeSpace> space = freeSpace_(destination);
+  if (!space) return;
+  const std::uint64_t needed = plan_.bytesOnDisk(space->blockSize);
+  if (needed <= space->bytes || needed - space->bytes <= bytesToReplace_) return;
+  throw Exception(ErrorCode::FileSystem,
+                  "cannot extract to '" + destination_ + "': " + std::to_string(needed) +
+                      " bytes are needed and " + std::to_string(space->bytes) + " are free");
+}
+
+void Extraction::writeAll(int destination) {
+  FolderCursor cursor(tree_, destination, FolderCursor::Missing::Make);
+  ReadAhead reader(PartReader(package_, parts()), background_);
+  for (const NodeId leaf : plan_.leaves) {
+    try {
+      if (tree_.isFile(leaf)) {
+        writeFile(leaf, reader, cursor.enter(tree_.parent(leaf)));
+      } else {
+        cursor.enter(leaf);
+      }
+    } catch (Exception& error) {
+      error.addContext(contextOf(leaf));
+      throw;
+    }
+    if (tree_.isFile(leaf)) countFile();
+  }
+}
+
+std::vector<model::PartId> Extraction::parts() const {
+  std::vector<model::PartId> parts;
+  parts.reserve(plan_.files);
+  for (const NodeId leaf : plan_.leaves) {
+    if (tree_.isFile(leaf)) parts.push_back(tree_.part(leaf));
+  }
+  return parts;
+}
+
+// Read before it is made: a small file that is damaged never comes to be.
+void Extraction::writeFile(NodeId file, ReadAhead& reader, int folder) {
+  PartBlock block = reader.read();
+  NewFile target(folder, tree_.name(file).data(), block.info.executable, replace_);
+  for (;;) {
+    target.write(block.data.data(), block.data.size());
+    done_.bytesDone += block.data.size();
+    if (block.isLast) break;
+    if (progress_) progress_(done_);
+    block = reader.read();
+  }
+  target.finish(block.info.modified);
+}
+
+void Extraction::countFile() {
+  ++done_.itemsDone;
+  if (progress_) progress_(done_);
+}
+
+std::string Extraction::contextOf(NodeId leaf) const {
+  const std::string path = tree_.path(leaf);
+  const char* slash = destination_.ends_with('/') ? "" : "/";
+  return "cannot extract '" + path + "' to '" + destination_ + slash + path + "'";
+}
+
+}  // namespace opc::plservices::detail

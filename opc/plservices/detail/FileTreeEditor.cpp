@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+#include "opc/plservices/detail/FileTreeEditor.h"
+
+#include <utility>
+
+#include "opc/Exception.h"
+#include "opc/plservices/FileSystemManager.h"
+#include "opc/plservices/TreePath.h"
+#include "opc/plservices/detail/FileContentTypes.h"
+
+namespace opc::plservices::detail {
+namespace {
+
+class TextOutputStream final : public OutputStream {
+ public:
+  void write(const unsigned char* data, std::size_t size) override {
+    text.append(reinterpret_cast<const char*>(data), size);
+  }
+  std::string text;
+};
+
+class TextInputStream final : public InputStream {
+ public:
+  explicit TextInputStream(std::string text)
+      : text_(std::move(text)),
+        stream_(reinterpret_cast<const unsigned char*>(text_.data()), text_.size()) {}
+  std::size_t read(unsigned char* buffer, std::size_t size) override {
+    return stream_.read(buffer, size);
+  }
+  bool isEnd() override { return stream_.isEnd(); }
+
+ private:
+  std::string text_;
+  MemoryInputStream stream_;
+};
+
+// Writes the table as it stands when the package is committed: writing it at every change would
+// take time that grows with the square of the changes.
+class TableSource final : public interfaces::IContentSource {
+ public:
+  explicit TableSource(std::shared_ptr<const LoadedFileTree> tree) : tree_(std::move(tree)) {}
+
+  std::unique_ptr<InputStream> getInputStream() override {
+    TextOutputStream stream;
+    tree_->table().write(stream);
+    return std::make_unique<TextInputStream>(std::move(stream.text));
+  }
+  std::uint64_t size() const override { return tree_->tableSize; }
+  std::string description() const override { return "table of the file tree"; }
+
+ private:
+  std::shared_ptr<const LoadedFileTree> tree_;
+};
+
+model::StandardPartInfo partInfoOf(const FileContentSource& source) {
+  model::StandardPartInfo info(interfaces::CompressionType::Normal, source.size());
+  info.modified = source.modified();
+  info.executable = source.executable();
+  return info;
+}
+
+/// The size of a table that gets one more entry. Throws Exception when that would not be read.
+std::uint64_t sizeWith(std::uint64_t tableSize, std::string_view path, const char* verb) {
+  const std::uint64_t size = FileTreeTable::entrySize(path);
+  if (size != 0 && tableSize + size <= FileTreeTable::kMaxSize) return tableSize + size;
+  throw Exception(ErrorCode::TooLarge,
+                  std::string("cannot ") + verb + " '" + std::string(path) + "': " +
+                      (size == 0 ? "the path is too long" : "the table of the file tree is full"));
+}
+
+}  // namespace
+
+FileTreeEditor::FileTreeEditor(model::Package& package, FileTreePart part,
+                               std::shared_ptr<LoadedFileTree> tree)
+    : package_(package), part_(std::move(part)), tree_(std::move(tree)) {}
+
+FileTree::Reach FileTreeEditor::requireFree(std::string_view path) const {
+  const FileTree::Reach reach = tree_->nodes.reach(path);
+  if (reach.rest.empty()) throw FileSystemEntryAlreadyExists(path);
+  if (!tree_->nodes.isFile(reach.node)) return reach;
+  throw Exception(ErrorCode::InvalidArgument, "cannot add '" + std::string(path) + "': '" +
+                                                  tree_->nodes.path(reach.node) + "' is a file");
+}
+
+FileTreeEditor::TableChange FileTreeEditor::changeOf(NodeId folder, std::string_view path,
+                                                     bool isFolder, bool inTable) const {
+  const bool wasEmpty = tree_->nodes.isEmptyFolder(folder);
+  TableChange change;
+  change.touches = wasEmpty || inTable;
+  change.emptyFolders = tree_->emptyFolders - (wasEmpty ? 1 : 0) + (isFolder ? 1 : 0);
+  change.needsTable = change.emptyFolders != 0 || !tree_->tableFiles.empty() || inTable;
+  change.size = tree_->tableSize;
+  if (wasEmpty) change.size -= FileTreeTable::entrySize(tree_->nodes.path(folder));
+  if (inTable) change.size = sizeWith(change.size, path, "add");
+  return change;
+}
+
+void FileTreeEditor::storeTable(const TableChange& change) {
+  if (change.touches && !change.needsTable) part_.drop();
+  if (change.touches && change.needsTable && !part_.isReplaced()) {
+    part_.replace(std::make_unique<TableSource>(tree_));
+  }
+  tree_->emptyFolders = change.emptyFolders;
+  tree_->tableSize = change.size;
+}
+
+// Makes all of what is left of the path but its last component, which stays in `reach`.
+NodeId FileTreeEditor::insertFolders(FileTree::Reach& reach) {
+  for (std::size_t slash = reach.rest.find('/'); slash != std::string_view::npos;
+       slash = reach.rest.find('/')) {
+    reach.node = tree_->nodes.addFolder(reach.node, reach.rest.substr(0, slash));
+    reach.rest.remove_prefix(slash + 1);
+  }
+  return reach.node;
+}
+
+NodeId FileTreeEditor::addFile(std::unique_ptr<FileContentSource> source, std::string_view path) {
+  path = requireTreePath(path);
+  FileTree::Reach reach = requireFree(path);
+  const TreePartNames::Choice choice = names_.choose(package_, path);
+  const TableChange change = changeOf(reach.node, path, false, choice.madeUp);
+
+  const model::StandardPartInfo info = partInfoOf(*source);
+  const auto type = model::ContentType::fromAscii(fileContentType(extensionOf(path)));
+  const model::PartId part = package_.createPart(choice.name, type, info, std::move(source));
+  try {
+    storeTable(change);
+  } catch (const Exception&) {
+    package_.deletePart(choice.name);
+    throw;
+  }
+  const NodeId folder = insertFolders(reach);
+  const NodeId node = tree_->nodes.addFile(folder, reach.rest, part);
+  if (choice.madeUp) tree_->tableFiles.emplace(node, choice.name.canonical());
+  return node;
+}
+
+NodeId FileTreeEditor::addFolder(std::string_view path) {
+  path = requireTreePath(path);
+  FileTree::Reach reach = requireFree(path);
+  storeTable(changeOf(reach.node, path, true, true));
+  const NodeId folder = insertFolders(reach);
+  return tree_->nodes.addFolder(folder, reach.rest);
+}
+
+void FileTreeEditor::replaceFile(NodeId file, std::unique_ptr<FileContentSource> source) {
+  const model::PartId old = tree_->nodes.part(file);
+  const model::PartName name = model::PartName::fromItemName(package_.itemNameOf(old));
+  const model::ContentType type = package_.contentTypeOf(old);
+  const model::StandardPartInfo info = partInfoOf(*source);
+  package_.deletePart(name);
+  tree_->nodes.setPart(file, package_.createPart(name, type, info, std::move(source)));
+}
+
+FileTreeEditor::TableChange FileTreeEditor::changeOfRemoval(
+    NodeId node, const std::vector<NodeId>& subtree) const {
+  const FileTree& nodes = tree_->nodes;
+  TableChange change;
+  change.emptyFolders = tree_->emptyFolders;
+  change.size = tree_->tableSize;
+  std::size_t tableFiles = tree_->tableFiles.size();
+  for (const NodeId gone : subtree) {
+    const bool isTableFile = nodes.isFile(gone) && tree_->tableFiles.contains(gone);
+    if (!isTableFile && !nodes.isEmptyFolder(gone)) continue;
+    change.touches = true;
+    change.size -= FileTreeTable::entrySize(nodes.path(gone));
+    --(isTableFile ? tableFiles : change.emptyFolders);
+  }
+  const NodeId folder = nodes.parent(node);
+  if (folder != FileTree::kRoot && nodes.childCount(folder) == 1) {
+    change.touches = true;
+    ++change.emptyFolders;
+    change.size = sizeWith(change.size, nodes.path(folder), "keep the empty folder");
+  }
+  change.needsTable = change.emptyFolders != 0 || tableFiles != 0;
+  return change;
+}
+
+void FileTreeEditor::remove(NodeId node) {
+  const std::vector<NodeId> subtree = tree_->nodes.subtree(node);
+  storeTable(changeOfRemoval(node, subtree));
+  for (const NodeId gone : subtree) {
+    if (!tree_->nodes.isFile(gone)) continue;
+    const std::string_view itemName = package_.itemNameOf(tree_->nodes.part(gone));
+    package_.deletePart(model::PartName::fromItemName(itemName));
+    tree_->tableFiles.erase(gone);
+  }
+  tree_->nodes.remove(node);
+}
+
+}  // namespace opc::plservices::detail

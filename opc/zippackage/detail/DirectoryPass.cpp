@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/detail/DirectoryPass.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+#include <string>
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/Words.h"
+#include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/ItemInfoOf.h"
+#include "opc/zippackage/detail/CodePage437.h"
+
+namespace opc::zippackage::detail {
+namespace {
+
+bool isAscii(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+  const char* next = text.data();
+  std::size_t left = text.size();
+  for (; left >= 8; left -= 8, next += 8) {
+    if ((loadWord(next) & kHighBits) != 0) return false;
+  }
+  return (loadTail(next, left) & kHighBits) == 0;
+}
+
+// Whether a name is ASCII without a NUL and without two dots in a row, in one pass. False as well
+// for a few that are: what follows a byte that is looked for can be mistaken for another one.
+bool isPlain(std::string_view name) {
+  constexpr std::uint64_t kEachByte = 0x0101010101010101u;
+  constexpr std::uint64_t kHighBits = 0x80u * kEachByte;
+  std::uint64_t dotBefore = 0;
+  const auto isPlainWord = [&dotBefore](std::uint64_t word) {
+    const std::uint64_t noDot = word ^ ('.' * kEachByte);
+    const std::uint64_t dots = (noDot - kEachByte) & ~noDot & kHighBits;
+    const std::uint64_t pairs = dots & (dots << 8 | dotBefore);
+    dotBefore = dots >> 56;
+    return (((word - kEachByte) | word) & kHighBits) == 0 && pairs == 0;
+  };
+  const char* next = name.data();
+  std::size_t left = name.size();
+  for (; left >= 8; left -= 8, next += 8) {
+    if (!isPlainWord(loadWord(next))) return false;
+  }
+  if (left == 0) return true;
+  return isPlainWord(loadTail(next, left) | 'a' * kEachByte << (8 * left));
+}
+
+bool isSeparator(char c) {
+  return c == '/' || c == '\\';
+}
+
+bool isDigitalSignature(Bytes rest) {
+  constexpr std::uint32_t kSignature = 0x05054b50;
+  constexpr std::size_t kHeaderSize = 6;
+  return rest.size() >= kHeaderSize && load32(rest.data()) == kSignature &&
+         rest.size() - kHeaderSize == load16(rest.data() + 4);
+}
+
+}  // namespace
+
+void DirectoryPass::run() {
+  readEntries();
+  checkDuplicates();
+  checkPlaces();
+}
+
+void DirectoryPass::readEntries() {
+  const Bytes bytes = directory_.bytes_.bytes();
+  // The smaller of what is declared and what there is room for.
+  const auto expected = static_cast<std::size_t>(
+      std::min<std::uint64_t>(directory_.location_.entries, bytes.size() / CentralHeader::kSize));
+  directory_.entries_.reserve(expected);
+  hashes_.reserve(expected);
+  std::size_t at = 0;
+  while (at < bytes.size()) {
+    const auto header = CentralHeader::decode(bytes.subspan(at));
+    if (!header && isDigitalSignature(bytes.subspan(at))) break;
+    if (!header || header->fullSize() > bytes.size() - at) {
+      throw FormatError("ZP-16", "entry " + std::to_string(current_ + 1) +
+                                     " of its directory is cut off or no entry");
+    }
+    readEntry(at, *header);
+    at += header->fullSize();
+    ++current_;
+  }
+  current_ = kNoEntry;
+  const std::size_t found = directory_.entries_.size();
+  if (found != directory_.location_.entries) {
+    note(ZipFaultKind::CountDiffers, found, directory_.location_.entries);
+  }
+}
+
+void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
+  ZipEntry& entry = directory_.entries_.emplace_back();
+  entry.record = static_cast<std::uint32_t>(at);
+  entry.headerOffset = header.headerOffset;
+  entry.packedSize = header.packedSize;
+  entry.size = header.size;
+  entry.crc = header.crc;
+  entry.nameLength = header.nameLength;
+  entry.flags = header.flags;
+  entry.method = header.method;
+  checkExtra();
+  readZip64(entry, header);
+  checkMethod(entry);
+  checkName(entry);
+  const std::string_view name = directory_.name(current_);
+  entry.kind = itemKindOf(name, header);
+  hashes_.push_back(names_.hashOf(name));  // now that the name is near
+}
+
+void DirectoryPass::checkExtra() {
+  const ExtraFault fault = ExtraFieldWalk::faultOf(directory_.extra(current_));
+  if (fault == ExtraFault::None) return;
+  note(ZipFaultKind::ExtraMalformed, static_cast<std::uint64_t>(fault));
+}
+
+void DirectoryPass::readZip64(ZipEntry& entry, const CentralHeader& header) {
+  const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
+                             header.headerOffset != kElsewhere32 && header.disk == 0;
+  if (isPlainHeader) return;
+  Zip64Extra wide;
+  if (header.size == kElsewhere32) wide.size = 0;
+  if (header.packedSize == kElsewhere32) wide.packedSize = 0;
+  if (header.headerOffset == kElsewhere32) wide.headerOffset = 0;
+  if (header.disk == kElsewhere16) wide.disk = 0;
+  const bool isNeeded = wide.size || wide.packedSize || wide.headerOffset || wide.disk;
+  bool isThere = false;
+  ExtraFieldWalk walk(directory_.extra(current_));
+  while (!isThere && walk.next()) {
+    if (walk.id() == Zip64Extra::kId) isThere = wide.decode(walk.data());
+  }
+  if (isNeeded && !isThere) note(ZipFaultKind::Zip64ValueMissing);
+  entry.size = wide.size.value_or(entry.size);
+  entry.packedSize = wide.packedSize.value_or(entry.packedSize);
+  entry.headerOffset = wide.headerOffset.value_or(entry.headerOffset);
+  if (wide.disk.value_or(header.disk) != 0) note(ZipFaultKind::OtherVolume);
+}
+
+void DirectoryPass::checkMethod(const ZipEntry& entry) {
+  constexpr std::uint16_t kAesMethod = 99;
+  if ((entry.flags & kAnyEncryption) != 0 || entry.method == kAesMethod) {
+    note(ZipFaultKind::Encrypted);
+  } else if (entry.method != kStored && entry.method != kDeflated) {
+    note(ZipFaultKind::UnknownMethod, entry.method);
+  } else if (entry.method == kStored && entry.size != entry.packedSize) {
+    note(ZipFaultKind::StoredSizesDiffer, entry.size, entry.packedSize);
+  }
+}
+
+void DirectoryPass::checkName(ZipEntry& entry) {
+  const std::string_view name = directory_.storedName(current_);
+  if (name.empty()) return note(ZipFaultKind::NameEmpty);
+  if (isPlain(name)) return;
+  if (std::memchr(name.data(), 0, name.size()) != nullptr) note(ZipFaultKind::NameHasNul);
+  checkParentSegments(name);
+  if (isAscii(name)) return;
+  if ((entry.flags & kFlagUtf8) != 0) {
+    if (!isUtf8(name)) note(ZipFaultKind::NameNotUtf8);
+    return;
+  }
+  if (directory_.mappedStarts_.empty()) directory_.mappedStarts_.push_back(0);
+  entry.mappedName = static_cast<std::uint32_t>(directory_.mappedStarts_.size() - 1);
+  appendFromCodePage437(directory_.mappedNames_, name);
+  directory_.mappedStarts_.push_back(directory_.mappedNames_.size());
+}
+
+void DirectoryPass::checkParentSegments(std::string_view name) {
+  for (std::size_t at = name.find(".."); at != std::string_view::npos;
+       at = name.find("..", at + 1)) {
+    const bool begins = at == 0 || isSeparator(name[at - 1]);
+    const bool ends = at + 2 == name.size() || isSeparator(name[at + 2]);
+    if (begins && ends) return note(ZipFaultKind::ParentSegment);
+  }
+}
+
+void DirectoryPass::checkDuplicates() {
+  constexpr std::uint32_t kAhead = 16;
+  const auto nameOf = [this](std::uint32_t entry) { return directory_.name(entry); };
+  const auto count = static_cast<std::uint32_t>(hashes_.size());
+  names_.makeRoomFor(count);
+  for (std::uint32_t entry = 0; entry < count; ++entry) {
+    if (count - entry > kAhead) names_.prefetch(hashes_[entry + kAhead]);
+    const std::uint32_t other = names_.add(entry, hashes_[entry], nameOf);
+    if (other != kNoEntry) noteTwice(entry, other);
+  }
+}
+
+void DirectoryPass::noteTwice(std::uint32_t entry, std::uint32_t other) {
+  const bool isFolder = directory_.name(entry).ends_with('/');
+  noteFor(entry, isFolder ? ZipFaultKind::FolderTwice : ZipFaultKind::NameTwice, other, 0);
+}
+
+// Sorted by where they begin, entries that share bytes are neighbours, or follow one that reaches
+// over its neighbours: hence the one that ends last so far.
+void DirectoryPass::checkPlaces() {
+  const auto& entries = directory_.entries_;
+  auto& order = directory_.physicalOrder_;
+  order.resize(entries.size());
+  std::iota(order.begin(), order.end(), 0u);
+  const auto isBefore = [&](std::uint32_t a, std::uint32_t b) {
+    return entries[a].headerOffset < entries[b].headerOffset;
+  };
+  if (!std::is_sorted(order.begin(), order.end(), isBefore)) {
+    std::sort(order.begin(), order.end(), isBefore);
+  }
+  const std::uint64_t start =
+      order.empty() ? directory_.location_.offset : entries[order[0]].headerOffset;
+  if (start > 0) note(ZipFaultKind::BytesBeforeFirst, 0, start);
+  for (const std::uint32_t entry : order) checkPlace(entry, entries[entry].leastEnd());
+  if (farthest_ == kNoEntry) return;
+  const std::uint64_t gap =
+      directory_.location_.offset - std::min(reached_, directory_.location_.offset);
+  if (gap > kMostUnseen) note(ZipFaultKind::UnusedBytes, reached_, gap);
+}
+
+void DirectoryPass::checkPlace(std::uint32_t entry, std::uint64_t end) {
+  const std::uint64_t start = directory_.entries_[entry].headerOffset;
+  const std::uint64_t archiveEnd = directory_.location_.archiveEnd;
+  if (start >= archiveEnd || end > archiveEnd) {
+    noteFor(entry, ZipFaultKind::OutsideFile, end, archiveEnd);
+  } else if (end > directory_.location_.offset) {
+    noteFor(entry, ZipFaultKind::Overlap, kNoEntry, 0);
+  }
+  if (farthest_ != kNoEntry && reached_ > start) {
+    noteFor(entry, ZipFaultKind::Overlap, farthest_, 0);
+  } else if (farthest_ != kNoEntry && start - reached_ > kMostUnseen) {
+    noteFor(kNoEntry, ZipFaultKind::UnusedBytes, reached_, start - reached_);
+  }
+  if (farthest_ != kNoEntry && end <= reached_) return;
+  farthest_ = entry;
+  reached_ = end;
+}
+
+void DirectoryPass::note(ZipFaultKind kind, std::uint64_t first, std::uint64_t second) {
+  noteFor(current_, kind, first, second);
+}
+
+void DirectoryPass::noteFor(std::uint32_t entry, ZipFaultKind kind, std::uint64_t first,
+                            std::uint64_t second) {
+  directory_.location_.faults.push_back({kind, entry, first, second});
+}
+
+}  // namespace opc::zippackage::detail

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/detail/OutputFile.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "opc/Exception.h"
+#include "opc/SystemCall.h"
+#include "opc/zippackage/detail/FileWriting.h"
+
+namespace opc::zippackage::detail {
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+constexpr const char* kWhat = "cannot write to a temporary file";
+
+// Below, a call of its own and the flush before it cost more than passing the bytes on.
+constexpr std::uint64_t kWorthTheKernel = std::uint64_t{256} << 10;
+// So that an interrupt does not wait for gigabytes.
+constexpr std::uint64_t kCopyAtOnce = std::uint64_t{16} << 20;
+
+}  // namespace
+
+OutputFile::OutputFile(int descriptor) : descriptor_(descriptor) {
+  buffer_.resizeForOverwrite(kBufferSize);
+}
+
+void OutputFile::write(Bytes data) {
+  if (data.size() > kBufferSize - used_) flush();
+  if (data.size() >= kBufferSize) {
+    writeFully(descriptor_, flushed_, data, kWhat);
+    flushed_ += data.size();
+  } else if (!data.empty()) {
+    std::memcpy(buffer_.data() + used_, data.data(), data.size());
+    used_ += data.size();
+  }
+}
+
+void OutputFile::patch(std::uint64_t offset, Bytes data) {
+  if (offset >= flushed_) {
+    std::memcpy(buffer_.data() + (offset - flushed_), data.data(), data.size());
+    return;
+  }
+  if (data.size() > flushed_ - offset) flush();
+  writeFully(descriptor_, offset, data, kWhat);
+}
+
+void OutputFile::rewindTo(std::uint64_t offset) {
+  if (offset >= flushed_) {
+    used_ = static_cast<std::size_t>(offset - flushed_);
+    return;
+  }
+  const auto cut = [&] { return ::ftruncate(descriptor_, static_cast<off_t>(offset)); };
+  if (uninterrupted(cut) != 0) throw SystemError(kWhat, errno);
+  flushed_ = offset;
+  used_ = 0;
+}
+
+void OutputFile::copyFrom(const PackageFile& file, std::uint64_t offset, std::uint64_t size,
+                          const Copied& copied) {
+  std::uint64_t done = 0;
+  if (size >= kWorthTheKernel) {
+    flush();
+    done = copyInKernel(file, offset, size, copied);
+  }
+  while (done < size) {
+    if (used_ == kBufferSize) flush();
+    const auto count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(size - done, kBufferSize - used_));
+    file.readAt(offset + done, buffer_.data() + used_, count);
+    used_ += count;
+    done += count;
+    copied(done);
+  }
+}
+
+// Returns how far it came: not every file system and kernel can do it, or all of it.
+std::uint64_t OutputFile::copyInKernel(const PackageFile& file, std::uint64_t offset,
+                                       std::uint64_t size, const Copied& copied) {
+  auto from = static_cast<off_t>(offset);
+  std::uint64_t done = 0;
+  while (done < size) {
+    auto to = static_cast<off_t>(flushed_);
+    const auto wanted = static_cast<std::size_t>(std::min(size - done, kCopyAtOnce));
+    const ssize_t count = ::copy_file_range(file.descriptor(), &from, descriptor_, &to, wanted, 0);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
+      throw SystemError(kWhat, errno);
+    }
+    // Every other refusal is left to plain reading and writing, which knows its own reasons.
+    if (count <= 0) return done;
+    done += static_cast<std::uint64_t>(count);
+    flushed_ += static_cast<std::uint64_t>(count);
+    copied(done);
+  }
+  return done;
+}
+
+void OutputFile::flush() {
+  writeFully(descriptor_, flushed_, {buffer_.data(), used_}, kWhat);
+  flushed_ += used_;
+  used_ = 0;
+}
+
+}  // namespace opc::zippackage::detail

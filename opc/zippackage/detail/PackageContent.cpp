@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/detail/PackageContent.h"
+
+#include <algorithm>
+#include <ctime>
+#include <string>
+
+#include "opc/Exception.h"
+#include "opc/zippackage/ErrorContext.h"
+
+namespace opc::zippackage::detail {
+
+using interfaces::CompressionType;
+
+void PackageContent::writeTo(OutputFile& out) {
+  now_ = std::time(nullptr);
+  countTotals();
+  ZipWriter writer(out);
+  PackAhead packer(jobs(), options_.background);
+  addNew(writer, packer, true);
+  copyUnchanged(out, writer);
+  addNew(writer, packer, false);
+  writer.finish(old_ != nullptr ? Bytes(old_->directory.location().comment) : Bytes());
+}
+
+void PackageContent::countTotals() {
+  for (std::size_t entry = 0; entry < removed_.size(); ++entry) {
+    if (removed_[entry]) continue;
+    ++progress_.itemsTotal;
+    progress_.bytesTotal += old_->directory.entries()[entry].size;
+  }
+  for (const AddedItem& item : added_) {
+    if (item.isRemoved) continue;
+    ++progress_.itemsTotal;
+    progress_.bytesTotal += item.content->size();
+  }
+}
+
+// In the order in which addNew comes to them.
+std::vector<PackAhead::Job> PackageContent::jobs() const {
+  std::vector<PackAhead::Job> jobs;
+  jobs.reserve(added_.size());
+  for (const bool atFront : {true, false}) {
+    for (const AddedItem& item : added_) {
+      if (item.isRemoved || item.properties.atFront != atFront) continue;
+      jobs.push_back({item.content.get(), levelOf(item.properties.compression)});
+    }
+  }
+  return jobs;
+}
+
+void PackageContent::addNew(ZipWriter& writer, PackAhead& packer, bool atFront) {
+  for (AddedItem& item : added_) {
+    if (item.isRemoved || item.properties.atFront != atFront) continue;
+    const std::uint64_t expected = item.content->size();
+    if (const auto packed = packer.take()) {
+      writer.add(headOf(item), *packed);
+    } else {
+      // What does not get smaller is read a second time.
+      std::uint64_t furthest = 0;
+      writer.add(headOf(item), *item.content, [&](std::uint64_t bytes) {
+        furthest = std::max(furthest, std::min(bytes, expected));
+        report(furthest);
+      });
+    }
+    reportDone(1, expected);
+  }
+}
+
+ItemHead PackageContent::headOf(const AddedItem& item) const {
+  ItemHead head;
+  head.name = item.properties.name;
+  head.level = levelOf(item.properties.compression);
+  head.executable = item.properties.executable;
+  head.isTimeExact = item.properties.modified || options_.timestamp;
+  head.time = options_.timestamp.value_or(item.properties.modified.value_or(now_));
+  return head;
+}
+
+int PackageContent::levelOf(CompressionType compression) const {
+  switch (compression) {
+    case CompressionType::None:
+      return 0;
+    case CompressionType::Fast:
+      return 1;
+    case CompressionType::Maximum:
+      return 9;
+    case CompressionType::Normal:
+      break;
+  }
+  return std::clamp(options_.level, 0, 9);
+}
+
+void PackageContent::copyUnchanged(OutputFile& out, ZipWriter& writer) {
+  if (old_ == nullptr) return;
+  const auto entries = old_->directory.entries();
+  const auto order = old_->directory.physicalOrder();
+  std::vector<std::uint64_t> newOffsets(entries.size());
+  auto next = order.begin();
+  for (const Run& run : findRuns()) {
+    const std::uint64_t target = out.position();
+    for (; next != order.end() && entries[*next].headerOffset < run.end; ++next) {
+      // Those in front of the run are left out, and so are their offsets.
+      newOffsets[*next] = target + (entries[*next].headerOffset - run.start);
+    }
+    copyRun(out, run);
+  }
+  for (std::size_t entry = 0; entry < entries.size(); ++entry) {
+    if (!removed_[entry]) writer.addCopied(old_->directory, entry, newOffsets[entry]);
+  }
+}
+
+std::vector<PackageContent::Run> PackageContent::findRuns() {
+  const auto order = old_->directory.physicalOrder();
+  std::vector<Run> runs;
+  for (std::size_t at = 0; at < order.size(); ++at) {
+    if (removed_[order[at]]) continue;
+    const ZipEntry& entry = old_->directory.entries()[order[at]];
+    const bool continues = !runs.empty() && runs.back().end == entry.headerOffset;
+    if (!continues) {
+      if (!runs.empty()) requireWhole(runs.back());
+      runs.push_back({entry.headerOffset, 0});
+      runs.back().first = at;
+    }
+    Run& run = runs.back();
+    run.last = at;
+    run.end = endOf(at);
+    ++run.items;
+    run.bytes += entry.size;
+  }
+  if (!runs.empty()) requireWhole(runs.back());
+  return runs;
+}
+
+// What lies up to the next item belongs to this one, as long as it can: the exact length would
+// take a look at every local header. Where a run ends it is worth that look.
+std::uint64_t PackageContent::endOf(std::size_t positionInOrder) {
+  const ZipDirectory& directory = old_->directory;
+  const auto order = directory.physicalOrder();
+  const std::uint32_t entry = order[positionInOrder];
+  const bool isLast = positionInOrder + 1 == order.size();
+  if (!isLast && !removed_[order[positionInOrder + 1]]) {
+    const std::uint64_t next = directory.entries()[order[positionInOrder + 1]].headerOffset;
+    if (next - directory.entries()[entry].leastEnd() <= kMostUnseen) return next;
+  }
+  return exactEndOf(entry);
+}
+
+std::uint64_t PackageContent::exactEndOf(std::uint32_t entry) {
+  const auto context = [&] {
+    return "cannot keep item '" + std::string(old_->directory.name(entry)) + "'";
+  };
+  return inContext(context, [&] { return old_->reader.endOf(entry); });
+}
+
+// Extra fields that reach over the end of the run, from far in front of it perhaps, would be cut.
+void PackageContent::requireWhole(const Run& run) {
+  const auto order = old_->directory.physicalOrder();
+  const auto entries = old_->directory.entries();
+  std::size_t at = run.last;
+  while (at > run.first && entries[order[at - 1]].leastEnd() + kMostUnseen > run.end) --at;
+  for (; at < run.last; ++at) {
+    exactEndOf(order[at]);
+  }
+}
+
+void PackageContent::copyRun(OutputFile& out, const Run& run) {
+  const std::uint64_t size = run.end - run.start;
+  out.copyFrom(old_->file, run.start, size, [&](std::uint64_t copied) {
+    const double share = static_cast<double>(copied) / static_cast<double>(size);
+    report(static_cast<std::uint64_t>(share * static_cast<double>(run.bytes)));
+  });
+  reportDone(run.items, run.bytes);
+}
+
+void PackageContent::report(std::uint64_t bytesWithin) {
+  if (!options_.progress) return;
+  interfaces::Progress now = progress_;
+  now.bytesDone += bytesWithin;
+  options_.progress(now);
+}
+
+void PackageContent::reportDone(std::uint64_t items, std::uint64_t bytes) {
+  progress_.itemsDone += items;
+  progress_.bytesDone += bytes;
+  report(0);
+}
+
+}  // namespace opc::zippackage::detail

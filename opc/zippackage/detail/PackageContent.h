@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "opc/interfaces/Progress.h"
+#include "opc/zippackage/ZipDirectory.h"
+#include "opc/zippackage/ZipItemReader.h"
+#include "opc/zippackage/ZipPhysicalPackage.h"
+#include "opc/zippackage/detail/AddedItem.h"
+#include "opc/zippackage/detail/OutputFile.h"
+#include "opc/zippackage/detail/PackAhead.h"
+#include "opc/zippackage/detail/ZipWriter.h"
+
+namespace opc::zippackage::detail {
+
+/// The package on disk that a transaction changes.
+struct OpenedPackage {
+  explicit OpenedPackage(PackageFile opened)
+      : file(std::move(opened)), directory(ZipDirectory::read(file)), reader(file, directory) {}
+
+  PackageFile file;
+  ZipDirectory directory;
+  ZipItemReader reader;
+};
+
+/// Writes a whole new package: items that stand at the front, then the unchanged ones of the old
+/// package in runs, as their bytes are, then the other new ones, then the directory. What stood
+/// in front of the old package's first item, between items and behind its end is left behind.
+class PackageContent {
+ public:
+  /// `old` is null for a new package; `removed` says which of its items are left out.
+  PackageContent(OpenedPackage* old, const std::vector<bool>& removed, std::deque<AddedItem>& added,
+                 const WriteOptions& options)
+      : old_(old), removed_(removed), added_(added), options_(options) {}
+
+  void writeTo(OutputFile& out);
+
+ private:
+  /// Neighbouring unchanged items.
+  struct Run {
+    std::uint64_t start = 0;
+    std::uint64_t end = 0;
+    std::uint64_t items = 0;
+    std::uint64_t bytes = 0;  ///< unpacked
+    std::size_t first = 0;    ///< of its items, in physical order; none between is left out
+    std::size_t last = 0;
+  };
+
+  void countTotals();
+  std::vector<PackAhead::Job> jobs() const;
+  void addNew(ZipWriter& writer, PackAhead& packer, bool atFront);
+  void copyUnchanged(OutputFile& out, ZipWriter& writer);
+  std::vector<Run> findRuns();
+  std::uint64_t endOf(std::size_t positionInOrder);
+  std::uint64_t exactEndOf(std::uint32_t entry);
+  void requireWhole(const Run& run);
+  void copyRun(OutputFile& out, const Run& run);
+  ItemHead headOf(const AddedItem& item) const;
+  int levelOf(interfaces::CompressionType compression) const;
+  void report(std::uint64_t bytesWithin);
+  void reportDone(std::uint64_t items, std::uint64_t bytes);
+
+  OpenedPackage* old_;
+  const std::vector<bool>& removed_;
+  std::deque<AddedItem>& added_;
+  const WriteOptions& options_;
+  std::int64_t now_ = 0;
+  interfaces::Progress progress_;
+};
+
+}  // namespace opc::zippackage::detail

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "opc/zippackage/detail/ZipCommit.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <optional>
+
+#include "opc/Exception.h"
+#include "opc/zippackage/ErrorContext.h"
+#include "opc/zippackage/detail/TemporaryPackage.h"
+
+namespace opc::zippackage::detail {
+
+void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>& write,
+                    const std::function<void(const std::string&)>& inspect,
+                    const std::function<void()>& finished) {
+  std::optional<TemporaryPackage> package;
+  const auto context = [this] { return "cannot write package '" + path_ + "'"; };
+  inContext(context, [&] {
+    package.emplace(target_);
+    OutputFile out(package->descriptor());
+    write(out);
+    out.flush();
+    if (inspect) inspect(package->path());
+    package->sync();
+    requireUnchanged();
+    package->moveInPlace(replaceExisting);
+  });
+  finished();
+  package->syncFolder();
+}
+
+void ZipCommit::requireUnchanged() const {
+  if (opened_ == nullptr) return;
+  struct stat named {};
+  if (::stat(target_.named.c_str(), &named) != 0) {
+    if (errno != ENOENT && errno != ENOTDIR) throw SystemError("cannot look at it", errno);
+    throw Exception(ErrorCode::ChangedOnDisk, "it was removed since it was opened");
+  }
+  const FileIdentity now = FileIdentity::of(named);
+  const FileIdentity& then = opened_->identity();
+  if (now == then) return;
+  const bool isOther = now.device != then.device || now.inode != then.inode;
+  throw Exception(ErrorCode::ChangedOnDisk, isOther ? "it was replaced since it was opened"
+                                                    : "it was changed since it was opened");
+}
+
+}  // namespace opc::zippackage::detail

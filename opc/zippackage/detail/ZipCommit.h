@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "opc/zippackage/PackageFile.h"
+#include "opc/zippackage/detail/OutputFile.h"
+#include "opc/zippackage/detail/PackageTarget.h"
+
+namespace opc::zippackage::detail {
+
+/// Puts a new package file in the place of an old one, or of nothing, in one step.
+///
+/// Either everything is done, or what was there is there still and the temporary file is gone. The
+/// one case between: the new file is in place, but the folder could not be flushed.
+class ZipCommit {
+ public:
+  /// `path` is for messages, `target` where the file lies. `opened` is the file that the
+  /// new one derives from, null for none.
+  ZipCommit(std::string path, PackageTarget target, const PackageFile* opened)
+      : path_(std::move(path)), target_(std::move(target)), opened_(opened) {}
+
+  /// Has `write` write the new file and `inspect`, which may be empty, look at it by its path,
+  /// flushes it, makes sure that the old one is the one that was opened, and swaps. `finished` is
+  /// called as soon as the new file is in place, which is before the folder is flushed. Throws
+  /// ErrorCode::ChangedOnDisk, ErrorCode::AlreadyExists, SystemError, and what `write` and
+  /// `inspect` throw.
+  void run(bool replaceExisting, const std::function<void(OutputFile&)>& write,
+           const std::function<void(const std::string&)>& inspect,
+           const std::function<void()>& finished);
+
+ private:
+  void requireUnchanged() const;
+
+  std::string path_;
+  PackageTarget target_;
+  const PackageFile* opened_;
+};
+
+}  // namespace opc::zippackage::detail

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "opc/ByteBuffer.h"
+#include "opc/interfaces/IContentSource.h"
+#include "opc/zippackage/Codec.h"
+#include "opc/zippackage/ZipDirectory.h"
+#include "opc/zippackage/ZipFormat.h"
+#include "opc/zippackage/detail/ItemPacker.h"
+#include "opc/zippackage/detail/OutputFile.h"
+
+namespace opc::zippackage::detail {
+
+/// A new item, as its headers tell it.
+struct ItemHead {
+  std::string_view name;  ///< ASCII, at most kMaxNameLength bytes
+  int level = 6;          ///< 0 stores
+  bool executable = false;
+  std::int64_t time = 0;     ///< seconds since 1970
+  bool isTimeExact = false;  ///< not just when it was packed: worth a field of its own
+};
+
+/// A directory entry must not be longer than 65,535 bytes, fields that we may add included.
+inline constexpr std::size_t kMaxNameLength = 0xFFFF - CentralHeader::kSize - 64;
+
+/// From where on numbers go into ZIP64 fields. Only tests set it lower.
+struct Zip64Limits {
+  std::uint64_t value = kElsewhere32;
+  std::uint64_t count = kElsewhere16;
+};
+
+/// Writes a ZIP file: items, then the directory.
+class ZipWriter {
+ public:
+  /// Called within a large item with how much of it has been read.
+  using Advanced = std::function<void(std::uint64_t)>;
+
+  /// `out` must outlive it.
+  explicit ZipWriter(OutputFile& out, Zip64Limits limits = {}) : out_(out), limits_(limits) {}
+
+  /// Packs what `source` holds, however much it said that it would be. Up to kWholeLimit it is
+  /// read whole. Throws what the source throws, and ErrorCode::TooLarge when it said less than
+  /// 4 GiB and holds more.
+  void add(const ItemHead& head, interfaces::IContentSource& source, const Advanced& advanced);
+
+  /// Writes an item that is packed already.
+  void add(const ItemHead& head, const PackedItem& packed);
+
+  /// Takes an entry over into the directory: its bytes were copied to `offset` already.
+  void addCopied(const ZipDirectory& from, std::size_t entry, std::uint64_t offset);
+
+  /// Writes the directory and the end records.
+  void finish(Bytes comment);
+
+ private:
+  /// What is known of an item once its data are packed.
+  struct Written {
+    std::uint64_t offset = 0;
+    std::uint64_t packedSize = 0;
+    std::uint64_t size = 0;
+    std::uint32_t crc = 0;
+    std::uint16_t method = kStored;
+  };
+
+  void addStreamed(const ItemHead& head, interfaces::IContentSource& source, InputStream& stream,
+                   Bytes begun, const Advanced& advanced);
+  void pump(Written& item, int level, InputStream& stream, Bytes begun,
+            const std::function<void(std::uint64_t)>& check);
+  void packTo(StreamDeflater& deflater, Bytes data, bool finish);
+  Bytes localHeader(const ItemHead& head, const Written& item, bool wide);
+  void addToDirectory(const ItemHead& head, const Written& item);
+  void addRecord(const CentralHeader& header, std::string_view name, Bytes extra);
+  void addWithNewZip64(const ZipDirectory& from, std::size_t entry, std::uint64_t offset);
+
+  OutputFile& out_;
+  Zip64Limits limits_;
+  std::vector<unsigned char> directory_;
+  std::uint64_t entries_ = 0;
+  ItemPacker packer_;
+  ByteBuffer packed_;
+  std::vector<unsigned char> header_;
+};
+
+}  // namespace opc::zippackage::detail
