@@ -3,8 +3,9 @@
 // find an error in everything that reading refuses.
 #include <string>
 
+#include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
-#include "addon/checks/Verification.h"
+#include "addon/checks/PackageVerification.h"
 #include "addon/packaging/AddonPackage.h"
 #include "fuzz/MemoryFile.h"
 #include "fuzz/Require.h"
@@ -15,7 +16,6 @@ namespace {
 
 using addon::checks::Finding;
 using addon::checks::Report;
-using addon::checks::Scope;
 using fuzz::require;
 using opc::interfaces::OpenMode;
 
@@ -60,8 +60,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::MemoryFile file;
   file.fill(fuzz::textOf(data, size));
 
-  const Report any = addon::checks::verifyPackage(file.path(), Scope::AnyPackage);
-  const Report addon = addon::checks::verifyPackage(file.path(), Scope::Addon);
+  const Report any = addon::checks::verifyPackage(file.path());
+  const Report addon = addon::checks::verifyAddon(file.path());
   for (const Finding& finding : addon.findings()) checkFinding(finding);
   checkReports(any, addon);
   const bool isReadable = fuzz::isAccepted([&] { readAll(file.path()); });

@@ -11,9 +11,8 @@
 #include <system_error>
 #include <utility>
 
-#include "addon/checks/AddonChecks.h"
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Verification.h"
+#include "addon/checks/AddonVerification.h"
 #include "opc/Text.h"
 #include "text/ByteCount.h"
 #include "tool/Arguments.h"
@@ -149,8 +148,7 @@ void inspect(const std::string& path, const Task& task, BuildResult& result) {
   result.size = static_cast<std::uint64_t>(info.st_size);
   ProgressBar bar(task.invocation.settings());
   if (task.verifies()) {
-    const Report report =
-        addon::checks::verifyPackage(path, addon::checks::Scope::Addon, bar.function());
+    const Report report = addon::checks::verifyAddon(path, bar.function());
     result.verdict = judge(task.output, report, task.rules);
     if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
   }
@@ -172,9 +170,7 @@ BuildResult rehearse(const Task& task) {
   BuildResult result = resultFor(task.output, items);
   if (task.verifies()) {
     Report report;
-    addon::checks::checkDocuments(package, report);
-    addon::checks::checkReferences(package, report);
-    addon::checks::checkStyle(package, report);
+    addon::checks::checkAddon(package, report);
     result.verdict = judge(task.output, report, task.rules);
   }
   if (task.invocation.has("json")) {

@@ -5,8 +5,9 @@
 #include <cerrno>
 #include <string>
 
+#include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
-#include "addon/checks/Verification.h"
+#include "addon/checks/PackageVerification.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "text/ByteCount.h"
@@ -24,7 +25,9 @@ namespace tool {
 namespace {
 
 using addon::checks::FindingInfo;
-using addon::checks::Scope;
+
+/// verifyPackage() or verifyAddon().
+using Verify = decltype(addon::checks::verifyAddon);
 
 constexpr std::array kOperands{OperandSpec{
     .name = "PACKAGE", .help = "the packages to check", .isRequired = false, .isRepeatable = true}};
@@ -73,7 +76,7 @@ ExitCode runExplain(const Invocation& invocation) {
 }
 
 /// Never throws for what one file is like: the others are still to be checked.
-PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& rules,
+PackageVerdict verify(const std::string& path, Verify& check, const IgnoreRules& rules,
                       const Settings& settings) {
   PackageVerdict failed;
   failed.file = path;
@@ -81,7 +84,7 @@ PackageVerdict verify(const std::string& path, Scope scope, const IgnoreRules& r
     toUtf16("cannot open", path);
     if (path.empty()) throw systemFailure("cannot open package", path, ENOENT);
     ProgressBar bar(settings);
-    return judge(path, addon::checks::verifyPackage(path, scope, bar.function()), rules);
+    return judge(path, check(path, bar.function()), rules);
   } catch (const opc::Exception& error) {
     failed.failure = error.what();
   } catch (const Failure& error) {
@@ -108,7 +111,7 @@ ExitCode runChecks(const Invocation& invocation) {
   }
   invocation.refuseTogether("json", "format");
   const IgnoreRules rules(invocation.values("ignore"));
-  const Scope scope = invocation.has("opc") ? Scope::AnyPackage : Scope::Addon;
+  Verify& check = invocation.has("opc") ? addon::checks::verifyPackage : addon::checks::verifyAddon;
   const bool isStrict = invocation.has("strict");
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
   Output output;
@@ -117,7 +120,7 @@ ExitCode runChecks(const Invocation& invocation) {
   bool isGood = true;
   printer->begin();
   for (const std::string& path : invocation.operands()) {
-    const PackageVerdict verdict = verify(path, scope, rules, invocation.settings());
+    const PackageVerdict verdict = verify(path, check, rules, invocation.settings());
     printer->print(verdict);
     output.flush();  // before what goes to standard error
     printSummary(verdict, invocation.settings());

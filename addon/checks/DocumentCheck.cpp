@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/DocumentCheck.h"
 
-#include "addon/checks/AddonChecks.h"
 #include "addon/checks/AddonFindings.h"
+#include "addon/checks/AddonVerification.h"
 #include "addon/checks/Quoting.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"

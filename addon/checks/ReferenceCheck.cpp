@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/ReferenceCheck.h"
 
-#include "addon/checks/AddonChecks.h"
 #include "addon/checks/AddonFindings.h"
+#include "addon/checks/AddonVerification.h"
 #include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/ReadableDocument.h"

@@ -3,8 +3,8 @@
 
 #include <chrono>
 
-#include "addon/checks/AddonChecks.h"
 #include "addon/checks/AddonFindings.h"
+#include "addon/checks/AddonVerification.h"
 #include "addon/checks/Readable.h"
 #include "text/ByteCount.h"
 

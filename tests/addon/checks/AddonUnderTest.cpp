@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "addon/checks/AddonChecks.h"
+#include "addon/checks/AddonVerification.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonConfiguration.h"
 #include "addon/packaging/AddonExamples.h"
@@ -191,9 +191,7 @@ Report AddonUnderTest::check() const {
   AddonPackage package(package_.u16string());
   package.logicalPackage().open(OpenMode::Read);
   Report report;
-  addon::checks::checkDocuments(package, report);
-  addon::checks::checkReferences(package, report);
-  addon::checks::checkStyle(package, report);
+  addon::checks::checkAddon(package, report);
   return report;
 }
 

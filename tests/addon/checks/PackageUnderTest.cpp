@@ -10,7 +10,6 @@
 namespace test {
 
 using addon::checks::Report;
-using addon::checks::Scope;
 
 PackageUnderTest::PackageUnderTest() {
   zip.add({.name = "[Content_Types].xml", .deflate = true});
@@ -57,7 +56,7 @@ Report PackageUnderTest::check() const {
 Report verifyBytes(const std::string& bytes) {
   const TemporaryFolder folder;
   writeFile(folder / "p.zip", bytes);
-  return addon::checks::verifyPackage((folder / "p.zip").string(), Scope::AnyPackage);
+  return addon::checks::verifyPackage((folder / "p.zip").string());
 }
 
 }  // namespace test

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "addon/checks/PackageVerification.h"
 #include "addon/checks/Report.h"
-#include "addon/checks/Verification.h"
 #include "tests/support/ZipBuilder.h"
 
 namespace test {

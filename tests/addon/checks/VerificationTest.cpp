@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/Verification.h"
+#include "addon/checks/PackageVerification.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +16,6 @@
 
 using addon::checks::Finding;
 using addon::checks::Report;
-using addon::checks::Scope;
 using addon::checks::verifyPackage;
 using test::PackageUnderTest;
 using testing::Each;
@@ -168,8 +167,8 @@ TEST(Verification, OverlappingItemsAreUnpackedOnce) {
 TEST(Verification, WhatIsNoFileCannotBeVerified) {
   const test::TemporaryFolder folder;
 
-  EXPECT_THROW(verifyPackage((folder / "none").string(), Scope::AnyPackage), opc::SystemError);
-  EXPECT_THROW(verifyPackage(folder.path().string(), Scope::AnyPackage), opc::Exception);
+  EXPECT_THROW(verifyPackage((folder / "none").string()), opc::SystemError);
+  EXPECT_THROW(verifyPackage(folder.path().string()), opc::Exception);
 }
 
 TEST(Verification, VeryLargeDirectoriesAreNotRead) {
@@ -182,7 +181,7 @@ TEST(Verification, VeryLargeDirectoriesAreNotRead) {
   std::filesystem::resize_file(folder / "p.zip", size);  // with a hole in it
   std::ofstream(folder / "p.zip", std::ios::binary | std::ios::app) << end.build();
 
-  const auto verify = [&] { verifyPackage((folder / "p.zip").string(), Scope::AnyPackage); };
+  const auto verify = [&] { verifyPackage((folder / "p.zip").string()); };
 
   EXPECT_THAT(verify, testing::ThrowsMessage<opc::Exception>(testing::HasSubstr("209715200")));
 }

@@ -5,7 +5,8 @@
 #include <set>
 #include <utility>
 
-#include "addon/checks/Verification.h"
+#include "addon/checks/AddonVerification.h"
+#include "addon/checks/PackageVerification.h"
 #include "tests/opc/conformance/support/Case.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -14,13 +15,14 @@ namespace {
 
 using addon::checks::Finding;
 using addon::checks::Report;
-using addon::checks::Scope;
 using addon::checks::Severity;
 
-Report verified(const std::string& bytes, Scope scope = Scope::AnyPackage) {
+using Verify = decltype(addon::checks::verifyPackage);
+
+Report verified(const std::string& bytes, Verify& verify = addon::checks::verifyPackage) {
   const TemporaryFolder folder;
   writeFile(folder / "p.kraddon", bytes);
-  return addon::checks::verifyPackage((folder / "p.kraddon").string(), scope);
+  return verify((folder / "p.kraddon").string(), nullptr);
 }
 
 std::string shown(const Report& report) {
@@ -82,7 +84,7 @@ TEST(RuleRB15, AFileThatSomeSystemCannotHoldDrawsAWarning) {
     PackageSpec spec;
     spec.add("files/" + name);
 
-    const Report report = verified(spec.bytes(), Scope::Addon);
+    const Report report = verified(spec.bytes(), addon::checks::verifyAddon);
 
     EXPECT_EQ(report.count(507), 1u) << name << shown(report);
   }
@@ -93,7 +95,7 @@ TEST(RuleRB15, AFileThatAllSystemsCanHoldDrawsNone) {
   spec.add("files/console.m");
   spec.add("files/" + std::string(253, 'n') + ".m");
 
-  EXPECT_EQ(verified(spec.bytes(), Scope::Addon).count(507), 0u);
+  EXPECT_EQ(verified(spec.bytes(), addon::checks::verifyAddon).count(507), 0u);
 }
 
 }  // namespace test::conformance

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/Verification.h"
+#include "addon/checks/PackageVerification.h"
 
 #include <optional>
 #include <string>
 
-#include "addon/checks/AddonChecks.h"
 #include "addon/checks/CheckedContainer.h"
 #include "addon/checks/ContainerCheck.h"
 #include "addon/checks/PackageFinding.h"
 #include "addon/checks/PackageFindings.h"
 #include "addon/checks/PackagingCheck.h"
-#include "opc/Text.h"
 #include "opc/zippackage/EndOfDirectory.h"
 #include "opc/zippackage/ErrorContext.h"
 #include "opc/zippackage/PackageFile.h"
@@ -52,47 +50,22 @@ std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& repor
                            std::to_string(kLargestDirectory) + " that are checked");
 }
 
-// A package that readers refuse has drawn an error by now; what its documents say is moot then.
-void checkAddon(const std::string& path, Report& report) {
-  packaging::AddonPackage package(opc::fromUtf8(path));
-  try {
-    package.logicalPackage().open(opc::interfaces::OpenMode::Read);
-  } catch (const opc::SystemError&) {
-    throw;
-  } catch (const opc::FormatError& fault) {
-    if (report.errors() == 0) addFinding(report, kBadContentTypes, "", fault.what(), fault.rule());
-    return;
-  } catch (const opc::Exception& fault) {
-    if (report.errors() == 0) addFinding(report, kBadContentTypes, "", fault.what(), "");
-    return;
-  }
-  checkDocuments(package, report);
-  checkReferences(package, report);
-  checkStyle(package, report);
-}
-
-// Whether there was anything to check.
-bool checkFile(const std::string& path, const PackageFile& file, const ProgressFunction& progress,
+void checkFile(const std::string& path, const PackageFile& file, const ProgressFunction& progress,
                Report& report) {
   const std::optional<ZipDirectory> directory = readDirectory(file, report);
-  if (!directory) return false;
+  if (!directory) return;
   const std::vector<ItemState> states = checkContainer(file, *directory, progress, report);
   CheckedContainer container(path, file, *directory, states);
   checkPackaging(container, report);
-  return true;
-}
-
-bool checkAnyPackage(const std::string& path, const ProgressFunction& progress, Report& report) {
-  const PackageFile file(path);
-  return opc::zippackage::inContext([&] { return "cannot check package '" + path + "'"; },
-                                    [&] { return checkFile(path, file, progress, report); });
 }
 
 }  // namespace
 
-Report verifyPackage(const std::string& path, Scope scope, const ProgressFunction& progress) {
+Report verifyPackage(const std::string& path, const ProgressFunction& progress) {
   Report report;
-  if (checkAnyPackage(path, progress, report) && scope == Scope::Addon) checkAddon(path, report);
+  const PackageFile file(path);
+  opc::zippackage::inContext([&] { return "cannot check package '" + path + "'"; },
+                             [&] { checkFile(path, file, progress, report); });
   return report;
 }
 

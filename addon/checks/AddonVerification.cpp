@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/AddonVerification.h"
+
+#include "addon/checks/PackageFinding.h"
+#include "addon/checks/PackageFindings.h"
+#include "addon/checks/PackageVerification.h"
+#include "opc/Exception.h"
+#include "opc/Text.h"
+
+namespace addon::checks {
+namespace {
+
+// Returns whether it is open. A package that readers refuse has drawn an error by now.
+bool open(packaging::AddonPackage& package, Report& report) {
+  try {
+    package.logicalPackage().open(opc::interfaces::OpenMode::Read);
+    return true;
+  } catch (const opc::SystemError&) {
+    throw;
+  } catch (const opc::Exception& fault) {
+    if (report.errors() != 0) return false;
+    const auto* format = dynamic_cast<const opc::FormatError*>(&fault);
+    addFinding(report, kBadContentTypes, "", fault.what(), format == nullptr ? "" : format->rule());
+    return false;
+  }
+}
+
+}  // namespace
+
+Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress) {
+  Report report = verifyPackage(path, progress);
+  packaging::AddonPackage package(opc::fromUtf8(path));
+  if (open(package, report)) checkAddon(package, report);
+  return report;
+}
+
+void checkAddon(packaging::AddonPackage& package, Report& report) {
+  checkDocuments(package, report);
+  checkReferences(package, report);
+  checkStyle(package, report);
+}
+
+}  // namespace addon::checks

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+#include "addon/checks/Report.h"
+#include "addon/packaging/AddonPackage.h"
+#include "opc/interfaces/Progress.h"
+
+namespace addon::checks {
+
+/// Does what verifyPackage() does, and then checks what makes the package an add-on: documents,
+/// references and style. Throws as verifyPackage() does.
+Report verifyAddon(const std::string& path,
+                   const opc::interfaces::ProgressFunction& progress = nullptr);
+
+/// The checks that only an add-on can fail: 3xx to 5xx. `package` is open, for reading. A part that
+/// cannot be read draws no finding here, since the checks of the container report it.
+void checkAddon(packaging::AddonPackage& package, Report& report);
+
+// Its steps.
+void checkDocuments(packaging::AddonPackage& package, Report& report);   // 3xx
+void checkReferences(packaging::AddonPackage& package, Report& report);  // 4xx
+void checkStyle(packaging::AddonPackage& package, Report& report);       // 5xx
+
+}  // namespace addon::checks
