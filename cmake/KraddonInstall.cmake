@@ -36,7 +36,7 @@ install(TARGETS ${KRADDON_ARCHIVES} opc_interfaces EXPORT kraddonTargets
   INCLUDES DESTINATION include/kraddon)
 foreach(folder addon/packaging fl/i18n hostarray opc)
   install(DIRECTORY ${folder}/ DESTINATION include/kraddon/${folder} COMPONENT development
-    FILES_MATCHING PATTERN "*.h")
+    FILES_MATCHING PATTERN "*.h" PATTERN opc/checks EXCLUDE)
 endforeach()
 install(FILES gateway/FunctionTable.h DESTINATION include/kraddon/gateway COMPONENT development)
 

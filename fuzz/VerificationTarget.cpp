@@ -5,18 +5,18 @@
 
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
-#include "addon/checks/PackageVerification.h"
 #include "addon/packaging/AddonPackage.h"
 #include "fuzz/MemoryFile.h"
 #include "fuzz/Require.h"
 #include "opc/Text.h"
+#include "opc/checks/PackageVerification.h"
 #include "opc/model/XercesHelper.h"
 
 namespace {
 
-using addon::checks::Finding;
-using addon::checks::Report;
 using fuzz::require;
+using opc::checks::Finding;
+using opc::checks::Report;
 using opc::interfaces::OpenMode;
 
 void checkFinding(const Finding& finding) {
@@ -60,7 +60,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::MemoryFile file;
   file.fill(fuzz::textOf(data, size));
 
-  const Report any = addon::checks::verifyPackage(file.path());
+  const Report any = opc::checks::verifyPackage(file.path());
   const Report addon = addon::checks::verifyAddon(file.path());
   for (const Finding& finding : addon.findings()) checkFinding(finding);
   checkReports(any, addon);

@@ -34,8 +34,8 @@ namespace tool {
 
 namespace {
 
-using addon::checks::Report;
 using addon::packaging::AddonProperties;
+using opc::checks::Report;
 using opc::zippackage::WriteOptions;
 
 constexpr std::array kOperands{

@@ -7,8 +7,8 @@
 
 namespace tool {
 
-using addon::checks::Finding;
-using addon::checks::FindingInfo;
+using opc::checks::Finding;
+using opc::checks::FindingInfo;
 
 namespace {
 
@@ -69,9 +69,9 @@ void writeFinding(const Finding& finding, JsonWriter& json) {
     json.textOrNull(text);
   };
   json.beginObject();
-  json.member("id", std::string_view(addon::checks::idOf(finding.id.number)));
+  json.member("id", std::string_view(opc::checks::idOf(finding.id.number)));
   writeText("rule", finding.rule);
-  json.member("severity", addon::checks::nameOf(finding.id.severity));
+  json.member("severity", opc::checks::nameOf(finding.id.severity));
   json.member("group", addon::checks::groupOf(finding.id));
   writeText("part", finding.part);
   json.key("line");

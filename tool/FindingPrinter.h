@@ -30,7 +30,7 @@ std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStri
 /// The lines of --format text.
 std::string describeFindings(const PackageVerdict& verdict);
 /// A finding as an object.
-void writeFinding(const addon::checks::Finding& finding, JsonWriter& json);
+void writeFinding(const opc::checks::Finding& finding, JsonWriter& json);
 
 // The printers, one each.
 std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);

@@ -11,8 +11,8 @@
 
 namespace tool {
 
-using addon::checks::Finding;
-using addon::checks::FindingInfo;
+using opc::checks::Finding;
+using opc::checks::FindingInfo;
 
 namespace {
 
@@ -82,13 +82,13 @@ class SarifPrinter final : public FindingPrinter {
 
   void writeRule(const FindingInfo& info) {
     json_.beginObject();
-    json_.member("id", std::string_view(addon::checks::idOf(info.id.number)));
+    json_.member("id", std::string_view(opc::checks::idOf(info.id.number)));
     writeMessage("shortDescription", info.title);
     writeMessage("fullDescription", info.explanation);
     writeMessage("help", info.remedy);
     json_.key("defaultConfiguration");
     json_.beginObject();
-    json_.member("level", addon::checks::nameOf(info.id.severity));
+    json_.member("level", opc::checks::nameOf(info.id.severity));
     json_.endObject();
     json_.key("properties");
     json_.beginObject();
@@ -103,12 +103,12 @@ class SarifPrinter final : public FindingPrinter {
   void writeResult(const PackageVerdict& verdict, const Finding& finding) {
     const FindingInfo* info = addon::checks::findInfo(finding.id.number);
     json_.beginObject();
-    json_.member("ruleId", std::string_view(addon::checks::idOf(finding.id.number)));
+    json_.member("ruleId", std::string_view(opc::checks::idOf(finding.id.number)));
     if (info != nullptr) {
       const auto index = info - addon::checks::catalogue().data();
       json_.member("ruleIndex", static_cast<std::uint64_t>(index));
     }
-    json_.member("level", addon::checks::nameOf(finding.id.severity));
+    json_.member("level", opc::checks::nameOf(finding.id.severity));
     writeMessage("message", finding.message);
     json_.key("locations");
     json_.beginArray();

@@ -3,15 +3,15 @@
 
 #include <string>
 
-#include "addon/checks/Finding.h"
 #include "opc/Text.h"
+#include "opc/checks/Finding.h"
 #include "tool/FindingPrinter.h"
 
 namespace tool {
 
-using addon::checks::Finding;
-using addon::checks::FindingId;
-using addon::checks::idOf;
+using opc::checks::Finding;
+using opc::checks::FindingId;
+using opc::checks::idOf;
 
 namespace {
 

@@ -13,9 +13,9 @@ namespace tool {
 
 namespace {
 
-using addon::checks::Finding;
-using addon::checks::FindingId;
-using addon::checks::FindingInfo;
+using opc::checks::Finding;
+using opc::checks::FindingId;
+using opc::checks::FindingInfo;
 
 // A folder's pattern takes what is below it.
 bool matchesPathOrFolder(const addon::project::Pattern& pattern, std::string_view path) {
@@ -32,7 +32,7 @@ bool matchesPathOrFolder(const addon::project::Pattern& pattern, std::string_vie
 std::vector<std::string> findingIds() {
   std::vector<std::string> ids;
   for (const FindingInfo& known : addon::checks::catalogue()) {
-    ids.push_back(addon::checks::idOf(known.id.number));
+    ids.push_back(opc::checks::idOf(known.id.number));
   }
   return ids;
 }

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "addon/checks/Report.h"
 #include "addon/project/Patterns.h"
+#include "opc/checks/Report.h"
 
 namespace tool {
 
@@ -16,7 +16,7 @@ std::vector<std::string> findingIds();
 
 /// The finding that `word` names: "KR101", "kr101" or "101". Throws UsageError, with the nearest
 /// id, when there is none.
-const addon::checks::FindingInfo& findingNamed(std::string_view word);
+const opc::checks::FindingInfo& findingNamed(std::string_view word);
 
 /// What was asked to be passed over: each rule is "ID" or "ID:GLOB".
 class IgnoreRules {
@@ -25,13 +25,13 @@ class IgnoreRules {
   explicit IgnoreRules(const std::vector<std::string>& rules);
 
   /// Whether all findings of an id are ignored, wherever they are.
-  bool ignores(addon::checks::FindingId id) const;
+  bool ignores(opc::checks::FindingId id) const;
   /// The pattern is held against the part's name, and against the path of a file in the package.
-  bool ignores(const addon::checks::Finding& finding) const;
+  bool ignores(const opc::checks::Finding& finding) const;
 
  private:
   struct Rule {
-    addon::checks::FindingId id;
+    opc::checks::FindingId id;
     std::optional<addon::project::Pattern> pattern;  // nothing for all
   };
   std::vector<Rule> rules_;

@@ -5,10 +5,10 @@
 
 namespace tool {
 
-using addon::checks::Finding;
-using addon::checks::FindingId;
-using addon::checks::Report;
-using addon::checks::Severity;
+using opc::checks::Finding;
+using opc::checks::FindingId;
+using opc::checks::Report;
+using opc::checks::Severity;
 
 PackageVerdict judge(std::string file, const Report& report, const IgnoreRules& rules) {
   PackageVerdict verdict;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "addon/checks/Report.h"
+#include "opc/checks/Report.h"
 #include "tool/IgnoreRules.h"
 
 namespace tool {
@@ -15,8 +15,8 @@ namespace tool {
 struct PackageVerdict {
   std::string file;
   std::string failure;  ///< why it could not be read; "" when it could
-  std::vector<addon::checks::Finding> findings;
-  std::map<addon::checks::FindingId, std::size_t> unlisted;  ///< how many more there were
+  std::vector<opc::checks::Finding> findings;
+  std::map<opc::checks::FindingId, std::size_t> unlisted;  ///< how many more there were
   std::size_t errors = 0;
   std::size_t warnings = 0;
   std::size_t ignored = 0;
@@ -28,7 +28,6 @@ struct PackageVerdict {
 
 /// The report without what `rules` passes over. Findings that the report only counted cannot be
 /// held against a pattern, and stay.
-PackageVerdict judge(std::string file, const addon::checks::Report& report,
-                     const IgnoreRules& rules);
+PackageVerdict judge(std::string file, const opc::checks::Report& report, const IgnoreRules& rules);
 
 }  // namespace tool

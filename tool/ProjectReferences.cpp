@@ -13,12 +13,12 @@
 
 namespace tool {
 
-using addon::checks::Finding;
-using addon::checks::FindingId;
 using addon::checks::PathCheck;
-using addon::checks::Report;
 using addon::project::Position;
 using addon::project::Text;
+using opc::checks::Finding;
+using opc::checks::FindingId;
+using opc::checks::Report;
 using Kind = addon::checks::PathReference::Kind;
 
 namespace {
@@ -75,7 +75,7 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
 void refuseLooseRule(const Text& rule, const std::string& key) {
   const std::size_t colon = std::min(rule.value.find(':'), rule.value.size());
   const FindingId id = findingNamed(rule.value.substr(0, colon)).id;
-  const std::string strict = addon::checks::idOf(id.number) + rule.value.substr(colon);
+  const std::string strict = opc::checks::idOf(id.number) + rule.value.substr(colon);
   if (colon + 1 == rule.value.size()) {
     throw ManifestError(
         rule.position,

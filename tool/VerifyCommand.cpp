@@ -7,9 +7,9 @@
 
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
-#include "addon/checks/PackageVerification.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/checks/PackageVerification.h"
 #include "text/ByteCount.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
@@ -24,7 +24,7 @@ namespace tool {
 
 namespace {
 
-using addon::checks::FindingInfo;
+using opc::checks::FindingInfo;
 
 /// verifyPackage() or verifyAddon().
 using Verify = decltype(addon::checks::verifyAddon);
@@ -57,8 +57,8 @@ constexpr const char* kDescription =
 
 void explain(const FindingInfo& info, Output& output) {
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
-                           addon::checks::idOf(info.id.number), info.title,
-                           addon::checks::nameOf(info.id.severity), addon::checks::groupOf(info.id),
+                           opc::checks::idOf(info.id.number), info.title,
+                           opc::checks::nameOf(info.id.severity), addon::checks::groupOf(info.id),
                            info.explanation, info.remedy));
 }
 
@@ -111,7 +111,7 @@ ExitCode runChecks(const Invocation& invocation) {
   }
   invocation.refuseTogether("json", "format");
   const IgnoreRules rules(invocation.values("ignore"));
-  Verify& check = invocation.has("opc") ? addon::checks::verifyPackage : addon::checks::verifyAddon;
+  Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : addon::checks::verifyAddon;
   const bool isStrict = invocation.has("strict");
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
   Output output;

@@ -3,9 +3,13 @@
 
 #include <span>
 
-#include "addon/checks/Finding.h"
+#include "opc/checks/Finding.h"
 
 namespace addon::checks {
+
+using opc::checks::FindingId;
+using opc::checks::FindingInfo;
+using opc::checks::Severity;
 
 // What an add-on can draw.
 inline constexpr FindingId kMalformedDocument{301, Severity::Error};

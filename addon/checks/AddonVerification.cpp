@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/AddonVerification.h"
 
-#include "addon/checks/PackageFinding.h"
-#include "addon/checks/PackageFindings.h"
-#include "addon/checks/PackageVerification.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/checks/PackageFinding.h"
+#include "opc/checks/PackageFindings.h"
+#include "opc/checks/PackageVerification.h"
 
 namespace addon::checks {
+
+using opc::checks::addFinding;
+using opc::checks::kBadContentTypes;
+using opc::checks::Report;
+using opc::checks::verifyPackage;
+
 namespace {
 
 // Returns whether it is open. A package that readers refuse has drawn an error by now.

@@ -3,24 +3,24 @@
 
 #include <string>
 
-#include "addon/checks/Report.h"
 #include "addon/packaging/AddonPackage.h"
+#include "opc/checks/Report.h"
 #include "opc/interfaces/Progress.h"
 
 namespace addon::checks {
 
 /// Does what verifyPackage() does, and then checks what makes the package an add-on: documents,
 /// references and style. Throws as verifyPackage() does.
-Report verifyAddon(const std::string& path,
-                   const opc::interfaces::ProgressFunction& progress = nullptr);
+opc::checks::Report verifyAddon(const std::string& path,
+                                const opc::interfaces::ProgressFunction& progress = nullptr);
 
 /// The checks that only an add-on can fail: 3xx to 5xx. `package` is open, for reading. A part that
 /// cannot be read draws no finding here, since the checks of the container report it.
-void checkAddon(packaging::AddonPackage& package, Report& report);
+void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report);
 
 // Its steps.
-void checkDocuments(packaging::AddonPackage& package, Report& report);   // 3xx
-void checkReferences(packaging::AddonPackage& package, Report& report);  // 4xx
-void checkStyle(packaging::AddonPackage& package, Report& report);       // 5xx
+void checkDocuments(packaging::AddonPackage& package, opc::checks::Report& report);   // 3xx
+void checkReferences(packaging::AddonPackage& package, opc::checks::Report& report);  // 4xx
+void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);       // 5xx
 
 }  // namespace addon::checks

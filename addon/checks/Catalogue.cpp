@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/PackageFindings.h"
+#include "opc/checks/PackageFindings.h"
 
 namespace addon::checks {
+
+using opc::checks::packageFindings;
 
 std::span<const FindingInfo> catalogue() {
   static const std::vector<FindingInfo> kAll = [] {

@@ -5,9 +5,12 @@
 #include <span>
 #include <string_view>
 
-#include "addon/checks/Finding.h"
+#include "opc/checks/Finding.h"
 
 namespace addon::checks {
+
+using opc::checks::FindingId;
+using opc::checks::FindingInfo;
 
 /// Every id there is, by number. The one source of `--explain` and of the table in the manual.
 std::span<const FindingInfo> catalogue();

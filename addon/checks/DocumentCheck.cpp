@@ -3,15 +3,17 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/AddonVerification.h"
-#include "addon/checks/Quoting.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/FileTreePart.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::model::ContentType;
 using opc::model::InvalidXMLDocument;
 using opc::plservices::FileTreePart;

@@ -6,9 +6,9 @@
 
 #include "addon/checks/Destination.h"
 #include "addon/checks/DocumentText.h"
-#include "addon/checks/Report.h"
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/DocumentSchema.h"
+#include "opc/checks/Report.h"
 
 // The steps of checkDocuments().
 
@@ -22,16 +22,18 @@ struct ParsedDocument {
 };
 
 /// Elements and attributes: those that must be there, and those that may.
-void checkStructure(const ParsedDocument& document, Report& report);
+void checkStructure(const ParsedDocument& document, opc::checks::Report& report);
 /// What stands in a document and is no free text: flags, kinds of files, the one author.
-void checkValues(const ParsedDocument& document, Report& report);
+void checkValues(const ParsedDocument& document, opc::checks::Report& report);
 /// Type, name and version of the add-on. Skipped when the parts that hold them cannot be read.
-void checkIdentity(packaging::AddonPackage& package, Report& report);
+void checkIdentity(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Whether the screenshot's bytes are what its content type says.
-void checkImage(packaging::AddonPackage& package, const Destination& image, Report& report);
+void checkImage(packaging::AddonPackage& package, const Destination& image,
+                opc::checks::Report& report);
 /// Parts that are documents by their name or type, and that the relationship does not lead to by
 /// which they would be found.
 void checkUnreachable(packaging::AddonPackage& package,
-                      const std::vector<packaging::DocumentSchema>& schemas, Report& report);
+                      const std::vector<packaging::DocumentSchema>& schemas,
+                      opc::checks::Report& report);
 
 }  // namespace addon::checks

@@ -10,16 +10,18 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/DocumentCheck.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/packaging/ImageSignature.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/FileTreePart.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::model::PartName;
 using opc::plservices::FileTreePart;
 using packaging::AddonPackage;

@@ -6,12 +6,14 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/DocumentCheck.h"
-#include "addon/checks/Quoting.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 #include "opc/model/DomText.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::model::domLocalName;
 using opc::model::domNamespace;
 using packaging::ElementSchema;

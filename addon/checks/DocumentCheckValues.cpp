@@ -6,16 +6,18 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/DocumentCheck.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 #include "opc/model/DomText.h"
 #include "opc/plservices/HostPropertiesPart.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::model::XercesHelper;
 using opc::plservices::HostPropertiesPart;
 using packaging::AddonPackage;

@@ -6,6 +6,10 @@
 #include "addon/checks/Catalogue.h"
 
 namespace addon::checks {
+
+using opc::checks::idOf;
+using opc::checks::nameOf;
+
 namespace {
 
 constexpr std::string_view kStart =

@@ -3,7 +3,6 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/AddonVerification.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/ReadableDocument.h"
 #include "addon/packaging/AddonAppInstallList.h"
@@ -11,9 +10,12 @@
 #include "addon/packaging/AddonExamples.h"
 #include "addon/packaging/DocumentXml.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::model::XercesHelper;
 using packaging::AddonPackage;
 using packaging::AppsXml;

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "addon/checks/CaselessTree.h"
-#include "addon/checks/Report.h"
 #include "addon/packaging/AddonPackage.h"
+#include "opc/checks/Report.h"
 
 // The steps of checkReferences().
 
@@ -19,36 +19,36 @@ struct PathReference {
   enum class Kind : std::uint8_t { File, Folder, Either };
 
   std::u16string path;
-  Kind kind;         ///< of what it should name
-  FindingId id;      ///< of the finding that it draws when nothing is there
-  std::string what;  ///< whose path it is, such as "the app 'Viewer'"
-  std::string part;  ///< the document
+  Kind kind;                  ///< of what it should name
+  opc::checks::FindingId id;  ///< of the finding that it draws when nothing is there
+  std::string what;           ///< whose path it is, such as "the app 'Viewer'"
+  std::string part;           ///< the document
   std::size_t line;
 };
 
 /// Looks paths up in the file tree, which must be readable.
 class PathCheck {
  public:
-  PathCheck(opc::plservices::FileSystemManager& files, Report& report)
+  PathCheck(opc::plservices::FileSystemManager& files, opc::checks::Report& report)
       : files_(files), report_(report) {}
 
   void check(const PathReference& reference);
 
  private:
-  void add(FindingId id, const PathReference& reference, const std::string& why);
+  void add(opc::checks::FindingId id, const PathReference& reference, const std::string& why);
   void reportMissing(const PathReference& reference, const std::string& path);
   std::optional<std::string> findWithoutCase(std::string_view path);
 
   opc::plservices::FileSystemManager& files_;
-  Report& report_;
+  opc::checks::Report& report_;
   std::optional<CaselessTree> caseless_;  // made when a path is not there
 };
 
 /// Screenshot and thumbnail, which are to be one image.
-void checkThumbnail(packaging::AddonPackage& package, Report& report);
+void checkThumbnail(packaging::AddonPackage& package, opc::checks::Report& report);
 /// That the newest revision is the add-on's version.
-void checkNewestRevision(packaging::AddonPackage& package, Report& report);
+void checkNewestRevision(packaging::AddonPackage& package, opc::checks::Report& report);
 /// That the GUIDs of the add-on and its apps differ.
-void checkGuids(packaging::AddonPackage& package, Report& report);
+void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 
 }  // namespace addon::checks

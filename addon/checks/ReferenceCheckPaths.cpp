@@ -4,13 +4,14 @@
 #include <string_view>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/ReferenceCheck.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 #include "opc/plservices/TreePath.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
 using opc::plservices::FileSystemEntry;
 using Kind = PathReference::Kind;
 

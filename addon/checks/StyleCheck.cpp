@@ -10,6 +10,7 @@
 
 namespace addon::checks {
 
+using opc::checks::Report;
 using packaging::AddonPackage;
 
 namespace {

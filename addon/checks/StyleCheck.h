@@ -3,21 +3,21 @@
 
 #include <string_view>
 
-#include "addon/checks/Report.h"
 #include "addon/packaging/AddonPackage.h"
+#include "opc/checks/Report.h"
 
 // The steps of checkStyle().
 
 namespace addon::checks {
 
 /// What every add-on should tell about itself: license, texts, author, screenshot, GUIDs, version.
-void checkTexts(packaging::AddonPackage& package, Report& report);
+void checkTexts(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Names, sizes and kinds of the files. The file tree must be readable.
-void checkFiles(packaging::AddonPackage& package, Report& report);
+void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Contents that are there more than once. The file tree must be readable.
-void checkCopies(packaging::AddonPackage& package, Report& report);
+void checkCopies(packaging::AddonPackage& package, opc::checks::Report& report);
 /// The times of the entries.
-void checkTimes(packaging::AddonPackage& package, Report& report);
+void checkTimes(packaging::AddonPackage& package, opc::checks::Report& report);
 
 /// Why a system may not be able to store a file or folder of this name; "" when all can.
 std::string_view findPortabilityFault(std::string_view name);

@@ -9,13 +9,15 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/StyleCheck.h"
 #include "opc/Streams.h"
+#include "opc/checks/Quoting.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::plservices::FileSystemEntry;
 using packaging::AddonPackage;
 

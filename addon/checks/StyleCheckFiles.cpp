@@ -5,14 +5,16 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/CaselessTree.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/StyleCheck.h"
 #include "addon/project/Patterns.h"
 #include "opc/Streams.h"
+#include "opc/checks/Quoting.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::plservices::FileSystemEntry;
 using packaging::AddonPackage;
 

@@ -5,7 +5,6 @@
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/Destination.h"
 #include "addon/checks/Guid.h"
-#include "addon/checks/Quoting.h"
 #include "addon/checks/Readable.h"
 #include "addon/checks/ReadableDocument.h"
 #include "addon/checks/StyleCheck.h"
@@ -15,10 +14,13 @@
 #include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
+#include "opc/checks/Quoting.h"
 #include "opc/model/DomText.h"
 
 namespace addon::checks {
 
+using opc::checks::quoted;
+using opc::checks::Report;
 using opc::model::trimXmlSpace;
 using opc::model::XercesHelper;
 using packaging::AddonPackage;

@@ -9,7 +9,7 @@
 #include "tests/addon/checks/FindingCases.h"
 
 using addon::checks::addonFindings;
-using addon::checks::FindingInfo;
+using opc::checks::FindingInfo;
 using test::AddonUnderTest;
 using test::FindingCase;
 
@@ -56,7 +56,7 @@ TEST(AddonFindings, EveryEntryHasATitleSentencesAndARemedy) {
 
 TEST(AddonFindings, NoStyleFindingIsAnError) {
   for (const FindingInfo& info : addonFindings()) {
-    const bool isError = info.id.severity == addon::checks::Severity::Error;
+    const bool isError = info.id.severity == opc::checks::Severity::Error;
     EXPECT_FALSE(info.id.number > 500 && isError) << info.id.number;
   }
 }

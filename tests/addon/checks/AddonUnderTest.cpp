@@ -13,10 +13,10 @@
 
 namespace test {
 
-using addon::checks::Finding;
-using addon::checks::Report;
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
+using opc::checks::Finding;
+using opc::checks::Report;
 using opc::interfaces::OpenMode;
 using opc::model::ContentType;
 using opc::model::PartName;
@@ -204,7 +204,7 @@ std::set<std::uint16_t> numbersIn(const Report& report) {
 std::string describe(const Report& report) {
   std::string text;
   for (const Finding& finding : report.findings()) {
-    text += addon::checks::idOf(finding.id.number) + ": " + finding.part + ":" +
+    text += opc::checks::idOf(finding.id.number) + ": " + finding.part + ":" +
             std::to_string(finding.line) + ": " + finding.message + "\n";
   }
   return text;

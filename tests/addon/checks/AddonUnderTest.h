@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "addon/checks/Report.h"
 #include "addon/packaging/AddonPackage.h"
+#include "opc/checks/Report.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace test {
@@ -37,7 +37,7 @@ class AddonUnderTest {
   void damage(const std::string& itemName);
 
   /// What the three checks of add-ons find.
-  addon::checks::Report check() const;
+  opc::checks::Report check() const;
 
   std::filesystem::path diskFile(std::string_view content);
 
@@ -48,9 +48,9 @@ class AddonUnderTest {
 };
 
 /// The numbers of what was found.
-std::set<std::uint16_t> numbersIn(const addon::checks::Report& report);
+std::set<std::uint16_t> numbersIn(const opc::checks::Report& report);
 /// For failures: a line a finding.
-std::string describe(const addon::checks::Report& report);
+std::string describe(const opc::checks::Report& report);
 
 /// The XML of a document: a root of that name in the namespace of that name.
 std::string documentXml(const std::string& root, const std::string& content);

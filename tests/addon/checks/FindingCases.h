@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "addon/checks/Finding.h"
+#include "opc/checks/Finding.h"
 #include "tests/addon/checks/AddonUnderTest.h"
 
 namespace test {
@@ -17,14 +17,14 @@ std::span<const FindingCase> referenceCases();
 std::span<const FindingCase> styleCases();
 
 inline std::string nameOfCase(const testing::TestParamInfo<FindingCase>& test) {
-  return addon::checks::idOf(test.param.number) + test.param.name;
+  return opc::checks::idOf(test.param.number) + test.param.name;
 }
 
 inline void expectOnly(const FindingCase& tested) {
   AddonUnderTest addon;
   tested.change(addon);
 
-  const addon::checks::Report report = addon.check();
+  const opc::checks::Report report = addon.check();
 
   EXPECT_EQ(numbersIn(report), std::set<std::uint16_t>{tested.number}) << describe(report);
   EXPECT_EQ(report.count(tested.number), tested.count) << describe(report);

@@ -25,8 +25,8 @@ TEST(FindingsTable, EveryFindingHasItsRow) {
   const std::string table = addon::checks::findingsTable();
 
   for (const auto& info : addon::checks::catalogue()) {
-    const bool isError = info.id.severity == addon::checks::Severity::Error;
-    EXPECT_THAT(table, HasSubstr("\n| " + addon::checks::idOf(info.id.number) +
+    const bool isError = info.id.severity == opc::checks::Severity::Error;
+    EXPECT_THAT(table, HasSubstr("\n| " + opc::checks::idOf(info.id.number) +
                                  (isError ? " | error | " : " | warning | ")));
   }
 }

@@ -194,7 +194,7 @@ TEST(StyleCheck, NotMoreFindingsAreKeptThanTheReportHasRoomFor) {
   const auto report = addon.check();
 
   EXPECT_EQ(report.count(507), 2001u);
-  EXPECT_EQ(report.findings().size(), addon::checks::Report::kMostKept);
+  EXPECT_EQ(report.findings().size(), opc::checks::Report::kMostKept);
 }
 
 TEST(StyleCheck, OneChecksumDoesNotMakeFilesEqual) {

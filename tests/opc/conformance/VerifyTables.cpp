@@ -6,20 +6,20 @@
 #include <utility>
 
 #include "addon/checks/AddonVerification.h"
-#include "addon/checks/PackageVerification.h"
+#include "opc/checks/PackageVerification.h"
 #include "tests/opc/conformance/support/Case.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace test::conformance {
 namespace {
 
-using addon::checks::Finding;
-using addon::checks::Report;
-using addon::checks::Severity;
+using opc::checks::Finding;
+using opc::checks::Report;
+using opc::checks::Severity;
 
-using Verify = decltype(addon::checks::verifyPackage);
+using Verify = decltype(opc::checks::verifyPackage);
 
-Report verified(const std::string& bytes, Verify& verify = addon::checks::verifyPackage) {
+Report verified(const std::string& bytes, Verify& verify = opc::checks::verifyPackage) {
   const TemporaryFolder folder;
   writeFile(folder / "p.kraddon", bytes);
   return verify((folder / "p.kraddon").string(), nullptr);
@@ -28,7 +28,7 @@ Report verified(const std::string& bytes, Verify& verify = addon::checks::verify
 std::string shown(const Report& report) {
   std::string text;
   for (const Finding& one : report.findings()) {
-    text += addon::checks::idOf(one.id.number) + " " + one.rule + " '" + one.part.substr(0, 200) +
+    text += opc::checks::idOf(one.id.number) + " " + one.rule + " '" + one.part.substr(0, 200) +
             "' " + one.message.substr(0, 400) + "\n";
   }
   return text;

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace opc::checks {
+
+enum class Severity : std::uint8_t { Error, Warning };
+
+/// Which finding it is. Ids never change their meaning or severity; new checks get new ids.
+struct FindingId {
+  std::uint16_t number = 0;  ///< 101 is shown as "KR101"
+  Severity severity = Severity::Error;
+
+  auto operator<=>(const FindingId&) const = default;
+};
+
+/// "KR101"
+std::string idOf(std::uint16_t number);
+/// "error" or "warning"
+std::string_view nameOf(Severity severity);
+
+/// What an id stands for.
+struct FindingInfo {
+  FindingId id;
+  std::string_view title;        ///< a few words, lower case: what is wrong
+  std::string_view explanation;  ///< sentences: what is looked at, and why it matters
+  std::string_view remedy;       ///< one sentence in the imperative: what to do about it
+};
+
+/// One thing that is wrong with a package, at one place.
+struct Finding {
+  FindingId id;
+  std::string part;      ///< the name of an item, part or path in the package, UTF-8; "" for all
+  std::string message;   ///< one sentence that names the value at fault and says why
+  std::size_t line = 0;  ///< in the part's text, from 1; 0 when there is none
+  std::string rule;      ///< of the packaging rules, such as "CT-6"; "" when none is broken
+};
+
+}  // namespace opc::checks

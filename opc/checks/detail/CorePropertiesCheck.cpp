@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "opc/checks/PackageFindings.h"
+#include "opc/checks/Quoting.h"
+#include "opc/checks/detail/Packaging.h"
+#include "opc/model/RelationshipTargets.h"
+#include "opc/plservices/CorePropertiesPart.h"
+
+namespace opc::checks::detail {
+
+using opc::model::ContentType;
+using opc::model::ItemRole;
+using opc::model::PartId;
+using opc::model::Relationship;
+using opc::plservices::CorePropertiesPart;
+
+namespace {
+
+constexpr const char* kPackageRelationships = "/_rels/.rels";
+
+bool isOfCoreType(const Packaging& packaging, PartId part) {
+  static const ContentType kType = ContentType::fromAscii(CorePropertiesPart::kContentType);
+  const ContentType* type = packaging.types.find(packaging.index.name(part));
+  return type != nullptr && *type == kType;
+}
+
+// The part that the relationship leads to, when it can be looked into.
+std::optional<PartId> findPart(Packaging& packaging, const Relationship& relationship) {
+  const std::string which = "relationship " + quoted(relationship.getId());
+  if (relationship.getTargetMode() == opc::model::TargetMode::External) {
+    addFinding(packaging.report, kBadCoreProperties, kPackageRelationships,
+               which + ": it leads to core properties outside the package", "CP-2");
+    return std::nullopt;
+  }
+  const std::optional<PartId> part = findTarget(packaging.index, relationship);
+  if (!part) {
+    addFinding(packaging.report, kBadCoreProperties, kPackageRelationships,
+               which + ": it leads to core properties " +
+                   quoted(relationship.getTargetURI().toString()) +
+                   ", which are not in the package",
+               "CP-2");
+    return std::nullopt;
+  }
+  // Without a content type it is no part, which has been said.
+  if (!packaging.areTypesKnown || !packaging.isPart(*part)) return std::nullopt;
+  if (isOfCoreType(packaging, *part)) return part;
+  addFinding(packaging.report, kBadCoreProperties, packaging.partName(*part),
+             "the core properties have the content type " +
+                 quoted(packaging.types.find(packaging.index.name(*part))->ascii()),
+             "CP-2");
+  return std::nullopt;
+}
+
+void checkContent(Packaging& packaging, PartId part) {
+  const auto items = packaging.itemsOf(part);
+  if (packaging.isDamaged(items)) return;
+  const std::string name = packaging.partName(part);
+  FindingSink sink(packaging.report, kBadCoreProperties, name);
+  readDocument(packaging.report, kBadCoreProperties, name, [&] {
+    opc::model::PieceStream stream(packaging.container, items);
+    const CorePropertiesPart content = CorePropertiesPart::read(stream, sink);
+    for (const auto& warning : content.warnings()) {
+      addFinding(packaging.report, kOddCoreProperties, name, warning.text, warning.rule);
+    }
+  });
+}
+
+// All but the one that is related, or but the first when none is.
+void checkOthers(Packaging& packaging, const std::optional<PartId>& related) {
+  std::vector<PartId> found;
+  packaging.index.forEach(ItemRole::Part, [&](PartId part) {
+    if (isOfCoreType(packaging, part)) found.push_back(part);
+  });
+  if (found.size() < 2) return;
+  const PartId kept = related.value_or(found.front());
+  for (const PartId part : found) {
+    if (part == kept) continue;
+    addFinding(packaging.report, kSeveralCoreParts, packaging.partName(part),
+               "it has the content type of core properties, as " +
+                   quoted(packaging.partName(kept)) + " has",
+               "CP-3");
+  }
+}
+
+}  // namespace
+
+void checkCoreProperties(Packaging& packaging) {
+  std::optional<PartId> related;
+  if (packaging.coreProperties) related = findPart(packaging, *packaging.coreProperties);
+  if (related) checkContent(packaging, *related);
+  checkOthers(packaging, related);
+}
+
+}  // namespace opc::checks::detail

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "opc/ByteBuffer.h"
+#include "opc/checks/detail/ContainerCheck.h"
+#include "opc/interfaces/Progress.h"
+#include "opc/zippackage/ZipItemReader.h"
+
+namespace opc::checks::detail {
+
+/// Reads every item once, in the order in which they lie in the file, in memory that does not grow
+/// with them. Findings 105, 106, 107, 109 and 113. Items that are damaged already are passed over,
+/// so that no byte is read for two items.
+class ItemDataCheck {
+ public:
+  ItemDataCheck(const opc::zippackage::PackageFile& file,
+                const opc::zippackage::ZipDirectory& directory, std::vector<ItemState>& states,
+                Report& report)
+      : directory_(directory), states_(states), report_(report), reader_(file, directory) {}
+
+  /// Marks what turns out to be damaged. `progress` may be empty.
+  void run(const opc::interfaces::ProgressFunction& progress);
+
+ private:
+  void expect(std::span<const std::uint32_t> entries);
+  void advance(std::uint64_t items, std::uint64_t bytes);
+  void checkItem(std::uint32_t entry);
+  void checkStart(std::uint32_t entry);
+  void checkGap(std::uint64_t until);
+  void readData(std::uint32_t entry);
+  void drain(std::uint32_t entry);
+  void reach(std::uint64_t end, bool isExact);
+  std::optional<std::uint64_t> checkFrame(std::uint32_t entry);
+  void checkExtra(std::uint32_t entry);
+  void noteDamage(std::uint32_t entry, FindingId id, std::string_view why, std::string_view rule);
+
+  const opc::zippackage::ZipDirectory& directory_;
+  std::vector<ItemState>& states_;
+  Report& report_;
+  opc::zippackage::ZipItemReader reader_;
+  opc::ByteBuffer buffer_;
+  opc::interfaces::ProgressFunction progress_;
+  opc::interfaces::Progress done_;
+  std::uint64_t reached_ = 0;   // where the last of the items so far ends, at least
+  std::uint64_t mayReach_ = 0;  // and where it may, when some of them are damaged
+};
+
+}  // namespace opc::checks::detail

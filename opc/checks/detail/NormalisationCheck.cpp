@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include <unicode/normalizer2.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/checks/PackageFindings.h"
+#include "opc/checks/Quoting.h"
+#include "opc/checks/detail/Packaging.h"
+#include "opc/model/PartName.h"
+
+namespace opc::checks::detail {
+
+using opc::model::ItemRole;
+using opc::model::PartId;
+
+namespace {
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// What the name stands for, composed and without ASCII case; "" when it stands for no text, or for
+// ASCII alone, which has one form only.
+std::string normalForm(std::string_view itemName) {
+  if (isAscii(itemName) && itemName.find('%') == std::string_view::npos) return {};
+  std::string decoded;
+  try {
+    decoded = opc::model::percentDecodePath(itemName);
+  } catch (const opc::FormatError&) {
+    return {};
+  }
+  if (isAscii(decoded)) return {};
+  UErrorCode error = U_ZERO_ERROR;
+  const icu::Normalizer2* composer = icu::Normalizer2::getNFCInstance(error);
+  if (U_FAILURE(error)) return {};
+  const icu::UnicodeString composed =
+      composer->normalize(icu::UnicodeString::fromUTF8(decoded), error);
+  std::string result;
+  if (U_SUCCESS(error)) composed.toUTF8String(result);
+  return opc::toLowerAscii(result);
+}
+
+class NormalisationCheck {
+ public:
+  explicit NormalisationCheck(Packaging& packaging) : packaging_(packaging) {}
+
+  void run() {
+    for (const ItemRole role : {ItemRole::Part, ItemRole::Untyped}) {
+      packaging_.index.forEach(role, [this](PartId part) { take(part); });
+    }
+    std::stable_sort(forms_.begin(), forms_.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (std::size_t i = 1; i < forms_.size(); ++i) {
+      if (forms_[i].first == forms_[i - 1].first) add(forms_[i].second, forms_[i - 1].second);
+    }
+  }
+
+ private:
+  // There are characters, such as the Kelvin sign, that ASCII ones stand for in the normal form.
+  void take(PartId part) {
+    std::string form = normalForm(packaging_.index.name(part));
+    if (form.empty()) return;
+    const bool becameAscii = isAscii(form);
+    const auto other = becameAscii ? packaging_.index.find(opc::model::percentEncodePath(form))
+                                   : std::optional<PartId>();
+    if (other) add(part, *other);
+    forms_.emplace_back(std::move(form), part);
+  }
+
+  void add(PartId part, PartId other) {
+    addFinding(packaging_.report, kNormalisationClash, packaging_.partName(part),
+               "only how its characters are composed tells the name from " +
+                   quoted(packaging_.partName(other)),
+               "PN-7");
+  }
+
+  Packaging& packaging_;
+  std::vector<std::pair<std::string, PartId>> forms_;
+};
+
+}  // namespace
+
+void checkNormalisation(Packaging& packaging) {
+  NormalisationCheck(packaging).run();
+}
+
+}  // namespace opc::checks::detail

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <string>
+
+#include "opc/Text.h"
+#include "opc/checks/PackageFindings.h"
+#include "opc/checks/Quoting.h"
+#include "opc/checks/detail/IriReference.h"
+#include "opc/checks/detail/Packaging.h"
+#include "opc/model/DomText.h"
+#include "opc/model/FormatConstants.h"
+#include "opc/model/PartName.h"
+#include "opc/model/RelationshipTargets.h"
+
+namespace opc::checks::detail {
+
+using opc::model::ItemRole;
+using opc::model::PartId;
+using opc::model::Relationship;
+using opc::model::RelationshipSet;
+using opc::model::TargetMode;
+
+namespace {
+
+// Of all relationships that lead to one item without content type, the first is a finding.
+class TargetSink final : public opc::model::FaultSink {
+ public:
+  explicit TargetSink(Packaging& packaging)
+      : packaging_(packaging), findings_(packaging.report, kRelatedWithoutType, "") {}
+
+  void add(const opc::FormatError& fault, std::string_view itemName) override {
+    const auto item = packaging_.index.find(itemName);
+    if (item && !packaging_.relatedUntyped.insert(*item).second) return;
+    findings_.add(fault, itemName);
+  }
+
+ private:
+  Packaging& packaging_;
+  FindingSink findings_;
+};
+
+bool isOfImage(const opc::model::ContentType& type) {
+  return opc::toLowerAscii(type.ascii()).starts_with("image/");
+}
+
+/// The relationships of one part.
+class RelationshipsCheck {
+ public:
+  RelationshipsCheck(Packaging& packaging, PartId part)
+      : packaging_(packaging),
+        part_(part),
+        name_(packaging.partName(part)),
+        source_(opc::model::sourceOfRelationships(packaging.index.name(part))) {}
+
+  void run() {
+    const auto items = packaging_.itemsOf(part_);
+    if (packaging_.isDamaged(items)) return;
+    FindingSink sink(packaging_.report, kBadRelationships, name_);
+    readDocument(packaging_.report, kBadRelationships, name_, [&] {
+      opc::model::PieceStream stream(packaging_.container, items);
+      const RelationshipSet set = RelationshipSet::read(source_, stream, sink);
+      check(set);
+    });
+  }
+
+ private:
+  void check(const RelationshipSet& set) {
+    if (packaging_.areTypesKnown) {
+      TargetSink sink(packaging_);
+      checkTargetTypes(packaging_.index, set, sink);
+    }
+    for (const RelationshipSet::Entry& entry : set.entries()) {
+      if (entry.relationship.getTargetMode() == TargetMode::External) {
+        checkExternal(entry.relationship);
+      } else {
+        checkInternal(entry);
+      }
+      checkCore(entry.relationship);
+    }
+  }
+
+  void checkExternal(const Relationship& relationship) {
+    const std::u16string target = relationship.getTargetURI().toString();
+    const bool isEmpty = opc::model::trimXmlSpace(target).empty();
+    if (!isEmpty && isIriReference(target)) return;
+    add(kBadExternalTarget, relationship,
+        isEmpty ? "its external target is empty"
+                : "its external target " + quoted(target) + " is no IRI",
+        "RL-10");
+  }
+
+  void checkInternal(const RelationshipSet::Entry& entry) {
+    const Relationship& relationship = entry.relationship;
+    const std::string target = quoted(relationship.getTargetURI().toString());
+    if (entry.mended) {
+      add(kOddTarget, relationship, "its target is not spelled as the part name " + target, "RL-8");
+    }
+    const auto part = findTarget(packaging_.index, relationship);
+    if (!part) {
+      if (!isCore(relationship)) {
+        add(kMissingTarget, relationship, "its target " + target + " is not in the package",
+            "RL-11");
+      }
+      return;
+    }
+    const bool isThumbnail = relationship.getType() == opc::model::kThumbnailRelationship;
+    if (!isThumbnail || !packaging_.isPart(*part)) return;
+    const opc::model::ContentType* type = packaging_.types.find(packaging_.index.name(*part));
+    if (isOfImage(*type)) return;
+    add(kThumbnailNotImage, relationship,
+        "the thumbnail " + target + " has the content type " + quoted(type->ascii()), "TH-1");
+  }
+
+  bool isCore(const Relationship& relationship) const {
+    return source_.empty() && relationship.getType() == opc::model::kCorePropertiesRelationship;
+  }
+
+  void checkCore(const Relationship& relationship) {
+    if (isCore(relationship)) packaging_.coreProperties = relationship;
+  }
+
+  void add(FindingId id, const Relationship& relationship, const std::string& why,
+           const char* rule) {
+    addFinding(packaging_.report, id, name_,
+               "relationship " + quoted(relationship.getId()) + ": " + why, rule);
+  }
+
+  Packaging& packaging_;
+  PartId part_;
+  std::string name_;
+  std::string source_;
+};
+
+// Relationships of what is no part, or of relationships, are passed over in reading: a finding
+// that tells so is enough.
+bool hasSource(const Packaging& packaging, PartId part) {
+  const std::string source = opc::model::sourceOfRelationships(packaging.index.name(part));
+  if (source.empty()) return true;
+  if (opc::model::isRelationshipsItemName(source)) return false;
+  return packaging.index.find(source).has_value();
+}
+
+}  // namespace
+
+void checkRelationships(Packaging& packaging) {
+  packaging.index.forEach(ItemRole::Relationships, [&](PartId part) {
+    if (hasSource(packaging, part)) RelationshipsCheck(packaging, part).run();
+  });
+}
+
+}  // namespace opc::checks::detail

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+#include "opc/checks/PackageVerification.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "opc/Exception.h"
+#include "tests/opc/checks/PackageUnderTest.h"
+#include "tests/opc/model/PackageFixture.h"
+#include "tests/support/TemporaryFolder.h"
+
+using opc::checks::Finding;
+using opc::checks::Report;
+using opc::checks::verifyPackage;
+using test::PackageUnderTest;
+using testing::Each;
+using testing::Field;
+using testing::IsEmpty;
+
+namespace {
+
+std::set<std::uint16_t> numbersOf(const Report& report) {
+  std::set<std::uint16_t> numbers;
+  for (const Finding& finding : report.findings()) numbers.insert(finding.id.number);
+  return numbers;
+}
+
+using Numbers = std::set<std::uint16_t>;
+
+}  // namespace
+
+TEST(Verification, ASoundPackageDrawsNothing) {
+  PackageUnderTest package;
+
+  EXPECT_THAT(package.check().findings(), IsEmpty());
+}
+
+TEST(Verification, WhatTheFormatAllowsDrawsNothing) {
+  PackageUnderTest package;
+  package.zip.comment = "a comment";
+  package.zip.zip64 = true;
+  package.add("folder/", "");
+  package.add("empty.m", "").deflate = true;
+  package.last().packed = "";
+  test::ZipItem& described = package.add("described.m", std::string(500, 'd'));
+  described.deflate = described.descriptor = described.descriptorWide = true;
+  described.descriptorSignature = false;
+  package.add("wide.m", "wide").central.extra = test::extraField(0xA220, "hint");
+  package.add("c.m/[1].last.piece", "b");
+  package.add("c.m/[0].piece", "a");
+  package.add("a.m", "1"), package.add("a.mx/c.m", "2"), package.add("%C3%A9.m", "3");
+  package.add("_rels/a.xml.rels", test::relationshipsXml(test::relationshipXml("r", "c.m") +
+                                                         test::relationshipXml("s", "#here")));
+
+  EXPECT_THAT(package.check().findings(), IsEmpty());
+}
+
+TEST(Verification, ExternalTargetsOfEveryKindDrawNothing) {
+  PackageUnderTest package;
+  std::string xml;
+  int number = 0;
+  for (const char* target :
+       {"http://example.org/a%20b?c=d&amp;e#f", "mailto:a@example.org", "../other.docx", "#x",
+        "http://user@[::1]:80/", "urn:a:b", "file:///c:/x",
+        "http://b\xC3\xBC"
+        "cher.example/"}) {
+    xml += test::relationshipXml("e" + std::to_string(++number), target, "TargetMode=\"External\"");
+  }
+  package.setRelationships(xml);
+
+  EXPECT_THAT(package.check().findings(), IsEmpty());
+}
+
+TEST(Verification, OneFaultDoesNotHideAnother) {
+  PackageUnderTest package;
+  package.setTypes("<Override PartName=\"/missing.xml\" ContentType=\"a/b\"/>");
+  package.setRelationships(test::relationshipXml("1", "/a.xml") +
+                           test::relationshipXml("r", "/gone.xml"));
+  package.part().local.crc = package.part().central.crc = 1;
+  package.add("A b.m"), package.add("../c.m"), package.add("B.m");
+  package.add("_rels/b.m.rels", "<");
+  package.zip.suffix = "tail";
+
+  EXPECT_EQ(numbersOf(package.check()), (Numbers{102, 104, 106, 203, 205, 208, 209, 210, 217}));
+}
+
+TEST(Verification, WithoutSoundContentTypesNothingIsSaidAboutWhatTheyLack) {
+  PackageUnderTest package;
+  package.types().content = "<Types>";
+  package.addCore("");
+  package.types().content = "<Types>";
+  package.add("c.q");
+
+  EXPECT_EQ(numbersOf(package.check()), Numbers{201});
+}
+
+TEST(Verification, OfDamagedPartsOnlyTheDamageIsReported) {
+  for (std::size_t item = 0; item < 2; ++item) {
+    PackageUnderTest package;
+    package.zip.items[item].local.crc = package.zip.items[item].central.crc = 1;
+
+    EXPECT_EQ(numbersOf(package.check()), Numbers{106}) << item;
+  }
+}
+
+TEST(Verification, FindingsInTheXmlNameTheirLine) {
+  PackageUnderTest package;
+  package.relationships().content = "<Relationships\n\n<";
+
+  const Report report = package.check();
+
+  ASSERT_EQ(report.findings().size(), 1u);
+  EXPECT_EQ(report.findings().front().line, 3u);
+}
+
+TEST(Verification, OfVeryManyFindingsTheFirstAreKeptAndAllAreCounted) {
+  PackageUnderTest package;
+  for (int i = 0; i < 3000; ++i) package.add("x y" + std::to_string(i));
+
+  const Report report = package.check();
+
+  EXPECT_EQ(report.warnings(), 3000u);
+  EXPECT_EQ(report.findings().size(), Report::kMostKept);
+}
+
+TEST(Verification, LongNamesAreCutInFindings) {
+  PackageUnderTest package;
+  package.add(std::string(60000, ' '));
+
+  const Report report = package.check();
+
+  ASSERT_EQ(report.findings().size(), 1u);
+  EXPECT_LT(report.findings().front().part.size(), 2000u);
+  EXPECT_LT(report.findings().front().message.size(), 4000u);
+}
+
+TEST(Verification, OverlappingItemsAreUnpackedOnce) {
+  PackageUnderTest package;
+  test::ZipItem& bomb = package.add("bomb.m", std::string(std::size_t{60} << 20, '\0'));
+  bomb.deflate = true;
+  const std::string alone = package.zip.build();
+  const std::size_t at = alone.find("bomb.m") - 30;
+  const std::uint32_t crc = test::crcOf(bomb.content);
+  const auto size = static_cast<std::uint32_t>(bomb.content.size());
+  for (int i = 0; i < 3000; ++i) {
+    test::ZipItem copy{.name = "b" + std::to_string(i) + ".m"};
+    copy.writeLocal = false;
+    copy.deflate = true;
+    copy.central.offset = static_cast<std::uint32_t>(at);
+    copy.central.crc = crc;
+    copy.central.size = size;
+    copy.central.packedSize = 60000;
+    package.zip.add(copy);
+  }
+
+  const Report report = package.check();
+
+  EXPECT_EQ(report.count(107), 3000u);
+  EXPECT_EQ(report.count(106), 0u);
+}
+
+TEST(Verification, WhatIsNoFileCannotBeVerified) {
+  const test::TemporaryFolder folder;
+
+  EXPECT_THROW(verifyPackage((folder / "none").string()), opc::SystemError);
+  EXPECT_THROW(verifyPackage(folder.path().string()), opc::Exception);
+}
+
+TEST(Verification, VeryLargeDirectoriesAreNotRead) {
+  const test::TemporaryFolder folder;
+  test::ZipBuilder end;
+  const std::uint64_t size = std::uint64_t{200} << 20;
+  end.directoryOffset = 0;
+  end.directorySize = size;
+  test::writeFile(folder / "p.zip", "PK\x01\x02");
+  std::filesystem::resize_file(folder / "p.zip", size);  // with a hole in it
+  std::ofstream(folder / "p.zip", std::ios::binary | std::ios::app) << end.build();
+
+  const auto verify = [&] { verifyPackage((folder / "p.zip").string()); };
+
+  EXPECT_THAT(verify, testing::ThrowsMessage<opc::Exception>(testing::HasSubstr("209715200")));
+}
+
+TEST(Verification, CutAnywhereThePackageDrawsAnError) {
+  PackageUnderTest package;
+  package.addCore("<dc:title xmlns:dc=\"http://purl.org/dc/elements/1.1/\">t</dc:title>");
+  const std::string bytes = package.zip.build();
+  ASSERT_THAT(test::verifyBytes(bytes).findings(), IsEmpty());
+
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    EXPECT_GT(test::verifyBytes(bytes.substr(0, size)).errors(), 0u) << size;
+  }
+}
+
+TEST(Verification, WithAnyByteChangedItComesToAnEnd) {
+  PackageUnderTest package;
+  package.addCore("<dc:title xmlns:dc=\"http://purl.org/dc/elements/1.1/\">t</dc:title>");
+  package.add("_rels/a.xml.rels", test::relationshipsXml(test::relationshipXml("r", "b.m")));
+  test::ZipItem& described = package.add("d.m", "described");
+  described.descriptor = true;
+  const std::string bytes = package.zip.build();
+  ASSERT_THAT(test::verifyBytes(bytes).findings(), IsEmpty());
+
+  std::size_t found = 0;
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    for (const int flip : {0x20, 0xFF}) {
+      std::string changed = bytes;
+      changed[at] = static_cast<char>(changed[at] ^ flip);
+      found += test::verifyBytes(changed).findings().empty() ? 0 : 1;
+    }
+  }
+  EXPECT_GT(found, bytes.size());
+}
