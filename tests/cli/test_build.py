@@ -533,7 +533,7 @@ class Manual(projecttest.ProjectTest):
             self.assertRegex(self.page, rf"[`.\[]{key}[`.\]]", key)
 
     def test_its_example_can_be_built(self):
-        example = re.findall("```toml\n(.*?)```", self.page, re.S)[1]
+        example = re.search("```toml\n(.*?)```", self.page, re.S)[1]
         self.project(example, FULL_FILES)
         self.assertIn("category", tomllib.loads(example))
 

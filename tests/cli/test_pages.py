@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""Runs README.md and docs/tutorial.md and compares what they show.
+"""Runs the console examples of the pages and compares the outputs that they show.
 
-With --write it writes the pages anew, with the output that there is now.
+--write replaces the outputs in the pages by those of the program as it is.
 """
 
 import os
@@ -16,12 +16,13 @@ import kraddontest
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 README = TOP / "README.md"
-TUTORIAL = TOP / "docs" / "tutorial.md"
+PAGES = [README, *(TOP / f"{name}.md" for name in ("CONTRIBUTING", "SECURITY", "CHANGELOG")),
+         *sorted((TOP / "docs").glob("*.md"))]
 END = "-- end of the output --"
 
 
 class Shell:
-    """One shell in which all commands run, one after the other."""
+    """One shell that runs all commands of a page, one after the other."""
 
     def __init__(self, page, folder):
         program = pathlib.Path(kraddontest.KRADDON).resolve()
@@ -58,14 +59,14 @@ class Shell:
 
 
 def prepare_top(folder):
-    """What the README takes from the top of the project, as version control keeps it."""
+    """The files of the project that the README uses, as version control keeps them."""
     shutil.copytree(TOP / "examples", folder / "examples",
                     ignore=lambda _, names: {"recordings"} & set(names))
     shutil.copy(TOP / "CHANGELOG.md", folder)
 
 
 def blocks_of(text):
-    """The console blocks: the number of the first line, and the lines."""
+    """The console blocks: the index of the first line, and the lines."""
     lines = text.splitlines()
     start = None
     for number, line in enumerate(lines):
@@ -77,7 +78,7 @@ def blocks_of(text):
 
 
 def commands_of(lines):
-    """Commands, with where they begin and what they are shown to print."""
+    """Commands, with the line where each begins and the output that is shown for it."""
     commands = []
     for at, line in enumerate(lines):
         if line.startswith("$ "):
@@ -90,8 +91,9 @@ def commands_of(lines):
 
 
 class Pages(kraddontest.CliTest):
+    """A test for each page with examples is added below."""
 
-    def check(self, page, least):
+    def check(self, page):
         shell = Shell(page, self.folder)
         self.addCleanup(shell.close)
         count = 0
@@ -100,17 +102,28 @@ class Pages(kraddontest.CliTest):
                 with self.subTest(line=start + at + 1, command=command):
                     self.assertEqual(shell.output_of(command), shown)
                 count += 1
-        self.assertGreater(count, least)
+        self.assertGreater(count, {"README": 25, "tutorial": 40}.get(page.stem, 0))
 
-    def test_every_command_of_the_readme_prints_what_it_shows(self):
-        self.check(README, 25)
+    def test_every_example_is_in_a_console_block(self):
+        for page in PAGES:
+            text = page.read_text(encoding="utf-8")
+            console = {start + at for start, lines in blocks_of(text) for at in range(len(lines))}
+            for number, line in enumerate(text.splitlines()):
+                if re.match(r"\s*\$ ", line):
+                    self.assertIn(number, console, f"{page}: {line}")
 
-    def test_every_command_of_the_tutorial_prints_what_it_shows(self):
-        self.check(TUTORIAL, 40)
+
+def pages_with_examples():
+    return [page for page in PAGES if any(blocks_of(page.read_text(encoding="utf-8")))]
+
+
+for each in pages_with_examples():
+    setattr(Pages, f"test_every_command_of_{each.stem.lower()}_prints_what_it_shows",
+            lambda self, page=each: self.check(page))
 
 
 def write(page, folder):
-    """The page with the output of today."""
+    """Puts the outputs of the program as it is into the page."""
     shell = Shell(page, folder)
     text = page.read_text(encoding="utf-8").splitlines()
     moved = 0
@@ -128,7 +141,7 @@ def write(page, folder):
 
 if __name__ == "__main__":
     if sys.argv[1:] == ["--write"]:
-        for each in (README, TUTORIAL):
+        for each in pages_with_examples():
             with tempfile.TemporaryDirectory() as scratch:
                 write(each, pathlib.Path(scratch))
     else:

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""A reader of packages, written from docs/format.md alone: nothing of the program is in here.
+"""A reader of packages, written from docs/format-reference.md alone, without any code of the
+program.
 
 format_reader.py PACKAGE prints what is in a package as JSON.
 """

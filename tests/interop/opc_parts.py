@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Parts, relationships and XML of a package, by OPC and by docs/format.md where that is stricter.
+"""Parts, relationships and XML of a package, by OPC and the stricter docs/format-reference.md.
 
 Pieces of parts ("[0].piece") are not put together: nothing writes them any more.
 """

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A reader that was written from docs/format.md reads the packages as the program does."""
+"""A reader that was written from docs/format-reference.md reads packages as the program does."""
 
 import os
 import random
@@ -10,7 +10,7 @@ import zipfile
 import format_reader
 from format_case import FormatCase
 
-PAGE = os.path.join(os.path.dirname(__file__), "..", "..", "docs", "format.md")
+DOCS = os.path.join(os.path.dirname(__file__), "..", "..", "docs")
 
 ODD = " a\tb\r\nc\rd\n <x a=\"1\">&amp;'</x> ]]> größe 😀 \u0085\u2028\ufeff%41\\ "
 EVERYTHING = {
@@ -196,24 +196,22 @@ def without_empty(value):
     return value
 
 
-class ThePage(FormatCase):
-    """What docs/format.md shows is what the program writes."""
+class ThePages(FormatCase):
+    """What the pages about the format show is what the program writes."""
 
     @classmethod
     def setUpClass(cls):
-        with open(PAGE, encoding="utf-8") as file:
-            cls.page = file.read()
+        cls.introduction = page("format.md")
         cls.shown = {}
-        for section in cls.page.split("\n## ")[1:]:
+        for section in page("format-reference.md").split("\n## ")[1:]:
             heading, _, rest = section.partition("\n")
             if "```xml\n" in rest:
                 name = heading.split("`")[-2].rpartition("metadata/")[2]
                 cls.shown[name] = unbroken(rest.split("```xml\n")[1].split("```")[0])
 
     def make_sample(self):
-        files = {"README": "hi\n", "readme": "HI\n", "end.": "b\n", "lib/größe.m": "x = 1;\n"}
-        self.make_tree("tree", files, ["empty"])
-        session = re.search(r"```\n(kraddon create .*?)```", self.page, re.DOTALL)[1]
+        session = re.search(r"```console\n(.*?)\$ TZ=UTC unzip", self.introduction, re.DOTALL)[1]
+        session = re.sub(r"(?m)^[$>] ", "", session)
         self.succeeds("sh", "-ec", 'kraddon() { "%s" "$@"; }\n%s' % (self.program(), session))
 
     def test_shows_the_directory_of_its_sample(self):
@@ -221,8 +219,8 @@ class ThePage(FormatCase):
 
         said = self.succeeds("env", "TZ=UTC", "unzip", "-v", "p.kraddon").stdout.decode()
 
-        listing = re.search(r"```\n( Length .*?)```", self.page, re.DOTALL)[1]
-        self.assertEqual("".join(said.splitlines(True)[1:-2]), listing)
+        listing = re.search(r"unzip -v p.kraddon\n(.*?)```", self.introduction, re.DOTALL)[1]
+        self.assertEqual(said, listing)
 
     def test_shows_the_documents_of_its_sample(self):
         self.make_sample()
@@ -244,6 +242,11 @@ class ThePage(FormatCase):
 
                 written = self.entries()["metadata/%s.xml" % kind].decode()
                 self.assertEqual(without_declaration(written), without_declaration(shown))
+
+
+def page(name):
+    with open(os.path.join(DOCS, name), encoding="utf-8") as file:
+        return file.read()
 
 
 def without_declaration(document):

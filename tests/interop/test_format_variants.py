@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""What docs/format.md allows and refuses beyond what the program writes, by its independent reader
-and by the program."""
+"""What docs/format-reference.md allows and refuses beyond what the program writes: the independent
+reader and the program agree."""
 
 import re
 import unittest
