@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/ReferenceCheck.h"
+#include "addon/checks/PathCheck.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
 

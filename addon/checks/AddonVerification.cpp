@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/AddonVerification.h"
 
+#include "addon/checks/detail/DocumentCheck.h"
+#include "addon/checks/detail/ReferenceCheck.h"
+#include "addon/checks/detail/StyleCheck.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/checks/PackageFinding.h"
@@ -41,9 +44,9 @@ Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunct
 }
 
 void checkAddon(packaging::AddonPackage& package, Report& report) {
-  checkDocuments(package, report);
-  checkReferences(package, report);
-  checkStyle(package, report);
+  detail::checkDocuments(package, report);
+  detail::checkReferences(package, report);
+  detail::checkStyle(package, report);
 }
 
 }  // namespace addon::checks

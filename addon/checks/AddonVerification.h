@@ -18,9 +18,4 @@ opc::checks::Report verifyAddon(const std::string& path,
 /// cannot be read draws no finding here, since the checks of the container report it.
 void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report);
 
-// Its steps.
-void checkDocuments(packaging::AddonPackage& package, opc::checks::Report& report);   // 3xx
-void checkReferences(packaging::AddonPackage& package, opc::checks::Report& report);  // 4xx
-void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);       // 5xx
-
 }  // namespace addon::checks

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/StyleCheck.h"
+#include "addon/checks/detail/StyleCheck.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <string>
 
-#include "addon/checks/CaseFolding.h"
 #include "addon/checks/Guid.h"
+#include "addon/checks/detail/CaseFolding.h"
 #include "tests/addon/checks/FindingCases.h"
 
 using addon::packaging::AddonPackage;
@@ -250,7 +250,8 @@ struct NameCase {
 class PortableName : public testing::TestWithParam<NameCase> {};
 
 TEST_P(PortableName, IsJudgedByTheRulesOfAllSystems) {
-  EXPECT_EQ(addon::checks::findPortabilityFault(GetParam().name).empty(), GetParam().isPortable)
+  EXPECT_EQ(addon::checks::detail::findPortabilityFault(GetParam().name).empty(),
+            GetParam().isPortable)
       << GetParam().name;
 }
 
@@ -266,15 +267,15 @@ INSTANTIATE_TEST_SUITE_P(
                     NameCase{"a\tb", false}, NameCase{"a\x7F", false}));
 
 TEST(StyleCheck, ANameOf256BytesIsTooLong) {
-  EXPECT_EQ(addon::checks::findPortabilityFault(std::string(255, 'x')), "");
-  EXPECT_NE(addon::checks::findPortabilityFault(std::string(256, 'x')), "");
+  EXPECT_EQ(addon::checks::detail::findPortabilityFault(std::string(255, 'x')), "");
+  EXPECT_NE(addon::checks::detail::findPortabilityFault(std::string(256, 'x')), "");
 }
 
 TEST(StyleCheck, CaseIsFoldedCharacterByCharacter) {
-  EXPECT_EQ(addon::checks::foldCase("ABC-z"), "abc-z");
-  EXPECT_EQ(addon::checks::foldCase("ÄΣЖ"), "äσж");
-  EXPECT_EQ(addon::checks::foldCase("\xF0\x90\x90\x80"), "\xF0\x90\x90\xA8");  // Deseret
-  EXPECT_EQ(addon::checks::foldCase("straße"), "straße");
+  EXPECT_EQ(addon::checks::detail::foldCase("ABC-z"), "abc-z");
+  EXPECT_EQ(addon::checks::detail::foldCase("ÄΣЖ"), "äσж");
+  EXPECT_EQ(addon::checks::detail::foldCase("\xF0\x90\x90\x80"), "\xF0\x90\x90\xA8");  // Deseret
+  EXPECT_EQ(addon::checks::detail::foldCase("straße"), "straße");
 }
 
 TEST(StyleCheck, AGuidMayStandInBraces) {

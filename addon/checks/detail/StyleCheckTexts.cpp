@@ -3,11 +3,11 @@
 #include <string_view>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Destination.h"
 #include "addon/checks/Guid.h"
-#include "addon/checks/Readable.h"
-#include "addon/checks/ReadableDocument.h"
-#include "addon/checks/StyleCheck.h"
+#include "addon/checks/detail/Destination.h"
+#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
+#include "addon/checks/detail/StyleCheck.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonLicense.h"
 #include "addon/packaging/AddonProperties.h"
@@ -17,7 +17,7 @@
 #include "opc/checks/Quoting.h"
 #include "opc/model/DomText.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -138,4 +138,4 @@ void checkTexts(AddonPackage& package, Report& report) {
   checkAppGuids(package, report);
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/ReferenceCheck.h"
+#include "addon/checks/detail/ReferenceCheck.h"
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/AddonVerification.h"
-#include "addon/checks/Readable.h"
-#include "addon/checks/ReadableDocument.h"
+#include "addon/checks/PathCheck.h"
+#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonConfiguration.h"
 #include "addon/packaging/AddonExamples.h"
@@ -12,7 +12,7 @@
 #include "opc/Text.h"
 #include "opc/checks/Quoting.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -119,4 +119,4 @@ void checkReferences(AddonPackage& package, Report& report) {
   checkConfiguration(package, paths);
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

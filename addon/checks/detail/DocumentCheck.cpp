@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/DocumentCheck.h"
+#include "addon/checks/detail/DocumentCheck.h"
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/AddonVerification.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
 #include "opc/checks/Quoting.h"
@@ -10,7 +9,7 @@
 #include "opc/model/PartName.h"
 #include "opc/plservices/FileTreePart.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -137,4 +136,4 @@ void checkDocuments(AddonPackage& package, Report& report) {
   checkIdentity(package, report);
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -3,7 +3,7 @@
 
 #include "opc/Exception.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 /// Runs what reads the package. False when its content is at fault, which is for other checks to
 /// say. That the system refuses to read says nothing about the package, and goes through.
@@ -19,4 +19,4 @@ bool isReadable(const Action& action) {
   }
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

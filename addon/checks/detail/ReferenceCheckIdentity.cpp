@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Destination.h"
 #include "addon/checks/Guid.h"
-#include "addon/checks/Readable.h"
-#include "addon/checks/ReadableDocument.h"
-#include "addon/checks/ReferenceCheck.h"
+#include "addon/checks/detail/Destination.h"
+#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
+#include "addon/checks/detail/ReferenceCheck.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/AddonRevisionHistory.h"
@@ -21,7 +21,7 @@
 #include "opc/model/DomText.h"
 #include "opc/model/PackageHelper.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -147,4 +147,4 @@ void checkGuids(AddonPackage& package, Report& report) {
   }
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

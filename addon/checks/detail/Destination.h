@@ -9,7 +9,7 @@
 #include "opc/model/Package.h"
 #include "opc/model/Part.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 /// Where the relationships of one type lead from the package.
 struct Destination {
@@ -30,4 +30,4 @@ struct Destination {
 /// The package must be open.
 Destination follow(opc::model::Package& package, std::u16string_view relationshipType);
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "addon/checks/PathCheck.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/ReferenceCheck.h"
 #include "opc/Text.h"
 #include "opc/checks/Quoting.h"
 #include "opc/plservices/TreePath.h"
@@ -93,7 +94,7 @@ void PathCheck::reportMissing(const PathReference& reference, const std::string&
 }
 
 std::optional<std::string> PathCheck::findWithoutCase(std::string_view path) {
-  if (!caseless_) caseless_.emplace(files_, CaselessTree::Visit());
+  if (!caseless_) caseless_.emplace(files_, detail::CaselessTree::Visit());
   return caseless_->find(path);
 }
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/StyleCheck.h"
+#include "addon/checks/detail/StyleCheck.h"
 
 #include <chrono>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/AddonVerification.h"
-#include "addon/checks/Readable.h"
+#include "addon/checks/detail/Readable.h"
 #include "text/ByteCount.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::Report;
 using packaging::AddonPackage;
@@ -47,4 +46,4 @@ void checkStyle(AddonPackage& package, Report& report) {
   checkCopies(package, report);
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

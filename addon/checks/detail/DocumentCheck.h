@@ -4,15 +4,18 @@
 #include <string>
 #include <vector>
 
-#include "addon/checks/Destination.h"
-#include "addon/checks/DocumentText.h"
+#include "addon/checks/detail/Destination.h"
+#include "addon/checks/detail/DocumentText.h"
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/DocumentSchema.h"
 #include "opc/checks/Report.h"
 
-// The steps of checkDocuments().
+namespace addon::checks::detail {
 
-namespace addon::checks {
+/// The findings 3xx.
+void checkDocuments(packaging::AddonPackage& package, opc::checks::Report& report);
+
+// Its steps.
 
 /// A document that could be parsed.
 struct ParsedDocument {
@@ -36,4 +39,4 @@ void checkUnreachable(packaging::AddonPackage& package,
                       const std::vector<packaging::DocumentSchema>& schemas,
                       opc::checks::Report& report);
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

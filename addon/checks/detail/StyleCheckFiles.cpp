@@ -4,14 +4,14 @@
 #include <string_view>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/CaselessTree.h"
-#include "addon/checks/Readable.h"
-#include "addon/checks/StyleCheck.h"
+#include "addon/checks/detail/CaselessTree.h"
+#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/StyleCheck.h"
 #include "addon/project/Patterns.h"
 #include "opc/Streams.h"
 #include "opc/checks/Quoting.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -104,4 +104,4 @@ void checkFiles(AddonPackage& package, Report& report) {
   FileCheck(package.fileSystem(), report).run();
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

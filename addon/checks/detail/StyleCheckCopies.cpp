@@ -9,12 +9,12 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Readable.h"
-#include "addon/checks/StyleCheck.h"
+#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/StyleCheck.h"
 #include "opc/Streams.h"
 #include "opc/checks/Quoting.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -92,4 +92,4 @@ void checkCopies(AddonPackage& package, Report& report) {
   }
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/DocumentCheck.h"
+#include "addon/checks/detail/DocumentCheck.h"
 #include "opc/Text.h"
 #include "opc/checks/Quoting.h"
 #include "opc/model/DomText.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -149,4 +149,4 @@ void checkStructure(const ParsedDocument& document, Report& report) {
   StructureCheck(document, report).run();
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

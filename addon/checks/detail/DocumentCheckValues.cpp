@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/DocumentCheck.h"
-#include "addon/checks/Readable.h"
+#include "addon/checks/detail/DocumentCheck.h"
+#include "addon/checks/detail/Readable.h"
 #include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 #include "opc/Text.h"
@@ -14,7 +14,7 @@
 #include "opc/model/DomText.h"
 #include "opc/plservices/HostPropertiesPart.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -129,4 +129,4 @@ void checkIdentity(AddonPackage& package, Report& report) {
   if (isBlank(core.getVersion())) report.add(kNoVersion, "", "the add-on has no version");
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

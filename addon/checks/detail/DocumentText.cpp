@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/DocumentText.h"
+#include "addon/checks/detail/DocumentText.h"
 
 #include <algorithm>
 #include <functional>
@@ -8,7 +8,7 @@
 #include "opc/Streams.h"
 #include "opc/model/XmlEncoding.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::model::XercesHelper;
 using xercesc::DOMElement;
@@ -108,4 +108,4 @@ void DocumentText::findLines() {
   });
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -10,7 +10,7 @@
 #include "opc/model/Package.h"
 #include "opc/model/XercesHelper.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 /// One part as XML, and the lines on which its elements stand.
 class DocumentText {
@@ -38,4 +38,4 @@ class DocumentText {
 const xercesc::DOMElement* nextElement(const xercesc::DOMElement* element,
                                        const xercesc::DOMElement* top);
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

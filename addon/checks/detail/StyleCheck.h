@@ -6,9 +6,12 @@
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
 
-// The steps of checkStyle().
+namespace addon::checks::detail {
 
-namespace addon::checks {
+/// The findings 5xx.
+void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);
+
+// Its steps.
 
 /// What every add-on should tell about itself: license, texts, author, screenshot, GUIDs, version.
 void checkTexts(packaging::AddonPackage& package, opc::checks::Report& report);
@@ -29,4 +32,4 @@ bool isKeyName(std::string_view name);
 /// Whether a text begins with a private key.
 bool beginsWithPrivateKey(std::string_view text);
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

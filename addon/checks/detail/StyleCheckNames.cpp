@@ -4,11 +4,11 @@
 #include <string>
 #include <string_view>
 
-#include "addon/checks/StyleCheck.h"
+#include "addon/checks/detail/StyleCheck.h"
 #include "opc/Text.h"
 #include "opc/plservices/TreePath.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 namespace {
 
 constexpr std::size_t kLongestName = 255;  // bytes, of every usual file system
@@ -70,4 +70,4 @@ bool beginsWithPrivateKey(std::string_view text) {
   return false;
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "addon/checks/DocumentText.h"
+#include "addon/checks/detail/DocumentText.h"
 #include "addon/packaging/AddonPackage.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 /// A document that the package points at and that can be read, whatever is wrong in it.
 class ReadableDocument {
@@ -24,4 +24,4 @@ class ReadableDocument {
   std::optional<DocumentText> text_;
 };
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

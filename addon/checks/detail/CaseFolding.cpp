@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/CaseFolding.h"
+#include "addon/checks/detail/CaseFolding.h"
 
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
@@ -8,7 +8,7 @@
 
 #include "opc/Text.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 namespace {
 
 bool isAscii(char c) {
@@ -37,4 +37,4 @@ std::string foldCase(std::string_view text) {
   return opc::toUtf8(folded);
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/Destination.h"
+#include "addon/checks/detail/Destination.h"
 
 #include "opc/Text.h"
 #include "opc/model/PartName.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::model::PartName;
 using opc::model::TargetMode;
@@ -30,4 +30,4 @@ Destination follow(opc::model::Package& package, std::u16string_view relationshi
   return destination;
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/DocumentCheck.h"
-#include "addon/checks/Readable.h"
+#include "addon/checks/detail/DocumentCheck.h"
+#include "addon/checks/detail/Readable.h"
 #include "addon/packaging/ImageSignature.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
@@ -18,7 +18,7 @@
 #include "opc/model/PartName.h"
 #include "opc/plservices/FileTreePart.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
@@ -132,4 +132,4 @@ void checkUnreachable(AddonPackage& package, const std::vector<DocumentSchema>& 
   UnreachableParts(package, schemas).check(report);
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -10,7 +10,7 @@
 #include "opc/plservices/FileSystemManager.h"
 #include "opc/plservices/FileTree.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 /// The file tree as a file system sees it that does not tell cases apart: entries whose paths
 /// differ only in case are one.
@@ -41,4 +41,4 @@ class CaselessTree {
   std::vector<Waiting> waiting_;
 };
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/ReadableDocument.h"
+#include "addon/checks/detail/ReadableDocument.h"
 
 #include <utility>
 
-#include "addon/checks/Destination.h"
-#include "addon/checks/Readable.h"
+#include "addon/checks/detail/Destination.h"
+#include "addon/checks/detail/Readable.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 ReadableDocument::ReadableDocument(packaging::AddonPackage& package,
                                    std::u16string_view relationshipType) {
@@ -16,4 +16,4 @@ ReadableDocument::ReadableDocument(packaging::AddonPackage& package,
   isReadable([&] { text_.emplace(package.logicalPackage(), found.part->id()); });
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail

@@ -6,11 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "addon/checks/CaselessTree.h"
-#include "addon/packaging/AddonPackage.h"
+#include "addon/checks/detail/CaselessTree.h"
 #include "opc/checks/Report.h"
-
-// The steps of checkReferences().
+#include "opc/plservices/FileSystemManager.h"
 
 namespace addon::checks {
 
@@ -41,14 +39,7 @@ class PathCheck {
 
   opc::plservices::FileSystemManager& files_;
   opc::checks::Report& report_;
-  std::optional<CaselessTree> caseless_;  // made when a path is not there
+  std::optional<detail::CaselessTree> caseless_;  // made when a path is not there
 };
-
-/// Screenshot and thumbnail, which are to be one image.
-void checkThumbnail(packaging::AddonPackage& package, opc::checks::Report& report);
-/// That the newest revision is the add-on's version.
-void checkNewestRevision(packaging::AddonPackage& package, opc::checks::Report& report);
-/// That the GUIDs of the add-on and its apps differ.
-void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 
 }  // namespace addon::checks

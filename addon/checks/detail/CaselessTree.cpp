@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/CaselessTree.h"
+#include "addon/checks/detail/CaselessTree.h"
 
-#include "addon/checks/CaseFolding.h"
+#include "addon/checks/detail/CaseFolding.h"
 
-namespace addon::checks {
+namespace addon::checks::detail {
 
 using opc::plservices::FileSystemManager;
 using opc::plservices::FileTree;
@@ -42,4 +42,4 @@ std::optional<std::string> CaselessTree::find(std::string_view path) const {
   return entries_[node].path();
 }
 
-}  // namespace addon::checks
+}  // namespace addon::checks::detail
