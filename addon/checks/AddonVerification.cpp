@@ -6,13 +6,11 @@
 #include "addon/checks/detail/StyleCheck.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
-#include "opc/checks/PackageFinding.h"
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/PackageVerification.h"
 
 namespace addon::checks {
 
-using opc::checks::addFinding;
 using opc::checks::kBadContentTypes;
 using opc::checks::Report;
 using opc::checks::verifyPackage;
@@ -29,7 +27,7 @@ bool open(packaging::AddonPackage& package, Report& report) {
   } catch (const opc::Exception& fault) {
     if (report.errors() != 0) return false;
     const auto* format = dynamic_cast<const opc::FormatError*>(&fault);
-    addFinding(report, kBadContentTypes, "", fault.what(), format == nullptr ? "" : format->rule());
+    report.addClipped(kBadContentTypes, "", fault.what(), format == nullptr ? "" : format->rule());
     return false;
   }
 }

@@ -7,7 +7,7 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/plservices/TreePath.h"
 
 namespace addon::checks {

@@ -32,6 +32,13 @@ struct FindingInfo {
   std::string_view remedy;       ///< one sentence in the imperative: what to do about it
 };
 
+/// Text from a package between quotes, for one line of a message: control characters are escaped,
+/// and long text is cut, since a package may hold megabytes of it.
+std::string quoted(std::string_view text);
+std::string quoted(std::u16string_view text);
+/// The first `most` bytes of UTF-8 text, without the part of a character at their end.
+std::string_view clip(std::string_view text, std::size_t most);
+
 /// One thing that is wrong with a package, at one place.
 struct Finding {
   FindingId id;

@@ -4,11 +4,11 @@
 #include <optional>
 #include <string>
 
-#include "opc/checks/PackageFinding.h"
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/detail/CheckedContainer.h"
 #include "opc/checks/detail/ContainerCheck.h"
-#include "opc/checks/detail/PackagingCheck.h"
+#include "opc/checks/detail/FaultFindings.h"
+#include "opc/checks/detail/Packaging.h"
 #include "opc/zippackage/EndOfDirectory.h"
 #include "opc/zippackage/ErrorContext.h"
 #include "opc/zippackage/PackageFile.h"
@@ -16,16 +16,11 @@
 
 namespace opc::checks {
 
-using opc::interfaces::ProgressFunction;
-using opc::zippackage::PackageFile;
-using opc::zippackage::ZipDirectory;
+using interfaces::ProgressFunction;
+using zippackage::PackageFile;
+using zippackage::ZipDirectory;
 
 namespace {
-
-FindingId findingOf(std::string_view rule) {
-  if (rule == "ZP-6") return kUnsupportedPacking;
-  return rule == "ZP-9" || rule == "ZP-14" ? kInconsistentRecords : kNotZip;
-}
 
 // Checking takes some six times as much memory.
 constexpr std::uint64_t kLargestDirectory = std::uint64_t{128} << 20;  // bytes
@@ -34,20 +29,18 @@ constexpr std::uint64_t kLargestDirectory = std::uint64_t{128} << 20;  // bytes
 std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& report) {
   std::uint64_t size = 0;
   try {
-    opc::zippackage::FileTail tail(file);
-    size = opc::zippackage::findDirectory(tail).size;
+    zippackage::FileTail tail(file);
+    size = zippackage::findDirectory(tail).size;
     if (size <= kLargestDirectory) return ZipDirectory::read(file);
-  } catch (const opc::SystemError&) {
+  } catch (const SystemError&) {
     throw;
-  } catch (const opc::FormatError& fault) {
-    addFinding(report, findingOf(fault.rule()), "", fault.what(), fault.rule());
-  } catch (const opc::Exception& fault) {
-    addFinding(report, kNotZip, "", fault.what(), "ZP-16");
+  } catch (const Exception& fault) {
+    detail::addFault(report, fault, kNotZip, "", "ZP-16");
   }
   if (size <= kLargestDirectory) return std::nullopt;
-  throw opc::Exception(opc::ErrorCode::TooLarge,
-                       "its directory has " + std::to_string(size) + " bytes, more than the " +
-                           std::to_string(kLargestDirectory) + " that are checked");
+  throw Exception(ErrorCode::TooLarge, "its directory has " + std::to_string(size) +
+                                           " bytes, more than the " +
+                                           std::to_string(kLargestDirectory) + " that are checked");
 }
 
 void checkFile(const std::string& path, const PackageFile& file, const ProgressFunction& progress,
@@ -65,8 +58,8 @@ void checkFile(const std::string& path, const PackageFile& file, const ProgressF
 Report verifyPackage(const std::string& path, const ProgressFunction& progress) {
   Report report;
   const PackageFile file(path);
-  opc::zippackage::inContext([&] { return "cannot check package '" + path + "'"; },
-                             [&] { checkFile(path, file, progress, report); });
+  zippackage::inContext([&] { return "cannot check package '" + path + "'"; },
+                        [&] { checkFile(path, file, progress, report); });
   return report;
 }
 

@@ -9,11 +9,11 @@
 namespace opc::checks {
 
 /// Checks the container of the package at `path` (UTF-8) and the packaging rules: reads every byte
-/// once, and verifies every checksum. Throws opc::SystemError when the file cannot be opened or
-/// read, and opc::Exception when it is not a regular file or its directory is larger than 128 MiB;
+/// once, and verifies every checksum. Throws SystemError when the file cannot be opened or
+/// read, and Exception when it is not a regular file or its directory is larger than 128 MiB;
 /// whatever is wrong with its content goes into the report. A check that needs what an earlier one
 /// found broken is left out. `progress` may be empty; it counts the items that have been read.
 Report verifyPackage(const std::string& path,
-                     const opc::interfaces::ProgressFunction& progress = nullptr);
+                     const interfaces::ProgressFunction& progress = nullptr);
 
 }  // namespace opc::checks

@@ -3,21 +3,34 @@
 
 #include <utility>
 
+#include "opc/Text.h"
+
 namespace opc::checks {
+namespace {
 
-std::string idOf(std::uint16_t number) {
-  return "KR" + std::to_string(number);
+constexpr std::size_t kLongestPart = 1024;     // bytes
+constexpr std::size_t kLongestMessage = 2048;  // bytes
+
+std::string clipped(std::string_view text, std::size_t most) {
+  const std::string_view shown = clip(text, most);
+  std::string result = isUtf8(shown) ? std::string(shown) : printable(shown);
+  if (shown.size() < text.size()) result += "...";
+  return result;
 }
 
-std::string_view nameOf(Severity severity) {
-  return severity == Severity::Error ? "error" : "warning";
-}
+}  // namespace
 
 void Report::add(FindingId id, std::string part, std::string message, std::size_t line,
                  std::string rule) {
   ++(id.severity == Severity::Warning ? warnings_ : errors_);
   if (++counts_[id.number] > kMostKept) return;
   findings_.push_back({id, std::move(part), std::move(message), line, std::move(rule)});
+}
+
+void Report::addClipped(FindingId id, std::string_view part, std::string_view message,
+                        std::string_view rule, std::size_t line) {
+  if (!keeps(id)) return add(id, "", "");
+  add(id, clipped(part, kLongestPart), clipped(message, kLongestMessage), line, std::string(rule));
 }
 
 std::size_t Report::count(std::uint16_t number) const {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "opc/checks/Finding.h"
@@ -19,6 +20,10 @@ class Report {
 
   void add(FindingId id, std::string part, std::string message, std::size_t line = 0,
            std::string rule = {});
+  /// For an item or part of a package that may be hostile: cuts name and message to what a person
+  /// reads, so that the report stays small whatever the package holds.
+  void addClipped(FindingId id, std::string_view part, std::string_view message,
+                  std::string_view rule, std::size_t line = 0);
 
   /// In the order in which they were found.
   const std::vector<Finding>& findings() const { return findings_; }

@@ -4,7 +4,7 @@
 #include "addon/checks/AddonFindings.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/FileTreePart.h"

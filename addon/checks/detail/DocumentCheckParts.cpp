@@ -14,7 +14,7 @@
 #include "addon/packaging/ImageSignature.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/FileTreePart.h"
 

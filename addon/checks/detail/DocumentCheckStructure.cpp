@@ -7,7 +7,7 @@
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/DocumentCheck.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/model/DomText.h"
 
 namespace addon::checks::detail {

@@ -10,7 +10,7 @@
 #include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/model/DomText.h"
 #include "opc/plservices/HostPropertiesPart.h"
 

@@ -10,7 +10,7 @@
 #include "addon/packaging/AddonExamples.h"
 #include "addon/packaging/DocumentXml.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 
 namespace addon::checks::detail {
 

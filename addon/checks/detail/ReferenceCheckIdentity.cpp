@@ -17,7 +17,7 @@
 #include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/model/DomText.h"
 #include "opc/model/PackageHelper.h"
 

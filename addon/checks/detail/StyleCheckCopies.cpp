@@ -12,7 +12,7 @@
 #include "addon/checks/detail/Readable.h"
 #include "addon/checks/detail/StyleCheck.h"
 #include "opc/Streams.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 
 namespace addon::checks::detail {
 

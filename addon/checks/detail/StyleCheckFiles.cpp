@@ -9,7 +9,7 @@
 #include "addon/checks/detail/StyleCheck.h"
 #include "addon/project/Patterns.h"
 #include "opc/Streams.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 
 namespace addon::checks::detail {
 

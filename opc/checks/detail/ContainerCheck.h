@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "opc/checks/Report.h"
@@ -19,10 +20,13 @@ struct ItemState {
 
 /// Checks what shows in the directory, and then every header, descriptor, size and checksum: reads
 /// every byte of the file that is in use. Findings 102 to 115. `progress` may be empty. Throws
-/// opc::SystemError.
-std::vector<ItemState> checkContainer(const opc::zippackage::PackageFile& file,
-                                      const opc::zippackage::ZipDirectory& directory,
-                                      const opc::interfaces::ProgressFunction& progress,
-                                      Report& report);
+/// SystemError.
+std::vector<ItemState> checkContainer(const zippackage::PackageFile& file,
+                                      const zippackage::ZipDirectory& directory,
+                                      const interfaces::ProgressFunction& progress, Report& report);
+
+/// Checks the name of an item: findings 111 and 114. `stored` is the name's bytes in the file.
+/// Returns whether no part has such a name, and a finding says so.
+bool checkItemName(std::string_view name, std::string_view stored, Report& report);
 
 }  // namespace opc::checks::detail

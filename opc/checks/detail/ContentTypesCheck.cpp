@@ -1,25 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include <string>
 
-#include "opc/checks/PackageFindings.h"
 #include "opc/checks/detail/Packaging.h"
 #include "opc/model/FormatConstants.h"
 
 namespace opc::checks::detail {
 
-using opc::interfaces::ItemIndex;
-using opc::model::ContentType;
-using opc::model::ContentTypes;
-using opc::model::ItemRole;
-using opc::model::kContentTypesItem;
-using opc::model::PartIndex;
+using interfaces::ItemIndex;
+using model::ContentType;
+using model::ContentTypes;
+using model::ItemRole;
+using model::kContentTypesItem;
+using model::PartIndex;
 
 namespace {
 
 // Pieces that clash are reported with those of all parts.
-class SilentSink final : public opc::model::FaultSink {
+class SilentSink final : public model::FaultSink {
  public:
-  void add(const opc::FormatError&, std::string_view) override { isUsed_ = true; }
+  void add(const FormatError&, std::string_view) override { isUsed_ = true; }
   bool isUsed() const { return isUsed_; }
 
  private:
@@ -27,14 +26,14 @@ class SilentSink final : public opc::model::FaultSink {
 };
 
 std::string_view wholeName(std::string_view itemName) {
-  const auto piece = opc::model::parsePieceName(itemName);
+  const auto piece = model::parsePieceName(itemName);
   return piece ? piece->whole : itemName;
 }
 
 bool readTypes(Packaging& packaging, const std::vector<ItemIndex>& items, const std::string& name) {
   FindingSink sink(packaging.report, kBadContentTypes, name);
   const bool isRead = readDocument(packaging.report, kBadContentTypes, name, [&] {
-    opc::model::PieceStream stream(packaging.container, items);
+    model::PieceStream stream(packaging.container, items);
     packaging.types = ContentTypes::read(stream, sink);
   });
   return isRead && !sink.isUsed();
@@ -48,26 +47,27 @@ bool isSignature(const ContentType& type) {
   return type == kOrigin || type == kSignature;
 }
 
-void checkPartType(Packaging& packaging, opc::model::PartId part, bool& hasSignature) {
-  static const ContentType kRelationships = ContentType::fromAscii(opc::model::kRelationshipsType);
+void checkPartType(Packaging& packaging, model::PartId part, bool& hasSignature) {
+  static const ContentType kRelationships = ContentType::fromAscii(model::kRelationshipsType);
   const ContentType* type = packaging.types.find(packaging.index.name(part));
   if (type == nullptr) return;
   if (*type == kRelationships) {
-    addFinding(packaging.report, kRelationshipsType, packaging.partName(part),
-               "it has the content type of relationships and not the name of such a part", "CT-12");
+    packaging.report.addClipped(
+        kRelationshipsType, packaging.partName(part),
+        "it has the content type of relationships and not the name of such a part", "CT-12");
   }
   if (hasSignature || !isSignature(*type)) return;
   hasSignature = true;
-  addFinding(packaging.report, kUncheckedSignature, packaging.partName(part),
-             "the package is signed; the signature has not been checked", "DS-1");
+  packaging.report.addClipped(kUncheckedSignature, packaging.partName(part),
+                              "the package is signed; the signature has not been checked", "DS-1");
 }
 
 void checkOverrides(Packaging& packaging) {
   for (const ContentTypes::Override& entry : packaging.types.overrides()) {
     const auto part = packaging.index.find(entry.itemName);
     if (part) continue;
-    addFinding(packaging.report, kOverrideWithoutPart, "/" + entry.itemName,
-               "it has a type override, and is not in the package", "CT-14");
+    packaging.report.addClipped(kOverrideWithoutPart, "/" + entry.itemName,
+                                "it has a type override, and is not in the package", "CT-14");
   }
 }
 
@@ -78,35 +78,36 @@ void checkContentTypesStream(Packaging& packaging) {
   const auto items = PartIndex::findContentTypes(packaging.container, silent);
   if (items.empty()) {
     if (silent.isUsed()) return;
-    return addFinding(
-        packaging.report, kBadContentTypes, kContentTypesItem,
+    return packaging.report.addClipped(
+        kBadContentTypes, kContentTypesItem,
         "content types stream '" + std::string(kContentTypesItem) + "': it is not there", "CT-1");
   }
   const std::string name(wholeName(packaging.container.itemName(items.front())));
   if (name != kContentTypesItem) {
-    addFinding(packaging.report, kContentTypesSpelling, name,
-               "it is not spelled '" + std::string(kContentTypesItem) + "'", "CT-1");
+    packaging.report.addClipped(kContentTypesSpelling, name,
+                                "it is not spelled '" + std::string(kContentTypesItem) + "'",
+                                "CT-1");
   }
   if (packaging.isDamaged(items)) return;
   packaging.areTypesKnown = readTypes(packaging, items, name);
   const bool isEmpty = packaging.types.defaults().empty() && packaging.types.overrides().empty();
   packaging.areTypesEmpty = packaging.areTypesKnown && isEmpty;
   if (packaging.areTypesEmpty) {
-    addFinding(packaging.report, kEmptyContentTypes, name, "it has no entries", "CT-2");
+    packaging.report.addClipped(kEmptyContentTypes, name, "it has no entries", "CT-2");
   }
 }
 
 void checkPartTypes(Packaging& packaging) {
   checkOverrides(packaging);
   bool hasSignature = false;
-  packaging.index.forEach(ItemRole::Part, [&](opc::model::PartId part) {
-    checkPartType(packaging, part, hasSignature);
-  });
+  packaging.index.forEach(
+      ItemRole::Part, [&](model::PartId part) { checkPartType(packaging, part, hasSignature); });
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
-  packaging.index.forEach(ItemRole::Relationships, [&](opc::model::PartId part) {
+  packaging.index.forEach(ItemRole::Relationships, [&](model::PartId part) {
     if (packaging.types.find(packaging.index.name(part)) != nullptr) return;
-    addFinding(packaging.report, kRelationshipsType, packaging.partName(part),
-               "the content types have no entry for this relationships part", "CT-12");
+    packaging.report.addClipped(kRelationshipsType, packaging.partName(part),
+                                "the content types have no entry for this relationships part",
+                                "CT-12");
   });
 }
 

@@ -3,19 +3,18 @@
 #include <string>
 #include <vector>
 
-#include "opc/checks/PackageFindings.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/checks/detail/Packaging.h"
 #include "opc/model/RelationshipTargets.h"
 #include "opc/plservices/CorePropertiesPart.h"
 
 namespace opc::checks::detail {
 
-using opc::model::ContentType;
-using opc::model::ItemRole;
-using opc::model::PartId;
-using opc::model::Relationship;
-using opc::plservices::CorePropertiesPart;
+using model::ContentType;
+using model::ItemRole;
+using model::PartId;
+using model::Relationship;
+using plservices::CorePropertiesPart;
 
 namespace {
 
@@ -30,27 +29,29 @@ bool isOfCoreType(const Packaging& packaging, PartId part) {
 // The part that the relationship leads to, when it can be looked into.
 std::optional<PartId> findPart(Packaging& packaging, const Relationship& relationship) {
   const std::string which = "relationship " + quoted(relationship.getId());
-  if (relationship.getTargetMode() == opc::model::TargetMode::External) {
-    addFinding(packaging.report, kBadCoreProperties, kPackageRelationships,
-               which + ": it leads to core properties outside the package", "CP-2");
+  if (relationship.getTargetMode() == model::TargetMode::External) {
+    packaging.report.addClipped(kBadCoreProperties, kPackageRelationships,
+                                which + ": it leads to core properties outside the package",
+                                "CP-2");
     return std::nullopt;
   }
   const std::optional<PartId> part = findTarget(packaging.index, relationship);
   if (!part) {
-    addFinding(packaging.report, kBadCoreProperties, kPackageRelationships,
-               which + ": it leads to core properties " +
-                   quoted(relationship.getTargetURI().toString()) +
-                   ", which are not in the package",
-               "CP-2");
+    packaging.report.addClipped(kBadCoreProperties, kPackageRelationships,
+                                which + ": it leads to core properties " +
+                                    quoted(relationship.getTargetURI().toString()) +
+                                    ", which are not in the package",
+                                "CP-2");
     return std::nullopt;
   }
   // Without a content type it is no part, which has been said.
   if (!packaging.areTypesKnown || !packaging.isPart(*part)) return std::nullopt;
   if (isOfCoreType(packaging, *part)) return part;
-  addFinding(packaging.report, kBadCoreProperties, packaging.partName(*part),
-             "the core properties have the content type " +
-                 quoted(packaging.types.find(packaging.index.name(*part))->ascii()),
-             "CP-2");
+  packaging.report.addClipped(
+      kBadCoreProperties, packaging.partName(*part),
+      "the core properties have the content type " +
+          quoted(packaging.types.find(packaging.index.name(*part))->ascii()),
+      "CP-2");
   return std::nullopt;
 }
 
@@ -60,10 +61,10 @@ void checkContent(Packaging& packaging, PartId part) {
   const std::string name = packaging.partName(part);
   FindingSink sink(packaging.report, kBadCoreProperties, name);
   readDocument(packaging.report, kBadCoreProperties, name, [&] {
-    opc::model::PieceStream stream(packaging.container, items);
+    model::PieceStream stream(packaging.container, items);
     const CorePropertiesPart content = CorePropertiesPart::read(stream, sink);
     for (const auto& warning : content.warnings()) {
-      addFinding(packaging.report, kOddCoreProperties, name, warning.text, warning.rule);
+      packaging.report.addClipped(kOddCoreProperties, name, warning.text, warning.rule);
     }
   });
 }
@@ -78,10 +79,10 @@ void checkOthers(Packaging& packaging, const std::optional<PartId>& related) {
   const PartId kept = related.value_or(found.front());
   for (const PartId part : found) {
     if (part == kept) continue;
-    addFinding(packaging.report, kSeveralCoreParts, packaging.partName(part),
-               "it has the content type of core properties, as " +
-                   quoted(packaging.partName(kept)) + " has",
-               "CP-3");
+    packaging.report.addClipped(kSeveralCoreParts, packaging.partName(part),
+                                "it has the content type of core properties, as " +
+                                    quoted(packaging.partName(kept)) + " has",
+                                "CP-3");
   }
 }
 

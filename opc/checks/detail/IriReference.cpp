@@ -30,8 +30,7 @@ bool isPlain(char32_t c, PrivateUse privateUse) {
     const auto ascii = static_cast<char16_t>(c);
     return isLetter(ascii) || isDigit(ascii) || kMarks.find(c) != std::u32string_view::npos;
   }
-  return opc::model::isIriCharacter(c) ||
-         (privateUse == PrivateUse::Allowed && opc::model::isIriPrivate(c));
+  return model::isIriCharacter(c) || (privateUse == PrivateUse::Allowed && model::isIriPrivate(c));
 }
 
 bool isEscape(std::u16string_view text, std::size_t at) {

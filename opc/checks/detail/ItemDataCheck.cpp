@@ -6,29 +6,23 @@
 #include <string>
 
 #include "opc/Exception.h"
-#include "opc/checks/PackageFinding.h"
 #include "opc/checks/PackageFindings.h"
+#include "opc/checks/detail/FaultFindings.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/ExtraFields.h"
 
 namespace opc::checks::detail {
 
-using opc::zippackage::ExtraFault;
-using opc::zippackage::ZipEntry;
+using zippackage::ExtraFault;
+using zippackage::ZipEntry;
 
 namespace {
 
 constexpr std::size_t kReadStep = std::size_t{256} << 10;  // bytes
 
-FindingId findingOf(std::string_view rule) {
-  if (rule == "ZP-7" || rule == "ZP-8") return kHeadersDisagree;
-  if (rule == "ZP-9") return kInconsistentRecords;
-  return rule == "RB-2" ? kOverlappingItems : kDamagedData;
-}
-
 }  // namespace
 
-void ItemDataCheck::run(const opc::interfaces::ProgressFunction& progress) {
+void ItemDataCheck::run(const interfaces::ProgressFunction& progress) {
   const auto order = directory_.physicalOrder();
   if (order.empty()) return;
   progress_ = progress;
@@ -76,22 +70,23 @@ void ItemDataCheck::checkItem(std::uint32_t entry) {
 void ItemDataCheck::checkStart(std::uint32_t entry) {
   const std::uint64_t start = directory_.entries()[entry].headerOffset;
   if (start >= reached_) return checkGap(start);
-  noteDamage(entry, kOverlappingItems,
-             "it begins at offset " + std::to_string(start) +
-                 ", before the end of another item at " + std::to_string(reached_),
-             "RB-2");
+  states_[entry].isDamaged = true;
+  report_.addClipped(kOverlappingItems, directory_.name(entry),
+                     "it begins at offset " + std::to_string(start) +
+                         ", before the end of another item at " + std::to_string(reached_),
+                     "RB-2");
 }
 
 void ItemDataCheck::checkGap(std::uint64_t until) {
   if (until <= std::max(reached_, mayReach_)) return;
-  addFinding(report_, kUnusedBytes, "",
-             std::to_string(until - reached_) + " bytes at offset " + std::to_string(reached_) +
-                 " belong to no item",
-             "ZP-16");
+  report_.addClipped(kUnusedBytes, "",
+                     std::to_string(until - reached_) + " bytes at offset " +
+                         std::to_string(reached_) + " belong to no item",
+                     "ZP-16");
 }
 
 void ItemDataCheck::reach(std::uint64_t end, bool isExact) {
-  constexpr std::uint64_t kUnseen = opc::zippackage::kMostUnseen;
+  constexpr std::uint64_t kUnseen = zippackage::kMostUnseen;
   if (!isExact) mayReach_ = std::max(mayReach_, end + std::min(kUnseen, UINT64_MAX - end));
   reached_ = std::max(reached_, end);
 }
@@ -99,24 +94,23 @@ void ItemDataCheck::reach(std::uint64_t end, bool isExact) {
 void ItemDataCheck::readData(std::uint32_t entry) {
   try {
     drain(entry);
-  } catch (const opc::SystemError&) {
+  } catch (const SystemError&) {
     throw;
-  } catch (const opc::FormatError& fault) {
-    noteDamage(entry, findingOf(fault.rule()), fault.what(), fault.rule());
-  } catch (const opc::Exception& fault) {
-    noteDamage(entry, kDamagedData, fault.what(), "ZP-15");
+  } catch (const Exception& fault) {
+    states_[entry].isDamaged = true;
+    addFault(report_, fault, kDamagedData, directory_.name(entry), "ZP-15");
   }
 }
 
 // By the sizes that the directory declares, which have been held against the file's.
 void ItemDataCheck::drain(std::uint32_t entry) {
   const ZipEntry& item = directory_.entries()[entry];
-  const std::uint64_t limit = opc::zippackage::kWholeLimit;
+  const std::uint64_t limit = zippackage::kWholeLimit;
   if (item.size <= limit && item.packedSize <= limit) {
     reader_.read(entry, buffer_, limit);
     return advance(0, item.size);
   }
-  const std::unique_ptr<opc::InputStream> stream = reader_.open(entry);
+  const std::unique_ptr<InputStream> stream = reader_.open(entry);
   buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
   while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
 }
@@ -128,24 +122,18 @@ std::optional<std::uint64_t> ItemDataCheck::checkFrame(std::uint32_t entry) {
     const std::uint64_t end = reader_.endOf(entry);
     checkExtra(entry);
     return end;
-  } catch (const opc::SystemError&) {
+  } catch (const SystemError&) {
     throw;
-  } catch (const opc::Exception&) {
+  } catch (const Exception&) {
     return std::nullopt;
   }
 }
 
 void ItemDataCheck::checkExtra(std::uint32_t entry) {
-  const ExtraFault fault = opc::zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
+  const ExtraFault fault = zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
   if (fault == ExtraFault::None) return;
-  addFinding(report_, kUnusedBytes, directory_.name(entry),
-             std::string("its local header ") + opc::zippackage::describe(fault), "ZP-16");
-}
-
-void ItemDataCheck::noteDamage(std::uint32_t entry, FindingId id, std::string_view why,
-                               std::string_view rule) {
-  states_[entry].isDamaged = true;
-  addFinding(report_, id, directory_.name(entry), why, rule);
+  report_.addClipped(kUnusedBytes, directory_.name(entry),
+                     std::string("its local header ") + zippackage::describe(fault), "ZP-16");
 }
 
 }  // namespace opc::checks::detail

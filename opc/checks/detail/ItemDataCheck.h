@@ -19,13 +19,12 @@ namespace opc::checks::detail {
 /// so that no byte is read for two items.
 class ItemDataCheck {
  public:
-  ItemDataCheck(const opc::zippackage::PackageFile& file,
-                const opc::zippackage::ZipDirectory& directory, std::vector<ItemState>& states,
-                Report& report)
+  ItemDataCheck(const zippackage::PackageFile& file, const zippackage::ZipDirectory& directory,
+                std::vector<ItemState>& states, Report& report)
       : directory_(directory), states_(states), report_(report), reader_(file, directory) {}
 
   /// Marks what turns out to be damaged. `progress` may be empty.
-  void run(const opc::interfaces::ProgressFunction& progress);
+  void run(const interfaces::ProgressFunction& progress);
 
  private:
   void expect(std::span<const std::uint32_t> entries);
@@ -38,15 +37,14 @@ class ItemDataCheck {
   void reach(std::uint64_t end, bool isExact);
   std::optional<std::uint64_t> checkFrame(std::uint32_t entry);
   void checkExtra(std::uint32_t entry);
-  void noteDamage(std::uint32_t entry, FindingId id, std::string_view why, std::string_view rule);
 
-  const opc::zippackage::ZipDirectory& directory_;
+  const zippackage::ZipDirectory& directory_;
   std::vector<ItemState>& states_;
   Report& report_;
-  opc::zippackage::ZipItemReader reader_;
-  opc::ByteBuffer buffer_;
-  opc::interfaces::ProgressFunction progress_;
-  opc::interfaces::Progress done_;
+  zippackage::ZipItemReader reader_;
+  ByteBuffer buffer_;
+  interfaces::ProgressFunction progress_;
+  interfaces::Progress done_;
   std::uint64_t reached_ = 0;   // where the last of the items so far ends, at least
   std::uint64_t mayReach_ = 0;  // and where it may, when some of them are damaged
 };

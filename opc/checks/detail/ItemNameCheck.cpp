@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "opc/checks/detail/ItemNameCheck.h"
-
 #include <algorithm>
 
 #include "opc/Exception.h"
-#include "opc/checks/PackageFinding.h"
 #include "opc/checks/PackageFindings.h"
+#include "opc/checks/detail/ContainerCheck.h"
 #include "opc/model/NameCharacters.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/TreePath.h"
@@ -19,14 +17,14 @@ struct Oddity {
 };
 
 bool hasDrive(std::string_view name) {
-  return name.size() >= 2 && name[1] == ':' && opc::isAsciiLetter(name[0]);
+  return name.size() >= 2 && name[1] == ':' && isAsciiLetter(name[0]);
 }
 
 Oddity findOddity(std::string_view name) {
   if (name.starts_with('/')) return {"RB-12", "the name begins with a slash"};
   if (name.find('\\') != std::string_view::npos) return {"RB-12", "the name holds a backslash"};
   if (hasDrive(name)) return {"RB-12", "the name begins with a drive letter"};
-  if (opc::plservices::hasControlCharacter(name)) {
+  if (plservices::hasControlCharacter(name)) {
     return {"RB-13", "the name holds a control character"};
   }
   return {};
@@ -34,15 +32,15 @@ Oddity findOddity(std::string_view name) {
 
 // What a part's name stands for when it is taken for that of a file.
 Oddity findEncodedOddity(std::string_view name) {
-  if (name.find('%') == std::string_view::npos || opc::model::findNameFault(name) != nullptr) {
+  if (name.find('%') == std::string_view::npos || model::findNameFault(name) != nullptr) {
     return {};
   }
   try {
-    if (opc::plservices::hasControlCharacter(opc::model::percentDecodePath(name))) {
+    if (plservices::hasControlCharacter(model::percentDecodePath(name))) {
       return {"RB-13", "the name encodes a control character"};
     }
     return {};
-  } catch (const opc::FormatError&) {
+  } catch (const FormatError&) {
     return {"RB-13", "the name encodes bytes that are no UTF-8"};
   }
 }
@@ -56,15 +54,15 @@ bool isAscii(std::string_view text) {
 
 bool checkItemName(std::string_view name, std::string_view stored, Report& report) {
   if (!isAscii(stored)) {
-    addFinding(report, kNameNotAscii, name, "the name holds characters outside ASCII", "ZP-3");
+    report.addClipped(kNameNotAscii, name, "the name holds characters outside ASCII", "ZP-3");
   }
   const Oddity oddity = findOddity(name);
   if (oddity.rule != nullptr) {
-    addFinding(report, kUnsafeName, name, oddity.why, oddity.rule);
+    report.addClipped(kUnsafeName, name, oddity.why, oddity.rule);
     return true;
   }
   const Oddity encoded = findEncodedOddity(name);
-  if (encoded.rule != nullptr) addFinding(report, kUnsafeName, name, encoded.why, encoded.rule);
+  if (encoded.rule != nullptr) report.addClipped(kUnsafeName, name, encoded.why, encoded.rule);
   return false;
 }
 

@@ -9,15 +9,14 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
-#include "opc/checks/PackageFindings.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/checks/detail/Packaging.h"
 #include "opc/model/PartName.h"
 
 namespace opc::checks::detail {
 
-using opc::model::ItemRole;
-using opc::model::PartId;
+using model::ItemRole;
+using model::PartId;
 
 namespace {
 
@@ -32,8 +31,8 @@ std::string normalForm(std::string_view itemName) {
   if (isAscii(itemName) && itemName.find('%') == std::string_view::npos) return {};
   std::string decoded;
   try {
-    decoded = opc::model::percentDecodePath(itemName);
-  } catch (const opc::FormatError&) {
+    decoded = model::percentDecodePath(itemName);
+  } catch (const FormatError&) {
     return {};
   }
   if (isAscii(decoded)) return {};
@@ -44,7 +43,7 @@ std::string normalForm(std::string_view itemName) {
       composer->normalize(icu::UnicodeString::fromUTF8(decoded), error);
   std::string result;
   if (U_SUCCESS(error)) composed.toUTF8String(result);
-  return opc::toLowerAscii(result);
+  return toLowerAscii(result);
 }
 
 class NormalisationCheck {
@@ -68,17 +67,17 @@ class NormalisationCheck {
     std::string form = normalForm(packaging_.index.name(part));
     if (form.empty()) return;
     const bool becameAscii = isAscii(form);
-    const auto other = becameAscii ? packaging_.index.find(opc::model::percentEncodePath(form))
+    const auto other = becameAscii ? packaging_.index.find(model::percentEncodePath(form))
                                    : std::optional<PartId>();
     if (other) add(part, *other);
     forms_.emplace_back(std::move(form), part);
   }
 
   void add(PartId part, PartId other) {
-    addFinding(packaging_.report, kNormalisationClash, packaging_.partName(part),
-               "only how its characters are composed tells the name from " +
-                   quoted(packaging_.partName(other)),
-               "PN-7");
+    packaging_.report.addClipped(kNormalisationClash, packaging_.partName(part),
+                                 "only how its characters are composed tells the name from " +
+                                     quoted(packaging_.partName(other)),
+                                 "PN-7");
   }
 
   Packaging& packaging_;

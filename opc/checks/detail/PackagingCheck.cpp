@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "opc/checks/detail/PackagingCheck.h"
-
 #include <algorithm>
 
 #include "opc/checks/detail/Packaging.h"
@@ -8,23 +6,31 @@
 
 namespace opc::checks::detail {
 
-bool Packaging::isDamaged(const std::vector<opc::interfaces::ItemIndex>& items) const {
+bool Packaging::isDamaged(const std::vector<interfaces::ItemIndex>& items) const {
   return std::any_of(items.begin(), items.end(),
                      [this](auto item) { return container.state(item).isDamaged; });
 }
 
-void FindingSink::add(const opc::FormatError& fault, std::string_view itemName) {
+void FindingSink::add(const FormatError& fault, std::string_view itemName) {
   isUsed_ = true;
   std::string name = part_;
   if (!itemName.empty()) name = itemName;
   // The content types are an item, and no part.
-  const bool isPart = !itemName.empty() && !opc::model::isContentTypesName(itemName);
-  addFinding(report_, findingOfRule(fault.rule(), otherwise_), isPart ? "/" + name : name,
-             fault.what(), fault.rule());
+  const bool isPart = !itemName.empty() && !model::isContentTypesName(itemName);
+  addFault(report_, fault, otherwise_, isPart ? "/" + name : name);
+}
+
+void NamesSink::add(const FormatError& fault, std::string_view itemName) {
+  if (fault.rule() == "CT-10") {
+    if (!packaging_.areTypesKnown) return;
+    const auto part = packaging_.index.find(itemName);
+    if (part && !packaging_.relatedUntyped.insert(*part).second) return;
+  }
+  findings_.add(fault, itemName);
 }
 
 void checkPackaging(CheckedContainer& container, Report& report) {
-  const opc::model::XercesGuard guard;  // one start for all documents
+  const model::XercesGuard guard;  // one start for all documents
   Packaging packaging(container, report);
   checkContentTypesStream(packaging);
   checkPartNames(packaging);

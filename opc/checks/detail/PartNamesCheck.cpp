@@ -2,51 +2,29 @@
 #include <string>
 
 #include "opc/Text.h"
-#include "opc/checks/PackageFindings.h"
 #include "opc/checks/detail/Packaging.h"
 #include "opc/model/PartName.h"
 #include "opc/model/PieceSequences.h"
 
 namespace opc::checks::detail {
 
-using opc::interfaces::ItemIndex;
-using opc::interfaces::ItemInfo;
-using opc::interfaces::ItemKind;
-using opc::model::ItemRole;
-using opc::model::PartId;
+using interfaces::ItemIndex;
+using interfaces::ItemInfo;
+using interfaces::ItemKind;
+using model::ItemRole;
+using model::PartId;
 
 namespace {
-
-// Faults of the directory as a whole. What lacks a content type waits for the relationships: of all
-// that lead to one item, only the first is a finding.
-class NamesSink final : public opc::model::FaultSink {
- public:
-  explicit NamesSink(Packaging& packaging)
-      : packaging_(packaging), findings_(packaging.report, kBadContentTypes, "") {}
-
-  void add(const opc::FormatError& fault, std::string_view itemName) override {
-    if (fault.rule() == "CT-10") {
-      if (!packaging_.areTypesKnown) return;
-      const auto part = packaging_.index.find(itemName);
-      if (part && !packaging_.relatedUntyped.insert(*part).second) return;
-    }
-    findings_.add(fault, itemName);
-  }
-
- private:
-  Packaging& packaging_;
-  FindingSink findings_;
-};
 
 // "[00].piece" and the like, which no sequence has.
 bool looksLikePiece(std::string_view itemName) {
   const std::string_view last = itemName.substr(itemName.rfind('/') + 1);
-  return last.starts_with('[') && opc::toLowerAscii(last).ends_with(".piece");
+  return last.starts_with('[') && toLowerAscii(last).ends_with(".piece");
 }
 
 std::string whyNoPiece(std::string_view itemName) {
-  const auto piece = opc::model::parsePieceName(itemName);
-  const auto* fault = piece ? opc::model::findNameFault(piece->whole) : nullptr;
+  const auto piece = model::parsePieceName(itemName);
+  const auto* fault = piece ? model::findNameFault(piece->whole) : nullptr;
   if (fault == nullptr) return "the piece is of no number that makes a part whole";
   return std::string("the name in front of the piece is no part name: ") + fault->why;
 }
@@ -55,12 +33,11 @@ void checkStray(Packaging& packaging, ItemIndex item) {
   const ItemInfo info = packaging.container.itemInfo(item);
   if (info.kind != ItemKind::File || packaging.container.state(item).hasBadName) return;
   if (looksLikePiece(info.name)) {
-    return addFinding(packaging.report, kIncompletePieces, info.name, whyNoPiece(info.name),
-                      "IL-4");
+    return packaging.report.addClipped(kIncompletePieces, info.name, whyNoPiece(info.name), "IL-4");
   }
-  const opc::model::NameFault* fault = opc::model::findNameFault(info.name);
+  const model::NameFault* fault = model::findNameFault(info.name);
   const std::string why = fault != nullptr ? fault->why : "it is no name of a part";
-  addFinding(packaging.report, kStrayItem, info.name, "the name is no part name: " + why, "PN-11");
+  packaging.report.addClipped(kStrayItem, info.name, "the name is no part name: " + why, "PN-11");
 }
 
 }  // namespace
@@ -69,8 +46,9 @@ void checkPartNames(Packaging& packaging) {
   NamesSink sink(packaging);
   packaging.index.load(packaging.types, sink);
   for (const PartId part : packaging.index.orphans()) {
-    addFinding(packaging.report, kOrphanRelationships, packaging.partName(part),
-               "the part that it holds the relationships of is not in the package", "RL-12");
+    packaging.report.addClipped(kOrphanRelationships, packaging.partName(part),
+                                "the part that it holds the relationships of is not in the package",
+                                "RL-12");
   }
 }
 
@@ -79,8 +57,8 @@ void checkStrayItems(Packaging& packaging) {
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Untyped, [&](PartId part) {
     if (packaging.relatedUntyped.contains(part)) return;
-    addFinding(packaging.report, kStrayItem, packaging.partName(part), "it has no content type",
-               "CT-10");
+    packaging.report.addClipped(kStrayItem, packaging.partName(part), "it has no content type",
+                                "CT-10");
   });
 }
 

@@ -3,8 +3,7 @@
 #include <string>
 
 #include "opc/Text.h"
-#include "opc/checks/PackageFindings.h"
-#include "opc/checks/Quoting.h"
+#include "opc/checks/Finding.h"
 #include "opc/checks/detail/IriReference.h"
 #include "opc/checks/detail/Packaging.h"
 #include "opc/model/DomText.h"
@@ -14,33 +13,16 @@
 
 namespace opc::checks::detail {
 
-using opc::model::ItemRole;
-using opc::model::PartId;
-using opc::model::Relationship;
-using opc::model::RelationshipSet;
-using opc::model::TargetMode;
+using model::ItemRole;
+using model::PartId;
+using model::Relationship;
+using model::RelationshipSet;
+using model::TargetMode;
 
 namespace {
 
-// Of all relationships that lead to one item without content type, the first is a finding.
-class TargetSink final : public opc::model::FaultSink {
- public:
-  explicit TargetSink(Packaging& packaging)
-      : packaging_(packaging), findings_(packaging.report, kRelatedWithoutType, "") {}
-
-  void add(const opc::FormatError& fault, std::string_view itemName) override {
-    const auto item = packaging_.index.find(itemName);
-    if (item && !packaging_.relatedUntyped.insert(*item).second) return;
-    findings_.add(fault, itemName);
-  }
-
- private:
-  Packaging& packaging_;
-  FindingSink findings_;
-};
-
-bool isOfImage(const opc::model::ContentType& type) {
-  return opc::toLowerAscii(type.ascii()).starts_with("image/");
+bool isOfImage(const model::ContentType& type) {
+  return toLowerAscii(type.ascii()).starts_with("image/");
 }
 
 /// The relationships of one part.
@@ -50,14 +32,14 @@ class RelationshipsCheck {
       : packaging_(packaging),
         part_(part),
         name_(packaging.partName(part)),
-        source_(opc::model::sourceOfRelationships(packaging.index.name(part))) {}
+        source_(model::sourceOfRelationships(packaging.index.name(part))) {}
 
   void run() {
     const auto items = packaging_.itemsOf(part_);
     if (packaging_.isDamaged(items)) return;
     FindingSink sink(packaging_.report, kBadRelationships, name_);
     readDocument(packaging_.report, kBadRelationships, name_, [&] {
-      opc::model::PieceStream stream(packaging_.container, items);
+      model::PieceStream stream(packaging_.container, items);
       const RelationshipSet set = RelationshipSet::read(source_, stream, sink);
       check(set);
     });
@@ -66,7 +48,7 @@ class RelationshipsCheck {
  private:
   void check(const RelationshipSet& set) {
     if (packaging_.areTypesKnown) {
-      TargetSink sink(packaging_);
+      NamesSink sink(packaging_);
       checkTargetTypes(packaging_.index, set, sink);
     }
     for (const RelationshipSet::Entry& entry : set.entries()) {
@@ -81,7 +63,7 @@ class RelationshipsCheck {
 
   void checkExternal(const Relationship& relationship) {
     const std::u16string target = relationship.getTargetURI().toString();
-    const bool isEmpty = opc::model::trimXmlSpace(target).empty();
+    const bool isEmpty = model::trimXmlSpace(target).empty();
     if (!isEmpty && isIriReference(target)) return;
     add(kBadExternalTarget, relationship,
         isEmpty ? "its external target is empty"
@@ -103,16 +85,16 @@ class RelationshipsCheck {
       }
       return;
     }
-    const bool isThumbnail = relationship.getType() == opc::model::kThumbnailRelationship;
+    const bool isThumbnail = relationship.getType() == model::kThumbnailRelationship;
     if (!isThumbnail || !packaging_.isPart(*part)) return;
-    const opc::model::ContentType* type = packaging_.types.find(packaging_.index.name(*part));
+    const model::ContentType* type = packaging_.types.find(packaging_.index.name(*part));
     if (isOfImage(*type)) return;
     add(kThumbnailNotImage, relationship,
         "the thumbnail " + target + " has the content type " + quoted(type->ascii()), "TH-1");
   }
 
   bool isCore(const Relationship& relationship) const {
-    return source_.empty() && relationship.getType() == opc::model::kCorePropertiesRelationship;
+    return source_.empty() && relationship.getType() == model::kCorePropertiesRelationship;
   }
 
   void checkCore(const Relationship& relationship) {
@@ -121,8 +103,8 @@ class RelationshipsCheck {
 
   void add(FindingId id, const Relationship& relationship, const std::string& why,
            const char* rule) {
-    addFinding(packaging_.report, id, name_,
-               "relationship " + quoted(relationship.getId()) + ": " + why, rule);
+    packaging_.report.addClipped(id, name_,
+                                 "relationship " + quoted(relationship.getId()) + ": " + why, rule);
   }
 
   Packaging& packaging_;
@@ -134,9 +116,9 @@ class RelationshipsCheck {
 // Relationships of what is no part, or of relationships, are passed over in reading: a finding
 // that tells so is enough.
 bool hasSource(const Packaging& packaging, PartId part) {
-  const std::string source = opc::model::sourceOfRelationships(packaging.index.name(part));
+  const std::string source = model::sourceOfRelationships(packaging.index.name(part));
   if (source.empty()) return true;
-  if (opc::model::isRelationshipsItemName(source)) return false;
+  if (model::isRelationshipsItemName(source)) return false;
   return packaging.index.find(source).has_value();
 }
 
