@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-# Text files of the source tree as constants of a program.
+# Compiles text files of the source tree into a program, as constants.
 
 # kraddon_embed(TARGET FILE VARIABLE NAMESPACE): compiles FILE, a path from the current source
-# folder, into TARGET. Whoever reads it declares
+# folder, into TARGET. Code that uses it declares
 #   namespace NAMESPACE { extern const std::string_view VARIABLE; }
 function(kraddon_embed target file variable namespace)
   set(input ${CMAKE_CURRENT_SOURCE_DIR}/${file})

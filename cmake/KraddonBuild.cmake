@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# How our own code is compiled, and the two functions that make a target of it.
+# How the project's code is compiled, and the functions that define its targets.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -26,7 +26,7 @@ if(KRADDON_SANITIZE)
   add_link_options(-fsanitize=${KRADDON_SANITIZE})
 endif()
 
-# Warnings and the one include root, for any target of ours.
+# Sets the warnings and the one include root of a target.
 function(kraddon_own target)
   target_compile_options(${target} PRIVATE ${KRADDON_WARNINGS})
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Everything from outside, as Debian 12 packages it.
+# The libraries that the project uses, as Debian 12 packages them.
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(libdeflate REQUIRED IMPORTED_TARGET libdeflate)
@@ -11,10 +11,10 @@ find_package(nlohmann_json REQUIRED)
 find_package(fmt REQUIRED)
 pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(libmd REQUIRED IMPORTED_TARGET libmd)
-pkg_check_modules(tomlplusplus REQUIRED tomlplusplus)  # headers alone
+pkg_check_modules(tomlplusplus REQUIRED tomlplusplus)  # headers only
 
-# Linked statically, Xerces-C does without its network accessor: see opc/model/detail/NoNetwork.cpp. A
-# shared library cannot have it so, since Debian's archive is not position independent.
+# Programs link Xerces-C statically, without its network accessor: opc/model/detail/NoNetwork.cpp.
+# The shared library cannot, since Debian's archive is not position independent.
 find_library(KRADDON_XERCES_ARCHIVE libxerces-c.a)
 mark_as_advanced(KRADDON_XERCES_ARCHIVE)
 add_library(kraddon_xerces INTERFACE)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# `cmake --install` makes a tree that works wherever it is put: programs and libraries find each
-# other from where they lie. CPack makes two Debian packages of it, for users and for developers.
+# `cmake --install` makes a tree that can be moved: programs and libraries find each other by
+# relative paths. CPack makes two Debian packages from it, for users and for developers.
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
@@ -13,7 +13,7 @@ install(TARGETS kraddon kraddon_packaging kxarray EXPORT kraddonTargets
   LIBRARY DESTINATION lib COMPONENT runtime
   INCLUDES DESTINATION include/kraddon)
 
-# ---- Its pages, and what the shells load.
+# ---- Manual pages, completion scripts, documentation.
 
 install(DIRECTORY ${PROJECT_BINARY_DIR}/pages/ DESTINATION share/man/man1 COMPONENT runtime
   FILES_MATCHING PATTERN "*.1")
@@ -26,9 +26,9 @@ install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.fish
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION share/doc/kraddon COMPONENT runtime)
 install(DIRECTORY docs DESTINATION share/doc/kraddon COMPONENT runtime)
 
-# ---- For those who link the classes, or call the function table from a host of their own.
+# ---- For programs that link the classes, and for hosts that load the library.
 
-# In the order in which a linker wants them.
+# In the order that a linker needs.
 set(KRADDON_ARCHIVES
   addon_packaging opc_plservices opc_zippackage opc_model fl_i18n opc_core)
 install(TARGETS ${KRADDON_ARCHIVES} opc_interfaces EXPORT kraddonTargets
@@ -79,14 +79,14 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME kraddon)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-# The shared libraries of the package itself.
+# Where the shared libraries of the package itself are.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
   "tool and library for Korvan add-on packages
 Creates, shows, checks, unpacks and changes Korvan add-on packages, which
-follow the Open Packaging Conventions, and any other such package as far as
-the conventions go. With it comes the library that a host loads.")
+follow the Open Packaging Conventions, and checks any other such package.
+The package includes the library that a host loads.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME kraddon-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -98,7 +98,7 @@ The classes that read and write Korvan add-on packages as static libraries,
 their headers, the interface to the host's arrays, a CMake package and files
 for pkg-config.")
 
-# What Debian wants otherwise than an installed tree has it.
+# Changes for Debian to the installed tree.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/FinishPackages.cmake)
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/KraddonPackageConfig.cmake)
 file(CONFIGURE OUTPUT KraddonPackageConfig.cmake @ONLY CONTENT

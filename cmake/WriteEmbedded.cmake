@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Writes the C++ file of a text file, for kraddon_embed.
+# Writes the C++ file for a text file; called by kraddon_embed.
 file(READ ${INPUT} text)
 set(mark embedded)
 string(FIND "${text}" ")${mark}\"" clash)

@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: MIT
-# Runs when CPack has laid out what goes into each package: what Debian wants there, and times that
-# depend on nothing but SOURCE_DATE_EPOCH.
+# CPack runs this on the trees of the packages: makes the changes that Debian needs, and sets times
+# that depend only on SOURCE_DATE_EPOCH.
 cmake_policy(SET CMP0057 NEW)
 
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# The files of a component below its root; none when the component is not packaged.
+# Finishes the files of a package below their root. Does nothing if the package is not built.
 function(finish package root)
   if(NOT IS_DIRECTORY ${root}/usr)
     return()
