@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Work that kraddon and other programs do in turn."""
+"""Work that kraddon and other programs do, one after the other."""
 
 import os
 import statistics
@@ -8,11 +8,11 @@ import time
 
 
 class Run:
-    """What one run of a program took."""
+    """The time and memory of one run of a program."""
 
     def __init__(self, seconds, memory):
         self.seconds = seconds
-        self.memory = memory  # bytes at the most
+        self.memory = memory  # peak, in bytes
 
 
 def run_once(command):
@@ -29,7 +29,7 @@ def run_once(command):
 
 
 class Goal:
-    """What a figure shall be at most, and what it would be at best."""
+    """The goal for a figure, and a stricter one; both are upper limits."""
 
     def __init__(self, most=None, stretch=None):
         self.most = most
@@ -46,7 +46,7 @@ class Goal:
 
 
 class Peer:
-    """A program that does the same work. With `result`, a path, the sizes are compared too."""
+    """A program that does the same work. With `result`, a path, sizes are compared too."""
 
     def __init__(self, name, command, goal=Goal(), result=None, size_goal=None):
         self.name = name
@@ -75,24 +75,24 @@ class Figure:
 
 
 class Contest:
-    """One piece of work. `prepare` runs before each program, untimed."""
+    """One kind of work. `prepare` runs before each program and is not timed."""
 
     def __init__(self, work, ours, peers, prepare=None, result=None, memory_goal=None):
         self.work = work
         self.ours = ours
         self.peers = peers
         self.prepare = prepare or (lambda: None)
-        self.result = result  # the path of our result, when its size counts
+        self.result = result  # the path of our result, if its size is compared
         self.memory_goal = memory_goal
         self.sizes = {}
 
     def hold(self, rounds):
-        """The figures of `rounds` rounds after one to warm up."""
+        """The figures of `rounds` rounds, after one to warm up."""
         sides = [("kraddon", self.ours, self.result)]
         sides += [(peer.name, peer.command, peer.result) for peer in self.peers]
         runs = {name: [] for name, _, _ in sides}
         for number in range(rounds + 1):
-            # Who goes first changes, so that nobody always meets the same one's leftovers.
+            # The order changes, so that no program always runs after the same one.
             turn = number % len(sides)
             for name, command, result in sides[turn:] + sides[:turn]:
                 self.prepare()
@@ -120,7 +120,7 @@ class Contest:
 
 
 class Startup(Contest):
-    """How much longer than a program that does nothing ours takes to say its version."""
+    """How much longer 'kraddon --version' takes than a program that does nothing."""
 
     def figures(self, runs):
         best = {name: statistics.median(run.seconds for run in taken)

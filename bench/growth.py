@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""How time and memory grow with the input, ours alone."""
+"""How the time and memory of kraddon grow with the input."""
 
 import math
 import os
@@ -24,7 +24,7 @@ class Curve:
         self.memory.append(max(run.memory for run in runs))
 
     def slope(self, values):
-        """Of log value over log size, between the last size and a tenth of it."""
+        """The slope of log value over log size, between the last size and a tenth of it."""
         first = self.sizes.index(self.sizes[-1] // 10)
         return (math.log(values[-1] / values[first]) /
                 math.log(self.sizes[-1] / self.sizes[first]))
@@ -37,7 +37,7 @@ class Curve:
 
 
 class FileGrowth:
-    """Commands on packages of more and more small files. The goal is a slope of 1.05."""
+    """Commands on packages with more and more small files. The goal is a slope of 1.05."""
 
     GOAL = 1.05
 
@@ -76,7 +76,7 @@ class FileGrowth:
 
 
 class RecordGrowth:
-    """Documents of ten times as many records."""
+    """Documents with more and more records."""
 
     GOAL = 1.05
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The folders, packages and archives that are worked on, made once and kept for a whole run."""
+"""The folders, packages and archives of the benchmarks, made once for a whole run."""
 
 import json
 import os
@@ -21,7 +21,7 @@ class Inputs:
         return os.path.join(self.folder, name)
 
     def remover(self, *names):
-        """A function that removes these files and folders, whether they are there or not."""
+        """A function that removes these files and folders if they exist."""
         def remove():
             for name in names:
                 target = self.path(name)
@@ -32,7 +32,7 @@ class Inputs:
         return remove
 
     def once(self, name, make):
-        """The path of `name`, which `make(path)` makes unless it is there."""
+        """The path of `name`, which `make(path)` makes unless it exists."""
         path = self.path(name)
         if not os.path.exists(path):
             make(path)
@@ -47,7 +47,7 @@ class Inputs:
         return self.once("headers", make)  # links that lead nowhere are left out
 
     def texts(self, count):
-        """A tree of that many small files, as a toolbox has them."""
+        """A tree with that many small files, like those of a toolbox."""
         def make(path):
             source = random.Random(count)
             for number in range(count):
@@ -74,7 +74,7 @@ class Inputs:
         return self.once("large", make)
 
     def blocks(self):
-        """A folder with 300 MB that cannot be packed."""
+        """A folder with 300 MB that cannot be compressed."""
         def make(path):
             os.makedirs(path)
             for number in range(5 if self.quick else 30):

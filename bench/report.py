@@ -5,7 +5,7 @@ import html
 import math
 
 WIDTH, HEIGHT, MARGIN = 720, 460, 64
-# Told apart without colour vision, and on white as on black.
+# Distinct without colour vision, on white and on black.
 COLOURS = ("#0072b2", "#d55e00", "#009e73", "#cc79a7", "#b58900", "#56b4e9")
 
 
@@ -60,7 +60,7 @@ class Axis:
 
 
 def growth_svg(curves):
-    """Seconds over files, both logarithmic: what grows in proportion is a line of slope one."""
+    """Seconds over files, both logarithmic: proportional growth is a line of slope one."""
     across = Axis([size for curve in curves for size in curve.sizes], MARGIN, WIDTH - 130)
     up = Axis([value for curve in curves for value in curve.seconds], HEIGHT - MARGIN, 24)
     parts = ['<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 %d %d" '

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What is timed, against whom, and what the goals are. Each group leaves its folder as it was."""
+"""The work that is timed, the programs for comparison, and the goals. Groups restore their folder."""
 
 import itertools
 import os

@@ -33,7 +33,7 @@ std::string write(const CorePropertiesPart& part) {
   return stream.text;
 }
 
-// Texts side by side, as a comment between them leaves them, are one when they are read again.
+// Adjacent texts, which a comment separated, are one text when they are read again.
 Keywords joined(const Keywords& keywords) {
   Keywords result{{}, keywords.language};
   for (const Keywords::Piece& piece : keywords.pieces) {
@@ -77,7 +77,7 @@ void checkEqual(const CorePropertiesPart& a, const CorePropertiesPart& b) {
   if (a.keywords()) checkKeywords(*a.keywords(), *b.keywords());
 }
 
-// What no point in time here can be is written as it was read, and draws its warning again.
+// A date that the calendar cannot hold is written as it was read, and draws its warning again.
 std::size_t distantDates(const CorePropertiesPart& part) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < opc::plservices::kDateProperties; ++i) {
@@ -89,7 +89,7 @@ std::size_t distantDates(const CorePropertiesPart& part) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than an input
+  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   const auto part = fuzz::unlessRefused([&] { return read(fuzz::textOf(data, size)); });
   if (!part) return 0;
 

@@ -50,7 +50,7 @@ bool haveSameCells(const kxArray* a, const kxArray* b) {
   return true;
 }
 
-// As deep as the arrays, of which the reader takes no more than it has levels.
+// As deep as the arrays; the reader limits their levels.
 bool isSame(const kxArray* a, const kxArray* b) {
   if (a == nullptr || b == nullptr) return a == b;
   if (kxGetClass(a) != kxGetClass(b) || !haveSameShape(a, b)) return false;
@@ -68,7 +68,7 @@ bool isSame(const kxArray* a, const kxArray* b) {
   return false;
 }
 
-// Null for what is refused, by the reader or by the host.
+// Null if the reader or the host refuses the input.
 tool::HostArrayPointer read(std::string_view text) {
   tool::HostArrayPointer array;
   try {

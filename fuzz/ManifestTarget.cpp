@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Manifests: what is read has places and fit texts, what is refused is refused at a place.
+// Manifests: values have positions and valid texts, and errors have positions.
 #include <string>
 
 #include "addon/project/Manifest.h"

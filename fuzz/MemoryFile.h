@@ -12,7 +12,7 @@
 
 namespace fuzz {
 
-/// A file that no folder holds, with a path all the same.
+/// A file in memory that has a path.
 class MemoryFile {
  public:
   MemoryFile() : file_(::memfd_create("package", MFD_CLOEXEC)) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Changes what lies in a package, and puts a whole package around it again: changed bytes alone
-// hardly ever get past its checksums.
+// Changes items of a package and makes a valid package of the result: most changed bytes alone
+// would fail at a checksum.
 #include <zlib.h>
 
 #include <cstring>
@@ -30,7 +30,7 @@ std::size_t number(std::string_view bytes, std::size_t at, std::size_t size) {
   return value;
 }
 
-/// What inflates from `packed`, as far as it goes.
+/// Inflates `packed` as far as possible.
 std::string inflated(std::string_view packed) {
   std::string content(kMostContent, '\0');
   z_stream stream{};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A whole package file: everything that can be read of it is read, in every way that there is.
+// A whole package file: everything in it is read, in every possible way.
 #include <cstring>
 #include <memory>
 #include <string>
@@ -26,11 +26,11 @@ using opc::model::Package;
 using opc::model::PartId;
 using opc::model::PartName;
 
-constexpr std::uint64_t kMost = std::uint64_t{256} << 20;  // bytes of one item
+constexpr std::uint64_t kMost = std::uint64_t{256} << 20;  // bytes per item
 
 using Bytes = std::vector<unsigned char>;
 
-// In steps that end within blocks of any size.
+// Reads in steps that end within blocks of any size.
 Bytes readAll(opc::InputStream& stream) {
   constexpr std::size_t kStep = 4099;
   Bytes bytes;
@@ -167,7 +167,7 @@ void readPackage(const std::u16string& path) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than an input
+  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   static const fuzz::MemoryFile file;
   file.fill(fuzz::textOf(data, size));
   const std::u16string path = opc::fromUtf8(file.path());

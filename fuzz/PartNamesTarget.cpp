@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Names: the input is two of them, a line each; the second may be a relationship's target.
+// Names: the input has two, on a line each; the second may be the target of a relationship.
 #include <string>
 
 #include "fuzz/Require.h"
@@ -17,7 +17,7 @@ std::string keyOf(std::string_view itemName) {
   return opc::toLowerAscii(opc::model::canonicalItemName(itemName));
 }
 
-// Of any two texts, part names or not.
+// Properties of any two texts, part names or not.
 void checkKeys(std::string_view a, std::string_view b) {
   const std::string x = keyOf(a);
   const std::string y = keyOf(b);
@@ -60,7 +60,7 @@ void checkRelationshipsName(const PartName& name) {
           "a relationships part leads back to its source");
 }
 
-// A name that was accepted, or nothing.
+// The name, or nothing if it is refused.
 std::optional<PartName> checkName(std::string_view text) {
   const auto wide = fuzz::unlessRefused([&] { return opc::fromUtf8(text); });
   if (!wide) return std::nullopt;

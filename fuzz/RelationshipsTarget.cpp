@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A relationships part, the first byte choosing its source: what is read is written and reads back
+// A relationships part; the first byte chooses its source. It is read, written, and read back
 // equal, also with relationships added to it.
 #include <array>
 #include <string>
@@ -80,7 +80,7 @@ void checkAdding(const char* source, RelationshipSet& set) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view input = fuzz::textOf(data, size);
   const char* source = kSources[fuzz::takeChoice(input, kSources.size())];
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than an input
+  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   auto set = fuzz::unlessRefused([&] { return read(source, input); });
   if (!set) return 0;
 

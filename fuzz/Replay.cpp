@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Runs a target over files: every one of the folders that are given, or those that are named.
+// Runs a target on the given files, and on all files of the given folders.
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -29,7 +29,7 @@ void replay(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
   fuzz::require(stream.is_open(), "the input can be read");
   const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-  // Said beforehand, since a find ends the process.
+  // Printed first, since a failure ends the process.
   std::printf("%s\n", path.c_str());
   std::fflush(stdout);
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
@@ -40,7 +40,7 @@ void replay(const fs::path& path) {
 int main(int argc, char** argv) {
   std::size_t count = 0;
   for (int i = 1; i < argc; ++i) {
-    if (!fs::exists(argv[i])) continue;  // a target without finds has no folder of them
+    if (!fs::exists(argv[i])) continue;  // not every target has a folder of finds
     for (const fs::path& file : filesOf(argv[i])) {
       replay(file);
       ++count;

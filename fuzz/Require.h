@@ -9,7 +9,7 @@
 #include "opc/Exception.h"
 #include "opc/Streams.h"
 
-/// What every target defines: runs one input, and ends the process when something is wrong.
+/// Defined by every target: runs one input, and ends the process if something is wrong.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace fuzz {
@@ -17,11 +17,11 @@ namespace fuzz {
 /// Ends the process, naming `invariant`, unless it holds.
 void require(bool holds, const char* invariant);
 
-/// A refusal has to be one line of text that a terminal can show.
+/// Requires the message of a refusal to be one line of text that a terminal can show.
 void requireReadable(const opc::Exception& refusal);
 
-/// What `body` returns, or nothing when it refuses the input. Any exception but those of the
-/// packaging layer passes, and ends the process.
+/// Returns the result of `body`, or nothing if it refuses the input. Exceptions other than those of
+/// the packaging layer pass, and end the process.
 template <typename Body>
 auto unlessRefused(const Body& body) -> std::optional<decltype(body())> {
   try {
@@ -32,7 +32,7 @@ auto unlessRefused(const Body& body) -> std::optional<decltype(body())> {
   }
 }
 
-/// The same for what returns nothing: whether it went through.
+/// The same for a `body` without a result: returns whether it succeeded.
 template <typename Body>
 bool isAccepted(const Body& body) {
   return unlessRefused([&] { return body(), true; }).has_value();
@@ -46,7 +46,7 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Takes the first byte of the input for a choice between `count` things; 0 when there is none.
+/// Uses the first byte of the input to choose a number below `count`; 0 if the input is empty.
 inline std::size_t takeChoice(std::string_view& input, std::size_t count) {
   if (input.empty()) return 0;
   const auto choice = static_cast<unsigned char>(input.front()) % count;

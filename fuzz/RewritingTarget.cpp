@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A package that can be opened can be changed: what was not changed is there afterwards as it was,
-// and a change that is refused leaves the file alone.
+// A package that can be opened can be changed: everything else stays as it was, and a change that
+// is refused leaves the file unchanged.
 #include <cstdlib>
 #include <map>
 #include <optional>
@@ -28,12 +28,12 @@ constexpr std::string_view kContent = "what was added";
 
 struct KnownPart {
   std::string type;
-  std::optional<std::string> content;  ///< nothing when it cannot be read
+  std::optional<std::string> content;  ///< nothing if it cannot be read
 
   bool operator==(const KnownPart&) const = default;
 };
 
-/// What a package holds, as far as it can be read.
+/// The content of a package, as far as it can be read.
 struct Inventory {
   std::map<std::string, KnownPart> parts;
   std::vector<Relationship> relationships;
@@ -104,7 +104,7 @@ const test::TemporaryFolder& folder() {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than an input
+  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   const std::string file = folder() / "p.kraddon";
   const std::u16string path = opc::fromUtf8(file);
   test::writeFile(file, fuzz::textOf(data, size));

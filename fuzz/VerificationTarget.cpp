@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The checks of a package: they go through whatever the package holds, always say the same, and
-// find an error in everything that reading refuses.
+// The checks of a package: they accept any package, always report the same, and find an error in
+// every package that opening refuses.
 #include <string>
 
 #include "addon/checks/AddonVerification.h"
@@ -56,7 +56,7 @@ void readAll(const std::string& path) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than an input
+  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   static const fuzz::MemoryFile file;
   file.fill(fuzz::textOf(data, size));
 

@@ -12,12 +12,12 @@ DATE = (2026, 2, 2, 2, 40, 0)
 HOST = ROOT.replace("http://schemas.", "application/vnd.").split(".example")[0] + ".korvan.addon."
 CORE = SCHEMAS + "relationships/metadata/core-properties"
 THUMBNAIL = SCHEMAS + "relationships/metadata/thumbnail"
-# An image of one pixel is not needed: nobody looks inside.
+# The content is not an image, since no target reads it.
 IMAGE = b"\x89PNG\r\n\x1a\n" + bytes(8)
 
 
 class NoSeeking(io.RawIOBase):
-    """Makes the writer put sizes behind the data."""
+    """A file that cannot seek, so that the writer puts sizes after the data."""
 
     def __init__(self):
         self.bytes = b""
@@ -92,7 +92,7 @@ for _file, _kind in (("properties-full", "addonProperties"), ("license-full", "l
 
 
 def full():
-    """Everything that an add-on may have."""
+    """Everything that an add-on can have."""
     image = "metadata/primaryScreenShot.png"
     links = [relationship(f"rId{i}", "/" + name, kind)
              for i, (name, (_, kind, _)) in enumerate(METADATA.items(), 1)]
@@ -107,7 +107,7 @@ def full():
 
 
 def zip64():
-    """The end record says nothing; its large sibling does."""
+    """The values are in the ZIP64 end record only."""
     plain = packed(bare("files/a.m"))
     end = plain.rindex(b"PK\5\6")
     count, size, offset = struct.unpack("<HII", plain[end + 10:end + 20])

@@ -172,7 +172,7 @@ DOCUMENTS = {
     "not-well-formed.xml": (1, "<license><licenseText></license>"),
 }
 
-# Two names, a line each.
+# Two names, on a line each.
 PART_NAMES = {
     "plain": "/files/a.m\n/files/A.M",
     "outside-ascii": "/größe/日本.m\n/gr%c3%b6%C3%9Fe/%E6%97%A5%E6%9C%AC.m",

@@ -1,6 +1,6 @@
 #!/usr/bin/python3 -B
 # SPDX-License-Identifier: MIT
-"""Writes the committed inputs of the fuzzers, fuzz/corpus/TARGET/NAME. The same every time."""
+"""Writes the committed inputs of the fuzzers, fuzz/corpus/TARGET/NAME, the same every time."""
 
 import pathlib
 import shutil

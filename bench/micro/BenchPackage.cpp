@@ -18,7 +18,7 @@ using addon::packaging::AddonLicense;
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
 
-/// A folder in memory where there is one.
+/// A folder in memory, if there is one.
 class Folder {
  public:
   Folder() {

@@ -5,7 +5,7 @@
 
 namespace bench {
 
-/// The path of a package with a license and `files` small files, made when it is first asked for
+/// The path of a package with a license and `files` small files, which is made on the first call
 /// and removed when the process ends.
 const std::string& packageOf(std::size_t files);
 

@@ -7,7 +7,7 @@
 
 #include "opc/zippackage/Codec.h"
 
-// Packing and unpacking by the size of a file. Up to kWholeLimit a file is taken whole.
+// Packing and unpacking by the size of a file. Up to kWholeLimit a file is packed in one piece.
 
 namespace {
 
@@ -22,7 +22,7 @@ using opc::zippackage::WholeInflater;
 
 constexpr std::size_t kPiece = 256 << 10;
 
-// Text that packs as source code does.
+// Text that compresses like source code.
 std::vector<unsigned char> makeText(std::size_t size) {
   static const char* const kWords[] = {"function ", "end\n", "signal", "(x, y)", " = ", "zeros",
                                        "length(",   ")",     "\n  ",   "window", "% ",  "spectrum"};

@@ -7,7 +7,7 @@
 #include "opc/zippackage/PackageFile.h"
 #include "opc/zippackage/ZipDirectory.h"
 
-// What opening a package costs, step by step, by its number of files.
+// The cost of opening a package, step by step, by its number of files.
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "addon/packaging/AddonSystemRequirements.h"
 #include "opc/Text.h"
 
-// Documents by their number of records, each step beside what bare Xerces-C takes for the same XML.
+// Documents by their number of records, each step compared with plain Xerces-C on the same XML.
 
 namespace {
 
@@ -102,7 +102,7 @@ void parseBare(xercesc::XercesDOMParser& parser, const std::string& xml) {
   parser.parse(source);
 }
 
-// The same tree, node by node, as a program writes it.
+// The same tree, built node by node.
 void copyInto(xercesc::DOMDocument& document, DOMElement& into, const DOMElement& from) {
   const xercesc::DOMNamedNodeMap& attributes = *from.getAttributes();
   for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {

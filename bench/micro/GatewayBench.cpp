@@ -5,7 +5,7 @@
 #include "opc/Text.h"
 #include "tests/support/GatewayCaller.h"
 
-// A gateway called over and over in one process, as a host does, by the package's number of files.
+// A gateway called repeatedly in one process, as by a host, by the number of files in the package.
 
 namespace {
 

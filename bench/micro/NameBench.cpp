@@ -8,7 +8,7 @@
 #include "opc/model/NameKey.h"
 #include "opc/model/PartName.h"
 
-// Part names, and the content types found by them.
+// Part names, and looking up their content types.
 
 namespace {
 
@@ -41,7 +41,7 @@ void HashPartName(benchmark::State& state) {
   state.SetLabel(name);
 }
 
-// By the number of overrides that the stream has beside a default for "m".
+// By the number of overrides in the stream, in addition to a default for "m".
 void FindContentType(benchmark::State& state) {
   const ContentType type(u"text/plain");
   ContentTypes types;

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// Preloaded into the program, makes chosen system calls and allocations fail. Only what main() does
-// counts, and of calls on files only those on files below one folder, so that the same run counts
-// the same every time.
+// Preloaded into the program, makes chosen system calls and allocations fail. It counts only calls
+// made by main(), and of calls on files only those on files below one folder, so that the counts of
+// a run do not vary.
 //
 //   KRADDON_FAULT         what fails: RULE[;RULE...], each FAMILY[,FAMILY...]:N[+]:HOW
 //                         the N-th call of these families, with + every one from the N-th on;
-//                         HOW is an error (EIO, ENOSPC, ...), "short" (half of what was asked for),
-//                         "lost" (renaming and linking do their work and say EINTR), or a signal
-//                         that comes just before the call (SIGKILL, SIGSTOP, ...)
+//                         HOW is an error (EIO, ENOSPC, ...), "short" (half of the requested size),
+//                         "lost" (rename and link succeed, but return EINTR), or a signal
+//                         that arrives just before the call (SIGKILL, SIGSTOP, ...)
 //   KRADDON_FAULT_FOLDER  the folder, without links
 //   KRADDON_FAULT_REPORT  a file that gets the line "hit" for each call that was changed, and at
 //                         the end the line "counts FAMILY=NUMBER ..."
@@ -189,7 +189,7 @@ static enum Outcome next(enum Family family) {
   return kPass;
 }
 
-// The numbers of a whole run, for whoever wants to know how far to go.
+// The counts of a whole run, which bound the numbers that are worth trying.
 __attribute__((destructor)) static void tellCounts(void) {
   isActive = 0;
   char line[1024] = "counts";
@@ -401,7 +401,7 @@ EXPORT int fallocate(int file, int mode, off_t offset, off_t size) {
   return (int)syscall(SYS_fallocate, file, mode, offset, size);
 }
 
-// It is closed whatever close() says, and only a late error of writing is told.
+// The file is closed even if close() fails; only a delayed write error is simulated.
 EXPORT int close(int file) {
   const enum Outcome outcome = nextOn(kClose, file);
   const int told = errno;

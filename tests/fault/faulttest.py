@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Commands that write, and the program run with system calls that fail."""
+"""Commands that write, and runs of the program in which system calls fail."""
 
 import errno
 import io
@@ -23,21 +23,21 @@ SHIM = os.environ.get("KRADDON_FAULT_SHIM", "")
 FULL = os.environ.get("KRADDON_FAULT_FULL") == "1"
 NO_SHIM = "needs a build without sanitizers, which stand in for the same calls"
 
-# Thousands of runs need not wait for a disk; the full sweep does, on the file system of TMPDIR.
+# Thousands of runs use memory instead of a disk; the full sweep uses the file system of TMPDIR.
 if not FULL and os.access("/dev/shm", os.W_OK):
     tempfile.tempdir = "/dev/shm"
 
 needs_shim = unittest.skipUnless(SHIM, NO_SHIM)
 
-# A small image that is one.
+# A small valid image.
 PIXEL = bytes.fromhex(
     "89504e470d0a1a0a0000000d49484452000000010000000108060000001f15c489"
     "0000000d49444154789c63f8cfc0f01f00050001ff5a9ae1d30000000049454e44ae426082")
 
-# Small ones, and one beyond the buffers.
+# Small files, and one larger than the buffers.
 SMALL = {"a.m": b"disp(1)\n", "sub/b.m": b"disp(2)\n" * 500, "empty/": None,
          "big.bin": bytes(range(256)) * 1000 + os.urandom(1_100_000)}
-# Beyond what is packed and unpacked as a whole; it does not get smaller.
+# Larger than what is packed and unpacked in one piece; it does not get smaller.
 HUGE_SIZE = 17 << 20
 
 PROJECT = """[package]
@@ -56,7 +56,7 @@ LICENSE = {"type": "MIT", "text": "terms"}
 
 
 class Command:
-    """A command that writes, and what it writes. A silent one tells nobody that it failed."""
+    """A command that writes, and what it writes. A silent one does not report its failure."""
 
     def __init__(self, name, words, target="p.kraddon", is_silent=False, is_huge=False):
         self.name, self.words, self.target = name, words, target
@@ -115,7 +115,7 @@ OUTPUT_COMMANDS = [
 
 
 def known_commands(is_huge=False):
-    """What the program under test has of them."""
+    """Those that the program under test has."""
     listed = subprocess.run([KRADDON, "help"], capture_output=True, check=True).stdout.decode()
     names = set(re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE))
     return [command for command in PACKAGE_COMMANDS + OUTPUT_COMMANDS
@@ -123,7 +123,7 @@ def known_commands(is_huge=False):
 
 
 def content_of(data):
-    """What a package holds, without the times and identifiers that differ from run to run."""
+    """The content of a package, without the times and identifiers that differ between runs."""
     with zipfile.ZipFile(io.BytesIO(data)) as archive:
         bad = archive.testzip()
         if bad is not None:
@@ -142,7 +142,7 @@ def _timeless_part(name, data):
 
 
 def snapshot(folder):
-    """Every file below it with mode and bytes, folders and links too."""
+    """Every file below the folder with mode and bytes, and the folders and links."""
     found = {}
     for place, folders, files in os.walk(folder):
         for name in folders + files:
@@ -160,7 +160,7 @@ def snapshot(folder):
 
 
 class FaultTest(kraddontest.CliTest):
-    """Works on a copy of the same files in every run."""
+    """Each run works on a copy of the same files."""
 
     def setUp(self):
         super().setUp()
@@ -202,7 +202,7 @@ class FaultTest(kraddontest.CliTest):
         self.write("project/lib/c.m", "disp(3)\n" * 9000)
 
     def restore(self, current=None):
-        """Brings the folder back to what make_inputs made, touching only what differs."""
+        """Restores what make_inputs made, writing only files that differ."""
         current = snapshot(self.folder) if current is None else current
         for name in sorted(current.keys() - self.before.keys(), reverse=True):
             path = self.path(name)
@@ -223,7 +223,7 @@ class FaultTest(kraddontest.CliTest):
                 "KRADDON_FAULT_REPORT": str(self.report)}
 
     def run_failing(self, rules, *words, **kw):
-        """Runs it with calls that fail; `hit` and `counts` say which and how many."""
+        """Runs it with calls that fail; sets `hit`, whether one did, and `counts` of the calls."""
         result = self.run_kraddon(*words, env=self.shim_environment(rules), **kw)
         lines = self.report.read_text().splitlines() if self.report.exists() else []
         self.hit = "hit" in lines
@@ -235,7 +235,7 @@ class FaultTest(kraddontest.CliTest):
         return result
 
     def start_stopped(self, rules, *words):
-        """Starts it and waits until a rule has stopped it; `returncode` is set when none did."""
+        """Starts it and waits until a rule has stopped it; `returncode` is set if none did."""
         process = subprocess.Popen([KRADDON, *words], cwd=self.folder, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE,
                                    env=self.environment(self.shim_environment(rules)))
@@ -246,15 +246,15 @@ class FaultTest(kraddontest.CliTest):
         return process
 
     def go_on(self, process):
-        """Has a stopped program go on to its end; gives exit code and messages."""
+        """Lets a stopped program run to its end; returns exit code and messages."""
         process.send_signal(signal.SIGCONT)
         _, errors = process.communicate(timeout=120)
         return process.returncode, errors.decode()
 
-    # ---- what may be there afterwards ---------------------------------------------------------
+    # ---- the valid results --------------------------------------------------------------------
 
     def learn(self, command):
-        """What the command leaves when nothing fails."""
+        """The result of the command if nothing fails."""
         self.restore()
         result = self.run_kraddon(*command.words)
         self.assertEqual((result.code, result.errors), (0, ""), command.name)
@@ -263,7 +263,7 @@ class FaultTest(kraddontest.CliTest):
         return self.after
 
     def is_new(self, command, now, path):
-        """Whether the file at `path` is what the command writes there."""
+        """Whether the file at `path` has the content that the command writes there."""
         if path not in now or path not in self.after:
             return False
         if now[path][0] != self.after[path][0]:
@@ -288,11 +288,11 @@ class FaultTest(kraddontest.CliTest):
         self.assertEqual(differing, [], f"{where}: not what it should be")
 
     def assert_verified(self, command, where):
-        """The program's own opinion of what it wrote."""
+        """Runs 'verify' on what the program wrote."""
         self.assertEqual(self.run_kraddon("verify", command.target).code, 0, where)
 
     def assert_whole(self, command, now, where):
-        """For what writes many files: each is there whole, or as before, and nothing else is."""
+        """For commands that write many files: each is complete or as before, with no others."""
         for key in self.differing(now, self.before):
             self.assertTrue(self.is_new(command, now, key), f"{where}: {key} is half-done")
 
@@ -304,7 +304,7 @@ class FaultTest(kraddontest.CliTest):
 
     def assert_message(self, command, result, where, why=None):
         if why is None and result.errors == "kraddon: there is not enough memory\n":
-            return  # it was there before the command was known: its name cannot be given
+            return  # it failed before the name of the command was known
         lines = result.errors.splitlines()
         self.assertIn(len(lines), (1, 2), f"{where}: {result.errors}")
         self.assertTrue(lines[0].startswith(f"kraddon: {command.verb}: "), f"{where}: {lines[0]}")
@@ -315,12 +315,12 @@ class FaultTest(kraddontest.CliTest):
 
     @staticmethod
     def own_errors(result):
-        """Without what a library behind the one that 'call' loads says of its own troubles."""
+        """The messages without those of the libraries that 'call' loads."""
         lines = result.errors.splitlines(keepends=True)
         return "".join(line for line in lines if not line.startswith("Error in GnuTLS "))
 
     def assert_outcome(self, command, result, where, why=None):
-        """Either it failed, says so and changed nothing, or all is as without the fault."""
+        """It failed with a message and changed nothing, or the result is as without the fault."""
         now = snapshot(self.folder)
         try:
             if command.is_silent:
@@ -346,7 +346,7 @@ class FaultTest(kraddontest.CliTest):
 
 
 def reason(how):
-    """The words of an error of the system."""
+    """The system's text for an error."""
     number = getattr(errno, how, None)
     return os.strerror(number) if number else None
 

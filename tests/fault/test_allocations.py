@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Memory runs out, at every allocation: no crash, nothing half-done, and it is said."""
+"""Every allocation fails once: no crash, nothing half done, and a message."""
 
 import random
 
 import faulttest
 from faulttest import FaultTest, needs_shim, snapshot
 
-# Of how many allocations that fail one a command is tried, and how many of a lasting kind.
+# How many allocations of each command are tried, and for how many of them all later ones fail too.
 POINTS = 25
 
 COMMANDS = ["create", "set-field", "set-file", "screenshot", "call-license", "call-files",
@@ -25,7 +25,7 @@ class Allocations(FaultTest):
     def numbers(self, total):
         if faulttest.FULL:
             return range(1, total + 2)
-        # Those at the beginning and the end are of the program itself.
+        # The first and last ones are those of the program itself.
         chosen = {*range(1, 6), *range(total - 5, total + 2)}
         return sorted(chosen | set(random.sample(range(1, total), POINTS)))
 
@@ -52,7 +52,7 @@ class Allocations(FaultTest):
         if not command.is_silent or result.code == 0:
             self.assert_outcome(command, result, where)
         else:
-            # To a host, running out of memory is an error of its own, not a silent failure.
+            # For a host, a lack of memory is an error of its own, not a silent failure.
             self.assertEqual(result.code, 1, f"{where}: {result.errors}")
             now = snapshot(self.folder)
             self.restore(now)
@@ -60,7 +60,7 @@ class Allocations(FaultTest):
         if result.code != 0:
             self.assertRegex(result.errors, "memory|Cannot allocate|cannot load ", where)
 
-    def test_that_fail_while_reading_are_told(self):
+    def test_that_fail_while_reading_are_reported(self):
         self.make_inputs()
         listed = self.ok("help").text
         for words in READERS:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What reaches the disk before what: a power cut leaves the old package or the new one."""
+"""The order in which data reaches the disk: a power cut leaves the old package or the new one."""
 
 import os
 import re
@@ -25,7 +25,7 @@ def can_trace():
 
 
 def whole_lines(log):
-    """With calls in one piece, where they ended, that another thread's call had cut in two."""
+    """Joins calls that strace split because of another thread, in the order of their ends."""
     begun = {}
     for line in log.splitlines():
         thread = line.split(" ", 1)[0]
@@ -43,7 +43,7 @@ class Call:
         self.texts = re.findall(r'"([^"]*)"', arguments)
 
 
-@unittest.skipUnless(can_trace(), "needs strace, and leave to trace")
+@unittest.skipUnless(can_trace(), "needs strace, and permission to trace")
 class Order(FaultTest):
 
     def trace(self, *words):
@@ -61,7 +61,7 @@ class Order(FaultTest):
         return calls
 
     def positions(self, calls, names, file):
-        """Where calls of these names have to do with an open file (for copying: write to it)."""
+        """The positions of these calls on an open file (for copying: those that write to it)."""
         return [i for i, call in enumerate(calls)
                 if call.name in names and call.files and call.files[-1 if
                 call.name == "copy_file_range" else 0] == str(file)]
@@ -103,8 +103,8 @@ class Order(FaultTest):
             self.assertTrue(writes)
             self.assertLess(max(writes), moves[0])
 
-    def test_of_an_extraction_waits_for_no_disk(self):
-        """Files that can be extracted again are left to the system to write when it likes."""
+    def test_of_an_extraction_does_not_wait_for_the_disk(self):
+        """Files that can be extracted again are not flushed."""
         self.make_inputs()
         calls = self.trace("extract", "p.kraddon", "-d", "there", "--force")
         self.assertEqual([call.name for call in calls if "sync" in call.name], [])

@@ -1,13 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Every system call of every command that writes fails, or comes up short, one at a time."""
+"""Every system call of every command that writes fails, or transfers less, one at a time."""
 
 import shutil
 
 import faulttest
 from faulttest import FaultTest, needs_shim, reason
 
-# A family of calls and how its calls fail. What need not be a failure of the command is told apart
-# by its outcome.
+# Families of calls and how they fail. The result shows whether the command failed as well.
 FAULTS = [
     ("open", ["EIO", "EMFILE"]),
     ("nameless", ["EIO", "EOPNOTSUPP"]),
@@ -28,7 +27,7 @@ FAULTS = [
     ("status", ["EIO"]),
 ]
 
-# What a signal handler or a busy disk does to a call is nothing that a user should see.
+# Effects of signal handlers and busy disks, which a user must not notice.
 HARMLESS = [
     ("open", "EINTR"), ("nameless", "EINTR"), ("read", "EINTR"), ("write", "EINTR"),
     ("copy", "EINTR"), ("sync", "EINTR"), ("foldersync", "EINTR"), ("rename", "EINTR"),
@@ -36,7 +35,7 @@ HARMLESS = [
     ("folder", "EINTR"), ("read", "short"), ("write", "short"), ("copy", "short"),
 ]
 
-# What is broken for good.
+# Permanent failures.
 LASTING = [("read,copy", "EIO"), ("write,copy", "ENOSPC"), ("write,copy,truncate", "EDQUOT"),
            ("sync", "EIO"), ("open", "EMFILE")]
 
@@ -51,8 +50,8 @@ class EveryCall(FaultTest):
         self.started = 0
 
     def points(self, command, families, how, lasting=False):
-        """Runs the command with the first call failing, then with the second, and so on, until it
-        gets through without; yields what came of each. In short, fewer of them."""
+        """Runs the command with the first call failing, then the second, and so on, until none
+        fails; yields the result of each. Without the full sweep, fewer of them."""
         total = sum(self.counts_of[command.name][family] for family in families.split(","))
         stride = 1 if faulttest.FULL else 11 if command.is_huge else 5
         number = 1 + (self.started % stride if total > 3 else 0)
@@ -110,7 +109,7 @@ class EveryCall(FaultTest):
         self.sweep(LASTING, lambda command, result, where, how:
                    self.assert_outcome(command, result, where, reason(how)), lasting=True)
 
-    def test_that_is_interrupted_or_short_is_taken_up_again(self):
+    def test_that_is_interrupted_or_short_is_resumed(self):
         def check(command, result, where, _):
             self.assertEqual((result.code, result.errors), (0, ""), where)
             now = faulttest.snapshot(self.folder)
@@ -120,7 +119,7 @@ class EveryCall(FaultTest):
                 self.restore(now)
         self.sweep(HARMLESS, check)
 
-    def test_that_tells_only_at_the_end_that_bytes_were_lost_is_heard(self):
+    def test_that_reports_lost_bytes_only_on_closing_is_a_failure(self):
         self.make_inputs()
         for command in faulttest.known_commands():
             if command.name not in ("screenshot-old", "get", "extract"):
@@ -140,7 +139,7 @@ class EveryCall(FaultTest):
             rule = f"{families}:{number}:{how}"
             yield f"{command.name} with {rule}", self.run_failing(rule, *command.words)
 
-    def test_whose_answer_is_lost_has_done_its_work(self):
+    def test_that_succeeds_but_reports_an_interruption_counts_as_done(self):
         self.make_inputs()
         for command in faulttest.known_commands():
             if not command.makes_package:
@@ -155,7 +154,7 @@ class EveryCall(FaultTest):
                     self.assertEqual((result.code, result.errors), (0, ""))
                     self.assert_new(command, now, rules)
 
-    def test_that_looks_at_files_and_fails_lets_no_package_be_overwritten(self):
+    def test_that_examines_files_and_fails_does_not_overwrite_a_package(self):
         self.make_inputs()
         words = ["get", "p.kraddon", "properties", "-o", "p.kraddon"]
         self.fails(*words, message="cannot write 'p.kraddon': it is the package itself")
@@ -167,7 +166,7 @@ class EveryCall(FaultTest):
                 self.assertEqual(result.code, 1, rule)
                 self.assert_old(faulttest.snapshot(self.folder), rule)
 
-    def test_of_the_folders_flush_is_told_with_the_new_file_in_place(self):
+    def test_that_flushes_the_folder_and_fails_is_reported_with_the_new_file_in_place(self):
         self.make_inputs()
         for command in faulttest.known_commands():
             if not command.makes_package or command.is_silent:

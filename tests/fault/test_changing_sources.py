@@ -12,13 +12,13 @@ LARGE_SIZE = 20 << 20
 
 @needs_shim
 class Sources(FaultTest):
-    """The program stops before its N-th read; then the file changes, and the program goes on."""
+    """The program stops before its N-th read, the file changes, and the program continues."""
 
     def stop_at_read(self, number, *words):
         return self.start_stopped(f"read:{number}:SIGSTOP", *words)
 
     def each_read(self, size):
-        """Yields how the program stands before each of its reads, having made the file anew."""
+        """Yields the program stopped before each of its reads, with the original file."""
         number = 0
         while True:
             number += 1 if size == SMALL_SIZE or faulttest.FULL else 9
@@ -31,7 +31,7 @@ class Sources(FaultTest):
             yield number, process
 
     def check(self, process, allowed, where):
-        """Refused by name, leaving nothing; or sound, with one of the contents."""
+        """Refused by name, leaving nothing, or valid with one of the contents."""
         code, errors = self.go_on(process)
         self.assertNotIn("report", self.names())
         if code == 0:
@@ -53,12 +53,12 @@ class Sources(FaultTest):
                 self.check(process, lambda packed, old=old, new=new: allowed(packed, old, new),
                            f"{size} bytes, read {number}")
 
-    def test_that_shrink_are_refused_or_taken_as_they_were_read(self):
+    def test_that_shrink_are_refused_or_packed_as_they_were_read(self):
         self.change_at_each_read(
             lambda size: os.truncate(self.path("src/changing.bin"), size // 3),
             lambda packed, old, new: old.startswith(packed) and len(packed) >= len(new))
 
-    def test_that_grow_are_refused_or_taken_as_they_were_read(self):
+    def test_that_grow_are_refused_or_packed_as_they_were_read(self):
         def grow(size):
             with open(self.path("src/changing.bin"), "ab") as file:
                 file.write(os.urandom(size))
@@ -66,12 +66,12 @@ class Sources(FaultTest):
         self.change_at_each_read(
             grow, lambda packed, old, new: new.startswith(packed) and len(packed) >= len(old))
 
-    def test_that_vanish_are_refused_or_taken_as_they_were_read(self):
+    def test_that_vanish_are_refused_or_packed_as_they_were_read(self):
         self.change_at_each_read(
             lambda size: self.path("src/changing.bin").unlink(),
             lambda packed, old, new: packed == old)
 
-    def test_that_are_replaced_are_refused_or_taken_as_one_of_both(self):
+    def test_that_are_replaced_are_refused_or_packed_as_either(self):
         def replace(size):
             self.write("other.bin", os.urandom(size // 2))
             os.replace(self.path("other.bin"), self.path("src/changing.bin"))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A system that cannot tell the date: no package without one."""
+"""A system that does not know the date: no package without one."""
 
 import faulttest
 from faulttest import FaultTest, needs_shim, snapshot
@@ -17,7 +17,7 @@ class NoDate(FaultTest):
         self.assertIn(WHY, result.errors)
         self.assert_old(snapshot(self.folder), words[0])
 
-    def test_that_cannot_be_told_makes_no_package_and_is_said(self):
+    def test_that_is_unknown_is_reported_and_makes_no_package(self):
         self.make_inputs()
         self.assert_said("create", "new.kraddon", "src", "--name", "x")
         self.assert_said("call", "addonCreatePackage", "new.kraddon",

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Kernels and file systems that lack something: the commands work all the same."""
+"""Kernels and file systems that lack a feature: the commands work without it."""
 
 import faulttest
 from faulttest import FaultTest, needs_shim, snapshot
@@ -27,7 +27,7 @@ LACKING = [
 @needs_shim
 class Lacking(FaultTest):
 
-    def test_features_are_done_without(self):
+    def test_features_are_not_needed(self):
         self.make_inputs()
         for command in faulttest.known_commands():
             self.learn(command)
@@ -39,11 +39,11 @@ class Lacking(FaultTest):
                     self.assertEqual((result.code, result.errors), (0, ""))
                     self.assert_new(command, now, rules)
 
-    def test_renames_still_keep_what_came_into_being_meanwhile(self):
+    def test_renames_still_keep_a_file_that_appeared_meanwhile(self):
         self.make_inputs()
         for rules in ("", "renamekeeping:1+:ENOSYS", "renamekeeping:1+:ENOSYS;link:1+:EPERM"):
             with self.subTest(rules=rules):
-                # Two at once, of which the second comes too late.
+                # Two at once; the second is too late.
                 stop = ";".join(filter(None, (rules, "sync:1:SIGSTOP")))
                 first = self.start_stopped(stop, "create", "new.kraddon", "src", "--name", "first")
                 self.ok("create", "new.kraddon", "--name", "second")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A disk, and a standard output, that take nothing more."""
+"""A full disk, and a standard output that accepts nothing."""
 
 import os
 import shutil
@@ -20,7 +20,7 @@ def can_mount():
 
 
 class Disk(FaultTest):
-    """A small file system of its own, which only this process and its children see."""
+    """A small file system that only this process and its children see."""
 
     def test_that_is_full_leaves_every_file_as_it_was(self):
         if os.environ.get("KRADDON_FAULT_MOUNTED") != "1":
@@ -34,7 +34,7 @@ class Disk(FaultTest):
 
     def run_in_namespace(self):
         if shutil.which("unshare") is None or not can_mount():
-            self.skipTest("needs leave to mount: root, or user namespaces")
+            self.skipTest("needs permission to mount: root, or user namespaces")
         done = subprocess.run(["unshare", "-rm", sys.executable, "-B", __file__, self.id()[9:]],
                               env={**os.environ, "KRADDON_FAULT_MOUNTED": "1"},
                               capture_output=True, check=False)
@@ -64,7 +64,7 @@ class Disk(FaultTest):
         self.before = faulttest.snapshot(self.folder)
 
     def fill_step_by_step(self, command):
-        """Leaves no room at all, then a little more, until there is enough."""
+        """Leaves no space, then a little more each time, until there is enough."""
         self.learn(command)
         failures = 0
         ballast = self.folder / "ballast"
@@ -103,7 +103,7 @@ class DiskByFailingCalls(FaultTest):
 
 class StandardOutput(FaultTest):
 
-    def test_that_takes_nothing_is_a_failure(self):
+    def test_that_accepts_nothing_is_a_failure(self):
         self.make_inputs()
         self.ok("create", "q.kraddon", "--name", "Another")
         words = [["info", "p.kraddon"], ["info", "p.kraddon", "--json"],

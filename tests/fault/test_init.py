@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""'init' reads leniently, what it cannot read is not guessed from; what it writes is whole."""
+"""'init' ignores what it cannot read; what it writes is complete."""
 
 import faulttest
 from faulttest import Command, FaultTest, needs_shim, reason
@@ -28,7 +28,7 @@ class Init(FaultTest):
                         why = None if how in ("short", "EINTR") else reason(how)
                         self.assert_outcome(command, result, f"{command.name}, {rule}", why)
 
-    def test_a_folder_that_cannot_be_read_is_told(self):
+    def test_a_folder_that_cannot_be_read_is_reported(self):
         self.make_inputs()
         self.run_failing("", "init", "src")
         counts = self.counts

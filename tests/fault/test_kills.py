@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Signals at any moment: the old file or the new one, never something between."""
+"""Signals at any moment leave the old file or the new one, never anything else."""
 
 import random
 import shutil
@@ -19,7 +19,7 @@ FAMILIES = ("open,nameless,read,write,copy,sync,foldersync,rename,renamekeeping,
 class Kills(FaultTest):
 
     def is_stray(self, command, name):
-        """A temporary file of the command, as only SIGKILL may leave it."""
+        """A temporary file of the command, which only SIGKILL may leave."""
         target = command.target.rstrip("/")
         return (name.startswith((f".{target}.", f"{target}.", ".kraddon-"))
                 or (command.makes_folder and "/." in name)) and name not in self.after
@@ -34,7 +34,7 @@ class Kills(FaultTest):
             if code == 0:
                 self.assert_new(command, now, where)
             elif number == signal.SIGKILL and command.makes_folder:
-                # Nobody was left to take away the file that was being written.
+                # The killed process could not remove the file that it was writing.
                 self.assert_all_but_one_whole(command, now, where)
             elif number == signal.SIGKILL:
                 self.assert_old_or_new(command, self.without_strays(command, now), where)
@@ -52,7 +52,7 @@ class Kills(FaultTest):
         self.assertLessEqual(len(odd), 1, f"{where}: {odd} are half-done")
 
     def assert_undisturbed(self, command, where):
-        """The same command works beside what the killed one left."""
+        """The same command works although the killed one left its file."""
         if command.makes_folder:
             shutil.rmtree(self.path(command.target), ignore_errors=True)
         else:
@@ -66,7 +66,7 @@ class Kills(FaultTest):
 
 @needs_shim
 class AtEveryCall(Kills):
-    """The signal comes just before the first system call, before the second, and so on."""
+    """The signal arrives just before the first system call, before the second, and so on."""
 
     def test_leave_the_old_file_or_the_new_one(self):
         self.make_inputs()
@@ -74,7 +74,7 @@ class AtEveryCall(Kills):
         for command in faulttest.known_commands():
             self.learn(command)
             if command.makes_folder:
-                continue  # below, with a file that is large
+                continue  # tested below, with a large file
             for number in (signal.SIGKILL, *GENTLE):
                 with self.subTest(command=command.name, signal=number.name):
                     self.sweep(command, number, stride)

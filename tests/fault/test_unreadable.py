@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Files and folders that must not be read or written, for root as well: it becomes nobody."""
+"""Files and folders without permission to read or write. As root, the program runs as nobody."""
 
 import os
 import unittest
@@ -26,7 +26,7 @@ class Unreadable(FaultTest):
         return self.fails(*words, message=message, **self.without_privilege())
 
     def assert_untouched(self):
-        for name in self.before:  # root, as which this may run, reads it all
+        for name in self.before:  # the test may run as root, which reads everything
             if not self.path(name).is_symlink():
                 self.path(name).chmod(0o755)
         now = faulttest.snapshot(self.folder)
@@ -54,7 +54,7 @@ class Unreadable(FaultTest):
             self.denied(*words, message=message)
         self.assert_untouched()
 
-    def test_package_that_must_not_be_written_is_kept(self):
+    def test_read_only_package_is_kept(self):
         self.path("p.kraddon").chmod(0o440)
         self.denied("set", "p.kraddon", "license", "text=x",
                     message=f"cannot open package 'p.kraddon': cannot write to file "
@@ -63,7 +63,7 @@ class Unreadable(FaultTest):
                     message="cannot replace 'p.kraddon': Permission denied")
         self.assert_untouched()
 
-    def test_folder_that_must_not_be_written_is_named(self):
+    def test_read_only_folder_is_named(self):
         self.folder.chmod(0o555)
         self.addCleanup(self.folder.chmod, 0o755)
         self.denied("set", "p.kraddon", "license", "text=x",

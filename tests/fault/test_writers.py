@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Several commands at once on one package."""
+"""Several commands at the same time on one package."""
 
 import json
 import subprocess
@@ -54,7 +54,7 @@ class Writers(FaultTest):
         self.assertEqual(self.ok("get", "p.kraddon", "license").json["text"], "t")
         self.assertEqual(self.ok("get", "p.kraddon", "properties").json["summary"], "s")
 
-    def test_that_replace_a_package_leave_one_of_theirs(self):
+    def test_that_replace_a_package_leave_the_package_of_one(self):
         self.package("p.kraddon", {"a.m": "x"})
         for number in range(6):
             self.tree({f"only{number}.m": str(number) * 300_000}, f"src{number}")

@@ -23,7 +23,7 @@ class ByHand(unittest.TestCase):
         cls.addClassCleanup(shutil.rmtree, cls.folder)
 
     def configure(self, preset):
-        """A build folder of that preset, on a machine without the packages of the tests."""
+        """A build folder for the preset, as on a machine without the packages of the tests."""
         build = self.folder / preset
         absent = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in TEST_PACKAGES]
         done = subprocess.run([CMAKE, "--preset", preset, "-B", build, *absent], cwd=TOP,

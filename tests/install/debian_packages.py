@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""The Debian packages: what is in them, and that they install and run on a fresh Debian 12.
+"""The Debian packages: their content, and that they install and run on a new Debian 12.
 
-Tests all of it, or the cases that are named: 'Contents', 'Mirror', 'FreshSystem'. Exits with 77 when
-all tests had to be left out.
+Arguments name the cases to run: 'Contents', 'Mirror', 'FreshSystem'. Exits with 77 if all tests had
+to be left out.
 """
 
 import glob
@@ -17,13 +17,13 @@ import unittest
 BUILD = os.environ["KRADDON_BUILD"]
 VERSION = os.environ["KRADDON_VERSION"]
 RELEASE = "bookworm"
-# A whole system goes there; memory is quicker than a disk.
+# The new system goes there if possible: memory is faster than a disk.
 ROOMY = "/dev/shm"
 NEEDED_ROOM = 1 << 30
 
 
 def run(*words, **kw):
-    """Runs it; what it said goes into the exception when it fails."""
+    """Runs a program and returns its output; the exception has it if the program fails."""
     done = subprocess.run(words, capture_output=True, text=True, check=False,
                           stdin=subprocess.DEVNULL, **kw)
     if done.returncode != 0:
@@ -38,7 +38,7 @@ def temporary_folder(parent=None):
 def make_packages(folder, epoch="1700000000"):
     """Both packages, by name: {"kraddon": path, "kraddon-dev": path}."""
     if shutil.which("dpkg-shlibdeps") is None:
-        raise unittest.SkipTest("there is no dpkg-shlibdeps; scripts/setup test installs it")
+        raise unittest.SkipTest("needs dpkg-shlibdeps, which scripts/setup test installs")
     cpack = pathlib.Path(os.environ["CMAKE"]).with_name("cpack")
     run(cpack, "-G", "DEB", "-B", folder, cwd=BUILD,
         env={**os.environ, "SOURCE_DATE_EPOCH": epoch, "LC_ALL": "C.UTF-8"})
@@ -63,7 +63,7 @@ class Contents(unittest.TestCase):
         lines = run("dpkg-deb", "-c", self.packages[package]).splitlines()
         return {line.split()[5]: tuple(line.split()[:2]) for line in lines}
 
-    def test_the_control_files_say_what_is_needed(self):
+    def test_the_control_files_name_the_dependencies(self):
         self.assertEqual(sorted(self.packages), ["kraddon", "kraddon-dev"])
         for package in self.packages:
             self.assertEqual(self.field(package, "Version"), VERSION)
@@ -73,7 +73,7 @@ class Contents(unittest.TestCase):
         self.assertNotIn("kraddon", needed)
         self.assertIn(f"kraddon (= {VERSION})", self.field("kraddon-dev", "Depends"))
 
-    def test_everything_lies_where_debian_has_it(self):
+    def test_everything_is_where_debian_expects_it(self):
         paths = self.listing("kraddon")
         for path in ("bin/kraddon", "lib/libkraddon_packaging.so", "lib/libkxarray.so",
                      "share/man/man1/kraddon.1.gz", "share/man/man1/kraddon-create.1.gz",
@@ -105,7 +105,7 @@ class Contents(unittest.TestCase):
 
     def test_lintian_finds_no_errors(self):
         if shutil.which("lintian") is None:
-            self.skipTest("there is no lintian; scripts/setup test installs it")
+            self.skipTest("needs lintian, which scripts/setup test installs")
         run("lintian", "--allow-root", "--fail-on", "error", *self.packages.values())
 
 
@@ -136,7 +136,7 @@ class Mirror(unittest.TestCase):
 
 
 def is_fit(folder):
-    """Whether a system can be put there: room enough, and programs and devices do work."""
+    """Whether a system fits there, and its programs and devices would work."""
     if not os.path.isdir(folder):
         return False
     state = os.statvfs(folder)
@@ -145,16 +145,16 @@ def is_fit(folder):
 
 
 def fresh_system():
-    """A Debian 12 with nothing in it but what every one has, in a folder that is then removed."""
+    """A folder for a minimal Debian 12. Skips the tests where none can be made."""
     if os.geteuid() != 0:
         raise unittest.SkipTest("only root can make a chroot")
     if shutil.which("debootstrap") is None:
-        raise unittest.SkipTest("there is no debootstrap; scripts/setup test installs it")
+        raise unittest.SkipTest("needs debootstrap, which scripts/setup test installs")
     return temporary_folder(ROOMY if is_fit(ROOMY) else None)
 
 
 def remove_system(root):
-    """Removes it with all that is mounted in it, which the mount namespace should have seen to."""
+    """Removes the system, and mounts in it that the mount namespace did not remove."""
     with open("/proc/self/mounts", encoding="utf-8") as mounts:
         inside = [line.split()[1] for line in mounts if line.split()[1].startswith(f"{root}/")]
     for point in reversed(inside):
@@ -163,7 +163,7 @@ def remove_system(root):
 
 
 def own_mounts():
-    """Words before a command whose mounts are to vanish with it."""
+    """A prefix for a command whose mounts end with it; empty where that is not possible."""
     prefix = ["unshare", "--mount", "--propagation", "private"]
     works = subprocess.run([*prefix, "true"], capture_output=True, check=False).returncode == 0
     return prefix if works else []
@@ -184,7 +184,7 @@ class FreshSystem(unittest.TestCase):
 
     @classmethod
     def share_network_settings(cls):
-        """Where packages come from, and by what proxy, as this machine has it."""
+        """Copies the package sources and the proxy settings of this machine."""
         for pattern in ("/etc/apt/sources.list.d/*", "/etc/apt/apt.conf.d/99*", "/etc/apt/sources.list",
                         "/etc/resolv.conf", "/etc/hosts"):
             for path in glob.glob(pattern):

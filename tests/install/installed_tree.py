@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""An installed tree works where it is put, for the program and for a host of one's own in C."""
+"""An installed tree works wherever it is moved, for the program and for a host written in C."""
 
 import os
 import pathlib
@@ -24,7 +24,7 @@ int main(int count, char** words) {
 }
 """
 
-# Makes a package through the classes, and reads a property of it back.
+# Makes a package with the classes, and reads a property back.
 CLASSES = r"""
 #include <iostream>
 #include <string>
@@ -84,7 +84,7 @@ class InstalledTree(unittest.TestCase):
         return subprocess.run([self.tree / "bin/kraddon", *words], cwd=self.folder, check=True,
                               capture_output=True, text=True).stdout
 
-    def test_the_program_finds_its_libraries_where_the_tree_was_moved_to(self):
+    def test_the_program_finds_its_libraries_in_a_moved_tree(self):
         self.kraddon("create", "p.kraddon", "--name", "Moved")
 
         self.assertEqual(self.kraddon("call", "addonGetFileList", "p.kraddon"), "[]\n")
@@ -105,7 +105,7 @@ class InstalledTree(unittest.TestCase):
         self.assertEqual(listed, "1\n")
 
     def flags(self, name):
-        """What pkg-config says of a library in the tree."""
+        """The flags of a library in the tree, from pkg-config."""
         return subprocess.run(["pkg-config", "--cflags", "--libs", name], check=True,
                               capture_output=True, text=True,
                               env={**os.environ,
@@ -113,7 +113,7 @@ class InstalledTree(unittest.TestCase):
                               ).stdout.split()
 
     def check_classes(self, program):
-        """Runs the program that CLASSES is."""
+        """Runs the program made from CLASSES."""
         (self.folder / "a.m").write_text("x = 1;\n", encoding="ascii")
         done = subprocess.run([program, "out.kraddon", "a.m"], cwd=self.folder, check=False,
                               capture_output=True, text=True)
@@ -146,14 +146,14 @@ class InstalledTree(unittest.TestCase):
 
         self.check_classes(self.folder / "classes")
 
-    def test_nothing_in_the_tree_names_where_it_was_built_or_first_put(self):
+    def test_nothing_in_the_tree_names_the_folders_of_the_build_and_the_first_install(self):
         for file in [*self.tree.glob("lib/pkgconfig/*"), *self.tree.glob("lib/cmake/kraddon/*"),
                      *self.tree.glob("share/man/man1/*")]:
             text = file.read_text(encoding="utf-8")
             self.assertNotIn(os.environ["KRADDON_BUILD"], text, file)
             self.assertNotIn(str(self.folder), text, file)
 
-    def test_pages_and_completions_lie_where_they_are_looked_for(self):
+    def test_pages_and_completions_are_where_programs_look_for_them(self):
         for name in ("man/man1/kraddon.1", "man/man1/kraddon-verify.1",
                      "bash-completion/completions/kraddon", "zsh/site-functions/_kraddon",
                      "fish/vendor_completions.d/kraddon.fish", "doc/kraddon/LICENSE"):

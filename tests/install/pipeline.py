@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The pipeline of docs/pipeline.md does what the page says: its steps are run, one after another."""
+"""The pipeline of docs/pipeline.md does what the page says: the tests run its steps in order."""
 
 import os
 import pathlib
@@ -12,7 +12,7 @@ import unittest
 
 KRADDON = pathlib.Path(os.environ["KRADDON"])
 PAGE = pathlib.Path(__file__).parents[2] / "docs/pipeline.md"
-# What they fetch is not there to be fetched.
+# They download things that do not exist here.
 FOREIGN = ("Install what is needed", "Install kraddon", "Fetch the last release")
 
 MANIFEST = """
@@ -61,7 +61,7 @@ class Pipeline(unittest.TestCase):
     def setUp(self):
         missing = {"build", "verify", "diff", "preview"} - commands()
         if missing:
-            self.skipTest(f"the program does not know {sorted(missing)} yet")
+            self.skipTest(f"the program has no {sorted(missing)} yet")
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kraddon-pipeline-"))
         self.addCleanup(shutil.rmtree, self.folder)
         (self.folder / "home").mkdir()
@@ -83,12 +83,12 @@ class Pipeline(unittest.TestCase):
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
 
     def shell(self, lines):
-        """As the pipeline runs them: it stops at the first that fails."""
+        """Runs lines as the pipeline does: stops at the first that fails."""
         return subprocess.run(["sh", "-e", "-c", lines], cwd=self.folder, env=self.env, check=False,
                               capture_output=True, text=True)
 
     def run_steps(self):
-        """{name: result} of all steps; the job goes on after one that fails, as 'always' would."""
+        """{name: result} of all steps; continues after a failure, as with 'always'."""
         return {name: self.shell(lines) for name, lines in steps() if name not in FOREIGN}
 
     def assert_good(self, results):
@@ -122,7 +122,7 @@ class Pipeline(unittest.TestCase):
 
         self.assertEqual((self.folder / "out/package.kraddon").read_bytes(), first)
 
-    def test_a_warning_fails_the_job_and_is_written_down(self):
+    def test_a_warning_fails_the_job_and_is_in_the_report(self):
         self.write("kraddon.toml", MANIFEST.format(version="1.0").replace('screenshot = "shot.png"',
                                                                           ""))
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Every kind of package that we write, before and after changes, is alike to every reader."""
+"""Every reader sees the same in every kind of package that we write, before and after changes."""
 
 import hashlib
 import os
@@ -35,7 +35,7 @@ class PackageCase(ScratchCase):
         self.create(*options)
 
     def fill_in(self):
-        """All that a package can hold."""
+        """Everything that a package can hold."""
         self.kraddon("set", "p.kraddon", "properties", "summary=Spectra & more")
         self.kraddon("set", "p.kraddon", "license", "type=MIT", "text=In the file LICENSE.")
         for document in ("configuration", "apps", "examples", "revisions", "requirements"):
@@ -44,7 +44,7 @@ class PackageCase(ScratchCase):
         self.kraddon("screenshot", "p.kraddon", SCREENSHOT)
 
     def parts_by_our_list(self):
-        """The SHA-256 of every part but relationships, by its name without the slash."""
+        """The SHA-256 of every part except relationships, by its name without the slash."""
         listed = self.kraddon("list", "--all", "--hash", "-0", "p.kraddon").stdout.decode()
         lines = [line.split("  ", 1) for line in listed.split("\0") if line]
         return {name[1:]: digest for digest, name in lines}
@@ -71,7 +71,7 @@ class PackageCase(ScratchCase):
 
 
 class NewPackages(PackageCase):
-    def test_one_without_any_file(self):
+    def test_one_without_files(self):
         os.mkdir(self.tree)
         self.create()
 
@@ -151,7 +151,7 @@ class ChangedPackages(PackageCase):
         self.assertEqual(set(now) - set(self.before),
                          {"files/docs/stra%C3%9Fe.md", "files/large.bin"})
 
-    def test_by_add_in_the_place_of_another(self):
+    def test_by_add_replacing_a_file(self):
         self.add("README.md", b"another text", "--replace")
 
         self.assert_sound()
@@ -176,7 +176,7 @@ class ChangedPackages(PackageCase):
             file.write('{"korvanPaths": ["generate"], "javaClassPaths": []}')
         return "configuration.json"
 
-    def test_by_one_after_the_other(self):
+    def test_by_several_in_turn(self):
         self.kraddon("set", "p.kraddon", "properties", "summary=" + "longer " * 500)
         self.add("nothing", b"no longer", "--replace")
         self.kraddon("remove", "p.kraddon", "nothing")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Names that a ZIP file, an OPC package or a shell might stumble over."""
+"""Names that are difficult for a ZIP file, an OPC package or a shell."""
 
 import os
 import unittest
@@ -19,7 +19,7 @@ NAMES = [
     "[0].last.piece", "{braces}", "(round)",
     "dot.", "two..", "...", ".hidden", "..parent", " leading", "trailing ", " ",
     "case", "CASE", "Case", "sTRASSE", "straße",
-    "caf\u00e9", "cafe\u0301", "\u212b", "\u00c5",  # one look, four names
+    "caf\u00e9", "cafe\u0301", "\u212b", "\u00c5",  # pairs that look the same
     "-", "--", "-rf", "--help", "#hash", "@file", "~", "~user", "a=b", "a+b", "a,b", "!",
     "_rels/.rels", "_rels/a.m.rels", "_RELS/b.rels", "x/_rels/y.rels", ".rels", "a.rels",
     "metadata/coreProperties.xml", "files/files", "con", "NUL.txt", "aux",
@@ -62,12 +62,12 @@ class AwkwardNames(ScratchCase):
         for name in EMPTY_FOLDERS:
             self.assertIn(("folders/" + name).encode(), listed)
 
-    def test_give_one_file_when_asked_for_by_name(self):
+    def test_select_one_file_each(self):
         for name in NAMES:
             outcome = self.kraddon("extract", "--stdout", "p.kraddon", "--", name)
             self.assertEqual(outcome.stdout, name.encode(), repr(name))
 
-    def test_do_not_leave_ascii_in_the_container(self):
+    def test_are_ascii_in_the_container(self):
         with zipfile.ZipFile(self.path("p.kraddon")) as package:
             names = [entry.filename for entry in package.infolist()]
 
@@ -77,7 +77,7 @@ class AwkwardNames(ScratchCase):
             self.assertNotIn("\\", name)
             self.assertNotIn("..", name.split("/"))
 
-    def test_do_not_stand_in_the_way_of_a_change(self):
+    def test_do_not_prevent_a_change(self):
         before = self.kraddon("list", "-0", "p.kraddon").stdout
 
         self.kraddon("set", "p.kraddon", "properties", "summary=changed")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Packages that the program and the reader of the format are asked about."""
+"""Packages that the program and the reader of the format both read."""
 
 import json
 import os
@@ -8,7 +8,7 @@ import zipfile
 import format_reader
 from program import KRADDON, ScratchCase, run
 
-# Where every start of the program takes long, each package is asked about a part of it all.
+# If starting the program takes long, only some of the answers are compared for each package.
 SLOW = os.environ.get("KRADDON_SLOW_BUILD") == "1"
 
 TYPES, LINKS = "[Content_Types].xml", "_rels/.rels"
@@ -47,8 +47,8 @@ class FormatCase(ScratchCase):
             return {name: package.read(name) for name in package.namelist()}
 
     def rewrite(self, changes):
-        """Writes q.kraddon: p.kraddon with other entries. A change is the content, None for none
-        at all, or a function of the old content."""
+        """Writes q.kraddon: p.kraddon with changed entries. A change is the new content, None to
+        remove the entry, or a function of the old content."""
         entries = self.entries()
         for name, change in changes.items():
             entries[name] = change(entries[name].decode()) if callable(change) else change
@@ -61,7 +61,7 @@ class FormatCase(ScratchCase):
         return json.loads(self.kraddon(*words).stdout)
 
     def assert_agree(self, package="p.kraddon"):
-        """The reader and the program say the same of a package. Returns what."""
+        """The reader and the program agree about a package. Returns their result."""
         found = format_reader.read(self.path(package))
         FormatCase.turn += 1
         for at, (name, document) in enumerate(found["documents"].items()):
@@ -103,7 +103,7 @@ class FormatCase(ScratchCase):
                          set(folders))
 
     def assert_both_refuse(self, *words):
-        """The reader refuses q.kraddon, and so does the program when asked in these words."""
+        """The reader refuses q.kraddon, and so does this command of the program."""
         with self.assertRaises(format_reader.Fault):
             format_reader.read(self.path("q.kraddon"))
         outcome = run(KRADDON, *words, cwd=self.folder)

@@ -65,7 +65,7 @@ def core_properties(package):
 
 
 def document(package, name):
-    """The root of a document; None when it is absent."""
+    """The root of a document; None if it is absent."""
     part = package.only(RELATIONSHIPS + name)
     return parse(package.read(part)) if part else None
 
@@ -132,7 +132,7 @@ def requirements(root):
             for name, (above, element) in lists.items()}
 
 
-# What `kraddon get` calls a document, what the format does, and how to read it.
+# The name of a document for `kraddon get`, its name in the format, and the function that reads it.
 DOCUMENTS = {
     "license": ("license", license_of), "configuration": ("configuration", configuration),
     "apps": ("applications", apps), "examples": ("examples", examples),
@@ -148,7 +148,7 @@ def screenshot(package):
 
 
 def path_of(encoded):
-    """A path, decoded once; None when that is no path."""
+    """A path, decoded once; None if the result is not a path."""
     if re.search("%(?![0-9A-Fa-f]{2})", encoded):
         return None
     try:
@@ -159,7 +159,7 @@ def path_of(encoded):
 
 
 def table(package):
-    """The entries of the table of the tree: kind, path, and the part of a file."""
+    """The entries of the file tree document: kind, path, and the part of a file."""
     by_name = [package.parts[name] for name in ["/metadata/filetree.xml"] if name in package.parts]
     found = package.targets(RELATIONSHIPS + "fileTree") or by_name
     if len(found) > 1 or None in found:
@@ -209,7 +209,7 @@ class Tree:
         self.above |= parents(path)
 
     def listing(self):
-        """Paths in the order in which they are listed."""
+        """The paths in the order of the listing."""
         return sorted([*self.files, *self.folders],
                       key=lambda path: [name.encode("utf-16-be") for name in path.split("/")])
 
@@ -230,7 +230,7 @@ def digest(package, tree):
 
 
 def read(path):
-    """All that a package says, with the bytes of its files and of the screenshot."""
+    """The whole content of a package, with the bytes of its files and of the screenshot."""
     with Package(path) as package:
         tree = Tree(package)
         documents = {"properties": properties(package)}

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Inputs that are too large for every run of the tests."""
+"""Inputs that are too large for the regular tests."""
 
 import os
 import shutil

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Parts, relationships and XML of a package, by OPC and the stricter docs/format-reference.md.
 
-Pieces of parts ("[0].piece") are not put together: nothing writes them any more.
+Pieces of parts ("[0].piece") are not joined, since no program writes them any more.
 """
 
 import re
@@ -9,7 +9,7 @@ import urllib.parse
 import zipfile
 from xml.etree import ElementTree
 
-# A segment of a part name: what needs no escape, or an escape of what does; no dot at its end.
+# A segment of a part name: characters that need no escape, or escapes; no dot at the end.
 ESCAPE = r"%(?!00|2[DEF]|3\d|4[1-9A-F]|5[0-9ACF]|6[1-9A-F]|7[0-9AE])[0-9A-F]{2}"
 PART_NAME = re.compile(r"(/([A-Z0-9._~!$&'()*+,;=:@-]|%s)*([A-Z0-9_~!$&'()*+,;=:@-]|%s))+"
                        % (ESCAPE, ESCAPE), re.IGNORECASE | re.ASCII)
@@ -20,11 +20,11 @@ LARGEST, DEEPEST = 64 << 20, 256
 
 
 class Fault(Exception):
-    """The package is not one, and why."""
+    """The input is not a valid package; the text is the reason."""
 
 
 class Builder(ElementTree.TreeBuilder):
-    """Builds a tree of elements, and refuses what a package may not have."""
+    """Builds a tree of elements, and refuses XML that a package must not have."""
 
     depth = 0
 
@@ -68,7 +68,7 @@ def every(element, name):
 
 
 def folded(name):
-    """A part name as it is compared: ASCII letters in lower case."""
+    """A part name for comparison: ASCII letters in lower case."""
     return name.encode().lower().decode()
 
 
@@ -77,12 +77,12 @@ def parents(path):
 
 
 def encoded(name):
-    """A name with what is not ASCII as escapes."""
+    """A name with characters outside ASCII as escapes."""
     return re.sub("[^\\0-\x7f]+", lambda found: urllib.parse.quote(found[0]), name)
 
 
 def normal(path):
-    """A path without escapes that nothing needs."""
+    """A path without unnecessary escapes."""
     return re.sub("%[0-9A-Fa-f]{2}", lambda found: unescaped(found[0]), encoded(path))
 
 
@@ -92,7 +92,7 @@ def unescaped(escape):
 
 
 class Package:
-    """The parts of a package, and the relationships that start at the package itself."""
+    """The parts of a package, and the relationships of the package."""
 
     def __init__(self, path):
         self.container = zipfile.ZipFile(path)
@@ -132,7 +132,7 @@ class Package:
         return found
 
     def type_of(self, name):
-        """The content type of a part; None when it has none."""
+        """The content type of a part; None if it has none."""
         _, dot, extension = folded(name).rpartition("/")[2].rpartition(".")
         return self.types.get(folded(name)) or (self.types.get(dot + extension) if dot else None)
 
@@ -140,7 +140,7 @@ class Package:
         return self._item(folded(name))
 
     def check(self, link):
-        """Every relationship is looked at: one that cannot be is a fault of the package."""
+        """Checks every relationship: an invalid one is a fault of the package."""
         name = None if external(link) else folded(resolved(link))
         if name and (not PART_NAME.fullmatch(name)
                      or name in self.items and not self.type_of(name)):
@@ -150,12 +150,12 @@ class Package:
         return [link for link in self.links if link.get("Type") == kind]
 
     def targets(self, kind):
-        """The parts that the relationships of a type lead to; None for what is no part."""
+        """The parts that the relationships of a type lead to; None for other targets."""
         return [None if external(link) else self.parts.get(folded(resolved(link)))
                 for link in self.links_of(kind)]
 
     def only(self, kind):
-        """The part that the one relationship of a type leads to; None when that is not one."""
+        """The part that the one relationship of a type leads to; None if there is not one."""
         found = self.targets(kind)
         if found == [None]:
             raise Fault("relationship of type %s leads to no part" % kind)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""We read what others made: office documents, 3D models, code packages."""
+"""We read packages of other makers: office documents, 3D models, code packages."""
 
 import os
 import shutil
@@ -15,13 +15,12 @@ from program import KRADDON, ScratchCase, run
 SAMPLES = os.path.join(os.path.dirname(__file__), "..", "..", "build", "samples")
 EXTENSIONS = (".docx", ".pptx", ".xlsx", ".xlsm", ".3mf", ".nupkg")
 
-# Packed again with an archiver that puts files named as relationships, and are none, beside the
-# real ones.
+# This file was repacked with an archiver that adds files named like relationships parts.
 BROKEN = {"skip_empty_lines.xlsx": b"KR214"}
 
 
 def samples():
-    """The files of other makers that scripts/setup unpacked, each content once."""
+    """The files of other makers that scripts/setup unpacked, without copies."""
     found = {}
     for folder, _, names in os.walk(SAMPLES):
         for name in names:
@@ -50,7 +49,7 @@ class OtherMakers(ScratchCase):
         self.assert_same_parts(path, no_parts)
 
     def assert_same_parts(self, path, no_parts):
-        """Both see the same parts, with the same sizes, but for items that drew a warning."""
+        """Both see the same parts and sizes, except for items that drew a warning."""
         listed = self.kraddon("list", "--all", "-l", path).stdout.decode().splitlines()
         with zipfile.ZipFile(path) as package:
             self.assertIsNone(package.testzip())
@@ -71,7 +70,7 @@ class OtherMakers(ScratchCase):
             with self.subTest(path):
                 self.assert_accepted(path)
 
-    def test_broken_files_of_other_makers_are_refused_for_what_is_broken(self):
+    def test_broken_files_of_other_makers_are_refused_with_the_reason(self):
         broken = [path for path in samples() if os.path.basename(path) in BROKEN]
         self.assertEqual(len(broken), len(BROKEN))
 
@@ -108,7 +107,7 @@ class OtherMakers(ScratchCase):
 
         self.assert_accepted(self.path("w.xlsx"))
 
-    def test_a_copy_of_each_stays_sound_with_a_file_more(self):
+    def test_a_copy_of_each_stays_valid_with_another_file(self):
         for number, path in enumerate(samples()):
             if os.path.basename(path) in BROKEN:
                 continue
@@ -124,7 +123,7 @@ class OtherMakers(ScratchCase):
                 self.assert_kept(path, copy)
 
     def assert_kept(self, before, after):
-        """Every part is as it was; only what speaks of all parts may differ."""
+        """Every part is as it was, except those that list other parts."""
         with zipfile.ZipFile(before) as old, zipfile.ZipFile(after) as new:
             self.assertIsNone(new.testzip())
             names = set(new.namelist())

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Programs that know nothing of us read our packages."""
+"""Other programs read our packages."""
 
 import datetime
 import os
@@ -7,7 +7,7 @@ import shutil
 import unittest
 import zipfile
 
-import docx  # Registers what the OPC reader makes of a core properties part.
+import docx  # Registers the class that the OPC reader uses for the core properties part.
 from docx.opc.package import OpcPackage
 from docx.opc.packuri import PackURI
 from docx.opc.phys_pkg import PhysPkgReader
@@ -28,7 +28,7 @@ class OtherReaders(ScratchCase):
         shutil.copytree(EXAMPLE, self.path("tree"))
         os.makedirs(self.path("tree", "data", "recordings"))
         with open(self.path("tree", "big.bin"), "wb") as file:
-            # Beyond what is packed in one piece, half of it too random to shrink.
+            # Larger than what is packed in one piece; half of it is too random to shrink.
             file.write(os.urandom(10 << 20) + bytes(10 << 20))
         with open(self.path("tree", "nothing"), "wb"):
             pass
@@ -38,7 +38,7 @@ class OtherReaders(ScratchCase):
         self.package = self.path("p.kraddon")
 
     def assert_tree_in(self, folder):
-        """The files as any ZIP program unpacks them: no empty folders, and ASCII names."""
+        """The files as ZIP programs unpack them: ASCII names, and no empty folders."""
         expected = {path: entry[1] for path, entry in trees.describe(self.path("tree")).items()
                     if entry != "folder" and path.isascii()}
         actual = {path: entry[1] for path, entry in trees.describe(folder).items()
@@ -57,7 +57,7 @@ class ZipReaders(OtherReaders):
             self.assertEqual(
                 self.succeeds("gsf", "cat", self.package, "files/README.md").stdout, file.read())
 
-    def test_zipfile_finds_every_checksum_right(self):
+    def test_zipfile_finds_no_wrong_checksum(self):
         with zipfile.ZipFile(self.package) as package:
             self.assertIsNone(package.testzip())
             self.assertEqual(package.namelist()[:2], ["[Content_Types].xml", "_rels/.rels"])
@@ -113,10 +113,10 @@ class ZipReaders(OtherReaders):
 
 
 class AwkwardPackages(ScratchCase):
-    """Every reader takes what is unusual about a package, and nothing is wrong about it."""
+    """Every reader accepts packages that are unusual but valid."""
 
     def assert_readable(self, package, content):
-        """`content` by the names of items, some of them."""
+        """Checks `content`, bytes by item names, which may be some of the items."""
         self.succeeds("unzip", "-tqq", package)
         self.assertNotIn(b"WARNING", self.succeeds("7z", "t", package).stdout.upper())
         listed = set(self.succeeds("bsdtar", "-tf", package).stdout.decode().splitlines())
@@ -166,7 +166,7 @@ class AwkwardPackages(ScratchCase):
 
         self.assert_readable("p.kraddon", {"files/empty": b"", "files/large": noise})
 
-    def test_more_items_than_the_old_record_counts(self):
+    def test_more_items_than_the_old_end_record_can_count(self):
         os.mkdir(self.path("tree"))
         for number in range(66000):
             with open(self.path("tree", "f%d.m" % number), "wb"):
@@ -217,7 +217,7 @@ class OpcReader(OtherReaders):
         with zipfile.ZipFile(self.package) as package:
             names = [PackURI("/" + name) for name in package.namelist()]
 
-        # This reader sees no extension in the last name.
+        # This reader finds no extension in the last name.
         left_out = ("/[Content_Types].xml", "/_rels/.rels")
         found = {name: types[name] for name in names if name not in left_out}
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What other programs make of our packages is still a package to us."""
+"""We read our packages after other programs have repacked them."""
 
 import os
 import unittest
@@ -11,7 +11,7 @@ from program import run
 
 
 class Unseekable:
-    """A file that can only be written on, so that sizes have to follow the content."""
+    """A file that can only be appended to, so that sizes have to follow the content."""
 
     def __init__(self, file):
         self.file = file
@@ -37,7 +37,7 @@ class OtherWriters(PackageCase):
         os.remove(self.package)
 
     def packs(self, *words):
-        """Runs a program where the container is unpacked."""
+        """Runs a program in the folder with the unpacked container."""
         outcome = run(*words, cwd=self.path("unpacked"))
         self.assertEqual(outcome.code, 0, "%s: %s" % (words[0], outcome))
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Runs the program under test, and other programs, in a temporary folder."""
+"""Runs the program under test and other programs in a temporary folder."""
 
 import os
 import shutil
@@ -12,7 +12,7 @@ KRADDON = os.environ.get("KRADDON") or os.path.join(
 
 
 class Outcome:
-    """How a program ended. Output is bytes: names in it need not be text."""
+    """The result of a program. Output is bytes, since names in it may not be text."""
 
     def __init__(self, code, stdout, stderr, peak_kib):
         self.code = code
@@ -27,7 +27,7 @@ class Outcome:
 
 
 def run(*words, cwd=None, env=None):
-    """Runs a program to its end. Never raises for a failure of the program."""
+    """Runs a program to its end. Does not raise an exception if the program fails."""
     with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
         child = subprocess.Popen(words, cwd=cwd, env=env, stdin=subprocess.DEVNULL,
                                  stdout=out, stderr=err)
@@ -39,7 +39,7 @@ def run(*words, cwd=None, env=None):
 
 
 class ScratchCase(unittest.TestCase):
-    """A test case with a folder of its own and the program at hand."""
+    """A test case with a folder of its own and functions that run programs there."""
 
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="kraddon-interop-", dir=os.environ.get("TMPDIR"))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Packages of other makers, as Debian ships them or its libraries write them, are read in full."""
+"""We read packages of other makers in full, as Debian ships them or its libraries write them."""
 
 import collections
 import hashlib
@@ -29,7 +29,7 @@ PART_NAME = re.compile(r"(/([\w.~!$&'()*+,;=:@-]|%[0-9A-F]{2})*[^/.])+", re.ASCI
 
 
 def shipped():
-    """What scripts/setup unpacked of Debian's packages, and what one that is installed brings."""
+    """The files that scripts/setup unpacked, and one of an installed package."""
     found = [TEMPLATE]
     for folder, _, names in os.walk(SAMPLES):
         paths = (os.path.join(folder, name) for name in names if name.endswith(EXTENSIONS))
@@ -38,7 +38,7 @@ def shipped():
 
 
 def producer(path):
-    """The program that wrote a package, by what is in there."""
+    """The program that wrote a package, from its metadata."""
     with zipfile.ZipFile(path) as container:
         for name in ("docProps/app.xml", "3D/3dmodel.model"):
             if name in container.namelist():

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A real folder goes into a package and comes out as it was."""
+"""Real folders go into a package and come out unchanged."""
 
 import os
 import shutil
@@ -17,7 +17,7 @@ class RealTree(ScratchCase):
         cls.addClassCleanup(shutil.rmtree, cls.parent)
         cls.source = os.path.join(cls.parent, "tree")
         copied = trees.copy_some("/usr/include", cls.source, 2500)
-        # Headers are text; programs are not, and may be executed.
+        # Headers are text; programs are binary and executable.
         copied += trees.copy_some("/usr/bin", os.path.join(cls.source, "bin"), 100, 1 << 16)
         if copied < 500:
             raise AssertionError("only %d files to try with" % copied)

@@ -68,7 +68,7 @@ class WrittenPackages(FormatCase):
         del found["documents"]["properties"]
         self.assertEqual(found["documents"], EMPTY)
 
-    def test_hold_documents_that_say_nothing(self):
+    def test_hold_empty_documents(self):
         self.make({})
         for name, value in EMPTY.items():
             self.set(name, value)
@@ -116,7 +116,7 @@ class WrittenPackages(FormatCase):
                     "type": "image/" + kind,
                     "bytes": content + bytes(range(256))})
 
-    def test_hold_what_chance_puts_into_them(self):
+    def test_hold_random_content(self):
         chance = random.Random(20260202)
         self.make({"a.m": "x"})
         for _ in range(25):
@@ -131,7 +131,7 @@ class WrittenPackages(FormatCase):
             self.assertEqual(found["license"], documents["license"])
             self.assertEqual(found["revisions"], documents["revisions"])
 
-    def test_hold_properties_that_chance_made(self):
+    def test_hold_random_properties(self):
         chance = random.Random(20260203)
         self.make({})
         for _ in range(25):
@@ -188,7 +188,7 @@ def some_documents(chance):
 
 
 def without_empty(value):
-    """The same JSON with nothing in the place of empty lists."""
+    """The same JSON with None for empty lists."""
     if isinstance(value, list):
         return [without_empty(item) for item in value] or None
     if isinstance(value, dict):
@@ -254,7 +254,7 @@ def without_declaration(document):
 
 
 def unbroken(shown):
-    """XML of the page without its line breaks."""
+    """XML of a page without the line breaks."""
     return re.sub("\n +", " ", shown).replace("\n", "")
 
 

@@ -45,7 +45,7 @@ def added(links, *more):
 
 
 class VariantCase(FormatCase):
-    """A package with one of everything, and changed ones beside it."""
+    """A package with one of everything, and changed copies of it."""
 
     def setUp(self):
         super().setUp()
@@ -110,14 +110,14 @@ class Documents(VariantCase):
 
         self.assertEqual(found, {"type": " t  u\tv\n", "text": "a<b>\n&nm\ne\n"})
 
-    def test_are_empty_where_something_is_missing(self):
+    def test_are_read_with_missing_values_as_empty(self):
         for content in ("<l/>", "<l><licenseText/></l>", "<l>text</l>",
                         '<l xmlns:o="v"><licenseText o:type="no"/></l>',
                         '<l><g><licenseText type="deeper">x</licenseText></g></l>'):
             with self.subTest(content):
                 self.assertEqual(self.license_of(content), {"type": "", "text": ""})
 
-    def test_have_flags_that_are_true_only_when_they_say_so(self):
+    def test_have_flags_that_are_true_only_for_the_text_true(self):
         flags = ["true", "false", "TRUE", "True", "1", " true", "true ", "yes", ""]
         content = "<a>%s<application/></a>" % "".join(
             '<application installByDefault="%s"><file>1</file><file>2</file></application>' % flag
@@ -175,7 +175,7 @@ class Documents(VariantCase):
 
 
 class Relationships(VariantCase):
-    def test_that_are_not_there_leave_documents_empty(self):
+    def test_that_are_missing_leave_documents_empty(self):
         for kind in (*KINDS, "hostProperties", "core-properties", "thumbnail"):
             with self.subTest(kind):
                 self.agree(self.relinked(lambda links, kind=kind: without(links, kind)))
@@ -206,7 +206,7 @@ class Relationships(VariantCase):
                               "applications": "apps", "revisionHistory": "revisions",
                               "systemRequirements": "requirements"}.get(kind, kind))))
 
-    def test_to_a_screenshot_elsewhere_are_none(self):
+    def test_to_an_external_screenshot_are_ignored(self):
         self.agree(self.relinked(lambda links: added(
             without(links, "primaryScreenShot"),
             link("primaryScreenShot", "http://example.org/", EXTERNAL))))
@@ -222,7 +222,7 @@ class Relationships(VariantCase):
 
             self.assertEqual(found["documents"]["properties"]["KorvanRelease"], "second")
 
-    def test_to_core_properties_are_one_at_most(self):
+    def test_to_core_properties_are_refused_if_there_are_two(self):
         self.refuse(self.relinked(lambda links: added(
             links, link(format_reader.CORE, "/metadata/coreProperties.xml"))))
 
@@ -238,7 +238,7 @@ class Relationships(VariantCase):
 
                 self.assertEqual(found["documents"]["license"], {"type": "MIT", "text": "terms"})
 
-    def test_of_any_type_are_refused_when_the_target_is_no_part_name(self):
+    def test_of_any_type_are_refused_if_the_target_is_not_a_part_name(self):
         for target in ("", "//host/metadata/license.xml", "file:///metadata/license.xml",
                        "%2Fmetadata/license.xml"):
             with self.subTest(target):
@@ -266,7 +266,7 @@ class FileTrees(VariantCase):
     def table(self, body):
         return {TABLE: '<fileTree xmlns="%s/fileTree">%s</fileTree>' % (format_reader.ROOT, body)}
 
-    def test_are_read_from_tables_of_other_spellings(self):
+    def test_are_read_from_tables_in_other_spellings(self):
         for body in ('\n <!-- c --> text <folder path="e2" x="1"><y/></folder>',
                      '<folder path="a%20b/%41/%25"/><folder path="ä b"/>',
                      '<folder path="a%0Ab"/><folder path="a%2Fb"/><folder path="a\\b"/>',
@@ -293,7 +293,7 @@ class FileTrees(VariantCase):
             with self.subTest(body):
                 self.refuse(self.table(body), "list", "q.kraddon")
 
-    def test_are_refused_when_the_root_of_the_table_is_another(self):
+    def test_are_refused_when_the_table_has_another_root(self):
         for root in ("<fileTree/>", '<tree xmlns="%s/fileTree"/>' % format_reader.ROOT):
             self.refuse({TABLE: root}, "list", "q.kraddon")
 
@@ -326,7 +326,7 @@ class FileTrees(VariantCase):
 
                     self.assertEqual(found["files"][path], (folder + name).encode())
 
-    def test_have_no_files_of_other_entries(self):
+    def test_do_not_include_other_entries(self):
         for name in (
                 "a%0A.q", "a%7F.q", "a%C2%85.q", "%41.q", "a b.q", "%25%34%31.q", "a%5Cb.q",
                 "a%2Fb.q", "%C3.q", "%ED%A0%80.q", "%00.q", "x/", "/y.q", "./y.q",
@@ -342,7 +342,7 @@ class FileTrees(VariantCase):
             with self.subTest(name):
                 self.refuse(self.parts(name), "list", "q.kraddon")
 
-    def test_have_the_first_of_two_parts_that_stand_for_one_path(self):
+    def test_have_the_first_of_two_parts_with_one_path(self):
         for names in (("files/(.q", "files/%28.q"), ("files/%28.q", "files/(.q"),
                       ("files/(.q/x.q", "files/%28.q"), ("files/(.q", "files/%28.q/x.q")):
             with self.subTest(names):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""File trees on disk: describing them so that two can be compared. Names are bytes throughout."""
+"""Descriptions of file trees on disk, which can be compared. All names are bytes."""
 
 import hashlib
 import os
@@ -31,7 +31,7 @@ def describe(root, with_times=True):
 
 
 def differences(expected, actual):
-    """The first few paths that are not alike, as text; empty when all are."""
+    """The first few paths that differ, as text; empty if none do."""
     lines = []
     for path in sorted(set(expected) | set(actual)):
         before, after = expected.get(path), actual.get(path)
@@ -41,7 +41,7 @@ def differences(expected, actual):
 
 
 def _broken_or_special(folder, names):
-    """For copytree: what cannot be copied as a file."""
+    """For copytree: the names that cannot be copied as files."""
     skipped = []
     for name in names:
         path = os.path.join(folder, name)
@@ -59,12 +59,12 @@ def copy_some(source, destination, count, largest=1 << 20):
     """Copies the first `count` files of up to `largest` bytes, links resolved; returns how many."""
     copied = 0
     for folder, folders, files in os.walk(source, followlinks=True):
-        folders.sort()  # so that every run takes the same ones
+        folders.sort()  # so that every run copies the same files
         target = os.path.join(destination, os.path.relpath(folder, source))
         for name in sorted(files):
             origin = os.path.join(folder, name)
             if not os.path.isfile(origin) or os.path.getsize(origin) > largest:
-                continue  # links that lead nowhere among them
+                continue  # such as a link that leads nowhere
             os.makedirs(target, exist_ok=True)
             shutil.copy2(origin, os.path.join(target, name))
             copied += 1

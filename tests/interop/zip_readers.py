@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What programs of other makers find in a container: the names in its order, and all bytes."""
+"""The names and bytes that other programs find in a container, in its order."""
 
 import re
 import zipfile

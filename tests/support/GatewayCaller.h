@@ -44,13 +44,13 @@ const HostFunctionTable& functionTable();
 struct HostArrayDeleter {
   void operator()(kxArray* array) const { kxDestroyArray(array); }
 };
-/// An array that belongs to the test.
+/// An array that the test owns.
 using HostArray = std::unique_ptr<kxArray, HostArrayDeleter>;
 
 using Texts = std::vector<std::u16string>;
 using FieldTexts = std::vector<std::pair<std::string, std::u16string>>;
 
-// Arrays from values. Texts may hold U+0000.
+// Functions that make arrays from values. Texts may hold U+0000.
 HostArray makeText(const std::u16string& text);
 HostArray makeText(const std::filesystem::path& path);
 HostArray makeNumber(double value);
@@ -59,22 +59,22 @@ HostArray makeCell(const Texts& texts);
 /// A 1-by-1 struct of texts, fields in this order.
 HostArray makeStruct(const FieldTexts& fields);
 
-// Values from arrays. A missing field or cell is a host error.
+// Functions that read values from arrays. A missing field or cell is a host error.
 Texts cellTexts(const kxArray* cell);
 FieldTexts fieldTexts(const kxArray* structure, std::size_t index = 0);
 std::u16string fieldText(const kxArray* structure, const char* name, std::size_t index = 0);
 
-/// What a host sees of a call.
+/// What a host observes of a call.
 struct Outcome {
-  HostArray output;        ///< null: plhs[0] was left as it was
-  std::string hostError;   ///< its identifier; "" when the call returned
+  HostArray output;        ///< null if plhs[0] was not set
+  std::string hostError;   ///< its identifier; "" if the call returned
   std::string message;     ///< of the host error
-  std::size_t leftBehind;  ///< arrays that nobody owned when the call ended
+  std::size_t leftBehind;  ///< arrays without an owner when the call ended
 };
 
 using Inputs = std::vector<const kxArray*>;
 
-/// One call of a gateway inside a call scope. Exceptions that are no host errors pass.
+/// Calls a gateway in a call scope. Exceptions that are not host errors pass.
 Outcome call(Slot slot, int outputs, const Inputs& inputs);
 
 }  // namespace test

@@ -9,7 +9,7 @@
 #include "opc/Text.h"
 #include "tests/support/GatewayCaller.h"
 
-// Whole host arrays from values, and whole host arrays as one line of text to compare.
+// Makes host arrays from values, and prints host arrays as one line of text for comparison.
 
 namespace test {
 
@@ -23,7 +23,7 @@ inline HostArray makeStructArray(const Shape& shape, const std::vector<const cha
   return HostArray(kxCreateStructArray(shape.size(), shape.data(), names.size(), names.data()));
 }
 
-/// A struct array of texts, one row of values an element, in linear order.
+/// A struct array of texts, one row of values per element, in linear order.
 inline HostArray makeTable(const Shape& shape, const std::vector<const char*>& names,
                            const std::vector<Texts>& rows) {
   HostArray table = makeStructArray(shape, names);
@@ -65,7 +65,7 @@ inline std::string describeElement(const kxArray* structure, std::size_t index) 
 }
 
 /// Texts as 'text', cells as {1x2 'a' 'b'}, structs as [1x1 (name='a' files=-)] with a dash for
-/// what is unset; a struct without elements lists its fields, as [1x0 name files].
+/// an unset value; a struct without elements lists its fields, as [1x0 name files].
 inline std::string describe(const kxArray* array) {
   if (array == nullptr) return "-";
   if (kxIsChar(array)) return "'" + opc::toUtf8(matrix::get_ustring(array)) + "'";

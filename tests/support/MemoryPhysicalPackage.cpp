@@ -18,10 +18,10 @@ using opc::interfaces::OpenMode;
 
 namespace {
 
-// What a new item without a time of its own gets.
+// The time of a new item for which none is given.
 constexpr std::int64_t kTimeOfCommit = 1'400'000'000;
 
-// Appends to the text of an item.
+// A stream that appends to an item.
 class TextStream final : public opc::OutputStream {
  public:
   explicit TextStream(std::string& text) : text_(text) {}

@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// An item as it lies on a disk in memory.
+/// An item as it is stored on a disk in memory.
 struct MemoryItem {
   std::string name;
   std::string bytes;
@@ -22,7 +22,7 @@ struct MemoryItem {
   std::int64_t modified = 0;
 };
 
-/// What is left when a package is closed. Without items there is no file.
+/// What remains after a package is closed. Without items there is no file.
 struct MemoryDisk {
   std::optional<std::vector<MemoryItem>> items;
   unsigned commits = 0;
@@ -30,22 +30,22 @@ struct MemoryDisk {
   MemoryDisk& add(std::string name, std::string bytes);
   std::vector<std::string> names() const;
   bool has(std::string_view name) const;
-  /// The bytes of the item of exactly that name. Throws std::out_of_range when there is none.
+  /// The bytes of the item with exactly that name. Throws std::out_of_range if there is none.
   const std::string& bytes(std::string_view name) const;
 };
 
-/// A physical package in memory, which tells what was read of it and fails on demand.
+/// A physical package in memory that records what is read from it and fails on demand.
 class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
  public:
   /// `disk` must outlive the package.
   explicit MemoryPhysicalPackage(MemoryDisk& disk) : disk_(disk) {}
 
-  /// Names of the items whose bytes were asked for, in order, since the package was made.
+  /// The names of the items whose bytes were read, in order, since the package was made.
   const std::vector<std::string>& itemsRead() const { return itemsRead_; }
   void failCommits(unsigned count) { commitsToFail_ = count; }
-  /// The next commit puts the new package in place, closes, and throws all the same.
+  /// The next commit puts the new package in place, closes, and throws anyway.
   void failNextFlush() { failsFlush_ = true; }
-  /// Of an item that was added.
+  /// The stream of an item that was added.
   opc::interfaces::CompressionType compressionOf(opc::interfaces::ItemIndex item) const;
 
   void open(opc::interfaces::OpenMode mode) override;
@@ -83,7 +83,7 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   void commit();
 
   MemoryDisk& disk_;
-  std::deque<Item> items_;  // names stay where they are
+  std::deque<Item> items_;  // the addresses of names stay valid
   std::vector<std::string> itemsRead_;
   opc::interfaces::OpenMode mode_ = opc::interfaces::OpenMode::Read;
   unsigned commitsToFail_ = 0;

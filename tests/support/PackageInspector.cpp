@@ -25,7 +25,7 @@ std::string readAll(int fd) {
   return output;
 }
 
-/// What the program prints; throws unless it exits with 0.
+/// Returns the output of the program; throws unless it exits with 0.
 std::string run(const std::vector<std::string>& arguments) {
   std::array<int, 2> pipe{};
   if (::pipe(pipe.data()) != 0) throw std::runtime_error("pipe failed");

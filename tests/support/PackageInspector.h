@@ -7,8 +7,8 @@
 
 namespace test {
 
-/// Looks into packages, and breaks them, with Python's own ZIP and XML modules: an independent
-/// judge of what was written. Every call runs package_inspector.py and throws when that fails.
+/// Reads packages, and damages them, with Python's own ZIP and XML modules, which share no code
+/// with ours. Every call runs package_inspector.py and throws if that fails.
 class PackageInspector {
  public:
   explicit PackageInspector(std::filesystem::path package) : package_(std::move(package)) {}
@@ -17,10 +17,10 @@ class PackageInspector {
   std::vector<std::string> names() const;
   /// The ids and targets of the package's relationships of a type, "id target", in order.
   std::vector<std::string> relationships(const std::string& type) const;
-  /// By override or extension; "" when there is none.
+  /// By override or extension; "" if there is none.
   std::string contentType(const std::string& item) const;
   std::string content(const std::string& item) const;
-  /// The part's XML in canonical form, which is the same for all ways to write one document.
+  /// The part's XML in canonical form, which is the same for all spellings of a document.
   std::string canonical(const std::string& item) const;
 
   void remove(const std::string& item) const;

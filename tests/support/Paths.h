@@ -6,10 +6,10 @@
 
 namespace test {
 
-/// The full path of a file of the project, from its path below the project's folder.
+/// The full path of a file in the project's folder.
 std::string sourcePath(std::string_view path);
 
-/// The same below the folder of this build.
+/// The full path of a file in the folder of this build.
 std::string buildPath(std::string_view path);
 
 }  // namespace test

@@ -11,7 +11,7 @@
 
 namespace test {
 
-/// A folder of its own for a test, removed with everything in it.
+/// A temporary folder for a test, removed with its content.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

@@ -11,7 +11,7 @@
 
 namespace test {
 
-/// A way to get, or not to get, a second thread.
+/// The ways to run work: with a second thread, or without.
 struct Starter {
   std::string name;
   opc::interfaces::BackgroundStarter starter;

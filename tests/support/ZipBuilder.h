@@ -21,7 +21,7 @@ std::uint32_t crcOf(std::string_view data);
 /// One raw deflate stream.
 std::string deflated(std::string_view data);
 
-/// What a local header, a directory entry or a data descriptor says instead of the truth.
+/// Wrong values for a local header, a directory entry or a data descriptor.
 struct HeaderOverrides {
   std::optional<std::uint32_t> signature;
   std::optional<std::uint16_t> madeBy;  ///< directory only
@@ -43,13 +43,13 @@ struct HeaderOverrides {
   std::string extra;
 };
 
-/// An item as it should be, and where it should not be right.
+/// An item as it should be, and the values that are to be wrong.
 struct ZipItem {
   std::string name = {};
   std::string content = {};
   bool deflate = false;
-  std::optional<std::string> packed = std::nullopt;  ///< the data, whatever the content is
-  std::string before = {};                           ///< bytes in front of the local header
+  std::optional<std::string> packed = std::nullopt;  ///< the packed data, instead of the content's
+  std::string before = {};                           ///< bytes before the local header
   std::string comment = {};
   HeaderOverrides local = {};
   HeaderOverrides central = {};
@@ -60,21 +60,21 @@ struct ZipItem {
   bool descriptorWide = false;
   std::optional<std::string> descriptorBytes = std::nullopt;
 
-  bool writeLocal = true;    ///< else no local header and data
-  bool writeCentral = true;  ///< else no directory entry
+  bool writeLocal = true;    ///< false: no local header and data
+  bool writeCentral = true;  ///< false: no directory entry
 };
 
-/// Makes ZIP files byte by byte, right or wrong. It shares no code with what it tests.
+/// Makes ZIP files byte by byte, valid or not. It shares no code with what it tests.
 struct ZipBuilder {
-  std::string prefix;  ///< in front of everything, counted by the offsets
+  std::string prefix;  ///< bytes before everything else, which the offsets account for
   std::vector<ZipItem> items;
   std::string beforeEnd;  ///< between directory and end records
   std::string comment;
-  std::string suffix;  ///< behind everything
+  std::string suffix;  ///< bytes after everything else
 
-  bool zip64 = false;  ///< a ZIP64 end record and its locator, the old record's values elsewhere
+  bool zip64 = false;  ///< writes a ZIP64 end record and its locator, which hold the values
 
-  std::optional<std::uint64_t> entries;  ///< instead of the truth, in the record that holds them
+  std::optional<std::uint64_t> entries;  ///< a wrong number, in the record that holds it
   std::optional<std::uint64_t> entriesHere;
   std::optional<std::uint64_t> directorySize;
   std::optional<std::uint64_t> directoryOffset;

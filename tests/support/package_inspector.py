@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Looks into a package, or breaks it: package_inspector.py COMMAND PACKAGE [ARGUMENT...]."""
+"""Reads or damages a package: package_inspector.py COMMAND PACKAGE [ARGUMENT...]."""
 
 import os
 import sys
@@ -18,7 +18,7 @@ def read(package, item):
 
 
 def rewrite(package, change):
-    """Writes the package anew; `change` maps a name and its bytes to new bytes, or None."""
+    """Rewrites the package; `change` maps a name and its bytes to new bytes, or None."""
     fresh = package + ".new"
     with zipfile.ZipFile(package) as old, zipfile.ZipFile(fresh, "w", zipfile.ZIP_DEFLATED) as new:
         for item in old.infolist():
