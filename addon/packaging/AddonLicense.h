@@ -3,27 +3,22 @@
 
 #include <string>
 
-#include "addon/packaging/XMLPartType.h"
-#include "hostarray/kxarray.h"
+#include "addon/packaging/DocumentTable.h"
 
 namespace addon::packaging {
 
 /// The license terms of an add-on: the part "/metadata/license.xml".
-class AddonLicense : public XMLPartType {
+class AddonLicense : public TableDocument<AddonLicense> {
  public:
+  static const DocumentTable kTable;
+
   std::u16string type;  ///< a label, free text
   std::u16string text;  ///< the terms in full
 
-  AddonLicense();
+  AddonLicense() = default;
   /// From element 0 of a host struct. Raises a host error for a missing field or one that is not
   /// text.
-  explicit AddonLicense(const kxArray* s);
-
-  /// A new 1-by-1 host struct; the caller owns it.
-  kxArray* getStructArray();
-  void buildDOM(
-      std::unique_ptr<xercesc::DOMDocument, opc::model::XercesDeleter>& document) override;
-  void populateFromDOM(xercesc::DOMDocument* document) override;
+  explicit AddonLicense(const kxArray* s) { readStruct(s); }
 };
 
 }  // namespace addon::packaging

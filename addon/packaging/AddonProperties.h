@@ -5,16 +5,17 @@
 #include <boost/optional.hpp>
 #include <string>
 
-#include "addon/packaging/XMLPartType.h"
-#include "hostarray/kxarray.h"
+#include "addon/packaging/DocumentTable.h"
 
 namespace addon::packaging {
 
 /// Who and what an add-on is. Kept in two places: type, name, version, summary, release and the
 /// author's name in the package's core properties; GUID, description and the author, whose name
 /// counts here, in the part "/metadata/addonProperties.xml".
-class AddonProperties : public XMLPartType {
+class AddonProperties : public TableDocument<AddonProperties> {
  public:
+  static const DocumentTable kTable;
+
   std::u16string type;  ///< "Korvan Toolbox", the only one known
   std::u16string name;
   std::u16string version;
@@ -28,16 +29,10 @@ class AddonProperties : public XMLPartType {
   /// From the core properties only; not part of the host struct.
   boost::optional<boost::posix_time::ptime> lastModifiedTime;
 
-  AddonProperties();
+  AddonProperties() = default;
   /// From element 0 of a host struct. Raises a host error for a missing field or one that is not
   /// text.
-  explicit AddonProperties(const kxArray* properties);
-
-  /// A new 1-by-1 host struct; the caller owns it.
-  kxArray* getStructArray();
-  void buildDOM(
-      std::unique_ptr<xercesc::DOMDocument, opc::model::XercesDeleter>& document) override;
-  void populateFromDOM(xercesc::DOMDocument* document) override;
+  explicit AddonProperties(const kxArray* properties) { readStruct(properties); }
 };
 
 }  // namespace addon::packaging

@@ -1,14 +1,117 @@
 // SPDX-License-Identifier: MIT
 #include "addon/packaging/HostStruct.h"
 
+#include <array>
 #include <utility>
 
+#include "addon/packaging/DocumentTable.h"
 #include "hostarray/matrix.h"
 
 namespace addon::packaging {
 
-ArrayPointer createStruct(std::size_t count, std::span<const char* const> fieldNames) {
-  return ArrayPointer(kxCreateStructArray(1, &count, fieldNames.size(), fieldNames.data()));
+namespace {
+
+/// The elements of an array one after the other, each taken with the host's own indexing.
+class ElementLoop {
+ public:
+  /// `array` may be null, which has no elements.
+  explicit ElementLoop(const kxArray* array)
+      : array_(array),
+        subscript_(array == nullptr ? nullptr : kxCreateDoubleScalar(0.0)),
+        count_(array == nullptr ? 0 : kxGetNumberOfElements(array)) {}
+
+  /// Whether there is an element to take; element() is then that one.
+  bool next() {
+    if (taken_ == count_) return false;
+    kxArray* subscript = subscript_.get();
+    *kxGetDoubles(subscript) = static_cast<double>(++taken_);
+    element_ = kxSubscriptedReference(array_, 1, &subscript);
+    return true;
+  }
+  /// Belongs to the host's current call.
+  const kxArray* element() const { return element_; }
+
+ private:
+  const kxArray* array_;
+  ArrayPointer subscript_;
+  std::size_t count_;
+  std::size_t taken_ = 0;
+  const kxArray* element_ = nullptr;
+};
+
+ArrayPointer toStructArray(const ConstRecord& record, const Field& list) {
+  ArrayPointer array = createStruct(list.table(), record.size(list));
+  for (std::size_t i = 0; i < record.size(list); ++i) {
+    writeStruct(record.at(list, i), array.get(), i);
+  }
+  return array;
+}
+
+/// Null for a field that stays unset.
+ArrayPointer toValue(const ConstRecord& record, const Field& field) {
+  switch (field.kind()) {
+    case FieldKind::Text:
+      return toText(record.text(field));
+    case FieldKind::Flag:
+      return toFlag(record.flag(field));
+    case FieldKind::Texts:
+      if (field.isUnsetWhenEmpty && record.isEmpty(field)) break;
+      return toTextCell(record.texts(field));
+    case FieldKind::Records:
+      if (record.isEmpty(field)) break;
+      return toStructArray(record, field);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+ArrayPointer createStruct(const RecordTable& table, std::size_t count) {
+  std::vector<const char*> names;
+  for (const Field& field : table.fields) names.push_back(field.name);
+  return ArrayPointer(kxCreateStructArray(1, &count, names.size(), names.data()));
+}
+
+void writeStruct(const ConstRecord& record, kxArray* array, std::size_t index) {
+  for (const Field& field : record.table().fields) {
+    if (ArrayPointer value = toValue(record, field)) {
+      setField(array, index, field.name, std::move(value));
+    }
+  }
+}
+
+ArrayPointer toStruct(const DocumentTable& table, const ConstRecord& document) {
+  if (table.isList) return toStructArray(document, table.list());
+  ArrayPointer array = createStruct(table.record, 1);
+  writeStruct(document, array.get(), 0);
+  return array;
+}
+
+void readStruct(const Record& record, const kxArray* array, std::size_t index) {
+  for (const Field& field : record.table().fields) {
+    switch (field.kind()) {
+      case FieldKind::Text:
+        record.text(field) = readText(array, index, field.name);
+        break;
+      case FieldKind::Flag:
+        record.flag(field) = isNotFalse(readText(array, index, field.name));
+        break;
+      case FieldKind::Texts:
+        record.texts(field) = readOptionalTexts(array, index, field.name);
+        break;
+      case FieldKind::Records:
+        for (ElementLoop loop(kxGetField(array, index, field.name)); loop.next();) {
+          readStruct(record.append(field), loop.element(), 0);
+        }
+        break;
+    }
+  }
+}
+
+void readStruct(const DocumentTable& table, const Record& document, const kxArray* array) {
+  if (!table.isList) return readStruct(document, array, 0);
+  const std::size_t count = kxGetNumberOfElements(array);
+  for (std::size_t i = 0; i < count; ++i) readStruct(document.append(table.list()), array, i);
 }
 
 ArrayPointer toText(const std::u16string& text) {
@@ -64,19 +167,6 @@ bool isNotFalse(std::u16string_view text) {
 
 bool isTrue(std::u16string_view text) {
   return text == u"true";
-}
-
-ElementLoop::ElementLoop(const kxArray* array)
-    : array_(array),
-      subscript_(array == nullptr ? nullptr : kxCreateDoubleScalar(0.0)),
-      count_(array == nullptr ? 0 : kxGetNumberOfElements(array)) {}
-
-bool ElementLoop::next() {
-  if (taken_ == count_) return false;
-  kxArray* subscript = subscript_.get();
-  *kxGetDoubles(subscript) = static_cast<double>(++taken_);
-  element_ = kxSubscriptedReference(array_, 1, &subscript);
-  return true;
 }
 
 }  // namespace addon::packaging

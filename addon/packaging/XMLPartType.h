@@ -11,6 +11,7 @@
 namespace addon::packaging {
 
 using opc::plservices::SchemaRoot;
+struct DocumentTable;
 
 /// A metadata document: one XML part of the package, with the four texts that identify it.
 ///
@@ -28,6 +29,8 @@ class XMLPartType {
 
   XMLPartType(std::u16string partName, std::u16string contentType, std::u16string namespaceURI,
               std::u16string relationshipType);
+  /// With the four texts that a table gives.
+  explicit XMLPartType(const DocumentTable& table);
   virtual ~XMLPartType();
 
   /// Appends the whole document to an empty DOM document. Throws opc::model::InvalidXMLDocument for

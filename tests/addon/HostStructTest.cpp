@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "addon/packaging/DocumentTable.h"
 #include "hostarray/matrix.h"
 #include "hostarray/standin/testing.h"
 
@@ -18,32 +19,51 @@ using hostarray::standin::liveArrays;
 namespace {
 
 /// A record as the list documents have them: two texts and a flag.
-struct Tool {
+struct Tool : TableRecord<Tool> {
+  static const RecordTable kTable;
+
   std::u16string name;
   std::u16string path;
   bool isDefault = false;
-
-  Tool() = default;
-  explicit Tool(const kxArray* element);
-  static kxArray* createStructArray(std::size_t count);
-  void addRow(kxArray* array, std::size_t index) const;
 };
 
-constexpr TextField<Tool> kToolTexts[] = {{"name", &Tool::name}, {"path", &Tool::path}};
-constexpr std::array<const char*, 3> kToolFields{"name", "path", "isDefault"};
+constexpr Field kToolFields[] = {field<&Tool::name>("name", "@name", "Its name."),
+                                 field<&Tool::path>("path", "@path", "Its path."),
+                                 field<&Tool::isDefault>("isDefault", "@isDefault", "A flag.")};
 
-Tool::Tool(const kxArray* element) {
-  readTexts(*this, element, 0, kToolTexts);
-  isDefault = isNotFalse(readText(element, 0, "isDefault"));
+/// A struct with a list of them, as documents have it.
+struct Box : TableRecord<Box> {
+  static const RecordTable kTable;
+
+  std::vector<Tool> tools;
+};
+
+constexpr Field kBoxFields[] = {field<&Box::tools>("tools", "tool", "What is in it.")};
+
+}  // namespace
+
+constinit const RecordTable Tool::kTable{"tool", "A tool.", kToolFields};
+constinit const RecordTable Box::kTable{"box", "A box.", kBoxFields};
+
+namespace {
+
+ArrayPointer toStructArray(const std::vector<Tool>& tools) {
+  ArrayPointer array = createStruct(Tool::kTable, tools.size());
+  for (std::size_t i = 0; i < tools.size(); ++i) writeStruct(ConstRecord(tools[i]), array.get(), i);
+  return array;
 }
 
-kxArray* Tool::createStructArray(std::size_t count) {
-  return createStruct(count, kToolFields).release();
+/// A host struct with a field of tools.
+ArrayPointer boxOf(ArrayPointer tools) {
+  ArrayPointer s = createStruct(Box::kTable, 1);
+  setField(s.get(), 0, "tools", std::move(tools));
+  return s;
 }
 
-void Tool::addRow(kxArray* array, std::size_t index) const {
-  writeTexts(*this, array, index, kToolTexts);
-  setField(array, index, "isDefault", toFlag(isDefault));
+std::vector<Tool> readTools(const kxArray* array) {
+  Box box;
+  readStruct(Record(box), array, 0);
+  return box.tools;
 }
 
 Tool makeTool(std::u16string name, std::u16string path, bool isDefault) {
@@ -63,8 +83,9 @@ class HostStruct : public testing::Test {
 
   /// A 1-by-1 struct with the one field "f".
   static ArrayPointer structWith(ArrayPointer value) {
-    const std::array<const char*, 1> names{"f"};
-    ArrayPointer s = createStruct(1, names);
+    const char* name = "f";
+    const std::size_t size = 1;
+    ArrayPointer s(kxCreateStructArray(1, &size, 1, &name));
     setField(s.get(), 0, "f", std::move(value));
     return s;
   }
@@ -95,9 +116,9 @@ TEST_F(HostStruct, HoldsOneElementARecord) {
 TEST_F(HostStruct, RecordsComeBackThroughTheHostsIndexing) {
   const CallScope call;
   const std::vector<Tool> tools{makeTool(u"a", u"b", true), makeTool(u"c", u"d", false)};
-  const ArrayPointer s = toStructArray(tools);
+  const ArrayPointer s = boxOf(toStructArray(tools));
 
-  const auto records = readRecords<Tool>(s.get());
+  const auto records = readTools(s.get());
 
   ASSERT_EQ(records.size(), 2u);
   EXPECT_EQ(records[0].name, u"a");
@@ -110,12 +131,14 @@ TEST_F(HostStruct, RecordsComeBackThroughTheHostsIndexing) {
 TEST_F(HostStruct, RecordsOfAnyShapeComeInLinearOrder) {
   const CallScope call;
   const std::array<std::size_t, 2> sizes{2, 2};
-  const ArrayPointer s(kxCreateStructArray(2, sizes.data(), 3, kToolFields.data()));
+  const std::array<const char*, 3> names{"name", "path", "isDefault"};
+  ArrayPointer s(kxCreateStructArray(2, sizes.data(), names.size(), names.data()));
   for (std::size_t i = 0; i < 4; ++i) {
     makeTool(std::u16string(1, static_cast<char16_t>(u'a' + i)), u"", false).addRow(s.get(), i);
   }
 
-  const auto records = readRecords<Tool>(s.get());
+  const ArrayPointer box = boxOf(std::move(s));
+  const auto records = readTools(box.get());
 
   ASSERT_EQ(records.size(), 4u);
   EXPECT_EQ(records[1].name + records[2].name + records[3].name, u"bcd");
@@ -123,21 +146,22 @@ TEST_F(HostStruct, RecordsOfAnyShapeComeInLinearOrder) {
 
 TEST_F(HostStruct, NullAndAnEmptyArrayHaveNoRecords) {
   const CallScope call;
-  const ArrayPointer empty(Tool::createStructArray(0));
+  const ArrayPointer unset = boxOf(nullptr);
+  const ArrayPointer empty = boxOf(ArrayPointer(Tool::createStructArray(0)));
 
-  EXPECT_TRUE(readRecords<Tool>(nullptr).empty());
-  EXPECT_TRUE(readRecords<Tool>(empty.get()).empty());
+  EXPECT_TRUE(readTools(unset.get()).empty());
+  EXPECT_TRUE(readTools(empty.get()).empty());
 }
 
 TEST_F(HostStruct, ARecordWithoutARequiredFieldLeavesNoSubscriptBehind) {
-  const ArrayPointer s(Tool::createStructArray(2));
+  const ArrayPointer s = boxOf(ArrayPointer(Tool::createStructArray(2)));
   {
     const CallScope call;
-    EXPECT_THROW(readRecords<Tool>(s.get()), matrix::HostError);
+    EXPECT_THROW(readTools(s.get()), matrix::HostError);
     EXPECT_EQ(call.unowned(), 0u);
   }
 
-  EXPECT_EQ(liveArrays(), 1u);
+  EXPECT_EQ(liveArrays(), 2u);  // the struct and its field
 }
 
 TEST_F(HostStruct, TextsBecomeACellRow) {

@@ -16,7 +16,7 @@ using opc::checks::quoted;
 using opc::checks::Report;
 using opc::model::domLocalName;
 using opc::model::domNamespace;
-using packaging::ElementSchema;
+using packaging::Element;
 using xercesc::DOMElement;
 
 namespace {
@@ -53,7 +53,7 @@ class StructureCheck {
 
   // With another root nobody knows what may be in it.
   bool checkName() {
-    const std::u16string_view wanted = document_.schema.root->name;
+    const std::u16string_view wanted = document_.schema.root.name;
     if (domLocalName(*root_) == wanted) return true;
     add(kWrongRoot, root_,
         "the root element is " + quoted(domLocalName(*root_)) + ", not " + quoted(wanted));
@@ -64,8 +64,8 @@ class StructureCheck {
   const DOMElement* visit(const DOMElement* element) {
     // Those above it, the root first, each with what it may hold.
     while (!path_.empty() && path_.back().element != element->getParentNode()) path_.pop_back();
-    const ElementSchema* schema =
-        path_.empty() ? document_.schema.root : findChild(*path_.back().schema, element);
+    const Element* schema =
+        path_.empty() ? &document_.schema.root : findChild(*path_.back().schema, element);
     if (schema == nullptr) {
       reportUnknown(element);
       return nextAfter(element);
@@ -86,12 +86,12 @@ class StructureCheck {
   }
 
   // Elements have the namespace of their root, be it the right one or not.
-  const ElementSchema* findChild(const ElementSchema& parent, const DOMElement* element) const {
+  const Element* findChild(const Element& parent, const DOMElement* element) const {
     if (domNamespace(*element) != domNamespace(*root_)) return nullptr;
     const auto found =
         std::find_if(parent.children.begin(), parent.children.end(),
-                     [&](const auto* child) { return domLocalName(*element) == child->name; });
-    return found == parent.children.end() ? nullptr : *found;
+                     [&](const Element& child) { return domLocalName(*element) == child.name; });
+    return found == parent.children.end() ? nullptr : &*found;
   }
 
   void reportUnknown(const DOMElement* element) {
@@ -103,15 +103,15 @@ class StructureCheck {
             quoted(path_.back().schema->name) + ": no such element belongs there");
   }
 
-  static bool mayStand(const xercesc::DOMNode& attribute, const ElementSchema& schema) {
+  static bool mayStand(const xercesc::DOMNode& attribute, const Element& schema) {
     if (opc::model::isNamespaceDeclaration(attribute)) return true;
     if (domNamespace(attribute) == kXmlNamespace) return true;
     if (!domNamespace(attribute).empty()) return false;
     return std::any_of(schema.attributes.begin(), schema.attributes.end(),
-                       [&](const char16_t* name) { return domLocalName(attribute) == name; });
+                       [&](const auto& one) { return domLocalName(attribute) == one.name; });
   }
 
-  void checkAttributes(const DOMElement* element, const ElementSchema& schema) {
+  void checkAttributes(const DOMElement* element, const Element& schema) {
     const xercesc::DOMNamedNodeMap* attributes = element->getAttributes();
     for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
       const xercesc::DOMNode& attribute = *attributes->item(i);
@@ -123,18 +123,18 @@ class StructureCheck {
   }
 
   // By their local names, as they are read.
-  void checkRequired(const DOMElement* element, const ElementSchema& schema) {
-    for (const ElementSchema* child : schema.children) {
-      if (!child->isRequired) continue;
-      if (opc::model::XercesHelper::getElement(element, child->name) != nullptr) continue;
+  void checkRequired(const DOMElement* element, const Element& schema) {
+    for (const Element& child : schema.children) {
+      if (!child.isRequired) continue;
+      if (opc::model::XercesHelper::getElement(element, child.name) != nullptr) continue;
       add(kMissingElement, element,
-          "element " + quoted(schema.name) + " has no " + quoted(child->name) + " in it");
+          "element " + quoted(schema.name) + " has no " + quoted(child.name) + " in it");
     }
   }
 
   struct Step {
     const DOMElement* element;
-    const ElementSchema* schema;
+    const Element* schema;
   };
 
   const ParsedDocument& document_;

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <set>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/DocumentCheck.h"
 #include "addon/checks/detail/Readable.h"
-#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/HostStruct.h"
+#include "addon/packaging/RecordXml.h"
 #include "opc/Text.h"
 #include "opc/checks/Finding.h"
 #include "opc/model/DomText.h"
@@ -21,78 +22,83 @@ using opc::checks::Report;
 using opc::model::XercesHelper;
 using opc::plservices::HostPropertiesPart;
 using packaging::AddonPackage;
-using packaging::AppsXml;
-using packaging::ExamplesXml;
-using packaging::PropertiesXml;
+using packaging::Element;
+using packaging::FieldKind;
+using packaging::FoundElement;
+using packaging::FoundValue;
 using xercesc::DOMElement;
 
 namespace {
 
-void checkAuthors(const ParsedDocument& document, Report& report) {
-  std::vector<DOMElement*> authors;
-  for (const auto* list :
-       XercesHelper::getElements(document.text.root(), PropertiesXml::kAuthors)) {
-    const auto some = XercesHelper::getElements(list, PropertiesXml::kAuthor);
-    authors.insert(authors.end(), some.begin(), some.end());
-  }
-  if (authors.size() < 2) return;
-  report.add(kSeveralAuthors, document.part,
-             "the document names " + std::to_string(authors.size()) +
-                 " authors: only the first of them is read",
-             document.text.lineOf(authors[1]));
-}
-
-void checkFlags(const ParsedDocument& document, Report& report) {
-  for (const auto* app : XercesHelper::getElements(document.text.root(), AppsXml::kApplication)) {
-    std::u16string flag;
-    // Without the attribute nobody tried to say anything.
-    if (!XercesHelper::getElementAttribute(app, AppsXml::kInstallByDefault, flag)) continue;
-    if (packaging::isTrue(flag) || !packaging::isNotFalse(flag)) continue;
-    std::u16string name;
-    XercesHelper::getElementAttribute(app, AppsXml::kName, name);
-    report.add(kBadFlag, document.part,
-               "'installByDefault' of the app " + quoted(name) + " is " + quoted(flag) +
-                   ": it is either 'true' or 'false', and everything else is read as 'false'",
-               document.text.lineOf(app));
-  }
-}
-
-bool isSingleKind(std::u16string_view type) {
-  return type == ExamplesXml::kSource || type == ExamplesXml::kMain ||
-         type == ExamplesXml::kThumbnail;
-}
-
-void checkExampleFiles(const ParsedDocument& document, const DOMElement* example, Report& report) {
-  std::u16string name;
-  XercesHelper::getElementAttribute(example, ExamplesXml::kName, name);
-  std::vector<std::u16string> seen;  // three at most
-  for (const auto* file : XercesHelper::getElements(example, ExamplesXml::kFile)) {
-    std::u16string type;
-    XercesHelper::getElementAttribute(file, ExamplesXml::kType, type);
-    if (type == ExamplesXml::kImage) continue;
-    std::string why = ": it is one of 'source', 'main', 'thumbnail' and 'image'";
-    if (isSingleKind(type)) {
-      const bool isFirst = std::find(seen.begin(), seen.end(), type) == seen.end();
-      if (isFirst) {
-        seen.push_back(type);
-        continue;
-      }
-      why = " twice: only the last of them is read";
+// Elements that only hold others, in one another: the first is read, and not even it is a list.
+void checkAuthors(const ParsedDocument& document, const Element& list, Report& report) {
+  for (const Element& child : list.children) {
+    if (!child.isWrapper()) continue;
+    std::vector<DOMElement*> found;
+    for (const auto* parent : XercesHelper::getElements(document.text.root(), list.name)) {
+      const auto some = XercesHelper::getElements(parent, child.name);
+      found.insert(found.end(), some.begin(), some.end());
     }
-    report.add(kBadExampleFile, document.part,
-               "example " + quoted(name) + " has a file of the type " + quoted(type) + why,
-               document.text.lineOf(file));
+    if (found.size() < 2) continue;
+    report.add(kSeveralAuthors, document.part,
+               "the document names " + std::to_string(found.size()) + " " +
+                   opc::toUtf8(child.name) + "s: only the first of them is read",
+               document.text.lineOf(found[1]));
   }
 }
 
-void checkExamples(const ParsedDocument& document, Report& report) {
-  const DOMElement* root = document.text.root();
-  for (const auto* category : XercesHelper::getElements(root, ExamplesXml::kCategory)) {
-    for (const auto* example : XercesHelper::getElements(category, ExamplesXml::kExample)) {
-      checkExampleFiles(document, example, report);
-    }
-  }
+std::string ownerOf(const FoundElement& found) {
+  return std::string(found.table->noun) + " " + quoted(found.name);
 }
+
+void checkFlag(const ParsedDocument& document, const FoundValue& value, Report& report) {
+  if (packaging::isTrue(value.text) || !packaging::isNotFalse(value.text)) return;
+  report.add(kBadFlag, document.part,
+             "'" + std::string(value.field.name) + "' of the " + ownerOf(value.in) + " is " +
+                 quoted(value.text) +
+                 ": it is either 'true' or 'false', and everything else is read as 'false'",
+             document.text.lineOf(value.in.dom));
+}
+
+/// "one of 'source', 'main' and 'image'"
+std::string describe(const std::vector<Element::Choice>& choices) {
+  std::string text = "one of " + quoted(choices.front().value);
+  for (std::size_t i = 1; i < choices.size(); ++i) {
+    text += (i + 1 == choices.size() ? " and " : ", ") + quoted(choices[i].value);
+  }
+  return text;
+}
+
+/// The elements that an attribute tells apart.
+class ChoiceCheck {
+ public:
+  ChoiceCheck(const ParsedDocument& document, Report& report)
+      : document_(document), report_(report) {}
+
+  void check(const FoundElement& found) {
+    const auto& choices = found.element.choices;
+    if (choices.empty()) return;
+    std::u16string value;
+    XercesHelper::getElementAttribute(found.dom, found.element.attributes.front().name, value);
+    const auto choice = std::find_if(choices.begin(), choices.end(),
+                                     [&](const auto& one) { return one.value == value; });
+    if (choice == choices.end()) return add(found, value, ": it is " + describe(choices));
+    if (choice->field->isList() || seen_.emplace(found.dom->getParentNode(), value).second) return;
+    add(found, value, " twice: only the last of them is read");
+  }
+
+ private:
+  void add(const FoundElement& found, const std::u16string& value, const std::string& why) {
+    report_.add(kBadExampleFile, document_.part,
+                ownerOf(found) + " has a " + opc::toUtf8(found.element.name) + " of the type " +
+                    quoted(value) + why,
+                document_.text.lineOf(found.dom));
+  }
+
+  const ParsedDocument& document_;
+  Report& report_;
+  std::set<std::pair<const xercesc::DOMNode*, std::u16string>> seen_;
+};
 
 bool isBlank(const boost::optional<std::u16string>& text) {
   return !text || opc::model::trimXmlSpace(*text).empty();
@@ -115,10 +121,16 @@ void checkType(const std::u16string& type, Report& report) {
 }  // namespace
 
 void checkValues(const ParsedDocument& document, Report& report) {
-  const std::u16string_view root = document.schema.root->name;
-  if (root == PropertiesXml::kRoot) checkAuthors(document, report);
-  if (root == AppsXml::kRoot) checkFlags(document, report);
-  if (root == ExamplesXml::kRoot) checkExamples(document, report);
+  const Element& root = document.schema.root;
+  for (const Element& child : root.children) {
+    if (child.isWrapper()) checkAuthors(document, child, report);
+  }
+  packaging::visitValues(root, document.text.root(), [&](const FoundValue& value) {
+    if (value.field.kind() == FieldKind::Flag) checkFlag(document, value, report);
+  });
+  ChoiceCheck choices(document, report);
+  packaging::visitElements(root, document.text.root(),
+                           [&](const FoundElement& found) { choices.check(found); });
 }
 
 void checkIdentity(AddonPackage& package, Report& report) {

@@ -9,8 +9,9 @@
 namespace addon::checks::detail {
 
 ReadableDocument::ReadableDocument(packaging::AddonPackage& package,
-                                   std::u16string_view relationshipType) {
-  Destination found = follow(package.logicalPackage(), relationshipType);
+                                   const packaging::DocumentTable& table)
+    : schema_(schemaOf(table)) {
+  Destination found = follow(package.logicalPackage(), schema_.relationshipType);
   if (found.kind != Destination::Kind::Part) return;
   part_ = std::move(found.name);
   isReadable([&] { text_.emplace(package.logicalPackage(), found.part->id()); });

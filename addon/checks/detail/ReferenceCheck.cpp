@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/detail/ReferenceCheck.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/PathCheck.h"
 #include "addon/checks/detail/Readable.h"
 #include "addon/checks/detail/ReadableDocument.h"
-#include "addon/packaging/AddonAppInstallList.h"
-#include "addon/packaging/AddonConfiguration.h"
-#include "addon/packaging/AddonExamples.h"
-#include "addon/packaging/DocumentXml.h"
+#include "addon/packaging/Documents.h"
 #include "opc/Text.h"
 #include "opc/checks/Finding.h"
 
@@ -16,90 +16,48 @@ namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
-using opc::model::XercesHelper;
 using packaging::AddonPackage;
-using packaging::AppsXml;
-using packaging::ConfigurationXml;
-using packaging::ExamplesXml;
-using xercesc::DOMElement;
+using packaging::DocumentTable;
+using packaging::FoundValue;
+using packaging::Reference;
 using Kind = PathReference::Kind;
 
 namespace {
 
-std::u16string textOf(const DOMElement* element) {
-  std::u16string text;
-  XercesHelper::getElementText(element, text);
-  return text;
-}
-
-std::u16string attributeOf(const DOMElement* element, const char16_t* name) {
-  std::u16string value;
-  XercesHelper::getElementAttribute(element, name, value);
-  return value;
-}
-
-void checkApps(AddonPackage& package, PathCheck& paths) {
-  ReadableDocument document(package, packaging::AddonAppInstallList().relationshipType);
-  DocumentText* text = document.text();
-  if (text == nullptr) return;
-  for (const auto* app : XercesHelper::getElements(text->root(), AppsXml::kApplication)) {
-    const DOMElement* file = XercesHelper::getElement(app, AppsXml::kFile);
-    if (file == nullptr) continue;  // which is a fault of the document
-    paths.check({textOf(file), Kind::File, kMissingAppFile,
-                 "the app " + quoted(attributeOf(app, AppsXml::kName)), document.part(),
-                 text->lineOf(file)});
-  }
-}
-
-void checkExample(ReadableDocument& document, const DOMElement* example, PathCheck& paths) {
-  const std::string name = quoted(attributeOf(example, ExamplesXml::kName));
-  for (const auto* file : XercesHelper::getElements(example, ExamplesXml::kFile)) {
-    const std::u16string type = attributeOf(file, ExamplesXml::kType);
-    const bool isCode = type == ExamplesXml::kSource || type == ExamplesXml::kMain;
-    const bool isImage = type == ExamplesXml::kThumbnail || type == ExamplesXml::kImage;
-    if (!isCode && !isImage) continue;  // nobody reads those
-    paths.check({textOf(file), Kind::File, isCode ? kMissingExampleCode : kMissingExampleImage,
-                 "the " + opc::toUtf8(type) + " of the example " + name, document.part(),
-                 document.text()->lineOf(file)});
-  }
-}
-
-void checkExamples(AddonPackage& package, PathCheck& paths) {
-  ReadableDocument document(package, packaging::AddonExamples().relationshipType);
-  if (document.text() == nullptr) return;
-  const DOMElement* root = document.text()->root();
-  for (const auto* category : XercesHelper::getElements(root, ExamplesXml::kCategory)) {
-    for (const auto* example : XercesHelper::getElements(category, ExamplesXml::kExample)) {
-      checkExample(document, example, paths);
-    }
-  }
-}
-
-struct PathList {
-  const char16_t* list;
-  const char16_t* path;
+/// How a path is checked; what a path outside of records is called.
+struct ReferenceRule {
+  Reference reference;
   Kind kind;
   FindingId id;
   const char* what;
 };
-constexpr PathList kPathLists[] = {
-    {ConfigurationXml::kKorvanPaths, ConfigurationXml::kKorvanPath, Kind::Folder,
-     kMissingSearchPath, "the search path"},
-    {ConfigurationXml::kJavaClassPaths, ConfigurationXml::kJavaClassPath, Kind::Either,
-     kMissingClassPath, "the Java class path"},
+constexpr ReferenceRule kRules[] = {
+    {Reference::App, Kind::File, kMissingAppFile, ""},
+    {Reference::ExampleCode, Kind::File, kMissingExampleCode, ""},
+    {Reference::ExampleImage, Kind::File, kMissingExampleImage, ""},
+    {Reference::SearchPath, Kind::Folder, kMissingSearchPath, "the search path"},
+    {Reference::ClassPath, Kind::Either, kMissingClassPath, "the Java class path"},
 };
 
-void checkConfiguration(AddonPackage& package, PathCheck& paths) {
-  ReadableDocument document(package, packaging::AddonConfiguration().relationshipType);
+/// Whose path it is.
+std::string ownerOf(const ReferenceRule& rule, const FoundValue& value) {
+  if (value.in.table == nullptr) return rule.what;
+  const std::string choice = value.choice.empty() ? "" : opc::toUtf8(value.choice) + " of the ";
+  return "the " + choice + value.in.table->noun + " " + quoted(value.in.name);
+}
+
+void checkPaths(AddonPackage& package, const DocumentTable& table, PathCheck& paths) {
+  ReadableDocument document(package, table);
   DocumentText* text = document.text();
   if (text == nullptr) return;
-  for (const PathList& list : kPathLists) {
-    const DOMElement* parent = XercesHelper::getElement(text->root(), list.list);
-    for (const auto* path : XercesHelper::getElements(parent, list.path)) {
-      paths.check(
-          {textOf(path), list.kind, list.id, list.what, document.part(), text->lineOf(path)});
-    }
-  }
+  packaging::visitValues(document.root(), text->root(), [&](const FoundValue& value) {
+    const auto* rule = std::find_if(
+        std::begin(kRules), std::end(kRules),
+        [&](const ReferenceRule& one) { return one.reference == value.field.reference; });
+    if (rule == std::end(kRules)) return;
+    paths.check({value.text, rule->kind, rule->id, ownerOf(*rule, value), document.part(),
+                 text->lineOf(value.in.dom)});
+  });
 }
 
 }  // namespace
@@ -114,9 +72,11 @@ void checkReferences(AddonPackage& package, Report& report) {
     report.add(kFileOutsideTree, file.name, file.why);
   }
   PathCheck paths(package.fileSystem(), report);
-  checkApps(package, paths);
-  checkExamples(package, paths);
-  checkConfiguration(package, paths);
+  for (const bool isList : {true, false}) {  // lists first
+    for (const DocumentTable* table : packaging::documents()) {
+      if (table->isList == isList) checkPaths(package, *table, paths);
+    }
+  }
 }
 
 }  // namespace addon::checks::detail

@@ -14,7 +14,6 @@
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/AddonRevisionHistory.h"
-#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
 #include "opc/checks/Finding.h"
@@ -27,10 +26,12 @@ using opc::checks::quoted;
 using opc::checks::Report;
 using opc::model::trimXmlSpace;
 using opc::model::XercesHelper;
+using packaging::AddonAppInstall;
+using packaging::AddonAppInstallList;
 using packaging::AddonPackage;
+using packaging::AddonProperties;
 using packaging::AddonRevision;
-using packaging::AppsXml;
-using packaging::PropertiesXml;
+using packaging::AddonRevisionHistory;
 
 namespace {
 
@@ -107,12 +108,11 @@ void checkThumbnail(AddonPackage& package, Report& report) {
 }
 
 void checkNewestRevision(AddonPackage& package, Report& report) {
-  packaging::AddonRevisionHistory history;
-  ReadableDocument document(package, history.relationshipType);
+  AddonRevisionHistory history;
+  ReadableDocument document(package, AddonRevisionHistory::kTable);
   const std::u16string version = versionOf(package);
   if (document.text() == nullptr || version.empty()) return;
-  const auto elements =
-      XercesHelper::getElements(document.text()->root(), packaging::RevisionsXml::kRevision);
+  const auto elements = document.elementsOf<&AddonRevisionHistory::revisions>();
   for (const auto* element : elements) history.revisions.emplace_back(element);
   if (history.revisions.empty()) return;
   const auto newest = newestOf(history.revisions);
@@ -129,21 +129,19 @@ void checkNewestRevision(AddonPackage& package, Report& report) {
 
 void checkGuids(AddonPackage& package, Report& report) {
   GuidCheck guids(report);
-  ReadableDocument properties(package, packaging::AddonProperties().relationshipType);
-  if (DocumentText* text = properties.text()) {
-    const auto* identifier = XercesHelper::getElement(text->root(), PropertiesXml::kIdentifier);
+  ReadableDocument properties(package, AddonProperties::kTable);
+  if (properties.text() != nullptr) {
     std::u16string guid;
-    XercesHelper::getElementText(identifier, guid);
+    for (const auto* identifier : properties.elementsOf<&AddonProperties::GUID>()) {
+      XercesHelper::getElementText(identifier, guid);
+    }
     guids.add(guid, "the add-on", properties.part(), 0);
   }
-  ReadableDocument apps(package, packaging::AddonAppInstallList().relationshipType);
+  ReadableDocument apps(package, AddonAppInstallList::kTable);
   if (apps.text() == nullptr) return;
-  for (const auto* app : XercesHelper::getElements(apps.text()->root(), AppsXml::kApplication)) {
-    std::u16string guid;
-    std::u16string name;
-    XercesHelper::getElementAttribute(app, AppsXml::kGuid, guid);
-    XercesHelper::getElementAttribute(app, AppsXml::kName, name);
-    guids.add(guid, "the app " + quoted(name), apps.part(), apps.text()->lineOf(app));
+  for (const auto* element : apps.elementsOf<&AddonAppInstallList::apps>()) {
+    const AddonAppInstall app(element);
+    guids.add(app.guid, "the app " + quoted(app.name), apps.part(), apps.text()->lineOf(element));
   }
 }
 

@@ -11,7 +11,6 @@
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonLicense.h"
 #include "addon/packaging/AddonProperties.h"
-#include "addon/packaging/DocumentXml.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
 #include "opc/checks/Finding.h"
@@ -23,11 +22,11 @@ using opc::checks::quoted;
 using opc::checks::Report;
 using opc::model::trimXmlSpace;
 using opc::model::XercesHelper;
+using packaging::AddonAppInstall;
+using packaging::AddonAppInstallList;
+using packaging::AddonLicense;
 using packaging::AddonPackage;
 using packaging::AddonProperties;
-using packaging::AppsXml;
-using packaging::LicenseXml;
-using packaging::PropertiesXml;
 using Kind = Destination::Kind;
 
 namespace {
@@ -37,19 +36,20 @@ bool isBlank(std::u16string_view text) {
 }
 
 void checkLicense(AddonPackage& package, Report& report) {
-  const std::u16string type = packaging::AddonLicense().relationshipType;
+  const std::u16string type = AddonLicense().relationshipType;
   if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
     return report.add(kNoLicense, "", "the add-on has no license");
   }
-  ReadableDocument document(package, type);
+  ReadableDocument document(package, AddonLicense::kTable);
   if (document.text() == nullptr) return;
-  const auto* terms = XercesHelper::getElement(document.text()->root(), LicenseXml::kLicenseText);
-  if (terms == nullptr) return;  // which is a fault of the document
-  std::u16string text;
-  XercesHelper::getElementText(terms, text);
-  if (!isBlank(text)) return;
-  report.add(kNoLicense, document.part(), "the license has no text",
-             document.text()->lineOf(terms));
+  // Without the element the document is at fault.
+  for (const auto* terms : document.elementsOf<&AddonLicense::text>()) {
+    std::u16string text;
+    XercesHelper::getElementText(terms, text);
+    if (!isBlank(text)) continue;
+    report.add(kNoLicense, document.part(), "the license has no text",
+               document.text()->lineOf(terms));
+  }
 }
 
 // N.N, N.N.N and so on.
@@ -96,28 +96,27 @@ void checkAddonGuid(AddonPackage& package, Report& report) {
   if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
     return report.add(kNotGuid, "", "the add-on has no GUID");
   }
-  ReadableDocument document(package, type);
+  ReadableDocument document(package, AddonProperties::kTable);
   if (document.text() == nullptr) return;
-  const auto* identifier =
-      XercesHelper::getElement(document.text()->root(), PropertiesXml::kIdentifier);
-  std::u16string guid;
   // Without the element the document is at fault.
-  if (!XercesHelper::getElementText(identifier, guid) || isGuid(guid)) return;
-  report.add(kNotGuid, document.part(), "the add-on's GUID is " + quoted(guid),
-             document.text()->lineOf(identifier));
+  for (const auto* identifier : document.elementsOf<&AddonProperties::GUID>()) {
+    std::u16string guid;
+    XercesHelper::getElementText(identifier, guid);
+    if (isGuid(guid)) continue;
+    report.add(kNotGuid, document.part(), "the add-on's GUID is " + quoted(guid),
+               document.text()->lineOf(identifier));
+  }
 }
 
 void checkAppGuids(AddonPackage& package, Report& report) {
-  ReadableDocument apps(package, packaging::AddonAppInstallList().relationshipType);
+  ReadableDocument apps(package, AddonAppInstallList::kTable);
   if (apps.text() == nullptr) return;
-  for (const auto* app : XercesHelper::getElements(apps.text()->root(), AppsXml::kApplication)) {
-    std::u16string guid;
-    std::u16string name;
-    XercesHelper::getElementAttribute(app, AppsXml::kGuid, guid);
-    XercesHelper::getElementAttribute(app, AppsXml::kName, name);
-    if (isGuid(guid)) continue;
-    report.add(kNotGuid, apps.part(), "the GUID of the app " + quoted(name) + " is " + quoted(guid),
-               apps.text()->lineOf(app));
+  for (const auto* element : apps.elementsOf<&AddonAppInstallList::apps>()) {
+    const AddonAppInstall app(element);
+    if (isGuid(app.guid)) continue;
+    report.add(kNotGuid, apps.part(),
+               "the GUID of the app " + quoted(app.name) + " is " + quoted(app.guid),
+               apps.text()->lineOf(element));
   }
 }
 
