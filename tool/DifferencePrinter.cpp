@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tool/JsonWriter.h"
+#include "tool/DocumentJson.h"
 #include "tool/Progress.h"
 
 namespace tool {
@@ -23,23 +23,6 @@ constexpr std::array kWords{
 
 std::string_view wordFor(Change change) {
   return kWords[static_cast<std::size_t>(change)].word;
-}
-
-// Values have few levels: a document's.
-void writeValue(const JsonValue& value, JsonWriter& json) {
-  if (value.is_null()) return json.null();
-  if (value.is_string()) return json.value(std::string_view(value.get_ref<const std::string&>()));
-  if (value.is_array()) {
-    json.beginArray();
-    for (const JsonValue& element : value) writeValue(element, json);
-    return json.endArray();
-  }
-  json.beginObject();
-  for (const auto& [name, member] : value.items()) {
-    json.key(name);
-    writeValue(member, json);
-  }
-  json.endObject();
 }
 
 void writeFields(std::string_view nameOfPath, const std::vector<FieldDifference>& fields,
@@ -106,6 +89,18 @@ std::string countsOf(const List& list, std::uint64_t same = 0) {
 }
 
 }  // namespace
+
+void writeValue(const DocumentValue& value, JsonWriter& json) {
+  if (const auto* text = std::get_if<std::u16string>(&value)) {
+    json.value(std::u16string_view(*text));
+  } else if (const auto* field = std::get_if<FieldValue>(&value)) {
+    writeField(field->record, *field->field, json);
+  } else if (const auto* record = std::get_if<addon::packaging::ConstRecord>(&value)) {
+    writeRecord(*record, json);
+  } else {
+    json.null();
+  }
+}
 
 std::string describeSizeChange(std::uint64_t a, std::uint64_t b) {
   if (a == b) return describeBytes(a);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tool/JsonWriter.h"
 #include "tool/Output.h"
 #include "tool/PackageComparison.h"
 
@@ -24,6 +25,9 @@ void printDifferenceCounts(const ComparisonReport& report, Output& output);
 /// as `patch -p1` takes them.
 void printDifferences(const ComparisonReport& report, bool withLines, bool isColored,
                       Output& output);
+
+/// A value as JSON.
+void writeValue(const DocumentValue& value, JsonWriter& json);
 
 /// "1.2 kB -> 1.3 kB", in bytes where that would show no change, one size when there is none.
 std::string describeSizeChange(std::uint64_t a, std::uint64_t b);

@@ -88,6 +88,18 @@ Text readText(const ComparedPackage& package, const Item* item) {
   return text;
 }
 
+bool isNothing(const DocumentValue& value) {
+  return std::holds_alternative<std::monostate>(value);
+}
+
+/// As compact JSON.
+std::string textOf(const DocumentValue& value) {
+  std::string text;
+  JsonWriter json(text, JsonWriter::Layout::Compact);
+  writeValue(value, json);
+  return text;
+}
+
 class Printer {
  public:
   Printer(const ComparisonReport& report, bool isColored, Output& output)
@@ -128,12 +140,12 @@ class Printer {
   }
 
   void printField(std::string_view path, const FieldDifference& field) {
-    const std::string a = field.a.dump();
-    const std::string b = field.b.dump();
+    const std::string a = textOf(field.a);
+    const std::string b = textOf(field.b);
     const bool isElement = path.ends_with(']');
-    if (isElement && field.a.is_null()) {
+    if (isElement && isNothing(field.a)) {
       print(kGreen, fmt::format("{}: added {}", path, shorten(b, 0)));
-    } else if (isElement && field.b.is_null()) {
+    } else if (isElement && isNothing(field.b)) {
       print(kRed, fmt::format("{}: removed {}", path, shorten(a, 0)));
     } else {
       const std::size_t skipped = dispensable(a, b);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "opc/Text.h"
+#include "tool/DocumentJson.h"
 #include "tool/Documents.h"
 #include "tool/Sha256.h"
 
@@ -13,6 +14,8 @@ namespace tool {
 namespace {
 
 using addon::packaging::AddonPackage;
+using addon::packaging::AddonProperties;
+using addon::packaging::ConstRecord;
 
 /// A path and the hash of what it holds.
 using Line = std::pair<std::string, std::string>;
@@ -24,10 +27,11 @@ void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
   const std::string screenshot = screenshotPart(package);
   if (!screenshot.empty()) lines.emplace_back(screenshot, hashOfPart(package, screenshot));
   // Their part holds but some of the properties: as a whole they count as one value.
-  const DocumentKind& kind = findDocument("properties");
-  const HostArrayPointer properties = kind.load(package);
+  AddonProperties properties;
+  package.getAddonProperties(properties);
   lines.emplace_back("/properties",
-                     sha256Of(toJson(kind.shape, properties.get(), JsonWriter::Layout::Compact)));
+                     sha256Of(toJson(AddonProperties::kTable, ConstRecord(properties),
+                                     JsonWriter::Layout::Compact)));
 }
 
 void addFiles(AddonPackage& package, const std::vector<Item>& items,

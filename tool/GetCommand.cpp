@@ -2,6 +2,7 @@
 #include <array>
 
 #include "tool/Arguments.h"
+#include "tool/DocumentJson.h"
 #include "tool/Documents.h"
 #include "tool/Output.h"
 #include "tool/PackageAccess.h"
@@ -20,12 +21,12 @@ constexpr std::array kOptions{OptionSpec{.longName = "output",
 
 ExitCode run(const Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
-  const DocumentKind& kind = findDocument(invocation.operands()[1]);
+  const auto& table = findDocument(invocation.operands()[1]);
 
   const std::unique_ptr<AddonPackage> package = openForReading(path);
-  const HostArrayPointer document = kind.load(*package);
+  const addon::packaging::OwnedDocument document = load(table, *package);
 
-  const std::string text = toJson(kind.shape, document.get(), JsonWriter::Layout::Indented) + "\n";
+  const std::string text = toJson(table, document.record, JsonWriter::Layout::Indented) + "\n";
   writeOutputFile(invocation.valueOr("output", "-"), text, path);
   return ExitCode::Done;
 }

@@ -12,14 +12,11 @@ namespace tool {
 namespace {
 
 using addon::packaging::AddonPackage;
+using addon::packaging::ConstRecord;
+using addon::packaging::DocumentTable;
 
 constexpr std::string_view kProperties = "properties";
 constexpr std::string_view kScreenshot = "screenshot";
-
-JsonValue read(const DocumentKind& kind, AddonPackage& package) {
-  const HostArrayPointer document = kind.load(package);
-  return parseJson(toJson(kind.shape, document.get(), JsonWriter::Layout::Compact));
-}
 
 /// A part that stands for something in the package, or no part.
 struct FoundPart {
@@ -36,11 +33,19 @@ FoundPart find(std::string partName, AddonPackage& package) {
   return {std::move(partName), std::move(hash)};
 }
 
-FoundPart findDocumentPart(const DocumentKind& kind, AddonPackage& package) {
+FoundPart findDocumentPart(const DocumentTable& table, AddonPackage& package) {
   for (PresentDocument& document : presentDocuments(package)) {
-    if (document.name == kind.shape.name) return find(std::move(document.partName), package);
+    if (document.name == std::string_view(table.name()))
+      return find(std::move(document.partName), package);
   }
   return {};
+}
+
+std::vector<FieldDifference> compareFields(const DocumentTable& table, ComparedPackage& a,
+                                           ComparedPackage& b, PackageDifferences& differences) {
+  const ConstRecord aRecord = differences.read.emplace_back(load(table, *a.package)).record;
+  const ConstRecord bRecord = differences.read.emplace_back(load(table, *b.package)).record;
+  return compareDocuments(table, aRecord, bRecord);
 }
 
 /// Whether something is in one of the packages only, and then says so.
@@ -51,13 +56,12 @@ bool isInOneOnly(std::string_view name, const FoundPart& a, const FoundPart& b,
   return true;
 }
 
-void compareProperties(const DocumentKind& kind, ComparedPackage& a, ComparedPackage& b,
+void compareProperties(const DocumentTable& table, ComparedPackage& a, ComparedPackage& b,
                        PackageDifferences& differences) {
-  const FoundPart aPart = findDocumentPart(kind, *a.package);
-  const FoundPart bPart = findDocumentPart(kind, *b.package);
+  const FoundPart aPart = findDocumentPart(table, *a.package);
+  const FoundPart bPart = findDocumentPart(table, *b.package);
   // Properties come from the core properties too, so that there are some without the document.
-  differences.properties =
-      compareDocuments(kind.shape, read(kind, *a.package), read(kind, *b.package));
+  differences.properties = compareFields(table, a, b, differences);
   for (FieldDifference& field : differences.properties) {
     field.path.erase(0, kProperties.size() + 1);
   }
@@ -67,14 +71,13 @@ void compareProperties(const DocumentKind& kind, ComparedPackage& a, ComparedPac
   }
 }
 
-void compareDocument(const DocumentKind& kind, ComparedPackage& a, ComparedPackage& b,
+void compareDocument(const DocumentTable& table, ComparedPackage& a, ComparedPackage& b,
                      PackageDifferences& differences) {
-  const FoundPart aPart = findDocumentPart(kind, *a.package);
-  const FoundPart bPart = findDocumentPart(kind, *b.package);
-  if (isInOneOnly(kind.shape.name, aPart, bPart, differences) || aPart == bPart) return;
+  const FoundPart aPart = findDocumentPart(table, *a.package);
+  const FoundPart bPart = findDocumentPart(table, *b.package);
+  if (isInOneOnly(table.name(), aPart, bPart, differences) || aPart == bPart) return;
   differences.documents.push_back(
-      {kind.shape.name, Change::Changed,
-       compareDocuments(kind.shape, read(kind, *a.package), read(kind, *b.package))});
+      {table.name(), Change::Changed, compareFields(table, a, b, differences)});
 }
 
 void compareScreenshots(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences) {
@@ -83,10 +86,12 @@ void compareScreenshots(ComparedPackage& a, ComparedPackage& b, PackageDifferenc
   if (isInOneOnly(kScreenshot, aPart, bPart, differences) || aPart == bPart) return;
   DocumentDifference difference{kScreenshot, Change::Changed, {}};
   if (aPart.name != bPart.name) {
-    difference.fields.push_back({"screenshot.part", aPart.name, bPart.name});
+    difference.fields.push_back(
+        {"screenshot.part", opc::fromUtf8(aPart.name), opc::fromUtf8(bPart.name)});
   }
   if (aPart.hash != bPart.hash) {
-    difference.fields.push_back({"screenshot.sha256", aPart.hash, bPart.hash});
+    difference.fields.push_back(
+        {"screenshot.sha256", opc::fromUtf8(aPart.hash), opc::fromUtf8(bPart.hash)});
   }
   differences.documents.push_back(std::move(difference));
 }
@@ -94,11 +99,11 @@ void compareScreenshots(ComparedPackage& a, ComparedPackage& b, PackageDifferenc
 }  // namespace
 
 void compareDescriptions(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences) {
-  for (const DocumentKind& kind : documentKinds()) {
-    if (kind.shape.name == kProperties) {
-      compareProperties(kind, a, b, differences);
+  for (const DocumentTable* table : addon::packaging::documents()) {
+    if (kProperties == table->name()) {
+      compareProperties(*table, a, b, differences);
     } else {
-      compareDocument(kind, a, b, differences);
+      compareDocument(*table, a, b, differences);
     }
   }
   compareScreenshots(a, b, differences);

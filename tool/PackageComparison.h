@@ -30,7 +30,8 @@ struct DocumentDifference {
 };
 
 struct PackageDifferences {
-  std::vector<FieldDifference> properties;  ///< paths are names of fields
+  std::vector<addon::packaging::OwnedDocument> read;  ///< those that the differences refer to
+  std::vector<FieldDifference> properties;            ///< paths are names of fields
   std::vector<DocumentDifference> documents;
   FileDifferences files;
 

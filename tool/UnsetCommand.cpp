@@ -16,6 +16,8 @@
 
 namespace tool {
 
+using addon::packaging::DocumentTable;
+
 namespace {
 
 std::vector<std::string> removableNames();
@@ -33,20 +35,25 @@ constexpr std::array kOptions{kTimestampOption, kLevelOption};
 constexpr std::string_view kScreenshot = "screenshot";
 constexpr std::string_view kProperties = "properties";
 
-/// Something that can be removed.
+/// Something that can be removed: a document, or without a table the screenshot.
 struct Removal {
   std::string_view name;
-  bool (*remove)(AddonPackage& package);
+  const DocumentTable* table;
+
+  /// False when the package has none.
+  bool remove(AddonPackage& package) const {
+    auto& model = package.logicalPackage();
+    return table == nullptr ? addon::packaging::removeScreenshot(model)
+                            : addon::packaging::removeDocument(model, *table->make().part);
+  }
 };
 
 std::vector<Removal> removals() {
   std::vector<Removal> all;
-  for (const DocumentKind& kind : documentKinds()) {
-    if (kind.shape.name != kProperties) all.push_back({kind.shape.name, kind.remove});
+  for (const DocumentTable* table : addon::packaging::documents()) {
+    if (table->name() != kProperties) all.push_back({table->name(), table});
   }
-  all.push_back({kScreenshot, [](AddonPackage& package) {
-                   return addon::packaging::removeScreenshot(package.logicalPackage());
-                 }});
+  all.push_back({kScreenshot, nullptr});
   return all;
 }
 

@@ -32,9 +32,8 @@ Element fileTree() {
 }  // namespace
 
 DocumentSchema schemaOf(const DocumentTable& table) {
-  const OwnedDocument document = table.make();
-  return {document.part->partName, document.part->contentType, document.part->namespaceURI,
-          document.part->relationshipType, elementOf(table)};
+  return {table.partName(), table.contentType(), table.namespaceURI(), table.relationshipType(),
+          elementOf(table)};
 }
 
 std::vector<DocumentSchema> documentSchemas() {

@@ -36,6 +36,13 @@ struct DocumentTable {
 
   /// On the command line.
   const char* name() const { return record.noun; }
+
+  // What identifies its part.
+  std::u16string partName() const;
+  std::u16string contentType() const;
+  std::u16string namespaceURI() const;
+  std::u16string relationshipType() const;
+
   const Field& list() const { return record.fields.front(); }
   /// The class of its records, or its own.
   const RecordTable& records() const { return isList ? list().table() : record; }
@@ -56,7 +63,9 @@ OwnedDocument makeDocument() {
 template <typename Class>
 class TableDocument : public XMLPartType {
  public:
-  TableDocument() : XMLPartType(Class::kTable) {}
+  TableDocument()
+      : XMLPartType(Class::kTable.partName(), Class::kTable.contentType(),
+                    Class::kTable.namespaceURI(), Class::kTable.relationshipType()) {}
 
   /// A new host struct: 1-by-1, or an array of one element a record. The caller owns it.
   kxArray* getStructArray() { return toStruct(Class::kTable, self()).release(); }

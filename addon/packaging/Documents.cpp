@@ -10,8 +10,33 @@
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
+#include "opc/Text.h"
 
 namespace addon::packaging {
+
+namespace {
+
+std::u16string text(const char* before, const char* stem, const char* after = "") {
+  return opc::fromUtf8(std::string(before) + stem + after);
+}
+
+}  // namespace
+
+std::u16string DocumentTable::partName() const {
+  return text("/metadata/", xml, ".xml");
+}
+
+std::u16string DocumentTable::contentType() const {
+  return text("application/vnd.pellandry.korvan.addon.", contentTypeStem, "+xml");
+}
+
+std::u16string DocumentTable::namespaceURI() const {
+  return SchemaRoot + text("/korvan/addon/2014/", xml);
+}
+
+std::u16string DocumentTable::relationshipType() const {
+  return SchemaRoot + text("/korvan/addon/2014/relationships/", xml);
+}
 
 std::span<const DocumentTable* const> documents() {
   static constexpr std::array kDocuments{

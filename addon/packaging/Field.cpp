@@ -25,6 +25,11 @@ bool ConstRecord::isEmpty(const Field& field) const {
   return false;
 }
 
+bool ConstRecord::isUnset(const Field& field) const {
+  const bool mayBe = field.isUnsetWhenEmpty || field.kind() == FieldKind::Records;
+  return mayBe && isEmpty(field);
+}
+
 void Record::clear(const Field& field) const {
   if (field.kind() == FieldKind::Texts) return texts(field).clear();
   field.member->clear(member(field));

@@ -125,6 +125,8 @@ class ConstRecord {
 
   /// Whether the field holds no text, no list entry; a flag is never empty.
   bool isEmpty(const Field& field) const;
+  /// Whether the field stays unset in a host struct, and null in JSON.
+  bool isUnset(const Field& field) const;
 
  protected:
   ConstRecord(const RecordTable& table, void* data) : table_(&table), data_(data) {}

@@ -47,7 +47,6 @@ ArrayPointer toStructArray(const ConstRecord& record, const Field& list) {
   return array;
 }
 
-/// Null for a field that stays unset.
 ArrayPointer toValue(const ConstRecord& record, const Field& field) {
   switch (field.kind()) {
     case FieldKind::Text:
@@ -55,10 +54,8 @@ ArrayPointer toValue(const ConstRecord& record, const Field& field) {
     case FieldKind::Flag:
       return toFlag(record.flag(field));
     case FieldKind::Texts:
-      if (field.isUnsetWhenEmpty && record.isEmpty(field)) break;
       return toTextCell(record.texts(field));
     case FieldKind::Records:
-      if (record.isEmpty(field)) break;
       return toStructArray(record, field);
   }
   return nullptr;
@@ -74,9 +71,7 @@ ArrayPointer createStruct(const RecordTable& table, std::size_t count) {
 
 void writeStruct(const ConstRecord& record, kxArray* array, std::size_t index) {
   for (const Field& field : record.table().fields) {
-    if (ArrayPointer value = toValue(record, field)) {
-      setField(array, index, field.name, std::move(value));
-    }
+    if (!record.isUnset(field)) setField(array, index, field.name, toValue(record, field));
   }
 }
 

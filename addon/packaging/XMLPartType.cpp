@@ -4,10 +4,8 @@
 #include <sstream>
 #include <utility>
 
-#include "addon/packaging/DocumentTable.h"
 #include "fl/i18n/codecvt.h"
 #include "opc/Streams.h"
-#include "opc/Text.h"
 #include "opc/model/XercesParser.h"
 
 namespace addon::packaging {
@@ -20,13 +18,6 @@ XMLPartType::XMLPartType(std::u16string name, std::u16string type, std::u16strin
       contentType(std::move(type)),
       namespaceURI(std::move(uri)),
       relationshipType(std::move(relationship)) {}
-
-XMLPartType::XMLPartType(const DocumentTable& table)
-    : XMLPartType(opc::fromUtf8("/metadata/" + std::string(table.xml) + ".xml"),
-                  opc::fromUtf8("application/vnd.pellandry.korvan.addon." +
-                                std::string(table.contentTypeStem) + "+xml"),
-                  SchemaRoot + u"/korvan/addon/2014/" + opc::fromUtf8(table.xml),
-                  SchemaRoot + u"/korvan/addon/2014/relationships/" + opc::fromUtf8(table.xml)) {}
 
 XMLPartType::~XMLPartType() = default;
 

@@ -11,7 +11,6 @@
 namespace addon::packaging {
 
 using opc::plservices::SchemaRoot;
-struct DocumentTable;
 
 /// A metadata document: one XML part of the package, with the four texts that identify it.
 ///
@@ -29,8 +28,6 @@ class XMLPartType {
 
   XMLPartType(std::u16string partName, std::u16string contentType, std::u16string namespaceURI,
               std::u16string relationshipType);
-  /// With the four texts that a table gives.
-  explicit XMLPartType(const DocumentTable& table);
   virtual ~XMLPartType();
 
   /// Appends the whole document to an empty DOM document. Throws opc::model::InvalidXMLDocument for

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/DocumentShape.h"
+#include "tool/DocumentJson.h"
 
 #include <gtest/gtest.h>
 
@@ -14,17 +14,21 @@
 
 namespace {
 
-using tool::DocumentShape;
-using tool::HostArrayPointer;
+using addon::packaging::ArrayPointer;
+using addon::packaging::DocumentTable;
+using addon::packaging::OwnedDocument;
 using tool::JsonError;
 
-const DocumentShape& shapeOf(std::string_view document) {
-  return tool::findDocument(document).shape;
+OwnedDocument documentOf(std::string_view name, std::string_view json) {
+  const DocumentTable& table = tool::findDocument(name);
+  OwnedDocument document = table.make();
+  tool::readDocument(table, document.record, tool::parseJson(json));
+  return document;
 }
 
 std::string errorOf(std::string_view document, std::string_view json) {
   try {
-    tool::checkDocument(shapeOf(document), tool::parseJson(json));
+    documentOf(document, json);
   } catch (const JsonError& error) {
     return error.what();
   }
@@ -32,8 +36,8 @@ std::string errorOf(std::string_view document, std::string_view json) {
 }
 
 std::string roundTrip(std::string_view document, std::string_view json) {
-  const HostArrayPointer array = tool::toHostDocument(shapeOf(document), tool::parseJson(json));
-  return tool::toJson(shapeOf(document), array.get(), tool::JsonWriter::Layout::Compact);
+  return tool::toJson(tool::findDocument(document), documentOf(document, json).record,
+                      tool::JsonWriter::Layout::Compact);
 }
 
 struct Case {
@@ -50,7 +54,7 @@ TEST_P(WrongDocument, IsRefusedByPlaceAndReason) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    DocumentShape, WrongDocument,
+    DocumentJson, WrongDocument,
     testing::Values(
         Case{"ObjectForList", "apps", R"({"name": "a"})", "apps: expected an array of objects"},
         Case{"ListForObject", "license", "[]", "license: expected an object"},
@@ -84,17 +88,16 @@ INSTANTIATE_TEST_SUITE_P(
 
 class RightDocument : public testing::TestWithParam<Case> {};
 
-TEST_P(RightDocument, ComesBackFromTheHostForm) {
+TEST_P(RightDocument, ComesBack) {
   EXPECT_EQ(errorOf(GetParam().document, GetParam().json), "no error");
   EXPECT_EQ(roundTrip(GetParam().document, GetParam().json), GetParam().result);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    DocumentShape, RightDocument,
+    DocumentJson, RightDocument,
     testing::Values(
         Case{"EmptyList", "apps", "[]", "[]"},
-        Case{"OptionalLeftOut", "configuration", "{}",
-             R"({"korvanPaths":null,"javaClassPaths":null})"},
+        Case{"OptionalLeftOut", "configuration", "{}", R"({"korvanPaths":[],"javaClassPaths":[]})"},
         Case{"OptionalNull", "examples", R"([{"examples": null, "name": "a"}])",
              R"([{"name":"a","examples":null}])"},
         Case{"OneRecordInAList", "requirements",
@@ -108,42 +111,43 @@ INSTANTIATE_TEST_SUITE_P(
              R"({"korvanPaths":[""],"javaClassPaths":[]})"}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(DocumentShape, ItsFieldsAreThoseOfTheHostStruct) {
+TEST(DocumentJson, ItsFieldsAreThoseOfTheHostStruct) {
   const test::TemporaryFolder folder;
   std::u16string path = (folder.path() / "p.kraddon").u16string();
   addon::packaging::AddonProperties properties;
   properties.type = u"Korvan Toolbox";
   addon::packaging::AddonPackage package(path, properties);
 
-  for (const tool::DocumentKind& kind : tool::documentKinds()) {
-    const HostArrayPointer array = kind.load(package);
+  for (const DocumentTable* table : addon::packaging::documents()) {
+    const OwnedDocument document = tool::load(*table, package);
+    const ArrayPointer array = toStruct(*table, document.record);
 
-    const auto names = kind.shape.fieldNames();
-    ASSERT_EQ(kxGetNumberOfFields(array.get()), names.size()) << kind.shape.name;
+    const auto names = tool::fieldNames(table->records());
+    ASSERT_EQ(kxGetNumberOfFields(array.get()), names.size()) << table->name();
     for (std::size_t i = 0; i < names.size(); ++i) {
-      EXPECT_EQ(kxGetFieldName(array.get(), i), names[i]) << kind.shape.name;
+      EXPECT_EQ(kxGetFieldName(array.get(), i), names[i]) << table->name();
     }
-    EXPECT_EQ(kxGetNumberOfElements(array.get()), kind.shape.isList ? 0u : 1u) << kind.shape.name;
+    EXPECT_EQ(kxGetNumberOfElements(array.get()), table->isList ? 0u : 1u) << table->name();
   }
 }
 
-TEST(DocumentShape, OnlyPropertiesAndLicenseAreFlat) {
-  for (const tool::DocumentKind& kind : tool::documentKinds()) {
-    const bool isFlat = kind.shape.name == "properties" || kind.shape.name == "license";
-    EXPECT_EQ(kind.shape.isFlat(), isFlat) << kind.shape.name;
+TEST(DocumentJson, OnlyPropertiesAndLicenseAreFlat) {
+  for (const DocumentTable* table : addon::packaging::documents()) {
+    const std::string_view name = table->name();
+    EXPECT_EQ(tool::isFlat(*table), name == "properties" || name == "license") << name;
   }
 }
 
-TEST(DocumentShape, NothingIsLeftBehindWhenTheHostRunsOutOfMemory) {
-  const tool::JsonValue value = tool::parseJson(
-      R"([{"name": "a", "examples": [{"name": "", "type": "", "source": "", "main": "",
+TEST(DocumentJson, NothingIsLeftBehindWhenTheHostRunsOutOfMemory) {
+  const OwnedDocument document = documentOf(
+      "examples", R"([{"name": "a", "examples": [{"name": "", "type": "", "source": "", "main": "",
           "thumbnail": "", "images": ["x", "y"]}]}])");
   const std::size_t before = hostarray::standin::liveArrays();
   std::size_t failures = 0;
   for (std::size_t n = 1; n <= 12; ++n) {
     hostarray::standin::failCreation(n);
     try {
-      tool::toHostDocument(shapeOf("examples"), value);
+      toStruct(tool::findDocument("examples"), document.record);
     } catch (const matrix::HostError&) {
       ++failures;
     }
