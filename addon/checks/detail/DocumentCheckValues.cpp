@@ -48,6 +48,7 @@ void checkAuthors(const ParsedDocument& document, const Element& list, Report& r
 }
 
 std::string ownerOf(const FoundElement& found) {
+  if (found.table == nullptr) return "document";
   return std::string(found.table->noun) + " " + quoted(found.name);
 }
 
