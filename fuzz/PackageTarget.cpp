@@ -70,14 +70,14 @@ void checkRelationships(opc::model::RelationshipSource& source) {
     require(!source.getRelationshipsByType(one.getType()).empty(), "and by its type");
     if (one.getTargetMode() == opc::model::TargetMode::External) continue;
     const PartName target(one.getTargetURI().toString());
-    require(!target.isRelationshipsPartName(), "a target is no relationships part");
+    require(!target.isRelationshipsPartName(), "a target is not a relationships part");
   }
 }
 
 void checkPart(Package& package, PartId id) {
   const opc::model::PartInfo info = package.partInfo(id);
   const PartName name = PartName::fromItemName(info.itemName);
-  require(!name.isRelationshipsPartName(), "a relationships part is no part to visit");
+  require(!name.isRelationshipsPartName(), "a relationships part is not visited");
   require(package.hasPart(name), "a part that is visited is there");
   const auto part = package.getPart(name);
   require(part->id() == id, "a part's name leads to it");
@@ -100,7 +100,7 @@ void checkParts(Package& package) {
   for (const std::string& name : package.untypedItems()) {
     const auto known = fuzz::unlessRefused([&] { return PartName::fromItemName(name); });
     require(known.has_value(), "an item without content type has a part name");
-    require(!package.hasPart(*known), "an item without content type is no part");
+    require(!package.hasPart(*known), "an item without content type is not a part");
   }
   package.strayItems();
 }

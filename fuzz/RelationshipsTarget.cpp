@@ -31,13 +31,13 @@ void checkEntry(const RelationshipSet& set, const RelationshipSet::Entry& entry)
   require(set.find(relationship.getId()) == &relationship, "a relationship is found by its id");
   require(!relationship.getType().empty(), "a relationship has a type");
   if (relationship.getTargetMode() == TargetMode::External) {
-    require(entry.fragment.empty() && !entry.mended, "an external target is left alone");
+    require(entry.fragment.empty() && !entry.mended, "an external target is not changed");
     return;
   }
   const PartName target(relationship.getTargetURI().toString());
   require(opc::fromUtf8(target.canonical()) == relationship.getTargetURI().toString(),
           "an internal target is a canonical part name");
-  require(!target.isRelationshipsPartName(), "an internal target is no relationships part");
+  require(!target.isRelationshipsPartName(), "an internal target is not a relationships part");
   require(entry.fragment.empty() || entry.fragment.front() == u'#', "a fragment has its '#'");
 }
 
@@ -52,7 +52,7 @@ void checkEqual(const RelationshipSet& a, const RelationshipSet& b) {
     require(x.getTargetURI() == y.getTargetURI(), "a target comes back");
     require(x.getTargetMode() == y.getTargetMode(), "a target mode comes back");
     require(entry.fragment == other->fragment, "a fragment comes back");
-    require(!other->mended, "what is written needs no mending");
+    require(!other->mended, "a written target needs no correction");
     ++other;
   }
 }

@@ -404,10 +404,10 @@ EXPORT int fallocate(int file, int mode, off_t offset, off_t size) {
 // The file is closed even if close() fails; only a delayed write error is simulated.
 EXPORT int close(int file) {
   const enum Outcome outcome = nextOn(kClose, file);
-  const int told = errno;
+  const int reported = errno;
   const int result = (int)syscall(SYS_close, file);
   if (outcome != kFail) return result;
-  errno = told;
+  errno = reported;
   return -1;
 }
 

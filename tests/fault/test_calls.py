@@ -126,11 +126,11 @@ class EveryCall(FaultTest):
                 continue
             with self.subTest(command=command.name):
                 self.learn(command)
-                told = 0
+                reported = 0
                 for where, result in self.all_points(command, "close", "EDQUOT"):
-                    told += "Disk quota exceeded" in result.errors
+                    reported += "Disk quota exceeded" in result.errors
                     self.assert_outcome(command, result, where)
-                self.assertGreater(told, 0)
+                self.assertGreater(reported, 0)
 
     def all_points(self, command, families, how):
         self.run_failing("", *command.words)

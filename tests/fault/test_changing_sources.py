@@ -36,7 +36,7 @@ class Sources(FaultTest):
         self.assertNotIn("report", self.names())
         if code == 0:
             packed = self.entries("new.kraddon")["files/changing.bin"]
-            self.assertTrue(allowed(packed), f"{where}: {len(packed)} bytes of nobody's")
+            self.assertTrue(allowed(packed), f"{where}: {len(packed)} bytes of neither content")
             self.path("new.kraddon").unlink()
         else:
             self.assertEqual(code, 1, errors)

@@ -1,21 +1,23 @@
 # SPDX-License-Identifier: MIT
 """The Debian packages: their content, and that they install and run on a new Debian 12.
 
-Arguments name the cases to run: 'Contents', 'Mirror', 'FreshSystem'. Exits with 77 if all tests had
-to be left out.
+Arguments name the cases to run: 'Contents', 'Mirror', 'FreshSystem', 'FreshBuild'. Exits with 77 if
+all tests had to be left out.
 """
 
 import glob
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 
-BUILD = os.environ["KRADDON_BUILD"]
-VERSION = os.environ["KRADDON_VERSION"]
+BUILD = os.environ.get("KRADDON_BUILD")
+VERSION = os.environ.get("KRADDON_VERSION")
+TOP = pathlib.Path(__file__).resolve().parents[2]
 RELEASE = "bookworm"
 # The new system goes there if possible: memory is faster than a disk.
 ROOMY = "/dev/shm"
@@ -169,13 +171,13 @@ def own_mounts():
     return prefix if works else []
 
 
-class FreshSystem(unittest.TestCase):
+class System(unittest.TestCase):
+    """A minimal Debian 12 in a folder, with the package sources of this machine."""
 
     @classmethod
     def setUpClass(cls):
         cls.root = fresh_system()
         cls.addClassCleanup(remove_system, cls.root)
-        cls.packages = make_packages(cls.root / "debs")
         system = cls.root / "system"
         run(*own_mounts(), "debootstrap", "--variant=minbase", RELEASE, system, mirror(),
             env={**os.environ, "LC_ALL": "C"})
@@ -201,8 +203,12 @@ class FreshSystem(unittest.TestCase):
                    env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/root", "LC_ALL": "C.UTF-8",
                         "DEBIAN_FRONTEND": "noninteractive"})
 
+
+class FreshSystem(System):
+
     def test_the_package_installs_and_runs(self):
-        shutil.copy(self.packages["kraddon"], self.system / "root/kraddon.deb")
+        packages = make_packages(self.root / "debs")
+        shutil.copy(packages["kraddon"], self.system / "root/kraddon.deb")
         self.inside("apt-get -q update; "
                     "apt-get -q -y install --no-install-recommends /root/kraddon.deb")
 
@@ -228,6 +234,19 @@ class FreshSystem(unittest.TestCase):
         left = self.inside("find / -xdev -name '*kraddon*' -not -path '/root/*' "
                            "-not -path '/var/*' -not -path '/proc/*'")
         self.assertEqual(left, "")
+
+
+class FreshBuild(System):
+
+    def test_the_lines_of_the_readme_build_and_install_the_project(self):
+        lines = re.search(r"(?m)^scripts/setup && .*$", (TOP / "README.md").read_text("utf-8"))[0]
+        shutil.copytree(TOP, self.system / "root/kraddon", symlinks=True,
+                        ignore=lambda folder, _: ["build", ".git"] if folder == str(TOP) else [])
+
+        self.inside(f"cd /root/kraddon; {lines}; cmake --install build/release --prefix /root/k")
+
+        self.inside("cd /root; k/bin/kraddon create p.kraddon --name 'Fresh'; "
+                    "k/bin/kraddon call addonGetFileList p.kraddon")
 
 
 def main():

@@ -69,20 +69,20 @@ class FormatCase(ScratchCase):
                 self.assertEqual(document, self.says("get", package, name), name)
         listed = self.says("list", "-q", "--json", package)["entries"]
         self.assertEqual(found["listing"], [(entry["path"], entry["kind"]) for entry in listed])
-        told = self.says("info", "-q", "--json", package)
-        self.assertEqual(found["digest"], told["digest"])
+        reported = self.says("info", "-q", "--json", package)
+        self.assertEqual(found["digest"], reported["digest"])
         if not SLOW or FormatCase.turn % 3 == 0:
-            self.assert_same_screenshot(package, found["screenshot"], told["screenshot"])
+            self.assert_same_screenshot(package, found["screenshot"], reported["screenshot"])
             self.assert_same_files(package, found)
         return found
 
-    def assert_same_screenshot(self, package, found, told):
+    def assert_same_screenshot(self, package, found, reported):
         if found is None:
-            self.assertIsNone(told)
+            self.assertIsNone(reported)
             outcome = run(KRADDON, "screenshot", package, "-o", "-", cwd=self.folder)
             self.assertEqual(outcome.code, 1, outcome)
             return
-        self.assertEqual(told, {"part": found["part"], "type": found["type"],
+        self.assertEqual(reported, {"part": found["part"], "type": found["type"],
                                 "size": len(found["bytes"])})
         self.assertEqual(found["bytes"],
                          self.kraddon("screenshot", package, "-o", "-").stdout)

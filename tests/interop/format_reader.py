@@ -192,10 +192,10 @@ class Tree:
         self.folders = set(listed) - self.above.union(*map(parents, listed))
 
     def _add_parts(self, package):
-        told = set(self.files.values())
+        listed = set(self.files.values())
         for part, name in package.parts.items():
             path = path_of(name[len("/files/"):]) if part.startswith("/files/") else None
-            if path and part not in told and not CONTROL.search(path) and not self._clashes(path):
+            if path and part not in listed and not CONTROL.search(path) and not self._clashes(path):
                 self._add(path, part)
 
     def _is_at_file(self, path):
