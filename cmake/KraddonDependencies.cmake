@@ -27,3 +27,14 @@ if(KRADDON_XERCES_ARCHIVE)
 else()
   target_link_libraries(kraddon_xerces INTERFACE XercesC::XercesC)
 endif()
+
+# The archives, so that the program starts no slower for what few commands need.
+find_library(KRADDON_CMARK_ARCHIVE libcmark-gfm.a REQUIRED)
+find_library(KRADDON_CMARK_EXTENSIONS_ARCHIVE libcmark-gfm-extensions.a REQUIRED)
+find_path(KRADDON_CMARK_INCLUDE_DIR cmark-gfm-core-extensions.h REQUIRED)
+mark_as_advanced(
+  KRADDON_CMARK_ARCHIVE KRADDON_CMARK_EXTENSIONS_ARCHIVE KRADDON_CMARK_INCLUDE_DIR)
+add_library(kraddon_cmark INTERFACE)
+target_include_directories(kraddon_cmark SYSTEM INTERFACE ${KRADDON_CMARK_INCLUDE_DIR})
+target_link_libraries(kraddon_cmark INTERFACE
+  ${KRADDON_CMARK_EXTENSIONS_ARCHIVE} ${KRADDON_CMARK_ARCHIVE})

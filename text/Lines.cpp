@@ -26,12 +26,4 @@ std::vector<std::string_view> linesOf(std::string_view text) {
   return lines;
 }
 
-std::string_view fenceOf(std::string_view line) {
-  line = trimmed(line);
-  if (!line.starts_with("```") && !line.starts_with("~~~")) return {};
-  const std::size_t length = std::min(line.find_first_not_of(line[0]), line.size());
-  const bool isInline = line[0] == '`' && line.find('`', length) != line.npos;
-  return isInline ? std::string_view() : line.substr(0, length);
-}
-
 }  // namespace text

@@ -15,8 +15,4 @@ std::string_view trimmed(std::string_view text);
 /// front is dropped.
 std::vector<std::string_view> linesOf(std::string_view text);
 
-/// The mark of a line that begins a block of code in Markdown, "```" or "~~~" or longer; "" for
-/// every other line. "```a``` is code" begins none. The same mark, alone on a line, ends the block.
-std::string_view fenceOf(std::string_view line);
-
 }  // namespace text

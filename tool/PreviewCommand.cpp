@@ -51,7 +51,8 @@ constexpr CommandSpec kPreviewCommand{
     .description =
         "The page shows what the package says of itself: screenshot, description, author,\n"
         "requirements, examples, apps, revisions, license, and the files with their sizes. It\n"
-        "is one file, runs no script and loads nothing. It goes to FILE, which is replaced, or,\n"
+        "is one file, runs no script and loads nothing. Descriptions are CommonMark with tables,\n"
+        "without HTML. It goes to FILE, which is replaced, or,\n"
         "without -o, to the package's base name and .html, which must not exist.",
     .operands = kOperands,
     .options = kOptions,

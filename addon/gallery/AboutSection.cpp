@@ -67,7 +67,7 @@ void writeAbout(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
       if (page.description.empty()) {
         html.element("p", {{"class", "muted"}}, "This add-on has no description.");
       }
-      writeProse(html, page.description, 3);
+      Prose(html).write(page.description, 3);
     });
     html.newLine();
     html.element("dl", {{"class", "facts"}}, [&] { writeFacts(html, page); });

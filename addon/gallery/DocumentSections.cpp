@@ -61,7 +61,7 @@ void writeApp(HtmlWriter& html, const PageApp& app) {
   });
 }
 
-void writeRevision(HtmlWriter& html, const PageRevision& revision) {
+void writeRevision(HtmlWriter& html, const PageRevision& revision, Prose& prose) {
   html.element("h3", [&] {
     if (revision.version.empty()) return html.text("Revision without a version");
     html.text("Version ");
@@ -71,7 +71,7 @@ void writeRevision(HtmlWriter& html, const PageRevision& revision) {
     html.element("p", {{"class", "date"}}, [&] { writeDate(html, revision.date); });
   }
   html.newLine();
-  html.element("div", {{"class", "prose"}}, [&] { writeProse(html, revision.description, 4); });
+  html.element("div", {{"class", "prose"}}, [&] { prose.write(revision.description, 4); });
 }
 
 void writePathList(HtmlWriter& html, std::string_view title,
@@ -103,9 +103,10 @@ void writeApps(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
 }
 
 void writeRevisions(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
+  Prose prose(html);
   html.element("ol", {{"class", "timeline"}}, [&] {
     for (const PageRevision& revision : page.revisions) {
-      html.element("li", [&] { writeRevision(html, revision); });
+      html.element("li", [&] { writeRevision(html, revision, prose); });
       html.newLine();
     }
   });

@@ -3,203 +3,184 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
-#include <span>
 #include <string>
-#include <vector>
 
-#include "addon/gallery/ProseSpans.h"
-#include "addon/gallery/ProseTable.h"
+#include "addon/gallery/PlainAddress.h"
 #include "text/Lines.h"
+#include "text/Markdown.h"
 
 namespace addon::gallery {
-
-using text::linesOf;
-using text::trimmed;
 
 namespace {
 
 constexpr std::array<HtmlName, 6> kHeadings{"h1", "h2", "h3", "h4", "h5", "h6"};
-constexpr std::size_t kDeepestHeading = kHeadings.size();
+// Blocks and spans nested deeper lose their markup.
+constexpr std::size_t kDeepest = 40;
+// Reading a text may take time in proportion to the square of its length: that of one text of
+// 128 KiB, or of many small ones.
+constexpr std::uint64_t kMostWork = std::uint64_t{128 << 10} * (128 << 10);
 
-struct Heading {
-  std::size_t level;
-  std::string_view text;
-};
-
-/// "## Filters ##"
-std::optional<Heading> headingOf(std::string_view line) {
-  const std::size_t level = std::min(line.find_first_not_of('#'), line.size());
-  if (level == 0 || level > kDeepestHeading || level == line.size()) return std::nullopt;
-  if (line[level] != ' ' && line[level] != '\t') return std::nullopt;
-  std::string_view text = trimmed(line.substr(level));
-  const std::size_t end = text.find_last_not_of('#');
-  const bool isClosed = end != std::string_view::npos && end + 1 < text.size() && text[end] == ' ';
-  if (isClosed) text = trimmed(text.substr(0, end));
-  if (text.empty()) return std::nullopt;
-  return Heading{level, text};
+/// "" unless it is a plain address.
+std::string targetOf(cmark_node* link) {
+  constexpr std::string_view kMail = "mailto:";
+  const char* const given = cmark_node_get_url(link);
+  std::string_view url = given == nullptr ? "" : given;
+  const bool isMail = url.starts_with(kMail);
+  if (isMail) url.remove_prefix(kMail.size());
+  std::string target = linkOf(url);
+  return target.starts_with(kMail) == isMail ? target : std::string();
 }
 
-struct ListItem {
-  std::string_view number;  ///< "" in a list without numbers
-  std::string_view text;
-};
-
-/// "- one", "* one", "1. one", "1) one"
-std::optional<ListItem> listItemOf(std::string_view line) {
-  line = trimmed(line);
-  const std::size_t digits = std::min(line.find_first_not_of("0123456789"), line.size());
-  if (digits > 3 || digits + 2 >= line.size() || line[digits + 1] != ' ') return std::nullopt;
-  const std::string_view markers = digits == 0 ? "-*+" : ".)";
-  if (markers.find(line[digits]) == std::string_view::npos) return std::nullopt;
-  return ListItem{line.substr(0, digits), trimmed(line.substr(digits + 2))};
+/// Whether the paragraphs of the item that it is in are lines of a list rather than paragraphs.
+bool isInTightList(cmark_node* paragraph) {
+  cmark_node* const item = cmark_node_parent(paragraph);
+  return cmark_node_get_type(item) == CMARK_NODE_ITEM &&
+         cmark_node_get_list_tight(cmark_node_parent(item)) != 0;
 }
-
-/// How many characters, about.
-std::size_t lengthOf(std::string_view line) {
-  return static_cast<std::size_t>(std::count_if(
-      line.begin(), line.end(), [](char c) { return (static_cast<unsigned char>(c) >> 6) != 2; }));
-}
-
-bool endsSentence(std::string_view line) {
-  line = trimmed(line);
-  return !line.empty() && std::string_view(".:;!?").find(line.back()) != std::string_view::npos;
-}
-
-/// Whether the lines of a paragraph were filled by an editor, so that their ends mean nothing: each
-/// is as long as it could be without getting longer than the longest. In two lines that may be
-/// chance, unless a sentence runs on.
-bool isFilled(std::span<const std::string_view> lines) {
-  constexpr std::size_t kLeastWidth = 56;
-  std::size_t width = 0;
-  for (const std::string_view line : lines) width = std::max(width, lengthOf(trimmed(line)));
-  if (lines.size() < 2 || width < kLeastWidth) return false;
-  for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
-    const std::string_view next = trimmed(lines[i + 1]);
-    const std::size_t word = lengthOf(next.substr(0, next.find(' ')));
-    if (lengthOf(trimmed(lines[i])) + 1 + word <= width) return false;
-  }
-  return lines.size() > 2 || !endsSentence(lines.front());
-}
-
-class ProseWriter {
- public:
-  ProseWriter(HtmlWriter& html, std::string_view text, std::size_t level)
-      : html_(html), lines_(linesOf(text)), level_(level) {}
-
-  void write() {
-    while (at_ < lines_.size()) writeBlock();
-  }
-
- private:
-  void writeBlock() {
-    const std::string_view line = lines_[at_];
-    if (trimmed(line).empty()) {
-      ++at_;
-    } else if (const std::string_view fence = text::fenceOf(line); !fence.empty()) {
-      writeCode(fence);
-    } else if (const auto heading = headingOf(line)) {
-      ++at_;
-      writeHeading(*heading);
-    } else if (const auto item = listItemOf(line)) {
-      writeList(!item->number.empty());
-    } else if (isTable()) {
-      writeTable();
-    } else {
-      writeParagraph();
-    }
-    html_.newLine();
-  }
-
-  bool isEndOfParagraph() const {
-    const std::string_view line = lines_[at_];
-    return trimmed(line).empty() || !text::fenceOf(line).empty() || headingOf(line) ||
-           listItemOf(line) || isTable();
-  }
-
-  bool isTable() const { return beginsTable(std::span(lines_).subspan(at_)); }
-
-  void writeParagraph() {
-    const std::size_t first = at_;
-    while (at_ < lines_.size() && !isEndOfParagraph()) ++at_;
-    const std::span<const std::string_view> lines(lines_.data() + first, at_ - first);
-    std::string text;
-    for (const std::string_view line : lines) text.append(text.empty() ? "" : "\n").append(line);
-    html_.element("p", {{"class", isFilled(lines) ? "filled" : "lines"}, {"dir", "auto"}},
-                  [&] { writeSpans(html_, text); });
-  }
-
-  void writeCode(std::string_view fence) {
-    std::string text;
-    for (++at_; at_ < lines_.size() && trimmed(lines_[at_]) != fence; ++at_) {
-      text.append(lines_[at_]).append("\n");
-    }
-    if (at_ < lines_.size()) ++at_;
-    // What is wider than the page is scrolled, with the keyboard too.
-    html_.element("pre", {{"tabindex", "0"}}, [&] { html_.element("code", text); });
-  }
-
-  void writeTable() {
-    html_.element("table", [&] {
-      html_.element("thead", [&] { writeRow("th", {{"scope", "col"}, {"dir", "auto"}}); });
-      ++at_;
-      html_.element("tbody", [&] {
-        while (at_ < lines_.size() && lines_[at_].find('|') != std::string_view::npos) {
-          writeRow("td", {{"dir", "auto"}});
-        }
-      });
-    });
-  }
-
-  void writeRow(HtmlName cellName, HtmlWriter::Attributes attributes) {
-    html_.element("tr", [&] {
-      for (const std::string& cell : tableCellsOf(lines_[at_])) {
-        html_.element(cellName, attributes, [&] { writeSpans(html_, cell); });
-      }
-    });
-    ++at_;
-  }
-
-  void writeHeading(const Heading& heading) {
-    while (!levels_.empty() && levels_.back() >= heading.level) levels_.pop_back();
-    levels_.push_back(heading.level);
-    const std::size_t level = std::min(level_ + levels_.size() - 1, kDeepestHeading);
-    html_.element(kHeadings[level - 1], {{"dir", "auto"}},
-                  [&] { writeSpans(html_, heading.text); });
-  }
-
-  void writeList(bool isNumbered) {
-    const auto items = [&] {
-      while (at_ < lines_.size()) {
-        const auto item = listItemOf(lines_[at_]);
-        if (!item || item->number.empty() == isNumbered) return;
-        ++at_;
-        writeItem(*item);
-      }
-    };
-    if (isNumbered) return html_.element("ol", items);
-    html_.element("ul", items);
-  }
-
-  void writeItem(const ListItem& item) {
-    std::string text(item.text);
-    while (at_ < lines_.size() && !isEndOfParagraph()) text.append("\n").append(lines_[at_++]);
-    const auto content = [&] { writeSpans(html_, text); };
-    if (item.number.empty()) return html_.element("li", {{"dir", "auto"}}, content);
-    html_.element("li", {{"dir", "auto"}, {"value", item.number}}, content);
-  }
-
-  HtmlWriter& html_;
-  std::vector<std::string_view> lines_;
-  std::size_t level_;  ///< of the highest heading
-  std::size_t at_ = 0;
-  std::vector<std::size_t> levels_;  ///< of the headings that this place is below
-};
 
 }  // namespace
 
-void writeProse(HtmlWriter& html, std::string_view text, std::size_t level) {
-  ProseWriter(html, text, level).write();
+bool Prose::isAffordable(std::string_view text) {
+  const std::uint64_t work = std::uint64_t{text.size()} * text.size();
+  if (text.size() >= kMostWork || work > kMostWork - work_) return false;
+  work_ += work;
+  return true;
+}
+
+void Prose::write(std::string_view text, std::size_t level) {
+  if (text::trimmed(text).empty()) return;
+  if (isAffordable(text)) {
+    const text::Markdown markdown(text);
+    if (markdown.root() != nullptr) {
+      level_ = level;
+      headings_.clear();
+      return writeChildren(markdown.root());
+    }
+  }
+  html_.element("p", {{"class", "lines"}, {"dir", "auto"}}, text);
+  html_.newLine();
+}
+
+void Prose::writeChildren(cmark_node* parent) {
+  ++depth_;
+  cmark_node* child = cmark_node_first_child(parent);
+  for (; child != nullptr; child = cmark_node_next(child)) {
+    if (depth_ > kDeepest) {
+      writeTextOf(child);
+    } else {
+      writeNode(child);
+    }
+    if (depth_ == 1) html_.newLine();
+  }
+  --depth_;
+}
+
+/// Without recursion.
+void Prose::writeTextOf(cmark_node* root) {
+  cmark_iter* const nodes = cmark_iter_new(root);
+  for (auto event = cmark_iter_next(nodes); event != CMARK_EVENT_DONE;
+       event = cmark_iter_next(nodes)) {
+    cmark_node* const node = cmark_iter_get_node(nodes);
+    if (event == CMARK_EVENT_ENTER) html_.text(text::literalOf(node));
+    const bool isBlock =
+        (cmark_node_get_type(node) & CMARK_NODE_TYPE_MASK) == CMARK_NODE_TYPE_BLOCK;
+    const bool isBreak = cmark_node_get_type(node) == CMARK_NODE_SOFTBREAK ||
+                         cmark_node_get_type(node) == CMARK_NODE_LINEBREAK;
+    if (isBreak || (isBlock && event == CMARK_EVENT_EXIT)) html_.text("\n");
+  }
+}
+
+void Prose::writeNode(cmark_node* node) {
+  const auto children = [&] { writeChildren(node); };
+  switch (cmark_node_get_type(node)) {
+    case CMARK_NODE_PARAGRAPH:
+      return writeParagraph(node);
+    case CMARK_NODE_HEADING:
+      return writeHeading(node);
+    case CMARK_NODE_LIST:
+      return writeList(node);
+    case CMARK_NODE_ITEM:
+      return html_.element("li", {{"dir", "auto"}}, children);
+    case CMARK_NODE_BLOCK_QUOTE:
+      return html_.element("blockquote", {{"dir", "auto"}}, children);
+    case CMARK_NODE_THEMATIC_BREAK:
+      return html_.empty("hr", {});
+    case CMARK_NODE_CODE_BLOCK:
+      return writeCode(node);
+    case CMARK_NODE_HTML_BLOCK:
+      return html_.element("p", {{"class", "lines"}, {"dir", "auto"}},
+                           text::trimmed(text::literalOf(node)));
+    case CMARK_NODE_CODE:
+      return html_.element("code", text::literalOf(node));
+    case CMARK_NODE_EMPH:
+      return html_.element("em", children);
+    case CMARK_NODE_STRONG:
+      return html_.element("strong", children);
+    case CMARK_NODE_LINK:
+      return writeLink(node);
+    case CMARK_NODE_SOFTBREAK:
+      return html_.text("\n");
+    case CMARK_NODE_LINEBREAK:
+      return html_.empty("br", {});
+    default:
+      if (text::isOfTable(node, "table")) return writeTable(node);
+      html_.text(text::literalOf(node));
+      writeChildren(node);
+  }
+}
+
+void Prose::writeParagraph(cmark_node* node) {
+  if (isInTightList(node)) return writeChildren(node);
+  html_.element("p", {{"dir", "auto"}}, [&] { writeChildren(node); });
+}
+
+void Prose::writeHeading(cmark_node* node) {
+  if (cmark_node_first_child(node) == nullptr) return;
+  const int given = cmark_node_get_heading_level(node);
+  while (!headings_.empty() && headings_.back() >= given) headings_.pop_back();
+  headings_.push_back(given);
+  const std::size_t level = std::min(level_ + headings_.size() - 1, kHeadings.size());
+  html_.element(kHeadings[level - 1], {{"dir", "auto"}}, [&] { writeChildren(node); });
+}
+
+void Prose::writeList(cmark_node* node) {
+  const auto items = [&] { writeChildren(node); };
+  if (cmark_node_get_list_type(node) == CMARK_BULLET_LIST) return html_.element("ul", items);
+  const std::string start = std::to_string(cmark_node_get_list_start(node));
+  html_.element("ol", {{"start", start}}, items);
+}
+
+void Prose::writeCode(cmark_node* node) {
+  // What is wider than the page is scrolled, with the keyboard too.
+  html_.element("pre", {{"tabindex", "0"}}, [&] { html_.element("code", text::literalOf(node)); });
+}
+
+void Prose::writeTable(cmark_node* node) {
+  cmark_node* const head = cmark_node_first_child(node);
+  html_.element("table", [&] {
+    html_.element("thead", [&] { writeRow(head, "th", {{"scope", "col"}, {"dir", "auto"}}); });
+    html_.element("tbody", [&] {
+      for (cmark_node* row = cmark_node_next(head); row != nullptr; row = cmark_node_next(row)) {
+        writeRow(row, "td", {{"dir", "auto"}});
+      }
+    });
+  });
+}
+
+void Prose::writeRow(cmark_node* node, HtmlName cellName, HtmlWriter::Attributes attributes) {
+  html_.element("tr", [&] {
+    cmark_node* cell = cmark_node_first_child(node);
+    for (; cell != nullptr; cell = cmark_node_next(cell)) {
+      html_.element(cellName, attributes, [&] { writeChildren(cell); });
+    }
+  });
+}
+
+void Prose::writeLink(cmark_node* node) {
+  const std::string target = targetOf(node);
+  if (target.empty()) return writeChildren(node);
+  html_.element("a", {{"href", target}, {"rel", "noopener nofollow"}},
+                [&] { writeChildren(node); });
 }
 
 }  // namespace addon::gallery

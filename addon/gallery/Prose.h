@@ -1,21 +1,47 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmark-gfm.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "addon/gallery/HtmlWriter.h"
 
 namespace addon::gallery {
 
-/// Writes a text at length. Blank lines separate paragraphs; the lines of a paragraph stay lines,
-/// unless an editor has filled them, as it shows by their lengths.
+/// Writes the long texts of a package, which are CommonMark with tables.
 ///
-/// Descriptions often are a README, so what is plainly one of these is shown as such: headings
-/// ("## Filters"), lists ("- one", "2. two"), tables, fenced blocks of code, and what ProseSpans.h
-/// knows.
-/// Everything else, links and HTML too, is text. The headings of the text become headings from
-/// `level` on down, never skipping one.
-void writeProse(HtmlWriter& html, std::string_view text, std::size_t level);
+/// Nothing of a text becomes markup by itself: HTML is shown as text, an image as its description,
+/// and a link is one only if its target is a plain address (PlainAddress.h). Time and memory are
+/// bounded: what is left once the texts together have become too long is shown as plain text.
+class Prose {
+ public:
+  explicit Prose(HtmlWriter& html) : html_(html) {}
+
+  /// The headings of the text become headings from `level` on down, never skipping one.
+  void write(std::string_view text, std::size_t level);
+
+ private:
+  bool isAffordable(std::string_view text);
+  void writeChildren(cmark_node* parent);
+  void writeNode(cmark_node* node);
+  void writeTextOf(cmark_node* root);
+  void writeParagraph(cmark_node* node);
+  void writeHeading(cmark_node* node);
+  void writeList(cmark_node* node);
+  void writeCode(cmark_node* node);
+  void writeTable(cmark_node* node);
+  void writeRow(cmark_node* node, HtmlName cellName, HtmlWriter::Attributes attributes);
+  void writeLink(cmark_node* node);
+
+  HtmlWriter& html_;
+  std::uint64_t work_ = 0;
+  std::size_t level_ = 1;      ///< of the highest heading
+  std::vector<int> headings_;  ///< the levels of the headings above this place
+  std::size_t depth_ = 0;      ///< how many nodes enclose this place
+};
 
 }  // namespace addon::gallery

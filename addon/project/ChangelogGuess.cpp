@@ -94,6 +94,13 @@ bool isLinkDefinition(std::string_view line) {
   return line.starts_with('[') && line.find("]: ") != line.npos;
 }
 
+/// Whether the line begins or ends a block of code. "```a``` is code" does not.
+bool isFence(std::string_view line) {
+  line = trimmed(line);
+  if (line.starts_with("~~~")) return true;
+  return line.starts_with("```") && line.find('`', line.find_first_not_of('`')) == line.npos;
+}
+
 bool isHeading(std::string_view line) {
   return line.starts_with("# ") || line.starts_with("## ");
 }
@@ -110,7 +117,7 @@ std::vector<GuessedRevision> revisionsOf(std::string_view changelog) {
   bool isInRevision = false;
   bool isFenced = false;
   for (const std::string_view line : linesOf(changelog)) {
-    if (!fenceOf(line).empty()) isFenced = !isFenced;
+    if (isFence(line)) isFenced = !isFenced;
     if (!isFenced && isHeading(line)) {
       auto revision = line.starts_with("## ") ? revisionOf(line.substr(3)) : std::nullopt;
       isInRevision = revision.has_value();

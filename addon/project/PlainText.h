@@ -12,7 +12,6 @@ namespace addon::project {
 using opc::isAsciiBlank;
 using opc::isAsciiDigit;
 using opc::isAsciiLetterOrDigit;
-using text::fenceOf;
 using text::linesOf;
 using text::trimmed;
 

@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "addon/project/PlainText.h"
+#include "text/Markdown.h"
 
 namespace addon::project {
 
 namespace {
 
-constexpr std::size_t kLongestLine = 4096;  // bytes looked at
+constexpr std::size_t kLongestReadme = 64 << 10;  // bytes looked at
 constexpr std::size_t kLongestSummary = 200;
 
 bool hasWord(std::string_view text) {
@@ -20,48 +21,11 @@ bool hasWord(std::string_view text) {
   });
 }
 
-/// For each opening bracket where it is closed; npos for everything else.
-std::vector<std::size_t> closings(std::string_view text, char open, char close) {
-  std::vector<std::size_t> found(text.size(), text.npos);
-  std::vector<std::size_t> opened;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == open) opened.push_back(at);
-    if (text[at] != close || opened.empty()) continue;
-    found[opened.back()] = at;
-    opened.pop_back();
-  }
-  return found;
-}
-
 /// How much of `text` fits into `most` bytes, in whole characters.
 std::string_view begunBy(std::string_view text, std::size_t most) {
   if (text.size() <= most) return text;
   while (most > 0 && (text[most] & 0xC0) == 0x80) --most;
   return text.substr(0, most);
-}
-
-/// The text without Markdown's links: "[text](target)" leaves its text, "![text](target)" nothing.
-/// A picture in a link leaves nothing either.
-std::string withoutLinks(std::string_view text) {
-  const std::vector<std::size_t> squares = closings(text, '[', ']');
-  const std::vector<std::size_t> rounds = closings(text, '(', ')');
-  std::string result;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool isPicture = text.substr(at, 2) == "![";
-    const std::size_t open = at + (isPicture ? 1 : 0);
-    const std::size_t close = squares[open];
-    const std::size_t target = close < text.size() ? close + 1 : text.npos;
-    const std::size_t end =
-        target < text.size() ? std::min(rounds[target], squares[target]) : text.npos;
-    if (end == text.npos) {
-      result += text[at];
-      continue;
-    }
-    const std::string_view label = text.substr(open + 1, close - open - 1);
-    if (!isPicture && !label.starts_with("![")) result.append(label);
-    at = end;
-  }
-  return result;
 }
 
 /// A '<' that opens no tag stays.
@@ -82,31 +46,6 @@ std::string withoutTags(std::string_view text) {
   return result;
 }
 
-/// Without backticks and stars, and without the marks of a quotation, a list or a heading.
-std::string withoutMarks(std::string_view text) {
-  text = trimmed(text);
-  while (text.starts_with('#') || text.starts_with('>')) text = trimmed(text.substr(1));
-  if (text.starts_with("- ") || text.starts_with("+ ") || text.starts_with("* "))
-    text.remove_prefix(2);
-  while (text.ends_with('#')) text = trimmed(text.substr(0, text.size() - 1));
-  std::string result;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool isUnderline = text.substr(at).starts_with("__");
-    if (isUnderline) ++at;
-    if (!isUnderline && text[at] != '`' && text[at] != '*') result += text[at];
-  }
-  return result;
-}
-
-bool isRule(std::string_view line) {
-  return line.size() >= 3 && line.find_first_not_of("=-*_~^ ") == line.npos;
-}
-
-/// Lines that say something about others: reStructuredText's directives, Markdown's link targets.
-bool isDirective(std::string_view line) {
-  return line.starts_with(".. ") || (line.starts_with('[') && line.find("]: ") != line.npos);
-}
-
 std::string cut(const std::string& text) {
   if (text.size() <= kLongestSummary) return text;
   const std::size_t sentence = text.find(". ");
@@ -116,63 +55,90 @@ std::string cut(const std::string& text) {
   return std::string(hasWords ? text.substr(0, word) : begunBy(text, kLongestSummary)) + " ...";
 }
 
-/// Passes over fenced code, comments and the block of settings that some tools put in front.
-class TextLines {
- public:
-  explicit TextLines(std::string_view text) : lines_(linesOf(text)) { skipSettings(); }
+/// Without the block of settings that some tools put first.
+std::string_view withoutSettings(std::string_view text) {
+  const std::vector<std::string_view> lines = linesOf(text);
+  if (lines.empty() || trimmed(lines[0]) != "---") return text;
+  const auto end = std::find(lines.begin() + 1, lines.end(), "---");
+  if (end == lines.end()) return text;
+  return text.substr(static_cast<std::size_t>(end->data() + end->size() - text.data()));
+}
 
-  /// Returns false at the end. The line is trimmed.
-  bool next(std::string_view& line) {
-    while (at_ < lines_.size()) {
-      line = trimmed(begunBy(lines_[at_++], kLongestLine));
-      if (isInside(line)) continue;
-      return true;
-    }
-    return false;
-  }
-  /// The line after the one that next() gave.
-  std::string_view following() const { return at_ < lines_.size() ? trimmed(lines_[at_]) : ""; }
-
- private:
-  void skipSettings() {
-    if (lines_.empty() || trimmed(lines_[0]) != "---") return;
-    const auto end = std::find(lines_.begin() + 1, lines_.end(), "---");
-    if (end != lines_.end()) at_ = static_cast<std::size_t>(end - lines_.begin()) + 1;
-  }
-
-  bool isInside(std::string_view line) {
-    if (isCommented_) {
-      isCommented_ = line.find("-->") == line.npos;
-      return true;
-    }
-    if (!fenceOf(line).empty()) {
-      isFenced_ = !isFenced_;
-      return true;
-    }
-    if (isFenced_) return true;
-    isCommented_ = line.starts_with("<!--") && line.find("-->") == line.npos;
-    return isCommented_;
-  }
-
-  std::vector<std::string_view> lines_;
-  std::size_t at_ = 0;
-  bool isFenced_ = false;
-  bool isCommented_ = false;
+struct Line {
+  std::string text;
+  bool isHeading;
 };
+
+/// Calls `visit` with each node below `root`, which returns whether to visit those below it too.
+template <typename Visit>
+void visitBelow(cmark_node* root, const Visit& visit) {
+  cmark_iter* const nodes = cmark_iter_new(root);
+  for (auto event = cmark_iter_next(nodes); event != CMARK_EVENT_DONE;
+       event = cmark_iter_next(nodes)) {
+    cmark_node* const node = cmark_iter_get_node(nodes);
+    if (event != CMARK_EVENT_ENTER || node == root || visit(node)) continue;
+    cmark_iter_reset(nodes, node, CMARK_EVENT_EXIT);
+  }
+}
+
+/// The lines of a paragraph or heading, without images and HTML.
+void addLines(cmark_node* block, std::vector<Line>& lines) {
+  const bool isHeading = cmark_node_get_type(block) == CMARK_NODE_HEADING;
+  lines.push_back({"", isHeading});
+  visitBelow(block, [&](cmark_node* node) {
+    const cmark_node_type type = cmark_node_get_type(node);
+    if (type == CMARK_NODE_SOFTBREAK || type == CMARK_NODE_LINEBREAK) {
+      lines.push_back({"", isHeading});
+    } else if (type == CMARK_NODE_TEXT || type == CMARK_NODE_CODE) {
+      lines.back().text += text::literalOf(node);
+    }
+    return type != CMARK_NODE_IMAGE;
+  });
+}
+
+/// The lines between the tags of a block of HTML, but for a comment.
+void addHtmlLines(cmark_node* block, std::vector<Line>& lines) {
+  const std::string_view html = trimmed(text::literalOf(block));
+  if (html.starts_with("<!") || html.starts_with("<?")) return;
+  for (const std::string_view line : linesOf(html)) {
+    lines.push_back({withoutTags(line), startsWithWord(trimmed(line), "<h")});
+  }
+}
+
+/// The lines of text; those of code and tables are left out.
+std::vector<Line> textLinesOf(cmark_node* document) {
+  std::vector<Line> lines;
+  visitBelow(document, [&](cmark_node* node) {
+    switch (cmark_node_get_type(node)) {
+      case CMARK_NODE_PARAGRAPH:
+      case CMARK_NODE_HEADING:
+        addLines(node, lines);
+        return false;
+      case CMARK_NODE_HTML_BLOCK:
+        addHtmlLines(node, lines);
+        return false;
+      default:
+        return true;
+    }
+  });
+  return lines;
+}
+
+/// Such as ".. image:: a.png" in reStructuredText.
+bool isDirective(std::string_view line) {
+  return line.starts_with(".. ");
+}
 
 }  // namespace
 
 std::string summaryOf(std::string_view readme) {
-  TextLines lines(readme);
+  const text::Markdown markdown(begunBy(withoutSettings(readme), kLongestReadme));
+  if (markdown.root() == nullptr) return {};
   std::string heading;
-  std::string_view line;
-  while (lines.next(line)) {
-    if (isRule(line) || isDirective(line)) continue;
-    const std::string text = asOneLine(withoutMarks(withoutTags(withoutLinks(line))));
-    if (!hasWord(text)) continue;
-    const std::string_view below = lines.following();
-    const bool isUnderlined = isRule(below) && (below[0] == '=' || below[0] == '-');
-    if (!line.starts_with('#') && !startsWithWord(line, "<h") && !isUnderlined) return cut(text);
+  for (const Line& line : textLinesOf(markdown.root())) {
+    const std::string text = asOneLine(line.text);
+    if (isDirective(text) || !hasWord(text)) continue;
+    if (!line.isHeading) return cut(text);
     if (heading.empty()) heading = text;
   }
   return cut(heading);

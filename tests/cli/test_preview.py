@@ -92,8 +92,11 @@ class Preview(previewing.PreviewTest):
         for field in ("name", "summary", "authorName", "GUID", "license type", "license text",
                       "search path", "class path", "app name", "app guid", "app path", "category",
                       "example name", "example type", "example source", "example main", "image",
-                      "date", "revision version", "revision text", "product version", "support"):
+                      "date", "revision version", "product version", "support"):
             self.assertIn(HOSTILE + field, shown)
+        # In CommonMark a character may be written as an entity.
+        for field in ("description", "revision text"):
+            self.assertIn(HOSTILE.replace("&amp;&lt;", "&<") + field, shown)
         for name in ("\"><img src=x onerror=alert(1)>", "&amp;.m", "--><b>.m", "\u202egpj.m"):
             self.assertIn(name, page.text("details"))
             self.assertTrue(any(name in data for path, data in page.texts if path[-1:] == ("title",)))

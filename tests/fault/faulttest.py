@@ -188,7 +188,8 @@ class FaultTest(kraddontest.CliTest):
         self.write("license.json", json.dumps(LICENSE))
         self.make_project()
         self.write("old.png", "an old one")
-        self.ok("create", "p.kraddon", "src", "--name", "Wave Tools", *TIME)
+        self.ok("create", "p.kraddon", "src", "--name", "Wave Tools",
+                "--description", "# Waves\n\n|*a*|\n|-|\n", *TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *TIME)
         self.ok("screenshot", "p.kraddon", "pixel.png", *TIME)
         self.write("pixel.png", PIXEL + b"\0")

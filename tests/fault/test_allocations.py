@@ -10,7 +10,7 @@ from faulttest import FaultTest, needs_shim, snapshot
 POINTS = 25
 
 COMMANDS = ["create", "set-field", "set-file", "screenshot", "call-license", "call-files",
-            "extract", "get", "add", "remove", "unset"]
+            "extract", "get", "add", "remove", "unset", "preview"]
 READERS = [["list", "p.kraddon"], ["info", "p.kraddon", "--json"], ["get", "p.kraddon", "license"],
            ["verify", "p.kraddon"], ["extract", "p.kraddon", "a.m", "--stdout"]]
 

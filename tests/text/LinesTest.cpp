@@ -5,7 +5,6 @@
 
 namespace {
 
-using text::fenceOf;
 using text::linesOf;
 using text::trimmed;
 using Texts = std::vector<std::string_view>;
@@ -26,21 +25,6 @@ TEST(Lines, EndInAnyOfTheUsualWays) {
 
 TEST(Lines, BeginAfterAByteOrderMark) {
   EXPECT_EQ(linesOf("\xEF\xBB\xBFone\n\xEF\xBB\xBFtwo"), (Texts{"one", "\xEF\xBB\xBFtwo"}));
-}
-
-TEST(Fence, IsThreeMarksOrMore) {
-  EXPECT_EQ(fenceOf("```"), "```");
-  EXPECT_EQ(fenceOf("~~~"), "~~~");
-  EXPECT_EQ(fenceOf("  `````\r"), "`````");
-  EXPECT_EQ(fenceOf("```text"), "```");
-  EXPECT_EQ(fenceOf("``` {.text #id}"), "```");
-  EXPECT_EQ(fenceOf("~~~ `a`"), "~~~");
-}
-
-TEST(Fence, IsNoLineThatOnlyHoldsSuchMarks) {
-  for (const char* line : {"", "``", "~~", "a ```", "~~`", "```a```", "``` a `b` c", "`"}) {
-    EXPECT_EQ(fenceOf(line), "") << line;
-  }
 }
 
 }  // namespace

@@ -80,6 +80,19 @@ TEST(ChangelogGuess, CodeHoldsNoHeadings) {
   EXPECT_EQ(revisions[0].description, "```\n## 0.9\n```");
 }
 
+TEST(ChangelogGuess, AFenceIsThreeMarksOrMore) {
+  for (const std::string fence :
+       {"```", "~~~", "  `````", "```text", "``` {.text #id}", "~~~ `a`"}) {
+    EXPECT_EQ(revisionsOf("## 1.0\n" + fence + "\n## 0.9\n").size(), 1u) << fence;
+  }
+}
+
+TEST(ChangelogGuess, ALineThatOnlyHoldsSuchMarksIsNotAFence) {
+  for (const std::string line : {"", "``", "~~", "a ```", "~~`", "```a```", "``` a `b` c", "`"}) {
+    EXPECT_EQ(revisionsOf("## 1.0\n" + line + "\n## 0.9\n").size(), 2u) << line;
+  }
+}
+
 TEST(ChangelogGuess, LineEndsOfOtherSystemsBecomeLineFeeds) {
   const auto revisions = revisionsOf("## 1.0\r\na\r\nb\r\n");
 

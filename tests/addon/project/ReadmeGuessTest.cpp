@@ -29,10 +29,10 @@ INSTANTIATE_TEST_SUITE_P(
         Readme{"====\nWave\n====\n", "Wave"}, Readme{"<h1>Wave</h1>\n<p>Spectra</p>", "Spectra"},
         Readme{"\xEF\xBB\xBF# Wave\r\n\r\nSpectra\r\n", "Spectra"},
         Readme{"[![build](https://x/b.svg)](https://x)\n![shot](a.png)\nSpectra", "Spectra"},
-        Readme{"[![build][b]][c]\n[b]: https://x\nSpectra", "Spectra"},
+        Readme{"[![build][b]][c]\n\n[b]: https://x\n[c]: https://y\nSpectra", "Spectra"},
         Readme{"<!-- a\ncomment\n-->\nSpectra", "Spectra"},
         Readme{"<!-- one line -->\nSpectra", "Spectra"},
-        Readme{"<img src=\"a.png\"\n>\nSpectra", "Spectra"},
+        Readme{"<img\nsrc=\"a.png\">\nSpectra", "Spectra"},
         Readme{"```\ncode\n```\nSpectra", "Spectra"},
         Readme{"---\ntitle: x\n---\nSpectra", "Spectra"},
         Readme{".. image:: a.png\n\nSpectra", "Spectra"},
@@ -42,7 +42,10 @@ INSTANTIATE_TEST_SUITE_P(
                "c\n",
                "a b c"},
         Readme{"a [b] c (d", "a [b] c (d"}, Readme{"Größe", "Größe"},
-        Readme{"snake_case stays", "snake_case stays"}));
+        Readme{"snake_case stays", "snake_case stays"},
+        Readme{"[![a](b.png) text](https://x) Spectra", "text Spectra"},
+        Readme{"|a|b|\n|-|-|\n|c|d|\n\nSpectra", "Spectra"},
+        Readme{"<h1>Wave</h1>\n\n```\ncode\n```\n", "Wave"}));
 
 TEST(ReadmeGuess, ALongLineEndsAfterItsFirstSentence) {
   const std::string text = "One sentence. " + std::string(300, 'x');
