@@ -128,6 +128,23 @@ def with_extra():
     return stream.getvalue()
 
 
+def within_extra():
+    """One item, header and data, is in a local extra field of another."""
+    plain = packed([*bare("files/a.m"), ("files/b.m", "outer"), ("files/c.m", "inner")])
+    with zipfile.ZipFile(io.BytesIO(plain)) as archive:
+        outer, inner = (info.header_offset for info in archive.infolist()[-2:])
+        directory = archive.start_dir
+    item = b"x" * 8 + plain[inner:directory]
+    extra = b"ww" + struct.pack("<H", len(item)) + item
+    name, data = outer + 30, outer + 30 + len("files/b.m")
+    items = (plain[:name - 2] + struct.pack("<H", len(extra)) + plain[name:data] + extra +
+             plain[data:inner])
+    entries = plain[directory:]
+    for old, new in ((inner, items.index(plain[inner:directory])), (directory, len(items))):
+        entries = entries.replace(struct.pack("<I", old), struct.pack("<I", new))
+    return items + entries
+
+
 PIECES = bare("files/b.m/[0].piece", "files/b.m/[1].piece", "files/b.m/[2].last.piece",
               "files/c.m/[0].piece", "files/c.m/[2].last.piece", "files/a.m")
 STRAYS = bare("files/a b.m", "files/c", "files/d/", "files/%zz.m", "other/_rels/x.m.rels",
@@ -152,6 +169,7 @@ def packages():
     yield "descriptors.kraddon", packed(bare("files/a.m"), zipfile.ZIP_DEFLATED, to=NoSeeking())
     yield "zip64.kraddon", zip64()
     yield "extra-fields.kraddon", with_extra()
+    yield "items-within-an-extra-field.kraddon", within_extra()
     yield "executable.kraddon", with_mode(0o100755)
     yield "symbolic-link.kraddon", with_mode(0o120777)
     yield "device.kraddon", with_mode(0o060600)
