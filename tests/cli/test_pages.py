@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Runs the console examples of the pages and compares the outputs that they show.
+"""Runs the console examples of the pages, compares the outputs that they show, and follows links.
 
 --write replaces the outputs in the pages by those of the program as it is.
 """
@@ -111,6 +111,25 @@ class Pages(kraddontest.CliTest):
             for number, line in enumerate(text.splitlines()):
                 if re.match(r"\s*\$ ", line):
                     self.assertIn(number, console, f"{page}: {line}")
+
+    def test_every_link_leads_to_a_file_and_a_heading(self):
+        for page in PAGES:
+            for path, _, heading in links_of(page.read_text(encoding="utf-8")):
+                target = page.parent / path if path else page
+                self.assertTrue(target.is_file(), f"{page}: {path}")
+                if heading:
+                    self.assertIn(heading, anchors_of(target.read_text(encoding="utf-8")), page)
+
+
+def links_of(text):
+    return [link.partition("#") for link in re.findall(r"\]\(([^)\s]+)\)", text)
+            if "://" not in link]
+
+
+def anchors_of(text):
+    """The anchors that a Markdown viewer makes of the headings."""
+    titles = re.findall(r"(?m)^#+ (.*)$", text)
+    return [re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles]
 
 
 def pages_with_examples():
