@@ -5,182 +5,181 @@ namespace opc::checks {
 namespace {
 
 constexpr FindingInfo kFindings[] = {
-    {kNotZip, "not a ZIP file, or cut off",
-     "A package is a ZIP file, which ends with a record that says where the directory of its items "
-     "lies. The record is not there, the directory is not where it says, or there are two of them "
-     "and programs would differ in which one they take. Nothing else can be checked.",
-     "Fetch or build the package again; an interrupted download is the usual reason."},
-    {kBytesOutside, "bytes in front of the first or behind the last record",
-     "Bytes stand in front of the first item or behind the end of the archive. They belong to no "
-     "part; some programs refuse such a file, and the bytes are lost when the package is saved.",
-     "Write the package anew, without what was put in front of it or appended to it."},
-    {kDuplicateName, "name twice",
-     "Two items have the same name. Programs differ in which one they take, so that what was "
-     "looked at need not be what is installed.",
+    {kNotZip, "not a ZIP file, or truncated",
+     "A package is a ZIP file, which ends with a record that gives the position of the directory "
+     "of its items. The record is missing, the directory is not at that position, or there are "
+     "two such records, of which programs may use either. Nothing else can be checked.",
+     "Download or build the package again; an interrupted download is the usual cause."},
+    {kBytesOutside, "bytes before the first or after the last record",
+     "There are bytes before the first item or after the end of the archive. They belong to no "
+     "part. Some programs reject such a file, and the bytes are lost when the package is saved.",
+     "Rewrite the package without the extra bytes."},
+    {kDuplicateName, "duplicate name",
+     "Two items have the same name. Programs may use either, so what was checked may not be what "
+     "is installed.",
      "Remove one of the two items."},
     {kUnusableName, "unusable name",
-     "The name of an item has a segment '..', holds a NUL, or is marked as UTF-8 and is not. Such "
-     "names are used to write outside of the folder that a package is extracted to, or read "
-     "differently in every program.",
-     "Give the item another name, and do not extract the package unless you trust it."},
+     "The name of an item has a '..' segment, contains a NUL, or is marked as UTF-8 but is not "
+     "valid UTF-8. Such names are used to write outside the folder into which a package is "
+     "extracted, or are read differently by different programs.",
+     "Rename the item, and do not extract the package unless you trust it."},
     {kHeadersDisagree, "local header and directory disagree",
-     "Every item is described twice: in the directory, and in front of or behind its data. The two "
-     "must agree in name, method, sizes and checksum; where they do not, programs see different "
-     "packages.",
-     "Write the package anew with a program that is sound."},
-    {kDamagedData, "data damaged",
-     "The data of an item cannot be unpacked, or do not have the size or the checksum that the "
-     "package declares for them.",
-     "Fetch or build the package again."},
+     "Every item is described twice: in the directory, and next to its data. The two must agree "
+     "on name, method, sizes and checksum. Where they do not, programs see different packages.",
+     "Rewrite the package with a reliable program."},
+    {kDamagedData, "damaged data",
+     "The data of an item cannot be decompressed, or does not match its declared size or checksum.",
+     "Download or build the package again."},
     {kOverlappingItems, "items overlap or leave the file",
-     "Items share bytes with each other or with the directory, or reach beyond the end of the "
-     "file. Small files that unpack to enormous ones are made in that way, and hidden items.",
-     "Fetch or build the package again, and do not trust it when it stays so."},
-    {kUnsupportedPacking, "encrypted, or packed with an unknown method",
-     "An item is encrypted, or packed with another method than the two that packages allow: "
+     "Items share bytes with each other or with the directory, or extend beyond the end of the "
+     "file. This is how items are hidden, and how small files are made that decompress to "
+     "enormous ones.",
+     "Download or build the package again. If the finding remains, do not trust the package."},
+    {kUnsupportedPacking, "encrypted, or unknown compression method",
+     "An item is encrypted, or uses a compression method other than the two that packages allow: "
      "stored and deflated.",
-     "Pack the item again, without a password and with the deflate method."},
-    {kInconsistentRecords, "counts, ZIP64 or disk fields inconsistent",
+     "Add the item again, without a password and with the deflate method."},
+    {kInconsistentRecords, "inconsistent counts, ZIP64 or disk fields",
      "The records at the end of the file contradict each other or the directory, refer to values "
-     "that are not there, or say that the file is one volume of several.",
-     "Write the package anew as one file, with a program that is sound."},
+     "that are missing, or say that the file is one volume of several.",
+     "Rewrite the package as a single file with a reliable program."},
     {kLinkOrDevice, "link or device",
-     "An item is a symbolic link, a device or something else that is no file. It is no part of the "
-     "package, and is never made when the package is extracted.",
-     "Pack the file that the link leads to, or remove the item."},
-    {kNameNotAscii, "name not ASCII",
-     "The name of an item holds characters outside ASCII. In packages these are percent-encoded; "
-     "programs differ in how they read them otherwise.",
-     "Write the package anew with a program that encodes the names."},
-    {kHighRatio, "unpacks to very much more",
-     "An item unpacks to more than 64 MiB and more than the 200-fold of its packed size. There are "
-     "files like that, but it is also how small packages are made to fill disks.",
+     "An item is a symbolic link, a device or something else that is not a file. It is not a part "
+     "of the package, and is never created when the package is extracted.",
+     "Add the file that the link points to, or remove the item."},
+    {kNameNotAscii, "non-ASCII name",
+     "The name of an item contains non-ASCII characters. In packages these are percent-encoded; "
+     "otherwise programs read them differently.",
+     "Rewrite the package with a program that encodes the names."},
+    {kHighRatio, "extreme compression ratio",
+     "An item decompresses to more than 64 MiB and more than 200 times its compressed size. Such "
+     "files exist, but this is also how small packages are made to fill disks.",
      "Make sure that the file is meant to be that large."},
     {kUnusedBytes, "bytes that belong to no item",
-     "There are bytes between items, behind the directory or within extra fields that belong to "
-     "nothing, or a header has two ZIP64 fields, of which readers may take either. Something may "
-     "be hidden there, or an item was removed carelessly.",
-     "Write the package anew; the bytes are left out."},
-    {kUnsafeName, "absolute, drive, backslash or control character in a name",
-     "The name of an item begins with a slash or a drive letter, or holds a backslash or a control "
-     "character, written out or percent-encoded, or encodes bytes that are no UTF-8. Systems take "
-     "such names differently; files of such a name are not extracted.",
-     "Rename the item: relative, with '/' between folders, without control characters."},
-    {kDuplicateFolder, "folder entry twice",
-     "Two entries of the archive are for the same folder. They mean nothing to a package.",
-     "Write the package anew; entries of folders are left out."},
+     "There are unused bytes between items, after the directory or within extra fields, or a "
+     "header has two ZIP64 fields, of which readers may use either. Something may be hidden "
+     "there, or an item was removed carelessly.",
+     "Rewrite the package; the bytes are left out."},
+    {kUnsafeName, "absolute path, drive, backslash or control character in a name",
+     "The name of an item begins with a slash or a drive letter, contains a backslash or a "
+     "control character (also percent-encoded), or encodes bytes that are not valid UTF-8. "
+     "Systems treat such names differently; files with such a name are not extracted.",
+     "Rename the item: use a relative path with '/' between folders, without control characters."},
+    {kDuplicateFolder, "duplicate folder entry",
+     "Two entries of the archive stand for the same folder. They have no meaning in a package.",
+     "Rewrite the package; folder entries are left out."},
     {kBadContentTypes, "content types missing or malformed",
-     "The item '[Content_Types].xml' says of what type every part is. It is missing, there twice, "
-     "or no document of the right form. Which items are parts cannot be told without it.",
-     "Correct the item, or write the package anew."},
+     "The item '[Content_Types].xml' gives the type of every part. It is missing, present twice, "
+     "or not a valid document. Without it, parts cannot be told from other items.",
+     "Correct the item, or rewrite the package."},
     {kRelatedWithoutType, "related part without content type",
-     "A relationship leads to an item, or an item has relationships, although the content types "
-     "have no entry for it. Without a content type it is no part, and cannot be related.",
+     "A relationship leads to an item, or an item has relationships, but the content types have "
+     "no entry for the item. Without a content type it is not a part, and cannot be related.",
      "Add a 'Default' for its extension or an 'Override' for its name to the content types."},
     {kOverrideWithoutPart, "type override for a missing part",
-     "The content types have an 'Override' for a part that is not in the package. Either the entry "
-     "or the part was forgotten.",
+     "The content types have an 'Override' for a part that is not in the package.",
      "Remove the 'Override', or add the part."},
-    {kDuplicateContentType, "content type given twice",
-     "The content types have two entries for one extension or one part name, which compare without "
-     "the case of ASCII letters. Programs differ in which one they take.",
+    {kDuplicateContentType, "duplicate content type entry",
+     "The content types have two entries for one extension or one part name, ignoring the case of "
+     "ASCII letters. Programs may use either.",
      "Remove one of the two entries."},
-    {kEquivalentNames, "part names equivalent",
-     "Two items have names that are one part name: they differ only in the case of ASCII letters, "
+    {kEquivalentNames, "equivalent part names",
+     "Two items have equivalent part names: the names differ only in the case of ASCII letters, "
      "or in whether a character is percent-encoded.",
      "Rename or remove one of the two."},
     {kBadContentTypeEntry, "invalid part name, extension or media type",
-     "An entry of the content types names no part name, no extension, or no media type of the form "
-     "'type/subtype'.",
+     "An entry of the content types has an invalid part name or extension, or a media type that "
+     "is not of the form 'type/subtype'.",
      "Correct the entry of the content types."},
-    {kNameExtendsName, "part name extends another one",
-     "The name of a part is that of another part with further segments, such as '/a/b' beside "
-     "'/a'. One would have to be a file and a folder at once.",
+    {kNameExtendsName, "part name extends another",
+     "The name of a part is that of another part followed by more segments, such as '/a/b' beside "
+     "'/a'. One of them would have to be a file and a folder at the same time.",
      "Rename one of the two parts."},
-    {kBadRelationships, "relationships malformed",
-     "A relationships part is no document of the right form, has a relationship that cannot be "
-     "read, or has another content type than relationships parts have.",
-     "Correct the relationships part at the place that is named."},
-    {kBadRelationshipId, "relationship id missing, twice or invalid",
-     "Every relationship has an id that is an XML name without colon and that no other "
-     "relationship of the same part has. Others refer to the relationship by it.",
-     "Give the relationship an id of its own, such as 'rId7'."},
-    {kMissingTarget, "target missing",
-     "A relationship leads to a part that is not in the package. Who follows it fails.",
+    {kBadRelationships, "malformed relationships",
+     "A relationships part is not a valid document, contains a relationship that cannot be read, "
+     "or does not have the content type of relationships parts.",
+     "Correct the relationships part at the reported position."},
+    {kBadRelationshipId, "missing, duplicate or invalid relationship id",
+     "Every relationship needs an id that is an XML name without a colon and unique among the "
+     "relationships of its part. Documents refer to the relationship by this id.",
+     "Give the relationship a unique id, such as 'rId7'."},
+    {kMissingTarget, "missing target",
+     "A relationship leads to a part that is not in the package. Following it fails.",
      "Add the part, or remove the relationship."},
-    {kBadExternalTarget, "external target empty or no IRI",
-     "A relationship leads out of the package to something that is empty or not written as an "
-     "address (an IRI); a blank or a backslash has to be percent-encoded, for example.",
-     "Write the target as an address, or remove the relationship."},
-    {kSeveralCoreRelationships, "two core properties relationships",
-     "A package may have one relationship to core properties at most. With several nobody can tell "
-     "which properties are the package's.",
+    {kBadExternalTarget, "empty or invalid external target",
+     "The target of an external relationship is empty or not a valid IRI. For example, a space or "
+     "a backslash must be percent-encoded.",
+     "Write the target as a valid IRI, or remove the relationship."},
+    {kSeveralCoreRelationships, "several core properties relationships",
+     "A package may have at most one relationship to core properties. With several, it is not "
+     "clear which properties are those of the package.",
      "Remove all of these relationships but one."},
-    {kBadCoreProperties, "core properties invalid",
-     "The part with title, creator, dates and the like is not there, has another content type, or "
-     "holds what its schema does not allow. The schema is closed: most programs refuse the part, "
-     "some the package.",
-     "Correct the part, or remove what is named from it."},
-    {kDoctypeOrEncoding, "document type declaration, or another encoding",
-     "The content types, relationships and core properties are in UTF-8 or UTF-16 and have no "
-     "document type declaration, which could make readers open other files or use up their memory.",
-     "Save the item in UTF-8, without a '<!DOCTYPE' line."},
+    {kBadCoreProperties, "invalid core properties",
+     "The part with title, creator, dates and so on is missing, has the wrong content type, or "
+     "contains something that its schema does not allow. The schema is closed: most programs "
+     "reject the part, some the whole package.",
+     "Correct the part, or remove what the message names."},
+    {kDoctypeOrEncoding, "document type declaration or unsupported encoding",
+     "Content types, relationships and core properties must be UTF-8 or UTF-16, without a "
+     "document type declaration, which could make readers open other files or exhaust their "
+     "memory.",
+     "Save the item as UTF-8, without a '<!DOCTYPE' line."},
     {kOrphanRelationships, "relationships of a missing part",
-     "There is a relationships part, but no part that these relationships start from. They are "
+     "The part to which a relationships part belongs is not in the package. The relationships are "
      "ignored, and dropped when the package is saved.",
      "Remove the relationships part, or add the part that it belongs to."},
     {kUncheckedSignature, "signature present, not checked",
-     "The package carries a digital signature. Signatures are not checked here, and every change "
-     "to the package makes them invalid.",
-     "Check the signature with the program that made it."},
-    {kStrayItem, "item that is no part",
-     "The name of an item is no part name, or it has no content type. Programs that read packages "
-     "do not see it, and drop it when they save.",
+     "The package has a digital signature. Signatures are not checked here, and every change to "
+     "the package invalidates them.",
+     "Check the signature with the program that created it."},
+    {kStrayItem, "item that is not a part",
+     "The name of an item is not a valid part name, or the item has no content type. Programs "
+     "that read packages do not see it, and drop it when they save.",
      "Rename the item, give it a content type, or remove it."},
-    {kRelatedRelationships, "relationship to or from relationships",
-     "A relationships part has relationships of its own, or is the target of one. Neither is "
-     "allowed.",
+    {kRelatedRelationships, "relationship from or to a relationships part",
+     "A relationships part has relationships of its own, or is the target of a relationship. "
+     "Neither is allowed.",
      "Remove that relationships part, or that relationship."},
-    {kClashingPieces, "pieces of a part clash",
-     "A part that is stored in pieces has two pieces of one number, or is there as a whole too. "
-     "Programs would put together different parts.",
+    {kClashingPieces, "clashing pieces of a part",
+     "A part that is stored in pieces has two pieces with the same number, or is also present as "
+     "a whole. Programs would assemble different parts.",
      "Store the part as one item."},
-    {kSeveralCoreParts, "two core properties parts",
-     "Several parts have the content type of core properties, and only one of them can be related "
-     "as such. The others are leftovers as a rule.",
+    {kSeveralCoreParts, "several core properties parts",
+     "Several parts have the content type of core properties, but only one of them can be the "
+     "target of the relationship. The others are usually leftovers.",
      "Remove the parts that no relationship leads to."},
-    {kNormalisationClash, "names equal but for normalisation",
-     "Two part names look the same and differ only in how their characters are composed, such as a "
-     "letter with accent and a letter followed by an accent. Some file systems take them for one.",
+    {kNormalisationClash, "names that differ only in normalisation",
+     "Two part names look the same and differ only in how their characters are composed, for "
+     "example an accented letter and a letter followed by a combining accent. Some file systems "
+     "treat them as one name.",
      "Rename one of the two parts."},
-    {kContentTypesSpelling, "content types spelled in another case",
-     "The item with the content types is called '[Content_Types].xml', to the letter. Names "
-     "compare "
-     "without case, but some programs insist on the spelling.",
+    {kContentTypesSpelling, "misspelled name of the content types",
+     "The item with the content types must be called exactly '[Content_Types].xml'. Names are "
+     "compared without case, but some programs insist on this spelling.",
      "Rename the item to '[Content_Types].xml'."},
     {kEmptyContentTypes, "no content types",
-     "The content types are well-formed and empty. A package without any typed part holds nothing.",
+     "The content types are well-formed but empty. Without types the package has no parts.",
      "Add a 'Default' for each extension in use."},
-    {kRelationshipsType, "type of relationships missing or elsewhere",
-     "A relationships part has no content type, or a part that is none has the type of "
-     "relationships parts. Some programs insist on the type, others are misled by it.",
+    {kRelationshipsType, "relationships type missing or misplaced",
+     "A relationships part has no content type, or another part has the content type of a "
+     "relationships part. Some programs insist on the type; others are misled by it.",
      "Add the 'Default' for 'rels', or give the other part a type of its own."},
-    {kOddTarget, "target needs mending",
-     "The target of a relationship has a query, a backslash, a blank or a needlessly encoded "
-     "character. It is put right in reading here; other programs do not find the part.",
+    {kOddTarget, "target needs correction",
+     "The target of a relationship contains a query, a backslash, a space or a needlessly encoded "
+     "character. It is corrected here when it is read; other programs do not find the part.",
      "Write the target as an absolute part name, such as '/metadata/license.xml'."},
-    {kOddCoreProperties, "core properties odd but readable",
-     "The core properties hold something that can be read but should not be written so: an empty "
-     "date, a date without time or zone, an element of the first edition, another prefix.",
-     "Write the property as the message tells; dates as '2026-02-01T10:00:00Z'."},
-    {kThumbnailNotImage, "thumbnail no image",
-     "A relationship says that a part is a thumbnail, but the content type of the part is not that "
-     "of an image. Programs that show thumbnails show nothing.",
+    {kOddCoreProperties, "readable but incorrect core properties",
+     "The core properties contain something that can be read but is not correct: an empty date, a "
+     "date without a time or time zone, an element of the first edition, or an unusual prefix.",
+     "Write the property as the message says; dates as '2026-02-01T10:00:00Z'."},
+    {kThumbnailNotImage, "thumbnail is not an image",
+     "A relationship marks a part as a thumbnail, but the part does not have the content type of "
+     "an image. Programs that show thumbnails show nothing.",
      "Correct the content type, or let the relationship lead to an image."},
     {kIncompletePieces, "incomplete pieces",
-     "Items are called like pieces of a part, but do not make up a whole one: a number is missing, "
-     "or the last piece, or the name in front of them is no part name. They are ignored, and "
-     "dropped when the package is saved.",
+     "Items have names of pieces of a part, but do not make up a complete one: a number or the "
+     "last piece is missing, or the name before the piece's own is not a valid part name. They "
+     "are ignored, and dropped when the package is saved.",
      "Add the missing pieces, or remove the others."},
 };
 

@@ -209,7 +209,7 @@ class Verify(kraddontest.CliTest):
         texts = {self.ok("verify", "--explain", word).text for word in ("KR101", "kr101", "101")}
         self.assertEqual(len(texts), 1)
         lines = texts.pop().splitlines()
-        self.assertEqual(lines[:3], ["KR101: not a ZIP file, or cut off", "severity: error",
+        self.assertEqual(lines[:3], ["KR101: not a ZIP file, or truncated", "severity: error",
                                      "group: container"])
         self.assertEqual(len(lines), 7)
         self.misused("verify", "--explain", "102", "p",
