@@ -146,6 +146,16 @@ class InstalledTree(unittest.TestCase):
 
         self.check_classes(self.folder / "classes")
 
+    def test_headers_compile_and_none_is_internal(self):
+        root = self.tree / "include/kraddon"
+        headers = sorted(str(path.relative_to(root)) for path in root.rglob("*.h"))
+        self.assertIn("opc/model/Package.h", headers)
+        self.assertEqual([name for name in headers if "/detail/" in name], [])
+        done = subprocess.run([os.environ["CXX"], "-std=c++20", "-fsyntax-only", "-x", "c++",
+                               f"-I{root}", "-"], text=True, capture_output=True, check=False,
+                              input="".join(f'#include "{name}"\n' for name in headers))
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+
     def test_nothing_in_the_tree_names_the_folders_of_the_build_and_the_first_install(self):
         for file in [*self.tree.glob("lib/pkgconfig/*"), *self.tree.glob("lib/cmake/kraddon/*"),
                      *self.tree.glob("share/man/man1/*")]:
