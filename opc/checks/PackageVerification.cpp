@@ -4,13 +4,13 @@
 #include <optional>
 #include <string>
 
+#include "opc/Exception.h"
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/detail/CheckedContainer.h"
 #include "opc/checks/detail/ContainerCheck.h"
 #include "opc/checks/detail/FaultFindings.h"
 #include "opc/checks/detail/Packaging.h"
 #include "opc/zippackage/EndOfDirectory.h"
-#include "opc/zippackage/ErrorContext.h"
 #include "opc/zippackage/PackageFile.h"
 #include "opc/zippackage/ZipDirectory.h"
 
@@ -58,7 +58,7 @@ void checkFile(const std::string& path, const PackageFile& file, const ProgressF
 Report verifyPackage(const std::string& path, const ProgressFunction& progress) {
   Report report;
   const PackageFile file(path);
-  zippackage::inContext([&] { return "cannot check package '" + path + "'"; },
+  inContext([&] { return "cannot check package '" + path + "'"; },
                         [&] { checkFile(path, file, progress, report); });
   return report;
 }

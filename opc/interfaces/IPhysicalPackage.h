@@ -10,11 +10,19 @@
 
 #include "opc/ByteBuffer.h"
 #include "opc/Streams.h"
-#include "opc/interfaces/CompressionType.h"
 #include "opc/interfaces/IContentSource.h"
-#include "opc/interfaces/OpenMode.h"
 
 namespace opc::interfaces {
+
+/// How hard to pack an item. Whatever does not get smaller is stored.
+enum class CompressionType { None = 0, Normal = 1, Maximum = 2, Fast = 3 };
+
+/// What a package is opened for. The numbers are part of the host's contract.
+enum class OpenMode {
+  Read = 0,
+  Create = 1,  ///< a new package; the disk is untouched until it is committed
+  Modify = 2,
+};
 
 /// Names an item from the moment it is seen or added until the package is closed. Items of the
 /// package on disk come first, in its directory's order; added ones follow.

@@ -51,14 +51,12 @@ void Package::open(interfaces::OpenMode mode) {
   const bool wasOpen = physical_.isOpen();
   if (!wasOpen) physical_.open(mode);
   ClosingGuard guard(wasOpen && !closePhysical_ ? nullptr : &physical_);
-  try {
-    auto state = std::make_unique<State>(physical_, mode);
-    if (mode != interfaces::OpenMode::Create) state->load();
-    state_ = std::move(state);
-  } catch (Exception& fault) {
-    fault.addContext("cannot open package '" + physical_.description() + "'");
-    throw;
-  }
+  inContext([this] { return "cannot open package '" + physical_.description() + "'"; },
+            [&] {
+              auto state = std::make_unique<State>(physical_, mode);
+              if (mode != interfaces::OpenMode::Create) state->load();
+              state_ = std::move(state);
+            });
   guard.dismiss();
   ++openCount_;
 }

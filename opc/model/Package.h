@@ -14,7 +14,6 @@
 #include "opc/model/Part.h"
 #include "opc/model/PartName.h"
 #include "opc/model/RelationshipSource.h"
-#include "opc/model/StandardPartInfo.h"
 
 namespace opc::model {
 

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "opc/Streams.h"
+#include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/model/ContentType.h"
 #include "opc/model/PartName.h"
 #include "opc/model/RelationshipSource.h"
@@ -17,6 +19,18 @@ class Package;
 /// part's item in the container, or, for a part that the container holds in pieces, a number above
 /// those. A part keeps it when its content is replaced.
 using PartId = std::size_t;
+
+/// How a new part is to be kept.
+struct StandardPartInfo {
+  /// `sizeHint` in bytes, 0 when unknown; nothing depends on it.
+  StandardPartInfo(interfaces::CompressionType type, std::uint64_t hint)
+      : compression(type), sizeHint(hint) {}
+
+  interfaces::CompressionType compression;
+  std::uint64_t sizeHint;
+  std::optional<std::int64_t> modified = std::nullopt;  ///< seconds since 1970, UTC
+  bool executable = false;
+};
 
 /// A handle to one part of an open package. It must not be used after the package is closed or the
 /// part is deleted (calls then throw ErrorCode::InvalidState).

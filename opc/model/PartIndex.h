@@ -19,10 +19,6 @@
 
 namespace opc::model {
 
-namespace detail {
-class PartIndexLoader;
-}
-
 /// What an item, or a sequence of pieces, is to the package.
 enum class ItemRole : std::uint8_t {
   Hidden,  ///< removed, or none of the below
@@ -41,10 +37,6 @@ class PartIndex {
   static constexpr PartId kFirstSequence = PartId{1} << 31;
 
   explicit PartIndex(interfaces::IPhysicalPackage& physical) : physical_(physical) {}
-
-  /// The items of the content types stream: none, one, or its pieces.
-  static std::vector<interfaces::ItemIndex> findContentTypes(
-      const interfaces::IPhysicalPackage& physical, FaultSink& faults = FaultSink::refusing());
 
   /// Takes in the whole directory. Names that are equal or derived from each other, and what
   /// contradicts the content types, go to `faults`.
@@ -93,7 +85,7 @@ class PartIndex {
   bool isUntypedExtension(std::string_view extension) const;
 
  private:
-  friend class detail::PartIndexLoader;
+  class Loader;
   struct Sequence {
     std::string_view name;
     std::vector<interfaces::ItemIndex> items;

@@ -12,6 +12,9 @@
 #include "opc/model/NameKey.h"
 
 namespace opc::model {
+
+using interfaces::ItemIndex;
+
 namespace {
 
 bool equalFolded(std::string_view a, std::string_view b) {
@@ -30,6 +33,25 @@ std::optional<std::uint64_t> parseNumber(std::string_view digits) {
     if (digits.size() <= kMostDigits) number = number * 10 + static_cast<unsigned>(c - '0');
   }
   return digits.size() <= kMostDigits ? number : std::numeric_limits<std::uint64_t>::max();
+}
+
+bool isFile(const interfaces::ItemInfo& info) {
+  return info.kind == interfaces::ItemKind::File;
+}
+
+// The content types stream when it is not there whole.
+std::vector<ItemIndex> findContentTypesPieces(const interfaces::IPhysicalPackage& physical,
+                                              FaultSink& faults) {
+  PieceSequences pieces;
+  const std::size_t count = physical.itemCount();
+  for (ItemIndex item = 0; item < count; ++item) {
+    if (physical.isRemoved(item)) continue;
+    const auto piece = parsePieceName(physical.itemName(item));
+    if (!piece || !isContentTypesName(piece->whole)) continue;
+    if (isFile(physical.itemInfo(item))) pieces.add(*piece, item);
+  }
+  const PieceSequences::Result result = pieces.finish(faults);
+  return result.complete.empty() ? std::vector<ItemIndex>() : result.complete.front().items;
 }
 
 }  // namespace
@@ -101,6 +123,17 @@ PieceSequences::Result PieceSequences::finish(FaultSink& faults) {
     }
   }
   return result;
+}
+
+std::vector<ItemIndex> findContentTypes(const interfaces::IPhysicalPackage& physical,
+                                        FaultSink& faults) {
+  const std::size_t count = physical.itemCount();
+  for (ItemIndex item = 0; item < count; ++item) {
+    if (physical.isRemoved(item)) continue;
+    if (!isContentTypesName(physical.itemName(item))) continue;
+    if (isFile(physical.itemInfo(item))) return {item};
+  }
+  return findContentTypesPieces(physical, faults);
 }
 
 }  // namespace opc::model

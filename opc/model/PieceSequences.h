@@ -58,4 +58,8 @@ class PieceSequences {
   std::vector<std::vector<Piece>> sequences_;
 };
 
+/// The items of the content types stream: none, one, or its pieces.
+std::vector<interfaces::ItemIndex> findContentTypes(const interfaces::IPhysicalPackage& physical,
+                                                    FaultSink& faults = FaultSink::refusing());
+
 }  // namespace opc::model

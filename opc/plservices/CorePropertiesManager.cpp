@@ -56,24 +56,19 @@ Value readPart(model::Package& package, const PartName& name) {
   ByteBuffer buffer;
   package.readPart(part->id(), buffer, model::XercesHelper::kMaxDocumentSize);
   MemoryInputStream stream(buffer.data(), buffer.size());
-  try {
-    return Value::read(stream);
-  } catch (Exception& fault) {
-    fault.addContext("cannot read part '" + name.canonical() + "' of '" +
-                     package.physical().description() + "'");
-    throw;
-  }
+  const auto context = [&] {
+    return "cannot read part '" + name.canonical() + "' of '" + package.physical().description() +
+           "'";
+  };
+  return inContext(context, [&] { return Value::read(stream); });
 }
 
 template <typename Value>
 Bytes serialise(const Value& value, const std::string& what, model::Package& package) {
   Bytes bytes;
-  try {
-    value.write(bytes);
-  } catch (Exception& fault) {
-    fault.addContext("cannot write the " + what + " of '" + package.physical().description() + "'");
-    throw;
-  }
+  inContext(
+      [&] { return "cannot write the " + what + " of '" + package.physical().description() + "'"; },
+      [&] { value.write(bytes); });
   return bytes;
 }
 

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "opc/plservices/FileSystemEntry.h"
+
+#include "opc/Exception.h"
 #include "opc/Text.h"
-#include "opc/plservices/FileSystemManager.h"
 #include "opc/plservices/FileTree.h"
 
 namespace opc::plservices {
-
-FileSystemEntryAlreadyExists::FileSystemEntryAlreadyExists(std::string_view path)
-    : Exception(ErrorCode::AlreadyExists,
-                "path '" + std::string(path) + "' exists already in the package") {}
 
 const FileTree& FileSystemEntry::tree() const {
   if (node_ < tree_->size() && !tree_->isRemoved(node_)) return *tree_;

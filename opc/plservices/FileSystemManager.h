@@ -8,54 +8,17 @@
 #include <string_view>
 #include <vector>
 
-#include "opc/Exception.h"
 #include "opc/Streams.h"
 #include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/model/Package.h"
-#include "opc/plservices/UnreadableFile.h"
+#include "opc/plservices/FileSystemEntry.h"
+#include "opc/plservices/FileSystemEntryAlreadyExists.h"
+#include "opc/plservices/RestoreMode.h"
 
 namespace opc::plservices {
 
-/// A path of the tree that is taken.
-class FileSystemEntryAlreadyExists : public Exception {
- public:
-  explicit FileSystemEntryAlreadyExists(std::string_view path);
-};
-
-/// What becomes of files that exist on disk when the tree is written there.
-enum class RestoreMode {
-  KeepExisting = 0,     ///< an existing file is an error, before anything is written
-  ReplaceExisting = 1,  ///< the new file takes its place once it is whole
-};
-
 class FileContentSource;
-class FileTree;
-
-/// A file or folder of the tree: a value, good until the package is closed.
-class FileSystemEntry {
- public:
-  bool isFile() const;
-  /// '/' between names, none at the ends; "" for the root.
-  std::u16string getPathName() const;
-  std::string path() const;  ///< the same in UTF-8
-  std::string name() const;  ///< the last component, UTF-8
-
-  /// Of a file; all zero for a folder.
-  model::PartInfo info() const;
-  std::uint32_t node() const { return node_; }
-
- private:
-  friend class FileSystemManager;
-  FileSystemEntry(const model::Package& package, const FileTree& tree, std::uint32_t node)
-      : package_(&package), tree_(&tree), node_(node) {}
-  /// Throws InvalidState when the node is removed, or one of a tree that is gone.
-  const FileTree& tree() const;
-
-  const model::Package* package_;
-  const FileTree* tree_;
-  std::uint32_t node_;
-};
 
 /// The files and folders that a package carries, as a tree.
 ///

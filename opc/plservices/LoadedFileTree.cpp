@@ -36,12 +36,7 @@ class TreeLoader {
  private:
   template <typename Action>
   static void withContext(const FileTreePart& part, const Action& action) {
-    try {
-      action();
-    } catch (Exception& error) {
-      error.addContext("part '" + part.name().canonical() + "'");
-      throw;
-    }
+    inContext([&] { return "part '" + part.name().canonical() + "'"; }, action);
   }
 
   // Both return why not, or nothing.

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "opc/model/Package.h"
+#include "opc/plservices/FileSystemEntry.h"
 #include "opc/plservices/FileTree.h"
 #include "opc/plservices/FileTreePart.h"
 #include "opc/plservices/FileTreeTable.h"
-#include "opc/plservices/UnreadableFile.h"
 
 namespace opc::plservices {
 

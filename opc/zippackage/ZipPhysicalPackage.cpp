@@ -1,15 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/ZipPhysicalPackage.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <deque>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/zippackage/ItemInfoOf.h"
-#include "opc/zippackage/detail/PackageState.h"
+#include "opc/zippackage/detail/AddedItem.h"
+#include "opc/zippackage/detail/PackageContent.h"
+#include "opc/zippackage/detail/PackageTarget.h"
+#include "opc/zippackage/detail/PendingContent.h"
+#include "opc/zippackage/detail/ZipCommit.h"
 
 namespace opc::zippackage {
 
@@ -66,121 +76,265 @@ void readAdded(const detail::AddedItem& item, ByteBuffer& into, std::uint64_t li
   into.resizeForOverwrite(size);
 }
 
+std::string systemPath(const std::u16string& path) {
+  std::string bytes = toUtf8(path);
+  if (bytes.empty()) throw Exception(ErrorCode::InvalidArgument, "the path is empty");
+  if (bytes.find('\0') != std::string::npos) {
+    throw Exception(ErrorCode::InvalidArgument, "the path holds a NUL");
+  }
+  return bytes;
+}
+
+// A folder, or a device, cannot be replaced by a file; a file only with leave.
+void requireFreePlace(const std::string& path, bool replaceExisting) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return;
+    throw SystemError("cannot look at it", errno);
+  }
+  if (S_ISDIR(status.st_mode)) throw Exception(ErrorCode::AlreadyExists, "it is a folder");
+  if (!replaceExisting) throw Exception(ErrorCode::AlreadyExists, "it exists already");
+  if (!S_ISREG(status.st_mode)) {
+    throw Exception(ErrorCode::AlreadyExists, "it is not a regular file");
+  }
+}
+
+void requireItemName(const std::string& name) {
+  const auto isWritable = [](char c) { return static_cast<unsigned char>(c) < 0x80 && c != '\0'; };
+  const char* why = nullptr;
+  if (name.empty()) {
+    why = "it is empty";
+  } else if (name.size() > detail::kMaxNameLength) {
+    why = "it is too long";
+  } else if (!std::all_of(name.begin(), name.end(), isWritable)) {
+    why = "it holds a NUL or a character that is not ASCII";
+  }
+  if (why == nullptr) return;
+  constexpr std::size_t kShown = 200;
+  throw Exception(ErrorCode::InvalidName,
+                  "cannot add item '" + name.substr(0, kShown) + "': " + why);
+}
+
 }  // namespace
+
+// From open to close. Streams that were handed out point into it.
+struct ZipPhysicalPackage::Session {
+  std::string path;
+  OpenMode mode = OpenMode::Read;
+  std::optional<detail::PackageTarget> target;  // when it may be written
+  std::unique_ptr<detail::OpenedPackage> old;   // null for a new package
+  std::vector<bool> removed;                    // an element an item of `old`
+  std::unique_ptr<detail::PendingStore> store;
+  std::deque<detail::AddedItem> added;
+
+  std::size_t oldCount() const { return removed.size(); }
+  bool isOld(ItemIndex item) const { return item < oldCount(); }
+  std::size_t count() const { return oldCount() + added.size(); }
+  detail::AddedItem& addedItem(ItemIndex item) { return added[item - oldCount()]; }
+
+  bool isRemoved(ItemIndex item) const {
+    return isOld(item) ? removed[item] : added[item - oldCount()].isRemoved;
+  }
+
+  std::string_view nameOf(ItemIndex item) const {
+    return isOld(item) ? old->directory.name(item) : added[item - oldCount()].properties.name;
+  }
+
+  bool isChanged() const {
+    return std::any_of(removed.begin(), removed.end(), [](bool is) { return is; }) ||
+           std::any_of(added.begin(), added.end(),
+                       [](const auto& item) { return !item.isRemoved; });
+  }
+};
 
 ZipPhysicalPackage::ZipPhysicalPackage(const std::u16string& path, bool replaceExisting,
                                        const std::u16string& temporaryFolder)
-    : state_(std::make_unique<State>(path, replaceExisting, temporaryFolder)) {}
+    : givenPath_(path),
+      temporaryFolder_(temporaryFolder),
+      path_(toUtf8ForDisplay(path)),
+      replaceExisting_(replaceExisting) {}
 
 ZipPhysicalPackage::~ZipPhysicalPackage() = default;
 
 void ZipPhysicalPackage::open(OpenMode mode) {
-  state_->open(mode);
+  if (isOpen()) throw Exception(ErrorCode::InvalidState, "package '" + path_ + "' is open already");
+  current_ = mode == OpenMode::Create ? openNew() : openExisting(mode);
+}
+
+std::unique_ptr<ZipPhysicalPackage::Session> ZipPhysicalPackage::openExisting(OpenMode mode) const {
+  auto session = std::make_unique<Session>();
+  session->mode = mode;
+  const auto context = [this] { return "cannot open package '" + path_ + "'"; };
+  session->path = inContext(context, [this] { return systemPath(givenPath_); });
+  PackageFile file(session->path);
+  inContext(context, [&] {
+    session->old = std::make_unique<detail::OpenedPackage>(std::move(file));
+    session->old->directory.refuseFaults();
+    session->removed.resize(session->old->directory.entries().size());
+    if (mode != OpenMode::Modify) return;
+    prepareForWriting(*session);
+    session->target->requireWritableFile();
+  });
+  return session;
+}
+
+std::unique_ptr<ZipPhysicalPackage::Session> ZipPhysicalPackage::openNew() const {
+  auto session = std::make_unique<Session>();
+  session->mode = OpenMode::Create;
+  inContext([this] { return "cannot create package '" + path_ + "'"; },
+            [&] {
+              session->path = systemPath(givenPath_);
+              requireFreePlace(session->path, replaceExisting_);
+              prepareForWriting(*session);
+            });
+  return session;
+}
+
+void ZipPhysicalPackage::prepareForWriting(Session& session) const {
+  session.target = detail::PackageTarget::resolve(session.path);
+  session.target->requireWritableFolder();
+  const std::string folder = toUtf8(temporaryFolder_);
+  session.store =
+      std::make_unique<detail::PendingStore>(folder.empty() ? session.target->folder : folder);
 }
 
 bool ZipPhysicalPackage::isOpen() const noexcept {
-  return state_->current != nullptr;
+  return current_ != nullptr;
 }
 
 void ZipPhysicalPackage::close(bool discard) {
   if (!isOpen()) return;
-  if (discard) return state_->current.reset();
-  state_->commit();
+  Session& writing = *current_;
+  const bool isUnchanged =
+      writing.mode == OpenMode::Read || (writing.mode == OpenMode::Modify && !writing.isChanged());
+  if (discard || isUnchanged) return current_.reset();
+  const bool mayReplace = writing.mode == OpenMode::Modify || replaceExisting_;
+  detail::PackageContent content(writing.old.get(), writing.removed, writing.added, options_);
+  detail::ZipCommit commit(writing.path, *writing.target,
+                           writing.old ? &writing.old->file : nullptr);
+  commit.run(
+      mayReplace, [&](detail::OutputFile& out) { content.writeTo(out); }, options_.inspect,
+      [this] { current_.reset(); });
 }
 
 std::string ZipPhysicalPackage::description() const {
-  return state_->path;
+  return path_;
+}
+
+ZipPhysicalPackage::Session& ZipPhysicalPackage::session() const {
+  if (!isOpen()) throw Exception(ErrorCode::InvalidState, "package '" + path_ + "' is not open");
+  return *current_;
+}
+
+ZipPhysicalPackage::Session& ZipPhysicalPackage::writableSession() const {
+  if (session().mode != OpenMode::Read) return *current_;
+  throw Exception(ErrorCode::InvalidState, "package '" + path_ + "' is open for reading only");
+}
+
+ZipPhysicalPackage::Session& ZipPhysicalPackage::sessionWith(ItemIndex item) const {
+  Session& open = session();
+  if (item >= open.count()) {
+    throw Exception(ErrorCode::InvalidArgument,
+                    "package '" + path_ + "' has no item of number " + std::to_string(item));
+  }
+  if (!open.isRemoved(item)) return open;
+  throw Exception(ErrorCode::NotFound,
+                  "item '" + std::string(open.nameOf(item)) + "' was removed from '" + path_ + "'");
 }
 
 std::size_t ZipPhysicalPackage::itemCount() const {
-  const State::Session& session = state_->session();
-  return session.oldCount() + session.added.size();
+  return session().count();
 }
 
 bool ZipPhysicalPackage::isRemoved(ItemIndex item) const {
-  const State::Session& session = state_->session();
-  if (item < session.oldCount()) return session.removed[item];
-  const std::size_t index = item - session.oldCount();
-  return index >= session.added.size() || session.added[index].isRemoved;
+  const Session& open = session();
+  return item >= open.count() || open.isRemoved(item);
 }
 
 ItemInfo ZipPhysicalPackage::itemInfo(ItemIndex item) const {
-  state_->requireItem(item);
-  const State::Session& session = state_->session();
-  if (item < session.oldCount()) return itemInfoOf(session.old->directory, item);
-  return infoOf(session.added[item - session.oldCount()]);
+  Session& open = sessionWith(item);
+  return open.isOld(item) ? itemInfoOf(open.old->directory, item) : infoOf(open.addedItem(item));
 }
 
 std::string_view ZipPhysicalPackage::itemName(ItemIndex item) const {
-  const State::Session& session = state_->session();
-  if (item < session.oldCount()) return session.old->directory.name(item);
-  state_->requireItem(item);
-  return session.added[item - session.oldCount()].properties.name;
+  const Session& open = session();
+  if (!open.isOld(item)) sessionWith(item);
+  return open.nameOf(item);
 }
 
 interfaces::ItemKind ZipPhysicalPackage::itemKind(ItemIndex item) const {
-  const State::Session& session = state_->session();
-  return item < session.oldCount() ? session.old->directory.entries()[item].kind
-                                   : interfaces::ItemKind::File;
+  const Session& open = session();
+  return open.isOld(item) ? open.old->directory.entries()[item].kind : interfaces::ItemKind::File;
 }
 
 std::unique_ptr<InputStream> ZipPhysicalPackage::openItem(ItemIndex item) {
-  state_->requireItem(item);
-  State::Session& session = state_->session();
-  if (item < session.oldCount()) return session.old->reader.open(item);
-  return session.added[item - session.oldCount()].content->getInputStream();
+  Session& open = sessionWith(item);
+  if (open.isOld(item)) return open.old->reader.open(item);
+  return open.addedItem(item).content->getInputStream();
 }
 
 void ZipPhysicalPackage::readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) {
-  state_->requireItem(item);
-  State::Session& session = state_->session();
-  if (item < session.oldCount()) return session.old->reader.read(item, into, limit);
-  readAdded(session.added[item - session.oldCount()], into, limit);
+  Session& open = sessionWith(item);
+  if (open.isOld(item)) return open.old->reader.read(item, into, limit);
+  readAdded(open.addedItem(item), into, limit);
+}
+
+ItemIndex ZipPhysicalPackage::add(const NewItem& properties,
+                                  std::unique_ptr<IContentSource> source) {
+  Session& open = writableSession();
+  requireItemName(properties.name);
+  detail::AddedItem item{properties, std::move(source)};
+  if (!item.content) {
+    auto pending = std::make_unique<detail::PendingContent>(*open.store, properties.name);
+    item.pending = pending.get();
+    item.content = std::move(pending);
+  }
+  open.added.push_back(std::move(item));
+  return open.count() - 1;
 }
 
 ItemIndex ZipPhysicalPackage::addItem(const NewItem& item) {
-  return state_->add(item, nullptr);
+  return add(item, nullptr);
 }
 
 ItemIndex ZipPhysicalPackage::addItem(const NewItem& item, std::unique_ptr<IContentSource> source) {
   if (!source) {
     throw Exception(ErrorCode::InvalidArgument, "item '" + item.name + "' has no source");
   }
-  return state_->add(item, std::move(source));
+  return add(item, std::move(source));
 }
 
 std::unique_ptr<OutputStream> ZipPhysicalPackage::openForWriting(ItemIndex item) {
-  State::Session& session = state_->writableSession();
-  state_->requireItem(item);
-  detail::PendingContent* pending =
-      item < session.oldCount() ? nullptr : session.added[item - session.oldCount()].pending;
+  writableSession();
+  Session& open = sessionWith(item);
+  detail::PendingContent* pending = open.isOld(item) ? nullptr : open.addedItem(item).pending;
   if (pending == nullptr) {
-    throw Exception(ErrorCode::InvalidState,
-                    "item '" + session.nameOf(item) + "' cannot be written to: it has its content");
+    throw Exception(ErrorCode::InvalidState, "item '" + std::string(open.nameOf(item)) +
+                                                 "' cannot be written to: it has its content");
   }
   pending->clear();
   return std::make_unique<PendingWriter>(*pending);
 }
 
 void ZipPhysicalPackage::removeItem(ItemIndex item) {
-  State::Session& session = state_->writableSession();
-  state_->requireItem(item);
-  if (item < session.oldCount()) {
-    session.removed[item] = true;
+  writableSession();
+  Session& open = sessionWith(item);
+  if (open.isOld(item)) {
+    open.removed[item] = true;
     return;
   }
-  detail::AddedItem& added = session.added[item - session.oldCount()];
+  detail::AddedItem& added = open.addedItem(item);
   added.isRemoved = true;
   // A stream that fills it may still be there, so it is emptied, not destroyed.
   if (added.pending != nullptr) added.pending->clear();
 }
 
 void ZipPhysicalPackage::setWriteOptions(WriteOptions options) {
-  state_->options = std::move(options);
+  options_ = std::move(options);
 }
 
 void ZipPhysicalPackage::setReplaceExisting(bool replaceExisting) {
-  state_->replaceExisting = replaceExisting;
+  replaceExisting_ = replaceExisting;
 }
 
 }  // namespace opc::zippackage

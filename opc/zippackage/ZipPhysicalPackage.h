@@ -68,8 +68,26 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   void setReplaceExisting(bool replaceExisting);
 
  private:
-  class State;
-  std::unique_ptr<State> state_;
+  struct Session;  // from open to close
+
+  std::unique_ptr<Session> openExisting(interfaces::OpenMode mode) const;
+  std::unique_ptr<Session> openNew() const;
+  void prepareForWriting(Session& session) const;
+  interfaces::ItemIndex add(const interfaces::NewItem& properties,
+                            std::unique_ptr<interfaces::IContentSource> source);
+  /// Throw ErrorCode::InvalidState when it is not open, or not open for writing.
+  Session& session() const;
+  Session& writableSession() const;
+  /// Throws ErrorCode::InvalidArgument for an item that never was, ErrorCode::NotFound for one that
+  /// was removed.
+  Session& sessionWith(interfaces::ItemIndex item) const;
+
+  std::u16string givenPath_;
+  std::u16string temporaryFolder_;
+  std::string path_;  // for messages
+  bool replaceExisting_;
+  WriteOptions options_;
+  std::unique_ptr<Session> current_;
 };
 
 }  // namespace opc::zippackage

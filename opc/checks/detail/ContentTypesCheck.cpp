@@ -9,9 +9,9 @@ namespace opc::checks::detail {
 using interfaces::ItemIndex;
 using model::ContentType;
 using model::ContentTypes;
+using model::findContentTypes;
 using model::ItemRole;
 using model::kContentTypesItem;
-using model::PartIndex;
 
 namespace {
 
@@ -75,7 +75,7 @@ void checkOverrides(Packaging& packaging) {
 
 void checkContentTypesStream(Packaging& packaging) {
   SilentSink silent;
-  const auto items = PartIndex::findContentTypes(packaging.container, silent);
+  const auto items = findContentTypes(packaging.container, silent);
   if (items.empty()) {
     if (silent.isUsed()) return;
     return packaging.report.addClipped(

@@ -2,7 +2,6 @@
 #include "opc/model/detail/FolderSet.h"
 
 #include "opc/model/NameKey.h"
-#include "opc/model/detail/FolderPath.h"
 
 namespace opc::model::detail {
 namespace {

@@ -2,10 +2,13 @@
 #include "opc/model/detail/MarkupCompatibility.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
+#include <utility>
 
 #include "opc/Exception.h"
 #include "opc/model/DomText.h"
-#include "opc/model/detail/MarkupScope.h"
+#include "opc/model/FormatConstants.h"
 
 namespace opc::model::detail {
 namespace {
@@ -19,6 +22,158 @@ FormatError invalidMarkup(const DOMNode& node, const std::string& why) {
 
 bool isCompatibility(const DOMNode& node, std::u16string_view localName) {
   return domNamespace(node) == kMarkupCompatibilityNamespace && domLocalName(node) == localName;
+}
+
+FormatError invalidAttribute(const DOMNode& attribute, const std::string& why) {
+  return {"RL-13", "attribute '" + domName(attribute) + "': " + why};
+}
+
+// The words of a list, without the white space between them.
+std::vector<std::u16string_view> splitWords(std::u16string_view list) {
+  std::vector<std::u16string_view> words;
+  for (std::size_t at = 0; at < list.size();) {
+    if (isXmlSpace(list[at])) {
+      ++at;
+      continue;
+    }
+    const auto end =
+        std::find_if(list.begin() + static_cast<std::ptrdiff_t>(at), list.end(), isXmlSpace);
+    const auto length = static_cast<std::size_t>(end - list.begin()) - at;
+    words.push_back(list.substr(at, length));
+    at += length;
+  }
+  return words;
+}
+
+template <typename Map, typename Key>
+void countDown(Map& map, const Key& key) {
+  const auto found = map.find(key);
+  if (--found->second == 0) map.erase(found);
+}
+
+/// What the elements around a place say about namespaces: which prefix means what, which are
+/// ignorable, which elements give up their tags only. Entered and left like the elements; kept here
+/// rather than asked of the DOM, whose look-ups walk all the way up.
+class MarkupScope {
+ public:
+  /// Takes over the element's namespace declarations, Ignorable and ProcessContent. Throws
+  /// FormatError (RL-13) for an undeclared prefix and an unknown attribute of compatibility.
+  void enter(const xercesc::DOMElement& element);
+  void leave();
+
+  bool isIgnorable(std::u16string_view namespaceUri) const;
+  /// Whether an ignorable element is replaced by its content.
+  bool keepsContent(const xercesc::DOMElement& element) const;
+  /// The namespaces of a list of prefixes, in order.
+  std::vector<std::u16string_view> resolve(const xercesc::DOMNode& attribute) const;
+
+ private:
+  using Name = std::pair<std::u16string, std::u16string>;
+  struct Level {
+    std::vector<std::u16string> prefixes;
+    std::vector<std::u16string> ignorable;
+    std::vector<Name> content;
+  };
+
+  void declare(const xercesc::DOMNode& attribute);
+  void readCompatibility(const xercesc::DOMNode& attribute);
+  void addContent(const xercesc::DOMNode& attribute);
+  std::u16string_view resolvePrefix(std::u16string_view prefix,
+                                    const xercesc::DOMNode& attribute) const;
+
+  std::vector<Level> levels_;
+  std::map<std::u16string, std::vector<std::u16string_view>, std::less<>> prefixes_;
+  std::map<std::u16string, std::size_t, std::less<>> ignorable_;
+  std::map<Name, std::size_t> content_;
+};
+
+void MarkupScope::enter(const xercesc::DOMElement& element) {
+  levels_.emplace_back();
+  const xercesc::DOMNamedNodeMap* attributes = element.getAttributes();
+  // Declarations first: prefixes may be used in an attribute that stands before them.
+  for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+    if (isNamespaceDeclaration(*attributes->item(i))) declare(*attributes->item(i));
+  }
+  for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+    const DOMNode& attribute = *attributes->item(i);
+    if (domNamespace(attribute) == kMarkupCompatibilityNamespace) readCompatibility(attribute);
+  }
+}
+
+void MarkupScope::leave() {
+  const Level& level = levels_.back();
+  for (const std::u16string& prefix : level.prefixes) {
+    const auto found = prefixes_.find(prefix);
+    found->second.pop_back();
+    if (found->second.empty()) prefixes_.erase(found);
+  }
+  for (const std::u16string& space : level.ignorable) countDown(ignorable_, space);
+  for (const Name& name : level.content) countDown(content_, name);
+  levels_.pop_back();
+}
+
+bool MarkupScope::isIgnorable(std::u16string_view namespaceUri) const {
+  return ignorable_.find(namespaceUri) != ignorable_.end();
+}
+
+bool MarkupScope::keepsContent(const xercesc::DOMElement& element) const {
+  if (content_.empty()) return false;
+  const std::u16string space(domNamespace(element));
+  return content_.contains({space, std::u16string(domLocalName(element))}) ||
+         content_.contains({space, u"*"});
+}
+
+std::vector<std::u16string_view> MarkupScope::resolve(const DOMNode& attribute) const {
+  std::vector<std::u16string_view> spaces;
+  for (const std::u16string_view prefix : splitWords(domText(attribute.getNodeValue()))) {
+    spaces.push_back(resolvePrefix(prefix, attribute));
+  }
+  return spaces;
+}
+
+void MarkupScope::declare(const DOMNode& attribute) {
+  const bool hasPrefix = attribute.getPrefix() != nullptr;
+  std::u16string prefix(hasPrefix ? domLocalName(attribute) : u"");
+  prefixes_[prefix].push_back(domText(attribute.getNodeValue()));
+  levels_.back().prefixes.push_back(std::move(prefix));
+}
+
+void MarkupScope::readCompatibility(const DOMNode& attribute) {
+  const std::u16string_view name = domLocalName(attribute);
+  if (name == u"Ignorable") {
+    for (const std::u16string_view space : resolve(attribute)) {
+      ++ignorable_[std::u16string(space)];
+      levels_.back().ignorable.emplace_back(space);
+    }
+  } else if (name == u"ProcessContent") {
+    addContent(attribute);
+  } else if (name != u"MustUnderstand" && name != u"PreserveElements" &&
+             name != u"PreserveAttributes") {
+    throw invalidAttribute(attribute, "markup compatibility has none of that name");
+  }
+}
+
+void MarkupScope::addContent(const DOMNode& attribute) {
+  for (const std::u16string_view word : splitWords(domText(attribute.getNodeValue()))) {
+    const std::size_t colon = word.find(u':');
+    if (colon == std::u16string_view::npos || colon + 1 == word.size()) {
+      throw invalidAttribute(attribute, "'" + toUtf8ForDisplay(word) + "' has no prefix");
+    }
+    const std::u16string_view space = resolvePrefix(word.substr(0, colon), attribute);
+    Name name(space, word.substr(colon + 1));
+    ++content_[name];
+    levels_.back().content.push_back(std::move(name));
+  }
+}
+
+std::u16string_view MarkupScope::resolvePrefix(std::u16string_view prefix,
+                                               const DOMNode& attribute) const {
+  if (prefix == u"xml") return kXmlNamespace;  // declared from the start
+  const auto found = prefixes_.find(prefix);
+  if (prefix.empty() || found == prefixes_.end()) {
+    throw invalidAttribute(attribute, "prefix '" + toUtf8ForDisplay(prefix) + "' is not declared");
+  }
+  return found->second.back();
 }
 
 // Walks over the document without recursion; what it is inside of lies in frames_.

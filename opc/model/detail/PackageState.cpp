@@ -1,16 +1,31 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/detail/PackageState.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/model/FormatConstants.h"
 #include "opc/model/PieceStream.h"
+#include "opc/model/RelationshipTargets.h"
+#include "opc/model/detail/DocumentSize.h"
+#include "opc/model/detail/MemoryContentSource.h"
 
 namespace opc::model {
 
 using interfaces::ItemIndex;
+
+namespace {
+
+const ContentType& relationshipsType() {
+  static const ContentType kType = ContentType::fromAscii(kRelationshipsType);
+  return kType;
+}
+
+}  // namespace
 
 Package::State::State(interfaces::IPhysicalPackage& physical, interfaces::OpenMode mode)
     : physical_(physical), mode_(mode), index_(physical) {
@@ -191,27 +206,20 @@ std::unique_ptr<InputStream> Package::State::openRaw(PartId part) const {
 
 std::unique_ptr<InputStream> Package::State::openStream(PartId part) const {
   requirePart(part);
-  try {
-    return std::make_unique<detail::PartInputStream>(
-        openRaw(part), detail::PartAccess(open_, readingContext(name(part))));
-  } catch (Exception& fault) {
-    fault.addContext(readingContext(name(part)));
-    throw;
-  }
+  return inContext([&] { return readingContext(name(part)); },
+                   [&] {
+                     return std::make_unique<detail::PartInputStream>(
+                         openRaw(part), detail::PartAccess(open_, readingContext(name(part))));
+                   });
 }
 
 void Package::State::read(PartId part, ByteBuffer& into, std::uint64_t limit) const {
   requirePart(part);
-  try {
-    if (index_.isInPieces(part)) {
-      readPieces(part, into, limit);
-    } else {
-      physical_.readItem(index_.item(part), into, limit);
-    }
-  } catch (Exception& fault) {
-    fault.addContext(readingContext(name(part)));
-    throw;
-  }
+  inContext([&] { return readingContext(name(part)); },
+            [&] {
+              if (index_.isInPieces(part)) return readPieces(part, into, limit);
+              physical_.readItem(index_.item(part), into, limit);
+            });
 }
 
 void Package::State::readPieces(PartId part, ByteBuffer& into, std::uint64_t limit) const {
@@ -244,6 +252,135 @@ std::unique_ptr<OutputStream> Package::State::openForWriting(PartId part) {
   const ItemIndex item = index_.isInPieces(part) ? index_.pieces(part).front() : index_.item(part);
   return std::make_unique<detail::PartOutputStream>(
       physical_.openForWriting(item), detail::PartAccess(open_, writingContext(name(part))));
+}
+
+void Package::State::load() {
+  loadContentTypes();
+  index_.load(types_);
+  loadPackageRelationships();
+}
+
+void Package::State::loadContentTypes() {
+  contentTypesItems_ = findContentTypes(physical_);
+  if (contentTypesItems_.empty()) {
+    throw FormatError(
+        "CT-1", "content types stream '" + std::string(kContentTypesItem) + "': it is not there");
+  }
+  inContext([] { return "content types stream"; },
+            [this] {
+              PieceStream stream(physical_, contentTypesItems_);
+              types_ = ContentTypes::read(stream);
+            });
+}
+
+void Package::State::loadPackageRelationships() {
+  inContext([] { return "part '/" + std::string(kPackageRelationshipsItem) + "'"; },
+            [this] { relationshipsOfPackage_.emplace(readRelationships({})); });
+}
+
+RelationshipSet Package::State::readRelationships(std::string_view sourceItemName) const {
+  const std::optional<PartId> item = index_.find(relationshipsItemName(sourceItemName));
+  if (!item) return RelationshipSet(std::string(sourceItemName));
+  const std::unique_ptr<InputStream> stream = openRaw(*item);
+  RelationshipSet set = RelationshipSet::read(std::string(sourceItemName), *stream);
+  checkTargetTypes(index_, set, FaultSink::refusing());
+  return set;
+}
+
+RelationshipSet& Package::State::relationshipsOf(PartId part) {
+  requirePart(part);
+  const auto known = relationships_.find(part);
+  if (known != relationships_.end()) return known->second;
+  RelationshipSet read =
+      inContext([&] { return readingContext(relationshipsItemName(name(part))); },
+                [&] { return readRelationships(name(part)); });
+  return relationships_.emplace(part, std::move(read)).first->second;
+}
+
+bool Package::State::isChanged() const {
+  return changed_ || mode_ == interfaces::OpenMode::Create || types_.isChanged() ||
+         relationshipsOfPackage_->isChanged() ||
+         std::any_of(relationships_.begin(), relationships_.end(),
+                     [](const auto& entry) { return entry.second.isChanged(); });
+}
+
+void Package::State::stage() {
+  if (!isChanged()) return;
+  for (const PartId orphan : index_.orphans()) types_.removeOverride(index_.name(orphan));
+  index_.dropWhatIsNoPart();
+  requireRelationshipsNames();
+  // A default would make parts of items that have that extension and no type.
+  if (types_.findDefault(kRelationshipsExtension) == nullptr &&
+      !index_.isUntypedExtension(kRelationshipsExtension)) {
+    types_.addDefault(kRelationshipsExtension, relationshipsType());
+  }
+  for (auto& [part, set] : relationships_) {
+    if (!set.isChanged()) continue;
+    settleRelationshipsItem(name(part), set);
+    stageRelationships(name(part), set, false);
+  }
+  stageFront();
+}
+
+// A part may have come since the relationship did.
+void Package::State::requireRelationshipsNames() const {
+  const auto check = [this](std::string_view source, const RelationshipSet& set) {
+    if (set.isChanged() && !set.entries().empty()) requireRelationshipsName(source);
+  };
+  check({}, *relationshipsOfPackage_);
+  for (const auto& [part, set] : relationships_) check(name(part), set);
+}
+
+// What a reader wants first stands first: the content types, then the package's relationships.
+void Package::State::stageFront() {
+  if (relationshipsOfPackage_->isChanged()) settleRelationshipsItem({}, *relationshipsOfPackage_);
+  const bool newTypes = types_.isChanged() || contentTypesItems_.empty();
+  if (newTypes) {
+    const ItemIndex added = addText(kContentTypesItem, types_.toXml(), true);
+    for (const ItemIndex old : std::exchange(contentTypesItems_, {added})) {
+      physical_.removeItem(old);
+    }
+    types_.setUnchanged();
+  }
+  if (relationshipsOfPackage_->isChanged() || (newTypes && relationshipsStaged_)) {
+    stageRelationships({}, *relationshipsOfPackage_, true);
+    relationshipsStaged_ = true;
+  }
+}
+
+// Whether there is an item decides on its content type, so this comes before those are written.
+void Package::State::settleRelationshipsItem(std::string_view sourceItemName,
+                                             const RelationshipSet& set) {
+  if (set.entries().empty()) return removeRelationshipsItem(sourceItemName);
+  const std::string itemName = relationshipsItemName(sourceItemName);
+  const ContentType* type = types_.find(itemName);
+  if (type == nullptr || !(*type == relationshipsType())) {
+    types_.assign(itemName, relationshipsType(), false);
+  }
+}
+
+void Package::State::stageRelationships(std::string_view sourceItemName, RelationshipSet& set,
+                                        bool atFront) {
+  if (!set.entries().empty()) {
+    const std::string itemName = relationshipsItemName(sourceItemName);
+    const ItemIndex added = addText(itemName, set.toXml(), atFront);
+    if (const std::optional<PartId> old = index_.find(itemName)) {
+      index_.replaceItem(*old, added);
+    } else {
+      index_.add(added, ItemRole::Relationships);
+    }
+  }
+  set.setUnchanged();
+}
+
+ItemIndex Package::State::addText(std::string_view itemName, std::string text, bool atFront) {
+  interfaces::NewItem item;
+  item.name = canonicalItemName(itemName);
+  item.atFront = atFront;
+  detail::requireReadableDocument(
+      text, "cannot write '/" + item.name + "' of '" + physical_.description() + "'");
+  return physical_.addItem(
+      item, std::make_unique<detail::MemoryContentSource>(std::move(text), "/" + item.name));
 }
 
 }  // namespace opc::model

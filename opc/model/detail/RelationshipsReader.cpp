@@ -130,12 +130,8 @@ class RelationshipsReader final : public MarkupConsumer {
   }
 
   ResolvedTarget resolve(const std::u16string& id, std::u16string_view target) const {
-    try {
-      return resolveTarget(set_.source_, target);
-    } catch (FormatError& fault) {
-      fault.addContext(set_.describe(id));
-      throw;
-    }
+    return inContext([&] { return set_.describe(id); },
+                     [&] { return resolveTarget(set_.source_, target); });
   }
 
   std::u16string readId(const XMLCh* value) const {

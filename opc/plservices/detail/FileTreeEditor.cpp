@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
-#include "opc/plservices/FileSystemManager.h"
+#include "opc/plservices/FileSystemEntryAlreadyExists.h"
 #include "opc/plservices/TreePath.h"
 #include "opc/plservices/detail/FileContentTypes.h"
 

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "opc/Exception.h"
-#include "opc/zippackage/ErrorContext.h"
 
 namespace opc::zippackage::detail {
 

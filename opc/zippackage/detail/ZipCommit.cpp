@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "opc/Exception.h"
-#include "opc/zippackage/ErrorContext.h"
 #include "opc/zippackage/detail/TemporaryPackage.h"
 
 namespace opc::zippackage::detail {

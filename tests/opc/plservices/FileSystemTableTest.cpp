@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "opc/model/URI.h"
+#include "opc/model/Relationship.h"
 #include "tests/opc/plservices/ScratchTree.h"
 
 // When the table of the file tree is written, and what is made of one that is read.

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "opc/interfaces/OpenMode.h"
+#include "opc/interfaces/IPhysicalPackage.h"
 #include "tests/opc/zippackage/PackageFixture.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ZipBuilder.h"
