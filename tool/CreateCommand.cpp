@@ -4,11 +4,11 @@
 #include <array>
 
 #include "addon/packaging/AddonProperties.h"
+#include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
-#include "tool/Guid.h"
 #include "tool/NewPackage.h"
 #include "tool/PackageAccess.h"
 #include "tool/SourceFiles.h"
@@ -65,7 +65,8 @@ AddonProperties propertiesOf(const Invocation& invocation, bool hasFixedTime) {
   const std::string name = invocation.valueOr("name", "");
   properties.GUID = invocation.has("guid")
                         ? text(invocation, "guid")
-                        : opc::fromUtf8(hasFixedTime ? guidOfName(name) : randomGuid());
+                        : opc::fromUtf8(hasFixedTime ? addon::project::guidOfName(name)
+                                                     : addon::project::randomGuid());
   return properties;
 }
 

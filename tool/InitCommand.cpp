@@ -7,11 +7,11 @@
 
 #include "addon/project/GitFacts.h"
 #include "addon/project/Guesses.h"
+#include "addon/project/Guid.h"
 #include "addon/project/ManifestText.h"
 #include "addon/project/ProjectFolder.h"
 #include "tool/Arguments.h"
 #include "tool/Errors.h"
-#include "tool/Guid.h"
 #include "tool/Messages.h"
 #include "tool/Output.h"
 #include "tool/Project.h"
@@ -55,7 +55,7 @@ ExitCode run(const Invocation& invocation) {
   if (folder.empty()) throw systemFailure("cannot read the folder", folder, ENOENT);
   if (!isPrinted && !replaces) requireFree(manifestPath(folder));
 
-  const std::string text = manifestText(guess(folder, invocation), randomGuid());
+  const std::string text = manifestText(guess(folder, invocation), addon::project::randomGuid());
   if (isPrinted) {
     writeOutputFile("-", text, {});
   } else if (replaces) {

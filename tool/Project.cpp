@@ -8,11 +8,10 @@
 #include <cerrno>
 #include <unordered_map>
 
-#include "addon/checks/Guid.h"
+#include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
 #include "tool/Errors.h"
-#include "tool/Guid.h"
 #include "tool/ReadFile.h"
 #include "tool/TreeWalk.h"
 
@@ -41,7 +40,7 @@ std::string readText(const std::string& path) {
 }
 
 std::string derivedGuid(const AppSection& app, std::size_t index, const std::string& space) {
-  if (auto guid = guidWithin(space, app.file.value)) return *guid;
+  if (auto guid = addon::project::guidWithin(space, app.file.value)) return *guid;
   throw ManifestError(app.position, fmt::format("app[{}].guid: expected a GUID of its own, as none "
                                                 "can be derived from package.guid '{}', which is "
                                                 "no GUID",
@@ -99,18 +98,19 @@ std::string textOf(const Project& project, const Text& text, const Text& file,
 
 std::string guidOf(const Manifest& manifest) {
   const PackageSection& package = manifest.package;
-  return package.guid.value.empty() ? guidOfName(package.name.value) : package.guid.value;
+  return package.guid.value.empty() ? addon::project::guidOfName(package.name.value)
+                                    : package.guid.value;
 }
 
 std::vector<std::string> appGuidsOf(const Manifest& manifest) {
-  const std::string space = addon::checks::plainGuid(opc::fromUtf8(guidOf(manifest)));
+  const std::string space = addon::project::plainGuid(opc::fromUtf8(guidOf(manifest)));
   std::vector<std::string> guids;
   std::unordered_map<std::string, std::size_t> owners;
   for (const AppSection& app : manifest.apps) {
     guids.push_back(app.guid.value.empty() ? derivedGuid(app, guids.size(), space)
                                            : app.guid.value);
     const auto [owner, isNew] =
-        owners.emplace(addon::checks::plainGuid(opc::fromUtf8(guids.back())), guids.size() - 1);
+        owners.emplace(addon::project::plainGuid(opc::fromUtf8(guids.back())), guids.size() - 1);
     if (!isNew) refuseSharedGuid(app, guids, owner->second);
   }
   return guids;

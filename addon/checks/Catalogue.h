@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "opc/checks/Finding.h"
@@ -18,5 +19,8 @@ std::span<const FindingInfo> catalogue();
 const FindingInfo* findInfo(std::uint16_t number);
 /// What a finding is about: "container", "opc", "document", "reference" or "style".
 std::string_view groupOf(FindingId id);
+
+/// The page of the manual that lists every finding, as Markdown.
+std::string findingsTable();
 
 }  // namespace addon::checks

@@ -1,8 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/FindingsTable.h"
-
-#include <string_view>
-
 #include "addon/checks/Catalogue.h"
 
 namespace addon::checks {

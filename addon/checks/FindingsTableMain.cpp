@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cstdio>
 
-#include "addon/checks/FindingsTable.h"
+#include "addon/checks/Catalogue.h"
 
 int main() {
   const std::string table = addon::checks::findingsTable();

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "opc/Streams.h"
-#include "tool/Guid.h"
 #include "tool/PackageAccess.h"
 #include "tool/Progress.h"
 #include "tool/Sha256.h"
@@ -23,17 +22,6 @@ TEST(Sha256, OfAStreamIsThatOfItsBytes) {
   opc::MemoryInputStream stream(reinterpret_cast<const unsigned char*>(text.data()), text.size());
 
   EXPECT_EQ(tool::sha256Of(stream), tool::sha256Of(text));
-}
-
-TEST(Guid, OfANameIsTheVersion5OneInTheUrlNamespace) {
-  // python3: uuid.uuid5(uuid.NAMESPACE_URL, "kraddon:Wave Tools")
-  EXPECT_EQ(tool::guidOfName("Wave Tools"), "345491c9-0ee2-50de-aedd-a6aebfe78015");
-}
-
-TEST(Guid, AtRandomIsNeverTheSame) {
-  EXPECT_NE(tool::randomGuid(), tool::randomGuid());
-  EXPECT_EQ(tool::randomGuid().size(), 36u);
-  EXPECT_EQ(tool::randomGuid()[14], '4');
 }
 
 TEST(Progress, TellsFilesBytesRateAndTimeLeft) {

@@ -1,13 +1,27 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/detail/CaselessTree.h"
 
-#include "addon/checks/detail/CaseFolding.h"
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
+#include "opc/Text.h"
 
 namespace addon::checks::detail {
 
 using opc::plservices::FileSystemManager;
 using opc::plservices::FileTree;
 using opc::plservices::NodeId;
+
+std::string foldCase(std::string_view text) {
+  if (!opc::isUtf8(text)) return std::string(text);
+  const auto original = icu::UnicodeString::fromUTF8(text);
+  icu::UnicodeString folded;
+  for (std::int32_t at = 0; at < original.length(); at = original.moveIndex32(at, 1)) {
+    folded.append(u_foldCase(original.char32At(at), U_FOLD_CASE_DEFAULT));
+  }
+  std::string result;
+  return folded.toUTF8String(result);
+}
 
 CaselessTree::CaselessTree(FileSystemManager& files, const Visit& visit) {
   const Entry root = files.getRoot();

@@ -12,6 +12,10 @@
 
 namespace addon::checks::detail {
 
+/// UTF-8 text with the case of each character folded, as file systems that ignore case compare
+/// names.
+std::string foldCase(std::string_view text);
+
 /// The file tree as a file system sees it that does not tell cases apart: entries whose paths
 /// differ only in case are one.
 class CaselessTree {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "addon/checks/detail/Destination.h"
 #include "addon/checks/detail/DocumentText.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/DocumentSchema.h"
 #include "opc/checks/Report.h"

@@ -10,7 +10,7 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/DocumentCheck.h"
-#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "addon/packaging/ImageSignature.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"

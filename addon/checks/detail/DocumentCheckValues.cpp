@@ -7,7 +7,7 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/DocumentCheck.h"
-#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "addon/packaging/HostStruct.h"
 #include "addon/packaging/RecordXml.h"
 #include "opc/Text.h"

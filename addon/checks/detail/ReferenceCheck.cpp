@@ -3,20 +3,29 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/PathCheck.h"
-#include "addon/checks/detail/Readable.h"
 #include "addon/checks/detail/ReadableDocument.h"
+#include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/Documents.h"
+#include "addon/packaging/ScreenshotPart.h"
 #include "opc/Text.h"
 #include "opc/checks/Finding.h"
+#include "opc/model/DomText.h"
+#include "opc/model/PackageHelper.h"
 
 namespace addon::checks::detail {
 
 using opc::checks::quoted;
 using opc::checks::Report;
+using opc::model::trimXmlSpace;
 using packaging::AddonPackage;
+using packaging::AddonRevision;
+using packaging::AddonRevisionHistory;
 using packaging::DocumentTable;
 using packaging::FoundValue;
 using packaging::Reference;
@@ -60,13 +69,82 @@ void checkPaths(AddonPackage& package, const DocumentTable& table, PathCheck& pa
   });
 }
 
+// "2026-02-01", perhaps with a time after it. Such dates sort as texts do.
+bool isSortable(std::u16string_view date) {
+  constexpr std::u16string_view kForm = u"0000-00-00";
+  if (date.size() < kForm.size()) return false;
+  for (std::size_t i = 0; i < kForm.size(); ++i) {
+    const bool isDigit = date[i] >= u'0' && date[i] <= u'9';
+    if (kForm[i] == u'0' ? !isDigit : date[i] != kForm[i]) return false;
+  }
+  return date.size() == kForm.size() || date[kForm.size()] == u'T' || date[kForm.size()] == u' ';
+}
+
+/// Those that may be the newest. Revisions stand in any order, dates are free text: by date when
+/// all are dates that sort, otherwise the first or the last one.
+std::vector<const AddonRevision*> newestOf(const std::vector<AddonRevision>& revisions) {
+  const bool isDated = std::all_of(revisions.begin(), revisions.end(),
+                                   [](const auto& revision) { return isSortable(revision.date); });
+  if (!isDated) return {&revisions.front(), &revisions.back()};
+  const auto day = [](const AddonRevision& revision) { return revision.date.substr(0, 10); };
+  const auto newest =
+      std::max_element(revisions.begin(), revisions.end(),
+                       [&](const auto& a, const auto& b) { return day(a) < day(b); });
+  std::vector<const AddonRevision*> found;
+  for (const AddonRevision& revision : revisions) {
+    if (day(revision) == day(*newest)) found.push_back(&revision);
+  }
+  return found;
+}
+
+std::u16string versionOf(AddonPackage& package) {
+  std::u16string version;
+  isReadable(
+      [&] { version = package.coreProperties().getCoreProperties().getVersion().value_or(u""); });
+  return std::u16string(trimXmlSpace(version));
+}
+
+void checkThumbnail(AddonPackage& package, Report& report) {
+  auto& model = package.logicalPackage();
+  const Destination screenshot = follow(model, packaging::ScreenshotPart::relationshipType());
+  if (screenshot.kind != Destination::Kind::Part) return;
+  const Destination thumbnail =
+      follow(model, opc::model::PackageHelper::getThumbnailRelationshipType());
+  if (thumbnail.kind == Destination::Kind::Several) return;
+  if (thumbnail.name == screenshot.name) return;
+  const bool hasNone = thumbnail.kind == Destination::Kind::Nowhere;
+  report.add(kThumbnailDiffers, screenshot.name,
+             "this is the screenshot, but the package's thumbnail is " +
+                 (hasNone ? std::string("none") : quoted(thumbnail.name)));
+}
+
+void checkNewestRevision(AddonPackage& package, Report& report) {
+  AddonRevisionHistory history;
+  ReadableDocument document(package, AddonRevisionHistory::kTable);
+  const std::u16string version = versionOf(package);
+  if (document.text() == nullptr || version.empty()) return;
+  const auto elements = document.elementsOf<&AddonRevisionHistory::revisions>();
+  for (const auto* element : elements) history.revisions.emplace_back(element);
+  if (history.revisions.empty()) return;
+  const auto newest = newestOf(history.revisions);
+  const bool isCurrent = std::any_of(newest.begin(), newest.end(), [&](const auto* revision) {
+    return trimXmlSpace(revision->version) == version;
+  });
+  if (isCurrent) return;
+  const auto index = static_cast<std::size_t>(newest.front() - history.revisions.data());
+  report.add(kRevisionMismatch, document.part(),
+             "the newest revision is " + quoted(newest.front()->version) +
+                 ", the add-on's version is " + quoted(version),
+             document.text()->lineOf(elements[index]));
+}
+
 }  // namespace
 
 void checkReferences(AddonPackage& package, Report& report) {
   const opc::model::XercesGuard guard;  // one start for all documents
   checkThumbnail(package, report);
   checkNewestRevision(package, report);
-  checkGuids(package, report);
+  checkDuplicateGuids(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
   for (const auto& file : package.fileSystem().unreadable()) {
     report.add(kFileOutsideTree, file.name, file.why);

@@ -4,7 +4,7 @@
 #include <chrono>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "text/ByteCount.h"
 
 namespace addon::checks::detail {

@@ -15,6 +15,8 @@ void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);
 
 /// What every add-on should tell about itself: license, texts, author, screenshot, GUIDs, version.
 void checkTexts(packaging::AddonPackage& package, opc::checks::Report& report);
+/// Whether the add-on and its apps have GUIDs.
+void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Names, sizes and kinds of the files. The file tree must be readable.
 void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Contents that are there more than once. The file tree must be readable.
@@ -24,12 +26,5 @@ void checkTimes(packaging::AddonPackage& package, opc::checks::Report& report);
 
 /// Why a system may not be able to store a file or folder of this name; "" when all can.
 std::string_view findPortabilityFault(std::string_view name);
-
-/// Whether a file of this name (without its folders) is for secrets, whatever it holds.
-bool isSecretName(std::string_view name);
-/// Whether a file of this name may hold a private key.
-bool isKeyName(std::string_view name);
-/// Whether a text begins with a private key.
-bool beginsWithPrivateKey(std::string_view text);
 
 }  // namespace addon::checks::detail

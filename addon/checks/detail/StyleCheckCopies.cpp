@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/detail/Readable.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "addon/checks/detail/StyleCheck.h"
 #include "opc/Streams.h"
 #include "opc/checks/Finding.h"

@@ -3,12 +3,8 @@
 #include <string_view>
 
 #include "addon/checks/AddonFindings.h"
-#include "addon/checks/Guid.h"
-#include "addon/checks/detail/Destination.h"
-#include "addon/checks/detail/Readable.h"
 #include "addon/checks/detail/ReadableDocument.h"
 #include "addon/checks/detail/StyleCheck.h"
-#include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonLicense.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/ScreenshotPart.h"
@@ -22,8 +18,6 @@ using opc::checks::quoted;
 using opc::checks::Report;
 using opc::model::trimXmlSpace;
 using opc::model::XercesHelper;
-using packaging::AddonAppInstall;
-using packaging::AddonAppInstallList;
 using packaging::AddonLicense;
 using packaging::AddonPackage;
 using packaging::AddonProperties;
@@ -91,35 +85,6 @@ void checkProperties(AddonPackage& package, Report& report) {
              "version " + quoted(version) + ": it is not made of numbers with dots between them");
 }
 
-void checkAddonGuid(AddonPackage& package, Report& report) {
-  const std::u16string type = AddonProperties().relationshipType;
-  if (follow(package.logicalPackage(), type).kind == Kind::Nowhere) {
-    return report.add(kNotGuid, "", "the add-on has no GUID");
-  }
-  ReadableDocument document(package, AddonProperties::kTable);
-  if (document.text() == nullptr) return;
-  // Without the element the document is at fault.
-  for (const auto* identifier : document.elementsOf<&AddonProperties::GUID>()) {
-    std::u16string guid;
-    XercesHelper::getElementText(identifier, guid);
-    if (isGuid(guid)) continue;
-    report.add(kNotGuid, document.part(), "the add-on's GUID is " + quoted(guid),
-               document.text()->lineOf(identifier));
-  }
-}
-
-void checkAppGuids(AddonPackage& package, Report& report) {
-  ReadableDocument apps(package, AddonAppInstallList::kTable);
-  if (apps.text() == nullptr) return;
-  for (const auto* element : apps.elementsOf<&AddonAppInstallList::apps>()) {
-    const AddonAppInstall app(element);
-    if (isGuid(app.guid)) continue;
-    report.add(kNotGuid, apps.part(),
-               "the GUID of the app " + quoted(app.name) + " is " + quoted(app.guid),
-               apps.text()->lineOf(element));
-  }
-}
-
 void checkHasScreenshot(AddonPackage& package, Report& report) {
   const std::u16string type = packaging::ScreenshotPart::relationshipType();
   if (follow(package.logicalPackage(), type).kind != Kind::Nowhere) return;
@@ -133,8 +98,7 @@ void checkTexts(AddonPackage& package, Report& report) {
   checkLicense(package, report);
   checkProperties(package, report);
   checkHasScreenshot(package, report);
-  checkAddonGuid(package, report);
-  checkAppGuids(package, report);
+  checkGuids(package, report);
 }
 
 }  // namespace addon::checks::detail

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "addon/checks/Catalogue.h"
-#include "addon/checks/FindingsTable.h"
 #include "tests/support/Paths.h"
 
 using testing::HasSubstr;

@@ -8,8 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "addon/checks/Guid.h"
-#include "addon/checks/detail/CaseFolding.h"
+#include "addon/checks/detail/CaselessTree.h"
 #include "tests/addon/checks/FindingCases.h"
 
 using addon::packaging::AddonPackage;
@@ -276,11 +275,4 @@ TEST(StyleCheck, CaseIsFoldedCharacterByCharacter) {
   EXPECT_EQ(addon::checks::detail::foldCase("ÄΣЖ"), "äσж");
   EXPECT_EQ(addon::checks::detail::foldCase("\xF0\x90\x90\x80"), "\xF0\x90\x90\xA8");  // Deseret
   EXPECT_EQ(addon::checks::detail::foldCase("straße"), "straße");
-}
-
-TEST(StyleCheck, AGuidMayStandInBraces) {
-  EXPECT_TRUE(addon::checks::isGuid(u"{6F0C1C1E-7D0E-4F0B-9A51-0B6F2D3C4E5F}"));
-  EXPECT_FALSE(addon::checks::isGuid(u"{6f0c1c1e-7d0e-4f0b-9a51-0b6f2d3c4e5f"));
-  EXPECT_FALSE(addon::checks::isGuid(u"6f0c1c1e-7d0e-4f0b-9a51-0b6f2d3c4e5g"));
-  EXPECT_FALSE(addon::checks::isGuid(u"6f0c1c1e07d0e04f0b09a5100b6f2d3c4e5f"));
 }

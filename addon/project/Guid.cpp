@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Guid.h"
+#include "addon/project/Guid.h"
 
 #include <uuid/uuid.h>
 
 #include <array>
 
-namespace tool {
+#include "opc/Text.h"
 
+namespace addon::project {
 namespace {
 
 std::string toText(const uuid_t& id) {
@@ -38,4 +39,20 @@ std::optional<std::string> guidWithin(const std::string& space, std::string_view
   return toText(id);
 }
 
-}  // namespace tool
+std::string plainGuid(std::u16string_view text) {
+  constexpr std::u16string_view kSpace = u" \t\r\n";
+  while (!text.empty() && kSpace.find(text.front()) != text.npos) text.remove_prefix(1);
+  while (!text.empty() && kSpace.find(text.back()) != text.npos) text.remove_suffix(1);
+  if (text.size() >= 2 && text.front() == u'{' && text.back() == u'}') {
+    text = text.substr(1, text.size() - 2);
+  }
+  return opc::toLowerAscii(opc::toUtf8ForDisplay(text));
+}
+
+bool isGuid(std::u16string_view text) {
+  uuid_t id;
+  const std::string plain = plainGuid(text);
+  return ::uuid_parse_range(plain.data(), plain.data() + plain.size(), id) == 0;
+}
+
+}  // namespace addon::project
