@@ -16,7 +16,7 @@
 #include "hostarray/standin/testing.h"
 #include "opc/Text.h"
 #include "opc/model/XercesHelper.h"
-#include "tool/HostJson.h"
+#include "tool/json/HostJson.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "fuzz/Require.h"
 #include "hostarray/matrix.h"
 #include "hostarray/standin/testing.h"
-#include "tool/HostJson.h"
+#include "tool/json/HostJson.h"
 
 namespace {
 

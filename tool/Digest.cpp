@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "opc/Text.h"
-#include "tool/DocumentJson.h"
-#include "tool/Documents.h"
+#include "tool/json/DocumentJson.h"
+#include "tool/json/Documents.h"
 #include "tool/Sha256.h"
 
 namespace tool {

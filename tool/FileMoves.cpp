@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "tool/PackageAccess.h"
+#include "tool/commands/detail/PackageAccess.h"
 
 namespace tool {
 

@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include "tool/Background.h"
-#include "tool/PackageAccess.h"
+#include "tool/process/Background.h"
+#include "tool/commands/detail/PackageAccess.h"
 #include "tool/ProjectDocuments.h"
 
 namespace tool {

@@ -6,8 +6,8 @@
 #include "addon/checks/Catalogue.h"
 #include "opc/Text.h"
 #include "text/Suggest.h"
-#include "tool/Arguments.h"
-#include "tool/Errors.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 
 #include "opc/Text.h"
 #include "tool/Digest.h"
-#include "tool/Documents.h"
+#include "tool/json/Documents.h"
 
 namespace tool {
 

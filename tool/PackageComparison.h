@@ -9,7 +9,7 @@
 #include "addon/packaging/AddonPackage.h"
 #include "tool/DocumentComparison.h"
 #include "tool/FileComparison.h"
-#include "tool/PrivateFile.h"
+#include "tool/process/PrivateFile.h"
 
 namespace tool {
 

@@ -13,13 +13,13 @@
 #include <string>
 #include <vector>
 
-#include "tool/Arguments.h"
-#include "tool/CommandTable.h"
-#include "tool/Errors.h"
-#include "tool/Help.h"
-#include "tool/Interrupt.h"
-#include "tool/Messages.h"
-#include "tool/Output.h"
+#include "tool/line/Arguments.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/process/Errors.h"
+#include "tool/line/Help.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
+#include "tool/report/Output.h"
 
 namespace tool {
 

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "tool/ExitCode.h"
+#include "tool/process/ExitCode.h"
 
 namespace tool {
 

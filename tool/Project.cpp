@@ -11,8 +11,8 @@
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
-#include "tool/Errors.h"
-#include "tool/ReadFile.h"
+#include "tool/process/Errors.h"
+#include "tool/process/ReadFile.h"
 #include "tool/TreeWalk.h"
 
 namespace tool {

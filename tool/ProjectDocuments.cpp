@@ -11,7 +11,7 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
-#include "tool/PackageAccess.h"
+#include "tool/commands/detail/PackageAccess.h"
 
 namespace tool {
 

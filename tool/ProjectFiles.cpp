@@ -10,8 +10,8 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
-#include "tool/Errors.h"
-#include "tool/Interrupt.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
 #include "tool/PatternChoice.h"
 
 namespace tool {

@@ -9,7 +9,7 @@
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/PathCheck.h"
 #include "opc/Text.h"
-#include "tool/Errors.h"
+#include "tool/process/Errors.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 #include <array>
 #include <vector>
 
-#include "tool/Interrupt.h"
+#include "tool/process/Interrupt.h"
 
 namespace tool {
 

@@ -8,10 +8,10 @@
 
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
-#include "tool/Errors.h"
-#include "tool/Interrupt.h"
-#include "tool/Messages.h"
-#include "tool/ReadFile.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
+#include "tool/process/ReadFile.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "addon/packaging/AddonPackage.h"
-#include "tool/Arguments.h"
+#include "tool/line/Arguments.h"
 #include "tool/TreeWalk.h"
 
 namespace tool {

@@ -13,8 +13,8 @@
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
-#include "tool/Errors.h"
-#include "tool/Interrupt.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
 #include "tool/RealPath.h"
 
 namespace tool {

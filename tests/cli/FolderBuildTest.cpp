@@ -13,9 +13,9 @@
 #include "opc/Exception.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tool/Contents.h"
-#include "tool/Errors.h"
-#include "tool/PackageAccess.h"
-#include "tool/Schemas.h"
+#include "tool/process/Errors.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/json/Schemas.h"
 
 namespace {
 

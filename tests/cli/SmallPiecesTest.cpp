@@ -5,8 +5,8 @@
 #include <string>
 
 #include "opc/Streams.h"
-#include "tool/PackageAccess.h"
-#include "tool/Progress.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/report/Progress.h"
 #include "tool/Sha256.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
-#include "tool/Errors.h"
+#include "tool/process/Errors.h"
 
 namespace {
 

@@ -66,7 +66,7 @@ class Schemas(SchemaTest):
             self.assertTrue(schema["title"] and schema["description"], name)
 
     def test_what_is_printed_is_the_source_to_the_byte(self):
-        sources = pathlib.Path(__file__).resolve().parents[2] / "tool/schemas"
+        sources = pathlib.Path(__file__).resolve().parents[2] / "tool/json/schemas"
         self.assertEqual({path.stem for path in sources.iterdir()}, set(NAMES))
         for name in NAMES:
             self.assertEqual(self.ok("schema", name).out, (sources / f"{name}.json").read_bytes())

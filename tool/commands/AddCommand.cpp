@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <unordered_map>
+#include <utility>
+
+#include "opc/Text.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
+#include "tool/report/Output.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/SourceFiles.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{
+        .name = "FILE", .help = "files, or folders with all below them", .isRepeatable = true}};
+
+constexpr std::array kOptions{
+    OptionSpec{.longName = "into",
+               .valueName = "PATH",
+               .help = "the folder of the package to put them into"},
+    OptionSpec{
+        .longName = "as", .valueName = "PATH", .help = "the path of one file in the package"},
+    OptionSpec{.longName = "replace", .help = "replace files that the package holds already"},
+    kExcludeOption,
+    kDefaultExcludesOption,
+    kFollowOption,
+    kDryRunOption,
+    kTimestampOption,
+    kLevelOption};
+
+void requirePath(const Invocation& invocation, std::string_view option) {
+  const std::string name = fmt::format("bad value of --{}", option);
+  const auto path = invocation.value(option);
+  if (!path) return;
+  if (path->empty()) {
+    const std::string top = option == "into" ? "'/' is the top of the package" : "";
+    throw UsageError(sentence(name, *path, "the path is empty"), top);
+  }
+  if (!opc::isUtf8(*path)) throw UsageError(sentence(name, *path, "it is not UTF-8"));
+}
+
+void checkOptions(const Invocation& invocation) {
+  invocation.refuseTogether("as", "into");
+  if (invocation.has("as") && invocation.operands().size() > 2) {
+    throw UsageError(sentence("bad option", "--as", "it goes with one FILE"));
+  }
+  requirePath(invocation, "as");
+  requirePath(invocation, "into");
+}
+
+/// The last name of a path of the disk; "" when that is none of its own (".", "..", "/").
+std::string ownNameOf(std::string_view path) {
+  while (path.ends_with('/')) path.remove_suffix(1);
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  return name == "." || name == ".." ? std::string() : std::string(name);
+}
+
+/// Where an operand goes in the package; "" is the top, for the content of a folder.
+std::string placeOf(const Invocation& invocation, const std::string& operand) {
+  const auto given = invocation.value("as");
+  if (given) return *given;
+  const std::string name = ownNameOf(operand);
+  if (!opc::isUtf8(name)) {
+    throw Failure(sentence("cannot add", operand, "the name is not UTF-8"));
+  }
+  return joinPath(trimSlashes(invocation.valueOr("into", "")), name);
+}
+
+class Collector {
+ public:
+  explicit Collector(const Invocation& invocation) : invocation_(invocation), finder_(invocation) {}
+
+  std::vector<SourceFile> run() {
+    const auto& operands = invocation_.operands();
+    for (std::size_t i = 1; i < operands.size(); ++i) addOperand(operands[i]);
+    return std::move(files_);
+  }
+
+ private:
+  void addOperand(const std::string& operand) {
+    struct stat info {};
+    if (::stat(operand.c_str(), &info) != 0) throw systemFailure("cannot add", operand, errno);
+    const std::string place = placeOf(invocation_, operand);
+    const bool isFolder = S_ISDIR(info.st_mode);
+    const bool hasName = !isFolder || !ownNameOf(operand).empty();
+    if (hasName && finder_.leavesOut(place, isFolder)) return;
+    if (isFolder) return addFolder(operand, place, hasName);
+    if (!S_ISREG(info.st_mode)) {
+      throw Failure(sentence("cannot add", operand, "it is neither a file nor a folder"));
+    }
+    if (finder_.isPackage(operand)) {
+      throw Failure(sentence("cannot add", operand, "it is the package itself"));
+    }
+    files_.push_back({operand, place, false});
+  }
+
+  void addFolder(std::string folder, const std::string& place, bool hasName) {
+    if (invocation_.has("as")) {
+      throw Failure(sentence("cannot add", folder, "it is a folder, and --as is for one file"),
+                    "--into puts it into a folder of the package");
+    }
+    while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
+    const std::size_t before = files_.size();
+    finder_.collect(folder, place, files_);
+    std::error_code error;
+    if (hasName && files_.size() == before && std::filesystem::is_empty(folder, error)) {
+      files_.push_back({folder, place, true});
+    }
+  }
+
+  const Invocation& invocation_;
+  SourceFinder finder_;
+  std::vector<SourceFile> files_;
+};
+
+/// Throws Failure for two that cannot both have their paths.
+void requireDistinct(const std::vector<SourceFile>& files) {
+  std::unordered_map<std::string_view, const SourceFile*> byPath;
+  byPath.reserve(files.size());
+  for (const SourceFile& file : files) {
+    const auto [other, isNew] = byPath.emplace(file.path, &file);
+    if (isNew || (file.isFolder && other->second->isFolder)) continue;
+    throw Failure(
+        sentence("cannot add", file.diskPath,
+                 fmt::format("'{}' goes to '{}' as well", other->second->diskPath, file.path)));
+  }
+  for (const SourceFile& file : files) {
+    const std::string_view path = file.path;
+    for (std::size_t end = path.find('/'); end != path.npos; end = path.find('/', end + 1)) {
+      const auto other = byPath.find(path.substr(0, end));
+      if (other == byPath.end() || other->second->isFolder) continue;
+      throw Failure(sentence("cannot add", file.diskPath,
+                             fmt::format("'{}' goes to '{}', where a folder has to be",
+                                         other->second->diskPath, other->first)));
+    }
+  }
+}
+
+void printPlan(const std::vector<SourceFile>& files) {
+  Output output;
+  for (const SourceFile& file : files) {
+    output.write(output.shown(file.path) + (file.isFolder ? "/\n" : "\n"));
+  }
+  output.flush();
+}
+
+ExitCode run(const Invocation& invocation) {
+  checkOptions(invocation);
+  auto options = writeOptionsOf(invocation);
+  const std::string& path = invocation.operands()[0];
+  std::vector<SourceFile> files;
+  const auto add = [&](AddonPackage& package) {
+    files = Collector(invocation).run();
+    requireDistinct(files);
+    storeFiles(files, invocation.has("replace"), package);
+  };
+  if (invocation.has("dry-run")) {
+    rehearseChange(path, add);
+    printPlan(files);
+  } else {
+    changePackage(path, std::move(options), invocation, add);
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon add kit.kraddon wave.m --into lib", "stores wave.m as lib/wave.m"},
+    ExampleSpec{"kraddon add kit.kraddon docs --replace",
+                "stores a folder over what is there of it"},
+    ExampleSpec{"kraddon add kit.kraddon notes.txt --as README.txt",
+                "stores a file under another name"}};
+
+}  // namespace
+
+constexpr CommandSpec kAddCommand{
+    .name = "add",
+    .summary = "adds files and folders",
+    .description =
+        "A file goes in under its own name, a folder under its name with every file and\n"
+        "every empty folder below it; of '.' and '..' the content goes in. Patterns in the\n"
+        "folder's .kraddonignore are left out too. A path that is taken is an error, and\n"
+        "nothing is changed.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

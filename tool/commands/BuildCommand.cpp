@@ -1,0 +1,286 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "addon/checks/AddonFindings.h"
+#include "addon/checks/AddonVerification.h"
+#include "opc/Text.h"
+#include "text/ByteCount.h"
+#include "tool/line/Arguments.h"
+#include "tool/report/BuildReport.h"
+#include "tool/Digest.h"
+#include "tool/process/Errors.h"
+#include "tool/report/FindingPrinter.h"
+#include "tool/FolderBuild.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
+#include "tool/commands/detail/NewPackage.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/report/Progress.h"
+#include "tool/Project.h"
+#include "tool/RealPath.h"
+#include "tool/TreeWalk.h"
+
+namespace tool {
+
+namespace {
+
+using addon::packaging::AddonProperties;
+using opc::checks::Report;
+using opc::zippackage::WriteOptions;
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "FOLDER", .help = "the project (default: .)", .isRequired = false}};
+
+constexpr std::array kOptions{
+    OptionSpec{.longName = "output",
+               .shortName = 'o',
+               .valueName = "PACKAGE",
+               .help = "the file to make (default: NAME-VERSION.kraddon)"},
+    OptionSpec{.longName = "force", .help = "replace an existing file"},
+    kExcludeOption,
+    kFollowOption,
+    OptionSpec{.longName = "dry-run", .help = "print what would go in, write nothing"},
+    OptionSpec{.longName = "strict", .help = "warnings stop the build, too"},
+    OptionSpec{.longName = "no-verify", .help = "do not check the result"},
+    kJsonOption,
+    kTimestampOption,
+    kLevelOption};
+
+/// Everything that is settled before the work begins.
+struct Task {
+  const Invocation& invocation;
+  Project project;
+  IgnoreRules rules;
+  std::string output;
+  WriteOptions options;
+
+  bool verifies() const { return !invocation.has("no-verify"); }
+  bool isForced() const { return invocation.has("force"); }
+  bool isStrict() const { return invocation.has("strict") || project.manifest.verify.strict.value; }
+};
+
+/// The checks refused the package.
+struct Refused {};
+
+std::string folderOf(const Invocation& invocation) {
+  return invocation.operands().empty() ? "." : invocation.operands()[0];
+}
+
+bool isOfProject(const std::string& output, const Project& project) {
+  const std::string path = realPath(output);
+  return liesIn(path, realPath(project.folder)) ||
+         liesIn(path, realPath(project.onDisk(project.manifest.files.root.value)));
+}
+
+/// What is empty or no regular file is for others to judge.
+bool mayBePackage(const std::string& path) {
+  if (path.ends_with(kPackageExtension)) return true;
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return true;
+  std::array<char, 2> begin{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(begin.data(), begin.size());
+  return begin == std::array{'P', 'K'} || (file.eof() && file.gcount() == 0);
+}
+
+/// They may be the only copy of the author's work, and --force is meant for older packages.
+void refuseSources(const std::string& output, const Project& project, bool isForced) {
+  const std::optional<FileIdentity> existing = identityOf(output);
+  if (existing && existing == identityOf(manifestPath(project.folder))) {
+    throw Failure(sentence("cannot create", output, "it is the manifest of the project"));
+  }
+  if (existing && isForced && isOfProject(output, project) && !mayBePackage(output)) {
+    throw Failure(sentence("cannot create", output, "a file of the project is there, no package"));
+  }
+}
+
+Task prepare(const Invocation& invocation) {
+  invocation.refuseTogether("no-verify", "strict");
+  const std::optional<std::string> asked = invocation.value("output");
+  if (asked == "-") {
+    throw UsageError(sentence("bad value of --output", "-", "a package is a file"));
+  }
+  WriteOptions options = writeOptionsOf(invocation);
+  Project project = openProject(folderOf(invocation));
+  if (!invocation.has(kLevelOption.longName)) options.level = project.manifest.build.level.value;
+  IgnoreRules rules = ignoreRulesOf(project.manifest);
+  std::string output = asked ? *asked : addon::project::outputPath(project.manifest);
+  refuseSources(output, project, invocation.has("force"));
+  return {invocation, std::move(project), std::move(rules), std::move(output), std::move(options)};
+}
+
+FileChoice choiceOf(const Task& task) {
+  FileChoice choice;
+  choice.excludes = task.invocation.values("exclude");
+  choice.followsOutside = task.invocation.has("follow");
+  choice.leftOut = {task.output};
+  if (task.invocation.settings().isVerbose) {
+    choice.onLeftOut = [](const std::string& path, const std::string& why) {
+      printToStandardError(fmt::format("left out: {} ({})\n", opc::printable(path), why));
+    };
+  }
+  return choice;
+}
+
+/// A published secret cannot be taken back, so that even the warning stops the build.
+bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
+  const bool hasSecret =
+      std::any_of(verdict.findings.begin(), verdict.findings.end(),
+                  [](const auto& one) { return one.id == addon::checks::kSecret; });
+  return verdict.isGood(isStrict) && !hasSecret;
+}
+
+/// Looks at the package while it has no place yet.
+void inspect(const std::string& path, const Task& task, BuildResult& result) {
+  Interrupt::check();
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot look at", path, errno);
+  result.size = static_cast<std::uint64_t>(info.st_size);
+  ProgressBar bar(task.invocation.settings());
+  if (task.verifies()) {
+    const Report report = addon::checks::verifyAddon(path, bar.function());
+    result.verdict = judge(task.output, report, task.rules);
+    if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
+  }
+  if (task.invocation.has("json")) {
+    const auto package = openForReading(path);
+    result.digest = contentDigest(*package, readTree(*package), bar.function());
+  }
+}
+
+/// All that can be known without a file: the checks of the container have nothing to look at.
+BuildResult rehearse(const Task& task) {
+  Interrupt::defer();  // a large screenshot is parked in a file
+  requireFreePlace(task.output, true);
+  AddonProperties properties = propertiesOf(task.project);
+  std::u16string path = toUtf16("cannot create", task.output);
+  AddonPackage package(path, properties);
+  fillPackage(task.project, choiceOf(task), task.rules, package);
+  const std::vector<Item> items = readTree(package);
+  BuildResult result = resultFor(task.output, items);
+  if (task.verifies()) {
+    Report report;
+    addon::checks::checkAddon(package, report);
+    result.verdict = judge(task.output, report, task.rules);
+  }
+  if (task.invocation.has("json")) {
+    ProgressBar bar(task.invocation.settings());
+    result.digest = contentDigest(package, items, bar.function());
+  }
+  return result;
+}
+
+void warnOfExisting(const Task& task) {
+  struct stat info {};
+  if (task.isForced() || ::stat(task.output.c_str(), &info) != 0) return;
+  printWarning(task.invocation, sentence("cannot create", task.output,
+                                         "it exists already, and only --force replaces it"));
+}
+
+void print(const BuildResult& result, const Task& task) {
+  const bool isQuiet = task.invocation.settings().isQuiet;
+  const bool isGood = !result.verdict || isAcceptable(*result.verdict, task.isStrict());
+  if (result.verdict && !(isQuiet && isGood)) {
+    printToStandardError(describeFindings(*result.verdict));
+  }
+  Output output;
+  if (task.invocation.has("json")) {
+    printBuildAsJson(result, output);
+  } else if (task.invocation.has("dry-run")) {
+    printBuildPlan(result, output);
+  }
+  output.flush();
+}
+
+[[noreturn]] void refuse(const PackageVerdict& verdict, const Task& task) {
+  std::string why = "it holds a secret";
+  if (verdict.errors != 0) {
+    why = "it has " + text::counted(verdict.errors, "error");
+  } else if (!verdict.isGood(task.isStrict())) {
+    why = "it has " + text::counted(verdict.warnings, "warning") + ", and 'strict' is set";
+  }
+  throw Failure(sentence("cannot build", task.output, why),
+                "'kraddon verify --explain ID' says what to do about a finding");
+}
+
+/// What is told has to be told before the package takes its place: where that fails, the old one
+/// stays.
+BuildResult build(Task& task) {
+  NewPackage target(task.output, task.isForced());
+  AddonProperties properties = propertiesOf(task.project);
+  AddonPackage& package = target.open(properties, task.options.timestamp);
+  fillPackage(task.project, choiceOf(task), task.rules, package);
+  BuildResult result = resultFor(task.output, readTree(package));
+  task.options.inspect = [&](const std::string& path) {
+    inspect(path, task, result);
+    result.isWritten = true;
+    print(result, task);
+  };
+  try {
+    target.commit(std::move(task.options), task.invocation.settings());
+  } catch (const Refused&) {
+    result.size.reset();
+    print(result, task);
+    refuse(*result.verdict, task);
+  }
+  return result;
+}
+
+void dryRun(const Task& task) {
+  warnOfExisting(task);
+  const BuildResult result = rehearse(task);
+  print(result, task);
+  if (result.verdict && !isAcceptable(*result.verdict, task.isStrict())) {
+    refuse(*result.verdict, task);
+  }
+}
+
+ExitCode run(const Invocation& invocation) {
+  Task task = prepare(invocation);
+  if (invocation.has("dry-run")) {
+    dryRun(task);
+    return ExitCode::Done;
+  }
+  const BuildResult result = build(task);
+  if (invocation.settings().isVerbose) {
+    printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
+                                     describeContent(result.totals)));
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon build", "makes the package of the project in this folder"},
+    ExampleSpec{"kraddon build wave -o dist/wave.kraddon --force --timestamp 0",
+                "gives the same bytes each time"},
+    ExampleSpec{"kraddon build --dry-run -v", "shows what would go in, and what would not"},
+    ExampleSpec{"kraddon build --strict --json", "for a pipeline: nothing doubtful passes"}};
+
+}  // namespace
+
+constexpr CommandSpec kBuildCommand{
+    .name = "build",
+    .summary = "makes the package of a project from its kraddon.toml",
+    .description =
+        "Packs the files of FOLDER with all that its manifest, kraddon.toml, says. What the\n"
+        "manifest names has to be there. The result is checked as 'verify' does before it is\n"
+        "put in place: errors and secrets (KR509) keep it out, with --strict warnings do too.\n"
+        "With --no-verify only the manifest and what it refers to is checked. --dry-run checks\n"
+        "what can be checked without a package. Without --timestamp, and without\n"
+        "SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "tool/line/Arguments.h"
+#include "tool/report/DifferencePrinter.h"
+#include "tool/process/Errors.h"
+#include "tool/FolderBuild.h"
+#include "tool/report/Messages.h"
+#include "tool/report/Output.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/PackageComparison.h"
+#include "tool/process/PrivateFile.h"
+#include "tool/report/Progress.h"
+#include "tool/Project.h"
+#include "tool/commands/detail/Selection.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "A", .help = "a package, or a folder with a manifest"},
+    OperandSpec{.name = "B", .help = "what it is compared with, one of the same"},
+    OperandSpec{.name = "PATH",
+                .help = "compare these files, or what is below these folders, and nothing else",
+                .isRequired = false,
+                .isRepeatable = true}};
+
+constexpr std::array kOptions{
+    kJsonOption, OptionSpec{.longName = "stat", .help = "print how much differs, not what"},
+    OptionSpec{.longName = "text",
+               .help = "with the lines in which text files differ, as 'patch -p1' takes them"},
+    kGlobOption};
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon diff wave-1.1.kraddon wave-1.2.kraddon", "what a new version changes"},
+    ExampleSpec{"kraddon diff wave-1.2.kraddon . --text",
+                "how the project differs from what was shipped, line by line"},
+    ExampleSpec{"kraddon diff a.kraddon b.kraddon --glob '*.m' '!tests/**'",
+                "only the sources, without the tests"}};
+
+constexpr const char* kDescription =
+    "Prints a line for each property, for each field of a document and for each file or\n"
+    "empty folder that differs: + added, - removed, ~ changed, > moved. Files are compared\n"
+    "by their bytes; how they are packed and all times are left aside, so that packages\n"
+    "of the same digest ('kraddon info') are the same. Of a folder the package is compared\n"
+    "that 'kraddon build' would make of it. With PATH, properties and documents are left\n"
+    "aside.\n"
+    "\n"
+    "The exit code is 0 when nothing differs, 1 when something does, 2 for every failure.\n";
+
+bool isFolder(const std::string& path) {
+  std::error_code error;  // what cannot be looked at cannot be opened, and then that is said
+  return std::filesystem::is_directory(path, error);
+}
+
+/// `others` are files that are no part of a project that they lie in.
+ComparedPackage openCompared(const std::string& path, const std::vector<std::string>& others) {
+  ComparedPackage compared{path};
+  if (isFolder(path)) {
+    compared.built = std::make_unique<PrivateFile>("built.kraddon");
+    try {
+      buildInto(path, compared.built->path(), others);
+    } catch (const ManifestError& error) {
+      throw Failure(error.in(manifestPath(path)));
+    }
+  }
+  compared.package = openForReading(compared.built ? compared.built->path() : path);
+  compared.items = readTree(*compared.package);
+  return compared;
+}
+
+void warnOfUnreadable(const ComparedPackage& compared, const Invocation& invocation) {
+  for (const auto& file : compared.package->fileSystem().unreadable()) {
+    printWarning(invocation, file.line);
+  }
+}
+
+PackageDifferences compare(ComparedPackage& a, ComparedPackage& b,
+                           const std::vector<std::string>& paths, const Invocation& invocation) {
+  PackageDifferences differences;
+  chooseInBoth(a.items, b.items, paths, invocation.has("glob"));
+  if (paths.empty()) compareDescriptions(a, b, differences);
+  ProgressBar bar(invocation.settings());
+  differences.files = compareFiles({*a.package, a.items}, {*b.package, b.items},
+                                   invocation.has("json"), bar.function());
+  return differences;
+}
+
+void print(const ComparisonReport& report, const Invocation& invocation) {
+  Output output;
+  if (invocation.has("json")) {
+    printDifferencesAsJson(report, output);
+  } else if (invocation.has("stat")) {
+    printDifferenceCounts(report, output);
+  } else {
+    printDifferences(report, invocation.has("text"), wantsColor(invocation.settings(), output),
+                     output);
+  }
+  output.flush();
+}
+
+ExitCode run(const Invocation& invocation) {
+  invocation.refuseTogether("stat", "json");
+  invocation.refuseTogether("text", "json");
+  invocation.refuseTogether("text", "stat");
+  const std::vector<std::string>& operands = invocation.operands();
+  const std::vector<std::string> paths(operands.begin() + 2, operands.end());
+
+  ComparedPackage a = openCompared(operands[0], {operands[1]});
+  ComparedPackage b = openCompared(operands[1], {a.built ? a.built->path() : operands[0]});
+  const PackageDifferences differences = compare(a, b, paths, invocation);
+  print({a, b, differences, !paths.empty()}, invocation);
+  warnOfUnreadable(a, invocation);
+  warnOfUnreadable(b, invocation);
+  return differences.isSame() ? ExitCode::Done : ExitCode::Different;
+}
+
+}  // namespace
+
+constexpr CommandSpec kDiffCommand{
+    .name = "diff",
+    .summary = "shows what differs between two packages, or a package and a folder",
+    .description = kDescription,
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples,
+    .failureCode = ExitCode::Trouble};
+
+}  // namespace tool

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <optional>
+
+#include "opc/Exception.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Background.h"
+#include "tool/Contents.h"
+#include "tool/process/Errors.h"
+#include "tool/commands/detail/ExistingFiles.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
+#include "tool/report/Output.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/report/Progress.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/TreeWalk.h"
+
+namespace tool {
+
+namespace {
+
+using opc::plservices::FileSystemEntry;
+using opc::plservices::RestoreMode;
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "PATH",
+                .help = "files, or folders with all below them (default: everything)",
+                .isRequired = false,
+                .isRepeatable = true}};
+
+constexpr std::array kOptions{
+    OptionSpec{.longName = "directory",
+               .shortName = 'd',
+               .valueName = "DIR",
+               .help = "where to write (default: the package's base name)"},
+    OptionSpec{.longName = "force", .help = "replace existing files"},
+    OptionSpec{.longName = "skip-existing", .help = "leave existing files as they are"},
+    OptionSpec{.longName = "dry-run", .help = "print what would be written, write nothing"},
+    OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
+    OptionSpec{.longName = "max-size",
+               .valueName = "BYTES",
+               .help = "write nothing if it would be more than BYTES"},
+    kGlobOption};
+
+std::optional<std::int64_t> sizeLimitOf(const Invocation& invocation) {
+  return invocation.number("max-size", 0, std::numeric_limits<std::int64_t>::max());
+}
+
+void checkOptions(const Invocation& invocation) {
+  invocation.refuseTogether("force", "skip-existing");
+  invocation.refuseTogether("stdout", "directory");
+  invocation.refuseTogether("stdout", "force");
+  invocation.refuseTogether("stdout", "skip-existing");
+  invocation.refuseTogether("stdout", "dry-run");
+  sizeLimitOf(invocation);
+}
+
+std::string destinationOf(const Invocation& invocation) {
+  const std::optional<std::string> given = invocation.value("directory");
+  if (given) return *given;
+  const std::string& package = invocation.operands()[0];
+  std::string name = baseNameOf(package);
+  if (name.empty() || name == fileNameOf(package)) {
+    throw Failure(sentence("cannot tell where to write", package, "the name has no extension"),
+                  "name a folder with -d");
+  }
+  // Whoever named the file must not choose a folder outside this one.
+  if (name == "." || name == "..") {
+    throw Failure(sentence("cannot tell where to write", package, "its base name is no folder's"),
+                  "name a folder with -d");
+  }
+  return name;
+}
+
+void checkSize(const std::vector<Item>& items, const Invocation& invocation) {
+  const auto limit = sizeLimitOf(invocation);
+  if (!limit) return;
+  std::uint64_t size = 0;
+  for (const Item& item : items) {
+    // A sum beyond 64 bits is too large as well.
+    if (__builtin_add_overflow(size, item.info.size, &size) ||
+        size > static_cast<std::uint64_t>(*limit)) {
+      throw Failure(sentence("cannot extract", invocation.operands()[0],
+                             fmt::format("it would be more than {} bytes", *limit)));
+    }
+  }
+}
+
+/// A package may hold a file of the path that it lies at.
+void refuseThePackageItself(const std::vector<ExistingFile>& existing,
+                            const std::vector<Item>& items, const std::string& destination,
+                            const std::string& package) {
+  const std::optional<FileIdentity> self = identityOf(package);
+  const auto found = std::find_if(existing.begin(), existing.end(),
+                                  [&](const ExistingFile& file) { return file.identity == self; });
+  if (found == existing.end()) return;
+  throw Failure(sentence("cannot extract", onDisk(destination, items[found->item].path),
+                         "it is the package itself"));
+}
+
+void leaveOut(const std::vector<ExistingFile>& existing, std::vector<Item>& items) {
+  std::vector<bool> isLeftOut(items.size());
+  for (const ExistingFile& file : existing) isLeftOut[file.item] = true;
+  std::size_t next = 0;
+  std::erase_if(items, [&](const Item&) { return isLeftOut[next++]; });
+}
+
+/// Leaves out the files that are there already, or refuses them.
+void checkExisting(std::vector<Item>& items, const std::string& destination,
+                   const Invocation& invocation) {
+  const std::vector<ExistingFile> existing = findExisting(items, destination);
+  if (existing.empty()) return;
+  if (invocation.has("force")) {
+    refuseThePackageItself(existing, items, destination, invocation.operands()[0]);
+  } else if (invocation.has("skip-existing")) {
+    leaveOut(existing, items);
+  } else {
+    throw Failure(sentence("cannot extract", onDisk(destination, items[existing[0].item].path),
+                           "it exists already"),
+                  "--force replaces files, --skip-existing leaves them");
+  }
+}
+
+void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
+  if (items.size() != 1 || items[0].isFolder()) {
+    const std::string chosen = items.empty() ? "/" : items[items.size() - 1].path;
+    throw Failure(sentence("cannot write", chosen, "--stdout takes one file and nothing else"));
+  }
+  const auto stream = openItem(package, items[0]);
+  std::vector<unsigned char> buffer(std::size_t{256} << 10);
+  Output output;
+  while (const std::size_t size = stream->read(buffer.data(), buffer.size())) {
+    output.write(std::span<const unsigned char>(buffer.data(), size));
+  }
+  output.flush();
+}
+
+void printPlan(const std::vector<Item>& items) {
+  Output output;
+  for (const Item& item : items) {
+    output.write(output.shown(item.path) + (item.isFolder() ? "/\n" : "\n"));
+  }
+  output.flush();
+}
+
+void writeFiles(AddonPackage& package, const std::vector<Item>& items,
+                const std::string& destination, const Invocation& invocation) {
+  std::vector<FileSystemEntry> entries;
+  entries.reserve(items.size());
+  for (const Item& item : items) entries.push_back(*item.entry);
+  toUtf16("cannot extract to", destination);
+  const RestoreMode mode =
+      invocation.has("force") ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
+  Interrupt::defer();
+  ProgressBar bar(invocation.settings());
+  package.fileSystem().setBackground(secondThread());
+  package.fileSystem().extract(entries, destination, mode, bar.function());
+}
+
+ExitCode run(const Invocation& invocation) {
+  checkOptions(invocation);
+  const auto& operands = invocation.operands();
+  const bool isToOutput = invocation.has("stdout");
+  const std::string destination = isToOutput ? std::string() : destinationOf(invocation);
+
+  const std::unique_ptr<AddonPackage> package = openForReading(operands[0]);
+  std::vector<Item> items =
+      choose(readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
+  for (const auto& file : package->fileSystem().unreadable()) printWarning(invocation, file.line);
+  warnOfForeign(*package, operands[0], invocation);
+  if (isToOutput) {
+    checkSize(items, invocation);
+    writeToOutput(*package, items);
+    return ExitCode::Done;
+  }
+  checkExisting(items, destination, invocation);
+  checkSize(items, invocation);
+  if (invocation.has("dry-run")) {
+    printPlan(items);
+  } else {
+    writeFiles(*package, items, destination, invocation);
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon extract kit.kraddon", "writes everything into the folder kit"},
+    ExampleSpec{"kraddon extract kit.kraddon docs -d out --skip-existing",
+                "writes what lies below docs into out"},
+    ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"}};
+
+}  // namespace
+
+constexpr CommandSpec kExtractCommand{
+    .name = "extract",
+    .summary = "writes files of the package to the disk",
+    .description =
+        "Nothing is written outside DIR, and no link there is followed. An existing file\n"
+        "is an error before anything is written.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "tool/line/Arguments.h"
+#include "tool/Contents.h"
+#include "tool/process/Errors.h"
+#include "tool/json/JsonWriter.h"
+#include "tool/report/Messages.h"
+#include "tool/report/Output.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/report/Progress.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/Sha256.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "PATH",
+                .help = "files, or folders with all below them (default: everything)",
+                .isRequired = false,
+                .isRepeatable = true}};
+
+constexpr std::array kOptions{
+    OptionSpec{.longName = "long",
+               .shortName = 'l',
+               .help = "with size, packed size, packed share and time"},
+    OptionSpec{.longName = "tree", .help = "drawn as a tree"},
+    OptionSpec{.longName = "null",
+               .shortName = '0',
+               .help = "end each path with a NUL instead of a line end"},
+    OptionSpec{.longName = "hash", .help = "with the SHA-256 of each file"},
+    OptionSpec{.longName = "all", .help = "every part of the package instead of the file tree"},
+    kGlobOption,
+    kJsonOption};
+
+/// A listed item and what was asked about it.
+struct Row {
+  Item item;
+  std::string hash;  // empty when it was not asked for, and for folders
+};
+
+void checkOptions(const Invocation& invocation) {
+  invocation.refuseTogether("tree", "json");
+  invocation.refuseTogether("tree", "null");
+  invocation.refuseTogether("tree", "long");
+  invocation.refuseTogether("tree", "hash");
+  invocation.refuseTogether("null", "json");
+  invocation.refuseTogether("null", "long");
+}
+
+void hashFiles(AddonPackage& package, const Settings& settings, std::vector<Row>& rows) {
+  opc::interfaces::Progress state;
+  state.itemsTotal = rows.size();
+  for (const Row& row : rows) state.bytesTotal += row.item.info.size;
+  ProgressBar bar(settings);
+  const opc::interfaces::ProgressFunction progress = bar.function();
+  const auto advance = [&](std::size_t bytes) {
+    state.bytesDone += bytes;
+    progress(state);
+  };
+  for (Row& row : rows) {
+    if (!row.item.isFolder()) row.hash = sha256Of(*openItem(package, row.item), advance);
+    ++state.itemsDone;
+    advance(0);
+  }
+}
+
+std::vector<Row> readRows(AddonPackage& package, const Invocation& invocation) {
+  const std::vector<std::string> paths(invocation.operands().begin() + 1,
+                                       invocation.operands().end());
+  std::vector<Item> items = invocation.has("all") ? readParts(package) : readTree(package);
+  items = choose(std::move(items), paths, invocation.has("glob"));
+  std::vector<Row> rows;
+  rows.reserve(items.size());
+  for (Item& item : items) rows.push_back({std::move(item), {}});
+  if (invocation.has("hash")) hashFiles(package, invocation.settings(), rows);
+  return rows;
+}
+
+std::string share(const opc::model::PartInfo& info) {
+  if (info.size == 0) return "-";
+  const double part = static_cast<double>(info.packedSize) / static_cast<double>(info.size);
+  return fmt::format("{:.0f}%", part * 100);
+}
+
+class TextPrinter {
+ public:
+  TextPrinter(const Invocation& invocation, Output& output)
+      : isLong_(invocation.has("long")),
+        hasHash_(invocation.has("hash")),
+        hasNull_(invocation.has("null")),
+        output_(output) {}
+
+  void print(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+      sizeWidth_ = std::max(sizeWidth_, fmt::formatted_size("{}", row.item.info.size));
+      packedWidth_ = std::max(packedWidth_, fmt::formatted_size("{}", row.item.info.packedSize));
+    }
+    for (const Row& row : rows) printRow(row);
+  }
+
+ private:
+  void printRow(const Row& row) {
+    if (isLong_) printNumbers(row.item);
+    if (hasHash_) output_.write(fmt::format("{:64}  ", row.hash.empty() ? "-" : row.hash));
+    output_.write(hasNull_ ? row.item.path : output_.shown(row.item.path));
+    output_.write(hasNull_ ? std::string_view("\0", 1) : std::string_view("\n"));
+  }
+
+  void printNumbers(const Item& item) {
+    if (item.isFolder()) {
+      output_.write(fmt::format("{:>{}}  {:>{}}  {:>4}  {:20}  ", "-", sizeWidth_, "-",
+                                packedWidth_, "-", "-"));
+      return;
+    }
+    output_.write(fmt::format("{:>{}}  {:>{}}  {:>4}  {}  ", item.info.size, sizeWidth_,
+                              item.info.packedSize, packedWidth_, share(item.info),
+                              formatTime(item.info.modified)));
+  }
+
+  bool isLong_;
+  bool hasHash_;
+  bool hasNull_;
+  Output& output_;
+  std::size_t sizeWidth_ = 1;
+  std::size_t packedWidth_ = 1;
+};
+
+std::vector<std::string_view> splitPath(std::string_view path) {
+  if (path.starts_with('/')) path.remove_prefix(1);
+  std::vector<std::string_view> names;
+  while (true) {
+    const std::size_t slash = path.find('/');
+    names.push_back(path.substr(0, slash));
+    if (slash == std::string_view::npos) return names;
+    path.remove_prefix(slash + 1);
+  }
+}
+
+/// Each name once, two blanks further in for every folder above it, folders with a '/'.
+void printTree(const std::vector<Row>& rows, bool isColored, Output& output) {
+  std::vector<std::string_view> above;
+  for (const Row& row : rows) {
+    const std::vector<std::string_view> names = splitPath(row.item.path);
+    std::size_t same = 0;
+    while (same + 1 < names.size() && same < above.size() && names[same] == above[same]) ++same;
+    for (std::size_t i = same; i < names.size(); ++i) {
+      const bool isFolder = i + 1 < names.size() || row.item.isFolder();
+      const std::string name = output.shown(names[i]);
+      const std::string shown = !isFolder   ? name
+                                : isColored ? fmt::format("\x1b[1;34m{}\x1b[0m/", name)
+                                            : name + "/";
+      output.write(fmt::format("{:{}}{}\n", "", i * 2, shown));
+    }
+    above.assign(names.begin(), names.end() - 1);
+  }
+}
+
+void writeDetails(const Item& item, JsonWriter& json) {
+  if (item.isFolder()) {
+    for (const char* name : {"size", "packed", "method", "crc", "time"}) {
+      json.key(name);
+      json.null();
+    }
+    return;
+  }
+  json.member("size", item.info.size);
+  json.member("packed", item.info.packedSize);
+  json.member("method", item.info.compressed ? "deflate" : "store");
+  json.member("crc", std::string_view(fmt::format("{:08x}", item.info.crc)));
+  json.member("time", std::string_view(formatTime(item.info.modified)));
+}
+
+void printJson(const std::vector<Row>& rows, const Totals& totals, const Invocation& invocation,
+               Output& output) {
+  std::string text;
+  JsonWriter json(text);
+  json.beginObject();
+  json.member("schema", "kraddon.list/1");
+  json.key("entries");
+  json.beginArray();
+  for (const Row& row : rows) {
+    json.beginObject();
+    json.member("path", std::string_view(row.item.path));
+    json.member("kind", row.item.isFolder() ? "folder" : "file");
+    if (invocation.has("long")) writeDetails(row.item, json);
+    if (invocation.has("hash")) {
+      json.key("sha256");
+      json.textOrNull(row.hash);
+    }
+    json.endObject();
+    output.write(text);
+    text.clear();
+  }
+  json.endArray();
+  json.member("files", totals.files);
+  json.member("folders", totals.folders);
+  json.member("bytes", totals.bytes);
+  json.member("packed", totals.packed);
+  json.endObject();
+  output.write(text + "\n");
+}
+
+void warnOfUnreadable(AddonPackage& package, const Invocation& invocation) {
+  if (invocation.settings().isQuiet) return;
+  for (const auto& file : package.fileSystem().unreadable()) printWarning(invocation, file.line);
+}
+
+/// Whether only paths are asked for, of everything: then nothing is gathered.
+bool isPlain(const Invocation& invocation) {
+  constexpr std::array kGathering{"long", "tree", "hash", "all", "json"};
+  return invocation.operands().size() == 1 &&
+         std::none_of(kGathering.begin(), kGathering.end(),
+                      [&](const char* option) { return invocation.has(option); });
+}
+
+void printPaths(AddonPackage& package, bool hasNull, Output& output) {
+  package.fileSystem().visitFiles([&](std::string_view path, const auto&) {
+    output.write(hasNull || !output.isTerminal() ? path : output.shown(path));
+    output.write(hasNull ? std::string_view("\0", 1) : std::string_view("\n"));
+  });
+}
+
+void printRows(const std::vector<Row>& rows, const Invocation& invocation, Output& output) {
+  if (invocation.has("json")) {
+    Totals totals;
+    for (const Row& row : rows) totals.add(row.item);
+    printJson(rows, totals, invocation, output);
+  } else if (invocation.has("tree")) {
+    printTree(rows, wantsColor(invocation.settings(), output), output);
+  } else {
+    TextPrinter(invocation, output).print(rows);
+  }
+}
+
+ExitCode run(const Invocation& invocation) {
+  checkOptions(invocation);
+
+  const std::unique_ptr<AddonPackage> package = openForReading(invocation.operands()[0]);
+  Output output;
+  if (isPlain(invocation)) {
+    printPaths(*package, invocation.has("null"), output);
+  } else {
+    printRows(readRows(*package, invocation), invocation, output);
+  }
+  output.flush();
+  if (!invocation.has("all")) {
+    warnOfForeign(*package, invocation.operands()[0], invocation);
+  }
+  warnOfUnreadable(*package, invocation);
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon list kit.kraddon -l", "shows sizes and times as well"},
+    ExampleSpec{"kraddon list kit.kraddon --glob '*.m' '!test*.m'",
+                "lists all sources but the tests"},
+    ExampleSpec{"kraddon list kit.kraddon -0 | xargs -0 -n 1 echo",
+                "hands each path on, whatever is in it"}};
+
+}  // namespace
+
+constexpr CommandSpec kListCommand{
+    .name = "list",
+    .summary = "lists files and empty folders, one path a line",
+    .description =
+        "The order is that of the host's file list. A PATH that names nothing is an error. On a "
+        "terminal, unusual characters of a path are shown as escapes; -0 gives every path as it "
+        "is.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tool/line/Arguments.h"
+#include "tool/Contents.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Output.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+
+namespace tool {
+
+namespace {
+
+using opc::plservices::FileSystemEntry;
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{
+        .name = "PATH", .help = "files, or folders with all below them", .isRepeatable = true}};
+
+constexpr std::array kOptions{kGlobOption, kDryRunOption, kTimestampOption, kLevelOption};
+
+/// The topmost entries to remove, each with all below it; "/" stands for everything in the root.
+std::vector<std::string> topsOf(AddonPackage& package, const std::vector<std::string>& operands) {
+  std::vector<std::string> tops;
+  for (const FileSystemEntry& entry : findEntries(package, operands)) {
+    std::string path = entry.path();
+    if (!path.empty()) {
+      tops.push_back(std::move(path));
+      continue;
+    }
+    for (const FileSystemEntry& child : package.fileSystem().getChildren(entry)) {
+      tops.push_back(child.path());
+    }
+  }
+  return tops;
+}
+
+void appendLine(const Item& item, std::vector<std::string>& lines) {
+  lines.push_back(item.isFolder() ? item.path + "/" : item.path);
+}
+
+/// Both return what was removed, folders with a '/' and before what was in them.
+std::vector<std::string> removeNamed(AddonPackage& package,
+                                     const std::vector<std::string>& operands) {
+  std::vector<std::string> lines;
+  for (const std::string& path : topsOf(package, operands)) {
+    Interrupt::check();
+    // What lies below another operand is gone already.
+    const auto entry = package.fileSystem().find(path);
+    if (entry == nullptr) continue;
+    for (const Item& item : readSubtree(package, *entry)) appendLine(item, lines);
+    package.fileSystem().remove(*entry);
+  }
+  return lines;
+}
+
+/// A folder goes only when all that is in it goes.
+std::vector<std::string> removeMatching(AddonPackage& package,
+                                        const std::vector<std::string>& patterns) {
+  auto& tree = package.fileSystem();
+  const std::vector<Item> chosen = choose(readSubtree(package, tree.getRoot()), patterns, true);
+  std::vector<std::string> lines;
+  for (auto item = chosen.rbegin(); item != chosen.rend(); ++item) {
+    Interrupt::check();
+    if (item->isFolder() && !tree.getChildren(*item->entry).empty()) continue;
+    appendLine(*item, lines);
+    tree.remove(*item->entry);
+  }
+  std::reverse(lines.begin(), lines.end());
+  return lines;
+}
+
+void printLines(const std::vector<std::string>& lines) {
+  Output output;
+  for (const std::string& line : lines) output.write(output.shown(line) + "\n");
+  output.flush();
+}
+
+ExitCode run(const Invocation& invocation) {
+  auto options = writeOptionsOf(invocation);
+  const std::string& path = invocation.operands()[0];
+  const std::vector<std::string> operands(invocation.operands().begin() + 1,
+                                          invocation.operands().end());
+  std::vector<std::string> lines;
+  const auto remove = [&](AddonPackage& package) {
+    lines =
+        invocation.has("glob") ? removeMatching(package, operands) : removeNamed(package, operands);
+  };
+  if (invocation.has("dry-run")) {
+    rehearseChange(path, remove);
+    printLines(lines);
+  } else {
+    changePackage(path, std::move(options), invocation, remove);
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon remove kit.kraddon docs/old", "removes a folder with all below it"},
+    ExampleSpec{"kraddon remove kit.kraddon --glob '*.bak' --dry-run",
+                "tells which files a pattern would remove"}};
+
+}  // namespace
+
+constexpr CommandSpec kRemoveCommand{
+    .name = "remove",
+    .summary = "removes files and folders",
+    .description =
+        "A folder goes with all that is in it; the folder above stays, even when nothing is\n"
+        "left in it. A pattern that matches a folder takes what is in it too, but for what\n"
+        "a later one with '!' keeps. '/' is everything.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

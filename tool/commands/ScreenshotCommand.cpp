@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
+#include "opc/Text.h"
+#include "tool/line/Arguments.h"
+#include "tool/json/Documents.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Output.h"
+#include "tool/commands/detail/PackageAccess.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"},
+    OperandSpec{.name = "IMAGE",
+                .help = "the file to store (default: write out the stored one)",
+                .isRequired = false}};
+
+constexpr std::array kOptions{
+    OptionSpec{.longName = "output",
+               .shortName = 'o',
+               .valueName = "FILE",
+               .help = "where to write the stored one; - is standard output"},
+    kTimestampOption, kLevelOption};
+
+constexpr std::size_t kBufferSize = std::size_t{256} << 10;
+
+void refuse(const Invocation& invocation, std::string_view option, std::string_view why) {
+  if (!invocation.has(option)) return;
+  throw UsageError(sentence("bad option", fmt::format("--{}", option), why));
+}
+
+/// Throws Failure for what cannot be read as a file.
+void checkImage(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot read", path, errno);
+  if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
+  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is no file"));
+  const opc::FileDescriptor file(
+      opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
+  if (!file) throw systemFailure("cannot read", path, errno);
+}
+
+void store(const Invocation& invocation) {
+  const std::string& path = invocation.operands()[0];
+  const std::string& image = invocation.operands()[1];
+  refuse(invocation, "output", "it does not go with IMAGE");
+  if (image == "-") {
+    throw UsageError(sentence("bad value", image, "IMAGE is a file; -o - is standard output"));
+  }
+  auto options = writeOptionsOf(invocation);
+  std::u16string source = toUtf16("cannot read", image);
+  checkImage(image);
+  changePackage(path, std::move(options), invocation,
+                [&](AddonPackage& package) { package.setScreenshot(source); });
+}
+
+/// "signal-kit.png" for the part "/metadata/primaryScreenShot.png" of "kits/signal-kit.kraddon".
+std::string defaultOutput(const std::string& package, const std::string& part) {
+  const std::string name = fileNameOf(part);
+  return baseNameOf(package) + name.substr(baseNameOf(name).size());
+}
+
+void writeOut(const Invocation& invocation) {
+  refuse(invocation, "timestamp", "it goes with IMAGE only");
+  refuse(invocation, "level", "it goes with IMAGE only");
+  const std::string& path = invocation.operands()[0];
+  const std::unique_ptr<AddonPackage> package = openForReading(path);
+  const std::string part = screenshotPart(*package);
+  if (part.empty()) {
+    throw Failure(sentence("cannot write the screenshot of", path, "it has none"),
+                  "'kraddon screenshot PACKAGE IMAGE' stores one");
+  }
+  const auto image = package->logicalPackage().getPart(opc::model::PartName(opc::fromUtf8(part)));
+  const auto content = [&](Output& output) {
+    const auto stream = image->getInputStream();
+    std::vector<unsigned char> buffer(kBufferSize);
+    while (const std::size_t size = stream->read(buffer.data(), buffer.size())) {
+      Interrupt::check();
+      output.write(std::span<const unsigned char>(buffer.data(), size));
+    }
+  };
+  writeOutputFile(invocation.value("output"), defaultOutput(path, part), content, path);
+}
+
+ExitCode run(const Invocation& invocation) {
+  if (invocation.operands().size() > 1) {
+    store(invocation);
+  } else {
+    writeOut(invocation);
+  }
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon screenshot kit.kraddon screen.png", "stores the picture"},
+    ExampleSpec{"kraddon screenshot kit.kraddon", "writes the stored one to kit.png or the like"},
+    ExampleSpec{"kraddon screenshot kit.kraddon -o - > screen.png",
+                "writes it to standard output"}};
+
+}  // namespace
+
+constexpr CommandSpec kScreenshotCommand{
+    .name = "screenshot",
+    .summary = "stores the screenshot, or writes out the stored one",
+    .description =
+        "With IMAGE, a png, gif, tiff, bmp or JPEG file, that becomes the package's one\n"
+        "screenshot and thumbnail, in the place of an earlier one. Without it the stored\n"
+        "image is written, byte for byte, to FILE, which is replaced, or, without -o, to the\n"
+        "package's base name with the image's extension, which must not exist.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

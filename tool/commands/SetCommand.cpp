@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
+
+#include "addon/project/PlainText.h"
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "text/Suggest.h"
+#include "tool/line/Arguments.h"
+#include "tool/json/DocumentJson.h"
+#include "tool/json/Documents.h"
+#include "tool/process/Errors.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/process/ReadFile.h"
+#include "tool/TreeWalk.h"
+
+namespace tool {
+
+using addon::packaging::ConstRecord;
+using addon::packaging::DocumentTable;
+using addon::packaging::Field;
+using addon::packaging::OwnedDocument;
+
+namespace {
+
+std::vector<std::string> assignmentsAfter(std::span<const std::string> operands);
+
+constexpr std::array kOperands{
+    OperandSpec{.name = "PACKAGE", .help = "the package"}, kDocumentOperand,
+    OperandSpec{.name = "VALUE",
+                .help = "FILE.json, - for standard input, or FIELD=VALUE...",
+                .isRepeatable = true,
+                .choicesAfter = assignmentsAfter}};
+
+constexpr std::array kOptions{kTimestampOption, kLevelOption};
+
+constexpr std::size_t kLargestFile = std::size_t{256} << 20;
+
+/// Texts by field.
+using Fields = std::map<std::string, std::string>;
+
+/// What begins a change of the document that the second operand names.
+std::vector<std::string> assignmentsAfter(std::span<const std::string> operands) {
+  std::vector<std::string> words;
+  for (const DocumentTable* table : addon::packaging::documents()) {
+    if (operands.size() < 2 || table->name() != operands[1] || !isFlat(*table)) continue;
+    for (const Field& field : table->record.fields) {
+      if (!field.isFixed) words.push_back(fmt::format("{}=", field.name));
+    }
+  }
+  return words;
+}
+
+bool isAssignment(std::string_view word) {
+  const std::size_t equals = word.find('=');
+  const std::string_view name = word.substr(0, equals);
+  return equals != std::string_view::npos && !name.empty() &&
+         std::all_of(name.begin(), name.end(),
+                     [](char c) { return opc::isAsciiLetterOrDigit(c) || c == '_'; });
+}
+
+std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
+                                                    const std::string& word) {
+  const std::size_t equals = word.find('=');
+  std::string field = word.substr(0, equals);
+  std::string value = word.substr(equals + 1);
+  const std::vector<std::string_view> known = fieldNames(table.record);
+  if (std::find(known.begin(), known.end(), field) == known.end()) {
+    const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
+    throw UsageError(sentence("unknown field", fmt::format("{}.{}", table.name(), field),
+                              text::suggestion(field, known, all)),
+                     identityOf(word) ? fmt::format("'./{}' is the file of that name", word) : "");
+  }
+  const std::string fault = addon::project::xmlTextFault(value);
+  if (!fault.empty()) {
+    throw Failure(sentence("bad value of", fmt::format("{}.{}", table.name(), field), fault));
+  }
+  return {std::move(field), std::move(value)};
+}
+
+Fields parseAssignments(const DocumentTable& table, const std::vector<std::string>& words) {
+  Fields fields;
+  for (const std::string& word : words) {
+    if (!isAssignment(word)) {
+      throw UsageError(sentence("bad value", word, "expected FIELD=VALUE"));
+    }
+    auto [field, value] = parseAssignment(table, word);
+    if (!fields.emplace(field, std::move(value)).second) {
+      throw UsageError(sentence("repeated field", fmt::format("{}.{}", table.name(), field),
+                                "it is given twice"));
+    }
+  }
+  return fields;
+}
+
+/// What went wrong in JSON text, led by the document's name where it only tells a place.
+std::string explain(const DocumentTable& table, std::string_view why) {
+  const bool isPlace = why.starts_with('.') || why.starts_with('[');
+  return fmt::format("{}{}", isPlace ? table.name() : std::string_view(), why);
+}
+
+OwnedDocument readFile(const DocumentTable& table, const std::string& file) {
+  const std::string text = readInput(file, kLargestFile);
+  try {
+    OwnedDocument document = table.make();
+    readDocument(table, document.record, parseJson(text));
+    return document;
+  } catch (const JsonError& error) {
+    throw Failure(sentence("bad document", file == "-" ? "standard input" : file,
+                           explain(table, error.what())));
+  }
+}
+
+/// Throws Failure for a change that would be lost.
+void checkFixed(const DocumentTable& table, const ConstRecord& changed, AddonPackage& package) {
+  const auto& fields = table.record.fields;
+  if (std::none_of(fields.begin(), fields.end(), [](const Field& one) { return one.isFixed; })) {
+    return;
+  }
+  const OwnedDocument stored = load(table, package);
+  for (const Field& field : fields) {
+    if (!field.isFixed || changed.text(field) == stored.record.text(field)) continue;
+    throw Failure(sentence("cannot change", fmt::format("{}.{}", table.name(), field.name),
+                           fmt::format("it is '{}' for as long as the package lives",
+                                       opc::toUtf8ForDisplay(stored.record.text(field)))));
+  }
+}
+
+std::string jsonOf(const DocumentTable& table, const ConstRecord& document) {
+  return toJson(table, document, JsonWriter::Layout::Compact);
+}
+
+bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPackage& package) {
+  if (!isPresent(table, package)) return false;
+  try {
+    return jsonOf(table, load(table, package).record) == jsonOf(table, document);
+  } catch (const opc::Exception&) {
+    return false;  // one that cannot be read can be replaced
+  }
+}
+
+/// Stores `given` or, without it, what the package holds with `fields` put in. What is stored
+/// already is left alone, so that nothing is written for it.
+void change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
+            AddonPackage& package) {
+  const OwnedDocument document = given ? std::move(*given) : load(table, package);
+  for (const auto& [name, value] : fields) {
+    document.record.text(*table.record.find(name)) = opc::fromUtf8(value);
+  }
+  checkFixed(table, document.record, package);
+  if (!isStored(table, document.record, package)) storeDocument(package, *document.part);
+}
+
+/// Whether the words after the document are the name of one file. Throws UsageError where they are
+/// not and have to be.
+bool isFile(const DocumentTable& table, const std::vector<std::string>& words) {
+  const bool isAlone = words.size() == 3;
+  const bool isFirstField = isAssignment(words[2]);
+  if (isAlone && !isFirstField) return true;
+  if (!isFlat(table)) {
+    // A field can only be a mistake, unless there is a file of that name.
+    if (isAlone && identityOf(words[2])) return true;
+    throw UsageError(
+        sentence("bad value", isFirstField ? words[2] : words[3],
+                 fmt::format("{} takes one FILE.json, or - for standard input", table.name())));
+  }
+  return false;
+}
+
+ExitCode run(const Invocation& invocation) {
+  const std::vector<std::string>& words = invocation.operands();
+  const DocumentTable& table = findDocument(words[1]);
+  auto options = writeOptionsOf(invocation);
+  std::optional<OwnedDocument> document;
+  Fields fields;
+  if (isFile(table, words)) {
+    document = readFile(table, words[2]);
+  } else {
+    fields = parseAssignments(table, {words.begin() + 2, words.end()});
+  }
+
+  changePackage(words[0], std::move(options), invocation, [&](AddonPackage& package) {
+    change(table, std::move(document), fields, package);
+  });
+  return ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    ExampleSpec{"kraddon set kit.kraddon properties version=1.1 authorName='A. Weaver'",
+                "changes two properties"},
+    ExampleSpec{"kraddon set kit.kraddon apps apps.json", "stores the list in apps.json"},
+    ExampleSpec{"kraddon get old.kraddon license | kraddon set kit.kraddon license -",
+                "takes over another package's license"}};
+
+}  // namespace
+
+constexpr CommandSpec kSetCommand{
+    .name = "set",
+    .summary = "stores one document, or changes some of its fields",
+    .description =
+        "FILE.json is what 'get' prints. FIELD=VALUE changes just that field, of the\n"
+        "properties or the license. In a file every field has to be there, but for lists\n"
+        "of texts and lists within a record, which are empty when they are null or\n"
+        "missing.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "tool/commands/detail/ExistingFiles.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <optional>
+#include <string_view>
+
+#include "opc/Exception.h"
+#include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
+#include "opc/plservices/FileTree.h"
+#include "opc/plservices/FolderCursor.h"
+#include "tool/process/Errors.h"
+#include "tool/commands/detail/PackageAccess.h"
+
+namespace tool {
+
+namespace {
+
+using opc::FileDescriptor;
+using opc::plservices::FileTree;
+using opc::plservices::FolderCursor;
+using opc::plservices::NodeId;
+
+std::string_view folderOf(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
+}
+
+NodeId addFolders(std::string_view path, FileTree& tree) {
+  auto [node, rest] = tree.reach(path);
+  while (!rest.empty()) {
+    const std::size_t slash = rest.find('/');
+    node = tree.addFolder(node, rest.substr(0, slash));
+    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
+  }
+  return node;
+}
+
+/// The folder of each item, as a node of `tree`, which is given them all.
+std::vector<NodeId> foldersOf(const std::vector<Item>& items, FileTree& tree) {
+  std::vector<NodeId> folders;
+  folders.reserve(items.size());
+  std::string_view last;
+  NodeId node = FileTree::kRoot;
+  for (const Item& item : items) {
+    const std::string_view folder = folderOf(item.path);
+    if (folder != last) node = addFolders(folder, tree);
+    last = folder;
+    folders.push_back(node);
+  }
+  return folders;
+}
+
+FileDescriptor openDestination(const std::string& path) {
+  FileDescriptor folder(
+      opc::uninterrupted([&] { return ::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+  const int number = errno;
+  if (folder || number == ENOENT || number == ENOTDIR) return folder;
+  throw systemFailure("cannot open folder", path, number);
+}
+
+std::optional<FileIdentity> identityIn(int folder, const std::string& name) {
+  struct stat info {};
+  const auto look = [&] { return ::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW); };
+  if (opc::uninterrupted(look) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    throw opc::SystemError("cannot look at what is there", errno);
+  }
+  if (S_ISDIR(info.st_mode)) {
+    throw opc::Exception(opc::ErrorCode::AlreadyExists, "a folder is there, where a file must be");
+  }
+  return FileIdentity{info.st_dev, info.st_ino};
+}
+
+std::optional<FileIdentity> identityBelow(const Item& item, NodeId parent, FolderCursor& cursor) {
+  const int folder = cursor.enter(parent);
+  if (folder < 0 || item.isFolder()) return std::nullopt;
+  return identityIn(folder, fileNameOf(item.path));
+}
+
+std::string contextOf(const std::string& path, const std::string& destination) {
+  return fmt::format("cannot extract '{}' to '{}'", path, onDisk(destination, path));
+}
+
+}  // namespace
+
+std::vector<ExistingFile> findExisting(const std::vector<Item>& items,
+                                       const std::string& destination) {
+  const FileDescriptor root = openDestination(destination);
+  if (!root) return {};
+  FileTree tree;
+  const std::vector<NodeId> folders = foldersOf(items, tree);
+  FolderCursor cursor(tree, root.get(), FolderCursor::Missing::Report);
+  std::vector<ExistingFile> found;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    try {
+      const auto identity = identityBelow(items[i], folders[i], cursor);
+      if (identity) found.push_back({i, *identity});
+    } catch (opc::Exception& error) {
+      error.addContext(contextOf(items[i].path, destination));
+      throw;
+    }
+  }
+  return found;
+}
+
+}  // namespace tool

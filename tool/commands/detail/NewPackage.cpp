@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "tool/commands/detail/NewPackage.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "addon/packaging/AddonProperties.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Output.h"
+#include "tool/report/Progress.h"
+
+namespace tool {
+
+namespace {
+
+/// The lock is waited for with signals noted, so that an interrupt ends the wait in good order.
+const std::string& deferInterrupts(const std::string& path) {
+  Interrupt::defer();
+  return path;
+}
+
+void setTimes(AddonPackage& package, std::int64_t seconds) {
+  auto properties = package.coreProperties().getCoreProperties();
+  properties.setCreatedTime(toTime(seconds));
+  properties.setLastModifiedTime(toTime(seconds));
+  package.coreProperties().setCoreProperties(properties);
+}
+
+}  // namespace
+
+NewPackage::NewPackage(const std::string& path, bool replaces)
+    : path_(toUtf16("cannot create", path)), replaces_(replaces), lock_(deferInterrupts(path)) {
+  requireFreePlace(path, replaces);
+}
+
+AddonPackage& NewPackage::open(addon::packaging::AddonProperties& properties,
+                               std::optional<std::int64_t> time) {
+  package_ = std::make_unique<AddonPackage>(path_, properties);
+  package_->physicalPackage().setReplaceExisting(replaces_);
+  if (time) setTimes(*package_, *time);
+  return *package_;
+}
+
+void NewPackage::commit(opc::zippackage::WriteOptions options, const Settings& settings) {
+  ProgressBar bar(settings);
+  options.progress = bar.function();
+  package_->physicalPackage().setWriteOptions(std::move(options));
+  tool::commit(*package_);
+}
+
+void requireFreePlace(const std::string& path, bool replaces) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return;
+  if (S_ISDIR(info.st_mode)) {
+    throw Failure(sentence("cannot create", path, "there is a folder of that name"));
+  }
+  if (!S_ISREG(info.st_mode)) {
+    throw Failure(sentence("cannot create", path, "there is something that is no file"));
+  }
+  if (!replaces) {
+    throw Failure(sentence("cannot create", path, "it exists already"), "--force replaces it");
+  }
+  requireWritable(path);
+}
+
+}  // namespace tool

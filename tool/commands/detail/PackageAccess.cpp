@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "tool/commands/detail/PackageAccess.h"
+
+#include <fmt/format.h>
+
+#include <boost/date_time/posix_time/posix_time.hpp>
+#include <cstdlib>
+#include <utility>
+
+#include "opc/Exception.h"
+#include "opc/Text.h"
+#include "opc/plservices/HostPropertiesPart.h"
+#include "tool/process/Background.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
+#include "tool/process/PackageLock.h"
+#include "tool/report/Progress.h"
+#include "tool/TreeWalk.h"
+
+namespace tool {
+
+namespace {
+
+// The last second of the year 9999, beyond which dates have no agreed way of writing.
+constexpr std::int64_t kLastSecond = 253402300799;
+
+constexpr std::u16string_view kSignatureOrigin =
+    u"http://schemas.openxmlformats.org/package/2006/relationships/digital-signature/origin";
+
+std::unique_ptr<AddonPackage> open(const std::string& path, opc::interfaces::OpenMode mode) {
+  auto package = std::make_unique<AddonPackage>(toUtf16("cannot open", path));
+  package->logicalPackage().open(mode);
+  return package;
+}
+
+std::optional<std::int64_t> sourceDateEpoch() {
+  const char* text = std::getenv("SOURCE_DATE_EPOCH");
+  if (text == nullptr || *text == '\0') return std::nullopt;
+  const std::optional<std::int64_t> seconds = toInteger(text);
+  if (!seconds || *seconds < 0 || *seconds > kLastSecond) {
+    throw Failure(sentence("bad value of SOURCE_DATE_EPOCH", text,
+                           fmt::format("expected a whole number from 0 to {}", kLastSecond)));
+  }
+  return seconds;
+}
+
+}  // namespace
+
+std::u16string toUtf16(std::string_view what, const std::string& text) {
+  if (!opc::isUtf8(text)) throw Failure(sentence(what, text, "it is not UTF-8"));
+  return opc::fromUtf8(text);
+}
+
+std::unique_ptr<AddonPackage> openForReading(const std::string& path) {
+  return open(path, opc::interfaces::OpenMode::Read);
+}
+
+std::unique_ptr<AddonPackage> openForChanging(const std::string& path) {
+  return open(path, opc::interfaces::OpenMode::Modify);
+}
+
+std::optional<std::int64_t> timestampOf(const Invocation& invocation) {
+  const auto given = invocation.number(kTimestampOption.longName, 0, kLastSecond);
+  return given ? given : sourceDateEpoch();
+}
+
+opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation) {
+  opc::zippackage::WriteOptions options;
+  options.timestamp = timestampOf(invocation);
+  options.background = secondThread();
+  options.level =
+      static_cast<int>(invocation.number(kLevelOption.longName, 0, 9).value_or(options.level));
+  return options;
+}
+
+void warnOfForeign(AddonPackage& package, const std::string& path, const Invocation& invocation) {
+  if (invocation.settings().isQuiet) return;
+  const std::u16string type = opc::plservices::HostPropertiesPart::relationshipType();
+  if (!package.logicalPackage().getRelationshipsByType(type).empty()) return;
+  auto& tree = package.fileSystem();
+  if (!tree.getChildren(tree.getRoot()).empty()) return;
+  printWarning(invocation,
+               sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
+}
+
+void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
+                   const Invocation& invocation, const std::function<void(AddonPackage&)>& change) {
+  Interrupt::defer();
+  const PackageLock lock(path);
+  const std::unique_ptr<AddonPackage> package = openForChanging(path);
+  opc::model::Package& logical = package->logicalPackage();
+  const std::vector<std::string> strays = logical.strayItems();
+  const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
+  change(*package);
+  ProgressBar bar(invocation.settings());
+  options.progress = bar.function();
+  package->physicalPackage().setWriteOptions(std::move(options));
+  const auto before = identityOf(path);
+  commit(*package);
+  if (identityOf(path) == before) return;  // nothing was changed, so nothing was written
+  for (const std::string& item : strays) {
+    printWarning(invocation,
+                 sentence("item", item, "it is no part of the package and was left out"));
+  }
+  if (isSigned) {
+    printWarning(invocation, sentence("package", path,
+                                      "it is signed, and the signature does not hold any more"));
+  }
+}
+
+void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change) {
+  change(*openForChanging(path));
+}
+
+void commit(AddonPackage& package) {
+  package.logicalPackage().close(false);
+  Interrupt::tooLate();
+}
+
+boost::posix_time::ptime toTime(std::int64_t seconds) {
+  return boost::posix_time::ptime(boost::gregorian::date(1970, 1, 1)) +
+         boost::posix_time::seconds(seconds);
+}
+
+std::string formatTime(std::int64_t seconds) {
+  return formatTime(toTime(seconds));
+}
+
+std::string formatTime(const boost::posix_time::ptime& time) {
+  if (time.is_special()) return {};
+  const auto day = time.date().year_month_day();
+  const auto clock = time.time_of_day();
+  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(day.year),
+                     day.month.as_number(), day.day.as_number(), clock.hours(), clock.minutes(),
+                     clock.seconds());
+}
+
+std::string fileNameOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string baseNameOf(const std::string& path) {
+  const std::string name = fileNameOf(path);
+  const std::size_t dot = name.find_last_of('.');
+  return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+}  // namespace tool

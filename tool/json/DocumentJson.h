@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "addon/packaging/DocumentTable.h"
+#include "tool/json/JsonText.h"
+#include "tool/json/JsonWriter.h"
+
+// Documents as JSON: one object or, for a list, an array of objects; flags are the texts "true" and
+// "false", as the host has them.
+
+namespace tool {
+
+/// Fills an empty document. Throws JsonError that names the first field that is unknown, missing,
+/// of a wrong kind or of characters that XML cannot carry ("examples[2].examples[0].images:
+/// expected an array of texts").
+void readDocument(const addon::packaging::DocumentTable& table,
+                  const addon::packaging::Record& document, const JsonValue& value);
+
+/// The way back. Lists that a host struct leaves unset are null.
+std::string toJson(const addon::packaging::DocumentTable& table,
+                   const addon::packaging::ConstRecord& document, JsonWriter::Layout layout);
+void writeRecord(const addon::packaging::ConstRecord& record, JsonWriter& json);
+void writeField(const addon::packaging::ConstRecord& record, const addon::packaging::Field& field,
+                JsonWriter& json);
+
+/// Whether it is one record of nothing but texts, whose fields can be set one by one.
+bool isFlat(const addon::packaging::DocumentTable& table);
+std::vector<std::string_view> fieldNames(const addon::packaging::RecordTable& table);
+
+}  // namespace tool

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "tool/line/CompletionPaths.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <new>
+#include <system_error>
+
+#include "opc/Text.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+
+namespace tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<std::string_view, 3> kPackageNames{"PACKAGE", "A", "B"};
+
+/// The word up to its last '/', that included.
+std::string_view folderOf(std::string_view word) {
+  const std::size_t slash = word.rfind('/');
+  return slash == std::string_view::npos ? std::string_view() : word.substr(0, slash + 1);
+}
+
+struct Entry {
+  std::string name;
+  bool isFolder;
+};
+
+std::vector<Entry> entriesOf(const std::string& folder) {
+  std::vector<Entry> entries;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::error_code unknown;
+    entries.push_back({entry->path().filename().string(), entry->is_directory(unknown)});
+  }
+  return entries;
+}
+
+bool isWanted(const Entry& entry, DiskPath kind, bool hasPackages) {
+  if (entry.isFolder || kind == DiskPath::AnyFile) return true;
+  if (kind == DiskPath::Folder) return false;
+  return !hasPackages || entry.name.ends_with(kPackageExtension);
+}
+
+}  // namespace
+
+std::optional<DiskPath> diskPathKind(std::string_view valueName) {
+  constexpr std::array<std::string_view, 5> kFiles{"FILE", "IMAGE", "ARG", "VALUE", "FILE.json"};
+  constexpr std::array<std::string_view, 2> kFolders{"FOLDER", "DIR"};
+  if (isPackageName(valueName)) return DiskPath::Package;
+  if (std::find(kFiles.begin(), kFiles.end(), valueName) != kFiles.end()) return DiskPath::AnyFile;
+  if (std::find(kFolders.begin(), kFolders.end(), valueName) != kFolders.end()) {
+    return DiskPath::Folder;
+  }
+  return std::nullopt;
+}
+
+bool isPackageName(std::string_view valueName) {
+  return std::find(kPackageNames.begin(), kPackageNames.end(), valueName) != kPackageNames.end();
+}
+
+bool isPackagePathName(std::string_view valueName) {
+  return valueName == "PATH";
+}
+
+std::string withHome(std::string_view path) {
+  const char* home = std::getenv("HOME");
+  if (home == nullptr || (path != "~" && !path.starts_with("~/"))) return std::string(path);
+  return std::string(home) + std::string(path.substr(1));
+}
+
+std::vector<std::string> pathsOnDisk(const std::string& word, DiskPath kind) {
+  const std::string_view folder = folderOf(word);
+  const bool wantsHidden = std::string_view(word).substr(folder.size()).starts_with('.');
+  std::vector<Entry> entries = entriesOf(folder.empty() ? "." : withHome(folder));
+  // Where none is called as packages are, any file may be one: 'verify' reads them all.
+  const bool hasPackages = std::any_of(entries.begin(), entries.end(), [](const Entry& entry) {
+    return !entry.isFolder && entry.name.ends_with(kPackageExtension);
+  });
+  std::vector<std::string> paths;
+  for (const Entry& entry : entries) {
+    if (entry.name.starts_with('.') && !wantsHidden) continue;
+    if (!isWanted(entry, kind, hasPackages)) continue;
+    paths.push_back(std::string(folder) + entry.name + (entry.isFolder ? "/" : ""));
+  }
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
+namespace {
+
+/// Where a folder stands for a package its files are the package's.
+std::vector<std::string> pathsInFolder(const std::string& folder, const std::string& word) {
+  std::vector<std::string> paths = pathsOnDisk(folder + word, DiskPath::AnyFile);
+  for (std::string& path : paths) path.erase(0, folder.size());
+  return paths;
+}
+
+}  // namespace
+
+std::vector<std::string> pathsInPackage(const std::string& package, const std::string& word) {
+  if (package.empty()) return {};
+  std::error_code unknown;
+  if (fs::is_directory(withHome(package), unknown)) return pathsInFolder(package + "/", word);
+  std::vector<std::string> paths;
+  try {
+    const auto opened = openForReading(withHome(package));
+    auto& tree = opened->fileSystem();
+    const std::string_view folder = folderOf(word);
+    const std::string_view path = trimSlashes(folder);
+    const auto found = path.empty() ? nullptr : tree.find(path);
+    if (!path.empty() && (!found || found->isFile())) return paths;
+    for (const auto& child : tree.getChildren(found ? *found : tree.getRoot())) {
+      const std::string whole = child.path();
+      const std::string leaf = whole.substr(whole.rfind('/') + 1);
+      paths.push_back(std::string(folder) + leaf + (child.isFile() ? "" : "/"));
+    }
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception&) {
+    // Whoever runs the line is told then.
+    paths.clear();
+  }
+  return paths;
+}
+
+}  // namespace tool

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "tool/line/Help.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "tool/commands/CommandTable.h"
+#include "tool/line/Wrapping.h"
+
+namespace tool {
+
+namespace {
+
+std::string spelled(const OptionSpec& option) {
+  std::string text = option.shortName != 0 ? fmt::format("-{}, ", option.shortName) : "    ";
+  text += fmt::format("--{}", option.longName);
+  if (!option.valueName.empty()) text += fmt::format(" {}", option.valueName);
+  return text;
+}
+
+using Row = std::pair<std::string, std::string>;
+
+// Names that are longer have what they mean on a line of its own.
+constexpr std::size_t kWidestName = 28;
+
+std::string table(const std::vector<Row>& rows) {
+  std::size_t width = 0;
+  for (const Row& row : rows) {
+    if (row.first.size() <= kWidestName) width = std::max(width, row.first.size());
+  }
+  const std::size_t column = width + 4;
+  std::string text;
+  for (const auto& [name, help] : rows) {
+    text += fmt::format("  {:{}}  ", name, width);
+    if (name.size() > width) {
+      while (text.back() == ' ') text.pop_back();
+      text += '\n' + std::string(column, ' ');
+    }
+    for (const auto& words : paragraphsOf(help)) appendWrapped(words, column, column, text);
+    text += '\n';
+  }
+  return text;
+}
+
+std::string optionTable(std::span<const OptionSpec> options) {
+  std::vector<Row> rows;
+  for (const OptionSpec& option : options) rows.emplace_back(spelled(option), helpOf(option));
+  return table(rows);
+}
+
+std::string exampleTable(std::span<const ExampleSpec> examples) {
+  std::string text;
+  for (const ExampleSpec& example : examples) {
+    text += fmt::format("  {}\n      ", example.line);
+    for (const auto& words : paragraphsOf(example.help)) appendWrapped(words, 6, 6, text);
+    text += '\n';
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string helpOf(const OptionSpec& option) {
+  std::string help(option.help);
+  if (option.isRequired) help += " (required)";
+  if (option.isRepeatable) help += " (may be repeated)";
+  return help;
+}
+
+std::vector<std::string> synopsisOf(const CommandSpec& command) {
+  std::vector<std::string> words;
+  for (const OptionSpec& option : command.options) {
+    if (option.isRequired)
+      words.push_back(fmt::format("--{} {}", option.longName, option.valueName));
+  }
+  words.emplace_back("[OPTION...]");
+  for (const OperandSpec& operand : command.operands) {
+    const std::string name = fmt::format("{}{}", operand.name, operand.isRepeatable ? "..." : "");
+    words.push_back(operand.isRequired ? name : fmt::format("[{}]", name));
+  }
+  return words;
+}
+
+std::string usageOf(const CommandSpec& command) {
+  std::string text = fmt::format("usage: kraddon {} ", command.name);
+  const std::vector<std::string> words = synopsisOf(command);
+  appendWrapped({words.begin(), words.end()}, text.size(), text.size(), text);
+  return text + "\n";
+}
+
+std::string helpOf(const CommandSpec& command) {
+  std::string text = usageOf(command) + fmt::format("\n{}\n", command.summary);
+  if (!command.description.empty()) text += "\n" + wrapped(command.description);
+  std::vector<Row> operands;
+  for (const OperandSpec& operand : command.operands) {
+    operands.emplace_back(operand.name, operand.help);
+  }
+  if (!operands.empty()) text += "\n" + table(operands);
+  if (!command.options.empty()) text += "\noptions:\n" + optionTable(command.options);
+  text += "\noptions of every command:\n" + optionTable(commonOptions());
+  if (!command.examples.empty()) text += "\nexamples:\n" + exampleTable(command.examples);
+  return text;
+}
+
+std::string programUsage() {
+  return "usage: kraddon [-C DIR] COMMAND [ARGUMENT...]\n"
+         "       kraddon help [COMMAND]\n";
+}
+
+std::string programHelp() {
+  std::vector<Row> rows;
+  for (const CommandSpec* command : commands()) {
+    rows.emplace_back(command->name, command->summary);
+  }
+  return programUsage() + fmt::format("\n{}\n", kProgramPurpose) + "\ncommands:\n" + table(rows) +
+         "\noptions before the command:\n" + optionTable(leadingOptions()) +
+         "\noptions of every command:\n" + optionTable(commonOptions()) +
+         "\n'kraddon help COMMAND' tells more.\n";
+}
+
+}  // namespace tool

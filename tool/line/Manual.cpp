@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+#include "tool/line/Manual.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <utility>
+
+#include "opc/Text.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/line/Help.h"
+#include "tool/line/Wrapping.h"
+
+namespace tool {
+
+namespace {
+
+// Of the text, not of the build: the same sources give the same pages.
+constexpr std::string_view kDate = "2026-11-21";
+
+using Entry = std::pair<std::string_view, std::string_view>;
+
+constexpr std::array<Entry, 3> kExitCodes{{
+    {"0", "It is done. Of diff: the two are the same."},
+    {"1",
+     "It failed, and a line on standard error says what, which and why. Of verify: there is an "
+     "error in a package. Of diff: the two differ."},
+    {"2", "The words of the line make no sense; the usage is shown. Of diff: it failed."},
+}};
+
+constexpr std::array<Entry, 3> kEnvironment{{
+    {"SOURCE_DATE_EPOCH",
+     "Seconds since 1970: the default of --timestamp, with which the same input gives the same "
+     "bytes."},
+    {"NO_COLOR", "When it is set and not empty, nothing is coloured, unless --color says so."},
+    {"HOME", "What '~/' means where the shell asks for completion."},
+}};
+
+std::string pageName(std::string_view command) {
+  return command.empty() ? "kraddon" : fmt::format("kraddon-{}", command);
+}
+
+std::string bold(std::string_view text) {
+  return fmt::format("\\fB{}\\fR", escapedForManual(text));
+}
+
+std::string italic(std::string_view text) {
+  return fmt::format("\\fI{}\\fR", escapedForManual(text));
+}
+
+/// Every sentence begins a line, as the formatter wants it, and none is longer than need be.
+void appendWords(const std::vector<std::string_view>& words, std::string& page) {
+  std::vector<std::string> sentence;
+  for (const std::string_view word : words) {
+    sentence.push_back(escapedForManual(word));
+    if (!word.ends_with('.') && word.data() != words.back().data()) continue;
+    appendWrapped({sentence.begin(), sentence.end()}, 0, 0, page);
+    page += '\n';
+    sentence.clear();
+  }
+}
+
+void appendText(std::string_view text, std::string& page) {
+  bool isFirst = true;
+  for (const auto& words : paragraphsOf(text)) {
+    if (!isFirst) page += ".PP\n";
+    isFirst = false;
+    appendWords(words, page);
+  }
+}
+
+void appendSection(std::string_view title, std::string& page) {
+  page += fmt::format(".SH {}\n", title);
+}
+
+void appendEntry(const std::string& term, std::string_view text, std::string& page) {
+  page += fmt::format(".TP\n{}\n", term);
+  appendText(text, page);
+}
+
+std::string termOf(const OptionSpec& option) {
+  std::string term;
+  if (option.shortName != 0) term += bold(fmt::format("-{}", option.shortName)) + ", ";
+  term += bold(fmt::format("--{}", option.longName));
+  if (!option.valueName.empty()) term += " " + italic(option.valueName);
+  return term;
+}
+
+void appendOptions(std::span<const OptionSpec> options, std::string& page) {
+  for (const OptionSpec& option : options) appendEntry(termOf(option), helpOf(option), page);
+}
+
+void appendEntries(std::string_view title, std::span<const Entry> entries, std::string& page) {
+  appendSection(title, page);
+  for (const auto& [term, text] : entries) appendEntry(bold(term), text, page);
+}
+
+std::string beginPage(std::string_view command, std::string_view summary,
+                      std::string_view version) {
+  std::string title = pageName(command);
+  for (char& c : title) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  std::string page = fmt::format(".TH {} 1 {} \"kraddon {}\" \"User Commands\"\n.SH NAME\n",
+                                 escapedForManual(title), kDate, version);
+  const std::string name =
+      fmt::format("{} \\- {}", escapedForManual(pageName(command)), escapedForManual(summary));
+  return page + wrapped(name);
+}
+
+void appendExamples(std::span<const ExampleSpec> examples, std::string& page) {
+  appendSection("EXAMPLES", page);
+  for (const ExampleSpec& example : examples) {
+    page += fmt::format(".TP\n{}\n", bold(example.line));
+    appendText(example.help, page);
+  }
+}
+
+/// All pages but the one itself; "" is the program's.
+void appendSeeAlso(std::string_view own, std::string& page) {
+  std::vector<std::string> names;
+  if (!own.empty()) names.push_back(pageName({}));
+  for (const CommandSpec* command : commands()) {
+    if (command->name != own) names.push_back(pageName(command->name));
+  }
+  appendSection("SEE ALSO", page);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    page +=
+        fmt::format(".BR {} (1){}\n", escapedForManual(names[i]), i + 1 == names.size() ? "" : ",");
+  }
+}
+
+void endPage(std::string_view command, std::string& page) {
+  appendEntries("EXIT STATUS", kExitCodes, page);
+  appendEntries("ENVIRONMENT", kEnvironment, page);
+  appendSeeAlso(command, page);
+}
+
+}  // namespace
+
+std::string escapedForManual(std::string_view text) {
+  std::string escaped;
+  // At the beginning of a line they would make a request of it.
+  if (text.starts_with('.') || text.starts_with('\'')) escaped += "\\&";
+  for (const char c : text) {
+    switch (c) {
+      case '\\':
+        escaped += "\\e";
+        break;
+      case '-':
+        escaped += "\\-";
+        break;
+      case '\'':
+        escaped += "\\(aq";
+        break;
+      case '`':
+        escaped += "\\(ga";
+        break;
+      case '^':
+        escaped += "\\(ha";
+        break;
+      case '~':
+        escaped += "\\(ti";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+std::string programManual(std::string_view version) {
+  std::string page = beginPage({}, "creates, checks and unpacks Korvan add-on packages", version);
+  appendSection("SYNOPSIS", page);
+  page += fmt::format("{} [{} {}] {} [{}...]\n.br\n{} [{}]\n", bold("kraddon"), bold("-C"),
+                      italic("DIR"), italic("COMMAND"), italic("ARGUMENT"), bold("kraddon help"),
+                      italic("COMMAND"));
+  appendSection("DESCRIPTION", page);
+  appendText(kProgramPurpose, page);
+  appendSection("COMMANDS", page);
+  for (const CommandSpec* command : commands()) {
+    appendEntry(fmt::format(".BR {} (1)", escapedForManual(pageName(command->name))),
+                command->summary, page);
+  }
+  appendSection("OPTIONS", page);
+  appendOptions(leadingOptions(), page);
+  appendOptions(commonOptions(), page);
+  endPage({}, page);
+  return page;
+}
+
+std::string manualOf(const CommandSpec& command, std::string_view version) {
+  std::string page = beginPage(command.name, command.summary, version);
+  appendSection("SYNOPSIS", page);
+  page += bold(fmt::format("kraddon {}", command.name));
+  for (const std::string& word : synopsisOf(command)) page += " " + escapedForManual(word);
+  page += '\n';
+  appendSection("DESCRIPTION", page);
+  appendText(command.description.empty() ? command.summary : command.description, page);
+  if (!command.operands.empty()) appendSection("OPERANDS", page);
+  for (const OperandSpec& operand : command.operands) {
+    appendEntry(italic(operand.name), operand.help, page);
+  }
+  appendSection("OPTIONS", page);
+  appendOptions(command.options, page);
+  appendOptions(commonOptions(), page);
+  if (!command.examples.empty()) appendExamples(command.examples, page);
+  endPage(command.name, page);
+  return page;
+}
+
+}  // namespace tool

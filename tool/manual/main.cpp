@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+//
+// manual FOLDER: writes the pages of all commands, and what the shells load, into a folder.
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "tool/commands/CommandTable.h"
+#include "tool/line/Completion.h"
+#include "tool/line/Manual.h"
+#include "tool/report/Output.h"
+
+namespace {
+
+void write(const std::string& path, std::string_view text) {
+  tool::writeOutputFile(path, text, {});
+}
+
+void writeAll(const std::string& folder) {
+  write(folder + "/kraddon.1", tool::programManual(KRADDON_VERSION));
+  for (const tool::CommandSpec* command : tool::commands()) {
+    write(fmt::format("{}/kraddon-{}.1", folder, command->name),
+          tool::manualOf(*command, KRADDON_VERSION));
+  }
+  for (const std::string& shell : tool::completionShells()) {
+    write(fmt::format("{}/kraddon.{}", folder, shell), tool::completionScript(shell));
+  }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count != 2) {
+    std::fputs("usage: manual FOLDER\n", stderr);
+    return 2;
+  }
+  try {
+    writeAll(words[1]);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "manual: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "tool/process/ReadFile.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "opc/FileDescriptor.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+
+namespace tool {
+
+namespace {
+
+std::string readAll(int descriptor, const std::string& name, std::size_t limit) {
+  std::vector<char> buffer(std::size_t{64} << 10);
+  std::string content;
+  while (true) {
+    const ssize_t size = ::read(descriptor, buffer.data(), buffer.size());
+    if (size == 0) return content;
+    if (size < 0 && errno != EINTR) throw systemFailure("cannot read", name, errno);
+    Interrupt::check();
+    if (size > 0) content.append(buffer.data(), static_cast<std::size_t>(size));
+    if (content.size() > limit) {
+      throw Failure(
+          sentence("cannot read", name, fmt::format("it holds more than {} bytes", limit)));
+    }
+  }
+}
+
+/// Opening a pipe waits for whoever is to write into it, unless `flags` say otherwise.
+opc::FileDescriptor openToRead(const std::string& path, int flags) {
+  for (;;) {
+    opc::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | flags));
+    if (file) return file;
+    if (errno != EINTR) throw systemFailure("cannot read", path, errno);
+    Interrupt::check();
+  }
+}
+
+}  // namespace
+
+std::string readWholeFile(const std::string& path, std::size_t limit) {
+  const opc::FileDescriptor file = openToRead(path, O_NONBLOCK);
+  struct stat info {};
+  if (::fstat(file.get(), &info) != 0) throw systemFailure("cannot read", path, errno);
+  if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
+  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is no file"));
+  return readAll(file.get(), path, limit);
+}
+
+std::string readInput(const std::string& path, std::size_t limit) {
+  if (path == "-") return readAll(STDIN_FILENO, "standard input", limit);
+  return readAll(openToRead(path, 0).get(), path, limit);
+}
+
+}  // namespace tool

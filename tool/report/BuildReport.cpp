@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "tool/report/BuildReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "text/ByteCount.h"
+#include "tool/report/FindingPrinter.h"
+#include "tool/json/JsonWriter.h"
+
+namespace tool {
+
+namespace {
+
+void writeSize(std::optional<std::uint64_t> size, JsonWriter& json) {
+  json.key("size");
+  size ? json.value(*size) : json.null();
+}
+
+void writeEntries(const std::vector<BuildEntry>& entries, JsonWriter& json, std::string& text,
+                  Output& output) {
+  json.key("entries");
+  json.beginArray();
+  for (const BuildEntry& entry : entries) {
+    json.beginObject();
+    json.member("path", std::string_view(entry.path));
+    writeSize(entry.size, json);
+    json.endObject();
+    output.write(text);
+    text.clear();
+  }
+  json.endArray();
+}
+
+void writeFindings(const std::optional<PackageVerdict>& verdict, JsonWriter& json) {
+  json.key("findings");
+  if (!verdict) return json.null();
+  json.beginArray();
+  for (const auto& finding : verdict->findings) writeFinding(finding, json);
+  json.endArray();
+}
+
+}  // namespace
+
+BuildResult resultFor(const std::string& file, const std::vector<Item>& items) {
+  BuildResult result{file};
+  for (const Item& item : items) {
+    result.entries.push_back(
+        {item.path, item.isFolder() ? std::nullopt : std::optional(item.info.size)});
+  }
+  result.totals = totalsOf(items);
+  return result;
+}
+
+void printBuildAsJson(const BuildResult& result, Output& output) {
+  std::string text;
+  JsonWriter json(text);
+  json.beginObject();
+  json.member("schema", "kraddon.build/1");
+  json.member("file", std::string_view(result.file));
+  json.member("written", result.isWritten);
+  writeSize(result.size, json);
+  json.member("files", result.totals.files);
+  json.member("folders", result.totals.folders);
+  json.member("bytes", result.totals.bytes);
+  json.key("digest");
+  json.textOrNull(result.digest);
+  writeEntries(result.entries, json, text, output);
+  writeFindings(result.verdict, json);
+  json.endObject();
+  output.write(text + "\n");
+}
+
+void printBuildPlan(const BuildResult& result, Output& output) {
+  std::size_t width = 1;
+  for (const BuildEntry& entry : result.entries) {
+    width = std::max(width, fmt::formatted_size("{}", entry.size.value_or(0)));
+  }
+  for (const BuildEntry& entry : result.entries) {
+    const std::string size = entry.size ? fmt::format("{}", *entry.size) : "-";
+    const std::string name = output.shown(entry.path);
+    output.write(fmt::format("{:>{}}  {}{}\n", size, width, name, entry.size ? "" : "/"));
+  }
+  output.write(fmt::format("{}: {}\n", output.shown(result.file), describeContent(result.totals)));
+}
+
+std::string describeContent(const Totals& totals) {
+  const std::string folders =
+      totals.folders == 0 ? "" : ", " + text::counted(totals.folders, "empty folder");
+  return fmt::format("{}{}, {}", text::counted(totals.files, "file"), folders,
+                     text::describeBytes(totals.bytes));
+}
+
+}  // namespace tool

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool/Contents.h"
+#include "tool/report/Output.h"
+#include "tool/PackageVerdict.h"
+
+namespace tool {
+
+/// A file or an empty folder of the package.
+struct BuildEntry {
+  std::string path;
+  std::optional<std::uint64_t> size;  ///< nothing for a folder
+};
+
+/// What there is to say about a package that was built, or would be, when it is closed again.
+struct BuildResult {
+  std::string file;  ///< where it goes
+  bool isWritten = false;
+  std::optional<std::uint64_t> size = std::nullopt;  ///< of the package
+  std::vector<BuildEntry> entries = {};
+  Totals totals = {};
+  std::string digest = {};
+  std::optional<PackageVerdict> verdict = std::nullopt;  ///< nothing when it was not checked
+};
+
+/// The result for a package with these files and empty folders, before it is written.
+BuildResult resultFor(const std::string& file, const std::vector<Item>& items);
+
+void printBuildAsJson(const BuildResult& result, Output& output);
+
+/// Each file with its size, and what it comes to.
+void printBuildPlan(const BuildResult& result, Output& output);
+
+/// "3 files, 1 empty folder, 12.0 kB"
+std::string describeContent(const Totals& totals);
+
+}  // namespace tool

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "tool/report/FindingPrinter.h"
+
+#include "addon/checks/Catalogue.h"
+#include "tool/line/Arguments.h"
+#include "tool/json/JsonWriter.h"
+
+namespace tool {
+
+using opc::checks::Finding;
+using opc::checks::FindingInfo;
+
+namespace {
+
+class JsonPrinter final : public FindingPrinter {
+ public:
+  JsonPrinter(bool isStrict, Output& output) : isStrict_(isStrict), output_(output) {}
+
+  void begin() override {
+    json_.beginObject();
+    json_.member("schema", "kraddon.verify/1");
+    json_.key("packages");
+    json_.beginArray();
+  }
+
+  void print(const PackageVerdict& verdict) override {
+    json_.beginObject();
+    json_.member("file", std::string_view(verdict.file));
+    json_.member("ok", verdict.isGood(isStrict_));
+    json_.member("errors", std::uint64_t{verdict.errors});
+    json_.member("warnings", std::uint64_t{verdict.warnings});
+    json_.member("ignored", std::uint64_t{verdict.ignored});
+    json_.key("findings");
+    json_.beginArray();
+    for (const Finding& finding : verdict.findings) {
+      writeFinding(finding, json_);
+      flush();
+    }
+    json_.endArray();
+    json_.endObject();
+    flush();
+  }
+
+  void end() override {
+    json_.endArray();
+    json_.endObject();
+    text_ += '\n';
+    flush();
+  }
+
+ private:
+  void flush() {
+    output_.write(text_);
+    text_.clear();
+  }
+
+  bool isStrict_;
+  Output& output_;
+  std::string text_;
+  JsonWriter json_{text_};
+};
+
+}  // namespace
+
+void writeFinding(const Finding& finding, JsonWriter& json) {
+  const FindingInfo* info = addon::checks::findInfo(finding.id.number);
+  const auto writeText = [&](std::string_view key, std::string_view text) {
+    json.key(key);
+    json.textOrNull(text);
+  };
+  json.beginObject();
+  json.member("id", std::string_view(opc::checks::idOf(finding.id.number)));
+  writeText("rule", finding.rule);
+  json.member("severity", opc::checks::nameOf(finding.id.severity));
+  json.member("group", addon::checks::groupOf(finding.id));
+  writeText("part", finding.part);
+  json.key("line");
+  if (finding.line == 0) {
+    json.null();
+  } else {
+    json.value(std::uint64_t{finding.line});
+  }
+  writeText("message", finding.message);
+  writeText("hint", info == nullptr ? std::string_view() : info->remedy);
+  json.endObject();
+}
+
+std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output) {
+  return std::make_unique<JsonPrinter>(isStrict, output);
+}
+
+std::vector<std::string> findingFormats() {
+  return {"text", "github", "sarif"};
+}
+
+std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict,
+                                            Output& output) {
+  if (format == "text") return makeTextPrinter(output);
+  if (format == "github") return makeGithubPrinter(output);
+  if (format == "sarif") return makeSarifPrinter(output);
+  if (format == "json") return makeJsonPrinter(isStrict, output);
+  refuseValue("--format", format, findingFormats());
+}
+
+}  // namespace tool

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "tool/json/JsonWriter.h"
+#include "tool/report/Output.h"
+#include "tool/PackageVerdict.h"
+
+namespace tool {
+
+/// Prints what verify found, package by package, in one of several forms.
+class FindingPrinter {
+ public:
+  virtual ~FindingPrinter() = default;
+  virtual void begin() {}
+  virtual void print(const PackageVerdict& verdict) = 0;
+  virtual void end() {}
+};
+
+/// What --format knows.
+std::vector<std::string> findingFormats();
+
+/// "text", "github" or "sarif" as --format knows them, or "json". Throws UsageError for any other
+/// name. `output` must outlive the printer.
+std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
+
+/// The lines of --format text.
+std::string describeFindings(const PackageVerdict& verdict);
+/// A finding as an object.
+void writeFinding(const opc::checks::Finding& finding, JsonWriter& json);
+
+// The printers, one each.
+std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);
+std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output);
+std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output);
+std::unique_ptr<FindingPrinter> makeSarifPrinter(Output& output);
+
+}  // namespace tool

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "tool/report/Messages.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+
+#include "opc/Text.h"
+#include "tool/line/Arguments.h"
+
+namespace tool {
+
+namespace {
+
+std::string line(std::string_view command, std::string_view message) {
+  const std::string text = opc::printable(message);
+  if (command.empty()) return fmt::format("kraddon: {}\n", text);
+  return fmt::format("kraddon: {}: {}\n", command, text);
+}
+
+}  // namespace
+
+void printToStandardError(std::string_view text) noexcept {
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void printError(std::string_view command, std::string_view message, std::string_view hint) {
+  std::string text = line(command, message);
+  if (!hint.empty()) text += fmt::format("hint: {}\n", opc::printable(hint));
+  printToStandardError(text);
+}
+
+void printLackOfMemory(std::string_view command) noexcept {
+  constexpr std::string_view kWhy = "there is not enough memory\n";
+  constexpr std::size_t kLongestName = 64;
+  std::array<char, kLongestName + 64> text{};
+  const auto end = command.empty() ? fmt::format_to(text.begin(), "kraddon: {}", kWhy)
+                                   : fmt::format_to(text.begin(), "kraddon: {}: {}",
+                                                    command.substr(0, kLongestName), kWhy);
+  printToStandardError({text.data(), static_cast<std::size_t>(end - text.begin())});
+}
+
+void printWarning(const Invocation& invocation, std::string_view message) {
+  if (invocation.settings().isQuiet) return;
+  printToStandardError(line(invocation.command().name, fmt::format("warning: {}", message)));
+}
+
+}  // namespace tool

@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+#include "tool/report/Output.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
+#include "opc/Text.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 256u << 10;
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// Throws Failure when nobody can tell: what is there must not be replaced for nothing then.
+bool isThere(const std::string& path, struct stat& status) {
+  if (::stat(path.c_str(), &status) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  throw systemFailure("cannot write", path, errno);
+}
+
+/// Of the same shape as that of a package in the making, so that a folder is packed without it.
+std::string sidePattern(const std::string& target) {
+  constexpr std::size_t kMostBytes = 255;
+  constexpr std::string_view kEnd = ".XXXXXX.tmp";
+  const std::size_t start = target.rfind('/') + 1;
+  const std::string name = target.substr(start, kMostBytes - 1 - kEnd.size());
+  return fmt::format("{}.{}{}", target.substr(0, start), name, kEnd);
+}
+
+/// A new file beside another one, gone again unless it is put in place. `name` is for messages.
+class SideFile {
+ public:
+  SideFile(const std::string& target, const std::string& name, mode_t mode)
+      : target_(target), name_(name) {
+    descriptor_.reset(opc::uninterrupted([&] {
+      path_ = sidePattern(target);
+      return ::mkostemps(path_.data(), 4, O_CLOEXEC);
+    }));
+    if (!descriptor_) throw systemFailure("cannot write", name, errno);
+    // mkstemp makes files that only their owner can read.
+    if (opc::uninterrupted([&] { return ::fchmod(descriptor_.get(), mode); }) != 0) fail(errno);
+  }
+  ~SideFile() {
+    if (!path_.empty()) ::unlink(path_.c_str());
+  }
+  SideFile(const SideFile&) = delete;
+  SideFile& operator=(const SideFile&) = delete;
+
+  int descriptor() const { return descriptor_.get(); }
+  void putInPlace(bool replaces) {
+    // A full disk that was not told by writing may be told by closing. It has closed the file even
+    // when it was interrupted.
+    if (::close(descriptor_.release()) != 0 && errno != EINTR) fail(errno);
+    const auto move = [&] { return moveTo(replaces ? 0 : RENAME_NOREPLACE); };
+    if (opc::uninterrupted(move) == 0) return path_.clear();
+    // There are file systems that know no rename of that kind. A link refuses a taken name, too.
+    const bool knowsNoSuchRename = !replaces && (errno == EINVAL || errno == ENOSYS);
+    const auto link = [&] { return ::link(path_.c_str(), target_.c_str()); };
+    if (!knowsNoSuchRename || opc::uninterrupted(link) != 0) fail(errno);
+  }
+
+ private:
+  int moveTo(unsigned flags) const {
+    return ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), flags);
+  }
+
+  [[noreturn]] void fail(int number) {
+    if (!path_.empty()) ::unlink(path_.c_str());
+    path_.clear();
+    throw systemFailure("cannot write", name_, number);
+  }
+
+  std::string target_;
+  std::string name_;
+  std::string path_;
+  opc::FileDescriptor descriptor_;
+};
+
+mode_t newFileMode() {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return 0666 & ~mask;
+}
+
+void writeTo(int descriptor, const std::string& name, const Content& content) {
+  Output output(descriptor, name);
+  content(output);
+  output.flush();
+}
+
+/// What a link stands for, so that the file behind it is replaced and not the link.
+std::string behindLinks(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path resolved = std::filesystem::canonical(path, error);
+  if (error) throw systemFailure("cannot write", path, error.value());
+  return resolved.string();
+}
+
+}  // namespace
+
+Output::Output() : Output(STDOUT_FILENO, "standard output") {}
+
+Output::Output(int descriptor, std::string name)
+    : descriptor_(descriptor), name_(std::move(name)), isTerminal_(::isatty(descriptor) == 1) {}
+
+void Output::write(std::string_view text) {
+  if (text.size() >= kBufferSize) {
+    flush();
+    writeThrough(text);
+    return;
+  }
+  buffer_.append(text);
+  if (buffer_.size() >= kBufferSize) flush();
+}
+
+void Output::write(std::span<const unsigned char> bytes) {
+  write(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+}
+
+void Output::flush() {
+  writeThrough(buffer_);
+  buffer_.clear();
+}
+
+void Output::writeThrough(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+      continue;
+    }
+    if (errno == EPIPE) throw Interrupted{SIGPIPE};
+    if (errno != EINTR) throw systemFailure("cannot write", name_, errno);
+    Interrupt::check();
+  }
+}
+
+std::string Output::shown(std::string_view name) const {
+  return isTerminal_ ? opc::printable(name) : std::string(name);
+}
+
+void writeOutputFile(const std::string& path, std::string_view content,
+                     const std::string& package) {
+  writeOutputFile(
+      path, [&](Output& output) { output.write(content); }, package);
+}
+
+void writeOutputFile(const std::string& path, const Content& content, const std::string& package) {
+  if (path == "-") {
+    writeTo(STDOUT_FILENO, "standard output", content);
+    return;
+  }
+  struct stat existing {};
+  struct stat source {};
+  const bool exists = isThere(path, existing);
+  if (exists && isThere(package, source) && isSameFile(existing, source)) {
+    throw Failure(sentence("cannot write", path, "it is the package itself"));
+  }
+  if (exists && !S_ISREG(existing.st_mode)) {
+    // A device or a pipe is written to, not replaced.
+    const opc::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (!file) throw systemFailure("cannot write", path, errno);
+    writeTo(file.get(), path, content);
+    return;
+  }
+  if (exists) requireWritable(path);
+  Interrupt::defer();
+  SideFile file(exists ? behindLinks(path) : path, path,
+                exists ? existing.st_mode & 07777 : newFileMode());
+  writeTo(file.descriptor(), path, content);
+  Interrupt::check();
+  file.putInPlace(true);
+}
+
+void requireWritable(const std::string& path) {
+  if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
+    throw systemFailure("cannot replace", path, errno);
+  }
+}
+
+void writeNewFile(const std::string& path, std::string_view content) {
+  Interrupt::defer();
+  SideFile file(path, path, newFileMode());
+  writeTo(file.descriptor(), path, [&](Output& output) { output.write(content); });
+  Interrupt::check();
+  file.putInPlace(false);
+}
+
+void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
+                     const Content& content, const std::string& package) {
+  struct stat existing {};
+  if (!asked && ::lstat(usual.c_str(), &existing) == 0) {
+    throw Failure(sentence("cannot write", usual, "it exists already"),
+                  fmt::format("-o {} replaces it", usual));
+  }
+  writeOutputFile(asked.value_or(usual), content, package);
+}
+
+bool wantsColor(const Settings& settings, const Output& output) {
+  if (settings.color != ColorMode::Auto) return settings.color == ColorMode::Always;
+  const char* noColor = std::getenv("NO_COLOR");
+  if (noColor != nullptr && *noColor != '\0') return false;
+  return output.isTerminal();
+}
+
+}  // namespace tool
