@@ -24,8 +24,8 @@ using fuzz::require;
 
 std::string describe(const kxArray* array) {
   std::string text;
-  tool::JsonWriter writer(text);
-  tool::writeHostArray(array, writer);
+  tool::json::JsonWriter writer(text);
+  tool::json::writeHostArray(array, writer);
   return text;
 }
 
@@ -34,7 +34,7 @@ void checkXml(Document& document, const std::string& description) {
   const std::u16string xml = document.getAsXMLString();
   Document again;
   again.populateFromXML(xml);
-  const tool::HostArrayPointer array(again.getStructArray());
+  const tool::json::HostArrayPointer array(again.getStructArray());
   require(describe(array.get()) == description, "a document reads back equal");
   require(again.getAsXMLString() == xml, "equal documents give equal text");
 }
@@ -43,7 +43,7 @@ template <typename Document>
 void checkHost(Document& document, const kxArray* array, const std::string& description) {
   Document again(array);
   require(again.getAsXMLString() == document.getAsXMLString(), "the host hands a document back");
-  const tool::HostArrayPointer other(again.getStructArray());
+  const tool::json::HostArrayPointer other(again.getStructArray());
   require(describe(other.get()) == description, "the host is handed the same again");
 }
 
@@ -56,7 +56,7 @@ void check(const std::u16string& xml) {
     return;
   }
   const hostarray::standin::CallScope scope;
-  const tool::HostArrayPointer array(document.getStructArray());
+  const tool::json::HostArrayPointer array(document.getStructArray());
   const std::string description = describe(array.get());
   checkXml(document, description);
   checkHost(document, array.get(), description);

@@ -69,11 +69,11 @@ bool isSame(const kxArray* a, const kxArray* b) {
 }
 
 // Null if the reader or the host refuses the input.
-tool::HostArrayPointer read(std::string_view text) {
-  tool::HostArrayPointer array;
+tool::json::HostArrayPointer read(std::string_view text) {
+  tool::json::HostArrayPointer array;
   try {
-    fuzz::isAccepted([&] { array = tool::toHostArray(tool::parseJson(text)); });
-  } catch (const tool::JsonError& refusal) {
+    fuzz::isAccepted([&] { array = tool::json::toHostArray(tool::json::parseJson(text)); });
+  } catch (const tool::json::JsonError& refusal) {
     require(*refusal.what() != '\0', "a refusal says why");
   } catch (const matrix::HostError& refusal) {
     require(refusal.identifier().starts_with("Korvan:"), "the host's errors have a name");
@@ -81,20 +81,20 @@ tool::HostArrayPointer read(std::string_view text) {
   return array;
 }
 
-std::string write(const kxArray* array, tool::JsonWriter::Layout layout) {
+std::string write(const kxArray* array, tool::json::JsonWriter::Layout layout) {
   std::string text;
-  tool::JsonWriter writer(text, layout);
-  tool::writeHostArray(array, writer);
+  tool::json::JsonWriter writer(text, layout);
+  tool::json::writeHostArray(array, writer);
   return text;
 }
 
 void checkRoundTrip(const kxArray* array) {
-  using Layout = tool::JsonWriter::Layout;
+  using Layout = tool::json::JsonWriter::Layout;
   const std::string text = write(array, Layout::Compact);
-  const tool::HostArrayPointer again = read(text);
+  const tool::json::HostArrayPointer again = read(text);
   require(isSame(again.get(), array), "an array reads back the same");
   require(write(again.get(), Layout::Compact) == text, "equal arrays give equal text");
-  const tool::HostArrayPointer other = read(write(array, Layout::Indented));
+  const tool::json::HostArrayPointer other = read(write(array, Layout::Indented));
   require(isSame(other.get(), array), "blanks mean nothing");
 }
 
@@ -103,7 +103,7 @@ void checkRoundTrip(const kxArray* array) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   {
     const hostarray::standin::CallScope scope;
-    const tool::HostArrayPointer array = read(fuzz::textOf(data, size));
+    const tool::json::HostArrayPointer array = read(fuzz::textOf(data, size));
     if (array) checkRoundTrip(array.get());
     require(scope.unowned() == (array ? 1 : 0), "no array is left behind");
   }

@@ -13,6 +13,12 @@ std::string_view trimmed(std::string_view text) {
   return text;
 }
 
+std::string_view trimSlashes(std::string_view path) {
+  while (path.starts_with('/')) path.remove_prefix(1);
+  while (path.ends_with('/')) path.remove_suffix(1);
+  return path;
+}
+
 std::vector<std::string_view> linesOf(std::string_view text) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "opc/Text.h"
+#include "tool/Sha256.h"
 #include "tool/json/DocumentJson.h"
 #include "tool/json/Documents.h"
-#include "tool/Sha256.h"
 
 namespace tool {
 
@@ -21,17 +21,17 @@ using addon::packaging::ConstRecord;
 using Line = std::pair<std::string, std::string>;
 
 void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
-  for (const PresentDocument& document : presentDocuments(package)) {
+  for (const json::PresentDocument& document : json::presentDocuments(package)) {
     lines.emplace_back(document.partName, hashOfPart(package, document.partName));
   }
-  const std::string screenshot = screenshotPart(package);
+  const std::string screenshot = json::screenshotPart(package);
   if (!screenshot.empty()) lines.emplace_back(screenshot, hashOfPart(package, screenshot));
   // Their part holds but some of the properties: as a whole they count as one value.
   AddonProperties properties;
   package.getAddonProperties(properties);
   lines.emplace_back("/properties",
-                     sha256Of(toJson(AddonProperties::kTable, ConstRecord(properties),
-                                     JsonWriter::Layout::Compact)));
+                     sha256Of(json::toJson(AddonProperties::kTable, ConstRecord(properties),
+                                           json::JsonWriter::Layout::Compact)));
 }
 
 void addFiles(AddonPackage& package, const std::vector<Item>& items,

@@ -35,7 +35,7 @@ CandidatesBySum collectCandidates(std::vector<FileDifference>& differences) {
 
 std::string contentKey(const FileDifference& difference, bool withName) {
   const std::string& hash = difference.a != nullptr ? difference.aHash : difference.bHash;
-  return withName ? hash + fileNameOf(difference.path) : hash;
+  return withName ? hash + commands::detail::fileNameOf(difference.path) : hash;
 }
 
 bool isGone(const FileDifference& difference) {

@@ -3,11 +3,13 @@
 
 #include <utility>
 
-#include "tool/process/Background.h"
-#include "tool/commands/detail/PackageAccess.h"
 #include "tool/ProjectDocuments.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/process/Background.h"
 
 namespace tool {
+
+using addon::packaging::AddonPackage;
 
 void fillPackage(const Project& project, const FileChoice& choice, const IgnoreRules& rules,
                  AddonPackage& package) {
@@ -25,14 +27,14 @@ void buildInto(const std::string& folder, const std::string& package,
   choice.leftOut.push_back(package);  // the folder may well hold the place for temporary files
   choice.leftOut.push_back(addon::project::outputPath(project.manifest));
   addon::packaging::AddonProperties properties = propertiesOf(project);
-  std::u16string path = toUtf16("cannot create", package);
+  std::u16string path = commands::detail::toUtf16("cannot create", package);
 
   AddonPackage made(path, properties);
   made.physicalPackage().setReplaceExisting(false);
   fillPackage(project, choice, ignoreRulesOf(project.manifest), made);
   opc::zippackage::WriteOptions options;
   options.level = 0;
-  options.background = secondThread();
+  options.background = process::secondThread();
   made.physicalPackage().setWriteOptions(std::move(options));
   made.logicalPackage().close(false);
 }

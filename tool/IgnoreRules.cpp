@@ -42,7 +42,7 @@ const FindingInfo& findingNamed(std::string_view word) {
   const std::string lower = opc::toLowerAscii(word);
   const std::string_view digits =
       std::string_view(lower).substr(lower.starts_with(kPrefix) ? kPrefix.size() : 0);
-  const auto number = digits.size() == 3 ? toInteger(digits) : std::nullopt;
+  const auto number = digits.size() == 3 ? line::toInteger(digits) : std::nullopt;
   const FindingInfo* info = number && *number > 0
                                 ? addon::checks::findInfo(static_cast<std::uint16_t>(*number))
                                 : nullptr;
@@ -50,8 +50,9 @@ const FindingInfo& findingNamed(std::string_view word) {
 
   const std::vector<std::string> ids = findingIds();
   const std::vector<std::string_view> names(ids.begin(), ids.end());
-  throw UsageError(sentence("unknown finding", word,
-                            text::suggestion(word, names, "findings are called KR101 and so on")));
+  throw process::UsageError(
+      process::sentence("unknown finding", word,
+                        text::suggestion(word, names, "findings are called KR101 and so on")));
 }
 
 IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
@@ -59,8 +60,8 @@ IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
     const std::size_t colon = rule.find(':');
     const FindingId id = findingNamed(rule.substr(0, colon)).id;
     if (colon + 1 == rule.size()) {
-      throw UsageError(
-          sentence("bad value of --ignore", rule, "expected a pattern after the colon"));
+      throw process::UsageError(
+          process::sentence("bad value of --ignore", rule, "expected a pattern after the colon"));
     }
     Rule& added = rules_.emplace_back(Rule{id, std::nullopt});
     if (colon != std::string::npos) added.pattern.emplace(rule.substr(colon + 1));

@@ -34,7 +34,7 @@ FoundPart find(std::string partName, AddonPackage& package) {
 }
 
 FoundPart findDocumentPart(const DocumentTable& table, AddonPackage& package) {
-  for (PresentDocument& document : presentDocuments(package)) {
+  for (json::PresentDocument& document : json::presentDocuments(package)) {
     if (document.name == std::string_view(table.name()))
       return find(std::move(document.partName), package);
   }
@@ -43,8 +43,8 @@ FoundPart findDocumentPart(const DocumentTable& table, AddonPackage& package) {
 
 std::vector<FieldDifference> compareFields(const DocumentTable& table, ComparedPackage& a,
                                            ComparedPackage& b, PackageDifferences& differences) {
-  const ConstRecord aRecord = differences.read.emplace_back(load(table, *a.package)).record;
-  const ConstRecord bRecord = differences.read.emplace_back(load(table, *b.package)).record;
+  const ConstRecord aRecord = differences.read.emplace_back(json::load(table, *a.package)).record;
+  const ConstRecord bRecord = differences.read.emplace_back(json::load(table, *b.package)).record;
   return compareDocuments(table, aRecord, bRecord);
 }
 
@@ -81,8 +81,8 @@ void compareDocument(const DocumentTable& table, ComparedPackage& a, ComparedPac
 }
 
 void compareScreenshots(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences) {
-  const FoundPart aPart = find(screenshotPart(*a.package), *a.package);
-  const FoundPart bPart = find(screenshotPart(*b.package), *b.package);
+  const FoundPart aPart = find(json::screenshotPart(*a.package), *a.package);
+  const FoundPart bPart = find(json::screenshotPart(*b.package), *b.package);
   if (isInOneOnly(kScreenshot, aPart, bPart, differences) || aPart == bPart) return;
   DocumentDifference difference{kScreenshot, Change::Changed, {}};
   if (aPart.name != bPart.name) {

@@ -15,8 +15,8 @@ namespace tool {
 
 /// One of two packages that are compared, open for reading.
 struct ComparedPackage {
-  std::string name;                         ///< as it was given
-  std::unique_ptr<PrivateFile> built = {};  ///< what was built of a folder, to be compared
+  std::string name;                                  ///< as it was given
+  std::unique_ptr<process::PrivateFile> built = {};  ///< what was built of a folder, to be compared
   std::unique_ptr<addon::packaging::AddonPackage> package = {};
   std::vector<Item> items = {};  ///< its files and empty folders
 };

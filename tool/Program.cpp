@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "tool/line/Arguments.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/process/Errors.h"
+#include "tool/line/Arguments.h"
 #include "tool/line/Help.h"
+#include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
@@ -49,39 +49,40 @@ void ignoreBrokenPipes() {
   try {
     if (const auto failure = std::current_exception()) std::rethrow_exception(failure);
   } catch (const std::bad_alloc&) {
-    printLackOfMemory({});
-    ::_exit(static_cast<int>(ExitCode::Failed));
+    report::printLackOfMemory({});
+    ::_exit(static_cast<int>(process::ExitCode::Failed));
   } catch (...) {
     // A fault of the program's own.
   }
   std::abort();
 }
 
-ExitCode print(const std::string& text) {
-  Output output;
+process::ExitCode print(const std::string& text) {
+  report::Output output;
   output.write(text);
   output.flush();
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 /// What was understood so far, for the message of whatever goes wrong.
 struct Context {
-  const CommandSpec* command = nullptr;
+  const line::CommandSpec* command = nullptr;
 };
 
-ExitCode dispatch(const std::vector<std::string>& words, Context& context) {
-  const LeadingArguments leading = parseLeadingArguments(words);
+process::ExitCode dispatch(const std::vector<std::string>& words, Context& context) {
+  const line::LeadingArguments leading = line::parseLeadingArguments(words);
   if (leading.wantsVersion) return print(std::string("kraddon ") + kVersion + "\n");
-  if (leading.wantsHelp) return print(programHelp());
-  if (leading.rest.empty()) throw UsageError("no command is given", "'kraddon help' lists them");
-  context.command = &findCommand(leading.rest[0]);
+  if (leading.wantsHelp) return print(line::programHelp(commands::allCommands()));
+  if (leading.rest.empty())
+    throw process::UsageError("no command is given", "'kraddon help' lists them");
+  context.command = &commands::findCommand(leading.rest[0]);
   bool wantsHelp = false;
-  const Invocation invocation =
-      parseArguments(*context.command, leading.settings,
-                     {leading.rest.begin() + 1, leading.rest.end()}, wantsHelp);
-  if (wantsHelp) return print(helpOf(*context.command));
+  const line::Invocation invocation =
+      line::parseArguments(*context.command, leading.settings,
+                           {leading.rest.begin() + 1, leading.rest.end()}, wantsHelp);
+  if (wantsHelp) return print(line::helpOf(*context.command));
   if (leading.directory && ::chdir(leading.directory->c_str()) != 0) {
-    throw systemFailure("cannot enter the folder", *leading.directory, errno);
+    throw process::systemFailure("cannot enter the folder", *leading.directory, errno);
   }
   return context.command->run(invocation);
 }
@@ -90,41 +91,42 @@ std::string_view nameOf(const Context& context) {
   return context.command == nullptr ? std::string_view() : context.command->name;
 }
 
-ExitCode failureCode(const Context& context) {
-  return context.command == nullptr ? ExitCode::Failed : context.command->failureCode;
+process::ExitCode failureCode(const Context& context) {
+  return context.command == nullptr ? process::ExitCode::Failed : context.command->failureCode;
 }
 
-ExitCode runReportingFailures(const std::vector<std::string>& words, Context& context) {
+process::ExitCode runReportingFailures(const std::vector<std::string>& words, Context& context) {
   try {
     occupyStandardStreams();
     ignoreBrokenPipes();
     return dispatch(words, context);
-  } catch (const Interrupted& interrupted) {
-    Interrupt::die(interrupted.signal);
-  } catch (const UsageError& error) {
-    printError(nameOf(context), error.what(), error.hint());
-    printToStandardError(context.command == nullptr ? programUsage() : usageOf(*context.command));
-    return ExitCode::WrongUsage;
-  } catch (const Failure& failure) {
-    printError(nameOf(context), failure.what(), failure.hint());
+  } catch (const process::Interrupted& interrupted) {
+    process::Interrupt::die(interrupted.signal);
+  } catch (const process::UsageError& error) {
+    report::printError(nameOf(context), error.what(), error.hint());
+    report::printToStandardError(context.command == nullptr ? line::programUsage()
+                                                            : line::usageOf(*context.command));
+    return process::ExitCode::WrongUsage;
+  } catch (const process::Failure& failure) {
+    report::printError(nameOf(context), failure.what(), failure.hint());
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    printError(nameOf(context), error.what());
+    report::printError(nameOf(context), error.what());
   }
   return failureCode(context);
 }
 
 }  // namespace
 
-ExitCode runProgram(std::span<char* const> arguments) {
+process::ExitCode runProgram(std::span<char* const> arguments) {
   Context context;
   std::set_terminate(endWithoutMemory);
   try {
     return runReportingFailures({arguments.begin(), arguments.end()}, context);
   } catch (const std::bad_alloc&) {
     // Of the words, of the work, or of a message about another failure.
-    printLackOfMemory(nameOf(context));
+    report::printLackOfMemory(nameOf(context));
   }
   return failureCode(context);
 }

@@ -9,6 +9,6 @@ namespace tool {
 
 /// Runs the whole program on the words after its name. Reports every failure; ends the process
 /// by the signal that interrupted it, if one did.
-ExitCode runProgram(std::span<char* const> arguments);
+process::ExitCode runProgram(std::span<char* const> arguments);
 
 }  // namespace tool

@@ -11,9 +11,9 @@
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
+#include "tool/TreeWalk.h"
 #include "tool/process/Errors.h"
 #include "tool/process/ReadFile.h"
-#include "tool/TreeWalk.h"
 
 namespace tool {
 
@@ -30,12 +30,13 @@ constexpr std::size_t kLargestText = std::size_t{32} << 20;  // parts end at twi
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string readText(const std::string& path) {
-  std::string text = readWholeFile(path, kLargestText);
+  std::string text = process::readWholeFile(path, kLargestText);
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   // Licenses of the time of line printers have form feeds between their pages.
   std::replace(text.begin(), text.end(), '\f', '\n');
   const std::string fault = addon::project::manifestTextFault(text);
-  if (!fault.empty()) throw Failure(sentence("cannot take the text of", path, fault));
+  if (!fault.empty())
+    throw process::Failure(process::sentence("cannot take the text of", path, fault));
   return text;
 }
 
@@ -76,14 +77,14 @@ std::string manifestPath(const std::string& folder) {
 Project openProject(const std::string& folder) {
   struct stat info {};
   if (::stat(folder.c_str(), &info) != 0) {
-    throw systemFailure("cannot read the folder", folder, errno);
+    throw process::systemFailure("cannot read the folder", folder, errno);
   }
   const std::string path = manifestPath(folder);
   if (::stat(path.c_str(), &info) != 0 && errno == ENOENT) {
-    const Failure missing = systemFailure("cannot read", path, ENOENT);
-    throw Failure(missing.what(), "'kraddon init' writes one to start from");
+    const process::Failure missing = process::systemFailure("cannot read", path, ENOENT);
+    throw process::Failure(missing.what(), "'kraddon init' writes one to start from");
   }
-  return {folder, addon::project::readManifest(readWholeFile(path, kLargestManifest))};
+  return {folder, addon::project::readManifest(process::readWholeFile(path, kLargestManifest))};
 }
 
 std::string textOf(const Project& project, const Text& text, const Text& file,
@@ -91,7 +92,7 @@ std::string textOf(const Project& project, const Text& text, const Text& file,
   if (!file.isGiven()) return text.value;
   try {
     return readText(project.onDisk(file.value));
-  } catch (const Failure& failure) {
+  } catch (const process::Failure& failure) {
     throw ManifestError(file.position, fmt::format("{}: {}", key, failure.what()));
   }
 }

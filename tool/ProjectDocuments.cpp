@@ -15,6 +15,8 @@
 
 namespace tool {
 
+using addon::packaging::AddonPackage;
+
 using namespace addon::packaging;
 using addon::project::ExampleSection;
 using addon::project::ProductSection;
@@ -127,7 +129,7 @@ void storeScreenshot(const Project& project, AddonPackage& package) {
   const std::string path = project.onDisk(screenshot.value);
   try {
     const opc::plservices::FileContentSource probe(path);  // before the part is made
-    std::u16string image = toUtf16("cannot read", path);
+    std::u16string image = commands::detail::toUtf16("cannot read", path);
     package.setScreenshot(image);
   } catch (const opc::Exception& error) {
     throw ManifestError(screenshot.position, fmt::format("package.screenshot: {}", error.what()));

@@ -10,9 +10,9 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
+#include "tool/PatternChoice.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/PatternChoice.h"
 
 namespace tool {
 
@@ -115,7 +115,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
 void storeAddedFiles(const Project& project, AddonPackage& package) {
   const auto& added = project.manifest.files.added;
   for (std::size_t i = 0; i < added.size(); ++i) {
-    Interrupt::check();
+    process::Interrupt::check();
     storeAddedFile(project, added[i], fmt::format("files.add[{}]", i), package);
   }
 }

@@ -95,7 +95,7 @@ IgnoreRules ignoreRulesOf(const Manifest& manifest) {
     const std::string key = fmt::format("verify.ignore[{}]", rules.size());
     try {
       refuseLooseRule(rule, key);
-    } catch (const UsageError& error) {
+    } catch (const process::UsageError& error) {
       throw ManifestError(rule.position, fmt::format("{}: {}", key, error.what()));
     }
     rules.push_back(rule.value);

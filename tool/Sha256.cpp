@@ -26,7 +26,7 @@ std::string sha256Of(opc::InputStream& stream, const std::function<void(std::siz
   std::vector<unsigned char> buffer(std::size_t{64} << 10);
   Sha256 sum;
   while (const std::size_t size = stream.read(buffer.data(), buffer.size())) {
-    Interrupt::check();
+    process::Interrupt::check();
     sum.update(buffer.data(), size);
     if (onRead) onRead(size);
   }

@@ -10,8 +10,8 @@
 #include "opc/plservices/FileContentSource.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/report/Messages.h"
 #include "tool/process/ReadFile.h"
+#include "tool/report/Messages.h"
 
 namespace tool {
 
@@ -30,12 +30,14 @@ bool isFolderOf(AddonPackage& package, const std::string& path) {
   return entry != nullptr && !entry->isFile();
 }
 
-Failure isTaken(const std::string& path, AddonPackage& package) {
+process::Failure isTaken(const std::string& path, AddonPackage& package) {
   if (isFolderOf(package, path)) {
-    return Failure(sentence("cannot add", path, "the package holds a folder of that name"));
+    return process::Failure(
+        process::sentence("cannot add", path, "the package holds a folder of that name"));
   }
-  return Failure(sentence("cannot add", path, "the package holds a file of that name"),
-                 "--replace replaces it");
+  return process::Failure(
+      process::sentence("cannot add", path, "the package holds a file of that name"),
+      "--replace replaces it");
 }
 
 void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
@@ -52,7 +54,7 @@ void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
 
 }  // namespace
 
-SourceFinder::SourceFinder(const Invocation& invocation)
+SourceFinder::SourceFinder(const line::Invocation& invocation)
     : invocation_(invocation),
       patterns_(patternsFor({}, {})),
       package_(identityOf(invocation.operands()[0])) {}
@@ -67,7 +69,7 @@ PatternList SourceFinder::patternsFor(const std::string& folder, const std::stri
 
 void SourceFinder::report(const std::string& path) const {
   if (!invocation_.settings().isVerbose) return;
-  printToStandardError(fmt::format("left out: {}\n", opc::printable(path)));
+  report::printToStandardError(fmt::format("left out: {}\n", opc::printable(path)));
 }
 
 bool SourceFinder::leavesOut(const std::string& path, bool isFolder) const {
@@ -97,7 +99,7 @@ void SourceFinder::collect(const std::string& folder, const std::string& place,
 
 void addIgnoreFile(const std::string& folder, const std::string& place, PatternList& patterns) {
   const std::string file = onDisk(folder, std::string(kIgnoreFile));
-  if (identityOf(file)) patterns.addLines(readWholeFile(file, kLargestIgnoreFile), place);
+  if (identityOf(file)) patterns.addLines(process::readWholeFile(file, kLargestIgnoreFile), place);
 }
 
 std::string joinPath(std::string_view folder, std::string_view name) {
@@ -111,14 +113,14 @@ bool storeFolder(const std::string& path, AddonPackage& package) {
     return true;
   } catch (const FileSystemEntryAlreadyExists&) {
     if (isFolderOf(package, path)) return false;
-    throw Failure(
-        sentence("cannot make the folder", path, "the package holds a file of that name"));
+    throw process::Failure(
+        process::sentence("cannot make the folder", path, "the package holds a file of that name"));
   }
 }
 
 void storeFiles(const std::vector<SourceFile>& files, bool replaces, AddonPackage& package) {
   for (const SourceFile& file : files) {
-    Interrupt::check();
+    process::Interrupt::check();
     if (file.isFolder) {
       storeFolder(file.path, package);
     } else {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "addon/packaging/AddonPackage.h"
-#include "tool/line/Arguments.h"
 #include "tool/TreeWalk.h"
+#include "tool/line/Arguments.h"
 
 namespace tool {
 
@@ -23,7 +23,7 @@ struct SourceFile {
 class SourceFinder {
  public:
   /// The package itself, the first operand, stays out.
-  explicit SourceFinder(const Invocation& invocation);
+  explicit SourceFinder(const line::Invocation& invocation);
 
   /// Whether the patterns leave out a path of the package.
   bool leavesOut(const std::string& path, bool isFolder) const;
@@ -40,7 +40,7 @@ class SourceFinder {
                                           const std::string& place) const;
   void report(const std::string& path) const;
 
-  const Invocation& invocation_;
+  const line::Invocation& invocation_;
   addon::project::PatternList patterns_;
   std::optional<FileIdentity> package_;
 };

@@ -13,9 +13,9 @@
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
+#include "tool/RealPath.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/RealPath.h"
 
 namespace tool {
 
@@ -58,13 +58,13 @@ class TreeWalk {
       : folder_(folder), options_(options) {
     root_.reset(opc::uninterrupted(
         [&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!root_) throw systemFailure("cannot read the folder", folder, errno);
+    if (!root_) throw process::systemFailure("cannot read the folder", folder, errno);
   }
 
   std::vector<WalkedEntry> run() {
     readFolder("", kNoFolder, false);
     while (!pending_.empty()) {
-      Interrupt::check();
+      process::Interrupt::check();
       const Pending next = std::move(pending_.back());
       pending_.pop_back();
       if (next.isFolder) {
@@ -102,12 +102,12 @@ class TreeWalk {
         [&] { return ::openat(root_.get(), path.empty() ? "." : path.c_str(), flags); }));
     struct stat info {};
     if (!file || ::fstat(file.get(), &info) != 0) {
-      throw systemFailure("cannot read the folder", onDisk(path), errno);
+      throw process::systemFailure("cannot read the folder", onDisk(path), errno);
     }
     if (isLink) refuseCircle(path, identity(info), parent);
     folders_.push_back({identity(info), parent});
     DirectoryPointer directory(::fdopendir(file.get()));
-    if (!directory) throw systemFailure("cannot read the folder", onDisk(path), errno);
+    if (!directory) throw process::systemFailure("cannot read the folder", onDisk(path), errno);
     file.release();
     addEntries(path, *directory, isLeftOut(info));
   }
@@ -115,8 +115,8 @@ class TreeWalk {
   void refuseCircle(const std::string& path, FileIdentity target, std::size_t parent) const {
     for (std::size_t i = parent; i != kNoFolder; i = folders_[i].parent) {
       if (folders_[i].identity == target) {
-        throw Failure(sentence("cannot follow the link", onDisk(path),
-                               "it leads to a folder that it lies in"));
+        throw process::Failure(process::sentence("cannot follow the link", onDisk(path),
+                                                 "it leads to a folder that it lies in"));
       }
     }
   }
@@ -147,7 +147,7 @@ class TreeWalk {
       const std::string_view name = entry->d_name;
       if (name != "." && name != "..") entries.push_back({std::string(name), entry->d_type});
     }
-    if (errno != 0) throw systemFailure("cannot read the folder", onDisk(path), errno);
+    if (errno != 0) throw process::systemFailure("cannot read the folder", onDisk(path), errno);
     std::sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) {
       return opc::compareByCodeUnits(a.name, b.name) < 0;
     });
@@ -171,10 +171,12 @@ class TreeWalk {
       return reportLeftOut(path, false);
     }
     if (finalKind == Kind::Other) {
-      throw Failure(sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
+      throw process::Failure(
+          process::sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
     }
     if (!opc::isUtf8(entry.name)) {
-      throw Failure(sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
+      throw process::Failure(
+          process::sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
     }
     pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
   }
@@ -204,19 +206,20 @@ class TreeWalk {
     if (entry.type == DT_LNK) return Kind::Link;
     struct stat info {};
     if (::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
-      throw systemFailure("cannot look at", onDisk(path), errno);
+      throw process::systemFailure("cannot look at", onDisk(path), errno);
     }
     return toKind(info.st_mode);
   }
 
   void checkLink(const std::string& path, int error) {
-    if (error != 0) throw systemFailure("cannot follow the link", onDisk(path), error);
+    if (error != 0) throw process::systemFailure("cannot follow the link", onDisk(path), error);
     if (options_.followsOutside) return;
     const std::string target = realPath(onDisk(path));
     if (liesIn(target, realRoot())) return;
     if (!options_.project.empty() && liesIn(target, realProject())) return;
-    throw Failure(sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
-                  "--follow follows it");
+    throw process::Failure(
+        process::sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
+        "--follow follows it");
   }
 
   const std::string& realRoot() {

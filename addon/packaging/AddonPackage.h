@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "addon/packaging/AddonLicense.h"
@@ -14,6 +15,9 @@
 #include "opc/zippackage/ZipPhysicalPackage.h"
 
 namespace addon::packaging {
+
+/// The usual end of a package's file name.
+inline constexpr std::string_view kPackageExtension = ".kraddon";
 
 /// What kind of add-on a package holds.
 enum AddonType : std::int32_t { Toolbox = 0, Unknown = 1 };

@@ -59,7 +59,7 @@ Report verifyPackage(const std::string& path, const ProgressFunction& progress) 
   Report report;
   const PackageFile file(path);
   inContext([&] { return "cannot check package '" + path + "'"; },
-                        [&] { checkFile(path, file, progress, report); });
+            [&] { checkFile(path, file, progress, report); });
   return report;
 }
 

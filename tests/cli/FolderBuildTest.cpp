@@ -13,9 +13,9 @@
 #include "opc/Exception.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tool/Contents.h"
-#include "tool/process/Errors.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/json/Schemas.h"
+#include "tool/process/Errors.h"
 
 namespace {
 
@@ -38,7 +38,8 @@ class FolderBuild : public testing::Test {
   Paths built(const std::vector<std::string>& leftOut = {}) const {
     tool::buildInto(path("wave"), path("out.zip"), leftOut);
     Paths paths;
-    for (const auto& item : tool::readTree(*tool::openForReading(path("out.zip")))) {
+    for (const auto& item :
+         tool::readTree(*tool::commands::detail::openForReading(path("out.zip")))) {
       paths.push_back(item.path + (item.info.compressed ? " packed" : ""));
     }
     return paths;
@@ -75,7 +76,7 @@ TEST_F(FolderBuild, ReplacesNoFile) {
 TEST_F(FolderBuild, WithoutAManifestFails) {
   fs::remove(path("wave/kraddon.toml"));
 
-  EXPECT_THROW(built(), tool::Failure);
+  EXPECT_THROW(built(), tool::process::Failure);
   EXPECT_FALSE(fs::exists(path("out.zip")));
 }
 
@@ -110,7 +111,7 @@ TEST(ManifestSchema, HasTheKeysThatAreRead) {
   }
   std::set<std::string> described;
 
-  for (const tool::Schema& schema : tool::schemas()) {
+  for (const tool::json::Schema& schema : tool::json::schemas()) {
     if (schema.name == "manifest") addKeys(nlohmann::json::parse(schema.text), "", described);
   }
 

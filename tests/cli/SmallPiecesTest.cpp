@@ -5,9 +5,9 @@
 #include <string>
 
 #include "opc/Streams.h"
+#include "tool/Sha256.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/report/Progress.h"
-#include "tool/Sha256.h"
 
 namespace {
 
@@ -27,23 +27,23 @@ TEST(Sha256, OfAStreamIsThatOfItsBytes) {
 TEST(Progress, TellsFilesBytesRateAndTimeLeft) {
   const opc::interfaces::Progress progress{3, 10, 2000000, 6000000};
 
-  EXPECT_EQ(tool::describeProgress(progress, 2.0, 100),
+  EXPECT_EQ(tool::report::describeProgress(progress, 2.0, 100),
             "3 of 10 files, 2.0 MB of 6.0 MB, 1.0 MB/s, 4 s left");
-  EXPECT_EQ(tool::describeProgress(progress, 2.0, 11), "3 of 10 fi");
+  EXPECT_EQ(tool::report::describeProgress(progress, 2.0, 11), "3 of 10 fi");
 }
 
 TEST(Times, AreWrittenInUtc) {
-  EXPECT_EQ(tool::formatTime(0), "1970-01-01T00:00:00Z");
-  EXPECT_EQ(tool::formatTime(1767225599), "2025-12-31T23:59:59Z");
-  EXPECT_EQ(tool::formatTime(-1), "1969-12-31T23:59:59Z");
-  EXPECT_EQ(tool::formatTime(253402300799), "9999-12-31T23:59:59Z");
+  EXPECT_EQ(tool::commands::detail::formatTime(0), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(tool::commands::detail::formatTime(1767225599), "2025-12-31T23:59:59Z");
+  EXPECT_EQ(tool::commands::detail::formatTime(-1), "1969-12-31T23:59:59Z");
+  EXPECT_EQ(tool::commands::detail::formatTime(253402300799), "9999-12-31T23:59:59Z");
 }
 
 TEST(Names, OfPathsAreTakenApart) {
-  EXPECT_EQ(tool::baseNameOf("a.b/wave.kraddon"), "wave");
-  EXPECT_EQ(tool::baseNameOf("wave"), "wave");
-  EXPECT_EQ(tool::baseNameOf("a/.hidden"), ".hidden");
-  EXPECT_EQ(tool::fileNameOf("a/b/c"), "c");
+  EXPECT_EQ(tool::commands::detail::baseNameOf("a.b/wave.kraddon"), "wave");
+  EXPECT_EQ(tool::commands::detail::baseNameOf("wave"), "wave");
+  EXPECT_EQ(tool::commands::detail::baseNameOf("a/.hidden"), ".hidden");
+  EXPECT_EQ(tool::commands::detail::fileNameOf("a/b/c"), "c");
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ class TreeWalk : public testing::Test {
   std::string error() const {
     try {
       walk();
-    } catch (const tool::Failure& failure) {
+    } catch (const tool::process::Failure& failure) {
       return failure.what();
     }
     return "no error";

@@ -9,51 +9,57 @@
 #include <utility>
 
 #include "opc/Text.h"
+#include "text/Lines.h"
+#include "tool/SourceFiles.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
-#include "tool/SourceFiles.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{
         .name = "FILE", .help = "files, or folders with all below them", .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "into",
-               .valueName = "PATH",
-               .help = "the folder of the package to put them into"},
-    OptionSpec{
+    line::OptionSpec{.longName = "into",
+                     .valueName = "PATH",
+                     .help = "the folder of the package to put them into"},
+    line::OptionSpec{
         .longName = "as", .valueName = "PATH", .help = "the path of one file in the package"},
-    OptionSpec{.longName = "replace", .help = "replace files that the package holds already"},
-    kExcludeOption,
-    kDefaultExcludesOption,
-    kFollowOption,
-    kDryRunOption,
-    kTimestampOption,
-    kLevelOption};
+    line::OptionSpec{.longName = "replace", .help = "replace files that the package holds already"},
+    detail::kExcludeOption,
+    detail::kDefaultExcludesOption,
+    detail::kFollowOption,
+    detail::kDryRunOption,
+    detail::kTimestampOption,
+    detail::kLevelOption};
 
-void requirePath(const Invocation& invocation, std::string_view option) {
+void requirePath(const line::Invocation& invocation, std::string_view option) {
   const std::string name = fmt::format("bad value of --{}", option);
   const auto path = invocation.value(option);
   if (!path) return;
   if (path->empty()) {
     const std::string top = option == "into" ? "'/' is the top of the package" : "";
-    throw UsageError(sentence(name, *path, "the path is empty"), top);
+    throw process::UsageError(process::sentence(name, *path, "the path is empty"), top);
   }
-  if (!opc::isUtf8(*path)) throw UsageError(sentence(name, *path, "it is not UTF-8"));
+  if (!opc::isUtf8(*path))
+    throw process::UsageError(process::sentence(name, *path, "it is not UTF-8"));
 }
 
-void checkOptions(const Invocation& invocation) {
+void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("as", "into");
   if (invocation.has("as") && invocation.operands().size() > 2) {
-    throw UsageError(sentence("bad option", "--as", "it goes with one FILE"));
+    throw process::UsageError(process::sentence("bad option", "--as", "it goes with one FILE"));
   }
   requirePath(invocation, "as");
   requirePath(invocation, "into");
@@ -67,19 +73,20 @@ std::string ownNameOf(std::string_view path) {
 }
 
 /// Where an operand goes in the package; "" is the top, for the content of a folder.
-std::string placeOf(const Invocation& invocation, const std::string& operand) {
+std::string placeOf(const line::Invocation& invocation, const std::string& operand) {
   const auto given = invocation.value("as");
   if (given) return *given;
   const std::string name = ownNameOf(operand);
   if (!opc::isUtf8(name)) {
-    throw Failure(sentence("cannot add", operand, "the name is not UTF-8"));
+    throw process::Failure(process::sentence("cannot add", operand, "the name is not UTF-8"));
   }
-  return joinPath(trimSlashes(invocation.valueOr("into", "")), name);
+  return joinPath(text::trimSlashes(invocation.valueOr("into", "")), name);
 }
 
 class Collector {
  public:
-  explicit Collector(const Invocation& invocation) : invocation_(invocation), finder_(invocation) {}
+  explicit Collector(const line::Invocation& invocation)
+      : invocation_(invocation), finder_(invocation) {}
 
   std::vector<SourceFile> run() {
     const auto& operands = invocation_.operands();
@@ -90,25 +97,28 @@ class Collector {
  private:
   void addOperand(const std::string& operand) {
     struct stat info {};
-    if (::stat(operand.c_str(), &info) != 0) throw systemFailure("cannot add", operand, errno);
+    if (::stat(operand.c_str(), &info) != 0)
+      throw process::systemFailure("cannot add", operand, errno);
     const std::string place = placeOf(invocation_, operand);
     const bool isFolder = S_ISDIR(info.st_mode);
     const bool hasName = !isFolder || !ownNameOf(operand).empty();
     if (hasName && finder_.leavesOut(place, isFolder)) return;
     if (isFolder) return addFolder(operand, place, hasName);
     if (!S_ISREG(info.st_mode)) {
-      throw Failure(sentence("cannot add", operand, "it is neither a file nor a folder"));
+      throw process::Failure(
+          process::sentence("cannot add", operand, "it is neither a file nor a folder"));
     }
     if (finder_.isPackage(operand)) {
-      throw Failure(sentence("cannot add", operand, "it is the package itself"));
+      throw process::Failure(process::sentence("cannot add", operand, "it is the package itself"));
     }
     files_.push_back({operand, place, false});
   }
 
   void addFolder(std::string folder, const std::string& place, bool hasName) {
     if (invocation_.has("as")) {
-      throw Failure(sentence("cannot add", folder, "it is a folder, and --as is for one file"),
-                    "--into puts it into a folder of the package");
+      throw process::Failure(
+          process::sentence("cannot add", folder, "it is a folder, and --as is for one file"),
+          "--into puts it into a folder of the package");
     }
     while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
     const std::size_t before = files_.size();
@@ -119,7 +129,7 @@ class Collector {
     }
   }
 
-  const Invocation& invocation_;
+  const line::Invocation& invocation_;
   SourceFinder finder_;
   std::vector<SourceFile> files_;
 };
@@ -131,33 +141,34 @@ void requireDistinct(const std::vector<SourceFile>& files) {
   for (const SourceFile& file : files) {
     const auto [other, isNew] = byPath.emplace(file.path, &file);
     if (isNew || (file.isFolder && other->second->isFolder)) continue;
-    throw Failure(
-        sentence("cannot add", file.diskPath,
-                 fmt::format("'{}' goes to '{}' as well", other->second->diskPath, file.path)));
+    throw process::Failure(process::sentence(
+        "cannot add", file.diskPath,
+        fmt::format("'{}' goes to '{}' as well", other->second->diskPath, file.path)));
   }
   for (const SourceFile& file : files) {
     const std::string_view path = file.path;
     for (std::size_t end = path.find('/'); end != path.npos; end = path.find('/', end + 1)) {
       const auto other = byPath.find(path.substr(0, end));
       if (other == byPath.end() || other->second->isFolder) continue;
-      throw Failure(sentence("cannot add", file.diskPath,
-                             fmt::format("'{}' goes to '{}', where a folder has to be",
-                                         other->second->diskPath, other->first)));
+      throw process::Failure(
+          process::sentence("cannot add", file.diskPath,
+                            fmt::format("'{}' goes to '{}', where a folder has to be",
+                                        other->second->diskPath, other->first)));
     }
   }
 }
 
 void printPlan(const std::vector<SourceFile>& files) {
-  Output output;
+  report::Output output;
   for (const SourceFile& file : files) {
     output.write(output.shown(file.path) + (file.isFolder ? "/\n" : "\n"));
   }
   output.flush();
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   checkOptions(invocation);
-  auto options = writeOptionsOf(invocation);
+  auto options = detail::writeOptionsOf(invocation);
   const std::string& path = invocation.operands()[0];
   std::vector<SourceFile> files;
   const auto add = [&](AddonPackage& package) {
@@ -166,24 +177,24 @@ ExitCode run(const Invocation& invocation) {
     storeFiles(files, invocation.has("replace"), package);
   };
   if (invocation.has("dry-run")) {
-    rehearseChange(path, add);
+    detail::rehearseChange(path, add);
     printPlan(files);
   } else {
-    changePackage(path, std::move(options), invocation, add);
+    detail::changePackage(path, std::move(options), invocation, add);
   }
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon add kit.kraddon wave.m --into lib", "stores wave.m as lib/wave.m"},
-    ExampleSpec{"kraddon add kit.kraddon docs --replace",
-                "stores a folder over what is there of it"},
-    ExampleSpec{"kraddon add kit.kraddon notes.txt --as README.txt",
-                "stores a file under another name"}};
+    line::ExampleSpec{"kraddon add kit.kraddon wave.m --into lib", "stores wave.m as lib/wave.m"},
+    line::ExampleSpec{"kraddon add kit.kraddon docs --replace",
+                      "stores a folder over what is there of it"},
+    line::ExampleSpec{"kraddon add kit.kraddon notes.txt --as README.txt",
+                      "stores a file under another name"}};
 
 }  // namespace
 
-constexpr CommandSpec kAddCommand{
+constexpr line::CommandSpec kAddCommand{
     .name = "add",
     .summary = "adds files and folders",
     .description =
@@ -196,4 +207,4 @@ constexpr CommandSpec kAddCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -15,22 +15,26 @@
 #include "addon/checks/AddonVerification.h"
 #include "opc/Text.h"
 #include "text/ByteCount.h"
-#include "tool/line/Arguments.h"
-#include "tool/report/BuildReport.h"
 #include "tool/Digest.h"
-#include "tool/process/Errors.h"
-#include "tool/report/FindingPrinter.h"
 #include "tool/FolderBuild.h"
-#include "tool/process/Interrupt.h"
-#include "tool/report/Messages.h"
-#include "tool/commands/detail/NewPackage.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/report/Progress.h"
 #include "tool/Project.h"
 #include "tool/RealPath.h"
 #include "tool/TreeWalk.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/NewPackage.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/BuildReport.h"
+#include "tool/report/FindingPrinter.h"
+#include "tool/report/Messages.h"
+#include "tool/report/Progress.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
@@ -39,26 +43,26 @@ using opc::checks::Report;
 using opc::zippackage::WriteOptions;
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "FOLDER", .help = "the project (default: .)", .isRequired = false}};
+    line::OperandSpec{.name = "FOLDER", .help = "the project (default: .)", .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "output",
-               .shortName = 'o',
-               .valueName = "PACKAGE",
-               .help = "the file to make (default: NAME-VERSION.kraddon)"},
-    OptionSpec{.longName = "force", .help = "replace an existing file"},
-    kExcludeOption,
-    kFollowOption,
-    OptionSpec{.longName = "dry-run", .help = "print what would go in, write nothing"},
-    OptionSpec{.longName = "strict", .help = "warnings stop the build, too"},
-    OptionSpec{.longName = "no-verify", .help = "do not check the result"},
-    kJsonOption,
-    kTimestampOption,
-    kLevelOption};
+    line::OptionSpec{.longName = "output",
+                     .shortName = 'o',
+                     .valueName = "PACKAGE",
+                     .help = "the file to make (default: NAME-VERSION.kraddon)"},
+    line::OptionSpec{.longName = "force", .help = "replace an existing file"},
+    detail::kExcludeOption,
+    detail::kFollowOption,
+    line::OptionSpec{.longName = "dry-run", .help = "print what would go in, write nothing"},
+    line::OptionSpec{.longName = "strict", .help = "warnings stop the build, too"},
+    line::OptionSpec{.longName = "no-verify", .help = "do not check the result"},
+    detail::kJsonOption,
+    detail::kTimestampOption,
+    detail::kLevelOption};
 
 /// Everything that is settled before the work begins.
 struct Task {
-  const Invocation& invocation;
+  const line::Invocation& invocation;
   Project project;
   IgnoreRules rules;
   std::string output;
@@ -72,7 +76,7 @@ struct Task {
 /// The checks refused the package.
 struct Refused {};
 
-std::string folderOf(const Invocation& invocation) {
+std::string folderOf(const line::Invocation& invocation) {
   return invocation.operands().empty() ? "." : invocation.operands()[0];
 }
 
@@ -84,7 +88,7 @@ bool isOfProject(const std::string& output, const Project& project) {
 
 /// What is empty or no regular file is for others to judge.
 bool mayBePackage(const std::string& path) {
-  if (path.ends_with(kPackageExtension)) return true;
+  if (path.ends_with(addon::packaging::kPackageExtension)) return true;
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return true;
   std::array<char, 2> begin{};
@@ -97,22 +101,26 @@ bool mayBePackage(const std::string& path) {
 void refuseSources(const std::string& output, const Project& project, bool isForced) {
   const std::optional<FileIdentity> existing = identityOf(output);
   if (existing && existing == identityOf(manifestPath(project.folder))) {
-    throw Failure(sentence("cannot create", output, "it is the manifest of the project"));
+    throw process::Failure(
+        process::sentence("cannot create", output, "it is the manifest of the project"));
   }
   if (existing && isForced && isOfProject(output, project) && !mayBePackage(output)) {
-    throw Failure(sentence("cannot create", output, "a file of the project is there, no package"));
+    throw process::Failure(
+        process::sentence("cannot create", output, "a file of the project is there, no package"));
   }
 }
 
-Task prepare(const Invocation& invocation) {
+Task prepare(const line::Invocation& invocation) {
   invocation.refuseTogether("no-verify", "strict");
   const std::optional<std::string> asked = invocation.value("output");
   if (asked == "-") {
-    throw UsageError(sentence("bad value of --output", "-", "a package is a file"));
+    throw process::UsageError(
+        process::sentence("bad value of --output", "-", "a package is a file"));
   }
-  WriteOptions options = writeOptionsOf(invocation);
+  WriteOptions options = detail::writeOptionsOf(invocation);
   Project project = openProject(folderOf(invocation));
-  if (!invocation.has(kLevelOption.longName)) options.level = project.manifest.build.level.value;
+  if (!invocation.has(detail::kLevelOption.longName))
+    options.level = project.manifest.build.level.value;
   IgnoreRules rules = ignoreRulesOf(project.manifest);
   std::string output = asked ? *asked : addon::project::outputPath(project.manifest);
   refuseSources(output, project, invocation.has("force"));
@@ -126,7 +134,7 @@ FileChoice choiceOf(const Task& task) {
   choice.leftOut = {task.output};
   if (task.invocation.settings().isVerbose) {
     choice.onLeftOut = [](const std::string& path, const std::string& why) {
-      printToStandardError(fmt::format("left out: {} ({})\n", opc::printable(path), why));
+      report::printToStandardError(fmt::format("left out: {} ({})\n", opc::printable(path), why));
     };
   }
   return choice;
@@ -141,40 +149,40 @@ bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
 }
 
 /// Looks at the package while it has no place yet.
-void inspect(const std::string& path, const Task& task, BuildResult& result) {
-  Interrupt::check();
+void inspect(const std::string& path, const Task& task, report::BuildResult& result) {
+  process::Interrupt::check();
   struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot look at", path, errno);
+  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot look at", path, errno);
   result.size = static_cast<std::uint64_t>(info.st_size);
-  ProgressBar bar(task.invocation.settings());
+  report::ProgressBar bar(task.invocation.settings());
   if (task.verifies()) {
     const Report report = addon::checks::verifyAddon(path, bar.function());
     result.verdict = judge(task.output, report, task.rules);
     if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
   }
   if (task.invocation.has("json")) {
-    const auto package = openForReading(path);
+    const auto package = detail::openForReading(path);
     result.digest = contentDigest(*package, readTree(*package), bar.function());
   }
 }
 
 /// All that can be known without a file: the checks of the container have nothing to look at.
-BuildResult rehearse(const Task& task) {
-  Interrupt::defer();  // a large screenshot is parked in a file
-  requireFreePlace(task.output, true);
+report::BuildResult rehearse(const Task& task) {
+  process::Interrupt::defer();  // a large screenshot is parked in a file
+  detail::requireFreePlace(task.output, true);
   AddonProperties properties = propertiesOf(task.project);
-  std::u16string path = toUtf16("cannot create", task.output);
+  std::u16string path = detail::toUtf16("cannot create", task.output);
   AddonPackage package(path, properties);
   fillPackage(task.project, choiceOf(task), task.rules, package);
   const std::vector<Item> items = readTree(package);
-  BuildResult result = resultFor(task.output, items);
+  report::BuildResult result = report::resultFor(task.output, items);
   if (task.verifies()) {
     Report report;
     addon::checks::checkAddon(package, report);
     result.verdict = judge(task.output, report, task.rules);
   }
   if (task.invocation.has("json")) {
-    ProgressBar bar(task.invocation.settings());
+    report::ProgressBar bar(task.invocation.settings());
     result.digest = contentDigest(package, items, bar.function());
   }
   return result;
@@ -183,21 +191,22 @@ BuildResult rehearse(const Task& task) {
 void warnOfExisting(const Task& task) {
   struct stat info {};
   if (task.isForced() || ::stat(task.output.c_str(), &info) != 0) return;
-  printWarning(task.invocation, sentence("cannot create", task.output,
+  report::printWarning(task.invocation,
+                       process::sentence("cannot create", task.output,
                                          "it exists already, and only --force replaces it"));
 }
 
-void print(const BuildResult& result, const Task& task) {
+void print(const report::BuildResult& result, const Task& task) {
   const bool isQuiet = task.invocation.settings().isQuiet;
   const bool isGood = !result.verdict || isAcceptable(*result.verdict, task.isStrict());
   if (result.verdict && !(isQuiet && isGood)) {
-    printToStandardError(describeFindings(*result.verdict));
+    report::printToStandardError(report::describeFindings(*result.verdict));
   }
-  Output output;
+  report::Output output;
   if (task.invocation.has("json")) {
-    printBuildAsJson(result, output);
+    report::printBuildAsJson(result, output);
   } else if (task.invocation.has("dry-run")) {
-    printBuildPlan(result, output);
+    report::printBuildPlan(result, output);
   }
   output.flush();
 }
@@ -209,18 +218,18 @@ void print(const BuildResult& result, const Task& task) {
   } else if (!verdict.isGood(task.isStrict())) {
     why = "it has " + text::counted(verdict.warnings, "warning") + ", and 'strict' is set";
   }
-  throw Failure(sentence("cannot build", task.output, why),
-                "'kraddon verify --explain ID' says what to do about a finding");
+  throw process::Failure(process::sentence("cannot build", task.output, why),
+                         "'kraddon verify --explain ID' says what to do about a finding");
 }
 
 /// What is told has to be told before the package takes its place: where that fails, the old one
 /// stays.
-BuildResult build(Task& task) {
-  NewPackage target(task.output, task.isForced());
+report::BuildResult build(Task& task) {
+  detail::NewPackage target(task.output, task.isForced());
   AddonProperties properties = propertiesOf(task.project);
   AddonPackage& package = target.open(properties, task.options.timestamp);
   fillPackage(task.project, choiceOf(task), task.rules, package);
-  BuildResult result = resultFor(task.output, readTree(package));
+  report::BuildResult result = report::resultFor(task.output, readTree(package));
   task.options.inspect = [&](const std::string& path) {
     inspect(path, task, result);
     result.isWritten = true;
@@ -238,37 +247,37 @@ BuildResult build(Task& task) {
 
 void dryRun(const Task& task) {
   warnOfExisting(task);
-  const BuildResult result = rehearse(task);
+  const report::BuildResult result = rehearse(task);
   print(result, task);
   if (result.verdict && !isAcceptable(*result.verdict, task.isStrict())) {
     refuse(*result.verdict, task);
   }
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   Task task = prepare(invocation);
   if (invocation.has("dry-run")) {
     dryRun(task);
-    return ExitCode::Done;
+    return process::ExitCode::Done;
   }
-  const BuildResult result = build(task);
+  const report::BuildResult result = build(task);
   if (invocation.settings().isVerbose) {
-    printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
-                                     describeContent(result.totals)));
+    report::printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
+                                             report::describeContent(result.totals)));
   }
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon build", "makes the package of the project in this folder"},
-    ExampleSpec{"kraddon build wave -o dist/wave.kraddon --force --timestamp 0",
-                "gives the same bytes each time"},
-    ExampleSpec{"kraddon build --dry-run -v", "shows what would go in, and what would not"},
-    ExampleSpec{"kraddon build --strict --json", "for a pipeline: nothing doubtful passes"}};
+    line::ExampleSpec{"kraddon build", "makes the package of the project in this folder"},
+    line::ExampleSpec{"kraddon build wave -o dist/wave.kraddon --force --timestamp 0",
+                      "gives the same bytes each time"},
+    line::ExampleSpec{"kraddon build --dry-run -v", "shows what would go in, and what would not"},
+    line::ExampleSpec{"kraddon build --strict --json", "for a pipeline: nothing doubtful passes"}};
 
 }  // namespace
 
-constexpr CommandSpec kBuildCommand{
+constexpr line::CommandSpec kBuildCommand{
     .name = "build",
     .summary = "makes the package of a project from its kraddon.toml",
     .description =
@@ -283,4 +292,4 @@ constexpr CommandSpec kBuildCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -9,37 +9,38 @@
 #include "hostarray/matrix.h"
 #include "hostarray/standin/testing.h"
 #include "opc/Text.h"
-#include "tool/line/Arguments.h"
-#include "tool/process/Errors.h"
+#include "tool/TreeWalk.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/Gateways.h"
 #include "tool/json/HostJson.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/report/Output.h"
 #include "tool/process/PackageLock.h"
 #include "tool/process/ReadFile.h"
-#include "tool/TreeWalk.h"
+#include "tool/report/Output.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "GATEWAY",
-                .help = "the name of a gateway",
-                .choices = gatewayNames,
-                .hint = "'kraddon help call' lists them"},
-    OperandSpec{.name = "ARG",
-                .help = "a JSON value, @FILE with one in it, or plain text",
-                .isRequired = false,
-                .isRepeatable = true}};
+    line::OperandSpec{.name = "GATEWAY",
+                      .help = "the name of a gateway",
+                      .choices = detail::gatewayNames,
+                      .hint = "'kraddon help call' lists them"},
+    line::OperandSpec{.name = "ARG",
+                      .help = "a JSON value, @FILE with one in it, or plain text",
+                      .isRequired = false,
+                      .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "nlhs",
-               .valueName = "N",
-               .help = "how many outputs to ask for (default: what the gateway allows)"},
-    OptionSpec{.longName = "library",
-               .valueName = "FILE",
-               .help = "the shared library (default: the one beside the program)"}};
+    line::OptionSpec{.longName = "nlhs",
+                     .valueName = "N",
+                     .help = "how many outputs to ask for (default: what the gateway allows)"},
+    line::OptionSpec{.longName = "library",
+                     .valueName = "FILE",
+                     .help = "the shared library (default: the one beside the program)"}};
 
 constexpr std::string_view kDescription =
     "The gateways are addonCreatePackage, addonSetProperties, addonGetProperties,\n"
@@ -59,36 +60,37 @@ constexpr std::string_view kDescription =
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 constexpr std::int64_t kMostOutputs = 64;
 
-JsonValue readArgument(const std::string& word) {
-  if (word.starts_with('@')) return parseJson(readInput(word.substr(1), kLargestFile));
-  std::optional<JsonValue> value = parseJsonIfAny(word);
+json::JsonValue readArgument(const std::string& word) {
+  if (word.starts_with('@'))
+    return json::parseJson(process::readInput(word.substr(1), kLargestFile));
+  std::optional<json::JsonValue> value = json::parseJsonIfAny(word);
   if (value) return std::move(*value);
-  if (!opc::isUtf8(word)) throw JsonError("it is not UTF-8");
+  if (!opc::isUtf8(word)) throw json::JsonError("it is not UTF-8");
   return word;
 }
 
-HostArrayPointer toArgument(std::size_t number, const std::string& word) {
+json::HostArrayPointer toArgument(std::size_t number, const std::string& word) {
   try {
-    return toHostArray(readArgument(word));
-  } catch (const JsonError& error) {
+    return json::toHostArray(readArgument(word));
+  } catch (const json::JsonError& error) {
     const std::string which = word.starts_with('@') ? word : std::to_string(number);
-    throw Failure(sentence("bad argument", which, error.what()));
+    throw process::Failure(process::sentence("bad argument", which, error.what()));
   }
 }
 
-HostArrayPointer callGateway(GatewayFunction gateway, int outputs,
-                             const std::vector<HostArrayPointer>& arguments) {
+json::HostArrayPointer callGateway(GatewayFunction gateway, int outputs,
+                                   const std::vector<json::HostArrayPointer>& arguments) {
   std::vector<const kxArray*> inputs;
   inputs.reserve(arguments.size());
-  for (const HostArrayPointer& argument : arguments) inputs.push_back(argument.get());
+  for (const json::HostArrayPointer& argument : arguments) inputs.push_back(argument.get());
   std::vector<kxArray*> slots(static_cast<std::size_t>(std::max(outputs, 1)), nullptr);
   hostarray::standin::CallScope scope;
   gateway(outputs, slots.data(), static_cast<int>(inputs.size()), inputs.data());
-  return HostArrayPointer(scope.keep(slots[0]));
+  return json::HostArrayPointer(scope.keep(slots[0]));
 }
 
 /// The package that a gateway works on, "" when there is no such argument.
-std::string pathOf(const std::vector<HostArrayPointer>& arguments) {
+std::string pathOf(const std::vector<json::HostArrayPointer>& arguments) {
   if (arguments.empty() || !kxIsChar(arguments[0].get())) return {};
   const kxArray* path = arguments[0].get();
   return opc::toUtf8ForDisplay({kxGetConstChars(path), kxGetNumberOfElements(path)});
@@ -96,68 +98,68 @@ std::string pathOf(const std::vector<HostArrayPointer>& arguments) {
 
 /// Whether the gateway writes to the package itself.
 bool changesPackage(std::size_t slot) {
-  const Gateway& gateway = gatewayAt(slot);
+  const detail::Gateway& gateway = detail::gatewayAt(slot);
   return gateway.outputs == 0 && gateway.name != "addonExtractAllFiles";
 }
 
 void printArray(const kxArray* array) {
   std::string text;
-  JsonWriter writer(text, JsonWriter::Layout::Compact);
+  json::JsonWriter writer(text, json::JsonWriter::Layout::Compact);
   try {
-    writeHostArray(array, writer);
-  } catch (const JsonError& error) {
-    throw Failure(sentence("cannot print", "the output", error.what()));
+    json::writeHostArray(array, writer);
+  } catch (const json::JsonError& error) {
+    throw process::Failure(process::sentence("cannot print", "the output", error.what()));
   }
-  Output output;
+  report::Output output;
   output.write(text);
   output.write("\n");
   output.flush();
 }
 
-ExitCode call(const Invocation& invocation) {
+process::ExitCode call(const line::Invocation& invocation) {
   const auto& words = invocation.operands();
-  const std::size_t slot = gatewaySlot(words[0]);
+  const std::size_t slot = detail::gatewaySlot(words[0]);
   if (invocation.value("library") == "") {
-    throw UsageError(sentence("bad value of --library", "", "the path is empty"));
+    throw process::UsageError(process::sentence("bad value of --library", "", "the path is empty"));
   }
   const int outputs = static_cast<int>(
-      invocation.number("nlhs", 0, kMostOutputs).value_or(gatewayAt(slot).outputs));
-  std::vector<HostArrayPointer> arguments;
+      invocation.number("nlhs", 0, kMostOutputs).value_or(detail::gatewayAt(slot).outputs));
+  std::vector<json::HostArrayPointer> arguments;
   for (std::size_t i = 1; i < words.size(); ++i) arguments.push_back(toArgument(i, words[i]));
-  const HostFunctionTable& table = loadFunctionTable(invocation.valueOr("library", ""));
+  const HostFunctionTable& table = detail::loadFunctionTable(invocation.valueOr("library", ""));
 
   // A gateway knows nothing of signals, and one that killed it would leave half a file behind.
-  Interrupt::deferAndStopWriting();
+  process::Interrupt::deferAndStopWriting();
   const std::string package = pathOf(arguments);
-  std::optional<PackageLock> lock;
+  std::optional<process::PackageLock> lock;
   if (changesPackage(slot)) lock.emplace(package);
   const auto before = identityOf(package);
-  const HostArrayPointer result = callGateway(table.entryPoints[slot], outputs, arguments);
+  const json::HostArrayPointer result = callGateway(table.entryPoints[slot], outputs, arguments);
   const bool isReplaced = identityOf(package) != before;
-  if (!isReplaced) Interrupt::check();
+  if (!isReplaced) process::Interrupt::check();
   if (result) printArray(result.get());
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   try {
     return call(invocation);
   } catch (const matrix::HostError& error) {
-    throw Failure(fmt::format("{}: {}", error.identifier(), error.what()));
+    throw process::Failure(fmt::format("{}: {}", error.identifier(), error.what()));
   }
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon call addonGetFileList kit.kraddon",
-                "prints the file list as the host gets it"},
-    ExampleSpec{"kraddon call addonSetLicense kit.kraddon @license.json",
-                "stores the struct in license.json"},
-    ExampleSpec{"kraddon call addonAddFiles kit.kraddon '[\"wave.m\"]' '[\"lib/wave.m\"]'",
-                "adds a file under a path"}};
+    line::ExampleSpec{"kraddon call addonGetFileList kit.kraddon",
+                      "prints the file list as the host gets it"},
+    line::ExampleSpec{"kraddon call addonSetLicense kit.kraddon @license.json",
+                      "stores the struct in license.json"},
+    line::ExampleSpec{"kraddon call addonAddFiles kit.kraddon '[\"wave.m\"]' '[\"lib/wave.m\"]'",
+                      "adds a file under a path"}};
 
 }  // namespace
 
-constexpr CommandSpec kCallCommand{
+constexpr line::CommandSpec kCallCommand{
     .name = "call",
     .summary = "calls one gateway of the shared library, as the host does",
     .description = kDescription,
@@ -166,4 +168,4 @@ constexpr CommandSpec kCallCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -2,17 +2,19 @@
 #include <array>
 #include <string>
 
+#include "tool/commands/CommandTable.h"
 #include "tool/line/Arguments.h"
 #include "tool/line/Completion.h"
 #include "tool/report/Output.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "SHELL", .help = "bash, zsh or fish", .choices = completionShells},
-    OperandSpec{
+    line::OperandSpec{
+        .name = "SHELL", .help = "bash, zsh or fish", .choices = line::completionShells},
+    line::OperandSpec{
         .name = "WORD",
         .help = "what was typed up to the cursor, without quotes: the script asks what fits",
         .isRequired = false,
@@ -25,17 +27,19 @@ constexpr std::string_view kDescription =
     "candidates, each with a tab and a description if it has one; every item ended by a NUL.";
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon completion bash > ~/.local/share/bash-completion/completions/kraddon",
-                "for bash, from the next one started on"},
-    ExampleSpec{"kraddon completion zsh > ~/.zfunc/_kraddon",
-                "for zsh, with ~/.zfunc in its fpath"},
-    ExampleSpec{"kraddon completion fish > ~/.config/fish/completions/kraddon.fish", "for fish"}};
+    line::ExampleSpec{
+        "kraddon completion bash > ~/.local/share/bash-completion/completions/kraddon",
+        "for bash, from the next one started on"},
+    line::ExampleSpec{"kraddon completion zsh > ~/.zfunc/_kraddon",
+                      "for zsh, with ~/.zfunc in its fpath"},
+    line::ExampleSpec{"kraddon completion fish > ~/.config/fish/completions/kraddon.fish",
+                      "for fish"}};
 
-std::string recordsOf(const Completion& completion) {
+std::string recordsOf(const line::Completion& completion) {
   std::string text = completion.arePaths ? "paths" : "words";
   text += '\0';
   text += completion.prefix + '\0';
-  for (const Candidate& candidate : completion.candidates) {
+  for (const line::Candidate& candidate : completion.candidates) {
     text += candidate.word;
     if (!candidate.description.empty()) text += '\t' + candidate.description;
     text += '\0';
@@ -43,22 +47,22 @@ std::string recordsOf(const Completion& completion) {
   return text;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const auto& words = invocation.operands();
-  const std::string_view script = completionScript(words[0]);
-  Output output;
+  const std::string_view script = line::completionScript(words[0]);
+  report::Output output;
   if (words.size() == 1) {
     output.write(script);
   } else {
-    output.write(recordsOf(complete({words.begin() + 1, words.end()})));
+    output.write(recordsOf(line::complete(allCommands(), {words.begin() + 1, words.end()})));
   }
   output.flush();
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 }  // namespace
 
-constexpr CommandSpec kCompletionCommand{
+constexpr line::CommandSpec kCompletionCommand{
     .name = "completion",
     .summary = "prints the script that completes lines in a shell",
     .description = kDescription,
@@ -66,4 +70,4 @@ constexpr CommandSpec kCompletionCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -7,52 +7,58 @@
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
-#include "tool/line/Arguments.h"
-#include "tool/process/Errors.h"
+#include "tool/SourceFiles.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/NewPackage.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/SourceFiles.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
 using addon::packaging::AddonProperties;
 
-constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the file to make"},
-                               OperandSpec{.name = "FOLDER",
-                                           .help = "the folder whose files and empty folders go in",
-                                           .isRequired = false}};
+constexpr std::array kOperands{
+    line::OperandSpec{.name = "PACKAGE", .help = "the file to make"},
+    line::OperandSpec{.name = "FOLDER",
+                      .help = "the folder whose files and empty folders go in",
+                      .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{
+    line::OptionSpec{
         .longName = "name", .valueName = "TEXT", .help = "the add-on's name", .isRequired = true},
-    OptionSpec{.longName = "version", .valueName = "TEXT", .help = "its version, default 1.0"},
-    OptionSpec{.longName = "summary", .valueName = "TEXT", .help = "what it is, in one line"},
-    OptionSpec{.longName = "description", .valueName = "TEXT", .help = "what it is, at length"},
-    OptionSpec{.longName = "author", .valueName = "TEXT", .help = "the author's name"},
-    OptionSpec{.longName = "contact", .valueName = "TEXT", .help = "how to reach the author"},
-    OptionSpec{
+    line::OptionSpec{
+        .longName = "version", .valueName = "TEXT", .help = "its version, default 1.0"},
+    line::OptionSpec{.longName = "summary", .valueName = "TEXT", .help = "what it is, in one line"},
+    line::OptionSpec{
+        .longName = "description", .valueName = "TEXT", .help = "what it is, at length"},
+    line::OptionSpec{.longName = "author", .valueName = "TEXT", .help = "the author's name"},
+    line::OptionSpec{.longName = "contact", .valueName = "TEXT", .help = "how to reach the author"},
+    line::OptionSpec{
         .longName = "organization", .valueName = "TEXT", .help = "the author's organization"},
-    OptionSpec{.longName = "guid",
-               .valueName = "TEXT",
-               .help = "its GUID (default: a fresh one, or with a fixed time the name's)"},
-    kExcludeOption,
-    kDefaultExcludesOption,
-    kFollowOption,
-    OptionSpec{.longName = "force", .help = "replace an existing file"},
-    kTimestampOption,
-    kLevelOption};
+    line::OptionSpec{.longName = "guid",
+                     .valueName = "TEXT",
+                     .help = "its GUID (default: a fresh one, or with a fixed time the name's)"},
+    detail::kExcludeOption,
+    detail::kDefaultExcludesOption,
+    detail::kFollowOption,
+    line::OptionSpec{.longName = "force", .help = "replace an existing file"},
+    detail::kTimestampOption,
+    detail::kLevelOption};
 
-std::u16string text(const Invocation& invocation, std::string_view option,
+std::u16string text(const line::Invocation& invocation, std::string_view option,
                     std::string_view otherwise = {}) {
   const std::string value = invocation.valueOr(option, otherwise);
   const std::string fault = addon::project::xmlTextFault(value);
   if (fault.empty()) return opc::fromUtf8(value);
-  throw UsageError(sentence(fmt::format("bad value of --{}", option), value, fault));
+  throw process::UsageError(
+      process::sentence(fmt::format("bad value of --{}", option), value, fault));
 }
 
-AddonProperties propertiesOf(const Invocation& invocation, bool hasFixedTime) {
+AddonProperties propertiesOf(const line::Invocation& invocation, bool hasFixedTime) {
   AddonProperties properties;
   properties.type = u"Korvan Toolbox";
   properties.name = text(invocation, "name");
@@ -70,31 +76,33 @@ AddonProperties propertiesOf(const Invocation& invocation, bool hasFixedTime) {
   return properties;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const auto& operands = invocation.operands();
   if (invocation.valueOr("name", "").empty()) {
-    throw UsageError(sentence("bad value of --name", "", "an add-on needs a name"));
+    throw process::UsageError(
+        process::sentence("bad value of --name", "", "an add-on needs a name"));
   }
-  auto options = writeOptionsOf(invocation);
+  auto options = detail::writeOptionsOf(invocation);
   AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());
 
-  NewPackage target(operands[0], invocation.has("force"));
+  detail::NewPackage target(operands[0], invocation.has("force"));
   std::vector<SourceFile> files;
   if (operands.size() > 1) SourceFinder(invocation).collect(operands[1], "", files);
   storeFiles(files, false, target.open(properties, options.timestamp));
   target.commit(std::move(options), invocation.settings());
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon create kit.kraddon src --name 'Signal Kit'", "packs what is in src"},
-    ExampleSpec{"kraddon create kit.kraddon src --name Kit --exclude '*.bak' --timestamp 0",
-                "leaves out backups; gives the same bytes each time"},
-    ExampleSpec{"kraddon create empty.kraddon --name Empty", "makes a package without files"}};
+    line::ExampleSpec{"kraddon create kit.kraddon src --name 'Signal Kit'", "packs what is in src"},
+    line::ExampleSpec{"kraddon create kit.kraddon src --name Kit --exclude '*.bak' --timestamp 0",
+                      "leaves out backups; gives the same bytes each time"},
+    line::ExampleSpec{"kraddon create empty.kraddon --name Empty",
+                      "makes a package without files"}};
 
 }  // namespace
 
-constexpr CommandSpec kCreateCommand{
+constexpr line::CommandSpec kCreateCommand{
     .name = "create",
     .summary = "makes a new package",
     .description =
@@ -106,4 +114,4 @@ constexpr CommandSpec kCreateCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -6,43 +6,49 @@
 #include <system_error>
 #include <vector>
 
-#include "tool/line/Arguments.h"
-#include "tool/report/DifferencePrinter.h"
-#include "tool/process/Errors.h"
 #include "tool/FolderBuild.h"
+#include "tool/PackageComparison.h"
+#include "tool/Project.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
+#include "tool/process/PrivateFile.h"
+#include "tool/report/DifferencePrinter.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/PackageComparison.h"
-#include "tool/process/PrivateFile.h"
 #include "tool/report/Progress.h"
-#include "tool/Project.h"
-#include "tool/commands/detail/Selection.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "A", .help = "a package, or a folder with a manifest"},
-    OperandSpec{.name = "B", .help = "what it is compared with, one of the same"},
-    OperandSpec{.name = "PATH",
-                .help = "compare these files, or what is below these folders, and nothing else",
-                .isRequired = false,
-                .isRepeatable = true}};
+    line::OperandSpec{.name = "A", .help = "a package, or a folder with a manifest"},
+    line::OperandSpec{.name = "B", .help = "what it is compared with, one of the same"},
+    line::OperandSpec{
+        .name = "PATH",
+        .help = "compare these files, or what is below these folders, and nothing else",
+        .isRequired = false,
+        .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    kJsonOption, OptionSpec{.longName = "stat", .help = "print how much differs, not what"},
-    OptionSpec{.longName = "text",
-               .help = "with the lines in which text files differ, as 'patch -p1' takes them"},
-    kGlobOption};
+    detail::kJsonOption,
+    line::OptionSpec{.longName = "stat", .help = "print how much differs, not what"},
+    line::OptionSpec{
+        .longName = "text",
+        .help = "with the lines in which text files differ, as 'patch -p1' takes them"},
+    detail::kGlobOption};
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon diff wave-1.1.kraddon wave-1.2.kraddon", "what a new version changes"},
-    ExampleSpec{"kraddon diff wave-1.2.kraddon . --text",
-                "how the project differs from what was shipped, line by line"},
-    ExampleSpec{"kraddon diff a.kraddon b.kraddon --glob '*.m' '!tests/**'",
-                "only the sources, without the tests"}};
+    line::ExampleSpec{"kraddon diff wave-1.1.kraddon wave-1.2.kraddon",
+                      "what a new version changes"},
+    line::ExampleSpec{"kraddon diff wave-1.2.kraddon . --text",
+                      "how the project differs from what was shipped, line by line"},
+    line::ExampleSpec{"kraddon diff a.kraddon b.kraddon --glob '*.m' '!tests/**'",
+                      "only the sources, without the tests"}};
 
 constexpr const char* kDescription =
     "Prints a line for each property, for each field of a document and for each file or\n"
@@ -63,49 +69,50 @@ bool isFolder(const std::string& path) {
 ComparedPackage openCompared(const std::string& path, const std::vector<std::string>& others) {
   ComparedPackage compared{path};
   if (isFolder(path)) {
-    compared.built = std::make_unique<PrivateFile>("built.kraddon");
+    compared.built = std::make_unique<process::PrivateFile>("built.kraddon");
     try {
       buildInto(path, compared.built->path(), others);
     } catch (const ManifestError& error) {
-      throw Failure(error.in(manifestPath(path)));
+      throw process::Failure(error.in(manifestPath(path)));
     }
   }
-  compared.package = openForReading(compared.built ? compared.built->path() : path);
+  compared.package = detail::openForReading(compared.built ? compared.built->path() : path);
   compared.items = readTree(*compared.package);
   return compared;
 }
 
-void warnOfUnreadable(const ComparedPackage& compared, const Invocation& invocation) {
+void warnOfUnreadable(const ComparedPackage& compared, const line::Invocation& invocation) {
   for (const auto& file : compared.package->fileSystem().unreadable()) {
-    printWarning(invocation, file.line);
+    report::printWarning(invocation, file.line);
   }
 }
 
 PackageDifferences compare(ComparedPackage& a, ComparedPackage& b,
-                           const std::vector<std::string>& paths, const Invocation& invocation) {
+                           const std::vector<std::string>& paths,
+                           const line::Invocation& invocation) {
   PackageDifferences differences;
-  chooseInBoth(a.items, b.items, paths, invocation.has("glob"));
+  detail::chooseInBoth(a.items, b.items, paths, invocation.has("glob"));
   if (paths.empty()) compareDescriptions(a, b, differences);
-  ProgressBar bar(invocation.settings());
+  report::ProgressBar bar(invocation.settings());
   differences.files = compareFiles({*a.package, a.items}, {*b.package, b.items},
                                    invocation.has("json"), bar.function());
   return differences;
 }
 
-void print(const ComparisonReport& report, const Invocation& invocation) {
-  Output output;
+void print(const report::ComparisonReport& report, const line::Invocation& invocation) {
+  report::Output output;
   if (invocation.has("json")) {
-    printDifferencesAsJson(report, output);
+    report::printDifferencesAsJson(report, output);
   } else if (invocation.has("stat")) {
-    printDifferenceCounts(report, output);
+    report::printDifferenceCounts(report, output);
   } else {
-    printDifferences(report, invocation.has("text"), wantsColor(invocation.settings(), output),
-                     output);
+    report::printDifferences(report, invocation.has("text"),
+                             report::wantsColor(invocation.settings(), output), output);
   }
   output.flush();
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   invocation.refuseTogether("stat", "json");
   invocation.refuseTogether("text", "json");
   invocation.refuseTogether("text", "stat");
@@ -118,12 +125,12 @@ ExitCode run(const Invocation& invocation) {
   print({a, b, differences, !paths.empty()}, invocation);
   warnOfUnreadable(a, invocation);
   warnOfUnreadable(b, invocation);
-  return differences.isSame() ? ExitCode::Done : ExitCode::Different;
+  return differences.isSame() ? process::ExitCode::Done : process::ExitCode::Different;
 }
 
 }  // namespace
 
-constexpr CommandSpec kDiffCommand{
+constexpr line::CommandSpec kDiffCommand{
     .name = "diff",
     .summary = "shows what differs between two packages, or a package and a folder",
     .description = kDescription,
@@ -131,6 +138,6 @@ constexpr CommandSpec kDiffCommand{
     .options = kOptions,
     .run = run,
     .examples = kExamples,
-    .failureCode = ExitCode::Trouble};
+    .failureCode = process::ExitCode::Trouble};
 
-}  // namespace tool
+}  // namespace tool::commands

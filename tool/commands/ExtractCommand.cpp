@@ -7,20 +7,24 @@
 #include <optional>
 
 #include "opc/Exception.h"
+#include "tool/Contents.h"
+#include "tool/TreeWalk.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/ExistingFiles.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Background.h"
-#include "tool/Contents.h"
 #include "tool/process/Errors.h"
-#include "tool/commands/detail/ExistingFiles.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
 #include "tool/report/Progress.h"
-#include "tool/commands/detail/Selection.h"
-#include "tool/TreeWalk.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
@@ -28,31 +32,31 @@ using opc::plservices::FileSystemEntry;
 using opc::plservices::RestoreMode;
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{.name = "PATH",
-                .help = "files, or folders with all below them (default: everything)",
-                .isRequired = false,
-                .isRepeatable = true}};
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{.name = "PATH",
+                      .help = "files, or folders with all below them (default: everything)",
+                      .isRequired = false,
+                      .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "directory",
-               .shortName = 'd',
-               .valueName = "DIR",
-               .help = "where to write (default: the package's base name)"},
-    OptionSpec{.longName = "force", .help = "replace existing files"},
-    OptionSpec{.longName = "skip-existing", .help = "leave existing files as they are"},
-    OptionSpec{.longName = "dry-run", .help = "print what would be written, write nothing"},
-    OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
-    OptionSpec{.longName = "max-size",
-               .valueName = "BYTES",
-               .help = "write nothing if it would be more than BYTES"},
-    kGlobOption};
+    line::OptionSpec{.longName = "directory",
+                     .shortName = 'd',
+                     .valueName = "DIR",
+                     .help = "where to write (default: the package's base name)"},
+    line::OptionSpec{.longName = "force", .help = "replace existing files"},
+    line::OptionSpec{.longName = "skip-existing", .help = "leave existing files as they are"},
+    line::OptionSpec{.longName = "dry-run", .help = "print what would be written, write nothing"},
+    line::OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
+    line::OptionSpec{.longName = "max-size",
+                     .valueName = "BYTES",
+                     .help = "write nothing if it would be more than BYTES"},
+    detail::kGlobOption};
 
-std::optional<std::int64_t> sizeLimitOf(const Invocation& invocation) {
+std::optional<std::int64_t> sizeLimitOf(const line::Invocation& invocation) {
   return invocation.number("max-size", 0, std::numeric_limits<std::int64_t>::max());
 }
 
-void checkOptions(const Invocation& invocation) {
+void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("force", "skip-existing");
   invocation.refuseTogether("stdout", "directory");
   invocation.refuseTogether("stdout", "force");
@@ -61,24 +65,26 @@ void checkOptions(const Invocation& invocation) {
   sizeLimitOf(invocation);
 }
 
-std::string destinationOf(const Invocation& invocation) {
+std::string destinationOf(const line::Invocation& invocation) {
   const std::optional<std::string> given = invocation.value("directory");
   if (given) return *given;
   const std::string& package = invocation.operands()[0];
-  std::string name = baseNameOf(package);
-  if (name.empty() || name == fileNameOf(package)) {
-    throw Failure(sentence("cannot tell where to write", package, "the name has no extension"),
-                  "name a folder with -d");
+  std::string name = detail::baseNameOf(package);
+  if (name.empty() || name == detail::fileNameOf(package)) {
+    throw process::Failure(
+        process::sentence("cannot tell where to write", package, "the name has no extension"),
+        "name a folder with -d");
   }
   // Whoever named the file must not choose a folder outside this one.
   if (name == "." || name == "..") {
-    throw Failure(sentence("cannot tell where to write", package, "its base name is no folder's"),
-                  "name a folder with -d");
+    throw process::Failure(
+        process::sentence("cannot tell where to write", package, "its base name is no folder's"),
+        "name a folder with -d");
   }
   return name;
 }
 
-void checkSize(const std::vector<Item>& items, const Invocation& invocation) {
+void checkSize(const std::vector<Item>& items, const line::Invocation& invocation) {
   const auto limit = sizeLimitOf(invocation);
   if (!limit) return;
   std::uint64_t size = 0;
@@ -86,55 +92,59 @@ void checkSize(const std::vector<Item>& items, const Invocation& invocation) {
     // A sum beyond 64 bits is too large as well.
     if (__builtin_add_overflow(size, item.info.size, &size) ||
         size > static_cast<std::uint64_t>(*limit)) {
-      throw Failure(sentence("cannot extract", invocation.operands()[0],
-                             fmt::format("it would be more than {} bytes", *limit)));
+      throw process::Failure(
+          process::sentence("cannot extract", invocation.operands()[0],
+                            fmt::format("it would be more than {} bytes", *limit)));
     }
   }
 }
 
 /// A package may hold a file of the path that it lies at.
-void refuseThePackageItself(const std::vector<ExistingFile>& existing,
+void refuseThePackageItself(const std::vector<detail::ExistingFile>& existing,
                             const std::vector<Item>& items, const std::string& destination,
                             const std::string& package) {
   const std::optional<FileIdentity> self = identityOf(package);
-  const auto found = std::find_if(existing.begin(), existing.end(),
-                                  [&](const ExistingFile& file) { return file.identity == self; });
+  const auto found =
+      std::find_if(existing.begin(), existing.end(),
+                   [&](const detail::ExistingFile& file) { return file.identity == self; });
   if (found == existing.end()) return;
-  throw Failure(sentence("cannot extract", onDisk(destination, items[found->item].path),
-                         "it is the package itself"));
+  throw process::Failure(process::sentence(
+      "cannot extract", onDisk(destination, items[found->item].path), "it is the package itself"));
 }
 
-void leaveOut(const std::vector<ExistingFile>& existing, std::vector<Item>& items) {
+void leaveOut(const std::vector<detail::ExistingFile>& existing, std::vector<Item>& items) {
   std::vector<bool> isLeftOut(items.size());
-  for (const ExistingFile& file : existing) isLeftOut[file.item] = true;
+  for (const detail::ExistingFile& file : existing) isLeftOut[file.item] = true;
   std::size_t next = 0;
   std::erase_if(items, [&](const Item&) { return isLeftOut[next++]; });
 }
 
 /// Leaves out the files that are there already, or refuses them.
 void checkExisting(std::vector<Item>& items, const std::string& destination,
-                   const Invocation& invocation) {
-  const std::vector<ExistingFile> existing = findExisting(items, destination);
+                   const line::Invocation& invocation) {
+  const std::vector<detail::ExistingFile> existing = detail::findExisting(items, destination);
   if (existing.empty()) return;
   if (invocation.has("force")) {
     refuseThePackageItself(existing, items, destination, invocation.operands()[0]);
   } else if (invocation.has("skip-existing")) {
     leaveOut(existing, items);
   } else {
-    throw Failure(sentence("cannot extract", onDisk(destination, items[existing[0].item].path),
-                           "it exists already"),
-                  "--force replaces files, --skip-existing leaves them");
+    throw process::Failure(
+        process::sentence("cannot extract", onDisk(destination, items[existing[0].item].path),
+                          "it exists already"),
+        "--force replaces files, --skip-existing leaves them");
   }
 }
 
 void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
   if (items.size() != 1 || items[0].isFolder()) {
     const std::string chosen = items.empty() ? "/" : items[items.size() - 1].path;
-    throw Failure(sentence("cannot write", chosen, "--stdout takes one file and nothing else"));
+    throw process::Failure(
+        process::sentence("cannot write", chosen, "--stdout takes one file and nothing else"));
   }
   const auto stream = openItem(package, items[0]);
   std::vector<unsigned char> buffer(std::size_t{256} << 10);
-  Output output;
+  report::Output output;
   while (const std::size_t size = stream->read(buffer.data(), buffer.size())) {
     output.write(std::span<const unsigned char>(buffer.data(), size));
   }
@@ -142,7 +152,7 @@ void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
 }
 
 void printPlan(const std::vector<Item>& items) {
-  Output output;
+  report::Output output;
   for (const Item& item : items) {
     output.write(output.shown(item.path) + (item.isFolder() ? "/\n" : "\n"));
   }
@@ -150,34 +160,35 @@ void printPlan(const std::vector<Item>& items) {
 }
 
 void writeFiles(AddonPackage& package, const std::vector<Item>& items,
-                const std::string& destination, const Invocation& invocation) {
+                const std::string& destination, const line::Invocation& invocation) {
   std::vector<FileSystemEntry> entries;
   entries.reserve(items.size());
   for (const Item& item : items) entries.push_back(*item.entry);
-  toUtf16("cannot extract to", destination);
+  detail::toUtf16("cannot extract to", destination);
   const RestoreMode mode =
       invocation.has("force") ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
-  Interrupt::defer();
-  ProgressBar bar(invocation.settings());
-  package.fileSystem().setBackground(secondThread());
+  process::Interrupt::defer();
+  report::ProgressBar bar(invocation.settings());
+  package.fileSystem().setBackground(process::secondThread());
   package.fileSystem().extract(entries, destination, mode, bar.function());
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   checkOptions(invocation);
   const auto& operands = invocation.operands();
   const bool isToOutput = invocation.has("stdout");
   const std::string destination = isToOutput ? std::string() : destinationOf(invocation);
 
-  const std::unique_ptr<AddonPackage> package = openForReading(operands[0]);
-  std::vector<Item> items =
-      choose(readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
-  for (const auto& file : package->fileSystem().unreadable()) printWarning(invocation, file.line);
-  warnOfForeign(*package, operands[0], invocation);
+  const std::unique_ptr<AddonPackage> package = detail::openForReading(operands[0]);
+  std::vector<Item> items = detail::choose(
+      readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
+  for (const auto& file : package->fileSystem().unreadable())
+    report::printWarning(invocation, file.line);
+  detail::warnOfForeign(*package, operands[0], invocation);
   if (isToOutput) {
     checkSize(items, invocation);
     writeToOutput(*package, items);
-    return ExitCode::Done;
+    return process::ExitCode::Done;
   }
   checkExisting(items, destination, invocation);
   checkSize(items, invocation);
@@ -186,18 +197,18 @@ ExitCode run(const Invocation& invocation) {
   } else {
     writeFiles(*package, items, destination, invocation);
   }
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon extract kit.kraddon", "writes everything into the folder kit"},
-    ExampleSpec{"kraddon extract kit.kraddon docs -d out --skip-existing",
-                "writes what lies below docs into out"},
-    ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"}};
+    line::ExampleSpec{"kraddon extract kit.kraddon", "writes everything into the folder kit"},
+    line::ExampleSpec{"kraddon extract kit.kraddon docs -d out --skip-existing",
+                      "writes what lies below docs into out"},
+    line::ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"}};
 
 }  // namespace
 
-constexpr CommandSpec kExtractCommand{
+constexpr line::CommandSpec kExtractCommand{
     .name = "extract",
     .summary = "writes files of the package to the disk",
     .description =
@@ -208,4 +219,4 @@ constexpr CommandSpec kExtractCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -1,44 +1,49 @@
 // SPDX-License-Identifier: MIT
 #include <array>
 
-#include "tool/line/Arguments.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/DocumentJson.h"
 #include "tool/json/Documents.h"
+#include "tool/line/Arguments.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the package"},
-                               kDocumentOperand};
+constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+                               detail::kDocumentOperand};
 
-constexpr std::array kOptions{OptionSpec{.longName = "output",
-                                         .shortName = 'o',
-                                         .valueName = "FILE",
-                                         .help = "write to FILE (default: standard output)"}};
+constexpr std::array kOptions{line::OptionSpec{.longName = "output",
+                                               .shortName = 'o',
+                                               .valueName = "FILE",
+                                               .help = "write to FILE (default: standard output)"}};
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
-  const auto& table = findDocument(invocation.operands()[1]);
+  const auto& table = json::findDocument(invocation.operands()[1]);
 
-  const std::unique_ptr<AddonPackage> package = openForReading(path);
-  const addon::packaging::OwnedDocument document = load(table, *package);
+  const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
+  const addon::packaging::OwnedDocument document = json::load(table, *package);
 
-  const std::string text = toJson(table, document.record, JsonWriter::Layout::Indented) + "\n";
-  writeOutputFile(invocation.valueOr("output", "-"), text, path);
-  return ExitCode::Done;
+  const std::string text =
+      json::toJson(table, document.record, json::JsonWriter::Layout::Indented) + "\n";
+  report::writeOutputFile(invocation.valueOr("output", "-"), text, path);
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon get kit.kraddon properties", "prints the properties"},
-    ExampleSpec{"kraddon get kit.kraddon apps -o apps.json",
-                "saves the list of apps, to be edited and set"}};
+    line::ExampleSpec{"kraddon get kit.kraddon properties", "prints the properties"},
+    line::ExampleSpec{"kraddon get kit.kraddon apps -o apps.json",
+                      "saves the list of apps, to be edited and set"}};
 
 }  // namespace
 
-constexpr CommandSpec kGetCommand{
+constexpr line::CommandSpec kGetCommand{
     .name = "get",
     .summary = "prints one document as JSON",
     .description =
@@ -51,4 +56,4 @@ constexpr CommandSpec kGetCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

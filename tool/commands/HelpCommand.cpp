@@ -1,39 +1,41 @@
 // SPDX-License-Identifier: MIT
 #include <array>
 
-#include "tool/line/Arguments.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/line/Arguments.h"
 #include "tool/line/Help.h"
 #include "tool/report/Output.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "COMMAND",
-                .help = "what to tell about; without it all commands are listed",
-                .isRequired = false,
-                .choices = commandNames}};
+    line::OperandSpec{.name = "COMMAND",
+                      .help = "what to tell about; without it all commands are listed",
+                      .isRequired = false,
+                      .choices = commandNames}};
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const auto& names = invocation.operands();
-  Output output;
-  output.write(names.empty() ? programHelp() : helpOf(findCommand(names[0])));
+  report::Output output;
+  output.write(names.empty() ? line::programHelp(allCommands())
+                             : line::helpOf(findCommand(names[0])));
   output.flush();
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
-constexpr std::array kExamples{ExampleSpec{"kraddon help create", "tells about 'create'"},
-                               ExampleSpec{"kraddon help", "lists all commands"}};
+constexpr std::array kExamples{line::ExampleSpec{"kraddon help create", "tells about 'create'"},
+                               line::ExampleSpec{"kraddon help", "lists all commands"}};
 
 }  // namespace
 
-constexpr CommandSpec kHelpCommand{.name = "help",
-                                   .summary = "tells about a command",
-                                   .description = "Prints what 'kraddon COMMAND --help' prints.",
-                                   .operands = kOperands,
-                                   .run = run,
-                                   .examples = kExamples};
+constexpr line::CommandSpec kHelpCommand{
+    .name = "help",
+    .summary = "tells about a command",
+    .description = "Prints what 'kraddon COMMAND --help' prints.",
+    .operands = kOperands,
+    .run = run,
+    .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

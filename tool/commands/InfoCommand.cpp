@@ -10,29 +10,33 @@
 
 #include "opc/Text.h"
 #include "text/Suggest.h"
-#include "tool/line/Arguments.h"
 #include "tool/Contents.h"
 #include "tool/Digest.h"
-#include "tool/json/Documents.h"
-#include "tool/process/Errors.h"
-#include "tool/json/JsonWriter.h"
-#include "tool/report/Output.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/json/Documents.h"
+#include "tool/json/JsonWriter.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
+#include "tool/report/Output.h"
 #include "tool/report/Progress.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 std::vector<std::string> fieldNames();
 
-constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
 
-constexpr std::array kOptions{kJsonOption,
-                              OptionSpec{.longName = "field",
-                                         .valueName = "NAME",
-                                         .help = "print one value alone, named as in the JSON",
-                                         .choices = fieldNames}};
+constexpr std::array kOptions{
+    detail::kJsonOption, line::OptionSpec{.longName = "field",
+                                          .valueName = "NAME",
+                                          .help = "print one value alone, named as in the JSON",
+                                          .choices = fieldNames}};
 
 struct Screenshot {
   std::string part;
@@ -79,11 +83,11 @@ std::string utf8(const std::u16string& text) {
 }
 
 std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
-  return time ? formatTime(*time) : std::string();
+  return time ? detail::formatTime(*time) : std::string();
 }
 
 std::optional<Screenshot> readScreenshot(AddonPackage& package) {
-  const std::string part = screenshotPart(package);
+  const std::string part = json::screenshotPart(package);
   if (part.empty()) return std::nullopt;
   auto& model = package.logicalPackage();
   const opc::model::PartName name(opc::fromUtf8(part));
@@ -94,12 +98,12 @@ std::optional<Screenshot> readScreenshot(AddonPackage& package) {
 
 std::uint64_t fileSize(const std::string& path) {
   struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot look at", path, errno);
+  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot look at", path, errno);
   return static_cast<std::uint64_t>(info.st_size);
 }
 
-Info readInfo(const std::string& path, bool wantsDigest, const Settings& settings) {
-  const std::unique_ptr<AddonPackage> package = openForReading(path);
+Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& settings) {
+  const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
   Info info;
   info.file = path;
   info.size = fileSize(path);
@@ -107,19 +111,19 @@ Info readInfo(const std::string& path, bool wantsDigest, const Settings& setting
   const auto core = package->coreProperties().getCoreProperties();
   info.created = timeText(core.getCreatedTime());
   info.modified = timeText(core.getLastModifiedTime());
-  for (const PresentDocument& document : presentDocuments(*package)) {
+  for (const json::PresentDocument& document : json::presentDocuments(*package)) {
     info.documents.emplace_back(document.name);
   }
   info.screenshot = readScreenshot(*package);
   const std::vector<Item> items = readTree(*package);
   info.totals = totalsOf(items);
   if (!wantsDigest) return info;
-  ProgressBar bar(settings);
+  report::ProgressBar bar(settings);
   info.digest = contentDigest(*package, items, bar.function());
   return info;
 }
 
-void writeJson(const Info& info, JsonWriter& json) {
+void writeJson(const Info& info, json::JsonWriter& json) {
   const auto text = [&](std::string_view name, const std::string& value) {
     json.key(name);
     json.textOrNull(value);
@@ -202,7 +206,8 @@ std::string valueOf(const Info& info, std::string_view field) {
 }
 
 /// "label         value", further lines of the value below its first one; nothing for "".
-void writeLine(std::string_view label, std::string_view value, bool isColored, Output& output) {
+void writeLine(std::string_view label, std::string_view value, bool isColored,
+               report::Output& output) {
   while (!value.empty()) {
     const std::size_t end = std::min(value.find('\n'), value.size());
     const std::string_view text = value.substr(0, end);
@@ -215,7 +220,7 @@ void writeLine(std::string_view label, std::string_view value, bool isColored, O
   }
 }
 
-void writeText(const Info& info, bool isColored, Output& output) {
+void writeText(const Info& info, bool isColored, report::Output& output) {
   const auto line = [&](std::string_view label, const std::string& value) {
     writeLine(label, value, isColored, output);
   };
@@ -245,57 +250,61 @@ void writeText(const Info& info, bool isColored, Output& output) {
   line("digest", info.digest);
 }
 
-void checkField(const Invocation& invocation) {
+void checkField(const line::Invocation& invocation) {
   const std::optional<std::string> field = invocation.value("field");
   if (!field) return;
   if (invocation.has("json")) {
-    throw UsageError(sentence("bad option", "--field", "it does not go with --json"));
+    throw process::UsageError(
+        process::sentence("bad option", "--field", "it does not go with --json"));
   }
   if (std::find(kFields.begin(), kFields.end(), *field) != kFields.end()) return;
   const std::string all = fmt::format("the fields are {}", fmt::join(kFields, ", "));
-  throw UsageError(sentence("unknown field", *field, text::suggestion(*field, kFields, all)));
+  throw process::UsageError(
+      process::sentence("unknown field", *field, text::suggestion(*field, kFields, all)));
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   checkField(invocation);
   const std::optional<std::string> field = invocation.value("field");
 
   const Info info =
       readInfo(invocation.operands()[0], !field || *field == "digest", invocation.settings());
 
-  Output output;
+  report::Output output;
   if (field) {
     output.write(output.shown(valueOf(info, *field)) + "\n");
   } else if (invocation.has("json")) {
     std::string text;
-    JsonWriter json(text);
+    json::JsonWriter json(text);
     writeJson(info, json);
     output.write(text + "\n");
   } else {
-    writeText(info, wantsColor(invocation.settings(), output), output);
+    writeText(info, report::wantsColor(invocation.settings(), output), output);
   }
   output.flush();
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon info kit.kraddon", "shows all there is to know at a glance"},
-    ExampleSpec{"kraddon info kit.kraddon --field version", "prints the add-on's version alone"},
-    ExampleSpec{"kraddon info kit.kraddon --json", "gives the same to a program"}};
+    line::ExampleSpec{"kraddon info kit.kraddon", "shows all there is to know at a glance"},
+    line::ExampleSpec{"kraddon info kit.kraddon --field version",
+                      "prints the add-on's version alone"},
+    line::ExampleSpec{"kraddon info kit.kraddon --json", "gives the same to a program"}};
 
 }  // namespace
 
-constexpr CommandSpec kInfoCommand{.name = "info",
-                                   .summary = "shows what a package is and how much is in it",
-                                   .description =
-                                       "Prints the properties, how much is in the package, which "
-                                       "documents it has and the digest of "
-                                       "its content: the same for the same content, however and "
-                                       "whenever it was packed. A value that "
-                                       "is unset is left out, and empty with --field.",
-                                   .operands = kOperands,
-                                   .options = kOptions,
-                                   .run = run,
-                                   .examples = kExamples};
+constexpr line::CommandSpec kInfoCommand{
+    .name = "info",
+    .summary = "shows what a package is and how much is in it",
+    .description =
+        "Prints the properties, how much is in the package, which "
+        "documents it has and the digest of "
+        "its content: the same for the same content, however and "
+        "whenever it was packed. A value that "
+        "is unset is left out, and empty with --field.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -10,69 +10,71 @@
 #include "addon/project/Guid.h"
 #include "addon/project/ManifestText.h"
 #include "addon/project/ProjectFolder.h"
+#include "tool/Project.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
-#include "tool/Project.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
 using addon::project::Guesses;
 using addon::project::ProjectFolder;
 
-constexpr std::array kOperands{
-    OperandSpec{.name = "FOLDER", .help = "the author's folder (default: .)", .isRequired = false}};
+constexpr std::array kOperands{line::OperandSpec{
+    .name = "FOLDER", .help = "the author's folder (default: .)", .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "force", .help = "replace a kraddon.toml that is there"},
-    OptionSpec{.longName = "stdout", .help = "print it, and write no file"}};
+    line::OptionSpec{.longName = "force", .help = "replace a kraddon.toml that is there"},
+    line::OptionSpec{.longName = "stdout", .help = "print it, and write no file"}};
 
 /// Before the folder is read: nobody should wait for a refusal.
 void requireFree(const std::string& path) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) == 0) {
-    throw Failure(sentence("cannot write", path, "it exists already"), "--force replaces it");
+    throw process::Failure(process::sentence("cannot write", path, "it exists already"),
+                           "--force replaces it");
   }
 }
 
-Guesses guess(const std::string& folder, const Invocation& invocation) {
+Guesses guess(const std::string& folder, const line::Invocation& invocation) {
   const ProjectFolder project(folder);
   Guesses guesses = guessFrom(project, addon::project::readGitFacts(project.path()));
   for (const std::string& remark : guesses.remarks) {
-    printWarning(invocation, "not looked at: " + remark);
+    report::printWarning(invocation, "not looked at: " + remark);
   }
   return guesses;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   invocation.refuseTogether("force", "stdout");
   const bool isPrinted = invocation.has("stdout");
   const bool replaces = invocation.has("force");
   const std::string folder = invocation.operands().empty() ? "." : invocation.operands()[0];
-  if (folder.empty()) throw systemFailure("cannot read the folder", folder, ENOENT);
+  if (folder.empty()) throw process::systemFailure("cannot read the folder", folder, ENOENT);
   if (!isPrinted && !replaces) requireFree(manifestPath(folder));
 
   const std::string text = manifestText(guess(folder, invocation), addon::project::randomGuid());
   if (isPrinted) {
-    writeOutputFile("-", text, {});
+    report::writeOutputFile("-", text, {});
   } else if (replaces) {
-    writeOutputFile(manifestPath(folder), text, {});
+    report::writeOutputFile(manifestPath(folder), text, {});
   } else {
-    writeNewFile(manifestPath(folder), text);
+    report::writeNewFile(manifestPath(folder), text);
   }
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon init", "writes ./kraddon.toml, for 'kraddon build' to read"},
-    ExampleSpec{"kraddon init ~/wave --stdout", "shows what would be written for ~/wave"}};
+    line::ExampleSpec{"kraddon init", "writes ./kraddon.toml, for 'kraddon build' to read"},
+    line::ExampleSpec{"kraddon init ~/wave --stdout", "shows what would be written for ~/wave"}};
 
 }  // namespace
 
-constexpr CommandSpec kInitCommand{
+constexpr line::CommandSpec kInitCommand{
     .name = "init",
     .summary = "writes a kraddon.toml to start from",
     .description =
@@ -85,4 +87,4 @@ constexpr CommandSpec kInitCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

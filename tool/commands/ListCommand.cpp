@@ -4,40 +4,45 @@
 #include <algorithm>
 #include <array>
 
-#include "tool/line/Arguments.h"
 #include "tool/Contents.h"
-#include "tool/process/Errors.h"
+#include "tool/Sha256.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Selection.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/JsonWriter.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
 #include "tool/report/Progress.h"
-#include "tool/commands/detail/Selection.h"
-#include "tool/Sha256.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{.name = "PATH",
-                .help = "files, or folders with all below them (default: everything)",
-                .isRequired = false,
-                .isRepeatable = true}};
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{.name = "PATH",
+                      .help = "files, or folders with all below them (default: everything)",
+                      .isRequired = false,
+                      .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "long",
-               .shortName = 'l',
-               .help = "with size, packed size, packed share and time"},
-    OptionSpec{.longName = "tree", .help = "drawn as a tree"},
-    OptionSpec{.longName = "null",
-               .shortName = '0',
-               .help = "end each path with a NUL instead of a line end"},
-    OptionSpec{.longName = "hash", .help = "with the SHA-256 of each file"},
-    OptionSpec{.longName = "all", .help = "every part of the package instead of the file tree"},
-    kGlobOption,
-    kJsonOption};
+    line::OptionSpec{.longName = "long",
+                     .shortName = 'l',
+                     .help = "with size, packed size, packed share and time"},
+    line::OptionSpec{.longName = "tree", .help = "drawn as a tree"},
+    line::OptionSpec{.longName = "null",
+                     .shortName = '0',
+                     .help = "end each path with a NUL instead of a line end"},
+    line::OptionSpec{.longName = "hash", .help = "with the SHA-256 of each file"},
+    line::OptionSpec{.longName = "all",
+                     .help = "every part of the package instead of the file tree"},
+    detail::kGlobOption,
+    detail::kJsonOption};
 
 /// A listed item and what was asked about it.
 struct Row {
@@ -45,7 +50,7 @@ struct Row {
   std::string hash;  // empty when it was not asked for, and for folders
 };
 
-void checkOptions(const Invocation& invocation) {
+void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("tree", "json");
   invocation.refuseTogether("tree", "null");
   invocation.refuseTogether("tree", "long");
@@ -54,11 +59,11 @@ void checkOptions(const Invocation& invocation) {
   invocation.refuseTogether("null", "long");
 }
 
-void hashFiles(AddonPackage& package, const Settings& settings, std::vector<Row>& rows) {
+void hashFiles(AddonPackage& package, const line::Settings& settings, std::vector<Row>& rows) {
   opc::interfaces::Progress state;
   state.itemsTotal = rows.size();
   for (const Row& row : rows) state.bytesTotal += row.item.info.size;
-  ProgressBar bar(settings);
+  report::ProgressBar bar(settings);
   const opc::interfaces::ProgressFunction progress = bar.function();
   const auto advance = [&](std::size_t bytes) {
     state.bytesDone += bytes;
@@ -71,11 +76,11 @@ void hashFiles(AddonPackage& package, const Settings& settings, std::vector<Row>
   }
 }
 
-std::vector<Row> readRows(AddonPackage& package, const Invocation& invocation) {
+std::vector<Row> readRows(AddonPackage& package, const line::Invocation& invocation) {
   const std::vector<std::string> paths(invocation.operands().begin() + 1,
                                        invocation.operands().end());
   std::vector<Item> items = invocation.has("all") ? readParts(package) : readTree(package);
-  items = choose(std::move(items), paths, invocation.has("glob"));
+  items = detail::choose(std::move(items), paths, invocation.has("glob"));
   std::vector<Row> rows;
   rows.reserve(items.size());
   for (Item& item : items) rows.push_back({std::move(item), {}});
@@ -91,7 +96,7 @@ std::string share(const opc::model::PartInfo& info) {
 
 class TextPrinter {
  public:
-  TextPrinter(const Invocation& invocation, Output& output)
+  TextPrinter(const line::Invocation& invocation, report::Output& output)
       : isLong_(invocation.has("long")),
         hasHash_(invocation.has("hash")),
         hasNull_(invocation.has("null")),
@@ -121,13 +126,13 @@ class TextPrinter {
     }
     output_.write(fmt::format("{:>{}}  {:>{}}  {:>4}  {}  ", item.info.size, sizeWidth_,
                               item.info.packedSize, packedWidth_, share(item.info),
-                              formatTime(item.info.modified)));
+                              detail::formatTime(item.info.modified)));
   }
 
   bool isLong_;
   bool hasHash_;
   bool hasNull_;
-  Output& output_;
+  report::Output& output_;
   std::size_t sizeWidth_ = 1;
   std::size_t packedWidth_ = 1;
 };
@@ -144,7 +149,7 @@ std::vector<std::string_view> splitPath(std::string_view path) {
 }
 
 /// Each name once, two blanks further in for every folder above it, folders with a '/'.
-void printTree(const std::vector<Row>& rows, bool isColored, Output& output) {
+void printTree(const std::vector<Row>& rows, bool isColored, report::Output& output) {
   std::vector<std::string_view> above;
   for (const Row& row : rows) {
     const std::vector<std::string_view> names = splitPath(row.item.path);
@@ -162,7 +167,7 @@ void printTree(const std::vector<Row>& rows, bool isColored, Output& output) {
   }
 }
 
-void writeDetails(const Item& item, JsonWriter& json) {
+void writeDetails(const Item& item, json::JsonWriter& json) {
   if (item.isFolder()) {
     for (const char* name : {"size", "packed", "method", "crc", "time"}) {
       json.key(name);
@@ -174,13 +179,13 @@ void writeDetails(const Item& item, JsonWriter& json) {
   json.member("packed", item.info.packedSize);
   json.member("method", item.info.compressed ? "deflate" : "store");
   json.member("crc", std::string_view(fmt::format("{:08x}", item.info.crc)));
-  json.member("time", std::string_view(formatTime(item.info.modified)));
+  json.member("time", std::string_view(detail::formatTime(item.info.modified)));
 }
 
-void printJson(const std::vector<Row>& rows, const Totals& totals, const Invocation& invocation,
-               Output& output) {
+void printJson(const std::vector<Row>& rows, const Totals& totals,
+               const line::Invocation& invocation, report::Output& output) {
   std::string text;
-  JsonWriter json(text);
+  json::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.list/1");
   json.key("entries");
@@ -207,43 +212,45 @@ void printJson(const std::vector<Row>& rows, const Totals& totals, const Invocat
   output.write(text + "\n");
 }
 
-void warnOfUnreadable(AddonPackage& package, const Invocation& invocation) {
+void warnOfUnreadable(AddonPackage& package, const line::Invocation& invocation) {
   if (invocation.settings().isQuiet) return;
-  for (const auto& file : package.fileSystem().unreadable()) printWarning(invocation, file.line);
+  for (const auto& file : package.fileSystem().unreadable())
+    report::printWarning(invocation, file.line);
 }
 
 /// Whether only paths are asked for, of everything: then nothing is gathered.
-bool isPlain(const Invocation& invocation) {
+bool isPlain(const line::Invocation& invocation) {
   constexpr std::array kGathering{"long", "tree", "hash", "all", "json"};
   return invocation.operands().size() == 1 &&
          std::none_of(kGathering.begin(), kGathering.end(),
                       [&](const char* option) { return invocation.has(option); });
 }
 
-void printPaths(AddonPackage& package, bool hasNull, Output& output) {
+void printPaths(AddonPackage& package, bool hasNull, report::Output& output) {
   package.fileSystem().visitFiles([&](std::string_view path, const auto&) {
     output.write(hasNull || !output.isTerminal() ? path : output.shown(path));
     output.write(hasNull ? std::string_view("\0", 1) : std::string_view("\n"));
   });
 }
 
-void printRows(const std::vector<Row>& rows, const Invocation& invocation, Output& output) {
+void printRows(const std::vector<Row>& rows, const line::Invocation& invocation,
+               report::Output& output) {
   if (invocation.has("json")) {
     Totals totals;
     for (const Row& row : rows) totals.add(row.item);
     printJson(rows, totals, invocation, output);
   } else if (invocation.has("tree")) {
-    printTree(rows, wantsColor(invocation.settings(), output), output);
+    printTree(rows, report::wantsColor(invocation.settings(), output), output);
   } else {
     TextPrinter(invocation, output).print(rows);
   }
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   checkOptions(invocation);
 
-  const std::unique_ptr<AddonPackage> package = openForReading(invocation.operands()[0]);
-  Output output;
+  const std::unique_ptr<AddonPackage> package = detail::openForReading(invocation.operands()[0]);
+  report::Output output;
   if (isPlain(invocation)) {
     printPaths(*package, invocation.has("null"), output);
   } else {
@@ -251,22 +258,22 @@ ExitCode run(const Invocation& invocation) {
   }
   output.flush();
   if (!invocation.has("all")) {
-    warnOfForeign(*package, invocation.operands()[0], invocation);
+    detail::warnOfForeign(*package, invocation.operands()[0], invocation);
   }
   warnOfUnreadable(*package, invocation);
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon list kit.kraddon -l", "shows sizes and times as well"},
-    ExampleSpec{"kraddon list kit.kraddon --glob '*.m' '!test*.m'",
-                "lists all sources but the tests"},
-    ExampleSpec{"kraddon list kit.kraddon -0 | xargs -0 -n 1 echo",
-                "hands each path on, whatever is in it"}};
+    line::ExampleSpec{"kraddon list kit.kraddon -l", "shows sizes and times as well"},
+    line::ExampleSpec{"kraddon list kit.kraddon --glob '*.m' '!test*.m'",
+                      "lists all sources but the tests"},
+    line::ExampleSpec{"kraddon list kit.kraddon -0 | xargs -0 -n 1 echo",
+                      "hands each path on, whatever is in it"}};
 
 }  // namespace
 
-constexpr CommandSpec kListCommand{
+constexpr line::CommandSpec kListCommand{
     .name = "list",
     .summary = "lists files and empty folders, one path a line",
     .description =
@@ -278,4 +285,4 @@ constexpr CommandSpec kListCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -3,49 +3,55 @@
 #include <string>
 #include <utility>
 
-#include "tool/line/Arguments.h"
-#include "tool/process/Errors.h"
+#include "text/Lines.h"
+#include "tool/SourceFiles.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
-#include "tool/SourceFiles.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{.name = "PATH", .help = "the folders to make", .isRepeatable = true}};
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{.name = "PATH", .help = "the folders to make", .isRepeatable = true}};
 
-constexpr std::array kOptions{kTimestampOption, kLevelOption};
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const auto& operands = invocation.operands();
-  auto options = writeOptionsOf(invocation);
+  auto options = detail::writeOptionsOf(invocation);
   for (auto path = operands.begin() + 1; path != operands.end(); ++path) {
     if (path->empty()) {
-      throw Failure(sentence("cannot make the folder", *path, "the path is empty"));
+      throw process::Failure(
+          process::sentence("cannot make the folder", *path, "the path is empty"));
     }
-    toUtf16("cannot make the folder", *path);
+    detail::toUtf16("cannot make the folder", *path);
   }
   const auto make = [&](AddonPackage& package) {
     for (auto path = operands.begin() + 1; path != operands.end(); ++path) {
-      const std::string_view trimmed = trimSlashes(*path);
+      const std::string_view trimmed = text::trimSlashes(*path);
       if (!trimmed.empty()) storeFolder(std::string(trimmed), package);
     }
   };
-  changePackage(operands[0], std::move(options), invocation, make);
-  return ExitCode::Done;
+  detail::changePackage(operands[0], std::move(options), invocation, make);
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon mkdir kit.kraddon results", "adds an empty folder"},
-    ExampleSpec{"kraddon mkdir kit.kraddon cache/images cache/texts",
-                "adds two, and the one above them"}};
+    line::ExampleSpec{"kraddon mkdir kit.kraddon results", "adds an empty folder"},
+    line::ExampleSpec{"kraddon mkdir kit.kraddon cache/images cache/texts",
+                      "adds two, and the one above them"}};
 
 }  // namespace
 
-constexpr CommandSpec kMkdirCommand{
+constexpr line::CommandSpec kMkdirCommand{
     .name = "mkdir",
     .summary = "adds empty folders",
     .description = "Folders above them come into being. A folder that exists is no error.",
@@ -54,4 +60,4 @@ constexpr CommandSpec kMkdirCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

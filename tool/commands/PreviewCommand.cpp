@@ -6,46 +6,51 @@
 #include "addon/gallery/PackageImages.h"
 #include "addon/gallery/PageReader.h"
 #include "addon/gallery/PageWriter.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
-constexpr std::array kOperands{OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
 
-constexpr std::array kOptions{OptionSpec{.longName = "output",
-                                         .shortName = 'o',
-                                         .valueName = "FILE",
-                                         .help = "where to write the page; - is standard output"}};
+constexpr std::array kOptions{
+    line::OptionSpec{.longName = "output",
+                     .shortName = 'o',
+                     .valueName = "FILE",
+                     .help = "where to write the page; - is standard output"}};
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon preview kit.kraddon", "writes kit.html"},
-    ExampleSpec{"kraddon preview kit.kraddon -o site/kit.html",
-                "writes that file, in the place of an older one"},
-    ExampleSpec{"kraddon preview kit.kraddon -o -", "writes the page to standard output"}};
+    line::ExampleSpec{"kraddon preview kit.kraddon", "writes kit.html"},
+    line::ExampleSpec{"kraddon preview kit.kraddon -o site/kit.html",
+                      "writes that file, in the place of an older one"},
+    line::ExampleSpec{"kraddon preview kit.kraddon -o -", "writes the page to standard output"}};
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
-  const std::unique_ptr<AddonPackage> package = openForReading(path);
-  const addon::gallery::Page page = addon::gallery::readPage(*package, baseNameOf(path));
+  const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
+  const addon::gallery::Page page = addon::gallery::readPage(*package, detail::baseNameOf(path));
   addon::gallery::PackageImages images(*package);
-  const auto content = [&](Output& output) {
+  const auto content = [&](report::Output& output) {
     addon::gallery::writePage(page, images, [&](std::string_view piece) {
-      Interrupt::check();
+      process::Interrupt::check();
       output.write(piece);
     });
   };
-  writeOutputFile(invocation.value("output"), baseNameOf(path) + ".html", content, path);
-  return ExitCode::Done;
+  report::writeOutputFile(invocation.value("output"), detail::baseNameOf(path) + ".html", content,
+                          path);
+  return process::ExitCode::Done;
 }
 
 }  // namespace
 
-constexpr CommandSpec kPreviewCommand{
+constexpr line::CommandSpec kPreviewCommand{
     .name = "preview",
     .summary = "makes one HTML page that presents the add-on",
     .description =
@@ -59,4 +64,4 @@ constexpr CommandSpec kPreviewCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -5,30 +5,35 @@
 #include <utility>
 #include <vector>
 
-#include "tool/line/Arguments.h"
 #include "tool/Contents.h"
-#include "tool/process/Interrupt.h"
-#include "tool/report/Output.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Interrupt.h"
+#include "tool/report/Output.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 using opc::plservices::FileSystemEntry;
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{
         .name = "PATH", .help = "files, or folders with all below them", .isRepeatable = true}};
 
-constexpr std::array kOptions{kGlobOption, kDryRunOption, kTimestampOption, kLevelOption};
+constexpr std::array kOptions{detail::kGlobOption, detail::kDryRunOption, detail::kTimestampOption,
+                              detail::kLevelOption};
 
 /// The topmost entries to remove, each with all below it; "/" stands for everything in the root.
 std::vector<std::string> topsOf(AddonPackage& package, const std::vector<std::string>& operands) {
   std::vector<std::string> tops;
-  for (const FileSystemEntry& entry : findEntries(package, operands)) {
+  for (const FileSystemEntry& entry : detail::findEntries(package, operands)) {
     std::string path = entry.path();
     if (!path.empty()) {
       tops.push_back(std::move(path));
@@ -50,7 +55,7 @@ std::vector<std::string> removeNamed(AddonPackage& package,
                                      const std::vector<std::string>& operands) {
   std::vector<std::string> lines;
   for (const std::string& path : topsOf(package, operands)) {
-    Interrupt::check();
+    process::Interrupt::check();
     // What lies below another operand is gone already.
     const auto entry = package.fileSystem().find(path);
     if (entry == nullptr) continue;
@@ -64,10 +69,11 @@ std::vector<std::string> removeNamed(AddonPackage& package,
 std::vector<std::string> removeMatching(AddonPackage& package,
                                         const std::vector<std::string>& patterns) {
   auto& tree = package.fileSystem();
-  const std::vector<Item> chosen = choose(readSubtree(package, tree.getRoot()), patterns, true);
+  const std::vector<Item> chosen =
+      detail::choose(readSubtree(package, tree.getRoot()), patterns, true);
   std::vector<std::string> lines;
   for (auto item = chosen.rbegin(); item != chosen.rend(); ++item) {
-    Interrupt::check();
+    process::Interrupt::check();
     if (item->isFolder() && !tree.getChildren(*item->entry).empty()) continue;
     appendLine(*item, lines);
     tree.remove(*item->entry);
@@ -77,13 +83,13 @@ std::vector<std::string> removeMatching(AddonPackage& package,
 }
 
 void printLines(const std::vector<std::string>& lines) {
-  Output output;
+  report::Output output;
   for (const std::string& line : lines) output.write(output.shown(line) + "\n");
   output.flush();
 }
 
-ExitCode run(const Invocation& invocation) {
-  auto options = writeOptionsOf(invocation);
+process::ExitCode run(const line::Invocation& invocation) {
+  auto options = detail::writeOptionsOf(invocation);
   const std::string& path = invocation.operands()[0];
   const std::vector<std::string> operands(invocation.operands().begin() + 1,
                                           invocation.operands().end());
@@ -93,22 +99,22 @@ ExitCode run(const Invocation& invocation) {
         invocation.has("glob") ? removeMatching(package, operands) : removeNamed(package, operands);
   };
   if (invocation.has("dry-run")) {
-    rehearseChange(path, remove);
+    detail::rehearseChange(path, remove);
     printLines(lines);
   } else {
-    changePackage(path, std::move(options), invocation, remove);
+    detail::changePackage(path, std::move(options), invocation, remove);
   }
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon remove kit.kraddon docs/old", "removes a folder with all below it"},
-    ExampleSpec{"kraddon remove kit.kraddon --glob '*.bak' --dry-run",
-                "tells which files a pattern would remove"}};
+    line::ExampleSpec{"kraddon remove kit.kraddon docs/old", "removes a folder with all below it"},
+    line::ExampleSpec{"kraddon remove kit.kraddon --glob '*.bak' --dry-run",
+                      "tells which files a pattern would remove"}};
 
 }  // namespace
 
-constexpr CommandSpec kRemoveCommand{
+constexpr line::CommandSpec kRemoveCommand{
     .name = "remove",
     .summary = "removes files and folders",
     .description =
@@ -120,4 +126,4 @@ constexpr CommandSpec kRemoveCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

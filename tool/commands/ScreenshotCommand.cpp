@@ -12,108 +12,115 @@
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
-#include "tool/line/Arguments.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/Documents.h"
+#include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{.name = "IMAGE",
-                .help = "the file to store (default: write out the stored one)",
-                .isRequired = false}};
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{.name = "IMAGE",
+                      .help = "the file to store (default: write out the stored one)",
+                      .isRequired = false}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "output",
-               .shortName = 'o',
-               .valueName = "FILE",
-               .help = "where to write the stored one; - is standard output"},
-    kTimestampOption, kLevelOption};
+    line::OptionSpec{.longName = "output",
+                     .shortName = 'o',
+                     .valueName = "FILE",
+                     .help = "where to write the stored one; - is standard output"},
+    detail::kTimestampOption, detail::kLevelOption};
 
 constexpr std::size_t kBufferSize = std::size_t{256} << 10;
 
-void refuse(const Invocation& invocation, std::string_view option, std::string_view why) {
+void refuse(const line::Invocation& invocation, std::string_view option, std::string_view why) {
   if (!invocation.has(option)) return;
-  throw UsageError(sentence("bad option", fmt::format("--{}", option), why));
+  throw process::UsageError(process::sentence("bad option", fmt::format("--{}", option), why));
 }
 
 /// Throws Failure for what cannot be read as a file.
 void checkImage(const std::string& path) {
   struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw systemFailure("cannot read", path, errno);
-  if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
-  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is no file"));
+  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot read", path, errno);
+  if (S_ISDIR(info.st_mode)) throw process::systemFailure("cannot read", path, EISDIR);
+  if (!S_ISREG(info.st_mode))
+    throw process::Failure(process::sentence("cannot read", path, "it is no file"));
   const opc::FileDescriptor file(
       opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
-  if (!file) throw systemFailure("cannot read", path, errno);
+  if (!file) throw process::systemFailure("cannot read", path, errno);
 }
 
-void store(const Invocation& invocation) {
+void store(const line::Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
   const std::string& image = invocation.operands()[1];
   refuse(invocation, "output", "it does not go with IMAGE");
   if (image == "-") {
-    throw UsageError(sentence("bad value", image, "IMAGE is a file; -o - is standard output"));
+    throw process::UsageError(
+        process::sentence("bad value", image, "IMAGE is a file; -o - is standard output"));
   }
-  auto options = writeOptionsOf(invocation);
-  std::u16string source = toUtf16("cannot read", image);
+  auto options = detail::writeOptionsOf(invocation);
+  std::u16string source = detail::toUtf16("cannot read", image);
   checkImage(image);
-  changePackage(path, std::move(options), invocation,
-                [&](AddonPackage& package) { package.setScreenshot(source); });
+  detail::changePackage(path, std::move(options), invocation,
+                        [&](AddonPackage& package) { package.setScreenshot(source); });
 }
 
 /// "signal-kit.png" for the part "/metadata/primaryScreenShot.png" of "kits/signal-kit.kraddon".
 std::string defaultOutput(const std::string& package, const std::string& part) {
-  const std::string name = fileNameOf(part);
-  return baseNameOf(package) + name.substr(baseNameOf(name).size());
+  const std::string name = detail::fileNameOf(part);
+  return detail::baseNameOf(package) + name.substr(detail::baseNameOf(name).size());
 }
 
-void writeOut(const Invocation& invocation) {
+void writeOut(const line::Invocation& invocation) {
   refuse(invocation, "timestamp", "it goes with IMAGE only");
   refuse(invocation, "level", "it goes with IMAGE only");
   const std::string& path = invocation.operands()[0];
-  const std::unique_ptr<AddonPackage> package = openForReading(path);
-  const std::string part = screenshotPart(*package);
+  const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
+  const std::string part = json::screenshotPart(*package);
   if (part.empty()) {
-    throw Failure(sentence("cannot write the screenshot of", path, "it has none"),
-                  "'kraddon screenshot PACKAGE IMAGE' stores one");
+    throw process::Failure(process::sentence("cannot write the screenshot of", path, "it has none"),
+                           "'kraddon screenshot PACKAGE IMAGE' stores one");
   }
   const auto image = package->logicalPackage().getPart(opc::model::PartName(opc::fromUtf8(part)));
-  const auto content = [&](Output& output) {
+  const auto content = [&](report::Output& output) {
     const auto stream = image->getInputStream();
     std::vector<unsigned char> buffer(kBufferSize);
     while (const std::size_t size = stream->read(buffer.data(), buffer.size())) {
-      Interrupt::check();
+      process::Interrupt::check();
       output.write(std::span<const unsigned char>(buffer.data(), size));
     }
   };
-  writeOutputFile(invocation.value("output"), defaultOutput(path, part), content, path);
+  report::writeOutputFile(invocation.value("output"), defaultOutput(path, part), content, path);
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   if (invocation.operands().size() > 1) {
     store(invocation);
   } else {
     writeOut(invocation);
   }
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon screenshot kit.kraddon screen.png", "stores the picture"},
-    ExampleSpec{"kraddon screenshot kit.kraddon", "writes the stored one to kit.png or the like"},
-    ExampleSpec{"kraddon screenshot kit.kraddon -o - > screen.png",
-                "writes it to standard output"}};
+    line::ExampleSpec{"kraddon screenshot kit.kraddon screen.png", "stores the picture"},
+    line::ExampleSpec{"kraddon screenshot kit.kraddon",
+                      "writes the stored one to kit.png or the like"},
+    line::ExampleSpec{"kraddon screenshot kit.kraddon -o - > screen.png",
+                      "writes it to standard output"}};
 
 }  // namespace
 
-constexpr CommandSpec kScreenshotCommand{
+constexpr line::CommandSpec kScreenshotCommand{
     .name = "screenshot",
     .summary = "stores the screenshot, or writes out the stored one",
     .description =
@@ -126,4 +133,4 @@ constexpr CommandSpec kScreenshotCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

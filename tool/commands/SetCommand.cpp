@@ -12,15 +12,19 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "text/Suggest.h"
-#include "tool/line/Arguments.h"
+#include "tool/TreeWalk.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/DocumentJson.h"
 #include "tool/json/Documents.h"
+#include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
-#include "tool/commands/detail/PackageAccess.h"
 #include "tool/process/ReadFile.h"
-#include "tool/TreeWalk.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 using addon::packaging::ConstRecord;
 using addon::packaging::DocumentTable;
@@ -32,13 +36,13 @@ namespace {
 std::vector<std::string> assignmentsAfter(std::span<const std::string> operands);
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"}, kDocumentOperand,
-    OperandSpec{.name = "VALUE",
-                .help = "FILE.json, - for standard input, or FIELD=VALUE...",
-                .isRepeatable = true,
-                .choicesAfter = assignmentsAfter}};
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"}, detail::kDocumentOperand,
+    line::OperandSpec{.name = "VALUE",
+                      .help = "FILE.json, - for standard input, or FIELD=VALUE...",
+                      .isRepeatable = true,
+                      .choicesAfter = assignmentsAfter}};
 
-constexpr std::array kOptions{kTimestampOption, kLevelOption};
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
 
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
@@ -49,7 +53,7 @@ using Fields = std::map<std::string, std::string>;
 std::vector<std::string> assignmentsAfter(std::span<const std::string> operands) {
   std::vector<std::string> words;
   for (const DocumentTable* table : addon::packaging::documents()) {
-    if (operands.size() < 2 || table->name() != operands[1] || !isFlat(*table)) continue;
+    if (operands.size() < 2 || table->name() != operands[1] || !json::isFlat(*table)) continue;
     for (const Field& field : table->record.fields) {
       if (!field.isFixed) words.push_back(fmt::format("{}=", field.name));
     }
@@ -70,16 +74,18 @@ std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
   const std::size_t equals = word.find('=');
   std::string field = word.substr(0, equals);
   std::string value = word.substr(equals + 1);
-  const std::vector<std::string_view> known = fieldNames(table.record);
+  const std::vector<std::string_view> known = json::fieldNames(table.record);
   if (std::find(known.begin(), known.end(), field) == known.end()) {
     const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
-    throw UsageError(sentence("unknown field", fmt::format("{}.{}", table.name(), field),
-                              text::suggestion(field, known, all)),
-                     identityOf(word) ? fmt::format("'./{}' is the file of that name", word) : "");
+    throw process::UsageError(
+        process::sentence("unknown field", fmt::format("{}.{}", table.name(), field),
+                          text::suggestion(field, known, all)),
+        identityOf(word) ? fmt::format("'./{}' is the file of that name", word) : "");
   }
   const std::string fault = addon::project::xmlTextFault(value);
   if (!fault.empty()) {
-    throw Failure(sentence("bad value of", fmt::format("{}.{}", table.name(), field), fault));
+    throw process::Failure(
+        process::sentence("bad value of", fmt::format("{}.{}", table.name(), field), fault));
   }
   return {std::move(field), std::move(value)};
 }
@@ -88,12 +94,12 @@ Fields parseAssignments(const DocumentTable& table, const std::vector<std::strin
   Fields fields;
   for (const std::string& word : words) {
     if (!isAssignment(word)) {
-      throw UsageError(sentence("bad value", word, "expected FIELD=VALUE"));
+      throw process::UsageError(process::sentence("bad value", word, "expected FIELD=VALUE"));
     }
     auto [field, value] = parseAssignment(table, word);
     if (!fields.emplace(field, std::move(value)).second) {
-      throw UsageError(sentence("repeated field", fmt::format("{}.{}", table.name(), field),
-                                "it is given twice"));
+      throw process::UsageError(process::sentence(
+          "repeated field", fmt::format("{}.{}", table.name(), field), "it is given twice"));
     }
   }
   return fields;
@@ -106,14 +112,14 @@ std::string explain(const DocumentTable& table, std::string_view why) {
 }
 
 OwnedDocument readFile(const DocumentTable& table, const std::string& file) {
-  const std::string text = readInput(file, kLargestFile);
+  const std::string text = process::readInput(file, kLargestFile);
   try {
     OwnedDocument document = table.make();
-    readDocument(table, document.record, parseJson(text));
+    json::readDocument(table, document.record, json::parseJson(text));
     return document;
-  } catch (const JsonError& error) {
-    throw Failure(sentence("bad document", file == "-" ? "standard input" : file,
-                           explain(table, error.what())));
+  } catch (const json::JsonError& error) {
+    throw process::Failure(process::sentence("bad document", file == "-" ? "standard input" : file,
+                                             explain(table, error.what())));
   }
 }
 
@@ -123,23 +129,24 @@ void checkFixed(const DocumentTable& table, const ConstRecord& changed, AddonPac
   if (std::none_of(fields.begin(), fields.end(), [](const Field& one) { return one.isFixed; })) {
     return;
   }
-  const OwnedDocument stored = load(table, package);
+  const OwnedDocument stored = json::load(table, package);
   for (const Field& field : fields) {
     if (!field.isFixed || changed.text(field) == stored.record.text(field)) continue;
-    throw Failure(sentence("cannot change", fmt::format("{}.{}", table.name(), field.name),
-                           fmt::format("it is '{}' for as long as the package lives",
-                                       opc::toUtf8ForDisplay(stored.record.text(field)))));
+    throw process::Failure(
+        process::sentence("cannot change", fmt::format("{}.{}", table.name(), field.name),
+                          fmt::format("it is '{}' for as long as the package lives",
+                                      opc::toUtf8ForDisplay(stored.record.text(field)))));
   }
 }
 
 std::string jsonOf(const DocumentTable& table, const ConstRecord& document) {
-  return toJson(table, document, JsonWriter::Layout::Compact);
+  return json::toJson(table, document, json::JsonWriter::Layout::Compact);
 }
 
 bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPackage& package) {
-  if (!isPresent(table, package)) return false;
+  if (!json::isPresent(table, package)) return false;
   try {
-    return jsonOf(table, load(table, package).record) == jsonOf(table, document);
+    return jsonOf(table, json::load(table, package).record) == jsonOf(table, document);
   } catch (const opc::Exception&) {
     return false;  // one that cannot be read can be replaced
   }
@@ -149,7 +156,7 @@ bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPack
 /// already is left alone, so that nothing is written for it.
 void change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
             AddonPackage& package) {
-  const OwnedDocument document = given ? std::move(*given) : load(table, package);
+  const OwnedDocument document = given ? std::move(*given) : json::load(table, package);
   for (const auto& [name, value] : fields) {
     document.record.text(*table.record.find(name)) = opc::fromUtf8(value);
   }
@@ -163,20 +170,20 @@ bool isFile(const DocumentTable& table, const std::vector<std::string>& words) {
   const bool isAlone = words.size() == 3;
   const bool isFirstField = isAssignment(words[2]);
   if (isAlone && !isFirstField) return true;
-  if (!isFlat(table)) {
+  if (!json::isFlat(table)) {
     // A field can only be a mistake, unless there is a file of that name.
     if (isAlone && identityOf(words[2])) return true;
-    throw UsageError(
-        sentence("bad value", isFirstField ? words[2] : words[3],
-                 fmt::format("{} takes one FILE.json, or - for standard input", table.name())));
+    throw process::UsageError(process::sentence(
+        "bad value", isFirstField ? words[2] : words[3],
+        fmt::format("{} takes one FILE.json, or - for standard input", table.name())));
   }
   return false;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const std::vector<std::string>& words = invocation.operands();
-  const DocumentTable& table = findDocument(words[1]);
-  auto options = writeOptionsOf(invocation);
+  const DocumentTable& table = json::findDocument(words[1]);
+  auto options = detail::writeOptionsOf(invocation);
   std::optional<OwnedDocument> document;
   Fields fields;
   if (isFile(table, words)) {
@@ -185,22 +192,22 @@ ExitCode run(const Invocation& invocation) {
     fields = parseAssignments(table, {words.begin() + 2, words.end()});
   }
 
-  changePackage(words[0], std::move(options), invocation, [&](AddonPackage& package) {
+  detail::changePackage(words[0], std::move(options), invocation, [&](AddonPackage& package) {
     change(table, std::move(document), fields, package);
   });
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon set kit.kraddon properties version=1.1 authorName='A. Weaver'",
-                "changes two properties"},
-    ExampleSpec{"kraddon set kit.kraddon apps apps.json", "stores the list in apps.json"},
-    ExampleSpec{"kraddon get old.kraddon license | kraddon set kit.kraddon license -",
-                "takes over another package's license"}};
+    line::ExampleSpec{"kraddon set kit.kraddon properties version=1.1 authorName='A. Weaver'",
+                      "changes two properties"},
+    line::ExampleSpec{"kraddon set kit.kraddon apps apps.json", "stores the list in apps.json"},
+    line::ExampleSpec{"kraddon get old.kraddon license | kraddon set kit.kraddon license -",
+                      "takes over another package's license"}};
 
 }  // namespace
 
-constexpr CommandSpec kSetCommand{
+constexpr line::CommandSpec kSetCommand{
     .name = "set",
     .summary = "stores one document, or changes some of its fields",
     .description =
@@ -213,4 +220,4 @@ constexpr CommandSpec kSetCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

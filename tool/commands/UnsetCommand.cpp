@@ -9,12 +9,16 @@
 
 #include "addon/packaging/DocumentRemoval.h"
 #include "text/Suggest.h"
-#include "tool/line/Arguments.h"
-#include "tool/json/Documents.h"
-#include "tool/process/Errors.h"
+#include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/json/Documents.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
 
 using addon::packaging::DocumentTable;
 
@@ -23,14 +27,14 @@ namespace {
 std::vector<std::string> removableNames();
 
 constexpr std::array kOperands{
-    OperandSpec{.name = "PACKAGE", .help = "the package"},
-    OperandSpec{
+    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    line::OperandSpec{
         .name = "DOCUMENT",
         .help = "license, configuration, apps, examples, revisions, requirements or screenshot",
         .isRepeatable = true,
         .choices = removableNames}};
 
-constexpr std::array kOptions{kTimestampOption, kLevelOption};
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
 
 constexpr std::string_view kScreenshot = "screenshot";
 constexpr std::string_view kProperties = "properties";
@@ -65,7 +69,8 @@ std::vector<std::string> removableNames() {
 
 Removal findRemoval(std::string_view name) {
   if (name == kProperties) {
-    throw UsageError(sentence("cannot remove", name, "a package always has them"));
+    throw process::UsageError(
+        process::sentence("cannot remove", name, "a package always has them"));
   }
   std::vector<std::string_view> names;
   for (const Removal& removal : removals()) {
@@ -73,11 +78,12 @@ Removal findRemoval(std::string_view name) {
     names.push_back(removal.name);
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown document", name, text::suggestion(name, names, all)));
+  throw process::UsageError(
+      process::sentence("unknown document", name, text::suggestion(name, names, all)));
 }
 
 /// Each name once.
-std::vector<Removal> chosenBy(const Invocation& invocation) {
+std::vector<Removal> chosenBy(const line::Invocation& invocation) {
   std::vector<Removal> chosen;
   const auto& operands = invocation.operands();
   for (auto name = operands.begin() + 1; name != operands.end(); ++name) {
@@ -90,27 +96,28 @@ std::vector<Removal> chosenBy(const Invocation& invocation) {
   return chosen;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   const std::vector<Removal> chosen = chosenBy(invocation);
-  auto options = writeOptionsOf(invocation);
+  auto options = detail::writeOptionsOf(invocation);
   const auto remove = [&](AddonPackage& package) {
     for (const Removal& removal : chosen) {
       if (removal.remove(package)) continue;
-      throw Failure(sentence("cannot remove", removal.name, "the package has none"));
+      throw process::Failure(
+          process::sentence("cannot remove", removal.name, "the package has none"));
     }
   };
-  changePackage(invocation.operands()[0], std::move(options), invocation, remove);
-  return ExitCode::Done;
+  detail::changePackage(invocation.operands()[0], std::move(options), invocation, remove);
+  return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon unset kit.kraddon license", "removes the license"},
-    ExampleSpec{"kraddon unset kit.kraddon examples screenshot",
-                "removes the examples and the screenshot"}};
+    line::ExampleSpec{"kraddon unset kit.kraddon license", "removes the license"},
+    line::ExampleSpec{"kraddon unset kit.kraddon examples screenshot",
+                      "removes the examples and the screenshot"}};
 
 }  // namespace
 
-constexpr CommandSpec kUnsetCommand{
+constexpr line::CommandSpec kUnsetCommand{
     .name = "unset",
     .summary = "removes documents, or the screenshot",
     .description =
@@ -121,4 +128,4 @@ constexpr CommandSpec kUnsetCommand{
     .run = run,
     .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -11,16 +11,18 @@
 #include "opc/Text.h"
 #include "opc/checks/PackageVerification.h"
 #include "text/ByteCount.h"
+#include "tool/IgnoreRules.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/FindingPrinter.h"
-#include "tool/IgnoreRules.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
-#include "tool/commands/detail/PackageAccess.h"
 #include "tool/report/Progress.h"
 
-namespace tool {
+namespace tool::commands {
 
 namespace {
 
@@ -29,93 +31,96 @@ using opc::checks::FindingInfo;
 /// verifyPackage() or verifyAddon().
 using Verify = decltype(addon::checks::verifyAddon);
 
-constexpr std::array kOperands{OperandSpec{
+constexpr std::array kOperands{line::OperandSpec{
     .name = "PACKAGE", .help = "the packages to check", .isRequired = false, .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    OptionSpec{.longName = "strict", .help = "warnings count as errors"},
-    OptionSpec{.longName = "ignore",
-               .valueName = "ID[:GLOB]",
-               .help = "pass over a finding, everywhere or in what matches",
-               .isRepeatable = true,
-               .choices = findingIds},
-    OptionSpec{.longName = "opc", .help = "check the container and the packaging rules alone"},
-    OptionSpec{.longName = "format",
-               .valueName = "FORMAT",
-               .help = "text, github or sarif",
-               .choices = findingFormats},
-    kJsonOption,
-    OptionSpec{.longName = "explain",
-               .valueName = "ID",
-               .help = "say what a finding means, and what to do about it",
-               .choices = findingIds}};
+    line::OptionSpec{.longName = "strict", .help = "warnings count as errors"},
+    line::OptionSpec{.longName = "ignore",
+                     .valueName = "ID[:GLOB]",
+                     .help = "pass over a finding, everywhere or in what matches",
+                     .isRepeatable = true,
+                     .choices = findingIds},
+    line::OptionSpec{.longName = "opc",
+                     .help = "check the container and the packaging rules alone"},
+    line::OptionSpec{.longName = "format",
+                     .valueName = "FORMAT",
+                     .help = "text, github or sarif",
+                     .choices = report::findingFormats},
+    detail::kJsonOption,
+    line::OptionSpec{.longName = "explain",
+                     .valueName = "ID",
+                     .help = "say what a finding means, and what to do about it",
+                     .choices = findingIds}};
 
 constexpr const char* kDescription =
     "Reads every byte, and checks every checksum, every rule of the packaging conventions, every\n"
     "document and every reference between them. Prints a line a finding. The exit code is 1 when\n"
     "there is an error in any of the packages.";
 
-void explain(const FindingInfo& info, Output& output) {
+void explain(const FindingInfo& info, report::Output& output) {
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
                            opc::checks::idOf(info.id.number), info.title,
                            opc::checks::nameOf(info.id.severity), addon::checks::groupOf(info.id),
                            info.explanation, info.remedy));
 }
 
-ExitCode runExplain(const Invocation& invocation) {
+process::ExitCode runExplain(const line::Invocation& invocation) {
   invocation.refuseTogether("explain", "json");
   invocation.refuseTogether("explain", "format");
   if (!invocation.operands().empty()) {
-    throw UsageError(
-        sentence("unexpected operand", invocation.operands()[0], "--explain looks at no package"));
+    throw process::UsageError(process::sentence("unexpected operand", invocation.operands()[0],
+                                                "--explain looks at no package"));
   }
-  Output output;
+  report::Output output;
   explain(findingNamed(*invocation.value("explain")), output);
   output.flush();
-  return ExitCode::Done;
+  return process::ExitCode::Done;
 }
 
 /// Never throws for what one file is like: the others are still to be checked.
 PackageVerdict verify(const std::string& path, Verify& check, const IgnoreRules& rules,
-                      const Settings& settings) {
+                      const line::Settings& settings) {
   PackageVerdict failed;
   failed.file = path;
   try {
-    toUtf16("cannot open", path);
-    if (path.empty()) throw systemFailure("cannot open package", path, ENOENT);
-    ProgressBar bar(settings);
+    detail::toUtf16("cannot open", path);
+    if (path.empty()) throw process::systemFailure("cannot open package", path, ENOENT);
+    report::ProgressBar bar(settings);
     return judge(path, check(path, bar.function()), rules);
   } catch (const opc::Exception& error) {
     failed.failure = error.what();
-  } catch (const Failure& error) {
+  } catch (const process::Failure& error) {
     failed.failure = opc::printable(error.what());
     failed.file = opc::printable(path);
   }
   return failed;
 }
 
-void printSummary(const PackageVerdict& verdict, const Settings& settings) {
-  if (!verdict.failure.empty()) return printError("verify", verdict.failure);
+void printSummary(const PackageVerdict& verdict, const line::Settings& settings) {
+  if (!verdict.failure.empty()) return report::printError("verify", verdict.failure);
   const bool isClean = verdict.errors + verdict.warnings + verdict.ignored == 0;
   if (settings.isQuiet || (isClean && !settings.isVerbose)) return;
   const std::string ignored =
       verdict.ignored == 0 ? "" : fmt::format(", {} ignored", verdict.ignored);
-  printToStandardError(fmt::format("{}: {}, {}{}\n", opc::printable(verdict.file),
-                                   text::counted(verdict.errors, "error"),
-                                   text::counted(verdict.warnings, "warning"), ignored));
+  report::printToStandardError(fmt::format("{}: {}, {}{}\n", opc::printable(verdict.file),
+                                           text::counted(verdict.errors, "error"),
+                                           text::counted(verdict.warnings, "warning"), ignored));
 }
 
-ExitCode runChecks(const Invocation& invocation) {
+process::ExitCode runChecks(const line::Invocation& invocation) {
   if (invocation.operands().empty()) {
-    throw UsageError(sentence("missing operand", kOperands[0].name, kOperands[0].help));
+    throw process::UsageError(
+        process::sentence("missing operand", kOperands[0].name, kOperands[0].help));
   }
   invocation.refuseTogether("json", "format");
   const IgnoreRules rules(invocation.values("ignore"));
   Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : addon::checks::verifyAddon;
   const bool isStrict = invocation.has("strict");
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
-  Output output;
-  const std::unique_ptr<FindingPrinter> printer = makePrinter(format, isStrict, output);
+  report::Output output;
+  const std::unique_ptr<report::FindingPrinter> printer =
+      report::makePrinter(format, isStrict, output);
 
   bool isGood = true;
   printer->begin();
@@ -128,29 +133,30 @@ ExitCode runChecks(const Invocation& invocation) {
   }
   printer->end();
   output.flush();
-  return isGood ? ExitCode::Done : ExitCode::Failed;
+  return isGood ? process::ExitCode::Done : process::ExitCode::Failed;
 }
 
-ExitCode run(const Invocation& invocation) {
+process::ExitCode run(const line::Invocation& invocation) {
   return invocation.has("explain") ? runExplain(invocation) : runChecks(invocation);
 }
 
 constexpr std::array kExamples{
-    ExampleSpec{"kraddon verify kit.kraddon", "prints a line a finding"},
-    ExampleSpec{"kraddon verify --strict --ignore 'KR512:docs/**' *.kraddon",
-                "fails on warnings too, but for some"},
-    ExampleSpec{"kraddon verify --opc --json report.docx",
-                "checks any package of the packaging conventions"},
-    ExampleSpec{"kraddon verify --explain KR101", "says what a finding means"}};
+    line::ExampleSpec{"kraddon verify kit.kraddon", "prints a line a finding"},
+    line::ExampleSpec{"kraddon verify --strict --ignore 'KR512:docs/**' *.kraddon",
+                      "fails on warnings too, but for some"},
+    line::ExampleSpec{"kraddon verify --opc --json report.docx",
+                      "checks any package of the packaging conventions"},
+    line::ExampleSpec{"kraddon verify --explain KR101", "says what a finding means"}};
 
 }  // namespace
 
-constexpr CommandSpec kVerifyCommand{.name = "verify",
-                                     .summary = "checks packages, and says what is wrong with them",
-                                     .description = kDescription,
-                                     .operands = kOperands,
-                                     .options = kOptions,
-                                     .run = run,
-                                     .examples = kExamples};
+constexpr line::CommandSpec kVerifyCommand{
+    .name = "verify",
+    .summary = "checks packages, and says what is wrong with them",
+    .description = kDescription,
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
 
-}  // namespace tool
+}  // namespace tool::commands

@@ -10,7 +10,7 @@
 #include "opc/Text.h"
 #include "text/Suggest.h"
 
-namespace tool {
+namespace tool::json {
 
 using addon::packaging::ConstRecord;
 using addon::packaging::DocumentTable;
@@ -174,4 +174,4 @@ std::vector<std::string_view> fieldNames(const RecordTable& table) {
   return names;
 }
 
-}  // namespace tool
+}  // namespace tool::json

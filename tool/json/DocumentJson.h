@@ -11,7 +11,7 @@
 // Documents as JSON: one object or, for a list, an array of objects; flags are the texts "true" and
 // "false", as the host has them.
 
-namespace tool {
+namespace tool::json {
 
 /// Fills an empty document. Throws JsonError that names the first field that is unknown, missing,
 /// of a wrong kind or of characters that XML cannot carry ("examples[2].examples[0].images:
@@ -30,4 +30,4 @@ void writeField(const addon::packaging::ConstRecord& record, const addon::packag
 bool isFlat(const addon::packaging::DocumentTable& table);
 std::vector<std::string_view> fieldNames(const addon::packaging::RecordTable& table);
 
-}  // namespace tool
+}  // namespace tool::json

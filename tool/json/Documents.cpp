@@ -9,7 +9,7 @@
 #include "tool/line/Command.h"
 #include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::json {
 
 using addon::packaging::AddonPackage;
 using addon::packaging::documents;
@@ -46,7 +46,8 @@ const DocumentTable& findDocument(std::string_view name) {
     names.emplace_back(table->name());
   }
   const std::string all = fmt::format("the documents are {}", fmt::join(names, ", "));
-  throw UsageError(sentence("unknown document", name, text::suggestion(name, names, all)));
+  throw process::UsageError(
+      process::sentence("unknown document", name, text::suggestion(name, names, all)));
 }
 
 OwnedDocument load(const DocumentTable& table, AddonPackage& package) {
@@ -72,4 +73,4 @@ std::string screenshotPart(AddonPackage& package) {
   return findPart(package, addon::packaging::ScreenshotPart::relationshipType());
 }
 
-}  // namespace tool
+}  // namespace tool::json

@@ -7,7 +7,10 @@
 
 #include "addon/packaging/Documents.h"
 
-namespace tool {
+namespace tool::json {
+
+/// The names of all documents.
+std::vector<std::string> documentNames();
 
 /// Throws UsageError, with the nearest name, for an unknown document.
 const addon::packaging::DocumentTable& findDocument(std::string_view name);
@@ -33,4 +36,4 @@ std::vector<PresentDocument> presentDocuments(addon::packaging::AddonPackage& pa
 /// The part name of the primary screenshot, or "".
 std::string screenshotPart(addon::packaging::AddonPackage& package);
 
-}  // namespace tool
+}  // namespace tool::json

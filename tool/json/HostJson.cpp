@@ -15,7 +15,7 @@
 
 #include "opc/Text.h"
 
-namespace tool {
+namespace tool::json {
 
 namespace {
 
@@ -292,4 +292,4 @@ HostArrayPointer toHostArray(const JsonValue& value) {
   return isPlainObject(value) ? toStruct(value) : ClassForm(value).build();
 }
 
-}  // namespace tool
+}  // namespace tool::json

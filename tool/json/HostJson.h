@@ -8,7 +8,7 @@
 #include "tool/json/JsonText.h"
 #include "tool/json/JsonWriter.h"
 
-namespace tool {
+namespace tool::json {
 
 struct HostArrayDeleter {
   void operator()(kxArray* array) const { kxDestroyArray(array); }
@@ -28,4 +28,4 @@ HostArrayPointer toHostArray(const JsonValue& value);
 /// not null. Throws JsonError for arrays more than kMaxJsonDepth deep in each other.
 void writeHostArray(const kxArray* array, JsonWriter& writer);
 
-}  // namespace tool
+}  // namespace tool::json

@@ -8,7 +8,7 @@
 
 #include "tool/json/HostJson.h"
 
-namespace tool {
+namespace tool::json {
 
 namespace {
 
@@ -190,4 +190,4 @@ void writeHostArray(const kxArray* array, JsonWriter& writer) {
   Writer(writer).write(array);
 }
 
-}  // namespace tool
+}  // namespace tool::json

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace tool {
+namespace tool::json {
 
 namespace {
 
@@ -138,4 +138,4 @@ std::optional<JsonValue> parseJsonIfAny(std::string_view text) {
   throw JsonError(builder.error());
 }
 
-}  // namespace tool
+}  // namespace tool::json

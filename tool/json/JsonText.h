@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace tool {
+namespace tool::json {
 
 using JsonValue = nlohmann::ordered_json;
 
@@ -27,4 +27,4 @@ JsonValue parseJson(std::string_view text);
 /// The same, but nothing for text that is no JSON at all.
 std::optional<JsonValue> parseJsonIfAny(std::string_view text);
 
-}  // namespace tool
+}  // namespace tool::json

@@ -10,7 +10,7 @@
 
 #include "opc/Text.h"
 
-namespace tool {
+namespace tool::json {
 
 namespace {
 
@@ -140,4 +140,4 @@ void JsonWriter::textOrNull(std::string_view utf8) {
   }
 }
 
-}  // namespace tool
+}  // namespace tool::json

@@ -3,7 +3,7 @@
 
 #include <array>
 
-namespace tool {
+namespace tool::json {
 
 // The files in schemas/.
 extern const std::string_view kManifestSchema;
@@ -37,4 +37,4 @@ std::span<const Schema> schemas() {
   return kSchemas;
 }
 
-}  // namespace tool
+}  // namespace tool::json

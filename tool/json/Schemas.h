@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-namespace tool {
+namespace tool::json {
 
 /// A JSON Schema (2020-12) of something that the program reads or prints.
 struct Schema {
@@ -15,4 +15,4 @@ struct Schema {
 /// The manifest, the outputs of --json, and the documents.
 std::span<const Schema> schemas();
 
-}  // namespace tool
+}  // namespace tool::json

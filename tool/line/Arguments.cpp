@@ -7,11 +7,10 @@
 #include <charconv>
 
 #include "text/Suggest.h"
-#include "tool/commands/CommandTable.h"
-#include "tool/process/Errors.h"
 #include "tool/line/OptionTable.h"
+#include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -78,7 +77,8 @@ class WordParser {
   }
 
   std::string_view valueAfter(std::string_view word) {
-    if (rest_.empty()) throw UsageError(sentence("bad option", word, "its value is missing"));
+    if (rest_.empty())
+      throw process::UsageError(process::sentence("bad option", word, "its value is missing"));
     return takeWord();
   }
 
@@ -95,18 +95,19 @@ class WordParser {
   }
 
   [[noreturn]] static void refuse(const OptionSpec& option, std::string_view why) {
-    throw UsageError(sentence("bad option", nameOf(option), why));
+    throw process::UsageError(process::sentence("bad option", nameOf(option), why));
   }
 
   [[noreturn]] void refuseUnknown() const {
     if (!unknown_.starts_with("--")) {
-      throw UsageError(sentence("unknown option", unknown_, "no option has that letter"));
+      throw process::UsageError(
+          process::sentence("unknown option", unknown_, "no option has that letter"));
     }
     std::vector<std::string> known;
     for (const OptionSpec& option : table_.options()) known.push_back(nameOf(option));
     const std::vector<std::string_view> names(known.begin(), known.end());
-    throw UsageError(sentence("unknown option", unknown_,
-                              text::suggestion(unknown_, names, "no option has that name")));
+    throw process::UsageError(process::sentence(
+        "unknown option", unknown_, text::suggestion(unknown_, names, "no option has that name")));
   }
 
   static std::string nameOf(const OptionSpec& option) {
@@ -138,14 +139,14 @@ void checkOperands(const CommandSpec& command, const std::vector<std::string>& o
   std::size_t required = 0;
   for (const OperandSpec& operand : command.operands) {
     if (operand.isRequired && ++required > operands.size()) {
-      throw UsageError(sentence("missing operand", operand.name, operand.help),
-                       std::string(operand.hint));
+      throw process::UsageError(process::sentence("missing operand", operand.name, operand.help),
+                                std::string(operand.hint));
     }
   }
   const bool isOpenEnded = !command.operands.empty() && command.operands.back().isRepeatable;
   if (!isOpenEnded && operands.size() > command.operands.size()) {
-    throw UsageError(sentence("unexpected operand", operands[command.operands.size()],
-                              "there is no use for it"));
+    throw process::UsageError(process::sentence(
+        "unexpected operand", operands[command.operands.size()], "there is no use for it"));
   }
 }
 
@@ -153,7 +154,7 @@ void checkRequired(const CommandSpec& command, const Invocation& invocation) {
   for (const OptionSpec& option : command.options) {
     if (option.isRequired && !invocation.has(option.longName)) {
       const std::string name = fmt::format("--{}", option.longName);
-      throw UsageError(sentence("missing option", name, option.help));
+      throw process::UsageError(process::sentence("missing option", name, option.help));
     }
   }
 }
@@ -170,8 +171,8 @@ void refuseValue(std::string_view option, std::string_view word,
   const std::span<const std::string_view> all(names);
   const std::string expected =
       fmt::format("expected {} or {}", fmt::join(all.first(all.size() - 1), ", "), all.back());
-  throw UsageError(sentence(fmt::format("bad value of {}", option), word,
-                            text::suggestion(word, names, expected)));
+  throw process::UsageError(process::sentence(fmt::format("bad value of {}", option), word,
+                                              text::suggestion(word, names, expected)));
 }
 
 std::optional<std::int64_t> toInteger(std::string_view text) {
@@ -204,16 +205,17 @@ std::optional<std::int64_t> Invocation::number(std::string_view option, std::int
   const std::string& text = found->second.back();
   const std::optional<std::int64_t> number = toInteger(text);
   if (!number || *number < least || *number > most) {
-    throw UsageError(sentence(fmt::format("bad value of --{}", option), text,
-                              fmt::format("expected a whole number from {} to {}", least, most)));
+    throw process::UsageError(
+        process::sentence(fmt::format("bad value of --{}", option), text,
+                          fmt::format("expected a whole number from {} to {}", least, most)));
   }
   return number;
 }
 
 void Invocation::refuseTogether(std::string_view option, std::string_view other) const {
   if (!has(option) || !has(other)) return;
-  throw UsageError(sentence("bad option", fmt::format("--{}", option),
-                            fmt::format("it does not go with --{}", other)));
+  throw process::UsageError(process::sentence("bad option", fmt::format("--{}", option),
+                                              fmt::format("it does not go with --{}", other)));
 }
 
 LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {
@@ -258,4 +260,4 @@ Invocation parseArguments(const CommandSpec& command, Settings settings,
   return invocation;
 }
 
-}  // namespace tool
+}  // namespace tool::line

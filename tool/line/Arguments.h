@@ -13,7 +13,7 @@
 
 #include "tool/line/Command.h"
 
-namespace tool {
+namespace tool::line {
 
 enum class ColorMode { Auto, Always, Never };
 
@@ -90,4 +90,4 @@ LeadingArguments parseLeadingArguments(const std::vector<std::string>& words);
 Invocation parseArguments(const CommandSpec& command, Settings settings,
                           const std::vector<std::string>& words, bool& wantsHelp);
 
-}  // namespace tool
+}  // namespace tool::line

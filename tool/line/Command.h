@@ -8,7 +8,7 @@
 
 #include "tool/process/ExitCode.h"
 
-namespace tool {
+namespace tool::line {
 
 class Invocation;
 
@@ -54,58 +54,13 @@ struct CommandSpec {
   std::string_view description = {};  ///< paragraphs for its own help
   std::span<const OperandSpec> operands = {};
   std::span<const OptionSpec> options = {};
-  ExitCode (*run)(const Invocation& invocation) = nullptr;
+  process::ExitCode (*run)(const Invocation& invocation) = nullptr;
   std::span<const ExampleSpec> examples = {};
-  ExitCode failureCode = ExitCode::Failed;  ///< of whatever goes wrong but wrong usage
+  process::ExitCode failureCode =
+      process::ExitCode::Failed;  ///< of whatever goes wrong but wrong usage
 };
 
-// The commands, each described where it is implemented.
-extern const CommandSpec kAddCommand;
-extern const CommandSpec kBuildCommand;
-extern const CommandSpec kCallCommand;
-extern const CommandSpec kCompletionCommand;
-extern const CommandSpec kCreateCommand;
-extern const CommandSpec kDiffCommand;
-extern const CommandSpec kExtractCommand;
-extern const CommandSpec kGetCommand;
-extern const CommandSpec kHelpCommand;
-extern const CommandSpec kInfoCommand;
-extern const CommandSpec kInitCommand;
-extern const CommandSpec kListCommand;
-extern const CommandSpec kMkdirCommand;
-extern const CommandSpec kPreviewCommand;
-extern const CommandSpec kRemoveCommand;
-extern const CommandSpec kSchemaCommand;
-extern const CommandSpec kScreenshotCommand;
-extern const CommandSpec kSetCommand;
-extern const CommandSpec kUnsetCommand;
-extern const CommandSpec kVerifyCommand;
+/// All commands of the program, in the order in which help lists them.
+using CommandList = std::span<const CommandSpec* const>;
 
-/// The names of the metadata documents.
-std::vector<std::string> documentNames();
-
-// Operands and options that several commands share.
-inline constexpr OperandSpec kDocumentOperand{
-    .name = "DOCUMENT",
-    .help = "properties, license, configuration, apps, examples, revisions or requirements",
-    .choices = documentNames};
-inline constexpr OptionSpec kDefaultExcludesOption{
-    .longName = "default-excludes", .help = "leave out files of version control and editors"};
-inline constexpr OptionSpec kDryRunOption{.longName = "dry-run",
-                                          .help = "print what would be done, change nothing"};
-inline constexpr OptionSpec kExcludeOption{.longName = "exclude",
-                                           .valueName = "GLOB",
-                                           .help = "leave out what matches, as in gitignore",
-                                           .isRepeatable = true};
-inline constexpr OptionSpec kFollowOption{.longName = "follow",
-                                          .help = "follow links that lead out of FOLDER"};
-inline constexpr OptionSpec kJsonOption{.longName = "json", .help = "print one JSON value"};
-inline constexpr OptionSpec kGlobOption{.longName = "glob", .help = "take each PATH as a pattern"};
-inline constexpr OptionSpec kTimestampOption{
-    .longName = "timestamp",
-    .valueName = "SECONDS",
-    .help = "time of everything written, in seconds since 1970"};
-inline constexpr OptionSpec kLevelOption{
-    .longName = "level", .valueName = "0..9", .help = "how hard to pack; 0 stores, default 6"};
-
-}  // namespace tool
+}  // namespace tool::line

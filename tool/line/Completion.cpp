@@ -6,11 +6,10 @@
 #include <algorithm>
 #include <optional>
 
-#include "tool/commands/CommandTable.h"
 #include "tool/line/CompletionPaths.h"
 #include "tool/line/OptionTable.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -40,8 +39,8 @@ void sortWords(std::span<const std::string> words, const OptionTable& table, Lin
   }
 }
 
-const CommandSpec* commandNamed(std::string_view name) {
-  for (const CommandSpec* command : commands()) {
+const CommandSpec* commandNamed(std::string_view name, CommandList commands) {
+  for (const CommandSpec* command : commands) {
     if (command->name == name) return command;
   }
   return nullptr;
@@ -126,9 +125,9 @@ Completion completeOption(const std::string& word, const OptionTable& table, con
   return completion;
 }
 
-Completion completeCommand() {
+Completion completeCommand(CommandList commands) {
   Completion completion;
-  for (const CommandSpec* command : commands()) {
+  for (const CommandSpec* command : commands) {
     completion.candidates.push_back({std::string(command->name), std::string(command->summary)});
   }
   return completion;
@@ -159,7 +158,7 @@ bool enterDirectory(std::span<const std::string> leading, const OptionTable& tab
 
 }  // namespace
 
-Completion complete(std::vector<std::string> words) {
+Completion complete(CommandList commands, std::vector<std::string> words) {
   if (words.empty()) words.emplace_back();
   const std::string last = words.back();
   words.pop_back();
@@ -172,9 +171,9 @@ Completion complete(std::vector<std::string> words) {
   if (rest.empty()) {
     sortWords(before, leading, line);
     if (line.wanting != nullptr) return completeValue(*line.wanting, last, 0, line);
-    return last.starts_with('-') ? completeOption(last, leading, line) : completeCommand();
+    return last.starts_with('-') ? completeOption(last, leading, line) : completeCommand(commands);
   }
-  line.command = commandNamed(rest[0]);
+  line.command = commandNamed(rest[0], commands);
   if (line.command == nullptr || !enterDirectory(before, leading)) return {};
   const OptionTable table = tableOf(*line.command);
   sortWords(rest.subspan(1), table, line);
@@ -183,4 +182,4 @@ Completion complete(std::vector<std::string> words) {
   return completeOperand(line, last);
 }
 
-}  // namespace tool
+}  // namespace tool::line

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
-namespace tool {
+#include "tool/line/Command.h"
+
+namespace tool::line {
 
 /// A word that may stand where the cursor is.
 struct Candidate {
@@ -25,11 +27,11 @@ struct Completion {
 /// free of quotes. All that could stand there, or, of paths, all in the folder that the word names;
 /// what the word begins with is left to the shell to compare. Never fails: what cannot be
 /// read gives no candidates.
-Completion complete(std::vector<std::string> words);
+Completion complete(CommandList commands, std::vector<std::string> words);
 
 /// The names of the shells that there are scripts for, and their scripts. Throws UsageError for any
 /// other.
 std::vector<std::string> completionShells();
 std::string_view completionScript(std::string_view shell);
 
-}  // namespace tool
+}  // namespace tool::line

@@ -9,11 +9,11 @@
 #include <new>
 #include <system_error>
 
+#include "addon/packaging/AddonPackage.h"
 #include "opc/Text.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
+#include "text/Lines.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -46,7 +46,7 @@ std::vector<Entry> entriesOf(const std::string& folder) {
 bool isWanted(const Entry& entry, DiskPath kind, bool hasPackages) {
   if (entry.isFolder || kind == DiskPath::AnyFile) return true;
   if (kind == DiskPath::Folder) return false;
-  return !hasPackages || entry.name.ends_with(kPackageExtension);
+  return !hasPackages || entry.name.ends_with(addon::packaging::kPackageExtension);
 }
 
 }  // namespace
@@ -82,7 +82,7 @@ std::vector<std::string> pathsOnDisk(const std::string& word, DiskPath kind) {
   std::vector<Entry> entries = entriesOf(folder.empty() ? "." : withHome(folder));
   // Where none is called as packages are, any file may be one: 'verify' reads them all.
   const bool hasPackages = std::any_of(entries.begin(), entries.end(), [](const Entry& entry) {
-    return !entry.isFolder && entry.name.ends_with(kPackageExtension);
+    return !entry.isFolder && entry.name.ends_with(addon::packaging::kPackageExtension);
   });
   std::vector<std::string> paths;
   for (const Entry& entry : entries) {
@@ -111,10 +111,11 @@ std::vector<std::string> pathsInPackage(const std::string& package, const std::s
   if (fs::is_directory(withHome(package), unknown)) return pathsInFolder(package + "/", word);
   std::vector<std::string> paths;
   try {
-    const auto opened = openForReading(withHome(package));
-    auto& tree = opened->fileSystem();
+    addon::packaging::AddonPackage opened(opc::fromUtf8(withHome(package)));
+    opened.logicalPackage().open(opc::interfaces::OpenMode::Read);
+    auto& tree = opened.fileSystem();
     const std::string_view folder = folderOf(word);
-    const std::string_view path = trimSlashes(folder);
+    const std::string_view path = text::trimSlashes(folder);
     const auto found = path.empty() ? nullptr : tree.find(path);
     if (!path.empty() && (!found || found->isFile())) return paths;
     for (const auto& child : tree.getChildren(found ? *found : tree.getRoot())) {
@@ -131,4 +132,4 @@ std::vector<std::string> pathsInPackage(const std::string& package, const std::s
   return paths;
 }
 
-}  // namespace tool
+}  // namespace tool::line

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool {
+namespace tool::line {
 
 /// Which files are worth a proposal; folders always are, as the way to them.
 enum class DiskPath { AnyFile, Folder, Package };
@@ -28,4 +28,4 @@ std::vector<std::string> pathsInPackage(const std::string& package, const std::s
 /// "/home/weaver/x" of "~/x".
 std::string withHome(std::string_view path);
 
-}  // namespace tool
+}  // namespace tool::line

@@ -5,7 +5,7 @@
 #include "tool/line/Arguments.h"
 #include "tool/line/Completion.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -211,4 +211,4 @@ std::string_view completionScript(std::string_view shell) {
   refuseValue("SHELL", shell, completionShells());
 }
 
-}  // namespace tool
+}  // namespace tool::line

@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "tool/commands/CommandTable.h"
+#include "tool/line/OptionTable.h"
 #include "tool/line/Wrapping.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -110,9 +110,9 @@ std::string programUsage() {
          "       kraddon help [COMMAND]\n";
 }
 
-std::string programHelp() {
+std::string programHelp(CommandList commands) {
   std::vector<Row> rows;
-  for (const CommandSpec* command : commands()) {
+  for (const CommandSpec* command : commands) {
     rows.emplace_back(command->name, command->summary);
   }
   return programUsage() + fmt::format("\n{}\n", kProgramPurpose) + "\ncommands:\n" + table(rows) +
@@ -121,4 +121,4 @@ std::string programHelp() {
          "\n'kraddon help COMMAND' tells more.\n";
 }
 
-}  // namespace tool
+}  // namespace tool::line

@@ -5,7 +5,7 @@
 
 #include "tool/line/Command.h"
 
-namespace tool {
+namespace tool::line {
 
 /// What the program is for, in one line.
 inline constexpr std::string_view kProgramPurpose =
@@ -25,6 +25,6 @@ std::string helpOf(const CommandSpec& command);
 
 /// The usage of the program in one line, and all its commands.
 std::string programUsage();
-std::string programHelp();
+std::string programHelp(CommandList commands);
 
-}  // namespace tool
+}  // namespace tool::line

@@ -7,11 +7,11 @@
 #include <utility>
 
 #include "opc/Text.h"
-#include "tool/commands/CommandTable.h"
 #include "tool/line/Help.h"
+#include "tool/line/OptionTable.h"
 #include "tool/line/Wrapping.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -115,10 +115,10 @@ void appendExamples(std::span<const ExampleSpec> examples, std::string& page) {
 }
 
 /// All pages but the one itself; "" is the program's.
-void appendSeeAlso(std::string_view own, std::string& page) {
+void appendSeeAlso(std::string_view own, CommandList commands, std::string& page) {
   std::vector<std::string> names;
   if (!own.empty()) names.push_back(pageName({}));
-  for (const CommandSpec* command : commands()) {
+  for (const CommandSpec* command : commands) {
     if (command->name != own) names.push_back(pageName(command->name));
   }
   appendSection("SEE ALSO", page);
@@ -128,10 +128,10 @@ void appendSeeAlso(std::string_view own, std::string& page) {
   }
 }
 
-void endPage(std::string_view command, std::string& page) {
+void endPage(std::string_view command, CommandList commands, std::string& page) {
   appendEntries("EXIT STATUS", kExitCodes, page);
   appendEntries("ENVIRONMENT", kEnvironment, page);
-  appendSeeAlso(command, page);
+  appendSeeAlso(command, commands, page);
 }
 
 }  // namespace
@@ -167,7 +167,7 @@ std::string escapedForManual(std::string_view text) {
   return escaped;
 }
 
-std::string programManual(std::string_view version) {
+std::string programManual(CommandList commands, std::string_view version) {
   std::string page = beginPage({}, "creates, checks and unpacks Korvan add-on packages", version);
   appendSection("SYNOPSIS", page);
   page += fmt::format("{} [{} {}] {} [{}...]\n.br\n{} [{}]\n", bold("kraddon"), bold("-C"),
@@ -176,18 +176,18 @@ std::string programManual(std::string_view version) {
   appendSection("DESCRIPTION", page);
   appendText(kProgramPurpose, page);
   appendSection("COMMANDS", page);
-  for (const CommandSpec* command : commands()) {
+  for (const CommandSpec* command : commands) {
     appendEntry(fmt::format(".BR {} (1)", escapedForManual(pageName(command->name))),
                 command->summary, page);
   }
   appendSection("OPTIONS", page);
   appendOptions(leadingOptions(), page);
   appendOptions(commonOptions(), page);
-  endPage({}, page);
+  endPage({}, commands, page);
   return page;
 }
 
-std::string manualOf(const CommandSpec& command, std::string_view version) {
+std::string manualOf(const CommandSpec& command, CommandList commands, std::string_view version) {
   std::string page = beginPage(command.name, command.summary, version);
   appendSection("SYNOPSIS", page);
   page += bold(fmt::format("kraddon {}", command.name));
@@ -203,8 +203,8 @@ std::string manualOf(const CommandSpec& command, std::string_view version) {
   appendOptions(command.options, page);
   appendOptions(commonOptions(), page);
   if (!command.examples.empty()) appendExamples(command.examples, page);
-  endPage(command.name, page);
+  endPage(command.name, commands, page);
   return page;
 }
 
-}  // namespace tool
+}  // namespace tool::line

@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "opc/Text.h"
-#include "tool/commands/CommandTable.h"
+#include "tool/line/Arguments.h"
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -78,4 +78,28 @@ OptionTable tableOf(const CommandSpec& command) {
   return OptionTable(withCommon(command.options));
 }
 
-}  // namespace tool
+std::span<const OptionSpec> commonOptions() {
+  static constexpr std::array kOptions{
+      OptionSpec{.longName = "quiet", .shortName = 'q', .help = "no progress, no warnings"},
+      OptionSpec{.longName = "verbose", .shortName = 'v', .help = "say more on standard error"},
+      OptionSpec{.longName = "color",
+                 .valueName = "WHEN",
+                 .help = "colours on a terminal: auto, always or never",
+                 .choices = colorModes},
+      OptionSpec{.longName = "help", .shortName = 'h', .help = "show this help"},
+  };
+  return kOptions;
+}
+
+std::span<const OptionSpec> leadingOptions() {
+  static constexpr std::array kOptions{
+      OptionSpec{.longName = "directory",
+                 .shortName = 'C',
+                 .valueName = "DIR",
+                 .help = "work as if started in DIR"},
+      OptionSpec{.longName = "version", .help = "show the version"},
+  };
+  return kOptions;
+}
+
+}  // namespace tool::line

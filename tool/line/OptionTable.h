@@ -2,12 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "tool/line/Command.h"
 
-namespace tool {
+namespace tool::line {
 
 /// The options that may stand at one place of a line, and how words spell them.
 class OptionTable {
@@ -37,8 +38,14 @@ class OptionTable {
   std::vector<OptionSpec> options_;
 };
 
+/// Options that every command takes, before and after its name.
+std::span<const OptionSpec> commonOptions();
+
+/// Options that only make sense before the command's name.
+std::span<const OptionSpec> leadingOptions();
+
 /// Of what stands before the command's name, and of a command.
 OptionTable leadingTable();
 OptionTable tableOf(const CommandSpec& command);
 
-}  // namespace tool
+}  // namespace tool::line

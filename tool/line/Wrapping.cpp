@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace tool {
+namespace tool::line {
 
 namespace {
 
@@ -64,4 +64,4 @@ std::string wrapped(std::string_view text) {
   return result;
 }
 
-}  // namespace tool
+}  // namespace tool::line

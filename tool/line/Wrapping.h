@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool {
+namespace tool::line {
 
 /// How wide help is at most.
 inline constexpr std::size_t kHelpWidth = 80;
@@ -22,4 +22,4 @@ void appendWrapped(const std::vector<std::string_view>& words, std::size_t colum
 /// The paragraphs of a text, wrapped, each ended by a line end, a blank line between two.
 std::string wrapped(std::string_view text);
 
-}  // namespace tool
+}  // namespace tool::line

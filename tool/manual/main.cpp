@@ -15,17 +15,18 @@
 namespace {
 
 void write(const std::string& path, std::string_view text) {
-  tool::writeOutputFile(path, text, {});
+  tool::report::writeOutputFile(path, text, {});
 }
 
 void writeAll(const std::string& folder) {
-  write(folder + "/kraddon.1", tool::programManual(KRADDON_VERSION));
-  for (const tool::CommandSpec* command : tool::commands()) {
+  const tool::line::CommandList commands = tool::commands::allCommands();
+  write(folder + "/kraddon.1", tool::line::programManual(commands, KRADDON_VERSION));
+  for (const tool::line::CommandSpec* command : commands) {
     write(fmt::format("{}/kraddon-{}.1", folder, command->name),
-          tool::manualOf(*command, KRADDON_VERSION));
+          tool::line::manualOf(*command, commands, KRADDON_VERSION));
   }
-  for (const std::string& shell : tool::completionShells()) {
-    write(fmt::format("{}/kraddon.{}", folder, shell), tool::completionScript(shell));
+  for (const std::string& shell : tool::line::completionShells()) {
+    write(fmt::format("{}/kraddon.{}", folder, shell), tool::line::completionScript(shell));
   }
 }
 

@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-namespace tool {
+namespace tool::process {
 namespace {
 
 using opc::interfaces::BackgroundTask;
@@ -54,4 +54,4 @@ opc::interfaces::BackgroundStarter secondThread() {
   return std::thread::hardware_concurrency() > 1 ? start : opc::interfaces::BackgroundStarter();
 }
 
-}  // namespace tool
+}  // namespace tool::process

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace tool {
+namespace tool::process {
 
 std::string sentence(std::string_view what, std::string_view which, std::string_view why) {
   return fmt::format("{} '{}': {}", what, which, why);
@@ -22,4 +22,4 @@ Failure systemFailure(std::string_view what, std::string_view which, int number)
   return Failure(sentence(what, which, std::generic_category().message(number)));
 }
 
-}  // namespace tool
+}  // namespace tool::process

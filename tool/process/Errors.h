@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool {
+namespace tool::process {
 
 /// "`what` '`which`': `why`", the shape of every message. `which` may hold any bytes.
 std::string sentence(std::string_view what, std::string_view which, std::string_view why);
@@ -34,4 +34,4 @@ class UsageError : public Failure {
 /// that does not exist it says that it is empty.
 Failure systemFailure(std::string_view what, std::string_view which, int number);
 
-}  // namespace tool
+}  // namespace tool::process

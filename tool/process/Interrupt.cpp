@@ -7,7 +7,7 @@
 #include <array>
 #include <csignal>
 
-namespace tool {
+namespace tool::process {
 
 namespace {
 
@@ -91,4 +91,4 @@ void Interrupt::die(int signal) {
   ::_exit(128 + signal);
 }
 
-}  // namespace tool
+}  // namespace tool::process

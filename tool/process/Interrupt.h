@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace tool {
+namespace tool::process {
 
 /// Thrown where work stops because a signal asked for it. No std::exception: nothing that reports
 /// failures may take it for one.
@@ -31,4 +31,4 @@ class Interrupt {
   [[noreturn]] static void die(int signal);
 };
 
-}  // namespace tool
+}  // namespace tool::process

@@ -10,7 +10,7 @@
 #include "opc/SystemCall.h"
 #include "tool/process/Interrupt.h"
 
-namespace tool {
+namespace tool::process {
 
 namespace {
 
@@ -43,4 +43,4 @@ PackageLock::PackageLock(const std::string& path) {
   }
 }
 
-}  // namespace tool
+}  // namespace tool::process

@@ -5,7 +5,7 @@
 
 #include "opc/FileDescriptor.h"
 
-namespace tool {
+namespace tool::process {
 
 /// Keeps other commands from changing a package while it lives. Advisory: it binds only who asks
 /// for it too.
@@ -20,4 +20,4 @@ class PackageLock {
   opc::FileDescriptor file_;
 };
 
-}  // namespace tool
+}  // namespace tool::process

@@ -9,7 +9,7 @@
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 
-namespace tool {
+namespace tool::process {
 
 namespace {
 
@@ -36,4 +36,4 @@ PrivateFile::~PrivateFile() {
   ::rmdir(folder_.c_str());
 }
 
-}  // namespace tool
+}  // namespace tool::process

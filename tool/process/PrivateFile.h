@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace tool {
+namespace tool::process {
 
 /// A path for a file that is needed for a while: in a new folder in TMPDIR, or else /tmp, that is
 /// closed to everybody else. Both go away again, even when work is interrupted: from here on
@@ -23,4 +23,4 @@ class PrivateFile {
   std::string path_;
 };
 
-}  // namespace tool
+}  // namespace tool::process

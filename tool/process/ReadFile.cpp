@@ -13,7 +13,7 @@
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 
-namespace tool {
+namespace tool::process {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string readInput(const std::string& path, std::size_t limit) {
   return readAll(openToRead(path, 0).get(), path, limit);
 }
 
-}  // namespace tool
+}  // namespace tool::process

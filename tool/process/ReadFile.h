@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace tool {
+namespace tool::process {
 
 /// All bytes of a regular file; waits for nobody. Throws Failure when it cannot be read, is
 /// something else, or holds more than `limit` bytes.
@@ -14,4 +14,4 @@ std::string readWholeFile(const std::string& path, std::size_t limit);
 /// ends the wait for it.
 std::string readInput(const std::string& path, std::size_t limit);
 
-}  // namespace tool
+}  // namespace tool::process

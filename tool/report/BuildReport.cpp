@@ -6,19 +6,19 @@
 #include <algorithm>
 
 #include "text/ByteCount.h"
-#include "tool/report/FindingPrinter.h"
 #include "tool/json/JsonWriter.h"
+#include "tool/report/FindingPrinter.h"
 
-namespace tool {
+namespace tool::report {
 
 namespace {
 
-void writeSize(std::optional<std::uint64_t> size, JsonWriter& json) {
+void writeSize(std::optional<std::uint64_t> size, json::JsonWriter& json) {
   json.key("size");
   size ? json.value(*size) : json.null();
 }
 
-void writeEntries(const std::vector<BuildEntry>& entries, JsonWriter& json, std::string& text,
+void writeEntries(const std::vector<BuildEntry>& entries, json::JsonWriter& json, std::string& text,
                   Output& output) {
   json.key("entries");
   json.beginArray();
@@ -33,7 +33,7 @@ void writeEntries(const std::vector<BuildEntry>& entries, JsonWriter& json, std:
   json.endArray();
 }
 
-void writeFindings(const std::optional<PackageVerdict>& verdict, JsonWriter& json) {
+void writeFindings(const std::optional<PackageVerdict>& verdict, json::JsonWriter& json) {
   json.key("findings");
   if (!verdict) return json.null();
   json.beginArray();
@@ -55,7 +55,7 @@ BuildResult resultFor(const std::string& file, const std::vector<Item>& items) {
 
 void printBuildAsJson(const BuildResult& result, Output& output) {
   std::string text;
-  JsonWriter json(text);
+  json::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.build/1");
   json.member("file", std::string_view(result.file));
@@ -92,4 +92,4 @@ std::string describeContent(const Totals& totals) {
                      text::describeBytes(totals.bytes));
 }
 
-}  // namespace tool
+}  // namespace tool::report

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "tool/Contents.h"
-#include "tool/report/Output.h"
 #include "tool/PackageVerdict.h"
+#include "tool/report/Output.h"
 
-namespace tool {
+namespace tool::report {
 
 /// A file or an empty folder of the package.
 struct BuildEntry {
@@ -40,4 +40,4 @@ void printBuildPlan(const BuildResult& result, Output& output);
 /// "3 files, 1 empty folder, 12.0 kB"
 std::string describeContent(const Totals& totals);
 
-}  // namespace tool
+}  // namespace tool::report

@@ -9,7 +9,7 @@
 #include "tool/json/DocumentJson.h"
 #include "tool/report/Progress.h"
 
-namespace tool {
+namespace tool::report {
 
 namespace {
 
@@ -26,7 +26,7 @@ std::string_view wordFor(Change change) {
 }
 
 void writeFields(std::string_view nameOfPath, const std::vector<FieldDifference>& fields,
-                 JsonWriter& json) {
+                 json::JsonWriter& json) {
   json.beginArray();
   for (const FieldDifference& field : fields) {
     json.beginObject();
@@ -40,7 +40,8 @@ void writeFields(std::string_view nameOfPath, const std::vector<FieldDifference>
   json.endArray();
 }
 
-void writeSide(std::string_view name, const Item* item, const std::string& hash, JsonWriter& json) {
+void writeSide(std::string_view name, const Item* item, const std::string& hash,
+               json::JsonWriter& json) {
   json.key(name);
   if (item == nullptr) return json.null();
   json.beginObject();
@@ -55,7 +56,7 @@ void writeSide(std::string_view name, const Item* item, const std::string& hash,
   json.endObject();
 }
 
-void writeFile(const FileDifference& file, JsonWriter& json) {
+void writeFile(const FileDifference& file, json::JsonWriter& json) {
   json.beginObject();
   json.member("path", std::string_view(file.path));
   json.member("change", wordFor(file.change));
@@ -66,7 +67,7 @@ void writeFile(const FileDifference& file, JsonWriter& json) {
   json.endObject();
 }
 
-void writeDocument(const DocumentDifference& document, JsonWriter& json) {
+void writeDocument(const DocumentDifference& document, json::JsonWriter& json) {
   json.beginObject();
   json.member("document", document.name);
   json.member("change", wordFor(document.change));
@@ -90,13 +91,13 @@ std::string countsOf(const List& list, std::uint64_t same = 0) {
 
 }  // namespace
 
-void writeValue(const DocumentValue& value, JsonWriter& json) {
+void writeValue(const DocumentValue& value, json::JsonWriter& json) {
   if (const auto* text = std::get_if<std::u16string>(&value)) {
     json.value(std::u16string_view(*text));
   } else if (const auto* field = std::get_if<FieldValue>(&value)) {
-    writeField(field->record, *field->field, json);
+    json::writeField(field->record, *field->field, json);
   } else if (const auto* record = std::get_if<addon::packaging::ConstRecord>(&value)) {
-    writeRecord(*record, json);
+    json::writeRecord(*record, json);
   } else {
     json.null();
   }
@@ -112,7 +113,7 @@ std::string describeSizeChange(std::uint64_t a, std::uint64_t b) {
 
 void printDifferencesAsJson(const ComparisonReport& report, Output& output) {
   std::string text;
-  JsonWriter json(text);
+  json::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.diff/1");
   json.member("a", std::string_view(report.a.name));
@@ -151,4 +152,4 @@ void printDifferenceCounts(const ComparisonReport& report, Output& output) {
        describeSizeChange(totalsOf(report.a.items).bytes, totalsOf(report.b.items).bytes));
 }
 
-}  // namespace tool
+}  // namespace tool::report

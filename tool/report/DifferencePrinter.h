@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tool/PackageComparison.h"
 #include "tool/json/JsonWriter.h"
 #include "tool/report/Output.h"
-#include "tool/PackageComparison.h"
 
-namespace tool {
+namespace tool::report {
 
 /// What was compared, and what came out of it.
 struct ComparisonReport {
@@ -27,9 +27,9 @@ void printDifferences(const ComparisonReport& report, bool withLines, bool isCol
                       Output& output);
 
 /// A value as JSON.
-void writeValue(const DocumentValue& value, JsonWriter& json);
+void writeValue(const DocumentValue& value, json::JsonWriter& json);
 
 /// "1.2 kB -> 1.3 kB", in bytes where that would show no change, one size when there is none.
 std::string describeSizeChange(std::uint64_t a, std::uint64_t b);
 
-}  // namespace tool
+}  // namespace tool::report

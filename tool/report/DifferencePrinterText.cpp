@@ -6,10 +6,10 @@
 
 #include "opc/Text.h"
 #include "text/UnifiedHunks.h"
-#include "tool/report/DifferencePrinter.h"
 #include "tool/process/Interrupt.h"
+#include "tool/report/DifferencePrinter.h"
 
-namespace tool {
+namespace tool::report {
 
 namespace {
 
@@ -95,7 +95,7 @@ bool isNothing(const DocumentValue& value) {
 /// As compact JSON.
 std::string textOf(const DocumentValue& value) {
   std::string text;
-  JsonWriter json(text, JsonWriter::Layout::Compact);
+  json::JsonWriter json(text, json::JsonWriter::Layout::Compact);
   writeValue(value, json);
   return text;
 }
@@ -126,7 +126,7 @@ class Printer {
 
   void printFiles(bool withLines) {
     for (const FileDifference& file : report_.differences.files.list) {
-      Interrupt::check();
+      process::Interrupt::check();
       printFile(file);
       if (withLines && file.change != Change::Moved && !file.item().isFolder()) printLines(file);
     }
@@ -235,4 +235,4 @@ void printDifferences(const ComparisonReport& report, bool withLines, bool isCol
   printer.printFiles(withLines);
 }
 
-}  // namespace tool
+}  // namespace tool::report

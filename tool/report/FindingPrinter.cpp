@@ -2,10 +2,10 @@
 #include "tool/report/FindingPrinter.h"
 
 #include "addon/checks/Catalogue.h"
-#include "tool/line/Arguments.h"
 #include "tool/json/JsonWriter.h"
+#include "tool/line/Arguments.h"
 
-namespace tool {
+namespace tool::report {
 
 using opc::checks::Finding;
 using opc::checks::FindingInfo;
@@ -57,12 +57,12 @@ class JsonPrinter final : public FindingPrinter {
   bool isStrict_;
   Output& output_;
   std::string text_;
-  JsonWriter json_{text_};
+  json::JsonWriter json_{text_};
 };
 
 }  // namespace
 
-void writeFinding(const Finding& finding, JsonWriter& json) {
+void writeFinding(const Finding& finding, json::JsonWriter& json) {
   const FindingInfo* info = addon::checks::findInfo(finding.id.number);
   const auto writeText = [&](std::string_view key, std::string_view text) {
     json.key(key);
@@ -99,7 +99,7 @@ std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStri
   if (format == "github") return makeGithubPrinter(output);
   if (format == "sarif") return makeSarifPrinter(output);
   if (format == "json") return makeJsonPrinter(isStrict, output);
-  refuseValue("--format", format, findingFormats());
+  line::refuseValue("--format", format, findingFormats());
 }
 
-}  // namespace tool
+}  // namespace tool::report

@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "tool/PackageVerdict.h"
 #include "tool/json/JsonWriter.h"
 #include "tool/report/Output.h"
-#include "tool/PackageVerdict.h"
 
-namespace tool {
+namespace tool::report {
 
 /// Prints what verify found, package by package, in one of several forms.
 class FindingPrinter {
@@ -30,7 +30,7 @@ std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStri
 /// The lines of --format text.
 std::string describeFindings(const PackageVerdict& verdict);
 /// A finding as an object.
-void writeFinding(const opc::checks::Finding& finding, JsonWriter& json);
+void writeFinding(const opc::checks::Finding& finding, json::JsonWriter& json);
 
 // The printers, one each.
 std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);
@@ -38,4 +38,4 @@ std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output);
 std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output);
 std::unique_ptr<FindingPrinter> makeSarifPrinter(Output& output);
 
-}  // namespace tool
+}  // namespace tool::report

@@ -6,10 +6,10 @@
 
 #include "addon/checks/Catalogue.h"
 #include "opc/model/NameCharacters.h"
-#include "tool/report/FindingPrinter.h"
 #include "tool/json/JsonWriter.h"
+#include "tool/report/FindingPrinter.h"
 
-namespace tool {
+namespace tool::report {
 
 using opc::checks::Finding;
 using opc::checks::FindingInfo;
@@ -184,7 +184,7 @@ class SarifPrinter final : public FindingPrinter {
 
   Output& output_;
   std::string text_;
-  JsonWriter json_{text_};
+  json::JsonWriter json_{text_};
   std::vector<std::string> failures_;
 };
 
@@ -194,4 +194,4 @@ std::unique_ptr<FindingPrinter> makeSarifPrinter(Output& output) {
   return std::make_unique<SarifPrinter>(output);
 }
 
-}  // namespace tool
+}  // namespace tool::report

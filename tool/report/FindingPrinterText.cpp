@@ -7,7 +7,7 @@
 #include "opc/checks/Finding.h"
 #include "tool/report/FindingPrinter.h"
 
-namespace tool {
+namespace tool::report {
 
 using opc::checks::Finding;
 using opc::checks::FindingId;
@@ -112,4 +112,4 @@ std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output) {
   return std::make_unique<GithubPrinter>(output);
 }
 
-}  // namespace tool
+}  // namespace tool::report

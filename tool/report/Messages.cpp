@@ -11,7 +11,7 @@
 #include "opc/Text.h"
 #include "tool/line/Arguments.h"
 
-namespace tool {
+namespace tool::report {
 
 namespace {
 
@@ -48,9 +48,9 @@ void printLackOfMemory(std::string_view command) noexcept {
   printToStandardError({text.data(), static_cast<std::size_t>(end - text.begin())});
 }
 
-void printWarning(const Invocation& invocation, std::string_view message) {
+void printWarning(const line::Invocation& invocation, std::string_view message) {
   if (invocation.settings().isQuiet) return;
   printToStandardError(line(invocation.command().name, fmt::format("warning: {}", message)));
 }
 
-}  // namespace tool
+}  // namespace tool::report

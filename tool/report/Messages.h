@@ -3,9 +3,11 @@
 
 #include <string_view>
 
-namespace tool {
-
+namespace tool::line {
 class Invocation;
+}
+
+namespace tool::report {
 
 /// Prints "kraddon: `command`: `message`" and, unless it is empty, "hint: `hint`" to standard
 /// error, control characters replaced, in one write. `command` may be empty.
@@ -16,10 +18,10 @@ void printLackOfMemory(std::string_view command) noexcept;
 
 /// Prints "kraddon: `command`: warning: `message`" in the same way for something that does not end
 /// the command, unless that was told to be quiet.
-void printWarning(const Invocation& invocation, std::string_view message);
+void printWarning(const line::Invocation& invocation, std::string_view message);
 
 /// Prints text as it is to standard error. A standard error that cannot be written is no failure:
 /// there is nowhere left to say so.
 void printToStandardError(std::string_view text) noexcept;
 
-}  // namespace tool
+}  // namespace tool::report

@@ -19,7 +19,7 @@
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 
-namespace tool {
+namespace tool::report {
 
 namespace {
 
@@ -33,7 +33,7 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
 bool isThere(const std::string& path, struct stat& status) {
   if (::stat(path.c_str(), &status) == 0) return true;
   if (errno == ENOENT || errno == ENOTDIR) return false;
-  throw systemFailure("cannot write", path, errno);
+  throw process::systemFailure("cannot write", path, errno);
 }
 
 /// Of the same shape as that of a package in the making, so that a folder is packed without it.
@@ -54,7 +54,7 @@ class SideFile {
       path_ = sidePattern(target);
       return ::mkostemps(path_.data(), 4, O_CLOEXEC);
     }));
-    if (!descriptor_) throw systemFailure("cannot write", name, errno);
+    if (!descriptor_) throw process::systemFailure("cannot write", name, errno);
     // mkstemp makes files that only their owner can read.
     if (opc::uninterrupted([&] { return ::fchmod(descriptor_.get(), mode); }) != 0) fail(errno);
   }
@@ -85,7 +85,7 @@ class SideFile {
   [[noreturn]] void fail(int number) {
     if (!path_.empty()) ::unlink(path_.c_str());
     path_.clear();
-    throw systemFailure("cannot write", name_, number);
+    throw process::systemFailure("cannot write", name_, number);
   }
 
   std::string target_;
@@ -110,7 +110,7 @@ void writeTo(int descriptor, const std::string& name, const Content& content) {
 std::string behindLinks(const std::string& path) {
   std::error_code error;
   const std::filesystem::path resolved = std::filesystem::canonical(path, error);
-  if (error) throw systemFailure("cannot write", path, error.value());
+  if (error) throw process::systemFailure("cannot write", path, error.value());
   return resolved.string();
 }
 
@@ -147,9 +147,9 @@ void Output::writeThrough(std::string_view bytes) {
       bytes.remove_prefix(static_cast<std::size_t>(written));
       continue;
     }
-    if (errno == EPIPE) throw Interrupted{SIGPIPE};
-    if (errno != EINTR) throw systemFailure("cannot write", name_, errno);
-    Interrupt::check();
+    if (errno == EPIPE) throw process::Interrupted{SIGPIPE};
+    if (errno != EINTR) throw process::systemFailure("cannot write", name_, errno);
+    process::Interrupt::check();
   }
 }
 
@@ -172,35 +172,35 @@ void writeOutputFile(const std::string& path, const Content& content, const std:
   struct stat source {};
   const bool exists = isThere(path, existing);
   if (exists && isThere(package, source) && isSameFile(existing, source)) {
-    throw Failure(sentence("cannot write", path, "it is the package itself"));
+    throw process::Failure(process::sentence("cannot write", path, "it is the package itself"));
   }
   if (exists && !S_ISREG(existing.st_mode)) {
     // A device or a pipe is written to, not replaced.
     const opc::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
-    if (!file) throw systemFailure("cannot write", path, errno);
+    if (!file) throw process::systemFailure("cannot write", path, errno);
     writeTo(file.get(), path, content);
     return;
   }
   if (exists) requireWritable(path);
-  Interrupt::defer();
+  process::Interrupt::defer();
   SideFile file(exists ? behindLinks(path) : path, path,
                 exists ? existing.st_mode & 07777 : newFileMode());
   writeTo(file.descriptor(), path, content);
-  Interrupt::check();
+  process::Interrupt::check();
   file.putInPlace(true);
 }
 
 void requireWritable(const std::string& path) {
   if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
-    throw systemFailure("cannot replace", path, errno);
+    throw process::systemFailure("cannot replace", path, errno);
   }
 }
 
 void writeNewFile(const std::string& path, std::string_view content) {
-  Interrupt::defer();
+  process::Interrupt::defer();
   SideFile file(path, path, newFileMode());
   writeTo(file.descriptor(), path, [&](Output& output) { output.write(content); });
-  Interrupt::check();
+  process::Interrupt::check();
   file.putInPlace(false);
 }
 
@@ -208,17 +208,17 @@ void writeOutputFile(const std::optional<std::string>& asked, const std::string&
                      const Content& content, const std::string& package) {
   struct stat existing {};
   if (!asked && ::lstat(usual.c_str(), &existing) == 0) {
-    throw Failure(sentence("cannot write", usual, "it exists already"),
-                  fmt::format("-o {} replaces it", usual));
+    throw process::Failure(process::sentence("cannot write", usual, "it exists already"),
+                           fmt::format("-o {} replaces it", usual));
   }
   writeOutputFile(asked.value_or(usual), content, package);
 }
 
-bool wantsColor(const Settings& settings, const Output& output) {
-  if (settings.color != ColorMode::Auto) return settings.color == ColorMode::Always;
+bool wantsColor(const line::Settings& settings, const Output& output) {
+  if (settings.color != line::ColorMode::Auto) return settings.color == line::ColorMode::Always;
   const char* noColor = std::getenv("NO_COLOR");
   if (noColor != nullptr && *noColor != '\0') return false;
   return output.isTerminal();
 }
 
-}  // namespace tool
+}  // namespace tool::report

@@ -9,7 +9,7 @@
 
 #include "tool/line/Arguments.h"
 
-namespace tool {
+namespace tool::report {
 
 /// Standard output, or a file, through one buffer. Everything is checked: what cannot be written is
 /// a Failure, and a closed pipe ends the command as SIGPIPE would (Interrupted).
@@ -62,6 +62,6 @@ void requireWritable(const std::string& path);
 void writeNewFile(const std::string& path, std::string_view content);
 
 /// Whether results are to be coloured.
-bool wantsColor(const Settings& settings, const Output& output);
+bool wantsColor(const line::Settings& settings, const Output& output);
 
-}  // namespace tool
+}  // namespace tool::report

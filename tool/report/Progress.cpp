@@ -11,7 +11,7 @@
 #include "tool/process/Interrupt.h"
 #include "tool/report/Messages.h"
 
-namespace tool {
+namespace tool::report {
 
 namespace {
 
@@ -45,7 +45,7 @@ std::string describeProgress(const opc::interfaces::Progress& progress, double s
   return text;
 }
 
-ProgressBar::ProgressBar(const Settings& settings)
+ProgressBar::ProgressBar(const line::Settings& settings)
     : isEnabled_(!settings.isQuiet && ::isatty(STDERR_FILENO) == 1) {}
 
 ProgressBar::~ProgressBar() {
@@ -53,8 +53,8 @@ ProgressBar::~ProgressBar() {
 }
 
 void ProgressBar::show(const std::string& text) {
-  if (!isShown_ && !Interrupt::isDeferred()) {
-    Interrupt::defer();
+  if (!isShown_ && !process::Interrupt::isDeferred()) {
+    process::Interrupt::defer();
     isDeferring_ = true;
   }
   printToStandardError("\r" + text + "\x1b[K");
@@ -64,7 +64,7 @@ void ProgressBar::show(const std::string& text) {
 void ProgressBar::hide() {
   if (isShown_) printToStandardError("\r\x1b[K");
   isShown_ = false;
-  if (std::exchange(isDeferring_, false)) Interrupt::release();
+  if (std::exchange(isDeferring_, false)) process::Interrupt::release();
 }
 
 void ProgressBar::update(const opc::interfaces::Progress& progress) {
@@ -80,9 +80,9 @@ void ProgressBar::update(const opc::interfaces::Progress& progress) {
 
 opc::interfaces::ProgressFunction ProgressBar::function() {
   return [this](const opc::interfaces::Progress& progress) {
-    Interrupt::check();
+    process::Interrupt::check();
     update(progress);
   };
 }
 
-}  // namespace tool
+}  // namespace tool::report

@@ -8,13 +8,13 @@
 #include "text/ByteCount.h"
 #include "tool/line/Arguments.h"
 
-namespace tool {
+namespace tool::report {
 
 /// A line on standard error that tells how far long work has come. It shows itself after half a
 /// second, on a terminal only, and is wiped away at the end, after an interrupt too.
 class ProgressBar {
  public:
-  explicit ProgressBar(const Settings& settings);
+  explicit ProgressBar(const line::Settings& settings);
   ~ProgressBar();
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
@@ -44,4 +44,4 @@ std::string describeProgress(const opc::interfaces::Progress& progress, double s
 
 using text::describeBytes;
 
-}  // namespace tool
+}  // namespace tool::report

@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "tool/line/Arguments.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/process/Errors.h"
+#include "tool/line/Arguments.h"
 #include "tool/line/Wrapping.h"
+#include "tool/process/Errors.h"
 
 namespace {
 
-using tool::CommandSpec;
-using tool::ExampleSpec;
+using tool::line::CommandSpec;
+using tool::line::ExampleSpec;
 using Words = std::vector<std::string>;
 
 /// The words as a shell would pass them, up to a redirection.
@@ -55,11 +55,12 @@ std::vector<Words> pipelineOf(std::string_view line) {
 std::string errorOf(const Words& words) {
   bool wantsHelp = false;
   try {
-    const tool::LeadingArguments leading =
-        tool::parseLeadingArguments({words.begin() + 1, words.end()});
-    const CommandSpec& command = tool::findCommand(leading.rest.at(0));
-    tool::parseArguments(command, {}, {leading.rest.begin() + 1, leading.rest.end()}, wantsHelp);
-  } catch (const tool::UsageError& error) {
+    const tool::line::LeadingArguments leading =
+        tool::line::parseLeadingArguments({words.begin() + 1, words.end()});
+    const CommandSpec& command = tool::commands::findCommand(leading.rest.at(0));
+    tool::line::parseArguments(command, {}, {leading.rest.begin() + 1, leading.rest.end()},
+                               wantsHelp);
+  } catch (const tool::process::UsageError& error) {
     return error.what();
   }
   return {};
@@ -74,12 +75,12 @@ TEST_P(HelpOf, HasADescriptionAndTwoExamples) {
 }
 
 TEST_P(HelpOf, HasNoLineWiderThanATerminal) {
-  std::istringstream lines(tool::helpOf(*GetParam()));
+  std::istringstream lines(tool::line::helpOf(*GetParam()));
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80u) << line;
 }
 
 TEST_P(HelpOf, HasNoTwoBlankLinesAndNoBlanksAtTheEndOfALine) {
-  const std::string help = tool::helpOf(*GetParam());
+  const std::string help = tool::line::helpOf(*GetParam());
 
   EXPECT_EQ(help.find("\n\n\n"), std::string::npos);
   EXPECT_EQ(help.find(" \n"), std::string::npos);
@@ -87,7 +88,7 @@ TEST_P(HelpOf, HasNoTwoBlankLinesAndNoBlanksAtTheEndOfALine) {
 }
 
 TEST_P(HelpOf, SaysEverythingThatTheCommandTakes) {
-  const std::string help = tool::helpOf(*GetParam());
+  const std::string help = tool::line::helpOf(*GetParam());
 
   for (const auto& operand : GetParam()->operands) {
     EXPECT_NE(help.find("\n  " + std::string(operand.name)), std::string::npos) << operand.name;
@@ -113,36 +114,37 @@ TEST_P(HelpOf, HasExamplesThatTheProgramUnderstands) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryCommand, HelpOf,
-                         testing::ValuesIn(tool::commands().begin(), tool::commands().end()),
+                         testing::ValuesIn(tool::commands::allCommands().begin(),
+                                           tool::commands::allCommands().end()),
                          [](const auto& suite) { return std::string(suite.param->name); });
 
 TEST(Help, TheProgramsOwnFitsATerminalToo) {
-  std::istringstream lines(tool::programHelp());
+  std::istringstream lines(tool::line::programHelp(tool::commands::allCommands()));
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80u) << line;
 }
 
 TEST(Help, ALongUsageGoesOnBelowItsFirstWord) {
   static constexpr std::array kOperands{
-      tool::OperandSpec{.name = "A-RATHER-LONG-NAME-OF-AN-OPERAND", .help = "one"},
-      tool::OperandSpec{.name = "ANOTHER-LONG-NAME-OF-AN-OPERAND",
-                        .help = "two",
-                        .isRequired = false,
-                        .isRepeatable = true}};
+      tool::line::OperandSpec{.name = "A-RATHER-LONG-NAME-OF-AN-OPERAND", .help = "one"},
+      tool::line::OperandSpec{.name = "ANOTHER-LONG-NAME-OF-AN-OPERAND",
+                              .help = "two",
+                              .isRequired = false,
+                              .isRepeatable = true}};
   const CommandSpec command{.name = "test", .summary = "tests", .operands = kOperands};
 
-  EXPECT_EQ(tool::usageOf(command),
+  EXPECT_EQ(tool::line::usageOf(command),
             "usage: kraddon test [OPTION...] A-RATHER-LONG-NAME-OF-AN-OPERAND\n"
             "                    [ANOTHER-LONG-NAME-OF-AN-OPERAND...]\n");
 }
 
 TEST(Help, WhatAVeryLongNameMeansStandsBelowIt) {
   static constexpr std::array kOptions{
-      tool::OptionSpec{.longName = "short", .help = "one"},
-      tool::OptionSpec{
+      tool::line::OptionSpec{.longName = "short", .help = "one"},
+      tool::line::OptionSpec{
           .longName = "with-a-very-long-name", .valueName = "AND-VALUE", .help = "two"}};
   const CommandSpec command{.name = "test", .summary = "tests", .options = kOptions};
 
-  const std::string text = tool::helpOf(command);
+  const std::string text = tool::line::helpOf(command);
 
   EXPECT_NE(text.find("\n      --with-a-very-long-name AND-VALUE\n"), std::string::npos) << text;
   const std::size_t column = text.find("one") - text.rfind('\n', text.find("one"));
@@ -152,15 +154,15 @@ TEST(Help, WhatAVeryLongNameMeansStandsBelowIt) {
 TEST(Wrapping, BreaksLinesBeforeTheyGetTooWideAndKeepsParagraphs) {
   const std::string text = std::string(40, 'a') + " " + std::string(39, 'b') + "\nc\n\n\n  d\te\n";
 
-  EXPECT_EQ(tool::wrapped(text),
+  EXPECT_EQ(tool::line::wrapped(text),
             std::string(40, 'a') + " " + std::string(39, 'b') + "\nc\n\nd e\n");
-  EXPECT_EQ(tool::wrapped(""), "");
+  EXPECT_EQ(tool::line::wrapped(""), "");
 }
 
 TEST(Wrapping, NeverBreaksAWord) {
   const std::string wide(100, 'w');
 
-  EXPECT_EQ(tool::wrapped("a " + wide + " b"), "a\n" + wide + "\nb\n");
+  EXPECT_EQ(tool::line::wrapped("a " + wide + " b"), "a\n" + wide + "\nb\n");
 }
 
 }  // namespace

@@ -11,13 +11,14 @@
 namespace {
 
 TEST(Manual, EscapesWhatTheFormatterWouldTakeForItsOwn) {
-  EXPECT_EQ(tool::escapedForManual("a-b\\c"), "a\\-b\\ec");
-  EXPECT_EQ(tool::escapedForManual(".kraddonignore"), "\\&.kraddonignore");
-  EXPECT_EQ(tool::escapedForManual("'x' `y` ~^"), "\\&\\(aqx\\(aq \\(gay\\(ga \\(ti\\(ha");
+  EXPECT_EQ(tool::line::escapedForManual("a-b\\c"), "a\\-b\\ec");
+  EXPECT_EQ(tool::line::escapedForManual(".kraddonignore"), "\\&.kraddonignore");
+  EXPECT_EQ(tool::line::escapedForManual("'x' `y` ~^"), "\\&\\(aqx\\(aq \\(gay\\(ga \\(ti\\(ha");
 }
 
 TEST(Manual, APageHasAllSections) {
-  const std::string page = tool::manualOf(tool::findCommand("create"), "1.2.3");
+  const std::string page = tool::line::manualOf(tool::commands::findCommand("create"),
+                                                tool::commands::allCommands(), "1.2.3");
 
   for (const char* section : {"NAME", "SYNOPSIS", "DESCRIPTION", "OPERANDS", "OPTIONS", "EXAMPLES",
                               "EXIT STATUS", "ENVIRONMENT", "SEE ALSO"}) {
@@ -28,13 +29,14 @@ TEST(Manual, APageHasAllSections) {
 }
 
 TEST(Manual, NoTextBecomesARequest) {
-  static constexpr std::array kOperands{tool::OperandSpec{.name = "X", .help = ".so /etc/passwd"}};
-  const tool::CommandSpec command{.name = "test",
-                                  .summary = "tests",
-                                  .description = "one\n.so two\n\n'three four. .five",
-                                  .operands = kOperands};
+  static constexpr std::array kOperands{
+      tool::line::OperandSpec{.name = "X", .help = ".so /etc/passwd"}};
+  const tool::line::CommandSpec command{.name = "test",
+                                        .summary = "tests",
+                                        .description = "one\n.so two\n\n'three four. .five",
+                                        .operands = kOperands};
 
-  const std::string page = tool::manualOf(command, "1");
+  const std::string page = tool::line::manualOf(command, tool::commands::allCommands(), "1");
 
   EXPECT_EQ(page.find("\n.so"), std::string::npos);
   EXPECT_EQ(page.find("\n'"), std::string::npos);
@@ -42,9 +44,9 @@ TEST(Manual, NoTextBecomesARequest) {
 }
 
 TEST(Manual, TheProgramsPageLeadsToEveryCommand) {
-  const std::string page = tool::programManual("1");
+  const std::string page = tool::line::programManual(tool::commands::allCommands(), "1");
 
-  for (const tool::CommandSpec* command : tool::commands()) {
+  for (const tool::line::CommandSpec* command : tool::commands::allCommands()) {
     EXPECT_NE(page.find("kraddon\\-" + std::string(command->name) + " (1)"), std::string::npos)
         << command->name;
   }

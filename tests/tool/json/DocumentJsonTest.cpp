@@ -17,12 +17,12 @@ namespace {
 using addon::packaging::ArrayPointer;
 using addon::packaging::DocumentTable;
 using addon::packaging::OwnedDocument;
-using tool::JsonError;
+using tool::json::JsonError;
 
 OwnedDocument documentOf(std::string_view name, std::string_view json) {
-  const DocumentTable& table = tool::findDocument(name);
+  const DocumentTable& table = tool::json::findDocument(name);
   OwnedDocument document = table.make();
-  tool::readDocument(table, document.record, tool::parseJson(json));
+  tool::json::readDocument(table, document.record, tool::json::parseJson(json));
   return document;
 }
 
@@ -36,8 +36,8 @@ std::string errorOf(std::string_view document, std::string_view json) {
 }
 
 std::string roundTrip(std::string_view document, std::string_view json) {
-  return tool::toJson(tool::findDocument(document), documentOf(document, json).record,
-                      tool::JsonWriter::Layout::Compact);
+  return tool::json::toJson(tool::json::findDocument(document), documentOf(document, json).record,
+                            tool::json::JsonWriter::Layout::Compact);
 }
 
 struct Case {
@@ -119,10 +119,10 @@ TEST(DocumentJson, ItsFieldsAreThoseOfTheHostStruct) {
   addon::packaging::AddonPackage package(path, properties);
 
   for (const DocumentTable* table : addon::packaging::documents()) {
-    const OwnedDocument document = tool::load(*table, package);
+    const OwnedDocument document = tool::json::load(*table, package);
     const ArrayPointer array = toStruct(*table, document.record);
 
-    const auto names = tool::fieldNames(table->records());
+    const auto names = tool::json::fieldNames(table->records());
     ASSERT_EQ(kxGetNumberOfFields(array.get()), names.size()) << table->name();
     for (std::size_t i = 0; i < names.size(); ++i) {
       EXPECT_EQ(kxGetFieldName(array.get(), i), names[i]) << table->name();
@@ -134,7 +134,7 @@ TEST(DocumentJson, ItsFieldsAreThoseOfTheHostStruct) {
 TEST(DocumentJson, OnlyPropertiesAndLicenseAreFlat) {
   for (const DocumentTable* table : addon::packaging::documents()) {
     const std::string_view name = table->name();
-    EXPECT_EQ(tool::isFlat(*table), name == "properties" || name == "license") << name;
+    EXPECT_EQ(tool::json::isFlat(*table), name == "properties" || name == "license") << name;
   }
 }
 
@@ -147,7 +147,7 @@ TEST(DocumentJson, NothingIsLeftBehindWhenTheHostRunsOutOfMemory) {
   for (std::size_t n = 1; n <= 12; ++n) {
     hostarray::standin::failCreation(n);
     try {
-      toStruct(tool::findDocument("examples"), document.record);
+      toStruct(tool::json::findDocument("examples"), document.record);
     } catch (const matrix::HostError&) {
       ++failures;
     }
@@ -159,9 +159,9 @@ TEST(DocumentJson, NothingIsLeftBehindWhenTheHostRunsOutOfMemory) {
 
 TEST(Documents, AnUnknownNameGetsTheNearest) {
   try {
-    tool::findDocument("revision");
+    tool::json::findDocument("revision");
     FAIL();
-  } catch (const tool::UsageError& error) {
+  } catch (const tool::process::UsageError& error) {
     EXPECT_STREQ(error.what(), "unknown document 'revision': did you mean 'revisions'?");
   }
 }

@@ -12,17 +12,17 @@
 
 namespace {
 
-using tool::HostArrayPointer;
-using tool::JsonError;
+using tool::json::HostArrayPointer;
+using tool::json::JsonError;
 
 HostArrayPointer read(std::string_view json) {
-  return tool::toHostArray(tool::parseJson(json));
+  return tool::json::toHostArray(tool::json::parseJson(json));
 }
 
 std::string write(const HostArrayPointer& array) {
   std::string text;
-  tool::JsonWriter writer(text, tool::JsonWriter::Layout::Compact);
-  tool::writeHostArray(array.get(), writer);
+  tool::json::JsonWriter writer(text, tool::json::JsonWriter::Layout::Compact);
+  tool::json::writeHostArray(array.get(), writer);
   return text;
 }
 
@@ -203,13 +203,13 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST(HostJson, LoneSurrogatesArePrintedAsEscapes) {
-  const HostArrayPointer array = tool::toHostText(u"a\xD83C!");
+  const HostArrayPointer array = tool::json::toHostText(u"a\xD83C!");
 
   EXPECT_EQ(write(array), R"("a\ud83c!")");
 }
 
 TEST(HostJson, ArraysTooDeepInEachOtherAreRefused) {
-  HostArrayPointer outer = tool::toHostText(u"x");
+  HostArrayPointer outer = tool::json::toHostText(u"x");
   const std::array<std::size_t, 2> sizes{1, 1};
   for (int i = 0; i < 300; ++i) {
     HostArrayPointer cell(kxCreateCellArray(sizes.size(), sizes.data()));

@@ -9,9 +9,9 @@
 
 namespace {
 
-using tool::JsonError;
-using tool::parseJson;
-using tool::parseJsonIfAny;
+using tool::json::JsonError;
+using tool::json::parseJson;
+using tool::json::parseJsonIfAny;
 
 std::string errorOf(std::string_view text) {
   try {

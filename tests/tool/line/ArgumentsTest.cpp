@@ -11,11 +11,11 @@
 
 namespace {
 
-using tool::CommandSpec;
-using tool::Invocation;
-using tool::OperandSpec;
-using tool::OptionSpec;
-using tool::UsageError;
+using tool::line::CommandSpec;
+using tool::line::Invocation;
+using tool::line::OperandSpec;
+using tool::line::OptionSpec;
+using tool::process::UsageError;
 using Words = std::vector<std::string>;
 
 constexpr std::array kOperands{
@@ -32,7 +32,7 @@ constexpr CommandSpec kCommand{
 
 Invocation parse(const Words& words) {
   bool wantsHelp = false;
-  return tool::parseArguments(kCommand, {}, words, wantsHelp);
+  return tool::line::parseArguments(kCommand, {}, words, wantsHelp);
 }
 
 std::string errorOf(const Words& words) {
@@ -135,7 +135,7 @@ TEST(Arguments, AMissingOptionIsNamed) {
   bool wantsHelp = false;
 
   try {
-    tool::parseArguments(kStrict, {}, {"a"}, wantsHelp);
+    tool::line::parseArguments(kStrict, {}, {"a"}, wantsHelp);
     FAIL() << "no error";
   } catch (const UsageError& error) {
     EXPECT_STREQ(error.what(), "missing option '--key': a key");
@@ -158,7 +158,7 @@ TEST(Arguments, TwoOptionsCanBeRefusedTogether) {
 TEST(Arguments, HelpIsToldBeforeAnythingIsMissed) {
   bool wantsHelp = false;
 
-  tool::parseArguments(kCommand, {}, {"--help"}, wantsHelp);
+  tool::line::parseArguments(kCommand, {}, {"--help"}, wantsHelp);
 
   EXPECT_TRUE(wantsHelp);
 }
@@ -173,17 +173,17 @@ TEST(Arguments, NumbersAreCheckedWhole) {
 }
 
 TEST(Arguments, TheWordsBeforeTheCommandAreTheirOwn) {
-  const tool::LeadingArguments leading =
-      tool::parseLeadingArguments({"-C", "[dir]", "-q", "--color=never", "list", "-l", "[x]"});
+  const tool::line::LeadingArguments leading = tool::line::parseLeadingArguments(
+      {"-C", "[dir]", "-q", "--color=never", "list", "-l", "[x]"});
 
   EXPECT_EQ(leading.directory, "[dir]");
   EXPECT_TRUE(leading.settings.isQuiet);
-  EXPECT_EQ(leading.settings.color, tool::ColorMode::Never);
+  EXPECT_EQ(leading.settings.color, tool::line::ColorMode::Never);
   EXPECT_EQ(leading.rest, (Words{"list", "-l", "[x]"}));
 }
 
 TEST(Arguments, TwoDashesBeforeTheCommandAreNoPartOfIt) {
-  EXPECT_EQ(tool::parseLeadingArguments({"-q", "--", "list", "--", "-x"}).rest,
+  EXPECT_EQ(tool::line::parseLeadingArguments({"-q", "--", "list", "--", "-x"}).rest,
             (Words{"list", "--", "-x"}));
 }
 

@@ -14,10 +14,10 @@
 #include "opc/SystemCall.h"
 #include "opc/plservices/FileTree.h"
 #include "opc/plservices/FolderCursor.h"
-#include "tool/process/Errors.h"
 #include "tool/commands/detail/PackageAccess.h"
+#include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 namespace {
 
@@ -61,7 +61,7 @@ FileDescriptor openDestination(const std::string& path) {
       opc::uninterrupted([&] { return ::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
   const int number = errno;
   if (folder || number == ENOENT || number == ENOTDIR) return folder;
-  throw systemFailure("cannot open folder", path, number);
+  throw process::systemFailure("cannot open folder", path, number);
 }
 
 std::optional<FileIdentity> identityIn(int folder, const std::string& name) {
@@ -109,4 +109,4 @@ std::vector<ExistingFile> findExisting(const std::vector<Item>& items,
   return found;
 }
 
-}  // namespace tool
+}  // namespace tool::commands::detail

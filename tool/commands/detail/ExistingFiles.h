@@ -8,7 +8,7 @@
 #include "tool/Contents.h"
 #include "tool/TreeWalk.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 /// What lies on the disk where a file of the tree would be written: another file, a link.
 struct ExistingFile {
@@ -23,4 +23,4 @@ struct ExistingFile {
 std::vector<ExistingFile> findExisting(const std::vector<Item>& items,
                                        const std::string& destination);
 
-}  // namespace tool
+}  // namespace tool::commands::detail

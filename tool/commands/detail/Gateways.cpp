@@ -10,7 +10,7 @@
 #include "text/Suggest.h"
 #include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 namespace {
 
@@ -68,9 +68,9 @@ std::size_t gatewaySlot(std::string_view name) {
     if (kGateways[slot].name == name) return slot;
     names.push_back(kGateways[slot].name);
   }
-  throw UsageError(
-      sentence("unknown gateway", name,
-               text::suggestion(name, names, "'kraddon help call' lists the gateways")));
+  throw process::UsageError(
+      process::sentence("unknown gateway", name,
+                        text::suggestion(name, names, "'kraddon help call' lists the gateways")));
 }
 
 const Gateway& gatewayAt(std::size_t slot) {
@@ -80,17 +80,19 @@ const Gateway& gatewayAt(std::size_t slot) {
 const HostFunctionTable& loadFunctionTable(const std::string& file) {
   const std::string path = file.empty() ? kOwnLibrary : asPath(file);
   void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) throw Failure(sentence("cannot load", path, lastError(path)));
+  if (library == nullptr)
+    throw process::Failure(process::sentence("cannot load", path, lastError(path)));
   using Query = decltype(&QueryKRFcnTable_kraddon_packaging);
   const auto query = reinterpret_cast<Query>(::dlsym(library, kQueryFunction));
   if (query == nullptr) {
-    throw Failure(sentence("cannot use", path, fmt::format("it has no {}", kQueryFunction)));
+    throw process::Failure(
+        process::sentence("cannot use", path, fmt::format("it has no {}", kQueryFunction)));
   }
   const HostFunctionTable* table = query();
   if (table == nullptr || table->entryPointCount < kGateways.size()) {
-    throw Failure(sentence("cannot use", path, "its table lacks gateways"));
+    throw process::Failure(process::sentence("cannot use", path, "its table lacks gateways"));
   }
   return *table;
 }
 
-}  // namespace tool
+}  // namespace tool::commands::detail

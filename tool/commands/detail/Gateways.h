@@ -7,7 +7,7 @@
 
 #include "gateway/FunctionTable.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 /// A gateway by name. The host's table has none: names stand for slots.
 struct Gateway {
@@ -26,4 +26,4 @@ std::vector<std::string> gatewayNames();
 /// ends. An empty `file` names the library that belongs to this program. Throws Failure.
 const HostFunctionTable& loadFunctionTable(const std::string& file);
 
-}  // namespace tool
+}  // namespace tool::commands::detail

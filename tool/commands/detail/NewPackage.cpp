@@ -11,13 +11,15 @@
 #include "tool/report/Output.h"
 #include "tool/report/Progress.h"
 
-namespace tool {
+namespace tool::commands::detail {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
 /// The lock is waited for with signals noted, so that an interrupt ends the wait in good order.
 const std::string& deferInterrupts(const std::string& path) {
-  Interrupt::defer();
+  process::Interrupt::defer();
   return path;
 }
 
@@ -43,26 +45,29 @@ AddonPackage& NewPackage::open(addon::packaging::AddonProperties& properties,
   return *package_;
 }
 
-void NewPackage::commit(opc::zippackage::WriteOptions options, const Settings& settings) {
-  ProgressBar bar(settings);
+void NewPackage::commit(opc::zippackage::WriteOptions options, const line::Settings& settings) {
+  report::ProgressBar bar(settings);
   options.progress = bar.function();
   package_->physicalPackage().setWriteOptions(std::move(options));
-  tool::commit(*package_);
+  tool::commands::detail::commit(*package_);
 }
 
 void requireFreePlace(const std::string& path, bool replaces) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return;
   if (S_ISDIR(info.st_mode)) {
-    throw Failure(sentence("cannot create", path, "there is a folder of that name"));
+    throw process::Failure(
+        process::sentence("cannot create", path, "there is a folder of that name"));
   }
   if (!S_ISREG(info.st_mode)) {
-    throw Failure(sentence("cannot create", path, "there is something that is no file"));
+    throw process::Failure(
+        process::sentence("cannot create", path, "there is something that is no file"));
   }
   if (!replaces) {
-    throw Failure(sentence("cannot create", path, "it exists already"), "--force replaces it");
+    throw process::Failure(process::sentence("cannot create", path, "it exists already"),
+                           "--force replaces it");
   }
-  requireWritable(path);
+  report::requireWritable(path);
 }
 
-}  // namespace tool
+}  // namespace tool::commands::detail

@@ -8,7 +8,7 @@
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/process/PackageLock.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 /// A package file in the making, from the look at its place to the moment when it is there. Of two
 /// commands that make the same one, the second waits for the first.
@@ -24,12 +24,12 @@ class NewPackage {
                      std::optional<std::int64_t> time);
 
   /// Writes it, with a progress bar, and puts it in place.
-  void commit(opc::zippackage::WriteOptions options, const Settings& settings);
+  void commit(opc::zippackage::WriteOptions options, const line::Settings& settings);
 
  private:
   std::u16string path_;
   bool replaces_;
-  PackageLock lock_;
+  process::PackageLock lock_;
   std::unique_ptr<AddonPackage> package_;
 };
 
@@ -37,4 +37,4 @@ class NewPackage {
 /// set.
 void requireFreePlace(const std::string& path, bool replaces);
 
-}  // namespace tool
+}  // namespace tool::commands::detail

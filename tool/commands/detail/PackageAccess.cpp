@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
 
 #include <fmt/format.h>
 
@@ -10,15 +11,17 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/HostPropertiesPart.h"
+#include "tool/TreeWalk.h"
 #include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/report/Messages.h"
 #include "tool/process/PackageLock.h"
+#include "tool/report/Messages.h"
 #include "tool/report/Progress.h"
-#include "tool/TreeWalk.h"
 
-namespace tool {
+namespace tool::commands::detail {
+
+using addon::packaging::AddonPackage;
 
 namespace {
 
@@ -37,10 +40,11 @@ std::unique_ptr<AddonPackage> open(const std::string& path, opc::interfaces::Ope
 std::optional<std::int64_t> sourceDateEpoch() {
   const char* text = std::getenv("SOURCE_DATE_EPOCH");
   if (text == nullptr || *text == '\0') return std::nullopt;
-  const std::optional<std::int64_t> seconds = toInteger(text);
+  const std::optional<std::int64_t> seconds = line::toInteger(text);
   if (!seconds || *seconds < 0 || *seconds > kLastSecond) {
-    throw Failure(sentence("bad value of SOURCE_DATE_EPOCH", text,
-                           fmt::format("expected a whole number from 0 to {}", kLastSecond)));
+    throw process::Failure(
+        process::sentence("bad value of SOURCE_DATE_EPOCH", text,
+                          fmt::format("expected a whole number from 0 to {}", kLastSecond)));
   }
   return seconds;
 }
@@ -48,7 +52,7 @@ std::optional<std::int64_t> sourceDateEpoch() {
 }  // namespace
 
 std::u16string toUtf16(std::string_view what, const std::string& text) {
-  if (!opc::isUtf8(text)) throw Failure(sentence(what, text, "it is not UTF-8"));
+  if (!opc::isUtf8(text)) throw process::Failure(process::sentence(what, text, "it is not UTF-8"));
   return opc::fromUtf8(text);
 }
 
@@ -60,51 +64,56 @@ std::unique_ptr<AddonPackage> openForChanging(const std::string& path) {
   return open(path, opc::interfaces::OpenMode::Modify);
 }
 
-std::optional<std::int64_t> timestampOf(const Invocation& invocation) {
+std::optional<std::int64_t> timestampOf(const line::Invocation& invocation) {
   const auto given = invocation.number(kTimestampOption.longName, 0, kLastSecond);
   return given ? given : sourceDateEpoch();
 }
 
-opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation) {
+opc::zippackage::WriteOptions writeOptionsOf(const line::Invocation& invocation) {
   opc::zippackage::WriteOptions options;
   options.timestamp = timestampOf(invocation);
-  options.background = secondThread();
+  options.background = process::secondThread();
   options.level =
       static_cast<int>(invocation.number(kLevelOption.longName, 0, 9).value_or(options.level));
   return options;
 }
 
-void warnOfForeign(AddonPackage& package, const std::string& path, const Invocation& invocation) {
+void warnOfForeign(AddonPackage& package, const std::string& path,
+                   const line::Invocation& invocation) {
   if (invocation.settings().isQuiet) return;
   const std::u16string type = opc::plservices::HostPropertiesPart::relationshipType();
   if (!package.logicalPackage().getRelationshipsByType(type).empty()) return;
   auto& tree = package.fileSystem();
   if (!tree.getChildren(tree.getRoot()).empty()) return;
-  printWarning(invocation,
-               sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
+  report::printWarning(
+      invocation,
+      process::sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
 }
 
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
-                   const Invocation& invocation, const std::function<void(AddonPackage&)>& change) {
-  Interrupt::defer();
-  const PackageLock lock(path);
+                   const line::Invocation& invocation,
+                   const std::function<void(AddonPackage&)>& change) {
+  process::Interrupt::defer();
+  const process::PackageLock lock(path);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
   opc::model::Package& logical = package->logicalPackage();
   const std::vector<std::string> strays = logical.strayItems();
   const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
   change(*package);
-  ProgressBar bar(invocation.settings());
+  report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
   const auto before = identityOf(path);
   commit(*package);
   if (identityOf(path) == before) return;  // nothing was changed, so nothing was written
   for (const std::string& item : strays) {
-    printWarning(invocation,
-                 sentence("item", item, "it is no part of the package and was left out"));
+    report::printWarning(
+        invocation,
+        process::sentence("item", item, "it is no part of the package and was left out"));
   }
   if (isSigned) {
-    printWarning(invocation, sentence("package", path,
+    report::printWarning(
+        invocation, process::sentence("package", path,
                                       "it is signed, and the signature does not hold any more"));
   }
 }
@@ -115,7 +124,7 @@ void rehearseChange(const std::string& path, const std::function<void(AddonPacka
 
 void commit(AddonPackage& package) {
   package.logicalPackage().close(false);
-  Interrupt::tooLate();
+  process::Interrupt::tooLate();
 }
 
 boost::posix_time::ptime toTime(std::int64_t seconds) {
@@ -147,4 +156,4 @@ std::string baseNameOf(const std::string& path) {
   return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-}  // namespace tool
+}  // namespace tool::commands::detail

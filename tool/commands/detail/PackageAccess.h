@@ -13,12 +13,9 @@
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "tool/line/Arguments.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 using addon::packaging::AddonPackage;
-
-/// Of a package's file name, as a rule.
-inline constexpr std::string_view kPackageExtension = ".kraddon";
 
 /// A path or text of the command line for the library. `what` begins the message of the Failure for
 /// one that is not UTF-8.
@@ -28,19 +25,21 @@ std::unique_ptr<AddonPackage> openForReading(const std::string& path);
 std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
 
 /// Warns, unless told to be quiet, that a package without files has nothing of an add-on either.
-void warnOfForeign(AddonPackage& package, const std::string& path, const Invocation& invocation);
+void warnOfForeign(AddonPackage& package, const std::string& path,
+                   const line::Invocation& invocation);
 
 /// --timestamp or, without it, SOURCE_DATE_EPOCH.
-std::optional<std::int64_t> timestampOf(const Invocation& invocation);
+std::optional<std::int64_t> timestampOf(const line::Invocation& invocation);
 
 /// How to write, as --timestamp and --level say.
-opc::zippackage::WriteOptions writeOptionsOf(const Invocation& invocation);
+opc::zippackage::WriteOptions writeOptionsOf(const line::Invocation& invocation);
 
 /// A whole command that changes the package at `path`: waits its turn, opens it, lets `change` work
 /// on it and commits, with a progress bar, and warns of what was lost. Whatever fails, the package
 /// stays as it was.
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
-                   const Invocation& invocation, const std::function<void(AddonPackage&)>& change);
+                   const line::Invocation& invocation,
+                   const std::function<void(AddonPackage&)>& change);
 
 /// What changePackage does up to the commit, so that all faults show and nothing is written.
 void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change);
@@ -58,4 +57,4 @@ std::string formatTime(const boost::posix_time::ptime& time);
 std::string fileNameOf(const std::string& path);
 std::string baseNameOf(const std::string& path);
 
-}  // namespace tool
+}  // namespace tool::commands::detail

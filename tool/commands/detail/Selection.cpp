@@ -5,23 +5,26 @@
 
 #include <unordered_map>
 
-#include "tool/process/Errors.h"
+#include "text/Lines.h"
 #include "tool/PatternChoice.h"
+#include "tool/process/Errors.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 using addon::packaging::AddonPackage;
 using opc::plservices::FileSystemEntry;
 
 namespace {
 
-Failure isEmpty() {
-  return Failure(sentence("cannot find", "", "the path is empty"), "'/' stands for everything");
+process::Failure isEmpty() {
+  return process::Failure(process::sentence("cannot find", "", "the path is empty"),
+                          "'/' stands for everything");
 }
 
-Failure namesNothing(const std::string& operand,
-                     const char* holders = "the package holds nothing") {
-  return Failure(sentence("cannot find", operand, fmt::format("{} of that name", holders)));
+process::Failure namesNothing(const std::string& operand,
+                              const char* holders = "the package holds nothing") {
+  return process::Failure(
+      process::sentence("cannot find", operand, fmt::format("{} of that name", holders)));
 }
 
 class LiteralPaths {
@@ -30,7 +33,7 @@ class LiteralPaths {
     for (const std::string& operand : operands) {
       // An unset variable of a script must not stand for everything.
       if (operand.empty()) throw isEmpty();
-      isUsed_.emplace(trimSlashes(operand), false);
+      isUsed_.emplace(text::trimSlashes(operand), false);
     }
   }
 
@@ -46,7 +49,7 @@ class LiteralPaths {
   /// The first one that named nothing, or null.
   const std::string* unused() const {
     for (const std::string& operand : operands_) {
-      const std::string_view path = trimSlashes(operand);
+      const std::string_view path = text::trimSlashes(operand);
       // An empty package still has a root.
       if (!path.empty() && !isUsed_.at(path)) return &operand;
     }
@@ -68,7 +71,7 @@ class LiteralPaths {
 template <typename Chooser>
 void keepChosen(std::vector<Item>& items, Chooser& chooser) {
   std::erase_if(items, [&](const Item& item) {
-    return !chooser.chooses(trimSlashes(item.path), item.isFolder());
+    return !chooser.chooses(text::trimSlashes(item.path), item.isFolder());
   });
 }
 
@@ -89,19 +92,13 @@ void chooseInBothWith(std::vector<Item>& a, std::vector<Item>& b, Chooser choose
 
 }  // namespace
 
-std::string_view trimSlashes(std::string_view path) {
-  while (path.starts_with('/')) path.remove_prefix(1);
-  while (path.ends_with('/')) path.remove_suffix(1);
-  return path;
-}
-
 std::vector<FileSystemEntry> findEntries(AddonPackage& package,
                                          const std::vector<std::string>& operands) {
   auto& tree = package.fileSystem();
   std::vector<FileSystemEntry> entries;
   for (const std::string& operand : operands) {
     if (operand.empty()) throw isEmpty();
-    const auto entry = tree.find(trimSlashes(operand));
+    const auto entry = tree.find(text::trimSlashes(operand));
     if (entry == nullptr) throw namesNothing(operand);
     entries.push_back(*entry);
   }
@@ -125,4 +122,4 @@ void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
   }
 }
 
-}  // namespace tool
+}  // namespace tool::commands::detail

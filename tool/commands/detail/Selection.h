@@ -7,7 +7,7 @@
 
 #include "tool/Contents.h"
 
-namespace tool {
+namespace tool::commands::detail {
 
 /// What the PATH operands of a command choose: literal paths, or patterns with --glob. A folder
 /// takes what lies below it; no operand takes everything. Of patterns that match an item or a
@@ -27,7 +27,4 @@ void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
 std::vector<opc::plservices::FileSystemEntry> findEntries(addon::packaging::AddonPackage& package,
                                                           const std::vector<std::string>& operands);
 
-/// "a/b" of "/a/b/", and "" of "/".
-std::string_view trimSlashes(std::string_view path);
-
-}  // namespace tool
+}  // namespace tool::commands::detail
