@@ -11,7 +11,7 @@ using opc::checks::FindingId;
 using opc::checks::FindingInfo;
 using opc::checks::Severity;
 
-// What an add-on can draw.
+// Findings that only an add-on can have.
 inline constexpr FindingId kMalformedDocument{301, Severity::Error};
 inline constexpr FindingId kWrongRoot{302, Severity::Warning};
 inline constexpr FindingId kMissingElement{303, Severity::Error};
@@ -55,7 +55,7 @@ inline constexpr FindingId kDuplicateContent{512, Severity::Warning};
 inline constexpr FindingId kFutureTime{513, Severity::Warning};
 inline constexpr FindingId kCaseClash{514, Severity::Warning};
 
-/// What these ids stand for, by number.
+/// What these ids mean, in the order of their numbers.
 std::span<const FindingInfo> addonFindings();
 
 }  // namespace addon::checks

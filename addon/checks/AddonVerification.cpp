@@ -17,7 +17,8 @@ using opc::checks::verifyPackage;
 
 namespace {
 
-// Returns whether it is open. A package that readers refuse has drawn an error by now.
+// Returns whether the package is open. If it cannot be opened, the report usually has an error
+// already.
 bool open(packaging::AddonPackage& package, Report& report) {
   try {
     package.logicalPackage().open(opc::interfaces::OpenMode::Read);

@@ -9,13 +9,13 @@
 
 namespace addon::checks {
 
-/// Does what verifyPackage() does, and then checks what makes the package an add-on: documents,
-/// references and style. Throws as verifyPackage() does.
+/// Runs verifyPackage(), and then checks what makes the package an add-on: documents, references
+/// and style. Throws as verifyPackage() does.
 opc::checks::Report verifyAddon(const std::string& path,
                                 const opc::interfaces::ProgressFunction& progress = nullptr);
 
 /// The checks that only an add-on can fail: 3xx to 5xx. `package` is open, for reading. A part that
-/// cannot be read draws no finding here, since the checks of the container report it.
+/// cannot be read causes no finding here, since the checks of the container report it.
 void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report);
 
 }  // namespace addon::checks

@@ -13,9 +13,9 @@ namespace addon::checks {
 using opc::checks::FindingId;
 using opc::checks::FindingInfo;
 
-/// Every id there is, by number. The one source of `--explain` and of the table in the manual.
+/// All findings, in the order of their numbers: the source of `--explain` and of docs/findings.md.
 std::span<const FindingInfo> catalogue();
-/// Null when there is no such number.
+/// Null if there is no such finding.
 const FindingInfo* findInfo(std::uint16_t number);
 /// What a finding is about: "container", "opc", "document", "reference" or "style".
 std::string_view groupOf(FindingId id);

@@ -13,8 +13,8 @@ constexpr std::string_view kStart =
     "# Findings\n\n"
     "What `kraddon verify` can find. An error makes the exit code 1; a warning does so with\n"
     "`--strict` only. Ids never change their meaning or severity.\n"
-    "`kraddon verify --explain ID` prints the same as this page, and `--ignore ID` passes over a\n"
-    "finding. With `--opc` only the groups container and opc are looked at.\n";
+    "`kraddon verify --explain ID` prints the same as this page, and `--ignore ID` ignores a\n"
+    "finding. With `--opc` only the groups container and opc are checked.\n";
 
 constexpr std::string_view kTableHead =
     "| id | severity | finding | meaning | remedy |\n|---|---|---|---|---|\n";

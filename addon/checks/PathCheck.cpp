@@ -18,7 +18,7 @@ using Kind = PathReference::Kind;
 
 namespace {
 
-// Also by the rules of other systems, on which the add-on will be installed.
+// On any system on which the add-on may be installed.
 bool isAbsolute(std::string_view path) {
   const bool hasDrive = path.size() >= 2 && opc::isAsciiLetter(path[0]) && path[1] == ':';
   return hasDrive || path.starts_with('/') || path.starts_with('\\');
@@ -40,7 +40,7 @@ bool climbsOut(std::string_view path) {
   return false;
 }
 
-// Behind a folder a slash is as good as none.
+// A slash after the name of a folder has no meaning.
 std::string_view withoutSlash(std::string_view path) {
   if (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
   return path;
@@ -67,9 +67,9 @@ void PathCheck::check(const PathReference& reference) {
   const auto found = files_.find(mayEndInSlash ? withoutSlash(path) : std::string_view(path));
   if (found == nullptr) return reportMissing(reference, path);
   if (reference.kind == Kind::File && !found->isFile()) {
-    add(reference.id, reference, "it is a folder, and should be a file");
+    add(reference.id, reference, "it is a folder, not a file");
   } else if ((reference.kind == Kind::Folder || path.ends_with('/')) && found->isFile()) {
-    add(reference.id, reference, "it is a file, and should be a folder");
+    add(reference.id, reference, "it is a file, not a folder");
   }
 }
 
@@ -78,18 +78,18 @@ void PathCheck::reportMissing(const PathReference& reference, const std::string&
       path.starts_with('/') ? std::string_view(path).substr(1) : std::string_view(path);
   const auto similar = findWithoutCase(withoutSlash(relative));
   if (similar && *similar != withoutSlash(relative)) {
-    return add(kPathCase, reference, "the package has " + quoted(*similar) + ", in another case");
+    return add(kPathCase, reference, "the package has " + quoted(*similar) + ", in different case");
   }
   if (isAbsolute(path)) {
     return add(kPathOutside, reference,
-               "it is absolute, and paths are relative to the package's root");
+               "it is absolute; paths are relative to the root of the package");
   }
   if (const char* fault = opc::plservices::findPathFault(relative)) {
-    return add(reference.id, reference, std::string("it is no path in a package, since ") + fault);
+    return add(reference.id, reference, std::string("it is not a valid package path: ") + fault);
   }
   const bool hasBackslash = path.find('\\') != std::string::npos;
   add(reference.id, reference,
-      hasBackslash ? "it is not in the package, where '/' stands between names"
+      hasBackslash ? "it is not in the package, where names are separated by '/'"
                    : "it is not in the package");
 }
 

@@ -12,13 +12,13 @@
 
 namespace addon::checks {
 
-/// A path that stands in a document.
+/// A path in a document.
 struct PathReference {
   enum class Kind : std::uint8_t { File, Folder, Either };
 
   std::u16string path;
-  Kind kind;                  ///< of what it should name
-  opc::checks::FindingId id;  ///< of the finding that it draws when nothing is there
+  Kind kind;                  ///< what it must name
+  opc::checks::FindingId id;  ///< the finding for a missing path
   std::string what;           ///< whose path it is, such as "the app 'Viewer'"
   std::string part;           ///< the document
   std::size_t line;
@@ -39,7 +39,7 @@ class PathCheck {
 
   opc::plservices::FileSystemManager& files_;
   opc::checks::Report& report_;
-  std::optional<detail::CaselessTree> caseless_;  // made when a path is not there
+  std::optional<detail::CaselessTree> caseless_;  // created when a path is missing
 };
 
 }  // namespace addon::checks

@@ -34,7 +34,7 @@ std::string quoted(std::string_view text) {
 }
 
 std::string quoted(std::u16string_view text) {
-  // A code unit takes at least one byte, so what is cut off here is cut off anyway.
+  // A code unit takes at least one byte, so this drops nothing that would be shown.
   return quoted(toUtf8ForDisplay(text.substr(0, kLongestQuoted + 1)));
 }
 

@@ -7,7 +7,7 @@
 
 namespace opc::checks {
 
-// What any package can draw.
+// Findings that any package can have.
 inline constexpr FindingId kNotZip{101, Severity::Error};
 inline constexpr FindingId kBytesOutside{102, Severity::Warning};
 inline constexpr FindingId kDuplicateName{103, Severity::Error};
@@ -52,7 +52,7 @@ inline constexpr FindingId kOddCoreProperties{226, Severity::Warning};
 inline constexpr FindingId kThumbnailNotImage{227, Severity::Warning};
 inline constexpr FindingId kIncompletePieces{228, Severity::Warning};
 
-/// What these ids stand for, by number.
+/// What these ids mean, in the order of their numbers.
 std::span<const FindingInfo> packageFindings();
 
 }  // namespace opc::checks

@@ -22,10 +22,10 @@ using zippackage::ZipDirectory;
 
 namespace {
 
-// Checking takes some six times as much memory.
+// Checking takes about six times as much memory.
 constexpr std::uint64_t kLargestDirectory = std::uint64_t{128} << 20;  // bytes
 
-// Nothing when there is none that could be taken apart.
+// Returns nothing if there is no directory that can be parsed.
 std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& report) {
   std::uint64_t size = 0;
   try {

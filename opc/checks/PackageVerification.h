@@ -12,7 +12,7 @@ namespace opc::checks {
 /// once, and verifies every checksum. Throws SystemError when the file cannot be opened or
 /// read, and Exception when it is not a regular file or its directory is larger than 128 MiB;
 /// whatever is wrong with its content goes into the report. A check that needs what an earlier one
-/// found broken is left out. `progress` may be empty; it counts the items that have been read.
+/// found broken is skipped. `progress` may be empty; it counts the items that have been read.
 Report verifyPackage(const std::string& path,
                      const interfaces::ProgressFunction& progress = nullptr);
 

@@ -455,10 +455,10 @@ class Faults(projecttest.ProjectTest):
         for why, manifest in (
                 ("6:8': app[0].file: the app 'V' names 'v.m': it is not in the package",
                  app.format("v.m")),
-                ("6:8': app[0].file: the app 'V' names 'd': it is a folder, and should be a file",
+                ("6:8': app[0].file: the app 'V' names 'd': it is a folder, not a file",
                  app.format("d")),
-                ("6:8': app[0].file: the app 'V' names 'A.m': the package has 'a.m', in another "
-                 "case", app.format("A.m")),
+                ("6:8': app[0].file: the app 'V' names 'A.m': the package has 'a.m', in "
+                 "different case", app.format("A.m")),
                 ("6:8': app[0].file: the app 'V' names '../a.m': '..' leads out of the package",
                  app.format("../a.m")),
                 ("8:8': category[0].example[0].main: the example 'E' names 'e.m': it is not in "
@@ -470,7 +470,7 @@ class Faults(projecttest.ProjectTest):
                 ("5:17': configuration.korvan-paths[0]: expected a path that is not empty",
                  '[configuration]\nkorvan-paths = [""]\n'),
                 ("5:17': configuration.korvan-paths[0]: the search path names 'a.m': it is a "
-                 "file, and should be a folder", '[configuration]\nkorvan-paths = ["a.m"]\n'),
+                 "file, not a folder", '[configuration]\nkorvan-paths = ["a.m"]\n'),
                 ("9:8': app[1].guid: expected a GUID of its own, and app[0] has 'g' too",
                  app.format("a.m") + 'guid = "G"\n' + app.format("d/b.m") + 'guid = "g"\n')):
             with self.subTest(why):

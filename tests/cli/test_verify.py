@@ -276,7 +276,7 @@ class Verify(kraddontest.CliTest):
         self.plain(items=["x\ny\x1b z"])
         result = self.verify("--opc", "plain.docx")
         self.assertEqual(len(result.text.splitlines()), 1)
-        self.assertIn("KR114: x\\ny\\x1b z: the name holds a control character", result.text)
+        self.assertIn("KR114: x\\ny\\x1b z: the name contains a control character", result.text)
 
     def test_of_very_many_findings_the_rest_is_counted(self):
         self.plain(items=[f"x {number}" for number in range(1100)])

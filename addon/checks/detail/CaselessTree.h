@@ -16,19 +16,18 @@ namespace addon::checks::detail {
 /// names.
 std::string foldCase(std::string_view text);
 
-/// The file tree as a file system sees it that does not tell cases apart: entries whose paths
-/// differ only in case are one.
+/// The file tree as seen by a file system that ignores case: entries whose paths differ only in
+/// case are one.
 class CaselessTree {
  public:
   using Entry = opc::plservices::FileSystemEntry;
 
-  /// `visit` is called for every file and folder but the root, folders before what is in them; with
-  /// the entry that has the same path but for its case, if another one came before. It may be
-  /// empty.
+  /// Calls `visit` for every file and folder except the root, folders before their content. `same`
+  /// is an earlier entry whose path differs only in case, or null. `visit` may be empty.
   using Visit = std::function<void(const Entry& entry, const Entry* same)>;
   CaselessTree(opc::plservices::FileSystemManager& files, const Visit& visit);
 
-  /// The path of the entry that has this path but for its case.
+  /// The path of the entry with this path, ignoring case.
   std::optional<std::string> find(std::string_view path) const;
 
  private:
@@ -37,7 +36,7 @@ class CaselessTree {
 
   struct Waiting {
     Entry entry;
-    opc::plservices::NodeId folder;  // in nodes_, of what holds it
+    opc::plservices::NodeId folder;  // its parent in nodes_
   };
 
   opc::plservices::FileTree nodes_;  // of folded names

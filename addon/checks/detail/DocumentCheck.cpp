@@ -21,7 +21,7 @@ using packaging::DocumentSchema;
 
 namespace {
 
-// By the rule that the parser names: encoding and document type, or its limits, or else the syntax.
+// By the rule that the parser names: encoding and document type, its limits, or the syntax.
 FindingId findingOf(const InvalidXMLDocument& fault) {
   if (fault.rule() == "XM-1" || fault.rule() == "XM-2") return kDocumentDoctypeOrEncoding;
   return fault.rule().starts_with("RB-") ? kDocumentTooLarge : kMalformedDocument;
@@ -31,11 +31,10 @@ void checkContentType(const DocumentSchema& schema, const Destination& found, Re
   const ContentType& type = found.part->getContentType();
   if (type == ContentType(schema.contentType)) return;
   report.add(kWrongContentType, found.name,
-             "content type " + quoted(type.ascii()) + ": this document's is " +
-                 quoted(schema.contentType));
+             "content type " + quoted(type.ascii()) + ": expected " + quoted(schema.contentType));
 }
 
-// Whether it could be read.
+// Returns whether it could be read.
 bool checkContent(AddonPackage& package, const DocumentSchema& schema, const Destination& found,
                   Report& report) {
   try {
@@ -50,7 +49,7 @@ bool checkContent(AddonPackage& package, const DocumentSchema& schema, const Des
   } catch (const opc::SystemError&) {
     throw;
   } catch (const opc::Exception& fault) {
-    // Anything else is damage, which draws no finding here.
+    // Anything else is damage, which the checks of the container report.
     if (fault.code() == opc::ErrorCode::TooLarge) {
       report.add(kDocumentTooLarge, found.name, fault.what());
     }
@@ -58,7 +57,8 @@ bool checkContent(AddonPackage& package, const DocumentSchema& schema, const Des
   return false;
 }
 
-// What keeps a relationship from leading to a part. False when nothing does.
+// Reports why the relationship does not lead to a part. Returns false if it does, or if there is
+// none.
 bool reportDeadEnd(const Destination& found, const std::u16string& relationshipType,
                    const std::u16string& standardName, Report& report) {
   const std::string type = quoted(relationshipType);
@@ -67,7 +67,7 @@ bool reportDeadEnd(const Destination& found, const std::u16string& relationshipT
     case Destination::Kind::Several:
       report.add(kSeveralRelationships, name,
                  std::to_string(found.count) + " relationships of the type " + type +
-                     ": there may be one only, so that none of them counts");
+                     ": only one is allowed, so none of them is used");
       return true;
     case Destination::Kind::Outside:
       report.add(kMissingPart, name,
@@ -87,7 +87,7 @@ bool isFileTree(const DocumentSchema& schema) {
   return schema.relationshipType == FileTreePart::relationshipType();
 }
 
-// The table of the file tree is found by its name when no relationship leads to it.
+// The table of the file tree is found by its name if no relationship leads to it.
 Destination findDocument(opc::model::Package& package, const DocumentSchema& schema) {
   Destination found = follow(package, schema.relationshipType);
   if (found.kind != Destination::Kind::Nowhere || !isFileTree(schema)) return found;
@@ -96,7 +96,7 @@ Destination findDocument(opc::model::Package& package, const DocumentSchema& sch
   return {Destination::Kind::Part, name.canonical(), package.getPart(name), 0};
 }
 
-// Of the table of the file tree a reader takes nothing that is wrong, unlike of the others.
+// Unlike other documents, the table of the file tree is rejected if any of it is wrong.
 void checkFileTree(AddonPackage& package, const std::string& part, Report& report) {
   try {
     package.fileSystem().getRoot();
@@ -128,7 +128,7 @@ void checkScreenshot(AddonPackage& package, Report& report) {
 }  // namespace
 
 void checkDocuments(AddonPackage& package, Report& report) {
-  const opc::model::XercesGuard guard;  // one start for all of them
+  const opc::model::XercesGuard guard;  // so that Xerces-C starts only once
   const std::vector<DocumentSchema> schemas = packaging::documentSchemas();
   for (const DocumentSchema& schema : schemas) checkDocument(package, schema, report);
   checkScreenshot(package, report);

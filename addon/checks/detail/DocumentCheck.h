@@ -24,17 +24,17 @@ struct ParsedDocument {
   DocumentText& text;
 };
 
-/// Elements and attributes: those that must be there, and those that may.
+/// Required and unknown elements and attributes.
 void checkStructure(const ParsedDocument& document, opc::checks::Report& report);
-/// What stands in a document and is no free text: flags, kinds of files, the one author.
+/// Values that are not free text: flags, kinds of files, the single author.
 void checkValues(const ParsedDocument& document, opc::checks::Report& report);
-/// Type, name and version of the add-on. Skipped when the parts that hold them cannot be read.
+/// Type, name and version of the add-on. Skipped if their parts cannot be read.
 void checkIdentity(packaging::AddonPackage& package, opc::checks::Report& report);
-/// Whether the screenshot's bytes are what its content type says.
+/// Whether the bytes of the screenshot match its content type.
 void checkImage(packaging::AddonPackage& package, const Destination& image,
                 opc::checks::Report& report);
-/// Parts that are documents by their name or type, and that the relationship does not lead to by
-/// which they would be found.
+/// Parts that are documents by their name or type, but have no relationship by which they would be
+/// found.
 void checkUnreachable(packaging::AddonPackage& package,
                       const std::vector<packaging::DocumentSchema>& schemas,
                       opc::checks::Report& report);

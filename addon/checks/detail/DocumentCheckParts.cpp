@@ -42,7 +42,7 @@ std::vector<unsigned char> readStart(opc::InputStream& stream) {
   return bytes;
 }
 
-/// The documents' parts by what they are taken for, and by what leads to them.
+/// What parts are documents by name or type, and which of them relationships lead to.
 class UnreachableParts {
  public:
   UnreachableParts(AddonPackage& package, const std::vector<DocumentSchema>& schemas)
@@ -61,7 +61,7 @@ class UnreachableParts {
       if (reached_.contains({*wanted, key})) return;
       report.add(kUnreachableDocument, "/" + std::string(itemName),
                  "no relationship of the type " + quoted(*wanted) +
-                     " leads from the package to this part, so that nobody finds it");
+                     " leads from the package to this part, so it is never found");
     });
   }
 
@@ -72,7 +72,7 @@ class UnreachableParts {
     const std::string name = PartName(schema.partName).key();
     byName_.emplace(name, type);
     addTargets(type);
-    // The one that is found by its name, too.
+    // It is also found by its name.
     if (type == FileTreePart::relationshipType()) reached_.emplace(type, name);
   }
 
@@ -83,7 +83,7 @@ class UnreachableParts {
     }
   }
 
-  // What is below these is content, whatever its type.
+  // Everything below these folders is content, whatever its type.
   static bool isFileOfTree(std::string_view itemName) {
     constexpr std::array<std::string_view, 2> kFolders{"files/", "metadata/filetree/"};
     return std::any_of(kFolders.begin(), kFolders.end(), [&](std::string_view folder) {
@@ -91,7 +91,7 @@ class UnreachableParts {
     });
   }
 
-  // Null for a part that is no document.
+  // Null for a part that is not a document.
   const std::u16string* relationshipTypeFor(opc::model::PartId part,
                                             std::string_view itemName) const {
     const std::string key = "/" + opc::toLowerAscii(itemName);
@@ -119,11 +119,11 @@ void checkImage(AddonPackage& package, const Destination& image, Report& report)
   const std::string type = opc::toLowerAscii(image.part->getContentType().ascii());
   const std::string_view found = packaging::imageTypeOf(start);
   const bool isChecked = packaging::isImageTypeTold(type);
-  // Other kinds of images are not ours to judge.
+  // Other image formats are not checked.
   if (found == type || (found.empty() && !isChecked && type.starts_with("image/"))) return;
-  const std::string content = found.empty() ? "of no image that is known" : "of " + quoted(found);
+  const std::string content = found.empty() ? "of no known image format" : "of " + quoted(found);
   report.add(kImageMismatch, image.name,
-             "the screenshot has the content type " + quoted(type) + ", and its bytes are those " +
+             "the screenshot has the content type " + quoted(type) + ", but its bytes are those " +
                  content);
 }
 

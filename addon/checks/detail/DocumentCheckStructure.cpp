@@ -51,7 +51,7 @@ class StructureCheck {
         "the root element has the namespace " + quoted(orNone(found)) + ", not " + quoted(wanted));
   }
 
-  // With another root nobody knows what may be in it.
+  // The content of another root element is unknown.
   bool checkName() {
     const std::u16string_view wanted = document_.schema.root.name;
     if (domLocalName(*root_) == wanted) return true;
@@ -60,9 +60,9 @@ class StructureCheck {
     return false;
   }
 
-  // Looks at an element that is known, and returns the next such element.
+  // Checks a known element, and returns the next one.
   const DOMElement* visit(const DOMElement* element) {
-    // Those above it, the root first, each with what it may hold.
+    // path_ holds its ancestors, the root first, each with its schema.
     while (!path_.empty() && path_.back().element != element->getParentNode()) path_.pop_back();
     const Element* schema =
         path_.empty() ? &document_.schema.root : findChild(*path_.back().schema, element);
@@ -76,7 +76,7 @@ class StructureCheck {
     return nextElement(element, root_);
   }
 
-  // Without what is inside `element`.
+  // Skips the descendants of `element`.
   const DOMElement* nextAfter(const DOMElement* element) const {
     for (const xercesc::DOMNode* node = element; node != root_; node = node->getParentNode()) {
       const auto* at = static_cast<const DOMElement*>(node);
@@ -85,7 +85,7 @@ class StructureCheck {
     return nullptr;
   }
 
-  // Elements have the namespace of their root, be it the right one or not.
+  // Elements have the namespace of their root, whether or not it is the right one.
   const Element* findChild(const Element& parent, const DOMElement* element) const {
     if (domNamespace(*element) != domNamespace(*root_)) return nullptr;
     const auto found =
@@ -100,7 +100,7 @@ class StructureCheck {
     const std::string where = isForeign ? " of the namespace " + quoted(orNone(found)) : "";
     add(kUnknownElement, element,
         "element " + quoted(domLocalName(*element)) + where + " in " +
-            quoted(path_.back().schema->name) + ": no such element belongs there");
+            quoted(path_.back().schema->name) + ": this element is not allowed there");
   }
 
   static bool mayStand(const xercesc::DOMNode& attribute, const Element& schema) {
@@ -118,11 +118,11 @@ class StructureCheck {
       if (mayStand(attribute, schema)) continue;
       add(kUnknownElement, element,
           "attribute " + quoted(opc::model::domName(attribute)) + " of " + quoted(schema.name) +
-              ": it has no such attribute");
+              ": this attribute is not allowed there");
     }
   }
 
-  // By their local names, as they are read.
+  // By local names, as readers find them.
   void checkRequired(const DOMElement* element, const Element& schema) {
     for (const Element& child : schema.children) {
       if (!child.isRequired) continue;

@@ -30,7 +30,7 @@ using xercesc::DOMElement;
 
 namespace {
 
-// Elements that only hold others, in one another: the first is read, and not even it is a list.
+// Nested elements that only hold others: only the first of them is read.
 void checkAuthors(const ParsedDocument& document, const Element& list, Report& report) {
   for (const Element& child : list.children) {
     if (!child.isWrapper()) continue;
@@ -57,20 +57,20 @@ void checkFlag(const ParsedDocument& document, const FoundValue& value, Report& 
   report.add(kBadFlag, document.part,
              "'" + std::string(value.field.name) + "' of the " + ownerOf(value.in) + " is " +
                  quoted(value.text) +
-                 ": it is either 'true' or 'false', and everything else is read as 'false'",
+                 ": expected 'true' or 'false'; everything else is read as 'false'",
              document.text.lineOf(value.in.dom));
 }
 
-/// "one of 'source', 'main' and 'image'"
+/// "one of 'source', 'main' or 'image'"
 std::string describe(const std::vector<Element::Choice>& choices) {
   std::string text = "one of " + quoted(choices.front().value);
   for (std::size_t i = 1; i < choices.size(); ++i) {
-    text += (i + 1 == choices.size() ? " and " : ", ") + quoted(choices[i].value);
+    text += (i + 1 == choices.size() ? " or " : ", ") + quoted(choices[i].value);
   }
   return text;
 }
 
-/// The elements that an attribute tells apart.
+/// Elements that are distinguished by an attribute.
 class ChoiceCheck {
  public:
   ChoiceCheck(const ParsedDocument& document, Report& report)
@@ -83,7 +83,7 @@ class ChoiceCheck {
     XercesHelper::getElementAttribute(found.dom, found.element.attributes.front().name, value);
     const auto choice = std::find_if(choices.begin(), choices.end(),
                                      [&](const auto& one) { return one.value == value; });
-    if (choice == choices.end()) return add(found, value, ": it is " + describe(choices));
+    if (choice == choices.end()) return add(found, value, ": expected " + describe(choices));
     if (choice->field->isList() || seen_.emplace(found.dom->getParentNode(), value).second) return;
     add(found, value, " twice: only the last of them is read");
   }
@@ -105,7 +105,7 @@ bool isBlank(const boost::optional<std::u16string>& text) {
   return !text || opc::model::trimXmlSpace(*text).empty();
 }
 
-// Its type is then not wrong but unknown, and something else has been reported.
+// The type is then unknown rather than wrong, and the missing part has been reported.
 bool isHostPartLost(AddonPackage& package) {
   const Destination found =
       follow(package.logicalPackage(), HostPropertiesPart::relationshipType());

@@ -15,12 +15,12 @@ using xercesc::DOMElement;
 
 namespace {
 
-// Finds the start tags of a well-formed document, in which a '<' is always markup.
+// Finds the start tags of a well-formed document, in which '<' is always markup.
 class StartTags {
  public:
   explicit StartTags(std::string_view text) : text_(text) {}
 
-  // The line of the next one. There must be one.
+  // The line of the next start tag. There must be one.
   std::size_t nextLine() {
     while (true) {
       const std::size_t tag = std::min(text_.find('<', at_), text_.size());
@@ -74,7 +74,8 @@ std::string_view viewOf(const opc::ByteBuffer& bytes) {
 const DOMElement* nextElement(const DOMElement* element, const DOMElement* top) {
   if (const DOMElement* child = element->getFirstElementChild()) return child;
   for (const xercesc::DOMNode* node = element; node != top; node = node->getParentNode()) {
-    const auto* at = static_cast<const DOMElement*>(node);  // all but the root's parent are
+    const auto* at =
+        static_cast<const DOMElement*>(node);  // true for all but the parent of the root
     if (const DOMElement* sibling = at->getNextElementSibling()) return sibling;
   }
   return nullptr;

@@ -12,29 +12,29 @@
 
 namespace addon::checks::detail {
 
-/// One part as XML, and the lines on which its elements stand.
+/// A part as XML, with the lines of its elements.
 class DocumentText {
  public:
-  /// Throws InvalidXMLDocument, opc::Exception with ErrorCode::TooLarge for a part that is too long
-  /// for a document, and what reading the part throws.
+  /// Throws InvalidXMLDocument, opc::Exception with ErrorCode::TooLarge for a part that is too
+  /// large for a document, and what reading the part throws.
   DocumentText(opc::model::Package& package, opc::model::PartId part);
 
   const xercesc::DOMElement* root() const { return root_; }
-  /// The line of an element's start tag, from 1. The first call goes through the whole document.
+  /// The line of an element's start tag, from 1. The first call scans the whole document.
   std::size_t lineOf(const xercesc::DOMElement* element);
 
  private:
   void findLines();
 
-  opc::model::XercesGuard guard_;  // first made, last gone
+  opc::model::XercesGuard guard_;  // outlives the parser
   opc::ByteBuffer bytes_;
   opc::model::ParserPointer parser_;
   const xercesc::DOMElement* root_;
   std::vector<std::pair<const xercesc::DOMElement*, std::size_t>> lines_;  // by address
 };
 
-/// The element that follows in the document's order among `top` and all that is below it; null at
-/// the end. Elements are as many and as deep as a document likes, so nothing here recurses.
+/// The next element in document order among `top` and its descendants; null at the end. Documents
+/// may be deep, so this does not recurse.
 const xercesc::DOMElement* nextElement(const xercesc::DOMElement* element,
                                        const xercesc::DOMElement* top);
 

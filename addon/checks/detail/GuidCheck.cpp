@@ -29,7 +29,7 @@ struct OwnedGuid {
   std::size_t line;
 };
 
-// Those of the add-on and its apps. An add-on without the element is a fault of the document.
+// The GUIDs of the add-on and its apps. A missing element is reported as a fault of the document.
 std::vector<OwnedGuid> guidsOf(AddonPackage& package) {
   std::vector<OwnedGuid> found;
   ReadableDocument properties(package, AddonProperties::kTable);

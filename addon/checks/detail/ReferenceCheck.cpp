@@ -33,7 +33,7 @@ using Kind = PathReference::Kind;
 
 namespace {
 
-/// How a path is checked; what a path outside of records is called.
+/// How a path is checked, and what a path outside of records is called.
 struct ReferenceRule {
   Reference reference;
   Kind kind;
@@ -69,7 +69,7 @@ void checkPaths(AddonPackage& package, const DocumentTable& table, PathCheck& pa
   });
 }
 
-// "2026-02-01", perhaps with a time after it. Such dates sort as texts do.
+// "2026-02-01", optionally followed by a time. Such dates sort as texts.
 bool isSortable(std::u16string_view date) {
   constexpr std::u16string_view kForm = u"0000-00-00";
   if (date.size() < kForm.size()) return false;
@@ -80,8 +80,8 @@ bool isSortable(std::u16string_view date) {
   return date.size() == kForm.size() || date[kForm.size()] == u'T' || date[kForm.size()] == u' ';
 }
 
-/// Those that may be the newest. Revisions stand in any order, dates are free text: by date when
-/// all are dates that sort, otherwise the first or the last one.
+/// Those that may be the newest. Revisions come in any order, and dates are free text: by date if
+/// all dates sort, otherwise the first or the last one.
 std::vector<const AddonRevision*> newestOf(const std::vector<AddonRevision>& revisions) {
   const bool isDated = std::all_of(revisions.begin(), revisions.end(),
                                    [](const auto& revision) { return isSortable(revision.date); });
@@ -141,7 +141,7 @@ void checkNewestRevision(AddonPackage& package, Report& report) {
 }  // namespace
 
 void checkReferences(AddonPackage& package, Report& report) {
-  const opc::model::XercesGuard guard;  // one start for all documents
+  const opc::model::XercesGuard guard;  // so that Xerces-C starts only once
   checkThumbnail(package, report);
   checkNewestRevision(package, report);
   checkDuplicateGuids(package, report);

@@ -14,7 +14,7 @@ using packaging::AddonPackage;
 
 namespace {
 
-// Clocks differ, and so do the time zones that programs write local times of.
+// Clocks differ, and programs write local times of different time zones.
 constexpr std::int64_t kTolerance = std::int64_t{24} * 60 * 60;  // seconds
 
 std::int64_t now() {

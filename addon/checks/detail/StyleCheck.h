@@ -13,18 +13,18 @@ void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);
 
 // Its steps.
 
-/// What every add-on should tell about itself: license, texts, author, screenshot, GUIDs, version.
+/// What every add-on should have: license, texts, author, screenshot, GUIDs, version.
 void checkTexts(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Whether the add-on and its apps have GUIDs.
 void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Names, sizes and kinds of the files. The file tree must be readable.
 void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report);
-/// Contents that are there more than once. The file tree must be readable.
+/// Files with the same content. The file tree must be readable.
 void checkCopies(packaging::AddonPackage& package, opc::checks::Report& report);
 /// The times of the entries.
 void checkTimes(packaging::AddonPackage& package, opc::checks::Report& report);
 
-/// Why a system may not be able to store a file or folder of this name; "" when all can.
+/// Why some system cannot store a file or folder with this name; "" if all can.
 std::string_view findPortabilityFault(std::string_view name);
 
 }  // namespace addon::checks::detail

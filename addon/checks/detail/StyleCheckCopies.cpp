@@ -23,7 +23,7 @@ using packaging::AddonPackage;
 
 namespace {
 
-constexpr std::uint64_t kSmallest = 64u << 10;  // bytes; of what is smaller a copy costs nothing
+constexpr std::uint64_t kSmallest = 64u << 10;  // bytes; copies of smaller files cost nothing
 constexpr std::size_t kReadStep = 65536;        // bytes
 
 struct Candidate {
@@ -62,7 +62,7 @@ std::vector<Candidate> largeFiles(opc::plservices::FileSystemManager& files) {
   return found;
 }
 
-// Of one size and checksum. A checksum can be forged, so that only the bytes decide.
+// Files with the same size and checksum. A checksum can be forged, so only the bytes decide.
 template <typename Iterator>
 void checkGroup(opc::plservices::FileSystemManager& files, Iterator first, Iterator last,
                 Report& report) {

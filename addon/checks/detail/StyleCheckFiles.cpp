@@ -26,9 +26,9 @@ namespace {
 constexpr std::uint64_t kLargeSize = 10u << 20;  // bytes
 constexpr std::size_t kKeySearch = 8192;         // bytes at the start of a file
 
-constexpr std::size_t kLongestName = 255;  // bytes, of every usual file system
+constexpr std::size_t kLongestName = 255;  // bytes, on all common file systems
 
-// Devices on Windows, whatever follows their name after a dot.
+// Devices on Windows, with any extension.
 constexpr std::array<std::string_view, 28> kDevices{
     "con",  "prn",  "aux",  "nul",  "com1", "com2", "com3", "com4", "com5", "com6",
     "com7", "com8", "com9", "lpt1", "lpt2", "lpt3", "lpt4", "lpt5", "lpt6", "lpt7",
@@ -62,7 +62,7 @@ bool beginsWithPrivateKey(std::string_view text) {
   if (text.starts_with("PuTTY-User-Key-File-")) return true;
   constexpr std::string_view kBegin = "-----BEGIN ";
   constexpr std::string_view kKey = "PRIVATE KEY-----";
-  // Programs write attributes in front, and certificates.
+  // Programs write attributes and certificates before it.
   for (std::size_t at = text.find(kBegin); at != std::string_view::npos;
        at = text.find(kBegin, at + 1)) {
     const std::string_view line = text.substr(at, text.find_first_of("\r\n", at) - at);
@@ -89,22 +89,21 @@ class FileCheck {
     const std::string name = entry.name();
     if (same != nullptr) {
       const std::string other = report_.keeps(kCaseClash) ? same->path() : std::string();
-      add(kCaseClash, entry, "only the case of letters tells it from " + quoted(other));
+      add(kCaseClash, entry, "it differs only in case from " + quoted(other));
     }
     if (const auto fault = findPortabilityFault(name); !fault.empty()) {
       add(kNotPortable, entry,
-          "the name " + quoted(name) + " does not go everywhere: " + std::string(fault));
+          "the name " + quoted(name) + " is not portable: " + std::string(fault));
     }
     checkExcluded(entry, name);
     if (entry.isFile()) checkFile(entry, name);
   }
 
-  // The default patterns look at a name alone. A folder stands for what is in it.
+  // The default patterns match names without folders. A folder stands for its content.
   void checkExcluded(const FileSystemEntry& entry, const std::string& name) {
     if (!excludes_.excludes(name, !entry.isFile())) return;
     add(kExcludedFile, entry,
-        entry.isFile() ? "add-ons are built without files like this"
-                       : "add-ons are built without folders like this");
+        entry.isFile() ? "builds leave out files like this" : "builds leave out folders like this");
   }
 
   void checkFile(const FileSystemEntry& file, const std::string& name) {
@@ -116,7 +115,7 @@ class FileCheck {
     if (isSecretName(name)) {
       add(kSecret, file, "files named " + quoted(name) + " are for passwords and keys");
     } else if (isKeyName(name) && holdsPrivateKey(file)) {
-      add(kSecret, file, "the file holds a private key");
+      add(kSecret, file, "the file contains a private key");
     }
   }
 
@@ -134,7 +133,7 @@ class FileCheck {
     return beginsWithPrivateKey({reinterpret_cast<const char*>(bytes.data()), size});
   }
 
-  // Paths are long in a hostile package, so those that the report drops are never put together.
+  // Paths may be long in a hostile package, so those that the report drops are not built.
   void add(FindingId id, const FileSystemEntry& entry, const std::string& message) {
     const std::string path = report_.keeps(id) ? entry.path() : std::string();
     report_.add(id, path, message);
@@ -151,12 +150,12 @@ class FileCheck {
 std::string_view findPortabilityFault(std::string_view name) {
   if (name.size() > kLongestName) return "it is longer than 255 bytes";
   if (name.find_first_of("<>:\"|?*\\") != std::string_view::npos) {
-    return "it holds one of the characters < > : \" | ? * \\";
+    return "it contains one of the characters < > : \" | ? * \\";
   }
-  if (opc::plservices::hasControlCharacter(name)) return "it holds a control character";
+  if (opc::plservices::hasControlCharacter(name)) return "it contains a control character";
   if (name.ends_with('.')) return "it ends in a dot";
   if (name.ends_with(' ')) return "it ends in a space";
-  if (isDevice(name)) return "it is the name of a device on Windows";
+  if (isDevice(name)) return "it is a device name on Windows";
   return "";
 }
 

@@ -36,7 +36,7 @@ void checkLicense(AddonPackage& package, Report& report) {
   }
   ReadableDocument document(package, AddonLicense::kTable);
   if (document.text() == nullptr) return;
-  // Without the element the document is at fault.
+  // A missing element is reported as a fault of the document.
   for (const auto* terms : document.elementsOf<&AddonLicense::text>()) {
     std::u16string text;
     XercesHelper::getElementText(terms, text);
@@ -68,12 +68,12 @@ constexpr WantedText kWantedTexts[] = {
     {&AddonProperties::summary, kNoSummary, "the add-on has no summary"},
     {&AddonProperties::description, kNoSummary, "the add-on has no description"},
     {&AddonProperties::authorName, kNoAuthor, "the add-on has no author"},
-    {&AddonProperties::authorContact, kNoAuthor, "the add-on's author has no contact"},
+    {&AddonProperties::authorContact, kNoAuthor, "the add-on has no contact"},
 };
 
 void checkProperties(AddonPackage& package, Report& report) {
   AddonProperties properties;
-  // Of several documents of properties none is read, and nobody knows what they say.
+  // If there are several documents of properties, none of them is read.
   if (follow(package.logicalPackage(), properties.relationshipType).kind == Kind::Several) return;
   if (!isReadable([&] { package.getAddonProperties(properties); })) return;
   for (const WantedText& wanted : kWantedTexts) {
@@ -82,7 +82,7 @@ void checkProperties(AddonPackage& package, Report& report) {
   const std::u16string_view version = trimXmlSpace(properties.version);
   if (version.empty() || isPlainVersion(version)) return;
   report.add(kOddVersion, "",
-             "version " + quoted(version) + ": it is not made of numbers with dots between them");
+             "version " + quoted(version) + ": it does not consist of numbers separated by dots");
 }
 
 void checkHasScreenshot(AddonPackage& package, Report& report) {
@@ -94,7 +94,7 @@ void checkHasScreenshot(AddonPackage& package, Report& report) {
 }  // namespace
 
 void checkTexts(AddonPackage& package, Report& report) {
-  const opc::model::XercesGuard guard;  // one start for all documents
+  const opc::model::XercesGuard guard;  // so that Xerces-C starts only once
   checkLicense(package, report);
   checkProperties(package, report);
   checkHasScreenshot(package, report);

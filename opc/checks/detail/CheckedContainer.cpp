@@ -11,7 +11,7 @@ using interfaces::ItemIndex;
 namespace {
 
 [[noreturn]] void refuseToChange() {
-  throw Exception(ErrorCode::InvalidState, "the package is open for reading only");
+  throw Exception(ErrorCode::InvalidState, "the package is open only for reading");
 }
 
 }  // namespace
@@ -40,7 +40,7 @@ void CheckedContainer::requireSound(ItemIndex item) const {
 }
 
 void CheckedContainer::open(interfaces::OpenMode) {
-  throw Exception(ErrorCode::InvalidState, "the package is open already");
+  throw Exception(ErrorCode::InvalidState, "the package is already open");
 }
 
 ItemIndex CheckedContainer::addItem(const interfaces::NewItem&) {

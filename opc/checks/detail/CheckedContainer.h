@@ -11,8 +11,8 @@
 
 namespace opc::checks::detail {
 
-/// A ZIP file that has been checked, faulty or not, as a physical package to be read: with the
-/// first item of each name, and without the data of items that are damaged.
+/// A checked ZIP file, faulty or not, as a physical package for reading: with the first item of
+/// each name, and without the data of damaged items.
 class CheckedContainer final : public interfaces::IPhysicalPackage {
  public:
   /// `file`, `directory` and `states` must outlive it.
@@ -28,11 +28,11 @@ class CheckedContainer final : public interfaces::IPhysicalPackage {
   bool isRemoved(interfaces::ItemIndex item) const override { return states_[item].isTwin; }
   interfaces::ItemInfo itemInfo(interfaces::ItemIndex item) const override;
   std::string_view itemName(interfaces::ItemIndex item) const override;
-  /// Throw ErrorCode::Damaged for an item that is.
+  /// Throw ErrorCode::Damaged for a damaged item.
   std::unique_ptr<InputStream> openItem(interfaces::ItemIndex item) override;
   void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;
 
-  /// It is open, and for reading only: these throw ErrorCode::InvalidState, and closing does
+  /// It is always open, for reading only: these throw ErrorCode::InvalidState, and closing does
   /// nothing.
   void open(interfaces::OpenMode mode) override;
   void close(bool) override {}

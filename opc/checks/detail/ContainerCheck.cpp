@@ -43,7 +43,7 @@ class ContainerCheck {
 
  private:
   void takeFault(const ZipFault& fault) {
-    // Gaps between items are checked by where the items really end.
+    // ItemDataCheck reports gaps between items, since it knows where the items really end.
     const bool isGap =
         fault.kind == ZipFaultKind::UnusedBytes && fault.first < directory_.location().offset;
     const std::optional<FindingId> id = isGap ? std::nullopt : findingOf(fault.kind);
@@ -74,7 +74,7 @@ class ContainerCheck {
       report_.addClipped(kLinkOrDevice, name, "it is a symbolic link", "RB-14");
     } else if (kind == ItemKind::Special) {
       report_.addClipped(kLinkOrDevice, name,
-                         "it is a device, a label or something else that is no file", "RB-14");
+                         "it is a device, a label or something else that is not a file", "RB-14");
     }
   }
 
@@ -84,7 +84,8 @@ class ContainerCheck {
     if (item.packedSize >= item.size / kUnsuspiciousRatio) return;
     report_.addClipped(
         kHighRatio, directory_.name(entry),
-        std::to_string(item.packedSize) + " bytes unpack to " + std::to_string(item.size), "RB-1");
+        std::to_string(item.packedSize) + " bytes decompress to " + std::to_string(item.size),
+        "RB-1");
   }
 
   const ZipDirectory& directory_;

@@ -11,22 +11,22 @@
 
 namespace opc::checks::detail {
 
-/// What the checks of the container found out about an item, for those that come after.
+/// What the checks of the container found out about an item, for later checks.
 struct ItemState {
-  bool isDamaged = false;   ///< its data cannot be read, or must not be relied on
-  bool hasBadName = false;  ///< and a finding that says so
-  bool isTwin = false;      ///< the second item of its name
+  bool isDamaged = false;   ///< its data cannot be read or trusted
+  bool hasBadName = false;  ///< which a finding reports
+  bool isTwin = false;      ///< the second item with its name
 };
 
-/// Checks what shows in the directory, and then every header, descriptor, size and checksum: reads
-/// every byte of the file that is in use. Findings 102 to 115. `progress` may be empty. Throws
+/// Checks the directory, and then every header, descriptor, size and checksum: reads every byte of
+/// the file that is in use. Findings 102 to 115. `progress` may be empty. Throws
 /// SystemError.
 std::vector<ItemState> checkContainer(const zippackage::PackageFile& file,
                                       const zippackage::ZipDirectory& directory,
                                       const interfaces::ProgressFunction& progress, Report& report);
 
 /// Checks the name of an item: findings 111 and 114. `stored` is the name's bytes in the file.
-/// Returns whether no part has such a name, and a finding says so.
+/// Returns whether no part can have such a name, which a finding then reports.
 bool checkItemName(std::string_view name, std::string_view stored, Report& report);
 
 }  // namespace opc::checks::detail

@@ -15,7 +15,7 @@ using model::kContentTypesItem;
 
 namespace {
 
-// Pieces that clash are reported with those of all parts.
+// Clashing pieces are reported together with those of all parts.
 class SilentSink final : public model::FaultSink {
  public:
   void add(const FormatError&, std::string_view) override { isUsed_ = true; }
@@ -54,12 +54,12 @@ void checkPartType(Packaging& packaging, model::PartId part, bool& hasSignature)
   if (*type == kRelationships) {
     packaging.report.addClipped(
         kRelationshipsType, packaging.partName(part),
-        "it has the content type of relationships and not the name of such a part", "CT-12");
+        "it has the content type of relationships parts, but not the name of one", "CT-12");
   }
   if (hasSignature || !isSignature(*type)) return;
   hasSignature = true;
   packaging.report.addClipped(kUncheckedSignature, packaging.partName(part),
-                              "the package is signed; the signature has not been checked", "DS-1");
+                              "the package is signed; the signature was not checked", "DS-1");
 }
 
 void checkOverrides(Packaging& packaging) {
@@ -67,7 +67,7 @@ void checkOverrides(Packaging& packaging) {
     const auto part = packaging.index.find(entry.itemName);
     if (part) continue;
     packaging.report.addClipped(kOverrideWithoutPart, "/" + entry.itemName,
-                                "it has a type override, and is not in the package", "CT-14");
+                                "it has a type override, but is not in the package", "CT-14");
   }
 }
 
@@ -80,7 +80,7 @@ void checkContentTypesStream(Packaging& packaging) {
     if (silent.isUsed()) return;
     return packaging.report.addClipped(
         kBadContentTypes, kContentTypesItem,
-        "content types stream '" + std::string(kContentTypesItem) + "': it is not there", "CT-1");
+        "content types stream '" + std::string(kContentTypesItem) + "': it is missing", "CT-1");
   }
   const std::string name(wholeName(packaging.container.itemName(items.front())));
   if (name != kContentTypesItem) {

@@ -26,7 +26,7 @@ bool isOfCoreType(const Packaging& packaging, PartId part) {
   return type != nullptr && *type == kType;
 }
 
-// The part that the relationship leads to, when it can be looked into.
+// The part that the relationship leads to, if it can be examined.
 std::optional<PartId> findPart(Packaging& packaging, const Relationship& relationship) {
   const std::string which = "relationship " + quoted(relationship.getId());
   if (relationship.getTargetMode() == model::TargetMode::External) {
@@ -44,7 +44,7 @@ std::optional<PartId> findPart(Packaging& packaging, const Relationship& relatio
                                 "CP-2");
     return std::nullopt;
   }
-  // Without a content type it is no part, which has been said.
+  // Without a content type it is not a part, which has been reported.
   if (!packaging.areTypesKnown || !packaging.isPart(*part)) return std::nullopt;
   if (isOfCoreType(packaging, *part)) return part;
   packaging.report.addClipped(
@@ -69,7 +69,7 @@ void checkContent(Packaging& packaging, PartId part) {
   });
 }
 
-// All but the one that is related, or but the first when none is.
+// Reports all but the related one, or all but the first if none is related.
 void checkOthers(Packaging& packaging, const std::optional<PartId>& related) {
   std::vector<PartId> found;
   packaging.index.forEach(ItemRole::Part, [&](PartId part) {
@@ -80,7 +80,7 @@ void checkOthers(Packaging& packaging, const std::optional<PartId>& related) {
   for (const PartId part : found) {
     if (part == kept) continue;
     packaging.report.addClipped(kSeveralCoreParts, packaging.partName(part),
-                                "it has the content type of core properties, as " +
+                                "it has the content type of core properties, like " +
                                     quoted(packaging.partName(kept)) + " has",
                                 "CP-3");
   }

@@ -70,8 +70,7 @@ bool isHost(std::u16string_view text) {
          hasPlainCharacters(text.substr(1, text.size() - 2));
 }
 
-// A host, which may be an address in brackets, with a port behind it and a user in front of it
-// perhaps.
+// A host, which may be an address in brackets, optionally with a user before and a port after it.
 bool isAuthority(std::u16string_view text) {
   const std::size_t at = text.rfind(u'@');
   if (at != std::u16string_view::npos) {
@@ -92,7 +91,7 @@ bool isIriReference(std::u16string_view text) {
   if (hash < text.size() && !hasPlainCharacters(text.substr(hash + 1))) return false;
   text = text.substr(0, hash);
   const std::size_t colon = text.find(u':');
-  if (colon < text.find_first_of(u"/?")) {  // which comes first: it ends a scheme
+  if (colon < text.find_first_of(u"/?")) {  // the colon comes first, so it ends a scheme
     if (!isScheme(text.substr(0, colon))) return false;
     text = text.substr(colon + 1);
   }

@@ -5,8 +5,8 @@
 
 namespace opc::checks::detail {
 
-/// Whether the text is written as RFC 3987 wants an IRI or a relative reference: its characters,
-/// its escapes, and where brackets, colons and '#' may stand.
+/// Whether the text has the syntax of an IRI or a relative reference in RFC 3987: its characters,
+/// its escapes, and the places of brackets, colons and '#'.
 bool isIriReference(std::u16string_view text);
 
 }  // namespace opc::checks::detail

@@ -35,7 +35,7 @@ void ItemDataCheck::run(const interfaces::ProgressFunction& progress) {
   checkGap(directory_.location().offset);
 }
 
-// Declared sizes may be anything, so that their sum is bounded.
+// Declared sizes can be anything, so their sum is bounded.
 void ItemDataCheck::expect(std::span<const std::uint32_t> entries) {
   constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
   done_.itemsTotal = entries.size();
@@ -66,7 +66,7 @@ void ItemDataCheck::checkItem(std::uint32_t entry) {
   reach(end.value_or(item.leastEnd()), end.has_value());
 }
 
-// The directory alone does not show where an item ends; that two share bytes may come out only now.
+// The directory does not show where an item ends, so an overlap may become visible only now.
 void ItemDataCheck::checkStart(std::uint32_t entry) {
   const std::uint64_t start = directory_.entries()[entry].headerOffset;
   if (start >= reached_) return checkGap(start);
@@ -102,7 +102,7 @@ void ItemDataCheck::readData(std::uint32_t entry) {
   }
 }
 
-// By the sizes that the directory declares, which have been held against the file's.
+// By the sizes that the directory declares, which have been compared with the size of the file.
 void ItemDataCheck::drain(std::uint32_t entry) {
   const ZipEntry& item = directory_.entries()[entry];
   const std::uint64_t limit = zippackage::kWholeLimit;
@@ -115,8 +115,8 @@ void ItemDataCheck::drain(std::uint32_t entry) {
   while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
 }
 
-// What is around the data. Answers where it ends; nothing when the headers are at fault, which
-// reading the data has said.
+// Checks what surrounds the data. Returns where the item ends; nothing if the headers are faulty,
+// which reading the data has reported.
 std::optional<std::uint64_t> ItemDataCheck::checkFrame(std::uint32_t entry) {
   try {
     const std::uint64_t end = reader_.endOf(entry);

@@ -14,16 +14,15 @@
 
 namespace opc::checks::detail {
 
-/// Reads every item once, in the order in which they lie in the file, in memory that does not grow
-/// with them. Findings 105, 106, 107, 109 and 113. Items that are damaged already are passed over,
-/// so that no byte is read for two items.
+/// Reads every item once, in physical order and in constant memory. Findings 105, 106, 107, 109 and
+/// 113. Skips items that are already known to be damaged, so that no byte is read for two items.
 class ItemDataCheck {
  public:
   ItemDataCheck(const zippackage::PackageFile& file, const zippackage::ZipDirectory& directory,
                 std::vector<ItemState>& states, Report& report)
       : directory_(directory), states_(states), report_(report), reader_(file, directory) {}
 
-  /// Marks what turns out to be damaged. `progress` may be empty.
+  /// Marks the items that turn out to be damaged. `progress` may be empty.
   void run(const interfaces::ProgressFunction& progress);
 
  private:
@@ -45,8 +44,8 @@ class ItemDataCheck {
   ByteBuffer buffer_;
   interfaces::ProgressFunction progress_;
   interfaces::Progress done_;
-  std::uint64_t reached_ = 0;   // where the last of the items so far ends, at least
-  std::uint64_t mayReach_ = 0;  // and where it may, when some of them are damaged
+  std::uint64_t reached_ = 0;   // the least offset at which the items so far end
+  std::uint64_t mayReach_ = 0;  // the largest, if some of them are damaged
 };
 
 }  // namespace opc::checks::detail

@@ -22,15 +22,15 @@ bool hasDrive(std::string_view name) {
 
 Oddity findOddity(std::string_view name) {
   if (name.starts_with('/')) return {"RB-12", "the name begins with a slash"};
-  if (name.find('\\') != std::string_view::npos) return {"RB-12", "the name holds a backslash"};
+  if (name.find('\\') != std::string_view::npos) return {"RB-12", "the name contains a backslash"};
   if (hasDrive(name)) return {"RB-12", "the name begins with a drive letter"};
   if (plservices::hasControlCharacter(name)) {
-    return {"RB-13", "the name holds a control character"};
+    return {"RB-13", "the name contains a control character"};
   }
   return {};
 }
 
-// What a part's name stands for when it is taken for that of a file.
+// Faults of the file name that a part name encodes.
 Oddity findEncodedOddity(std::string_view name) {
   if (name.find('%') == std::string_view::npos || model::findNameFault(name) != nullptr) {
     return {};
@@ -41,7 +41,7 @@ Oddity findEncodedOddity(std::string_view name) {
     }
     return {};
   } catch (const FormatError&) {
-    return {"RB-13", "the name encodes bytes that are no UTF-8"};
+    return {"RB-13", "the name encodes bytes that are not UTF-8"};
   }
 }
 
@@ -54,7 +54,7 @@ bool isAscii(std::string_view text) {
 
 bool checkItemName(std::string_view name, std::string_view stored, Report& report) {
   if (!isAscii(stored)) {
-    report.addClipped(kNameNotAscii, name, "the name holds characters outside ASCII", "ZP-3");
+    report.addClipped(kNameNotAscii, name, "the name contains non-ASCII characters", "ZP-3");
   }
   const Oddity oddity = findOddity(name);
   if (oddity.rule != nullptr) {

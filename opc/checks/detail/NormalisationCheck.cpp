@@ -25,8 +25,8 @@ bool isAscii(std::string_view text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// What the name stands for, composed and without ASCII case; "" when it stands for no text, or for
-// ASCII alone, which has one form only.
+// The decoded name, composed and in ASCII lower case; "" if it does not decode, or decodes to
+// ASCII, which has only one form.
 std::string normalForm(std::string_view itemName) {
   if (isAscii(itemName) && itemName.find('%') == std::string_view::npos) return {};
   std::string decoded;
@@ -62,7 +62,7 @@ class NormalisationCheck {
   }
 
  private:
-  // There are characters, such as the Kelvin sign, that ASCII ones stand for in the normal form.
+  // Some characters, such as the Kelvin sign, become ASCII in the normal form.
   void take(PartId part) {
     std::string form = normalForm(packaging_.index.name(part));
     if (form.empty()) return;
@@ -75,7 +75,7 @@ class NormalisationCheck {
 
   void add(PartId part, PartId other) {
     packaging_.report.addClipped(kNormalisationClash, packaging_.partName(part),
-                                 "only how its characters are composed tells the name from " +
+                                 "it differs only in how its characters are composed from " +
                                      quoted(packaging_.partName(other)),
                                  "PN-7");
   }

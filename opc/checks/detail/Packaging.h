@@ -17,7 +17,7 @@
 
 namespace opc::checks::detail {
 
-/// What the checks of the packaging rules work on, and find out for those that follow.
+/// What the checks of the packaging rules work on, and what they find out for later checks.
 struct Packaging {
   Packaging(CheckedContainer& checked, Report& findings)
       : container(checked), report(findings), index(checked) {}
@@ -25,14 +25,14 @@ struct Packaging {
   CheckedContainer& container;
   Report& report;
   model::ContentTypes types;
-  /// Whether the content types are sound. Else nothing can be said about what they lack.
+  /// Whether the content types are valid. If not, nothing is reported as missing from them.
   bool areTypesKnown = false;
-  /// That nothing has a type: said once, and not for every item.
+  /// Whether nothing has a type, which is reported once, not for every item.
   bool areTypesEmpty = false;
   model::PartIndex index;
-  /// Items without content type that relationships lead to or start from.
+  /// Items without a content type that relationships lead to or start from.
   std::set<model::PartId> relatedUntyped;
-  /// That of the package to its core properties, when there is one.
+  /// The package's relationship to its core properties, if there is one.
   std::optional<model::Relationship> coreProperties;
 
   /// "/a/b.xml"
@@ -45,11 +45,11 @@ struct Packaging {
   bool isPart(model::PartId part) const { return index.role(part) == model::ItemRole::Part; }
 };
 
-/// Turns the faults of one document of the package, or of its names, into findings.
+/// Adds the findings for the faults of one document of the package, or of its names.
 class FindingSink final : public model::FaultSink {
  public:
-  /// `otherwise` is for rules without a finding of their own; `part` the document's name, which
-  /// stands for items that are not named.
+  /// `otherwise` is for rules without a finding of their own; `part` is the document's name, used
+  /// for faults without an item name.
   FindingSink(Report& report, FindingId otherwise, std::string part)
       : report_(report), otherwise_(otherwise), part_(std::move(part)) {}
 
@@ -63,8 +63,8 @@ class FindingSink final : public model::FaultSink {
   bool isUsed_ = false;
 };
 
-/// Turns the faults of items and of what leads to them into findings. Of all relationships that
-/// lead to or start from one item without content type, only the first is a finding.
+/// Adds the findings for faulty names and relationships. Of all relationships that lead to or start
+/// from one item without a content type, only the first is reported.
 class NamesSink final : public model::FaultSink {
  public:
   explicit NamesSink(Packaging& packaging)
@@ -77,8 +77,8 @@ class NamesSink final : public model::FaultSink {
   FindingSink findings_;
 };
 
-/// Runs what reads a document of the package. What ends the reading becomes a finding, `otherwise`
-/// unless the rule has one of its own. Returns whether it came to its end. Throws SystemError.
+/// Runs `read`, which reads a document of the package, and adds the finding for what it throws, as
+/// addFault() does. Returns whether it threw nothing. Throws SystemError.
 template <typename Read>
 bool readDocument(Report& report, FindingId otherwise, const std::string& part, const Read& read) {
   try {
@@ -93,11 +93,10 @@ bool readDocument(Report& report, FindingId otherwise, const std::string& part, 
 }
 
 /// Checks the packaging rules: names, content types, every relationships part, core properties.
-/// Findings 201 to 228. Other parts are bytes to these rules, whatever their type. Throws
-/// SystemError.
+/// Findings 201 to 228. Does not look into other parts. Throws SystemError.
 void checkPackaging(CheckedContainer& container, Report& report);
 
-// Its steps, in the order in which they need each other.
+// Its steps. Each needs what the earlier ones found out.
 void checkContentTypesStream(Packaging& packaging);
 void checkPartNames(Packaging& packaging);
 void checkRelationships(Packaging& packaging);

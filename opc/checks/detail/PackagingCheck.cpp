@@ -15,7 +15,7 @@ void FindingSink::add(const FormatError& fault, std::string_view itemName) {
   isUsed_ = true;
   std::string name = part_;
   if (!itemName.empty()) name = itemName;
-  // The content types are an item, and no part.
+  // The content types are an item, but not a part.
   const bool isPart = !itemName.empty() && !model::isContentTypesName(itemName);
   addFault(report_, fault, otherwise_, isPart ? "/" + name : name);
 }
@@ -30,7 +30,7 @@ void NamesSink::add(const FormatError& fault, std::string_view itemName) {
 }
 
 void checkPackaging(CheckedContainer& container, Report& report) {
-  const model::XercesGuard guard;  // one start for all documents
+  const model::XercesGuard guard;  // so that Xerces-C starts only once
   Packaging packaging(container, report);
   checkContentTypesStream(packaging);
   checkPartNames(packaging);

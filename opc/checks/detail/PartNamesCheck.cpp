@@ -16,7 +16,7 @@ using model::PartId;
 
 namespace {
 
-// "[00].piece" and the like, which no sequence has.
+// Such as "[00].piece", which occurs in no valid sequence.
 bool looksLikePiece(std::string_view itemName) {
   const std::string_view last = itemName.substr(itemName.rfind('/') + 1);
   return last.starts_with('[') && toLowerAscii(last).ends_with(".piece");
@@ -25,8 +25,8 @@ bool looksLikePiece(std::string_view itemName) {
 std::string whyNoPiece(std::string_view itemName) {
   const auto piece = model::parsePieceName(itemName);
   const auto* fault = piece ? model::findNameFault(piece->whole) : nullptr;
-  if (fault == nullptr) return "the piece is of no number that makes a part whole";
-  return std::string("the name in front of the piece is no part name: ") + fault->why;
+  if (fault == nullptr) return "the number of the piece does not complete a part";
+  return std::string("the name before the piece is not a valid part name: ") + fault->why;
 }
 
 void checkStray(Packaging& packaging, ItemIndex item) {
@@ -36,8 +36,9 @@ void checkStray(Packaging& packaging, ItemIndex item) {
     return packaging.report.addClipped(kIncompletePieces, info.name, whyNoPiece(info.name), "IL-4");
   }
   const model::NameFault* fault = model::findNameFault(info.name);
-  const std::string why = fault != nullptr ? fault->why : "it is no name of a part";
-  packaging.report.addClipped(kStrayItem, info.name, "the name is no part name: " + why, "PN-11");
+  const std::string why = fault != nullptr ? fault->why : "it cannot be the name of a part";
+  packaging.report.addClipped(kStrayItem, info.name, "the name is not a valid part name: " + why,
+                              "PN-11");
 }
 
 }  // namespace
@@ -47,7 +48,7 @@ void checkPartNames(Packaging& packaging) {
   packaging.index.load(packaging.types, sink);
   for (const PartId part : packaging.index.orphans()) {
     packaging.report.addClipped(kOrphanRelationships, packaging.partName(part),
-                                "the part that it holds the relationships of is not in the package",
+                                "the part whose relationships it contains is not in the package",
                                 "RL-12");
   }
 }

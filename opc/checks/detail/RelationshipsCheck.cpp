@@ -67,7 +67,7 @@ class RelationshipsCheck {
     if (!isEmpty && isIriReference(target)) return;
     add(kBadExternalTarget, relationship,
         isEmpty ? "its external target is empty"
-                : "its external target " + quoted(target) + " is no IRI",
+                : "its external target " + quoted(target) + " is not a valid IRI",
         "RL-10");
   }
 
@@ -75,7 +75,7 @@ class RelationshipsCheck {
     const Relationship& relationship = entry.relationship;
     const std::string target = quoted(relationship.getTargetURI().toString());
     if (entry.mended) {
-      add(kOddTarget, relationship, "its target is not spelled as the part name " + target, "RL-8");
+      add(kOddTarget, relationship, "its target is not written as the part name " + target, "RL-8");
     }
     const auto part = findTarget(packaging_.index, relationship);
     if (!part) {
@@ -113,8 +113,8 @@ class RelationshipsCheck {
   std::string source_;
 };
 
-// Relationships of what is no part, or of relationships, are passed over in reading: a finding
-// that tells so is enough.
+// Readers ignore relationships of something that is not a part, or of relationships parts. The
+// finding that reports this is enough.
 bool hasSource(const Packaging& packaging, PartId part) {
   const std::string source = model::sourceOfRelationships(packaging.index.name(part));
   if (source.empty()) return true;

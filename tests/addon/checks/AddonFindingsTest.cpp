@@ -13,7 +13,7 @@ using opc::checks::FindingInfo;
 using test::AddonUnderTest;
 using test::FindingCase;
 
-TEST(AddonFindings, ACompleteAddonDrawsNone) {
+TEST(AddonFindings, ACompleteAddonHasNone) {
   const AddonUnderTest addon;
 
   const auto report = addon.check();
@@ -21,7 +21,7 @@ TEST(AddonFindings, ACompleteAddonDrawsNone) {
   EXPECT_THAT(report.findings(), testing::IsEmpty()) << test::describe(report);
 }
 
-TEST(AddonFindings, EachOneIsDrawnBySomeTest) {
+TEST(AddonFindings, EachOneHasATest) {
   std::set<std::uint16_t> drawn;
   for (const auto cases : {test::documentCases(), test::referenceCases(), test::styleCases()}) {
     for (const FindingCase& one : cases) drawn.insert(one.number);
@@ -33,7 +33,7 @@ TEST(AddonFindings, EachOneIsDrawnBySomeTest) {
   EXPECT_EQ(drawn, known);
 }
 
-TEST(AddonFindings, TheCatalogueRisesFrom301To514) {
+TEST(AddonFindings, TheCatalogueIsSortedFrom301To514) {
   const auto infos = addonFindings();
 
   EXPECT_TRUE(std::is_sorted(infos.begin(), infos.end(), [](const auto& a, const auto& b) {
@@ -44,7 +44,7 @@ TEST(AddonFindings, TheCatalogueRisesFrom301To514) {
   EXPECT_EQ(infos.back().id.number, 514);
 }
 
-TEST(AddonFindings, EveryEntryHasATitleSentencesAndARemedy) {
+TEST(AddonFindings, EveryEntryHasATitleAnExplanationAndARemedy) {
   for (const FindingInfo& info : addonFindings()) {
     SCOPED_TRACE(info.id.number);
     EXPECT_FALSE(info.title.empty() || info.title.ends_with('.'));

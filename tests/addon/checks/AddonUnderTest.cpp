@@ -173,7 +173,7 @@ void AddonUnderTest::setScreenshot(const std::string& fileName, std::string_view
 
 void AddonUnderTest::damage(const std::string& itemName) {
   std::string bytes = readFile(package_);
-  // The first one is in the local header, in front of the data.
+  // The first one is in the local header, before the data.
   const std::size_t name = bytes.find(itemName);
   if (name == std::string::npos) throw std::runtime_error("no item " + itemName);
   const auto extraSize = static_cast<unsigned char>(bytes.at(name - 2));

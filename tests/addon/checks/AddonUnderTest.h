@@ -13,14 +13,14 @@
 
 namespace test {
 
-/// A package file that draws no finding at all, until something about it is changed.
+/// A package file without findings, for tests to break.
 class AddonUnderTest {
  public:
   AddonUnderTest();
 
-  /// Opens the package, lets `change` at it, and commits.
+  /// Opens the package, runs `change`, and commits.
   void change(const std::function<void(addon::packaging::AddonPackage&)>& change);
-  /// Replaces what is in a part, and nothing about it.
+  /// Replaces only the content of a part.
   void replace(const std::u16string& part, const std::string& content);
   void replaceType(const std::u16string& part, const std::u16string& contentType);
   /// Deletes the part and the relationships that lead to it.
@@ -33,10 +33,10 @@ class AddonUnderTest {
                       const std::u16string& text);
   void setScreenshot(const std::string& fileName, std::string_view content);
 
-  /// Spoils what is stored of an item, whose checksum then is wrong.
+  /// Corrupts the stored data of an item, so that its checksum is wrong.
   void damage(const std::string& itemName);
 
-  /// What the three checks of add-ons find.
+  /// What checkAddon() finds.
   opc::checks::Report check() const;
 
   std::filesystem::path diskFile(std::string_view content);
@@ -47,15 +47,15 @@ class AddonUnderTest {
   unsigned diskFiles_ = 0;
 };
 
-/// The numbers of what was found.
+/// The numbers of the findings.
 std::set<std::uint16_t> numbersIn(const opc::checks::Report& report);
-/// For failures: a line a finding.
+/// For failure messages: one line for each finding.
 std::string describe(const opc::checks::Report& report);
 
-/// The XML of a document: a root of that name in the namespace of that name.
+/// The XML of a document with a root of that name, in the namespace of that name.
 std::string documentXml(const std::string& root, const std::string& content);
 
-/// One way to draw one finding.
+/// One way to cause one finding.
 struct FindingCase {
   std::uint16_t number;
   const char* name;  ///< of the test

@@ -260,14 +260,14 @@ std::span<const FindingCase> test::documentCases() {
 
 class DocumentCheckOf : public testing::TestWithParam<FindingCase> {};
 
-TEST_P(DocumentCheckOf, ThisDrawsItAlone) {
+TEST_P(DocumentCheckOf, ThisCausesItAlone) {
   test::expectOnly(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(DocumentCheck, DocumentCheckOf, testing::ValuesIn(kCases),
                          test::nameOfCase);
 
-TEST(DocumentCheck, AFindingNamesThePartAndTheLineOfTheElement) {
+TEST(DocumentCheck, AFindingHasThePartAndTheLineOfTheElement) {
   AddonUnderTest addon;
   addon.replace(kApps, documentXml("applications",
                                    "<!-- <a>\r\n <b> -->\r\n<![CDATA[<c>]]><?p <d>\n?>\r"
@@ -284,7 +284,7 @@ TEST(DocumentCheck, AFindingNamesThePartAndTheLineOfTheElement) {
   EXPECT_THAT(finding.message, testing::HasSubstr("'odd'"));
 }
 
-TEST(DocumentCheck, LinesAreThoseOfTheTextInUtf16Too) {
+TEST(DocumentCheck, LinesAreCorrectInUtf16) {
   AddonUnderTest addon;
   const std::string xml = documentXml("license", "\n" + kTerms + "\n<odd/>");
   std::string wide = "\xFF\xFE";
@@ -297,7 +297,7 @@ TEST(DocumentCheck, LinesAreThoseOfTheTextInUtf16Too) {
   EXPECT_EQ(report.findings().front().line, 3u);
 }
 
-TEST(DocumentCheck, AFaultOfTheXmlNamesItsLineAndRule) {
+TEST(DocumentCheck, AnXmlErrorHasItsLineAndRule) {
   AddonUnderTest addon;
   addon.replace(kLicense, "<license>\n\n</licence>");
 
@@ -310,7 +310,7 @@ TEST(DocumentCheck, AFaultOfTheXmlNamesItsLineAndRule) {
 
 class DamagedPart : public testing::TestWithParam<const char*> {};
 
-TEST_P(DamagedPart, DrawsNothingHere) {
+TEST_P(DamagedPart, CausesNoFindingHere) {
   AddonUnderTest addon;
   addon.damage(GetParam());
 
@@ -327,7 +327,7 @@ INSTANTIATE_TEST_SUITE_P(DocumentCheck, DamagedPart,
                                          "metadata/fileTree.xml", "metadata/revisionHistory.xml",
                                          "metadata/primaryScreenShot.png"));
 
-TEST(DocumentCheck, EveryUnknownElementOfAHugeDocumentCounts) {
+TEST(DocumentCheck, EveryUnknownElementOfAHugeDocumentIsCounted) {
   AddonUnderTest addon;
   std::string content = kTerms;
   for (int i = 0; i < 100'000; ++i) content += "\n<odd a='1'><x/></odd>";
@@ -339,7 +339,7 @@ TEST(DocumentCheck, EveryUnknownElementOfAHugeDocumentCounts) {
   EXPECT_EQ(report.findings().back().line, opc::checks::Report::kMostKept + 1);
 }
 
-TEST(DocumentCheck, TheFileTreeIsFoundByItsNameToo) {
+TEST(DocumentCheck, TheFileTreeIsAlsoFoundByItsName) {
   AddonUnderTest addon;
   addon.dropRelationships(kFileTree);
 
@@ -348,7 +348,7 @@ TEST(DocumentCheck, TheFileTreeIsFoundByItsNameToo) {
   EXPECT_EQ(report.count(307), 0u) << test::describe(report);
 }
 
-TEST(DocumentCheck, AFileOfTheTreeIsNoLostDocument) {
+TEST(DocumentCheck, AFileOfTheTreeIsNotAnUnreachableDocument) {
   AddonUnderTest addon;
   addon.addFile(u"backup/license.xml");
   addon.replaceType(u"/files/backup/license.xml",
@@ -359,7 +359,7 @@ TEST(DocumentCheck, AFileOfTheTreeIsNoLostDocument) {
   EXPECT_EQ(report.count(307), 0u) << test::describe(report);
 }
 
-TEST(DocumentCheck, AnImageOfAKindThatIsNotKnownIsNotJudged) {
+TEST(DocumentCheck, AnImageOfAnUnknownFormatIsNotChecked) {
   AddonUnderTest addon;
   addon.setScreenshot("s.png", "....ftypavif");
   addon.replaceType(kScreenshot, u"image/avif");
@@ -369,7 +369,7 @@ TEST(DocumentCheck, AnImageOfAKindThatIsNotKnownIsNotJudged) {
   EXPECT_EQ(report.count(313), 0u) << test::describe(report);
 }
 
-TEST(DocumentCheck, ATextThatIsTooLongForAMessageIsCut) {
+TEST(DocumentCheck, ATextTooLongForAMessageIsCut) {
   AddonUnderTest addon;
   addon.replace(kApps, appXml("installByDefault=\"" + std::string(100'000, 'y') + "\"", kAppFile));
 

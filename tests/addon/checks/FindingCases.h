@@ -11,7 +11,7 @@
 
 namespace test {
 
-/// How to draw every finding of a group, and no other one.
+/// For every finding of a group, ways to cause it and no other.
 std::span<const FindingCase> documentCases();
 std::span<const FindingCase> referenceCases();
 std::span<const FindingCase> styleCases();

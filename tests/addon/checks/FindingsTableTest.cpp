@@ -11,13 +11,13 @@
 
 using testing::HasSubstr;
 
-TEST(FindingsTable, ThePageOfTheManualIsWhatTheCatalogueSays) {
+TEST(FindingsTable, ThePageOfTheManualMatchesTheCatalogue) {
   std::ifstream page(test::sourcePath("docs/findings.md"), std::ios::binary);
-  ASSERT_TRUE(page) << "scripts/generate-docs makes it";
+  ASSERT_TRUE(page) << "run scripts/generate-docs";
 
   const std::string text{std::istreambuf_iterator<char>(page), {}};
 
-  EXPECT_EQ(text, addon::checks::findingsTable()) << "scripts/generate-docs makes it anew";
+  EXPECT_EQ(text, addon::checks::findingsTable()) << "run scripts/generate-docs";
 }
 
 TEST(FindingsTable, EveryFindingHasItsRow) {

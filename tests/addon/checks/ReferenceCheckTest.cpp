@@ -55,7 +55,7 @@ void setRevisions(AddonUnderTest& addon, const std::string& revisions) {
   addon.replace(kRevisions, documentXml("revisionHistory", revisions));
 }
 
-// Past the file tree.
+// Bypasses the file tree.
 void addPart(AddonUnderTest& addon, const std::u16string& name) {
   addon.change([&](AddonPackage& package) {
     package.logicalPackage().createPart(
@@ -147,7 +147,7 @@ std::span<const FindingCase> test::referenceCases() {
 
 class ReferenceCheckOf : public testing::TestWithParam<FindingCase> {};
 
-TEST_P(ReferenceCheckOf, ThisDrawsItAlone) {
+TEST_P(ReferenceCheckOf, ThisCausesItAlone) {
   test::expectOnly(GetParam());
 }
 
@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(ReferenceCheck, ReferenceCheckOf, testing::ValuesIn(kCa
 
 class PathInAddon : public testing::TestWithParam<const char*> {};
 
-TEST_P(PathInAddon, NamesWhatIsThere) {
+TEST_P(PathInAddon, IsFound) {
   AddonUnderTest addon;
   setClassPath(addon, GetParam());
 
@@ -169,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(ReferenceCheck, PathInAddon,
                          testing::Values(".", "/", "java/wave.jar", "/java/wave.jar", "java",
                                          "java/", "empty", "empty/", "examples/größe.png"));
 
-TEST(ReferenceCheck, AFindingNamesTheOwnerThePathAndTheLine) {
+TEST(ReferenceCheck, AFindingHasTheOwnerThePathAndTheLine) {
   AddonUnderTest addon;
   addon.replace(kApps,
                 documentXml("applications", "\n<application name=\"Viewer\" guid=\"" + kAppGuid +
@@ -185,7 +185,7 @@ TEST(ReferenceCheck, AFindingNamesTheOwnerThePathAndTheLine) {
               testing::AllOf(testing::HasSubstr("'Viewer'"), testing::HasSubstr("'no.m'")));
 }
 
-TEST(ReferenceCheck, ThePathInTheOtherCaseIsNamed) {
+TEST(ReferenceCheck, AFindingHasThePathInTheOtherCase) {
   AddonUnderTest addon;
   setAppFile(addon, "APPS/VIEWER.M");
 
@@ -195,7 +195,7 @@ TEST(ReferenceCheck, ThePathInTheOtherCaseIsNamed) {
   EXPECT_THAT(report.findings().front().message, testing::HasSubstr("'apps/viewer.m'"));
 }
 
-TEST(ReferenceCheck, TheLatestDateIsTheNewestWhereverItStands) {
+TEST(ReferenceCheck, TheLatestDateIsTheNewestWhereverItIs) {
   AddonUnderTest addon;
   setRevisions(addon, revision("2025-12-31T23:00:00", "1.1") + revision("2026-01-01", "1.2") +
                           revision("2024-01-01", "1.0"));
@@ -233,7 +233,7 @@ TEST(ReferenceCheck, AnEmptyHistoryHasNoNewestRevision) {
   EXPECT_THAT(report.findings(), testing::IsEmpty()) << test::describe(report);
 }
 
-TEST(ReferenceCheck, EveryMissingFileOfAHugeListCounts) {
+TEST(ReferenceCheck, EveryMissingFileOfAHugeListIsCounted) {
   AddonUnderTest addon;
   std::string apps;
   for (int i = 0; i < 100'000; ++i) apps += app("", "apps/" + std::to_string(i) + ".m");

@@ -135,7 +135,7 @@ std::span<const FindingCase> test::styleCases() {
 
 class StyleCheckOf : public testing::TestWithParam<FindingCase> {};
 
-TEST_P(StyleCheckOf, ThisDrawsItAlone) {
+TEST_P(StyleCheckOf, ThisCausesItAlone) {
   test::expectOnly(GetParam());
 }
 
@@ -172,7 +172,7 @@ constexpr Harmless kHarmless[] = {
 
 class HarmlessToStyle : public testing::TestWithParam<Harmless> {};
 
-TEST_P(HarmlessToStyle, DrawsNothing) {
+TEST_P(HarmlessToStyle, IsNoFinding) {
   AddonUnderTest addon;
   GetParam().change(addon);
 
@@ -184,7 +184,7 @@ TEST_P(HarmlessToStyle, DrawsNothing) {
 INSTANTIATE_TEST_SUITE_P(StyleCheck, HarmlessToStyle, testing::ValuesIn(kHarmless),
                          [](const auto& test) { return test.param.name; });
 
-TEST(StyleCheck, NotMoreFindingsAreKeptThanTheReportHasRoomFor) {
+TEST(StyleCheck, NoMoreFindingsAreKeptThanTheReportHasRoomFor) {
   AddonUnderTest addon;
   std::u16string path = u"aux";
   for (int i = 0; i < 2000; ++i) path += u"/aux";
@@ -196,8 +196,9 @@ TEST(StyleCheck, NotMoreFindingsAreKeptThanTheReportHasRoomFor) {
   EXPECT_EQ(report.findings().size(), opc::checks::Report::kMostKept);
 }
 
-TEST(StyleCheck, OneChecksumDoesNotMakeFilesEqual) {
-  // "plumless" and "buckeroo" have one CRC-32, and so have all texts that begin with them alike.
+TEST(StyleCheck, FilesWithTheSameChecksumAreNotEqual) {
+  // "plumless" and "buckeroo" have the same CRC-32, as have texts that begin with them and are
+  // otherwise equal.
   AddonUnderTest addon;
   const std::string rest(70'000, 'x');
   addon.addFile(u"a.dat", "plumless" + rest);
@@ -208,7 +209,7 @@ TEST(StyleCheck, OneChecksumDoesNotMakeFilesEqual) {
   EXPECT_EQ(report.count(512), 0u) << test::describe(report);
 }
 
-TEST(StyleCheck, AFileThatCannotBeReadIsNoCopy) {
+TEST(StyleCheck, AnUnreadableFileIsNotACopy) {
   AddonUnderTest addon;
   addon.addFile(u"a.dat", std::string(70'000, 'x'));
   addon.addFile(u"b.dat", std::string(70'000, 'x'));
@@ -231,7 +232,7 @@ TEST(StyleCheck, ACopyNamesTheFirstFile) {
   EXPECT_THAT(report.findings().front().message, testing::HasSubstr("'a.dat'"));
 }
 
-TEST(StyleCheck, SummaryAndDescriptionAreMissedOneByOne) {
+TEST(StyleCheck, SummaryAndDescriptionAreReportedSeparately) {
   AddonUnderTest addon;
   addon.drop(u"/metadata/addonProperties.xml");
 
@@ -248,7 +249,7 @@ struct NameCase {
 
 class PortableName : public testing::TestWithParam<NameCase> {};
 
-TEST_P(PortableName, IsJudgedByTheRulesOfAllSystems) {
+TEST_P(PortableName, IsCheckedByTheRulesOfAllSystems) {
   EXPECT_EQ(addon::checks::detail::findPortabilityFault(GetParam().name).empty(),
             GetParam().isPortable)
       << GetParam().name;

@@ -33,8 +33,7 @@ void reachOutside(PackageUnderTest& p) {
   header.size = header.packedSize = 1u << 30;
 }
 
-// The second item begins within the first one's local extra fields, which the directory does not
-// show.
+// The second item begins within the first one's local extra fields, which are not in the directory.
 void overlapUnseen(PackageUnderTest& p) {
   const std::string hidden = "PK\x03\x04" + le16(20) + le16(0) + le16(0) + le32(0) +
                              le32(crcOf("x")) + le32(1) + le32(1) + le16(3) + le16(0) + "c.mx";

@@ -53,7 +53,7 @@ class PackageFinding : public testing::TestWithParam<PackageCase> {};
 
 }  // namespace
 
-TEST_P(PackageFinding, IsTheOnlyOneDrawn) {
+TEST_P(PackageFinding, IsTheOnlyOne) {
   const PackageCase& tested = GetParam();
   PackageUnderTest package;
   tested.change(package);
@@ -71,7 +71,7 @@ TEST_P(PackageFinding, IsTheOnlyOneDrawn) {
 
 INSTANTIATE_TEST_SUITE_P(All, PackageFinding, testing::ValuesIn(allCases()), nameOfCase);
 
-TEST(PackageFindings, EachOneIsDrawnBySomeTest) {
+TEST(PackageFindings, EachOneHasATest) {
   std::set<std::uint16_t> drawn;
   for (const PackageCase& one : allCases()) drawn.insert(one.number);
 
@@ -81,7 +81,7 @@ TEST(PackageFindings, EachOneIsDrawnBySomeTest) {
   EXPECT_EQ(drawn, known);
 }
 
-TEST(PackageFindings, TheirSeveritiesStayAsTheyWerePublished) {
+TEST(PackageFindings, TheirSeveritiesAreThePublishedOnes) {
   const std::set<std::uint16_t> errors{101, 103, 104, 105, 106, 107, 108, 109, 201, 202, 204,
                                        205, 206, 207, 208, 209, 212, 213, 214, 218, 219};
   std::set<std::uint16_t> found;
@@ -93,7 +93,7 @@ TEST(PackageFindings, TheirSeveritiesStayAsTheyWerePublished) {
   EXPECT_EQ(packageFindings().size(), 15u + 28u);
 }
 
-TEST(PackageFindings, EveryEntryHasATitleSentencesAndARemedy) {
+TEST(PackageFindings, EveryEntryHasATitleAnExplanationAndARemedy) {
   for (const FindingInfo& info : packageFindings()) {
     SCOPED_TRACE(info.id.number);
     EXPECT_FALSE(info.title.empty() || info.title.ends_with('.'));
@@ -103,16 +103,16 @@ TEST(PackageFindings, EveryEntryHasATitleSentencesAndARemedy) {
   }
 }
 
-TEST(PackageFindings, APieceSaysWhyItMakesNoPart) {
+TEST(PackageFindings, AStrayPieceSaysWhyItBelongsToNoPart) {
   const auto messageOf = [](const char* name) {
     PackageUnderTest package;
     package.add(name);
     const Report report = package.check();
     return report.findings().size() == 1 ? report.findings().front().message : shown(report);
   };
-  const std::string ofTheName = "the name in front of the piece is no part name: ";
+  const std::string ofTheName = "the name before the piece is not a valid part name: ";
 
-  EXPECT_EQ(messageOf("c.m/[00].piece"), "the piece is of no number that makes a part whole");
+  EXPECT_EQ(messageOf("c.m/[00].piece"), "the number of the piece does not complete a part");
   EXPECT_EQ(messageOf("c%2em/[0].last.piece").substr(0, ofTheName.size()), ofTheName);
   EXPECT_EQ(messageOf("c./[0].last.piece"), ofTheName + "a segment ends in a dot");
 }

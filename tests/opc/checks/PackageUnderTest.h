@@ -13,8 +13,8 @@
 
 namespace test {
 
-/// A small sound package, to be made unsound: content types, the package's relationships with one
-/// to "a.xml", that part, and "b.m".
+/// A small valid package for tests to break: content types, the package's relationships with one to
+/// "a.xml", that part, and "b.m".
 struct PackageUnderTest {
   PackageUnderTest();
 
@@ -36,13 +36,13 @@ struct PackageUnderTest {
   opc::checks::Report check() const;
 };
 
-/// Checks the bytes of a package by the rules that hold for any.
+/// Verifies the bytes of a package.
 opc::checks::Report verifyBytes(const std::string& bytes);
 
-/// What draws a finding, and no other one.
+/// A change that causes one finding and no other.
 struct PackageCase {
   std::uint16_t number;
-  const char* name;  ///< of the case, to tell those of a number apart
+  const char* name;  ///< of the case, unique for its number
   const char* rule;
   std::string part;
   std::function<void(PackageUnderTest&)> change;

@@ -34,13 +34,13 @@ using Numbers = std::set<std::uint16_t>;
 
 }  // namespace
 
-TEST(Verification, ASoundPackageDrawsNothing) {
+TEST(Verification, AValidPackageHasNoFindings) {
   PackageUnderTest package;
 
   EXPECT_THAT(package.check().findings(), IsEmpty());
 }
 
-TEST(Verification, WhatTheFormatAllowsDrawsNothing) {
+TEST(Verification, WhatTheFormatAllowsIsNoFinding) {
   PackageUnderTest package;
   package.zip.comment = "a comment";
   package.zip.zip64 = true;
@@ -60,7 +60,7 @@ TEST(Verification, WhatTheFormatAllowsDrawsNothing) {
   EXPECT_THAT(package.check().findings(), IsEmpty());
 }
 
-TEST(Verification, ExternalTargetsOfEveryKindDrawNothing) {
+TEST(Verification, ValidExternalTargetsAreNoFindings) {
   PackageUnderTest package;
   std::string xml;
   int number = 0;
@@ -89,7 +89,7 @@ TEST(Verification, OneFaultDoesNotHideAnother) {
   EXPECT_EQ(numbersOf(package.check()), (Numbers{102, 104, 106, 203, 205, 208, 209, 210, 217}));
 }
 
-TEST(Verification, WithoutSoundContentTypesNothingIsSaidAboutWhatTheyLack) {
+TEST(Verification, WithInvalidContentTypesNothingIsReportedAsMissingFromThem) {
   PackageUnderTest package;
   package.types().content = "<Types>";
   package.addCore("");
@@ -99,7 +99,7 @@ TEST(Verification, WithoutSoundContentTypesNothingIsSaidAboutWhatTheyLack) {
   EXPECT_EQ(numbersOf(package.check()), Numbers{201});
 }
 
-TEST(Verification, OfDamagedPartsOnlyTheDamageIsReported) {
+TEST(Verification, OnlyTheDamageOfDamagedPartsIsReported) {
   for (std::size_t item = 0; item < 2; ++item) {
     PackageUnderTest package;
     package.zip.items[item].local.crc = package.zip.items[item].central.crc = 1;
@@ -108,7 +108,7 @@ TEST(Verification, OfDamagedPartsOnlyTheDamageIsReported) {
   }
 }
 
-TEST(Verification, FindingsInTheXmlNameTheirLine) {
+TEST(Verification, FindingsInXmlHaveALine) {
   PackageUnderTest package;
   package.relationships().content = "<Relationships\n\n<";
 
@@ -118,7 +118,7 @@ TEST(Verification, FindingsInTheXmlNameTheirLine) {
   EXPECT_EQ(report.findings().front().line, 3u);
 }
 
-TEST(Verification, OfVeryManyFindingsTheFirstAreKeptAndAllAreCounted) {
+TEST(Verification, ManyFindingsAreAllCountedAndTheFirstKept) {
   PackageUnderTest package;
   for (int i = 0; i < 3000; ++i) package.add("x y" + std::to_string(i));
 
@@ -139,7 +139,7 @@ TEST(Verification, LongNamesAreCutInFindings) {
   EXPECT_LT(report.findings().front().message.size(), 4000u);
 }
 
-TEST(Verification, OverlappingItemsAreUnpackedOnce) {
+TEST(Verification, OverlappingItemsAreDecompressedOnce) {
   PackageUnderTest package;
   test::ZipItem& bomb = package.add("bomb.m", std::string(std::size_t{60} << 20, '\0'));
   bomb.deflate = true;
@@ -164,7 +164,7 @@ TEST(Verification, OverlappingItemsAreUnpackedOnce) {
   EXPECT_EQ(report.count(106), 0u);
 }
 
-TEST(Verification, WhatIsNoFileCannotBeVerified) {
+TEST(Verification, OnlyRegularFilesCanBeVerified) {
   const test::TemporaryFolder folder;
 
   EXPECT_THROW(verifyPackage((folder / "none").string()), opc::SystemError);
@@ -186,7 +186,7 @@ TEST(Verification, VeryLargeDirectoriesAreNotRead) {
   EXPECT_THAT(verify, testing::ThrowsMessage<opc::Exception>(testing::HasSubstr("209715200")));
 }
 
-TEST(Verification, CutAnywhereThePackageDrawsAnError) {
+TEST(Verification, APackageTruncatedAnywhereHasAnError) {
   PackageUnderTest package;
   package.addCore("<dc:title xmlns:dc=\"http://purl.org/dc/elements/1.1/\">t</dc:title>");
   const std::string bytes = package.zip.build();
@@ -197,7 +197,7 @@ TEST(Verification, CutAnywhereThePackageDrawsAnError) {
   }
 }
 
-TEST(Verification, WithAnyByteChangedItComesToAnEnd) {
+TEST(Verification, VerificationEndsWhicheverByteIsChanged) {
   PackageUnderTest package;
   package.addCore("<dc:title xmlns:dc=\"http://purl.org/dc/elements/1.1/\">t</dc:title>");
   package.add("_rels/a.xml.rels", test::relationshipsXml(test::relationshipXml("r", "b.m")));

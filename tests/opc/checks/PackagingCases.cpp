@@ -24,7 +24,7 @@ auto types(std::string more) {
   return [more](PackageUnderTest& p) { p.setTypes(more); };
 }
 
-// The whole stream.
+// The whole content types.
 auto stream(std::string xml) {
   return [xml](PackageUnderTest& p) { p.types().content = xml; };
 }
@@ -68,7 +68,7 @@ void dropRelsType(PackageUnderTest& p) {
 const std::string kTypesXml = "[Content_Types].xml";
 const std::string kNone = std::string(kTypesStart) + "</Types>";
 
-// Without types nothing is a part that a relationship could lead to.
+// Without types there are no parts that a relationship could lead to.
 void emptyTypes(PackageUnderTest& p) {
   p.types().content = kNone;
   p.relationships().content = relationshipsXml("");

@@ -14,7 +14,7 @@ constexpr const char* kCoreRelationship =
 constexpr const char* kThumbnailRelationship =
     "http://schemas.openxmlformats.org/package/2006/relationships/metadata/thumbnail";
 
-// The package's, beside the usual one.
+// A relationship of the package besides the usual one.
 auto relationship(std::string id, std::string target, std::string more = "") {
   return [=](PackageUnderTest& p) { p.setRelationships(relationshipXml(id, target, more)); };
 }
