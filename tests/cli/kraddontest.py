@@ -194,9 +194,9 @@ class CliTest(unittest.TestCase):
         return sorted(os.listdir(self.path(folder)))
 
 
-def main():
-    """Runs the tests, and names those that were left out; exits with 77 when all were."""
-    result = unittest.main(exit=False).result
+def main(verbosity=1):
+    """Runs the tests, and names those that were left out; exits with 77 if all were."""
+    result = unittest.main(exit=False, verbosity=verbosity).result
     for test, reason in result.skipped:
         print(f"left out: {test.id()}: {reason}")
     if not result.wasSuccessful():

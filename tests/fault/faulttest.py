@@ -27,7 +27,11 @@ NO_SHIM = "needs a build without sanitizers, which stand in for the same calls"
 if not FULL and os.access("/dev/shm", os.W_OK):
     tempfile.tempdir = "/dev/shm"
 
-needs_shim = unittest.skipUnless(SHIM, NO_SHIM)
+
+def needs_shim(test):
+    """For tests that use the shim, which finds the names of open files in /proc."""
+    return unittest.skipUnless(SHIM, NO_SHIM)(kraddontest.needs_proc(test))
+
 
 # A small valid image.
 PIXEL = bytes.fromhex(
@@ -353,4 +357,4 @@ def reason(how):
 
 
 def main():
-    unittest.main(verbosity=2)
+    kraddontest.main(verbosity=2)

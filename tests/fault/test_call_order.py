@@ -43,6 +43,7 @@ class Call:
         self.texts = re.findall(r'"([^"]*)"', arguments)
 
 
+@faulttest.kraddontest.needs_proc  # for the names of open files
 @unittest.skipUnless(can_trace(), "needs strace, and permission to trace")
 class Order(FaultTest):
 
