@@ -30,7 +30,7 @@ class Shell:
                        "LC_ALL": "C.UTF-8", "GIT_CONFIG_GLOBAL": "/dev/null",
                        "GIT_CONFIG_SYSTEM": "/dev/null", "GIT_CEILING_DIRECTORIES": str(folder),
                        "TMPDIR": str(folder / "tmp")}
-        for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS", "GCOV_PREFIX"):
+        for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS", "GCOV_PREFIX", "LD_LIBRARY_PATH"):
             if name in os.environ:
                 environment[name] = os.environ[name]
         if page == README:

@@ -82,7 +82,8 @@ class CountingServer:
         self._server.server_close()
 
 
-@unittest.skipUnless(shutil.which("chromium"), "there is no chromium")
+@kraddontest.needs_proc
+@unittest.skipUnless(shutil.which("chromium"), "needs chromium")
 class PreviewInBrowser(previewing.PreviewTest):
 
     @classmethod
