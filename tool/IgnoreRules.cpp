@@ -50,9 +50,8 @@ const FindingInfo& findingNamed(std::string_view word) {
 
   const std::vector<std::string> ids = findingIds();
   const std::vector<std::string_view> names(ids.begin(), ids.end());
-  throw process::UsageError(
-      process::sentence("unknown finding", word,
-                        text::suggestion(word, names, "findings are called KR101 and so on")));
+  throw process::UsageError(process::sentence(
+      "unknown finding", word, text::suggestion(word, names, "finding ids look like KR101")));
 }
 
 IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {

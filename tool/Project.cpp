@@ -36,7 +36,7 @@ std::string readText(const std::string& path) {
   std::replace(text.begin(), text.end(), '\f', '\n');
   const std::string fault = addon::project::manifestTextFault(text);
   if (!fault.empty())
-    throw process::Failure(process::sentence("cannot take the text of", path, fault));
+    throw process::Failure(process::sentence("cannot use the text of", path, fault));
   return text;
 }
 
@@ -82,7 +82,7 @@ Project openProject(const std::string& folder) {
   const std::string path = manifestPath(folder);
   if (::stat(path.c_str(), &info) != 0 && errno == ENOENT) {
     const process::Failure missing = process::systemFailure("cannot read", path, ENOENT);
-    throw process::Failure(missing.what(), "'kraddon init' writes one to start from");
+    throw process::Failure(missing.what(), "'kraddon init' writes one");
   }
   return {folder, addon::project::readManifest(process::readWholeFile(path, kLargestManifest))};
 }

@@ -33,10 +33,10 @@ bool isFolderOf(AddonPackage& package, const std::string& path) {
 process::Failure isTaken(const std::string& path, AddonPackage& package) {
   if (isFolderOf(package, path)) {
     return process::Failure(
-        process::sentence("cannot add", path, "the package holds a folder of that name"));
+        process::sentence("cannot add", path, "the package has a folder with that name"));
   }
   return process::Failure(
-      process::sentence("cannot add", path, "the package holds a file of that name"),
+      process::sentence("cannot add", path, "the package has a file with that name"),
       "--replace replaces it");
 }
 
@@ -113,8 +113,8 @@ bool storeFolder(const std::string& path, AddonPackage& package) {
     return true;
   } catch (const FileSystemEntryAlreadyExists&) {
     if (isFolderOf(package, path)) return false;
-    throw process::Failure(
-        process::sentence("cannot make the folder", path, "the package holds a file of that name"));
+    throw process::Failure(process::sentence("cannot create the folder", path,
+                                             "the package has a file with that name"));
   }
 }
 

@@ -116,7 +116,7 @@ class TreeWalk {
     for (std::size_t i = parent; i != kNoFolder; i = folders_[i].parent) {
       if (folders_[i].identity == target) {
         throw process::Failure(process::sentence("cannot follow the link", onDisk(path),
-                                                 "it leads to a folder that it lies in"));
+                                                 "it leads to a folder that contains it"));
       }
     }
   }
@@ -206,7 +206,7 @@ class TreeWalk {
     if (entry.type == DT_LNK) return Kind::Link;
     struct stat info {};
     if (::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
-      throw process::systemFailure("cannot look at", onDisk(path), errno);
+      throw process::systemFailure("cannot access", onDisk(path), errno);
     }
     return toKind(info.st_mode);
   }

@@ -93,7 +93,7 @@ void requireFreePlace(const std::string& path, bool replaceExisting) {
     throw SystemError("cannot look at it", errno);
   }
   if (S_ISDIR(status.st_mode)) throw Exception(ErrorCode::AlreadyExists, "it is a folder");
-  if (!replaceExisting) throw Exception(ErrorCode::AlreadyExists, "it exists already");
+  if (!replaceExisting) throw Exception(ErrorCode::AlreadyExists, "it already exists");
   if (!S_ISREG(status.st_mode)) {
     throw Exception(ErrorCode::AlreadyExists, "it is not a regular file");
   }

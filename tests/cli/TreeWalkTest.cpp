@@ -163,7 +163,7 @@ TEST_F(TreeWalk, RefusesDanglingLinksAndCircles) {
   fs::create_directories(root_ / "a/b");
   fs::create_symlink("../../a", root_ / "a/b/up");
   EXPECT_EQ(error(), "cannot follow the link '" + (root_ / "a/b/up").string() +
-                         "': it leads to a folder that it lies in");
+                         "': it leads to a folder that contains it");
 }
 
 TEST_F(TreeWalk, RefusesCirclesOverSeveralLinks) {
@@ -172,7 +172,7 @@ TEST_F(TreeWalk, RefusesCirclesOverSeveralLinks) {
   fs::create_symlink("../b", root_ / "a/link");
   fs::create_symlink("../a", root_ / "b/link");
 
-  EXPECT_NE(error().find("it leads to a folder that it lies in"), std::string::npos);
+  EXPECT_NE(error().find("it leads to a folder that contains it"), std::string::npos);
 }
 
 TEST_F(TreeWalk, RefusesWhatIsNeitherFileNorFolder) {

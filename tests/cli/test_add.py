@@ -72,13 +72,13 @@ class Add(kraddontest.CliTest):
 
         self.write("more.m", "")
         self.misused("add", "p.kraddon", "new.m", "more.m", "--as", "x",
-                     message="bad option '--as': it goes with one FILE")
+                     message="bad option '--as': it needs exactly one FILE")
         self.misused("add", "p.kraddon", "new.m", "--as", "x", "--into", "y",
-                     message="bad option '--as': it does not go with --into")
+                     message="bad option '--as': it cannot be combined with --into")
         self.path("kit").mkdir()
         self.fails("add", "p.kraddon", "kit", "--as", "x",
-                   message="cannot add 'kit': it is a folder, and --as is for one file",
-                   hint="--into puts it into a folder of the package")
+                   message="cannot add 'kit': it is a folder, and --as takes a file",
+                   hint="--into adds it to a folder of the package")
 
     def test_paths_that_no_package_can_hold_are_refused(self):
         self.write("new.m", "content")
@@ -100,7 +100,7 @@ class Add(kraddontest.CliTest):
         self.write("new.m", "content")
         self.write("a.m", "other")
         self.fails("add", "p.kraddon", "new.m", "a.m", hint="--replace replaces it",
-                   message="cannot add 'a.m': the package holds a file of that name")
+                   message="cannot add 'a.m': the package has a file with that name")
         self.assert_unchanged()
 
     def test_replace_gives_a_file_its_new_content(self):
@@ -123,10 +123,10 @@ class Add(kraddontest.CliTest):
         self.write("lib", "a file")
         for words in ([], ["--replace"]):
             self.fails("add", "p.kraddon", "lib", *words,
-                       message="cannot add 'lib': the package holds a folder of that name")
+                       message="cannot add 'lib': the package has a folder with that name")
         self.path("a.m").mkdir()
         self.fails("add", "p.kraddon", "a.m", "--replace",
-                   message="cannot make the folder 'a.m': the package holds a file of that name")
+                   message="cannot create the folder 'a.m': the package has a file with that name")
         self.write("a.m/inner", "x")
         self.fails("add", "p.kraddon", "a.m", "--replace",
                    message="cannot add 'a.m/inner': 'a.m' is a file")
@@ -136,14 +136,14 @@ class Add(kraddontest.CliTest):
         self.write("one/x.m", "1")
         self.write("two/x.m", "2")
         self.fails("add", "p.kraddon", "one/x.m", "two/x.m", "--replace",
-                   message="cannot add 'two/x.m': 'one/x.m' goes to 'x.m' as well")
+                   message="cannot add 'two/x.m': 'one/x.m' would also be added as 'x.m'")
         self.tree({"sub/y.m": ""}, "three/x.m")
         self.fails("add", "p.kraddon", "three/x.m", "one/x.m",
-                   message="cannot add 'three/x.m/sub/y.m': 'one/x.m' goes to 'x.m', "
-                           "where a folder has to be")
+                   message="cannot add 'three/x.m/sub/y.m': 'one/x.m' would be added as "
+                           "'x.m', which must be a folder")
         self.path("four/x.m").mkdir(parents=True)
         self.fails("add", "p.kraddon", "four/x.m", "one/x.m",
-                   message="cannot add 'one/x.m': 'four/x.m' goes to 'x.m' as well")
+                   message="cannot add 'one/x.m': 'four/x.m' would also be added as 'x.m'")
         self.assert_unchanged()
 
     def test_two_folders_of_one_name_come_together(self):
@@ -240,7 +240,7 @@ class Add(kraddontest.CliTest):
         self.assertEqual(result.text, "kit/void/\nkit/x.m\n")
         self.write("a.m", "")
         self.fails("add", "p.kraddon", "kit", "a.m", "--dry-run", hint="--replace replaces it",
-                   message="cannot add 'a.m': the package holds a file of that name")
+                   message="cannot add 'a.m': the package has a file with that name")
         self.assertEqual(self.ok("add", "p.kraddon", "a.m", "--replace", "--dry-run").text, "a.m\n")
         self.assert_unchanged()
 
@@ -272,7 +272,7 @@ class Add(kraddontest.CliTest):
         self.assertIn("none.kraddon", result.errors)
         self.assertFalse(self.path("none.kraddon").exists())
         self.misused("add", "p.kraddon",
-                     message="missing operand 'FILE': files, or folders with all below them")
+                     message="missing operand 'FILE': files, or folders with everything below them")
 
 
 if __name__ == "__main__":

@@ -187,7 +187,7 @@ class Output(projecttest.ProjectTest):
         self.project('[license]\nfile = "missing"\n')
         self.write("Wave-1.0.kraddon", "old")
 
-        self.fails("build", message="cannot create 'Wave-1.0.kraddon': it exists already",
+        self.fails("build", message="cannot create 'Wave-1.0.kraddon': it already exists",
                    hint="--force replaces it")
         self.assertEqual(self.path("Wave-1.0.kraddon").read_text(), "old")
 
@@ -196,7 +196,7 @@ class Output(projecttest.ProjectTest):
         self.path("d").mkdir()
 
         self.fails("build", "-o", "d", "--force",
-                   message="cannot create 'd': there is a folder of that name")
+                   message="cannot create 'd': it is a folder")
 
     def test_a_package_that_may_not_be_written_is_not_replaced(self):
         self.project()
@@ -356,7 +356,7 @@ class Verification(projecttest.ProjectTest):
 
         self.assertEqual((result["written"], result["findings"]), (True, None))
         self.misused("build", "--no-verify", "--strict",
-                     message="bad option '--no-verify': it does not go with --strict")
+                     message="bad option '--no-verify': it cannot be combined with --strict")
 
     def test_quiet_says_nothing_of_warnings(self):
         self.project()
@@ -368,7 +368,7 @@ class Faults(projecttest.ProjectTest):
 
     def test_a_missing_manifest_is_told_with_the_remedy(self):
         self.path("src").mkdir()
-        hint = "'kraddon init' writes one to start from"
+        hint = "'kraddon init' writes one"
 
         self.fails("build", message="cannot read 'kraddon.toml': No such file or directory",
                    hint=hint)
@@ -421,11 +421,11 @@ class Faults(projecttest.ProjectTest):
     def test_what_is_no_text_is_no_description(self):
         files = {"a.m": "a", "latin": b"\xe4", "bell": b"a\x07", "d/": ""}
         os.mkfifo(self.path("pipe.swp"))
-        for name, why in (("latin", "cannot take the text of 'latin': it is not UTF-8"),
-                          ("bell", "cannot take the text of 'bell': it holds the control "
+        for name, why in (("latin", "cannot use the text of 'latin': it is not UTF-8"),
+                          ("bell", "cannot use the text of 'bell': it holds the control "
                                    "character U+0007"),
                           ("d", "cannot read 'd': Is a directory"),
-                          ("pipe.swp", "cannot read 'pipe.swp': it is no file"),
+                          ("pipe.swp", "cannot read 'pipe.swp': it is not a file"),
                           ("-", "cannot read '-': No such file or directory")):
             with self.subTest(name):
                 self.refuses(f"5:8': license.file: {why}", f'[license]\nfile = "{name}"\n', files)
@@ -433,11 +433,11 @@ class Faults(projecttest.ProjectTest):
 
     def test_a_manifest_or_ignore_file_that_is_a_pipe_is_not_waited_for(self):
         os.mkfifo(self.path("kraddon.toml"))
-        self.fails("build", message="cannot read 'kraddon.toml': it is no file")
+        self.fails("build", message="cannot read 'kraddon.toml': it is not a file")
         self.path("kraddon.toml").unlink()
         self.project("", {"a.m": "a"})
         os.mkfifo(self.path(".kraddonignore"))
-        self.fails("build", message="cannot read '.kraddonignore': it is no file")
+        self.fails("build", message="cannot read '.kraddonignore': it is not a file")
 
     def test_a_manifest_or_ignore_file_of_no_reasonable_size_is_not_read(self):
         self.project()
@@ -445,7 +445,7 @@ class Faults(projecttest.ProjectTest):
             with open(self.path(name), "wb") as file:
                 file.truncate((16 << 20) + 1)
             result = self.fails("build")
-            self.assertIn(f"cannot read '{name}': it holds more than 16777216 bytes",
+            self.assertIn(f"cannot read '{name}': it is larger than 16777216 bytes",
                           result.errors)
         self.assertEqual(self.names(), [".kraddonignore", "a.m", "kraddon.toml"])
 
@@ -509,7 +509,7 @@ class Faults(projecttest.ProjectTest):
     def test_an_unknown_finding_is_none_to_ignore(self):
         self.project('[verify]\nignore = ["KR501", "nothing"]\n')
         self.fails("build", message="bad manifest 'kraddon.toml:5:20': verify.ignore[1]: unknown "
-                                    "finding 'nothing': findings are called KR101 and so on")
+                                    "finding 'nothing': finding ids look like KR101")
 
     def test_a_finding_to_ignore_is_called_by_its_id(self):
         for rule, why in (("kr501", "expected 'KR501', got 'kr501'"),

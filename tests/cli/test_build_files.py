@@ -148,8 +148,8 @@ class Links(projecttest.ProjectTest):
     def test_what_cannot_be_packed_is_named(self):
         self.project("", {"d/a.m": "a"})
         os.symlink("..", self.path("d/up"))
-        self.fails("build", message="cannot follow the link 'd/up': it leads to a folder that it "
-                                    "lies in")
+        self.fails("build", message="cannot follow the link 'd/up': it leads to a folder that "
+                                    "contains it")
         self.path("d/up").unlink()
         os.mkfifo(self.path("pipe"))
         self.fails("build", message="cannot pack 'pipe': it is neither a file nor a folder")
@@ -201,8 +201,8 @@ class Output(projecttest.ProjectTest):
         for output in ("src/lib/a.m", "wave/notes.txt", "wave/link"):
             for words in (["--force"], ["--force", "--dry-run"]):
                 self.fails("build", "wave", "-o", output, *words,
-                           message=f"cannot create '{output}': a file of the project is there, "
-                                   "no package")
+                           message=f"cannot create '{output}': it is a file of the project, "
+                                   "not a package")
 
         self.assertEqual(self.path("src/lib/a.m").read_text(), "the only copy")
         self.assertEqual(self.path("wave/notes.txt").read_text(), "n")
@@ -265,8 +265,8 @@ class DryRun(projecttest.ProjectTest):
         result = self.run_kraddon("build", "--dry-run")
 
         self.assertEqual((result.code, result.errors), (
-            0, "kraddon: build: warning: cannot create 'Wave Tools-1.2.kraddon': it exists "
-               "already, and only --force replaces it\n"))
+            0, "kraddon: build: warning: cannot create 'Wave Tools-1.2.kraddon': it already "
+               "exists, and only --force replaces it\n"))
         self.ok("build", "--dry-run", "--force")
         self.ok("build", "--dry-run", "--quiet")
 

@@ -77,9 +77,9 @@ class Call(kraddontest.CliTest):
 
     def test_bad_arguments_are_named(self):
         self.fails("call", "addonCreatePackage", "p", "null",
-                   message="bad argument '2': null stands for an unset field of a struct only")
+                   message="bad argument '2': null is allowed only as a field of a struct")
         self.fails("call", "addonCreatePackage", "p", '{"a": 1, "a": 2}',
-                   message="bad argument '2': .a: it is there twice")
+                   message="bad argument '2': .a: it is given twice")
         self.fails("call", "addonCreatePackage", "p", '{"x": [{"a": 1}, {"b": 1}]}',
                    message="bad argument '2': .x[1]: the field 'b' is not one of the first "
                            "element")

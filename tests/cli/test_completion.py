@@ -328,8 +328,8 @@ class Fish(Shell):
         self.package(files={"a.m": "", "sub/b c.m": ""})
 
         self.assertEqual(self.completed("kraddon scr"),
-                         ["screenshot\tstores the screenshot, or writes out the stored one"])
-        self.assertIn("--format\ttext, github or sarif", self.completed("kraddon verify --f"))
+                         ["screenshot\tstores or extracts the screenshot"])
+        self.assertIn("--format\tthe output format: text, github or sarif", self.completed("kraddon verify --f"))
         self.assertEqual(self.completed("kraddon verify --format g"), ["github"])
         self.assertEqual(self.completed("kraddon verify --format=g"), ["--format=github"])
         self.assertEqual(self.completed("kraddon list p"), ["p.kraddon", "p.kraddon.src/"])

@@ -272,7 +272,7 @@ class Paths(kraddontest.CliTest):
         for words in (["*.m"], ["?b.m"], ["lib/x"], ["LIB"], ["lib/x.m", "none"],
                       ["--glob", "*.q"], ["--glob", "*.m", "*.q"]):
             which = "none" if "none" in words else words[-1]
-            message = f"cannot find '{which}': the package holds nothing of that name"
+            message = f"cannot find '{which}': the package has nothing with that name"
             for command in ("list", "remove", "extract"):
                 with self.subTest(command=command, words=words):
                     self.fails(command, "p.kraddon", *words, message=message)

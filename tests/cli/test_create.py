@@ -129,7 +129,7 @@ class Create(kraddontest.CliTest):
         self.write("p.kraddon", "precious")
 
         self.fails("create", "p.kraddon", "--name", "x",
-                   message="cannot create 'p.kraddon': it exists already",
+                   message="cannot create 'p.kraddon': it already exists",
                    hint="--force replaces it")
         self.assertEqual(self.path("p.kraddon").read_text(), "precious")
 
@@ -162,10 +162,10 @@ class Create(kraddontest.CliTest):
     def test_a_folder_or_device_is_never_replaced(self):
         self.path("folder").mkdir()
         self.fails("create", "folder", "--name", "x", "--force",
-                   message="cannot create 'folder': there is a folder of that name")
+                   message="cannot create 'folder': it is a folder")
         os.mkfifo(self.path("pipe"))
         self.fails("create", "pipe", "--name", "x", "--force",
-                   message="cannot create 'pipe': there is something that is no file")
+                   message="cannot create 'pipe': it is not a file")
         self.fails("create", "no/where.kraddon", "--name", "x")
         self.assertEqual(self.names(), ["folder", "pipe"])
 
@@ -251,7 +251,7 @@ class Create(kraddontest.CliTest):
             "dangling": (lambda path: path.symlink_to("nowhere"),
                          "cannot follow the link 'src/dangling': No such file or directory"),
             "circle": (lambda path: path.symlink_to("."),
-                       "cannot follow the link 'src/circle': it leads to a folder that it lies in"),
+                       "cannot follow the link 'src/circle': it leads to a folder that contains it"),
             "pipe": (os.mkfifo, "cannot pack 'src/pipe': it is neither a file nor a folder"),
         }
         for name, (make, message) in cases.items():

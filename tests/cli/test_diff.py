@@ -129,10 +129,10 @@ class Outcomes(DiffTest):
 
     def test_wrong_usage(self):
         self.misused("diff", "a.kraddon",
-                     message="missing operand 'B': what it is compared with, one of the same")
+                     message="missing operand 'B': the package or folder to compare it with")
         for one, other in (("stat", "json"), ("text", "json"), ("text", "stat")):
             self.misused("diff", "a", "b", f"--{one}", f"--{other}",
-                         message=f"bad option '--{one}': it does not go with --{other}")
+                         message=f"bad option '--{one}': it cannot be combined with --{other}")
 
     def test_quiet_still_answers(self):
         self.pair({"x": ""}, {})
@@ -288,9 +288,9 @@ class Selections(DiffTest):
 
     def test_a_path_that_names_nothing_is_trouble(self):
         self.trouble("a.kraddon", "b.kraddon", "lib", "*.m",
-                     message="cannot find '*.m': neither of the two holds anything of that name")
+                     message="cannot find '*.m': neither of the two has anything with that name")
         self.trouble("a.kraddon", "b.kraddon", "--glob", "*.m", "*.q",
-                     message="cannot find '*.q': neither of the two holds anything of that name")
+                     message="cannot find '*.q': neither of the two has anything with that name")
 
 
 class Documents(DiffTest):

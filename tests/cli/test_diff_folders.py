@@ -92,7 +92,7 @@ class Folders(DiffTest):
 
     def test_no_place_for_a_private_file_is_trouble(self):
         self.trouble("one", "one.kraddon", env={"TMPDIR": "/nowhere"},
-                     message="cannot make a folder in '/nowhere': No such file or directory")
+                     message="cannot create a folder in '/nowhere': No such file or directory")
 
     def test_an_interrupt_leaves_nothing_behind(self):
         self.write("one/big.bin", os.urandom(64 << 20))

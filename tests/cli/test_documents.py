@@ -135,9 +135,9 @@ class Documents(kraddontest.CliTest):
             ("requirements", {"productDependency": [dict(PRODUCT, version=9.1)]},
              "requirements.productDependency[0].version: expected a text"),
             ("requirements", '{"productDependency": [{"name": "a", "name": "b"}]}',
-             "requirements.productDependency[0].name: it is there twice"),
+             "requirements.productDependency[0].name: it is given twice"),
             ("apps", '[{}, {"guid": "a", "name": "b", "guid": "c"}]',
-             "apps[1].guid: it is there twice"),
+             "apps[1].guid: it is given twice"),
         ]
         for document, value, why in cases:
             self.refuses(document, value, why)

@@ -44,8 +44,8 @@ class Extract(kraddontest.CliTest):
 
     def test_a_package_without_extension_needs_a_folder(self):
         self.path("p.kraddon").rename(self.path("plain"))
-        self.fails("extract", "plain", hint="name a folder with -d",
-                   message="cannot tell where to write 'plain': the name has no extension")
+        self.fails("extract", "plain", hint="-d names the folder to write to",
+                   message="cannot extract 'plain': the name has no extension")
 
     def test_chosen_paths_keep_their_place(self):
         self.ok("extract", "p.kraddon", "lib", "-d", "one")
@@ -53,13 +53,13 @@ class Extract(kraddontest.CliTest):
         self.ok("extract", "p.kraddon", "--glob", "*.m", "--directory=two")
         self.assertEqual(self.found("two"), self.expected("a.m", "lib/b.m"))
         self.fails("extract", "p.kraddon", "a.m", "nothing", "-d", "three",
-                   message="cannot find 'nothing': the package holds nothing of that name")
+                   message="cannot find 'nothing': the package has nothing with that name")
         self.assertFalse(self.path("three").exists())
 
     def test_an_existing_file_stops_it_before_anything_is_written(self):
         self.write("out/lib/b.m", "mine")
         self.fails("extract", "p.kraddon", "-d", "out",
-                   message="cannot extract 'out/lib/b.m': it exists already",
+                   message="cannot extract 'out/lib/b.m': it already exists",
                    hint="--force replaces files, --skip-existing leaves them")
         self.assertEqual(self.found("out"), {"lib/b.m": b"mine"})
 
@@ -69,8 +69,8 @@ class Extract(kraddontest.CliTest):
         self.path("out").chmod(0o777)
         self.folder.chmod(0o755)
         self.fails("extract", "p.kraddon", "-d", "out", **self.without_privilege(),
-                   message="cannot extract 'lib/b.m' to 'out/lib/b.m': cannot look at what is "
-                           "there: Permission denied")
+                   message="cannot extract 'lib/b.m' to 'out/lib/b.m': cannot access: "
+                           "Permission denied")
         self.assertEqual(self.found("out"), {"lib/": b""})
 
     def test_existing_files_can_be_left_or_replaced(self):
@@ -133,8 +133,8 @@ class Extract(kraddontest.CliTest):
         for option in ([], ["--force"], ["--skip-existing"], ["--dry-run"]):
             with self.subTest(option):
                 self.fails("extract", "p.kraddon", "-d", "out", *option,
-                           message="cannot extract 'a.m' to 'out/a.m': a folder is there, "
-                                   "where a file must be", hint=None)
+                           message="cannot extract 'a.m' to 'out/a.m': a folder is in the "
+                                   "way", hint=None)
         self.assertEqual(self.found("out"), {"a.m/mine": b"mine"})
 
     def test_a_link_in_the_way_of_what_is_not_chosen_does_no_harm(self):
@@ -157,7 +157,7 @@ class Extract(kraddontest.CliTest):
             self.write("q.kraddon", build(addon([Entry(f"files/{path}".encode(), content)])))
             self.ok("extract", "q.kraddon", "-d", "out", *option)
         self.fails("extract", "q.kraddon", "-d", "out",
-                   message=f"cannot extract 'out/{path}': it exists already",
+                   message=f"cannot extract 'out/{path}': it already exists",
                    hint="--force replaces files, --skip-existing leaves them")
         self.ok("extract", "q.kraddon", "-d", "out", "--force")
 
@@ -168,7 +168,7 @@ class Extract(kraddontest.CliTest):
         self.write("out/a.m", "mine")
         self.fails("extract", "p.kraddon", "-d", "out", "--dry-run",
                    hint="--force replaces files, --skip-existing leaves them",
-                   message="cannot extract 'out/a.m': it exists already")
+                   message="cannot extract 'out/a.m': it already exists")
         result = self.ok("extract", "p.kraddon", "-d", "out", "--dry-run", "--skip-existing")
         self.assertEqual(result.text, "lib/b.m\nlib/void/\nz.bin\n")
 
@@ -181,20 +181,20 @@ class Extract(kraddontest.CliTest):
             result = self.fails("extract", "p.kraddon", *words, "--stdout")
             self.assertIn("--stdout takes one file", result.errors)
         self.misused("extract", "p.kraddon", "a.m", "--stdout", "-d", "x",
-                     message="bad option '--stdout': it does not go with --directory")
+                     message="bad option '--stdout': it cannot be combined with --directory")
 
     def test_the_size_can_be_limited(self):
         self.fails("extract", "p.kraddon", "--max-size", "10005",
-                   message="cannot extract 'p.kraddon': it would be more than 10005 bytes")
+                   message="cannot extract 'p.kraddon': the total exceeds 10005 bytes")
         self.assertFalse(self.path("p").exists())
         self.ok("extract", "p.kraddon", "a.m", "-d", "some", "--max-size", "3")
         self.ok("extract", "p.kraddon", "--max-size", "10006")
         self.write("part/z.bin", "mine")
         self.ok("extract", "p.kraddon", "-d", "part", "--skip-existing", "--max-size", "6")
         self.fails("extract", "p.kraddon", "-d", "part", "--force", "--max-size", "6",
-                   message="cannot extract 'p.kraddon': it would be more than 6 bytes")
+                   message="cannot extract 'p.kraddon': the total exceeds 6 bytes")
         self.fails("extract", "p.kraddon", "z.bin", "--stdout", "--max-size", "6",
-                   message="cannot extract 'p.kraddon': it would be more than 6 bytes")
+                   message="cannot extract 'p.kraddon': the total exceeds 6 bytes")
         self.misused("extract", "p.kraddon", "--max-size", "1k",
                      message="bad value of --max-size '1k': expected a whole number from 0 to "
                              "9223372036854775807")
@@ -235,9 +235,9 @@ class Extract(kraddontest.CliTest):
             self.path("in").mkdir(exist_ok=True)
             self.path("p.kraddon").rename(self.path("in") / name)
             self.fails("extract", f"in/{name}",
-                       message=f"cannot tell where to write 'in/{name}': "
-                               "its base name is no folder's",
-                       hint="name a folder with -d")
+                       message=f"cannot extract 'in/{name}': "
+                               "its base name cannot be the name of a folder",
+                       hint="-d names the folder to write to")
             self.path(f"in/{name}").rename(self.path("p.kraddon"))
         self.assertFalse(self.path("a.m").exists())
 

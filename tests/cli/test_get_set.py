@@ -65,12 +65,12 @@ class GetSet(kraddontest.CliTest):
         before = self.path("p.kraddon").read_bytes()
         for field, value in (("type", "Korvan Toolbox"), ("KorvanRelease", "R2047b")):
             self.fails("set", "p.kraddon", "properties", f"{field}=other",
-                       message=f"cannot change 'properties.{field}': it is '{value}' for as long "
-                               "as the package lives")
+                       message=f"cannot change 'properties.{field}': it is '{value}' and cannot "
+                               "change")
             document = dict(self.get("properties"), **{field: "other"})
             self.fails("set", "p.kraddon", "properties", "-", stdin=json.dumps(document).encode(),
-                       message=f"cannot change 'properties.{field}': it is '{value}' for as long "
-                               "as the package lives")
+                       message=f"cannot change 'properties.{field}': it is '{value}' and cannot "
+                               "change")
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
         self.ok("set", "p.kraddon", "properties", "type=Korvan Toolbox", "summary=x")
 
@@ -80,7 +80,7 @@ class GetSet(kraddontest.CliTest):
             ("license", dict(license, txt="c"),
              "license.txt: unknown field, did you mean 'text'?"),
             ("license", dict(license, qqqqqqqq="c"),
-             "license.qqqqqqqq: unknown field, there is none of that name"),
+             "license.qqqqqqqq: unknown field, no field has that name"),
             ("license", dict(license, text=1), "license.text: expected a text"),
             ("license", dict(license, text=None), "license.text: expected a text"),
             ("license", dict(license, text=["x"]), "license.text: expected a text"),
@@ -95,7 +95,7 @@ class GetSet(kraddontest.CliTest):
                        message=f"bad document 'd.json': {why}")
         self.write("d.json", '{"type": "a", "text": "b", "type": "c"}')
         self.fails("set", "missing.kraddon", "license", "d.json",
-                   message="bad document 'd.json': license.type: it is there twice")
+                   message="bad document 'd.json': license.type: it is given twice")
         result = self.fails("set", "missing.kraddon", "license", "-", stdin=b"{nonsense")
         self.assertTrue(result.errors.startswith(
             "kraddon: set: bad document 'standard input': parse error at line 1, column 3"))
@@ -140,7 +140,7 @@ class GetSet(kraddontest.CliTest):
                            "type, name, version, KorvanRelease, summary, authorName, "
                            "authorContact, authorOrganization, GUID, description"))
             self.assertEqual(result.errors.splitlines()[1],
-                             "hint: './a=b.json' is the file of that name")
+                             "hint: './a=b.json' is the file with that name")
         self.assertNotIn("hint", self.run_kraddon("set", "p.kraddon", "license", "a=c").errors)
 
     def test_text_that_xml_cannot_carry_changes_nothing(self):
@@ -241,7 +241,7 @@ class GetSet(kraddontest.CliTest):
         self.assertEqual(listed.text, "a.m\n")
         self.assertIn("files/my file.m", listed.errors)
         self.assertEqual(stored.code, 0)
-        self.assertIn("item 'files/my file.m': it is no part of the package and was left out",
+        self.assertIn("item 'files/my file.m': it is not a part of the package and was left out",
                       stored.errors)
         self.assertNotIn("files/my file.m", self.entries("q.kraddon"))
 

@@ -126,7 +126,7 @@ class Info(kraddontest.CliTest):
         self.misused("info", "p.kraddon", "--field", "verson",
                      message="unknown field 'verson': did you mean 'version'?")
         self.misused("info", "p.kraddon", "--field", "name", "--json",
-                     message="bad option '--field': it does not go with --json")
+                     message="bad option '--field': it cannot be combined with --json")
 
     def test_another_package_of_the_conventions_is_shown_as_far_as_it_goes(self):
         with zipfile.ZipFile(self.path("plain.docx"), "w") as archive:
@@ -140,7 +140,7 @@ class Info(kraddontest.CliTest):
         self.assertIsNone(info["name"])
         self.assertIsNone(info["created"])
         self.assertEqual(info["documents"], [])
-        warning = ("package 'plain.docx': it is no add-on; 'kraddon list --all' lists its parts\n")
+        warning = ("package 'plain.docx': it is not an add-on; 'kraddon list --all' lists its parts\n")
         for words in (["list"], ["list", "--json"], ["list", "--tree"], ["extract", "-d", "out"]):
             result = self.run_kraddon(*words, "plain.docx")
             self.assertEqual((result.code, result.errors),
@@ -175,9 +175,9 @@ class List(kraddontest.CliTest):
         self.assertEqual(self.listing("p.kraddon", "lib", "lib/b.m"),
                          ["lib/b.m", "lib/deep/c.m", "lib/void"])
         self.fails("list", "p.kraddon", "a.m", "*.m",
-                   message="cannot find '*.m': the package holds nothing of that name")
+                   message="cannot find '*.m': the package has nothing with that name")
         self.fails("list", "p.kraddon", "lib/b",
-                   message="cannot find 'lib/b': the package holds nothing of that name")
+                   message="cannot find 'lib/b': the package has nothing with that name")
 
     def test_globs_choose(self):
         self.assertEqual(self.listing("p.kraddon", "--glob", "*.m"),
@@ -187,7 +187,7 @@ class List(kraddontest.CliTest):
                          ["lib/b.m", "lib/void"])
         self.assertEqual(self.listing("p.kraddon", "--glob", "void/"), ["lib/void"])
         self.fails("list", "p.kraddon", "--glob", "*.m", "*.q",
-                   message="cannot find '*.q': the package holds nothing of that name")
+                   message="cannot find '*.q': the package has nothing with that name")
 
     def test_names_like_patterns_are_literal(self):
         self.package("q.kraddon", {"[a].m": "", "a.m": "", "-x": ""})
@@ -260,9 +260,9 @@ class List(kraddontest.CliTest):
 
     def test_options_that_contradict_are_refused(self):
         self.misused("list", "p.kraddon", "--tree", "--json",
-                     message="bad option '--tree': it does not go with --json")
+                     message="bad option '--tree': it cannot be combined with --json")
         self.misused("list", "p.kraddon", "-0", "-l",
-                     message="bad option '--null': it does not go with --long")
+                     message="bad option '--null': it cannot be combined with --long")
 
     def test_a_negative_number_is_a_path(self):
         self.package("q.kraddon", {"-5": "", "-0.5": "", "-07": ""})
@@ -270,7 +270,7 @@ class List(kraddontest.CliTest):
             self.assertEqual(self.listing("q.kraddon", path), [path])
         self.ok("extract", "q.kraddon", "-0.5", "-d", "out")
         self.misused("list", "q.kraddon", "-0l",
-                     message="bad option '--null': it does not go with --long")
+                     message="bad option '--null': it cannot be combined with --long")
 
 
 if __name__ == "__main__":

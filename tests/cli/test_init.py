@@ -58,11 +58,11 @@ class Writing(InitTest):
     def test_what_is_there_is_not_overwritten(self):
         self.write("wave/kraddon.toml", "mine")
         self.fails("init", "wave",
-                   message="cannot write 'wave/kraddon.toml': it exists already",
+                   message="cannot write 'wave/kraddon.toml': it already exists",
                    hint="--force replaces it")
         result = self.run_kraddon("-C", "wave", "init")
-        self.assertEqual(result.errors, "kraddon: init: cannot write 'kraddon.toml': it exists "
-                                        "already\nhint: --force replaces it\n")
+        self.assertEqual(result.errors, "kraddon: init: cannot write 'kraddon.toml': it already "
+                                        "exists\nhint: --force replaces it\n")
         self.assertEqual(self.path("wave/kraddon.toml").read_text(), "mine")
 
     def test_a_dangling_link_is_not_written_through(self):
@@ -121,7 +121,7 @@ class Writing(InitTest):
     def test_force_and_stdout_do_not_go_together(self):
         self.path("wave").mkdir()
         self.misused("init", "wave", "--force", "--stdout",
-                     message="bad option '--force': it does not go with --stdout")
+                     message="bad option '--force': it cannot be combined with --stdout")
 
     def test_json_is_wrong_usage(self):
         self.assertEqual(self.run_kraddon("init", "--json").code, 2)
@@ -406,7 +406,7 @@ class OddFolders(InitTest):
         for name in (r"a\xff.m", r"b\nc.m", r"d\x01.jar", r"sub\xfe"):
             why = f"'{name}': the name is not UTF-8, or has control characters"
             self.assertIn(f"# {why}\n", result.text)
-            self.assertIn(f"kraddon: init: warning: not looked at: {why}\n", result.errors)
+            self.assertIn(f"kraddon: init: warning: skipped: {why}\n", result.errors)
         self.assertEqual(self.run_kraddon("init", "wave", "--stdout", "-q").errors, "")
 
     def test_quotes_and_backslashes_come_back(self):

@@ -57,7 +57,7 @@ class Manual(kraddontest.CliTest):
         text = " ".join(self.formatted(PAGES / "kraddon-list.1").split())
         for line in re.findall(r"(?m)^  (kraddon list .*)$", self.ok("help", "list").text):
             self.assertIn(line, text)
-        self.assertIn("-0, --null end each path with a NUL instead of a line end", text)
+        self.assertIn("-0, --null end each path with NUL instead of a newline", text)
 
 
 if __name__ == "__main__":

@@ -218,7 +218,7 @@ class Preview(previewing.PreviewTest):
     def test_a_file_that_nobody_named_is_not_replaced(self):
         self.package("p.kraddon")
         self.write("p.html", "precious")
-        self.fails("preview", "p.kraddon", message="cannot write 'p.html': it exists already",
+        self.fails("preview", "p.kraddon", message="cannot write 'p.html': it already exists",
                    hint="-o p.html replaces it")
         self.assertEqual(self.path("p.html").read_text(), "precious")
         self.ok("preview", "p.kraddon", "-o", "p.html")
@@ -265,7 +265,7 @@ class Preview(previewing.PreviewTest):
 
     def test_wrong_words_are_wrong_usage(self):
         self.misused("preview", message="missing operand 'PACKAGE': the package")
-        self.misused("preview", "a", "b", message="unexpected operand 'b': there is no use for it")
+        self.misused("preview", "a", "b", message="unexpected operand 'b': the command takes no more")
         result = self.run_kraddon("preview", "p.kraddon", "--json")
         self.assertEqual(result.code, 2)
 

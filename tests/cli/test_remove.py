@@ -63,18 +63,18 @@ class Remove(RemoveTest):
     def test_a_path_that_is_not_there_changes_nothing(self):
         for path in ("none", "lib/none", "a.m/x", "lib/../a.m"):
             self.fails("remove", "p.kraddon", "a.m", path,
-                       message=f"cannot find '{path}': the package holds nothing of that name")
+                       message=f"cannot find '{path}': the package has nothing with that name")
         self.fails("remove", "p.kraddon", "",
                    message="cannot find '': the path is empty", hint="'/' stands for everything")
         self.fails("remove", "p.kraddon", "--glob", "a.m", "*.x",
-                   message="cannot find '*.x': the package holds nothing of that name")
+                   message="cannot find '*.x': the package has nothing with that name")
         self.misused("remove", "p.kraddon",
-                     message="missing operand 'PATH': files, or folders with all below them")
+                     message="missing operand 'PATH': files, or folders with everything below them")
         self.assert_unchanged()
 
     def test_paths_are_literal_without_glob(self):
         self.fails("remove", "p.kraddon", "*.m",
-                   message="cannot find '*.m': the package holds nothing of that name")
+                   message="cannot find '*.m': the package has nothing with that name")
         self.assert_unchanged()
 
     def test_what_is_named_twice_goes_once(self):
@@ -113,7 +113,7 @@ class Remove(RemoveTest):
             self.ok("remove", "p.kraddon", "--glob", "lib", "!c.log", "--dry-run").text,
             "lib/b.m\nlib/deep/\nlib/deep/d.m\n")
         self.fails("remove", "p.kraddon", "none", "--dry-run",
-                   message="cannot find 'none': the package holds nothing of that name")
+                   message="cannot find 'none': the package has nothing with that name")
         self.assert_unchanged()
 
     def test_what_was_removed_can_be_added_again(self):
@@ -144,19 +144,19 @@ class Mkdir(RemoveTest):
 
     def test_an_existing_file_is_an_error_and_nothing_is_changed(self):
         self.fails("mkdir", "p.kraddon", "fresh", "a.m",
-                   message="cannot make the folder 'a.m': the package holds a file of that name")
+                   message="cannot create the folder 'a.m': the package has a file with that name")
         self.fails("mkdir", "p.kraddon", "fresh", "a.m/x",
                    message="cannot add 'a.m/x': 'a.m' is a file")
         self.assert_unchanged()
 
     def test_paths_that_no_package_can_hold_are_refused(self):
         self.fails("mkdir", "p.kraddon", "",
-                   message="cannot make the folder '': the path is empty")
+                   message="cannot create the folder '': the path is empty")
         self.fails("mkdir", "p.kraddon", b"caf\xe9",
-                   message="cannot make the folder 'caf\\xe9': it is not UTF-8")
+                   message="cannot create the folder 'caf\\xe9': it is not UTF-8")
         for path in ("..", "a//b", "x/./y"):
             self.assertIn(path, self.fails("mkdir", "p.kraddon", path).errors)
-        self.misused("mkdir", "p.kraddon", message="missing operand 'PATH': the folders to make")
+        self.misused("mkdir", "p.kraddon", message="missing operand 'PATH': the folders to create")
         self.assert_unchanged()
 
 

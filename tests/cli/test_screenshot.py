@@ -102,7 +102,7 @@ class Screenshot(kraddontest.CliTest):
         self.path("folder.png").mkdir()
         os.mkfifo(self.path("pipe.png"))
         for image, why in (("none.png", "No such file or directory"),
-                           ("folder.png", "Is a directory"), ("pipe.png", "it is no file"),
+                           ("folder.png", "Is a directory"), ("pipe.png", "it is not a file"),
                            ("shot.png/x", "Not a directory")):
             self.fails("screenshot", "missing.kraddon", image,
                        message=f"cannot read '{image}': {why}")
@@ -125,23 +125,23 @@ class Screenshot(kraddontest.CliTest):
 
     def test_wrong_words_are_wrong_usage(self):
         self.misused("screenshot", "p.kraddon", "shot.png", "-o", "x.png",
-                     message="bad option '--output': it does not go with IMAGE")
+                     message="bad option '--output': it cannot be combined with IMAGE")
         self.misused("screenshot", "p.kraddon", "-",
                      message="bad value '-': IMAGE is a file; -o - is standard output")
         self.misused("screenshot", "p.kraddon", "--level", "3",
-                     message="bad option '--level': it goes with IMAGE only")
+                     message="bad option '--level': it needs IMAGE")
         self.misused("screenshot", "p.kraddon", "--timestamp", "3",
-                     message="bad option '--timestamp': it goes with IMAGE only")
+                     message="bad option '--timestamp': it needs IMAGE")
         self.misused("screenshot", "p.kraddon", "shot.png", "--level", "12",
                      message="bad value of --level '12': expected a whole number from 0 to 9")
         self.misused("screenshot", "p.kraddon", "a.png", "b.png",
-                     message="unexpected operand 'b.png': there is no use for it")
+                     message="unexpected operand 'b.png': the command takes no more")
         self.misused("screenshot", message="missing operand 'PACKAGE': the package")
 
     def test_a_file_that_nobody_named_is_not_replaced(self):
         self.ok("screenshot", "p.kraddon", "shot.png")
         self.write("p.png", "precious")
-        self.fails("screenshot", "p.kraddon", message="cannot write 'p.png': it exists already",
+        self.fails("screenshot", "p.kraddon", message="cannot write 'p.png': it already exists",
                    hint="-o p.png replaces it")
         self.assertEqual(self.path("p.png").read_text(), "precious")
         self.ok("screenshot", "p.kraddon", "-o", "p.png")

@@ -156,7 +156,7 @@ class Verify(kraddontest.CliTest):
         self.misused("verify", "p", "--ignore", "KR199:x",
                      message="unknown finding 'KR199': did you mean 'KR109'?")
         self.misused("verify", "p", "--ignore", "nonsense",
-                     message="unknown finding 'nonsense': findings are called KR101 and so on")
+                     message="unknown finding 'nonsense': finding ids look like KR101")
 
     def test_a_colon_without_a_pattern_is_wrong_usage(self):
         for rule in ("KR501:", "501:"):
@@ -213,9 +213,9 @@ class Verify(kraddontest.CliTest):
                                      "group: container"])
         self.assertEqual(len(lines), 7)
         self.misused("verify", "--explain", "102", "p",
-                     message="unexpected operand 'p': --explain looks at no package")
+                     message="unexpected operand 'p': --explain takes no package")
         self.misused("verify", "--explain", "102", "--json",
-                     message="bad option '--explain': it does not go with --json")
+                     message="bad option '--explain': it cannot be combined with --json")
 
     def test_every_id_in_the_manual_is_explained(self):
         page = os.path.join(os.path.dirname(__file__), "..", "..", "docs", "findings.md")
@@ -293,7 +293,7 @@ class Verify(kraddontest.CliTest):
         self.misused("verify", "p", "--format", "xml",
                      message="bad value of --format 'xml': expected text, github or sarif")
         self.misused("verify", "p", "--format", "text", "--json",
-                     message="bad option '--json': it does not go with --format")
+                     message="bad option '--json': it cannot be combined with --format")
 
     def test_the_package_stays_as_it_is(self):
         path = self.package("p.kraddon", {"a.m": "1"})

@@ -42,10 +42,10 @@ class Warnings(kraddontest.CliTest):
     def test_of_what_a_change_leaves_out_and_makes_void(self):
         for words in CHANGES:
             self.warned(words,
-                        *(f"item '{item}': it is no part of the package and was left out"
+                        *(f"item '{item}': it is not a part of the package and was left out"
                           for item in (STRAY, UNREADABLE)),
-                        "package 'p.kraddon': it is signed, and the signature does not hold any "
-                        "more")
+                        "package 'p.kraddon': it is signed, and its signature is no longer "
+                        "valid")
 
     def test_of_what_is_no_file_of_the_tree(self):
         warning = f"item '{UNREADABLE}' is no file of the tree: it is no part"

@@ -308,7 +308,7 @@ class FaultTest(kraddontest.CliTest):
             self.assert_new(command, now, where)
 
     def assert_message(self, command, result, where, why=None):
-        if why is None and result.errors == "kraddon: there is not enough memory\n":
+        if why is None and result.errors == "kraddon: out of memory\n":
             return  # it failed before the name of the command was known
         lines = result.errors.splitlines()
         self.assertIn(len(lines), (1, 2), f"{where}: {result.errors}")

@@ -50,7 +50,7 @@ class Lacking(FaultTest):
                 second = self.path("new.kraddon").read_bytes()
                 code, errors = self.go_on(first)
                 self.assertEqual(code, 1)
-                self.assertIn("it exists already", errors)
+                self.assertIn("it already exists", errors)
                 self.assertEqual(self.path("new.kraddon").read_bytes(), second)
                 self.path("new.kraddon").unlink()
                 self.assert_old(snapshot(self.folder), rules)

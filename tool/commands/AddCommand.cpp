@@ -27,16 +27,19 @@ namespace {
 
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
-    line::OperandSpec{
-        .name = "FILE", .help = "files, or folders with all below them", .isRepeatable = true}};
+    line::OperandSpec{.name = "FILE",
+                      .help = "files, or folders with everything below them",
+                      .isRepeatable = true}};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "into",
                      .valueName = "PATH",
-                     .help = "the folder of the package to put them into"},
-    line::OptionSpec{
-        .longName = "as", .valueName = "PATH", .help = "the path of one file in the package"},
-    line::OptionSpec{.longName = "replace", .help = "replace files that the package holds already"},
+                     .help = "the folder in the package to add them to"},
+    line::OptionSpec{.longName = "as",
+                     .valueName = "PATH",
+                     .help = "the path in the package, for a single file"},
+    line::OptionSpec{.longName = "replace",
+                     .help = "replace files that are already in the package"},
     detail::kExcludeOption,
     detail::kDefaultExcludesOption,
     detail::kFollowOption,
@@ -59,7 +62,7 @@ void requirePath(const line::Invocation& invocation, std::string_view option) {
 void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("as", "into");
   if (invocation.has("as") && invocation.operands().size() > 2) {
-    throw process::UsageError(process::sentence("bad option", "--as", "it goes with one FILE"));
+    throw process::UsageError(process::sentence("bad option", "--as", "it needs exactly one FILE"));
   }
   requirePath(invocation, "as");
   requirePath(invocation, "into");
@@ -117,8 +120,8 @@ class Collector {
   void addFolder(std::string folder, const std::string& place, bool hasName) {
     if (invocation_.has("as")) {
       throw process::Failure(
-          process::sentence("cannot add", folder, "it is a folder, and --as is for one file"),
-          "--into puts it into a folder of the package");
+          process::sentence("cannot add", folder, "it is a folder, and --as takes a file"),
+          "--into adds it to a folder of the package");
     }
     while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
     const std::size_t before = files_.size();
@@ -143,7 +146,7 @@ void requireDistinct(const std::vector<SourceFile>& files) {
     if (isNew || (file.isFolder && other->second->isFolder)) continue;
     throw process::Failure(process::sentence(
         "cannot add", file.diskPath,
-        fmt::format("'{}' goes to '{}' as well", other->second->diskPath, file.path)));
+        fmt::format("'{}' would also be added as '{}'", other->second->diskPath, file.path)));
   }
   for (const SourceFile& file : files) {
     const std::string_view path = file.path;
@@ -152,7 +155,7 @@ void requireDistinct(const std::vector<SourceFile>& files) {
       if (other == byPath.end() || other->second->isFolder) continue;
       throw process::Failure(
           process::sentence("cannot add", file.diskPath,
-                            fmt::format("'{}' goes to '{}', where a folder has to be",
+                            fmt::format("'{}' would be added as '{}', which must be a folder",
                                         other->second->diskPath, other->first)));
     }
   }
@@ -186,11 +189,11 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon add kit.kraddon wave.m --into lib", "stores wave.m as lib/wave.m"},
+    line::ExampleSpec{"kraddon add kit.kraddon wave.m --into lib", "adds wave.m as lib/wave.m"},
     line::ExampleSpec{"kraddon add kit.kraddon docs --replace",
-                      "stores a folder over what is there of it"},
+                      "adds a folder, replacing files that already exist"},
     line::ExampleSpec{"kraddon add kit.kraddon notes.txt --as README.txt",
-                      "stores a file under another name"}};
+                      "adds a file under another name"}};
 
 }  // namespace
 
@@ -198,10 +201,10 @@ constexpr line::CommandSpec kAddCommand{
     .name = "add",
     .summary = "adds files and folders",
     .description =
-        "A file goes in under its own name, a folder under its name with every file and\n"
-        "every empty folder below it; of '.' and '..' the content goes in. Patterns in the\n"
-        "folder's .kraddonignore are left out too. A path that is taken is an error, and\n"
-        "nothing is changed.",
+        "A file is added under its own name, a folder under its name with every file and every "
+        "empty folder below it. Of '.' and '..' only the content is added. Files that match a "
+        "pattern in the folder's .kraddonignore are left out. If a path already exists in the "
+        "package, nothing is changed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

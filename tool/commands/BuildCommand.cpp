@@ -42,20 +42,20 @@ using addon::packaging::AddonProperties;
 using opc::checks::Report;
 using opc::zippackage::WriteOptions;
 
-constexpr std::array kOperands{
-    line::OperandSpec{.name = "FOLDER", .help = "the project (default: .)", .isRequired = false}};
+constexpr std::array kOperands{line::OperandSpec{
+    .name = "FOLDER", .help = "the project folder (default: .)", .isRequired = false}};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "output",
                      .shortName = 'o',
                      .valueName = "PACKAGE",
-                     .help = "the file to make (default: NAME-VERSION.kraddon)"},
+                     .help = "the file to create (default: NAME-VERSION.kraddon)"},
     line::OptionSpec{.longName = "force", .help = "replace an existing file"},
     detail::kExcludeOption,
     detail::kFollowOption,
-    line::OptionSpec{.longName = "dry-run", .help = "print what would go in, write nothing"},
-    line::OptionSpec{.longName = "strict", .help = "warnings stop the build, too"},
-    line::OptionSpec{.longName = "no-verify", .help = "do not check the result"},
+    line::OptionSpec{.longName = "dry-run", .help = "list what would be packed, write nothing"},
+    line::OptionSpec{.longName = "strict", .help = "treat warnings as errors"},
+    line::OptionSpec{.longName = "no-verify", .help = "do not check the package"},
     detail::kJsonOption,
     detail::kTimestampOption,
     detail::kLevelOption};
@@ -106,7 +106,7 @@ void refuseSources(const std::string& output, const Project& project, bool isFor
   }
   if (existing && isForced && isOfProject(output, project) && !mayBePackage(output)) {
     throw process::Failure(
-        process::sentence("cannot create", output, "a file of the project is there, no package"));
+        process::sentence("cannot create", output, "it is a file of the project, not a package"));
   }
 }
 
@@ -152,7 +152,7 @@ bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
 void inspect(const std::string& path, const Task& task, report::BuildResult& result) {
   process::Interrupt::check();
   struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot look at", path, errno);
+  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot access", path, errno);
   result.size = static_cast<std::uint64_t>(info.st_size);
   report::ProgressBar bar(task.invocation.settings());
   if (task.verifies()) {
@@ -193,7 +193,7 @@ void warnOfExisting(const Task& task) {
   if (task.isForced() || ::stat(task.output.c_str(), &info) != 0) return;
   report::printWarning(task.invocation,
                        process::sentence("cannot create", task.output,
-                                         "it exists already, and only --force replaces it"));
+                                         "it already exists, and only --force replaces it"));
 }
 
 void print(const report::BuildResult& result, const Task& task) {
@@ -219,7 +219,7 @@ void print(const report::BuildResult& result, const Task& task) {
     why = "it has " + text::counted(verdict.warnings, "warning") + ", and 'strict' is set";
   }
   throw process::Failure(process::sentence("cannot build", task.output, why),
-                         "'kraddon verify --explain ID' says what to do about a finding");
+                         "'kraddon verify --explain ID' explains a finding");
 }
 
 /// What is told has to be told before the package takes its place: where that fails, the old one
@@ -269,24 +269,25 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon build", "makes the package of the project in this folder"},
+    line::ExampleSpec{"kraddon build", "builds the package of the project in this folder"},
     line::ExampleSpec{"kraddon build wave -o dist/wave.kraddon --force --timestamp 0",
-                      "gives the same bytes each time"},
-    line::ExampleSpec{"kraddon build --dry-run -v", "shows what would go in, and what would not"},
-    line::ExampleSpec{"kraddon build --strict --json", "for a pipeline: nothing doubtful passes"}};
+                      "produces the same bytes each time"},
+    line::ExampleSpec{"kraddon build --dry-run -v",
+                      "lists what would be packed, and what would not"},
+    line::ExampleSpec{"kraddon build --strict --json", "for pipelines: warnings fail the build"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kBuildCommand{
     .name = "build",
-    .summary = "makes the package of a project from its kraddon.toml",
+    .summary = "builds the package of a project from its kraddon.toml",
     .description =
-        "Packs the files of FOLDER with all that its manifest, kraddon.toml, says. What the\n"
-        "manifest names has to be there. The result is checked as 'verify' does before it is\n"
-        "put in place: errors and secrets (KR509) keep it out, with --strict warnings do too.\n"
-        "With --no-verify only the manifest and what it refers to is checked. --dry-run checks\n"
-        "what can be checked without a package. Without --timestamp, and without\n"
-        "SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+        "Packs the files of FOLDER as its manifest, kraddon.toml, describes. Everything that the "
+        "manifest names must exist. The package is checked as 'verify' does before it is put in "
+        "place: errors and secrets (KR509) stop the build, and so do warnings with --strict. With "
+        "--no-verify, only the manifest and what it refers to are checked. --dry-run checks what "
+        "can be checked without a package. Files keep their modification times unless --timestamp, "
+        "or SOURCE_DATE_EPOCH in the environment, sets another.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

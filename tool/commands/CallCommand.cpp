@@ -30,32 +30,31 @@ constexpr std::array kOperands{
                       .choices = detail::gatewayNames,
                       .hint = "'kraddon help call' lists them"},
     line::OperandSpec{.name = "ARG",
-                      .help = "a JSON value, @FILE with one in it, or plain text",
+                      .help = "a JSON value, @FILE that contains one, or plain text",
                       .isRequired = false,
                       .isRepeatable = true}};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "nlhs",
                      .valueName = "N",
-                     .help = "how many outputs to ask for (default: what the gateway allows)"},
+                     .help = "the number of outputs to request (default: what the gateway allows)"},
     line::OptionSpec{.longName = "library",
                      .valueName = "FILE",
-                     .help = "the shared library (default: the one beside the program)"}};
+                     .help = "the shared library (default: the program's own)"}};
 
 constexpr std::string_view kDescription =
-    "The gateways are addonCreatePackage, addonSetProperties, addonGetProperties,\n"
-    "addonAddFiles, addonAddFolders, addonExtractAllFiles, addonGetFileList,\n"
-    "addonSetLicense, addonGetLicense, addonSetRevisionHistory,\n"
-    "addonGetRevisionHistory, addonSetConfiguration, addonGetConfiguration,\n"
-    "addonSetScreenshot, addonSetAppInstallList, addonGetAppInstallList,\n"
-    "addonSetExamples, addonGetExamples, addonSetSystemRequirements and\n"
+    "The gateways are addonCreatePackage, addonSetProperties, addonGetProperties, addonAddFiles, "
+    "addonAddFolders, addonExtractAllFiles, addonGetFileList, addonSetLicense, addonGetLicense, "
+    "addonSetRevisionHistory, addonGetRevisionHistory, addonSetConfiguration, "
+    "addonGetConfiguration, addonSetScreenshot, addonSetAppInstallList, addonGetAppInstallList, "
+    "addonSetExamples, addonGetExamples, addonSetSystemRequirements and "
     "addonGetSystemRequirements.\n"
     "\n"
-    "A text becomes a char array, a number a double, true and false that word, an\n"
-    "object a struct (null leaves a field unset), an array of objects a struct\n"
-    "array, any other array a cell array. {\"$class\": \"struct\"|\"cell\"|\"char\"|\"double\",\n"
-    "\"size\": [..], \"fields\": [..], \"elements\": [..]} says everything outright.\n"
-    "The output is printed the same way, and nothing when the gateway set none.";
+    "Each ARG becomes a host array: a string a char array, a number a double, true and false those "
+    "words, an object a struct (null leaves a field unset), an array of objects a struct array, "
+    "any other array a cell array. {\"$class\": \"struct\"|\"cell\"|\"char\"|\"double\", "
+    "\"size\": [..], \"fields\": [..], \"elements\": [..]} describes any array exactly. The output "
+    "is printed in the same form; nothing is printed if the gateway sets none.";
 
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 constexpr std::int64_t kMostOutputs = 64;
@@ -155,13 +154,13 @@ constexpr std::array kExamples{
     line::ExampleSpec{"kraddon call addonSetLicense kit.kraddon @license.json",
                       "stores the struct in license.json"},
     line::ExampleSpec{"kraddon call addonAddFiles kit.kraddon '[\"wave.m\"]' '[\"lib/wave.m\"]'",
-                      "adds a file under a path"}};
+                      "adds a file under another path"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kCallCommand{
     .name = "call",
-    .summary = "calls one gateway of the shared library, as the host does",
+    .summary = "calls a gateway of the shared library, as the host does",
     .description = kDescription,
     .operands = kOperands,
     .options = kOptions,

@@ -14,24 +14,23 @@ namespace {
 constexpr std::array kOperands{
     line::OperandSpec{
         .name = "SHELL", .help = "bash, zsh or fish", .choices = line::completionShells},
-    line::OperandSpec{
-        .name = "WORD",
-        .help = "what was typed up to the cursor, without quotes: the script asks what fits",
-        .isRequired = false,
-        .isRepeatable = true}};
+    line::OperandSpec{.name = "WORD",
+                      .help = "the words before the cursor, without quotes; for the script",
+                      .isRequired = false,
+                      .isRepeatable = true}};
 
 constexpr std::string_view kDescription =
-    "Prints the script that lets the shell complete commands, options, names, files, and paths "
-    "inside a package. With the words of a line after '--', as the script calls it, it prints what "
-    "may stand for the last of them: 'paths' or 'words', what goes before each, and the "
-    "candidates, each with a tab and a description if it has one; every item ended by a NUL.";
+    "The script completes commands, options, names, files, and paths inside a package. To do so, "
+    "it runs this command with the words of the line after '--'. It then prints the candidates for "
+    "the last word: 'paths' or 'words', the text in front of each candidate, and the candidates, "
+    "each with a tab and a description if it has one. Every item ends with NUL.";
 
 constexpr std::array kExamples{
     line::ExampleSpec{
         "kraddon completion bash > ~/.local/share/bash-completion/completions/kraddon",
-        "for bash, from the next one started on"},
+        "for bash; takes effect in new shells"},
     line::ExampleSpec{"kraddon completion zsh > ~/.zfunc/_kraddon",
-                      "for zsh, with ~/.zfunc in its fpath"},
+                      "for zsh, if ~/.zfunc is in fpath"},
     line::ExampleSpec{"kraddon completion fish > ~/.config/fish/completions/kraddon.fish",
                       "for fish"}};
 
@@ -64,7 +63,7 @@ process::ExitCode run(const line::Invocation& invocation) {
 
 constexpr line::CommandSpec kCompletionCommand{
     .name = "completion",
-    .summary = "prints the script that completes lines in a shell",
+    .summary = "prints a script for completion in a shell",
     .description = kDescription,
     .operands = kOperands,
     .run = run,

@@ -22,26 +22,29 @@ namespace {
 using addon::packaging::AddonProperties;
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the file to make"},
+    line::OperandSpec{.name = "PACKAGE", .help = "the file to create"},
     line::OperandSpec{.name = "FOLDER",
-                      .help = "the folder whose files and empty folders go in",
+                      .help = "the folder whose files and empty folders are added",
                       .isRequired = false}};
 
 constexpr std::array kOptions{
     line::OptionSpec{
         .longName = "name", .valueName = "TEXT", .help = "the add-on's name", .isRequired = true},
     line::OptionSpec{
-        .longName = "version", .valueName = "TEXT", .help = "its version, default 1.0"},
-    line::OptionSpec{.longName = "summary", .valueName = "TEXT", .help = "what it is, in one line"},
+        .longName = "version", .valueName = "TEXT", .help = "the add-on's version (default: 1.0)"},
     line::OptionSpec{
-        .longName = "description", .valueName = "TEXT", .help = "what it is, at length"},
+        .longName = "summary", .valueName = "TEXT", .help = "a description in one line"},
+    line::OptionSpec{
+        .longName = "description", .valueName = "TEXT", .help = "a longer description"},
     line::OptionSpec{.longName = "author", .valueName = "TEXT", .help = "the author's name"},
     line::OptionSpec{.longName = "contact", .valueName = "TEXT", .help = "how to reach the author"},
     line::OptionSpec{
         .longName = "organization", .valueName = "TEXT", .help = "the author's organization"},
-    line::OptionSpec{.longName = "guid",
-                     .valueName = "TEXT",
-                     .help = "its GUID (default: a fresh one, or with a fixed time the name's)"},
+    line::OptionSpec{
+        .longName = "guid",
+        .valueName = "TEXT",
+        .help =
+            "the add-on's GUID (default: random, or derived from the name if the time is fixed)"},
     detail::kExcludeOption,
     detail::kDefaultExcludesOption,
     detail::kFollowOption,
@@ -94,21 +97,22 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon create kit.kraddon src --name 'Signal Kit'", "packs what is in src"},
+    line::ExampleSpec{"kraddon create kit.kraddon src --name 'Signal Kit'",
+                      "packs the files in src"},
     line::ExampleSpec{"kraddon create kit.kraddon src --name Kit --exclude '*.bak' --timestamp 0",
-                      "leaves out backups; gives the same bytes each time"},
+                      "leaves out backups; the bytes are the same each time"},
     line::ExampleSpec{"kraddon create empty.kraddon --name Empty",
-                      "makes a package without files"}};
+                      "creates a package without files"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kCreateCommand{
     .name = "create",
-    .summary = "makes a new package",
+    .summary = "creates a package",
     .description =
-        "Every file and every empty folder below FOLDER goes in under its path there.\n"
-        "Patterns in FOLDER/.kraddonignore are left out too. Without --timestamp, and\n"
-        "without SOURCE_DATE_EPOCH in the environment, files keep their own times.",
+        "Adds every file and every empty folder below FOLDER under its relative path. Files that "
+        "match a pattern in FOLDER/.kraddonignore are left out. Files keep their modification "
+        "times unless --timestamp, or SOURCE_DATE_EPOCH in the environment, sets another.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -27,38 +27,37 @@ namespace {
 
 constexpr std::array kOperands{
     line::OperandSpec{.name = "A", .help = "a package, or a folder with a manifest"},
-    line::OperandSpec{.name = "B", .help = "what it is compared with, one of the same"},
-    line::OperandSpec{
-        .name = "PATH",
-        .help = "compare these files, or what is below these folders, and nothing else",
-        .isRequired = false,
-        .isRepeatable = true}};
+    line::OperandSpec{.name = "B", .help = "the package or folder to compare it with"},
+    line::OperandSpec{.name = "PATH",
+                      .help = "compare only these files, or what is below these folders",
+                      .isRequired = false,
+                      .isRepeatable = true}};
 
 constexpr std::array kOptions{
     detail::kJsonOption,
     line::OptionSpec{.longName = "stat", .help = "print how much differs, not what"},
     line::OptionSpec{
         .longName = "text",
-        .help = "with the lines in which text files differ, as 'patch -p1' takes them"},
+        .help = "also print the changed lines of text files, as input for 'patch -p1'"},
     detail::kGlobOption};
 
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon diff wave-1.1.kraddon wave-1.2.kraddon",
                       "what a new version changes"},
     line::ExampleSpec{"kraddon diff wave-1.2.kraddon . --text",
-                      "how the project differs from what was shipped, line by line"},
+                      "how the project differs from the released package, line by line"},
     line::ExampleSpec{"kraddon diff a.kraddon b.kraddon --glob '*.m' '!tests/**'",
                       "only the sources, without the tests"}};
 
 constexpr const char* kDescription =
-    "Prints a line for each property, for each field of a document and for each file or\n"
-    "empty folder that differs: + added, - removed, ~ changed, > moved. Files are compared\n"
-    "by their bytes; how they are packed and all times are left aside, so that packages\n"
-    "of the same digest ('kraddon info') are the same. Of a folder the package is compared\n"
-    "that 'kraddon build' would make of it. With PATH, properties and documents are left\n"
-    "aside.\n"
+    "Prints one line for each property, field of a document, file and empty folder that differs: + "
+    "added, - removed, ~ changed, > moved. Files are compared by their content; times and "
+    "compression are ignored, so packages with the same digest (see 'kraddon info') are the same. "
+    "A folder is compared as the package that 'kraddon build' would build from it. With PATH, "
+    "properties and documents are not compared.\n"
     "\n"
-    "The exit code is 0 when nothing differs, 1 when something does, 2 for every failure.\n";
+    "The exit code is 0 if nothing differs, 1 if "
+    "something does, and 2 on failure.";
 
 bool isFolder(const std::string& path) {
   std::error_code error;  // what cannot be looked at cannot be opened, and then that is said
@@ -132,7 +131,7 @@ process::ExitCode run(const line::Invocation& invocation) {
 
 constexpr line::CommandSpec kDiffCommand{
     .name = "diff",
-    .summary = "shows what differs between two packages, or a package and a folder",
+    .summary = "compares two packages, or a package and a folder",
     .description = kDescription,
     .operands = kOperands,
     .options = kOptions,

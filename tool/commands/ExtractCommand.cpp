@@ -34,7 +34,7 @@ using opc::plservices::RestoreMode;
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
     line::OperandSpec{.name = "PATH",
-                      .help = "files, or folders with all below them (default: everything)",
+                      .help = "files, or folders with everything below them (default: all)",
                       .isRequired = false,
                       .isRepeatable = true}};
 
@@ -42,14 +42,14 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "directory",
                      .shortName = 'd',
                      .valueName = "DIR",
-                     .help = "where to write (default: the package's base name)"},
+                     .help = "the folder to write to (default: the package's base name)"},
     line::OptionSpec{.longName = "force", .help = "replace existing files"},
-    line::OptionSpec{.longName = "skip-existing", .help = "leave existing files as they are"},
-    line::OptionSpec{.longName = "dry-run", .help = "print what would be written, write nothing"},
+    line::OptionSpec{.longName = "skip-existing", .help = "keep existing files"},
+    line::OptionSpec{.longName = "dry-run", .help = "list what would be written, write nothing"},
     line::OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
     line::OptionSpec{.longName = "max-size",
                      .valueName = "BYTES",
-                     .help = "write nothing if it would be more than BYTES"},
+                     .help = "write nothing if the total exceeds BYTES"},
     detail::kGlobOption};
 
 std::optional<std::int64_t> sizeLimitOf(const line::Invocation& invocation) {
@@ -72,14 +72,14 @@ std::string destinationOf(const line::Invocation& invocation) {
   std::string name = detail::baseNameOf(package);
   if (name.empty() || name == detail::fileNameOf(package)) {
     throw process::Failure(
-        process::sentence("cannot tell where to write", package, "the name has no extension"),
-        "name a folder with -d");
+        process::sentence("cannot extract", package, "the name has no extension"),
+        "-d names the folder to write to");
   }
   // Whoever named the file must not choose a folder outside this one.
   if (name == "." || name == "..") {
-    throw process::Failure(
-        process::sentence("cannot tell where to write", package, "its base name is no folder's"),
-        "name a folder with -d");
+    throw process::Failure(process::sentence("cannot extract", package,
+                                             "its base name cannot be the name of a folder"),
+                           "-d names the folder to write to");
   }
   return name;
 }
@@ -92,9 +92,8 @@ void checkSize(const std::vector<Item>& items, const line::Invocation& invocatio
     // A sum beyond 64 bits is too large as well.
     if (__builtin_add_overflow(size, item.info.size, &size) ||
         size > static_cast<std::uint64_t>(*limit)) {
-      throw process::Failure(
-          process::sentence("cannot extract", invocation.operands()[0],
-                            fmt::format("it would be more than {} bytes", *limit)));
+      throw process::Failure(process::sentence("cannot extract", invocation.operands()[0],
+                                               fmt::format("the total exceeds {} bytes", *limit)));
     }
   }
 }
@@ -131,7 +130,7 @@ void checkExisting(std::vector<Item>& items, const std::string& destination,
   } else {
     throw process::Failure(
         process::sentence("cannot extract", onDisk(destination, items[existing[0].item].path),
-                          "it exists already"),
+                          "it already exists"),
         "--force replaces files, --skip-existing leaves them");
   }
 }
@@ -201,19 +200,19 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon extract kit.kraddon", "writes everything into the folder kit"},
+    line::ExampleSpec{"kraddon extract kit.kraddon", "extracts everything into the folder kit"},
     line::ExampleSpec{"kraddon extract kit.kraddon docs -d out --skip-existing",
-                      "writes what lies below docs into out"},
+                      "extracts what is below docs into out"},
     line::ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kExtractCommand{
     .name = "extract",
-    .summary = "writes files of the package to the disk",
+    .summary = "extracts files to the disk",
     .description =
-        "Nothing is written outside DIR, and no link there is followed. An existing file\n"
-        "is an error before anything is written.",
+        "Nothing is written outside DIR, and links in DIR are not followed. If a file already "
+        "exists, nothing is written.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

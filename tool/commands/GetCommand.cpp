@@ -39,7 +39,7 @@ process::ExitCode run(const line::Invocation& invocation) {
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon get kit.kraddon properties", "prints the properties"},
     line::ExampleSpec{"kraddon get kit.kraddon apps -o apps.json",
-                      "saves the list of apps, to be edited and set"}};
+                      "saves the list of apps for editing"}};
 
 }  // namespace
 
@@ -47,10 +47,10 @@ constexpr line::CommandSpec kGetCommand{
     .name = "get",
     .summary = "prints one document as JSON",
     .description =
-        "The JSON is the host struct of the document: an array for apps, examples and\n"
-        "revisions, an object for the others; flags are the texts \"true\" and \"false\",\n"
-        "unset fields null. A document that the package does not hold is printed with\n"
-        "empty values, as the host reads it.",
+        "The JSON is the host struct of the document: an array for apps, examples and revisions, "
+        "an object for the others. Flags are the texts \"true\" and \"false\"; fields that are not "
+        "set are null. A document that is not in the package is printed with empty values, as the "
+        "host reads it.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -10,11 +10,10 @@ namespace tool::commands {
 
 namespace {
 
-constexpr std::array kOperands{
-    line::OperandSpec{.name = "COMMAND",
-                      .help = "what to tell about; without it all commands are listed",
-                      .isRequired = false,
-                      .choices = commandNames}};
+constexpr std::array kOperands{line::OperandSpec{.name = "COMMAND",
+                                                 .help = "the command (default: list all commands)",
+                                                 .isRequired = false,
+                                                 .choices = commandNames}};
 
 process::ExitCode run(const line::Invocation& invocation) {
   const auto& names = invocation.operands();
@@ -25,15 +24,15 @@ process::ExitCode run(const line::Invocation& invocation) {
   return process::ExitCode::Done;
 }
 
-constexpr std::array kExamples{line::ExampleSpec{"kraddon help create", "tells about 'create'"},
+constexpr std::array kExamples{line::ExampleSpec{"kraddon help create", "shows help for 'create'"},
                                line::ExampleSpec{"kraddon help", "lists all commands"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kHelpCommand{
     .name = "help",
-    .summary = "tells about a command",
-    .description = "Prints what 'kraddon COMMAND --help' prints.",
+    .summary = "shows help for a command",
+    .description = "Prints the same as 'kraddon COMMAND --help'.",
     .operands = kOperands,
     .run = run,
     .examples = kExamples};

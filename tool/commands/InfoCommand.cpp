@@ -35,7 +35,7 @@ constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the
 constexpr std::array kOptions{
     detail::kJsonOption, line::OptionSpec{.longName = "field",
                                           .valueName = "NAME",
-                                          .help = "print one value alone, named as in the JSON",
+                                          .help = "print only this value, named as in the JSON",
                                           .choices = fieldNames}};
 
 struct Screenshot {
@@ -98,7 +98,7 @@ std::optional<Screenshot> readScreenshot(AddonPackage& package) {
 
 std::uint64_t fileSize(const std::string& path) {
   struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot look at", path, errno);
+  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot access", path, errno);
   return static_cast<std::uint64_t>(info.st_size);
 }
 
@@ -255,7 +255,7 @@ void checkField(const line::Invocation& invocation) {
   if (!field) return;
   if (invocation.has("json")) {
     throw process::UsageError(
-        process::sentence("bad option", "--field", "it does not go with --json"));
+        process::sentence("bad option", "--field", "it cannot be combined with --json"));
   }
   if (std::find(kFields.begin(), kFields.end(), *field) != kFields.end()) return;
   const std::string all = fmt::format("the fields are {}", fmt::join(kFields, ", "));
@@ -286,22 +286,21 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon info kit.kraddon", "shows all there is to know at a glance"},
+    line::ExampleSpec{"kraddon info kit.kraddon", "shows an overview"},
     line::ExampleSpec{"kraddon info kit.kraddon --field version",
-                      "prints the add-on's version alone"},
-    line::ExampleSpec{"kraddon info kit.kraddon --json", "gives the same to a program"}};
+                      "prints only the add-on's version"},
+    line::ExampleSpec{"kraddon info kit.kraddon --json", "prints the overview for other programs"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kInfoCommand{
     .name = "info",
-    .summary = "shows what a package is and how much is in it",
+    .summary = "shows the properties and sizes of a package",
     .description =
-        "Prints the properties, how much is in the package, which "
-        "documents it has and the digest of "
-        "its content: the same for the same content, however and "
-        "whenever it was packed. A value that "
-        "is unset is left out, and empty with --field.",
+        "Prints the properties, the number and sizes of the files, the documents in the package, "
+        "and the digest of its content. Packages with the same content have the same digest, "
+        "however and whenever they were packed. Values that are not set are left out; with --field "
+        "they are empty.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -25,17 +25,17 @@ using addon::project::Guesses;
 using addon::project::ProjectFolder;
 
 constexpr std::array kOperands{line::OperandSpec{
-    .name = "FOLDER", .help = "the author's folder (default: .)", .isRequired = false}};
+    .name = "FOLDER", .help = "the project folder (default: .)", .isRequired = false}};
 
 constexpr std::array kOptions{
-    line::OptionSpec{.longName = "force", .help = "replace a kraddon.toml that is there"},
-    line::OptionSpec{.longName = "stdout", .help = "print it, and write no file"}};
+    line::OptionSpec{.longName = "force", .help = "replace an existing kraddon.toml"},
+    line::OptionSpec{.longName = "stdout", .help = "print the manifest, write no file"}};
 
 /// Before the folder is read: nobody should wait for a refusal.
 void requireFree(const std::string& path) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) == 0) {
-    throw process::Failure(process::sentence("cannot write", path, "it exists already"),
+    throw process::Failure(process::sentence("cannot write", path, "it already exists"),
                            "--force replaces it");
   }
 }
@@ -44,7 +44,7 @@ Guesses guess(const std::string& folder, const line::Invocation& invocation) {
   const ProjectFolder project(folder);
   Guesses guesses = guessFrom(project, addon::project::readGitFacts(project.path()));
   for (const std::string& remark : guesses.remarks) {
-    report::printWarning(invocation, "not looked at: " + remark);
+    report::printWarning(invocation, "skipped: " + remark);
   }
   return guesses;
 }
@@ -69,19 +69,19 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon init", "writes ./kraddon.toml, for 'kraddon build' to read"},
-    line::ExampleSpec{"kraddon init ~/wave --stdout", "shows what would be written for ~/wave"}};
+    line::ExampleSpec{"kraddon init", "writes ./kraddon.toml for 'kraddon build'"},
+    line::ExampleSpec{"kraddon init ~/wave --stdout", "prints the manifest for ~/wave"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kInitCommand{
     .name = "init",
-    .summary = "writes a kraddon.toml to start from",
+    .summary = "writes an initial kraddon.toml",
     .description =
-        "Looks at FOLDER and guesses what its manifest would say: the name, the version (the\n"
-        "newest git tag), the author, README, LICENSE, CHANGELOG and screenshot, the folders\n"
-        "with .m files, the .jar files and the examples. Each guess stands below a comment\n"
-        "that names its source; correct what is wrong, then 'kraddon build' makes the package.",
+        "Guesses the manifest from the content of FOLDER: the name, the version (from the newest "
+        "git tag), the author, README, LICENSE, CHANGELOG and screenshot, the folders with .m "
+        "files, the .jar files and the examples. A comment above each guess names its source. "
+        "Correct what is wrong, then run 'kraddon build' to build the package.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

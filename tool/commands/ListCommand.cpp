@@ -26,21 +26,21 @@ namespace {
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
     line::OperandSpec{.name = "PATH",
-                      .help = "files, or folders with all below them (default: everything)",
+                      .help = "files, or folders with everything below them (default: all)",
                       .isRequired = false,
                       .isRepeatable = true}};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "long",
                      .shortName = 'l',
-                     .help = "with size, packed size, packed share and time"},
-    line::OptionSpec{.longName = "tree", .help = "drawn as a tree"},
+                     .help = "also show size, packed size, ratio and time"},
+    line::OptionSpec{.longName = "tree", .help = "draw a tree"},
     line::OptionSpec{.longName = "null",
                      .shortName = '0',
-                     .help = "end each path with a NUL instead of a line end"},
-    line::OptionSpec{.longName = "hash", .help = "with the SHA-256 of each file"},
+                     .help = "end each path with NUL instead of a newline"},
+    line::OptionSpec{.longName = "hash", .help = "also show the SHA-256 of each file"},
     line::OptionSpec{.longName = "all",
-                     .help = "every part of the package instead of the file tree"},
+                     .help = "list every part of the package instead of the file tree"},
     detail::kGlobOption,
     detail::kJsonOption};
 
@@ -265,21 +265,20 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon list kit.kraddon -l", "shows sizes and times as well"},
+    line::ExampleSpec{"kraddon list kit.kraddon -l", "also shows sizes and times"},
     line::ExampleSpec{"kraddon list kit.kraddon --glob '*.m' '!test*.m'",
-                      "lists all sources but the tests"},
+                      "lists all sources except the tests"},
     line::ExampleSpec{"kraddon list kit.kraddon -0 | xargs -0 -n 1 echo",
-                      "hands each path on, whatever is in it"}};
+                      "passes on each path unchanged"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kListCommand{
     .name = "list",
-    .summary = "lists files and empty folders, one path a line",
+    .summary = "lists files and empty folders, one path per line",
     .description =
-        "The order is that of the host's file list. A PATH that names nothing is an error. On a "
-        "terminal, unusual characters of a path are shown as escapes; -0 gives every path as it "
-        "is.",
+        "Paths are in the order of the host's file list. A PATH that matches nothing is an error. "
+        "On a terminal, unusual characters in a path are escaped; -0 prints every path as it is.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

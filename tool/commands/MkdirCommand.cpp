@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
-    line::OperandSpec{.name = "PATH", .help = "the folders to make", .isRepeatable = true}};
+    line::OperandSpec{.name = "PATH", .help = "the folders to create", .isRepeatable = true}};
 
 constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
 
@@ -30,9 +30,9 @@ process::ExitCode run(const line::Invocation& invocation) {
   for (auto path = operands.begin() + 1; path != operands.end(); ++path) {
     if (path->empty()) {
       throw process::Failure(
-          process::sentence("cannot make the folder", *path, "the path is empty"));
+          process::sentence("cannot create the folder", *path, "the path is empty"));
     }
-    detail::toUtf16("cannot make the folder", *path);
+    detail::toUtf16("cannot create the folder", *path);
   }
   const auto make = [&](AddonPackage& package) {
     for (auto path = operands.begin() + 1; path != operands.end(); ++path) {
@@ -47,14 +47,15 @@ process::ExitCode run(const line::Invocation& invocation) {
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon mkdir kit.kraddon results", "adds an empty folder"},
     line::ExampleSpec{"kraddon mkdir kit.kraddon cache/images cache/texts",
-                      "adds two, and the one above them"}};
+                      "adds two folders and the one above them"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kMkdirCommand{
     .name = "mkdir",
     .summary = "adds empty folders",
-    .description = "Folders above them come into being. A folder that exists is no error.",
+    .description =
+        "Missing parent folders are created. A folder that already exists is not an error.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

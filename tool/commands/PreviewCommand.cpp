@@ -29,7 +29,7 @@ constexpr std::array kOptions{
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon preview kit.kraddon", "writes kit.html"},
     line::ExampleSpec{"kraddon preview kit.kraddon -o site/kit.html",
-                      "writes that file, in the place of an older one"},
+                      "writes that file, replacing an older one"},
     line::ExampleSpec{"kraddon preview kit.kraddon -o -", "writes the page to standard output"}};
 
 process::ExitCode run(const line::Invocation& invocation) {
@@ -52,13 +52,13 @@ process::ExitCode run(const line::Invocation& invocation) {
 
 constexpr line::CommandSpec kPreviewCommand{
     .name = "preview",
-    .summary = "makes one HTML page that presents the add-on",
+    .summary = "writes an HTML page that presents the add-on",
     .description =
-        "The page shows what the package says of itself: screenshot, description, author,\n"
-        "requirements, examples, apps, revisions, license, and the files with their sizes. It\n"
-        "is one file, runs no script and loads nothing. Descriptions are CommonMark with tables,\n"
-        "without HTML. It goes to FILE, which is replaced, or,\n"
-        "without -o, to the package's base name and .html, which must not exist.",
+        "The page shows what the package contains: screenshot, description, author, requirements, "
+        "examples, apps, revisions, license, and the files with their sizes. It is a single file "
+        "that runs no script and loads nothing. Descriptions are read as CommonMark with tables. "
+        "The page is written to FILE, which is replaced. Without -o, the file has the package's "
+        "base name and the extension .html, and must not exist.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -24,8 +24,9 @@ using opc::plservices::FileSystemEntry;
 
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
-    line::OperandSpec{
-        .name = "PATH", .help = "files, or folders with all below them", .isRepeatable = true}};
+    line::OperandSpec{.name = "PATH",
+                      .help = "files, or folders with everything below them",
+                      .isRepeatable = true}};
 
 constexpr std::array kOptions{detail::kGlobOption, detail::kDryRunOption, detail::kTimestampOption,
                               detail::kLevelOption};
@@ -108,9 +109,10 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon remove kit.kraddon docs/old", "removes a folder with all below it"},
+    line::ExampleSpec{"kraddon remove kit.kraddon docs/old",
+                      "removes a folder with everything below it"},
     line::ExampleSpec{"kraddon remove kit.kraddon --glob '*.bak' --dry-run",
-                      "tells which files a pattern would remove"}};
+                      "lists the files that a pattern would remove"}};
 
 }  // namespace
 
@@ -118,9 +120,9 @@ constexpr line::CommandSpec kRemoveCommand{
     .name = "remove",
     .summary = "removes files and folders",
     .description =
-        "A folder goes with all that is in it; the folder above stays, even when nothing is\n"
-        "left in it. A pattern that matches a folder takes what is in it too, but for what\n"
-        "a later one with '!' keeps. '/' is everything.",
+        "A folder is removed with everything in it. The folder above it stays, even if it is then "
+        "empty. A pattern that matches a folder also removes what is in it, except what a later "
+        "pattern with '!' keeps. '/' stands for everything.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -31,12 +31,13 @@ constexpr std::array kOperands{line::OperandSpec{
 
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon schema manifest > kraddon.schema.json",
-                      "for an editor that completes and checks kraddon.toml"},
-    line::ExampleSpec{"kraddon schema apps", "what 'kraddon set PACKAGE apps FILE.json' takes"}};
+                      "for editors that complete and check kraddon.toml"},
+    line::ExampleSpec{"kraddon schema apps",
+                      "describes the files that 'kraddon set PACKAGE apps' accepts"}};
 
 constexpr const char* kDescription =
-    "Of the manifest as JSON would say it, of what a command prints with --json, or of a\n"
-    "document as 'get' prints and 'set' takes it. The dialect is JSON Schema 2020-12.\n";
+    "Prints the schema of the manifest (as JSON), of what a command prints with --json, or of a "
+    "document as 'get' prints and 'set' reads it. The dialect is JSON Schema 2020-12.";
 
 const json::Schema& findSchema(std::string_view name) {
   std::vector<std::string_view> names;
@@ -60,12 +61,11 @@ process::ExitCode run(const line::Invocation& invocation) {
 
 }  // namespace
 
-constexpr line::CommandSpec kSchemaCommand{
-    .name = "schema",
-    .summary = "prints the JSON Schema of something that is read or printed",
-    .description = kDescription,
-    .operands = kOperands,
-    .run = run,
-    .examples = kExamples};
+constexpr line::CommandSpec kSchemaCommand{.name = "schema",
+                                           .summary = "prints a JSON Schema",
+                                           .description = kDescription,
+                                           .operands = kOperands,
+                                           .run = run,
+                                           .examples = kExamples};
 
 }  // namespace tool::commands

@@ -30,14 +30,14 @@ namespace {
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
     line::OperandSpec{.name = "IMAGE",
-                      .help = "the file to store (default: write out the stored one)",
+                      .help = "the image to store (default: extract the stored one)",
                       .isRequired = false}};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "output",
                      .shortName = 'o',
                      .valueName = "FILE",
-                     .help = "where to write the stored one; - is standard output"},
+                     .help = "where to write the stored image; - is standard output"},
     detail::kTimestampOption, detail::kLevelOption};
 
 constexpr std::size_t kBufferSize = std::size_t{256} << 10;
@@ -53,7 +53,7 @@ void checkImage(const std::string& path) {
   if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot read", path, errno);
   if (S_ISDIR(info.st_mode)) throw process::systemFailure("cannot read", path, EISDIR);
   if (!S_ISREG(info.st_mode))
-    throw process::Failure(process::sentence("cannot read", path, "it is no file"));
+    throw process::Failure(process::sentence("cannot read", path, "it is not a file"));
   const opc::FileDescriptor file(
       opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
   if (!file) throw process::systemFailure("cannot read", path, errno);
@@ -62,7 +62,7 @@ void checkImage(const std::string& path) {
 void store(const line::Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
   const std::string& image = invocation.operands()[1];
-  refuse(invocation, "output", "it does not go with IMAGE");
+  refuse(invocation, "output", "it cannot be combined with IMAGE");
   if (image == "-") {
     throw process::UsageError(
         process::sentence("bad value", image, "IMAGE is a file; -o - is standard output"));
@@ -81,8 +81,8 @@ std::string defaultOutput(const std::string& package, const std::string& part) {
 }
 
 void writeOut(const line::Invocation& invocation) {
-  refuse(invocation, "timestamp", "it goes with IMAGE only");
-  refuse(invocation, "level", "it goes with IMAGE only");
+  refuse(invocation, "timestamp", "it needs IMAGE");
+  refuse(invocation, "level", "it needs IMAGE");
   const std::string& path = invocation.operands()[0];
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
   const std::string part = json::screenshotPart(*package);
@@ -112,9 +112,8 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon screenshot kit.kraddon screen.png", "stores the picture"},
-    line::ExampleSpec{"kraddon screenshot kit.kraddon",
-                      "writes the stored one to kit.png or the like"},
+    line::ExampleSpec{"kraddon screenshot kit.kraddon screen.png", "stores the image"},
+    line::ExampleSpec{"kraddon screenshot kit.kraddon", "extracts the image to kit.png or similar"},
     line::ExampleSpec{"kraddon screenshot kit.kraddon -o - > screen.png",
                       "writes it to standard output"}};
 
@@ -122,12 +121,12 @@ constexpr std::array kExamples{
 
 constexpr line::CommandSpec kScreenshotCommand{
     .name = "screenshot",
-    .summary = "stores the screenshot, or writes out the stored one",
+    .summary = "stores or extracts the screenshot",
     .description =
-        "With IMAGE, a png, gif, tiff, bmp or JPEG file, that becomes the package's one\n"
-        "screenshot and thumbnail, in the place of an earlier one. Without it the stored\n"
-        "image is written, byte for byte, to FILE, which is replaced, or, without -o, to the\n"
-        "package's base name with the image's extension, which must not exist.",
+        "With IMAGE, a PNG, GIF, TIFF, BMP or JPEG file, stores it as the screenshot and the "
+        "thumbnail of the package, replacing an earlier one. Without IMAGE, writes the stored "
+        "image, byte for byte, to FILE, which is replaced. Without -o, the file has the package's "
+        "base name and the image's extension, and must not exist.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

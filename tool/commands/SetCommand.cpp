@@ -80,7 +80,7 @@ std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
     throw process::UsageError(
         process::sentence("unknown field", fmt::format("{}.{}", table.name(), field),
                           text::suggestion(field, known, all)),
-        identityOf(word) ? fmt::format("'./{}' is the file of that name", word) : "");
+        identityOf(word) ? fmt::format("'./{}' is the file with that name", word) : "");
   }
   const std::string fault = addon::project::xmlTextFault(value);
   if (!fault.empty()) {
@@ -134,7 +134,7 @@ void checkFixed(const DocumentTable& table, const ConstRecord& changed, AddonPac
     if (!field.isFixed || changed.text(field) == stored.record.text(field)) continue;
     throw process::Failure(
         process::sentence("cannot change", fmt::format("{}.{}", table.name(), field.name),
-                          fmt::format("it is '{}' for as long as the package lives",
+                          fmt::format("it is '{}' and cannot change",
                                       opc::toUtf8ForDisplay(stored.record.text(field)))));
   }
 }
@@ -203,18 +203,17 @@ constexpr std::array kExamples{
                       "changes two properties"},
     line::ExampleSpec{"kraddon set kit.kraddon apps apps.json", "stores the list in apps.json"},
     line::ExampleSpec{"kraddon get old.kraddon license | kraddon set kit.kraddon license -",
-                      "takes over another package's license"}};
+                      "copies the license of another package"}};
 
 }  // namespace
 
 constexpr line::CommandSpec kSetCommand{
     .name = "set",
-    .summary = "stores one document, or changes some of its fields",
+    .summary = "stores a document, or changes some of its fields",
     .description =
-        "FILE.json is what 'get' prints. FIELD=VALUE changes just that field, of the\n"
-        "properties or the license. In a file every field has to be there, but for lists\n"
-        "of texts and lists within a record, which are empty when they are null or\n"
-        "missing.",
+        "FILE.json has the form that 'get' prints. FIELD=VALUE changes one field of the properties "
+        "or the license. A file must contain every field, except lists of texts and lists within a "
+        "record, which are empty if they are null or missing.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -119,10 +119,10 @@ constexpr std::array kExamples{
 
 constexpr line::CommandSpec kUnsetCommand{
     .name = "unset",
-    .summary = "removes documents, or the screenshot",
+    .summary = "removes documents or the screenshot",
     .description =
-        "With the screenshot goes the thumbnail that shows it. Properties stay: a package\n"
-        "always has them. One that is not there is an error, and nothing is changed.",
+        "Removing the screenshot also removes the thumbnail that shows it. The properties cannot "
+        "be removed. If one of the documents is not there, nothing is changed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -35,28 +35,28 @@ constexpr std::array kOperands{line::OperandSpec{
     .name = "PACKAGE", .help = "the packages to check", .isRequired = false, .isRepeatable = true}};
 
 constexpr std::array kOptions{
-    line::OptionSpec{.longName = "strict", .help = "warnings count as errors"},
+    line::OptionSpec{.longName = "strict", .help = "treat warnings as errors"},
     line::OptionSpec{.longName = "ignore",
                      .valueName = "ID[:GLOB]",
-                     .help = "pass over a finding, everywhere or in what matches",
+                     .help = "ignore a finding, everywhere or for paths that match",
                      .isRepeatable = true,
                      .choices = findingIds},
     line::OptionSpec{.longName = "opc",
-                     .help = "check the container and the packaging rules alone"},
+                     .help = "check only the container and the packaging conventions"},
     line::OptionSpec{.longName = "format",
                      .valueName = "FORMAT",
-                     .help = "text, github or sarif",
+                     .help = "the output format: text, github or sarif",
                      .choices = report::findingFormats},
     detail::kJsonOption,
     line::OptionSpec{.longName = "explain",
                      .valueName = "ID",
-                     .help = "say what a finding means, and what to do about it",
+                     .help = "explain a finding and what to do about it",
                      .choices = findingIds}};
 
 constexpr const char* kDescription =
-    "Reads every byte, and checks every checksum, every rule of the packaging conventions, every\n"
-    "document and every reference between them. Prints a line a finding. The exit code is 1 when\n"
-    "there is an error in any of the packages.";
+    "Reads every byte, and checks every checksum, every rule of the packaging conventions, every "
+    "document, and every reference between them. Prints one line per finding. The exit code is 1 "
+    "if there is an error in any of the packages.";
 
 void explain(const FindingInfo& info, report::Output& output) {
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
@@ -70,7 +70,7 @@ process::ExitCode runExplain(const line::Invocation& invocation) {
   invocation.refuseTogether("explain", "format");
   if (!invocation.operands().empty()) {
     throw process::UsageError(process::sentence("unexpected operand", invocation.operands()[0],
-                                                "--explain looks at no package"));
+                                                "--explain takes no package"));
   }
   report::Output output;
   explain(findingNamed(*invocation.value("explain")), output);
@@ -141,22 +141,21 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon verify kit.kraddon", "prints a line a finding"},
+    line::ExampleSpec{"kraddon verify kit.kraddon", "prints one line per finding"},
     line::ExampleSpec{"kraddon verify --strict --ignore 'KR512:docs/**' *.kraddon",
-                      "fails on warnings too, but for some"},
+                      "also fails on warnings, except for some"},
     line::ExampleSpec{"kraddon verify --opc --json report.docx",
-                      "checks any package of the packaging conventions"},
-    line::ExampleSpec{"kraddon verify --explain KR101", "says what a finding means"}};
+                      "checks any package that follows the conventions"},
+    line::ExampleSpec{"kraddon verify --explain KR101", "explains a finding"}};
 
 }  // namespace
 
-constexpr line::CommandSpec kVerifyCommand{
-    .name = "verify",
-    .summary = "checks packages, and says what is wrong with them",
-    .description = kDescription,
-    .operands = kOperands,
-    .options = kOptions,
-    .run = run,
-    .examples = kExamples};
+constexpr line::CommandSpec kVerifyCommand{.name = "verify",
+                                           .summary = "checks packages and reports what is wrong",
+                                           .description = kDescription,
+                                           .operands = kOperands,
+                                           .options = kOptions,
+                                           .run = run,
+                                           .examples = kExamples};
 
 }  // namespace tool::commands

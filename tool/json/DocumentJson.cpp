@@ -97,8 +97,7 @@ void readRecord(const Record& record, const JsonValue& value, const Place& place
     const Field* field = table.find(name);
     const Place member = place.member(name);
     if (field == nullptr) {
-      const std::string near(
-          text::suggestion(name, fieldNames(table), "there is none of that name"));
+      const std::string near(text::suggestion(name, fieldNames(table), "no field has that name"));
       member.refuse(fmt::format("unknown field, {}", near));
     }
     readField(record, *field, content, member);

@@ -46,7 +46,7 @@ bool isPlainObject(const JsonValue& value) {
 
 void checkFieldName(const std::string& name) {
   if (name.empty()) throw JsonError("a field has no name");
-  if (name.find('\0') != std::string::npos) throw JsonError("the name of a field holds a NUL");
+  if (name.find('\0') != std::string::npos) throw JsonError("the name of a field contains NUL");
 }
 
 HostArrayPointer makeStruct(const std::vector<std::size_t>& sizes,
@@ -124,7 +124,7 @@ class ClassForm {
     }
     if (sizes_.empty()) throw JsonError("the member 'size' is missing");
     if (elementCount() != expectedCount()) {
-      throw JsonError(fmt::format("the size calls for {} elements, and there are {}",
+      throw JsonError(fmt::format("the size requires {} elements, and there are {}",
                                   expectedCount(), elementCount()));
     }
   }
@@ -172,7 +172,7 @@ class ClassForm {
       if (!field.is_string()) throw JsonError("expected an array of texts");
       fields_.push_back(field.get<std::string>());
       if (!seen.insert(fields_.back()).second) {
-        throw JsonError(fmt::format("the field '{}' is there twice", fields_.back()));
+        throw JsonError(fmt::format("the field '{}' is given twice", fields_.back()));
       }
     }
   }
@@ -288,7 +288,7 @@ HostArrayPointer toHostArray(const JsonValue& value) {
   if (value.is_boolean()) return toHostText(value.get<bool>() ? u"true" : u"false");
   if (value.is_number()) return HostArrayPointer(kxCreateDoubleScalar(value.get<double>()));
   if (value.is_array()) return toArray(value);
-  if (value.is_null()) throw JsonError("null stands for an unset field of a struct only");
+  if (value.is_null()) throw JsonError("null is allowed only as a field of a struct");
   return isPlainObject(value) ? toStruct(value) : ClassForm(value).build();
 }
 

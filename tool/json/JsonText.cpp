@@ -31,7 +31,7 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
   bool number_unsigned(number_unsigned_t value) override { return add(value); }
   bool number_float(number_float_t value, const string_t&) override { return add(value); }
   bool string(string_t& value) override { return add(std::move(value)); }
-  bool binary(binary_t&) override { return refuse("there is no binary value in JSON text"); }
+  bool binary(binary_t&) override { return refuse("JSON text has no binary values"); }
 
   bool start_object(std::size_t) override { return open(JsonValue::object()); }
   bool end_object() override { return close(); }
@@ -40,7 +40,7 @@ class Builder final : public nlohmann::json_sax<JsonValue> {
 
   bool key(string_t& name) override {
     if (!levels_.back().names.insert(name).second) {
-      return refuse(fmt::format("{}.{}: it is there twice", place(), name));
+      return refuse(fmt::format("{}.{}: it is given twice", place(), name));
     }
     levels_.back().key = std::move(name);
     return true;

@@ -146,7 +146,7 @@ void checkOperands(const CommandSpec& command, const std::vector<std::string>& o
   const bool isOpenEnded = !command.operands.empty() && command.operands.back().isRepeatable;
   if (!isOpenEnded && operands.size() > command.operands.size()) {
     throw process::UsageError(process::sentence(
-        "unexpected operand", operands[command.operands.size()], "there is no use for it"));
+        "unexpected operand", operands[command.operands.size()], "the command takes no more"));
   }
 }
 
@@ -214,8 +214,9 @@ std::optional<std::int64_t> Invocation::number(std::string_view option, std::int
 
 void Invocation::refuseTogether(std::string_view option, std::string_view other) const {
   if (!has(option) || !has(other)) return;
-  throw process::UsageError(process::sentence("bad option", fmt::format("--{}", option),
-                                              fmt::format("it does not go with --{}", other)));
+  throw process::UsageError(
+      process::sentence("bad option", fmt::format("--{}", option),
+                        fmt::format("it cannot be combined with --{}", other)));
 }
 
 LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {

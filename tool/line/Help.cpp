@@ -118,7 +118,7 @@ std::string programHelp(CommandList commands) {
   return programUsage() + fmt::format("\n{}\n", kProgramPurpose) + "\ncommands:\n" + table(rows) +
          "\noptions before the command:\n" + optionTable(leadingOptions()) +
          "\noptions of every command:\n" + optionTable(commonOptions()) +
-         "\n'kraddon help COMMAND' tells more.\n";
+         "\nRun 'kraddon help COMMAND' for details.\n";
 }
 
 }  // namespace tool::line

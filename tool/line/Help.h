@@ -9,7 +9,7 @@ namespace tool::line {
 
 /// What the program is for, in one line.
 inline constexpr std::string_view kProgramPurpose =
-    "Creates, shows, checks, unpacks and changes Korvan add-on packages.";
+    "Creates, inspects, checks, extracts and changes Korvan add-on packages.";
 
 /// What an option does, and whether it is required or may be repeated.
 std::string helpOf(const OptionSpec& option);

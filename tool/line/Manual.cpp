@@ -21,19 +21,19 @@ constexpr std::string_view kDate = "2026-11-21";
 using Entry = std::pair<std::string_view, std::string_view>;
 
 constexpr std::array<Entry, 3> kExitCodes{{
-    {"0", "It is done. Of diff: the two are the same."},
+    {"0", "Success. For diff: nothing differs."},
     {"1",
-     "It failed, and a line on standard error says what, which and why. Of verify: there is an "
-     "error in a package. Of diff: the two differ."},
-    {"2", "The words of the line make no sense; the usage is shown. Of diff: it failed."},
+     "Failure. A line on standard error says what failed and why. For verify: a package has an "
+     "error. For diff: something differs."},
+    {"2", "Wrong usage. A usage summary is printed. For diff: failure."},
 }};
 
 constexpr std::array<Entry, 3> kEnvironment{{
     {"SOURCE_DATE_EPOCH",
-     "Seconds since 1970: the default of --timestamp, with which the same input gives the same "
-     "bytes."},
-    {"NO_COLOR", "When it is set and not empty, nothing is coloured, unless --color says so."},
-    {"HOME", "What '~/' means where the shell asks for completion."},
+     "Seconds since 1970, the default of --timestamp. If the time is set, the same input always "
+     "gives the same bytes."},
+    {"NO_COLOR", "If set and not empty, output is not coloured unless --color says so."},
+    {"HOME", "Replaces '~' in paths that the shell completes."},
 }};
 
 std::string pageName(std::string_view command) {
@@ -168,7 +168,7 @@ std::string escapedForManual(std::string_view text) {
 }
 
 std::string programManual(CommandList commands, std::string_view version) {
-  std::string page = beginPage({}, "creates, checks and unpacks Korvan add-on packages", version);
+  std::string page = beginPage({}, "creates, checks and extracts Korvan add-on packages", version);
   appendSection("SYNOPSIS", page);
   page += fmt::format("{} [{} {}] {} [{}...]\n.br\n{} [{}]\n", bold("kraddon"), bold("-C"),
                       italic("DIR"), italic("COMMAND"), italic("ARGUMENT"), bold("kraddon help"),

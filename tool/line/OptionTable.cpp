@@ -80,11 +80,11 @@ OptionTable tableOf(const CommandSpec& command) {
 
 std::span<const OptionSpec> commonOptions() {
   static constexpr std::array kOptions{
-      OptionSpec{.longName = "quiet", .shortName = 'q', .help = "no progress, no warnings"},
-      OptionSpec{.longName = "verbose", .shortName = 'v', .help = "say more on standard error"},
+      OptionSpec{.longName = "quiet", .shortName = 'q', .help = "suppress progress and warnings"},
+      OptionSpec{.longName = "verbose", .shortName = 'v', .help = "print more on standard error"},
       OptionSpec{.longName = "color",
                  .valueName = "WHEN",
-                 .help = "colours on a terminal: auto, always or never",
+                 .help = "when to use colours: auto, always or never",
                  .choices = colorModes},
       OptionSpec{.longName = "help", .shortName = 'h', .help = "show this help"},
   };
@@ -96,8 +96,8 @@ std::span<const OptionSpec> leadingOptions() {
       OptionSpec{.longName = "directory",
                  .shortName = 'C',
                  .valueName = "DIR",
-                 .help = "work as if started in DIR"},
-      OptionSpec{.longName = "version", .help = "show the version"},
+                 .help = "run as if started in DIR"},
+      OptionSpec{.longName = "version", .help = "print the version"},
   };
   return kOptions;
 }

@@ -26,7 +26,7 @@ PrivateFile::PrivateFile(const std::string& name) {
   folder_ = parent + "/kraddon-XXXXXX";
   path_ = folder_ + "/" + name;
   if (::mkdtemp(folder_.data()) == nullptr) {
-    throw systemFailure("cannot make a folder in", parent, errno);
+    throw systemFailure("cannot create a folder in", parent, errno);
   }
   path_.replace(0, folder_.size(), folder_);  // as long as before: takes no memory
 }

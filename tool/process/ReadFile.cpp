@@ -28,7 +28,7 @@ std::string readAll(int descriptor, const std::string& name, std::size_t limit) 
     if (size > 0) content.append(buffer.data(), static_cast<std::size_t>(size));
     if (content.size() > limit) {
       throw Failure(
-          sentence("cannot read", name, fmt::format("it holds more than {} bytes", limit)));
+          sentence("cannot read", name, fmt::format("it is larger than {} bytes", limit)));
     }
   }
 }
@@ -50,7 +50,7 @@ std::string readWholeFile(const std::string& path, std::size_t limit) {
   struct stat info {};
   if (::fstat(file.get(), &info) != 0) throw systemFailure("cannot read", path, errno);
   if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
-  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is no file"));
+  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is not a file"));
   return readAll(file.get(), path, limit);
 }
 

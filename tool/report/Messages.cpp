@@ -39,7 +39,7 @@ void printError(std::string_view command, std::string_view message, std::string_
 }
 
 void printLackOfMemory(std::string_view command) noexcept {
-  constexpr std::string_view kWhy = "there is not enough memory\n";
+  constexpr std::string_view kWhy = "out of memory\n";
   constexpr std::size_t kLongestName = 64;
   std::array<char, kLongestName + 64> text{};
   const auto end = command.empty() ? fmt::format_to(text.begin(), "kraddon: {}", kWhy)

@@ -208,7 +208,7 @@ void writeOutputFile(const std::optional<std::string>& asked, const std::string&
                      const Content& content, const std::string& package) {
   struct stat existing {};
   if (!asked && ::lstat(usual.c_str(), &existing) == 0) {
-    throw process::Failure(process::sentence("cannot write", usual, "it exists already"),
+    throw process::Failure(process::sentence("cannot write", usual, "it already exists"),
                            fmt::format("-o {} replaces it", usual));
   }
   writeOutputFile(asked.value_or(usual), content, package);

@@ -108,7 +108,7 @@ void TemporaryPackage::moveInPlace(bool replaceExisting) {
     if (!isMoved && errno != EEXIST) isMoved = claimWithoutReplacing();
   }
   if (isMoved) return name_.clear();
-  if (errno == EEXIST) throw Exception(ErrorCode::AlreadyExists, "it exists already");
+  if (errno == EEXIST) throw Exception(ErrorCode::AlreadyExists, "it already exists");
   throw SystemError("cannot give a temporary file its name '" + target_.name + "'", errno);
 }
 

@@ -375,7 +375,7 @@ TEST_F(Commits, MustNotReplaceWhatCameIntoBeingMeanwhile) {
   ErrorCode code{};
 
   EXPECT_EQ(test::errorOf([&] { package.close(false); }, &code),
-            "cannot write package '" + (folder_ / "new").string() + "': it exists already");
+            "cannot write package '" + (folder_ / "new").string() + "': it already exists");
 
   EXPECT_EQ(code, ErrorCode::AlreadyExists);
   EXPECT_EQ(test::readFile(folder_ / "new"), "precious");

@@ -83,7 +83,7 @@ TEST_F(ZipPackages, AreNotCreatedWhereTheyCannotBe) {
   test::writeFile(path(), "precious");
 
   EXPECT_EQ(error(path(), false, &code),
-            "cannot create package '" + path().string() + "': it exists already");
+            "cannot create package '" + path().string() + "': it already exists");
   EXPECT_EQ(code, ErrorCode::AlreadyExists);
   EXPECT_EQ(error(path(), true), "");
   EXPECT_EQ(error(folder_.path(), true, &code),

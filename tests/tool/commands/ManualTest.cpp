@@ -24,7 +24,7 @@ TEST(Manual, APageHasAllSections) {
                               "EXIT STATUS", "ENVIRONMENT", "SEE ALSO"}) {
     EXPECT_NE(page.find(std::string("\n.SH ") + section + "\n"), std::string::npos) << section;
   }
-  EXPECT_NE(page.find("\nkraddon\\-create \\- makes a new package\n"), std::string::npos);
+  EXPECT_NE(page.find("\nkraddon\\-create \\- creates a package\n"), std::string::npos);
   EXPECT_NE(page.find("\"kraddon 1.2.3\""), std::string::npos);
 }
 

@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"UnknownField", "apps", R"([{"name": "", "gudi": ""}])",
              "apps[0].gudi: unknown field, did you mean 'guid'?"},
         Case{"FarField", "requirements", R"({"x": null})",
-             "requirements.x: unknown field, there is none of that name"},
+             "requirements.x: unknown field, no field has that name"},
         Case{"MissingField", "revisions",
              R"([{"date": "", "version": "", "description": ""}, {"date": "", "version": ""}])",
              "revisions[1].description: it is missing"},

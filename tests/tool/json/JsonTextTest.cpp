@@ -28,10 +28,10 @@ TEST(JsonText, MembersKeepTheirOrder) {
 }
 
 TEST(JsonText, AMemberGivenTwiceIsRefused) {
-  EXPECT_EQ(errorOf(R"({"a": {"b": 1}, "c": 2, "a": 3})"), ".a: it is there twice");
-  EXPECT_EQ(errorOf(R"([0, {"x": [1, {"b": [], "b": 1}]}])"), "[1].x[1].b: it is there twice");
+  EXPECT_EQ(errorOf(R"({"a": {"b": 1}, "c": 2, "a": 3})"), ".a: it is given twice");
+  EXPECT_EQ(errorOf(R"([0, {"x": [1, {"b": [], "b": 1}]}])"), "[1].x[1].b: it is given twice");
   EXPECT_EQ(errorOf(R"({"w": {}, "x": {"y": {"c": {}, "d": 0, "c": 1}}})"),
-            ".x.y.c: it is there twice");
+            ".x.y.c: it is given twice");
   EXPECT_EQ(errorOf(R"([{"a": 1}, {"a": 1}])"), "no error");
 }
 

@@ -151,7 +151,7 @@ TEST(Arguments, TwoOptionsCanBeRefusedTogether) {
     invocation.refuseTogether("name", "long");
     FAIL() << "no error";
   } catch (const UsageError& error) {
-    EXPECT_STREQ(error.what(), "bad option '--name': it does not go with --long");
+    EXPECT_STREQ(error.what(), "bad option '--name': it cannot be combined with --long");
   }
 }
 

@@ -69,10 +69,10 @@ std::optional<FileIdentity> identityIn(int folder, const std::string& name) {
   const auto look = [&] { return ::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW); };
   if (opc::uninterrupted(look) != 0) {
     if (errno == ENOENT) return std::nullopt;
-    throw opc::SystemError("cannot look at what is there", errno);
+    throw opc::SystemError("cannot access", errno);
   }
   if (S_ISDIR(info.st_mode)) {
-    throw opc::Exception(opc::ErrorCode::AlreadyExists, "a folder is there, where a file must be");
+    throw opc::Exception(opc::ErrorCode::AlreadyExists, "a folder is in the way");
   }
   return FileIdentity{info.st_dev, info.st_ino};
 }

@@ -48,7 +48,7 @@ std::string asPath(const std::string& file) {
 /// The loader's message, without the name in front, which ours already has.
 std::string lastError(const std::string& path) {
   const char* error = ::dlerror();
-  const std::string text = error == nullptr ? "the loader does not say why" : error;
+  const std::string text = error == nullptr ? "the loader gives no reason" : error;
   const std::string prefix = path + ": ";
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }

@@ -56,15 +56,13 @@ void requireFreePlace(const std::string& path, bool replaces) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return;
   if (S_ISDIR(info.st_mode)) {
-    throw process::Failure(
-        process::sentence("cannot create", path, "there is a folder of that name"));
+    throw process::Failure(process::sentence("cannot create", path, "it is a folder"));
   }
   if (!S_ISREG(info.st_mode)) {
-    throw process::Failure(
-        process::sentence("cannot create", path, "there is something that is no file"));
+    throw process::Failure(process::sentence("cannot create", path, "it is not a file"));
   }
   if (!replaces) {
-    throw process::Failure(process::sentence("cannot create", path, "it exists already"),
+    throw process::Failure(process::sentence("cannot create", path, "it already exists"),
                            "--force replaces it");
   }
   report::requireWritable(path);

@@ -86,8 +86,8 @@ void warnOfForeign(AddonPackage& package, const std::string& path,
   auto& tree = package.fileSystem();
   if (!tree.getChildren(tree.getRoot()).empty()) return;
   report::printWarning(
-      invocation,
-      process::sentence("package", path, "it is no add-on; 'kraddon list --all' lists its parts"));
+      invocation, process::sentence("package", path,
+                                    "it is not an add-on; 'kraddon list --all' lists its parts"));
 }
 
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
@@ -109,12 +109,12 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   for (const std::string& item : strays) {
     report::printWarning(
         invocation,
-        process::sentence("item", item, "it is no part of the package and was left out"));
+        process::sentence("item", item, "it is not a part of the package and was left out"));
   }
   if (isSigned) {
     report::printWarning(
-        invocation, process::sentence("package", path,
-                                      "it is signed, and the signature does not hold any more"));
+        invocation,
+        process::sentence("package", path, "it is signed, and its signature is no longer valid"));
   }
 }
 

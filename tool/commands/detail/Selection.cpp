@@ -22,9 +22,9 @@ process::Failure isEmpty() {
 }
 
 process::Failure namesNothing(const std::string& operand,
-                              const char* holders = "the package holds nothing") {
+                              const char* holders = "the package has nothing") {
   return process::Failure(
-      process::sentence("cannot find", operand, fmt::format("{} of that name", holders)));
+      process::sentence("cannot find", operand, fmt::format("{} with that name", holders)));
 }
 
 class LiteralPaths {
@@ -87,7 +87,7 @@ void chooseInBothWith(std::vector<Item>& a, std::vector<Item>& b, Chooser choose
   keepChosen(a, chooser);
   keepChosen(b, chooser);
   if (const std::string* operand = chooser.unused())
-    throw namesNothing(*operand, "neither of the two holds anything");
+    throw namesNothing(*operand, "neither of the two has anything");
 }
 
 }  // namespace
