@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <string_view>
 #include <vector>
 
 #include "opc/checks/Report.h"
@@ -24,9 +23,5 @@ struct ItemState {
 std::vector<ItemState> checkContainer(const zippackage::PackageFile& file,
                                       const zippackage::ZipDirectory& directory,
                                       const interfaces::ProgressFunction& progress, Report& report);
-
-/// Checks the name of an item: findings 111 and 114. `stored` is the name's bytes in the file.
-/// Returns whether no part can have such a name, which a finding then reports.
-bool checkItemName(std::string_view name, std::string_view stored, Report& report);
 
 }  // namespace opc::checks::detail

@@ -46,48 +46,32 @@ std::string normalForm(std::string_view itemName) {
   return toLowerAscii(result);
 }
 
-class NormalisationCheck {
- public:
-  explicit NormalisationCheck(Packaging& packaging) : packaging_(packaging) {}
-
-  void run() {
-    for (const ItemRole role : {ItemRole::Part, ItemRole::Untyped}) {
-      packaging_.index.forEach(role, [this](PartId part) { take(part); });
-    }
-    std::stable_sort(forms_.begin(), forms_.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (std::size_t i = 1; i < forms_.size(); ++i) {
-      if (forms_[i].first == forms_[i - 1].first) add(forms_[i].second, forms_[i - 1].second);
-    }
-  }
-
- private:
-  // Some characters, such as the Kelvin sign, become ASCII in the normal form.
-  void take(PartId part) {
-    std::string form = normalForm(packaging_.index.name(part));
-    if (form.empty()) return;
-    const bool becameAscii = isAscii(form);
-    const auto other = becameAscii ? packaging_.index.find(model::percentEncodePath(form))
-                                   : std::optional<PartId>();
-    if (other) add(part, *other);
-    forms_.emplace_back(std::move(form), part);
-  }
-
-  void add(PartId part, PartId other) {
-    packaging_.report.addClipped(kNormalisationClash, packaging_.partName(part),
-                                 "it differs only in how its characters are composed from " +
-                                     quoted(packaging_.partName(other)),
-                                 "PN-7");
-  }
-
-  Packaging& packaging_;
-  std::vector<std::pair<std::string, PartId>> forms_;
-};
-
 }  // namespace
 
 void checkNormalisation(Packaging& packaging) {
-  NormalisationCheck(packaging).run();
+  std::vector<std::pair<std::string, PartId>> forms;
+  const auto report = [&](PartId part, PartId other) {
+    packaging.report.addClipped(kNormalisationClash, packaging.partName(part),
+                                "it differs only in how its characters are composed from " +
+                                    quoted(packaging.partName(other)),
+                                "PN-7");
+  };
+  const auto take = [&](PartId part) {
+    std::string form = normalForm(packaging.index.name(part));
+    if (form.empty()) return;
+    // Some characters, such as the Kelvin sign, become ASCII in the normal form.
+    const auto ascii = isAscii(form) ? packaging.index.find(model::percentEncodePath(form))
+                                     : std::optional<PartId>();
+    if (ascii) report(part, *ascii);
+    forms.emplace_back(std::move(form), part);
+  };
+  packaging.index.forEach(ItemRole::Part, take);
+  packaging.index.forEach(ItemRole::Untyped, take);
+  std::stable_sort(forms.begin(), forms.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (std::size_t i = 1; i < forms.size(); ++i) {
+    if (forms[i].first == forms[i - 1].first) report(forms[i].second, forms[i - 1].second);
+  }
 }
 
 }  // namespace opc::checks::detail
