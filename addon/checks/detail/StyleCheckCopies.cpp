@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <sha2.h>
 
-#include <algorithm>
 #include <array>
+#include <map>
 #include <string>
-#include <tuple>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "addon/checks/AddonFindings.h"
@@ -26,18 +26,6 @@ namespace {
 constexpr std::uint64_t kSmallest = 64u << 10;  // bytes; copies of smaller files cost nothing
 constexpr std::size_t kReadStep = 65536;        // bytes
 
-struct Candidate {
-  std::uint64_t size;
-  std::uint32_t crc;
-  std::size_t position;  // in the tree's order
-  FileSystemEntry file;
-
-  auto key() const { return std::tuple(size, crc); }
-  bool isBefore(const Candidate& other) const {
-    return std::tuple(size, crc, position) < std::tuple(other.size, other.crc, other.position);
-  }
-};
-
 std::string hashOf(opc::InputStream& stream) {
   std::vector<unsigned char> buffer(kReadStep);
   SHA2_CTX context;
@@ -50,31 +38,19 @@ std::string hashOf(opc::InputStream& stream) {
   return {hash.begin(), hash.end()};
 }
 
-std::vector<Candidate> largeFiles(opc::plservices::FileSystemManager& files) {
-  std::vector<Candidate> found;
-  std::size_t position = 0;
-  files.visitFiles([&](std::string_view, const FileSystemEntry& entry) {
-    if (!entry.isFile()) return;
-    const opc::model::PartInfo info = entry.info();
-    if (info.size > kSmallest) found.push_back({info.size, info.crc, position++, entry});
-  });
-  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.isBefore(b); });
-  return found;
-}
-
-// Files with the same size and checksum. A checksum can be forged, so only the bytes decide.
-template <typename Iterator>
-void checkGroup(opc::plservices::FileSystemManager& files, Iterator first, Iterator last,
-                Report& report) {
+// Reports the copies among files of one size and checksum. A checksum can be forged, so only the
+// bytes decide.
+void checkGroup(opc::plservices::FileSystemManager& files, std::uint64_t size,
+                const std::vector<FileSystemEntry>& group, Report& report) {
   std::unordered_map<std::string, const FileSystemEntry*> seen;
-  for (; first != last; ++first) {
+  for (const FileSystemEntry& file : group) {
     std::string hash;
-    if (!isReadable([&] { hash = hashOf(*files.openFile(first->file)); })) continue;
-    const auto [original, isNew] = seen.emplace(hash, &first->file);
+    if (!isReadable([&] { hash = hashOf(*files.openFile(file)); })) continue;
+    const auto [original, isNew] = seen.emplace(hash, &file);
     if (isNew) continue;
-    report.add(kDuplicateContent, first->file.path(),
+    report.add(kDuplicateContent, file.path(),
                "the file is the same as " + quoted(original->second->path()) + ", " +
-                   std::to_string(first->size) + " bytes");
+                   std::to_string(size) + " bytes");
   }
 }
 
@@ -82,13 +58,14 @@ void checkGroup(opc::plservices::FileSystemManager& files, Iterator first, Itera
 
 void checkCopies(AddonPackage& package, Report& report) {
   auto& files = package.fileSystem();
-  const std::vector<Candidate> candidates = largeFiles(files);
-  for (auto first = candidates.begin(); first != candidates.end();) {
-    const auto last = std::find_if(first, candidates.end(), [&](const Candidate& candidate) {
-      return candidate.key() != first->key();
-    });
-    if (last - first > 1) checkGroup(files, first, last, report);
-    first = last;
+  std::map<std::pair<std::uint64_t, std::uint32_t>, std::vector<FileSystemEntry>> groups;
+  files.visitFiles([&](std::string_view, const FileSystemEntry& entry) {
+    if (!entry.isFile()) return;
+    const opc::model::PartInfo info = entry.info();
+    if (info.size > kSmallest) groups[{info.size, info.crc}].push_back(entry);
+  });
+  for (const auto& [key, group] : groups) {
+    if (group.size() > 1) checkGroup(files, key.first, group, report);
   }
 }
 

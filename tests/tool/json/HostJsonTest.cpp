@@ -168,8 +168,7 @@ INSTANTIATE_TEST_SUITE_P(
     All, HostJsonRefusals,
     testing::Values(
         Refusal{"Null", "null", "null is allowed only as a field of a struct"},
-        Refusal{"NullInCell", R"(["a", null])",
-                "[1]: null is allowed only as a field of a struct"},
+        Refusal{"NullInCell", R"(["a", null])", "[1]: null is allowed only as a field of a struct"},
         Refusal{"DeepNull", R"({"a": [{"b": ["x", null]}]})",
                 ".a[0].b[1]: null is allowed only as a field of a struct"},
         Refusal{"OtherField", R"([{"a": "1"}, {"b": "1"}])",
