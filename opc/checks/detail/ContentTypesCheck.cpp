@@ -30,15 +30,6 @@ std::string_view wholeName(std::string_view itemName) {
   return piece ? piece->whole : itemName;
 }
 
-bool readTypes(Packaging& packaging, const std::vector<ItemIndex>& items, const std::string& name) {
-  FindingSink sink(packaging.report, kBadContentTypes, name);
-  const bool isRead = readDocument(packaging.report, kBadContentTypes, name, [&] {
-    model::PieceStream stream(packaging.container, items);
-    packaging.types = ContentTypes::read(stream, sink);
-  });
-  return isRead && !sink.isUsed();
-}
-
 bool isSignature(const ContentType& type) {
   static const ContentType kOrigin =
       ContentType::fromAscii("application/vnd.openxmlformats-package.digital-signature-origin");
@@ -52,14 +43,14 @@ void checkPartType(Packaging& packaging, model::PartId part, bool& hasSignature)
   const ContentType* type = packaging.types.find(packaging.index.name(part));
   if (type == nullptr) return;
   if (*type == kRelationships) {
-    packaging.report.addClipped(
-        kRelationshipsType, packaging.partName(part),
-        "it has the content type of relationships parts, but not the name of one", "CT-12");
+    packaging.add(kRelationshipsType, part,
+                  "it has the content type of relationships parts, but not the name of one",
+                  "CT-12");
   }
   if (hasSignature || !isSignature(*type)) return;
   hasSignature = true;
-  packaging.report.addClipped(kUncheckedSignature, packaging.partName(part),
-                              "the package is signed; the signature was not checked", "DS-1");
+  packaging.add(kUncheckedSignature, part, "the package is signed; the signature was not checked",
+                "DS-1");
 }
 
 void checkOverrides(Packaging& packaging) {
@@ -88,8 +79,9 @@ void checkContentTypesStream(Packaging& packaging) {
                                 "it is not spelled '" + std::string(kContentTypesItem) + "'",
                                 "CT-1");
   }
-  if (packaging.isDamaged(items)) return;
-  packaging.areTypesKnown = readTypes(packaging, items, name);
+  packaging.areTypesKnown = packaging.read(
+      items, kBadContentTypes, name,
+      [&](auto& stream, auto& faults) { packaging.types = ContentTypes::read(stream, faults); });
   const bool isEmpty = packaging.types.defaults().empty() && packaging.types.overrides().empty();
   packaging.areTypesEmpty = packaging.areTypesKnown && isEmpty;
   if (packaging.areTypesEmpty) {
@@ -105,9 +97,8 @@ void checkPartTypes(Packaging& packaging) {
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Relationships, [&](model::PartId part) {
     if (packaging.types.find(packaging.index.name(part)) != nullptr) return;
-    packaging.report.addClipped(kRelationshipsType, packaging.partName(part),
-                                "the content types have no entry for this relationships part",
-                                "CT-12");
+    packaging.add(kRelationshipsType, part,
+                  "the content types have no entry for this relationships part", "CT-12");
   });
 }
 

@@ -47,26 +47,22 @@ std::optional<PartId> findPart(Packaging& packaging, const Relationship& relatio
   // Without a content type it is not a part, which has been reported.
   if (!packaging.areTypesKnown || !packaging.isPart(*part)) return std::nullopt;
   if (isOfCoreType(packaging, *part)) return part;
-  packaging.report.addClipped(
-      kBadCoreProperties, packaging.partName(*part),
-      "the core properties have the content type " +
-          quoted(packaging.types.find(packaging.index.name(*part))->ascii()),
-      "CP-2");
+  packaging.add(kBadCoreProperties, *part,
+                "the core properties have the content type " +
+                    quoted(packaging.types.find(packaging.index.name(*part))->ascii()),
+                "CP-2");
   return std::nullopt;
 }
 
 void checkContent(Packaging& packaging, PartId part) {
-  const auto items = packaging.itemsOf(part);
-  if (packaging.isDamaged(items)) return;
   const std::string name = packaging.partName(part);
-  FindingSink sink(packaging.report, kBadCoreProperties, name);
-  readDocument(packaging.report, kBadCoreProperties, name, [&] {
-    model::PieceStream stream(packaging.container, items);
-    const CorePropertiesPart content = CorePropertiesPart::read(stream, sink);
-    for (const auto& warning : content.warnings()) {
-      packaging.report.addClipped(kOddCoreProperties, name, warning.text, warning.rule);
-    }
-  });
+  packaging.read(
+      packaging.itemsOf(part), kBadCoreProperties, name, [&](auto& stream, auto& faults) {
+        const CorePropertiesPart content = CorePropertiesPart::read(stream, faults);
+        for (const auto& warning : content.warnings()) {
+          packaging.report.addClipped(kOddCoreProperties, name, warning.text, warning.rule);
+        }
+      });
 }
 
 // Reports all but the related one, or all but the first if none is related.
@@ -79,10 +75,10 @@ void checkOthers(Packaging& packaging, const std::optional<PartId>& related) {
   const PartId kept = related.value_or(found.front());
   for (const PartId part : found) {
     if (part == kept) continue;
-    packaging.report.addClipped(kSeveralCoreParts, packaging.partName(part),
-                                "it has the content type of core properties, like " +
-                                    quoted(packaging.partName(kept)) + " has",
-                                "CP-3");
+    packaging.add(kSeveralCoreParts, part,
+                  "it has the content type of core properties, like " +
+                      quoted(packaging.partName(kept)) + " has",
+                  "CP-3");
   }
 }
 

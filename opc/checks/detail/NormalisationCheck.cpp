@@ -51,10 +51,10 @@ std::string normalForm(std::string_view itemName) {
 void checkNormalisation(Packaging& packaging) {
   std::vector<std::pair<std::string, PartId>> forms;
   const auto report = [&](PartId part, PartId other) {
-    packaging.report.addClipped(kNormalisationClash, packaging.partName(part),
-                                "it differs only in how its characters are composed from " +
-                                    quoted(packaging.partName(other)),
-                                "PN-7");
+    packaging.add(kNormalisationClash, part,
+                  "it differs only in how its characters are composed from " +
+                      quoted(packaging.partName(other)),
+                  "PN-7");
   };
   const auto take = [&](PartId part) {
     std::string form = normalForm(packaging.index.name(part));

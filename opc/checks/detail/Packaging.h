@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,7 +13,6 @@
 #include "opc/checks/detail/FaultFindings.h"
 #include "opc/model/ContentTypes.h"
 #include "opc/model/PartIndex.h"
-#include "opc/model/PieceStream.h"
 #include "opc/model/RelationshipSet.h"
 
 namespace opc::checks::detail {
@@ -42,6 +42,16 @@ struct Packaging {
     return {index.item(part)};
   }
   bool isDamaged(const std::vector<interfaces::ItemIndex>& items) const;
+  /// Runs `read` on a document of the package, unless it is damaged. Adds the findings for the
+  /// faults that it reports and for what it throws, as addFault() does. Returns whether there were
+  /// none. Throws SystemError.
+  bool read(const std::vector<interfaces::ItemIndex>& items, FindingId otherwise,
+            const std::string& name,
+            const std::function<void(InputStream& stream, model::FaultSink& faults)>& read) const;
+  void add(FindingId id, model::PartId part, std::string_view message,
+           std::string_view rule) const {
+    report.addClipped(id, partName(part), message, rule);
+  }
   bool isPart(model::PartId part) const { return index.role(part) == model::ItemRole::Part; }
 };
 
@@ -76,21 +86,6 @@ class NamesSink final : public model::FaultSink {
   Packaging& packaging_;
   FindingSink findings_;
 };
-
-/// Runs `read`, which reads a document of the package, and adds the finding for what it throws, as
-/// addFault() does. Returns whether it threw nothing. Throws SystemError.
-template <typename Read>
-bool readDocument(Report& report, FindingId otherwise, const std::string& part, const Read& read) {
-  try {
-    read();
-    return true;
-  } catch (const SystemError&) {
-    throw;
-  } catch (const Exception& fault) {
-    addFault(report, fault, otherwise, part);
-  }
-  return false;
-}
 
 /// Checks the packaging rules: names, content types, every relationships part, core properties.
 /// Findings 201 to 228. Does not look into other parts. Throws SystemError.

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "opc/checks/detail/Packaging.h"
+#include "opc/model/PieceStream.h"
 #include "opc/model/XercesHelper.h"
 
 namespace opc::checks::detail {
@@ -9,6 +10,23 @@ namespace opc::checks::detail {
 bool Packaging::isDamaged(const std::vector<interfaces::ItemIndex>& items) const {
   return std::any_of(items.begin(), items.end(),
                      [this](auto item) { return container.state(item).isDamaged; });
+}
+
+bool Packaging::read(
+    const std::vector<interfaces::ItemIndex>& items, FindingId otherwise, const std::string& name,
+    const std::function<void(InputStream& stream, model::FaultSink& faults)>& read) const {
+  if (isDamaged(items)) return false;
+  FindingSink faults(report, otherwise, name);
+  try {
+    model::PieceStream stream(container, items);
+    read(stream, faults);
+    return !faults.isUsed();
+  } catch (const SystemError&) {
+    throw;
+  } catch (const Exception& fault) {
+    addFault(report, fault, otherwise, name);
+    return false;
+  }
 }
 
 void FindingSink::add(const FormatError& fault, std::string_view itemName) {

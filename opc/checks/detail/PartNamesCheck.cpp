@@ -47,9 +47,8 @@ void checkPartNames(Packaging& packaging) {
   NamesSink sink(packaging);
   packaging.index.load(packaging.types, sink);
   for (const PartId part : packaging.index.orphans()) {
-    packaging.report.addClipped(kOrphanRelationships, packaging.partName(part),
-                                "the part whose relationships it contains is not in the package",
-                                "RL-12");
+    packaging.add(kOrphanRelationships, part,
+                  "the part whose relationships it contains is not in the package", "RL-12");
   }
 }
 
@@ -58,8 +57,7 @@ void checkStrayItems(Packaging& packaging) {
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Untyped, [&](PartId part) {
     if (packaging.relatedUntyped.contains(part)) return;
-    packaging.report.addClipped(kStrayItem, packaging.partName(part), "it has no content type",
-                                "CT-10");
+    packaging.add(kStrayItem, part, "it has no content type", "CT-10");
   });
 }
 

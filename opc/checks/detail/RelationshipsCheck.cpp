@@ -35,14 +35,9 @@ class RelationshipsCheck {
         source_(model::sourceOfRelationships(packaging.index.name(part))) {}
 
   void run() {
-    const auto items = packaging_.itemsOf(part_);
-    if (packaging_.isDamaged(items)) return;
-    FindingSink sink(packaging_.report, kBadRelationships, name_);
-    readDocument(packaging_.report, kBadRelationships, name_, [&] {
-      model::PieceStream stream(packaging_.container, items);
-      const RelationshipSet set = RelationshipSet::read(source_, stream, sink);
-      check(set);
-    });
+    packaging_.read(
+        packaging_.itemsOf(part_), kBadRelationships, name_,
+        [&](auto& stream, auto& faults) { check(RelationshipSet::read(source_, stream, faults)); });
   }
 
  private:
