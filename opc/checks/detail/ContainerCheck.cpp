@@ -10,7 +10,6 @@
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/Report.h"
 #include "opc/checks/detail/FaultFindings.h"
-#include "opc/checks/detail/ItemDataCheck.h"
 #include "opc/model/NameCharacters.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/TreePath.h"
@@ -96,7 +95,7 @@ class ContainerCheck {
                              const interfaces::ProgressFunction& progress) {
     for (const ZipFault& fault : directory_.faults()) takeFault(fault);
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkEntry(entry);
-    ItemDataCheck(file, directory_, states_, report_).run(progress);
+    checkItemData(file, directory_, progress, states_, report_);
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkRatio(entry);
     return std::move(states_);
   }

@@ -1,139 +1,172 @@
 // SPDX-License-Identifier: MIT
-#include "opc/checks/detail/ItemDataCheck.h"
-
 #include <algorithm>
+#include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "opc/ByteBuffer.h"
 #include "opc/Exception.h"
 #include "opc/checks/PackageFindings.h"
+#include "opc/checks/detail/ContainerCheck.h"
 #include "opc/checks/detail/FaultFindings.h"
+#include "opc/interfaces/Progress.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/ZipItemReader.h"
 
 namespace opc::checks::detail {
 
 using zippackage::ExtraFault;
+using zippackage::PackageFile;
+using zippackage::ZipDirectory;
 using zippackage::ZipEntry;
 
 namespace {
 
 constexpr std::size_t kReadStep = std::size_t{256} << 10;  // bytes
 
+class ItemDataCheck {
+ public:
+  ItemDataCheck(const PackageFile& file, const ZipDirectory& directory,
+                std::vector<ItemState>& states, Report& report)
+      : directory_(directory), states_(states), report_(report), reader_(file, directory) {}
+
+  void run(const interfaces::ProgressFunction& progress) {
+    const auto order = directory_.physicalOrder();
+    if (order.empty()) return;
+    progress_ = progress;
+    expect(order);
+    reached_ = directory_.entries()[order[0]].headerOffset;
+    for (const std::uint32_t entry : order) {
+      checkItem(entry);
+      advance(1, 0);
+    }
+    checkGap(directory_.location().offset);
+  }
+
+ private:
+  // Declared sizes can be anything, so their sum is bounded.
+  void expect(std::span<const std::uint32_t> entries) {
+    constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
+    done_.itemsTotal = entries.size();
+    for (const std::uint32_t entry : entries) {
+      if (states_[entry].isDamaged) continue;
+      const std::uint64_t size = directory_.entries()[entry].size;
+      done_.bytesTotal += std::min(size, kMost - done_.bytesTotal);
+    }
+  }
+
+  void advance(std::uint64_t items, std::uint64_t bytes) {
+    done_.itemsDone += items;
+    done_.bytesDone += bytes;
+    if (progress_) progress_(done_);
+  }
+
+  void checkItem(std::uint32_t entry) {
+    const ZipEntry& item = directory_.entries()[entry];
+    if (item.headerOffset >= directory_.location().offset) return;
+    if (states_[entry].isDamaged) {
+      checkGap(item.headerOffset);
+      return reach(item.leastEnd(), false);
+    }
+    checkStart(entry);
+    if (states_[entry].isDamaged) return;
+    readData(entry);
+    const std::optional<std::uint64_t> end = checkFrame(entry);
+    reach(end.value_or(item.leastEnd()), end.has_value());
+  }
+
+  // The directory does not show where an item ends, so an overlap may become visible only now.
+  void checkStart(std::uint32_t entry) {
+    const std::uint64_t start = directory_.entries()[entry].headerOffset;
+    if (start >= reached_) return checkGap(start);
+    states_[entry].isDamaged = true;
+    report_.addClipped(kOverlappingItems, directory_.name(entry),
+                       "it begins at offset " + std::to_string(start) +
+                           ", before the end of another item at " + std::to_string(reached_),
+                       "RB-2");
+  }
+
+  void checkGap(std::uint64_t until) {
+    if (until <= std::max(reached_, mayReach_)) return;
+    report_.addClipped(kUnusedBytes, "",
+                       std::to_string(until - reached_) + " bytes at offset " +
+                           std::to_string(reached_) + " belong to no item",
+                       "ZP-16");
+  }
+
+  void reach(std::uint64_t end, bool isExact) {
+    constexpr std::uint64_t kUnseen = zippackage::kMostUnseen;
+    if (!isExact) mayReach_ = std::max(mayReach_, end + std::min(kUnseen, UINT64_MAX - end));
+    reached_ = std::max(reached_, end);
+  }
+
+  void readData(std::uint32_t entry) {
+    try {
+      drain(entry);
+    } catch (const SystemError&) {
+      throw;
+    } catch (const Exception& fault) {
+      states_[entry].isDamaged = true;
+      addFault(report_, fault, kDamagedData, directory_.name(entry), "ZP-15");
+    }
+  }
+
+  // By the sizes that the directory declares, which have been compared with the size of the file.
+  void drain(std::uint32_t entry) {
+    const ZipEntry& item = directory_.entries()[entry];
+    const std::uint64_t limit = zippackage::kWholeLimit;
+    if (item.size <= limit && item.packedSize <= limit) {
+      reader_.read(entry, buffer_, limit);
+      return advance(0, item.size);
+    }
+    const std::unique_ptr<InputStream> stream = reader_.open(entry);
+    buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
+    while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
+  }
+
+  // Checks what surrounds the data. Returns where the item ends; nothing if the headers are faulty,
+  // which reading the data has reported.
+  std::optional<std::uint64_t> checkFrame(std::uint32_t entry) {
+    try {
+      const std::uint64_t end = reader_.endOf(entry);
+      checkExtra(entry);
+      return end;
+    } catch (const SystemError&) {
+      throw;
+    } catch (const Exception&) {
+      return std::nullopt;
+    }
+  }
+
+  void checkExtra(std::uint32_t entry) {
+    const ExtraFault fault = zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
+    if (fault == ExtraFault::None) return;
+    report_.addClipped(kUnusedBytes, directory_.name(entry),
+                       std::string("its local header ") + zippackage::describe(fault), "ZP-16");
+  }
+
+  const ZipDirectory& directory_;
+  std::vector<ItemState>& states_;
+  Report& report_;
+  zippackage::ZipItemReader reader_;
+  ByteBuffer buffer_;
+  interfaces::ProgressFunction progress_;
+  interfaces::Progress done_;
+  std::uint64_t reached_ = 0;   // the least offset at which the items so far end
+  std::uint64_t mayReach_ = 0;  // the largest, if some of them are damaged
+};
+
 }  // namespace
 
-void ItemDataCheck::run(const interfaces::ProgressFunction& progress) {
-  const auto order = directory_.physicalOrder();
-  if (order.empty()) return;
-  progress_ = progress;
-  expect(order);
-  reached_ = directory_.entries()[order[0]].headerOffset;
-  for (const std::uint32_t entry : order) {
-    checkItem(entry);
-    advance(1, 0);
-  }
-  checkGap(directory_.location().offset);
-}
-
-// Declared sizes can be anything, so their sum is bounded.
-void ItemDataCheck::expect(std::span<const std::uint32_t> entries) {
-  constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
-  done_.itemsTotal = entries.size();
-  for (const std::uint32_t entry : entries) {
-    if (states_[entry].isDamaged) continue;
-    const std::uint64_t size = directory_.entries()[entry].size;
-    done_.bytesTotal += std::min(size, kMost - done_.bytesTotal);
-  }
-}
-
-void ItemDataCheck::advance(std::uint64_t items, std::uint64_t bytes) {
-  done_.itemsDone += items;
-  done_.bytesDone += bytes;
-  if (progress_) progress_(done_);
-}
-
-void ItemDataCheck::checkItem(std::uint32_t entry) {
-  const ZipEntry& item = directory_.entries()[entry];
-  if (item.headerOffset >= directory_.location().offset) return;
-  if (states_[entry].isDamaged) {
-    checkGap(item.headerOffset);
-    return reach(item.leastEnd(), false);
-  }
-  checkStart(entry);
-  if (states_[entry].isDamaged) return;
-  readData(entry);
-  const std::optional<std::uint64_t> end = checkFrame(entry);
-  reach(end.value_or(item.leastEnd()), end.has_value());
-}
-
-// The directory does not show where an item ends, so an overlap may become visible only now.
-void ItemDataCheck::checkStart(std::uint32_t entry) {
-  const std::uint64_t start = directory_.entries()[entry].headerOffset;
-  if (start >= reached_) return checkGap(start);
-  states_[entry].isDamaged = true;
-  report_.addClipped(kOverlappingItems, directory_.name(entry),
-                     "it begins at offset " + std::to_string(start) +
-                         ", before the end of another item at " + std::to_string(reached_),
-                     "RB-2");
-}
-
-void ItemDataCheck::checkGap(std::uint64_t until) {
-  if (until <= std::max(reached_, mayReach_)) return;
-  report_.addClipped(kUnusedBytes, "",
-                     std::to_string(until - reached_) + " bytes at offset " +
-                         std::to_string(reached_) + " belong to no item",
-                     "ZP-16");
-}
-
-void ItemDataCheck::reach(std::uint64_t end, bool isExact) {
-  constexpr std::uint64_t kUnseen = zippackage::kMostUnseen;
-  if (!isExact) mayReach_ = std::max(mayReach_, end + std::min(kUnseen, UINT64_MAX - end));
-  reached_ = std::max(reached_, end);
-}
-
-void ItemDataCheck::readData(std::uint32_t entry) {
-  try {
-    drain(entry);
-  } catch (const SystemError&) {
-    throw;
-  } catch (const Exception& fault) {
-    states_[entry].isDamaged = true;
-    addFault(report_, fault, kDamagedData, directory_.name(entry), "ZP-15");
-  }
-}
-
-// By the sizes that the directory declares, which have been compared with the size of the file.
-void ItemDataCheck::drain(std::uint32_t entry) {
-  const ZipEntry& item = directory_.entries()[entry];
-  const std::uint64_t limit = zippackage::kWholeLimit;
-  if (item.size <= limit && item.packedSize <= limit) {
-    reader_.read(entry, buffer_, limit);
-    return advance(0, item.size);
-  }
-  const std::unique_ptr<InputStream> stream = reader_.open(entry);
-  buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
-  while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
-}
-
-// Checks what surrounds the data. Returns where the item ends; nothing if the headers are faulty,
-// which reading the data has reported.
-std::optional<std::uint64_t> ItemDataCheck::checkFrame(std::uint32_t entry) {
-  try {
-    const std::uint64_t end = reader_.endOf(entry);
-    checkExtra(entry);
-    return end;
-  } catch (const SystemError&) {
-    throw;
-  } catch (const Exception&) {
-    return std::nullopt;
-  }
-}
-
-void ItemDataCheck::checkExtra(std::uint32_t entry) {
-  const ExtraFault fault = zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
-  if (fault == ExtraFault::None) return;
-  report_.addClipped(kUnusedBytes, directory_.name(entry),
-                     std::string("its local header ") + zippackage::describe(fault), "ZP-16");
+void checkItemData(const PackageFile& file, const ZipDirectory& directory,
+                   const interfaces::ProgressFunction& progress, std::vector<ItemState>& states,
+                   Report& report) {
+  ItemDataCheck(file, directory, states, report).run(progress);
 }
 
 }  // namespace opc::checks::detail

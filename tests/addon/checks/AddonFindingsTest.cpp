@@ -22,15 +22,15 @@ TEST(AddonFindings, ACompleteAddonHasNone) {
 }
 
 TEST(AddonFindings, EachOneHasATest) {
-  std::set<std::uint16_t> drawn;
+  std::set<std::uint16_t> tested;
   for (const auto cases : {test::documentCases(), test::referenceCases(), test::styleCases()}) {
-    for (const FindingCase& one : cases) drawn.insert(one.number);
+    for (const FindingCase& one : cases) tested.insert(one.number);
   }
 
   std::set<std::uint16_t> known;
   for (const FindingInfo& info : addonFindings()) known.insert(info.id.number);
 
-  EXPECT_EQ(drawn, known);
+  EXPECT_EQ(tested, known);
 }
 
 TEST(AddonFindings, TheCatalogueIsSortedFrom301To514) {

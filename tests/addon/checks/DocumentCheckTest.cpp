@@ -186,12 +186,12 @@ constexpr FindingCase kCases[] = {
      [](AddonUnderTest& addon) { addon.replace(kExamples, exampleXml(kMain + kMain)); }},
     {313, "Gif", [](AddonUnderTest& addon) { addon.setScreenshot("s.png", "GIF89a and more"); }},
     {313, "Empty", [](AddonUnderTest& addon) { addon.setScreenshot("s.png", ""); }},
-    {313, "NoWebp",
+    {313, "NotWebp",
      [](AddonUnderTest& addon) {
        addon.setScreenshot("s.png", "RIFF....WAVEfmt ");
        addon.replaceType(kScreenshot, u"image/webp");
      }},
-    {313, "NoImageType",
+    {313, "NotImageType",
      [](AddonUnderTest& addon) { addon.replaceType(kScreenshot, u"text/plain"); }},
     {314, "TooDeep", [](AddonUnderTest& addon) { addon.replace(kRequirements, nested(257)); }},
     {314, "TooLong",
@@ -246,7 +246,7 @@ constexpr FindingCase kCases[] = {
        addon.replace(kLicense, "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" +
                                    documentXml("license", kTerms));
      }},
-    {317, "NoUtf8",
+    {317, "NotUtf8",
      [](AddonUnderTest& addon) {
        addon.replace(kLicense, documentXml("license", "<licenseText>\xE4</licenseText>"));
      }},

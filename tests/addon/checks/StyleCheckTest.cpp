@@ -120,7 +120,7 @@ constexpr FindingCase kCases[] = {
     {514, "Files", [](AddonUnderTest& addon) { addon.addFile(u"lib/F.m"); }},
     {514, "Folders", [](AddonUnderTest& addon) { addon.addFile(u"LIB/g.m"); }},
     {514, "FileAndFolder", [](AddonUnderTest& addon) { addFolder(addon, u"lib/F.M"); }},
-    {514, "OutsideAscii",
+    {514, "NotAscii",
      [](AddonUnderTest& addon) {
        addon.addFile(u"lib/\u00C4\u0416.m", "a");
        addon.addFile(u"lib/\u00E4\u0436.m", "b");

@@ -18,7 +18,7 @@ ZipItem& addSpecial(PackageUnderTest& p, const char* name, std::uint32_t attribu
   return item;
 }
 
-void addGapBehindWideEndRecord(PackageUnderTest& p) {
+void addGapAfterWideEndRecord(PackageUnderTest& p) {
   p.zip.zip64 = true;
   const std::string bytes = p.zip.build();
   p.zip.zip64Record = bytes.substr(bytes.rfind(le32(0x06064b50)), 56) + "gap!";
@@ -53,11 +53,11 @@ void overlapUnseen(PackageUnderTest& p) {
 
 std::span<const PackageCase> containerCases() {
   static const std::vector<PackageCase> kCases{
-      {101, "NoZip", "ZP-16", "", [](auto& p) { p.zip.items.clear(), p.zip.endRecord = "text"; }},
+      {101, "NotZip", "ZP-16", "", [](auto& p) { p.zip.items.clear(), p.zip.endRecord = "text"; }},
       {101, "NoDirectory", "ZP-16", "", [](auto& p) { p.zip.directoryOffset = 3; }},
-      {102, "InFront", "ZP-11", "", [](auto& p) { p.zip.prefix = "#!/bin/sh\n"; }},
-      {102, "Behind", "ZP-16", "", [](auto& p) { p.zip.suffix = "\n"; }},
-      {102, "FarBehind", "ZP-16", "", [](auto& p) { p.zip.suffix = std::string(200000, '\0'); }},
+      {102, "Before", "ZP-11", "", [](auto& p) { p.zip.prefix = "#!/bin/sh\n"; }},
+      {102, "After", "ZP-16", "", [](auto& p) { p.zip.suffix = "\n"; }},
+      {102, "FarAfter", "ZP-16", "", [](auto& p) { p.zip.suffix = std::string(200000, '\0'); }},
       {103, "Twice", "ZP-2", "b.m", [](auto& p) { p.add("b.m"); }},
       {104, "Parent", "RB-12", "../c.m", [](auto& p) { p.add("../c.m"); }},
       {104, "ParentWithBackslash", "RB-12", "x\\..\\c.m", [](auto& p) { p.add("x\\..\\c.m"); }},
@@ -81,7 +81,7 @@ std::span<const PackageCase> containerCases() {
        [](auto& p) { p.part().local.crc = p.part().central.crc = 1; }},
       {106, "TooLittle", "ZP-15", "b.m",
        [](auto& p) { p.last().local.size = p.last().central.size = 3001; }},
-      {106, "NoDeflate", "ZP-15", "b.m",
+      {106, "NotDeflate", "ZP-15", "b.m",
        [](auto& p) { p.last().packed = std::string(200, '\xff'); }},
       {106, "StoredSizes", "ZP-7", "a.xml",
        [](auto& p) { p.part().local.size = p.part().central.size = 5; }},
@@ -119,7 +119,7 @@ std::span<const PackageCase> containerCases() {
       {112, "Large", "RB-1", "zeros.m", addLarge},
       {113, "Between", "ZP-16", "", [](auto& p) { p.last().before = "gap"; }},
       {113, "BeforeDirectory", "ZP-16", "", [](auto& p) { p.add("c.m").writeCentral = false; }},
-      {113, "BehindDirectory", "ZP-16", "", [](auto& p) { p.zip.beforeEnd = "gap"; }},
+      {113, "AfterDirectory", "ZP-16", "", [](auto& p) { p.zip.beforeEnd = "gap"; }},
       {113, "Extra", "ZP-16", "b.m", [](auto& p) { p.last().central.extra = "xyz"; }},
       {113, "LocalExtra", "ZP-16", "b.m", [](auto& p) { p.last().local.extra = "xyz"; }},
       {113, "LongLocalExtra", "ZP-16", "b.m",
@@ -128,13 +128,13 @@ std::span<const PackageCase> containerCases() {
        [](auto& p) { p.last().central.extra = extraField(1, "") + extraField(1, ""); }},
       {113, "TwoLocalZip64Fields", "ZP-16", "b.m",
        [](auto& p) { p.last().local.extra = extraField(1, "") + extraField(1, ""); }},
-      {113, "BehindZip64EndRecord", "ZP-16", "", addGapBehindWideEndRecord},
+      {113, "AfterZip64EndRecord", "ZP-16", "", addGapAfterWideEndRecord},
       {114, "Absolute", "RB-12", "/c.m", [](auto& p) { p.add("/c.m"); }},
       {114, "Backslash", "RB-12", "x\\c.m", [](auto& p) { p.add("x\\c.m"); }},
       {114, "Drive", "RB-12", "C:c.m", [](auto& p) { p.add("C:c.m"); }},
       {114, "Control", "RB-13", "c\x01.m", [](auto& p) { p.add("c\x01.m"); }},
       {114, "EncodedControl", "RB-13", "c%0A.m", [](auto& p) { p.add("c%0A.m"); }},
-      {114, "EncodedNoUtf8", "RB-13", "c%FF.m", [](auto& p) { p.add("c%FF.m"); }},
+      {114, "EncodedNotUtf8", "RB-13", "c%FF.m", [](auto& p) { p.add("c%FF.m"); }},
       {115, "Folder", "ZP-2", "x/", [](auto& p) { p.add("x/", ""), p.add("x/", ""); }},
   };
   return kCases;

@@ -72,13 +72,13 @@ TEST_P(PackageFinding, IsTheOnlyOne) {
 INSTANTIATE_TEST_SUITE_P(All, PackageFinding, testing::ValuesIn(allCases()), nameOfCase);
 
 TEST(PackageFindings, EachOneHasATest) {
-  std::set<std::uint16_t> drawn;
-  for (const PackageCase& one : allCases()) drawn.insert(one.number);
+  std::set<std::uint16_t> tested;
+  for (const PackageCase& one : allCases()) tested.insert(one.number);
 
   std::set<std::uint16_t> known;
   for (const FindingInfo& info : packageFindings()) known.insert(info.id.number);
 
-  EXPECT_EQ(drawn, known);
+  EXPECT_EQ(tested, known);
 }
 
 TEST(PackageFindings, TheirSeveritiesAreThePublishedOnes) {

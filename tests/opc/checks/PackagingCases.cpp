@@ -143,7 +143,7 @@ std::span<const PackageCase> packagingCases() {
       {224, "Elsewhere", "CT-12", "/x.rels", item("x.rels")},
       {228, "NoLast", "IL-4", "c.m/[0].piece", item("c.m/[0].piece")},
       {228, "Zeros", "IL-4", "c.m/[00].piece", item("c.m/[00].piece")},
-      {228, "NoPartName", "IL-4", "c%2em/[0].last.piece", item("c%2em/[0].last.piece")},
+      {228, "NotPartName", "IL-4", "c%2em/[0].last.piece", item("c%2em/[0].last.piece")},
       {228, "Gap", "IL-4", "c.m/[0].piece",
        [](auto& p) { p.add("c.m/[0].piece"), p.add("c.m/[2].last.piece"); }, 2},
       {213, "Type", "CP-2", "/core.xml", giveCoreAnotherType},

@@ -61,7 +61,7 @@ std::span<const PackageCase> relationshipCases() {
       {208, "Mode", "RL-6", kRels, relationship("r", "/a.xml", "TargetMode=\"internal\"")},
       {208, "Scheme", "RL-7", kRels, relationship("r", "http://x/")},
       {208, "NoTarget", "RL-7", kRels, content("<Relationship Id=\"r\" Type=\"urn:t\"/>")},
-      {208, "NoPartName", "RL-8", kRels, relationship("r", "/x.")},
+      {208, "NotPartName", "RL-8", kRels, relationship("r", "/x.")},
       {208, "Markup", "RL-13", kRels, content("<x:y xmlns:x=\"urn:x\"/>")},
       {208, "Base", "RL-14", kRels, relationship("r", "/a.xml", "xml:base=\"/x\"")},
       {208, "ContentType", "CT-12", kRels, giveRelationshipsAnotherType},
