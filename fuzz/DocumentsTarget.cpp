@@ -24,7 +24,7 @@ using fuzz::require;
 
 std::string describe(const kxArray* array) {
   std::string text;
-  tool::json::JsonWriter writer(text);
+  text::JsonWriter writer(text);
   tool::json::writeHostArray(array, writer);
   return text;
 }

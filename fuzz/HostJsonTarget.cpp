@@ -81,15 +81,15 @@ tool::json::HostArrayPointer read(std::string_view text) {
   return array;
 }
 
-std::string write(const kxArray* array, tool::json::JsonWriter::Layout layout) {
+std::string write(const kxArray* array, text::JsonWriter::Layout layout) {
   std::string text;
-  tool::json::JsonWriter writer(text, layout);
+  text::JsonWriter writer(text, layout);
   tool::json::writeHostArray(array, writer);
   return text;
 }
 
 void checkRoundTrip(const kxArray* array) {
-  using Layout = tool::json::JsonWriter::Layout;
+  using Layout = text::JsonWriter::Layout;
   const std::string text = write(array, Layout::Compact);
   const tool::json::HostArrayPointer again = read(text);
   require(isSame(again.get(), array), "an array reads back the same");

@@ -9,6 +9,7 @@
 
 namespace tool {
 
+using addon::checks::IgnoreRules;
 using addon::packaging::AddonPackage;
 
 void fillPackage(const Project& project, const FileChoice& choice, const IgnoreRules& rules,

@@ -11,8 +11,8 @@ namespace tool {
 
 /// Puts everything that the manifest asks for into a new package, which is open and has its
 /// properties. Throws ManifestError, Failure and opc::Exception.
-void fillPackage(const Project& project, const FileChoice& choice, const IgnoreRules& rules,
-                 addon::packaging::AddonPackage& package);
+void fillPackage(const Project& project, const FileChoice& choice,
+                 const addon::checks::IgnoreRules& rules, addon::packaging::AddonPackage& package);
 
 /// Writes the package that `build` would make of a folder with a manifest to `package`, which must
 /// not exist: stored instead of packed, and not checked by `verify`. `leftOut` are files of the

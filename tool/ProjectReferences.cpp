@@ -8,18 +8,24 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/PathCheck.h"
+#include "opc/Exception.h"
 #include "opc/Text.h"
-#include "tool/process/Errors.h"
 
 namespace tool {
 
+using addon::checks::findingNamed;
+using addon::checks::IgnoreRules;
+using addon::checks::kMissingAppFile;
+using addon::checks::kMissingExampleCode;
+using addon::checks::kMissingSearchPath;
 using addon::checks::PathCheck;
+using addon::checks::PathReference;
 using addon::project::Position;
 using addon::project::Text;
 using opc::checks::Finding;
 using opc::checks::FindingId;
 using opc::checks::Report;
-using Kind = addon::checks::PathReference::Kind;
+using Kind = PathReference::Kind;
 
 namespace {
 
@@ -64,9 +70,18 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
       for (const auto& [path, part] :
            {std::pair(&examples[j].source, ".source"), std::pair(&examples[j].main, ".main")}) {
         if (!path->value.empty())
-          search.look(*path, Kind::File, addon::checks::kMissingExampleCode, key + part, name);
+          search.look(*path, Kind::File, kMissingExampleCode, key + part, name);
       }
     }
+  }
+}
+
+/// The id that a rule begins with, as it is written.
+std::string idIn(const Text& rule, std::string_view id, const std::string& key) {
+  try {
+    return opc::checks::idOf(findingNamed(id).id.number);
+  } catch (const opc::Exception& error) {
+    throw ManifestError(rule.position, fmt::format("{}: {}", key, error.what()));
   }
 }
 
@@ -74,8 +89,8 @@ void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
 /// is that of its schema.
 void refuseLooseRule(const Text& rule, const std::string& key) {
   const std::size_t colon = std::min(rule.value.find(':'), rule.value.size());
-  const FindingId id = findingNamed(rule.value.substr(0, colon)).id;
-  const std::string strict = opc::checks::idOf(id.number) + rule.value.substr(colon);
+  const std::string strict =
+      idIn(rule, rule.value.substr(0, colon), key) + rule.value.substr(colon);
   if (colon + 1 == rule.value.size()) {
     throw ManifestError(
         rule.position,
@@ -93,11 +108,7 @@ IgnoreRules ignoreRulesOf(const Manifest& manifest) {
   std::vector<std::string> rules;
   for (const Text& rule : manifest.verify.ignore.value) {
     const std::string key = fmt::format("verify.ignore[{}]", rules.size());
-    try {
-      refuseLooseRule(rule, key);
-    } catch (const process::UsageError& error) {
-      throw ManifestError(rule.position, fmt::format("{}: {}", key, error.what()));
-    }
+    refuseLooseRule(rule, key);
     rules.push_back(rule.value);
   }
   return IgnoreRules(rules);
@@ -108,13 +119,13 @@ void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
   ReferenceSearch search(rules, package);
   for (std::size_t i = 0; i < manifest.apps.size(); ++i) {
     const auto& app = manifest.apps[i];
-    search.look(app.file, Kind::File, addon::checks::kMissingAppFile,
-                fmt::format("app[{}].file", i), fmt::format("the app '{}'", app.name.value));
+    search.look(app.file, Kind::File, kMissingAppFile, fmt::format("app[{}].file", i),
+                fmt::format("the app '{}'", app.name.value));
   }
   lookForExamples(manifest, search);
   const auto& paths = manifest.configuration.korvanPaths.value;
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    search.look(paths[i], Kind::Folder, addon::checks::kMissingSearchPath,
+    search.look(paths[i], Kind::Folder, kMissingSearchPath,
                 fmt::format("configuration.korvan-paths[{}]", i), "the search path");
   }
   search.raise();

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/DocumentTable.h"
@@ -16,5 +19,22 @@ std::span<const DocumentTable* const> documents();
 void loadDocument(AddonPackage& package, XMLPartType& document);
 /// Writes it likewise.
 void storeDocument(AddonPackage& package, XMLPartType& document);
+/// The same for a document of its own.
+OwnedDocument loadDocument(AddonPackage& package, const DocumentTable& table);
+
+/// A document that a package holds, found by its relationship.
+struct PresentDocument {
+  std::string_view name;
+  std::string partName;  ///< "/metadata/license.xml"
+};
+
+/// Those that are there. One with several relationships counts as absent, as it does for the host.
+std::vector<PresentDocument> presentDocuments(AddonPackage& package);
+
+/// Whether `table`'s document is among them.
+bool isPresent(const DocumentTable& table, AddonPackage& package);
+
+/// The part name of the primary screenshot, or "".
+std::string screenshotPart(AddonPackage& package);
 
 }  // namespace addon::packaging

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "addon/comparison/Contents.h"
 #include "opc/Exception.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tool/Contents.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/json/Schemas.h"
 #include "tool/process/Errors.h"
@@ -39,7 +39,7 @@ class FolderBuild : public testing::Test {
     tool::buildInto(path("wave"), path("out.zip"), leftOut);
     Paths paths;
     for (const auto& item :
-         tool::readTree(*tool::commands::detail::openForReading(path("out.zip")))) {
+         addon::comparison::readTree(*tool::commands::detail::openForReading(path("out.zip")))) {
       paths.push_back(item.path + (item.info.compressed ? " packed" : ""));
     }
     return paths;

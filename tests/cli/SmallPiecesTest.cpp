@@ -5,15 +5,15 @@
 #include <string>
 
 #include "opc/Streams.h"
-#include "tool/Sha256.h"
+#include "text/Sha256.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/report/Progress.h"
 
 namespace {
 
 TEST(Sha256, AgreesWithPublishedValues) {
-  EXPECT_EQ(tool::sha256Of(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-  EXPECT_EQ(tool::sha256Of("abc"),
+  EXPECT_EQ(text::sha256Of(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(text::sha256Of("abc"),
             "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
 }
 
@@ -21,7 +21,7 @@ TEST(Sha256, OfAStreamIsThatOfItsBytes) {
   const std::string text(300000, 'x');
   opc::MemoryInputStream stream(reinterpret_cast<const unsigned char*>(text.data()), text.size());
 
-  EXPECT_EQ(tool::sha256Of(stream), tool::sha256Of(text));
+  EXPECT_EQ(text::sha256Of(stream), text::sha256Of(text));
 }
 
 TEST(Progress, TellsFilesBytesRateAndTimeLeft) {

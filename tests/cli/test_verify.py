@@ -161,7 +161,7 @@ class Verify(kraddontest.CliTest):
     def test_a_colon_without_a_pattern_is_wrong_usage(self):
         for rule in ("KR501:", "501:"):
             self.misused("verify", "p", "--ignore", rule,
-                         message=f"bad value of --ignore '{rule}': expected a pattern after the "
+                         message=f"bad rule '{rule}': expected a pattern after the "
                                  "colon")
 
     def test_github_gets_annotations(self):

@@ -13,9 +13,9 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/AddonVerification.h"
+#include "addon/comparison/Digest.h"
 #include "opc/Text.h"
 #include "text/ByteCount.h"
-#include "tool/Digest.h"
 #include "tool/FolderBuild.h"
 #include "tool/Project.h"
 #include "tool/RealPath.h"
@@ -34,6 +34,15 @@
 
 namespace tool::commands {
 
+using addon::checks::checkAddon;
+using addon::checks::IgnoreRules;
+using addon::checks::judge;
+using addon::checks::kSecret;
+using addon::checks::PackageVerdict;
+using addon::checks::verifyAddon;
+using addon::comparison::contentDigest;
+using addon::comparison::Item;
+using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
 
 namespace {
@@ -142,9 +151,8 @@ FileChoice choiceOf(const Task& task) {
 
 /// A published secret cannot be taken back, so that even the warning stops the build.
 bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
-  const bool hasSecret =
-      std::any_of(verdict.findings.begin(), verdict.findings.end(),
-                  [](const auto& one) { return one.id == addon::checks::kSecret; });
+  const bool hasSecret = std::any_of(verdict.findings.begin(), verdict.findings.end(),
+                                     [](const auto& one) { return one.id == kSecret; });
   return verdict.isGood(isStrict) && !hasSecret;
 }
 
@@ -156,7 +164,7 @@ void inspect(const std::string& path, const Task& task, report::BuildResult& res
   result.size = static_cast<std::uint64_t>(info.st_size);
   report::ProgressBar bar(task.invocation.settings());
   if (task.verifies()) {
-    const Report report = addon::checks::verifyAddon(path, bar.function());
+    const Report report = verifyAddon(path, bar.function());
     result.verdict = judge(task.output, report, task.rules);
     if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
   }
@@ -178,7 +186,7 @@ report::BuildResult rehearse(const Task& task) {
   report::BuildResult result = report::resultFor(task.output, items);
   if (task.verifies()) {
     Report report;
-    addon::checks::checkAddon(package, report);
+    checkAddon(package, report);
     result.verdict = judge(task.output, report, task.rules);
   }
   if (task.invocation.has("json")) {

@@ -103,7 +103,7 @@ bool changesPackage(std::size_t slot) {
 
 void printArray(const kxArray* array) {
   std::string text;
-  json::JsonWriter writer(text, json::JsonWriter::Layout::Compact);
+  text::JsonWriter writer(text, text::JsonWriter::Layout::Compact);
   try {
     json::writeHostArray(array, writer);
   } catch (const json::JsonError& error) {

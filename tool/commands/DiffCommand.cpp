@@ -6,8 +6,8 @@
 #include <system_error>
 #include <vector>
 
+#include "addon/comparison/PackageComparison.h"
 #include "tool/FolderBuild.h"
-#include "tool/PackageComparison.h"
 #include "tool/Project.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
@@ -22,6 +22,12 @@
 #include "tool/report/Progress.h"
 
 namespace tool::commands {
+
+using addon::comparison::compareDescriptions;
+using addon::comparison::ComparedPackage;
+using addon::comparison::compareFiles;
+using addon::comparison::PackageDifferences;
+using addon::comparison::readTree;
 
 namespace {
 
@@ -64,9 +70,14 @@ bool isFolder(const std::string& path) {
   return std::filesystem::is_directory(path, error);
 }
 
+/// A package to be compared and, of a folder, what was built of it for that.
+struct OpenedPackage : ComparedPackage {
+  std::unique_ptr<process::PrivateFile> built = {};
+};
+
 /// `others` are files that are no part of a project that they lie in.
-ComparedPackage openCompared(const std::string& path, const std::vector<std::string>& others) {
-  ComparedPackage compared{path};
+OpenedPackage openCompared(const std::string& path, const std::vector<std::string>& others) {
+  OpenedPackage compared{{path}};
   if (isFolder(path)) {
     compared.built = std::make_unique<process::PrivateFile>("built.kraddon");
     try {
@@ -118,8 +129,8 @@ process::ExitCode run(const line::Invocation& invocation) {
   const std::vector<std::string>& operands = invocation.operands();
   const std::vector<std::string> paths(operands.begin() + 2, operands.end());
 
-  ComparedPackage a = openCompared(operands[0], {operands[1]});
-  ComparedPackage b = openCompared(operands[1], {a.built ? a.built->path() : operands[0]});
+  OpenedPackage a = openCompared(operands[0], {operands[1]});
+  OpenedPackage b = openCompared(operands[1], {a.built ? a.built->path() : operands[0]});
   const PackageDifferences differences = compare(a, b, paths, invocation);
   print({a, b, differences, !paths.empty()}, invocation);
   warnOfUnreadable(a, invocation);

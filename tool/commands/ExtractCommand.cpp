@@ -6,8 +6,8 @@
 #include <limits>
 #include <optional>
 
+#include "addon/comparison/Contents.h"
 #include "opc/Exception.h"
-#include "tool/Contents.h"
 #include "tool/TreeWalk.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/ExistingFiles.h"
@@ -24,6 +24,9 @@
 
 namespace tool::commands {
 
+using addon::comparison::Item;
+using addon::comparison::openItem;
+using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
 
 namespace {

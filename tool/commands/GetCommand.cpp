@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <array>
 
+#include "addon/packaging/Documents.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -28,10 +29,10 @@ process::ExitCode run(const line::Invocation& invocation) {
   const auto& table = json::findDocument(invocation.operands()[1]);
 
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
-  const addon::packaging::OwnedDocument document = json::load(table, *package);
+  const addon::packaging::OwnedDocument document = addon::packaging::loadDocument(*package, table);
 
   const std::string text =
-      json::toJson(table, document.record, json::JsonWriter::Layout::Indented) + "\n";
+      json::toJson(table, document.record, text::JsonWriter::Layout::Indented) + "\n";
   report::writeOutputFile(invocation.valueOr("output", "-"), text, path);
   return process::ExitCode::Done;
 }

@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "addon/comparison/Contents.h"
+#include "addon/comparison/Digest.h"
+#include "addon/packaging/Documents.h"
 #include "opc/Text.h"
+#include "text/JsonWriter.h"
 #include "text/Suggest.h"
-#include "tool/Contents.h"
-#include "tool/Digest.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
-#include "tool/json/Documents.h"
-#include "tool/json/JsonWriter.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/Output.h"
@@ -24,6 +24,11 @@
 
 namespace tool::commands {
 
+using addon::comparison::contentDigest;
+using addon::comparison::Item;
+using addon::comparison::readTree;
+using addon::comparison::Totals;
+using addon::comparison::totalsOf;
 using addon::packaging::AddonPackage;
 
 namespace {
@@ -87,7 +92,7 @@ std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
 }
 
 std::optional<Screenshot> readScreenshot(AddonPackage& package) {
-  const std::string part = json::screenshotPart(package);
+  const std::string part = addon::packaging::screenshotPart(package);
   if (part.empty()) return std::nullopt;
   auto& model = package.logicalPackage();
   const opc::model::PartName name(opc::fromUtf8(part));
@@ -111,7 +116,8 @@ Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& s
   const auto core = package->coreProperties().getCoreProperties();
   info.created = timeText(core.getCreatedTime());
   info.modified = timeText(core.getLastModifiedTime());
-  for (const json::PresentDocument& document : json::presentDocuments(*package)) {
+  for (const addon::packaging::PresentDocument& document :
+       addon::packaging::presentDocuments(*package)) {
     info.documents.emplace_back(document.name);
   }
   info.screenshot = readScreenshot(*package);
@@ -123,7 +129,7 @@ Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& s
   return info;
 }
 
-void writeJson(const Info& info, json::JsonWriter& json) {
+void writeJson(const Info& info, text::JsonWriter& json) {
   const auto text = [&](std::string_view name, const std::string& value) {
     json.key(name);
     json.textOrNull(value);
@@ -275,7 +281,7 @@ process::ExitCode run(const line::Invocation& invocation) {
     output.write(output.shown(valueOf(info, *field)) + "\n");
   } else if (invocation.has("json")) {
     std::string text;
-    json::JsonWriter json(text);
+    text::JsonWriter json(text);
     writeJson(info, json);
     output.write(text + "\n");
   } else {

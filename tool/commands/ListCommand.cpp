@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <array>
 
-#include "tool/Contents.h"
-#include "tool/Sha256.h"
+#include "addon/comparison/Contents.h"
+#include "text/JsonWriter.h"
+#include "text/Sha256.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
-#include "tool/json/JsonWriter.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/Messages.h"
@@ -19,6 +19,11 @@
 
 namespace tool::commands {
 
+using addon::comparison::Item;
+using addon::comparison::openItem;
+using addon::comparison::readParts;
+using addon::comparison::readTree;
+using addon::comparison::Totals;
 using addon::packaging::AddonPackage;
 
 namespace {
@@ -70,7 +75,7 @@ void hashFiles(AddonPackage& package, const line::Settings& settings, std::vecto
     progress(state);
   };
   for (Row& row : rows) {
-    if (!row.item.isFolder()) row.hash = sha256Of(*openItem(package, row.item), advance);
+    if (!row.item.isFolder()) row.hash = text::sha256Of(*openItem(package, row.item), advance);
     ++state.itemsDone;
     advance(0);
   }
@@ -167,7 +172,7 @@ void printTree(const std::vector<Row>& rows, bool isColored, report::Output& out
   }
 }
 
-void writeDetails(const Item& item, json::JsonWriter& json) {
+void writeDetails(const Item& item, text::JsonWriter& json) {
   if (item.isFolder()) {
     for (const char* name : {"size", "packed", "method", "crc", "time"}) {
       json.key(name);
@@ -185,7 +190,7 @@ void writeDetails(const Item& item, json::JsonWriter& json) {
 void printJson(const std::vector<Row>& rows, const Totals& totals,
                const line::Invocation& invocation, report::Output& output) {
   std::string text;
-  json::JsonWriter json(text);
+  text::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.list/1");
   json.key("entries");

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tool/Contents.h"
+#include "addon/comparison/Contents.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
@@ -16,6 +16,8 @@
 
 namespace tool::commands {
 
+using addon::comparison::Item;
+using addon::comparison::readSubtree;
 using addon::packaging::AddonPackage;
 
 namespace {

@@ -9,13 +9,13 @@
 #include <utility>
 #include <vector>
 
+#include "addon/packaging/Documents.h"
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
-#include "tool/json/Documents.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
@@ -85,7 +85,7 @@ void writeOut(const line::Invocation& invocation) {
   refuse(invocation, "level", "it needs IMAGE");
   const std::string& path = invocation.operands()[0];
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
-  const std::string part = json::screenshotPart(*package);
+  const std::string part = addon::packaging::screenshotPart(*package);
   if (part.empty()) {
     throw process::Failure(process::sentence("cannot write the screenshot of", path, "it has none"),
                            "'kraddon screenshot PACKAGE IMAGE' stores one");

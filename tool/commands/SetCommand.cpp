@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "addon/packaging/Documents.h"
 #include "addon/project/PlainText.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
@@ -129,7 +130,7 @@ void checkFixed(const DocumentTable& table, const ConstRecord& changed, AddonPac
   if (std::none_of(fields.begin(), fields.end(), [](const Field& one) { return one.isFixed; })) {
     return;
   }
-  const OwnedDocument stored = json::load(table, package);
+  const OwnedDocument stored = addon::packaging::loadDocument(package, table);
   for (const Field& field : fields) {
     if (!field.isFixed || changed.text(field) == stored.record.text(field)) continue;
     throw process::Failure(
@@ -140,13 +141,14 @@ void checkFixed(const DocumentTable& table, const ConstRecord& changed, AddonPac
 }
 
 std::string jsonOf(const DocumentTable& table, const ConstRecord& document) {
-  return json::toJson(table, document, json::JsonWriter::Layout::Compact);
+  return json::toJson(table, document, text::JsonWriter::Layout::Compact);
 }
 
 bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPackage& package) {
-  if (!json::isPresent(table, package)) return false;
+  if (!addon::packaging::isPresent(table, package)) return false;
   try {
-    return jsonOf(table, json::load(table, package).record) == jsonOf(table, document);
+    return jsonOf(table, addon::packaging::loadDocument(package, table).record) ==
+           jsonOf(table, document);
   } catch (const opc::Exception&) {
     return false;  // one that cannot be read can be replaced
   }
@@ -156,7 +158,8 @@ bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPack
 /// already is left alone, so that nothing is written for it.
 void change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
             AddonPackage& package) {
-  const OwnedDocument document = given ? std::move(*given) : json::load(table, package);
+  const OwnedDocument document =
+      given ? std::move(*given) : addon::packaging::loadDocument(package, table);
   for (const auto& [name, value] : fields) {
     document.record.text(*table.record.find(name)) = opc::fromUtf8(value);
   }

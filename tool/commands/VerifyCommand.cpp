@@ -7,11 +7,11 @@
 
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
+#include "addon/checks/IgnoreRules.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/checks/PackageVerification.h"
 #include "text/ByteCount.h"
-#include "tool/IgnoreRules.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -24,12 +24,19 @@
 
 namespace tool::commands {
 
+using addon::checks::findingNamed;
+using addon::checks::groupOf;
+using addon::checks::IgnoreRules;
+using addon::checks::judge;
+using addon::checks::PackageVerdict;
+using addon::checks::verifyAddon;
+
 namespace {
 
 using opc::checks::FindingInfo;
 
 /// verifyPackage() or verifyAddon().
-using Verify = decltype(addon::checks::verifyAddon);
+using Verify = decltype(verifyAddon);
 
 constexpr std::array kOperands{line::OperandSpec{
     .name = "PACKAGE", .help = "the packages to check", .isRequired = false, .isRepeatable = true}};
@@ -40,7 +47,7 @@ constexpr std::array kOptions{
                      .valueName = "ID[:GLOB]",
                      .help = "ignore a finding, everywhere or for paths that match",
                      .isRepeatable = true,
-                     .choices = findingIds},
+                     .choices = addon::checks::findingIds},
     line::OptionSpec{.longName = "opc",
                      .help = "check only the container and the packaging conventions"},
     line::OptionSpec{.longName = "format",
@@ -51,7 +58,7 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "explain",
                      .valueName = "ID",
                      .help = "explain a finding and what to do about it",
-                     .choices = findingIds}};
+                     .choices = addon::checks::findingIds}};
 
 constexpr const char* kDescription =
     "Reads every byte, and checks every checksum, every rule of the packaging conventions, every "
@@ -61,8 +68,18 @@ constexpr const char* kDescription =
 void explain(const FindingInfo& info, report::Output& output) {
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
                            opc::checks::idOf(info.id.number), info.title,
-                           opc::checks::nameOf(info.id.severity), addon::checks::groupOf(info.id),
+                           opc::checks::nameOf(info.id.severity), groupOf(info.id),
                            info.explanation, info.remedy));
+}
+
+/// What `read` makes of an option. A value that it refuses is a mistake on the line.
+template <typename Read>
+decltype(auto) given(const Read& read) {
+  try {
+    return read();
+  } catch (const opc::Exception& error) {
+    throw process::UsageError(error.what());
+  }
 }
 
 process::ExitCode runExplain(const line::Invocation& invocation) {
@@ -73,7 +90,7 @@ process::ExitCode runExplain(const line::Invocation& invocation) {
                                                 "--explain takes no package"));
   }
   report::Output output;
-  explain(findingNamed(*invocation.value("explain")), output);
+  explain(given([&]() -> auto& { return findingNamed(*invocation.value("explain")); }), output);
   output.flush();
   return process::ExitCode::Done;
 }
@@ -114,8 +131,8 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
         process::sentence("missing operand", kOperands[0].name, kOperands[0].help));
   }
   invocation.refuseTogether("json", "format");
-  const IgnoreRules rules(invocation.values("ignore"));
-  Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : addon::checks::verifyAddon;
+  const IgnoreRules rules = given([&] { return IgnoreRules(invocation.values("ignore")); });
+  Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : verifyAddon;
   const bool isStrict = invocation.has("strict");
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
   report::Output output;

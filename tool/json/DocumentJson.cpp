@@ -108,7 +108,7 @@ void readRecord(const Record& record, const JsonValue& value, const Place& place
   }
 }
 
-void writeRecords(const ConstRecord& record, const Field& list, JsonWriter& json) {
+void writeRecords(const ConstRecord& record, const Field& list, text::JsonWriter& json) {
   json.beginArray();
   for (std::size_t i = 0; i < record.size(list); ++i) writeRecord(record.at(list, i), json);
   json.endArray();
@@ -126,9 +126,9 @@ void readDocument(const DocumentTable& table, const Record& document, const Json
 }
 
 std::string toJson(const DocumentTable& table, const ConstRecord& document,
-                   JsonWriter::Layout layout) {
+                   text::JsonWriter::Layout layout) {
   std::string text;
-  JsonWriter json(text, layout);
+  text::JsonWriter json(text, layout);
   if (table.isList) {
     writeRecords(document, table.list(), json);
   } else {
@@ -137,7 +137,7 @@ std::string toJson(const DocumentTable& table, const ConstRecord& document,
   return text;
 }
 
-void writeRecord(const ConstRecord& record, JsonWriter& json) {
+void writeRecord(const ConstRecord& record, text::JsonWriter& json) {
   json.beginObject();
   for (const Field& field : record.table().fields) {
     json.key(field.name);
@@ -146,7 +146,7 @@ void writeRecord(const ConstRecord& record, JsonWriter& json) {
   json.endObject();
 }
 
-void writeField(const ConstRecord& record, const Field& field, JsonWriter& json) {
+void writeField(const ConstRecord& record, const Field& field, text::JsonWriter& json) {
   if (record.isUnset(field)) return json.null();
   switch (field.kind()) {
     case FieldKind::Text:

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "addon/packaging/DocumentTable.h"
+#include "text/JsonWriter.h"
 #include "tool/json/JsonText.h"
-#include "tool/json/JsonWriter.h"
 
 // Documents as JSON: one object or, for a list, an array of objects; flags are the texts "true" and
 // "false", as the host has them.
@@ -21,10 +21,10 @@ void readDocument(const addon::packaging::DocumentTable& table,
 
 /// The way back. Lists that a host struct leaves unset are null.
 std::string toJson(const addon::packaging::DocumentTable& table,
-                   const addon::packaging::ConstRecord& document, JsonWriter::Layout layout);
-void writeRecord(const addon::packaging::ConstRecord& record, JsonWriter& json);
+                   const addon::packaging::ConstRecord& document, text::JsonWriter::Layout layout);
+void writeRecord(const addon::packaging::ConstRecord& record, text::JsonWriter& json);
 void writeField(const addon::packaging::ConstRecord& record, const addon::packaging::Field& field,
-                JsonWriter& json);
+                text::JsonWriter& json);
 
 /// Whether it is one record of nothing but texts, whose fields can be set one by one.
 bool isFlat(const addon::packaging::DocumentTable& table);

@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "hostarray/kxarray.h"
+#include "text/JsonWriter.h"
 #include "tool/json/JsonText.h"
-#include "tool/json/JsonWriter.h"
 
 namespace tool::json {
 
@@ -26,6 +26,6 @@ HostArrayPointer toHostArray(const JsonValue& value);
 
 /// The way back: the short form where it reads back the same, else the "$class" form. `array` is
 /// not null. Throws JsonError for arrays more than kMaxJsonDepth deep in each other.
-void writeHostArray(const kxArray* array, JsonWriter& writer);
+void writeHostArray(const kxArray* array, text::JsonWriter& writer);
 
 }  // namespace tool::json

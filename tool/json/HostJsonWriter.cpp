@@ -54,7 +54,7 @@ bool isTrail(char16_t c) {
 
 class Writer {
  public:
-  explicit Writer(JsonWriter& json) : json_(json) {}
+  explicit Writer(text::JsonWriter& json) : json_(json) {}
 
   void write(const kxArray* array) {
     if (++depth_ > kMaxJsonDepth) {
@@ -180,13 +180,13 @@ class Writer {
     json_.endObject();
   }
 
-  JsonWriter& json_;
+  text::JsonWriter& json_;
   std::size_t depth_ = 0;
 };
 
 }  // namespace
 
-void writeHostArray(const kxArray* array, JsonWriter& writer) {
+void writeHostArray(const kxArray* array, text::JsonWriter& writer) {
   Writer(writer).write(array);
 }
 

@@ -6,19 +6,24 @@
 #include <algorithm>
 
 #include "text/ByteCount.h"
-#include "tool/json/JsonWriter.h"
+#include "text/JsonWriter.h"
 #include "tool/report/FindingPrinter.h"
 
 namespace tool::report {
 
+using addon::checks::PackageVerdict;
+using addon::comparison::Item;
+using addon::comparison::Totals;
+using addon::comparison::totalsOf;
+
 namespace {
 
-void writeSize(std::optional<std::uint64_t> size, json::JsonWriter& json) {
+void writeSize(std::optional<std::uint64_t> size, text::JsonWriter& json) {
   json.key("size");
   size ? json.value(*size) : json.null();
 }
 
-void writeEntries(const std::vector<BuildEntry>& entries, json::JsonWriter& json, std::string& text,
+void writeEntries(const std::vector<BuildEntry>& entries, text::JsonWriter& json, std::string& text,
                   Output& output) {
   json.key("entries");
   json.beginArray();
@@ -33,7 +38,7 @@ void writeEntries(const std::vector<BuildEntry>& entries, json::JsonWriter& json
   json.endArray();
 }
 
-void writeFindings(const std::optional<PackageVerdict>& verdict, json::JsonWriter& json) {
+void writeFindings(const std::optional<PackageVerdict>& verdict, text::JsonWriter& json) {
   json.key("findings");
   if (!verdict) return json.null();
   json.beginArray();
@@ -55,7 +60,7 @@ BuildResult resultFor(const std::string& file, const std::vector<Item>& items) {
 
 void printBuildAsJson(const BuildResult& result, Output& output) {
   std::string text;
-  json::JsonWriter json(text);
+  text::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.build/1");
   json.member("file", std::string_view(result.file));

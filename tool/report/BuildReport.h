@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/Contents.h"
-#include "tool/PackageVerdict.h"
+#include "addon/checks/PackageVerdict.h"
+#include "addon/comparison/Contents.h"
 #include "tool/report/Output.h"
 
 namespace tool::report {
@@ -24,13 +24,14 @@ struct BuildResult {
   bool isWritten = false;
   std::optional<std::uint64_t> size = std::nullopt;  ///< of the package
   std::vector<BuildEntry> entries = {};
-  Totals totals = {};
+  addon::comparison::Totals totals = {};
   std::string digest = {};
-  std::optional<PackageVerdict> verdict = std::nullopt;  ///< nothing when it was not checked
+  std::optional<addon::checks::PackageVerdict> verdict =
+      std::nullopt;  ///< nothing when it was not checked
 };
 
 /// The result for a package with these files and empty folders, before it is written.
-BuildResult resultFor(const std::string& file, const std::vector<Item>& items);
+BuildResult resultFor(const std::string& file, const std::vector<addon::comparison::Item>& items);
 
 void printBuildAsJson(const BuildResult& result, Output& output);
 
@@ -38,6 +39,6 @@ void printBuildAsJson(const BuildResult& result, Output& output);
 void printBuildPlan(const BuildResult& result, Output& output);
 
 /// "3 files, 1 empty folder, 12.0 kB"
-std::string describeContent(const Totals& totals);
+std::string describeContent(const addon::comparison::Totals& totals);
 
 }  // namespace tool::report

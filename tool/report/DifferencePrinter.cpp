@@ -11,6 +11,16 @@
 
 namespace tool::report {
 
+using addon::comparison::Change;
+using addon::comparison::DocumentDifference;
+using addon::comparison::DocumentValue;
+using addon::comparison::FieldDifference;
+using addon::comparison::FieldValue;
+using addon::comparison::FileDifference;
+using addon::comparison::Item;
+using addon::comparison::PackageDifferences;
+using addon::comparison::totalsOf;
+
 namespace {
 
 struct ChangeWord {
@@ -26,7 +36,7 @@ std::string_view wordFor(Change change) {
 }
 
 void writeFields(std::string_view nameOfPath, const std::vector<FieldDifference>& fields,
-                 json::JsonWriter& json) {
+                 text::JsonWriter& json) {
   json.beginArray();
   for (const FieldDifference& field : fields) {
     json.beginObject();
@@ -41,7 +51,7 @@ void writeFields(std::string_view nameOfPath, const std::vector<FieldDifference>
 }
 
 void writeSide(std::string_view name, const Item* item, const std::string& hash,
-               json::JsonWriter& json) {
+               text::JsonWriter& json) {
   json.key(name);
   if (item == nullptr) return json.null();
   json.beginObject();
@@ -56,7 +66,7 @@ void writeSide(std::string_view name, const Item* item, const std::string& hash,
   json.endObject();
 }
 
-void writeFile(const FileDifference& file, json::JsonWriter& json) {
+void writeFile(const FileDifference& file, text::JsonWriter& json) {
   json.beginObject();
   json.member("path", std::string_view(file.path));
   json.member("change", wordFor(file.change));
@@ -67,7 +77,7 @@ void writeFile(const FileDifference& file, json::JsonWriter& json) {
   json.endObject();
 }
 
-void writeDocument(const DocumentDifference& document, json::JsonWriter& json) {
+void writeDocument(const DocumentDifference& document, text::JsonWriter& json) {
   json.beginObject();
   json.member("document", document.name);
   json.member("change", wordFor(document.change));
@@ -91,7 +101,7 @@ std::string countsOf(const List& list, std::uint64_t same = 0) {
 
 }  // namespace
 
-void writeValue(const DocumentValue& value, json::JsonWriter& json) {
+void writeValue(const DocumentValue& value, text::JsonWriter& json) {
   if (const auto* text = std::get_if<std::u16string>(&value)) {
     json.value(std::u16string_view(*text));
   } else if (const auto* field = std::get_if<FieldValue>(&value)) {
@@ -113,7 +123,7 @@ std::string describeSizeChange(std::uint64_t a, std::uint64_t b) {
 
 void printDifferencesAsJson(const ComparisonReport& report, Output& output) {
   std::string text;
-  json::JsonWriter json(text);
+  text::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.diff/1");
   json.member("a", std::string_view(report.a.name));

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tool/PackageComparison.h"
-#include "tool/json/JsonWriter.h"
+#include "addon/comparison/PackageComparison.h"
+#include "text/JsonWriter.h"
 #include "tool/report/Output.h"
 
 namespace tool::report {
 
 /// What was compared, and what came out of it.
 struct ComparisonReport {
-  const ComparedPackage& a;
-  const ComparedPackage& b;
-  const PackageDifferences& differences;
+  const addon::comparison::ComparedPackage& a;
+  const addon::comparison::ComparedPackage& b;
+  const addon::comparison::PackageDifferences& differences;
   bool isOfPathsOnly;  ///< only files were compared, those that were chosen
 };
 
@@ -27,7 +27,7 @@ void printDifferences(const ComparisonReport& report, bool withLines, bool isCol
                       Output& output);
 
 /// A value as JSON.
-void writeValue(const DocumentValue& value, json::JsonWriter& json);
+void writeValue(const addon::comparison::DocumentValue& value, text::JsonWriter& json);
 
 /// "1.2 kB -> 1.3 kB", in bytes where that would show no change, one size when there is none.
 std::string describeSizeChange(std::uint64_t a, std::uint64_t b);

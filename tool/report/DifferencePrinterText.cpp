@@ -11,6 +11,15 @@
 
 namespace tool::report {
 
+using addon::comparison::Change;
+using addon::comparison::ComparedPackage;
+using addon::comparison::DocumentDifference;
+using addon::comparison::DocumentValue;
+using addon::comparison::FieldDifference;
+using addon::comparison::FileDifference;
+using addon::comparison::Item;
+using addon::comparison::openItem;
+
 namespace {
 
 using text::HunkLine;
@@ -95,7 +104,7 @@ bool isNothing(const DocumentValue& value) {
 /// As compact JSON.
 std::string textOf(const DocumentValue& value) {
   std::string text;
-  json::JsonWriter json(text, json::JsonWriter::Layout::Compact);
+  text::JsonWriter json(text, text::JsonWriter::Layout::Compact);
   writeValue(value, json);
   return text;
 }

@@ -2,11 +2,14 @@
 #include "tool/report/FindingPrinter.h"
 
 #include "addon/checks/Catalogue.h"
-#include "tool/json/JsonWriter.h"
+#include "text/JsonWriter.h"
 #include "tool/line/Arguments.h"
 
 namespace tool::report {
 
+using addon::checks::findInfo;
+using addon::checks::groupOf;
+using addon::checks::PackageVerdict;
 using opc::checks::Finding;
 using opc::checks::FindingInfo;
 
@@ -57,13 +60,13 @@ class JsonPrinter final : public FindingPrinter {
   bool isStrict_;
   Output& output_;
   std::string text_;
-  json::JsonWriter json_{text_};
+  text::JsonWriter json_{text_};
 };
 
 }  // namespace
 
-void writeFinding(const Finding& finding, json::JsonWriter& json) {
-  const FindingInfo* info = addon::checks::findInfo(finding.id.number);
+void writeFinding(const Finding& finding, text::JsonWriter& json) {
+  const FindingInfo* info = findInfo(finding.id.number);
   const auto writeText = [&](std::string_view key, std::string_view text) {
     json.key(key);
     json.textOrNull(text);
@@ -72,7 +75,7 @@ void writeFinding(const Finding& finding, json::JsonWriter& json) {
   json.member("id", std::string_view(opc::checks::idOf(finding.id.number)));
   writeText("rule", finding.rule);
   json.member("severity", opc::checks::nameOf(finding.id.severity));
-  json.member("group", addon::checks::groupOf(finding.id));
+  json.member("group", groupOf(finding.id));
   writeText("part", finding.part);
   json.key("line");
   if (finding.line == 0) {

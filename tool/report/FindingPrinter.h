@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "tool/PackageVerdict.h"
-#include "tool/json/JsonWriter.h"
+#include "addon/checks/PackageVerdict.h"
+#include "text/JsonWriter.h"
 #include "tool/report/Output.h"
 
 namespace tool::report {
@@ -16,7 +16,7 @@ class FindingPrinter {
  public:
   virtual ~FindingPrinter() = default;
   virtual void begin() {}
-  virtual void print(const PackageVerdict& verdict) = 0;
+  virtual void print(const addon::checks::PackageVerdict& verdict) = 0;
   virtual void end() {}
 };
 
@@ -28,9 +28,9 @@ std::vector<std::string> findingFormats();
 std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
 
 /// The lines of --format text.
-std::string describeFindings(const PackageVerdict& verdict);
+std::string describeFindings(const addon::checks::PackageVerdict& verdict);
 /// A finding as an object.
-void writeFinding(const opc::checks::Finding& finding, json::JsonWriter& json);
+void writeFinding(const opc::checks::Finding& finding, text::JsonWriter& json);
 
 // The printers, one each.
 std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);

@@ -6,11 +6,15 @@
 
 #include "addon/checks/Catalogue.h"
 #include "opc/model/NameCharacters.h"
-#include "tool/json/JsonWriter.h"
+#include "text/JsonWriter.h"
 #include "tool/report/FindingPrinter.h"
 
 namespace tool::report {
 
+using addon::checks::catalogue;
+using addon::checks::findInfo;
+using addon::checks::groupOf;
+using addon::checks::PackageVerdict;
 using opc::checks::Finding;
 using opc::checks::FindingInfo;
 
@@ -74,7 +78,7 @@ class SarifPrinter final : public FindingPrinter {
     json_.member("version", KRADDON_VERSION);
     json_.key("rules");
     json_.beginArray();
-    for (const FindingInfo& info : addon::checks::catalogue()) writeRule(info);
+    for (const FindingInfo& info : catalogue()) writeRule(info);
     json_.endArray();
     json_.endObject();
     json_.endObject();
@@ -94,18 +98,18 @@ class SarifPrinter final : public FindingPrinter {
     json_.beginObject();
     json_.key("tags");
     json_.beginArray();
-    json_.value(addon::checks::groupOf(info.id));
+    json_.value(groupOf(info.id));
     json_.endArray();
     json_.endObject();
     json_.endObject();
   }
 
   void writeResult(const PackageVerdict& verdict, const Finding& finding) {
-    const FindingInfo* info = addon::checks::findInfo(finding.id.number);
+    const FindingInfo* info = findInfo(finding.id.number);
     json_.beginObject();
     json_.member("ruleId", std::string_view(opc::checks::idOf(finding.id.number)));
     if (info != nullptr) {
-      const auto index = info - addon::checks::catalogue().data();
+      const auto index = info - catalogue().data();
       json_.member("ruleIndex", static_cast<std::uint64_t>(index));
     }
     json_.member("level", opc::checks::nameOf(finding.id.severity));
@@ -184,7 +188,7 @@ class SarifPrinter final : public FindingPrinter {
 
   Output& output_;
   std::string text_;
-  json::JsonWriter json_{text_};
+  text::JsonWriter json_{text_};
   std::vector<std::string> failures_;
 };
 

@@ -9,6 +9,7 @@
 
 namespace tool::report {
 
+using addon::checks::PackageVerdict;
 using opc::checks::Finding;
 using opc::checks::FindingId;
 using opc::checks::idOf;

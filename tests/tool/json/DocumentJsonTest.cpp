@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "addon/packaging/Documents.h"
 #include "hostarray/matrix.h"
 #include "hostarray/standin/testing.h"
 #include "tests/support/TemporaryFolder.h"
@@ -37,7 +38,7 @@ std::string errorOf(std::string_view document, std::string_view json) {
 
 std::string roundTrip(std::string_view document, std::string_view json) {
   return tool::json::toJson(tool::json::findDocument(document), documentOf(document, json).record,
-                            tool::json::JsonWriter::Layout::Compact);
+                            text::JsonWriter::Layout::Compact);
 }
 
 struct Case {
@@ -119,7 +120,7 @@ TEST(DocumentJson, ItsFieldsAreThoseOfTheHostStruct) {
   addon::packaging::AddonPackage package(path, properties);
 
   for (const DocumentTable* table : addon::packaging::documents()) {
-    const OwnedDocument document = tool::json::load(*table, package);
+    const OwnedDocument document = addon::packaging::loadDocument(package, *table);
     const ArrayPointer array = toStruct(*table, document.record);
 
     const auto names = tool::json::fieldNames(table->records());

@@ -21,7 +21,7 @@ HostArrayPointer read(std::string_view json) {
 
 std::string write(const HostArrayPointer& array) {
   std::string text;
-  tool::json::JsonWriter writer(text, tool::json::JsonWriter::Layout::Compact);
+  text::JsonWriter writer(text, text::JsonWriter::Layout::Compact);
   tool::json::writeHostArray(array.get(), writer);
   return text;
 }

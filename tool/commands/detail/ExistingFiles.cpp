@@ -19,6 +19,8 @@
 
 namespace tool::commands::detail {
 
+using addon::comparison::Item;
+
 namespace {
 
 using opc::FileDescriptor;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/Contents.h"
+#include "addon/comparison/Contents.h"
 #include "tool/TreeWalk.h"
 
 namespace tool::commands::detail {
@@ -20,7 +20,7 @@ struct ExistingFile {
 /// None when the folder is missing, which then is all that the disk is asked. Follows no link below
 /// it: throws opc::Exception, as extracting does, when a link or a file is in the place of a folder
 /// that an item needs, or a folder in that of a file.
-std::vector<ExistingFile> findExisting(const std::vector<Item>& items,
+std::vector<ExistingFile> findExisting(const std::vector<addon::comparison::Item>& items,
                                        const std::string& destination);
 
 }  // namespace tool::commands::detail

@@ -11,6 +11,7 @@
 
 namespace tool::commands::detail {
 
+using addon::comparison::Item;
 using addon::packaging::AddonPackage;
 using opc::plservices::FileSystemEntry;
 

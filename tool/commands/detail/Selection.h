@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/Contents.h"
+#include "addon/comparison/Contents.h"
 
 namespace tool::commands::detail {
 
@@ -15,11 +15,12 @@ namespace tool::commands::detail {
 ///
 /// Returns the chosen ones of `items`, order kept. Throws Failure for an operand that names
 /// nothing.
-std::vector<Item> choose(std::vector<Item> items, const std::vector<std::string>& operands,
-                         bool areGlobs);
+std::vector<addon::comparison::Item> choose(std::vector<addon::comparison::Item> items,
+                                            const std::vector<std::string>& operands,
+                                            bool areGlobs);
 
 /// The same for two trees at once: an operand is good when it names something in either.
-void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
+void chooseInBoth(std::vector<addon::comparison::Item>& a, std::vector<addon::comparison::Item>& b,
                   const std::vector<std::string>& operands, bool areGlobs);
 
 /// The files and folders that literal paths name, one an operand, "/" the root. Throws Failure for

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/json/JsonWriter.h"
+#include "text/JsonWriter.h"
 
 #include <fmt/format.h>
 
@@ -10,7 +10,7 @@
 
 #include "opc/Text.h"
 
-namespace tool::json {
+namespace text {
 
 namespace {
 
@@ -140,4 +140,4 @@ void JsonWriter::textOrNull(std::string_view utf8) {
   }
 }
 
-}  // namespace tool::json
+}  // namespace text

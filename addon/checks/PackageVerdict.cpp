@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "tool/PackageVerdict.h"
+#include "addon/checks/PackageVerdict.h"
 
 #include <utility>
 
-namespace tool {
+namespace addon::checks {
 
 using opc::checks::Finding;
 using opc::checks::FindingId;
@@ -34,4 +34,4 @@ PackageVerdict judge(std::string file, const Report& report, const IgnoreRules& 
   return verdict;
 }
 
-}  // namespace tool
+}  // namespace addon::checks

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool::json {
+namespace text {
 
 /// Writes JSON text piece by piece, in the order told, so that no tree of it is ever built.
 class JsonWriter {
@@ -54,4 +54,4 @@ class JsonWriter {
   std::vector<bool> hasValues_;  // of each open bracket
 };
 
-}  // namespace tool::json
+}  // namespace text

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "tool/IgnoreRules.h"
+#include "addon/checks/IgnoreRules.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 
 #include "addon/checks/Catalogue.h"
+#include "opc/Exception.h"
 #include "opc/Text.h"
 #include "text/Suggest.h"
-#include "tool/line/Arguments.h"
-#include "tool/process/Errors.h"
 
-namespace tool {
+namespace addon::checks {
 
 namespace {
 
@@ -31,7 +33,7 @@ bool matchesPathOrFolder(const addon::project::Pattern& pattern, std::string_vie
 
 std::vector<std::string> findingIds() {
   std::vector<std::string> ids;
-  for (const FindingInfo& known : addon::checks::catalogue()) {
+  for (const FindingInfo& known : catalogue()) {
     ids.push_back(opc::checks::idOf(known.id.number));
   }
   return ids;
@@ -42,16 +44,17 @@ const FindingInfo& findingNamed(std::string_view word) {
   const std::string lower = opc::toLowerAscii(word);
   const std::string_view digits =
       std::string_view(lower).substr(lower.starts_with(kPrefix) ? kPrefix.size() : 0);
-  const auto number = digits.size() == 3 ? line::toInteger(digits) : std::nullopt;
-  const FindingInfo* info = number && *number > 0
-                                ? addon::checks::findInfo(static_cast<std::uint16_t>(*number))
-                                : nullptr;
+  std::uint16_t number = 0;
+  const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  const bool isNumber = digits.size() == 3 && read.ptr == digits.data() + digits.size();
+  const FindingInfo* info = isNumber ? findInfo(number) : nullptr;
   if (info != nullptr) return *info;
 
   const std::vector<std::string> ids = findingIds();
   const std::vector<std::string_view> names(ids.begin(), ids.end());
-  throw process::UsageError(process::sentence(
-      "unknown finding", word, text::suggestion(word, names, "finding ids look like KR101")));
+  throw opc::Exception(opc::ErrorCode::InvalidArgument,
+                       fmt::format("unknown finding '{}': {}", word,
+                                   text::suggestion(word, names, "finding ids look like KR101")));
 }
 
 IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
@@ -59,8 +62,8 @@ IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
     const std::size_t colon = rule.find(':');
     const FindingId id = findingNamed(rule.substr(0, colon)).id;
     if (colon + 1 == rule.size()) {
-      throw process::UsageError(
-          process::sentence("bad value of --ignore", rule, "expected a pattern after the colon"));
+      throw opc::Exception(opc::ErrorCode::InvalidArgument,
+                           fmt::format("bad rule '{}': expected a pattern after the colon", rule));
     }
     Rule& added = rules_.emplace_back(Rule{id, std::nullopt});
     if (colon != std::string::npos) added.pattern.emplace(rule.substr(colon + 1));
@@ -85,4 +88,4 @@ bool IgnoreRules::ignores(const Finding& finding) const {
   });
 }
 
-}  // namespace tool
+}  // namespace addon::checks

@@ -6,17 +6,15 @@
 #include <string_view>
 #include <vector>
 
+#include "addon/comparison/DocumentComparison.h"
+#include "addon/comparison/FileComparison.h"
 #include "addon/packaging/AddonPackage.h"
-#include "tool/DocumentComparison.h"
-#include "tool/FileComparison.h"
-#include "tool/process/PrivateFile.h"
 
-namespace tool {
+namespace addon::comparison {
 
 /// One of two packages that are compared, open for reading.
 struct ComparedPackage {
-  std::string name;                                  ///< as it was given
-  std::unique_ptr<process::PrivateFile> built = {};  ///< what was built of a folder, to be compared
+  std::string name;  ///< as it was given
   std::unique_ptr<addon::packaging::AddonPackage> package = {};
   std::vector<Item> items = {};  ///< its files and empty folders
 };
@@ -42,4 +40,4 @@ struct PackageDifferences {
 /// content sees, and nothing that it does not, such as the times of a package.
 void compareDescriptions(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences);
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -9,19 +9,19 @@
 #include "addon/project/Patterns.h"
 #include "opc/checks/Report.h"
 
-namespace tool {
+namespace addon::checks {
 
 /// The ids of all findings.
 std::vector<std::string> findingIds();
 
-/// The finding that `word` names: "KR101", "kr101" or "101". Throws UsageError, with the nearest
-/// id, when there is none.
+/// The finding that `word` names: "KR101", "kr101" or "101". Throws opc::Exception, with
+/// the nearest id, when there is none.
 const opc::checks::FindingInfo& findingNamed(std::string_view word);
 
 /// What was asked to be passed over: each rule is "ID" or "ID:GLOB".
 class IgnoreRules {
  public:
-  /// Throws UsageError for an unknown id, and for a colon without a pattern.
+  /// Throws opc::Exception for an unknown id, and for a colon without a pattern.
   explicit IgnoreRules(const std::vector<std::string>& rules);
 
   /// Whether all findings of an id are ignored, wherever they are.
@@ -32,9 +32,9 @@ class IgnoreRules {
  private:
   struct Rule {
     opc::checks::FindingId id;
-    std::optional<addon::project::Pattern> pattern;  // nothing for all
+    std::optional<project::Pattern> pattern;  // nothing for all
   };
   std::vector<Rule> rules_;
 };
 
-}  // namespace tool
+}  // namespace addon::checks

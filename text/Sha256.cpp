@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Sha256.h"
+#include "text/Sha256.h"
 
 #include <fmt/format.h>
 
 #include <array>
 #include <vector>
 
-#include "tool/process/Interrupt.h"
-
-namespace tool {
+namespace text {
 
 std::string Sha256::finish() {
   std::array<std::uint8_t, SHA256_DIGEST_LENGTH> hash{};
@@ -26,11 +24,10 @@ std::string sha256Of(opc::InputStream& stream, const std::function<void(std::siz
   std::vector<unsigned char> buffer(std::size_t{64} << 10);
   Sha256 sum;
   while (const std::size_t size = stream.read(buffer.data(), buffer.size())) {
-    process::Interrupt::check();
     sum.update(buffer.data(), size);
     if (onRead) onRead(size);
   }
   return sum.finish();
 }
 
-}  // namespace tool
+}  // namespace text

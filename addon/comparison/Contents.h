@@ -9,7 +9,7 @@
 
 #include "addon/packaging/AddonPackage.h"
 
-namespace tool {
+namespace addon::comparison {
 
 /// One line of a listing: a file or an empty folder of the tree, or any part.
 struct Item {
@@ -47,4 +47,4 @@ Totals totalsOf(const std::vector<Item>& items);
 std::unique_ptr<opc::InputStream> openItem(addon::packaging::AddonPackage& package,
                                            const Item& item);
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -4,13 +4,13 @@
 #include <functional>
 #include <vector>
 
-#include "tool/FileComparison.h"
+#include "addon/comparison/FileComparison.h"
 
-namespace tool {
+namespace addon::comparison::detail {
 
 /// Makes moved files of removed and added ones of the same content, each of which goes into one
 /// move at most. `hash` fills in the hash of a difference that needs one.
 void joinMoved(std::vector<FileDifference>& differences,
                const std::function<void(FileDifference&)>& hash);
 
-}  // namespace tool
+}  // namespace addon::comparison::detail

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "addon/checks/IgnoreRules.h"
 #include "opc/checks/Report.h"
-#include "tool/IgnoreRules.h"
 
-namespace tool {
+namespace addon::checks {
 
 /// What verify has to say about one file.
 struct PackageVerdict {
@@ -30,4 +30,4 @@ struct PackageVerdict {
 /// held against a pattern, and stay.
 PackageVerdict judge(std::string file, const opc::checks::Report& report, const IgnoreRules& rules);
 
-}  // namespace tool
+}  // namespace addon::checks

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "addon/comparison/Contents.h"
 #include "opc/interfaces/Progress.h"
-#include "tool/Contents.h"
 
-namespace tool {
+namespace addon::comparison {
 
 /// "sha256:" and a hash of everything that a package says: each file, each empty folder, each
 /// document, the screenshot and the properties. The same whatever the packing and the times.
@@ -18,4 +18,4 @@ std::string contentDigest(addon::packaging::AddonPackage& package, const std::ve
 /// The SHA-256 of what the part of that name holds ("/metadata/license.xml").
 std::string hashOfPart(addon::packaging::AddonPackage& package, const std::string& partName);
 
-}  // namespace tool
+}  // namespace addon::comparison

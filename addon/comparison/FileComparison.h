@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "addon/comparison/Contents.h"
 #include "opc/interfaces/Progress.h"
-#include "tool/Contents.h"
 
-namespace tool {
+namespace addon::comparison {
 
 enum class Change { Added, Removed, Changed, Moved };
 
@@ -45,4 +45,4 @@ struct FileDifferences {
 FileDifferences compareFiles(FileSet a, FileSet b, bool wantsHashes,
                              const opc::interfaces::ProgressFunction& progress);
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/DocumentComparison.h"
+#include "addon/comparison/DocumentComparison.h"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,7 @@
 #include "opc/Text.h"
 #include "text/ListAlignment.h"
 
-namespace tool {
+namespace addon::comparison {
 
 using addon::packaging::ConstRecord;
 using addon::packaging::DocumentTable;
@@ -161,4 +161,4 @@ std::vector<FieldDifference> compareDocuments(const DocumentTable& table, const 
   return comparison.take();
 }
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "tool/PackageComparison.h"
+#include "addon/comparison/PackageComparison.h"
 
 #include <algorithm>
 
+#include "addon/comparison/Digest.h"
+#include "addon/packaging/Documents.h"
 #include "opc/Text.h"
-#include "tool/Digest.h"
 #include "tool/json/Documents.h"
 
-namespace tool {
+namespace addon::comparison {
 
 namespace {
 
@@ -34,7 +35,7 @@ FoundPart find(std::string partName, AddonPackage& package) {
 }
 
 FoundPart findDocumentPart(const DocumentTable& table, AddonPackage& package) {
-  for (json::PresentDocument& document : json::presentDocuments(package)) {
+  for (addon::packaging::PresentDocument& document : addon::packaging::presentDocuments(package)) {
     if (document.name == std::string_view(table.name()))
       return find(std::move(document.partName), package);
   }
@@ -43,8 +44,10 @@ FoundPart findDocumentPart(const DocumentTable& table, AddonPackage& package) {
 
 std::vector<FieldDifference> compareFields(const DocumentTable& table, ComparedPackage& a,
                                            ComparedPackage& b, PackageDifferences& differences) {
-  const ConstRecord aRecord = differences.read.emplace_back(json::load(table, *a.package)).record;
-  const ConstRecord bRecord = differences.read.emplace_back(json::load(table, *b.package)).record;
+  const ConstRecord aRecord =
+      differences.read.emplace_back(addon::packaging::loadDocument(*a.package, table)).record;
+  const ConstRecord bRecord =
+      differences.read.emplace_back(addon::packaging::loadDocument(*b.package, table)).record;
   return compareDocuments(table, aRecord, bRecord);
 }
 
@@ -81,8 +84,8 @@ void compareDocument(const DocumentTable& table, ComparedPackage& a, ComparedPac
 }
 
 void compareScreenshots(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences) {
-  const FoundPart aPart = find(json::screenshotPart(*a.package), *a.package);
-  const FoundPart bPart = find(json::screenshotPart(*b.package), *b.package);
+  const FoundPart aPart = find(addon::packaging::screenshotPart(*a.package), *a.package);
+  const FoundPart bPart = find(addon::packaging::screenshotPart(*b.package), *b.package);
   if (isInOneOnly(kScreenshot, aPart, bPart, differences) || aPart == bPart) return;
   DocumentDifference difference{kScreenshot, Change::Changed, {}};
   if (aPart.name != bPart.name) {
@@ -109,4 +112,4 @@ void compareDescriptions(ComparedPackage& a, ComparedPackage& b, PackageDifferen
   compareScreenshots(a, b, differences);
 }
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -7,7 +7,7 @@
 
 #include "addon/packaging/DocumentTable.h"
 
-namespace tool {
+namespace addon::comparison {
 
 /// A field of a record, text or list.
 struct FieldValue {
@@ -34,4 +34,4 @@ std::vector<FieldDifference> compareDocuments(const addon::packaging::DocumentTa
                                               const addon::packaging::ConstRecord& a,
                                               const addon::packaging::ConstRecord& b);
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "tool/FileComparison.h"
+#include "addon/comparison/FileComparison.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-#include "tool/FileMoves.h"
-#include "tool/Sha256.h"
+#include "addon/comparison/detail/FileMoves.h"
+#include "text/Sha256.h"
 
-namespace tool {
+namespace addon::comparison {
 
 namespace {
 
@@ -135,7 +135,7 @@ class Comparison {
   }
 
   void findMoves() {
-    joinMoved(result_.list, [this](FileDifference& difference) {
+    detail::joinMoved(result_.list, [this](FileDifference& difference) {
       if (difference.a != nullptr) hash(*difference.a, a_, difference.aHash);
       if (difference.b != nullptr) hash(*difference.b, b_, difference.bHash);
     });
@@ -163,7 +163,7 @@ class Comparison {
 
   void hash(const Item& item, const FileSet& files, std::string& result) const {
     report();
-    result = sha256Of(*openItem(files.package, item));
+    result = text::sha256Of(*openItem(files.package, item), [this](std::size_t) { report(); });
   }
 
   FileSet a_;
@@ -184,4 +184,4 @@ FileDifferences compareFiles(FileSet a, FileSet b, bool wantsHashes,
   return Comparison(a, b, wantsHashes, progress).run();
 }
 
-}  // namespace tool
+}  // namespace addon::comparison

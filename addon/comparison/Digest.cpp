@@ -1,37 +1,50 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Digest.h"
+#include "addon/comparison/Digest.h"
 
 #include <algorithm>
 #include <utility>
 
+#include "addon/packaging/Documents.h"
 #include "opc/Text.h"
-#include "tool/Sha256.h"
-#include "tool/json/DocumentJson.h"
-#include "tool/json/Documents.h"
+#include "text/JsonWriter.h"
+#include "text/Sha256.h"
 
-namespace tool {
+namespace addon::comparison {
 
 namespace {
 
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
 using addon::packaging::ConstRecord;
+using addon::packaging::Field;
 
 /// A path and the hash of what it holds.
 using Line = std::pair<std::string, std::string>;
 
+/// As compact JSON, as 'kraddon get' prints it.
+std::string asJson(const AddonProperties& properties) {
+  std::string json;
+  text::JsonWriter writer(json, text::JsonWriter::Layout::Compact);
+  const ConstRecord record(properties);
+  writer.beginObject();
+  for (const Field& field : AddonProperties::kTable.record.fields) {
+    writer.member(field.name, std::u16string_view(record.text(field)));
+  }
+  writer.endObject();
+  return json;
+}
+
 void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
-  for (const json::PresentDocument& document : json::presentDocuments(package)) {
+  for (const addon::packaging::PresentDocument& document :
+       addon::packaging::presentDocuments(package)) {
     lines.emplace_back(document.partName, hashOfPart(package, document.partName));
   }
-  const std::string screenshot = json::screenshotPart(package);
+  const std::string screenshot = addon::packaging::screenshotPart(package);
   if (!screenshot.empty()) lines.emplace_back(screenshot, hashOfPart(package, screenshot));
   // Their part holds but some of the properties: as a whole they count as one value.
   AddonProperties properties;
   package.getAddonProperties(properties);
-  lines.emplace_back("/properties",
-                     sha256Of(json::toJson(AddonProperties::kTable, ConstRecord(properties),
-                                           json::JsonWriter::Layout::Compact)));
+  lines.emplace_back("/properties", text::sha256Of(asJson(properties)));
 }
 
 void addFiles(AddonPackage& package, const std::vector<Item>& items,
@@ -44,9 +57,9 @@ void addFiles(AddonPackage& package, const std::vector<Item>& items,
   };
   for (const Item& item : items) {
     if (item.isFolder()) {
-      lines.emplace_back(item.path + "/", sha256Of(""));
+      lines.emplace_back(item.path + "/", text::sha256Of(""));
     } else {
-      lines.emplace_back(item.path, sha256Of(*openItem(package, item), advance));
+      lines.emplace_back(item.path, text::sha256Of(*openItem(package, item), advance));
     }
     ++state.itemsDone;
     advance(0);
@@ -57,7 +70,7 @@ void addFiles(AddonPackage& package, const std::vector<Item>& items,
 
 std::string hashOfPart(AddonPackage& package, const std::string& partName) {
   const opc::model::PartName name(opc::fromUtf8(partName));
-  return sha256Of(*package.logicalPackage().getPart(name)->getInputStream());
+  return text::sha256Of(*package.logicalPackage().getPart(name)->getInputStream());
 }
 
 std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
@@ -66,7 +79,7 @@ std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
   addFiles(package, items, progress, lines);
   addDocuments(package, lines);
   std::sort(lines.begin(), lines.end());
-  Sha256 sum;
+  text::Sha256 sum;
   for (const auto& [path, hash] : lines) {
     sum.update(path);
     sum.update(std::string_view("\0", 1));
@@ -76,4 +89,4 @@ std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
   return "sha256:" + sum.finish();
 }
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -10,7 +10,7 @@
 
 #include "opc/Streams.h"
 
-namespace tool {
+namespace text {
 
 /// SHA-256 over bytes as they come.
 class Sha256 {
@@ -32,9 +32,9 @@ class Sha256 {
 
 std::string sha256Of(std::string_view text);
 
-/// Of all that is left in the stream. Looks for a deferred interrupt meanwhile. `onRead`, which may
-/// be empty, is told of each number of bytes.
+/// Of all that is left in the stream. `onRead`, which may be empty, gets the number of bytes of
+/// each read; what it throws ends the work.
 std::string sha256Of(opc::InputStream& stream,
                      const std::function<void(std::size_t)>& onRead = nullptr);
 
-}  // namespace tool
+}  // namespace text

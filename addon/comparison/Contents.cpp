@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Contents.h"
+#include "addon/comparison/Contents.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace tool {
+namespace addon::comparison {
 
 namespace {
 
@@ -64,4 +64,4 @@ std::unique_ptr<opc::InputStream> openItem(AddonPackage& package, const Item& it
   return package.fileSystem().openFile(*item.entry);
 }
 
-}  // namespace tool
+}  // namespace addon::comparison

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "tool/FileMoves.h"
+#include "addon/comparison/detail/FileMoves.h"
 
 #include <cstdint>
 #include <map>
 #include <string>
 #include <utility>
 
-#include "tool/commands/detail/PackageAccess.h"
-
-namespace tool {
+namespace addon::comparison::detail {
 
 namespace {
 
@@ -35,7 +33,7 @@ CandidatesBySum collectCandidates(std::vector<FileDifference>& differences) {
 
 std::string contentKey(const FileDifference& difference, bool withName) {
   const std::string& hash = difference.a != nullptr ? difference.aHash : difference.bHash;
-  return withName ? hash + commands::detail::fileNameOf(difference.path) : hash;
+  return withName ? hash + difference.path.substr(difference.path.rfind('/') + 1) : hash;
 }
 
 bool isGone(const FileDifference& difference) {
@@ -79,4 +77,4 @@ void joinMoved(std::vector<FileDifference>& differences,
   std::erase_if(differences, isGone);
 }
 
-}  // namespace tool
+}  // namespace addon::comparison::detail
