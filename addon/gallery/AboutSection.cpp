@@ -14,7 +14,7 @@ class FactList {
  public:
   explicit FactList(HtmlWriter& html) : html_(html) {}
 
-  /// A fact whose text is empty is left out.
+  /// Does nothing if `value` is empty.
   void add(std::string_view name, std::string_view value,
            void (*write)(HtmlWriter&, std::string_view) = writeIsolated) {
     if (value.empty()) return;

@@ -7,9 +7,9 @@
 
 namespace addon::gallery {
 
-/// The media type of an image that browsers show, told by its first bytes and never by its name:
-/// PNG, JPEG, GIF, WebP or BMP; "" for anything else. SVG is left out on purpose: it is a document,
-/// which can nest entities until a reader has no memory left.
+/// The media type of an image that browsers show, recognised by its first bytes: PNG, JPEG, GIF,
+/// WebP or BMP; "" for anything else. SVG is left out on purpose: it is a document, whose nested
+/// entities can exhaust a reader's memory.
 std::string_view imageTypeOf(std::span<const unsigned char> bytes);
 
 /// "data:TYPE;base64,..."

@@ -6,14 +6,14 @@ namespace addon::gallery {
 
 namespace {
 
-/// What an example is called; its file speaks for one without a name.
+/// The name of an example, or else of its file.
 std::string titleOf(const PageExample& example) {
   if (!example.name.empty()) return example.name;
   const std::string& file = example.main.empty() ? example.source : example.main;
   return file.empty() ? "Example without a name" : std::string(lastName(file));
 }
 
-/// Hills and a sun, as one knows them from where a picture is missing.
+/// A placeholder for a missing image: hills and a sun.
 void writePlaceholder(HtmlWriter& html, std::string_view why) {
   html.element("div", {{"class", "absent"}}, [&] {
     html.element("svg", {{"viewBox", "0 0 48 32"}, {"aria-hidden", "true"}}, [&] {
@@ -26,7 +26,7 @@ void writePlaceholder(HtmlWriter& html, std::string_view why) {
 
 void writeThumbnail(HtmlWriter& html, const PageImage& image) {
   html.element("div", {{"class", "thumbnail"}}, [&] {
-    // The heading beside it says all that there is to say about it.
+    // The heading beside it describes the image.
     if (!image.address.empty()) return html.empty("img", {{"src", image.address}, {"alt", ""}});
     writePlaceholder(html, image.absence);
   });

@@ -18,7 +18,7 @@ class FileListWriter {
 
   const ListingPlan& plan() const { return plan_; }
 
-  /// Calls itself for folders in folders, no deeper than the plan goes.
+  /// Recurses into folders, at most as deep as the plan allows.
   // NOLINTNEXTLINE(misc-no-recursion)
   void writeChildren(std::size_t folder) {
     const TreeNode& node = tree_[folder];
@@ -89,8 +89,8 @@ void writeFileList(HtmlWriter& html, const Page& page) {
                                 text::describeBytes(tree.root().size));
     if (!list.plan().isComplete()) {
       html.element("p", {{"class", "muted"}},
-                   "There are too many files to list them all on a page: of large folders the "
-                   "first entries are listed, and the sum of the others.");
+                   "There are too many files to list all of them on a page. Of large folders, "
+                   "only the first entries are listed, with a total of the others.");
     }
     list.writeChildren(0);
   });

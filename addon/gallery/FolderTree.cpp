@@ -7,7 +7,7 @@ namespace addon::gallery {
 
 namespace {
 
-/// The first name of `rest`, which loses it and the '/'.
+/// Removes the first name and the '/' after it from `rest`, and returns the name.
 std::string_view takeName(std::string_view& rest) {
   const std::size_t end = std::min(rest.find('/'), rest.size());
   const std::string_view name = rest.substr(0, end);
@@ -34,7 +34,7 @@ std::size_t FolderTree::add(std::size_t parent, std::string_view name) {
   return index;
 }
 
-/// `open` is the last entry and all folders above it, from the root on.
+/// `open` holds the last entry and the folders above it, beginning with the root.
 void FolderTree::addPath(const PageFile& file, std::vector<std::size_t>& open) {
   std::string_view rest = file.path;
   std::size_t depth = 1;

@@ -9,7 +9,7 @@
 
 namespace addon::gallery {
 
-/// A file or folder, with what all below it comes to.
+/// A file or folder, with the totals of everything below it.
 struct TreeNode {
   std::string_view name;  ///< "" for the root
   bool isFolder = true;
@@ -18,7 +18,7 @@ struct TreeNode {
   std::vector<std::size_t> children;  ///< indices: folders first, each kind in the tree's order
 };
 
-/// The files of a page as folders with sums.
+/// The files of a page as a tree of folders with totals.
 class FolderTree {
  public:
   /// `files` must be ordered depth first, as Page has them, and outlive the tree.
@@ -36,13 +36,13 @@ class FolderTree {
   std::vector<TreeNode> nodes_;  ///< parents before their children
 };
 
-/// How much of a tree a page lists, so that its length stays within reason: everything up to some
-/// thousands of entries; beyond that the upper folders in full, and of each folder its first ones.
+/// How much of a tree a page lists, to limit its length: all of up to a few thousand entries; of
+/// more, the upper folders completely, and the first entries of each folder.
 class ListingPlan {
  public:
   static constexpr std::size_t kEntries = 5000;
   static constexpr std::size_t kEntriesOfFolder = 500;  ///< when not everything is listed
-  /// Browsers stop nesting elements at some depth, so folders further down are sums.
+  /// Browsers limit how deep elements nest, so deeper folders are shown as totals.
   static constexpr std::size_t kDepth = 32;
 
   explicit ListingPlan(const FolderTree& tree);

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-/// What a character is written as; "" for as it is.
+/// The escape for a character; "" if it needs none.
 std::string_view escapeOf(UChar32 point) {
   switch (point) {
     case '&':
@@ -34,7 +34,7 @@ std::string_view escapeOf(UChar32 point) {
   }
 }
 
-/// HTML has no way to write these, not even as a reference.
+/// HTML cannot represent these, not even as references.
 bool isUnwritable(UChar32 point) {
   const bool isControl =
       (point < 0x20 && point != '\t' && point != '\n') || (point >= 0x7F && point < 0xA0);
@@ -47,7 +47,7 @@ bool isPlain(char c) {
   return byte >= 0x20 && byte < 0x7F && escapeOf(byte).empty();
 }
 
-/// The character at `at`, which moves past it; negative for bytes that are no UTF-8.
+/// The character at `at`, which moves past it; negative for bytes that are not UTF-8.
 UChar32 nextPoint(std::string_view text, std::size_t& at) {
   const std::string_view window = text.substr(at, U8_MAX_LENGTH);
   std::int32_t index = 0;

@@ -11,8 +11,8 @@
 
 namespace addon::gallery {
 
-/// The name of an element or attribute. It comes from the source code only, so that no text of a
-/// package can ever become markup.
+/// The name of an element or attribute. It can only be a literal, so that no text of a package can
+/// become markup.
 class HtmlName {
  public:
   // NOLINTNEXTLINE(google-explicit-constructor): a literal is what it stands for.
@@ -35,15 +35,15 @@ struct HtmlAttribute {
   std::string_view value = {};
 };
 
-/// Writes an HTML page piece by piece. Whatever text goes in is shown as that text: it is escaped,
-/// and what HTML cannot carry (control characters, noncharacters, bytes that are no UTF-8) becomes
-/// U+FFFD. Line ends become '\n'. Elements are closed by the call that opened them.
+/// Writes an HTML page piece by piece. All text is shown literally: it is escaped,
+/// and what HTML cannot represent (control characters, noncharacters, bytes that are not UTF-8)
+/// becomes U+FFFD. Line ends become '\n'. Elements are closed by the call that opened them.
 class HtmlWriter {
  public:
   using Sink = std::function<void(std::string_view)>;
   using Attributes = std::initializer_list<HtmlAttribute>;
 
-  /// `sink` gets the page in pieces; what it throws passes through.
+  /// `sink` receives the page in pieces; exceptions that it throws are passed on.
   explicit HtmlWriter(Sink sink);
 
   /// The first line of a page.
@@ -62,15 +62,15 @@ class HtmlWriter {
   /// An element that holds that text.
   void element(HtmlName name, Attributes attributes, std::string_view content);
   void element(HtmlName name, std::string_view content);
-  /// An element of the kind that has neither content nor end tag: meta, img, br.
+  /// An element without content and end tag: meta, img, br.
   void empty(HtmlName name, Attributes attributes);
   void text(std::string_view content);
-  /// A style element. The sheet is written as it is: it must come from the source code. One that
-  /// would end the element is an InvalidArgument.
+  /// A style element. The sheet is not escaped and must come from the source code. Throws
+  /// InvalidArgument if it would end the element.
   void style(std::string_view sheet);
-  /// A line end between elements, for who reads the source of the page.
+  /// A line end between elements, to make the source readable.
   void newLine();
-  /// Hands everything on to the sink; the page is complete only then.
+  /// Passes everything on to the sink. Must be called at the end of the page.
   void flush();
 
  private:

@@ -36,11 +36,11 @@ PageImage PackageImages::file(const std::string& path) {
 
 std::string PackageImages::whyNoRoom(std::uint64_t size) const {
   if (size > kLargestImage) {
-    return fmt::format("left out: {}, and one image has {} at most", text::describeBytes(size),
+    return fmt::format("left out: {}, and an image may have at most {}", text::describeBytes(size),
                        text::describeBytes(kLargestImage));
   }
   if (size > kAllImages - used_) {
-    return fmt::format("left out: all images together have {} at most",
+    return fmt::format("left out: all images together may have at most {}",
                        text::describeBytes(kAllImages));
   }
   return {};
@@ -54,7 +54,7 @@ PageImage PackageImages::read(opc::InputStream& stream, std::uint64_t size) {
   }
   bytes.resize(total);
   const std::string_view type = imageTypeOf(bytes);
-  if (type.empty()) return {{}, "no image that a page can show"};
+  if (type.empty()) return {{}, "not an image that a page can show"};
   used_ += total;
   return {dataAddress(type, bytes), {}};
 }

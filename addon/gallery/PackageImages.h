@@ -8,22 +8,22 @@
 
 namespace addon::gallery {
 
-/// The images of an open package. What is shown is told by the bytes, never by a name; what is too
-/// large, or too much together, is left out and says so.
+/// The images of an open package, recognised by their bytes. An image that is too large, or would
+/// make all of them too large together, is left out with a note.
 class PackageImages final : public PageImages {
  public:
   static constexpr std::uint64_t kLargestImage = std::uint64_t{4} << 20;
   static constexpr std::uint64_t kAllImages = std::uint64_t{32} << 20;
 
-  /// `package` must stay open as long as this lives.
+  /// `package` must stay open during the lifetime of this object.
   explicit PackageImages(packaging::AddonPackage& package) : package_(package) {}
 
-  /// Both throw opc::Exception for an image that is damaged.
+  /// Both throw opc::Exception if the image is damaged.
   PageImage screenshot() override;
   PageImage file(const std::string& path) override;
 
  private:
-  /// "" when an image of that size still has room.
+  /// "" if there is room for an image of that size.
   std::string whyNoRoom(std::uint64_t size) const;
   PageImage read(opc::InputStream& stream, std::uint64_t size);
 

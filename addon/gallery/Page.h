@@ -7,13 +7,12 @@
 
 namespace addon::gallery {
 
-// What a page shows, in plain values. Texts are as the package has them, in UTF-8, "" when unset;
-// nothing is escaped here.
+// What a page shows, as plain values. Texts are UTF-8, not escaped, and "" if they are not set.
 
 struct PageFile {
   std::string path;
   std::uint64_t size = 0;
-  bool isFolder = false;  ///< an empty one; others show by the files in them
+  bool isFolder = false;  ///< an empty folder; others are implied by their files
 };
 
 struct PageExample {
@@ -76,13 +75,13 @@ struct Page {
   std::uint64_t packedSize = 0;
 };
 
-/// An image for a page: its bytes in the address itself, or why there are none.
+/// An image for a page, or the reason why there is none.
 struct PageImage {
-  std::string address;  ///< "data:image/png;base64,..."; "" when it cannot be shown
-  std::string absence;  ///< "12 MB are too large for this page"; "" when nobody named one
+  std::string address;  ///< "data:image/png;base64,..."; "" if it cannot be shown
+  std::string absence;  ///< "12 MB are too large for this page"; "" if none was given
 };
 
-/// Where a page gets its images from, one at a time, so that no more than one is in memory.
+/// Provides the images of a page one at a time, so that only one is in memory.
 class PageImages {
  public:
   virtual ~PageImages() = default;

@@ -8,8 +8,8 @@
 
 namespace addon::gallery {
 
-/// Everything that a page shows of an open package, but for the images. `fallbackName` is what an
-/// add-on without a name is called. Throws opc::Exception for a document that cannot be read.
+/// Reads everything that a page shows, except the images. `fallbackName` stands in for a missing
+/// name. Throws opc::Exception if a document cannot be read.
 Page readPage(packaging::AddonPackage& package, const std::string& fallbackName);
 
 }  // namespace addon::gallery

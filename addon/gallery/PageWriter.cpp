@@ -12,7 +12,7 @@ namespace addon::gallery {
 
 namespace {
 
-// Nothing may be loaded or run, whatever a mistake elsewhere lets into the page.
+// Nothing may be loaded or run, even if a mistake elsewhere lets markup into the page.
 constexpr std::string_view kPolicy =
     "default-src 'none'; style-src 'unsafe-inline'; img-src data:; base-uri 'none'; "
     "form-action 'none'";

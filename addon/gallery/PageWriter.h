@@ -6,9 +6,9 @@
 
 namespace addon::gallery {
 
-/// Writes the page: one HTML document that needs no script and no other file, and forbids itself to
-/// load any. The same add-on always gives the same bytes. What `sink` and `images` throw passes
-/// through.
+/// Writes the page: one HTML document without scripts that needs no other file, and whose policy
+/// forbids to load any. The same add-on always gives the same bytes. Exceptions of `sink` and
+/// `images` are passed on.
 void writePage(const Page& page, PageImages& images, const HtmlWriter::Sink& sink);
 
 }  // namespace addon::gallery

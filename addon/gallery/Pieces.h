@@ -9,7 +9,7 @@
 
 namespace addon::gallery {
 
-// Small things that several sections are made of.
+// Small pieces that several sections share.
 
 /// "1 file", "12,345 files"
 std::string counted(std::uint64_t count, std::string_view noun);
@@ -17,17 +17,17 @@ std::string counted(std::uint64_t count, std::string_view noun);
 /// The part of a path after the last '/'.
 std::string_view lastName(std::string_view path);
 
-/// A text of the package among words of the page: whatever its direction is, it turns nothing that
-/// stands beside it.
+/// A text of the package within text of the page. Its writing direction does not affect the text
+/// around it.
 void writeIsolated(HtmlWriter& html, std::string_view text);
 
 /// A path or identifier.
 void writeCode(HtmlWriter& html, std::string_view text);
 
-/// A day or a point in time of the form "2026-02-01T10:00:00Z" as the day; any other text as it is.
+/// A date, or a time such as "2026-02-01T10:00:00Z", as a date; any other text unchanged.
 void writeDate(HtmlWriter& html, std::string_view date);
 
-/// "mailto:" and web addresses as links, all else as text.
+/// Mail and web addresses as links, everything else as text.
 void writeContact(HtmlWriter& html, std::string_view contact);
 
 }  // namespace addon::gallery

@@ -43,7 +43,7 @@ bool isPort(std::string_view text) {
          std::all_of(text.begin(), text.end(), opc::isAsciiDigit);
 }
 
-/// A host, perhaps a port, and then a path; never a user, which can be made to look like a host.
+/// A host, an optional port and a path. A user is refused: it can be made to look like a host.
 bool isWeb(std::string_view text) {
   const std::size_t scheme = text.starts_with("https://") ? 8 : 7;
   if (scheme == 7 && !text.starts_with("http://")) return false;
@@ -61,7 +61,7 @@ bool isWeb(std::string_view text) {
   return isHostName(authority.substr(0, colon)) && std::all_of(path.begin(), path.end(), isOfPath);
 }
 
-/// The number that the digits are; -1 for other text.
+/// The value of the digits; -1 for any other text.
 int numberOf(std::string_view digits) {
   int number = 0;
   const char* const end = digits.data() + digits.size();

@@ -14,10 +14,10 @@ namespace addon::gallery {
 namespace {
 
 constexpr std::array<HtmlName, 6> kHeadings{"h1", "h2", "h3", "h4", "h5", "h6"};
-// Blocks and spans nested deeper lose their markup.
+// Blocks and spans that are nested deeper lose their markup.
 constexpr std::size_t kDeepest = 40;
-// Reading a text may take time in proportion to the square of its length: that of one text of
-// 128 KiB, or of many small ones.
+// Reading a text may take time proportional to the square of its length: allow for one text of
+// 128 KiB, or for many small ones.
 constexpr std::uint64_t kMostWork = std::uint64_t{128 << 10} * (128 << 10);
 
 /// "" unless it is a plain address.
@@ -31,7 +31,7 @@ std::string targetOf(cmark_node* link) {
   return target.starts_with(kMail) == isMail ? target : std::string();
 }
 
-/// Whether the paragraphs of the item that it is in are lines of a list rather than paragraphs.
+/// Whether it is in a list item that is shown without the margins of a paragraph.
 bool isInTightList(cmark_node* paragraph) {
   cmark_node* const item = cmark_node_parent(paragraph);
   return cmark_node_get_type(item) == CMARK_NODE_ITEM &&
@@ -75,7 +75,7 @@ void Prose::writeChildren(cmark_node* parent) {
   --depth_;
 }
 
-/// Without recursion.
+/// Not recursive, since the nodes may be nested arbitrarily deep.
 void Prose::writeTextOf(cmark_node* root) {
   cmark_iter* const nodes = cmark_iter_new(root);
   for (auto event = cmark_iter_next(nodes); event != CMARK_EVENT_DONE;
@@ -151,7 +151,7 @@ void Prose::writeList(cmark_node* node) {
 }
 
 void Prose::writeCode(cmark_node* node) {
-  // What is wider than the page is scrolled, with the keyboard too.
+  // Can be focused, so that the keyboard can scroll it.
   html_.element("pre", {{"tabindex", "0"}}, [&] { html_.element("code", text::literalOf(node)); });
 }
 

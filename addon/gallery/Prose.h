@@ -14,14 +14,14 @@ namespace addon::gallery {
 
 /// Writes the long texts of a package, which are CommonMark with tables.
 ///
-/// Nothing of a text becomes markup by itself: HTML is shown as text, an image as its description,
-/// and a link is one only if its target is a plain address (PlainAddress.h). Time and memory are
-/// bounded: what is left once the texts together have become too long is shown as plain text.
+/// HTML is shown as text, an image as its description, and a link becomes one only if its target is
+/// a plain address (PlainAddress.h). Time and memory are bounded: a text that is too long, alone or
+/// together with the texts before it, is shown as plain text.
 class Prose {
  public:
   explicit Prose(HtmlWriter& html) : html_(html) {}
 
-  /// The headings of the text become headings from `level` on down, never skipping one.
+  /// The headings of the text start at `level` and skip no level.
   void write(std::string_view text, std::size_t level);
 
  private:
@@ -40,7 +40,7 @@ class Prose {
   HtmlWriter& html_;
   std::uint64_t work_ = 0;
   std::size_t level_ = 1;      ///< of the highest heading
-  std::vector<int> headings_;  ///< the levels of the headings above this place
+  std::vector<int> headings_;  ///< the levels of the headings that enclose this place
   std::size_t depth_ = 0;      ///< how many nodes enclose this place
 };
 

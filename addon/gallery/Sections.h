@@ -11,7 +11,7 @@
 
 namespace addon::gallery {
 
-/// A part of the page with a heading of its own, left out when there is nothing to show.
+/// A part of the page with its own heading, left out if there is nothing to show.
 struct Section {
   std::string_view id;
   std::string_view title;
@@ -22,10 +22,10 @@ struct Section {
 /// In the order of the page.
 std::span<const Section> sections();
 
-/// What is above the sections: name, summary, author and screenshot.
+/// The part above the sections: name, summary, author and screenshot.
 void writeHero(HtmlWriter& html, const Page& page, PageImages& images);
 
-// What sections() lists.
+// The functions in sections().
 void writeAbout(HtmlWriter& html, const Page& page, PageImages& images);
 void writeRequirements(HtmlWriter& html, const Page& page, PageImages& images);
 void writeExamples(HtmlWriter& html, const Page& page, PageImages& images);
@@ -35,7 +35,7 @@ void writeSearchPath(HtmlWriter& html, const Page& page, PageImages& images);
 void writeLicense(HtmlWriter& html, const Page& page, PageImages& images);
 void writeFiles(HtmlWriter& html, const Page& page, PageImages& images);
 
-// What the section of the files is made of.
+// Parts of the section about files.
 void writeTreemap(HtmlWriter& html, const std::vector<TreemapGroup>& groups);
 void writeFileList(HtmlWriter& html, const Page& page);
 

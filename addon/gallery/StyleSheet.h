@@ -5,7 +5,7 @@
 
 namespace addon::gallery {
 
-// The style sheets here, which the build makes constants of, in the order in which they apply.
+// The style sheets of this folder, which the build embeds, in the order in which they apply.
 extern const std::string_view kPageStyle;
 extern const std::string_view kSectionsStyle;
 extern const std::string_view kFilesStyle;

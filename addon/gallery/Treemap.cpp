@@ -10,14 +10,15 @@ namespace addon::gallery {
 
 namespace {
 
-/// How far the worst box of a row is from a square, 1 being one. A row lies along a side of length
-/// `side` and holds `sum` of area, with boxes from `smallest` to `largest`.
+/// The worst aspect ratio of the boxes in a row, 1 being a square. The row lies along a side of
+/// length `side`, has the area `sum`, and its boxes have areas from `smallest` to `largest`.
 double worstRatio(double side, double sum, double smallest, double largest) {
   const double square = side * side;
   return std::max(square * largest / (sum * sum), sum * sum / (square * smallest));
 }
 
-/// The end of the row that begins with areas[first]: boxes join as long as none gets worse by it.
+/// The end of the row that begins with areas[first]. A box is added if the worst one does not get
+/// worse.
 std::size_t endOfRow(const std::vector<double>& areas, std::size_t first, double side) {
   double sum = areas[first];
   double ratio = worstRatio(side, sum, areas[first], areas[first]);
@@ -31,8 +32,8 @@ std::size_t endOfRow(const std::vector<double>& areas, std::size_t first, double
   return end;
 }
 
-/// Fills the left end, or the upper end of a free space that is higher than wide, with a row of
-/// that total area, and takes it off the space.
+/// Takes a row of that total area from the left of the free space, or from the top if the space is
+/// higher than wide.
 class Row {
  public:
   Row(Box& space, double sum) : box_(space), isColumn_(space.width >= space.height) {
@@ -67,8 +68,8 @@ std::string_view topOf(std::string_view path) {
   return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
 }
 
-/// A group a folder of the top, with its sums and no cells; the files beside them are one more.
-/// The files of a folder follow each other, so none has to be looked for.
+/// One group for each top-level folder and one for the top-level files, with totals but no cells.
+/// The files of a folder are adjacent, so no search is needed.
 std::vector<TreemapGroup> sumUp(const std::vector<PageFile>& files) {
   TreemapGroup topFiles;
   topFiles.kind = TreemapGroup::Kind::TopFiles;
@@ -89,7 +90,7 @@ std::vector<TreemapGroup> sumUp(const std::vector<PageFile>& files) {
   return groups;
 }
 
-/// Behind all that are as large.
+/// After all groups that are at least as large.
 template <typename Piece>
 void insertBySize(std::vector<Piece>& pieces, Piece piece) {
   const auto place = std::find_if(pieces.begin(), pieces.end(),
@@ -97,7 +98,7 @@ void insertBySize(std::vector<Piece>& pieces, Piece piece) {
   pieces.insert(place, std::move(piece));
 }
 
-/// Makes one group of the smallest ones when there are too many.
+/// Merges the smallest groups into one if there are too many.
 void joinSmallGroups(std::vector<TreemapGroup>& groups) {
   if (groups.size() <= kMostGroups) return;
   TreemapGroup others;
@@ -114,7 +115,7 @@ void joinSmallGroups(std::vector<TreemapGroup>& groups) {
   insertBySize(groups, std::move(others));
 }
 
-/// The files that get a cell of their own, from large to small.
+/// The files that get their own cells, in descending order of size.
 std::vector<const PageFile*> largestOf(const std::vector<PageFile>& files) {
   std::vector<const PageFile*> largest;
   for (const PageFile& file : files) {
@@ -129,7 +130,7 @@ std::vector<const PageFile*> largestOf(const std::vector<PageFile>& files) {
   return largest;
 }
 
-/// Where a file belongs: the group of its folder, or the one of the others.
+/// The group of a file: that of its folder, or the merged one.
 TreemapGroup& groupOf(const PageFile& file, std::vector<TreemapGroup>& groups) {
   const std::string_view top = topOf(file.path);
   const auto kind = top.empty() ? TreemapGroup::Kind::TopFiles : TreemapGroup::Kind::Folder;
@@ -143,7 +144,7 @@ TreemapGroup& groupOf(const PageFile& file, std::vector<TreemapGroup>& groups) {
   return found == groups.end() ? *std::find_if(groups.begin(), groups.end(), isOthers) : *found;
 }
 
-/// What of a group has no cell of its own becomes one cell, at its place by size.
+/// Adds one cell for the files of a group that have none, in its place by size.
 void addRest(TreemapGroup& group) {
   TreemapCell rest{{}, group.size, group.files};
   for (const TreemapCell& cell : group.cells) {

@@ -17,18 +17,19 @@ struct Box {
   double height = 0;
 };
 
-/// Divides `frame` among `sizes` (from large to small, none negative), each box with an area in
-/// proportion and as near to a square as goes. A size of 0 gets a box without area.
+/// Divides `frame` into one box for each size. Areas are proportional to the sizes, and boxes as
+/// close to squares as possible. Sizes must be in descending order and not negative; 0 gives an
+/// empty box.
 std::vector<Box> squarify(const std::vector<double>& sizes, const Box& frame);
 
-/// One file, or the sum of many small ones.
+/// One file, or many small files together.
 struct TreemapCell {
-  std::string path;  ///< "" for a sum
+  std::string path;  ///< "" for many files
   std::uint64_t size = 0;
   std::uint64_t files = 1;
 };
 
-/// A folder at the top of the tree, the files beside those folders, or what is small of both.
+/// A top-level folder, the top-level files, or the smallest of both together.
 struct TreemapGroup {
   enum class Kind { Folder, TopFiles, Others };
 
@@ -38,15 +39,15 @@ struct TreemapGroup {
   std::uint64_t files = 0;
   std::uint64_t folders = 0;       ///< of Others
   bool hasTopFiles = false;        ///< of Others
-  std::size_t color = 0;           ///< below kMostGroups, another one for each group
-  std::vector<TreemapCell> cells;  ///< from large to small
+  std::size_t color = 0;           ///< less than kMostGroups, different in each group
+  std::vector<TreemapCell> cells;  ///< in descending order of size
 };
 
-/// What a page calls it: "filters/".
+/// The title on the page, such as "filters/".
 std::string titleOf(const TreemapGroup& group);
 
-/// Where the bytes are: groups from large to small. However many files there are, no more than
-/// kMostGroups groups, and kMostFiles cells apart from one sum a group. Files of no bytes count but
+/// Groups files in descending order of size, into at most kMostGroups groups, with at most
+/// kMostFiles cells and one more in each group for the other files. Empty files are counted but
 /// have no cell.
 std::vector<TreemapGroup> groupBySize(const std::vector<PageFile>& files);
 

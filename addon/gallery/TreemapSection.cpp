@@ -10,13 +10,13 @@ namespace addon::gallery {
 
 namespace {
 
-// Boxes are placed in percent, so that the map gets narrower with the page while its letters stay
-// as they are. These are the pixels that it has on a wide page and on a phone.
+// Boxes are placed in percent, so that the map scales with the page but its letters do not. These
+// are its sizes in pixels on a wide page and on a phone.
 constexpr Box kFrame{0, 0, 1040, 420};
 constexpr double kNarrowWidth = 330;
 
 constexpr double kLetterWidth = 7.5;
-constexpr double kWideLetterWidth = 13;  // of what is not ASCII
+constexpr double kWideLetterWidth = 13;  // of characters that are not ASCII
 constexpr double kLineHeight = 16;
 constexpr double kMargin = 12;
 
@@ -24,7 +24,7 @@ std::string percent(double value, double of) {
   return fmt::format("{:.3f}%", value / of * 100);
 }
 
-/// About how wide it is on the page, with a margin.
+/// The approximate width on the page, with a margin.
 double widthOf(std::string_view text) {
   double width = kMargin;
   for (const char c : text) {
@@ -42,7 +42,7 @@ std::vector<double> sizesOf(const auto& pieces) {
   return sizes;
 }
 
-/// The lines of text in a box, as many as have room.
+/// The lines of text in a box, as many as fit.
 class Labels {
  public:
   Labels(HtmlWriter& html, const Box& box) : html_(html), box_(box) {}
@@ -51,7 +51,7 @@ class Labels {
     return widthOf(text) <= box_.width && y_ + kLineHeight + kMargin / 2 <= box_.height;
   }
 
-  /// Below the others; false, and nothing is written, when there is no room.
+  /// Writes a line below the others, or returns false if there is no room.
   bool write(std::string_view kind, std::string_view text) {
     if (!hasRoomFor(text)) return false;
     y_ += kLineHeight;
@@ -65,7 +65,7 @@ class Labels {
   HtmlWriter& html_;
   const Box& box_;
   double y_ = 0;
-  bool isForPhones_ = true;  ///< as long as all lines so far have room there
+  bool isForPhones_ = true;  ///< whether all lines so far fit there
 };
 
 class TreemapWriter {
@@ -80,8 +80,8 @@ class TreemapWriter {
   }
 
  private:
-  /// The title of a group stands in its first cell, or over several small ones, which then have no
-  /// labels of their own.
+  /// The title of a group is in its first cell, or above several small cells, which then have no
+  /// labels.
   void writeGroup(const TreemapGroup& group, const Box& frame) {
     const std::vector<Box> boxes = squarify(sizesOf(group.cells), frame);
     const std::string title = titleOf(group);
@@ -119,7 +119,7 @@ class TreemapWriter {
     if (labels.write("name", name)) labels.write("size", text::describeBytes(cell.size));
   }
 
-  /// A picture of its own, which cuts off what is too wide for it after all.
+  /// A nested image, which clips labels that are too wide.
   template <typename Content>
   void writeBox(std::string_view kind, const Box& box, const Content& content) {
     html_.element("svg",
@@ -156,7 +156,7 @@ void writeTreemap(HtmlWriter& html, const std::vector<TreemapGroup>& groups) {
   html.element("svg",
                {{"class", "treemap"},
                 {"role", "img"},
-                {"aria-label", "Map of the sizes; the table below says the same in numbers"}},
+                {"aria-label", "Map of the sizes; the table below has the numbers"}},
                [&] { TreemapWriter(html).write(groups); });
   html.newLine();
 }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kDateLength = 10;
 
-/// "2026-02-01", but "2026-13-45" too
+/// "2026-02-01", but also "2026-13-45"
 bool looksLikeDate(std::string_view text) {
   constexpr std::string_view kShape = "dddd-dd-dd";
   return std::equal(text.begin(), text.end(), kShape.begin(), kShape.end(),
@@ -26,7 +26,7 @@ int numberOf(std::string_view digits) {
   return number;
 }
 
-/// Whether the calendar has the day. `text` looks like a date.
+/// Whether the date is valid. `text` must look like a date.
 bool isDay(std::string_view text) {
   const std::chrono::year year(numberOf(text.substr(0, 4)));
   const std::chrono::month month(static_cast<unsigned>(numberOf(text.substr(5, 2))));
@@ -47,7 +47,7 @@ std::string dateIn(std::string_view text) {
     isMistaken = true;
   }
   if (isMistaken) return {};
-  // Words such as "March 2026", without what stands around them.
+  // Words such as "March 2026", without the punctuation around them.
   const auto isAround = [](char c) {
     return c == '(' || c == ')' || c == '-' || c == ':' || c == ',';
   };
@@ -64,7 +64,7 @@ std::string dateIn(std::string_view text) {
   return isOne ? asOneLine(text) : std::string();
 }
 
-/// What follows "## ", when it names a version.
+/// The revision in the text after "## ", if it begins with a version.
 std::optional<GuessedRevision> revisionOf(std::string_view heading) {
   std::string_view rest = trimmed(heading);
   const bool isBracketed = rest.starts_with('[');
@@ -83,13 +83,13 @@ std::optional<GuessedRevision> revisionOf(std::string_view heading) {
   if (isBracketed) {
     if (!rest.starts_with(']')) return std::nullopt;
     rest.remove_prefix(1);
-    // [1.2](where it can be seen)
+    // [1.2](address)
     if (rest.starts_with('(')) rest.remove_prefix(std::min(rest.find(')'), rest.size() - 1) + 1);
   }
   return GuessedRevision{std::string(version), dateIn(rest), {}};
 }
 
-/// "[1.2]: where it can be seen"
+/// "[1.2]: address"
 bool isLinkDefinition(std::string_view line) {
   return line.starts_with('[') && line.find("]: ") != line.npos;
 }

@@ -7,16 +7,17 @@
 
 namespace addon::project {
 
-/// A revision as a change log tells it.
+/// A revision in a change log.
 struct GuessedRevision {
   std::string version;
-  std::string date;         ///< as written; empty without one, or for one of no calendar
+  std::string date;         ///< as written; empty if missing or not valid
   std::string description;  ///< lines end with LF; may be empty
 };
 
-/// The revisions of a Markdown change log, in its order: headings `## [VERSION] - DATE`, also
-/// without the brackets, with a "v", with the date in parentheses or without one, each with the
-/// text below. Headings that name no version, such as "Unreleased", are passed over.
+/// The revisions in a Markdown change log, in its order. A revision is a heading
+/// `## [VERSION] - DATE` with the text below it. The brackets and the date are optional, a "v" may
+/// precede the version, and the date may be in parentheses. Headings without a version, such as
+/// "Unreleased", are ignored.
 std::vector<GuessedRevision> revisionsOf(std::string_view changelog);
 
 }  // namespace addon::project

@@ -23,7 +23,7 @@ namespace {
 constexpr std::size_t kMostOutput = std::size_t{64} << 20;
 constexpr std::string_view kTagPrefix = "refs/tags/";
 
-/// The environment without what git would take for orders, such as GIT_DIR.
+/// The environment without variables that control git, such as GIT_DIR.
 std::vector<std::string> environmentForGit() {
   constexpr std::array<std::string_view, 4> kKept{
       "GIT_CONFIG_GLOBAL=", "GIT_CONFIG_SYSTEM=", "GIT_CONFIG_NOSYSTEM=",
@@ -46,7 +46,7 @@ std::vector<char*> toPointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-/// What the child is to find: its output piped, nothing to read, errors dropped, signals as usual.
+/// Sets up the child: output to the pipe, no input, errors discarded, default signals.
 class SpawnSettings {
  public:
   explicit SpawnSettings(int output) {
@@ -84,7 +84,7 @@ class SpawnSettings {
   bool isReady_ = false;
 };
 
-/// Up to the end, or as much as may be; false when it is more.
+/// Reads up to the end. Returns false if there is too much.
 bool readAll(int descriptor, std::string& text) {
   std::array<char, 8192> buffer{};
   while (text.size() <= kMostOutput) {
@@ -102,7 +102,7 @@ bool hasSucceeded(pid_t child) {
   return ended == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-/// What git prints; nothing when it fails.
+/// The output of git, or nothing if it fails.
 std::optional<std::string> askGit(const std::string& folder,
                                   const std::vector<std::string>& words) {
   std::array<int, 2> ends{};
@@ -127,13 +127,13 @@ std::optional<std::string> askGit(const std::string& folder,
   return text;
 }
 
-/// One value of git's settings, as one line of text.
+/// A value from git's configuration, as one line.
 std::string settingOf(const std::string& folder, const char* name) {
   const std::string text = askGit(folder, {"config", "--get", name}).value_or("");
   return isManifestText(text) ? asOneLine(text) : std::string();
 }
 
-/// The numbers of "v1.10.2" without zeros in front; empty when it is no such tag.
+/// The numbers in "v1.10.2", without leading zeros; empty for any other tag.
 std::vector<std::string_view> numbersOf(std::string_view tag) {
   if (tag.starts_with('v')) tag.remove_prefix(1);
   std::vector<std::string_view> numbers;

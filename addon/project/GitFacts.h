@@ -7,20 +7,20 @@
 
 namespace addon::project {
 
-/// What git knows of a folder; "" for what it does not, or when there is no git.
+/// What git knows about a folder. Texts are "" if unknown, or if git is not installed.
 struct GitFacts {
   std::string version;      ///< of the newest tag, without its "v"
   std::string tag;          ///< that tag
-  bool isBelowTop = false;  ///< the repository belongs to a folder above
+  bool isBelowTop = false;  ///< whether the repository is that of a parent folder
   std::string userName;
   std::string userEmail;
 };
 
-/// Asks the git program, which sees neither the terminal nor what the environment tells of another
-/// repository. Whatever fails is as if git were not there.
+/// Runs git, without access to the terminal and without environment variables that select another
+/// repository. Failures are ignored, as if git were not installed.
 GitFacts readGitFacts(const std::string& folder);
 
-/// The newest of tags `[v]N.N[.N]` by their numbers, whatever the others are; "" when none is one.
+/// The tag `[v]N.N[.N]` with the highest numbers, or "". Other tags are ignored.
 std::string newestVersionTag(const std::vector<std::string_view>& tags);
 
 }  // namespace addon::project

@@ -42,7 +42,7 @@ std::string_view fileOf(std::string_view path) {
   return path.substr(path.rfind('/') + 1);
 }
 
-/// What follows the last dot; "" when there is none but in front.
+/// The text after the last dot; "" if there is none, or only a leading one.
 std::string_view extensionOf(std::string_view path) {
   const std::string_view file = fileOf(path);
   const std::size_t dot = file.rfind('.');
@@ -58,7 +58,7 @@ bool isCode(std::string_view path) {
   return extensionOf(path) == "m";
 }
 
-/// Whether one of the folders above a file has a name of that kind.
+/// Whether a folder above the file has such a name.
 template <typename Predicate>
 bool liesInFolder(std::string_view path, Predicate isSuch) {
   for (std::string_view folder = folderOf(path); !folder.empty(); folder = folderOf(folder)) {
@@ -71,7 +71,7 @@ bool liesAmongExamples(std::string_view path) {
   return liesInFolder(path, [](std::string_view name) { return isOneOf(name, kExampleFolders); });
 }
 
-/// Whether the file is for the add-on's own makers or other files, not for whoever uses it.
+/// Whether the file is for developers of the add-on rather than for its users.
 bool liesApart(std::string_view path) {
   return liesInFolder(path, [](std::string_view name) {
     return name.starts_with('.') || isOneOf(name, kOtherFolders);
@@ -84,7 +84,7 @@ std::string_view topOf(std::string_view path) {
 
 // Texts at the top
 
-/// Small for the names that people look for first: README.md before README.de.md before others.
+/// A rank, lower for names that are looked for first: README.md, then README.de.md, then others.
 std::size_t rankOf(std::string_view file, std::string_view stem) {
   constexpr std::array<std::string_view, 6> kEnds{"", ".md", ".txt", ".markdown", ".rst", ".adoc"};
   const std::string end = opc::toLowerAscii(file.substr(stem.size()));
@@ -115,13 +115,14 @@ std::vector<std::string> filesNamed(const ProjectFolder& folder,
 
 std::string faultOf(const std::optional<std::string>& content) {
   if (!content) return "it cannot be read, or is larger than 4 MiB";
-  // Licenses of the time of line printers have form feeds between their pages.
+  // Old licenses have form feeds between their pages.
   std::string text = *content;
   std::replace(text.begin(), text.end(), '\f', '\n');
   return manifestTextFault(text);
 }
 
-/// The first of the files that a manifest can take, or else the first; its text goes to `content`.
+/// Chooses the first file that a manifest can use, or else the first one, and reads it to
+/// `content`.
 GuessedText chooseText(const ProjectFolder& folder, std::vector<std::string> paths,
                        std::string& content) {
   GuessedText chosen;
@@ -158,12 +159,12 @@ void guessTexts(const ProjectFolder& folder, Guesses& guesses) {
 Guess guessName(const ProjectFolder& folder) {
   const std::string_view name = fileOf(folder.path());
   const std::string line = opc::isUtf8(name) ? asOneLine(name) : "";
-  if (line.empty()) return {"Untitled", "the folder's name cannot be one"};
+  if (line.empty()) return {"Untitled", "the folder's name cannot be used"};
   return {line, "the folder's name"};
 }
 
 void guessFromGit(const GitFacts& git, Guesses& guesses) {
-  const std::string where = git.isBelowTop ? ", in the repository that the folder lies in" : "";
+  const std::string where = git.isBelowTop ? ", in the repository that contains the folder" : "";
   guesses.version = git.version.empty()
                         ? Guess{"1.0", ""}
                         : Guess{git.version, "the newest git tag, " + git.tag + where};
@@ -171,7 +172,7 @@ void guessFromGit(const GitFacts& git, Guesses& guesses) {
   if (!git.userEmail.empty()) guesses.contact = {git.userEmail, "git's user.email"};
 }
 
-/// At the top before images/ before art/, and in the order of the extensions.
+/// Looks at the top, then in images/, then in art/, in the order of the extensions.
 void guessScreenshot(const ProjectFolder& folder, Guesses& guesses) {
   constexpr std::array<std::string_view, 3> kFolders{"", "images", "art"};
   std::pair best{kFolders.size(), kImageExtensions.size()};
@@ -193,7 +194,7 @@ void guessScreenshot(const ProjectFolder& folder, Guesses& guesses) {
 // Lists
 
 void guessPaths(const ProjectFolder& folder, Guesses& guesses) {
-  std::set<std::string_view> folders;  // "" is the top, and comes first
+  std::set<std::string_view> folders;  // "" is the top and comes first
   for (const std::string& path : folder.files()) {
     if (extensionOf(path) == "jar") guesses.javaClassPaths.push_back(path);
     if (!isCode(path) || liesAmongExamples(path) || liesApart(path)) continue;

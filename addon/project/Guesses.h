@@ -11,7 +11,7 @@
 
 namespace addon::project {
 
-/// A value, and where it comes from in words for people. Without a source it is no guess.
+/// A value, and a description of its source. Without a source, it is a default.
 struct Guess {
   std::string value;
   std::string source;
@@ -29,14 +29,14 @@ struct GuessedCategory {
   std::vector<GuessedExample> examples;
 };
 
-/// A file of text at the top of the folder.
+/// A text file at the top of the folder.
 struct GuessedText {
-  std::string path;                 ///< "" when there is none
-  std::vector<std::string> others;  ///< of the same kind
-  std::string fault;                ///< why it cannot be taken; "" when it can
+  std::string path;                 ///< "" if there is none
+  std::vector<std::string> others;  ///< other files of the same kind
+  std::string fault;                ///< why it cannot be used; "" if it can
 };
 
-/// What the content of a folder tells about the add-on in it. Paths are from the folder.
+/// What can be guessed about an add-on from its folder. Paths are relative to the folder.
 struct Guesses {
   Guess name;
   Guess version;
@@ -52,7 +52,7 @@ struct Guesses {
   std::vector<GuessedCategory> categories;
   GuessedText changelog;
   std::vector<GuessedRevision> revisions;
-  std::vector<std::string> remarks;  ///< what could not be looked at
+  std::vector<std::string> remarks;  ///< what could not be read
 };
 
 Guesses guessFrom(const ProjectFolder& folder, const GitFacts& git);

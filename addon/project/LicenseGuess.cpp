@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::string_view kOther = "Other";
 
-/// Lower case, a blank for every gap, without the marks that Markdown puts between words, so that
-/// neither layout nor line breaks count.
+/// Lower case, with one blank between words and without Markdown characters, so that layout and
+/// line breaks do not matter.
 std::string normalized(std::string_view text) {
   constexpr std::string_view kMarks = "#*_>=\"";
   std::string result;
@@ -48,7 +48,7 @@ struct Phrase {
   std::string_view type;
 };
 
-/// Of the phrases in the text, what the one that stands first says; "" when there is none.
+/// The type for the phrase that occurs first in the text; "" if there is none.
 std::string_view firstOf(const std::string& text, std::initializer_list<Phrase> phrases) {
   std::size_t first = text.npos;
   std::string_view type;
@@ -61,7 +61,7 @@ std::string_view firstOf(const std::string& text, std::initializer_list<Phrase> 
   return type;
 }
 
-/// The texts of this family name each other, but each begins with its own title.
+/// The texts of this family mention each other, but each begins with its own title.
 std::string_view gnuTypeByTitle(const std::string& text) {
   return firstOf(text, {{"gnu affero general public license version 3", "AGPL-3.0"},
                         {"gnu lesser general public license version 3", "LGPL-3.0"},
@@ -72,7 +72,7 @@ std::string_view gnuTypeByTitle(const std::string& text) {
                         {"gnu general public license version 1", kOther}});
 }
 
-/// What programs say that are under one of them.
+/// The notice in programs under one of these licenses.
 std::string_view gnuTypeByNotice(const std::string& text) {
   constexpr std::string_view kPublished = " as published by the free software foundation";
   const std::size_t at = text.find(kPublished);

@@ -5,8 +5,8 @@
 
 namespace addon::project {
 
-/// The SPDX identifier of the license that a text is or grants, by phrases that no other one has;
-/// "Other" when it is none of the common ones, or more than one.
+/// The SPDX identifier of the license that a text contains or grants, recognised by phrases that
+/// are unique to it. "Other" if it is not a common license, or more than one.
 std::string_view licenseTypeOf(std::string_view text);
 
 }  // namespace addon::project

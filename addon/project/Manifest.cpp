@@ -11,7 +11,7 @@ namespace addon::project {
 
 namespace {
 
-/// Lists the keys of a table and of the tables in it.
+/// Lists the keys of a table and its subtables.
 class KeyLister {
  public:
   KeyLister(std::string path, std::vector<ManifestKey>& into)
@@ -66,7 +66,7 @@ struct Placeholder {
   const Text& text;
 };
 
-/// `_` for what is no name of a file, here or on the systems that the package is copied to.
+/// `_` for a name that is not valid for a file, here or on systems that the package is copied to.
 std::string describe(std::string_view path, Position position, std::string_view why) {
   return "bad manifest '" + std::string(path) + ":" + std::to_string(position.line) + ":" +
          std::to_string(position.column) + "': " + std::string(why);

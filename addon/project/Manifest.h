@@ -11,10 +11,10 @@
 
 namespace addon::project {
 
-/// The name that a manifest has in its folder.
+/// The file name of a manifest.
 inline constexpr const char* kManifestName = "kraddon.toml";
 
-/// A place in the manifest's text. Lines and columns count from 1; 0 stands for no place.
+/// A position in the manifest's text. Lines and columns start at 1; 0 means unknown.
 struct Position {
   std::uint32_t line = 0;
   std::uint32_t column = 0;
@@ -24,14 +24,14 @@ struct Position {
   }
 };
 
-/// Something is wrong with the manifest. The text names file, line and column, and `why` the key
-/// and what was expected.
+/// The manifest is not valid. The message names file, line and column; `why` names the key and what
+/// was expected.
 class ManifestError : public opc::Exception {
  public:
   ManifestError(Position position, std::string_view why);
   Position position() const noexcept { return position_; }
 
-  /// The text with the path at which the manifest was found, for who reads several.
+  /// The message with the path of the manifest, for callers that read several.
   std::string in(std::string_view path) const;
 
  private:
@@ -39,7 +39,7 @@ class ManifestError : public opc::Exception {
   std::string why_;
 };
 
-/// The value of a key: what the manifest says, or what holds when it says nothing.
+/// The value of a key, or its default if the manifest does not set it.
 template <typename Value>
 struct Setting {
   Value value = {};
@@ -55,8 +55,8 @@ struct Path : Setting<std::string> {};  ///< a text that is not empty
 struct Paths : Texts {};                ///< texts that are not empty
 struct Level : Setting<int> {};         ///< 0 to 9
 
-// The tables of a manifest. A comment tells what the value is where the name does not; "disk" is a
-// path from the manifest's folder, "package" one in the package.
+// The tables of a manifest. In the comments, "disk" is a path relative to the manifest's folder and
+// "package" a path in the package.
 
 struct Section {
   Position position = {};
@@ -138,7 +138,7 @@ struct VerifySection : Section {
   Flag strict{false};
 };
 
-/// What an author says of an add-on, as it is written: nothing is looked up on the disk.
+/// A manifest as it is written: nothing is looked up on the disk.
 struct Manifest : Section {
   PackageSection package;
   LicenseSection license;
@@ -152,23 +152,23 @@ struct Manifest : Section {
   VerifySection verify;
 };
 
-/// Reads a manifest's text. Throws ManifestError for the first of its faults: what is no TOML, keys
-/// that are unknown, missing or of a wrong type, and texts with control characters.
+/// Reads a manifest. Throws ManifestError for the first error: invalid TOML, unknown or missing
+/// keys, values of a wrong type, and texts with control characters.
 Manifest readManifest(std::string_view text);
 
-/// A key that a manifest may have.
+/// A key of a manifest.
 struct ManifestKey {
   std::string path;       ///< "app[].file"
   std::string_view type;  ///< "string", "boolean", "array of strings" and so on
   bool isRequired;
 };
 
-/// All keys, tables apart, in the order of the manual.
+/// All keys except tables, in the order of the manual.
 std::vector<ManifestKey> manifestKeys();
 
-/// The path that the package gets by default: the pattern `build.output` with name and version in
-/// their places, `_` in them for every character that some file system refuses. Throws
-/// ManifestError for a pattern that makes no sense.
+/// The default path of the package: the pattern `build.output` with name and version inserted. In
+/// these, `_` replaces each character that some file systems refuse. Throws ManifestError if the
+/// pattern is not valid.
 std::string outputPath(const Manifest& manifest);
 
 }  // namespace addon::project

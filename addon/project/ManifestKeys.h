@@ -3,8 +3,8 @@
 
 #include "addon/project/Manifest.h"
 
-// The keys of every table, each named once: a visitor is told of key and member in turn. Reading,
-// suggestions and the list of keys all come from here.
+// The keys of every table. A visitor is called with each key and its member. Reading, suggestions
+// and the list of keys are based on this.
 
 namespace addon::project {
 
@@ -122,7 +122,7 @@ void visitKeys(Manifest& manifest, Visitor& visitor) {
   visitor.optional("verify", manifest.verify);
 }
 
-// How the types of values are called.
+// The names of the types of values.
 constexpr std::string_view typeName(const Text&) {
   return "a string";
 }

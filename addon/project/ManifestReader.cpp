@@ -30,7 +30,7 @@ Position begin(const toml::key& key) {
   return toPosition(key.source().begin);
 }
 
-/// Keeps the first fault by position: tables come sorted by key, not as they were written.
+/// Keeps the first error by position, since tables are sorted by key.
 class Faults {
  public:
   bool isEarlier(Position position) const { return why_.empty() || position < position_; }
@@ -53,7 +53,7 @@ class Source {
  public:
   explicit Source(std::string_view text) : text_(text) {}
 
-  /// What stands there, up to the next blank or punctuation; columns count characters.
+  /// The word at a position, up to the next blank or punctuation. Columns count characters.
   std::string_view wordAt(Position position) const {
     std::string_view rest = text_;
     for (std::uint32_t line = 1; line < position.line; ++line) {
@@ -105,7 +105,7 @@ std::string padded(unsigned number, std::size_t width) {
   return std::string(digits.size() < width ? width - digits.size() : 0, '0') + digits;
 }
 
-/// Fills one table's section. `path` is how messages call it, "" for the whole manifest.
+/// Reads a table into its section. `path` names it in messages, "" for the whole manifest.
 class TableReader {
  public:
   TableReader(const toml::table& table, std::string path, const Source& source, Faults& faults)
@@ -118,7 +118,7 @@ class TableReader {
     const toml::key* unknown = firstUnknown();
     if (unknown != nullptr) {
       refuseUnknown(*unknown);
-    } else if (!missing_.empty()) {  // else it is there, most likely, and misspelt
+    } else if (!missing_.empty()) {  // else it is probably there, but misspelt
       faults_.add(section.position, missing_);
     }
   }
@@ -141,7 +141,7 @@ class TableReader {
   void readRequired(const toml::node& node, std::string_view key, Text& text) {
     readValue(node, pathOf(key), text);
     if (node.is_string() && text.value.empty()) {
-      faults_.add(begin(node), pathOf(key) + ": expected a text that is not empty");
+      faults_.add(begin(node), pathOf(key) + ": expected a non-empty string");
     }
   }
   template <std::derived_from<Section> Table>
@@ -225,7 +225,7 @@ class TableReader {
   }
 
   void refuse(const toml::node& node, const std::string& path, std::string_view expected) {
-    if (!faults_.isEarlier(begin(node))) return;  // the word costs a search through the text
+    if (!faults_.isEarlier(begin(node))) return;  // finding the word takes a search
     std::string why = path + ": expected " + std::string(expected) + ", got " + kindOf(node);
     if (expected == typeName(Text()) && node.is_value()) {
       const std::string word(source_.wordAt(begin(node)));
@@ -234,14 +234,14 @@ class TableReader {
       why += ": write \"" + word + "\"";
     }
     if (node.is_table() && expected == typeName(std::vector<AppSection>())) {
-      why += ": its header wants double brackets, [[" + path + "]]";
+      why += ": its header needs double brackets, [[" + path + "]]";
     }
     faults_.add(begin(node), std::move(why));
   }
 
   void requirePath(const toml::node& node, const std::string& path, const Text& text) {
     if (!node.is_string() || !text.value.empty()) return;
-    faults_.add(begin(node), path + ": expected a path that is not empty");
+    faults_.add(begin(node), path + ": expected a non-empty path");
   }
 
   void checkText(const toml::node& node, const std::string& path, std::string_view text) {
@@ -279,7 +279,7 @@ class TableReader {
   const Source& source_;
   Faults& faults_;
   std::vector<std::string_view> known_;
-  std::string missing_;  // the first required key that is not there
+  std::string missing_;  // the first required key that is missing
 };
 
 /// Columns count characters, as in the other positions.
@@ -314,7 +314,7 @@ void refuseBoth(const Text& text, const Text& file, const char* textKey, const c
                  (isFileLast ? textKey : fileKey) + " is given already");
 }
 
-/// Elsewhere such a path is one of the disk, and whoever writes it means another place.
+/// A path with '/' in front is probably meant as a path on the disk.
 void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) {
   for (std::size_t i = 0; i < files.size(); ++i) {
     const Text& to = files[i].to;
@@ -326,7 +326,7 @@ void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) 
   }
 }
 
-/// What the type of a value cannot tell.
+/// Checks that go beyond types.
 void checkMeaning(const Manifest& manifest, Faults& faults) {
   const PackageSection& package = manifest.package;
   refuseBoth(package.description, package.descriptionFile, "package.description",
@@ -336,7 +336,7 @@ void checkMeaning(const Manifest& manifest, Faults& faults) {
   const std::string known = PackageSection().type.value;
   if (package.type.value != known) {
     faults.add(package.type.position, "package.type: unknown type '" + package.type.value +
-                                          "', expected '" + known + "', the only one there is");
+                                          "', expected '" + known + "', the only type");
   }
 }
 

@@ -10,9 +10,11 @@ namespace addon::project {
 namespace {
 
 constexpr std::string_view kHead =
-    "# What 'kraddon build' makes a package of. 'kraddon init' guessed it from what is in this\n"
-    "# folder: the comment above each value tells its source. Correct what is wrong; a line that\n"
-    "# begins with '#' counts for nothing.\n";
+    "# The manifest for 'kraddon build'. 'kraddon init' guessed it from the content of this "
+    "folder:\n"
+    "# the comment above each value names its source. Correct what is wrong. Lines that begin "
+    "with\n"
+    "# '#' are ignored.\n";
 
 constexpr std::string_view kTail =
     "\n"
@@ -26,11 +28,11 @@ constexpr std::string_view kTail =
     "# name = \"Viewer\"\n"
     "# file = \"apps/viewer.m\"\n"
     "\n"
-    "# Which files go in: patterns as in a .gitignore file, in addition to the usual excludes.\n"
+    "# Files to leave out, by patterns as in a .gitignore file, in addition to the defaults.\n"
     "# [files]\n"
     "# exclude = [\"tests/\", \"*.log\"]\n";
 
-/// What stands for a value that nothing was found for.
+/// A commented key, for a value that was not found.
 std::string missing(std::string_view why, std::string_view line) {
   return tomlComment(why) + "# " + std::string(line) + "\n";
 }
@@ -46,7 +48,7 @@ std::string fromSource(const std::string& source, std::string_view key, std::str
 void appendOthers(const GuessedText& text, std::string& result) {
   std::string line;
   for (const std::string& path : text.others) line += (line.empty() ? "" : ", ") + path;
-  if (!line.empty()) result += tomlComment("Not taken: " + line);
+  if (!line.empty()) result += tomlComment("Not used: " + line);
 }
 
 void appendNames(const Guesses& guesses, std::string& result) {
@@ -60,7 +62,7 @@ void appendTexts(const Guesses& guesses, std::string& result) {
   if (guesses.summary.value.empty()) {
     result += missing("one line about the add-on", "summary = \"\"");
   } else {
-    result += fromSource("the first line of text of " + guesses.summary.source, "summary",
+    result += fromSource("the first line of text in " + guesses.summary.source, "summary",
                          guesses.summary.value);
   }
   const GuessedText& readme = guesses.readme;
@@ -76,7 +78,7 @@ void appendTexts(const Guesses& guesses, std::string& result) {
 
 void appendAuthor(const Guesses& guesses, std::string& result) {
   if (guesses.author.value.empty()) {
-    result += missing("git knows no user.name here", "author = \"\"");
+    result += missing("git has no user.name here", "author = \"\"");
   } else {
     result += fromSource(guesses.author.source, "author", guesses.author.value);
   }
@@ -92,9 +94,9 @@ void appendPackage(const Guesses& guesses, const std::string& guid, std::string&
   appendNames(guesses, result);
   appendTexts(guesses, result);
   appendAuthor(guesses, result);
-  result += fromSource("made up at random; keep it for as long as the add-on lives", "guid", guid);
+  result += fromSource("random; keep it in all versions of the add-on", "guid", guid);
   if (guesses.screenshot.empty()) {
-    result += missing("no screenshot.png or the like at the top, in images/ or in art/",
+    result += missing("no screenshot.png or similar at the top, in images/ or in art/",
                       "screenshot = \"screenshot.png\"");
   } else {
     result += fromSource("an image of that name", "screenshot", guesses.screenshot);
@@ -118,9 +120,9 @@ void appendLicense(const Guesses& guesses, std::string& result) {
   }
   result += "[license]\n";
   result += guesses.licenseType == "Other"
-                ? tomlComment("the text of " + license.path + " is none of the common licenses")
+                ? tomlComment("the text of " + license.path + " is not a common license")
                 : tomlComment("by the text of " + license.path);
-  result += type + tomlComment("the license's file") + file;
+  result += type + tomlComment("the license file") + file;
   appendOthers(license, result);
 }
 
@@ -129,7 +131,7 @@ void appendConfiguration(const Guesses& guesses, std::string& result) {
   const bool hasPaths = !guesses.korvanPaths.empty();
   const bool hasJars = !guesses.javaClassPaths.empty();
   if (!hasPaths && !hasJars) {
-    result += missing("no .m files were found but in examples, demos, tests, docs and private",
+    result += missing("no .m files were found, except in examples, demos, tests, docs and private",
                       "[configuration]") +
               "# korvan-paths = [\".\"]\n";
     return;
@@ -137,7 +139,7 @@ void appendConfiguration(const Guesses& guesses, std::string& result) {
   result += "[configuration]\n";
   if (hasPaths) {
     result += tomlComment(
-        "the folders with .m files, but for examples, demos, tests, docs, private, hidden ones");
+        "the folders with .m files, except examples, demos, tests, docs, private and hidden ones");
     result += assignment("korvan-paths", tomlArray(guesses.korvanPaths));
   }
   if (hasJars) {
@@ -178,7 +180,7 @@ void appendRevisions(const Guesses& guesses, std::string& result) {
 
 void appendRemarks(const Guesses& guesses, std::string& result) {
   if (guesses.remarks.empty()) return;
-  result += "\n# Not looked at:\n";
+  result += "\n# Skipped:\n";
   for (const std::string& remark : guesses.remarks) result += tomlComment(remark);
 }
 

@@ -7,8 +7,8 @@
 
 namespace addon::project {
 
-/// A manifest to start from: what was guessed, each value below a comment that names its source,
-/// and the other keys as comments.
+/// An initial manifest: the guesses, each below a comment that names its source, and the other keys
+/// as comments.
 std::string manifestText(const Guesses& guesses, const std::string& guid);
 
 }  // namespace addon::project

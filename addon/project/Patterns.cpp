@@ -9,7 +9,7 @@ namespace addon::project {
 
 namespace {
 
-/// One character of UTF-8; a byte that is no part of one stands for itself.
+/// One character of UTF-8; a byte that does not belong to one stands for itself.
 char32_t nextCharacter(std::string_view text, std::size_t& at) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char first = byte(at++);
@@ -61,7 +61,7 @@ constexpr std::array<NamedClass, 12> kClasses{{{"alnum", "09AZaz"},
 
 }  // namespace
 
-/// Reads the text of a pattern into its segments.
+/// Compiles the text of a pattern into segments.
 class Pattern::Compiler {
  public:
   Compiler(Pattern& pattern, std::string_view text)
@@ -119,7 +119,7 @@ class Pattern::Compiler {
       set.isNegated = true;
       ++at_;
     }
-    // A ']' right at the beginning stands for itself.
+    // A ']' at the beginning is literal.
     for (bool isFirst = true; at_ < text_.size() && (isFirst || text_[at_] != U']');
          isFirst = false) {
       readSetMember(set);
@@ -138,7 +138,7 @@ class Pattern::Compiler {
     const std::optional<char32_t> first = readSetCharacter();
     if (!first) return;
     const bool isRange = at_ + 1 < text_.size() && text_[at_] == U'-' && text_[at_ + 1] != U']';
-    // By itself too where a range follows: "[b-a]" is an empty range, and yet matches "b".
+    // Also on its own if a range follows: "[b-a]" is an empty range, but matches "b".
     set.ranges.push_back({*first, *first});
     if (!isRange) return;
     ++at_;
@@ -211,7 +211,7 @@ bool Pattern::matchesOne(const Token& token, char32_t c) {
 }
 
 bool Pattern::matchesName(const std::vector<Token>& tokens, std::u32string_view name) {
-  // Only the last star needs to be tried again: what an earlier one took cannot matter any more.
+  // Backtracking to the last star is enough: what earlier stars matched does not matter.
   std::size_t token = 0;
   std::size_t at = 0;
   std::optional<std::size_t> star;
@@ -241,7 +241,7 @@ bool Pattern::matchesSegments(const std::vector<std::u32string>& names) const {
   std::size_t deepAt = 0;
   while (at < names.size()) {
     if (segment < segments_.size() && segments_[segment].isAnyDepth) {
-      // At the end it stands for at least one name: "a/**" is what lies inside a, not a.
+      // At the end it matches at least one name: "a/**" is what is inside a, not a.
       if (segment + 1 == segments_.size()) return true;
       deep = segment++;
       deepAt = at;

@@ -8,12 +8,13 @@
 
 namespace addon::project {
 
-/// One pattern for paths, by the rules of gitignore.
+/// A pattern for paths, with the rules of gitignore.
 ///
-/// `*` and `?` stop at '/', a component `**` does not; `[a-z]`, `[!a]` and `[[:alpha:]]` are one
-/// character; `\` quotes. A '/' at the beginning or in the middle ties the pattern to the top; one
-/// at the end makes it match folders only; '!' in front takes back. Characters are Unicode ones.
-/// Matching takes time in the product of the lengths at most.
+/// `*` and `?` do not match '/', a component `**` does; `[a-z]`, `[!a]` and `[[:alpha:]]` match one
+/// character; `\` makes the next character literal. A '/' at the beginning or in the middle anchors
+/// the pattern at the top; one at the end restricts it to folders; a leading '!' negates it.
+/// Characters are Unicode code points. Matching takes at most time proportional to the product of
+/// the lengths.
 class Pattern {
  public:
   explicit Pattern(std::string_view text);
@@ -21,7 +22,7 @@ class Pattern {
   const std::string& text() const { return text_; }  ///< as given
   bool takesBack() const { return takesBack_; }
 
-  /// Whether it matches this very path ('/' between names, none at the ends).
+  /// Whether it matches exactly this path, which has '/' between names but not at the ends.
   bool matches(std::string_view path, bool isFolder) const;
 
  private:
@@ -52,23 +53,23 @@ class Pattern {
   bool takesBack_ = false;
   bool foldersOnly_ = false;
   bool isAnchored_ = false;
-  bool isBroken_ = false;  // an open bracket or a final backslash: matches nothing
+  bool isBroken_ = false;  // an unclosed bracket or a final backslash: matches nothing
 };
 
-/// Patterns in order: the last one that matches decides.
+/// An ordered list of patterns, of which the last one that matches decides.
 class PatternList {
  public:
   void add(std::string_view pattern) { patterns_.push_back({Pattern(pattern), {}}); }
-  /// The lines of an ignore file: empty ones and those that begin with '#' do not count, blanks at
-  /// the end are dropped unless quoted. They are for paths below `folder` alone, which is their
-  /// top; "" is the top of all.
+  /// Adds the lines of an ignore file. Empty lines and lines that begin with '#' are ignored, and
+  /// so are trailing blanks without a backslash. The patterns apply below `folder` only, which is
+  /// their top; "" is the top of the tree.
   void addLines(std::string_view text, std::string_view folder = {});
 
   bool isEmpty() const { return patterns_.empty(); }
 
-  /// The pattern that decides about a path, the last one that matches; null when none does.
+  /// The last pattern that matches a path, or null.
   const Pattern* deciding(std::string_view path, bool isFolder) const;
-  /// Whether the path is one to leave out, given that no folder above it is.
+  /// Whether the path is excluded, provided that no folder above it is.
   bool excludes(std::string_view path, bool isFolder) const;
 
  private:
@@ -80,7 +81,8 @@ class PatternList {
   std::vector<Entry> patterns_;
 };
 
-/// What authors never mean to ship: files of version control, of systems and of editors.
+/// Adds what authors never intend to ship: files of version control systems, operating systems and
+/// editors.
 void addDefaultExcludes(PatternList& list);
 
 }  // namespace addon::project

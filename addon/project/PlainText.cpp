@@ -13,7 +13,7 @@ bool isControl(char c) {
   return byte < 0x20 || byte == 0x7F;
 }
 
-/// U+0080 to U+009F, U+FFFE and U+FFFF: how many bytes such a character at `at` has, else 0.
+/// The length of U+0080 to U+009F, U+FFFE or U+FFFF at `at` in bytes, or 0 for other characters.
 std::size_t oddCharacterAt(std::string_view text, std::size_t at) {
   const auto byte = [&](std::size_t i) {
     return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0u;
@@ -23,7 +23,7 @@ std::size_t oddCharacterAt(std::string_view text, std::size_t at) {
   return isNoCharacter ? 3 : 0;
 }
 
-/// How many bytes the character at `at` has when the text cannot be carried for it, else 0.
+/// The length in bytes of the character at `at` if it is not allowed, else 0.
 std::size_t unfitForXmlAt(std::string_view text, std::size_t at) {
   const auto byte = static_cast<unsigned char>(text[at]);
   if (byte < 0x20) return byte == '\t' || byte == '\n' || byte == '\r' ? 0 : 1;
@@ -51,8 +51,8 @@ std::string faultOf(std::string_view text, UnfitAt unfitAt) {
     const std::size_t size = unfitAt(text, at);
     if (size == 0) continue;
     const std::string name = nameOf(text.substr(at, size));
-    return size == 3 ? "it holds " + name + ", which XML cannot carry"
-                     : "it holds the control character " + name;
+    return size == 3 ? "it contains " + name + ", which XML cannot carry"
+                     : "it contains the control character " + name;
   }
   return {};
 }

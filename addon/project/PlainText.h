@@ -15,21 +15,21 @@ using opc::isAsciiLetterOrDigit;
 using text::linesOf;
 using text::trimmed;
 
-/// Whether a manifest can carry the text: it is UTF-8, and holds no control characters but tabs and
-/// line ends, nor the two characters that XML has not either.
+/// Whether a manifest can contain the text: it is UTF-8, without control characters except tabs and
+/// line ends, and without the two characters that XML excludes too.
 bool isManifestText(std::string_view text);
 
-/// Why a manifest cannot carry the text; "" when it can.
+/// Why a manifest cannot contain the text; "" if it can.
 std::string manifestTextFault(std::string_view text);
 
-/// Why XML, and so a package, cannot carry the text; "" when it can. That is less than a manifest
-/// refuses: packages of other writers may well hold U+007F to U+009F.
+/// Why XML, and so a package, cannot contain the text; "" if it can. Unlike in a manifest, U+007F
+/// to U+009F are allowed, since packages of other writers may contain them.
 std::string xmlTextFault(std::string_view text);
 
-/// Whether it is such a text that stays on its line: fit for a path.
+/// Whether a manifest can contain the text and it is a single line, as a path must be.
 bool isManifestLine(std::string_view text);
 
-/// One line of UTF-8 with a blank for every run of blanks and control characters.
+/// Replaces each run of blanks and control characters by one blank, and trims. The text is UTF-8.
 std::string asOneLine(std::string_view text);
 
 /// Whether `text` begins with `start`, ASCII letters compared without case.

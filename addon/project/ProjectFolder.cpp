@@ -76,7 +76,7 @@ void ProjectFolder::readFolder(const std::string& path, std::vector<std::string>
   if (!directory) return remark(path, std::system_category().message(errno));
   file.release();
   for (;;) {
-    errno = 0;  // the end and a failure look alike but for this
+    errno = 0;  // distinguishes the end from a failure
     const dirent* entry = ::readdir(directory.get());
     if (entry == nullptr) break;
     const std::string_view entryName = entry->d_name;

@@ -12,25 +12,25 @@
 
 namespace addon::project {
 
-/// What lies in an author's folder, for whoever guesses from it: nothing in it is a reason to fail.
+/// The files of a project folder, to guess from. Files that cannot be read are not errors.
 ///
-/// Files that are left out by default, or by the folder's .kraddonignore, do not count; nor do
-/// links, but for those to files of the folder.
+/// Files that are excluded by default or by the folder's .kraddonignore are left out, and so are
+/// links except those to files in the folder.
 class ProjectFolder {
  public:
-  /// Throws opc::SystemError for what is no folder, or cannot be read.
+  /// Throws opc::SystemError if it is not a folder or cannot be read.
   explicit ProjectFolder(const std::string& path);
 
-  /// Absolute, without links.
+  /// Absolute, with links resolved.
   const std::string& path() const { return path_; }
 
-  /// Paths of the files below it that a manifest can name, in the order of the file tree.
+  /// The paths of the files that a manifest can name, in the order of the file tree.
   const std::vector<std::string>& files() const { return files_; }
 
-  /// What could not be looked at, or cannot be named, each in words for people; the first few.
+  /// Descriptions of what could not be read or cannot be named; the first few.
   const std::vector<std::string>& remarks() const { return remarks_; }
 
-  /// A file's content; nothing when it cannot be read, or holds more than `most` bytes.
+  /// The content of a file, or nothing if it cannot be read or is larger than `most` bytes.
   std::optional<std::string> read(const std::string& path, std::size_t most) const;
 
  private:

@@ -21,14 +21,14 @@ bool hasWord(std::string_view text) {
   });
 }
 
-/// How much of `text` fits into `most` bytes, in whole characters.
+/// The beginning of `text`, at most `most` bytes, in whole characters.
 std::string_view begunBy(std::string_view text, std::size_t most) {
   if (text.size() <= most) return text;
   while (most > 0 && (text[most] & 0xC0) == 0x80) --most;
   return text.substr(0, most);
 }
 
-/// A '<' that opens no tag stays.
+/// Removes tags. A '<' that does not open a tag is kept.
 std::string withoutTags(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -55,7 +55,7 @@ std::string cut(const std::string& text) {
   return std::string(hasWords ? text.substr(0, word) : begunBy(text, kLongestSummary)) + " ...";
 }
 
-/// Without the block of settings that some tools put first.
+/// Removes the block of settings that some tools put first.
 std::string_view withoutSettings(std::string_view text) {
   const std::vector<std::string_view> lines = linesOf(text);
   if (lines.empty() || trimmed(lines[0]) != "---") return text;
@@ -69,7 +69,7 @@ struct Line {
   bool isHeading;
 };
 
-/// Calls `visit` with each node below `root`, which returns whether to visit those below it too.
+/// Calls `visit` with each node below `root`. It returns whether to descend into the node.
 template <typename Visit>
 void visitBelow(cmark_node* root, const Visit& visit) {
   cmark_iter* const nodes = cmark_iter_new(root);
@@ -96,7 +96,7 @@ void addLines(cmark_node* block, std::vector<Line>& lines) {
   });
 }
 
-/// The lines between the tags of a block of HTML, but for a comment.
+/// The text lines of an HTML block, unless it is a comment.
 void addHtmlLines(cmark_node* block, std::vector<Line>& lines) {
   const std::string_view html = trimmed(text::literalOf(block));
   if (html.starts_with("<!") || html.starts_with("<?")) return;
@@ -105,7 +105,7 @@ void addHtmlLines(cmark_node* block, std::vector<Line>& lines) {
   }
 }
 
-/// The lines of text; those of code and tables are left out.
+/// All lines of text, except those of code and tables.
 std::vector<Line> textLinesOf(cmark_node* document) {
   std::vector<Line> lines;
   visitBelow(document, [&](cmark_node* node) {
@@ -124,7 +124,7 @@ std::vector<Line> textLinesOf(cmark_node* document) {
   return lines;
 }
 
-/// Such as ".. image:: a.png" in reStructuredText.
+/// A directive of reStructuredText, such as ".. image:: a.png".
 bool isDirective(std::string_view line) {
   return line.starts_with(".. ");
 }

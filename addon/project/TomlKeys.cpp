@@ -10,14 +10,14 @@ namespace {
 
 constexpr std::size_t kMostDots = 15;
 
-/// Where a string goes on after `at`: behind a character or an escape.
+/// The position after the character or escape at `at`.
 std::size_t afterCharacter(std::string_view text, std::size_t at, char quote) {
   const bool isEscape = quote == '"' && text[at] == '\\' && at + 1 < text.size();
   return at + (isEscape ? 2 : 1);
 }
 
-/// Behind a string of several lines that begins at `at`. Up to two quotes may stand right before
-/// the three that end it.
+/// The end of a multi-line string that begins at `at`. Up to two quotes may precede the three that
+/// end it.
 std::size_t afterBlock(std::string_view text, std::size_t at, char quote) {
   const std::string fence(3, quote);
   for (at += fence.size(); at < text.size(); at = afterCharacter(text, at, quote)) {
@@ -28,7 +28,7 @@ std::size_t afterBlock(std::string_view text, std::size_t at, char quote) {
   return text.size();
 }
 
-/// Behind a string that begins at `at`; without an end it ends with its line.
+/// The end of a string that begins at `at`, or of its line if it is not closed.
 std::size_t afterString(std::string_view text, std::size_t at) {
   const char quote = text[at];
   if (text.substr(at, 3) == std::string(3, quote)) return afterBlock(text, at, quote);

@@ -6,8 +6,8 @@
 
 namespace addon::project {
 
-/// Where a TOML text has a key of more than 16 parts (`a.b.c`); npos when it has none. The parser
-/// goes as deep into its own stack as a key has parts.
+/// The position of the first key with more than 16 parts (`a.b.c`) in a TOML text, or npos. The
+/// parser recurses once for each part of a key.
 std::size_t findLongKey(std::string_view text);
 
 }  // namespace addon::project

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// toml++, for one source alone: as a header, and defused. The first of the project's includes.
+// toml++, for one source only, as a header, with its assertions disabled. Must be the first include
+// of the project.
 //
-// The parser asserts what a bad text breaks ("[&a]"), or lets the compiler assume it, and takes
-// characters such as U+00E4 for impossible where it looks for blanks. Without that it goes on to
-// report the fault.
+// The parser asserts conditions that invalid text violates ("[&a]"), or lets the compiler assume
+// them, and treats characters such as U+00E4 as impossible where it looks for blanks. Without the
+// assertions it reports the error.
 
 #include <cstdint>
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kLineWidth = 100;
 
-/// What has no place in a string as it is: control characters but tab, the quote, the backslash.
+/// Whether a string must escape it: control characters except tab, the quote, the backslash.
 void appendEscaped(char c, std::string& result) {
   const auto byte = static_cast<unsigned char>(c);
   if (c == '"' || c == '\\') {
@@ -31,7 +31,7 @@ void appendEscaped(char c, std::string& result) {
   }
 }
 
-/// In a block a quote needs no escape, unless it could be one of the three that end it.
+/// In a block, a quote needs an escape only if it could be one of the three that end it.
 void appendBlockLine(std::string_view line, std::string& result) {
   for (std::size_t at = 0; at < line.size(); ++at) {
     const bool isAmongQuotes =
@@ -54,7 +54,7 @@ std::string tomlString(std::string_view text) {
 
 std::string tomlBlock(std::string_view text) {
   if (text.find_first_of("\r\n") == text.npos) return tomlString(text);
-  // The line end right after the quotes does not count.
+  // A line end directly after the quotes is ignored.
   std::string result = "\"\"\"\n";
   bool isFirst = true;
   for (const std::string_view line : linesOf(text)) {

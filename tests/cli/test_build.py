@@ -386,7 +386,7 @@ class Faults(projecttest.ProjectTest):
                  'final zeros: write "1.10"', '[package]\nname = "a"\nversion = 1.10\n'),
                 ("1:1': package.version: the key is missing, expected a string",
                  '[package]\nname = "a"\n'),
-                ("2:8': package.name: it holds the control character U+001B",
+                ("2:8': package.name: it contains the control character U+001B",
                  '[package]\nname = "a\\u001b"\nversion = "1"\n')):
             with self.subTest(why):
                 self.refuses(why, manifest)
@@ -422,7 +422,7 @@ class Faults(projecttest.ProjectTest):
         files = {"a.m": "a", "latin": b"\xe4", "bell": b"a\x07", "d/": ""}
         os.mkfifo(self.path("pipe.swp"))
         for name, why in (("latin", "cannot use the text of 'latin': it is not UTF-8"),
-                          ("bell", "cannot use the text of 'bell': it holds the control "
+                          ("bell", "cannot use the text of 'bell': it contains the control "
                                    "character U+0007"),
                           ("d", "cannot read 'd': Is a directory"),
                           ("pipe.swp", "cannot read 'pipe.swp': it is not a file"),
@@ -467,7 +467,7 @@ class Faults(projecttest.ProjectTest):
                  "the package", example + 'source = "e.m"\n'),
                 ("5:22': configuration.korvan-paths[1]: the search path names 'lib': it is not in "
                  "the package", '[configuration]\nkorvan-paths = [".", "lib"]\n'),
-                ("5:17': configuration.korvan-paths[0]: expected a path that is not empty",
+                ("5:17': configuration.korvan-paths[0]: expected a non-empty path",
                  '[configuration]\nkorvan-paths = [""]\n'),
                 ("5:17': configuration.korvan-paths[0]: the search path names 'a.m': it is a "
                  "file, not a folder", '[configuration]\nkorvan-paths = ["a.m"]\n'),

@@ -287,7 +287,7 @@ class Create(kraddontest.CliTest):
                        "organization", "guid"):
             name = [] if option == "name" else ["--name", "x"]
             self.misused("create", "p.kraddon", *name, f"--{option}", "a\x01b",
-                         message=f"bad value of --{option} 'a\\x01b': it holds the control "
+                         message=f"bad value of --{option} 'a\\x01b': it contains the control "
                                  "character U+0001")
             self.misused("create", "p.kraddon", *name, f"--{option}", b"caf\xe9",
                          message=f"bad value of --{option} 'caf\\xe9': it is not UTF-8")

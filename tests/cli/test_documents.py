@@ -161,11 +161,11 @@ class Documents(kraddontest.CliTest):
         image = [{"name": "c", "examples": [dict(EXAMPLE, images=["\uffff"])]}]
         for document, value, why in (
                 ("apps", [APP, dict(APP, name="a\x01")],
-                 "apps[1].name: it holds the control character U+0001"),
+                 "apps[1].name: it contains the control character U+0001"),
                 ("configuration", {"korvanPaths": ["a\x00b"]},
-                 "configuration.korvanPaths[0]: it holds the control character U+0000"),
+                 "configuration.korvanPaths[0]: it contains the control character U+0000"),
                 ("examples", image,
-                 "examples[0].examples[0].images[0]: it holds U+FFFF, which XML cannot carry")):
+                 "examples[0].examples[0].images[0]: it contains U+FFFF, which XML cannot carry")):
             self.fails("set", "p.kraddon", document, "-", stdin=json.dumps(value).encode(),
                        message=f"bad document 'standard input': {why}")
             self.assertEqual(self.path("p.kraddon").read_bytes(), before)

@@ -146,13 +146,13 @@ class GetSet(kraddontest.CliTest):
     def test_text_that_xml_cannot_carry_changes_nothing(self):
         before = self.path("p.kraddon").read_bytes()
         self.fails("set", "p.kraddon", "license", "text=a\x01b",
-                   message="bad value of 'license.text': it holds the control character U+0001")
+                   message="bad value of 'license.text': it contains the control character U+0001")
         self.fails("set", "p.kraddon", "properties", "name=\uffff",
-                   message="bad value of 'properties.name': it holds U+FFFF, which XML cannot "
+                   message="bad value of 'properties.name': it contains U+FFFF, which XML cannot "
                            "carry")
         self.fails("set", "p.kraddon", "license", "-",
                    stdin=b'{"type": "a\\u0000b", "text": "x"}',
-                   message="bad document 'standard input': license.type: it holds the control "
+                   message="bad document 'standard input': license.type: it contains the control "
                            "character U+0000")
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
         self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])

@@ -177,7 +177,7 @@ class Properties(InitTest):
         self.repository("2.0", folder=".")
         self.assertEqual(self.guesses()["package"]["version"], "1.0")  # the ceiling
         text = self.text(env={"GIT_CEILING_DIRECTORIES": ""})
-        self.assertIn("# the newest git tag, 2.0, in the repository that the folder lies in\n"
+        self.assertIn("# the newest git tag, 2.0, in the repository that contains the folder\n"
                       'version = "2.0"\n', text)
 
     def test_without_git_the_version_is_1_0(self):
@@ -213,13 +213,13 @@ class Properties(InitTest):
                                )["package"]
         self.assertEqual(package["summary"], "Short-time spectra")
         self.assertEqual(package["description-file"], "README.md")
-        self.assertIn("# the first line of text of README.md\nsummary", self.text())
+        self.assertIn("# the first line of text in README.md\nsummary", self.text())
 
     def test_readme_md_comes_before_other_languages(self):
         package = self.guesses({"README.de.md": "de", "README.md": "en", "sub/README": "x"}
                                )["package"]
         self.assertEqual(package["description-file"], "README.md")
-        self.assertIn("# Not taken: README.de.md\n", self.text())
+        self.assertIn("# Not used: README.de.md\n", self.text())
 
     def test_a_readme_elsewhere_or_of_another_name_is_none(self):
         package = self.guesses({"sub/README.md": "x", "READMEFIRST": "x", "readme.m": "x"}
@@ -229,7 +229,7 @@ class Properties(InitTest):
 
     def test_a_readme_that_is_no_text_is_not_taken(self):
         for content, why in ((b"\xff\xfeR", "it is not UTF-8"),
-                             (b"a\x1b[1m", "it holds the control character U+001B"),
+                             (b"a\x1b[1m", "it contains the control character U+001B"),
                              (b"a" * (5 << 20), "it cannot be read, or is larger than 4 MiB")):
             package = self.guesses({"README": content})["package"]
             self.assertNotIn("description-file", package)

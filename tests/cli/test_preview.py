@@ -140,7 +140,7 @@ class Preview(previewing.PreviewTest):
         self.set("examples", [{"name": "", "examples": examples}])
         page = self.page()
         self.assertEqual([image["src"][:15] for image in page.all("img")], ["data:image/png;"])
-        self.assertEqual(page.text("main").count("Thumbnail no image that a page can show"), 2)
+        self.assertEqual(page.text("main").count("Thumbnail not an image that a page can show"), 2)
         self.assertEqual(page.text("main").count("Thumbnail not in the package"), 1)
 
     def test_an_image_that_is_too_large_is_left_out_and_says_so(self):
@@ -152,8 +152,8 @@ class Preview(previewing.PreviewTest):
         self.ok("screenshot", "p.kraddon", "p.kraddon.src/big.png")
         page = self.page()
         self.assertEqual(len(page.all("img")), 10)
-        self.assertEqual(page.text("main").count("5.2 MB, and one image has 4.2 MB at most"), 1)
-        self.assertEqual(page.text("main").count("all images together have 34 MB at most"), 1)
+        self.assertEqual(page.text("main").count("5.2 MB, and an image may have at most 4.2 MB"), 1)
+        self.assertEqual(page.text("main").count("all images together may have at most 34 MB"), 1)
         self.assertIn("Screenshot left out: 5.2 MB", page.text("header"))
 
     def test_the_sizes_are_in_a_table_and_in_a_map(self):
@@ -194,7 +194,7 @@ class Preview(previewing.PreviewTest):
         page = self.page()
         self.assertLess(len(page.elements), 30000)
         self.assertIn("File tree: 100,000 files, 2.5 MB", page.text("summary"))
-        self.assertIn("There are too many files to list them all", page.text("details"))
+        self.assertIn("There are too many files to list all of them", page.text("details"))
         self.assertIn("308 other folders", page.text("table"))
 
     def test_a_flat_or_deep_tree_does_not_grow_the_page(self):
