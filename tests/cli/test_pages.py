@@ -18,6 +18,7 @@ TOP = pathlib.Path(__file__).resolve().parents[2]
 README = TOP / "README.md"
 PAGES = [README, *(TOP / f"{name}.md" for name in ("CONTRIBUTING", "SECURITY", "CHANGELOG")),
          *sorted((TOP / "docs").glob("*.md"))]
+FOLDERS = "addon|bench|cmake|docs|examples|fl|fuzz|gateway|hostarray|opc|scripts|tests|text|tool"
 END = "-- end of the output --"
 
 
@@ -119,6 +120,13 @@ class Pages(kraddontest.CliTest):
                 self.assertTrue(target.is_file(), f"{page}: {path}")
                 if heading:
                     self.assertIn(heading, anchors_of(target.read_text(encoding="utf-8")), page)
+
+    def test_every_path_in_the_project_exists(self):
+        for page in PAGES:
+            if page.stem != "new-document":  # it names files that its reader makes
+                text = re.sub(r"(?ms)^```.*?^```", "", page.read_text(encoding="utf-8"))
+                for path in re.findall(rf"`((?:{FOLDERS})/[\w./-]*)`", text):
+                    self.assertTrue((TOP / path).exists(), f"{page}: {path}")
 
 
 def links_of(text):
