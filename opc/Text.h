@@ -50,6 +50,12 @@ constexpr bool isAsciiLetter(char c) noexcept {
 constexpr bool isAsciiLetterOrDigit(char c) noexcept {
   return isAsciiLetter(c) || isAsciiDigit(c);
 }
+constexpr bool isAscii(std::string_view text) noexcept {
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  }
+  return true;
+}
 /// A blank or what moves the place of writing: tabs, line ends, a form feed.
 constexpr bool isAsciiBlank(char c) noexcept {
   return c == ' ' || (c >= '\t' && c <= '\r');

@@ -13,6 +13,7 @@ using opc::plservices::FileTree;
 using opc::plservices::NodeId;
 
 std::string foldCase(std::string_view text) {
+  if (opc::isAscii(text)) return opc::toLowerAscii(text);
   if (!opc::isUtf8(text)) return std::string(text);
   const auto original = icu::UnicodeString::fromUTF8(text);
   icu::UnicodeString folded;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/Report.h"
 #include "opc/checks/detail/FaultFindings.h"
@@ -63,11 +64,6 @@ Oddity findEncodedOddity(std::string_view name) {
   } catch (const FormatError&) {
     return {"RB-13", "the name encodes bytes that are not UTF-8"};
   }
-}
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 // Returns whether no part can have the name, which a finding then reports. `stored` is the bytes of

@@ -20,11 +20,6 @@ using model::PartId;
 
 namespace {
 
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 // The decoded name, composed and in ASCII lower case; "" if it does not decode, or decodes to
 // ASCII, which has only one form.
 std::string normalForm(std::string_view itemName) {
