@@ -68,14 +68,14 @@ void checkOptions(const line::Invocation& invocation) {
   requirePath(invocation, "into");
 }
 
-/// The last name of a path of the disk; "" when that is none of its own (".", "..", "/").
+/// The last name of a path on the disk; "" if it has none (".", "..", "/").
 std::string ownNameOf(std::string_view path) {
   while (path.ends_with('/')) path.remove_suffix(1);
   const std::string_view name = path.substr(path.rfind('/') + 1);
   return name == "." || name == ".." ? std::string() : std::string(name);
 }
 
-/// Where an operand goes in the package; "" is the top, for the content of a folder.
+/// The path of an operand in the package; "" is the top, for the content of a folder.
 std::string placeOf(const line::Invocation& invocation, const std::string& operand) {
   const auto given = invocation.value("as");
   if (given) return *given;
@@ -137,7 +137,7 @@ class Collector {
   std::vector<SourceFile> files_;
 };
 
-/// Throws Failure for two that cannot both have their paths.
+/// Throws Failure if two files would get conflicting paths.
 void requireDistinct(const std::vector<SourceFile>& files) {
   std::unordered_map<std::string_view, const SourceFile*> byPath;
   byPath.reserve(files.size());

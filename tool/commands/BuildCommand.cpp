@@ -69,7 +69,7 @@ constexpr std::array kOptions{
     detail::kTimestampOption,
     detail::kLevelOption};
 
-/// Everything that is settled before the work begins.
+/// Everything that is determined before the work begins.
 struct Task {
   const line::Invocation& invocation;
   Project project;
@@ -95,7 +95,7 @@ bool isOfProject(const std::string& output, const Project& project) {
          liesIn(path, realPath(project.onDisk(project.manifest.files.root.value)));
 }
 
-/// What is empty or no regular file is for others to judge.
+/// Empty files, and what is not a regular file, are handled elsewhere.
 bool mayBePackage(const std::string& path) {
   if (path.ends_with(addon::packaging::kPackageExtension)) return true;
   std::error_code error;
@@ -106,7 +106,7 @@ bool mayBePackage(const std::string& path) {
   return begin == std::array{'P', 'K'} || (file.eof() && file.gcount() == 0);
 }
 
-/// They may be the only copy of the author's work, and --force is meant for older packages.
+/// They may be the only copy of the author's work; --force is intended for older packages.
 void refuseSources(const std::string& output, const Project& project, bool isForced) {
   const std::optional<FileIdentity> existing = identityOf(output);
   if (existing && existing == identityOf(manifestPath(project.folder))) {
@@ -149,14 +149,14 @@ FileChoice choiceOf(const Task& task) {
   return choice;
 }
 
-/// A published secret cannot be taken back, so that even the warning stops the build.
+/// A published secret cannot be withdrawn, so even a warning stops the build.
 bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
   const bool hasSecret = std::any_of(verdict.findings.begin(), verdict.findings.end(),
                                      [](const auto& one) { return one.id == kSecret; });
   return verdict.isGood(isStrict) && !hasSecret;
 }
 
-/// Looks at the package while it has no place yet.
+/// Checks the package before it is put in place.
 void inspect(const std::string& path, const Task& task, report::BuildResult& result) {
   process::Interrupt::check();
   struct stat info {};
@@ -174,9 +174,9 @@ void inspect(const std::string& path, const Task& task, report::BuildResult& res
   }
 }
 
-/// All that can be known without a file: the checks of the container have nothing to look at.
+/// Checks what can be checked without a file: not the container.
 report::BuildResult rehearse(const Task& task) {
-  process::Interrupt::defer();  // a large screenshot is parked in a file
+  process::Interrupt::defer();  // a large screenshot is kept in a file
   detail::requireFreePlace(task.output, true);
   AddonProperties properties = propertiesOf(task.project);
   std::u16string path = detail::toUtf16("cannot create", task.output);
@@ -230,8 +230,7 @@ void print(const report::BuildResult& result, const Task& task) {
                          "'kraddon verify --explain ID' explains a finding");
 }
 
-/// What is told has to be told before the package takes its place: where that fails, the old one
-/// stays.
+/// Reports the result before the package is put in place, so that the old one stays if that fails.
 report::BuildResult build(Task& task) {
   detail::NewPackage target(task.output, task.isForced());
   AddonProperties properties = propertiesOf(task.project);

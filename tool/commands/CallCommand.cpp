@@ -88,7 +88,7 @@ json::HostArrayPointer callGateway(GatewayFunction gateway, int outputs,
   return json::HostArrayPointer(scope.keep(slots[0]));
 }
 
-/// The package that a gateway works on, "" when there is no such argument.
+/// The package that a gateway works on, or "" if there is no such argument.
 std::string pathOf(const std::vector<json::HostArrayPointer>& arguments) {
   if (arguments.empty() || !kxIsChar(arguments[0].get())) return {};
   const kxArray* path = arguments[0].get();
@@ -127,7 +127,7 @@ process::ExitCode call(const line::Invocation& invocation) {
   for (std::size_t i = 1; i < words.size(); ++i) arguments.push_back(toArgument(i, words[i]));
   const HostFunctionTable& table = detail::loadFunctionTable(invocation.valueOr("library", ""));
 
-  // A gateway knows nothing of signals, and one that killed it would leave half a file behind.
+  // Gateways do not handle signals; being killed by one could leave a partial file behind.
   process::Interrupt::deferAndStopWriting();
   const std::string package = pathOf(arguments);
   std::optional<process::PackageLock> lock;

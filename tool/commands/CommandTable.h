@@ -31,13 +31,13 @@ extern const line::CommandSpec kSetCommand;
 extern const line::CommandSpec kUnsetCommand;
 extern const line::CommandSpec kVerifyCommand;
 
-/// All of them, in the order in which help lists them.
+/// All commands, in the order in which help lists them.
 line::CommandList allCommands();
 
-/// Their names, in that order.
+/// Their names, in the order of the enumeration.
 std::vector<std::string> commandNames();
 
-/// The command of that name. Throws UsageError, with the nearest name, when there is none.
+/// The command with that name. If there is none, throws UsageError that suggests the nearest one.
 const line::CommandSpec& findCommand(std::string_view name);
 
 }  // namespace tool::commands

@@ -66,16 +66,16 @@ constexpr const char* kDescription =
     "something does, and 2 on failure.";
 
 bool isFolder(const std::string& path) {
-  std::error_code error;  // what cannot be looked at cannot be opened, and then that is said
+  std::error_code error;  // opening it will report the error
   return std::filesystem::is_directory(path, error);
 }
 
-/// A package to be compared and, of a folder, what was built of it for that.
+/// A package to compare and, for a folder, the package built from it.
 struct OpenedPackage : ComparedPackage {
   std::unique_ptr<process::PrivateFile> built = {};
 };
 
-/// `others` are files that are no part of a project that they lie in.
+/// `others` are files to leave out of a project that contains them.
 OpenedPackage openCompared(const std::string& path, const std::vector<std::string>& others) {
   OpenedPackage compared{{path}};
   if (isFolder(path)) {

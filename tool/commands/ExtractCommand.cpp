@@ -78,7 +78,7 @@ std::string destinationOf(const line::Invocation& invocation) {
         process::sentence("cannot extract", package, "the name has no extension"),
         "-d names the folder to write to");
   }
-  // Whoever named the file must not choose a folder outside this one.
+  // The name of the file must not lead out of this folder.
   if (name == "." || name == "..") {
     throw process::Failure(process::sentence("cannot extract", package,
                                              "its base name cannot be the name of a folder"),
@@ -92,7 +92,7 @@ void checkSize(const std::vector<Item>& items, const line::Invocation& invocatio
   if (!limit) return;
   std::uint64_t size = 0;
   for (const Item& item : items) {
-    // A sum beyond 64 bits is too large as well.
+    // A sum of more than 64 bits is too large, too.
     if (__builtin_add_overflow(size, item.info.size, &size) ||
         size > static_cast<std::uint64_t>(*limit)) {
       throw process::Failure(process::sentence("cannot extract", invocation.operands()[0],
@@ -101,7 +101,7 @@ void checkSize(const std::vector<Item>& items, const line::Invocation& invocatio
   }
 }
 
-/// A package may hold a file of the path that it lies at.
+/// A package may contain a file with its own path.
 void refuseThePackageItself(const std::vector<detail::ExistingFile>& existing,
                             const std::vector<Item>& items, const std::string& destination,
                             const std::string& package) {
@@ -121,7 +121,7 @@ void leaveOut(const std::vector<detail::ExistingFile>& existing, std::vector<Ite
   std::erase_if(items, [&](const Item&) { return isLeftOut[next++]; });
 }
 
-/// Leaves out the files that are there already, or refuses them.
+/// Leaves out files that already exist, or refuses them.
 void checkExisting(std::vector<Item>& items, const std::string& destination,
                    const line::Invocation& invocation) {
   const std::vector<detail::ExistingFile> existing = detail::findExisting(items, destination);

@@ -58,7 +58,7 @@ struct Info {
   std::vector<std::string> documents;
   std::optional<Screenshot> screenshot;
   Totals totals;
-  std::string digest;  // empty when it was not asked for
+  std::string digest;  // empty if not requested
 };
 
 constexpr std::array<std::string_view, 21> kFields{"file",
@@ -180,7 +180,7 @@ std::vector<std::string> fieldNames() {
   return {kFields.begin(), kFields.end()};
 }
 
-/// The value of one field as text, "" when it is unset.
+/// The value of a field as text, "" if it is not set.
 std::string valueOf(const Info& info, std::string_view field) {
   const auto& properties = info.properties;
   const std::array<std::string, kFields.size()> values{

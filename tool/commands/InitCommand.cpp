@@ -31,7 +31,7 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "force", .help = "replace an existing kraddon.toml"},
     line::OptionSpec{.longName = "stdout", .help = "print the manifest, write no file"}};
 
-/// Before the folder is read: nobody should wait for a refusal.
+/// Done before the folder is read, so that a refusal comes at once.
 void requireFree(const std::string& path) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) == 0) {

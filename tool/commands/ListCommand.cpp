@@ -49,10 +49,10 @@ constexpr std::array kOptions{
     detail::kGlobOption,
     detail::kJsonOption};
 
-/// A listed item and what was asked about it.
+/// An item to list, with the requested information.
 struct Row {
   Item item;
-  std::string hash;  // empty when it was not asked for, and for folders
+  std::string hash;  // empty if not requested, and for folders
 };
 
 void checkOptions(const line::Invocation& invocation) {
@@ -153,7 +153,7 @@ std::vector<std::string_view> splitPath(std::string_view path) {
   }
 }
 
-/// Each name once, two blanks further in for every folder above it, folders with a '/'.
+/// Prints each name once, indented by two blanks for each folder above it, folders with a '/'.
 void printTree(const std::vector<Row>& rows, bool isColored, report::Output& output) {
   std::vector<std::string_view> above;
   for (const Row& row : rows) {
@@ -223,7 +223,7 @@ void warnOfUnreadable(AddonPackage& package, const line::Invocation& invocation)
     report::printWarning(invocation, file.line);
 }
 
-/// Whether only paths are asked for, of everything: then nothing is gathered.
+/// Whether only the paths of everything are requested: then nothing else is collected.
 bool isPlain(const line::Invocation& invocation) {
   constexpr std::array kGathering{"long", "tree", "hash", "all", "json"};
   return invocation.operands().size() == 1 &&

@@ -33,7 +33,8 @@ constexpr std::array kOperands{
 constexpr std::array kOptions{detail::kGlobOption, detail::kDryRunOption, detail::kTimestampOption,
                               detail::kLevelOption};
 
-/// The topmost entries to remove, each with all below it; "/" stands for everything in the root.
+/// The topmost entries to remove, each with everything below it; "/" stands for everything in the
+/// root.
 std::vector<std::string> topsOf(AddonPackage& package, const std::vector<std::string>& operands) {
   std::vector<std::string> tops;
   for (const FileSystemEntry& entry : detail::findEntries(package, operands)) {
@@ -53,13 +54,13 @@ void appendLine(const Item& item, std::vector<std::string>& lines) {
   lines.push_back(item.isFolder() ? item.path + "/" : item.path);
 }
 
-/// Both return what was removed, folders with a '/' and before what was in them.
+/// Both return what was removed, folders with a '/' and before their content.
 std::vector<std::string> removeNamed(AddonPackage& package,
                                      const std::vector<std::string>& operands) {
   std::vector<std::string> lines;
   for (const std::string& path : topsOf(package, operands)) {
     process::Interrupt::check();
-    // What lies below another operand is gone already.
+    // What is below another operand is already removed.
     const auto entry = package.fileSystem().find(path);
     if (entry == nullptr) continue;
     for (const Item& item : readSubtree(package, *entry)) appendLine(item, lines);
@@ -68,7 +69,7 @@ std::vector<std::string> removeNamed(AddonPackage& package,
   return lines;
 }
 
-/// A folder goes only when all that is in it goes.
+/// A folder is removed only if everything in it is.
 std::vector<std::string> removeMatching(AddonPackage& package,
                                         const std::vector<std::string>& patterns) {
   auto& tree = package.fileSystem();

@@ -47,7 +47,7 @@ void refuse(const line::Invocation& invocation, std::string_view option, std::st
   throw process::UsageError(process::sentence("bad option", fmt::format("--{}", option), why));
 }
 
-/// Throws Failure for what cannot be read as a file.
+/// Throws Failure unless it can be read as a file.
 void checkImage(const std::string& path) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot read", path, errno);

@@ -50,7 +50,7 @@ constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 /// Texts by field.
 using Fields = std::map<std::string, std::string>;
 
-/// What begins a change of the document that the second operand names.
+/// The assignments that fit the document in the second operand, up to the '='.
 std::vector<std::string> assignmentsAfter(std::span<const std::string> operands) {
   std::vector<std::string> words;
   for (const DocumentTable* table : addon::packaging::documents()) {
@@ -106,7 +106,7 @@ Fields parseAssignments(const DocumentTable& table, const std::vector<std::strin
   return fields;
 }
 
-/// What went wrong in JSON text, led by the document's name where it only tells a place.
+/// The error in JSON text, with the name of the document if it begins with a place in it.
 std::string explain(const DocumentTable& table, std::string_view why) {
   const bool isPlace = why.starts_with('.') || why.starts_with('[');
   return fmt::format("{}{}", isPlace ? table.name() : std::string_view(), why);
@@ -150,12 +150,12 @@ bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPack
     return jsonOf(table, addon::packaging::loadDocument(package, table).record) ==
            jsonOf(table, document);
   } catch (const opc::Exception&) {
-    return false;  // one that cannot be read can be replaced
+    return false;  // an unreadable document can be replaced
   }
 }
 
-/// Stores `given` or, without it, what the package holds with `fields` put in. What is stored
-/// already is left alone, so that nothing is written for it.
+/// Stores `given` or, without it, the stored document with `fields` changed. If nothing differs,
+/// nothing is written.
 void change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
             AddonPackage& package) {
   const OwnedDocument document =
@@ -167,14 +167,14 @@ void change(const DocumentTable& table, std::optional<OwnedDocument> given, cons
   if (!isStored(table, document.record, package)) storeDocument(package, *document.part);
 }
 
-/// Whether the words after the document are the name of one file. Throws UsageError where they are
-/// not and have to be.
+/// Whether the words after the document name a single file. Throws UsageError if they must but do
+/// not.
 bool isFile(const DocumentTable& table, const std::vector<std::string>& words) {
   const bool isAlone = words.size() == 3;
   const bool isFirstField = isAssignment(words[2]);
   if (isAlone && !isFirstField) return true;
   if (!json::isFlat(table)) {
-    // A field can only be a mistake, unless there is a file of that name.
+    // A field is a mistake here, unless there is a file with that name.
     if (isAlone && identityOf(words[2])) return true;
     throw process::UsageError(process::sentence(
         "bad value", isFirstField ? words[2] : words[3],

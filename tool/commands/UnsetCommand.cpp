@@ -39,12 +39,12 @@ constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
 constexpr std::string_view kScreenshot = "screenshot";
 constexpr std::string_view kProperties = "properties";
 
-/// Something that can be removed: a document, or without a table the screenshot.
+/// Something that can be removed: a document or, without a table, the screenshot.
 struct Removal {
   std::string_view name;
   const DocumentTable* table;
 
-  /// False when the package has none.
+  /// Returns false if the package has none.
   bool remove(AddonPackage& package) const {
     auto& model = package.logicalPackage();
     return table == nullptr ? addon::packaging::removeScreenshot(model)

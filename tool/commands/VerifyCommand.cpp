@@ -72,7 +72,7 @@ void explain(const FindingInfo& info, report::Output& output) {
                            info.explanation, info.remedy));
 }
 
-/// What `read` makes of an option. A value that it refuses is a mistake on the line.
+/// The result of `read` for an option. A value that it refuses is a usage error.
 template <typename Read>
 decltype(auto) given(const Read& read) {
   try {
@@ -95,7 +95,7 @@ process::ExitCode runExplain(const line::Invocation& invocation) {
   return process::ExitCode::Done;
 }
 
-/// Never throws for what one file is like: the others are still to be checked.
+/// Does not throw if a file is bad, since the others must be checked too.
 PackageVerdict verify(const std::string& path, Verify& check, const IgnoreRules& rules,
                       const line::Settings& settings) {
   PackageVerdict failed;

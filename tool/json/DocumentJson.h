@@ -19,14 +19,14 @@ namespace tool::json {
 void readDocument(const addon::packaging::DocumentTable& table,
                   const addon::packaging::Record& document, const JsonValue& value);
 
-/// The way back. Lists that a host struct leaves unset are null.
+/// The inverse. Lists that a host struct leaves unset are null.
 std::string toJson(const addon::packaging::DocumentTable& table,
                    const addon::packaging::ConstRecord& document, text::JsonWriter::Layout layout);
 void writeRecord(const addon::packaging::ConstRecord& record, text::JsonWriter& json);
 void writeField(const addon::packaging::ConstRecord& record, const addon::packaging::Field& field,
                 text::JsonWriter& json);
 
-/// Whether it is one record of nothing but texts, whose fields can be set one by one.
+/// Whether it is a single record of texts only, so that its fields can be set one by one.
 bool isFlat(const addon::packaging::DocumentTable& table);
 std::vector<std::string_view> fieldNames(const addon::packaging::RecordTable& table);
 

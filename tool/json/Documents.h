@@ -12,7 +12,7 @@ namespace tool::json {
 /// The names of all documents.
 std::vector<std::string> documentNames();
 
-/// Throws UsageError, with the nearest name, for an unknown document.
+/// For an unknown document, throws UsageError that suggests the nearest name.
 const addon::packaging::DocumentTable& findDocument(std::string_view name);
 
 }  // namespace tool::json

@@ -15,17 +15,17 @@ struct HostArrayDeleter {
 };
 using HostArrayPointer = std::unique_ptr<kxArray, HostArrayDeleter>;
 
-/// A char array of one row.
+/// A char array with one row.
 HostArrayPointer toHostText(std::u16string_view text);
 
-/// The host array that a JSON value stands for: a text, a number, true and false (as the word), an
-/// object (a struct), an array of objects (a struct array), any other array (a cell array), or an
-/// object with a "$class", which says class, size and elements outright.
-/// Throws JsonError, which names the place in the value, and what the host raises.
+/// Converts a JSON value to a host array: a text, a number, true and false (as words), an object
+/// (to a struct), an array of objects (to a struct array), any other array (to a cell array), or an
+/// object with a "$class", which gives class, size and elements explicitly. Throws JsonError, which
+/// names the place in the value, and errors of the host.
 HostArrayPointer toHostArray(const JsonValue& value);
 
-/// The way back: the short form where it reads back the same, else the "$class" form. `array` is
-/// not null. Throws JsonError for arrays more than kMaxJsonDepth deep in each other.
+/// The inverse: the short form if it converts back to the same array, else the "$class" form.
+/// `array` must not be null. Throws JsonError if arrays are nested deeper than kMaxJsonDepth.
 void writeHostArray(const kxArray* array, text::JsonWriter& writer);
 
 }  // namespace tool::json

@@ -10,21 +10,21 @@ namespace tool::json {
 
 using JsonValue = nlohmann::ordered_json;
 
-/// Text that is no JSON, or JSON that is not taken; says where and why.
+/// Text that is not JSON, or JSON that is not accepted. The message says where and why.
 class JsonError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// How deep arrays and objects may lie in each other.
+/// How deep arrays and objects may be nested.
 inline constexpr std::size_t kMaxJsonDepth = 256;
 
-/// The one JSON value that `text` is, members in the order written. Throws JsonError for anything
-/// else, for a member given twice (".a[2].b: it is there twice"), for values too deep in each other
-/// and for a number beyond what a double holds.
+/// Parses a text with one JSON value; members keep their order. Throws JsonError for anything else,
+/// for a member given twice (".a[2].b: it is given twice"), for values nested too deep, and for a
+/// number out of the range of double.
 JsonValue parseJson(std::string_view text);
 
-/// The same, but nothing for text that is no JSON at all.
+/// The same, but returns nothing if the text is not JSON.
 std::optional<JsonValue> parseJsonIfAny(std::string_view text);
 
 }  // namespace tool::json

@@ -14,12 +14,12 @@ namespace tool::line {
 
 namespace {
 
-/// Sorts words by the options of one table: into values, and operands.
+/// Divides words into the values of options and operands, by an option table.
 class WordParser {
  public:
   explicit WordParser(const OptionTable& table) : table_(table) {}
 
-  /// Throws UsageError for an option without its value, with one too many, or given twice.
+  /// Throws UsageError for an option that lacks its value, takes none, or is given twice.
   void parse(std::span<const std::string> words) {
     rest_ = words;
     while (!rest_.empty()) {
@@ -36,8 +36,8 @@ class WordParser {
 
   Invocation::Values& values() { return values_; }
 
-  /// The words that belong to no option. Throws UsageError if there was an unknown option: only
-  /// here, since help is shown whatever else is wrong.
+  /// The words that do not belong to an option. Throws UsageError if there was an unknown option.
+  /// This is not done earlier, since help is shown even then.
   std::vector<std::string>& operands() {
     if (!unknown_.empty()) refuseUnknown();
     return operands_;
@@ -225,7 +225,7 @@ LeadingArguments parseLeadingArguments(const std::vector<std::string>& words) {
   const std::size_t count = table.countLeading(words);
   const auto first = words.begin() + static_cast<std::ptrdiff_t>(count);
   parser.parse(std::span(words).first(count));
-  parser.operands();  // there are none, but perhaps unknown options
+  parser.operands();  // there are none, but it throws for unknown options
 
   const Invocation::Values& values = parser.values();
   LeadingArguments arguments;

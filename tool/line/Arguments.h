@@ -17,17 +17,17 @@ namespace tool::line {
 
 enum class ColorMode { Auto, Always, Never };
 
-/// Their names, in that order.
+/// Their names, in the order of the enumeration.
 std::vector<std::string> colorModes();
 
-/// What every command is told alike.
+/// Options that apply to every command.
 struct Settings {
   bool isQuiet = false;
   bool isVerbose = false;
   ColorMode color = ColorMode::Auto;
 };
 
-/// The words of one command, sorted. Options are asked for by their long names.
+/// The parsed words of a command. Options are identified by their long names.
 class Invocation {
  public:
   using Values = std::map<std::string, std::vector<std::string>, std::less<>>;
@@ -43,16 +43,16 @@ class Invocation {
   const Settings& settings() const { return settings_; }
 
   bool has(std::string_view option) const { return values_.find(option) != values_.end(); }
-  /// The value of an option, or nothing when it was not given.
+  /// The value of an option, or nothing if it was not given.
   std::optional<std::string> value(std::string_view option) const;
   std::string valueOr(std::string_view option, std::string_view otherwise) const;
   /// All values of a repeatable option, in the order given.
   std::vector<std::string> values(std::string_view option) const;
-  /// The value as a whole number. Throws UsageError when it is none from `least` to `most`.
+  /// The value as a whole number. Throws UsageError unless it is one from `least` to `most`.
   std::optional<std::int64_t> number(std::string_view option, std::int64_t least,
                                      std::int64_t most) const;
 
-  /// Throws UsageError when both were given.
+  /// Throws UsageError if both were given.
   void refuseTogether(std::string_view option, std::string_view other) const;
 
   const std::vector<std::string>& operands() const { return operands_; }
@@ -64,14 +64,15 @@ class Invocation {
   std::vector<std::string> operands_;
 };
 
-/// Throws UsageError for a word that is none of the two or more `choices`, with the nearest one.
+/// Throws UsageError for a word that is not one of the `choices`, of which there are at least two,
+/// and suggests the nearest one.
 [[noreturn]] void refuseValue(std::string_view option, std::string_view word,
                               const std::vector<std::string>& choices);
 
-/// A whole number and nothing else, or nothing.
+/// The text as a whole number, or nothing if it is not exactly that.
 std::optional<std::int64_t> toInteger(std::string_view text);
 
-/// The words that stand before the command's name, and what follows.
+/// The words before the name of the command, and the rest.
 struct LeadingArguments {
   Settings settings;
   std::optional<std::string> directory;
@@ -83,9 +84,9 @@ struct LeadingArguments {
 /// Throws UsageError.
 LeadingArguments parseLeadingArguments(const std::vector<std::string>& words);
 
-/// Sorts the words that follow the name of `command`. Options stand anywhere among the operands;
-/// after "--" nothing is an option. `wantsHelp` is set when help was asked for; nothing else is
-/// then looked at. Throws UsageError for an unknown, repeated, incomplete or missing option, and
+/// Parses the words after the name of `command`. Options may be anywhere among the operands; after
+/// "--" nothing is an option. `wantsHelp` is set if help was requested; unknown and missing words
+/// are then ignored. Throws UsageError for an unknown, repeated, incomplete or missing option, and
 /// for too few or too many operands.
 Invocation parseArguments(const CommandSpec& command, Settings settings,
                           const std::vector<std::string>& words, bool& wantsHelp);

@@ -12,23 +12,23 @@ namespace tool::line {
 
 class Invocation;
 
-/// Gives the words that a value may be, or that one would begin it with.
+/// Returns the allowed values or, for completion, how one may begin.
 using Choices = std::vector<std::string> (*)();
-/// The same where that depends on the operands before it.
+/// The same, depending on the operands before it.
 using ChoicesAfter = std::vector<std::string> (*)(std::span<const std::string> operands);
 
-// What values are called says what they are, to completion too: PACKAGE, FILE, FOLDER and DIR are
-// on the disk, PATH is in the package that the line names.
+// The name of a value tells people and completion what it is: PACKAGE, FILE, FOLDER and DIR are on
+// the disk, PATH is in the package on the command line.
 
 /// An option, as it is parsed and described.
 struct OptionSpec {
   std::string_view longName;        ///< without the dashes
   char shortName = 0;               ///< without the dash; 0 if it has none
-  std::string_view valueName = {};  ///< how help calls its value; "" for a flag
+  std::string_view valueName = {};  ///< the name of its value in help; "" for a flag
   std::string_view help;            ///< one line
   bool isRepeatable = false;        ///< may be given several times
   bool isRequired = false;
-  Choices choices = nullptr;  ///< null when it may be anything
+  Choices choices = nullptr;  ///< null if any value is allowed
 };
 
 struct OperandSpec {
@@ -36,14 +36,14 @@ struct OperandSpec {
   std::string_view help;  ///< one line
   bool isRequired = true;
   bool isRepeatable = false;  ///< the last one only
-  Choices choices = nullptr;  ///< null when it may be anything
+  Choices choices = nullptr;  ///< null if any value is allowed
   ChoicesAfter choicesAfter = nullptr;
-  std::string_view hint = {};  ///< what helps when it is missing; may be empty
+  std::string_view hint = {};  ///< what to do if it is missing; may be empty
 };
 
-/// A line that one would type, and what it does in a few words.
+/// An example of a command line, and what it does.
 struct ExampleSpec {
-  std::string_view line;  ///< from "kraddon" on
+  std::string_view line;  ///< beginning with "kraddon"
   std::string_view help;
 };
 
@@ -56,8 +56,7 @@ struct CommandSpec {
   std::span<const OptionSpec> options = {};
   process::ExitCode (*run)(const Invocation& invocation) = nullptr;
   std::span<const ExampleSpec> examples = {};
-  process::ExitCode failureCode =
-      process::ExitCode::Failed;  ///< of whatever goes wrong but wrong usage
+  process::ExitCode failureCode = process::ExitCode::Failed;  ///< for every error but wrong usage
 };
 
 /// All commands of the program, in the order in which help lists them.

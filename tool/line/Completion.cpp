@@ -13,9 +13,9 @@ namespace tool::line {
 
 namespace {
 
-/// The words before the cursor, sorted.
+/// The words before the cursor, parsed.
 struct Line {
-  const CommandSpec* command = nullptr;  ///< null while it is still to come
+  const CommandSpec* command = nullptr;  ///< null if it is still missing
   std::vector<std::string> operands;
   bool areOptionsOver = false;
   const OptionSpec* wanting = nullptr;  ///< the option whose value the cursor is at
@@ -52,7 +52,7 @@ const OperandSpec* operandAt(const CommandSpec& command, std::size_t index) {
   return isOpenEnded ? &command.operands.back() : nullptr;
 }
 
-/// The operand that names the package whose paths are meant, or "".
+/// The operand that names the package of the paths, or "".
 std::string packageOf(const Line& line) {
   if (line.command == nullptr) return {};
   for (std::size_t i = 0; i < line.operands.size(); ++i) {
@@ -66,7 +66,7 @@ void addWords(std::vector<std::string> words, Completion& completion) {
   for (std::string& word : words) completion.candidates.push_back({std::move(word), {}});
 }
 
-/// What a value may be, told by its name and its fixed words.
+/// Adds candidates for a value, by its name and its choices.
 void addValues(std::string_view name, Choices choices, const Line& line, const std::string& word,
                Completion& completion) {
   if (choices != nullptr) addWords(choices(), completion);
@@ -142,7 +142,8 @@ Completion completeOperand(const Line& line, const std::string& word) {
   return completion;
 }
 
-/// Relative paths are meant from there; a folder that cannot be entered is the command's to refuse.
+/// Relative paths start at that folder. If it cannot be entered, the command itself will report
+/// that.
 bool enterDirectory(std::span<const std::string> leading, const OptionTable& table) {
   for (std::size_t i = 0; i < leading.size(); ++i) {
     const std::optional<Attached> given = attachedIn(leading[i], table);

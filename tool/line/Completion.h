@@ -10,27 +10,25 @@
 
 namespace tool::line {
 
-/// A word that may stand where the cursor is.
+/// A candidate for the word at the cursor.
 struct Candidate {
-  std::string word;         ///< whole, up to the cursor and beyond
+  std::string word;         ///< the whole word, also after the cursor
   std::string description;  ///< may be empty
 };
 
-/// What may stand at one place of a line.
+/// The candidates for one word of a line.
 struct Completion {
-  std::string prefix;     ///< of the word, "--color=" say: the candidates come after it
-  bool arePaths = false;  ///< of the disk or of a package; those of folders end in '/'
+  std::string prefix;     ///< the part of the word before the candidates, such as "--color="
+  bool arePaths = false;  ///< on the disk or in a package; folders end with '/'
   std::vector<Candidate> candidates;
 };
 
-/// What may stand in the place of the last of `words`, which begin after the program's name and are
-/// free of quotes. All that could stand there, or, of paths, all in the folder that the word names;
-/// what the word begins with is left to the shell to compare. Never fails: what cannot be
-/// read gives no candidates.
+/// The candidates for the last of `words`, which begin after the program's name and are without
+/// quotes. For paths, these are all entries of the folder that the word names. The shell compares
+/// them with the beginning of the word. Never fails: what cannot be read gives no candidates.
 Completion complete(CommandList commands, std::vector<std::string> words);
 
-/// The names of the shells that there are scripts for, and their scripts. Throws UsageError for any
-/// other.
+/// The shells that are supported, and the script for one. Throws UsageError for any other shell.
 std::vector<std::string> completionShells();
 std::string_view completionScript(std::string_view shell);
 

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr std::array<std::string_view, 3> kPackageNames{"PACKAGE", "A", "B"};
 
-/// The word up to its last '/', that included.
+/// The word up to and including its last '/'.
 std::string_view folderOf(std::string_view word) {
   const std::size_t slash = word.rfind('/');
   return slash == std::string_view::npos ? std::string_view() : word.substr(0, slash + 1);
@@ -80,7 +80,7 @@ std::vector<std::string> pathsOnDisk(const std::string& word, DiskPath kind) {
   const std::string_view folder = folderOf(word);
   const bool wantsHidden = std::string_view(word).substr(folder.size()).starts_with('.');
   std::vector<Entry> entries = entriesOf(folder.empty() ? "." : withHome(folder));
-  // Where none is called as packages are, any file may be one: 'verify' reads them all.
+  // If no file is named like a package, any file may be one: 'verify' reads them all.
   const bool hasPackages = std::any_of(entries.begin(), entries.end(), [](const Entry& entry) {
     return !entry.isFolder && entry.name.ends_with(addon::packaging::kPackageExtension);
   });
@@ -96,7 +96,7 @@ std::vector<std::string> pathsOnDisk(const std::string& word, DiskPath kind) {
 
 namespace {
 
-/// Where a folder stands for a package its files are the package's.
+/// A folder in place of a package has the files of the package.
 std::vector<std::string> pathsInFolder(const std::string& folder, const std::string& word) {
   std::vector<std::string> paths = pathsOnDisk(folder + word, DiskPath::AnyFile);
   for (std::string& path : paths) path.erase(0, folder.size());
@@ -126,7 +126,7 @@ std::vector<std::string> pathsInPackage(const std::string& package, const std::s
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception&) {
-    // Whoever runs the line is told then.
+    // The command itself will report the error.
     paths.clear();
   }
   return paths;

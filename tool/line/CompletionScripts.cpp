@@ -9,8 +9,9 @@ namespace tool::line {
 
 namespace {
 
-// The scripts find out what was typed, ask 'kraddon completion SHELL -- WORD...' what may stand for
-// the last word, and hand it to the shell, which quotes it. Nothing that was typed is ever run.
+// The scripts determine the words on the line, get the candidates for the last one from 'kraddon
+// completion SHELL -- WORD...', and pass them to the shell, which quotes them. Nothing on the line
+// is run.
 
 constexpr std::string_view kBash = R"(# bash completion for kraddon
 

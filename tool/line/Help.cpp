@@ -23,7 +23,7 @@ std::string spelled(const OptionSpec& option) {
 
 using Row = std::pair<std::string, std::string>;
 
-// Names that are longer have what they mean on a line of its own.
+// The help of longer names is on a line of its own.
 constexpr std::size_t kWidestName = 28;
 
 std::string table(const std::vector<Row>& rows) {

@@ -15,7 +15,7 @@ namespace tool::line {
 
 namespace {
 
-// Of the text, not of the build: the same sources give the same pages.
+// The date of the text, not of the build, so that the same sources give the same pages.
 constexpr std::string_view kDate = "2026-11-21";
 
 using Entry = std::pair<std::string_view, std::string_view>;
@@ -48,7 +48,7 @@ std::string italic(std::string_view text) {
   return fmt::format("\\fI{}\\fR", escapedForManual(text));
 }
 
-/// Every sentence begins a line, as the formatter wants it, and none is longer than need be.
+/// Begins a line with each sentence, as the formatter expects, and wraps long ones.
 void appendWords(const std::vector<std::string_view>& words, std::string& page) {
   std::vector<std::string> sentence;
   for (const std::string_view word : words) {
@@ -114,7 +114,7 @@ void appendExamples(std::span<const ExampleSpec> examples, std::string& page) {
   }
 }
 
-/// All pages but the one itself; "" is the program's.
+/// All pages except the page itself; "" is that of the program.
 void appendSeeAlso(std::string_view own, CommandList commands, std::string& page) {
   std::vector<std::string> names;
   if (!own.empty()) names.push_back(pageName({}));
@@ -138,7 +138,7 @@ void endPage(std::string_view command, CommandList commands, std::string& page) 
 
 std::string escapedForManual(std::string_view text) {
   std::string escaped;
-  // At the beginning of a line they would make a request of it.
+  // At the beginning of a line they would start a request.
   if (text.starts_with('.') || text.starts_with('\'')) escaped += "\\&";
   for (const char c : text) {
     switch (c) {

@@ -8,12 +8,12 @@
 
 namespace tool::line {
 
-/// The pages of section 1, in man(7): of the program, and of one command. They come out of what
-/// help prints, and are the same whenever they are made.
+/// The manual pages (section 1) of the program and of a command, in man(7). They have the same
+/// content as the help, and do not depend on when they are made.
 std::string programManual(CommandList commands, std::string_view version);
 std::string manualOf(const CommandSpec& command, CommandList commands, std::string_view version);
 
-/// Text so that the formatter shows every character of it as it stands.
+/// Escapes text so that the formatter shows every character unchanged.
 std::string escapedForManual(std::string_view text);
 
 }  // namespace tool::line

@@ -5,8 +5,7 @@
 
 namespace tool::process {
 
-/// A second thread for work that can be shared, where there is a processor for it. Signals stay
-/// with the first.
+/// A second thread for work that can be shared, if there is a processor for it. It blocks signals.
 opc::interfaces::BackgroundStarter secondThread();
 
 }  // namespace tool::process

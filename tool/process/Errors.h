@@ -10,10 +10,10 @@ namespace tool::process {
 /// "`what` '`which`': `why`", the shape of every message. `which` may hold any bytes.
 std::string sentence(std::string_view what, std::string_view which, std::string_view why);
 
-/// The operation failed: exit code 1. All texts are UTF-8.
+/// The operation failed (exit code 1). All texts are UTF-8.
 class Failure : public std::exception {
  public:
-  /// `hint` says what to do about it, and may be empty.
+  /// `hint` suggests what to do, and may be empty.
   explicit Failure(std::string message, std::string hint = {});
 
   const char* what() const noexcept override { return message_.c_str(); }
@@ -24,14 +24,14 @@ class Failure : public std::exception {
   std::string hint_;
 };
 
-/// The words of the command line make no sense: exit code 2, and the usage is shown.
+/// The command line is wrong (exit code 2); the usage is shown.
 class UsageError : public Failure {
  public:
   using Failure::Failure;
 };
 
-/// A Failure that ends with the system's own words for `number`, an errno value. Of an empty path
-/// that does not exist it says that it is empty.
+/// A Failure with the system's message for `number`, an errno value. For an empty path that does
+/// not exist, it says that the path is empty.
 Failure systemFailure(std::string_view what, std::string_view which, int number);
 
 }  // namespace tool::process

@@ -3,8 +3,8 @@
 
 namespace tool::process {
 
-/// What the program says to whoever started it. A command that compares answers with the code, and
-/// then every failure is trouble.
+/// The exit code of the program. For a command that compares, the code is the result, and every
+/// failure is Trouble.
 enum class ExitCode { Done = 0, Failed = 1, Different = Failed, WrongUsage = 2, Trouble = 2 };
 
 }  // namespace tool::process

@@ -3,31 +3,30 @@
 
 namespace tool::process {
 
-/// Thrown where work stops because a signal asked for it. No std::exception: nothing that reports
-/// failures may take it for one.
+/// Thrown to stop work after a signal. Not a std::exception, so that it is not reported as a
+/// failure.
 struct Interrupted {
   int signal;
 };
 
-/// SIGINT, SIGTERM and SIGHUP, turned from sudden death into an unwinding that cleans up.
+/// Turns SIGINT, SIGTERM and SIGHUP into stack unwinding, which cleans up.
 class Interrupt {
  public:
-  /// From now on these signals are only noted. Signals that the program was started to ignore stay
-  /// ignored.
+  /// Only records these signals from now on. Signals that were ignored at the start stay ignored.
   static void defer();
-  /// The same for code that looks for no interrupts: from the signal on, every write to a file of
-  /// this process fails as if the file had grown too large, so that the code ends as it does on a
-  /// full disk, and cleans up.
+  /// The same for code that does not check for interrupts: after a signal, every write of this
+  /// process to a file fails as if the file were too large, so that the code ends and cleans up as
+  /// on a full disk.
   static void deferAndStopWriting();
   static bool isDeferred();
-  /// They are sudden death again. Dies when one has come since.
+  /// Restores the default action. If a signal arrived meanwhile, terminates by it now.
   static void release();
-  /// Throws Interrupted when one has come since.
+  /// Throws Interrupted if a signal arrived meanwhile.
   static void check();
-  /// The work is done and on the disk: what comes now is too late to change the outcome.
+  /// Ignores signals from now on, since the work is done and on the disk.
   static void tooLate();
 
-  /// Ends the program by `signal`, as if it had not been caught.
+  /// Terminates the program by `signal`, as if it had not been caught.
   [[noreturn]] static void die(int signal);
 };
 

@@ -7,13 +7,13 @@
 
 namespace tool::process {
 
-/// Keeps other commands from changing a package while it lives. Advisory: it binds only who asks
-/// for it too.
+/// Prevents other commands from changing a package during its lifetime. It is advisory: only
+/// programs that use it too are affected.
 class PackageLock {
  public:
-  /// Waits until nobody else holds the package at `path`. When it was replaced meanwhile, the new
-  /// one is locked. Nothing at the path, or something that cannot be opened or locked, is no error:
-  /// the command that follows says so in its own words. Throws Interrupted while it waits.
+  /// Waits until the package at `path` is free, and locks it, or the new one if it was replaced
+  /// meanwhile. If it does not exist, or cannot be opened or locked, does nothing: the command
+  /// itself will report that. Throws Interrupted while it waits.
   explicit PackageLock(const std::string& path);
 
  private:

@@ -5,12 +5,11 @@
 
 namespace tool::process {
 
-/// A path for a file that is needed for a while: in a new folder in TMPDIR, or else /tmp, that is
-/// closed to everybody else. Both go away again, even when work is interrupted: from here on
-/// signals are only noted (Interrupt::defer).
+/// A path for a temporary file, in a new private folder in TMPDIR or else /tmp. Both are removed at
+/// the end, also after an interrupt: signals are deferred (Interrupt::defer).
 class PrivateFile {
  public:
-  /// Makes the folder, not the file. Throws Failure when there can be none.
+  /// Creates the folder, not the file. Throws Failure if that is not possible.
   explicit PrivateFile(const std::string& name);
   ~PrivateFile();
   PrivateFile(const PrivateFile&) = delete;

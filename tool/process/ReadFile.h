@@ -6,12 +6,12 @@
 
 namespace tool::process {
 
-/// All bytes of a regular file; waits for nobody. Throws Failure when it cannot be read, is
-/// something else, or holds more than `limit` bytes.
+/// All bytes of a regular file, without blocking. Throws Failure if it cannot be read, is not a
+/// regular file, or is larger than `limit` bytes.
 std::string readWholeFile(const std::string& path, std::size_t limit);
 
-/// The same of what a user names as input: a pipe as well, or standard input for "-". An interrupt
-/// ends the wait for it.
+/// The same for an input that the user named, which may be a pipe, or "-" for standard input. An
+/// interrupt ends the wait.
 std::string readInput(const std::string& path, std::size_t limit);
 
 }  // namespace tool::process

@@ -18,16 +18,16 @@ struct BuildEntry {
   std::optional<std::uint64_t> size;  ///< nothing for a folder
 };
 
-/// What there is to say about a package that was built, or would be, when it is closed again.
+/// The report about a package that was built, or would be.
 struct BuildResult {
-  std::string file;  ///< where it goes
+  std::string file;  ///< the path of the package
   bool isWritten = false;
   std::optional<std::uint64_t> size = std::nullopt;  ///< of the package
   std::vector<BuildEntry> entries = {};
   addon::comparison::Totals totals = {};
   std::string digest = {};
   std::optional<addon::checks::PackageVerdict> verdict =
-      std::nullopt;  ///< nothing when it was not checked
+      std::nullopt;  ///< nothing if it was not checked
 };
 
 /// The result for a package with these files and empty folders, before it is written.
@@ -35,7 +35,7 @@ BuildResult resultFor(const std::string& file, const std::vector<addon::comparis
 
 void printBuildAsJson(const BuildResult& result, Output& output);
 
-/// Each file with its size, and what it comes to.
+/// Each file with its size, and the total.
 void printBuildPlan(const BuildResult& result, Output& output);
 
 /// "3 files, 1 empty folder, 12.0 kB"

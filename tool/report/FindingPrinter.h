@@ -11,7 +11,7 @@
 
 namespace tool::report {
 
-/// Prints what verify found, package by package, in one of several forms.
+/// Prints the findings of verify, package by package, in one of several formats.
 class FindingPrinter {
  public:
   virtual ~FindingPrinter() = default;
@@ -20,11 +20,11 @@ class FindingPrinter {
   virtual void end() {}
 };
 
-/// What --format knows.
+/// The formats of --format.
 std::vector<std::string> findingFormats();
 
-/// "text", "github" or "sarif" as --format knows them, or "json". Throws UsageError for any other
-/// name. `output` must outlive the printer.
+/// The printer for a format of --format, or for "json". Throws UsageError for any other name.
+/// `output` must outlive the printer.
 std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
 
 /// The lines of --format text.

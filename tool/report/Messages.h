@@ -13,15 +13,14 @@ namespace tool::report {
 /// error, control characters replaced, in one write. `command` may be empty.
 void printError(std::string_view command, std::string_view message, std::string_view hint = {});
 
-/// The error that there is no memory; needs none.
+/// Reports that memory is exhausted, without allocating any.
 void printLackOfMemory(std::string_view command) noexcept;
 
-/// Prints "kraddon: `command`: warning: `message`" in the same way for something that does not end
-/// the command, unless that was told to be quiet.
+/// Prints "kraddon: `command`: warning: `message`" in the same way, unless --quiet is set.
 void printWarning(const line::Invocation& invocation, std::string_view message);
 
-/// Prints text as it is to standard error. A standard error that cannot be written is no failure:
-/// there is nowhere left to say so.
+/// Prints text unchanged to standard error. Errors are ignored, since there is nowhere to report
+/// them.
 void printToStandardError(std::string_view text) noexcept;
 
 }  // namespace tool::report

@@ -11,15 +11,15 @@
 
 namespace tool::report {
 
-/// Standard output, or a file, through one buffer. Everything is checked: what cannot be written is
-/// a Failure, and a closed pipe ends the command as SIGPIPE would (Interrupted).
+/// Standard output or a file, with a buffer. Throws Failure if something cannot be written, and
+/// Interrupted for a closed pipe, which ends the command as SIGPIPE would.
 class Output {
  public:
   /// Standard output.
   Output();
-  /// An open descriptor, which stays the caller's. `name` is for messages.
+  /// An open descriptor, which the caller owns. `name` is for messages.
   Output(int descriptor, std::string name);
-  /// Writes nothing more: what was not flushed is lost.
+  /// Does not flush: buffered output is lost.
   ~Output() = default;
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
@@ -29,7 +29,7 @@ class Output {
   void flush();
 
   bool isTerminal() const { return isTerminal_; }
-  /// A name from a package: as it is, but with control characters replaced on a terminal.
+  /// A name from a package, with control characters replaced if the output is a terminal.
   std::string shown(std::string_view name) const;
 
  private:
@@ -41,27 +41,25 @@ class Output {
   std::string buffer_;
 };
 
-/// Writes all that there is to write.
+/// Writes the whole content.
 using Content = std::function<void(Output&)>;
 
-/// Puts `content` into the file at `path` ("-" is standard output). A regular file is replaced in
-/// one step, or stays as it was; one that may not be written stays. Throws Failure; `package` is a
-/// file that must not be replaced.
+/// Writes `content` to the file at `path` ("-" is standard output). A regular file is replaced in
+/// one step or stays as it was. Throws Failure, also if the file is not writable or is `package`.
 void writeOutputFile(const std::string& path, const Content& content, const std::string& package);
 void writeOutputFile(const std::string& path, std::string_view content, const std::string& package);
-/// The same into the file that was asked for or, when none was, into `usual`: a file that nobody
-/// named, which must not exist.
+/// The same for the requested file or, if none was, for `usual`, which must not exist.
 void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
                      const Content& content, const std::string& package);
 
-/// Throws Failure when nobody may write to the file at `path`: whoever protected it does not want
-/// it replaced either, which a rename could do.
+/// Throws Failure if the file at `path` is write-protected: it should not be replaced either,
+/// although a rename could do that.
 void requireWritable(const std::string& path);
 
-/// Puts `content` into a new file. Throws Failure when there is something of that name by then.
+/// Writes `content` to a new file. Throws Failure if the name exists by then.
 void writeNewFile(const std::string& path, std::string_view content);
 
-/// Whether results are to be coloured.
+/// Whether results should be coloured.
 bool wantsColor(const line::Settings& settings, const Output& output);
 
 }  // namespace tool::report

@@ -10,8 +10,8 @@
 
 namespace tool::report {
 
-/// A line on standard error that tells how far long work has come. It shows itself after half a
-/// second, on a terminal only, and is wiped away at the end, after an interrupt too.
+/// A progress line on standard error. It appears after half a second, on a terminal only, and is
+/// removed at the end, also after an interrupt.
 class ProgressBar {
  public:
   explicit ProgressBar(const line::Settings& settings);
@@ -21,8 +21,8 @@ class ProgressBar {
 
   void update(const opc::interfaces::Progress& progress);
 
-  /// For the library: updates the bar, and throws Interrupted when a signal asked for the end.
-  /// The bar must outlive it.
+  /// A callback for the library that updates the bar, and throws Interrupted after a signal. The
+  /// bar must outlive it.
   opc::interfaces::ProgressFunction function();
 
  private:
@@ -33,7 +33,7 @@ class ProgressBar {
 
   bool isEnabled_;
   bool isShown_ = false;
-  bool isDeferring_ = false;  // interrupts, which would leave the line behind
+  bool isDeferring_ = false;  // interrupts, which would leave the line on the terminal
   Clock::time_point start_ = Clock::now();
   Clock::time_point next_ = start_ + std::chrono::milliseconds(500);
 };

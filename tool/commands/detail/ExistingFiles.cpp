@@ -43,7 +43,7 @@ NodeId addFolders(std::string_view path, FileTree& tree) {
   return node;
 }
 
-/// The folder of each item, as a node of `tree`, which is given them all.
+/// The folder of each item as a node of `tree`, to which all of them are added.
 std::vector<NodeId> foldersOf(const std::vector<Item>& items, FileTree& tree) {
   std::vector<NodeId> folders;
   folders.reserve(items.size());

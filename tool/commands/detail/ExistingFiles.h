@@ -10,16 +10,16 @@
 
 namespace tool::commands::detail {
 
-/// What lies on the disk where a file of the tree would be written: another file, a link.
+/// Something on the disk where a file of the tree would be written, such as a file or a link.
 struct ExistingFile {
-  std::size_t item;  ///< its place among the items
+  std::size_t item;  ///< its index among the items
   FileIdentity identity;
 };
 
-/// For which files of `items` something is there below the folder `destination`, in their order.
-/// None when the folder is missing, which then is all that the disk is asked. Follows no link below
-/// it: throws opc::Exception, as extracting does, when a link or a file is in the place of a folder
-/// that an item needs, or a folder in that of a file.
+/// The files of `items` whose paths already exist below the folder `destination`, in their order.
+/// Empty if the folder is missing. Follows no links below it: throws opc::Exception, as extracting
+/// does, if a link or a file is in the place of a folder that an item needs, or a folder in the
+/// place of a file.
 std::vector<ExistingFile> findExisting(const std::vector<addon::comparison::Item>& items,
                                        const std::string& destination);
 

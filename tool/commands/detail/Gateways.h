@@ -9,13 +9,13 @@
 
 namespace tool::commands::detail {
 
-/// A gateway by name. The host's table has none: names stand for slots.
+/// A gateway. The host's table has slots only; the names are ours.
 struct Gateway {
   std::string_view name;
-  int outputs;  ///< how many it allows
+  int outputs;  ///< the maximum number
 };
 
-/// The slot of a gateway. Throws UsageError, with the nearest name, for an unknown one.
+/// The slot of a gateway. For an unknown name, throws UsageError that suggests the nearest one.
 std::size_t gatewaySlot(std::string_view name);
 const Gateway& gatewayAt(std::size_t slot);
 

@@ -17,7 +17,7 @@ using addon::packaging::AddonPackage;
 
 namespace {
 
-/// The lock is waited for with signals noted, so that an interrupt ends the wait in good order.
+/// Signals are deferred while waiting for the lock, so that an interrupt ends the wait cleanly.
 const std::string& deferInterrupts(const std::string& path) {
   process::Interrupt::defer();
   return path;

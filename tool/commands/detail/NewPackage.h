@@ -10,16 +10,16 @@
 
 namespace tool::commands::detail {
 
-/// A package file in the making, from the look at its place to the moment when it is there. Of two
-/// commands that make the same one, the second waits for the first.
+/// A package file that is being created, until it is put in place. If two commands create the same
+/// file, the second one waits for the first.
 class NewPackage {
  public:
-  /// From here on signals are only noted (Interrupt::defer). Throws Failure for what must not be
-  /// replaced: with `replaces` anything but a file that may be written, without it anything.
+  /// Defers signals (Interrupt::defer). Throws Failure if something exists that must not be
+  /// replaced: with `replaces`, anything but a writable file; without it, anything.
   NewPackage(const std::string& path, bool replaces);
 
-  /// The open package, which holds the properties and, when a time is given, was made and changed
-  /// then, else now.
+  /// The open package with the properties. Its times of creation and change are the given time, or
+  /// else now.
   AddonPackage& open(addon::packaging::AddonProperties& properties,
                      std::optional<std::int64_t> time);
 
@@ -33,7 +33,7 @@ class NewPackage {
   std::unique_ptr<AddonPackage> package_;
 };
 
-/// Throws Failure when nothing can be put there, or only by replacing a file and `replaces` is not
+/// Throws Failure if nothing can be put there, or only by replacing a file and `replaces` is not
 /// set.
 void requireFreePlace(const std::string& path, bool replaces);
 

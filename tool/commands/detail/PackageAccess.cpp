@@ -25,7 +25,7 @@ using addon::packaging::AddonPackage;
 
 namespace {
 
-// The last second of the year 9999, beyond which dates have no agreed way of writing.
+// The last second of the year 9999; later dates have no standard notation.
 constexpr std::int64_t kLastSecond = 253402300799;
 
 constexpr std::u16string_view kSignatureOrigin =

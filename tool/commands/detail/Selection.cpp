@@ -47,7 +47,7 @@ class LiteralPaths {
     return use(path) || isChosen;
   }
 
-  /// The first one that named nothing, or null.
+  /// The first operand that matched nothing, or null.
   const std::string* unused() const {
     for (const std::string& operand : operands_) {
       const std::string_view path = text::trimSlashes(operand);

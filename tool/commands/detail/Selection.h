@@ -9,22 +9,22 @@
 
 namespace tool::commands::detail {
 
-/// What the PATH operands of a command choose: literal paths, or patterns with --glob. A folder
-/// takes what lies below it; no operand takes everything. Of patterns that match an item or a
-/// folder above it the last one decides (PatternChoice).
+/// Chooses the items that the PATH operands of a command name: literal paths, or patterns with
+/// --glob. A folder includes everything below it; without operands, everything is chosen. If
+/// several patterns match an item or a folder above it, the last one decides (PatternChoice).
 ///
-/// Returns the chosen ones of `items`, order kept. Throws Failure for an operand that names
+/// Returns the chosen `items` in the same order. Throws Failure for an operand that matches
 /// nothing.
 std::vector<addon::comparison::Item> choose(std::vector<addon::comparison::Item> items,
                                             const std::vector<std::string>& operands,
                                             bool areGlobs);
 
-/// The same for two trees at once: an operand is good when it names something in either.
+/// The same for two trees: an operand is valid if it matches something in either.
 void chooseInBoth(std::vector<addon::comparison::Item>& a, std::vector<addon::comparison::Item>& b,
                   const std::vector<std::string>& operands, bool areGlobs);
 
-/// The files and folders that literal paths name, one an operand, "/" the root. Throws Failure for
-/// one that names nothing.
+/// The files and folders that literal paths name, one for each operand; "/" is the root. Throws
+/// Failure for an operand that does not exist.
 std::vector<opc::plservices::FileSystemEntry> findEntries(addon::packaging::AddonPackage& package,
                                                           const std::vector<std::string>& operands);
 
