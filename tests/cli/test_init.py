@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""init: what a folder tells, one guess after the other."""
+"""kraddon init: each guess from a folder."""
 
 import json
 import os
@@ -55,7 +55,7 @@ class Writing(InitTest):
         self.ok("-C", "wave", "init")
         self.assertEqual(self.names("wave"), ["kraddon.toml"])
 
-    def test_what_is_there_is_not_overwritten(self):
+    def test_an_existing_file_is_not_overwritten(self):
         self.write("wave/kraddon.toml", "mine")
         self.fails("init", "wave",
                    message="cannot write 'wave/kraddon.toml': it already exists",
@@ -77,7 +77,7 @@ class Writing(InitTest):
         self.assertIn('name = "wave"', self.path("wave/kraddon.toml").read_text())
         self.assertEqual(self.names("wave"), ["kraddon.toml"])
 
-    def test_force_does_not_replace_what_may_not_be_written(self):
+    def test_force_does_not_replace_a_protected_file(self):
         self.write("wave/kraddon.toml", "precious").chmod(0o444)
         self.path("wave").chmod(0o777)
         self.folder.chmod(0o755)
@@ -107,18 +107,18 @@ class Writing(InitTest):
         self.fails("init", "wave", "--force",
                    message="cannot write 'wave/kraddon.toml': Is a directory")
 
-    def test_force_writes_where_nothing_is(self):
+    def test_force_creates_a_file(self):
         self.path("wave").mkdir()
         self.ok("init", "wave", "--force")
         self.assertEqual(self.names("wave"), ["kraddon.toml"])
 
-    def test_stdout_writes_no_file(self):
+    def test_stdout_does_not_write_a_file(self):
         self.write("wave/kraddon.toml", "mine")
         self.assertIn('name = "wave"', self.text())
         self.assertEqual(self.path("wave/kraddon.toml").read_text(), "mine")
         self.assertEqual(self.names("wave"), ["kraddon.toml"])
 
-    def test_force_and_stdout_do_not_go_together(self):
+    def test_force_and_stdout_cannot_be_combined(self):
         self.path("wave").mkdir()
         self.misused("init", "wave", "--force", "--stdout",
                      message="bad option '--force': it cannot be combined with --stdout")
@@ -130,7 +130,7 @@ class Writing(InitTest):
         self.fails("init", "nowhere",
                    message="cannot read the folder 'nowhere': No such file or directory")
 
-    def test_a_file_is_no_folder(self):
+    def test_a_file_is_not_a_folder(self):
         self.write("f", "x")
         self.fails("init", "f", message="cannot read the folder 'f': Not a directory")
 
@@ -153,7 +153,7 @@ class Writing(InitTest):
 
 
 class Properties(InitTest):
-    def test_the_name_is_the_real_one_of_the_folder(self):
+    def test_the_name_is_the_real_name_of_the_folder(self):
         self.path("wave/sub").mkdir(parents=True)
         self.path("alias").symlink_to("wave")
         for words in (("-C", "wave", "init", "."), ("-C", "wave/sub", "init", ".."),
@@ -185,7 +185,7 @@ class Properties(InitTest):
         package = self.guesses(env={"PATH": "/nowhere"})["package"]
         self.assertEqual(package["version"], "1.0")
 
-    def test_a_git_that_fails_is_no_error(self):
+    def test_a_failure_of_git_is_not_an_error(self):
         self.repository("v1.9")
         git = self.write("bin/git", "#!/bin/sh\necho noise\nexit 1\n")
         git.chmod(0o755)
@@ -204,7 +204,7 @@ class Properties(InitTest):
     def test_without_a_name_in_git_there_is_no_author(self):
         self.assertNotIn("author", self.guesses()["package"])
 
-    def test_each_guid_is_fresh(self):
+    def test_each_guid_is_new(self):
         found = {re.search(GUID, self.text()).group() for _ in range(3)}
         self.assertEqual(len(found), 3)
 
@@ -221,13 +221,13 @@ class Properties(InitTest):
         self.assertEqual(package["description-file"], "README.md")
         self.assertIn("# Not used: README.de.md\n", self.text())
 
-    def test_a_readme_elsewhere_or_of_another_name_is_none(self):
+    def test_a_readme_elsewhere_or_with_another_name_is_ignored(self):
         package = self.guesses({"sub/README.md": "x", "READMEFIRST": "x", "readme.m": "x"}
                                )["package"]
         self.assertNotIn("summary", package)
         self.assertNotIn("description-file", package)
 
-    def test_a_readme_that_is_no_text_is_not_taken(self):
+    def test_a_readme_that_is_not_text_is_not_used(self):
         for content, why in ((b"\xff\xfeR", "it is not UTF-8"),
                              (b"a\x1b[1m", "it contains the control character U+001B"),
                              (b"a" * (5 << 20), "it cannot be read, or is larger than 4 MiB")):
@@ -235,7 +235,7 @@ class Properties(InitTest):
             self.assertNotIn("description-file", package)
             self.assertIn(f"# README cannot be the description: {why}\n", self.text())
 
-    def test_a_readme_behind_a_link_out_of_the_folder_is_none(self):
+    def test_a_readme_behind_a_link_out_of_the_folder_is_ignored(self):
         self.write("secret", "secret")
         self.tree({"docs/readme.txt": "inside"}, "wave")
         self.path("wave/README").symlink_to("../secret")
@@ -252,7 +252,7 @@ class Properties(InitTest):
         self.assertEqual(self.guesses({"screenshot.gif": ""})["package"]["screenshot"],
                          "screenshot.gif")
 
-    def test_other_images_and_folders_are_no_screenshot(self):
+    def test_other_images_and_folders_are_not_screenshots(self):
         package = self.guesses({"shot.png": "", "screenshot.svg": "", "screenshot.tif": "",
                                 "docs/screenshot.png": "", "art/a/screenshot.png": "",
                                 "screenshot.bmp/x": ""})["package"]
@@ -260,7 +260,7 @@ class Properties(InitTest):
 
 
 class License(InitTest):
-    def test_the_type_is_that_of_the_text(self):
+    def test_the_type_is_recognised_from_the_text(self):
         text = ("Permission is hereby granted, free of charge, to any person obtaining a copy\n"
                 "The above copyright notice and this permission notice shall be included\n")
         for name in ("LICENSE", "licence.txt", "COPYING.md"):
@@ -273,7 +273,7 @@ class License(InitTest):
         self.assertEqual(self.guesses({"LICENSE": "All rights reserved."})["license"]["type"],
                          "Other")
 
-    def test_form_feeds_between_pages_are_no_fault(self):
+    def test_form_feeds_between_pages_are_allowed(self):
         text = "GNU LESSER GENERAL PUBLIC LICENSE\n\fVersion 2.1, February 1999\n"
         self.assertEqual(self.guesses({"COPYING": text})["license"]["type"], "LGPL-2.1")
 
@@ -281,7 +281,7 @@ class License(InitTest):
         self.assertNotIn("license", self.guesses({"license.m": "x", "licensed.txt": "x",
                                                   "sub/LICENSE": "x"}))
 
-    def test_a_license_that_is_no_text_is_not_taken(self):
+    def test_a_license_that_is_not_text_is_not_used(self):
         self.assertNotIn("license", self.guesses({"LICENSE": b"\xff"}))
         self.assertIn("# LICENSE cannot be the license: it is not UTF-8\n", self.text())
 
@@ -297,7 +297,7 @@ class Lists(InitTest):
                   "lib/tests/unit", ".git", "node_modules/x", "__pycache__")}
         self.assertNotIn("configuration", self.guesses(files))
 
-    def test_hidden_folders_are_no_korvan_paths_and_hold_no_examples(self):
+    def test_hidden_folders_are_neither_korvan_paths_nor_examples(self):
         found = self.guesses({".hidden/a.m": "", "lib/.cache/b.m": "", ".hidden/sub/c.m": "",
                               "examples/.old/d.m": "", "lib/e.m": "", ".f.m": ""})
         self.assertEqual(found["configuration"], {"korvan-paths": [".", "lib"]})
@@ -348,7 +348,7 @@ class Lists(InitTest):
             {"version": "1.2", "date": "2026-02-01", "description": '- "a" \\b """\n- c'},
             {"version": "1.1", "date": "2025-02-01"}])
 
-    def test_a_date_that_no_calendar_has_is_left_out(self):
+    def test_an_invalid_date_is_left_out(self):
         found = self.guesses({"CHANGELOG.md": "## [1.1] - 2026-13-45\n\nmore\n\n"
                                               "## [1.0] - 2026-02-29\n"})
         self.assertEqual(found["revision"], [{"version": "1.1", "description": "more"},
@@ -360,7 +360,7 @@ class Lists(InitTest):
 
 
 class Building(InitTest):
-    """What is guessed is a manifest that a package can be built from."""
+    """A package can be built from the guesses."""
 
     def build(self, files=None):
         self.tree(files or {}, "wave")
@@ -393,7 +393,7 @@ class Building(InitTest):
 
 
 class OddFolders(InitTest):
-    def test_names_that_no_manifest_can_say_are_left_out_and_told(self):
+    def test_names_that_a_manifest_cannot_contain_are_reported(self):
         self.path("wave").mkdir()
         for name in (b"a\xff.m", b"b\nc.m", b"d\x01.jar", b"sub\xfe/x.m"):
             path = os.path.join(os.fsencode(self.path("wave")), name)
@@ -421,7 +421,7 @@ class OddFolders(InitTest):
         self.path("wave/gone.m").symlink_to("nowhere")
         self.assertEqual(self.guesses()["configuration"]["korvan-paths"], ["lib"])
 
-    def test_what_is_no_file_is_passed_over(self):
+    def test_what_is_not_a_file_is_skipped(self):
         self.path("wave").mkdir()
         for name in ("README", "LICENSE", "CHANGELOG", ".kraddonignore", "a.m"):
             os.mkfifo(self.path(f"wave/{name}"))
@@ -432,7 +432,7 @@ class OddFolders(InitTest):
                               "c.m": ""})
         self.assertEqual(found["configuration"], {"korvan-paths": ["."]})
 
-    def test_an_unreadable_folder_is_told(self):
+    def test_an_unreadable_folder_is_reported(self):
         self.tree({"shut/a.m": "", "b.m": ""}, "wave")
         self.folder.chmod(0o755)
         self.path("wave/shut").chmod(0)
@@ -442,7 +442,7 @@ class OddFolders(InitTest):
         self.assertIn("# 'shut': Permission denied\n", result.text)
         self.assertEqual(tomllib.loads(result.text)["configuration"]["korvan-paths"], ["."])
 
-    def test_the_order_on_the_disk_does_not_show(self):
+    def test_the_order_on_the_disk_does_not_matter(self):
         names = [f"f{at}/x.m" for at in range(40)]
         self.tree({name: "" for name in names}, "one/wave")
         self.tree({name: "" for name in reversed(names)}, "two/wave")

@@ -14,7 +14,7 @@ HOSTILE = ("\"'><script>document.title=\"gone\"</script><img src=x onerror=alert
 
 class Preview(previewing.PreviewTest):
 
-    def test_a_page_is_written_beside_where_one_is(self):
+    def test_a_page_is_written_to_the_current_folder(self):
         self.package("p.kraddon", {"a.m": "x"})
         self.path("deep").mkdir()
         self.path("p.kraddon").rename(self.path("deep/kit.v1.kraddon"))
@@ -27,7 +27,7 @@ class Preview(previewing.PreviewTest):
         self.ok("preview", "deep/kit.v1.kraddon", "-o", "deep/x")
         self.assertEqual(self.path("deep/x").read_bytes(), page)
 
-    def test_a_package_with_nothing_in_it_is_a_page(self):
+    def test_an_empty_package_has_a_page(self):
         self.package("p.kraddon")
         page = self.page()
         self.assertEqual([title for level, title in page.headings], ["Wave Tools", "About"])
@@ -35,7 +35,7 @@ class Preview(previewing.PreviewTest):
         self.assertIn("This add-on has no description.", page.text("main"))
         self.assertEqual(page.all("img"), [])
 
-    def test_everything_that_the_package_says_is_there(self):
+    def test_the_page_shows_everything_in_the_package(self):
         self.package("p.kraddon", {"code/a.m": "x" * 1000, "thumb.png": png(), "code/empty/": ""})
         self.write("shot.png", png(40, 30))
         self.ok("screenshot", "p.kraddon", "shot.png")
@@ -61,7 +61,7 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(page.all("img")[0]["alt"], "Screenshot of The name, so")
         self.assertEqual(page.all("meta", name="description")[0]["content"], "The summary, so")
 
-    def test_an_example_without_a_name_is_called_after_its_file(self):
+    def test_an_example_without_a_name_is_named_after_its_file(self):
         self.package("p.kraddon")
         fields = {"name": "", "type": "", "thumbnail": "", "images": None}
         self.set("examples", [
@@ -83,7 +83,7 @@ class Preview(previewing.PreviewTest):
         page = self.ok("preview", "p.kraddon", "-o", "/dev/stdout").out
         self.assertEqual(page, self.ok("preview", "p.kraddon", "-o", "-").out)
 
-    def test_hostile_texts_come_back_as_texts(self):
+    def test_hostile_texts_are_shown_as_texts(self):
         self.package("p.kraddon", {"\"><img src=x onerror=alert(1)>/&amp;.m": "x",
                                    "--><b>.m": "y" * 300, "\u202egpj.m": "z"})
         self.furnish(lambda field: HOSTILE + field)
@@ -104,7 +104,7 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(page.all("img"), [])
         self.assertEqual(len(page.all("title")), 4)
 
-    def test_what_html_cannot_carry_is_replaced(self):
+    def test_characters_that_html_excludes_are_replaced(self):
         self.package("p.kraddon", {"tab\there\x01\x7f.m": "x"})
         result = self.ok("preview", "p.kraddon", "-o", "-")
         self.assertIn("tab\there\ufffd\ufffd.m", result.text)
@@ -119,7 +119,7 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(page.text("ul", "li").count("one"), 1)
         self.assertEqual(page.text("pre", "code"), "<b>\n")
 
-    def test_a_contact_is_a_link_only_when_it_plainly_is_an_address(self):
+    def test_a_contact_is_a_link_only_if_it_is_a_plain_address(self):
         for contact, link in (("ada@example.org", "mailto:ada@example.org"),
                               ("https://example.org/a?b=c", "https://example.org/a?b=c"),
                               ("javascript:alert(1)", None), ("ada@example.org?bcc=x@y.zz", None),
@@ -132,7 +132,7 @@ class Preview(previewing.PreviewTest):
                 self.assertEqual([a["rel"] for a in links], ["noopener nofollow"] * len(links))
                 self.assertIn(contact, page.text("dl"))
 
-    def test_an_image_is_known_by_its_bytes(self):
+    def test_an_image_is_recognised_by_its_bytes(self):
         self.package("p.kraddon", {"fake.png": "<html><script>alert(1)</script>",
                                    "real.txt": png(), "shot.svg": "<svg/>"})
         examples = [{"name": name, "type": "", "source": "", "main": "", "thumbnail": name,
@@ -143,7 +143,7 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(page.text("main").count("Thumbnail not an image that a page can show"), 2)
         self.assertEqual(page.text("main").count("Thumbnail not in the package"), 1)
 
-    def test_an_image_that_is_too_large_is_left_out_and_says_so(self):
+    def test_an_image_that_is_too_large_is_left_out_with_a_note(self):
         self.package("p.kraddon", {"big.png": png() + bytes(5 << 20),
                                    "large.png": png() + bytes(3 << 20)})
         examples = [{"name": str(i), "type": "", "source": "", "main": "", "images": None,
@@ -177,7 +177,7 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(self.ok("preview", "other.kraddon", "-o", "-").out, page)
 
     def many(self, name, paths):
-        """A package with a great many files, which nobody wants to have on the disk first."""
+        """A package with a great many files, made without creating them on the disk."""
         self.package(name)
         entries = self.entries(name)
         types = entries["[Content_Types].xml"].decode()
@@ -189,7 +189,7 @@ class Preview(previewing.PreviewTest):
             for number, path in enumerate(paths):
                 archive.writestr(f"files/{path}", b"x" * (number % 50))
 
-    def test_a_hundred_thousand_files_are_a_page_of_reasonable_size(self):
+    def test_the_page_of_a_hundred_thousand_files_is_limited(self):
         self.many("p.kraddon", [f"d{i % 317}/e{i % 7}/f{i}.m" for i in range(100000)])
         page = self.page()
         self.assertLess(len(page.elements), 30000)
@@ -205,7 +205,7 @@ class Preview(previewing.PreviewTest):
         page = self.page("deep.kraddon")
         self.assertLess(page.text("details").count("d/"), 40)
 
-    def test_a_thousand_examples_are_a_page(self):
+    def test_a_thousand_examples_are_shown(self):
         self.package("p.kraddon", {f"e{i}.png": png(4, 4, (i % 256, 9, 9)) for i in range(50)})
         self.set("examples", [{"name": f"Category {c}", "examples": [
             {"name": f"Example {i}", "type": "script", "source": "", "main": f"e{i}.m",
@@ -215,7 +215,7 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(len(page.all("img")), 1000)
         self.assertEqual(len([1 for level, _ in page.headings if level == 4]), 1000)
 
-    def test_a_file_that_nobody_named_is_not_replaced(self):
+    def test_a_file_that_was_not_named_is_not_replaced(self):
         self.package("p.kraddon")
         self.write("p.html", "precious")
         self.fails("preview", "p.kraddon", message="cannot write 'p.html': it already exists",
@@ -224,7 +224,7 @@ class Preview(previewing.PreviewTest):
         self.ok("preview", "p.kraddon", "-o", "p.html")
         self.assertIn("Wave Tools", self.path("p.html").read_text())
 
-    def test_a_file_that_may_not_be_written_is_not_replaced(self):
+    def test_a_protected_file_is_not_replaced(self):
         self.package("p.kraddon")
         self.write("page.html", "precious").chmod(0o444)
         self.folder.chmod(0o777)
@@ -263,7 +263,7 @@ class Preview(previewing.PreviewTest):
         result = self.fails("preview", "p.kraddon")
         self.assertIn("/metadata/license.xml", result.errors)
 
-    def test_wrong_words_are_wrong_usage(self):
+    def test_wrong_operands_are_wrong_usage(self):
         self.misused("preview", message="missing operand 'PACKAGE': the package")
         self.misused("preview", "a", "b", message="unexpected operand 'b': the command takes no more")
         result = self.run_kraddon("preview", "p.kraddon", "--json")

@@ -14,7 +14,7 @@ std::span<const unsigned char> bytes(std::string_view text) {
   return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
-TEST(ImageType, IsToldByTheFirstBytes) {
+TEST(ImageType, IsRecognisedByTheFirstBytes) {
   EXPECT_EQ(imageTypeOf(bytes("\x89PNG\r\n\x1a\n....")), "image/png");
   EXPECT_EQ(imageTypeOf(bytes("\xFF\xD8\xFF\xE0....")), "image/jpeg");
   EXPECT_EQ(imageTypeOf(bytes("GIF87a")), "image/gif");
@@ -23,7 +23,7 @@ TEST(ImageType, IsToldByTheFirstBytes) {
   EXPECT_EQ(imageTypeOf(bytes(std::string_view("BM....\0\0\0\0....", 14))), "image/bmp");
 }
 
-TEST(ImageType, OfWhatIsNoneIsEmpty) {
+TEST(ImageType, OfAnythingElseIsEmpty) {
   for (const char* text : {"", "\x89PNG", "GIF88a", "RIFF....WAVE", "BM is a text", "RIFF",
                            "<svg xmlns='http://www.w3.org/2000/svg'/>", "<html>", "%PDF-1.7"}) {
     EXPECT_EQ(imageTypeOf(bytes(text)), "") << text;

@@ -43,7 +43,7 @@ TEST(FolderTree, AddsUpWhatIsBelowAFolder) {
   EXPECT_EQ(childrenOf(tree, tree[tree.root().children[1]]), "h/ ");
 }
 
-TEST(FolderTree, FoldersOfOneNameInDifferentPlacesStayApart) {
+TEST(FolderTree, FoldersWithTheSameNameStayApart) {
   const std::vector<PageFile> files{{"a/x/f", 1}, {"b/x/f", 2}, {"x/f", 4}};
 
   const FolderTree tree(files);
@@ -53,7 +53,7 @@ TEST(FolderTree, FoldersOfOneNameInDifferentPlacesStayApart) {
   EXPECT_EQ(tree[tree.root().children[1]].size, 2u);
 }
 
-TEST(FolderTree, WithoutFilesIsARoot) {
+TEST(FolderTree, WithoutFilesIsJustARoot) {
   const std::vector<PageFile> files;
 
   const FolderTree tree(files);
@@ -62,7 +62,7 @@ TEST(FolderTree, WithoutFilesIsARoot) {
   EXPECT_TRUE(ListingPlan(tree).isComplete());
 }
 
-TEST(ListingPlan, ListsEverythingOfAPackageOfSomeThousandFiles) {
+TEST(ListingPlan, ListsAllOfAFewThousandFiles) {
   std::vector<PageFile> files;
   for (int i = 0; i < 4000; ++i) files.push_back({"d/" + std::to_string(i), 1});
   const FolderTree tree(files);
@@ -73,7 +73,7 @@ TEST(ListingPlan, ListsEverythingOfAPackageOfSomeThousandFiles) {
   EXPECT_EQ(entriesListed(tree, plan), 4001u);
 }
 
-TEST(ListingPlan, KeepsThePageOfAHugePackageWithinReason) {
+TEST(ListingPlan, LimitsThePageOfAHugePackage) {
   std::vector<PageFile> files;
   for (int folder = 0; folder < 100; ++folder) {
     for (int i = 0; i < 1000; ++i) {
@@ -90,7 +90,7 @@ TEST(ListingPlan, KeepsThePageOfAHugePackageWithinReason) {
   EXPECT_EQ(entriesListed(tree, plan), ListingPlan::kEntries);
 }
 
-TEST(ListingPlan, DoesNotFollowFoldersWithoutEnd) {
+TEST(ListingPlan, LimitsTheDepth) {
   std::string path;
   for (int i = 0; i < 2000; ++i) path += "d/";
   const std::vector<PageFile> files{{path + "f", 1}};

@@ -36,7 +36,7 @@ TEST(HtmlWriter, AnElementIsClosedByTheCallThatOpenedIt) {
   EXPECT_EQ(page, "<ul class=\"files\"><li>one</li><li><br></li></ul>");
 }
 
-TEST(HtmlWriter, MarkupInATextIsShownAndDoesNothing) {
+TEST(HtmlWriter, MarkupInATextIsShownAsText) {
   EXPECT_EQ(textAs("<script>a && b</script>"), "&lt;script&gt;a &amp;&amp; b&lt;/script&gt;");
   EXPECT_EQ(textAs("--></style>&amp;"), "--&gt;&lt;/style&gt;&amp;amp;");
 }
@@ -49,7 +49,7 @@ TEST(HtmlWriter, AQuoteInAnAttributeDoesNotEndIt) {
   EXPECT_EQ(page, "<img alt=\"&quot;&gt;&lt;script&gt;&#39;&amp;\" src=\"\">");
 }
 
-TEST(HtmlWriter, TextOfAllLanguagesStaysAsItIs) {
+TEST(HtmlWriter, TextInAnyLanguageIsUnchanged) {
   const std::string text = "größe שלום はじめに \xF0\x9F\x8E\xB5 \xE2\x80\xAE";
 
   EXPECT_EQ(textAs(text), text);
@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Unwritable{"CarriageReturns", "a\r\nb\rc\r", "a\nb\nc\n"}),
     [](const auto& each) { return each.param.what; });
 
-TEST(HtmlWriter, ALongPageIsHandedOnInPieces) {
+TEST(HtmlWriter, ALongPageIsPassedOnInPieces) {
   std::vector<std::size_t> sizes;
   std::size_t total = 0;
   HtmlWriter html([&](std::string_view piece) {

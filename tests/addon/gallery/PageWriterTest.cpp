@@ -48,7 +48,7 @@ Page namedPage() {
   return page;
 }
 
-TEST(PageWriter, OfANameAloneIsAPageWithThatTitle) {
+TEST(PageWriter, WritesAPageForANameAlone) {
   const std::string page = pageOf(namedPage());
 
   EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n"));
@@ -62,7 +62,7 @@ TEST(PageWriter, OfANameAloneIsAPageWithThatTitle) {
   EXPECT_FALSE(has(page, "<nav"));
 }
 
-TEST(PageWriter, HasASectionForEachThingThatThereIs) {
+TEST(PageWriter, WritesASectionForEachDocument) {
   Page page = namedPage();
   page.products = {{"Korvan", "9.1", "KV"}};
   page.categories = {{"Filters", {{"A tone", "script", "a.m", "a.m", "", {}}}}};
@@ -85,7 +85,7 @@ TEST(PageWriter, HasASectionForEachThingThatThereIs) {
   EXPECT_TRUE(has(written, "1 file, 1 empty folder"));
 }
 
-TEST(PageWriter, AContactIsALinkOnlyWhenItPlainlyIsAnAddress) {
+TEST(PageWriter, AContactIsALinkOnlyIfItIsAPlainAddress) {
   Page page = namedPage();
   page.contact = "ada@example.org";
   EXPECT_TRUE(has(pageOf(page), "<a href=\"mailto:ada@example.org\" rel=\"noopener nofollow\">"));
@@ -111,7 +111,7 @@ TEST(PageWriter, AnImageThatCannotBeShownSaysWhy) {
   EXPECT_TRUE(has(written, "Thumbnail not in the package"));
 }
 
-TEST(PageWriter, TheScreenshotHasTheNameAsItsText) {
+TEST(PageWriter, TheScreenshotHasTheNameAsAlternativeText) {
   NamedImages images;
   images.shot.address = "data:image/png;base64,AAAA";
   Page page = namedPage();
@@ -120,7 +120,7 @@ TEST(PageWriter, TheScreenshotHasTheNameAsItsText) {
   EXPECT_TRUE(has(pageOf(page, images), "alt=\"Screenshot of &quot;&lt;b&gt;\""));
 }
 
-TEST(PageWriter, WhatTheSinkThrowsComesThrough) {
+TEST(PageWriter, PassesOnExceptionsOfTheSink) {
   NamedImages images;
   const auto full = [](std::string_view) { throw std::runtime_error("full"); };
 

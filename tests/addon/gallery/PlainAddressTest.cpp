@@ -17,7 +17,7 @@ struct Case {
 
 class LinkOf : public testing::TestWithParam<Case> {};
 
-TEST_P(LinkOf, IsThereForAnAddressThatPlainlyIsOne) {
+TEST_P(LinkOf, IsSetForAPlainAddressOnly) {
   EXPECT_EQ(linkOf(GetParam().text), GetParam().link);
 }
 

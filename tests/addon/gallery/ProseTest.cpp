@@ -146,7 +146,7 @@ TEST(Prose, CodeStrongAndEmphasisedWordsAreSetOff) {
   EXPECT_EQ(prose("(*a **b***)"), "<p>(<em>a <strong>b</strong></em>)</p>\n");
 }
 
-TEST(Prose, SignsThatSetNothingOffAreText) {
+TEST(Prose, SignsWithoutEffectAreText) {
   for (const std::string text :
        {"5 * 3 * 2", "*.csv and *.wav", "** not strong **", "`open", "**", "x ****", "``",
         "snake_case_name", "a < b > c", "[a] b", "[a](b", "![a"}) {
@@ -166,7 +166,7 @@ TEST(Prose, HtmlIsShownAsText) {
   EXPECT_EQ(prose("&lt;script&gt; `&lt;`"), "<p>&lt;script&gt; <code>&amp;lt;</code></p>\n");
 }
 
-TEST(Prose, ALinkLeadsToPlainAddressesOnly) {
+TEST(Prose, OnlyPlainAddressesBecomeLinks) {
   const std::string end = "\" rel=\"noopener nofollow\">";
   EXPECT_EQ(prose("[*a*](https://x.org/b?c=d&e \"t\")"),
             "<p><a href=\"https://x.org/b?c=d&amp;e" + end + "<em>a</em></a></p>\n");

@@ -69,13 +69,13 @@ INSTANTIATE_TEST_SUITE_P(Sizes, Squarify,
                                          std::vector<double>{1e18, 1, 1, 0, 0}, powers(2, 60),
                                          powers(1.1, 170)));
 
-TEST(Squarify, MakesBoxesThatAreNearToSquares) {
+TEST(Squarify, MakesBoxesCloseToSquares) {
   const std::vector<Box> boxes = squarify(std::vector<double>(30, 1.0), {0, 0, 1000, 400});
 
   for (const Box& box : boxes) EXPECT_LT(ratio(box), 2.5);
 }
 
-TEST(Squarify, OfNothingIsNothing) {
+TEST(Squarify, OfNoSizesIsEmpty) {
   EXPECT_TRUE(squarify({}, {0, 0, 10, 10}).empty());
   ASSERT_EQ(squarify({0, 0}, {0, 0, 10, 10}).size(), 2u);
   EXPECT_EQ(area(squarify({0, 0}, {0, 0, 10, 10})[1]), 0);
@@ -109,7 +109,7 @@ TEST(GroupBySize, PutsEachFileUnderItsFolderAtTheTop) {
   EXPECT_EQ(sizeOf(groups), 36u);
 }
 
-TEST(GroupBySize, SumsUpWhatIsSmallWhenThereIsMuch) {
+TEST(GroupBySize, MergesSmallFilesIfThereAreMany) {
   std::vector<PageFile> files;
   std::uint64_t total = 0;
   for (std::uint64_t folder = 0; folder < 50; ++folder) {
@@ -141,7 +141,7 @@ TEST(GroupBySize, SumsUpWhatIsSmallWhenThereIsMuch) {
   EXPECT_EQ(sizeOf(groups), total);
 }
 
-TEST(GroupBySize, OfFilesWithoutBytesHasGroupsWithoutCells) {
+TEST(GroupBySize, GivesEmptyFilesNoCells) {
   const std::vector<TreemapGroup> groups = groupBySize({{"a/b", 0}, {"c", 0}});
 
   ASSERT_EQ(groups.size(), 2u);

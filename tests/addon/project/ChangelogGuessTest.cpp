@@ -66,14 +66,14 @@ TEST(ChangelogGuess, ARevisionHasTheTextBelowItUpToTheNextHeading) {
   EXPECT_EQ(revisions[1].description, "First");
 }
 
-TEST(ChangelogGuess, AHeadingThatNamesNoVersionEndsTheRevisionAboveIt) {
+TEST(ChangelogGuess, AHeadingWithoutAVersionEndsTheRevisionAboveIt) {
   const auto revisions = revisionsOf("## 1.0\na\n## Thanks\nb\n");
 
   ASSERT_EQ(revisions.size(), 1u);
   EXPECT_EQ(revisions[0].description, "a");
 }
 
-TEST(ChangelogGuess, CodeHoldsNoHeadings) {
+TEST(ChangelogGuess, HeadingsInCodeAreIgnored) {
   const auto revisions = revisionsOf("## 1.0\n```\n## 0.9\n```\n");
 
   ASSERT_EQ(revisions.size(), 1u);
@@ -87,7 +87,7 @@ TEST(ChangelogGuess, AFenceIsThreeMarksOrMore) {
   }
 }
 
-TEST(ChangelogGuess, ALineThatOnlyHoldsSuchMarksIsNotAFence) {
+TEST(ChangelogGuess, ALineThatOnlyContainsSuchMarksIsNotAFence) {
   for (const std::string line : {"", "``", "~~", "a ```", "~~`", "```a```", "``` a `b` c", "`"}) {
     EXPECT_EQ(revisionsOf("## 1.0\n" + line + "\n## 0.9\n").size(), 2u) << line;
   }

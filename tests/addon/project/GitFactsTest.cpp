@@ -23,7 +23,7 @@ TEST(GitFacts, TheNewestTagIsTheOneWithTheHighestNumbers) {
             "1.100000000000000000000");
 }
 
-TEST(GitFacts, TagsOfAnotherShapeDoNotCount) {
+TEST(GitFacts, OtherTagsAreIgnored) {
   EXPECT_EQ(newestVersionTag({"1", "v2", "1.2.3.4", "1.2-rc1", "release-9.9", "v", "", "1..2",
                               "1.2.", ".1.2", "vv1.2", "V1.2"}),
             "");
@@ -54,7 +54,7 @@ class GitFactsOf : public testing::Test {
   std::string path_ = std::getenv("PATH");
 };
 
-TEST_F(GitFactsOf, AFolderWithoutARepositoryHoldNoVersion) {
+TEST_F(GitFactsOf, AFolderWithoutARepositoryHaveNoVersion) {
   const GitFacts facts = readGitFacts(place());
 
   EXPECT_EQ(facts.version, "");
@@ -78,7 +78,7 @@ TEST_F(GitFactsOf, ARepositoryAreItsNewestTagAndItsUser) {
   EXPECT_EQ(facts.userEmail, "ada@example.org");
 }
 
-TEST_F(GitFactsOf, AFolderInARepositorySayThatItIsAbove) {
+TEST_F(GitFactsOf, AFolderInARepositorySayThatItIsBelowTheTop) {
   makeRepository();
   git("tag 2.0");
   std::filesystem::create_directory(folder_ / "-x");
@@ -89,7 +89,7 @@ TEST_F(GitFactsOf, AFolderInARepositorySayThatItIsAbove) {
   EXPECT_TRUE(facts.isBelowTop);
 }
 
-TEST_F(GitFactsOf, AFolderOutsideAreNotThoseOfTheEnvironment) {
+TEST_F(GitFactsOf, AFolderIgnoreTheEnvironment) {
   makeRepository();
   git("tag 2.0");
   std::filesystem::create_directory(folder_ / "other");
@@ -102,7 +102,7 @@ TEST_F(GitFactsOf, AFolderOutsideAreNotThoseOfTheEnvironment) {
   EXPECT_EQ(facts.version, "");
 }
 
-TEST_F(GitFactsOf, ARepositoryAreNothingWithoutGit) {
+TEST_F(GitFactsOf, ARepositoryAreEmptyWithoutGit) {
   makeRepository();
   git("tag 2.0");
   ::setenv("PATH", "/nowhere", 1);
@@ -112,7 +112,7 @@ TEST_F(GitFactsOf, ARepositoryAreNothingWithoutGit) {
   EXPECT_EQ(facts.version, "");
 }
 
-TEST_F(GitFactsOf, AGitThatNeverStopsPrintingAreNothing) {
+TEST_F(GitFactsOf, EndlessOutputOfGitAreEmpty) {
   const auto git = folder_ / "bin/git";
   std::filesystem::create_directory(git.parent_path());
   test::writeFile(git, "#!/bin/sh\nexec /usr/bin/yes v1.0\n");
@@ -125,7 +125,7 @@ TEST_F(GitFactsOf, AGitThatNeverStopsPrintingAreNothing) {
   EXPECT_EQ(facts.userName, "");
 }
 
-TEST_F(GitFactsOf, ABrokenRepositoryAreNothing) {
+TEST_F(GitFactsOf, ABrokenRepositoryAreEmpty) {
   makeRepository();
   git("tag 2.0");
   test::writeFile(folder_ / ".git/config", "[broken");

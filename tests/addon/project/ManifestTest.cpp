@@ -277,7 +277,7 @@ TEST(Manifest, EveryKeyRefusesAValueOfAnotherType) {
   }
 }
 
-TEST(Manifest, WithTheRequiredKeysAloneEverythingElseHasItsDefault) {
+TEST(Manifest, WithOnlyTheRequiredKeysTheOthersHaveDefaults) {
   const Manifest manifest = readManifest(kLeast);
 
   EXPECT_EQ(manifest.package.name.value, "Wave");
@@ -294,7 +294,7 @@ TEST(Manifest, WithTheRequiredKeysAloneEverythingElseHasItsDefault) {
   EXPECT_FALSE(manifest.verify.strict.value);
 }
 
-TEST(Manifest, TellsWhereEachValueStands) {
+TEST(Manifest, KnowsThePositionOfEachValue) {
   const Manifest manifest = readManifest(kLeast + "[files]\nexclude = [\"a\",\n  \"b\"]\n");
 
   EXPECT_EQ(manifest.package.version.position, (Position{3, 11}));
@@ -337,7 +337,7 @@ std::string dotted(const std::string& name, int count) {
   return key;
 }
 
-TEST(Manifest, AKeyOfManyPartsIsRefusedBeforeItIsTakenApart) {
+TEST(Manifest, AKeyWithManyPartsIsRefusedBeforeItIsParsed) {
   const std::string why = "': a key has more than 16 parts";
   for (const std::string& key : {dotted("a", 1000000), dotted("\"a.b\" ", 17), dotted("'.'", 17)}) {
     EXPECT_NE(faultOf(key + " = 1\n").find(why), std::string::npos);
@@ -350,7 +350,7 @@ TEST(Manifest, AKeyOfManyPartsIsRefusedBeforeItIsTakenApart) {
   EXPECT_NE(faultOf(dotted("a", 16) + " = 1\n").find("unknown key 'a'"), std::string::npos);
 }
 
-TEST(Manifest, ATextMayHoldAnyNumberOfDots) {
+TEST(Manifest, ATextMayContainManyDots) {
   const std::string dots = dotted("a", 1000);
   for (const std::string& text :
        {"\"" + dots + "\"", "'" + dots + "'", "\"\\\"" + dots + "\" # " + dots,
@@ -359,7 +359,7 @@ TEST(Manifest, ATextMayHoldAnyNumberOfDots) {
   }
 }
 
-TEST(Manifest, ATextWithoutAnEndIsASyntaxFaultHoweverManyDotsItHolds) {
+TEST(Manifest, AnUnclosedTextWithManyDotsIsASyntaxError) {
   const std::string dots = dotted("a", 1000);
   for (const std::string quote : {"\"", "'", "\"\"\"", "'''"}) {
     for (const char* end : {"", "\n", "\\"}) {

@@ -71,7 +71,7 @@ TEST(TomlText, ALongArrayHasALineForEachText) {
   EXPECT_EQ(tomlArray({text, text}), "[\n  \"" + text + "\",\n  \"" + text + "\",\n]");
 }
 
-TEST(ManifestText, WithoutGuessesItHoldsTheRequiredKeysAlone) {
+TEST(ManifestText, WithoutGuessesItHasOnlyTheRequiredKeys) {
   Guesses guesses;
   guesses.name = {"wave", "the folder's name"};
   guesses.version = {"1.0", ""};
@@ -114,7 +114,7 @@ TEST(ManifestText, EveryGuessComesBackFromIt) {
             "{'version': '1.0'}]");
 }
 
-TEST(ManifestText, WhatCannotBeTakenIsAComment) {
+TEST(ManifestText, WhatCannotBeUsedIsAComment) {
   Guesses guesses;
   guesses.readme = {"README", {}, "it is not UTF-8"};
   guesses.license = {"LICENSE", {}, "it is not UTF-8"};

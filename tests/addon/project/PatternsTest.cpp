@@ -70,7 +70,7 @@ TEST(PatternList, TheLastMatchDecides) {
   EXPECT_FALSE(list.excludes("a.m", false));
 }
 
-TEST(PatternList, CommentsBlanksAndLineEndsOfAnIgnoreFileAreNoPatterns) {
+TEST(PatternList, CommentsAndBlankLinesAreNotPatterns) {
   PatternList list;
   list.addLines("\xEF\xBB\xBF# *\n\n  \na.txt   \r\n\\#b\nc\\ \nlast");
 
@@ -82,7 +82,7 @@ TEST(PatternList, CommentsBlanksAndLineEndsOfAnIgnoreFileAreNoPatterns) {
   EXPECT_FALSE(list.excludes("other", false));
 }
 
-TEST(PatternList, LinesOfAFolderCountFromThereOn) {
+TEST(PatternList, LinesOfAFolderApplyBelowIt) {
   PatternList list;
   list.addLines("/build\n*.tmp\n", "lib/kit");
   list.add("!keep.tmp");
@@ -111,7 +111,7 @@ TEST(PatternList, TheDefaultsLeaveOutTheFilesOfTools) {
   EXPECT_FALSE(list.excludes("private/a.m", false));
 }
 
-TEST(Pattern, ManyStarsInOnePatternComeToAnEnd) {
+TEST(Pattern, ManyStarsInOnePatternTakeBoundedTime) {
   std::string text;
   for (int i = 0; i < 30; ++i) text += "*a";
   text += "b";

@@ -155,7 +155,7 @@ TEST(Arguments, TwoOptionsCanBeRefusedTogether) {
   }
 }
 
-TEST(Arguments, HelpIsToldBeforeAnythingIsMissed) {
+TEST(Arguments, HelpIsShownEvenIfWordsAreMissing) {
   bool wantsHelp = false;
 
   tool::line::parseArguments(kCommand, {}, {"--help"}, wantsHelp);
@@ -163,7 +163,7 @@ TEST(Arguments, HelpIsToldBeforeAnythingIsMissed) {
   EXPECT_TRUE(wantsHelp);
 }
 
-TEST(Arguments, NumbersAreCheckedWhole) {
+TEST(Arguments, NumbersMustBeWhole) {
   EXPECT_EQ(parse({"a", "--name", "12"}).number("name", 0, 99), 12);
   EXPECT_EQ(parse({"a"}).number("name", 0, 99), std::nullopt);
   for (const char* text : {"", "x", "1x", " 1", "100", "-1", "99999999999999999999", "1.5", "+1"}) {
@@ -182,7 +182,7 @@ TEST(Arguments, TheWordsBeforeTheCommandAreTheirOwn) {
   EXPECT_EQ(leading.rest, (Words{"list", "-l", "[x]"}));
 }
 
-TEST(Arguments, TwoDashesBeforeTheCommandAreNoPartOfIt) {
+TEST(Arguments, TwoDashesBeforeTheCommandAreIgnored) {
   EXPECT_EQ(tool::line::parseLeadingArguments({"-q", "--", "list", "--", "-x"}).rest,
             (Words{"list", "--", "-x"}));
 }
