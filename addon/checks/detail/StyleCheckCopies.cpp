@@ -1,7 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <sha2.h>
-
-#include <array>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -11,8 +8,8 @@
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/ReadableDocument.h"
 #include "addon/checks/detail/StyleCheck.h"
-#include "opc/Streams.h"
 #include "opc/checks/Finding.h"
+#include "text/Sha256.h"
 
 namespace addon::checks::detail {
 
@@ -24,19 +21,6 @@ using packaging::AddonPackage;
 namespace {
 
 constexpr std::uint64_t kSmallest = 64u << 10;  // bytes; copies of smaller files cost nothing
-constexpr std::size_t kReadStep = 65536;        // bytes
-
-std::string hashOf(opc::InputStream& stream) {
-  std::vector<unsigned char> buffer(kReadStep);
-  SHA2_CTX context;
-  ::SHA256Init(&context);
-  while (const std::size_t size = stream.read(buffer.data(), buffer.size())) {
-    ::SHA256Update(&context, buffer.data(), size);
-  }
-  std::array<std::uint8_t, SHA256_DIGEST_LENGTH> hash{};
-  ::SHA256Final(hash.data(), &context);
-  return {hash.begin(), hash.end()};
-}
 
 // Reports the copies among files of one size and checksum. A checksum can be forged, so only the
 // bytes decide.
@@ -45,7 +29,7 @@ void checkGroup(opc::plservices::FileSystemManager& files, std::uint64_t size,
   std::unordered_map<std::string, const FileSystemEntry*> seen;
   for (const FileSystemEntry& file : group) {
     std::string hash;
-    if (!isReadable([&] { hash = hashOf(*files.openFile(file)); })) continue;
+    if (!isReadable([&] { hash = text::sha256Of(*files.openFile(file)); })) continue;
     const auto [original, isNew] = seen.emplace(hash, &file);
     if (isNew) continue;
     report.add(kDuplicateContent, file.path(),
