@@ -14,21 +14,13 @@ using opc::plservices::DateProperty;
 using opc::plservices::Keywords;
 using opc::plservices::TextProperty;
 
-class StringStream final : public opc::OutputStream {
- public:
-  void write(const unsigned char* data, std::size_t size) override {
-    text.append(reinterpret_cast<const char*>(data), size);
-  }
-  std::string text;
-};
-
 CorePropertiesPart read(std::string_view xml) {
   opc::MemoryInputStream stream = fuzz::streamOver(xml);
   return CorePropertiesPart::read(stream);
 }
 
 std::string write(const CorePropertiesPart& part) {
-  StringStream stream;
+  opc::TextOutputStream stream;
   part.write(stream);
   return stream.text;
 }

@@ -69,7 +69,7 @@ void checkRelationships(opc::model::RelationshipSource& source) {
     require(source.hasRelationship(one.getId()), "a relationship is there by its id");
     require(!source.getRelationshipsByType(one.getType()).empty(), "and by its type");
     if (one.getTargetMode() == opc::model::TargetMode::External) continue;
-    const PartName target(one.getTargetURI().toString());
+    const PartName target = one.targetName();
     require(!target.isRelationshipsPartName(), "a target is not a relationships part");
   }
 }

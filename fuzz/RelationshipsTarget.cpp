@@ -34,7 +34,7 @@ void checkEntry(const RelationshipSet& set, const RelationshipSet::Entry& entry)
     require(entry.fragment.empty() && !entry.mended, "an external target is not changed");
     return;
   }
-  const PartName target(relationship.getTargetURI().toString());
+  const PartName target = relationship.targetName();
   require(opc::fromUtf8(target.canonical()) == relationship.getTargetURI().toString(),
           "an internal target is a canonical part name");
   require(!target.isRelationshipsPartName(), "an internal target is not a relationships part");

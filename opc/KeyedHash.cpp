@@ -1,37 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "opc/KeyedHash.h"
 
-#include <unistd.h>
-
+#include <array>
 #include <bit>
-#include <chrono>
 
+#include "opc/Random.h"
 #include "opc/Words.h"
 
 namespace opc {
 namespace {
 
-struct Key {
-  std::uint64_t low = 0;
-  std::uint64_t high = 0;
-};
-
-Key drawKey() noexcept {
-  Key key;
-  if (::getentropy(&key, sizeof key) == 0) return key;
-  // Without a source of entropy a key that is hard to foresee has to do.
-  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-  return {static_cast<std::uint64_t>(now), static_cast<std::uint64_t>(::getpid())};
-}
-
 struct SipState {
   std::uint64_t v0, v1, v2, v3;
 
-  explicit SipState(const Key& key) noexcept
-      : v0(key.low ^ 0x736f6d6570736575u),
-        v1(key.high ^ 0x646f72616e646f6du),
-        v2(key.low ^ 0x6c7967656e657261u),
-        v3(key.high ^ 0x7465646279746573u) {}
+  explicit SipState(const std::array<std::uint64_t, 2>& key) noexcept
+      : v0(key[0] ^ 0x736f6d6570736575u),
+        v1(key[1] ^ 0x646f72616e646f6du),
+        v2(key[0] ^ 0x6c7967656e657261u),
+        v3(key[1] ^ 0x7465646279746573u) {}
 
   void round() noexcept {
     v0 += v1;
@@ -64,7 +50,11 @@ struct SipState {
 }  // namespace
 
 std::uint64_t keyedHash(std::string_view bytes, std::uint64_t salt) noexcept {
-  static const Key key = drawKey();
+  static const std::array<std::uint64_t, 2> key = [] {
+    std::array<std::uint64_t, 2> words{};
+    fillRandom(words);
+    return words;
+  }();
   SipState state(key);
   state.absorb(salt);
   const std::uint64_t length = bytes.size();

@@ -70,4 +70,10 @@ void StreamHelper::copyStreamToStream(InputStream& from, OutputStream& to) {
   }
 }
 
+std::string StreamHelper::readToEnd(InputStream& stream) {
+  TextOutputStream result;
+  copyStreamToStream(stream, result);
+  return std::move(result.text);
+}
+
 }  // namespace opc

@@ -3,7 +3,11 @@
 
 #include <cstddef>
 #include <istream>
+#include <memory>
 #include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace opc {
 
@@ -66,6 +70,8 @@ class StdOStreamAdaptor final : public OutputStream {
 class MemoryInputStream final : public InputStream {
  public:
   MemoryInputStream(const unsigned char* data, std::size_t size) : next_(data), left_(size) {}
+  explicit MemoryInputStream(std::string_view text)
+      : MemoryInputStream(reinterpret_cast<const unsigned char*>(text.data()), text.size()) {}
   std::size_t read(unsigned char* buffer, std::size_t size) override;
   bool isEnd() override { return left_ == 0; }
 
@@ -74,9 +80,38 @@ class MemoryInputStream final : public InputStream {
   std::size_t left_;
 };
 
+/// Reads a text that it keeps.
+class TextInputStream final : public InputStream {
+ public:
+  explicit TextInputStream(std::shared_ptr<const std::string> text)
+      : text_(std::move(text)), bytes_(*text_) {}
+  explicit TextInputStream(std::string text)
+      : TextInputStream(std::make_shared<const std::string>(std::move(text))) {}
+  std::size_t read(unsigned char* buffer, std::size_t size) override {
+    return bytes_.read(buffer, size);
+  }
+  bool isEnd() override { return bytes_.isEnd(); }
+
+ private:
+  std::shared_ptr<const std::string> text_;
+  MemoryInputStream bytes_;
+};
+
+/// Collects what is written to it.
+class TextOutputStream final : public OutputStream {
+ public:
+  void write(const unsigned char* data, std::size_t size) override {
+    text.append(reinterpret_cast<const char*>(data), size);
+  }
+
+  std::string text;
+};
+
 struct StreamHelper {
   /// Copies what is left of `from` to `to`.
   static void copyStreamToStream(InputStream& from, OutputStream& to);
+  /// What is left of `stream`.
+  static std::string readToEnd(InputStream& stream);
 };
 
 }  // namespace opc

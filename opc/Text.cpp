@@ -150,6 +150,14 @@ std::size_t findUtf8Fault(std::string_view bytes) noexcept {
   return std::string_view::npos;
 }
 
+std::string_view clipUtf8(std::string_view text, std::size_t most) noexcept {
+  if (text.size() <= most) return text;
+  std::size_t end = most;
+  while (end > 0 && isUtf8Continuation(text[end])) --end;
+  constexpr std::size_t kMostContinuations = 3;
+  return text.substr(0, most - end > kMostContinuations ? most : end);  // not UTF-8 is cut anywhere
+}
+
 std::string toUtf8ForDisplay(std::u16string_view text) {
   std::string result(text.size() * 3, '\0');
   UErrorCode status = U_ZERO_ERROR;

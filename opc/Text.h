@@ -20,6 +20,12 @@ std::u16string fromUtf8(std::string_view bytes);
 
 /// Whether `bytes` is well-formed UTF-8.
 bool isUtf8(std::string_view bytes) noexcept;
+/// Whether the byte is not the first one of a character of UTF-8.
+constexpr bool isUtf8Continuation(char byte) noexcept {
+  return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80;
+}
+/// As many whole characters from the front of UTF-8 as fit into `most` bytes.
+std::string_view clipUtf8(std::string_view text, std::size_t most) noexcept;
 /// Where the first sequence begins that is no UTF-8; npos when there is none.
 std::size_t findUtf8Fault(std::string_view bytes) noexcept;
 

@@ -57,7 +57,7 @@ void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
 SourceFinder::SourceFinder(const line::Invocation& invocation)
     : invocation_(invocation),
       patterns_(patternsFor({}, {})),
-      package_(identityOf(invocation.operands()[0])) {}
+      package_(opc::identityOf(invocation.operands()[0])) {}
 
 PatternList SourceFinder::patternsFor(const std::string& folder, const std::string& place) const {
   PatternList patterns;
@@ -79,7 +79,7 @@ bool SourceFinder::leavesOut(const std::string& path, bool isFolder) const {
 }
 
 bool SourceFinder::isPackage(const std::string& diskPath) const {
-  return package_ && identityOf(diskPath) == package_;
+  return package_ && opc::identityOf(diskPath) == package_;
 }
 
 void SourceFinder::collect(const std::string& folder, const std::string& place,
@@ -99,7 +99,8 @@ void SourceFinder::collect(const std::string& folder, const std::string& place,
 
 void addIgnoreFile(const std::string& folder, const std::string& place, PatternList& patterns) {
   const std::string file = onDisk(folder, std::string(kIgnoreFile));
-  if (identityOf(file)) patterns.addLines(process::readWholeFile(file, kLargestIgnoreFile), place);
+  if (opc::identityOf(file))
+    patterns.addLines(process::readWholeFile(file, kLargestIgnoreFile), place);
 }
 
 std::string joinPath(std::string_view folder, std::string_view name) {

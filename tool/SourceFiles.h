@@ -42,7 +42,7 @@ class SourceFinder {
 
   const line::Invocation& invocation_;
   addon::project::PatternList patterns_;
-  std::optional<FileIdentity> package_;
+  std::optional<opc::FileIdentity> package_;
 };
 
 /// Adds the patterns of a folder's .kraddonignore, if it has one, for paths below `place`.

@@ -12,6 +12,7 @@
 
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
+#include "opc/TemporaryFile.h"
 #include "opc/Text.h"
 #include "tool/RealPath.h"
 #include "tool/process/Errors.h"
@@ -35,22 +36,6 @@ struct DirectoryCloser {
   void operator()(DIR* directory) const { ::closedir(directory); }
 };
 using DirectoryPointer = std::unique_ptr<DIR, DirectoryCloser>;
-
-FileIdentity identity(const struct stat& info) {
-  return {info.st_dev, info.st_ino};
-}
-
-/// ".NAME.XXXXXX.tmp": what a killed run of the program leaves behind.
-bool isLeftover(std::string_view name) {
-  constexpr std::string_view kEnd = ".tmp";
-  constexpr std::size_t kChanceLetters = 6;
-  constexpr std::size_t kShortest = sizeof ".N." - 1 + kChanceLetters + kEnd.size();
-  if (name.size() < kShortest || name[0] != '.' || !name.ends_with(kEnd)) return false;
-  name.remove_suffix(kEnd.size());
-  const std::string_view letters = name.substr(name.size() - kChanceLetters);
-  return name[name.size() - kChanceLetters - 1] == '.' &&
-         std::all_of(letters.begin(), letters.end(), opc::isAsciiLetterOrDigit);
-}
 
 class TreeWalk {
  public:
@@ -90,7 +75,7 @@ class TreeWalk {
   };
   /// A folder that was read, for the way up from those below it.
   struct Folder {
-    FileIdentity identity;
+    opc::FileIdentity identity;
     std::size_t parent;
   };
 
@@ -104,15 +89,15 @@ class TreeWalk {
     if (!file || ::fstat(file.get(), &info) != 0) {
       throw process::systemFailure("cannot read the folder", onDisk(path), errno);
     }
-    if (isLink) refuseCircle(path, identity(info), parent);
-    folders_.push_back({identity(info), parent});
+    if (isLink) refuseCircle(path, opc::FileIdentity(info), parent);
+    folders_.push_back({opc::FileIdentity(info), parent});
     DirectoryPointer directory(::fdopendir(file.get()));
     if (!directory) throw process::systemFailure("cannot read the folder", onDisk(path), errno);
     file.release();
     addEntries(path, *directory, isLeftOut(info));
   }
 
-  void refuseCircle(const std::string& path, FileIdentity target, std::size_t parent) const {
+  void refuseCircle(const std::string& path, opc::FileIdentity target, std::size_t parent) const {
     for (std::size_t i = parent; i != kNoFolder; i = folders_[i].parent) {
       if (folders_[i].identity == target) {
         throw process::Failure(process::sentence("cannot follow the link", onDisk(path),
@@ -162,7 +147,8 @@ class TreeWalk {
     const bool hasTarget = isLink && ::fstatat(descriptor, entry.name.c_str(), &target, 0) == 0;
     const int linkError = isLink && !hasTarget ? errno : 0;
     const Kind finalKind = hasTarget ? toKind(target.st_mode) : kind;
-    if (isExcluded(path, finalKind == Kind::Folder, kind == Kind::File && isLeftover(entry.name))) {
+    if (isExcluded(path, finalKind == Kind::Folder,
+                   kind == Kind::File && opc::isTemporaryName(entry.name))) {
       return;
     }
     if (finalKind != Kind::Folder && !isIncluded(path, false)) return;
@@ -242,7 +228,7 @@ class TreeWalk {
   }
 
   bool isLeftOut(const struct stat& info) const {
-    return std::find(options_.leftOut.begin(), options_.leftOut.end(), identity(info)) !=
+    return std::find(options_.leftOut.begin(), options_.leftOut.end(), opc::FileIdentity(info)) !=
            options_.leftOut.end();
   }
 
@@ -258,25 +244,19 @@ class TreeWalk {
 
 }  // namespace
 
-std::optional<FileIdentity> identityOf(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
-  return identity(info);
-}
-
 std::string onDisk(const std::string& folder, const std::string& path) {
   if (path.empty()) return folder;
   if (folder == ".") return path;
   return folder + (folder.ends_with('/') ? "" : "/") + path;
 }
 
-std::vector<FileIdentity> withFolders(const std::vector<std::string>& files) {
-  std::vector<FileIdentity> identities;
+std::vector<opc::FileIdentity> withFolders(const std::vector<std::string>& files) {
+  std::vector<opc::FileIdentity> identities;
   for (const std::string& file : files) {
     const std::size_t slash = file.find_last_of('/');
     const std::string folder = slash == file.npos ? "." : file.substr(0, slash + 1);
     for (const std::string& path : {file, folder}) {
-      if (const auto identity = identityOf(path)) identities.push_back(*identity);
+      if (const auto identity = opc::identityOf(path)) identities.push_back(*identity);
     }
   }
   return identities;

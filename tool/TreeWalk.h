@@ -1,37 +1,26 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <sys/types.h>
-
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "addon/project/Patterns.h"
+#include "opc/FileIdentity.h"
 
 namespace tool {
 
-/// A file of the disk, whatever its path is called.
-struct FileIdentity {
-  dev_t device;
-  ino_t inode;
-  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
-
-/// Of the file at `path`, links followed; nothing when there is none.
-std::optional<FileIdentity> identityOf(const std::string& path);
-
 /// Of files that may exist, and of their folders: whether one that nothing else lies in is empty
 /// depends on whether the file is there yet.
-std::vector<FileIdentity> withFolders(const std::vector<std::string>& files);
+std::vector<opc::FileIdentity> withFolders(const std::vector<std::string>& files);
 
 struct TreeWalkOptions {
   addon::project::PatternList excludes;  ///< for paths in the package
   std::string place = {};                ///< of the folder's content in the package; "" is the top
   bool followsOutside = false;           ///< follow links that lead out of the folder
   std::string project = {};              ///< a folder that links may lead into, too; may be ""
-  std::vector<FileIdentity> leftOut;     ///< files and empty folders that are no part of the tree
+  std::vector<opc::FileIdentity> leftOut;  ///< files and empty folders that are no part of the tree
   /// Asked about everything but folders that are not empty, by paths in the package; may be empty.
   std::function<bool(const std::string& path, bool isFolder)> includes = nullptr;
   /// Gets paths in the package; may be empty.

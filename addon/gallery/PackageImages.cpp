@@ -17,7 +17,7 @@ PageImage PackageImages::screenshot() {
   const bool isOne =
       found.size() == 1 && found.front().getTargetMode() == opc::model::TargetMode::Internal;
   if (!isOne) return {};
-  const opc::model::PartName name(found.front().getTargetURI().toString());
+  const opc::model::PartName name = found.front().targetName();
   if (!model.hasPart(name)) return {};
   const auto part = model.getPart(name);
   const std::uint64_t size = model.partInfo(part->id()).size;

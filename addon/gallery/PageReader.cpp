@@ -41,7 +41,7 @@ Document load(AddonPackage& package) {
 
 std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
   if (!time || time->is_special()) return {};
-  return utf8(opc::plservices::formatW3cDateTime(*time));
+  return opc::plservices::formatTime(*time);
 }
 
 bool isBlank(std::string_view text) {

@@ -61,26 +61,13 @@ constexpr ImageType kImageTypes[] = {
 constexpr const char* kJpegType = "image/jpeg";
 constexpr const char16_t* kJpegExtension = u"jpg";
 
-constexpr std::size_t kReadStep = 8192;  // bytes
-
 /// Takes away the screenshot that is there, with both its relationships.
 void takeAwayScreenshot(opc::model::Package& package) {
   if (!package.hasRelationship(ScreenshotPart::kId)) return;
   const auto relationship = package.getRelationship(ScreenshotPart::kId);
-  package.deletePart(PartName(relationship.getTargetURI().toString()));
+  package.deletePart(relationship.targetName());
   package.deleteRelationship(ScreenshotPart::kId);
   package.deleteRelationship(ScreenshotPart::kThumbnailId);
-}
-
-std::vector<unsigned char> readAll(opc::InputStream& stream) {
-  std::vector<unsigned char> bytes;
-  std::size_t total = 0;
-  while (!stream.isEnd()) {
-    bytes.resize(total + kReadStep);
-    total += stream.read(bytes.data() + total, kReadStep);
-  }
-  bytes.resize(total);
-  return bytes;
 }
 
 }  // namespace
@@ -245,7 +232,8 @@ std::vector<unsigned char> AddonPackage::getBinaryPart(std::u16string relationsh
   if (relationships.size() != 1) return {};
   const auto part = logicalPackage_.getPart(relationships.front());
   const auto stream = part->getInputStream();
-  return readAll(*stream);
+  const std::string bytes = opc::StreamHelper::readToEnd(*stream);
+  return {bytes.begin(), bytes.end()};
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param)

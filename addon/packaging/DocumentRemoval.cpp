@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "addon/packaging/ScreenshotPart.h"
@@ -20,13 +19,11 @@ using opc::model::Relationship;
 
 namespace {
 
-constexpr std::string_view kMadeUpFiles = "metadata/fileTree/";
-
 /// Where a relationship leads to in the package, or nothing.
 std::optional<PartName> targetOf(const Relationship& relationship) {
   if (relationship.getTargetMode() != opc::model::TargetMode::Internal) return std::nullopt;
   try {
-    return PartName(relationship.getTargetURI().toString());
+    return relationship.targetName();
   } catch (const opc::FormatError&) {
     return std::nullopt;
   }
@@ -34,7 +31,7 @@ std::optional<PartName> targetOf(const Relationship& relationship) {
 
 bool isFileOfTree(const PartName& name) {
   return opc::model::keyStartsWith(name.itemName(), opc::plservices::kFilesFolder) ||
-         opc::model::keyStartsWith(name.itemName(), kMadeUpFiles);
+         opc::model::keyStartsWith(name.itemName(), opc::plservices::kMadeUpFilesFolder);
 }
 
 bool isTarget(const PartName& name, const std::vector<Relationship>& relationships) {

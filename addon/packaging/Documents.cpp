@@ -29,7 +29,7 @@ std::string findPart(AddonPackage& package, const std::u16string& type) {
   const bool isOne =
       found.size() == 1 && found[0].getTargetMode() == opc::model::TargetMode::Internal;
   if (!isOne) return {};
-  const opc::model::PartName target(found[0].getTargetURI().toString());
+  const opc::model::PartName target = found[0].targetName();
   if (!model.hasPart(target)) return target.canonical();
   return "/" + std::string(model.itemNameOf(model.getPart(target)->id()));
 }

@@ -63,9 +63,7 @@ class Source {
     }
     for (std::uint32_t column = 1; column < position.column && !rest.empty(); ++column) {
       rest.remove_prefix(1);
-      while (!rest.empty() && (static_cast<unsigned char>(rest.front()) & 0xC0) == 0x80) {
-        rest.remove_prefix(1);
-      }
+      while (!rest.empty() && opc::isUtf8Continuation(rest.front())) rest.remove_prefix(1);
     }
     return rest.substr(0, rest.find_first_of(" \t\r\n,]}#"));
   }
@@ -286,7 +284,7 @@ class TableReader {
 Position positionOf(std::string_view text, std::size_t at) {
   const std::string_view before = text.substr(0, at);
   const std::string_view line = before.substr(before.rfind('\n') + 1);  // npos + 1 is 0
-  const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  const auto isFirstByte = [](char c) { return !opc::isUtf8Continuation(c); };
   return {static_cast<std::uint32_t>(std::count(before.begin(), before.end(), '\n') + 1),
           static_cast<std::uint32_t>(std::count_if(line.begin(), line.end(), isFirstByte) + 1)};
 }

@@ -5,6 +5,8 @@
 #include <array>
 #include <optional>
 
+#include "opc/Text.h"
+
 namespace addon::project {
 
 namespace {
@@ -17,7 +19,7 @@ char32_t nextCharacter(std::string_view text, std::size_t& at) {
   if (more == 0 || at + more > text.size()) return first;
   char32_t c = first & (0x3Fu >> more);
   for (std::size_t i = 0; i < more; ++i) {
-    if ((byte(at + i) & 0xC0) != 0x80) return first;
+    if (!opc::isUtf8Continuation(text[at + i])) return first;
     c = (c << 6) | (byte(at + i) & 0x3Fu);
   }
   at += more;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "addon/project/PlainText.h"
+#include "opc/Text.h"
 #include "text/Markdown.h"
 
 namespace addon::project {
@@ -19,13 +20,6 @@ bool hasWord(std::string_view text) {
     const auto byte = static_cast<unsigned char>(c);
     return isAsciiDigit(c) || (byte | 0x20u) - 'a' < 26u || byte >= 0x80u;
   });
-}
-
-/// The beginning of `text`, at most `most` bytes, in whole characters.
-std::string_view begunBy(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return text;
-  while (most > 0 && (text[most] & 0xC0) == 0x80) --most;
-  return text.substr(0, most);
 }
 
 /// Removes tags. A '<' that does not open a tag is kept.
@@ -52,7 +46,8 @@ std::string cut(const std::string& text) {
   if (sentence < kLongestSummary) return text.substr(0, sentence + 1);
   const std::size_t word = text.rfind(' ', kLongestSummary);
   const bool hasWords = word != text.npos;
-  return std::string(hasWords ? text.substr(0, word) : begunBy(text, kLongestSummary)) + " ...";
+  return std::string(hasWords ? text.substr(0, word) : opc::clipUtf8(text, kLongestSummary)) +
+         " ...";
 }
 
 /// Removes the block of settings that some tools put first.
@@ -132,7 +127,7 @@ bool isDirective(std::string_view line) {
 }  // namespace
 
 std::string summaryOf(std::string_view readme) {
-  const text::Markdown markdown(begunBy(withoutSettings(readme), kLongestReadme));
+  const text::Markdown markdown(opc::clipUtf8(withoutSettings(readme), kLongestReadme));
   if (markdown.root() == nullptr) return {};
   std::string heading;
   for (const Line& line : textLinesOf(markdown.root())) {

@@ -8,10 +8,6 @@ namespace {
 
 constexpr std::size_t kLongestQuoted = 200;  // bytes
 
-bool isContinuation(char c) {
-  return (static_cast<unsigned char>(c) & 0xC0u) == 0x80;
-}
-
 }  // namespace
 
 std::string idOf(std::uint16_t number) {
@@ -22,14 +18,8 @@ std::string_view nameOf(Severity severity) {
   return severity == Severity::Error ? "error" : "warning";
 }
 
-std::string_view clip(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return text;
-  while (most > 0 && isContinuation(text[most])) --most;
-  return text.substr(0, most);
-}
-
 std::string quoted(std::string_view text) {
-  const std::string_view shown = clip(text, kLongestQuoted);
+  const std::string_view shown = clipUtf8(text, kLongestQuoted);
   return "'" + printable(shown) + (shown.size() < text.size() ? "...'" : "'");
 }
 

@@ -37,8 +37,6 @@ struct FindingInfo {
 /// and long text is cut, since a package may hold megabytes of it.
 std::string quoted(std::string_view text);
 std::string quoted(std::u16string_view text);
-/// The first `most` bytes of UTF-8 text, without an incomplete character at the end.
-std::string_view clip(std::string_view text, std::size_t most);
 
 /// One thing that is wrong with a package, at one place.
 struct Finding {

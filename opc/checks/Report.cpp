@@ -12,7 +12,7 @@ constexpr std::size_t kLongestPart = 1024;     // bytes
 constexpr std::size_t kLongestMessage = 2048;  // bytes
 
 std::string clipped(std::string_view text, std::size_t most) {
-  const std::string_view shown = clip(text, most);
+  const std::string_view shown = clipUtf8(text, most);
   std::string result = isUtf8(shown) ? std::string(shown) : printable(shown);
   if (shown.size() < text.size()) result += "...";
   return result;

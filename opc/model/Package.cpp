@@ -120,7 +120,7 @@ std::shared_ptr<Part> Package::getPart(const Relationship& relationship) {
                                    physical_.description() +
                                    "' leads to: it is outside the package");
   }
-  return getPart(PartName(relationship.getTargetURI().toString()));
+  return getPart(relationship.targetName());
 }
 
 std::shared_ptr<Part> Package::createPart(const PartName& name, const ContentType& type,

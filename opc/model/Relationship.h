@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "opc/model/PartName.h"
+
 namespace opc::model {
 
 /// A URI reference, kept as it was given.
@@ -34,6 +36,9 @@ class Relationship {
   const std::u16string& getType() const { return type_; }
   const URI& getTargetURI() const { return target_; }
   TargetMode getTargetMode() const { return mode_; }
+  /// The target as a part name, which that of an internal relationship always is. Throws
+  /// FormatError when it is none.
+  PartName targetName() const { return PartName(target_.toString()); }
 
  private:
   std::u16string id_;

@@ -7,8 +7,7 @@ namespace opc::model {
 
 std::optional<PartId> findTarget(const PartIndex& index, const Relationship& relationship) {
   if (relationship.getTargetMode() == TargetMode::External) return std::nullopt;
-  const std::string target = toUtf8(relationship.getTargetURI().toString());
-  return index.find(std::string_view(target).substr(1));
+  return index.find(relationship.targetName().itemName());
 }
 
 void checkTargetTypes(const PartIndex& index, const RelationshipSet& set, FaultSink& faults) {

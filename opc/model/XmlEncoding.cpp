@@ -107,7 +107,7 @@ TextPosition positionAt(std::string_view text, std::size_t offset) noexcept {
       place.column = 1;
     } else if (byte >= 0xF0) {
       place.column += 2;
-    } else if ((byte & 0xC0u) != 0x80) {
+    } else if (!isUtf8Continuation(text[at])) {
       ++place.column;
     }
   }

@@ -34,20 +34,9 @@ std::optional<ptime> toStdTime(const boost::optional<ptime>& time) {
   return time ? std::optional<ptime>(inWholeSeconds(*time)) : std::nullopt;
 }
 
-// The bytes of a part before they become one: nothing changes in the package until they are right.
-class Bytes final : public OutputStream {
- public:
-  void write(const unsigned char* data, std::size_t size) override {
-    bytes_.append(reinterpret_cast<const char*>(data), size);
-  }
-  void copyTo(OutputStream& stream) const {
-    stream.write(reinterpret_cast<const unsigned char*>(bytes_.data()), bytes_.size());
-  }
-  std::size_t size() const { return bytes_.size(); }
-
- private:
-  std::string bytes_;
-};
+void write(const std::string& bytes, OutputStream& to) {
+  to.write(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+}
 
 // Reads `name` as a value of type `Value`, which knows how.
 template <typename Value>
@@ -63,13 +52,14 @@ Value readPart(model::Package& package, const PartName& name) {
   return inContext(context, [&] { return Value::read(stream); });
 }
 
+// In memory first: nothing changes in the package until the bytes are right.
 template <typename Value>
-Bytes serialise(const Value& value, const std::string& what, model::Package& package) {
-  Bytes bytes;
+std::string serialise(const Value& value, const std::string& what, model::Package& package) {
+  TextOutputStream stream;
   inContext(
       [&] { return "cannot write the " + what + " of '" + package.physical().description() + "'"; },
-      [&] { value.write(bytes); });
-  return bytes;
+      [&] { value.write(stream); });
+  return std::move(stream.text);
 }
 
 // The standard part, by the one relationship that leads to it; absent when there is none.
@@ -87,7 +77,7 @@ std::optional<PartName> findCorePart(model::Package& package) {
     throw FormatError(
         "CP-2", where + ": relationship '" + id + "' leads to core properties outside the package");
   }
-  PartName name(found.front().getTargetURI().toString());
+  PartName name = found.front().targetName();
   if (!package.hasPart(name)) {
     throw FormatError("CP-2", where + ": relationship '" + id + "' leads to core properties '" +
                                   name.canonical() + "', which are not in the package");
@@ -105,7 +95,7 @@ std::optional<PartName> findHostPart(model::Package& package) {
   for (const Relationship& found :
        package.getRelationshipsByType(HostPropertiesPart::relationshipType())) {
     if (found.getTargetMode() == model::TargetMode::External) continue;
-    PartName name(found.getTargetURI().toString());
+    PartName name = found.targetName();
     if (package.hasPart(name)) return name;
   }
   return std::nullopt;
@@ -151,9 +141,9 @@ struct NewPart {
 
 // Replaces the part at `existing`, or makes it together with its relationship.
 void store(model::Package& package, const std::optional<PartName>& existing, const NewPart& fresh,
-           const Bytes& bytes) {
+           const std::string& bytes) {
   if (existing) {
-    bytes.copyTo(*package.getPart(*existing)->getOutputStream());
+    write(bytes, *package.getPart(*existing)->getOutputStream());
     return;
   }
   const PartName name(fresh.name);
@@ -162,7 +152,7 @@ void store(model::Package& package, const std::optional<PartName>& existing, con
   const model::StandardPartInfo info(interfaces::CompressionType::Normal, bytes.size());
   const auto part =
       package.createPart(name, model::ContentType::fromAscii(fresh.contentType), info);
-  bytes.copyTo(*part->getOutputStream());
+  write(bytes, *part->getOutputStream());
   package.createInternalRelationship(fresh.relationshipType, model::URI(name.toString()), u"");
 }
 
@@ -196,8 +186,8 @@ void CorePropertiesManager::setCoreProperties(const CoreProperties& properties) 
   const bool isCoreChanged = update(core, properties);
   const bool isHostChanged = !(readHostPart(package_, hostPart) == host);
 
-  const Bytes coreBytes = serialise(core, "core properties", package_);
-  const Bytes hostBytes = serialise(host, "host properties", package_);
+  const std::string coreBytes = serialise(core, "core properties", package_);
+  const std::string hostBytes = serialise(host, "host properties", package_);
   if (isCoreChanged) {
     store(package_, corePart,
           {kCorePart, CorePropertiesPart::kContentType,

@@ -23,7 +23,7 @@ model::PartName findName(model::Package& package) {
     throw FormatError("PN-13", "relationship '" + toUtf8ForDisplay(relationship.getId()) +
                                    "' to the file tree leads out of the package");
   }
-  model::PartName name(relationship.getTargetURI().toString());
+  model::PartName name = relationship.targetName();
   if (!package.hasPart(name)) {
     throw FormatError("RL-11", "relationship '" + toUtf8ForDisplay(relationship.getId()) +
                                    "' points to '" + name.canonical() +

@@ -16,6 +16,8 @@ namespace opc::plservices {
 
 /// Where the parts of files lie in a package: item names, ASCII letters without case.
 inline constexpr std::string_view kFilesFolder = "files/";
+/// The same for files whose paths only the table of the tree can say.
+inline constexpr std::string_view kMadeUpFilesFolder = "metadata/fileTree/";
 
 /// The file tree of an open package, with what its table has to say.
 struct LoadedFileTree {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "opc/plservices/W3cDateTime.h"
 
+#include <array>
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 
 #include "opc/Exception.h"
@@ -148,40 +150,28 @@ class Reader {
   int offset_ = 0;  // in seconds, east of UTC
 };
 
-void appendNumber(std::u16string& out, std::int64_t value, std::size_t digits) {
-  std::u16string text(digits, u'0');
-  for (std::size_t i = digits; i-- != 0; value /= 10) {
-    text[i] = static_cast<char16_t>(u'0' + value % 10);
-  }
-  out += text;
-}
-
 }  // namespace
 
 W3cDateTime parseW3cDateTime(std::u16string_view text) {
   return Reader(text).read();
 }
 
-std::u16string formatW3cDateTime(const boost::posix_time::ptime& time) {
+std::string formatTime(const boost::posix_time::ptime& time) {
   if (time.is_special()) {
     throw Exception(ErrorCode::InvalidArgument, "cannot write a date: it is no point in time");
   }
   const gregorian::greg_year_month_day day = time.date().year_month_day();
   const posix_time::time_duration clock = time.time_of_day();
-  std::u16string result;
-  appendNumber(result, day.year, 4);
-  result += u'-';
-  appendNumber(result, day.month, 2);
-  result += u'-';
-  appendNumber(result, day.day, 2);
-  result += u'T';
-  appendNumber(result, clock.hours(), 2);
-  result += u':';
-  appendNumber(result, clock.minutes(), 2);
-  result += u':';
-  appendNumber(result, clock.seconds(), 2);
-  result += u'Z';
-  return result;
+  std::array<char, 80> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02dZ",
+                static_cast<int>(day.year), static_cast<int>(day.month), static_cast<int>(day.day),
+                static_cast<int>(clock.hours()), static_cast<int>(clock.minutes()),
+                static_cast<int>(clock.seconds()));
+  return text.data();
+}
+
+std::u16string formatW3cDateTime(const boost::posix_time::ptime& time) {
+  return fromUtf8(formatTime(time));
 }
 
 boost::posix_time::ptime inWholeSeconds(const boost::posix_time::ptime& time) {

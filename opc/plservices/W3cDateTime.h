@@ -24,6 +24,7 @@ W3cDateTime parseW3cDateTime(std::u16string_view text);
 
 /// "2014-05-06T07:08:09Z". Throws Exception (ErrorCode::InvalidArgument) for a special value such
 /// as not_a_date_time.
+std::string formatTime(const boost::posix_time::ptime& time);
 std::u16string formatW3cDateTime(const boost::posix_time::ptime& time);
 
 /// The time without fractions of a second; special values stay as they are.

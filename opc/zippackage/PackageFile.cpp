@@ -22,9 +22,8 @@ FileDescriptor openForReading(const std::string& path) {
 
 }  // namespace
 
-FileIdentity FileIdentity::of(const struct stat& status) {
-  return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
-          status.st_mtim.tv_nsec};
+FileVersion FileVersion::of(const struct stat& status) {
+  return {FileIdentity(status), status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
 PackageFile::PackageFile(const std::string& path) : file_(openForReading(path)) {
@@ -37,7 +36,7 @@ PackageFile::PackageFile(const std::string& path) : file_(openForReading(path)) 
                     "cannot open package '" + path + "': it is " +
                         (S_ISDIR(status.st_mode) ? "a folder" : "not a regular file"));
   }
-  identity_ = FileIdentity::of(status);
+  version_ = FileVersion::of(status);
 }
 
 void PackageFile::readAt(std::uint64_t offset, unsigned char* into, std::size_t size) const {

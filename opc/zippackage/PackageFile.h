@@ -8,19 +8,19 @@
 #include <string>
 
 #include "opc/FileDescriptor.h"
+#include "opc/FileIdentity.h"
 
 namespace opc::zippackage {
 
-/// What tells whether a file is still the same one, with the same bytes.
-struct FileIdentity {
-  dev_t device = 0;
-  ino_t inode = 0;
+/// Shows whether a file is still the same one, with the same bytes.
+struct FileVersion {
+  FileIdentity file;
   off_t size = 0;
   std::int64_t modifiedSeconds = 0;
   std::int64_t modifiedNanoseconds = 0;
 
-  static FileIdentity of(const struct stat& status);
-  bool operator==(const FileIdentity&) const = default;
+  static FileVersion of(const struct stat& status);
+  bool operator==(const FileVersion&) const = default;
 };
 
 /// A package file open for reading. Nothing of it is mapped: a file that is cut while it is in use
@@ -33,8 +33,8 @@ class PackageFile {
 
   int descriptor() const { return file_.get(); }
   /// As it was when the file was opened.
-  std::uint64_t size() const { return static_cast<std::uint64_t>(identity_.size); }
-  const FileIdentity& identity() const { return identity_; }
+  std::uint64_t size() const { return static_cast<std::uint64_t>(version_.size); }
+  const FileVersion& version() const { return version_; }
 
   /// Reads all `size` bytes at `offset`. Throws SystemError, and ErrorCode::Damaged when the file
   /// ends before.
@@ -42,7 +42,7 @@ class PackageFile {
 
  private:
   FileDescriptor file_;
-  FileIdentity identity_;
+  FileVersion version_;
 };
 
 }  // namespace opc::zippackage

@@ -195,7 +195,7 @@ TEST_F(TreeWalk, LeavesOutTheOutputByWhateverName) {
   file("a.m");
   fs::create_hard_link(root_ / "out.kraddon", root_ / "second");
   fs::create_symlink("out.kraddon", root_ / "third");
-  options_.leftOut = {*tool::identityOf((root_ / "out.kraddon").string())};
+  options_.leftOut = {*opc::identityOf((root_ / "out.kraddon").string())};
 
   EXPECT_EQ(walk(), (Paths{"a.m"}));
 }

@@ -39,6 +39,19 @@ class Lacking(FaultTest):
                     self.assertEqual((result.code, result.errors), (0, ""))
                     self.assert_new(command, now, rules)
 
+    def test_what_a_kill_leaves_of_a_nameless_file_is_not_packed(self):
+        # It has a name until it is removed, right after it was made.
+        self.write("shot.png", faulttest.PIXEL + bytes(faulttest.HUGE_SIZE))
+        self.path("kit").mkdir()
+        self.ok("create", "kit/p.kraddon", "--name", "Wave Tools")
+        self.run_failing("nameless:1+:EOPNOTSUPP;unlink:1:SIGKILL", "screenshot", "kit/p.kraddon",
+                         "shot.png")
+        left = [name for name in self.names("kit") if name != "p.kraddon"]
+        self.assertEqual(len(left), 1)
+
+        self.ok("create", "q.kraddon", "kit", "--name", "x")
+        self.assertEqual(self.ok("list", "q.kraddon").text, "p.kraddon\n")
+
     def test_renames_still_keep_a_file_that_appeared_meanwhile(self):
         self.make_inputs()
         for rules in ("", "renamekeeping:1+:ENOSYS", "renamekeeping:1+:ENOSYS;link:1+:EPERM"):

@@ -21,7 +21,7 @@ class Kills(FaultTest):
     def is_stray(self, command, name):
         """A temporary file of the command, which only SIGKILL may leave."""
         target = command.target.rstrip("/")
-        return (name.startswith((f".{target}.", f"{target}.", ".kraddon-"))
+        return (name.startswith((f".{target}.", f"{target}.", ".kraddon."))
                 or (command.makes_folder and "/." in name)) and name not in self.after
 
     def without_strays(self, command, now):

@@ -33,13 +33,6 @@ class TextStream final : public opc::OutputStream {
   std::string& text_;
 };
 
-std::string readAll(opc::InputStream& stream) {
-  std::string text;
-  TextStream out(text);
-  opc::StreamHelper::copyStreamToStream(stream, out);
-  return text;
-}
-
 }  // namespace
 
 MemoryDisk& MemoryDisk::add(std::string name, std::string bytes) {
@@ -108,7 +101,8 @@ void MemoryPhysicalPackage::commit() {
   std::vector<MemoryItem> rest;
   for (Item& item : items_) {
     if (item.removed) continue;
-    if (item.source) item.stored.bytes = readAll(*item.source->getInputStream());
+    if (item.source)
+      item.stored.bytes = opc::StreamHelper::readToEnd(*item.source->getInputStream());
     (item.atFront ? front : rest).push_back(item.stored);
   }
   if (commitsToFail_ != 0) {
@@ -154,7 +148,7 @@ void MemoryPhysicalPackage::readItem(ItemIndex item, opc::ByteBuffer& into, std:
     throw Exception(ErrorCode::TooLarge, "the item has " + std::to_string(itemInfo(item).size) +
                                              " bytes, more than " + std::to_string(limit));
   }
-  const std::string bytes = readAll(*openItem(item));
+  const std::string bytes = opc::StreamHelper::readToEnd(*openItem(item));
   into.resizeForOverwrite(bytes.size());
   if (!bytes.empty()) std::memcpy(into.data(), bytes.data(), bytes.size());
 }

@@ -108,8 +108,8 @@ bool mayBePackage(const std::string& path) {
 
 /// They may be the only copy of the author's work; --force is intended for older packages.
 void refuseSources(const std::string& output, const Project& project, bool isForced) {
-  const std::optional<FileIdentity> existing = identityOf(output);
-  if (existing && existing == identityOf(manifestPath(project.folder))) {
+  const std::optional<opc::FileIdentity> existing = opc::identityOf(output);
+  if (existing && existing == opc::identityOf(manifestPath(project.folder))) {
     throw process::Failure(
         process::sentence("cannot create", output, "it is the manifest of the project"));
   }

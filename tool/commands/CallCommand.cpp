@@ -132,9 +132,9 @@ process::ExitCode call(const line::Invocation& invocation) {
   const std::string package = pathOf(arguments);
   std::optional<process::PackageLock> lock;
   if (changesPackage(slot)) lock.emplace(package);
-  const auto before = identityOf(package);
+  const auto before = opc::identityOf(package);
   const json::HostArrayPointer result = callGateway(table.entryPoints[slot], outputs, arguments);
-  const bool isReplaced = identityOf(package) != before;
+  const bool isReplaced = opc::identityOf(package) != before;
   if (!isReplaced) process::Interrupt::check();
   if (result) printArray(result.get());
   return process::ExitCode::Done;

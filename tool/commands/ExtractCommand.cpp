@@ -105,7 +105,7 @@ void checkSize(const std::vector<Item>& items, const line::Invocation& invocatio
 void refuseThePackageItself(const std::vector<detail::ExistingFile>& existing,
                             const std::vector<Item>& items, const std::string& destination,
                             const std::string& package) {
-  const std::optional<FileIdentity> self = identityOf(package);
+  const std::optional<opc::FileIdentity> self = opc::identityOf(package);
   const auto found =
       std::find_if(existing.begin(), existing.end(),
                    [&](const detail::ExistingFile& file) { return file.identity == self; });

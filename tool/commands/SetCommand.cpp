@@ -81,7 +81,7 @@ std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
     throw process::UsageError(
         process::sentence("unknown field", fmt::format("{}.{}", table.name(), field),
                           text::suggestion(field, known, all)),
-        identityOf(word) ? fmt::format("'./{}' is the file with that name", word) : "");
+        opc::identityOf(word) ? fmt::format("'./{}' is the file with that name", word) : "");
   }
   const std::string fault = addon::project::xmlTextFault(value);
   if (!fault.empty()) {
@@ -175,7 +175,7 @@ bool isFile(const DocumentTable& table, const std::vector<std::string>& words) {
   if (isAlone && !isFirstField) return true;
   if (!json::isFlat(table)) {
     // A field is a mistake here, unless there is a file with that name.
-    if (isAlone && identityOf(words[2])) return true;
+    if (isAlone && opc::identityOf(words[2])) return true;
     throw process::UsageError(process::sentence(
         "bad value", isFirstField ? words[2] : words[3],
         fmt::format("{} takes one FILE.json, or - for standard input", table.name())));

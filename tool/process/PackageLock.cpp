@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include "opc/FileIdentity.h"
 #include "opc/SystemCall.h"
 #include "tool/process/Interrupt.h"
 
@@ -27,7 +28,7 @@ bool isStillAt(const std::string& path, int descriptor) {
   struct stat locked {};
   struct stat named {};
   if (::fstat(descriptor, &locked) != 0 || ::stat(path.c_str(), &named) != 0) return false;
-  return locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
+  return opc::FileIdentity(locked) == opc::FileIdentity(named);
 }
 
 }  // namespace

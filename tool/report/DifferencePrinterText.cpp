@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "opc/Streams.h"
 #include "opc/Text.h"
 #include "text/UnifiedHunks.h"
 #include "tool/process/Interrupt.h"
@@ -39,8 +40,7 @@ constexpr std::string_view kCyan = "36";
 
 /// The place of a character's first byte at `at` or before.
 std::size_t characterBegin(std::string_view utf8, std::size_t at) {
-  while (at > 0 && at < utf8.size() && (static_cast<unsigned char>(utf8[at]) & 0xC0) == 0x80) --at;
-  return at;
+  return opc::clipUtf8(utf8, at).size();
 }
 
 /// What is left of a long value without `skipped` bytes at its front.
@@ -75,21 +75,12 @@ struct Text {
   bool isTooLarge = false;
 };
 
-std::string readAll(opc::InputStream& stream) {
-  std::array<unsigned char, std::size_t{64} << 10> block;
-  std::string content;
-  while (const std::size_t size = stream.read(block.data(), block.size())) {
-    content.append(reinterpret_cast<const char*>(block.data()), size);
-  }
-  return content;
-}
-
 Text readText(const ComparedPackage& package, const Item* item) {
   Text text;
   if (item == nullptr) return text;
   text.isTooLarge = item->info.size > kLargestText;
   if (text.isTooLarge) return text;
-  text.content = readAll(*openItem(*package.package, *item));
+  text.content = opc::StreamHelper::readToEnd(*openItem(*package.package, *item));
   text.isBinary = text.content.find('\0') != std::string::npos;
   if (text.isBinary) return text;
   text.isTooLarge = std::count(text.content.begin(), text.content.end(), '\n') >= kMostLines;

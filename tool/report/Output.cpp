@@ -14,7 +14,9 @@
 #include <system_error>
 
 #include "opc/FileDescriptor.h"
+#include "opc/FileIdentity.h"
 #include "opc/SystemCall.h"
+#include "opc/TemporaryFile.h"
 #include "opc/Text.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
@@ -25,10 +27,6 @@ namespace {
 
 constexpr std::size_t kBufferSize = 256u << 10;
 
-bool isSameFile(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 /// Throws Failure when nobody can tell: what is there must not be replaced for nothing then.
 bool isThere(const std::string& path, struct stat& status) {
   if (::stat(path.c_str(), &status) == 0) return true;
@@ -36,26 +34,15 @@ bool isThere(const std::string& path, struct stat& status) {
   throw process::systemFailure("cannot write", path, errno);
 }
 
-/// Of the same shape as that of a package in the making, so that a folder is packed without it.
-std::string sidePattern(const std::string& target) {
-  constexpr std::size_t kMostBytes = 255;
-  constexpr std::string_view kEnd = ".XXXXXX.tmp";
-  const std::size_t start = target.rfind('/') + 1;
-  const std::string name = target.substr(start, kMostBytes - 1 - kEnd.size());
-  return fmt::format("{}.{}{}", target.substr(0, start), name, kEnd);
-}
-
 /// A new file beside another one, gone again unless it is put in place. `name` is for messages.
 class SideFile {
  public:
   SideFile(const std::string& target, const std::string& name, mode_t mode)
       : target_(target), name_(name) {
-    descriptor_.reset(opc::uninterrupted([&] {
-      path_ = sidePattern(target);
-      return ::mkostemps(path_.data(), 4, O_CLOEXEC);
-    }));
+    path_ = target;
+    descriptor_ = opc::createTemporaryFile(AT_FDCWD, path_, O_RDWR, 0600);
     if (!descriptor_) throw process::systemFailure("cannot write", name, errno);
-    // mkstemp makes files that only their owner can read.
+    // Whatever the umask says.
     if (opc::uninterrupted([&] { return ::fchmod(descriptor_.get(), mode); }) != 0) fail(errno);
   }
   ~SideFile() {
@@ -171,7 +158,8 @@ void writeOutputFile(const std::string& path, const Content& content, const std:
   struct stat existing {};
   struct stat source {};
   const bool exists = isThere(path, existing);
-  if (exists && isThere(package, source) && isSameFile(existing, source)) {
+  if (exists && isThere(package, source) &&
+      opc::FileIdentity(existing) == opc::FileIdentity(source)) {
     throw process::Failure(process::sentence("cannot write", path, "it is the package itself"));
   }
   if (exists && !S_ISREG(existing.st_mode)) {

@@ -79,7 +79,7 @@ class UnreachableParts {
   void addTargets(const std::u16string& type) {
     for (const auto& relationship : package_.getRelationshipsByType(type)) {
       if (relationship.getTargetMode() != opc::model::TargetMode::Internal) continue;
-      reached_.emplace(type, PartName(relationship.getTargetURI().toString()).key());
+      reached_.emplace(type, relationship.targetName().key());
     }
   }
 

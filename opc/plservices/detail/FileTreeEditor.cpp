@@ -11,29 +11,6 @@
 namespace opc::plservices::detail {
 namespace {
 
-class TextOutputStream final : public OutputStream {
- public:
-  void write(const unsigned char* data, std::size_t size) override {
-    text.append(reinterpret_cast<const char*>(data), size);
-  }
-  std::string text;
-};
-
-class TextInputStream final : public InputStream {
- public:
-  explicit TextInputStream(std::string text)
-      : text_(std::move(text)),
-        stream_(reinterpret_cast<const unsigned char*>(text_.data()), text_.size()) {}
-  std::size_t read(unsigned char* buffer, std::size_t size) override {
-    return stream_.read(buffer, size);
-  }
-  bool isEnd() override { return stream_.isEnd(); }
-
- private:
-  std::string text_;
-  MemoryInputStream stream_;
-};
-
 // Writes the table as it stands when the package is committed: writing it at every change would
 // take time that grows with the square of the changes.
 class TableSource final : public interfaces::IContentSource {

@@ -2,19 +2,16 @@
 #include "opc/plservices/detail/NewFile.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
-#include <string_view>
 
 #include "opc/Exception.h"
 #include "opc/SystemCall.h"
+#include "opc/TemporaryFile.h"
 #include "opc/plservices/FolderCursor.h"
 
 namespace opc::plservices::detail {
@@ -32,33 +29,6 @@ int createFile(int folder, const char* name, mode_t mode) {
 bool isFolder(int folder, const char* name) {
   struct stat status {};
   return ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
-}
-
-// A name that is taken does no harm, so that chance may be poor early after the machine's start.
-std::string chanceLetters() {
-  constexpr std::string_view kLetters = "0123456789abcdefghijklmnopqrstuvwxyz";
-  std::uint64_t chance = 0;
-  if (::getrandom(&chance, sizeof chance, GRND_NONBLOCK) != sizeof chance) {
-    std::timespec now{};
-    std::timespec_get(&now, TIME_UTC);
-    chance = static_cast<std::uint64_t>(now.tv_nsec);
-  }
-  std::string letters(6, '0');
-  for (char& letter : letters) {
-    letter = kLetters[chance % kLetters.size()];
-    chance /= kLetters.size();
-  }
-  return letters;
-}
-
-std::string temporaryName(std::string_view name) {
-  constexpr std::size_t kMostBytes = 255;
-  const std::string end = "." + chanceLetters() + ".tmp";
-  std::size_t length = std::min(name.size(), kMostBytes - 1 - end.size());
-  // Not within a character: there are file systems that refuse what is not UTF-8.
-  const auto isContinuation = [&](std::size_t at) { return (name[at] & 0xC0) == 0x80; };
-  while (length > 0 && length < name.size() && isContinuation(length)) --length;
-  return "." + std::string(name.substr(0, length)) + end;
 }
 
 // Some file systems keep no times, or let only the owner of the whole system set them: no reason
@@ -84,14 +54,9 @@ NewFile::NewFile(int folder, const char* name, bool executable, bool replace)
 
 void NewFile::createBeside(mode_t mode) {
   if (isFolder(folder_, name_)) refuseExisting(folder_, name_);
-  constexpr int kAttempts = 100;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    temporary_ = temporaryName(name_);
-    file_.reset(createFile(folder_, temporary_.c_str(), mode));
-    if (file_) return;
-    if (errno != EEXIST) break;
-  }
-  throw SystemError("cannot create a temporary file", errno);
+  temporary_ = name_;
+  file_ = createTemporaryFile(folder_, temporary_, O_WRONLY, mode);
+  if (!file_) throw SystemError("cannot create a temporary file", errno);
 }
 
 NewFile::~NewFile() {

@@ -51,7 +51,7 @@ model::PartName TreePartNames::makeUp(model::Package& package, std::string_view 
   // Every part that is there can be in the way of one number only, or of all of them.
   const std::uint64_t end = next_ + package.physical().itemCount();
   for (; next_ <= end; ++next_) {
-    const std::string itemName = "metadata/fileTree/" + std::to_string(next_) + suffix;
+    const std::string itemName = std::string(kMadeUpFilesFolder) + std::to_string(next_) + suffix;
     model::PartName name = model::PartName::fromItemName(itemName);
     if (!package.canCreatePart(name)) continue;
     ++next_;

@@ -15,7 +15,4 @@ void writeFully(int descriptor, std::uint64_t offset, Bytes data, const char* wh
 /// A file in `folder` that has no name and goes away with its last descriptor. Throws SystemError.
 FileDescriptor makeNamelessFile(const std::string& folder);
 
-/// `length` letters and digits, by chance.
-std::string chanceLetters(std::size_t length);
-
 }  // namespace opc::zippackage::detail

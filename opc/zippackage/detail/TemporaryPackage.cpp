@@ -9,18 +9,12 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/FileIdentity.h"
 #include "opc/SystemCall.h"
-#include "opc/zippackage/detail/FileWriting.h"
+#include "opc/TemporaryFile.h"
 
 namespace opc::zippackage::detail {
 namespace {
-
-std::string temporaryName(const std::string& name) {
-  constexpr std::size_t kMostBytes = 255;
-  constexpr std::size_t kChance = 6;
-  const std::string end = "." + chanceLetters(kChance) + ".tmp";
-  return "." + name.substr(0, kMostBytes - 1 - end.size()) + end;
-}
 
 /// Nothing when there is no file in the target's place.
 std::optional<struct stat> statusOf(int folder, const std::string& name) {
@@ -63,16 +57,9 @@ TemporaryPackage::~TemporaryPackage() {
 // Private until it has the old file's mode: nobody may read the new bytes who could not read the
 // old ones.
 void TemporaryPackage::create(bool isPrivate) {
-  constexpr int kAttempts = 100;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    name_ = temporaryName(target_.name);
-    file_.reset(uninterrupted([&] {
-      return ::openat(folder_.get(), name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC,
-                      isPrivate ? 0600 : 0666);
-    }));
-    if (file_) return;
-    if (errno != EEXIST) break;
-  }
+  name_ = target_.name;
+  file_ = createTemporaryFile(folder_.get(), name_, O_RDWR, isPrivate ? 0600 : 0666);
+  if (file_) return;
   const int number = errno;
   name_.clear();
   throw SystemError("cannot make a temporary file in '" + target_.folder + "'", number);
@@ -151,8 +138,7 @@ bool TemporaryPackage::isInPlace() const {
   struct stat ours {};
   const bool isSame =
       ::fstatat(folder_.get(), target_.name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
-      ::fstat(file_.get(), &ours) == 0 && named.st_dev == ours.st_dev &&
-      named.st_ino == ours.st_ino;
+      ::fstat(file_.get(), &ours) == 0 && FileIdentity(named) == FileIdentity(ours);
   errno = number;
   return isSame;
 }

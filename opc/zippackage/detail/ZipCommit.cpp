@@ -37,12 +37,12 @@ void ZipCommit::requireUnchanged() const {
     if (errno != ENOENT && errno != ENOTDIR) throw SystemError("cannot look at it", errno);
     throw Exception(ErrorCode::ChangedOnDisk, "it was removed since it was opened");
   }
-  const FileIdentity now = FileIdentity::of(named);
-  const FileIdentity& then = opened_->identity();
+  const FileVersion now = FileVersion::of(named);
+  const FileVersion& then = opened_->version();
   if (now == then) return;
-  const bool isOther = now.device != then.device || now.inode != then.inode;
-  throw Exception(ErrorCode::ChangedOnDisk, isOther ? "it was replaced since it was opened"
-                                                    : "it was changed since it was opened");
+  throw Exception(ErrorCode::ChangedOnDisk, now.file == then.file
+                                                ? "it was changed since it was opened"
+                                                : "it was replaced since it was opened");
 }
 
 }  // namespace opc::zippackage::detail

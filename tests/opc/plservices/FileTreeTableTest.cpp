@@ -15,16 +15,8 @@ using opc::plservices::FileTreeTable;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class StringOutput final : public opc::OutputStream {
- public:
-  void write(const unsigned char* data, std::size_t size) override {
-    text.append(reinterpret_cast<const char*>(data), size);
-  }
-  std::string text;
-};
-
 std::string write(FileTreeTable table) {
-  StringOutput stream;
+  opc::TextOutputStream stream;
   table.write(stream);
   return stream.text;
 }

@@ -66,7 +66,7 @@ FileDescriptor openDestination(const std::string& path) {
   throw process::systemFailure("cannot open folder", path, number);
 }
 
-std::optional<FileIdentity> identityIn(int folder, const std::string& name) {
+std::optional<opc::FileIdentity> identityIn(int folder, const std::string& name) {
   struct stat info {};
   const auto look = [&] { return ::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW); };
   if (opc::uninterrupted(look) != 0) {
@@ -76,10 +76,11 @@ std::optional<FileIdentity> identityIn(int folder, const std::string& name) {
   if (S_ISDIR(info.st_mode)) {
     throw opc::Exception(opc::ErrorCode::AlreadyExists, "a folder is in the way");
   }
-  return FileIdentity{info.st_dev, info.st_ino};
+  return opc::FileIdentity(info);
 }
 
-std::optional<FileIdentity> identityBelow(const Item& item, NodeId parent, FolderCursor& cursor) {
+std::optional<opc::FileIdentity> identityBelow(const Item& item, NodeId parent,
+                                               FolderCursor& cursor) {
   const int folder = cursor.enter(parent);
   if (folder < 0 || item.isFolder()) return std::nullopt;
   return identityIn(folder, fileNameOf(item.path));

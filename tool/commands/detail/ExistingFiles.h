@@ -13,7 +13,7 @@ namespace tool::commands::detail {
 /// Something on the disk where a file of the tree would be written, such as a file or a link.
 struct ExistingFile {
   std::size_t item;  ///< its index among the items
-  FileIdentity identity;
+  opc::FileIdentity identity;
 };
 
 /// The files of `items` whose paths already exist below the folder `destination`, in their order.

@@ -11,6 +11,7 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/HostPropertiesPart.h"
+#include "opc/plservices/W3cDateTime.h"
 #include "tool/TreeWalk.h"
 #include "tool/process/Background.h"
 #include "tool/process/Errors.h"
@@ -103,9 +104,9 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
-  const auto before = identityOf(path);
+  const auto before = opc::identityOf(path);
   commit(*package);
-  if (identityOf(path) == before) return;  // nothing was changed, so nothing was written
+  if (opc::identityOf(path) == before) return;  // nothing was changed, so nothing was written
   for (const std::string& item : strays) {
     report::printWarning(
         invocation,
@@ -138,11 +139,7 @@ std::string formatTime(std::int64_t seconds) {
 
 std::string formatTime(const boost::posix_time::ptime& time) {
   if (time.is_special()) return {};
-  const auto day = time.date().year_month_day();
-  const auto clock = time.time_of_day();
-  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(day.year),
-                     day.month.as_number(), day.day.as_number(), clock.hours(), clock.minutes(),
-                     clock.seconds());
+  return opc::plservices::formatTime(time);
 }
 
 std::string fileNameOf(const std::string& path) {

@@ -44,7 +44,7 @@ void readParts(Package& package, ReadPackage& into) {
 void readCore(Package& package, ReadPackage& into) {
   opc::plservices::CorePropertiesManager(package).getCoreProperties();
   for (const auto& one : package.getRelationshipsByType(kCoreRelationType)) {
-    const auto part = package.getPart(PartName(one.getTargetURI().toString()));
+    const auto part = package.getPart(one.targetName());
     into.core = opc::plservices::CorePropertiesPart::read(*part->getInputStream());
   }
 }
