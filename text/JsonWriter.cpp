@@ -94,7 +94,12 @@ void JsonWriter::value(bool flag) {
 void JsonWriter::value(std::string_view utf8) {
   startValue();
   text_ += '"';
-  appendEscaped(text_, utf8);
+  // Paths of the system may be any bytes, and JSON may not.
+  if (opc::isUtf8(utf8)) {
+    appendEscaped(text_, utf8);
+  } else {
+    appendEscaped(text_, opc::printable(utf8));
+  }
   text_ += '"';
 }
 

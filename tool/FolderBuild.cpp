@@ -28,9 +28,8 @@ void buildInto(const std::string& folder, const std::string& package,
   choice.leftOut.push_back(package);  // the folder may well hold the place for temporary files
   choice.leftOut.push_back(addon::project::outputPath(project.manifest));
   addon::packaging::AddonProperties properties = propertiesOf(project);
-  std::u16string path = commands::detail::toUtf16("cannot create", package);
 
-  AddonPackage made(path, properties);
+  AddonPackage made(opc::SystemPath{package}, properties);
   made.physicalPackage().setReplaceExisting(false);
   fillPackage(project, choice, ignoreRulesOf(project.manifest), made);
   opc::zippackage::WriteOptions options;

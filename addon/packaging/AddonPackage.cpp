@@ -78,8 +78,23 @@ AddonPackage::AddonPackage(const std::u16string& path)
       corePropertiesManager_(logicalPackage_),
       fileSystemManager_(logicalPackage_) {}
 
+AddonPackage::AddonPackage(const opc::SystemPath& path)
+    : physicalPackage_(path, true),
+      logicalPackage_(physicalPackage_, true),
+      corePropertiesManager_(logicalPackage_),
+      fileSystemManager_(logicalPackage_) {}
+
 AddonPackage::AddonPackage(std::u16string& path, AddonProperties& properties)
     : AddonPackage(std::as_const(path)) {
+  create(properties);
+}
+
+AddonPackage::AddonPackage(const opc::SystemPath& path, AddonProperties& properties)
+    : AddonPackage(path) {
+  create(properties);
+}
+
+void AddonPackage::create(AddonProperties& properties) {
   const int type = getAddonTypeFromString(properties.type);
   // An unknown type makes no package and no error: the host's contract.
   if (type == static_cast<int>(AddonType::Unknown)) return;

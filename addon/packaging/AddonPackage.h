@@ -9,6 +9,7 @@
 #include "addon/packaging/AddonLicense.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/XMLPartType.h"
+#include "opc/SystemPath.h"
 #include "opc/model/Package.h"
 #include "opc/plservices/CorePropertiesManager.h"
 #include "opc/plservices/FileSystemManager.h"
@@ -37,6 +38,9 @@ class AddonPackage {
   AddonPackage(std::u16string& path, AddonProperties& properties);
   /// Binds to a package file; reads nothing.
   explicit AddonPackage(const std::u16string& path);
+  /// Both for a path in the system's bytes, whatever they are.
+  AddonPackage(const opc::SystemPath& path, AddonProperties& properties);
+  explicit AddonPackage(const opc::SystemPath& path);
   /// Closes without committing.
   virtual ~AddonPackage();
   AddonPackage(const AddonPackage&) = delete;
@@ -95,6 +99,7 @@ class AddonPackage {
 
  private:
   std::string contextOf(const char* verb, const opc::model::PartName& part) const;
+  void create(AddonProperties& properties);
   void write(XMLPartType& document, opc::model::Part& part) const;
 
   opc::zippackage::ZipPhysicalPackage physicalPackage_;

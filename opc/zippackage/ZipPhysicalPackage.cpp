@@ -76,8 +76,7 @@ void readAdded(const detail::AddedItem& item, ByteBuffer& into, std::uint64_t li
   into.resizeForOverwrite(size);
 }
 
-std::string systemPath(const std::u16string& path) {
-  std::string bytes = toUtf8(path);
+const std::string& requirePath(const std::string& bytes) {
   if (bytes.empty()) throw Exception(ErrorCode::InvalidArgument, "the path is empty");
   if (bytes.find('\0') != std::string::npos) {
     throw Exception(ErrorCode::InvalidArgument, "the path holds a NUL");
@@ -154,6 +153,9 @@ ZipPhysicalPackage::ZipPhysicalPackage(const std::u16string& path, bool replaceE
       path_(toUtf8ForDisplay(path)),
       replaceExisting_(replaceExisting) {}
 
+ZipPhysicalPackage::ZipPhysicalPackage(const SystemPath& path, bool replaceExisting)
+    : givenBytes_(path.bytes), path_(givenBytes_), replaceExisting_(replaceExisting) {}
+
 ZipPhysicalPackage::~ZipPhysicalPackage() = default;
 
 void ZipPhysicalPackage::open(OpenMode mode) {
@@ -161,11 +163,15 @@ void ZipPhysicalPackage::open(OpenMode mode) {
   current_ = mode == OpenMode::Create ? openNew() : openExisting(mode);
 }
 
+std::string ZipPhysicalPackage::systemPath() const {
+  return requirePath(givenBytes_.empty() ? toUtf8(givenPath_) : givenBytes_);
+}
+
 std::unique_ptr<ZipPhysicalPackage::Session> ZipPhysicalPackage::openExisting(OpenMode mode) const {
   auto session = std::make_unique<Session>();
   session->mode = mode;
   const auto context = [this] { return "cannot open package '" + path_ + "'"; };
-  session->path = inContext(context, [this] { return systemPath(givenPath_); });
+  session->path = inContext(context, [this] { return systemPath(); });
   PackageFile file(session->path);
   inContext(context, [&] {
     session->old = std::make_unique<detail::OpenedPackage>(std::move(file));
@@ -183,7 +189,7 @@ std::unique_ptr<ZipPhysicalPackage::Session> ZipPhysicalPackage::openNew() const
   session->mode = OpenMode::Create;
   inContext([this] { return "cannot create package '" + path_ + "'"; },
             [&] {
-              session->path = systemPath(givenPath_);
+              session->path = systemPath();
               requireFreePlace(session->path, replaceExisting_);
               prepareForWriting(*session);
             });

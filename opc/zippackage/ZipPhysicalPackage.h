@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "opc/SystemPath.h"
 #include "opc/interfaces/Background.h"
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/interfaces/Progress.h"
@@ -43,6 +44,8 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   /// when it is empty. Both paths are UTF-16 and stand for their UTF-8 bytes.
   ZipPhysicalPackage(const std::u16string& path, bool replaceExisting,
                      const std::u16string& temporaryFolder);
+  /// The same for a path in the system's bytes, whatever they are.
+  ZipPhysicalPackage(const SystemPath& path, bool replaceExisting);
   ~ZipPhysicalPackage() override;
 
   /// For Create the folder must exist and be writable, and the path must not name a folder.
@@ -70,6 +73,7 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
  private:
   struct Session;  // from open to close
 
+  std::string systemPath() const;
   std::unique_ptr<Session> openExisting(interfaces::OpenMode mode) const;
   std::unique_ptr<Session> openNew() const;
   void prepareForWriting(Session& session) const;
@@ -82,7 +86,8 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   /// was removed.
   Session& sessionWith(interfaces::ItemIndex item) const;
 
-  std::u16string givenPath_;
+  std::u16string givenPath_;  // empty when bytes were given
+  std::string givenBytes_;
   std::u16string temporaryFolder_;
   std::string path_;  // for messages
   bool replaceExisting_;

@@ -310,11 +310,6 @@ class General(kraddontest.CliTest):
     def test_no_library_that_could_reach_a_network_is_loaded(self):
         self.assertEqual([name for name in self.libraries() if "curl" in name or "ssl" in name], [])
 
-    def test_a_path_that_is_not_utf8_is_told(self):
-        result = self.fails("info", b"caf\xe9.kraddon",
-                            message="cannot open 'caf\\xe9.kraddon': it is not UTF-8")
-        self.assertEqual(result.code, 1)
-
 
 if __name__ == "__main__":
     kraddontest.main()

@@ -179,8 +179,7 @@ report::BuildResult rehearse(const Task& task) {
   process::Interrupt::defer();  // a large screenshot is kept in a file
   detail::requireFreePlace(task.output, true);
   AddonProperties properties = propertiesOf(task.project);
-  std::u16string path = detail::toUtf16("cannot create", task.output);
-  AddonPackage package(path, properties);
+  AddonPackage package(opc::SystemPath{task.output}, properties);
   fillPackage(task.project, choiceOf(task), task.rules, package);
   const std::vector<Item> items = readTree(package);
   report::BuildResult result = report::resultFor(task.output, items);

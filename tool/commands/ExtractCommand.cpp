@@ -166,7 +166,6 @@ void writeFiles(AddonPackage& package, const std::vector<Item>& items,
   std::vector<FileSystemEntry> entries;
   entries.reserve(items.size());
   for (const Item& item : items) entries.push_back(*item.entry);
-  detail::toUtf16("cannot extract to", destination);
   const RestoreMode mode =
       invocation.has("force") ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
   process::Interrupt::defer();

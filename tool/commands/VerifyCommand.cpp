@@ -101,7 +101,6 @@ PackageVerdict verify(const std::string& path, Verify& check, const IgnoreRules&
   PackageVerdict failed;
   failed.file = path;
   try {
-    detail::toUtf16("cannot open", path);
     if (path.empty()) throw process::systemFailure("cannot open package", path, ENOENT);
     report::ProgressBar bar(settings);
     return judge(path, check(path, bar.function()), rules);

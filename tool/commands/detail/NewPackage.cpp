@@ -33,7 +33,7 @@ void setTimes(AddonPackage& package, std::int64_t seconds) {
 }  // namespace
 
 NewPackage::NewPackage(const std::string& path, bool replaces)
-    : path_(toUtf16("cannot create", path)), replaces_(replaces), lock_(deferInterrupts(path)) {
+    : path_{path}, replaces_(replaces), lock_(deferInterrupts(path)) {
   requireFreePlace(path, replaces);
 }
 

@@ -27,7 +27,7 @@ class NewPackage {
   void commit(opc::zippackage::WriteOptions options, const line::Settings& settings);
 
  private:
-  std::u16string path_;
+  opc::SystemPath path_;
   bool replaces_;
   process::PackageLock lock_;
   std::unique_ptr<AddonPackage> package_;

@@ -33,7 +33,7 @@ constexpr std::u16string_view kSignatureOrigin =
     u"http://schemas.openxmlformats.org/package/2006/relationships/digital-signature/origin";
 
 std::unique_ptr<AddonPackage> open(const std::string& path, opc::interfaces::OpenMode mode) {
-  auto package = std::make_unique<AddonPackage>(toUtf16("cannot open", path));
+  auto package = std::make_unique<AddonPackage>(opc::SystemPath{path});
   package->logicalPackage().open(mode);
   return package;
 }
