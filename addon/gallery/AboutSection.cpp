@@ -4,9 +4,14 @@
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Prose.h"
 #include "addon/gallery/Sections.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
 #include "text/ByteCount.h"
 
 namespace addon::gallery {
+
+using packaging::AddonLicense;
+using packaging::AddonProperties;
 
 namespace {
 
@@ -44,30 +49,32 @@ std::string countText(const Page& page) {
 }
 
 void writeFacts(HtmlWriter& html, const Page& page) {
+  const auto& properties = page.get<AddonProperties>();
   FactList facts(html);
-  facts.add("Version", page.version);
-  facts.add("Made for", page.release);
-  facts.add("Type", page.type);
-  facts.add("Author", page.author);
-  facts.add("Organization", page.organization);
-  facts.add("Contact", page.contact, writeContact);
+  facts.add("Version", utf8(properties.version));
+  facts.add("Made for", utf8(properties.KorvanRelease));
+  facts.add("Type", utf8(properties.type));
+  facts.add("Author", utf8(properties.authorName));
+  facts.add("Organization", utf8(properties.authorOrganization));
+  facts.add("Contact", utf8(properties.authorContact), writeContact);
   facts.add("Created", page.created, writeDate);
   facts.add("Modified", page.modified, writeDate);
   facts.add("Content", countText(page));
   facts.add("Size", sizeText(page));
-  facts.add("License", page.licenseType);
-  facts.add("GUID", page.guid, writeCode);
+  facts.add("License", utf8(page.get<AddonLicense>().type));
+  facts.add("GUID", utf8(properties.GUID), writeCode);
 }
 
 }  // namespace
 
 void writeAbout(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
+  const std::string description = utf8(page.get<AddonProperties>().description);
   html.element("div", {{"class", "columns"}}, [&] {
     html.element("div", {{"class", "prose"}}, [&] {
-      if (page.description.empty()) {
+      if (description.empty()) {
         html.element("p", {{"class", "muted"}}, "This add-on has no description.");
       }
-      Prose(html).write(page.description, 3);
+      Prose(html).write(description, 3);
     });
     html.newLine();
     html.element("dl", {{"class", "facts"}}, [&] { writeFacts(html, page); });

@@ -2,37 +2,74 @@
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Prose.h"
 #include "addon/gallery/Sections.h"
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonConfiguration.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonRevisionHistory.h"
+#include "addon/packaging/AddonSystemRequirements.h"
 #include "text/ByteCount.h"
 
 namespace addon::gallery {
+
+using packaging::AddonAppInstall;
+using packaging::AddonAppInstallList;
+using packaging::AddonConfiguration;
+using packaging::AddonLicense;
+using packaging::AddonRevision;
+using packaging::AddonRevisionHistory;
+using packaging::AddonSystemRequirements;
+using packaging::ConstRecord;
+using packaging::Field;
+using packaging::FieldKind;
+using packaging::kMember;
 
 namespace {
 
 constexpr std::string_view kNone = "\xE2\x80\x93";  // an en dash
 
-void writeCell(HtmlWriter& html, std::string_view text) {
-  html.element("td", [&] { writeIsolated(html, text.empty() ? kNone : text); });
+void writeRecords(HtmlWriter& html, std::string_view caption, const ConstRecord& record,
+                  const Field& list);
+
+void writeValue(HtmlWriter& html, const ConstRecord& record, const Field& field) {
+  if (record.isEmpty(field)) return writeIsolated(html, kNone);
+  switch (field.kind()) {
+    case FieldKind::Text:
+      return writeIsolated(html, utf8(record.text(field)));
+    case FieldKind::Flag:
+      return html.text(record.flag(field) ? "yes" : "no");
+    case FieldKind::Texts:
+      return html.element("ul", [&] {
+        for (const std::u16string& text : record.texts(field)) {
+          html.element("li", [&] { writeIsolated(html, utf8(text)); });
+        }
+      });
+    case FieldKind::Records:
+      return writeRecords(html, "", record, field);
+  }
 }
 
-void writeRequirementTable(HtmlWriter& html, std::string_view caption,
-                           const std::vector<PageRequirement>& requirements) {
-  if (requirements.empty()) return;
+/// A table of one row a record, the first column its heading.
+void writeRecords(HtmlWriter& html, std::string_view caption, const ConstRecord& record,
+                  const Field& list) {
+  if (record.isEmpty(list)) return;
+  const auto& fields = list.table().fields;
   html.element("table", [&] {
-    html.element("caption", caption);
+    if (!caption.empty()) html.element("caption", caption);
     html.element("thead", [&] {
       html.element("tr", [&] {
-        html.element("th", {{"scope", "col"}}, "Name");
-        html.element("th", {{"scope", "col"}}, "Version");
-        html.element("th", {{"scope", "col"}}, "Identifier");
+        for (const Field& field : fields) {
+          html.element("th", {{"scope", "col"}}, packaging::labelOf(field.name));
+        }
       });
     });
     html.element("tbody", [&] {
-      for (const PageRequirement& each : requirements) {
+      for (std::size_t i = 0; i < record.size(list); ++i) {
+        const ConstRecord each = record.at(list, i);
         html.element("tr", [&] {
-          html.element("th", {{"scope", "row"}},
-                       [&] { writeIsolated(html, each.name.empty() ? kNone : each.name); });
-          writeCell(html, each.version);
-          writeCell(html, each.identifier);
+          html.element("th", {{"scope", "row"}}, [&] { writeValue(html, each, fields.front()); });
+          for (const Field& field : fields.subspan(1)) {
+            html.element("td", [&] { writeValue(html, each, field); });
+          }
         });
         html.newLine();
       }
@@ -41,19 +78,19 @@ void writeRequirementTable(HtmlWriter& html, std::string_view caption,
   html.newLine();
 }
 
-void writeApp(HtmlWriter& html, const PageApp& app) {
-  html.element("h3", {{"dir", "auto"}}, app.name.empty() ? "App without a name" : app.name);
-  if (!app.path.empty()) {
-    html.element("p", {{"class", "path"}}, [&] { writeCode(html, app.path); });
+void writeApp(HtmlWriter& html, const AddonAppInstall& app) {
+  html.element("h3", {{"dir", "auto"}}, app.name.empty() ? "App without a name" : utf8(app.name));
+  if (!app.relativePath.empty()) {
+    html.element("p", {{"class", "path"}}, [&] { writeCode(html, utf8(app.relativePath)); });
   }
   if (!app.guid.empty()) {
     html.element("p", {{"class", "muted small"}}, [&] {
       html.text("GUID ");
-      writeCode(html, app.guid);
+      writeCode(html, utf8(app.guid));
     });
   }
   html.element("p", [&] {
-    if (app.isInstalledByDefault) {
+    if (app.installByDefault) {
       html.element("span", {{"class", "chip yes"}}, "Installed by default");
     } else {
       html.element("span", {{"class", "chip"}}, "Installed on request");
@@ -61,26 +98,26 @@ void writeApp(HtmlWriter& html, const PageApp& app) {
   });
 }
 
-void writeRevision(HtmlWriter& html, const PageRevision& revision, Prose& prose) {
+void writeRevision(HtmlWriter& html, const AddonRevision& revision, Prose& prose) {
   html.element("h3", [&] {
     if (revision.version.empty()) return html.text("Revision without a version");
     html.text("Version ");
-    writeIsolated(html, revision.version);
+    writeIsolated(html, utf8(revision.version));
   });
   if (!revision.date.empty()) {
-    html.element("p", {{"class", "date"}}, [&] { writeDate(html, revision.date); });
+    html.element("p", {{"class", "date"}}, [&] { writeDate(html, utf8(revision.date)); });
   }
   html.newLine();
-  html.element("div", {{"class", "prose"}}, [&] { prose.write(revision.description, 4); });
+  html.element("div", {{"class", "prose"}}, [&] { prose.write(utf8(revision.description), 4); });
 }
 
 void writePathList(HtmlWriter& html, std::string_view title,
-                   const std::vector<std::string>& paths) {
+                   const std::vector<std::u16string>& paths) {
   if (paths.empty()) return;
   html.element("h3", title);
   html.element("ol", {{"class", "paths"}}, [&] {
-    for (const std::string& path : paths) {
-      html.element("li", [&] { writeCode(html, path.empty() ? kNone : path); });
+    for (const std::u16string& path : paths) {
+      html.element("li", [&] { writeCode(html, path.empty() ? std::string(kNone) : utf8(path)); });
     }
   });
   html.newLine();
@@ -88,14 +125,33 @@ void writePathList(HtmlWriter& html, std::string_view title,
 
 }  // namespace
 
+void writeDocument(HtmlWriter& html, const ConstRecord& document, bool isList) {
+  const auto& fields = document.table().fields;
+  if (isList) return writeRecords(html, "", document, fields.front());
+  html.element("dl", {{"class", "facts"}}, [&] {
+    for (const Field& field : fields) {
+      if (document.isEmpty(field)) continue;
+      html.element("div", [&] {
+        html.element("dt", packaging::labelOf(field.name));
+        html.element("dd", [&] { writeValue(html, document, field); });
+      });
+      html.newLine();
+    }
+  });
+}
+
 void writeRequirements(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
-  writeRequirementTable(html, "Products", page.products);
-  writeRequirementTable(html, "Support packages", page.supportPackages);
+  const ConstRecord record(page.get<AddonSystemRequirements>());
+  const auto& table = record.table();
+  writeRecords(html, "Products", record,
+               table.of(kMember<&AddonSystemRequirements::productDependencies>));
+  writeRecords(html, "Support packages", record,
+               table.of(kMember<&AddonSystemRequirements::supportPackageDependencies>));
 }
 
 void writeApps(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
   html.element("ul", {{"class", "cards"}}, [&] {
-    for (const PageApp& app : page.apps) {
+    for (const AddonAppInstall& app : page.get<AddonAppInstallList>().apps) {
       html.element("li", {{"class", "card text"}}, [&] { writeApp(html, app); });
       html.newLine();
     }
@@ -105,7 +161,7 @@ void writeApps(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
 void writeRevisions(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
   Prose prose(html);
   html.element("ol", {{"class", "timeline"}}, [&] {
-    for (const PageRevision& revision : page.revisions) {
+    for (const AddonRevision& revision : page.get<AddonRevisionHistory>().revisions) {
       html.element("li", [&] { writeRevision(html, revision, prose); });
       html.newLine();
     }
@@ -113,18 +169,21 @@ void writeRevisions(HtmlWriter& html, const Page& page, PageImages& /*images*/) 
 }
 
 void writeSearchPath(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
-  writePathList(html, "Folders of the add-on", page.searchPath);
-  writePathList(html, "Java class path", page.javaClassPath);
+  const auto& configuration = page.get<AddonConfiguration>();
+  writePathList(html, "Folders of the add-on", configuration.korvanPaths);
+  writePathList(html, "Java class path", configuration.javaClassPaths);
 }
 
 void writeLicense(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
-  if (!page.licenseType.empty()) {
-    html.element("p", {{"class", "license-type"}, {"dir", "auto"}}, page.licenseType);
+  const std::string type = utf8(page.get<AddonLicense>().type);
+  const std::string terms = utf8(page.get<AddonLicense>().text);
+  if (!type.empty()) {
+    html.element("p", {{"class", "license-type"}, {"dir", "auto"}}, type);
   }
-  if (page.licenseText.empty()) return;
+  if (terms.empty()) return;
   html.element("details", {{"class", "license"}}, [&] {
-    html.element("summary", "The terms in full, " + text::describeBytes(page.licenseText.size()));
-    html.element("div", {{"class", "terms"}, {"dir", "auto"}}, page.licenseText);
+    html.element("summary", "The terms in full, " + text::describeBytes(terms.size()));
+    html.element("div", {{"class", "terms"}, {"dir", "auto"}}, terms);
   });
 }
 

@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Sections.h"
+#include "addon/packaging/AddonExamples.h"
 
 namespace addon::gallery {
+
+using packaging::Example;
+using packaging::ExampleCategory;
 
 namespace {
 
 /// The name of an example, or else of its file.
-std::string titleOf(const PageExample& example) {
-  if (!example.name.empty()) return example.name;
-  const std::string& file = example.main.empty() ? example.source : example.main;
+std::string titleOf(const Example& example) {
+  if (!example.name.empty()) return utf8(example.name);
+  const std::string file = utf8(example.main.empty() ? example.source : example.main);
   return file.empty() ? "Example without a name" : std::string(lastName(file));
 }
 
@@ -32,11 +36,12 @@ void writeThumbnail(HtmlWriter& html, const PageImage& image) {
   });
 }
 
-void writeImages(HtmlWriter& html, const PageExample& example, PageImages& images) {
+void writeImages(HtmlWriter& html, const Example& example, PageImages& images) {
   html.element("details", [&] {
     html.element("summary", counted(example.images.size(), "image"));
     html.element("ul", {{"class", "images"}}, [&] {
-      for (const std::string& path : example.images) {
+      for (const std::u16string& each : example.images) {
+        const std::string path = utf8(each);
         const PageImage image = images.file(path);
         html.element("li", [&] {
           if (!image.address.empty()) {
@@ -59,30 +64,30 @@ void writeFileLine(HtmlWriter& html, std::string_view label, std::string_view pa
   });
 }
 
-void writeExample(HtmlWriter& html, const PageExample& example, PageImages& images) {
-  writeThumbnail(html, images.file(example.thumbnail));
+void writeExample(HtmlWriter& html, const Example& example, PageImages& images) {
+  writeThumbnail(html, images.file(utf8(example.thumbnail)));
   html.element("div", {{"class", "body"}}, [&] {
     html.element("h4", {{"dir", "auto"}}, titleOf(example));
     if (!example.type.empty()) {
       html.element("p", [&] {
-        html.element("span", {{"class", "chip"}}, [&] { writeIsolated(html, example.type); });
+        html.element("span", {{"class", "chip"}}, [&] { writeIsolated(html, utf8(example.type)); });
       });
     }
-    writeFileLine(html, "Main file", example.main);
-    if (example.source != example.main) writeFileLine(html, "Source", example.source);
+    writeFileLine(html, "Main file", utf8(example.main));
+    if (example.source != example.main) writeFileLine(html, "Source", utf8(example.source));
     if (!example.images.empty()) writeImages(html, example, images);
   });
 }
 
-void writeCategory(HtmlWriter& html, const PageCategory& category, PageImages& images) {
+void writeCategory(HtmlWriter& html, const ExampleCategory& category, PageImages& images) {
   html.element("h3", {{"dir", "auto"}},
-               category.name.empty() ? "Without a category" : category.name);
+               category.name.empty() ? "Without a category" : utf8(category.name));
   if (category.examples.empty()) {
     html.element("p", {{"class", "muted"}}, "There are no examples in this category.");
     return;
   }
   html.element("ul", {{"class", "cards"}}, [&] {
-    for (const PageExample& example : category.examples) {
+    for (const Example& example : category.examples) {
       html.element("li", {{"class", "card"}}, [&] { writeExample(html, example, images); });
       html.newLine();
     }
@@ -93,7 +98,9 @@ void writeCategory(HtmlWriter& html, const PageCategory& category, PageImages& i
 }  // namespace
 
 void writeExamples(HtmlWriter& html, const Page& page, PageImages& images) {
-  for (const PageCategory& category : page.categories) writeCategory(html, category, images);
+  for (const ExampleCategory& category : page.get<packaging::AddonExamples>().categories) {
+    writeCategory(html, category, images);
+  }
 }
 
 }  // namespace addon::gallery

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "addon/gallery/Pieces.h"
 #include "addon/gallery/Sections.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
 
 namespace addon::gallery {
+
+using packaging::AddonLicense;
+using packaging::AddonProperties;
 
 namespace {
 
@@ -14,29 +19,37 @@ void writeChip(HtmlWriter& html, std::string_view label, std::string_view value)
   });
 }
 
-void writeAuthor(HtmlWriter& html, const Page& page) {
-  if (page.author.empty() && page.organization.empty()) return;
+void writeAuthor(HtmlWriter& html, const AddonProperties& properties) {
+  const std::string author = utf8(properties.authorName);
+  const std::string organization = utf8(properties.authorOrganization);
+  if (author.empty() && organization.empty()) return;
   html.element("p", {{"class", "by"}}, [&] {
     html.text("by ");
-    if (!page.author.empty()) html.element("strong", [&] { writeIsolated(html, page.author); });
-    if (page.organization.empty()) return;
-    if (!page.author.empty()) html.text(", ");
-    writeIsolated(html, page.organization);
+    if (!author.empty()) html.element("strong", [&] { writeIsolated(html, author); });
+    if (organization.empty()) return;
+    if (!author.empty()) html.text(", ");
+    writeIsolated(html, organization);
   });
 }
 
 void writeTitle(HtmlWriter& html, const Page& page) {
-  if (!page.type.empty()) html.element("p", {{"class", "type"}, {"dir", "auto"}}, page.type);
+  const auto& properties = page.get<AddonProperties>();
+  const std::string type = utf8(properties.type);
+  const std::string summary = utf8(properties.summary);
+  const std::string version = utf8(properties.version);
+  const std::string release = utf8(properties.KorvanRelease);
+  const std::string license = utf8(page.get<AddonLicense>().type);
+  if (!type.empty()) html.element("p", {{"class", "type"}, {"dir", "auto"}}, type);
   html.element("h1", {{"dir", "auto"}}, page.name);
-  if (!page.summary.empty()) {
-    html.element("p", {{"class", "summary"}, {"dir", "auto"}}, page.summary);
+  if (!summary.empty()) {
+    html.element("p", {{"class", "summary"}, {"dir", "auto"}}, summary);
   }
-  writeAuthor(html, page);
-  if (page.version.empty() && page.release.empty() && page.licenseType.empty()) return;
+  writeAuthor(html, properties);
+  if (version.empty() && release.empty() && license.empty()) return;
   html.element("ul", {{"class", "chips"}}, [&] {
-    writeChip(html, "Version ", page.version);
-    writeChip(html, "Made for ", page.release);
-    writeChip(html, "License ", page.licenseType);
+    writeChip(html, "Version ", version);
+    writeChip(html, "Made for ", release);
+    writeChip(html, "License ", license);
   });
 }
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace addon::gallery {
+#include "addon/packaging/DocumentTable.h"
 
-// What a page shows, as plain values. Texts are UTF-8, not escaped, and "" if they are not set.
+namespace addon::gallery {
 
 struct PageFile {
   std::string path;
@@ -15,65 +15,27 @@ struct PageFile {
   bool isFolder = false;  ///< an empty folder; others are implied by their files
 };
 
-struct PageExample {
-  std::string name;
-  std::string type;
-  std::string source;
-  std::string main;
-  std::string thumbnail;
-  std::vector<std::string> images;
-};
-
-struct PageCategory {
-  std::string name;
-  std::vector<PageExample> examples;
-};
-
-struct PageApp {
-  std::string name;
-  std::string guid;
-  std::string path;
-  bool isInstalledByDefault = false;
-};
-
-struct PageRevision {
-  std::string date;  ///< free text
-  std::string version;
-  std::string description;
-};
-
-struct PageRequirement {
-  std::string name;
-  std::string version;
-  std::string identifier;
-};
-
-/// A whole add-on.
+/// What a page shows: the documents, and what the package says beside them.
 struct Page {
-  std::string name;  ///< never empty
-  std::string type;
-  std::string version;
-  std::string release;
-  std::string summary;
-  std::string description;
-  std::string author;
-  std::string contact;
-  std::string organization;
-  std::string guid;
-  std::string created;   ///< "2026-02-01T10:00:00Z"
-  std::string modified;  ///< the same
-  std::vector<PageRequirement> products;
-  std::vector<PageRequirement> supportPackages;
-  std::vector<PageCategory> categories;
-  std::vector<PageApp> apps;
-  std::vector<PageRevision> revisions;
-  std::string licenseType;
-  std::string licenseText;
-  std::vector<std::string> searchPath;
-  std::vector<std::string> javaClassPath;
-  std::vector<PageFile> files;  ///< depth first, as the tree is ordered
+  Page();
+
+  std::string name;                                 ///< never empty
+  std::string created;                              ///< "2026-02-01T10:00:00Z"
+  std::string modified;                             ///< the same
+  std::vector<packaging::OwnedDocument> documents;  ///< all kinds, in the order of their list
+  std::vector<PageFile> files;                      ///< depth first, as the tree is ordered
   std::uint64_t packedSize = 0;
+
+  /// Those of one class, "" and no entries when the package has none.
+  template <typename Document>
+  Document& get() const {
+    return dynamic_cast<Document&>(*find(Document::kTable).part);
+  }
+  const packaging::OwnedDocument& find(const packaging::DocumentTable& table) const;
 };
+
+/// A text of the package, in UTF-8. Nothing is escaped.
+std::string utf8(const std::u16string& text);
 
 /// An image for a page, or the reason why there is none.
 struct PageImage {

@@ -7,8 +7,19 @@
 
 #include "addon/gallery/Sections.h"
 #include "addon/gallery/StyleSheet.h"
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonConfiguration.h"
+#include "addon/packaging/AddonExamples.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/AddonRevisionHistory.h"
+#include "addon/packaging/AddonSystemRequirements.h"
+#include "addon/packaging/Documents.h"
 
 namespace addon::gallery {
+
+using packaging::ConstRecord;
+using packaging::DocumentTable;
 
 namespace {
 
@@ -17,29 +28,50 @@ constexpr std::string_view kPolicy =
     "default-src 'none'; style-src 'unsafe-inline'; img-src data:; base-uri 'none'; "
     "form-action 'none'";
 
-bool hasRequirements(const Page& page) {
-  return !page.products.empty() || !page.supportPackages.empty();
+/// A section made for a document or, without one, for the files.
+struct KnownSection {
+  const char* id;
+  const char* title;
+  const DocumentTable* table;
+  void (*write)(HtmlWriter& html, const Page& page, PageImages& images);
+};
+constexpr std::array kKnownSections{
+    KnownSection{"about", "About", &packaging::AddonProperties::kTable, writeAbout},
+    KnownSection{"requirements", "Requirements", &packaging::AddonSystemRequirements::kTable,
+                 writeRequirements},
+    KnownSection{"examples", "Examples", &packaging::AddonExamples::kTable, writeExamples},
+    KnownSection{"apps", "Apps", &packaging::AddonAppInstallList::kTable, writeApps},
+    KnownSection{"revisions", "Revisions", &packaging::AddonRevisionHistory::kTable,
+                 writeRevisions},
+    KnownSection{"search-path", "Search path", &packaging::AddonConfiguration::kTable,
+                 writeSearchPath},
+    KnownSection{"license", "License", &packaging::AddonLicense::kTable, writeLicense},
+    KnownSection{"files", "Files", nullptr, writeFiles}};
+
+bool isEmpty(const ConstRecord& record) {
+  const auto& fields = record.table().fields;
+  return std::all_of(fields.begin(), fields.end(),
+                     [&](const auto& field) { return record.isEmpty(field); });
 }
 
-bool hasSearchPath(const Page& page) {
-  return !page.searchPath.empty() || !page.javaClassPath.empty();
+bool isThere(const KnownSection& section, const Page& page) {
+  if (section.table == nullptr) return !page.files.empty();
+  return section.table == &packaging::AddonProperties::kTable ||
+         !isEmpty(page.find(*section.table).record);
 }
 
-bool hasLicense(const Page& page) {
-  return !page.licenseType.empty() || !page.licenseText.empty();
+void addOtherDocuments(const Page& page, std::vector<Section>& sections) {
+  for (const DocumentTable* table : packaging::documents()) {
+    const bool isKnown = std::any_of(kKnownSections.begin(), kKnownSections.end(),
+                                     [&](const auto& section) { return section.table == table; });
+    const ConstRecord record = page.find(*table).record;
+    if (isKnown || isEmpty(record)) continue;
+    sections.push_back({table->name(), packaging::labelOf(table->name()),
+                        [record, table](HtmlWriter& html, PageImages& /*images*/) {
+                          writeDocument(html, record, table->isList);
+                        }});
+  }
 }
-
-constexpr std::array kSections{
-    Section{"about", "About", [](const Page&) { return true; }, writeAbout},
-    Section{"requirements", "Requirements", hasRequirements, writeRequirements},
-    Section{"examples", "Examples", [](const Page& page) { return !page.categories.empty(); },
-            writeExamples},
-    Section{"apps", "Apps", [](const Page& page) { return !page.apps.empty(); }, writeApps},
-    Section{"revisions", "Revisions", [](const Page& page) { return !page.revisions.empty(); },
-            writeRevisions},
-    Section{"search-path", "Search path", hasSearchPath, writeSearchPath},
-    Section{"license", "License", hasLicense, writeLicense},
-    Section{"files", "Files", [](const Page& page) { return !page.files.empty(); }, writeFiles}};
 
 void writeHead(HtmlWriter& html, const Page& page) {
   html.empty("meta", {{"charset", "utf-8"}});
@@ -49,24 +81,23 @@ void writeHead(HtmlWriter& html, const Page& page) {
   html.empty("meta", {{"name", "referrer"}, {"content", "no-referrer"}});
   html.empty("meta", {{"name", "viewport"}, {"content", "width=device-width, initial-scale=1"}});
   html.empty("meta", {{"name", "color-scheme"}, {"content", "light dark"}});
-  if (!page.summary.empty()) {
-    html.empty("meta", {{"name", "description"}, {"content", page.summary}});
-  }
+  const auto& properties = page.get<packaging::AddonProperties>();
+  const std::string summary = utf8(properties.summary);
+  if (!summary.empty()) html.empty("meta", {{"name", "description"}, {"content", summary}});
   html.newLine();
-  html.element("title", page.version.empty() ? page.name : page.name + " " + page.version);
+  const std::string version = utf8(properties.version);
+  html.element("title", version.empty() ? page.name : page.name + " " + version);
   html.newLine();
   std::string sheet;
   for (const auto part : {kPageStyle, kSectionsStyle, kFilesStyle, kMediaStyle}) sheet += part;
   html.style(sheet);
 }
 
-void writeNavigation(HtmlWriter& html, const Page& page) {
-  const auto isThere = [&](const Section& section) { return section.isThere(page); };
-  if (std::count_if(kSections.begin(), kSections.end(), isThere) < 2) return;
+void writeNavigation(HtmlWriter& html, const std::vector<Section>& sections) {
+  if (sections.size() < 2) return;
   const auto links = [&] {
-    for (const Section& section : kSections) {
-      if (!section.isThere(page)) continue;
-      const std::string target = "#" + std::string(section.id);
+    for (const Section& section : sections) {
+      const std::string target = "#" + section.id;
       html.element("li", [&] { html.element("a", {{"href", target}}, section.title); });
     }
   };
@@ -75,13 +106,12 @@ void writeNavigation(HtmlWriter& html, const Page& page) {
   html.newLine();
 }
 
-void writeSections(HtmlWriter& html, const Page& page, PageImages& images) {
-  for (const Section& section : kSections) {
-    if (!section.isThere(page)) continue;
+void writeSections(HtmlWriter& html, const std::vector<Section>& sections, PageImages& images) {
+  for (const Section& section : sections) {
     html.element("section", {{"aria-labelledby", section.id}}, [&] {
       html.element("h2", {{"id", section.id}}, section.title);
       html.newLine();
-      section.write(html, page, images);
+      section.write(html, images);
     });
     html.newLine();
   }
@@ -91,9 +121,10 @@ void writeBody(HtmlWriter& html, const Page& page, PageImages& images) {
   html.element("a", {{"class", "skip"}, {"href", "#main"}}, "Skip to the content");
   html.newLine();
   writeHero(html, page, images);
-  writeNavigation(html, page);
+  const std::vector<Section> sections = sectionsOf(page);
+  writeNavigation(html, sections);
   html.element("main", {{"id", "main"}, {"tabindex", "-1"}},
-               [&] { writeSections(html, page, images); });
+               [&] { writeSections(html, sections, images); });
   html.newLine();
   html.element("footer", [&] {
     html.element("p", "Made with kraddon preview. This page runs no script and loads nothing.");
@@ -103,8 +134,17 @@ void writeBody(HtmlWriter& html, const Page& page, PageImages& images) {
 
 }  // namespace
 
-std::span<const Section> sections() {
-  return kSections;
+std::vector<Section> sectionsOf(const Page& page) {
+  std::vector<Section> sections;
+  for (const KnownSection& known : kKnownSections) {
+    if (known.table == nullptr) addOtherDocuments(page, sections);
+    if (!isThere(known, page)) continue;
+    sections.push_back(
+        {known.id, known.title, [&page, write = known.write](HtmlWriter& html, PageImages& images) {
+           write(html, page, images);
+         }});
+  }
+  return sections;
 }
 
 void writePage(const Page& page, PageImages& images, const HtmlWriter::Sink& sink) {

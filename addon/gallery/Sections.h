@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <span>
+#include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,21 +12,23 @@
 
 namespace addon::gallery {
 
-/// A part of the page with its own heading, left out if there is nothing to show.
+/// A part of the page with its own heading.
 struct Section {
-  std::string_view id;
-  std::string_view title;
-  bool (*isThere)(const Page& page);
-  void (*write)(HtmlWriter& html, const Page& page, PageImages& images);
+  std::string id;
+  std::string title;
+  std::function<void(HtmlWriter& html, PageImages& images)> write;
 };
 
-/// In the order of the page.
-std::span<const Section> sections();
+/// Those for which there is something to show, in the order of the page, which must outlive them.
+std::vector<Section> sectionsOf(const Page& page);
 
 /// The part above the sections: name, summary, author and screenshot.
 void writeHero(HtmlWriter& html, const Page& page, PageImages& images);
 
-// The functions in sections().
+/// A document that has no section made for it: all of its fields.
+void writeDocument(HtmlWriter& html, const packaging::ConstRecord& document, bool isList);
+
+// The sections.
 void writeAbout(HtmlWriter& html, const Page& page, PageImages& images);
 void writeRequirements(HtmlWriter& html, const Page& page, PageImages& images);
 void writeExamples(HtmlWriter& html, const Page& page, PageImages& images);

@@ -80,6 +80,9 @@ struct Field : FieldOptions {
   const RecordTable& table() const { return *member->table; }
 };
 
+/// "Install by default" for "installByDefault".
+std::string labelOf(std::string_view name);
+
 /// An attribute that is always written and never read.
 struct XmlConstant {
   const char* xml;
@@ -95,6 +98,8 @@ struct RecordTable {
 
   /// Null when there is none of that name.
   const Field* find(std::string_view name) const;
+  /// The field of a member, which must have one.
+  const Field& of(const Member& member) const;
 };
 
 /// The table of a record class. A document's has an overload of its own.

@@ -5,8 +5,18 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "addon/gallery/Sections.h"
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonConfiguration.h"
+#include "addon/packaging/AddonExamples.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/AddonRevisionHistory.h"
+#include "addon/packaging/AddonSystemRequirements.h"
+
+using namespace addon::packaging;
 
 namespace {
 
@@ -48,6 +58,16 @@ Page namedPage() {
   return page;
 }
 
+Example& addExample(std::u16string name, std::u16string thumbnail,
+                    std::vector<std::u16string> images, Page& page) {
+  auto& categories = page.get<AddonExamples>().categories;
+  Example& example = categories.emplace_back().examples.emplace_back();
+  example.name = std::move(name);
+  example.thumbnail = std::move(thumbnail);
+  example.images = std::move(images);
+  return example;
+}
+
 TEST(PageWriter, WritesAPageForANameAlone) {
   const std::string page = pageOf(namedPage());
 
@@ -64,19 +84,31 @@ TEST(PageWriter, WritesAPageForANameAlone) {
 
 TEST(PageWriter, WritesASectionForEachDocument) {
   Page page = namedPage();
-  page.products = {{"Korvan", "9.1", "KV"}};
-  page.categories = {{"Filters", {{"A tone", "script", "a.m", "a.m", "", {}}}}};
-  page.apps = {{"Viewer", "guid", "apps/v.m", true}, {"Designer", "", "", false}};
-  page.revisions = {{"2026-02-01", "1.2", "Faster."}, {"Spring", "1.1", ""}};
-  page.licenseText = "Do as you like.";
-  page.searchPath = {"filters"};
+  auto& product = page.get<AddonSystemRequirements>().productDependencies.emplace_back();
+  product.name = u"Korvan";
+  product.version = u"9.1";
+  product.identifier = u"KV";
+  addExample(u"A tone", u"", {}, page).main = u"a.m";
+  auto& apps = page.get<AddonAppInstallList>().apps;
+  apps.resize(2);
+  apps[0].name = u"Viewer";
+  apps[0].relativePath = u"apps/v.m";
+  apps[0].installByDefault = true;
+  auto& revisions = page.get<AddonRevisionHistory>().revisions;
+  revisions.resize(2);
+  revisions[0].date = u"2026-02-01";
+  revisions[0].description = u"Faster.";
+  revisions[1].date = u"Spring";
+  page.get<AddonLicense>().text = u"Do as you like.";
+  page.get<AddonConfiguration>().korvanPaths = {u"filters"};
   page.files = {{"a.m", 1000}, {"empty", 0, true}};
 
   const std::string written = pageOf(page);
 
-  for (const auto& section : addon::gallery::sections()) {
-    EXPECT_TRUE(has(written, "<h2 id=\"" + std::string(section.id) + "\">")) << section.id;
-    EXPECT_TRUE(has(written, "<a href=\"#" + std::string(section.id) + "\">")) << section.id;
+  for (const char* id : {"about", "requirements", "examples", "apps", "revisions", "search-path",
+                         "license", "files"}) {
+    EXPECT_TRUE(has(written, "<h2 id=\"" + std::string(id) + "\">")) << id;
+    EXPECT_TRUE(has(written, "<a href=\"#" + std::string(id) + "\">")) << id;
   }
   EXPECT_TRUE(has(written, "<time datetime=\"2026-02-01\">2026-02-01</time>"));
   EXPECT_TRUE(has(written, "<bdi>Spring</bdi>"));
@@ -87,19 +119,18 @@ TEST(PageWriter, WritesASectionForEachDocument) {
 
 TEST(PageWriter, AContactIsALinkOnlyIfItIsAPlainAddress) {
   Page page = namedPage();
-  page.contact = "ada@example.org";
+  page.get<AddonProperties>().authorContact = u"ada@example.org";
   EXPECT_TRUE(has(pageOf(page), "<a href=\"mailto:ada@example.org\" rel=\"noopener nofollow\">"));
 
-  page.contact = "javascript:alert(1)";
+  page.get<AddonProperties>().authorContact = u"javascript:alert(1)";
   EXPECT_FALSE(has(pageOf(page), "<a href=\"javascript"));
   EXPECT_TRUE(has(pageOf(page), "<bdi>javascript:alert(1)</bdi>"));
 }
 
 TEST(PageWriter, AnImageThatCannotBeShownSaysWhy) {
   Page page = namedPage();
-  page.categories = {
-      {"c",
-       {{"e", "", "", "", "good.png", {"good2.png", "bad.png"}}, {"f", "", "", "", "bad", {}}}}};
+  addExample(u"e", u"good.png", {u"good2.png", u"bad.png"}, page);
+  addExample(u"f", u"bad", {}, page);
   NamedImages images;
   images.shot.absence = "left out: 9.0 MB";
 
