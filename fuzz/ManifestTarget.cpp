@@ -5,32 +5,39 @@
 #include "addon/project/Manifest.h"
 #include "addon/project/PlainText.h"
 #include "fuzz/Require.h"
+#include "opc/Text.h"
 
 namespace {
 
+using addon::packaging::Field;
+using addon::packaging::FieldKind;
+using addon::packaging::Record;
 using addon::project::Manifest;
 using addon::project::ManifestError;
 using addon::project::Text;
 using fuzz::require;
 
+void checkText(const std::u16string& text) {
+  require(addon::project::isManifestText(opc::toUtf8(text)), "a text is fit for a manifest");
+}
+
 void checkText(const Text& text) {
   require(addon::project::isManifestText(text.value), "a text is fit for a manifest");
 }
 
-void checkRequired(const Text& text) {
-  require(text.isGiven() && !text.value.empty(), "a required key is there");
-  require(text.position.column != 0, "a place has a column");
+void checkRequired(const Manifest& manifest, const std::string& key, const std::u16string& text) {
+  require(manifest.isGiven(key) && !text.empty(), "a required key is there");
+  require(manifest.positionOf(key).column != 0, "a place has a column");
   checkText(text);
 }
 
 void check(const Manifest& manifest) {
-  checkRequired(manifest.package.name);
-  checkRequired(manifest.package.version);
-  checkText(manifest.package.description);
-  checkText(manifest.license.text);
-  for (const auto& app : manifest.apps) {
-    checkRequired(app.name);
-    checkRequired(app.file);
+  for (const auto& document : manifest.documents) {
+    visitFields(document, [&](const Record& record, const Field& field, const std::string& key) {
+      if (field.kind() != FieldKind::Text) return;
+      checkText(record.text(field));
+      if (field.isKeyRequired) checkRequired(manifest, key, record.text(field));
+    });
   }
   for (const Text& pattern : manifest.files.exclude.value) checkText(pattern);
   require(manifest.build.level.value >= 0 && manifest.build.level.value <= 9, "a level is one");

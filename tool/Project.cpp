@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <unordered_map>
 
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonProperties.h"
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
@@ -17,10 +19,12 @@
 
 namespace tool {
 
+using addon::packaging::AddonAppInstall;
+using addon::packaging::AddonAppInstallList;
 using addon::packaging::AddonProperties;
-using addon::project::AppSection;
-using addon::project::PackageSection;
-using addon::project::Text;
+using addon::packaging::Field;
+using addon::packaging::OwnedDocument;
+using addon::packaging::Record;
 
 namespace {
 
@@ -40,27 +44,27 @@ std::string readText(const std::string& path) {
   return text;
 }
 
-std::string derivedGuid(const AppSection& app, std::size_t index, const std::string& space) {
-  if (auto guid = addon::project::guidWithin(space, app.file.value)) return *guid;
-  throw ManifestError(app.position, fmt::format("app[{}].guid: expected a GUID of its own, as none "
-                                                "can be derived from package.guid '{}', which is "
-                                                "no GUID",
-                                                index, space));
+std::string derivedGuid(const Manifest& manifest, const AddonAppInstall& app,
+                        const std::string& key, const std::string& space) {
+  if (auto guid = addon::project::guidWithin(space, opc::toUtf8(app.relativePath))) return *guid;
+  throw ManifestError(manifest.positionOf(key),
+                      fmt::format("{}.guid: expected a GUID of its own, as none can be derived "
+                                  "from package.guid '{}', which is no GUID",
+                                  key, space));
 }
 
-[[noreturn]] void refuseSharedGuid(const AppSection& app, const std::vector<std::string>& guids,
+[[noreturn]] void refuseSharedGuid(const Manifest& manifest, const AddonAppInstall& app,
+                                   const std::string& key, const std::string& guid,
                                    std::size_t owner) {
-  const std::size_t index = guids.size() - 1;
-  if (!app.guid.value.empty()) {
-    throw ManifestError(app.guid.position,
-                        fmt::format("app[{}].guid: expected a GUID of its own, and app[{}] has "
-                                    "'{}' too",
-                                    index, owner, guids.back()));
+  if (!app.guid.empty()) {
+    throw ManifestError(manifest.positionOf(key + ".guid"),
+                        fmt::format("{}.guid: expected a GUID of its own, and app[{}] has '{}' too",
+                                    key, owner, guid));
   }
-  throw ManifestError(app.file.position,
-                      fmt::format("app[{}].file: app[{}] has the file '{}' too, and so the same "
-                                  "GUID, expected a 'guid' of its own",
-                                  index, owner, app.file.value));
+  throw ManifestError(manifest.positionOf(key + ".file"),
+                      fmt::format("{}.file: app[{}] has the file '{}' too, and so the same GUID, "
+                                  "expected a 'guid' of its own",
+                                  key, owner, opc::toUtf8(app.relativePath)));
 }
 
 }  // namespace
@@ -71,7 +75,7 @@ std::string Project::onDisk(const std::string& path) const {
 }
 
 std::string manifestPath(const std::string& folder) {
-  return Project{folder, {}}.onDisk(addon::project::kManifestName);
+  return onDisk(folder, addon::project::kManifestName);
 }
 
 Project openProject(const std::string& folder) {
@@ -87,50 +91,44 @@ Project openProject(const std::string& folder) {
   return {folder, addon::project::readManifest(process::readWholeFile(path, kLargestManifest))};
 }
 
-std::string textOf(const Project& project, const Text& text, const Text& file,
-                   std::string_view key) {
-  if (!file.isGiven()) return text.value;
-  try {
-    return readText(project.onDisk(file.value));
-  } catch (const process::Failure& failure) {
-    throw ManifestError(file.position, fmt::format("{}: {}", key, failure.what()));
+void readTextFiles(const Project& project, const OwnedDocument& document) {
+  const Manifest& manifest = project.manifest;
+  addon::project::visitFields(
+      document, [&](const Record& record, const Field& field, const std::string& path) {
+        if (*field.fileKey == '\0') return;
+        const std::string key = path.substr(0, path.rfind('.') + 1) + field.fileKey;
+        const auto file = manifest.textFiles.find(key);
+        if (file == manifest.textFiles.end()) return;
+        try {
+          record.text(field) = opc::fromUtf8(readText(project.onDisk(file->second)));
+        } catch (const process::Failure& failure) {
+          throw ManifestError(manifest.positionOf(key), fmt::format("{}: {}", key, failure.what()));
+        }
+      });
+}
+
+AddonProperties& propertiesOf(const Project& project) {
+  readTextFiles(project, project.manifest.find(AddonProperties::kTable));
+  auto& properties = project.manifest.get<AddonProperties>();
+  if (properties.GUID.empty()) {
+    properties.GUID = opc::fromUtf8(addon::project::guidOfName(opc::toUtf8(properties.name)));
   }
-}
-
-std::string guidOf(const Manifest& manifest) {
-  const PackageSection& package = manifest.package;
-  return package.guid.value.empty() ? addon::project::guidOfName(package.name.value)
-                                    : package.guid.value;
-}
-
-std::vector<std::string> appGuidsOf(const Manifest& manifest) {
-  const std::string space = addon::project::plainGuid(opc::fromUtf8(guidOf(manifest)));
-  std::vector<std::string> guids;
-  std::unordered_map<std::string, std::size_t> owners;
-  for (const AppSection& app : manifest.apps) {
-    guids.push_back(app.guid.value.empty() ? derivedGuid(app, guids.size(), space)
-                                           : app.guid.value);
-    const auto [owner, isNew] =
-        owners.emplace(addon::project::plainGuid(opc::fromUtf8(guids.back())), guids.size() - 1);
-    if (!isNew) refuseSharedGuid(app, guids, owner->second);
-  }
-  return guids;
-}
-
-AddonProperties propertiesOf(const Project& project) {
-  const PackageSection& package = project.manifest.package;
-  AddonProperties properties;
-  properties.type = opc::fromUtf8(package.type.value);
-  properties.name = opc::fromUtf8(package.name.value);
-  properties.version = opc::fromUtf8(package.version.value);
-  properties.summary = opc::fromUtf8(package.summary.value);
-  properties.description = opc::fromUtf8(
-      textOf(project, package.description, package.descriptionFile, "package.description-file"));
-  properties.authorName = opc::fromUtf8(package.author.value);
-  properties.authorContact = opc::fromUtf8(package.contact.value);
-  properties.authorOrganization = opc::fromUtf8(package.organization.value);
-  properties.GUID = opc::fromUtf8(guidOf(project.manifest));
   return properties;
+}
+
+void deriveAppGuids(const Manifest& manifest) {
+  const std::string space = addon::project::plainGuid(manifest.get<AddonProperties>().GUID);
+  std::unordered_map<std::string, std::size_t> owners;
+  auto& apps = manifest.get<AddonAppInstallList>().apps;
+  for (std::size_t i = 0; i < apps.size(); ++i) {
+    const std::string key = fmt::format("app[{}]", i);
+    const std::u16string guid = apps[i].guid.empty()
+                                    ? opc::fromUtf8(derivedGuid(manifest, apps[i], key, space))
+                                    : apps[i].guid;
+    const auto [owner, isNew] = owners.emplace(addon::project::plainGuid(guid), i);
+    if (!isNew) refuseSharedGuid(manifest, apps[i], key, opc::toUtf8(guid), owner->second);
+    apps[i].guid = guid;
+  }
 }
 
 }  // namespace tool

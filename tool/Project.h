@@ -2,8 +2,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "addon/packaging/AddonProperties.h"
 #include "addon/project/Manifest.h"
@@ -29,17 +27,15 @@ Project openProject(const std::string& folder);
 /// The path of a folder's manifest.
 std::string manifestPath(const std::string& folder);
 
-/// The text of a key: what it says, or what is in the file that `file` names. `key` is the latter's
-/// name. Throws ManifestError for a file that cannot be read or holds no text.
-std::string textOf(const Project& project, const addon::project::Text& text,
-                   const addon::project::Text& file, std::string_view key);
-
-/// The GUID of the add-on and, in their order, those of its apps, as they are given or derived.
-std::string guidOf(const Manifest& manifest);
-/// Throws ManifestError for one that cannot be derived and for one that two apps share.
-std::vector<std::string> appGuidsOf(const Manifest& manifest);
+/// Puts the texts of the files that keys such as "license.file" name into a document of the
+/// manifest. Throws ManifestError for a file that cannot be read or holds no text.
+void readTextFiles(const Project& project, const addon::packaging::OwnedDocument& document);
 
 /// The properties of the package. A GUID that is not given derives from the name.
-addon::packaging::AddonProperties propertiesOf(const Project& project);
+addon::packaging::AddonProperties& propertiesOf(const Project& project);
+
+/// Gives the apps the GUIDs that the manifest does not, once propertiesOf() has been called. Throws
+/// ManifestError for one that cannot be derived and for one that two apps share.
+void deriveAppGuids(const Manifest& manifest);
 
 }  // namespace tool

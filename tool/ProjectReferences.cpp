@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "addon/checks/AddonFindings.h"
@@ -15,11 +16,13 @@ namespace tool {
 
 using addon::checks::findingNamed;
 using addon::checks::IgnoreRules;
-using addon::checks::kMissingAppFile;
-using addon::checks::kMissingExampleCode;
-using addon::checks::kMissingSearchPath;
 using addon::checks::PathCheck;
 using addon::checks::PathReference;
+using addon::packaging::ConstRecord;
+using addon::packaging::Field;
+using addon::packaging::FieldKind;
+using addon::packaging::Record;
+using addon::packaging::Reference;
 using addon::project::Position;
 using addon::project::Text;
 using opc::checks::Finding;
@@ -29,23 +32,32 @@ using Kind = PathReference::Kind;
 
 namespace {
 
+/// How the paths of a manifest are checked. Images and class paths are left to the findings.
+struct ReferenceRule {
+  Reference reference;
+  Kind kind;
+  FindingId id;
+};
+constexpr std::array kRules{
+    ReferenceRule{Reference::App, Kind::File, addon::checks::kMissingAppFile},
+    ReferenceRule{Reference::ExampleCode, Kind::File, addon::checks::kMissingExampleCode},
+    ReferenceRule{Reference::SearchPath, Kind::Folder, addon::checks::kMissingSearchPath}};
+
 /// Looks paths of the manifest up, and keeps the first by position that is not there.
 class ReferenceSearch {
  public:
   ReferenceSearch(const IgnoreRules& rules, addon::packaging::AddonPackage& package)
       : rules_(rules), check_(package.fileSystem(), report_) {}
 
-  /// `id` is the finding that a missing one is.
-  void look(const Text& path, Kind kind, FindingId id, const std::string& key,
-            const std::string& what) {
-    if (!path.isGiven()) return;
+  void look(const std::u16string& path, Position position, const ReferenceRule& rule,
+            const std::string& key, const std::string& what) {
     const std::size_t before = report_.findings().size();
-    check_.check({opc::fromUtf8(path.value), kind, id, what, {}, 0});
+    check_.check({path, rule.kind, rule.id, what, {}, 0});
     if (report_.findings().size() == before) return;
     const Finding& finding = report_.findings().back();
-    if (rules_.ignores(id) || rules_.ignores(finding.id)) return;
-    if (position_ && *position_ < path.position) return;
-    position_ = path.position;
+    if (rules_.ignores(rule.id) || rules_.ignores(finding.id)) return;
+    if (position_ && *position_ < position) return;
+    position_ = position;
     why_ = fmt::format("{}: {}", key, finding.message);
   }
 
@@ -61,19 +73,10 @@ class ReferenceSearch {
   std::string why_;
 };
 
-void lookForExamples(const Manifest& manifest, ReferenceSearch& search) {
-  for (std::size_t i = 0; i < manifest.categories.size(); ++i) {
-    const auto& examples = manifest.categories[i].examples;
-    for (std::size_t j = 0; j < examples.size(); ++j) {
-      const std::string key = fmt::format("category[{}].example[{}]", i, j);
-      const std::string name = fmt::format("the example '{}'", examples[j].name.value);
-      for (const auto& [path, part] :
-           {std::pair(&examples[j].source, ".source"), std::pair(&examples[j].main, ".main")}) {
-        if (!path->value.empty())
-          search.look(*path, Kind::File, kMissingExampleCode, key + part, name);
-      }
-    }
-  }
+/// Whose paths they are.
+std::string ownerOf(const ConstRecord& record) {
+  const std::string name = addon::project::nameOf(record);
+  return name.empty() ? "the search path" : fmt::format("the {} '{}'", record.table().noun, name);
 }
 
 /// The id that a rule begins with, as it is written.
@@ -117,17 +120,22 @@ IgnoreRules ignoreRulesOf(const Manifest& manifest) {
 void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
                      addon::packaging::AddonPackage& package) {
   ReferenceSearch search(rules, package);
-  for (std::size_t i = 0; i < manifest.apps.size(); ++i) {
-    const auto& app = manifest.apps[i];
-    search.look(app.file, Kind::File, kMissingAppFile, fmt::format("app[{}].file", i),
-                fmt::format("the app '{}'", app.name.value));
-  }
-  lookForExamples(manifest, search);
-  const auto& paths = manifest.configuration.korvanPaths.value;
-  for (std::size_t i = 0; i < paths.size(); ++i) {
-    search.look(paths[i], Kind::Folder, kMissingSearchPath,
-                fmt::format("configuration.korvan-paths[{}]", i), "the search path");
-  }
+  const auto visit = [&](const Record& record, const Field& field, const std::string& key) {
+    const auto* rule = std::find_if(kRules.begin(), kRules.end(), [&](const auto& one) {
+      return one.reference == field.reference;
+    });
+    if (rule == kRules.end()) return;
+    const auto look = [&](const std::u16string& path, const std::string& keyOfPath) {
+      search.look(path, manifest.positionOf(keyOfPath), *rule, keyOfPath, ownerOf(record));
+    };
+    if (field.kind() == FieldKind::Text) {
+      if (!record.isEmpty(field)) look(record.text(field), key);
+      return;
+    }
+    const auto& paths = record.texts(field);
+    for (std::size_t i = 0; i < paths.size(); ++i) look(paths[i], fmt::format("{}[{}]", key, i));
+  };
+  for (const auto& document : manifest.documents) addon::project::visitFields(document, visit);
   search.raise();
 }
 

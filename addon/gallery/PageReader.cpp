@@ -40,9 +40,8 @@ Page::Page() {
 }
 
 const packaging::OwnedDocument& Page::find(const packaging::DocumentTable& table) const {
-  return *std::find_if(documents.begin(), documents.end(), [&](const auto& document) {
-    return &document.record.table() == &table.record;
-  });
+  return *std::find_if(documents.begin(), documents.end(),
+                       [&](const auto& document) { return document.table == &table; });
 }
 
 std::string utf8(const std::u16string& text) {

@@ -14,8 +14,11 @@
 
 namespace addon::packaging {
 
+struct DocumentTable;
+
 /// A document that was made by its table.
 struct OwnedDocument {
+  const DocumentTable* table;
   std::unique_ptr<XMLPartType> part;
   Record record;  ///< the same object
 };
@@ -56,7 +59,7 @@ template <typename Class>
 OwnedDocument makeDocument() {
   auto document = std::make_unique<Class>();
   const Record record(*document);
-  return {std::move(document), record};
+  return {&Class::kTable, std::move(document), record};
 }
 
 /// A document class that all is known of by `static const DocumentTable kTable`.

@@ -5,9 +5,16 @@
 #include <array>
 #include <concepts>
 
+#include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/Documents.h"
 #include "addon/project/ManifestKeys.h"
+#include "opc/Text.h"
 
 namespace addon::project {
+
+using packaging::ConstRecord;
+using packaging::Field;
+using packaging::Record;
 
 namespace {
 
@@ -18,11 +25,11 @@ class KeyLister {
       : path_(std::move(path)), into_(into) {}
 
   template <typename Member>
-  void required(std::string_view key, Member& member) {
+  void required(std::string_view key, Member& member, std::string_view /*help*/) {
     list(key, member, true);
   }
   template <typename Member>
-  void optional(std::string_view key, Member& member) {
+  void optional(std::string_view key, Member& member, std::string_view /*help*/) {
     list(key, member, false);
   }
 
@@ -31,8 +38,20 @@ class KeyLister {
   void list(std::string_view key, Setting<Value>& member, bool isRequired) {
     add(key, typeName(member), isRequired);
   }
-  void list(std::string_view key, Date& member, bool isRequired) {
+  void list(std::string_view key, FileMember& member, bool isRequired) {
     add(key, typeName(member), isRequired);
+  }
+  void list(std::string_view key, FieldMember& member, bool isRequired) {
+    if (member.field.kind() != packaging::FieldKind::Records) {
+      return add(key, typeName(member), isRequired);
+    }
+    KeyLister inner(pathOf(key) + "[]", into_);
+    RecordMember record{member.record.append(member.field)};
+    visitKeys(record, inner);
+  }
+  void list(std::string_view key, RecordMember& member, bool) {
+    KeyLister inner(pathOf(key), into_);
+    visitKeys(member, inner);
   }
   void list(std::string_view key, Level& member, bool isRequired) {
     add(key, typeName(member), isRequired);
@@ -60,10 +79,21 @@ class KeyLister {
   std::vector<ManifestKey>& into_;
 };
 
+void visitRecord(const Record& record, const std::string& path, const FieldVisitor& visit) {
+  for (const Field* field : keyFields(record.table())) {
+    const std::string key = path + (path.empty() ? "" : ".") + field->key;
+    visit(record, *field, key);
+    if (field->kind() != packaging::FieldKind::Records) continue;
+    for (std::size_t i = 0; i < record.size(*field); ++i) {
+      visitRecord(record.at(*field, i), key + "[" + std::to_string(i) + "]", visit);
+    }
+  }
+}
+
 /// "{name}", the text in its place.
 struct Placeholder {
   std::string_view name;
-  const Text& text;
+  std::string text;
 };
 
 /// `_` for a name that is not valid for a file, here or on systems that the package is copied to.
@@ -92,6 +122,42 @@ std::string ManifestError::in(std::string_view path) const {
   return describe(path, position_, why_);
 }
 
+Manifest::Manifest() {
+  for (const auto* table : packaging::documents()) documents.push_back(table->make());
+}
+
+const packaging::OwnedDocument& Manifest::find(const packaging::DocumentTable& table) const {
+  return *std::find_if(documents.begin(), documents.end(),
+                       [&](const auto& document) { return document.table == &table; });
+}
+
+Position Manifest::positionOf(std::string_view path) const {
+  const auto found = positions.find(path);
+  return found == positions.end() ? Position() : found->second;
+}
+
+std::string nameOf(const ConstRecord& record) {
+  const Field* name = record.table().find("name");
+  return name == nullptr ? std::string() : opc::toUtf8(record.text(*name));
+}
+
+std::vector<const Field*> keyFields(const packaging::RecordTable& table) {
+  std::vector<const Field*> fields;
+  for (const Field& field : table.fields) {
+    if (*field.key != '\0') fields.push_back(&field);
+  }
+  const auto rank = [](const Field* field) {
+    return field->isKeyRequired ? 0 : *field->otherwise == '\0' ? 1 : 2;
+  };
+  std::stable_sort(fields.begin(), fields.end(),
+                   [&](const Field* a, const Field* b) { return rank(a) < rank(b); });
+  return fields;
+}
+
+void visitFields(const packaging::OwnedDocument& document, const FieldVisitor& visit) {
+  visitRecord(document.record, document.table->key, visit);
+}
+
 std::vector<ManifestKey> manifestKeys() {
   std::vector<ManifestKey> keys;
   Manifest manifest;
@@ -102,8 +168,9 @@ std::vector<ManifestKey> manifestKeys() {
 
 std::string outputPath(const Manifest& manifest) {
   const Text& output = manifest.build.output;
-  const std::array<Placeholder, 2> known{Placeholder{"{name}", manifest.package.name},
-                                         Placeholder{"{version}", manifest.package.version}};
+  const auto& properties = manifest.get<packaging::AddonProperties>();
+  const std::array<Placeholder, 2> known{Placeholder{"{name}", opc::toUtf8(properties.name)},
+                                         Placeholder{"{version}", opc::toUtf8(properties.version)}};
   const auto refuse = [&](const std::string& why) -> std::string {
     throw ManifestError(output.position, "build.output: " + why);
   };
@@ -113,7 +180,7 @@ std::string outputPath(const Manifest& manifest) {
       return rest.starts_with(one.name);
     });
     if (found != known.end()) {
-      path += fitForFileName(found->text.value);
+      path += fitForFileName(found->text);
       rest.remove_prefix(found->name.size());
       continue;
     }

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <tuple>
 #include <vector>
 
+#include "addon/packaging/DocumentTable.h"
 #include "opc/Exception.h"
 
 namespace addon::project {
@@ -50,7 +53,6 @@ struct Setting {
 using Text = Setting<std::string>;
 using Flag = Setting<bool>;
 using Texts = Setting<std::vector<Text>>;
-struct Date : Setting<std::string> {};  ///< a text, or a TOML date
 struct Path : Setting<std::string> {};  ///< a text that is not empty
 struct Paths : Texts {};                ///< texts that are not empty
 struct Level : Setting<int> {};         ///< 0 to 9
@@ -61,57 +63,6 @@ struct Level : Setting<int> {};         ///< 0 to 9
 struct Section {
   Position position = {};
   bool isGiven() const { return position.line != 0; }
-};
-
-struct PackageSection : Section {
-  Text name, version, type{"Korvan Toolbox"}, summary, author, contact, organization;
-  Text description;
-  Path descriptionFile;  ///< disk; instead of description
-  Text guid;
-  Path screenshot;  ///< disk
-};
-
-struct LicenseSection : Section {
-  Text type;
-  Text text;
-  Path file;  ///< disk; instead of text
-};
-
-struct ConfigurationSection : Section {
-  Paths korvanPaths;     ///< package; folders
-  Paths javaClassPaths;  ///< package
-};
-
-struct AppSection : Section {
-  Text name;
-  Text file;  ///< package
-  Text guid;
-  Flag installByDefault{true};
-};
-
-struct ExampleSection : Section {
-  Text name, type;
-  Text source, main, thumbnail;  ///< package
-  Paths images;                  ///< package
-};
-
-struct CategorySection : Section {
-  Text name;
-  std::vector<ExampleSection> examples;
-};
-
-struct RevisionSection : Section {
-  Text version;
-  Date date;
-  Text description;
-};
-
-struct ProductSection : Section {
-  Text name, version, identifier;
-};
-
-struct RequirementsSection : Section {
-  std::vector<ProductSection> products, supportPackages;
 };
 
 struct AddedFileSection : Section {
@@ -140,17 +91,43 @@ struct VerifySection : Section {
 
 /// A manifest as it is written: nothing is looked up on the disk.
 struct Manifest : Section {
-  PackageSection package;
-  LicenseSection license;
-  ConfigurationSection configuration;
-  std::vector<AppSection> apps;
-  std::vector<CategorySection> categories;
-  std::vector<RevisionSection> revisions;
-  RequirementsSection requirements;
+  Manifest();
+
+  /// All kinds, in the order of their list, with what the manifest says. The texts of files are not
+  /// in them yet.
+  std::vector<packaging::OwnedDocument> documents;
+  Path screenshot;  ///< disk
   FilesSection files;
   BuildSection build;
   VerifySection verify;
+
+  /// Where the keys of documents stand, by their paths: "app[0].file", "configuration".
+  std::map<std::string, Position, std::less<>> positions;
+  /// What "license.file" and the like say: paths of the disk.
+  std::map<std::string, std::string, std::less<>> textFiles;
+
+  template <typename Document>
+  Document& get() const {
+    return dynamic_cast<Document&>(*find(Document::kTable).part);
+  }
+  const packaging::OwnedDocument& find(const packaging::DocumentTable& table) const;
+
+  bool isGiven(std::string_view path) const { return positions.contains(path); }
+  /// No place for a key that is not given.
+  Position positionOf(std::string_view path) const;
 };
+
+/// The text of a record for its name, in UTF-8.
+std::string nameOf(const packaging::ConstRecord& record);
+
+/// The fields of a record that have keys, in the order of the manual: those that are required, the
+/// others, and those that are made of others when they are not given.
+std::vector<const packaging::Field*> keyFields(const packaging::RecordTable& table);
+
+/// Calls `visit` for each field of a document that has a key, and that key's path.
+using FieldVisitor =
+    std::function<void(const packaging::Record&, const packaging::Field&, const std::string& path)>;
+void visitFields(const packaging::OwnedDocument& document, const FieldVisitor& visit);
 
 /// Reads a manifest. Throws ManifestError for the first error: invalid TOML, unknown or missing
 /// keys, values of a wrong type, and texts with control characters.

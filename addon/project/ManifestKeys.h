@@ -1,133 +1,117 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
+#include <string>
+
+#include "addon/packaging/AddonProperties.h"
 #include "addon/project/Manifest.h"
 
-// The keys of every table. A visitor is called with each key and its member. Reading, suggestions
-// and the list of keys are based on this.
+// The keys of every table, each with a sentence. A visitor is called with each key, its member and
+// the sentence. Reading, suggestions, the list of keys and the schema are based on this. The keys
+// of documents come from the tables of the documents.
 
 namespace addon::project {
 
-template <typename Visitor>
-void visitKeys(PackageSection& section, Visitor& visitor) {
-  visitor.required("name", section.name);
-  visitor.required("version", section.version);
-  visitor.optional("type", section.type);
-  visitor.optional("summary", section.summary);
-  visitor.optional("author", section.author);
-  visitor.optional("contact", section.contact);
-  visitor.optional("organization", section.organization);
-  visitor.optional("description", section.description);
-  visitor.optional("description-file", section.descriptionFile);
-  visitor.optional("guid", section.guid);
-  visitor.optional("screenshot", section.screenshot);
-}
+/// A field of a document, in the place of a member.
+struct FieldMember {
+  packaging::Record record;
+  const packaging::Field& field;
+};
+/// A whole record; of the properties also the screenshot.
+struct RecordMember {
+  packaging::Record record;
+  Path* screenshot = nullptr;
+};
+/// The key of a file with the text of a field, which has that other key.
+struct FileMember {
+  const packaging::Field& field;
+};
 
 template <typename Visitor>
-void visitKeys(LicenseSection& section, Visitor& visitor) {
-  visitor.optional("type", section.type);
-  visitor.optional("text", section.text);
-  visitor.optional("file", section.file);
-}
-
-template <typename Visitor>
-void visitKeys(ConfigurationSection& section, Visitor& visitor) {
-  visitor.optional("korvan-paths", section.korvanPaths);
-  visitor.optional("java-class-paths", section.javaClassPaths);
-}
-
-template <typename Visitor>
-void visitKeys(AppSection& section, Visitor& visitor) {
-  visitor.required("name", section.name);
-  visitor.required("file", section.file);
-  visitor.optional("guid", section.guid);
-  visitor.optional("install-by-default", section.installByDefault);
-}
-
-template <typename Visitor>
-void visitKeys(ExampleSection& section, Visitor& visitor) {
-  visitor.required("name", section.name);
-  visitor.optional("type", section.type);
-  visitor.optional("source", section.source);
-  visitor.optional("main", section.main);
-  visitor.optional("thumbnail", section.thumbnail);
-  visitor.optional("images", section.images);
-}
-
-template <typename Visitor>
-void visitKeys(CategorySection& section, Visitor& visitor) {
-  visitor.required("name", section.name);
-  visitor.optional("example", section.examples);
-}
-
-template <typename Visitor>
-void visitKeys(RevisionSection& section, Visitor& visitor) {
-  visitor.required("version", section.version);
-  visitor.optional("date", section.date);
-  visitor.optional("description", section.description);
-}
-
-template <typename Visitor>
-void visitKeys(ProductSection& section, Visitor& visitor) {
-  visitor.required("name", section.name);
-  visitor.optional("version", section.version);
-  visitor.optional("identifier", section.identifier);
-}
-
-template <typename Visitor>
-void visitKeys(RequirementsSection& section, Visitor& visitor) {
-  visitor.optional("product", section.products);
-  visitor.optional("support-package", section.supportPackages);
+void visitKeys(RecordMember& member, Visitor& visitor) {
+  for (const packaging::Field* field : keyFields(member.record.table())) {
+    FieldMember value{member.record, *field};
+    if (field->isKeyRequired) {
+      visitor.required(field->key, value, field->help);
+    } else {
+      visitor.optional(field->key, value, field->help);
+    }
+    if (*field->fileKey == '\0') continue;
+    FileMember file{*field};
+    visitor.optional(field->fileKey, file, "A file of the disk that holds it.");
+  }
+  if (member.screenshot == nullptr) return;
+  visitor.optional("screenshot", *member.screenshot, "The image that stands for the add-on.");
 }
 
 template <typename Visitor>
 void visitKeys(AddedFileSection& section, Visitor& visitor) {
-  visitor.required("from", section.from);
-  visitor.required("to", section.to);
+  visitor.required("from", section.from, "The file on the disk.");
+  visitor.required("to", section.to,
+                   "Its path in the package, without a '/' in front, where nothing else may lie.");
 }
 
 template <typename Visitor>
 void visitKeys(FilesSection& section, Visitor& visitor) {
-  visitor.optional("root", section.root);
-  visitor.optional("include", section.include);
-  visitor.optional("exclude", section.exclude);
-  visitor.optional("default-excludes", section.defaultExcludes);
-  visitor.optional("empty-folders", section.emptyFolders);
-  visitor.optional("add", section.added);
+  visitor.optional("root", section.root, "The folder of the disk whose content goes in.");
+  visitor.optional("include", section.include, "Patterns for what goes in.");
+  visitor.optional("exclude", section.exclude, "Patterns for what stays out all the same.");
+  visitor.optional("default-excludes", section.defaultExcludes,
+                   "Whether files of version control and editors stay out.");
+  visitor.optional("empty-folders", section.emptyFolders, "Whether empty folders go in.");
+  visitor.optional("add", section.added, "A file that does not lie below the root.");
 }
 
 template <typename Visitor>
 void visitKeys(BuildSection& section, Visitor& visitor) {
-  visitor.optional("output", section.output);
-  visitor.optional("level", section.level);
+  visitor.optional("output", section.output,
+                   "Where the package goes, from the folder that 'kraddon' is started in.");
+  visitor.optional("level", section.level, "How hard to pack; 0 stores.");
 }
 
 template <typename Visitor>
 void visitKeys(VerifySection& section, Visitor& visitor) {
-  visitor.optional("ignore", section.ignore);
-  visitor.optional("strict", section.strict);
+  visitor.optional("ignore", section.ignore,
+                   "Findings to ignore: \"KR506\" everywhere, \"KR508:docs/**\" where a pattern "
+                   "matches.");
+  visitor.optional("strict", section.strict, "Whether warnings count as errors.");
 }
 
 template <typename Visitor>
 void visitKeys(Manifest& manifest, Visitor& visitor) {
-  visitor.required("package", manifest.package);
-  visitor.optional("license", manifest.license);
-  visitor.optional("configuration", manifest.configuration);
-  visitor.optional("app", manifest.apps);
-  visitor.optional("category", manifest.categories);
-  visitor.optional("revision", manifest.revisions);
-  visitor.optional("requirements", manifest.requirements);
-  visitor.optional("files", manifest.files);
-  visitor.optional("build", manifest.build);
-  visitor.optional("verify", manifest.verify);
+  for (const packaging::OwnedDocument& document : manifest.documents) {
+    const packaging::DocumentTable& table = *document.table;
+    if (table.isList) {
+      FieldMember list{document.record, table.list()};
+      visitor.optional(table.list().key, list, table.list().help);
+      continue;
+    }
+    const auto& fields = table.record.fields;
+    const bool isRequired = std::any_of(fields.begin(), fields.end(),
+                                        [](const auto& field) { return field.isKeyRequired; });
+    const bool isProperties = &table == &packaging::AddonProperties::kTable;
+    RecordMember member{document.record, isProperties ? &manifest.screenshot : nullptr};
+    if (isRequired) {
+      visitor.required(table.key, member, table.record.help);
+    } else {
+      visitor.optional(table.key, member, table.record.help);
+    }
+  }
+  visitor.optional("files", manifest.files, "What goes into the file tree.");
+  visitor.optional("build", manifest.build, "How the package is written.");
+  visitor.optional("verify", manifest.verify, "How the result is checked.");
 }
 
 // The names of the types of values.
 constexpr std::string_view typeName(const Text&) {
   return "a string";
 }
-constexpr std::string_view typeName(const Date&) {
-  return "a string or a date";
+constexpr std::string_view typeName(const FileMember&) {
+  return "a string";
+}
+constexpr std::string_view typeName(const RecordMember&) {
+  return "a table";
 }
 constexpr std::string_view typeName(const Flag&) {
   return "true or false";
@@ -143,6 +127,19 @@ constexpr std::string_view typeName(const Section&) {
 }
 template <typename Record>
 constexpr std::string_view typeName(const std::vector<Record>&) {
+  return "an array of tables";
+}
+inline std::string_view typeName(const FieldMember& member) {
+  switch (member.field.kind()) {
+    case packaging::FieldKind::Text:
+      return member.field.isDate ? "a string or a date" : "a string";
+    case packaging::FieldKind::Flag:
+      return "true or false";
+    case packaging::FieldKind::Texts:
+      return "an array of strings";
+    case packaging::FieldKind::Records:
+      break;
+  }
   return "an array of tables";
 }
 

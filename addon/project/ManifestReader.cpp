@@ -106,23 +106,29 @@ std::string padded(unsigned number, std::size_t width) {
 /// Reads a table into its section. `path` names it in messages, "" for the whole manifest.
 class TableReader {
  public:
-  TableReader(const toml::table& table, std::string path, const Source& source, Faults& faults)
-      : table_(table), path_(std::move(path)), source_(source), faults_(faults) {}
+  TableReader(const toml::table& table, std::string path, const Source& source, Faults& faults,
+              Manifest& manifest)
+      : table_(table),
+        path_(std::move(path)),
+        source_(source),
+        faults_(faults),
+        manifest_(manifest) {}
 
   template <typename Section>
   void read(Section& section) {
-    section.position = path_.empty() ? Position{1, 1} : begin(table_);
+    const Position position = path_.empty() ? Position{1, 1} : begin(table_);
+    if constexpr (std::derived_from<Section, project::Section>) section.position = position;
     visitKeys(section, *this);
     const toml::key* unknown = firstUnknown();
     if (unknown != nullptr) {
       refuseUnknown(*unknown);
     } else if (!missing_.empty()) {  // else it is probably there, but misspelt
-      faults_.add(section.position, missing_);
+      faults_.add(position, missing_);
     }
   }
 
   template <typename Member>
-  void required(std::string_view key, Member& member) {
+  void required(std::string_view key, Member& member, std::string_view /*help*/) {
     known_.push_back(key);
     if (const toml::node* node = table_.get(key)) return readRequired(*node, key, member);
     if (!missing_.empty()) return;
@@ -130,7 +136,7 @@ class TableReader {
   }
 
   template <typename Member>
-  void optional(std::string_view key, Member& member) {
+  void optional(std::string_view key, Member& member, std::string_view /*help*/) {
     known_.push_back(key);
     if (const toml::node* node = table_.get(key)) readValue(*node, pathOf(key), member);
   }
@@ -142,9 +148,14 @@ class TableReader {
       faults_.add(begin(node), pathOf(key) + ": expected a non-empty string");
     }
   }
-  template <std::derived_from<Section> Table>
-  void readRequired(const toml::node& node, std::string_view key, Table& section) {
-    readValue(node, pathOf(key), section);
+  void readRequired(const toml::node& node, std::string_view key, FieldMember& member) {
+    readValue(node, pathOf(key), member);
+    if (node.is_string() && member.record.isEmpty(member.field)) {
+      faults_.add(begin(node), pathOf(key) + ": expected a non-empty string");
+    }
+  }
+  void readRequired(const toml::node& node, std::string_view key, RecordMember& member) {
+    readValue(node, pathOf(key), member);
   }
 
   void readValue(const toml::node& node, const std::string& path, Text& text) {
@@ -158,17 +169,98 @@ class TableReader {
     requirePath(node, path, place);
   }
 
-  void readValue(const toml::node& node, const std::string& path, Date& date) {
-    date.position = begin(node);
-    if (const auto* day = node.as_date()) {
-      date.value = padded(day->get().year, 4) + "-" + padded(day->get().month, 2) + "-" +
-                   padded(day->get().day, 2);
-    } else if (const auto* text = node.as_string()) {
-      date.value = text->get();
-      checkText(node, path, date.value);
-    } else {
-      refuse(node, path, typeName(date));
+  void readValue(const toml::node& node, const std::string& path, FieldMember& member) {
+    manifest_.positions[path] = begin(node);
+    const packaging::Field& field = member.field;
+    switch (field.kind()) {
+      case packaging::FieldKind::Text:
+        return readText(node, path, member);
+      case packaging::FieldKind::Flag: {
+        Flag flag;
+        readValue(node, path, flag);
+        member.record.flag(field) = flag.value;
+        return;
+      }
+      case packaging::FieldKind::Texts:
+        return readTexts(node, path, member);
+      case packaging::FieldKind::Records:
+        return readRecords(node, path, member);
     }
+  }
+
+  void readText(const toml::node& node, const std::string& path, FieldMember& member) {
+    const packaging::Field& field = member.field;
+    std::u16string& text = member.record.text(field);
+    const auto* day = node.as_date();
+    if (field.isDate && day != nullptr) {
+      text = opc::fromUtf8(padded(day->get().year, 4) + "-" + padded(day->get().month, 2) + "-" +
+                           padded(day->get().day, 2));
+      return;
+    }
+    if (!node.is_string()) return refuse(node, path, typeName(member));
+    const std::string& value = node.as_string()->get();
+    checkText(node, path, value);
+    text = opc::fromUtf8(value);
+    if (*field.only == '\0' || value == field.only) return;
+    faults_.add(begin(node), path + ": unknown " + field.name + " '" + value + "', expected '" +
+                                 field.only + "', the only " + field.name);
+  }
+
+  void readTexts(const toml::node& node, const std::string& path, FieldMember& member) {
+    const packaging::Field& field = member.field;
+    Paths paths;
+    if (field.reference == packaging::Reference::None) {
+      readValue(node, path, static_cast<Texts&>(paths));
+    } else {
+      readValue(node, path, paths);
+    }
+    for (std::size_t i = 0; i < paths.value.size(); ++i) {
+      manifest_.positions[pathOf(path, i)] = paths.value[i].position;
+      member.record.texts(field).push_back(opc::fromUtf8(paths.value[i].value));
+    }
+  }
+
+  void readRecords(const toml::node& node, const std::string& path, FieldMember& member) {
+    if (!node.is_array()) return refuse(node, path, typeName(member));
+    const toml::array& array = *node.as_array();
+    for (std::size_t i = 0; i < array.size(); ++i) {
+      RecordMember record{member.record.append(member.field)};
+      readValue(array[i], pathOf(path, i), record);
+    }
+  }
+
+  void readValue(const toml::node& node, const std::string& path, RecordMember& member) {
+    manifest_.positions[path] = begin(node);
+    if (!node.is_table()) return refuse(node, path, typeName(member));
+    for (const packaging::Field& field : member.record.table().fields) setInitial(member, field);
+    TableReader(*node.as_table(), path, source_, faults_, manifest_).read(member);
+  }
+
+  static void setInitial(RecordMember& member, const packaging::Field& field) {
+    if (field.kind() == packaging::FieldKind::Text) {
+      member.record.text(field) = opc::fromUtf8(field.initial);
+    } else if (field.kind() == packaging::FieldKind::Flag) {
+      member.record.flag(field) = std::string_view(field.initial) == "true";
+    }
+  }
+
+  void readValue(const toml::node& node, const std::string& path, FileMember& member) {
+    Path file;
+    readValue(node, path, file);
+    manifest_.textFiles[path] = file.value;
+    manifest_.positions[path] = begin(node);
+    refuseBoth(pathOf(member.field.key), path);
+  }
+
+  /// The key of the text comes first in the table of keys, though not in the text.
+  void refuseBoth(const std::string& textKey, const std::string& fileKey) {
+    if (!manifest_.isGiven(textKey)) return;
+    const Position text = manifest_.positionOf(textKey);
+    const Position file = manifest_.positionOf(fileKey);
+    const bool isFileLast = text < file;
+    faults_.add(std::max(file, text), (isFileLast ? fileKey : textKey) +
+                                          ": expected one of the two, and " +
+                                          (isFileLast ? textKey : fileKey) + " is given already");
   }
 
   void readValue(const toml::node& node, const std::string& path, Flag& flag) {
@@ -210,7 +302,7 @@ class TableReader {
   template <std::derived_from<Section> Table>
   void readValue(const toml::node& node, const std::string& path, Table& section) {
     if (!node.is_table()) return refuse(node, path, typeName(section));
-    TableReader(*node.as_table(), path, source_, faults_).read(section);
+    TableReader(*node.as_table(), path, source_, faults_, manifest_).read(section);
   }
 
   template <typename Element>
@@ -231,7 +323,7 @@ class TableReader {
       if (hasZeros) why += ", which would lose its final zeros";
       why += ": write \"" + word + "\"";
     }
-    if (node.is_table() && expected == typeName(std::vector<AppSection>())) {
+    if (node.is_table() && expected == typeName(std::vector<AddedFileSection>())) {
       why += ": its header needs double brackets, [[" + path + "]]";
     }
     faults_.add(begin(node), std::move(why));
@@ -276,6 +368,7 @@ class TableReader {
   std::string path_;
   const Source& source_;
   Faults& faults_;
+  Manifest& manifest_;  // for what is said of documents
   std::vector<std::string_view> known_;
   std::string missing_;  // the first required key that is missing
 };
@@ -303,15 +396,6 @@ toml::table parse(std::string_view text) {
   }
 }
 
-void refuseBoth(const Text& text, const Text& file, const char* textKey, const char* fileKey,
-                Faults& faults) {
-  if (!text.isGiven() || !file.isGiven()) return;
-  const bool isFileLast = text.position < file.position;
-  faults.add(std::max(file.position, text.position),
-             std::string(isFileLast ? fileKey : textKey) + ": expected one of the two, and " +
-                 (isFileLast ? textKey : fileKey) + " is given already");
-}
-
 /// A path with '/' in front is probably meant as a path on the disk.
 void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) {
   for (std::size_t i = 0; i < files.size(); ++i) {
@@ -324,20 +408,6 @@ void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) 
   }
 }
 
-/// Checks that go beyond types.
-void checkMeaning(const Manifest& manifest, Faults& faults) {
-  const PackageSection& package = manifest.package;
-  refuseBoth(package.description, package.descriptionFile, "package.description",
-             "package.description-file", faults);
-  refuseBoth(manifest.license.text, manifest.license.file, "license.text", "license.file", faults);
-  refuseAbsolute(manifest.files.added, faults);
-  const std::string known = PackageSection().type.value;
-  if (package.type.value != known) {
-    faults.add(package.type.position, "package.type: unknown type '" + package.type.value +
-                                          "', expected '" + known + "', the only type");
-  }
-}
-
 }  // namespace
 
 Manifest readManifest(std::string_view text) {
@@ -345,8 +415,8 @@ Manifest readManifest(std::string_view text) {
   const Source source(text);
   Faults faults;
   Manifest manifest;
-  TableReader(table, {}, source, faults).read(manifest);
-  checkMeaning(manifest, faults);
+  TableReader(table, {}, source, faults, manifest).read(manifest);
+  refuseAbsolute(manifest.files.added, faults);
   faults.raise();
   outputPath(manifest);
   return manifest;

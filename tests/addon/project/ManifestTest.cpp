@@ -6,8 +6,18 @@
 #include <string>
 #include <vector>
 
+#include "addon/packaging/AddonAppInstallList.h"
+#include "addon/packaging/AddonLicense.h"
+#include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/AddonRevisionHistory.h"
+#include "opc/Text.h"
+
 namespace {
 
+using addon::packaging::AddonAppInstallList;
+using addon::packaging::AddonLicense;
+using addon::packaging::AddonProperties;
+using addon::packaging::AddonRevisionHistory;
 using addon::project::Manifest;
 using addon::project::ManifestError;
 using addon::project::ManifestKey;
@@ -280,12 +290,12 @@ TEST(Manifest, EveryKeyRefusesAValueOfAnotherType) {
 TEST(Manifest, WithOnlyTheRequiredKeysTheOthersHaveDefaults) {
   const Manifest manifest = readManifest(kLeast);
 
-  EXPECT_EQ(manifest.package.name.value, "Wave");
-  EXPECT_EQ(manifest.package.type.value, "Korvan Toolbox");
-  EXPECT_FALSE(manifest.package.guid.isGiven());
-  EXPECT_FALSE(manifest.license.isGiven());
-  EXPECT_FALSE(manifest.configuration.isGiven());
-  EXPECT_TRUE(manifest.apps.empty());
+  EXPECT_EQ(manifest.get<AddonProperties>().name, u"Wave");
+  EXPECT_EQ(manifest.get<AddonProperties>().type, u"Korvan Toolbox");
+  EXPECT_FALSE(manifest.isGiven("package.guid"));
+  EXPECT_FALSE(manifest.isGiven("license"));
+  EXPECT_FALSE(manifest.isGiven("configuration"));
+  EXPECT_TRUE(manifest.get<AddonAppInstallList>().apps.empty());
   EXPECT_EQ(manifest.files.root.value, ".");
   EXPECT_EQ(valuesOf(manifest.files.include), Strings{"**"});
   EXPECT_TRUE(manifest.files.defaultExcludes.value);
@@ -297,7 +307,7 @@ TEST(Manifest, WithOnlyTheRequiredKeysTheOthersHaveDefaults) {
 TEST(Manifest, KnowsThePositionOfEachValue) {
   const Manifest manifest = readManifest(kLeast + "[files]\nexclude = [\"a\",\n  \"b\"]\n");
 
-  EXPECT_EQ(manifest.package.version.position, (Position{3, 11}));
+  EXPECT_EQ(manifest.positionOf("package.version"), (Position{3, 11}));
   EXPECT_EQ(manifest.files.position, (Position{4, 1}));
   EXPECT_EQ(manifest.files.exclude.value[1].position, (Position{6, 3}));
 }
@@ -308,17 +318,18 @@ TEST(Manifest, KeepsTheOrderOfRecords) {
       "[[revision]]\nversion = \"2\"\ndate = 2026-02-01\n[[revision]]\nversion = \"10\"\n"
       "[[revision]]\nversion = \"1\"\ndate = \"May\"\n");
 
-  ASSERT_EQ(manifest.revisions.size(), 3u);
-  EXPECT_EQ(manifest.revisions[0].date.value, "2026-02-01");
-  EXPECT_EQ(manifest.revisions[1].version.value, "10");
-  EXPECT_EQ(manifest.revisions[2].date.value, "May");
+  const auto& revisions = manifest.get<AddonRevisionHistory>().revisions;
+  ASSERT_EQ(revisions.size(), 3u);
+  EXPECT_EQ(revisions[0].date, u"2026-02-01");
+  EXPECT_EQ(revisions[1].version, u"10");
+  EXPECT_EQ(revisions[2].date, u"May");
 }
 
 TEST(Manifest, ReadsTabsLineEndsAndAByteOrderMark) {
   const Manifest manifest =
       readManifest("\xEF\xBB\xBF" + kLeast + "[license]\ntext = \"a\\tb\\r\\nc\"\n");
 
-  EXPECT_EQ(manifest.license.text.value, "a\tb\r\nc");
+  EXPECT_EQ(manifest.get<AddonLicense>().text, u"a\tb\r\nc");
 }
 
 TEST(Manifest, ManyWrongValuesTakeNoLongerThanOne) {
@@ -380,8 +391,8 @@ class OutputPaths : public testing::TestWithParam<Output> {};
 
 TEST_P(OutputPaths, HoldNameAndVersion) {
   Manifest manifest;
-  manifest.package.name.value = GetParam().name;
-  manifest.package.version.value = GetParam().version;
+  manifest.get<AddonProperties>().name = opc::fromUtf8(GetParam().name);
+  manifest.get<AddonProperties>().version = opc::fromUtf8(GetParam().version);
   if (*GetParam().pattern != '\0') manifest.build.output.value = GetParam().pattern;
 
   EXPECT_EQ(outputPath(manifest), GetParam().expected);
