@@ -14,8 +14,8 @@
 #include "opc/Exception.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/json/Schemas.h"
 #include "tool/process/Errors.h"
+#include "tool/report/Schemas.h"
 
 namespace {
 
@@ -88,7 +88,8 @@ TEST_F(FolderBuild, WithAFaultInTheManifestFails) {
 }
 
 /// Adds the keys of a table's schema, "!" behind those that are required.
-void addKeys(const nlohmann::json& schema, const std::string& path, std::set<std::string>& keys) {
+void addKeys(const tool::json::JsonValue& schema, const std::string& path,
+             std::set<std::string>& keys) {
   for (const auto& [name, value] : schema.at("properties").items()) {
     const auto& required = schema.at("required");
     const bool isRequired = std::find(required.begin(), required.end(), name) != required.end();
@@ -111,8 +112,8 @@ TEST(ManifestSchema, HasTheKeysThatAreRead) {
   }
   std::set<std::string> described;
 
-  for (const tool::json::Schema& schema : tool::json::schemas()) {
-    if (schema.name == "manifest") addKeys(nlohmann::json::parse(schema.text), "", described);
+  for (const tool::report::Schema& schema : tool::report::schemas()) {
+    if (schema.name == "manifest") addKeys(schema.make(), "", described);
   }
 
   EXPECT_EQ(described, read);

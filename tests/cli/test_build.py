@@ -6,6 +6,7 @@ import pathlib
 import re
 import signal
 import subprocess
+import sys
 import time
 import tomllib
 import uuid
@@ -16,6 +17,10 @@ import kraddontest
 import projecttest
 from kraddontest import KRADDON
 from projecttest import FULL_FILES, FULL_LISTING, LEAST
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+import manifest_table  # noqa: E402  (it lies in another folder)
 
 PACKAGE = "Wave Tools-1.2.kraddon"
 
@@ -522,6 +527,10 @@ class Faults(projecttest.ProjectTest):
 class Manual(projecttest.ProjectTest):
 
     page = (pathlib.Path(__file__).resolve().parents[2] / "docs/manifest.md").read_text()
+
+    def test_its_table_is_that_of_the_program(self):
+        schema = self.ok("schema", "manifest").json
+        self.assertEqual(manifest_table.with_table(self.page, schema), self.page)
 
     def test_it_names_every_key(self):
         def keys(schema):

@@ -65,11 +65,10 @@ class Schemas(SchemaTest):
             self.assertEqual(schema["$schema"], "https://json-schema.org/draft/2020-12/schema")
             self.assertTrue(schema["title"] and schema["description"], name)
 
-    def test_what_is_printed_is_the_source_to_the_byte(self):
-        sources = pathlib.Path(__file__).resolve().parents[2] / "tool/json/schemas"
-        self.assertEqual({path.stem for path in sources.iterdir()}, set(NAMES))
+    def test_they_are_printed_for_reading(self):
         for name in NAMES:
-            self.assertEqual(self.ok("schema", name).out, (sources / f"{name}.json").read_bytes())
+            out = self.ok("schema", name).text
+            self.assertEqual(out, json.dumps(json.loads(out), indent=2) + "\n")
 
     def test_each_object_is_closed_and_each_value_described(self):
         def visit(schema, place):

@@ -19,6 +19,7 @@
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
+#include "tool/report/InfoFields.h"
 #include "tool/report/Output.h"
 #include "tool/report/Progress.h"
 
@@ -27,7 +28,6 @@ namespace tool::commands {
 using addon::comparison::contentDigest;
 using addon::comparison::Item;
 using addon::comparison::readTree;
-using addon::comparison::Totals;
 using addon::comparison::totalsOf;
 using addon::packaging::AddonPackage;
 
@@ -43,62 +43,19 @@ constexpr std::array kOptions{
                                           .help = "print only this value, named as in the JSON",
                                           .choices = fieldNames}};
 
-struct Screenshot {
-  std::string part;
-  std::string type;
-  std::uint64_t size;
-};
-
-struct Info {
-  std::string file;
-  std::uint64_t size = 0;
-  addon::packaging::AddonProperties properties;
-  std::string created;
-  std::string modified;
-  std::vector<std::string> documents;
-  std::optional<Screenshot> screenshot;
-  Totals totals;
-  std::string digest;  // empty if not requested
-};
-
-constexpr std::array<std::string_view, 21> kFields{"file",
-                                                   "size",
-                                                   "type",
-                                                   "release",
-                                                   "name",
-                                                   "version",
-                                                   "summary",
-                                                   "description",
-                                                   "author.name",
-                                                   "author.contact",
-                                                   "author.organization",
-                                                   "guid",
-                                                   "created",
-                                                   "modified",
-                                                   "documents",
-                                                   "screenshot",
-                                                   "files",
-                                                   "folders",
-                                                   "bytes",
-                                                   "packed",
-                                                   "digest"};
-
-std::string utf8(const std::u16string& text) {
-  return opc::toUtf8ForDisplay(text);
-}
-
 std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
   return time ? detail::formatTime(*time) : std::string();
 }
 
-std::optional<Screenshot> readScreenshot(AddonPackage& package) {
+std::optional<report::Screenshot> readScreenshot(AddonPackage& package) {
   const std::string part = addon::packaging::screenshotPart(package);
   if (part.empty()) return std::nullopt;
   auto& model = package.logicalPackage();
   const opc::model::PartName name(opc::fromUtf8(part));
   if (!model.hasPart(name)) return std::nullopt;
   const auto found = model.getPart(name);
-  return Screenshot{part, found->getContentType().ascii(), model.partInfo(found->id()).size};
+  return report::Screenshot{part, found->getContentType().ascii(),
+                            model.partInfo(found->id()).size};
 }
 
 std::uint64_t fileSize(const std::string& path) {
@@ -107,9 +64,9 @@ std::uint64_t fileSize(const std::string& path) {
   return static_cast<std::uint64_t>(info.st_size);
 }
 
-Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& settings) {
+report::Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& settings) {
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
-  Info info;
+  report::Info info;
   info.file = path;
   info.size = fileSize(path);
   package->getAddonProperties(info.properties);
@@ -129,86 +86,61 @@ Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& s
   return info;
 }
 
-void writeJson(const Info& info, text::JsonWriter& json) {
-  const auto text = [&](std::string_view name, const std::string& value) {
-    json.key(name);
-    json.textOrNull(value);
-  };
-  const auto& properties = info.properties;
-  json.beginObject();
-  json.member("schema", "kraddon.info/1");
-  json.member("file", std::string_view(info.file));
-  json.member("size", info.size);
-  text("type", utf8(properties.type));
-  text("release", utf8(properties.KorvanRelease));
-  text("name", utf8(properties.name));
-  text("version", utf8(properties.version));
-  text("summary", utf8(properties.summary));
-  text("description", utf8(properties.description));
-  json.key("author");
-  json.beginObject();
-  text("name", utf8(properties.authorName));
-  text("contact", utf8(properties.authorContact));
-  text("organization", utf8(properties.authorOrganization));
-  json.endObject();
-  text("guid", utf8(properties.GUID));
-  text("created", info.created);
-  text("modified", info.modified);
-  json.key("documents");
-  json.beginArray();
-  for (const std::string& name : info.documents) json.value(std::string_view(name));
-  json.endArray();
-  json.key("screenshot");
-  if (info.screenshot) {
+void writeValue(const report::InfoField& field, const report::Info& info, text::JsonWriter& json) {
+  if (field.kind == report::InfoKind::Number) {
+    json.value(field.number(info));
+  } else if (field.kind == report::InfoKind::Text) {
+    json.value(std::string_view(info.*field.text));
+  } else if (field.kind == report::InfoKind::Documents) {
+    json.beginArray();
+    for (const std::string& name : info.documents) json.value(std::string_view(name));
+    json.endArray();
+  } else if (field.kind == report::InfoKind::Screenshot && info.screenshot) {
     json.beginObject();
     json.member("part", std::string_view(info.screenshot->part));
     json.member("type", std::string_view(info.screenshot->type));
     json.member("size", info.screenshot->size);
     json.endObject();
   } else {
-    json.null();
+    json.textOrNull(valueOf(field, info));
   }
-  json.member("files", info.totals.files);
-  json.member("folders", info.totals.folders);
-  json.member("bytes", info.totals.bytes);
-  json.member("packed", info.totals.packed);
-  json.member("digest", std::string_view(info.digest));
+}
+
+void writeJson(const report::Info& info, text::JsonWriter& json) {
+  json.beginObject();
+  json.member("schema", "kraddon.info/1");
+  std::string_view object;  // the one that the last field was in
+  for (const report::InfoField& field : report::infoFields()) {
+    const std::string_view name = field.name;
+    const std::size_t dot = name.find('.');
+    const std::string_view parent = dot == name.npos ? std::string_view() : name.substr(0, dot);
+    if (parent != object) {
+      if (!object.empty()) json.endObject();
+      if (!parent.empty()) {
+        json.key(parent);
+        json.beginObject();
+      }
+      object = parent;
+    }
+    json.key(parent.empty() ? name : name.substr(dot + 1));
+    writeValue(field, info, json);
+  }
+  if (!object.empty()) json.endObject();
   json.endObject();
 }
 
 std::vector<std::string> fieldNames() {
-  return {kFields.begin(), kFields.end()};
+  std::vector<std::string> names;
+  for (const report::InfoField& field : report::infoFields()) names.emplace_back(field.name);
+  return names;
 }
 
-/// The value of a field as text, "" if it is not set.
-std::string valueOf(const Info& info, std::string_view field) {
-  const auto& properties = info.properties;
-  const std::array<std::string, kFields.size()> values{
-      info.file,
-      std::to_string(info.size),
-      utf8(properties.type),
-      utf8(properties.KorvanRelease),
-      utf8(properties.name),
-      utf8(properties.version),
-      utf8(properties.summary),
-      utf8(properties.description),
-      utf8(properties.authorName),
-      utf8(properties.authorContact),
-      utf8(properties.authorOrganization),
-      utf8(properties.GUID),
-      info.created,
-      info.modified,
-      fmt::format("{}", fmt::join(info.documents, "\n")),
-      info.screenshot ? info.screenshot->part : std::string(),
-      std::to_string(info.totals.files),
-      std::to_string(info.totals.folders),
-      std::to_string(info.totals.bytes),
-      std::to_string(info.totals.packed),
-      info.digest};
-  for (std::size_t i = 0; i < kFields.size(); ++i) {
-    if (kFields[i] == field) return values[i];
-  }
-  return {};
+const report::InfoField* findField(std::string_view name) {
+  const auto fields = report::infoFields();
+  const auto found =
+      std::find_if(fields.begin(), fields.end(),
+                   [&](const report::InfoField& field) { return field.name == name; });
+  return found == fields.end() ? nullptr : &*found;
 }
 
 /// "label         value", further lines of the value below its first one; nothing for "".
@@ -226,34 +158,12 @@ void writeLine(std::string_view label, std::string_view value, bool isColored,
   }
 }
 
-void writeText(const Info& info, bool isColored, report::Output& output) {
-  const auto line = [&](std::string_view label, const std::string& value) {
-    writeLine(label, value, isColored, output);
-  };
-  const auto& properties = info.properties;
-  line("file", info.file);
-  line("size", fmt::format("{} bytes", info.size));
-  line("type", utf8(properties.type));
-  line("release", utf8(properties.KorvanRelease));
-  line("name", utf8(properties.name));
-  line("version", utf8(properties.version));
-  line("summary", utf8(properties.summary));
-  line("description", utf8(properties.description));
-  line("author", utf8(properties.authorName));
-  line("contact", utf8(properties.authorContact));
-  line("organization", utf8(properties.authorOrganization));
-  line("guid", utf8(properties.GUID));
-  line("created", info.created);
-  line("modified", info.modified);
-  line("documents", fmt::format("{}", fmt::join(info.documents, ", ")));
-  if (info.screenshot) {
-    line("screenshot", fmt::format("{}, {}, {} bytes", info.screenshot->part, info.screenshot->type,
-                                   info.screenshot->size));
+void writeText(const report::Info& info, bool isColored, report::Output& output) {
+  for (const report::InfoField& field : report::infoFields()) {
+    if (*field.label == '\0') continue;
+    writeLine(field.label, field.line != nullptr ? field.line(info) : valueOf(field, info),
+              isColored, output);
   }
-  line("files", std::to_string(info.totals.files));
-  line("empty folders", std::to_string(info.totals.folders));
-  line("content", fmt::format("{} bytes, {} packed", info.totals.bytes, info.totals.packed));
-  line("digest", info.digest);
 }
 
 void checkField(const line::Invocation& invocation) {
@@ -263,22 +173,24 @@ void checkField(const line::Invocation& invocation) {
     throw process::UsageError(
         process::sentence("bad option", "--field", "it cannot be combined with --json"));
   }
-  if (std::find(kFields.begin(), kFields.end(), *field) != kFields.end()) return;
-  const std::string all = fmt::format("the fields are {}", fmt::join(kFields, ", "));
+  if (findField(*field) != nullptr) return;
+  std::vector<std::string_view> names;
+  for (const report::InfoField& known : report::infoFields()) names.emplace_back(known.name);
+  const std::string all = fmt::format("the fields are {}", fmt::join(names, ", "));
   throw process::UsageError(
-      process::sentence("unknown field", *field, text::suggestion(*field, kFields, all)));
+      process::sentence("unknown field", *field, text::suggestion(*field, names, all)));
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
   checkField(invocation);
   const std::optional<std::string> field = invocation.value("field");
 
-  const Info info =
+  const report::Info info =
       readInfo(invocation.operands()[0], !field || *field == "digest", invocation.settings());
 
   report::Output output;
   if (field) {
-    output.write(output.shown(valueOf(info, *field)) + "\n");
+    output.write(output.shown(valueOf(*findField(*field), info)) + "\n");
   } else if (invocation.has("json")) {
     std::string text;
     text::JsonWriter json(text);

@@ -8,10 +8,11 @@
 
 #include "text/Suggest.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/json/Schemas.h"
+#include "tool/json/JsonSchema.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/Output.h"
+#include "tool/report/Schemas.h"
 
 namespace tool::commands {
 
@@ -19,15 +20,11 @@ namespace {
 
 std::vector<std::string> schemaNames() {
   std::vector<std::string> names;
-  for (const json::Schema& schema : json::schemas()) names.emplace_back(schema.name);
+  for (const report::Schema& schema : report::schemas()) names.emplace_back(schema.name);
   return names;
 }
 
-constexpr std::array kOperands{line::OperandSpec{
-    .name = "NAME",
-    .help = "manifest, info, list, verify, diff, build, or a document: properties, license, "
-            "configuration, apps, examples, revisions or requirements",
-    .choices = schemaNames}};
+constexpr std::array kOperands{line::OperandSpec{.name = "NAME", .choices = schemaNames}};
 
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon schema manifest > kraddon.schema.json",
@@ -39,11 +36,12 @@ constexpr const char* kDescription =
     "Prints the schema of the manifest (as JSON), of what a command prints with --json, or of a "
     "document as 'get' prints and 'set' reads it. The dialect is JSON Schema 2020-12.";
 
-const json::Schema& findSchema(std::string_view name) {
+json::JsonValue findSchema(std::string_view name) {
+  const std::vector<report::Schema> schemas = report::schemas();
   std::vector<std::string_view> names;
-  for (const json::Schema& schema : json::schemas()) {
-    if (schema.name == name) return schema;
-    names.push_back(schema.name);
+  for (const report::Schema& schema : schemas) {
+    if (schema.name == name) return json::schema::whole(schema.make());
+    names.emplace_back(schema.name);
   }
   const std::string all = fmt::format("the schemas are {}", fmt::join(names, ", "));
   throw process::UsageError(
@@ -51,10 +49,10 @@ const json::Schema& findSchema(std::string_view name) {
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
-  const json::Schema& schema = findSchema(invocation.operands()[0]);
+  const json::JsonValue schema = findSchema(invocation.operands()[0]);
 
   report::Output output;
-  output.write(schema.text);
+  output.write(schema.dump(2) + "\n");
   output.flush();
   return process::ExitCode::Done;
 }

@@ -28,11 +28,7 @@ std::vector<std::string> removableNames();
 
 constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
-    line::OperandSpec{
-        .name = "DOCUMENT",
-        .help = "license, configuration, apps, examples, revisions, requirements or screenshot",
-        .isRepeatable = true,
-        .choices = removableNames}};
+    line::OperandSpec{.name = "DOCUMENT", .isRepeatable = true, .choices = removableNames}};
 
 constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
 

@@ -139,7 +139,7 @@ void checkOperands(const CommandSpec& command, const std::vector<std::string>& o
   std::size_t required = 0;
   for (const OperandSpec& operand : command.operands) {
     if (operand.isRequired && ++required > operands.size()) {
-      throw process::UsageError(process::sentence("missing operand", operand.name, operand.help),
+      throw process::UsageError(process::sentence("missing operand", operand.name, helpOf(operand)),
                                 std::string(operand.hint));
     }
   }

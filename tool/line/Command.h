@@ -33,7 +33,7 @@ struct OptionSpec {
 
 struct OperandSpec {
   std::string_view name;
-  std::string_view help;  ///< one line
+  std::string_view help = {};  ///< one line; without it the choices
   bool isRequired = true;
   bool isRepeatable = false;  ///< the last one only
   Choices choices = nullptr;  ///< null if any value is allowed
@@ -61,5 +61,8 @@ struct CommandSpec {
 
 /// All commands of the program, in the order in which help lists them.
 using CommandList = std::span<const CommandSpec* const>;
+
+/// What help says of an operand.
+std::string helpOf(const OperandSpec& operand);
 
 }  // namespace tool::line

@@ -96,7 +96,7 @@ std::string helpOf(const CommandSpec& command) {
   if (!command.description.empty()) text += "\n" + wrapped(command.description);
   std::vector<Row> operands;
   for (const OperandSpec& operand : command.operands) {
-    operands.emplace_back(operand.name, operand.help);
+    operands.emplace_back(operand.name, helpOf(operand));
   }
   if (!operands.empty()) text += "\n" + table(operands);
   if (!command.options.empty()) text += "\noptions:\n" + optionTable(command.options);

@@ -197,7 +197,7 @@ std::string manualOf(const CommandSpec& command, CommandList commands, std::stri
   appendText(command.description.empty() ? command.summary : command.description, page);
   if (!command.operands.empty()) appendSection("OPERANDS", page);
   for (const OperandSpec& operand : command.operands) {
-    appendEntry(italic(operand.name), operand.help, page);
+    appendEntry(italic(operand.name), helpOf(operand), page);
   }
   appendSection("OPTIONS", page);
   appendOptions(command.options, page);

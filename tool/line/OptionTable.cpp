@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tool/line/OptionTable.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 
 #include "opc/Text.h"
@@ -100,6 +102,14 @@ std::span<const OptionSpec> leadingOptions() {
       OptionSpec{.longName = "version", .help = "print the version"},
   };
   return kOptions;
+}
+
+std::string helpOf(const OperandSpec& operand) {
+  if (!operand.help.empty() || operand.choices == nullptr) return std::string(operand.help);
+  std::vector<std::string> choices = operand.choices();
+  const std::string last = choices.back();
+  choices.pop_back();
+  return fmt::format("{} or {}", fmt::join(choices, ", "), last);
 }
 
 }  // namespace tool::line

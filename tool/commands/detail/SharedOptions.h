@@ -7,10 +7,8 @@
 namespace tool::commands::detail {
 
 // Operands and options that several commands share.
-inline constexpr line::OperandSpec kDocumentOperand{
-    .name = "DOCUMENT",
-    .help = "properties, license, configuration, apps, examples, revisions or requirements",
-    .choices = json::documentNames};
+inline constexpr line::OperandSpec kDocumentOperand{.name = "DOCUMENT",
+                                                    .choices = json::documentNames};
 inline constexpr line::OptionSpec kDefaultExcludesOption{
     .longName = "default-excludes",
     .help = "leave out files of version control systems and editors"};

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#include "tool/report/InfoFields.h"
+
+#include <fmt/format.h>
+
+#include <array>
+
+#include "opc/Text.h"
+#include "tool/json/JsonSchema.h"
+#include "tool/report/Schemas.h"
+
+namespace tool::report {
+
+namespace schema = json::schema;
+
+using addon::packaging::AddonProperties;
+using addon::packaging::Member;
+
+namespace {
+
+template <auto kPointer>
+constexpr InfoField property(const char* name, const char* label) {
+  return {name, label, InfoKind::Property, "", &addon::packaging::kMember<kPointer>};
+}
+
+constexpr InfoField text(const char* name, const char* label, const char* help,
+                         std::string Info::*member, InfoKind kind = InfoKind::Text) {
+  return {name, label, kind, help, nullptr, member};
+}
+
+constexpr InfoField number(const char* name, const char* label, const char* help,
+                           std::uint64_t (*value)(const Info&),
+                           std::string (*line)(const Info&) = nullptr) {
+  return {name, label, InfoKind::Number, help, nullptr, nullptr, value, line};
+}
+
+std::string sizeLine(const Info& info) {
+  return fmt::format("{} bytes", info.size);
+}
+
+std::string documentsLine(const Info& info) {
+  return fmt::format("{}", fmt::join(info.documents, ", "));
+}
+
+std::string screenshotLine(const Info& info) {
+  if (!info.screenshot) return {};
+  return fmt::format("{}, {}, {} bytes", info.screenshot->part, info.screenshot->type,
+                     info.screenshot->size);
+}
+
+std::string contentLine(const Info& info) {
+  return fmt::format("{} bytes, {} packed", info.totals.bytes, info.totals.packed);
+}
+
+constexpr std::array kFields{
+    text("file", "file", "The package, as it was given.", &Info::file),
+    number(
+        "size", "size", "Of the package itself, in bytes.",
+        [](const Info& info) { return info.size; }, sizeLine),
+    property<&AddonProperties::type>("type", "type"),
+    property<&AddonProperties::KorvanRelease>("release", "release"),
+    property<&AddonProperties::name>("name", "name"),
+    property<&AddonProperties::version>("version", "version"),
+    property<&AddonProperties::summary>("summary", "summary"),
+    property<&AddonProperties::description>("description", "description"),
+    property<&AddonProperties::authorName>("author.name", "author"),
+    property<&AddonProperties::authorContact>("author.contact", "contact"),
+    property<&AddonProperties::authorOrganization>("author.organization", "organization"),
+    property<&AddonProperties::GUID>("guid", "guid"),
+    text("created", "created", "When the package was made, in UTC.", &Info::created,
+         InfoKind::Time),
+    text("modified", "modified", "When it was last changed, in UTC.", &Info::modified,
+         InfoKind::Time),
+    InfoField{.name = "documents",
+              .label = "documents",
+              .kind = InfoKind::Documents,
+              .help = "The documents that are there.",
+              .line = documentsLine},
+    InfoField{.name = "screenshot",
+              .label = "screenshot",
+              .kind = InfoKind::Screenshot,
+              .help = "The screenshot, or null without one.",
+              .line = screenshotLine},
+    number("files", "files", "How many files there are.",
+           [](const Info& info) { return info.totals.files; }),
+    number("folders", "empty folders", "How many empty folders there are.",
+           [](const Info& info) { return info.totals.folders; }),
+    number(
+        "bytes", "content", "Of all files, unpacked.",
+        [](const Info& info) { return info.totals.bytes; }, contentLine),
+    number("packed", "", "Of all files, as they lie in the package.",
+           [](const Info& info) { return info.totals.packed; }),
+    text("digest", "digest", "Of all that a package says, whatever its packing and its times.",
+         &Info::digest)};
+
+JsonValue schemaOf(const InfoField& field) {
+  switch (field.kind) {
+    case InfoKind::Property:
+      return {{"type", {"string", "null"}}, {"minLength", 1}};
+    case InfoKind::Text:
+      return field.text == &Info::digest ? schema::digest() : schema::text();
+    case InfoKind::Time:
+      return schema::orNull(schema::time());
+    case InfoKind::Number:
+      return schema::number();
+    case InfoKind::Documents: {
+      JsonValue documents = schema::list(schema::words(schema::documentNames()));
+      documents["uniqueItems"] = true;
+      return documents;
+    }
+    case InfoKind::Screenshot:
+      break;
+  }
+  return schema::orNull(
+      schema::object("Screenshot", "The image that stands for the add-on.",
+                     {{"part", schema::described(schema::matching("^/"), "Its part name.")},
+                      {"type", schema::described(schema::text(), "Its media type.")},
+                      {"size", schema::described(schema::number(), "In bytes.")}}));
+}
+
+}  // namespace
+
+std::span<const InfoField> infoFields() {
+  return kFields;
+}
+
+const addon::packaging::Field& propertyOf(const InfoField& field) {
+  return AddonProperties::kTable.record.of(*field.property);
+}
+
+std::string valueOf(const InfoField& field, const Info& info) {
+  switch (field.kind) {
+    case InfoKind::Property:
+      return opc::toUtf8ForDisplay(
+          addon::packaging::ConstRecord(info.properties).text(propertyOf(field)));
+    case InfoKind::Text:
+    case InfoKind::Time:
+      return info.*field.text;
+    case InfoKind::Number:
+      return std::to_string(field.number(info));
+    case InfoKind::Documents:
+      return fmt::format("{}", fmt::join(info.documents, "\n"));
+    case InfoKind::Screenshot:
+      break;
+  }
+  return info.screenshot ? info.screenshot->part : std::string();
+}
+
+JsonValue infoSchema() {
+  std::vector<schema::Member> members{
+      {"schema", schema::described(schema::constant("kraddon.info/1"),
+                                   "The name and version of this shape.")}};
+  std::vector<schema::Member> author;
+  for (const InfoField& field : kFields) {
+    const char* help = field.kind == InfoKind::Property ? propertyOf(field).help : field.help;
+    const std::string_view name = field.name;
+    const std::size_t dot = name.find('.');
+    const JsonValue schema = schema::described(schemaOf(field), help);
+    if (dot == name.npos) {
+      members.push_back({field.name, schema});
+      continue;
+    }
+    if (author.empty()) members.push_back({std::string(name.substr(0, dot)), {}});
+    author.push_back({std::string(name.substr(dot + 1)), schema});
+    // The object stands where its first member does.
+    members.back().schema = schema::object("Author", "Who wrote the add-on.", author);
+  }
+  return schema::object("Output of 'info --json'", "What a package is and how much is in it.",
+                        members);
+}
+
+}  // namespace tool::report

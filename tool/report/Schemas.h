@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tool/json/JsonText.h"
+
+namespace tool::report {
+
+using json::JsonValue;
+
+/// A JSON Schema (2020-12) of something that the program reads or prints.
+struct Schema {
+  std::string name;
+  std::function<JsonValue()> make;
+};
+
+/// The manifest, the outputs of --json, and the documents.
+std::vector<Schema> schemas();
+
+// What schemas() lists.
+JsonValue manifestSchema();
+JsonValue infoSchema();
+JsonValue listSchema();
+JsonValue verifySchema();
+JsonValue diffSchema();
+JsonValue buildSchema();
+
+}  // namespace tool::report
