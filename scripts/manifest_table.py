@@ -33,7 +33,7 @@ def rows(schema, path=""):
             yield f"| **`[{key}]`** | | {value['description']} |\n"
             yield from rows(value, key)
         elif "properties" in items:
-            yield f"| **`[[{key}]]`** | | once for each: {value['description']} |\n"
+            yield f"| **`[[{key}]]`** | | {value['description']} A table for each. |\n"
             yield from rows(items, key)
         else:
             without = value_without(key, value, name in schema["required"])

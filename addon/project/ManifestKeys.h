@@ -39,10 +39,12 @@ void visitKeys(RecordMember& member, Visitor& visitor) {
     }
     if (*field->fileKey == '\0') continue;
     FileMember file{*field};
-    visitor.optional(field->fileKey, file, "A file of the disk that holds it.");
+    const std::string help = std::string("A file of the disk, instead of '") + field->key + "'.";
+    visitor.optional(field->fileKey, file, help);
   }
   if (member.screenshot == nullptr) return;
-  visitor.optional("screenshot", *member.screenshot, "The image that stands for the add-on.");
+  visitor.optional("screenshot", *member.screenshot,
+                   "An image of the disk that stands for the add-on.");
 }
 
 template <typename Visitor>
@@ -67,7 +69,7 @@ template <typename Visitor>
 void visitKeys(BuildSection& section, Visitor& visitor) {
   visitor.optional("output", section.output,
                    "Where the package goes, from the folder that 'kraddon' is started in.");
-  visitor.optional("level", section.level, "How hard to pack; 0 stores.");
+  visitor.optional("level", section.level, "How hard to pack, from 0, which stores, to 9.");
 }
 
 template <typename Visitor>

@@ -63,7 +63,8 @@ class TableSchema {
 
  private:
   void add(std::string_view key, JsonValue schema, std::string_view help, bool isRequired) {
-    members_.push_back({std::string(key), schema::described(std::move(schema), help), isRequired});
+    schema["description"] = fmt::format("{}{}", help, schema.value("description", ""));
+    members_.push_back({std::string(key), std::move(schema), isRequired});
   }
 
   std::string pathOf(std::string_view key) const {
@@ -98,7 +99,7 @@ class TableSchema {
     Record record;
     TableSchema inner(pathOf(key) + "[]");
     visitKeys(record, inner);
-    return schema::list(inner.take(labelOf(key), "One of the list."));
+    return schema::list(inner.take(labelOf(key), "A table of the list."));
   }
   template <std::derived_from<Section> Table>
   JsonValue schemaOf(std::string_view key, Table& table, bool /*isRequired*/) {
@@ -138,6 +139,7 @@ class TableSchema {
     JsonValue schema = *field.only == '\0' ? textOf(isRequired) : schema::constant(field.only);
     if (*field.initial != '\0') schema["default"] = field.initial;
     if (*field.otherwise != '\0') schema["$comment"] = field.otherwise;
+    if (field.isDate) schema["description"] = " A text, or a TOML date, which becomes YYYY-MM-DD.";
     return schema;
   }
 
