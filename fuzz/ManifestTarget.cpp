@@ -33,11 +33,12 @@ void checkRequired(const Manifest& manifest, const std::string& key, const std::
 
 void check(const Manifest& manifest) {
   for (const auto& document : manifest.documents) {
-    visitFields(document, [&](const Record& record, const Field& field, const std::string& key) {
-      if (field.kind() != FieldKind::Text) return;
-      checkText(record.text(field));
-      if (field.isKeyRequired) checkRequired(manifest, key, record.text(field));
-    });
+    addon::project::visitFields(
+        document, [&](const Record& record, const Field& field, const std::string& key) {
+          if (field.kind() != FieldKind::Text) return;
+          checkText(record.text(field));
+          if (field.isKeyRequired) checkRequired(manifest, key, record.text(field));
+        });
   }
   for (const Text& pattern : manifest.files.exclude.value) checkText(pattern);
   require(manifest.build.level.value >= 0 && manifest.build.level.value <= 9, "a level is one");

@@ -4,10 +4,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
-#include "addon/checks/AddonFindings.h"
 #include "addon/checks/PathCheck.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
@@ -17,31 +15,17 @@ namespace tool {
 using addon::checks::findingNamed;
 using addon::checks::IgnoreRules;
 using addon::checks::PathCheck;
-using addon::checks::PathReference;
+using addon::checks::ReferenceRule;
 using addon::packaging::ConstRecord;
 using addon::packaging::Field;
 using addon::packaging::FieldKind;
 using addon::packaging::Record;
-using addon::packaging::Reference;
 using addon::project::Position;
 using addon::project::Text;
 using opc::checks::Finding;
-using opc::checks::FindingId;
 using opc::checks::Report;
-using Kind = PathReference::Kind;
 
 namespace {
-
-/// How the paths of a manifest are checked. Images and class paths are left to the findings.
-struct ReferenceRule {
-  Reference reference;
-  Kind kind;
-  FindingId id;
-};
-constexpr std::array kRules{
-    ReferenceRule{Reference::App, Kind::File, addon::checks::kMissingAppFile},
-    ReferenceRule{Reference::ExampleCode, Kind::File, addon::checks::kMissingExampleCode},
-    ReferenceRule{Reference::SearchPath, Kind::Folder, addon::checks::kMissingSearchPath}};
 
 /// Looks paths of the manifest up, and keeps the first by position that is not there.
 class ReferenceSearch {
@@ -121,10 +105,9 @@ void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
                      addon::packaging::AddonPackage& package) {
   ReferenceSearch search(rules, package);
   const auto visit = [&](const Record& record, const Field& field, const std::string& key) {
-    const auto* rule = std::find_if(kRules.begin(), kRules.end(), [&](const auto& one) {
-      return one.reference == field.reference;
-    });
-    if (rule == kRules.end()) return;
+    const ReferenceRule* rule = addon::checks::ruleOf(field.reference);
+    // What 'verify' only warns of does not stop a build here.
+    if (rule == nullptr || rule->id.severity != opc::checks::Severity::Error) return;
     const auto look = [&](const std::u16string& path, const std::string& keyOfPath) {
       search.look(path, manifest.positionOf(keyOfPath), *rule, keyOfPath, ownerOf(record));
     };

@@ -2,6 +2,7 @@
 #include "addon/checks/PathCheck.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -52,6 +53,22 @@ bool isRoot(const PathReference& reference) {
 }
 
 }  // namespace
+
+const ReferenceRule* ruleOf(packaging::Reference reference) {
+  static constexpr std::array kRules{
+      ReferenceRule{packaging::Reference::App, Kind::File, kMissingAppFile, ""},
+      ReferenceRule{packaging::Reference::ExampleCode, Kind::File, kMissingExampleCode, ""},
+      ReferenceRule{packaging::Reference::ExampleImage, Kind::File, kMissingExampleImage, ""},
+      ReferenceRule{packaging::Reference::SearchPath, Kind::Folder, kMissingSearchPath,
+                    "the search path"},
+      ReferenceRule{packaging::Reference::ClassPath, Kind::Either, kMissingClassPath,
+                    "the Java class path"},
+  };
+  const auto* found = std::find_if(kRules.begin(), kRules.end(), [&](const ReferenceRule& rule) {
+    return rule.reference == reference;
+  });
+  return found == kRules.end() ? nullptr : &*found;
+}
 
 void PathCheck::add(FindingId id, const PathReference& reference, const std::string& why) {
   report_.add(id, reference.part, reference.what + " names " + quoted(reference.path) + ": " + why,

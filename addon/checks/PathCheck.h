@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "addon/checks/detail/CaselessTree.h"
+#include "addon/packaging/Field.h"
 #include "opc/checks/Report.h"
 #include "opc/plservices/FileSystemManager.h"
 
@@ -23,6 +24,16 @@ struct PathReference {
   std::string part;           ///< the document
   std::size_t line;
 };
+
+/// How a path of some kind is checked.
+struct ReferenceRule {
+  packaging::Reference reference;
+  PathReference::Kind kind;
+  opc::checks::FindingId id;
+  const char* what;  ///< what a path outside of records is called
+};
+/// Null for fields that are not paths.
+const ReferenceRule* ruleOf(packaging::Reference reference);
 
 /// Looks paths up in the file tree, which must be readable.
 class PathCheck {

@@ -28,25 +28,8 @@ using packaging::AddonRevision;
 using packaging::AddonRevisionHistory;
 using packaging::DocumentTable;
 using packaging::FoundValue;
-using packaging::Reference;
-using Kind = PathReference::Kind;
 
 namespace {
-
-/// How a path is checked, and what a path outside of records is called.
-struct ReferenceRule {
-  Reference reference;
-  Kind kind;
-  FindingId id;
-  const char* what;
-};
-constexpr ReferenceRule kRules[] = {
-    {Reference::App, Kind::File, kMissingAppFile, ""},
-    {Reference::ExampleCode, Kind::File, kMissingExampleCode, ""},
-    {Reference::ExampleImage, Kind::File, kMissingExampleImage, ""},
-    {Reference::SearchPath, Kind::Folder, kMissingSearchPath, "the search path"},
-    {Reference::ClassPath, Kind::Either, kMissingClassPath, "the Java class path"},
-};
 
 /// Whose path it is.
 std::string ownerOf(const ReferenceRule& rule, const FoundValue& value) {
@@ -60,10 +43,8 @@ void checkPaths(AddonPackage& package, const DocumentTable& table, PathCheck& pa
   DocumentText* text = document.text();
   if (text == nullptr) return;
   packaging::visitValues(document.root(), text->root(), [&](const FoundValue& value) {
-    const auto* rule = std::find_if(
-        std::begin(kRules), std::end(kRules),
-        [&](const ReferenceRule& one) { return one.reference == value.field.reference; });
-    if (rule == std::end(kRules)) return;
+    const ReferenceRule* rule = ruleOf(value.field.reference);
+    if (rule == nullptr) return;
     paths.check({value.text, rule->kind, rule->id, ownerOf(*rule, value), document.part(),
                  text->lineOf(value.in.dom)});
   });
