@@ -32,4 +32,11 @@ inline std::uint64_t loadTail(const char* bytes, std::size_t count) noexcept {
   return byte(0) | byte(count / 2) << (8 * (count / 2)) | byte(count - 1) << (8 * (count - 1));
 }
 
+/// Multiplies to 128 bits and folds the halves together.
+inline std::uint64_t foldedProduct(std::uint64_t a, std::uint64_t b) noexcept {
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
 }  // namespace opc

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/NameKey.h"
 
-#include <sys/random.h>
+#include <array>
 
-#include <chrono>
-
+#include "opc/Random.h"
 #include "opc/Text.h"
 #include "opc/Words.h"
 
@@ -53,28 +52,14 @@ struct HashKey {
 };
 
 HashKey makeHashKey() {
-  HashKey key;
-  if (::getrandom(&key, sizeof key, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof key)) {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    key.start = static_cast<std::uint64_t>(now) * 0x9E3779B97F4A7C15u;
-    key.word = reinterpret_cast<std::uintptr_t>(&key) * 0xC2B2AE3D27D4EB4Fu;
-    key.segment = key.start ^ (key.word << 17);
-  }
-  key.word |= 1;
-  key.segment |= 1;
-  return key;
+  std::array<std::uint64_t, 3> random{};
+  fillRandom(random);
+  return {random[0], random[1] | 1, random[2] | 1};
 }
 
 const HashKey& hashKey() {
   static const HashKey key = makeHashKey();
   return key;
-}
-
-// Multiplies to 128 bits and folds the halves together.
-std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
-  __extension__ using Wide = unsigned __int128;
-  const Wide product = static_cast<Wide>(a) * b;
-  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
 // Eight ASCII bytes with A-Z folded.
@@ -91,10 +76,10 @@ std::uint64_t hashWideSegment(std::uint64_t state, std::string_view segment, std
   for (length = 0; !cursor.isEnd(); ++length) {
     block[filled++] = cursor.next();
     if (filled < sizeof block) continue;
-    state = mix(state ^ loadWord(block), hashKey().word);
+    state = foldedProduct(state ^ loadWord(block), hashKey().word);
     filled = 0;
   }
-  return filled == 0 ? state : mix(state ^ loadTail(block, filled), hashKey().word);
+  return filled == 0 ? state : foldedProduct(state ^ loadTail(block, filled), hashKey().word);
 }
 
 // The same for a segment of ASCII; false, and nothing done, when it is not.
@@ -107,12 +92,12 @@ bool hashAsciiSegment(std::uint64_t& state, std::string_view segment) {
   for (; left >= 8; left -= 8, next += 8) {
     const std::uint64_t word = loadWord(next);
     all |= word;
-    hash = mix(hash ^ foldWord(word), key);
+    hash = foldedProduct(hash ^ foldWord(word), key);
   }
   if (left > 0) {
     const std::uint64_t word = loadTail(next, left);
     all |= word;
-    hash = mix(hash ^ foldWord(word), key);
+    hash = foldedProduct(hash ^ foldWord(word), key);
   }
   if ((all & kHighBits) != 0) return false;
   state = hash;
@@ -148,7 +133,7 @@ std::uint64_t extendHash(std::uint64_t folder, std::string_view segment) noexcep
   std::uint64_t state = folder;
   std::size_t length = segment.size();
   if (!hashAsciiSegment(state, segment)) state = hashWideSegment(folder, segment, length);
-  return mix(state ^ length, hashKey().segment);
+  return foldedProduct(state ^ length, hashKey().segment);
 }
 
 std::uint64_t nameHash(std::string_view itemName) noexcept {
