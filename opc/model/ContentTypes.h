@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "opc/HashIndex.h"
 #include "opc/Streams.h"
 #include "opc/model/ContentType.h"
 #include "opc/model/FaultSink.h"
-#include "opc/model/HashIndex.h"
 #include "opc/model/detail/DocumentSize.h"
 
 namespace opc::model {

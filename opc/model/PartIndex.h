@@ -9,10 +9,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "opc/HashIndex.h"
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/model/ContentTypes.h"
 #include "opc/model/FaultSink.h"
-#include "opc/model/HashIndex.h"
 #include "opc/model/Part.h"
 #include "opc/model/PieceSequences.h"
 #include "opc/model/detail/FolderSet.h"

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "opc/HashIndex.h"
 #include "opc/interfaces/IPhysicalPackage.h"
 #include "opc/model/FaultSink.h"
-#include "opc/model/HashIndex.h"
 
 namespace opc::model {
 

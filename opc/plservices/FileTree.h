@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "opc/model/HashIndex.h"
+#include "opc/HashIndex.h"
 #include "opc/model/Part.h"
 
 namespace opc::plservices {
@@ -89,7 +89,7 @@ class FileTree {
 
   std::vector<Node> nodes_;
   std::string names_;
-  model::HashIndex<NodeId> index_;  // by folder and name
+  HashIndex<NodeId> index_;  // by folder and name
   std::vector<SortItem> sortItems_;
 };
 

@@ -6,7 +6,7 @@
 #include <vector>
 #include "opc/model/NameKey.h"
 
-#include "opc/model/HashIndex.h"
+#include "opc/HashIndex.h"
 
 namespace opc::model::detail {
 

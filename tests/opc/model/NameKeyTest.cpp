@@ -6,10 +6,11 @@
 #include <set>
 #include <string>
 
-#include "opc/model/HashIndex.h"
+#include "opc/HashIndex.h"
 #include "opc/model/detail/FolderSet.h"
 
 using namespace opc::model;
+using opc::HashIndex;
 using opc::model::detail::FolderSet;
 
 TEST(NameKey, EqualKeysHaveEqualHashes) {

@@ -8,7 +8,7 @@
 
 #include "opc/LargeBlocks.h"
 
-namespace opc::model {
+namespace opc {
 
 /// Values by hashes, in one block of memory, with linear probing. Equality is the caller's, so that
 /// what is looked up need not be built in the form in which it was stored. Only 32 bits of a hash
@@ -122,4 +122,4 @@ class HashIndex {
   std::size_t size_ = 0;
 };
 
-}  // namespace opc::model
+}  // namespace opc
