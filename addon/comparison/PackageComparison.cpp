@@ -6,7 +6,6 @@
 #include "addon/comparison/Digest.h"
 #include "addon/packaging/Documents.h"
 #include "opc/Text.h"
-#include "tool/json/Documents.h"
 
 namespace addon::comparison {
 
