@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "opc/Exception.h"
 
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -22,5 +23,14 @@ SystemError::SystemError(std::string_view message, int number)
     : Exception(ErrorCode::FileSystem,
                 std::string(message) + ": " + std::generic_category().message(number)),
       number_(number) {}
+
+std::string sentence(std::string_view what, std::string_view which, std::string_view why) {
+  return std::string(what).append(" '").append(which).append("': ").append(why);
+}
+
+std::string systemSentence(std::string_view what, std::string_view which, int number) {
+  if (which.empty() && number == ENOENT) return sentence(what, which, "the path is empty");
+  return sentence(what, which, std::generic_category().message(number));
+}
 
 }  // namespace opc

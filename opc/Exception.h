@@ -69,6 +69,13 @@ class SystemError : public Exception {
   int number_;
 };
 
+/// "`what` '`which`': `why`"
+std::string sentence(std::string_view what, std::string_view which, std::string_view why);
+
+/// The same with the system's own words for `number`, an errno value. An empty path that does not
+/// exist is called empty: as a rule an unset variable of a script is behind it.
+std::string systemSentence(std::string_view what, std::string_view which, int number);
+
 /// Runs `body`, and puts what `context` returns in front of the text of what it throws. The text is
 /// made only when it is needed.
 template <typename Context, typename Body>

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "addon/build/BuildError.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/line/Arguments.h"
 #include "tool/line/Help.h"
@@ -109,6 +110,8 @@ process::ExitCode runReportingFailures(const std::vector<std::string>& words, Co
     return process::ExitCode::WrongUsage;
   } catch (const process::Failure& failure) {
     report::printError(nameOf(context), failure.what(), failure.hint());
+  } catch (const addon::build::BuildError& error) {
+    report::printError(nameOf(context), error.what(), error.hint());
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {

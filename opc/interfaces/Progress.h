@@ -18,4 +18,7 @@ struct Progress {
 /// throws ends the operation as a failure would: nothing half-written stays behind.
 using ProgressFunction = std::function<void(const Progress&)>;
 
+/// The same for work that has nothing to count.
+using StopFunction = std::function<void()>;
+
 }  // namespace opc::interfaces

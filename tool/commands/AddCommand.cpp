@@ -8,19 +8,24 @@
 #include <unordered_map>
 #include <utility>
 
+#include "addon/build/SourceFiles.h"
 #include "opc/Text.h"
 #include "text/Lines.h"
-#include "tool/SourceFiles.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
+#include "tool/commands/detail/SourceFinder.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
 #include "tool/report/Output.h"
 
 namespace tool::commands {
 
+using addon::build::joinPath;
+using addon::build::SourceFile;
+using addon::build::storeFiles;
 using addon::packaging::AddonPackage;
 
 namespace {
@@ -133,7 +138,7 @@ class Collector {
   }
 
   const line::Invocation& invocation_;
-  SourceFinder finder_;
+  detail::SourceFinder finder_;
   std::vector<SourceFile> files_;
 };
 
@@ -177,7 +182,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   const auto add = [&](AddonPackage& package) {
     files = Collector(invocation).run();
     requireDistinct(files);
-    storeFiles(files, invocation.has("replace"), package);
+    storeFiles(files, invocation.has("replace"), package, process::Interrupt::check);
   };
   if (invocation.has("dry-run")) {
     detail::rehearseChange(path, add);

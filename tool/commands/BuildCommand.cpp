@@ -11,15 +11,15 @@
 #include <system_error>
 #include <utility>
 
+#include "addon/build/FolderBuild.h"
+#include "addon/build/Project.h"
+#include "addon/build/RealPath.h"
+#include "addon/build/TreeWalk.h"
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/AddonVerification.h"
 #include "addon/comparison/Digest.h"
 #include "opc/Text.h"
 #include "text/ByteCount.h"
-#include "tool/FolderBuild.h"
-#include "tool/Project.h"
-#include "tool/RealPath.h"
-#include "tool/TreeWalk.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/NewPackage.h"
 #include "tool/commands/detail/PackageAccess.h"
@@ -34,6 +34,15 @@
 
 namespace tool::commands {
 
+using addon::build::FileChoice;
+using addon::build::fillPackage;
+using addon::build::ignoreRulesOf;
+using addon::build::liesIn;
+using addon::build::manifestPath;
+using addon::build::openProject;
+using addon::build::Project;
+using addon::build::propertiesOf;
+using addon::build::realPath;
 using addon::checks::checkAddon;
 using addon::checks::IgnoreRules;
 using addon::checks::judge;
@@ -44,6 +53,8 @@ using addon::comparison::contentDigest;
 using addon::comparison::Item;
 using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
+using opc::FileIdentity;
+using opc::identityOf;
 
 namespace {
 
@@ -141,6 +152,7 @@ FileChoice choiceOf(const Task& task) {
   choice.excludes = task.invocation.values("exclude");
   choice.followsOutside = task.invocation.has("follow");
   choice.leftOut = {task.output};
+  choice.stop = process::Interrupt::check;
   if (task.invocation.settings().isVerbose) {
     choice.onLeftOut = [](const std::string& path, const std::string& why) {
       report::printToStandardError(fmt::format("left out: {} ({})\n", opc::printable(path), why));

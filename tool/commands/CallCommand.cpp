@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "addon/build/TreeWalk.h"
 #include "hostarray/matrix.h"
 #include "hostarray/standin/testing.h"
 #include "opc/Text.h"
-#include "tool/TreeWalk.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/Gateways.h"
 #include "tool/json/HostJson.h"
@@ -21,6 +21,8 @@
 #include "tool/report/Output.h"
 
 namespace tool::commands {
+
+using opc::identityOf;
 
 namespace {
 

@@ -3,19 +3,24 @@
 
 #include <array>
 
+#include "addon/build/SourceFiles.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
-#include "tool/SourceFiles.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/NewPackage.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
+#include "tool/commands/detail/SourceFinder.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
 
 namespace tool::commands {
+
+using addon::build::SourceFile;
+using addon::build::storeFiles;
 
 namespace {
 
@@ -90,8 +95,8 @@ process::ExitCode run(const line::Invocation& invocation) {
 
   detail::NewPackage target(operands[0], invocation.has("force"));
   std::vector<SourceFile> files;
-  if (operands.size() > 1) SourceFinder(invocation).collect(operands[1], "", files);
-  storeFiles(files, false, target.open(properties, options.timestamp));
+  if (operands.size() > 1) detail::SourceFinder(invocation).collect(operands[1], "", files);
+  storeFiles(files, false, target.open(properties, options.timestamp), process::Interrupt::check);
   target.commit(std::move(options), invocation.settings());
   return process::ExitCode::Done;
 }

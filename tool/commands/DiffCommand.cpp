@@ -6,15 +6,17 @@
 #include <system_error>
 #include <vector>
 
+#include "addon/build/FolderBuild.h"
+#include "addon/build/Project.h"
 #include "addon/comparison/PackageComparison.h"
-#include "tool/FolderBuild.h"
-#include "tool/Project.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
+#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
 #include "tool/process/PrivateFile.h"
 #include "tool/report/DifferencePrinter.h"
 #include "tool/report/Messages.h"
@@ -23,6 +25,8 @@
 
 namespace tool::commands {
 
+using addon::build::buildInto;
+using addon::build::manifestPath;
 using addon::comparison::compareDescriptions;
 using addon::comparison::ComparedPackage;
 using addon::comparison::compareFiles;
@@ -81,8 +85,9 @@ OpenedPackage openCompared(const std::string& path, const std::vector<std::strin
   if (isFolder(path)) {
     compared.built = std::make_unique<process::PrivateFile>("built.kraddon");
     try {
-      buildInto(path, compared.built->path(), others);
-    } catch (const ManifestError& error) {
+      buildInto(path, compared.built->path(),
+                {others, process::secondThread(), process::Interrupt::check});
+    } catch (const addon::project::ManifestError& error) {
       throw process::Failure(error.in(manifestPath(path)));
     }
   }

@@ -6,9 +6,9 @@
 #include <limits>
 #include <optional>
 
+#include "addon/build/TreeWalk.h"
 #include "addon/comparison/Contents.h"
 #include "opc/Exception.h"
-#include "tool/TreeWalk.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/ExistingFiles.h"
 #include "tool/commands/detail/PackageAccess.h"
@@ -24,10 +24,13 @@
 
 namespace tool::commands {
 
+using addon::build::onDisk;
 using addon::comparison::Item;
 using addon::comparison::openItem;
 using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
+using opc::FileIdentity;
+using opc::identityOf;
 
 namespace {
 

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <string>
 
+#include "addon/build/Project.h"
 #include "addon/project/GitFacts.h"
 #include "addon/project/Guesses.h"
 #include "addon/project/Guid.h"
 #include "addon/project/ManifestText.h"
 #include "addon/project/ProjectFolder.h"
-#include "tool/Project.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
@@ -18,6 +18,8 @@
 #include "tool/report/Output.h"
 
 namespace tool::commands {
+
+using addon::build::manifestPath;
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "addon/build/SourceFiles.h"
 #include "text/Lines.h"
-#include "tool/SourceFiles.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/Selection.h"
@@ -14,6 +14,7 @@
 
 namespace tool::commands {
 
+using addon::build::storeFolder;
 using addon::packaging::AddonPackage;
 
 namespace {

@@ -8,12 +8,12 @@
 #include <optional>
 #include <utility>
 
+#include "addon/build/TreeWalk.h"
 #include "addon/packaging/Documents.h"
 #include "addon/project/PlainText.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "text/Suggest.h"
-#include "tool/TreeWalk.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -26,6 +26,7 @@
 namespace tool::commands {
 
 using addon::packaging::AddonPackage;
+using opc::identityOf;
 
 using addon::packaging::ConstRecord;
 using addon::packaging::DocumentTable;

@@ -5,10 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "opc/Exception.h"
+
 namespace tool::process {
 
-/// "`what` '`which`': `why`", the shape of every message. `which` may hold any bytes.
-std::string sentence(std::string_view what, std::string_view which, std::string_view why);
+using opc::sentence;
 
 /// The operation failed (exit code 1). All texts are UTF-8.
 class Failure : public std::exception {

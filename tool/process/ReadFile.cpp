@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -44,15 +43,6 @@ opc::FileDescriptor openToRead(const std::string& path, int flags) {
 }
 
 }  // namespace
-
-std::string readWholeFile(const std::string& path, std::size_t limit) {
-  const opc::FileDescriptor file = openToRead(path, O_NONBLOCK);
-  struct stat info {};
-  if (::fstat(file.get(), &info) != 0) throw systemFailure("cannot read", path, errno);
-  if (S_ISDIR(info.st_mode)) throw systemFailure("cannot read", path, EISDIR);
-  if (!S_ISREG(info.st_mode)) throw Failure(sentence("cannot read", path, "it is not a file"));
-  return readAll(file.get(), path, limit);
-}
 
 std::string readInput(const std::string& path, std::size_t limit) {
   if (path == "-") return readAll(STDIN_FILENO, "standard input", limit);

@@ -19,7 +19,9 @@
 
 namespace tool::commands::detail {
 
+using addon::build::onDisk;
 using addon::comparison::Item;
+using opc::FileIdentity;
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "addon/build/TreeWalk.h"
 #include "addon/comparison/Contents.h"
-#include "tool/TreeWalk.h"
 
 namespace tool::commands::detail {
 

@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <utility>
 
+#include "addon/build/TreeWalk.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/HostPropertiesPart.h"
 #include "opc/plservices/W3cDateTime.h"
-#include "tool/TreeWalk.h"
 #include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"

@@ -5,12 +5,13 @@
 
 #include <unordered_map>
 
+#include "addon/build/PatternChoice.h"
 #include "text/Lines.h"
-#include "tool/PatternChoice.h"
 #include "tool/process/Errors.h"
 
 namespace tool::commands::detail {
 
+using addon::build::PatternChoice;
 using addon::comparison::Item;
 using addon::packaging::AddonPackage;
 using opc::plservices::FileSystemEntry;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/Project.h"
+#include "addon/build/Project.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -8,16 +8,16 @@
 #include <cerrno>
 #include <unordered_map>
 
+#include "addon/build/BuildError.h"
+#include "addon/build/TreeWalk.h"
+#include "addon/build/detail/ReadFile.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
-#include "tool/TreeWalk.h"
-#include "tool/process/Errors.h"
-#include "tool/process/ReadFile.h"
 
-namespace tool {
+namespace addon::build {
 
 using addon::packaging::AddonAppInstall;
 using addon::packaging::AddonAppInstallList;
@@ -34,13 +34,12 @@ constexpr std::size_t kLargestText = std::size_t{32} << 20;  // parts end at twi
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string readText(const std::string& path) {
-  std::string text = process::readWholeFile(path, kLargestText);
+  std::string text = detail::readWholeFile(path, kLargestText);
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   // Licenses of the time of line printers have form feeds between their pages.
   std::replace(text.begin(), text.end(), '\f', '\n');
   const std::string fault = addon::project::manifestTextFault(text);
-  if (!fault.empty())
-    throw process::Failure(process::sentence("cannot use the text of", path, fault));
+  if (!fault.empty()) throw BuildError(opc::sentence("cannot use the text of", path, fault));
   return text;
 }
 
@@ -71,7 +70,7 @@ std::string derivedGuid(const Manifest& manifest, const AddonAppInstall& app,
 
 std::string Project::onDisk(const std::string& path) const {
   if (path == ".") return folder;
-  return path.starts_with('/') ? path : tool::onDisk(folder, path);
+  return path.starts_with('/') ? path : addon::build::onDisk(folder, path);
 }
 
 std::string manifestPath(const std::string& folder) {
@@ -81,14 +80,14 @@ std::string manifestPath(const std::string& folder) {
 Project openProject(const std::string& folder) {
   struct stat info {};
   if (::stat(folder.c_str(), &info) != 0) {
-    throw process::systemFailure("cannot read the folder", folder, errno);
+    throw systemError("cannot read the folder", folder, errno);
   }
   const std::string path = manifestPath(folder);
   if (::stat(path.c_str(), &info) != 0 && errno == ENOENT) {
-    const process::Failure missing = process::systemFailure("cannot read", path, ENOENT);
-    throw process::Failure(missing.what(), "'kraddon init' writes one");
+    const BuildError missing = systemError("cannot read", path, ENOENT);
+    throw BuildError(missing.what(), "'kraddon init' writes one");
   }
-  return {folder, addon::project::readManifest(process::readWholeFile(path, kLargestManifest))};
+  return {folder, addon::project::readManifest(detail::readWholeFile(path, kLargestManifest))};
 }
 
 void readTextFiles(const Project& project, const OwnedDocument& document) {
@@ -101,7 +100,7 @@ void readTextFiles(const Project& project, const OwnedDocument& document) {
         if (file == manifest.textFiles.end()) return;
         try {
           record.text(field) = opc::fromUtf8(readText(project.onDisk(file->second)));
-        } catch (const process::Failure& failure) {
+        } catch (const BuildError& failure) {
           throw ManifestError(manifest.positionOf(key), fmt::format("{}: {}", key, failure.what()));
         }
       });
@@ -131,4 +130,4 @@ void deriveAppGuids(const Manifest& manifest) {
   }
 }
 
-}  // namespace tool
+}  // namespace addon::build

@@ -8,7 +8,7 @@
 
 #include "addon/project/Patterns.h"
 
-namespace tool {
+namespace addon::build {
 
 /// Patterns that choose paths. Each speaks of what it matches and of all below that; of those that
 /// speak of a path the last one decides, against it when it begins with '!'. A path of which none
@@ -43,4 +43,4 @@ class PatternChoice {
   std::vector<Level> levels_;  ///< it and those above, from the top down
 };
 
-}  // namespace tool
+}  // namespace addon::build

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/TreeWalk.h"
+#include "addon/build/TreeWalk.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -10,15 +10,14 @@
 #include <cerrno>
 #include <memory>
 
+#include "addon/build/BuildError.h"
+#include "addon/build/RealPath.h"
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 #include "opc/Text.h"
-#include "tool/RealPath.h"
-#include "tool/process/Errors.h"
-#include "tool/process/Interrupt.h"
 
-namespace tool {
+namespace addon::build {
 
 namespace {
 
@@ -43,13 +42,13 @@ class TreeWalk {
       : folder_(folder), options_(options) {
     root_.reset(opc::uninterrupted(
         [&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!root_) throw process::systemFailure("cannot read the folder", folder, errno);
+    if (!root_) throw systemError("cannot read the folder", folder, errno);
   }
 
   std::vector<WalkedEntry> run() {
     readFolder("", kNoFolder, false);
     while (!pending_.empty()) {
-      process::Interrupt::check();
+      if (options_.stop) options_.stop();
       const Pending next = std::move(pending_.back());
       pending_.pop_back();
       if (next.isFolder) {
@@ -79,7 +78,7 @@ class TreeWalk {
     std::size_t parent;
   };
 
-  std::string onDisk(const std::string& path) const { return tool::onDisk(folder_, path); }
+  std::string onDisk(const std::string& path) const { return addon::build::onDisk(folder_, path); }
 
   void readFolder(const std::string& path, std::size_t parent, bool isLink) {
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isLink ? 0 : O_NOFOLLOW);
@@ -87,12 +86,12 @@ class TreeWalk {
         [&] { return ::openat(root_.get(), path.empty() ? "." : path.c_str(), flags); }));
     struct stat info {};
     if (!file || ::fstat(file.get(), &info) != 0) {
-      throw process::systemFailure("cannot read the folder", onDisk(path), errno);
+      throw systemError("cannot read the folder", onDisk(path), errno);
     }
     if (isLink) refuseCircle(path, opc::FileIdentity(info), parent);
     folders_.push_back({opc::FileIdentity(info), parent});
     DirectoryPointer directory(::fdopendir(file.get()));
-    if (!directory) throw process::systemFailure("cannot read the folder", onDisk(path), errno);
+    if (!directory) throw systemError("cannot read the folder", onDisk(path), errno);
     file.release();
     addEntries(path, *directory, isLeftOut(info));
   }
@@ -100,8 +99,8 @@ class TreeWalk {
   void refuseCircle(const std::string& path, opc::FileIdentity target, std::size_t parent) const {
     for (std::size_t i = parent; i != kNoFolder; i = folders_[i].parent) {
       if (folders_[i].identity == target) {
-        throw process::Failure(process::sentence("cannot follow the link", onDisk(path),
-                                                 "it leads to a folder that contains it"));
+        throw BuildError(opc::sentence("cannot follow the link", onDisk(path),
+                                       "it leads to a folder that contains it"));
       }
     }
   }
@@ -132,7 +131,7 @@ class TreeWalk {
       const std::string_view name = entry->d_name;
       if (name != "." && name != "..") entries.push_back({std::string(name), entry->d_type});
     }
-    if (errno != 0) throw process::systemFailure("cannot read the folder", onDisk(path), errno);
+    if (errno != 0) throw systemError("cannot read the folder", onDisk(path), errno);
     std::sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) {
       return opc::compareByCodeUnits(a.name, b.name) < 0;
     });
@@ -157,12 +156,11 @@ class TreeWalk {
       return reportLeftOut(path, false);
     }
     if (finalKind == Kind::Other) {
-      throw process::Failure(
-          process::sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
+      throw BuildError(
+          opc::sentence("cannot pack", onDisk(path), "it is neither a file nor a folder"));
     }
     if (!opc::isUtf8(entry.name)) {
-      throw process::Failure(
-          process::sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
+      throw BuildError(opc::sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
     }
     pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
   }
@@ -192,19 +190,19 @@ class TreeWalk {
     if (entry.type == DT_LNK) return Kind::Link;
     struct stat info {};
     if (::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
-      throw process::systemFailure("cannot access", onDisk(path), errno);
+      throw systemError("cannot access", onDisk(path), errno);
     }
     return toKind(info.st_mode);
   }
 
   void checkLink(const std::string& path, int error) {
-    if (error != 0) throw process::systemFailure("cannot follow the link", onDisk(path), error);
+    if (error != 0) throw systemError("cannot follow the link", onDisk(path), error);
     if (options_.followsOutside) return;
     const std::string target = realPath(onDisk(path));
     if (liesIn(target, realRoot())) return;
     if (!options_.project.empty() && liesIn(target, realProject())) return;
-    throw process::Failure(
-        process::sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
+    throw BuildError(
+        opc::sentence("cannot follow the link", onDisk(path), "it leads out of the folder"),
         "--follow follows it");
   }
 
@@ -266,4 +264,4 @@ std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptio
   return TreeWalk(folder, options).run();
 }
 
-}  // namespace tool
+}  // namespace addon::build

@@ -1,30 +1,30 @@
 // SPDX-License-Identifier: MIT
-#include "tool/FolderBuild.h"
+#include "addon/build/FolderBuild.h"
 
 #include <utility>
 
-#include "tool/ProjectDocuments.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/process/Background.h"
+#include "addon/build/detail/ProjectDocuments.h"
+#include "addon/build/detail/ReadFile.h"
 
-namespace tool {
+namespace addon::build {
 
 using addon::checks::IgnoreRules;
 using addon::packaging::AddonPackage;
 
 void fillPackage(const Project& project, const FileChoice& choice, const IgnoreRules& rules,
                  AddonPackage& package) {
-  storeFiles(treeOf(project, choice), false, package);
-  storeAddedFiles(project, package);
-  storeDocuments(project, package);
+  storeFiles(treeOf(project, choice), false, package, choice.stop);
+  storeAddedFiles(project, choice.stop, package);
+  detail::storeDocuments(project, package);
   checkReferences(project.manifest, rules, package);
 }
 
 void buildInto(const std::string& folder, const std::string& package,
-               const std::vector<std::string>& leftOut) {
+               const FolderBuildOptions& buildOptions) {
   const Project project = openProject(folder);
   FileChoice choice;
-  choice.leftOut = leftOut;
+  choice.leftOut = buildOptions.leftOut;
+  choice.stop = buildOptions.stop;
   choice.leftOut.push_back(package);  // the folder may well hold the place for temporary files
   choice.leftOut.push_back(addon::project::outputPath(project.manifest));
   addon::packaging::AddonProperties properties = propertiesOf(project);
@@ -34,9 +34,9 @@ void buildInto(const std::string& folder, const std::string& package,
   fillPackage(project, choice, ignoreRulesOf(project.manifest), made);
   opc::zippackage::WriteOptions options;
   options.level = 0;
-  options.background = process::secondThread();
+  options.background = buildOptions.background;
   made.physicalPackage().setWriteOptions(std::move(options));
   made.logicalPackage().close(false);
 }
 
-}  // namespace tool
+}  // namespace addon::build

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "tool/RealPath.h"
+#include "addon/build/RealPath.h"
 
 #include <filesystem>
 #include <system_error>
 
-namespace tool {
+namespace addon::build {
 
 std::string realPath(const std::string& path) {
   std::error_code ignored;
@@ -16,4 +16,4 @@ bool liesIn(std::string_view path, std::string_view folder) {
   return folder.back() == '/' || path.size() == folder.size() || path[folder.size()] == '/';
 }
 
-}  // namespace tool
+}  // namespace addon::build

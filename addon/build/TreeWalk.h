@@ -8,8 +8,9 @@
 
 #include "addon/project/Patterns.h"
 #include "opc/FileIdentity.h"
+#include "opc/interfaces/Progress.h"
 
-namespace tool {
+namespace addon::build {
 
 /// Of files that may exist, and of their folders: whether one that nothing else lies in is empty
 /// depends on whether the file is there yet.
@@ -27,6 +28,7 @@ struct TreeWalkOptions {
   std::function<void(const std::string& path, bool isFolder)> onExcluded = nullptr;
   /// The same for what `leftOut` names.
   std::function<void(const std::string& path, bool isFolder)> onLeftOut = nullptr;
+  opc::interfaces::StopFunction stop = nullptr;  ///< may be empty
 };
 
 /// Something to be packed. The path is UTF-8, relative to the folder, with '/'.
@@ -42,8 +44,8 @@ std::string onDisk(const std::string& folder, const std::string& path);
 /// All files and all empty folders below `folder`, depth first, in order of their names' UTF-16
 /// code units, so that the order on the disk does not show. Temporary files that a killed run of
 /// the program left behind are excluded. Links are followed when they lead inside `folder`. Throws
-/// Failure, naming the path, for a link that leads out, to nothing or in a circle, for anything
+/// BuildError, naming the path, for a link that leads out, to nothing or in a circle, for anything
 /// that is neither file nor folder, and for a name that is not UTF-8.
 std::vector<WalkedEntry> walkTree(const std::string& folder, const TreeWalkOptions& options);
 
-}  // namespace tool
+}  // namespace addon::build

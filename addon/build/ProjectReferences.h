@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "addon/build/Project.h"
 #include "addon/checks/IgnoreRules.h"
 #include "addon/packaging/AddonPackage.h"
-#include "tool/Project.h"
 
-namespace tool {
+namespace addon::build {
 
 /// The findings that the manifest asks to be passed over. Throws ManifestError for an unknown id.
 addon::checks::IgnoreRules ignoreRulesOf(const Manifest& manifest);
@@ -17,4 +17,4 @@ addon::checks::IgnoreRules ignoreRulesOf(const Manifest& manifest);
 void checkReferences(const Manifest& manifest, const addon::checks::IgnoreRules& rules,
                      addon::packaging::AddonPackage& package);
 
-}  // namespace tool
+}  // namespace addon::build

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool {
+namespace addon::build {
 
 /// The path without links; "" when there is nothing at it.
 std::string realPath(const std::string& path);
@@ -12,4 +12,4 @@ std::string realPath(const std::string& path);
 /// Whether one real path is another or lies below it.
 bool liesIn(std::string_view path, std::string_view folder);
 
-}  // namespace tool
+}  // namespace addon::build

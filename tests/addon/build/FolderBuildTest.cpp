@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/FolderBuild.h"
+#include "addon/build/FolderBuild.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "addon/build/BuildError.h"
 #include "addon/comparison/Contents.h"
 #include "opc/Exception.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/process/Errors.h"
 #include "tool/report/Schemas.h"
 
 namespace {
@@ -36,10 +35,11 @@ class FolderBuild : public testing::Test {
   std::string path(const std::string& name) const { return (folder_ / name).string(); }
 
   Paths built(const std::vector<std::string>& leftOut = {}) const {
-    tool::buildInto(path("wave"), path("out.zip"), leftOut);
+    addon::build::buildInto(path("wave"), path("out.zip"), {.leftOut = leftOut});
+    addon::packaging::AddonPackage package((folder_ / "out.zip").u16string());
+    package.logicalPackage().open(opc::interfaces::OpenMode::Read);
     Paths paths;
-    for (const auto& item :
-         addon::comparison::readTree(*tool::commands::detail::openForReading(path("out.zip")))) {
+    for (const auto& item : addon::comparison::readTree(package)) {
       paths.push_back(item.path + (item.info.compressed ? " packed" : ""));
     }
     return paths;
@@ -76,14 +76,14 @@ TEST_F(FolderBuild, ReplacesNoFile) {
 TEST_F(FolderBuild, WithoutAManifestFails) {
   fs::remove(path("wave/kraddon.toml"));
 
-  EXPECT_THROW(built(), tool::process::Failure);
+  EXPECT_THROW(built(), addon::build::BuildError);
   EXPECT_FALSE(fs::exists(path("out.zip")));
 }
 
 TEST_F(FolderBuild, WithAFaultInTheManifestFails) {
   write("kraddon.toml", "[package]\n");
 
-  EXPECT_THROW(built(), tool::ManifestError);
+  EXPECT_THROW(built(), addon::project::ManifestError);
   EXPECT_FALSE(fs::exists(path("out.zip")));
 }
 

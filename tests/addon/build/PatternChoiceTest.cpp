@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/PatternChoice.h"
+#include "addon/build/PatternChoice.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-using tool::PatternChoice;
+using addon::build::PatternChoice;
 using Patterns = std::vector<std::string>;
 
 struct Case {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/TreeWalk.h"
+#include "addon/build/TreeWalk.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "addon/build/BuildError.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tool/process/Errors.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ class TreeWalk : public testing::Test {
 
   Paths walk() const {
     Paths paths;
-    for (const auto& entry : tool::walkTree(root_.string(), options_)) {
+    for (const auto& entry : addon::build::walkTree(root_.string(), options_)) {
       paths.push_back(entry.path + (entry.isFolder ? "/" : ""));
     }
     return paths;
@@ -37,7 +37,7 @@ class TreeWalk : public testing::Test {
   std::string error() const {
     try {
       walk();
-    } catch (const tool::process::Failure& failure) {
+    } catch (const addon::build::BuildError& failure) {
       return failure.what();
     }
     return "no error";
@@ -45,7 +45,7 @@ class TreeWalk : public testing::Test {
 
   test::TemporaryFolder folder_;
   fs::path root_ = folder_ / "root";
-  tool::TreeWalkOptions options_;
+  addon::build::TreeWalkOptions options_;
 };
 
 TEST_F(TreeWalk, GoesDepthFirstInOrderOfCodeUnits) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "tool/PatternChoice.h"
+#include "addon/build/PatternChoice.h"
 
 #include <algorithm>
 
-namespace tool {
+namespace addon::build {
 
 PatternChoice::PatternChoice(const std::vector<std::string>& patterns)
     : patterns_(patterns.begin(), patterns.end()), isUsed_(patterns.size(), false) {}
@@ -59,4 +59,4 @@ PatternChoice::Number PatternChoice::lastToSpeak(std::string_view path, bool isF
   return deciding;
 }
 
-}  // namespace tool
+}  // namespace addon::build

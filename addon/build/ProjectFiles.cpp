@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/ProjectFiles.h"
+#include "addon/build/ProjectFiles.h"
 
 #include <fmt/format.h>
 
@@ -7,14 +7,12 @@
 #include <memory>
 #include <system_error>
 
+#include "addon/build/PatternChoice.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
-#include "tool/PatternChoice.h"
-#include "tool/process/Errors.h"
-#include "tool/process/Interrupt.h"
 
-namespace tool {
+namespace addon::build {
 
 using addon::packaging::AddonPackage;
 using addon::project::AddedFileSection;
@@ -90,6 +88,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   options.followsOutside = choice.followsOutside;
   options.project = project.folder;
   options.leftOut = withFolders(choice.leftOut);
+  options.stop = choice.stop;
   const auto report = [&](const std::string& path, const std::string& why) {
     if (choice.onLeftOut) choice.onLeftOut(path, why);
   };
@@ -112,12 +111,13 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   return found;
 }
 
-void storeAddedFiles(const Project& project, AddonPackage& package) {
+void storeAddedFiles(const Project& project, const opc::interfaces::StopFunction& stop,
+                     AddonPackage& package) {
   const auto& added = project.manifest.files.added;
   for (std::size_t i = 0; i < added.size(); ++i) {
-    process::Interrupt::check();
+    if (stop) stop();
     storeAddedFile(project, added[i], fmt::format("files.add[{}]", i), package);
   }
 }
 
-}  // namespace tool
+}  // namespace addon::build

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/ProjectReferences.h"
+#include "addon/build/ProjectReferences.h"
 
 #include <fmt/format.h>
 
@@ -10,7 +10,7 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 
-namespace tool {
+namespace addon::build {
 
 using addon::checks::findingNamed;
 using addon::checks::IgnoreRules;
@@ -122,4 +122,4 @@ void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
   search.raise();
 }
 
-}  // namespace tool
+}  // namespace addon::build

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
-#include "tool/ProjectDocuments.h"
+#include "addon/build/detail/ProjectDocuments.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
+#include "addon/build/detail/ReadFile.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/AddonProperties.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
-#include "tool/commands/detail/PackageAccess.h"
 
-namespace tool {
+namespace addon::build::detail {
 
 using addon::packaging::AddonAppInstallList;
 using addon::packaging::AddonPackage;
@@ -39,7 +39,7 @@ void storeScreenshot(const Project& project, AddonPackage& package) {
   const std::string path = project.onDisk(screenshot.value);
   try {
     const opc::plservices::FileContentSource probe(path);  // before the part is made
-    std::u16string image = commands::detail::toUtf16("cannot read", path);
+    std::u16string image = toUtf16("cannot read", path);
     package.setScreenshot(image);
   } catch (const opc::Exception& error) {
     throw ManifestError(screenshot.position, fmt::format("package.screenshot: {}", error.what()));
@@ -59,4 +59,4 @@ void storeDocuments(const Project& project, AddonPackage& package) {
   storeScreenshot(project, package);
 }
 
-}  // namespace tool
+}  // namespace addon::build::detail

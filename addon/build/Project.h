@@ -6,7 +6,7 @@
 #include "addon/packaging/AddonProperties.h"
 #include "addon/project/Manifest.h"
 
-namespace tool {
+namespace addon::build {
 
 using addon::project::Manifest;
 using addon::project::ManifestError;
@@ -20,8 +20,8 @@ struct Project {
   std::string onDisk(const std::string& path) const;
 };
 
-/// Throws Failure when the folder has no manifest that can be read, ManifestError for what is wrong
-/// with it.
+/// Throws BuildError when the folder has no manifest that can be read, ManifestError for what is
+/// wrong with it.
 Project openProject(const std::string& folder);
 
 /// The path of a folder's manifest.
@@ -38,4 +38,4 @@ addon::packaging::AddonProperties& propertiesOf(const Project& project);
 /// ManifestError for one that cannot be derived and for one that two apps share.
 void deriveAppGuids(const Manifest& manifest);
 
-}  // namespace tool
+}  // namespace addon::build

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "addon/build/SourceFiles.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+#include <utility>
+
+#include "addon/build/BuildError.h"
+#include "addon/build/detail/ReadFile.h"
+#include "opc/Text.h"
+#include "opc/plservices/FileContentSource.h"
+
+namespace addon::build {
+
+using addon::packaging::AddonPackage;
+using addon::project::PatternList;
+using opc::plservices::FileContentSource;
+using opc::plservices::FileSystemEntryAlreadyExists;
+
+namespace {
+
+constexpr std::string_view kIgnoreFile = ".kraddonignore";
+constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
+
+bool isFolderOf(AddonPackage& package, const std::string& path) {
+  const auto entry = package.fileSystem().find(path);
+  return entry != nullptr && !entry->isFile();
+}
+
+BuildError isTaken(const std::string& path, AddonPackage& package) {
+  if (isFolderOf(package, path)) {
+    return BuildError(opc::sentence("cannot add", path, "the package has a folder with that name"));
+  }
+  return BuildError(opc::sentence("cannot add", path, "the package has a file with that name"),
+                    "--replace replaces it");
+}
+
+void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
+  auto content = std::make_unique<FileContentSource>(file.diskPath);
+  auto& tree = package.fileSystem();
+  const auto old = replaces ? tree.find(file.path) : nullptr;
+  if (old != nullptr && old->isFile()) return tree.replaceFile(*old, std::move(content));
+  try {
+    tree.addFile(std::move(content), file.path);
+  } catch (const FileSystemEntryAlreadyExists&) {
+    throw isTaken(file.path, package);
+  }
+}
+
+}  // namespace
+
+void addIgnoreFile(const std::string& folder, const std::string& place, PatternList& patterns) {
+  const std::string file = onDisk(folder, std::string(kIgnoreFile));
+  if (opc::identityOf(file))
+    patterns.addLines(detail::readWholeFile(file, kLargestIgnoreFile), place);
+}
+
+std::string joinPath(std::string_view folder, std::string_view name) {
+  if (folder.empty() || name.empty()) return std::string(folder.empty() ? name : folder);
+  return fmt::format("{}/{}", folder, name);
+}
+
+bool storeFolder(const std::string& path, AddonPackage& package) {
+  try {
+    package.fileSystem().createFolder(opc::fromUtf8(path));
+    return true;
+  } catch (const FileSystemEntryAlreadyExists&) {
+    if (isFolderOf(package, path)) return false;
+    throw BuildError(
+        opc::sentence("cannot create the folder", path, "the package has a file with that name"));
+  }
+}
+
+void storeFiles(const std::vector<SourceFile>& files, bool replaces, AddonPackage& package,
+                const opc::interfaces::StopFunction& stop) {
+  for (const SourceFile& file : files) {
+    if (stop) stop();
+    if (file.isFolder) {
+      storeFolder(file.path, package);
+    } else {
+      storeFile(file, replaces, package);
+    }
+  }
+}
+
+}  // namespace addon::build

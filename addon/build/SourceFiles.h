@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "addon/build/TreeWalk.h"
+#include "addon/packaging/AddonPackage.h"
+
+namespace addon::build {
+
+/// A file or an empty folder of the disk, and the path that it gets in the package.
+struct SourceFile {
+  std::string diskPath;
+  std::string path;  ///< UTF-8
+  bool isFolder;
+};
+
+/// Adds the patterns of a folder's .kraddonignore, if it has one, for paths below `place`.
+void addIgnoreFile(const std::string& folder, const std::string& place,
+                   addon::project::PatternList& patterns);
+
+/// "a/b", or just one of them when the other is empty.
+std::string joinPath(std::string_view folder, std::string_view name);
+
+/// Puts them into the open package. A folder that already exists is no error. Throws BuildError for
+/// a file whose path is taken; with `replaces` only when it is taken by a folder.
+void storeFiles(const std::vector<SourceFile>& files, bool replaces,
+                addon::packaging::AddonPackage& package,
+                const opc::interfaces::StopFunction& stop = nullptr);
+
+/// Makes a folder and those above it; one that exists is no error, a file is. False when it was
+/// there.
+bool storeFolder(const std::string& path, addon::packaging::AddonPackage& package);
+
+}  // namespace addon::build

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace addon::build::detail {
+
+/// All bytes of a regular file; never waits for a pipe. Throws BuildError when the file cannot be
+/// read, is not a regular file, or holds more than `limit` bytes.
+std::string readWholeFile(const std::string& path, std::size_t limit);
+
+/// A path as the library's classes take it. Throws BuildError, which begins with `what`, for one
+/// that is not UTF-8.
+std::u16string toUtf16(std::string_view what, const std::string& path);
+
+}  // namespace addon::build::detail
