@@ -18,12 +18,16 @@ ONLY_IN = {
     "zlib.h": {"opc/zippackage"},
     "boost/": {"opc/plservices", "opc/checks", "addon/packaging", "addon/checks", "addon/gallery",
                "tool/commands"},
-    "cmark": {"text"},
+    "cmark": {"text", "addon/gallery"},
 }
 # All that a folder other than opc/zippackage and opc/checks may know of the container.
 CONTAINER_FACE = {"opc/zippackage/ZipPhysicalPackage.h"}
 # Executables may link any room; they lie in folders of their own or at the top of tool/.
 PROGRAMS = {"tool", "tool/manual"}
+# The dotted arrow: 'call' loads the library when it runs, and shares only the record of its table.
+LOADED = ("tool/commands", "gateway/FunctionTable.h")
+# A nested class, and words that are spelled once, have their own namespace in the folder's.
+NESTED = {"opc/model/detail/PackageState"}
 
 
 def without_generators(word):
@@ -47,7 +51,7 @@ class House:
         text = re.sub(r"#[^\n]*", "", listing.read_text())
         for call, body in re.findall(r"(kraddon_library|add_library)\(([^()]*)\)", text):
             words = body.split()
-            if call == "add_library" and ("OBJECT" in words or "ALIAS" in words):
+            if call == "add_library" and "OBJECT" in words:
                 continue
             self.library[folder], self.folder[words[0]] = words[0], folder
             self._links(folder, words)
@@ -116,7 +120,8 @@ class Layout(unittest.TestCase):
                 continue
             allowed = HOUSE.visible(own) | {own}
             wrong += [f"{path} includes {name}" for name in includes(text)
-                      if (ROOT / name).is_file() and folder_of(name) not in allowed]
+                      if (ROOT / name).is_file() and folder_of(name) not in allowed
+                      and (own, name) != LOADED]
         self.assertEqual(wrong, [])
 
     def test_only_the_folder_itself_uses_its_detail(self):
@@ -133,7 +138,9 @@ class Layout(unittest.TestCase):
             # The host's own interface has names of its own, and so has the global function table.
             if folder.parts[0] in ("hostarray", "gateway") or expected == "fl::i18n":
                 continue
-            if named and expected not in named:
+            if path.rsplit(".", 1)[0] in NESTED:
+                continue
+            if named and not any(n == expected or n.startswith(expected + "::") for n in named):
                 wrong.append(f"{path} is in {named[0]}")
         self.assertEqual(wrong, [])
 
@@ -153,8 +160,13 @@ class Layout(unittest.TestCase):
 
     def test_arrows_never_lead_round(self):
         for folder in HOUSE.library:
-            self.assertNotIn(folder, HOUSE.visible(folder) if folder not in HOUSE.links(folder)
-                             else {folder}, folder)
+            behind, waiting = set(), list(HOUSE.links(folder))
+            while waiting:
+                other = waiting.pop()
+                if other not in behind:
+                    behind.add(other)
+                    waiting += HOUSE.links(other)
+            self.assertNotIn(folder, behind)
 
     def test_no_folder_is_crowded(self):
         count = {}

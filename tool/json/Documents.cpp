@@ -5,7 +5,6 @@
 
 #include "opc/Text.h"
 #include "text/Suggest.h"
-#include "tool/line/Command.h"
 #include "tool/process/Errors.h"
 
 namespace tool::json {
