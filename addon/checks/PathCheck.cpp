@@ -14,7 +14,6 @@
 namespace addon::checks {
 
 using opc::checks::quoted;
-using opc::plservices::FileSystemEntry;
 using Kind = PathReference::Kind;
 
 namespace {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,7 +16,8 @@ struct FindingId {
   std::uint16_t number = 0;  ///< 101 is shown as "KR101"
   Severity severity = Severity::Error;
 
-  auto operator<=>(const FindingId&) const = default;
+  bool operator==(const FindingId&) const = default;
+  bool operator<(const FindingId& other) const { return number < other.number; }
 };
 
 /// "KR101"

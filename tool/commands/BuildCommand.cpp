@@ -53,8 +53,6 @@ using addon::comparison::contentDigest;
 using addon::comparison::Item;
 using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
-using opc::FileIdentity;
-using opc::identityOf;
 
 namespace {
 

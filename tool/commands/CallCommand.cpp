@@ -22,8 +22,6 @@
 
 namespace tool::commands {
 
-using opc::identityOf;
-
 namespace {
 
 constexpr std::array kOperands{

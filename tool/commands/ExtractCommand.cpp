@@ -29,8 +29,6 @@ using addon::comparison::Item;
 using addon::comparison::openItem;
 using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
-using opc::FileIdentity;
-using opc::identityOf;
 
 namespace {
 

@@ -26,7 +26,6 @@
 namespace tool::commands {
 
 using addon::packaging::AddonPackage;
-using opc::identityOf;
 
 using addon::packaging::ConstRecord;
 using addon::packaging::DocumentTable;

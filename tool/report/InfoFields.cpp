@@ -14,7 +14,6 @@ namespace tool::report {
 namespace schema = json::schema;
 
 using addon::packaging::AddonProperties;
-using addon::packaging::Member;
 
 namespace {
 

@@ -6,7 +6,6 @@
 
 namespace opc::checks::detail {
 
-using interfaces::ItemIndex;
 using model::ContentType;
 using model::ContentTypes;
 using model::findContentTypes;

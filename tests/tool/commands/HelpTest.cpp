@@ -92,7 +92,7 @@ TEST_P(HelpOf, SaysEverythingThatTheCommandTakes) {
 
   for (const auto& operand : GetParam()->operands) {
     EXPECT_NE(help.find("\n  " + std::string(operand.name)), std::string::npos) << operand.name;
-    EXPECT_FALSE(operand.help.empty()) << operand.name;
+    EXPECT_FALSE(operand.help.empty() && operand.choices == nullptr) << operand.name;
   }
   for (const auto& option : GetParam()->options) {
     EXPECT_NE(help.find("--" + std::string(option.longName)), std::string::npos);

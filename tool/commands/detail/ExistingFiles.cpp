@@ -21,7 +21,6 @@ namespace tool::commands::detail {
 
 using addon::build::onDisk;
 using addon::comparison::Item;
-using opc::FileIdentity;
 
 namespace {
 
