@@ -23,13 +23,13 @@ void addIgnoreFile(const std::string& folder, const std::string& place,
 /// "a/b", or just one of them when the other is empty.
 std::string joinPath(std::string_view folder, std::string_view name);
 
-/// Puts them into the open package. A folder that already exists is no error. Throws BuildError for
+/// Puts them into the open package. Ignores folders that already exist. Throws BuildError for
 /// a file whose path is taken; with `replaces` only when it is taken by a folder.
 void storeFiles(const std::vector<SourceFile>& files, bool replaces,
                 addon::packaging::AddonPackage& package,
                 const opc::interfaces::StopFunction& stop = nullptr);
 
-/// Makes a folder and those above it; one that exists is no error, a file is. False when it was
+/// Makes a folder and those above it. Throws BuildError if a file is in its place. False if it was
 /// there.
 bool storeFolder(const std::string& path, addon::packaging::AddonPackage& package);
 
