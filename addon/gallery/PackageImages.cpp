@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "addon/gallery/DataAddress.h"
+#include "addon/gallery/detail/DataAddress.h"
 #include "addon/packaging/ScreenshotPart.h"
 #include "text/ByteCount.h"
 
@@ -53,10 +53,10 @@ PageImage PackageImages::read(opc::InputStream& stream, std::uint64_t size) {
     total += count;
   }
   bytes.resize(total);
-  const std::string_view type = imageTypeOf(bytes);
+  const std::string_view type = detail::imageTypeOf(bytes);
   if (type.empty()) return {{}, "not an image that a page can show"};
   used_ += total;
-  return {dataAddress(type, bytes), {}};
+  return {detail::dataAddress(type, bytes), {}};
 }
 
 }  // namespace addon::gallery

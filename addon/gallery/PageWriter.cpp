@@ -3,10 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <string>
 
-#include "addon/gallery/Sections.h"
-#include "addon/gallery/StyleSheet.h"
+#include "addon/gallery/detail/Sections.h"
+#include "addon/gallery/detail/StyleSheet.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonConfiguration.h"
 #include "addon/packaging/AddonExamples.h"
@@ -29,24 +30,31 @@ constexpr std::string_view kPolicy =
     "form-action 'none'";
 
 /// A section made for a document or, without one, for the files.
+/// A part of the page with its own heading.
+struct Section {
+  std::string id;
+  std::string title;
+  std::function<void(detail::HtmlWriter& html, PageImages& images)> write;
+};
+
 struct KnownSection {
   const char* id;
   const char* title;
   const DocumentTable* table;
-  void (*write)(HtmlWriter& html, const Page& page, PageImages& images);
+  void (*write)(detail::HtmlWriter& html, const Page& page, PageImages& images);
 };
 constexpr std::array kKnownSections{
-    KnownSection{"about", "About", &packaging::AddonProperties::kTable, writeAbout},
+    KnownSection{"about", "About", &packaging::AddonProperties::kTable, detail::writeAbout},
     KnownSection{"requirements", "Requirements", &packaging::AddonSystemRequirements::kTable,
-                 writeRequirements},
-    KnownSection{"examples", "Examples", &packaging::AddonExamples::kTable, writeExamples},
-    KnownSection{"apps", "Apps", &packaging::AddonAppInstallList::kTable, writeApps},
+                 detail::writeRequirements},
+    KnownSection{"examples", "Examples", &packaging::AddonExamples::kTable, detail::writeExamples},
+    KnownSection{"apps", "Apps", &packaging::AddonAppInstallList::kTable, detail::writeApps},
     KnownSection{"revisions", "Revisions", &packaging::AddonRevisionHistory::kTable,
-                 writeRevisions},
+                 detail::writeRevisions},
     KnownSection{"search-path", "Search path", &packaging::AddonConfiguration::kTable,
-                 writeSearchPath},
-    KnownSection{"license", "License", &packaging::AddonLicense::kTable, writeLicense},
-    KnownSection{"files", "Files", nullptr, writeFiles}};
+                 detail::writeSearchPath},
+    KnownSection{"license", "License", &packaging::AddonLicense::kTable, detail::writeLicense},
+    KnownSection{"files", "Files", nullptr, detail::writeFiles}};
 
 bool isEmpty(const ConstRecord& record) {
   const auto& fields = record.table().fields;
@@ -67,13 +75,27 @@ void addOtherDocuments(const Page& page, std::vector<Section>& sections) {
     const ConstRecord record = page.find(*table).record;
     if (isKnown || isEmpty(record)) continue;
     sections.push_back({table->name(), packaging::labelOf(table->name()),
-                        [record, table](HtmlWriter& html, PageImages& /*images*/) {
-                          writeDocument(html, record, table->isList);
+                        [record, table](detail::HtmlWriter& html, PageImages& /*images*/) {
+                          detail::writeDocument(html, record, table->isList);
                         }});
   }
 }
 
-void writeHead(HtmlWriter& html, const Page& page) {
+// Those for which there is something to show, in the order of the page, which must outlive them.
+std::vector<Section> sectionsOf(const Page& page) {
+  std::vector<Section> sections;
+  for (const KnownSection& known : kKnownSections) {
+    if (known.table == nullptr) addOtherDocuments(page, sections);
+    if (!isThere(known, page)) continue;
+    sections.push_back({known.id, known.title,
+                        [&page, write = known.write](detail::HtmlWriter& html, PageImages& images) {
+                          write(html, page, images);
+                        }});
+  }
+  return sections;
+}
+
+void writeHead(detail::HtmlWriter& html, const Page& page) {
   html.empty("meta", {{"charset", "utf-8"}});
   html.newLine();
   html.empty("meta", {{"http-equiv", "Content-Security-Policy"}, {"content", kPolicy}});
@@ -89,11 +111,13 @@ void writeHead(HtmlWriter& html, const Page& page) {
   html.element("title", version.empty() ? page.name : page.name + " " + version);
   html.newLine();
   std::string sheet;
-  for (const auto part : {kPageStyle, kSectionsStyle, kFilesStyle, kMediaStyle}) sheet += part;
+  for (const auto part :
+       {detail::kPageStyle, detail::kSectionsStyle, detail::kFilesStyle, detail::kMediaStyle})
+    sheet += part;
   html.style(sheet);
 }
 
-void writeNavigation(HtmlWriter& html, const std::vector<Section>& sections) {
+void writeNavigation(detail::HtmlWriter& html, const std::vector<Section>& sections) {
   if (sections.size() < 2) return;
   const auto links = [&] {
     for (const Section& section : sections) {
@@ -106,7 +130,8 @@ void writeNavigation(HtmlWriter& html, const std::vector<Section>& sections) {
   html.newLine();
 }
 
-void writeSections(HtmlWriter& html, const std::vector<Section>& sections, PageImages& images) {
+void writeSections(detail::HtmlWriter& html, const std::vector<Section>& sections,
+                   PageImages& images) {
   for (const Section& section : sections) {
     html.element("section", {{"aria-labelledby", section.id}}, [&] {
       html.element("h2", {{"id", section.id}}, section.title);
@@ -117,10 +142,10 @@ void writeSections(HtmlWriter& html, const std::vector<Section>& sections, PageI
   }
 }
 
-void writeBody(HtmlWriter& html, const Page& page, PageImages& images) {
+void writeBody(detail::HtmlWriter& html, const Page& page, PageImages& images) {
   html.element("a", {{"class", "skip"}, {"href", "#main"}}, "Skip to the content");
   html.newLine();
-  writeHero(html, page, images);
+  detail::writeHero(html, page, images);
   const std::vector<Section> sections = sectionsOf(page);
   writeNavigation(html, sections);
   html.element("main", {{"id", "main"}, {"tabindex", "-1"}},
@@ -134,21 +159,9 @@ void writeBody(HtmlWriter& html, const Page& page, PageImages& images) {
 
 }  // namespace
 
-std::vector<Section> sectionsOf(const Page& page) {
-  std::vector<Section> sections;
-  for (const KnownSection& known : kKnownSections) {
-    if (known.table == nullptr) addOtherDocuments(page, sections);
-    if (!isThere(known, page)) continue;
-    sections.push_back(
-        {known.id, known.title, [&page, write = known.write](HtmlWriter& html, PageImages& images) {
-           write(html, page, images);
-         }});
-  }
-  return sections;
-}
-
-void writePage(const Page& page, PageImages& images, const HtmlWriter::Sink& sink) {
-  HtmlWriter html(sink);
+void writePage(const Page& page, PageImages& images,
+               const std::function<void(std::string_view)>& sink) {
+  detail::HtmlWriter html(sink);
   html.doctype();
   html.element("html", {{"lang", "en"}}, [&] {
     html.newLine();

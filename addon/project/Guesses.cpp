@@ -12,9 +12,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include "addon/project/LicenseGuess.h"
 #include "addon/project/PlainText.h"
-#include "addon/project/ReadmeGuess.h"
+#include "addon/project/detail/LicenseGuess.h"
+#include "addon/project/detail/ReadmeGuess.h"
 #include "opc/Text.h"
 
 namespace addon::project {
@@ -143,15 +143,16 @@ GuessedText chooseText(const ProjectFolder& folder, std::vector<std::string> pat
 void guessTexts(const ProjectFolder& folder, Guesses& guesses) {
   std::string text;
   guesses.readme = chooseText(folder, filesNamed(folder, {"README"}), text);
-  if (guesses.readme.fault.empty()) guesses.summary = {summaryOf(text), guesses.readme.path};
+  if (guesses.readme.fault.empty())
+    guesses.summary = {detail::summaryOf(text), guesses.readme.path};
 
   text.clear();
   guesses.license = chooseText(folder, filesNamed(folder, {"LICENSE", "LICENCE", "COPYING"}), text);
-  guesses.licenseType = licenseTypeOf(text);
+  guesses.licenseType = detail::licenseTypeOf(text);
 
   text.clear();
   guesses.changelog = chooseText(folder, filesNamed(folder, {"CHANGELOG"}), text);
-  if (guesses.changelog.fault.empty()) guesses.revisions = revisionsOf(text);
+  if (guesses.changelog.fault.empty()) guesses.revisions = detail::revisionsOf(text);
 }
 
 // Properties

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/project/TomlParser.h"
+#include "addon/project/detail/TomlParser.h"
 
 #include <algorithm>
 #include <concepts>
@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "addon/project/Manifest.h"
-#include "addon/project/ManifestFaults.h"
 #include "addon/project/ManifestKeys.h"
 #include "addon/project/PlainText.h"
-#include "addon/project/TomlKeys.h"
+#include "addon/project/detail/ManifestFaults.h"
+#include "addon/project/detail/TomlKeys.h"
 #include "opc/Text.h"
 #include "text/Suggest.h"
 
@@ -65,8 +65,8 @@ std::string padded(unsigned number, std::size_t width) {
 /// Reads a table into its section. `path` names it in messages, "" for the whole manifest.
 class TableReader {
  public:
-  TableReader(const toml::table& table, std::string path, const Source& source, Faults& faults,
-              Manifest& manifest)
+  TableReader(const toml::table& table, std::string path, const detail::Source& source,
+              detail::Faults& faults, Manifest& manifest)
       : table_(table),
         path_(std::move(path)),
         source_(source),
@@ -325,8 +325,8 @@ class TableReader {
 
   const toml::table& table_;
   std::string path_;
-  const Source& source_;
-  Faults& faults_;
+  const detail::Source& source_;
+  detail::Faults& faults_;
   Manifest& manifest_;  // for what is said of documents
   std::vector<std::string_view> known_;
   std::string missing_;  // the first required key that is missing
@@ -342,7 +342,7 @@ Position positionOf(std::string_view text, std::size_t at) {
 }
 
 toml::table parse(std::string_view text) {
-  const std::size_t longKey = findLongKey(text);
+  const std::size_t longKey = detail::findLongKey(text);
   if (longKey != text.npos) {
     throw ManifestError(positionOf(text, longKey), "a key has more than 16 parts");
   }
@@ -356,7 +356,7 @@ toml::table parse(std::string_view text) {
 }
 
 /// A path with '/' in front is probably meant as a path on the disk.
-void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) {
+void refuseAbsolute(const std::vector<AddedFileSection>& files, detail::Faults& faults) {
   for (std::size_t i = 0; i < files.size(); ++i) {
     const Text& to = files[i].to;
     if (!to.value.starts_with('/')) continue;
@@ -371,8 +371,8 @@ void refuseAbsolute(const std::vector<AddedFileSection>& files, Faults& faults) 
 
 Manifest readManifest(std::string_view text) {
   const toml::table table = parse(text);
-  const Source source(text);
-  Faults faults;
+  const detail::Source source(text);
+  detail::Faults faults;
   Manifest manifest;
   TableReader(table, {}, source, faults, manifest).read(manifest);
   refuseAbsolute(manifest.files.added, faults);

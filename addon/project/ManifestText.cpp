@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "addon/project/TomlText.h"
+#include "addon/project/detail/TomlText.h"
 
 namespace addon::project {
 
@@ -34,7 +34,7 @@ constexpr std::string_view kTail =
 
 /// A commented key, for a value that was not found.
 std::string missing(std::string_view why, std::string_view line) {
-  return tomlComment(why) + "# " + std::string(line) + "\n";
+  return detail::tomlComment(why) + "# " + std::string(line) + "\n";
 }
 
 std::string assignment(std::string_view key, const std::string& value) {
@@ -42,13 +42,13 @@ std::string assignment(std::string_view key, const std::string& value) {
 }
 
 std::string fromSource(const std::string& source, std::string_view key, std::string_view value) {
-  return tomlComment(source) + assignment(key, tomlString(value));
+  return detail::tomlComment(source) + assignment(key, detail::tomlString(value));
 }
 
 void appendOthers(const GuessedText& text, std::string& result) {
   std::string line;
   for (const std::string& path : text.others) line += (line.empty() ? "" : ", ") + path;
-  if (!line.empty()) result += tomlComment("Not used: " + line);
+  if (!line.empty()) result += detail::tomlComment("Not used: " + line);
 }
 
 void appendNames(const Guesses& guesses, std::string& result) {
@@ -69,7 +69,7 @@ void appendTexts(const Guesses& guesses, std::string& result) {
   if (readme.path.empty()) {
     result += missing("no README was found", "description-file = \"README.md\"");
   } else if (!readme.fault.empty()) {
-    result += tomlComment(readme.path + " cannot be the description: " + readme.fault);
+    result += detail::tomlComment(readme.path + " cannot be the description: " + readme.fault);
   } else {
     result += fromSource("the README", "description-file", readme.path);
   }
@@ -82,7 +82,7 @@ void appendAuthor(const Guesses& guesses, std::string& result) {
   } else {
     result += fromSource(guesses.author.source, "author", guesses.author.value);
   }
-  const std::string contact = tomlString(guesses.contact.value);
+  const std::string contact = detail::tomlString(guesses.contact.value);
   result += missing(guesses.contact.source.empty()
                         ? "where questions go"
                         : guesses.contact.source + "; remove the '#' to publish it",
@@ -111,18 +111,18 @@ void appendLicense(const Guesses& guesses, std::string& result) {
         missing("no LICENSE was found", "[license]") + "# type = \"MIT\"\n# file = \"LICENSE\"\n";
     return;
   }
-  const std::string type = assignment("type", tomlString(guesses.licenseType));
-  const std::string file = assignment("file", tomlString(license.path));
+  const std::string type = assignment("type", detail::tomlString(guesses.licenseType));
+  const std::string file = assignment("file", detail::tomlString(license.path));
   if (!license.fault.empty()) {
-    result += tomlComment(license.path + " cannot be the license: " + license.fault);
+    result += detail::tomlComment(license.path + " cannot be the license: " + license.fault);
     result += "# [license]\n# " + type + "# " + file;
     return;
   }
   result += "[license]\n";
   result += guesses.licenseType == "Other"
-                ? tomlComment("the text of " + license.path + " is not a common license")
-                : tomlComment("by the text of " + license.path);
-  result += type + tomlComment("the license file") + file;
+                ? detail::tomlComment("the text of " + license.path + " is not a common license")
+                : detail::tomlComment("by the text of " + license.path);
+  result += type + detail::tomlComment("the license file") + file;
   appendOthers(license, result);
 }
 
@@ -138,20 +138,20 @@ void appendConfiguration(const Guesses& guesses, std::string& result) {
   }
   result += "[configuration]\n";
   if (hasPaths) {
-    result += tomlComment(
+    result += detail::tomlComment(
         "the folders with .m files, except examples, demos, tests, docs, private and hidden ones");
-    result += assignment("korvan-paths", tomlArray(guesses.korvanPaths));
+    result += assignment("korvan-paths", detail::tomlArray(guesses.korvanPaths));
   }
   if (hasJars) {
-    result += tomlComment("the .jar files");
-    result += assignment("java-class-paths", tomlArray(guesses.javaClassPaths));
+    result += detail::tomlComment("the .jar files");
+    result += assignment("java-class-paths", detail::tomlArray(guesses.javaClassPaths));
   }
 }
 
 void appendExample(const GuessedExample& example, std::string& result) {
   result += "\n[[category.example]]\n";
   result += fromSource("the file's name", "name", example.name);
-  result += assignment("main", tomlString(example.main));
+  result += assignment("main", detail::tomlString(example.main));
   if (example.thumbnail.empty()) return;
   result += fromSource("the image of the same name", "thumbnail", example.thumbnail);
 }
@@ -167,21 +167,21 @@ void appendCategories(const Guesses& guesses, std::string& result) {
 void appendRevisions(const Guesses& guesses, std::string& result) {
   const GuessedText& changelog = guesses.changelog;
   if (!changelog.fault.empty()) {
-    result += "\n" + tomlComment(changelog.path + " was not read: " + changelog.fault);
+    result += "\n" + detail::tomlComment(changelog.path + " was not read: " + changelog.fault);
   }
   for (const GuessedRevision& revision : guesses.revisions) {
-    result += "\n" + tomlComment("a heading of " + changelog.path) + "[[revision]]\n";
-    result += assignment("version", tomlString(revision.version));
-    if (!revision.date.empty()) result += assignment("date", tomlString(revision.date));
+    result += "\n" + detail::tomlComment("a heading of " + changelog.path) + "[[revision]]\n";
+    result += assignment("version", detail::tomlString(revision.version));
+    if (!revision.date.empty()) result += assignment("date", detail::tomlString(revision.date));
     if (revision.description.empty()) continue;
-    result += assignment("description", tomlBlock(revision.description));
+    result += assignment("description", detail::tomlBlock(revision.description));
   }
 }
 
 void appendRemarks(const Guesses& guesses, std::string& result) {
   if (guesses.remarks.empty()) return;
   result += "\n# Skipped:\n";
-  for (const std::string& remark : guesses.remarks) result += tomlComment(remark);
+  for (const std::string& remark : guesses.remarks) result += detail::tomlComment(remark);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/DataAddress.h"
+#include "addon/gallery/detail/DataAddress.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 
 namespace {
 
-using addon::gallery::dataAddress;
-using addon::gallery::imageTypeOf;
+using addon::gallery::detail::dataAddress;
+using addon::gallery::detail::imageTypeOf;
 
 std::span<const unsigned char> bytes(std::string_view text) {
   return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};

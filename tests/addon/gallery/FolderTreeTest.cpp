@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/FolderTree.h"
+#include "addon/gallery/detail/FolderTree.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 
 namespace {
 
-using addon::gallery::FolderTree;
-using addon::gallery::ListingPlan;
 using addon::gallery::PageFile;
-using addon::gallery::TreeNode;
+using addon::gallery::detail::FolderTree;
+using addon::gallery::detail::ListingPlan;
+using addon::gallery::detail::TreeNode;
 
 std::string childrenOf(const FolderTree& tree, const TreeNode& node) {
   std::string names;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/HtmlWriter.h"
+#include "addon/gallery/detail/HtmlWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using addon::gallery::HtmlWriter;
+using addon::gallery::detail::HtmlWriter;
 
 template <typename Content>
 std::string written(const Content& content) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/PlainAddress.h"
+#include "addon/gallery/detail/PlainAddress.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 
 namespace {
 
-using addon::gallery::isPlainDate;
-using addon::gallery::linkOf;
+using addon::gallery::detail::isPlainDate;
+using addon::gallery::detail::linkOf;
 
 struct Case {
   std::string text;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/Prose.h"
+#include "addon/gallery/detail/Prose.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 
 namespace {
 
-using addon::gallery::HtmlWriter;
-using addon::gallery::Prose;
+using addon::gallery::detail::HtmlWriter;
+using addon::gallery::detail::Prose;
 
 /// The page that `write(prose)` makes, without the attributes that every block has.
 template <typename Write>

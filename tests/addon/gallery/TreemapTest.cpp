@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/Treemap.h"
+#include "addon/gallery/detail/Treemap.h"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +10,13 @@
 
 namespace {
 
-using addon::gallery::Box;
-using addon::gallery::groupBySize;
-using addon::gallery::kMostFiles;
-using addon::gallery::kMostGroups;
 using addon::gallery::PageFile;
-using addon::gallery::squarify;
-using addon::gallery::TreemapGroup;
+using addon::gallery::detail::Box;
+using addon::gallery::detail::groupBySize;
+using addon::gallery::detail::kMostFiles;
+using addon::gallery::detail::kMostGroups;
+using addon::gallery::detail::squarify;
+using addon::gallery::detail::TreemapGroup;
 
 constexpr double kTolerance = 1e-6;
 

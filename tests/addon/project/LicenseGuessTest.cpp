@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/project/LicenseGuess.h"
+#include "addon/project/detail/LicenseGuess.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using addon::project::licenseTypeOf;
+using addon::project::detail::licenseTypeOf;
 
 const std::string kBsdStart =
     "Redistribution and use in source and binary forms, with or without\nmodification, are "

@@ -6,17 +6,17 @@
 #include <cstdlib>
 #include <string>
 
-#include "addon/project/TomlText.h"
+#include "addon/project/detail/TomlText.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
 
 using addon::project::Guesses;
 using addon::project::manifestText;
-using addon::project::tomlArray;
-using addon::project::tomlBlock;
-using addon::project::tomlComment;
-using addon::project::tomlString;
+using addon::project::detail::tomlArray;
+using addon::project::detail::tomlBlock;
+using addon::project::detail::tomlComment;
+using addon::project::detail::tomlString;
 
 /// What an independent reader finds at `where` of a document, as Python writes it.
 std::string readBack(const std::string& document, const std::string& where) {

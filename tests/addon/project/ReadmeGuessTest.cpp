@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/project/ReadmeGuess.h"
+#include "addon/project/detail/ReadmeGuess.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using addon::project::summaryOf;
+using addon::project::detail::summaryOf;
 
 struct Readme {
   const char* text;
