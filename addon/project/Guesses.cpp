@@ -152,7 +152,7 @@ void guessTexts(const ProjectFolder& folder, Guesses& guesses) {
 
   text.clear();
   guesses.changelog = chooseText(folder, filesNamed(folder, {"CHANGELOG"}), text);
-  if (guesses.changelog.fault.empty()) guesses.revisions = detail::revisionsOf(text);
+  if (guesses.changelog.fault.empty()) guesses.revisions = revisionsOf(text);
 }
 
 // Properties
