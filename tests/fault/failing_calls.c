@@ -44,6 +44,7 @@ enum Family {
   kClose,
   kUnlink,
   kAttribute,
+  kExtended,
   kFolder,
   kListing,
   kStatus,
@@ -53,9 +54,9 @@ enum Family {
 };
 
 static const char* const kNames[kFamilies] = {
-    "open",   "nameless",      "read",   "write",    "copy",  "sync",   "foldersync",
-    "rename", "renamekeeping", "link",   "truncate", "close", "unlink", "attribute",
-    "folder", "listing",       "status", "memory",   "date"};
+    "open",     "nameless",      "read",    "write",    "copy",   "sync",   "foldersync",
+    "rename",   "renamekeeping", "link",    "truncate", "close",  "unlink", "attribute",
+    "extended", "folder",        "listing", "status",   "memory", "date"};
 
 static const struct {
   const char* name;
@@ -431,6 +432,23 @@ EXPORT int fchown(int file, uid_t user, gid_t group) {
 EXPORT int futimens(int file, const struct timespec times[2]) {
   FAIL_ON(kAttribute, file);
   return (int)syscall(SYS_utimensat, file, NULL, times, 0);
+}
+
+EXPORT ssize_t lgetxattr(const char* path, const char* name, void* into, size_t size) {
+  FAIL_AT(kExtended, path);
+  return syscall(SYS_lgetxattr, path, name, into, size);
+}
+EXPORT ssize_t llistxattr(const char* path, char* into, size_t size) {
+  FAIL_AT(kExtended, path);
+  return syscall(SYS_llistxattr, path, into, size);
+}
+EXPORT int fsetxattr(int file, const char* name, const void* value, size_t size, int flags) {
+  FAIL_ON(kExtended, file);
+  return (int)syscall(SYS_fsetxattr, file, name, value, size, flags);
+}
+EXPORT int fremovexattr(int file, const char* name) {
+  FAIL_ON(kExtended, file);
+  return (int)syscall(SYS_fremovexattr, file, name);
 }
 
 EXPORT int mkdir(const char* path, mode_t mode) {

@@ -22,6 +22,7 @@ FAULTS = [
     ("close", ["EIO", "EDQUOT"]),
     ("unlink", ["EIO"]),
     ("attribute", ["EIO"]),
+    ("extended", ["EIO", "ENOSPC"]),
     ("folder", ["EIO", "ENOSPC"]),
     ("listing", ["EIO"]),
     ("status", ["EIO"]),
@@ -32,7 +33,8 @@ HARMLESS = [
     ("open", "EINTR"), ("nameless", "EINTR"), ("read", "EINTR"), ("write", "EINTR"),
     ("copy", "EINTR"), ("sync", "EINTR"), ("foldersync", "EINTR"), ("rename", "EINTR"),
     ("renamekeeping", "EINTR"), ("truncate", "EINTR"), ("close", "EINTR"), ("attribute", "EINTR"),
-    ("folder", "EINTR"), ("read", "short"), ("write", "short"), ("copy", "short"),
+    ("extended", "EINTR"), ("folder", "EINTR"), ("read", "short"), ("write", "short"),
+    ("copy", "short"),
 ]
 
 # Permanent failures.

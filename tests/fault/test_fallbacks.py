@@ -20,6 +20,8 @@ LACKING = [
     ("nameless:1+:EINVAL", "files without a name"),
     ("foldersync:1+:EINVAL", "flushing of folders"),
     ("foldersync:1+:EOPNOTSUPP", "flushing of folders"),
+    ("extended:1+:EOPNOTSUPP", "access control lists and attributes"),
+    ("extended:1+:ENOSYS", "access control lists and attributes"),
     ("read,write,copy:1+:short", "long transfers"),
 ]
 

@@ -13,7 +13,7 @@ from faulttest import KRADDON, FaultTest, needs_shim, snapshot
 MOMENTS = 300 if faulttest.FULL else 8
 GENTLE = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 FAMILIES = ("open,nameless,read,write,copy,sync,foldersync,rename,renamekeeping,truncate,close,"
-            "unlink,attribute,folder,listing,status")
+            "unlink,attribute,extended,folder,listing,status")
 
 
 class Kills(FaultTest):

@@ -15,6 +15,7 @@
 
 #include "opc/FileDescriptor.h"
 #include "opc/FileIdentity.h"
+#include "opc/FileRights.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 #include "opc/Text.h"
@@ -37,13 +38,17 @@ bool isThere(const std::string& path, struct stat& status) {
 /// A new file beside another one, gone again unless it is put in place. `name` is for messages.
 class SideFile {
  public:
-  SideFile(const std::string& target, const std::string& name, mode_t mode)
+  /// `old` is the file that it replaces, or null.
+  SideFile(const std::string& target, const std::string& name, const struct stat* old)
       : target_(target), name_(name) {
     path_ = target;
-    descriptor_ = opc::createTemporaryFile(AT_FDCWD, path_, O_RDWR, 0600);
+    descriptor_ = opc::createTemporaryFile(AT_FDCWD, path_, O_RDWR, old == nullptr ? 0666 : 0600);
     if (!descriptor_) throw process::systemFailure("cannot write", name, errno);
-    // Whatever the umask says.
-    if (opc::uninterrupted([&] { return ::fchmod(descriptor_.get(), mode); }) != 0) fail(errno);
+    try {
+      if (old != nullptr) opc::copyRights(target, *old, descriptor_.get());
+    } catch (const opc::SystemError& error) {
+      fail(error.number());
+    }
   }
   ~SideFile() {
     if (!path_.empty()) ::unlink(path_.c_str());
@@ -80,12 +85,6 @@ class SideFile {
   std::string path_;
   opc::FileDescriptor descriptor_;
 };
-
-mode_t newFileMode() {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return 0666 & ~mask;
-}
 
 void writeTo(int descriptor, const std::string& name, const Content& content) {
   Output output(descriptor, name);
@@ -171,8 +170,7 @@ void writeOutputFile(const std::string& path, const Content& content, const std:
   }
   if (exists) requireWritable(path);
   process::Interrupt::defer();
-  SideFile file(exists ? behindLinks(path) : path, path,
-                exists ? existing.st_mode & 07777 : newFileMode());
+  SideFile file(exists ? behindLinks(path) : path, path, exists ? &existing : nullptr);
   writeTo(file.descriptor(), path, content);
   process::Interrupt::check();
   file.putInPlace(true);
@@ -186,7 +184,7 @@ void requireWritable(const std::string& path) {
 
 void writeNewFile(const std::string& path, std::string_view content) {
   process::Interrupt::defer();
-  SideFile file(path, path, newFileMode());
+  SideFile file(path, path, nullptr);
   writeTo(file.descriptor(), path, [&](Output& output) { output.write(content); });
   process::Interrupt::check();
   file.putInPlace(false);

@@ -10,6 +10,7 @@
 
 #include "opc/Exception.h"
 #include "opc/FileIdentity.h"
+#include "opc/FileRights.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 
@@ -43,7 +44,7 @@ TemporaryPackage::TemporaryPackage(PackageTarget target) : target_(std::move(tar
   create(old.has_value());
   if (!old) return;
   try {
-    adopt(*old);
+    copyRights(target_.path(), *old, file_.get());
   } catch (...) {
     ::unlinkat(folder_.get(), name_.c_str(), 0);  // No destructor runs for a half-made object.
     throw;
@@ -63,22 +64,6 @@ void TemporaryPackage::create(bool isPrivate) {
   const int number = errno;
   name_.clear();
   throw SystemError("cannot make a temporary file in '" + target_.folder + "'", number);
-}
-
-void TemporaryPackage::adopt(const struct stat& old) {
-  mode_t mode = old.st_mode & 07777;
-  const bool isOurs = old.st_uid == ::geteuid() && old.st_gid == ::getegid();
-  const auto give = [&](uid_t user) {
-    return uninterrupted([&] { return ::fchown(file_.get(), user, old.st_gid); });
-  };
-  if (!isOurs && give(old.st_uid) != 0) {
-    // Best effort: the group at least. What acts in another's name must not change whose it is.
-    if (give(static_cast<uid_t>(-1)) != 0) mode &= 0777;
-    mode &= ~static_cast<mode_t>(S_ISUID);
-  }
-  if (uninterrupted([&] { return ::fchmod(file_.get(), mode); }) != 0) {
-    throw SystemError("cannot set the mode of a temporary file", errno);
-  }
 }
 
 void TemporaryPackage::sync() {

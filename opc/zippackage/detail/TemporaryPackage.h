@@ -15,8 +15,8 @@ namespace opc::zippackage::detail {
 /// it was moved into the old one's place.
 class TemporaryPackage {
  public:
-  /// Makes the file. It gets mode and owner of the file that it is to replace, as far as allowed;
-  /// without one, what the umask leaves. Throws SystemError.
+  /// Makes the file. It gets the rights of the file that it is to replace (copyRights); without
+  /// one, those of any new file in the folder. Throws SystemError.
   explicit TemporaryPackage(PackageTarget target);
   ~TemporaryPackage();
   TemporaryPackage(const TemporaryPackage&) = delete;
@@ -35,7 +35,6 @@ class TemporaryPackage {
 
  private:
   void create(bool isPrivate);
-  void adopt(const struct stat& old);
   bool rename(unsigned flags);
   bool linkWithoutReplacing();
   bool claimWithoutReplacing();
