@@ -26,8 +26,8 @@ class HashIndex {
 
   std::size_t size() const { return size_; }
 
-  /// Has the memory brought near that `find` and `insert` are going to look at. (A call that only
-  /// does this looks like nothing to GCC, which leaves it out unless it is inlined first.)
+  /// Loads the memory that `find` and `insert` will read into the cache. (GCC drops calls of a
+  /// function that only does this, unless it inlines them first.)
   [[gnu::always_inline]] void prefetch(std::uint64_t hash) const {
     if (!slots_.empty()) __builtin_prefetch(&slots_[fold(hash) & (slots_.size() - 1)]);
   }
@@ -50,6 +50,21 @@ class HashIndex {
     const std::size_t at = place(fold(hash), std::move(value));
     ++size_;
     return slots_[at].value;
+  }
+
+  /// The value stored under `hash` for which `equals` holds, or null once `value` has been added.
+  template <typename Equals>
+  const Value* findOrInsert(std::uint64_t hash, Value value, const Equals& equals) {
+    reserve(size_ + 1);
+    const std::uint32_t folded = fold(hash);
+    std::size_t at = folded & (slots_.size() - 1);
+    for (; slots_[at].hash != 0; at = next(at)) {
+      if (slots_[at].hash == folded && equals(slots_[at].value)) return &slots_[at].value;
+    }
+    slots_[at].hash = folded;
+    slots_[at].value = std::move(value);
+    ++size_;
+    return nullptr;
   }
 
   template <typename Equals>

@@ -20,7 +20,7 @@ constexpr std::uint64_t kMostSteps = 200'000'000;
 using LineSpan = std::span<const std::string_view>;
 
 struct LineHash {
-  std::size_t operator()(std::string_view line) const noexcept { return opc::keyedHash(line, 0); }
+  std::size_t operator()(std::string_view line) const noexcept { return opc::keyedHash(line); }
 };
 
 /// The lines of a text that stand in the other text too, as numbers: same line, same number.

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/NameKey.h"
 
-#include <array>
+#include <cstddef>
 
-#include "opc/Random.h"
+#include "opc/KeyedHash.h"
 #include "opc/Text.h"
 #include "opc/Words.h"
 
@@ -45,23 +45,6 @@ class KeyCursor {
   unsigned step_ = 0;
 };
 
-struct HashKey {
-  std::uint64_t start = 0;
-  std::uint64_t word = 0;
-  std::uint64_t segment = 0;
-};
-
-HashKey makeHashKey() {
-  std::array<std::uint64_t, 3> random{};
-  fillRandom(random);
-  return {random[0], random[1] | 1, random[2] | 1};
-}
-
-const HashKey& hashKey() {
-  static const HashKey key = makeHashKey();
-  return key;
-}
-
 // Eight ASCII bytes with A-Z folded.
 std::uint64_t foldWord(std::uint64_t word) {
   const std::uint64_t fromA = word + (0x80u - 'A') * kEachByte;
@@ -69,39 +52,38 @@ std::uint64_t foldWord(std::uint64_t word) {
   return word | (((fromA ^ pastZ) & kHighBits) >> 2);
 }
 
-std::uint64_t hashWideSegment(std::uint64_t state, std::string_view segment, std::size_t& length) {
+// Returns the length of the key.
+std::size_t addWideSegment(KeyedHash& hash, std::string_view segment) {
   KeyCursor cursor(segment);
   char block[8];
   std::size_t filled = 0;
-  for (length = 0; !cursor.isEnd(); ++length) {
+  std::size_t length = 0;
+  for (; !cursor.isEnd(); ++length) {
     block[filled++] = cursor.next();
     if (filled < sizeof block) continue;
-    state = foldedProduct(state ^ loadWord(block), hashKey().word);
+    hash.add(loadWord(block));
     filled = 0;
   }
-  return filled == 0 ? state : foldedProduct(state ^ loadTail(block, filled), hashKey().word);
+  if (filled > 0) hash.add(loadTail(block, filled));
+  return length;
 }
 
-// The same for a segment of ASCII; false, and nothing done, when it is not.
-bool hashAsciiSegment(std::uint64_t& state, std::string_view segment) {
-  const std::uint64_t key = hashKey().word;
-  std::uint64_t hash = state;
+// Returns whether the segment is ASCII; the hash is of no use if it is not.
+bool addAsciiSegment(KeyedHash& hash, std::string_view segment) {
   std::uint64_t all = 0;
   const char* next = segment.data();
   std::size_t left = segment.size();
   for (; left >= 8; left -= 8, next += 8) {
     const std::uint64_t word = loadWord(next);
     all |= word;
-    hash = foldedProduct(hash ^ foldWord(word), key);
+    hash.add(foldWord(word));
   }
   if (left > 0) {
     const std::uint64_t word = loadTail(next, left);
     all |= word;
-    hash = foldedProduct(hash ^ foldWord(word), key);
+    hash.add(foldWord(word));
   }
-  if ((all & kHighBits) != 0) return false;
-  state = hash;
-  return true;
+  return (all & kHighBits) == 0;
 }
 
 }  // namespace
@@ -126,14 +108,15 @@ bool keyStartsWith(std::string_view name, std::string_view prefix) noexcept {
 }
 
 std::uint64_t rootHash() noexcept {
-  return hashKey().start;
+  return 0;
 }
 
 std::uint64_t extendHash(std::uint64_t folder, std::string_view segment) noexcept {
-  std::uint64_t state = folder;
-  std::size_t length = segment.size();
-  if (!hashAsciiSegment(state, segment)) state = hashWideSegment(folder, segment, length);
-  return foldedProduct(state ^ length, hashKey().segment);
+  KeyedHash hash(folder);
+  if (addAsciiSegment(hash, segment)) return hash.finish(segment.size());
+  KeyedHash wide(folder);
+  const std::size_t length = addWideSegment(wide, segment);
+  return wide.finish(length);
 }
 
 std::uint64_t nameHash(std::string_view itemName) noexcept {

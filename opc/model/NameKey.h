@@ -15,7 +15,7 @@ bool keyStartsWith(std::string_view name, std::string_view prefix) noexcept;
 
 /// Hashes of keys, built segment by segment, so that a name's hash comes from its folder's: that of
 /// "a/b" is extendHash(extendHash(rootHash(), "a"), "b"). They differ from process to process, so
-/// that nobody can prepare a package of names that collide.
+/// that a package with names that collide cannot be prepared.
 std::uint64_t rootHash() noexcept;
 std::uint64_t extendHash(std::uint64_t folder, std::string_view segment) noexcept;
 std::uint64_t nameHash(std::string_view itemName) noexcept;

@@ -7,6 +7,8 @@
 #include <string>
 
 #include "opc/Exception.h"
+#include "opc/HashIndex.h"
+#include "opc/KeyedHash.h"
 #include "opc/Text.h"
 #include "opc/Words.h"
 #include "opc/zippackage/ExtraFields.h"
@@ -109,7 +111,7 @@ void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
   checkName(entry);
   const std::string_view name = directory_.name(current_);
   entry.kind = itemKindOf(name, header);
-  hashes_.push_back(names_.hashOf(name));  // now that the name is near
+  hashes_.push_back(keyedHash(name));  // while the name is in the cache
 }
 
 void DirectoryPass::checkExtra() {
@@ -181,11 +183,13 @@ void DirectoryPass::checkDuplicates() {
   constexpr std::uint32_t kAhead = 16;
   const auto nameOf = [this](std::uint32_t entry) { return directory_.name(entry); };
   const auto count = static_cast<std::uint32_t>(hashes_.size());
-  names_.makeRoomFor(count);
+  HashIndex<std::uint32_t> names;
+  names.reserve(count);
   for (std::uint32_t entry = 0; entry < count; ++entry) {
-    if (count - entry > kAhead) names_.prefetch(hashes_[entry + kAhead]);
-    const std::uint32_t other = names_.add(entry, hashes_[entry], nameOf);
-    if (other != kNoEntry) noteTwice(entry, other);
+    if (count - entry > kAhead) names.prefetch(hashes_[entry + kAhead]);
+    const auto isSame = [&](std::uint32_t other) { return nameOf(other) == nameOf(entry); };
+    const std::uint32_t* other = names.findOrInsert(hashes_[entry], entry, isSame);
+    if (other != nullptr) noteTwice(entry, *other);
   }
 }
 

@@ -8,7 +8,6 @@
 
 #include "opc/LargeBlocks.h"
 #include "opc/zippackage/ZipDirectory.h"
-#include "opc/zippackage/detail/DuplicateNames.h"
 
 namespace opc::zippackage::detail {
 
@@ -35,7 +34,6 @@ class DirectoryPass {
   void noteFor(std::uint32_t entry, ZipFaultKind kind, std::uint64_t first, std::uint64_t second);
 
   ZipDirectory& directory_;
-  DuplicateNames names_;
   std::vector<std::uint64_t, LargeBlockAllocator<std::uint64_t>> hashes_;  // of the names
   std::uint32_t current_ = 0;
   std::uint32_t farthest_ = kNoEntry;  // the entry that ends last, of those that checkPlace() saw
