@@ -2,151 +2,123 @@
 #include "opc/zippackage/ZipFormat.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace opc::zippackage {
 namespace {
 
-/// Field after field, in the order of the record.
-class FieldWriter {
- public:
-  explicit FieldWriter(unsigned char* to) : next_(to) {}
-  FieldWriter& u16(std::uint16_t value) {
-    store16(next_, value);
-    next_ += 2;
-    return *this;
-  }
-  FieldWriter& u32(std::uint32_t value) {
-    store32(next_, value);
-    next_ += 4;
-    return *this;
-  }
-  FieldWriter& u64(std::uint64_t value) {
-    store64(next_, value);
-    next_ += 8;
-    return *this;
-  }
-  const unsigned char* next() const { return next_; }
+void put(unsigned char*& to, std::uint16_t value) {
+  store16(to, value);
+  to += sizeof value;
+}
+void put(unsigned char*& to, std::uint32_t value) {
+  store32(to, value);
+  to += sizeof value;
+}
+void put(unsigned char*& to, std::uint64_t value) {
+  store64(to, value);
+  to += sizeof value;
+}
 
- private:
-  unsigned char* next_;
-};
+void get(const unsigned char*& from, std::uint16_t& value) {
+  value = load16(from);
+  from += sizeof value;
+}
+void get(const unsigned char*& from, std::uint32_t& value) {
+  value = load32(from);
+  from += sizeof value;
+}
+void get(const unsigned char*& from, std::uint64_t& value) {
+  value = load64(from);
+  from += sizeof value;
+}
 
-class FieldReader {
- public:
-  explicit FieldReader(const unsigned char* from) : next_(from) {}
-  FieldReader& u16(std::uint16_t& value) {
-    value = load16(next_);
-    next_ += 2;
-    return *this;
-  }
-  FieldReader& u32(std::uint32_t& value) {
-    value = load32(next_);
-    next_ += 4;
-    return *this;
-  }
-  FieldReader& u64(std::uint64_t& value) {
-    value = load64(next_);
-    next_ += 8;
-    return *this;
-  }
-
- private:
-  const unsigned char* next_;
-};
+// The fields behind the signature, in their order. Their types give their widths.
+template <typename Record>
+constexpr std::tuple<> kFields;
+template <>
+constexpr std::tuple kFields<LocalHeader>{
+    &LocalHeader::versionNeeded, &LocalHeader::flags,      &LocalHeader::method,
+    &LocalHeader::dosTime,       &LocalHeader::crc,        &LocalHeader::packedSize,
+    &LocalHeader::size,          &LocalHeader::nameLength, &LocalHeader::extraLength};
+template <>
+constexpr std::tuple kFields<CentralHeader>{&CentralHeader::madeBy,
+                                            &CentralHeader::versionNeeded,
+                                            &CentralHeader::flags,
+                                            &CentralHeader::method,
+                                            &CentralHeader::dosTime,
+                                            &CentralHeader::crc,
+                                            &CentralHeader::packedSize,
+                                            &CentralHeader::size,
+                                            &CentralHeader::nameLength,
+                                            &CentralHeader::extraLength,
+                                            &CentralHeader::commentLength,
+                                            &CentralHeader::disk,
+                                            &CentralHeader::internalAttributes,
+                                            &CentralHeader::externalAttributes,
+                                            &CentralHeader::headerOffset};
+template <>
+constexpr std::tuple kFields<EndRecord>{&EndRecord::disk,          &EndRecord::directoryDisk,
+                                        &EndRecord::entriesHere,   &EndRecord::entries,
+                                        &EndRecord::directorySize, &EndRecord::directoryOffset,
+                                        &EndRecord::commentLength};
+template <>
+constexpr std::tuple kFields<Zip64Locator>{&Zip64Locator::recordDisk, &Zip64Locator::recordOffset,
+                                           &Zip64Locator::disks};
+template <>
+constexpr std::tuple kFields<Zip64EndRecord>{
+    &Zip64EndRecord::recordSize, &Zip64EndRecord::madeBy,        &Zip64EndRecord::versionNeeded,
+    &Zip64EndRecord::disk,       &Zip64EndRecord::directoryDisk, &Zip64EndRecord::entriesHere,
+    &Zip64EndRecord::entries,    &Zip64EndRecord::directorySize, &Zip64EndRecord::directoryOffset};
 
 template <typename Record>
-bool isHere(Bytes from) {
-  return from.size() >= Record::kSize && load32(from.data()) == Record::kSignature;
+void encodeRecord(const Record& record, unsigned char* to) {
+  put(to, Record::kSignature);
+  std::apply([&](const auto... field) { (put(to, record.*field), ...); }, kFields<Record>);
+}
+
+// The result is filled in place: 16-bit stores that are copied in wider pieces right after make the
+// processor wait, and this is where a large directory spends its time.
+template <typename Record>
+std::optional<Record> decodeRecord(Bytes bytes) {
+  std::optional<Record> record;
+  if (bytes.size() < Record::kSize || load32(bytes.data()) != Record::kSignature) return record;
+  record.emplace();
+  const unsigned char* from = bytes.data() + sizeof Record::kSignature;
+  std::apply([&](const auto... field) { (get(from, (*record).*field), ...); }, kFields<Record>);
+  return record;
 }
 
 }  // namespace
 
 void LocalHeader::encode(unsigned char* to) const {
-  FieldWriter(to)
-      .u32(kSignature)
-      .u16(versionNeeded)
-      .u16(flags)
-      .u16(method)
-      .u32(dosTime)
-      .u32(crc)
-      .u32(packedSize)
-      .u32(size)
-      .u16(nameLength)
-      .u16(extraLength);
+  encodeRecord(*this, to);
 }
 
-// The result is filled in place: 16-bit stores that are copied in wider pieces right after make the
-// processor wait, and this is where a large directory spends its time.
 std::optional<LocalHeader> LocalHeader::decode(Bytes from) {
-  std::optional<LocalHeader> header;
-  if (!isHere<LocalHeader>(from)) return header;
-  header.emplace();
-  FieldReader(from.data() + 4)
-      .u16(header->versionNeeded)
-      .u16(header->flags)
-      .u16(header->method)
-      .u32(header->dosTime)
-      .u32(header->crc)
-      .u32(header->packedSize)
-      .u32(header->size)
-      .u16(header->nameLength)
-      .u16(header->extraLength);
-  return header;
+  return decodeRecord<LocalHeader>(from);
 }
 
 void CentralHeader::encode(unsigned char* to) const {
-  FieldWriter(to)
-      .u32(kSignature)
-      .u16(madeBy)
-      .u16(versionNeeded)
-      .u16(flags)
-      .u16(method)
-      .u32(dosTime)
-      .u32(crc)
-      .u32(packedSize)
-      .u32(size)
-      .u16(nameLength)
-      .u16(extraLength)
-      .u16(commentLength)
-      .u16(disk)
-      .u16(internalAttributes)
-      .u32(externalAttributes)
-      .u32(headerOffset);
+  encodeRecord(*this, to);
 }
 
 std::optional<CentralHeader> CentralHeader::decode(Bytes from) {
-  std::optional<CentralHeader> header;
-  if (!isHere<CentralHeader>(from)) return header;
-  header.emplace();
-  FieldReader(from.data() + 4)
-      .u16(header->madeBy)
-      .u16(header->versionNeeded)
-      .u16(header->flags)
-      .u16(header->method)
-      .u32(header->dosTime)
-      .u32(header->crc)
-      .u32(header->packedSize)
-      .u32(header->size)
-      .u16(header->nameLength)
-      .u16(header->extraLength)
-      .u16(header->commentLength)
-      .u16(header->disk)
-      .u16(header->internalAttributes)
-      .u32(header->externalAttributes)
-      .u32(header->headerOffset);
-  return header;
+  return decodeRecord<CentralHeader>(from);
 }
 
 std::size_t DataDescriptor::encode(unsigned char* to, bool wide, bool withSignature) const {
-  FieldWriter writer(to);
-  if (withSignature) writer.u32(kSignature);
-  writer.u32(crc);
+  unsigned char* next = to;
+  if (withSignature) put(next, kSignature);
+  put(next, crc);
   if (wide) {
-    writer.u64(packedSize).u64(size);
+    put(next, packedSize);
+    put(next, size);
   } else {
-    writer.u32(static_cast<std::uint32_t>(packedSize)).u32(static_cast<std::uint32_t>(size));
+    put(next, static_cast<std::uint32_t>(packedSize));
+    put(next, static_cast<std::uint32_t>(size));
   }
-  return static_cast<std::size_t>(writer.next() - to);
+  return static_cast<std::size_t>(next - to);
 }
 
 std::size_t DataDescriptor::lengthIn(Bytes from, bool wideFirst, std::uint64_t room) const {
@@ -167,76 +139,27 @@ std::size_t DataDescriptor::lengthIn(Bytes from, bool wideFirst, std::uint64_t r
 }
 
 void EndRecord::encode(unsigned char* to) const {
-  FieldWriter(to)
-      .u32(kSignature)
-      .u16(disk)
-      .u16(directoryDisk)
-      .u16(entriesHere)
-      .u16(entries)
-      .u32(directorySize)
-      .u32(directoryOffset)
-      .u16(commentLength);
+  encodeRecord(*this, to);
 }
 
 std::optional<EndRecord> EndRecord::decode(Bytes from) {
-  std::optional<EndRecord> record;
-  if (!isHere<EndRecord>(from)) return record;
-  record.emplace();
-  FieldReader(from.data() + 4)
-      .u16(record->disk)
-      .u16(record->directoryDisk)
-      .u16(record->entriesHere)
-      .u16(record->entries)
-      .u32(record->directorySize)
-      .u32(record->directoryOffset)
-      .u16(record->commentLength);
-  return record;
+  return decodeRecord<EndRecord>(from);
 }
 
 void Zip64Locator::encode(unsigned char* to) const {
-  FieldWriter(to).u32(kSignature).u32(recordDisk).u64(recordOffset).u32(disks);
+  encodeRecord(*this, to);
 }
 
 std::optional<Zip64Locator> Zip64Locator::decode(Bytes from) {
-  std::optional<Zip64Locator> locator;
-  if (!isHere<Zip64Locator>(from)) return locator;
-  locator.emplace();
-  FieldReader(from.data() + 4)
-      .u32(locator->recordDisk)
-      .u64(locator->recordOffset)
-      .u32(locator->disks);
-  return locator;
+  return decodeRecord<Zip64Locator>(from);
 }
 
 void Zip64EndRecord::encode(unsigned char* to) const {
-  FieldWriter(to)
-      .u32(kSignature)
-      .u64(recordSize)
-      .u16(madeBy)
-      .u16(versionNeeded)
-      .u32(disk)
-      .u32(directoryDisk)
-      .u64(entriesHere)
-      .u64(entries)
-      .u64(directorySize)
-      .u64(directoryOffset);
+  encodeRecord(*this, to);
 }
 
 std::optional<Zip64EndRecord> Zip64EndRecord::decode(Bytes from) {
-  std::optional<Zip64EndRecord> record;
-  if (!isHere<Zip64EndRecord>(from)) return record;
-  record.emplace();
-  FieldReader(from.data() + 4)
-      .u64(record->recordSize)
-      .u16(record->madeBy)
-      .u16(record->versionNeeded)
-      .u32(record->disk)
-      .u32(record->directoryDisk)
-      .u64(record->entriesHere)
-      .u64(record->entries)
-      .u64(record->directorySize)
-      .u64(record->directoryOffset);
-  return record;
+  return decodeRecord<Zip64EndRecord>(from);
 }
 
 }  // namespace opc::zippackage
