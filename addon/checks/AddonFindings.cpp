@@ -64,9 +64,11 @@ constexpr FindingInfo kFindings[] = {
      "screenshot'."},
     {kDocumentTooLarge, "document too large or too deep",
      "Documents are read up to 64 MiB and 256 levels of elements, with limits on the number and "
-     "size of attributes, so that no package can exhaust the memory of the host. A document "
-     "beyond these limits is not read at all.",
-     "Make the document smaller."},
+     "size of attributes, so that no package can exhaust the memory of the host. For the same "
+     "reason the table of the file tree may make at most 1,000 files and folders, one more for "
+     "each byte of the package, and 2,000,000 in all. A document beyond these limits is not read "
+     "at all.",
+     "Make the document smaller, or leave out folders."},
     {kSeveralAuthors, "more than one author",
      "The properties name several authors. Only the first one is read, and the others are lost "
      "when the properties are written again.",

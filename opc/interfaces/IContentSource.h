@@ -22,6 +22,9 @@ class IContentSource {
   /// How many bytes to expect. The stream may turn out to hold more or fewer.
   virtual std::uint64_t size() const = 0;
 
+  /// An item that would take fewer bytes in the container than this is stored unpacked.
+  virtual std::uint64_t leastPackedSize() const { return 0; }
+
   /// For messages, UTF-8: the path of a file, say.
   virtual std::string description() const = 0;
 };

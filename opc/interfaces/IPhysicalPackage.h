@@ -78,6 +78,9 @@ class IPhysicalPackage {
   /// For messages, UTF-8: the path of the file.
   virtual std::string description() const = 0;
 
+  /// Bytes of the container as it was opened; 0 for a new one.
+  virtual std::uint64_t fileSize() const = 0;
+
   /// One more than the largest index, removed items included.
   virtual std::size_t itemCount() const = 0;
   virtual bool isRemoved(ItemIndex item) const = 0;

@@ -14,20 +14,25 @@ namespace {
 
 class TreeLoader {
  public:
-  explicit TreeLoader(model::Package& package) : package_(package) {}
+  explicit TreeLoader(model::Package& package)
+      : package_(package), mostTableNodes_(maxTableNodes(package.physical().fileSize())) {}
 
   LoadedFileTree load(FileTreePart& tablePart) {
     tree_.nodes.reserve(package_.physical().itemCount() + 1);
     FileTreeTable table;
     withContext(tablePart, [&] {
       if (tablePart.exists()) table = tablePart.read();
-      for (const FileTreeTable::File& file : table.files) addTableFile(file);
+      for (const FileTreeTable::File& file : table.files) {
+        countTableNodes([&] { addTableFile(file); });
+      }
     });
     package_.visitParts(kFilesFolder, [this](model::PartId part) { addPart(part); });
     addOtherItems(package_.strayItems(), "it is no part");
     addOtherItems(package_.untypedItems(), "it has no content type");
     withContext(tablePart, [&] {
-      for (const std::string& folder : table.folders) addTableFolder(folder);
+      for (const std::string& folder : table.folders) {
+        countTableNodes([&] { addTableFolder(folder); });
+      }
     });
     for (NodeId node = 0; node < tree_.nodes.size(); ++node) countEmptyFolder(node);
     return std::move(tree_);
@@ -37,6 +42,18 @@ class TreeLoader {
   template <typename Action>
   static void withContext(const FileTreePart& part, const Action& action) {
     inContext([&] { return "part '" + part.name().canonical() + "'"; }, action);
+  }
+
+  template <typename Action>
+  void countTableNodes(const Action& add) {
+    const std::size_t before = tree_.nodes.size();
+    add();
+    tree_.nodesOfStoredTable += tree_.nodes.size() - before;
+    if (tree_.nodesOfStoredTable <= mostTableNodes_) return;
+    throw FormatError("RB-7",
+                      "it makes more than " + std::to_string(mostTableNodes_) +
+                          " files and folders, the limit for a package of this size",
+                      ErrorCode::TooLarge);
   }
 
   // Both return why not, or nothing.
@@ -52,6 +69,7 @@ class TreeLoader {
   void countEmptyFolder(NodeId node);
 
   model::Package& package_;
+  std::uint64_t mostTableNodes_;
   LoadedFileTree tree_;
   std::unordered_set<model::PartId> tableParts_;
   // Parts of one folder mostly come one after the other.
@@ -177,6 +195,10 @@ void TreeLoader::countEmptyFolder(NodeId node) {
 
 }  // namespace
 
+std::uint64_t maxTableNodes(std::uint64_t packageSize) {
+  return std::min(kMostTableNodes, packageSize + kFreeTableNodes);
+}
+
 FileTreeTable LoadedFileTree::table() const {
   FileTreeTable table;
   table.folders.reserve(emptyFolders);
@@ -187,6 +209,22 @@ FileTreeTable LoadedFileTree::table() const {
     table.files.push_back({nodes.path(node), partName});
   }
   return table;
+}
+
+std::uint64_t LoadedFileTree::tableNodes() const {
+  std::vector<bool> counted(nodes.size());
+  std::uint64_t count = 0;
+  const auto countUpFrom = [&](NodeId node) {
+    for (; node != FileTree::kRoot && !counted[node]; node = nodes.parent(node)) {
+      counted[node] = true;
+      ++count;
+    }
+  };
+  for (NodeId node = 0; node < nodes.size(); ++node) {
+    if (nodes.isEmptyFolder(node)) countUpFrom(node);
+  }
+  for (const auto& [node, partName] : tableFiles) countUpFrom(node);
+  return count;
 }
 
 LoadedFileTree loadFileTree(model::Package& package, FileTreePart& table) {

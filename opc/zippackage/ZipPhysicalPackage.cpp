@@ -227,6 +227,11 @@ std::string ZipPhysicalPackage::description() const {
   return path_;
 }
 
+std::uint64_t ZipPhysicalPackage::fileSize() const {
+  const Session& open = session();
+  return open.old ? open.old->file.size() : 0;
+}
+
 ZipPhysicalPackage::Session& ZipPhysicalPackage::session() const {
   if (!isOpen()) throw Exception(ErrorCode::InvalidState, "package '" + path_ + "' is not open");
   return *current_;

@@ -53,6 +53,7 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   bool isOpen() const noexcept override;
   void close(bool discard) override;
   std::string description() const override;
+  std::uint64_t fileSize() const override;
 
   std::size_t itemCount() const override;
   bool isRemoved(interfaces::ItemIndex item) const override;

@@ -75,10 +75,12 @@ void MemoryPhysicalPackage::open(OpenMode mode) {
     throw Exception(ErrorCode::FileSystem, "cannot open 'memory.kraddon': there is no such file");
   }
   items_.clear();
+  fileSize_ = 0;
   if (mode != OpenMode::Create) {
     for (const MemoryItem& item : *disk_.items) {
       items_.emplace_back();
       items_.back().stored = item;
+      fileSize_ += item.name.size() + item.bytes.size();
     }
   }
   mode_ = mode;

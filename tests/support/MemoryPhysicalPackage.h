@@ -45,6 +45,8 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   void failCommits(unsigned count) { commitsToFail_ = count; }
   /// The next commit puts the new package in place, closes, and throws anyway.
   void failNextFlush() { failsFlush_ = true; }
+  /// What fileSize() says until the package is closed; else the bytes of names and items.
+  void pretendFileSize(std::uint64_t size) { fileSize_ = size; }
   /// The stream of an item that was added.
   opc::interfaces::CompressionType compressionOf(opc::interfaces::ItemIndex item) const;
 
@@ -52,6 +54,7 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   bool isOpen() const noexcept override { return isOpen_; }
   void close(bool discard) override;
   std::string description() const override { return "memory.kraddon"; }
+  std::uint64_t fileSize() const override { return fileSize_; }
 
   std::size_t itemCount() const override { return items_.size(); }
   bool isRemoved(opc::interfaces::ItemIndex item) const override;
@@ -86,6 +89,7 @@ class MemoryPhysicalPackage final : public opc::interfaces::IPhysicalPackage {
   std::deque<Item> items_;  // the addresses of names stay valid
   std::vector<std::string> itemsRead_;
   opc::interfaces::OpenMode mode_ = opc::interfaces::OpenMode::Read;
+  std::uint64_t fileSize_ = 0;
   unsigned commitsToFail_ = 0;
   bool failsFlush_ = false;
   bool isOpen_ = false;

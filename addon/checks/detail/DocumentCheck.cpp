@@ -104,7 +104,9 @@ void checkFileTree(AddonPackage& package, const std::string& part, Report& repor
     throw;
   } catch (const opc::Exception& fault) {
     const auto* format = dynamic_cast<const opc::FormatError*>(&fault);
-    report.add(kMissingElement, part, fault.what(), 0, format == nullptr ? "" : format->rule());
+    const bool isTooLarge = fault.code() == opc::ErrorCode::TooLarge;
+    report.add(isTooLarge ? kDocumentTooLarge : kMissingElement, part, fault.what(), 0,
+               format == nullptr ? "" : format->rule());
   }
 }
 

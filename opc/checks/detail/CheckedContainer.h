@@ -18,12 +18,17 @@ class CheckedContainer final : public interfaces::IPhysicalPackage {
   /// `file`, `directory` and `states` must outlive it.
   CheckedContainer(std::string path, const zippackage::PackageFile& file,
                    const zippackage::ZipDirectory& directory, const std::vector<ItemState>& states)
-      : path_(std::move(path)), directory_(directory), states_(states), reader_(file, directory) {}
+      : path_(std::move(path)),
+        file_(file),
+        directory_(directory),
+        states_(states),
+        reader_(file, directory) {}
 
   const ItemState& state(interfaces::ItemIndex item) const { return states_[item]; }
 
   bool isOpen() const noexcept override { return true; }
   std::string description() const override { return path_; }
+  std::uint64_t fileSize() const override { return file_.size(); }
   std::size_t itemCount() const override { return states_.size(); }
   bool isRemoved(interfaces::ItemIndex item) const override { return states_[item].isTwin; }
   interfaces::ItemInfo itemInfo(interfaces::ItemIndex item) const override;
@@ -46,6 +51,7 @@ class CheckedContainer final : public interfaces::IPhysicalPackage {
   void requireSound(interfaces::ItemIndex item) const;
 
   std::string path_;
+  const zippackage::PackageFile& file_;
   const zippackage::ZipDirectory& directory_;
   const std::vector<ItemState>& states_;
   zippackage::ZipItemReader reader_;

@@ -18,11 +18,22 @@ class TableSource final : public interfaces::IContentSource {
   explicit TableSource(std::shared_ptr<const LoadedFileTree> tree) : tree_(std::move(tree)) {}
 
   std::unique_ptr<InputStream> getInputStream() override {
+    const std::uint64_t nodes = tree_->tableNodes();
+    if (nodes > kMostTableNodes) {
+      throw Exception(ErrorCode::TooLarge,
+                      "cannot write the table of the file tree: it makes " + std::to_string(nodes) +
+                          " files and folders, more than " + std::to_string(kMostTableNodes));
+    }
     TextOutputStream stream;
     tree_->table().write(stream);
     return std::make_unique<TextInputStream>(std::move(stream.text));
   }
   std::uint64_t size() const override { return tree_->tableSize; }
+  // Readers take the size of the package for a limit of what the table may make.
+  std::uint64_t leastPackedSize() const override {
+    const std::uint64_t nodes = tree_->tableNodes();
+    return nodes > kFreeTableNodes ? nodes - kFreeTableNodes : 0;
+  }
   std::string description() const override { return "table of the file tree"; }
 
  private:
@@ -133,6 +144,8 @@ FileTreeEditor::TableChange FileTreeEditor::changeOfRemoval(
     NodeId node, const std::vector<NodeId>& subtree) const {
   const FileTree& nodes = tree_->nodes;
   TableChange change;
+  // The package gets smaller: what its size allowed the table to make may be too much then.
+  change.touches = tree_->nodesOfStoredTable > kFreeTableNodes;
   change.emptyFolders = tree_->emptyFolders;
   change.size = tree_->tableSize;
   std::size_t tableFiles = tree_->tableFiles.size();

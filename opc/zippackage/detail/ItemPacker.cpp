@@ -7,12 +7,15 @@
 
 namespace opc::zippackage::detail {
 
-std::optional<PackedItem> ItemPacker::pack(int level, InputStream& stream, std::uint64_t expected) {
+std::optional<PackedItem> ItemPacker::pack(int level, InputStream& stream,
+                                           const interfaces::IContentSource& source) {
   size_ = 0;
+  const std::uint64_t expected = source.size();
   if (expected > kWholeLimit || !readWhole(stream, expected)) return std::nullopt;
   const Bytes data = begun();
   PackedItem item{size_, updateCrc(0, data), kStored, data};
-  if (level > 0 && deflater_.pack(level, data, packed_)) {
+  if (level > 0 && deflater_.pack(level, data, packed_) &&
+      packed_.size() >= source.leastPackedSize()) {
     item.method = kDeflated;
     item.data = packed_.bytes();
   }

@@ -7,6 +7,7 @@
 
 #include "opc/ByteBuffer.h"
 #include "opc/Streams.h"
+#include "opc/interfaces/IContentSource.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/LittleEndian.h"
 #include "opc/zippackage/ZipFormat.h"
@@ -24,9 +25,10 @@ struct PackedItem {
 /// Reads items whole and packs them, one after the other.
 class ItemPacker {
  public:
-  /// Packs all that `stream` holds; about `expected` bytes. The result is good until the next call.
+  /// Packs all that `stream`, which is of `source`, holds. The result is good until the next call.
   /// Nothing when it holds more than kWholeLimit: begun() is then what was read.
-  std::optional<PackedItem> pack(int level, InputStream& stream, std::uint64_t expected);
+  std::optional<PackedItem> pack(int level, InputStream& stream,
+                                 const interfaces::IContentSource& source);
 
   Bytes begun() const { return {input_.data(), size_}; }
 

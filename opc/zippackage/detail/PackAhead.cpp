@@ -14,9 +14,8 @@ constexpr std::uint64_t kMostAhead = std::uint64_t{24} << 20;
 constexpr std::size_t kMostBatches = 16;
 
 std::optional<PackedItem> packOne(const PackAhead::Job& job, ItemPacker& packer) {
-  const std::uint64_t size = job.source->size();
-  if (size > kWholeLimit) return std::nullopt;
-  return packer.pack(job.level, *job.source->getInputStream(), size);
+  if (job.source->size() > kWholeLimit) return std::nullopt;
+  return packer.pack(job.level, *job.source->getInputStream(), *job.source);
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ std::uint32_t attributesFor(const ItemHead& head) {
 void ZipWriter::add(const ItemHead& head, interfaces::IContentSource& source,
                     const Advanced& advanced) {
   const std::unique_ptr<InputStream> stream = source.getInputStream();
-  const auto packed = packer_.pack(head.level, *stream, source.size());
+  const auto packed = packer_.pack(head.level, *stream, source);
   if (packed) return add(head, *packed);
   addStreamed(head, source, *stream, packer_.begun(), advanced);
 }
@@ -72,7 +72,8 @@ void ZipWriter::addStreamed(const ItemHead& head, interfaces::IContentSource& so
   out_.write(header_);
   pump(item, head.level, stream, begun, check);
   item.packedSize = out_.position() - item.offset - headerSize;
-  if (item.method == kDeflated && item.packedSize >= item.size) {
+  const bool isPackedTooSmall = item.packedSize < source.leastPackedSize();
+  if (item.method == kDeflated && (item.packedSize >= item.size || isPackedTooSmall)) {
     out_.rewindTo(item.offset + headerSize);
     pump(item, 0, *source.getInputStream(), {}, check);
     item.packedSize = item.size;

@@ -13,6 +13,7 @@ namespace {
 
 using test::errorOf;
 using test::ScratchTree;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -268,6 +269,78 @@ TEST(FileSystemTable, AFileWhoseEntryCannotBeStoredIsNotThere) {
   EXPECT_FALSE(tree.hasPart(u"/metadata/fileTree/1"));
   tree.reopen();
   EXPECT_TRUE(tree.list().empty());
+}
+
+// A table that makes so many folders, one inside the other.
+void addDeepTable(ScratchTree& tree, std::size_t folders) {
+  std::string path = "d";
+  for (std::size_t made = 1; made < folders; ++made) path += "/d";
+  tree.addPart(kTable,
+               "<fileTree xmlns=\"http://schemas.pellandry.example/korvan/addon/2014/fileTree\">"
+               "<folder path=\"" +
+                   path + "\"/></fileTree>");
+  tree.reopen();
+}
+
+TEST(FileSystemTable, MayMakeAThousandFoldersAndOneForEachByteOfThePackage) {
+  ScratchTree tree;
+  addDeepTable(tree, 3000);
+  tree.physical.pretendFileSize(2000);
+  EXPECT_EQ(tree.list().size(), 1u);
+
+  tree.reopen();
+  tree.physical.pretendFileSize(1999);
+
+  EXPECT_THAT(errorOf([&tree] { tree.list(); }),
+              AllOf(HasSubstr("/metadata/fileTree.xml"), HasSubstr("more than 2999")));
+}
+
+TEST(FileSystemTable, CountsFoldersAboveItsFilesAndTheFilesThemselves) {
+  ScratchTree tree;
+  tree.addPart(u"/p/1", "one");
+  std::string path;
+  for (int level = 0; level < 1000; ++level) path += "d/";
+  tree.addPart(kTable,
+               "<fileTree xmlns=\"http://schemas.pellandry.example/korvan/addon/2014/fileTree\">"
+               "<file path=\"" +
+                   path + "x\" part=\"/p/1\"/></fileTree>");
+  tree.reopen();
+  tree.physical.pretendFileSize(1);
+  EXPECT_EQ(tree.list().size(), 1u);
+
+  tree.reopen();
+  tree.physical.pretendFileSize(0);
+
+  EXPECT_THAT(errorOf([&tree] { tree.list(); }), HasSubstr("more than 1000"));
+}
+
+TEST(FileSystemTable, MakesNoMoreThanTwoMillionFoldersHoweverLargeThePackage) {
+  ScratchTree tree;
+  std::string entries;
+  for (int entry = 0; entry < 9; ++entry) {
+    entries += "<folder path=\"" + std::to_string(entry);
+    for (int level = 0; level < 240'000; ++level) entries += "/d";
+    entries += "\"/>";
+  }
+  tree.addPart(kTable,
+               "<fileTree xmlns=\"http://schemas.pellandry.example/korvan/addon/2014/fileTree\">" +
+                   entries + "</fileTree>");
+  tree.reopen();
+  tree.physical.pretendFileSize(1u << 30);
+
+  EXPECT_THAT(errorOf([&tree] { tree.list(); }), HasSubstr("more than 2000000"));
+}
+
+TEST(FileSystemTable, DoesNotCountFoldersThatFilesMakeAnyway) {
+  ScratchTree tree;
+  std::string path = "d";
+  for (int level = 0; level < 2000; ++level) path += "/d";
+  tree.addFile(path + "/plain.m");
+  tree.addFolder(path + "/empty");
+  tree.reopen();
+  tree.physical.pretendFileSize(0);
+
+  EXPECT_EQ(tree.list().size(), 2u);
 }
 
 TEST(FileSystemTable, ARelationshipThatLeadsNowhereIsRefused) {

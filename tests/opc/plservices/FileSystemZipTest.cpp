@@ -190,4 +190,40 @@ TEST_P(FileSystemZipDamage, IsFoundTheFileNamedAndNothingOfItLeft) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, FileSystemZipDamage, testing::Values(1000, 17u << 20));
 
+// Deflated, these would take a hundred bytes, and the package could not be read again.
+TEST_F(FileSystemZip, AThousandFoldersInsideEachOtherAndMoreComeBack) {
+  std::string deep = "d";
+  for (int level = 0; level < 20'000; ++level) deep += "/d";
+  files.createFolder(opc::fromUtf8(deep));
+  package.close(false);
+  EXPECT_GT(fs::file_size(packagePath), 20'000u);
+  package.open(OpenMode::Read);
+
+  EXPECT_TRUE(files.find(deep));
+}
+
+TEST_F(FileSystemZip, WhatARemovedFileAllowedTheTableToMakeComesBackToo) {
+  std::string noise(40'000, ' ');
+  std::uint32_t state = 1;
+  for (char& c : noise) c = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
+  addFile("noise.bin", noise);
+  std::string table =
+      "<fileTree xmlns=\"http://schemas.pellandry.example/korvan/addon/2014/fileTree\">"
+      "<folder path=\"d";
+  for (int level = 0; level < 20'000; ++level) table += "/d";
+  const auto part = package.createPart(
+      opc::model::PartName(u"/metadata/fileTree.xml"), opc::model::ContentType(u"text/xml"),
+      opc::model::StandardPartInfo(opc::interfaces::CompressionType::Normal, 0));
+  table += "\"/></fileTree>";
+  part->getOutputStream()->write(reinterpret_cast<const unsigned char*>(table.data()),
+                                 table.size());
+  package.close(false);
+  package.open(OpenMode::Modify);
+  files.remove(*files.find("noise.bin"));
+  package.close(false);
+  package.open(OpenMode::Read);
+
+  EXPECT_EQ(errorOf([this] { files.getRoot(); }), "no error");
+}
+
 }  // namespace
