@@ -75,6 +75,7 @@ void FolderCursor::push(NodeId node) {
     if (levels_.size() - firstOpen_ >= kMaxOpenFolders) parkShallowest();
     level.descriptor = open(descriptorOf(above), node);
     level.missing = !level.descriptor;
+    if (!level.missing) ++opened_;
   }
   levels_.push_back(std::move(level));
   onPath_[node] = true;

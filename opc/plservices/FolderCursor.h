@@ -27,6 +27,8 @@ class FolderCursor {
   /// for a folder that is not there (Missing::Report). Throws Exception, naming it, when a file or
   /// a link is in the place of a folder. Going through folders depth first opens each once.
   int enter(NodeId folder);
+  /// How many folders below the destination it has opened so far; depth first, each counts once.
+  std::size_t opened() const { return opened_; }
 
  private:
   struct Level {
@@ -52,6 +54,7 @@ class FolderCursor {
   std::vector<Level> levels_;  // from the root to the current folder
   std::vector<bool> onPath_;   // by node
   std::vector<NodeId> chain_;
+  std::size_t opened_ = 0;
   std::size_t firstOpen_ = 1;  // levels before it are parked, apart from the root
 };
 

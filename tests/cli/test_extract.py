@@ -183,20 +183,51 @@ class Extract(kraddontest.CliTest):
         self.misused("extract", "p.kraddon", "a.m", "--stdout", "-d", "x",
                      message="bad option '--stdout': it cannot be combined with --directory")
 
+    TOO_LARGE = "cannot extract 'p.kraddon': the total exceeds the {} bytes of --max-size"
+
     def test_the_size_can_be_limited(self):
-        self.fails("extract", "p.kraddon", "--max-size", "10005",
-                   message="cannot extract 'p.kraddon': the total exceeds 10005 bytes")
+        whole = 10006 + 2 * 4096  # of the files, and two folders
+        for words in ((), ("--dry-run",)):
+            self.fails("extract", "p.kraddon", "--max-size", str(whole - 1), *words,
+                       message=self.TOO_LARGE.format(whole - 1))
         self.assertFalse(self.path("p").exists())
         self.ok("extract", "p.kraddon", "a.m", "-d", "some", "--max-size", "3")
-        self.ok("extract", "p.kraddon", "--max-size", "10006")
+        self.ok("extract", "p.kraddon", "--max-size", str(whole))
         self.write("part/z.bin", "mine")
-        self.ok("extract", "p.kraddon", "-d", "part", "--skip-existing", "--max-size", "6")
-        self.fails("extract", "p.kraddon", "-d", "part", "--force", "--max-size", "6",
-                   message="cannot extract 'p.kraddon': the total exceeds 6 bytes")
+        left = 6 + 2 * 4096
+        self.fails("extract", "p.kraddon", "-d", "part", "--force", "--max-size", str(left),
+                   message=self.TOO_LARGE.format(left))
+        self.ok("extract", "p.kraddon", "-d", "part", "--skip-existing", "--max-size", str(left))
         self.fails("extract", "p.kraddon", "z.bin", "--stdout", "--max-size", "6",
-                   message="cannot extract 'p.kraddon': the total exceeds 6 bytes")
+                   message=self.TOO_LARGE.format(6))
         self.misused("extract", "p.kraddon", "--max-size", "1k",
                      message="bad value of --max-size '1k': expected a whole number from 0 to "
+                             "9223372036854775807")
+
+    def test_folders_that_exist_do_not_count(self):
+        self.path("out/lib/void").mkdir(parents=True)
+        self.fails("extract", "p.kraddon", "-d", "out", "--max-size", "10005",
+                   message=self.TOO_LARGE.format(10005))
+        self.fails("extract", "p.kraddon", "-d", "out", "--max-files", "2",
+                   message="cannot extract 'p.kraddon': there are more files and folders than the "
+                           "2 of --max-files")
+        self.ok("extract", "p.kraddon", "-d", "out", "--max-size", "10006", "--max-files", "3")
+
+    def test_the_number_of_files_and_folders_can_be_limited(self):
+        message = ("cannot extract 'p.kraddon': there are more files and folders than the {} of "
+                   "--max-files")
+        for words in ((), ("--dry-run",)):
+            self.fails("extract", "p.kraddon", "--max-files", "4", *words,
+                       message=message.format(4))
+        self.assertFalse(self.path("p").exists())
+        self.ok("extract", "p.kraddon", "--dry-run", "--max-files", "5")
+        self.ok("extract", "p.kraddon", "--max-files", "5")
+        self.ok("extract", "p.kraddon", "a.m", "-d", "some", "--max-files", "1")
+        self.fails("extract", "p.kraddon", "lib/b.m", "-d", "other", "--max-files", "1",
+                   message=message.format(1))
+        self.ok("extract", "p.kraddon", "lib/b.m", "-d", "other", "--max-files", "2")
+        self.misused("extract", "p.kraddon", "--max-files", "-1",
+                     message="bad value of --max-files '-1': expected a whole number from 0 to "
                              "9223372036854775807")
 
     def test_damaged_data_are_told_and_removed(self):

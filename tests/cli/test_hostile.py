@@ -13,7 +13,7 @@ import threading
 import unittest
 
 import kraddontest
-from hostilezip import DEFLATED, Entry, addon, build, zip64_end
+from hostilezip import DEFLATED, SCHEMA, Entry, addon, build, zip64_end
 
 GIB = 1 << 30
 SECONDS = 60
@@ -371,6 +371,33 @@ class Size(HostileTest):
         self.assertEqual(done.returncode, 1, done)
         self.assertIn(b"free", done.stderr)
         self.assertEqual(self.extracted(), {})
+
+    def put_folders(self, paths, depth):
+        """A table of so many folders, each that deep."""
+        rows = "".join(f'<folder path="{n}{"/a" * (depth - 1)}"/>' for n in range(paths))
+        self.put(addon([Entry(b"files/a.m", b"x")],
+                       table=f'<fileTree xmlns="{SCHEMA}/fileTree">{rows}</fileTree>'.encode()))
+
+    def test_a_small_package_of_countless_folders_is_refused(self):
+        for paths, depth in ((16, 6000), (1000, 3000), (2, 249000)):
+            with self.subTest((paths, depth)):
+                self.put_folders(paths, depth)
+                codes = self.every_command()
+                self.assertEqual(codes["verify"], 1)
+                self.refused("list", "p.kraddon", saying="files and folders, the limit for")
+                self.assertIn("KR314", self.hostile("verify", "p.kraddon").text)
+                self.refused("extract", "p.kraddon", "-d", "out", "--max-size", "1")
+                self.assertFalse((self.sandbox / "out").exists())
+
+    def test_folders_that_are_allowed_are_counted_before_they_are_made(self):
+        self.put_folders(1, 900)
+        self.assertNotIn("KR314", self.hostile("verify", "p.kraddon").text)
+        self.refused("extract", "p.kraddon", "-d", "out", "--max-files", "900", saying="--max-fil")
+        self.refused("extract", "p.kraddon", "-d", "out", "--max-size", "1000000",
+                     saying="--max-size")
+        self.assertFalse((self.sandbox / "out").exists())
+        self.assertEqual(self.hostile("extract", "p.kraddon", "-d", "out", "--max-files", "901",
+                                      "--max-size", "4000000").code, 0)
 
     @staticmethod
     def wide_end(directory, count, start, said_count=None, said_size=None):

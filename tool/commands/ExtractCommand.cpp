@@ -53,11 +53,17 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
     line::OptionSpec{.longName = "max-size",
                      .valueName = "BYTES",
-                     .help = "write nothing if the total exceeds BYTES"},
+                     .help = "write nothing if the total exceeds BYTES; a folder counts 4096"},
+    line::OptionSpec{.longName = "max-files",
+                     .valueName = "N",
+                     .help = "write nothing if there are more than N files and folders to make"},
     detail::kGlobOption};
 
-std::optional<std::int64_t> sizeLimitOf(const line::Invocation& invocation) {
-  return invocation.number("max-size", 0, std::numeric_limits<std::int64_t>::max());
+/// What --max-size counts for a folder: a block of most file systems.
+constexpr std::uint64_t kFolderSize = 4096;
+
+std::optional<std::int64_t> limitOf(std::string_view option, const line::Invocation& invocation) {
+  return invocation.number(option, 0, std::numeric_limits<std::int64_t>::max());
 }
 
 void checkOptions(const line::Invocation& invocation) {
@@ -66,7 +72,8 @@ void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("stdout", "force");
   invocation.refuseTogether("stdout", "skip-existing");
   invocation.refuseTogether("stdout", "dry-run");
-  sizeLimitOf(invocation);
+  limitOf("max-size", invocation);
+  limitOf("max-files", invocation);
 }
 
 std::string destinationOf(const line::Invocation& invocation) {
@@ -88,17 +95,29 @@ std::string destinationOf(const line::Invocation& invocation) {
   return name;
 }
 
-void checkSize(const std::vector<Item>& items, const line::Invocation& invocation) {
-  const auto limit = sizeLimitOf(invocation);
-  if (!limit) return;
-  std::uint64_t size = 0;
+/// `folders` are those that come into being, whether they are among the items or above them.
+void checkLimits(const std::vector<Item>& items, std::uint64_t folders,
+                 const line::Invocation& invocation) {
+  const auto fail = [&](const std::string& why) {
+    throw process::Failure(process::sentence("cannot extract", invocation.operands()[0], why));
+  };
+  const auto isBeyond = [](std::uint64_t value, std::optional<std::int64_t> limit) {
+    return limit && value > static_cast<std::uint64_t>(*limit);
+  };
+  std::uint64_t size = folders * kFolderSize;
+  std::uint64_t files = 0;
   for (const Item& item : items) {
+    files += item.isFolder() ? 0 : 1;
     // A sum of more than 64 bits is too large, too.
-    if (__builtin_add_overflow(size, item.info.size, &size) ||
-        size > static_cast<std::uint64_t>(*limit)) {
-      throw process::Failure(process::sentence("cannot extract", invocation.operands()[0],
-                                               fmt::format("the total exceeds {} bytes", *limit)));
-    }
+    if (__builtin_add_overflow(size, item.info.size, &size)) size = ~std::uint64_t{0};
+  }
+  const auto sizeLimit = limitOf("max-size", invocation);
+  if (isBeyond(size, sizeLimit)) {
+    fail(fmt::format("the total exceeds the {} bytes of --max-size", *sizeLimit));
+  }
+  const auto fileLimit = limitOf("max-files", invocation);
+  if (isBeyond(files + folders, fileLimit)) {
+    fail(fmt::format("there are more files and folders than the {} of --max-files", *fileLimit));
   }
 }
 
@@ -123,9 +142,8 @@ void leaveOut(const std::vector<detail::ExistingFile>& existing, std::vector<Ite
 }
 
 /// Leaves out files that already exist, or refuses them.
-void checkExisting(std::vector<Item>& items, const std::string& destination,
-                   const line::Invocation& invocation) {
-  const std::vector<detail::ExistingFile> existing = detail::findExisting(items, destination);
+void checkExisting(const std::vector<detail::ExistingFile>& existing, std::vector<Item>& items,
+                   const std::string& destination, const line::Invocation& invocation) {
   if (existing.empty()) return;
   if (invocation.has("force")) {
     refuseThePackageItself(existing, items, destination, invocation.operands()[0]);
@@ -188,12 +206,13 @@ process::ExitCode run(const line::Invocation& invocation) {
     report::printWarning(invocation, file.line);
   detail::warnOfForeign(*package, operands[0], invocation);
   if (isToOutput) {
-    checkSize(items, invocation);
+    checkLimits(items, 0, invocation);
     writeToOutput(*package, items);
     return process::ExitCode::Done;
   }
-  checkExisting(items, destination, invocation);
-  checkSize(items, invocation);
+  const detail::Existing existing = detail::findExisting(items, destination);
+  checkExisting(existing.files, items, destination, invocation);
+  checkLimits(items, existing.newFolders, invocation);
   if (invocation.has("dry-run")) {
     printPlan(items);
   } else {

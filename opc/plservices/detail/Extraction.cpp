@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <optional>
@@ -61,6 +62,7 @@ void Extraction::checkConflicts(int destination) {
       throw;
     }
   }
+  plan_.folders -= std::min<std::uint64_t>(plan_.folders, cursor.opened());
 }
 
 void Extraction::checkConflict(NodeId leaf, int folder) {
@@ -73,6 +75,7 @@ void Extraction::checkConflict(NodeId leaf, int folder) {
   const bool isFolder = S_ISDIR(status.st_mode);
   if (!tree_.isFile(leaf)) {
     if (!isFolder) refuseOccupied(folder, name, "a folder");
+    --plan_.folders;
     return;
   }
   if (isFolder) refuseOccupied(folder, name, "a file");
@@ -81,17 +84,24 @@ void Extraction::checkConflict(NodeId leaf, int folder) {
   }
   if (S_ISREG(status.st_mode) && status.st_nlink == 1) {
     bytesToReplace_ += static_cast<std::uint64_t>(status.st_blocks) * 512;
+    ++inodesToReplace_;
   }
 }
 
 void Extraction::checkFreeSpace(int destination) const {
   const std::optional<FreeSpace> space = freeSpace_(destination);
   if (!space) return;
-  const std::uint64_t needed = plan_.bytesOnDisk(space->blockSize);
-  if (needed <= space->bytes || needed - space->bytes <= bytesToReplace_) return;
-  throw Exception(ErrorCode::FileSystem,
-                  "cannot extract to '" + destination_ + "': " + std::to_string(needed) +
-                      " bytes are needed and " + std::to_string(space->bytes) + " are free");
+  const auto require = [this](std::uint64_t needed, std::uint64_t free, std::uint64_t freed,
+                              const char* unit) {
+    if (needed <= free || needed - free <= freed) return;
+    throw Exception(ErrorCode::FileSystem,
+                    "cannot extract to '" + destination_ + "': " + std::to_string(needed) + unit +
+                        " are needed and " + std::to_string(free) + " are free");
+  };
+  require(plan_.bytesOnDisk(space->blockSize), space->bytes, bytesToReplace_, " bytes");
+  if (!space->inodes) return;
+  const std::uint64_t inodes = plan_.files + plan_.folders;
+  require(inodes - inodesToReplace_, *space->inodes, 0, " inodes");
 }
 
 void Extraction::writeAll(int destination) {

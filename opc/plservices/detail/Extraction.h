@@ -51,7 +51,9 @@ class Extraction {
 
   ExtractionPlan plan_;
   bool replace_ = false;
-  std::uint64_t bytesToReplace_ = 0;  // on disk, of files that make way for theirs
+  // On disk, of files that make way for others.
+  std::uint64_t bytesToReplace_ = 0;
+  std::uint64_t inodesToReplace_ = 0;
   interfaces::Progress done_;
   interfaces::ProgressFunction progress_;
 };

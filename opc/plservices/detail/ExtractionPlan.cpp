@@ -48,6 +48,7 @@ class Planner {
     for (NodeId node = leaf; node != FileTree::kRoot && !checked_[node];
          node = tree_.parent(node)) {
       checkName(node);
+      plan_.folders += tree_.isFile(node) ? 0 : 1;
       checked_[node] = true;
     }
     const bool isFile = tree_.isFile(leaf);
@@ -76,7 +77,7 @@ class Planner {
 }  // namespace
 
 std::uint64_t ExtractionPlan::bytesOnDisk(std::uint64_t blockSize) const {
-  std::uint64_t sum = 0;
+  std::uint64_t sum = folders * blockSize;
   for (const std::uint64_t size : sizes) {
     const std::uint64_t blocks = size / blockSize + (size % blockSize == 0 ? 0 : 1);
     const bool fits = blocks <= std::numeric_limits<std::uint64_t>::max() / blockSize;

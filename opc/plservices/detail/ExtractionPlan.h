@@ -15,9 +15,10 @@ struct ExtractionPlan {
   /// Files and empty folders, each once, depth first.
   std::vector<NodeId> leaves;
   std::uint64_t files = 0;
-  std::uint64_t bytes = 0;  ///< of all files, as declared
+  std::uint64_t folders = 0;  ///< that the leaves need or are, the root left out
+  std::uint64_t bytes = 0;    ///< of all files, as declared
 
-  /// Bytes on a disk that hands out blocks of that size.
+  /// Bytes of files and folders on a disk that hands out blocks of that size.
   std::uint64_t bytesOnDisk(std::uint64_t blockSize) const;
 
   std::vector<std::uint64_t> sizes;  ///< of the leaves, 0 for folders

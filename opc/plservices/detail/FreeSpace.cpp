@@ -4,6 +4,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <limits>
 
@@ -19,8 +20,9 @@ std::optional<FreeSpace> queryFreeSpace(int folder) {
   if (result != 0 || status.f_blocks == 0 || status.f_frsize == 0) return std::nullopt;
   const std::uint64_t blocks = ::geteuid() == 0 ? status.f_bfree : status.f_bavail;
   const std::uint64_t limit = std::numeric_limits<std::uint64_t>::max() / status.f_frsize;
-  return FreeSpace{blocks < limit ? blocks * status.f_frsize : limit * status.f_frsize,
-                   status.f_frsize};
+  FreeSpace space{std::min<std::uint64_t>(blocks, limit) * status.f_frsize, status.f_frsize};
+  if (status.f_files != 0) space.inodes = ::geteuid() == 0 ? status.f_ffree : status.f_favail;
+  return space;
 }
 
 }  // namespace opc::plservices::detail

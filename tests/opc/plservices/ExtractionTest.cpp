@@ -366,14 +366,15 @@ TEST_F(Extraction, ManyFilesOpenEachFolderAndReadEachPartOnce) {
 // The free space is the test's.
 class ExtractionSpace : public Extraction {
  protected:
-  std::string extractWith(std::uint64_t freeBytes, RestoreMode mode) {
+  std::string extractWith(std::uint64_t freeBytes, RestoreMode mode,
+                          std::optional<std::uint64_t> freeInodes = std::nullopt) {
     return errorOf([&] {
       opc::plservices::FileTreePart part(tree.package);
       auto loaded = opc::plservices::loadFileTree(tree.package, part);
       opc::plservices::detail::Extraction extraction(tree.package, loaded.nodes, target().string(),
                                                      mode);
-      extraction.setFreeSpaceQuery([freeBytes](int) {
-        return opc::plservices::detail::FreeSpace{freeBytes, 4096};
+      extraction.setFreeSpaceQuery([&](int) {
+        return opc::plservices::detail::FreeSpace{freeBytes, 4096, freeInodes};
       });
       extraction.run({opc::plservices::FileTree::kRoot}, nullptr);
     });
@@ -391,6 +392,40 @@ TEST_F(ExtractionSpace, IsCountedInWholeBlocks) {
   EXPECT_FALSE(fs::exists(target()));
   EXPECT_EQ(extractWith(3 * 4096, RestoreMode::KeepExisting), "no error");
   EXPECT_EQ(listDisk(target()).size(), 3u);
+}
+
+TEST_F(ExtractionSpace, HoldsABlockForEachFolder) {
+  tree.addFile("a/b/c.m", "1");
+  tree.addFile("a/d.m", "1");
+  tree.addFolder("a/e/f");
+
+  EXPECT_THAT(extractWith(6 * 4096 - 1, RestoreMode::KeepExisting),
+              HasSubstr("24576 bytes are needed"));
+  EXPECT_FALSE(fs::exists(target()));
+  EXPECT_EQ(extractWith(6 * 4096, RestoreMode::KeepExisting), "no error");
+}
+
+TEST_F(ExtractionSpace, HoldsAnInodeForEachFileAndFolder) {
+  tree.addFile("a/b/c.m", "1");
+  tree.addFolder("a/e/f");
+
+  EXPECT_EQ(extractWith(1u << 30, RestoreMode::KeepExisting, 4),
+            "cannot extract to '" + target().string() + "': 5 inodes are needed and 4 are free");
+  EXPECT_FALSE(fs::exists(target()));
+  EXPECT_EQ(extractWith(1u << 30, RestoreMode::KeepExisting, 5), "no error");
+}
+
+TEST_F(ExtractionSpace, IsNotNeededForWhatIsThere) {
+  tree.addFile("a/b/c.m", "1");
+  tree.addFile("a/g/new.m", "1");
+  tree.addFolder("a/e/f");
+  fs::create_directories(target() / "a/b");
+  fs::create_directories(target() / "a/e/f");
+  test::writeFile(target() / "a/b/c.m", "old");
+
+  EXPECT_THAT(extractWith(1u << 30, RestoreMode::ReplaceExisting, 1),
+              HasSubstr("2 inodes are needed"));
+  EXPECT_EQ(extractWith(1u << 30, RestoreMode::ReplaceExisting, 2), "no error");
 }
 
 TEST_F(ExtractionSpace, OfFilesThatAreReplacedCounts) {
@@ -429,6 +464,7 @@ TEST(FreeSpace, OfARealFolderIsKnown) {
   ASSERT_TRUE(space.has_value());
   EXPECT_GT(space->bytes, 0u);
   EXPECT_GE(space->blockSize, 512u);
+  EXPECT_NE(space->inodes, 0u);
 }
 
 }  // namespace

@@ -44,14 +44,15 @@ NodeId addFolders(std::string_view path, FileTree& tree) {
   return node;
 }
 
-/// The folder of each item as a node of `tree`, to which all of them are added.
+/// The folder of each item, or the item if it is one, as a node of `tree`, to which all of them are
+/// added.
 std::vector<NodeId> foldersOf(const std::vector<Item>& items, FileTree& tree) {
   std::vector<NodeId> folders;
   folders.reserve(items.size());
   std::string_view last;
   NodeId node = FileTree::kRoot;
   for (const Item& item : items) {
-    const std::string_view folder = folderOf(item.path);
+    const std::string_view folder = item.isFolder() ? item.path : folderOf(item.path);
     if (folder != last) node = addFolders(folder, tree);
     last = folder;
     folders.push_back(node);
@@ -80,9 +81,9 @@ std::optional<opc::FileIdentity> identityIn(int folder, const std::string& name)
   return opc::FileIdentity(info);
 }
 
-std::optional<opc::FileIdentity> identityBelow(const Item& item, NodeId parent,
+std::optional<opc::FileIdentity> identityBelow(const Item& item, NodeId node,
                                                FolderCursor& cursor) {
-  const int folder = cursor.enter(parent);
+  const int folder = cursor.enter(node);
   if (folder < 0 || item.isFolder()) return std::nullopt;
   return identityIn(folder, fileNameOf(item.path));
 }
@@ -93,23 +94,23 @@ std::string contextOf(const std::string& path, const std::string& destination) {
 
 }  // namespace
 
-std::vector<ExistingFile> findExisting(const std::vector<Item>& items,
-                                       const std::string& destination) {
-  const FileDescriptor root = openDestination(destination);
-  if (!root) return {};
+Existing findExisting(const std::vector<Item>& items, const std::string& destination) {
   FileTree tree;
   const std::vector<NodeId> folders = foldersOf(items, tree);
+  Existing found{{}, tree.size() - 1};
+  const FileDescriptor root = openDestination(destination);
+  if (!root) return found;
   FolderCursor cursor(tree, root.get(), FolderCursor::Missing::Report);
-  std::vector<ExistingFile> found;
   for (std::size_t i = 0; i < items.size(); ++i) {
     try {
       const auto identity = identityBelow(items[i], folders[i], cursor);
-      if (identity) found.push_back({i, *identity});
+      if (identity) found.files.push_back({i, *identity});
     } catch (opc::Exception& error) {
       error.addContext(contextOf(items[i].path, destination));
       throw;
     }
   }
+  found.newFolders -= cursor.opened();
   return found;
 }
 

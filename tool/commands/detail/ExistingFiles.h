@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,11 +17,16 @@ struct ExistingFile {
   opc::FileIdentity identity;
 };
 
-/// The files of `items` whose paths already exist below the folder `destination`, in their order.
-/// Empty if the folder is missing. Follows no links below it: throws opc::Exception, as extracting
-/// does, if a link or a file is in the place of a folder that an item needs, or a folder in the
-/// place of a file.
-std::vector<ExistingFile> findExisting(const std::vector<addon::comparison::Item>& items,
-                                       const std::string& destination);
+struct Existing {
+  std::vector<ExistingFile> files;  ///< in the order of the items
+  std::uint64_t newFolders = 0;     ///< that the items need or are, and that do not exist
+};
+
+/// Which of `items` and of the folders above them already exist below the folder `destination`;
+/// none if it is missing. Follows no links below it: throws opc::Exception, as extracting does, if
+/// a link or a file is in the place of a folder that an item needs, or a folder in the place of a
+/// file.
+Existing findExisting(const std::vector<addon::comparison::Item>& items,
+                      const std::string& destination);
 
 }  // namespace tool::commands::detail
