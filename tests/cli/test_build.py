@@ -234,7 +234,7 @@ class Output(projecttest.ProjectTest):
 
         result = self.ok("build", "--json").json
 
-        info = self.ok("info", PACKAGE, "--json").json
+        info = self.ok("info", PACKAGE, "--json", "--digest").json
         sizes = {path: self.path(f"toolbox/{path}").stat().st_size
                  for path in FULL_LISTING if path not in ("empty", "java/wave.jar")}
         sizes.update({"empty": None, "java/wave.jar": 3})

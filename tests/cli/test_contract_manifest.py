@@ -176,7 +176,7 @@ class Printed(projecttest.ProjectTest):
         built = self.build("-o", "p.kraddon", "--json").json
 
         self.assertEqual(built["digest"], self.digest_by_hand("p.kraddon"))
-        info = self.ok("info", "p.kraddon", "--json").json
+        info = self.ok("info", "p.kraddon", "--json", "--digest").json
         self.assertEqual(info["digest"], built["digest"])
         self.assertEqual(info["documents"], ["properties", "license", "configuration", "apps",
                                              "examples", "revisions", "requirements"])

@@ -200,7 +200,7 @@ class Documents(kraddontest.CliTest):
             before = self.ok("info", "p.kraddon", "--field", "digest").text
             self.set(document, values[0])
             names.append(document)
-            info = self.ok("info", "p.kraddon", "--json").json
+            info = self.ok("info", "p.kraddon", "--json", "--digest").json
             self.assertEqual(info["documents"], names)
             self.assertNotEqual(info["digest"] + "\n", before)
         self.ok("set", "p.kraddon", "license", "type=MIT")

@@ -111,12 +111,32 @@ class Info(kraddontest.CliTest):
             "documents     properties",
             "files         4",
             "empty folders 1",
-            f"content       2003 bytes, {info['packed']} packed",
-            f"digest        {info['digest']}"]))
+            f"content       2003 bytes, {info['packed']} packed"]))
+
+    def test_the_digest_is_computed_only_where_it_is_asked_for(self):
+        path = self.package("p.kraddon", FILES)
+        digest = self.ok("info", "p.kraddon", "--field", "digest").text.strip()
+        plain = self.ok("info", "p.kraddon", "--json").json
+        self.assertIsNone(plain["digest"])
+        self.assertEqual(self.ok("info", "p.kraddon", "--json", "--digest").json,
+                         {**plain, "digest": digest})
+        self.assertEqual(self.ok("info", "p.kraddon", "--digest").text,
+                         self.ok("info", "p.kraddon").text + f"digest        {digest}\n")
+        self.misused("info", "p.kraddon", "--field", "name", "--digest",
+                     message="bad option '--field': it cannot be combined with --digest")
+
+        # Without it no file is read: damage does not matter.
+        content = path.read_bytes()
+        name_end = content.index(b"files/z.bin") + len(b"files/z.bin")
+        at = content.index(b"zz", name_end)
+        path.write_bytes(content[:at] + b"Z" + content[at + 1:])
+        self.ok("info", "p.kraddon")
+        for words in (("--digest",), ("--json", "--digest"), ("--field", "digest")):
+            self.assertIn("z.bin", self.fails("info", "p.kraddon", *words).errors)
 
     def test_every_field_stands_alone(self):
         self.package("p.kraddon", FILES, "--author", "Ada")
-        info = self.ok("info", "p.kraddon", "--json").json
+        info = self.ok("info", "p.kraddon", "--json", "--digest").json
         for key, value in info.items():
             if key in ("schema", "author", "documents", "screenshot"):
                 continue

@@ -126,7 +126,7 @@ class Progress(kraddontest.CliTest):
     def test_info_shows_it_and_wipes_it(self):
         self.big_package()
         self.assert_shown(self.run_slowly(
-            "info", "p.kraddon", at=self.has_worked))
+            "info", "p.kraddon", "--digest", at=self.has_worked))
 
     @kraddontest.needs_proc
     def test_list_shows_it_while_it_hashes(self):

@@ -203,8 +203,9 @@ class Outputs(SchemaTest):
         for name, value in SAMPLES.items():
             self.ok("set", "p.kraddon", name, "-", stdin=json.dumps(value).encode())
         self.ok("screenshot", "p.kraddon", "shot.png")
-        info = self.ok("info", "p.kraddon", "--json").json
+        info = self.ok("info", "p.kraddon", "--json", "--digest").json
         self.accept("info", info)
+        self.accept("info", {**info, "digest": None})
         self.refuse("info", {**info, "more": 1})
         for key in info:
             self.refuse("info", {k: value for k, value in info.items() if k != key})

@@ -69,7 +69,7 @@ class FormatCase(ScratchCase):
                 self.assertEqual(document, self.says("get", package, name), name)
         listed = self.says("list", "-q", "--json", package)["entries"]
         self.assertEqual(found["listing"], [(entry["path"], entry["kind"]) for entry in listed])
-        reported = self.says("info", "-q", "--json", package)
+        reported = self.says("info", "-q", "--json", "--digest", package)
         self.assertEqual(found["digest"], reported["digest"])
         if not SLOW or FormatCase.turn % 3 == 0:
             self.assert_same_screenshot(package, found["screenshot"], reported["screenshot"])

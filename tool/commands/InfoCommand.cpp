@@ -38,10 +38,12 @@ std::vector<std::string> fieldNames();
 constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
 
 constexpr std::array kOptions{
-    detail::kJsonOption, line::OptionSpec{.longName = "field",
-                                          .valueName = "NAME",
-                                          .help = "print only this value, named as in the JSON",
-                                          .choices = fieldNames}};
+    detail::kJsonOption,
+    line::OptionSpec{.longName = "field",
+                     .valueName = "NAME",
+                     .help = "print only this value, named as in the JSON",
+                     .choices = fieldNames},
+    line::OptionSpec{.longName = "digest", .help = "add the digest, which reads all content"}};
 
 std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
   return time ? detail::formatTime(*time) : std::string();
@@ -89,8 +91,6 @@ report::Info readInfo(const std::string& path, bool wantsDigest, const line::Set
 void writeValue(const report::InfoField& field, const report::Info& info, text::JsonWriter& json) {
   if (field.kind == report::InfoKind::Number) {
     json.value(field.number(info));
-  } else if (field.kind == report::InfoKind::Text) {
-    json.value(std::string_view(info.*field.text));
   } else if (field.kind == report::InfoKind::Documents) {
     json.beginArray();
     for (const std::string& name : info.documents) json.value(std::string_view(name));
@@ -169,10 +169,8 @@ void writeText(const report::Info& info, bool isColored, report::Output& output)
 void checkField(const line::Invocation& invocation) {
   const std::optional<std::string> field = invocation.value("field");
   if (!field) return;
-  if (invocation.has("json")) {
-    throw process::UsageError(
-        process::sentence("bad option", "--field", "it cannot be combined with --json"));
-  }
+  invocation.refuseTogether("field", "json");
+  invocation.refuseTogether("field", "digest");
   if (findField(*field) != nullptr) return;
   std::vector<std::string_view> names;
   for (const report::InfoField& known : report::infoFields()) names.emplace_back(known.name);
@@ -185,8 +183,8 @@ process::ExitCode run(const line::Invocation& invocation) {
   checkField(invocation);
   const std::optional<std::string> field = invocation.value("field");
 
-  const report::Info info =
-      readInfo(invocation.operands()[0], !field || *field == "digest", invocation.settings());
+  const bool wantsDigest = invocation.has("digest") || field == "digest";
+  const report::Info info = readInfo(invocation.operands()[0], wantsDigest, invocation.settings());
 
   report::Output output;
   if (field) {
@@ -215,10 +213,10 @@ constexpr line::CommandSpec kInfoCommand{
     .name = "info",
     .summary = "shows the properties and sizes of a package",
     .description =
-        "Prints the properties, the number and sizes of the files, the documents in the package, "
-        "and the digest of its content. Packages with the same content have the same digest, "
-        "however and whenever they were packed. Values that are not set are left out; with --field "
-        "they are empty.",
+        "Prints the properties, the number and sizes of the files, and the documents in the "
+        "package. Packages with the same content have the same digest, however and whenever they "
+        "were packed; computing it takes time, since it reads everything. Values that are not set "
+        "are left out; with --field they are empty.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -89,7 +89,9 @@ constexpr std::array kFields{
         [](const Info& info) { return info.totals.bytes; }, contentLine),
     number("packed", "", "Of all files, as they lie in the package.",
            [](const Info& info) { return info.totals.packed; }),
-    text("digest", "digest", "Of all that a package says, whatever its packing and its times.",
+    text("digest", "digest",
+         "Of all that a package says, whatever its packing and its times; null if it was not asked "
+         "for.",
          &Info::digest)};
 
 JsonValue schemaOf(const InfoField& field) {
@@ -97,7 +99,7 @@ JsonValue schemaOf(const InfoField& field) {
     case InfoKind::Property:
       return {{"type", {"string", "null"}}, {"minLength", 1}};
     case InfoKind::Text:
-      return field.text == &Info::digest ? schema::digest() : schema::text();
+      return field.text == &Info::digest ? schema::orNull(schema::digest()) : schema::text();
     case InfoKind::Time:
       return schema::orNull(schema::time());
     case InfoKind::Number:
