@@ -67,7 +67,7 @@ class VariantCase(FormatCase):
 
     def refuse(self, changes, *words):
         self.rewrite(changes)
-        self.assert_both_refuse(*(words or ("info", "q.kraddon")))
+        self.assert_both_refuse(*(words or ("info", "q.kraddon", "--digest")))
 
     def relinked(self, change):
         return {LINKS: lambda links: change(links).encode()}
@@ -201,7 +201,7 @@ class Relationships(VariantCase):
                 with self.subTest(kind, target=target):
                     self.refuse(self.relinked(lambda links, kind=kind, new=link(
                         kind, target, more): added(without(links, kind), new)),
-                        *(("info", "q.kraddon") if kind in ("addonProperties", "primaryScreenShot")
+                        *(("info", "q.kraddon", "--digest") if kind in ("addonProperties", "primaryScreenShot")
                           else ("get", "q.kraddon", {
                               "applications": "apps", "revisionHistory": "revisions",
                               "systemRequirements": "requirements"}.get(kind, kind))))
