@@ -1,16 +1,14 @@
 # SPDX-License-Identifier: MIT
-"""Batches of variants. The same numbers make the same variants, on every machine that has the same
-programs."""
+"""Batches of variants. The same numbers make the same variants, as long as the programs that write
+the originals stay the same."""
 
 import collections
 import concurrent.futures
-import contextlib
 import copy
 import os
-import shutil
-import tempfile
 
 import container
+import corpus
 import judge
 import mutator
 import randomness
@@ -19,35 +17,26 @@ import seeds
 SIZE = 1000  # variants in a batch
 
 
-def scratch_parent():
-    """A file system in memory, if there is one."""
-    return "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+class Originals:
+    """What the variants are made of: the packages of honest programs, and the constructions in
+    which verify finds no error."""
 
+    def __init__(self):
+        with judge.scratch_folder() as folder:
+            self.honest = {name: container.parse(package)
+                           for name, package in seeds.packages(judge.KRADDON, folder)}
+        constructed = corpus.archives(self.honest["ours"])
+        self.constructed = {name: constructed[name] for name in judge.passing(
+            (name, archive.pack()) for name, archive in constructed.items())}
 
-@contextlib.contextmanager
-def scratch_folder():
-    folder = tempfile.mkdtemp(prefix="kraddon-zoo-", dir=scratch_parent())
-    try:
-        yield folder
-    finally:
-        shutil.rmtree(folder, ignore_errors=True)
-
-
-def originals():
-    """The faultless packages that can be taken apart, by name."""
-    with scratch_folder() as folder:
-        return {name: container.parse(package)
-                for name, package in seeds.packages(judge.KRADDON, folder)
-                if b"PK\6\6" not in package}
-
-
-def variant(archives, seed, batch, number):
-    """The bytes of a variant, and how it was made."""
-    pick = randomness.source(seed, batch, number)
-    name = pick.choice(sorted(archives))
-    archive = copy.deepcopy(archives[name])
-    done = mutator.mutate(archive, pick)
-    return archive.pack(), [name, *done]
+    def variant(self, seed, batch, number):
+        """The bytes of a variant, and how it was made."""
+        pick = randomness.source(seed, batch, number)
+        archives = self.honest if pick.random() < 0.7 else self.constructed
+        name = pick.choice(sorted(archives))
+        archive = copy.deepcopy(archives[name])
+        done = mutator.mutate(archive, pick)
+        return archive.pack(), [name, *done]
 
 
 class Outcome:
@@ -66,28 +55,22 @@ class Outcome:
         self.disagreements.update(other.disagreements)
 
 
-def run_batch(archives, readers, seed, batch, size=SIZE):
+def run_batch(originals, readers, seed, batch, size):
     """Makes the variants of a batch, and has them judged."""
-    outcome, made = Outcome(), {}
-    with scratch_folder() as folder:
-        for number in range(size):
-            package, how = variant(archives, seed, batch, number)
-            name = "%d.kraddon" % number
-            made[name] = how
-            with open(os.path.join(folder, name), "wb") as file:
-                file.write(package)
-        passed, disagreements, refused = judge.judge(list(made), readers, folder)
-    outcome.variants, outcome.passed = len(made), len(passed)
-    outcome.refused.update(refused)
-    for name, texts in disagreements.items():
-        outcome.disagreements[batch, int(name.split(".")[0])] = (made[name], texts)
+    made = {number: originals.variant(seed, batch, number) for number in range(size)}
+    verdict = judge.judge(((number, package) for number, (package, _) in made.items()), readers)
+    outcome = Outcome()
+    outcome.variants, outcome.passed = verdict.count, len(verdict.passed)
+    outcome.refused.update(reader for _, reader in verdict.refusals)
+    for number, texts in verdict.disagreements.items():
+        outcome.disagreements[batch, number] = (made[number][1], texts)
     return outcome
 
 
-def run(archives, readers, seed, batches, size=SIZE):
+def run(originals, readers, seed, batches, size=SIZE):
     """Runs batches side by side; yields each with its number when it is done."""
     with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as pool:
-        waiting = {pool.submit(run_batch, archives, readers, seed, batch, size): batch
+        waiting = {pool.submit(run_batch, originals, readers, seed, batch, size): batch
                    for batch in batches}
         for future in concurrent.futures.as_completed(waiting):
             yield waiting[future], future.result()

@@ -202,38 +202,63 @@ def content_of(local):
 
 
 def parse(data):
-    """The records of a faultless file without ZIP64 end records."""
+    """The records of a faultless file."""
     at = data.rindex(END)
-    count, _, start, length = struct.unpack_from("<H2LH", data, at + 10)
-    archive = Archive([], [], End(comment=data[at + 22:at + 22 + length]))
-    position = start
-    for _ in range(count):
-        values = struct.unpack_from("<4s6H3L5H2L", data, position)
-        (_, made_by, need, flags, method, time, date, crc, packed_size, size, names, extras,
-         comments, disk, internal, external, offset) = values
-        name_at = position + 46
-        extra_at, position = name_at + names, name_at + names + extras + comments
-        archive.directory.append(Central(
-            data[name_at:extra_at], None, method, crc, size, packed_size, made_by, need, flags,
-            time, date, disk, internal, external, data[extra_at:extra_at + extras],
-            data[extra_at + extras:position], offset))
-    _parse_bodies(archive, data, start)
+    here, total, size, start, length = struct.unpack_from("<2H2LH", data, at + 8)
+    end = End(comment=data[at + 22:at + 22 + length])
+    archive = Archive([], [], end)
+    if data[at - 20:at - 16] == LOCATOR:
+        wide, = struct.unpack_from("<Q", data, at - 12)
+        end.zip64, end.here, end.total, end.size, end.offset = {}, here, total, size, start
+        end.zip64["made_by"], end.zip64["need"] = struct.unpack_from("<2H", data, wide + 12)
+        total, _, start = struct.unpack_from("<3Q", data, wide + 32)
+    position, places = start, []
+    for _ in range(total):
+        central, offset, position = _parse_entry(data, position)
+        archive.directory.append(central)
+        places.append((offset, central))
+    places.sort(key=lambda place: place[0])
+    for (offset, central), next_offset in zip(places, [*(at for at, _ in places[1:]), start]):
+        central.local = _parse_record(data, offset, next_offset, central)
+        archive.body.append(central.local)
     return archive
 
 
-def _parse_bodies(archive, data, start):
-    ordered = sorted(archive.directory, key=lambda central: central.offset)
-    ends = [central.offset for central in ordered[1:]] + [start]
-    for central, end in zip(ordered, ends):
-        (_, need, flags, method, time, date, crc, packed_size, size, names,
-         extras) = struct.unpack_from("<4s5H3L2H", data, central.offset)
-        name_at = central.offset + 30
-        data_at = name_at + names + extras
-        data_end = data_at + central.packed_size
-        local = Local(data[name_at:name_at + names], data[data_at:data_end], method, crc, size,
-                      packed_size, need, flags, time, date, data[name_at + names:data_at],
-                      descriptor=data[data_end:end])
-        if packed_size == len(local.data):
-            local.packed_size = None
-        central.local, central.offset = local, None
-        archive.body.append(local)
+def wide_values(extra, *values):
+    """The values, from the ZIP64 field where they are full."""
+    while len(extra) >= 4:
+        number, length = struct.unpack_from("<2H", extra)
+        if number == 1:
+            places = iter(struct.iter_unpack("<Q", extra[4:4 + length // 8 * 8]))
+            return [next(places)[0] if value == FULL32 else value for value in values]
+        extra = extra[4 + length:]
+    return list(values)
+
+
+def _parse_entry(data, position):
+    """An entry of the directory, where it leads, and where the next one begins."""
+    values = struct.unpack_from("<4s6H3L5H2L", data, position)
+    (_, made_by, need, flags, method, time, date, crc, packed_size, size, names, extras, comments,
+     disk, internal, external, offset) = values
+    name_at = position + 46
+    extra_at, end = name_at + names, name_at + names + extras + comments
+    central = Central(data[name_at:extra_at], None, method, crc, size, packed_size, made_by, need,
+                      flags, time, date, disk, internal, external,
+                      data[extra_at:extra_at + extras], data[extra_at + extras:end])
+    if offset == FULL32:
+        central.offset = offset
+    return central, wide_values(central.extra, size, packed_size, offset)[2], end
+
+
+def _parse_record(data, at, end, central):
+    (_, need, flags, method, time, date, crc, packed_size, size, names,
+     extras) = struct.unpack_from("<4s5H3L2H", data, at)
+    name_at = at + 30
+    data_at = name_at + names + extras
+    data_end = data_at + wide_values(central.extra, central.size, central.packed_size)[1]
+    local = Local(data[name_at:name_at + names], data[data_at:data_end], method, crc, size,
+                  packed_size, need, flags, time, date, data[name_at + names:data_at],
+                  descriptor=data[data_end:end])
+    if packed_size == len(local.data):
+        local.packed_size = None
+    return local

@@ -8,10 +8,11 @@ import corpus_items
 import corpus_structure
 
 
-def packages(original):
-    """Yields names and packages, all made from one faultless archive."""
+def archives(original):
+    """The archives that the constructions make of a faultless one, by name."""
     assert corpus_items and corpus_structure  # which register theirs
+    made = {}
     for name, change in constructions.CONSTRUCTIONS.items():
-        archive = copy.deepcopy(original)
-        change(archive)
-        yield name, archive.pack()
+        made[name] = copy.deepcopy(original)
+        change(made[name])
+    return made

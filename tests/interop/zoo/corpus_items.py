@@ -109,8 +109,8 @@ def marks_of_a_folder_on_a_file(archive, made_by, mode, bits):
 
 @construction(*((system << 8 | 20, mode) for system in (0, 1, 2, 3, 4, 5, 6, 7, 10, 11, 14, 16, 18,
                                                         19, 20, 30, 255)
-                for mode in (LINK, 0o060600, 0o010600, 0o140755)))
-def mode_of_a_link_or_device(archive, made_by, mode):
+                for mode in (LINK, 0o060600, 0o010600, 0o140755, 0o104755, 0o102755)))
+def mode_of_another_kind(archive, made_by, mode):
     _, central = archive.named(FILE)
     central.made_by, central.external = made_by, mode << 16
 
@@ -191,7 +191,8 @@ def item_beside_the_others(archive, name):
     archive.add(name, HIDDEN)
 
 
-@construction(b"files/e\xcc\x81.m", b"files/\xc3\xa9.m", b"\xc3\xa9.txt", b"files/\xed\xa0\x80.m",
+@construction(b"\xef\xbb\xbffiles/new.m", b"\xef\xbb\xbf_rels/.rels", b"files/\xef\xbb\xbfnew.m",
+              b"files/e\xcc\x81.m", b"files/\xc3\xa9.m", b"\xc3\xa9.txt", b"files/\xed\xa0\x80.m",
               b"files/\xc3.m", b"files/\xe2\x84\xaa.m", b"\xe2\x80\xae.m", b"files/\xe2\x80\xa8.m")
 def item_with_a_name_in_utf8(archive, name):
     archive.add(name, HIDDEN, flags=UTF8)

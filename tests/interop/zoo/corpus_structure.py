@@ -80,15 +80,29 @@ def descriptor(archive, where, name, zeros, kind):
     assert central.size
 
 
-@construction(*((name, wide, extra) for name in (FILE, OTHER) for wide in (True, False)
-                for extra in (True, False)))
-def descriptor_with_full_sizes(archive, name, wide, extra):
+@construction(*((name, zeros, kind) for name in (b"files/lib/", b"x/") for zeros in (True, False)
+                for kind in ("marked", "bare", "wide")))
+def descriptor_of_a_folder(archive, name, zeros, kind):
+    local, central = archive.add(name)
+    archive.body.insert(0, archive.body.pop())
+    central.external = 0o040755 << 16 | 0x10
+    local.descriptor = described_data(local, kind != "bare", kind == "wide")
+    for header in (local, central):
+        header.flags |= DESCRIPTOR
+    if not zeros:
+        local.size = local.packed_size = FULL32
+
+
+@construction(*((name, wide, extra, crc) for name in (FILE, OTHER) for wide in (True, False)
+                for extra in (True, False) for crc in (True, False)))
+def descriptor_with_full_sizes(archive, name, wide, extra, crc):
     local, central = archive.named(name)
     local.descriptor = described_data(local, True, wide)
     for header in (local, central):
         header.flags |= DESCRIPTOR
     local.size = local.packed_size = FULL32
-    local.crc = 0
+    if not crc:
+        local.crc = 0
     if extra:
         local.extra += field(1, bytes(16))
 

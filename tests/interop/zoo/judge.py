@@ -1,10 +1,14 @@
 # SPDX-License-Identifier: MIT
 """Whether all readers see in a package what kraddon sees."""
 
+import contextlib
+import dataclasses
 import json
 import os
 import re
+import shutil
 import subprocess
+import tempfile
 
 import readers_of_zip
 
@@ -64,9 +68,9 @@ def complaints_about(parts, reading):
         yield "%r: missing" % name
 
 
-def complaints(package, parts, readings):
+def complaints(parts, readings):
     """The disagreements about a package, as texts; none if all readers that accept it agree.
-    `readings` holds those of the package by reader."""
+    `parts` is what kraddon finds in it, `readings` what the readers find, by reader."""
     if parts is None:
         return ["kraddon: list fails, though verify finds no error"]
     found, views = [], {}
@@ -82,19 +86,58 @@ def complaints(package, parts, readings):
     return found
 
 
-def judge(packages, readers, cwd=None):
-    """Verifies packages, and has the readers read those without an error. Returns the findings of
-    the latter, the disagreements by package, and how many each reader refused."""
-    passed = verified(packages, cwd)
-    parts = {package: parts_of(package, cwd) for package in passed}
-    readings = {name: readers_of_zip.read(reader, passed, cwd)
-                for name, reader in readers.items()}
-    disagreements, refused = {}, {}
-    for package in passed:
-        of_package = {name: found[package] for name, found in readings.items()}
-        texts = complaints(package, parts[package], of_package)
-        if texts:
-            disagreements[package] = texts
-        for name, reading in of_package.items():
-            refused[name] = refused.get(name, 0) + (reading.refusal is not None)
-    return passed, disagreements, refused
+@dataclasses.dataclass
+class Verdict:
+    """Packages are known by the names that the caller gives them."""
+    count: int
+    passed: dict  # the ids that verify finds in a package without an error
+    disagreements: dict  # texts
+    refusals: list  # pairs of a package that passed and a reader
+
+
+@contextlib.contextmanager
+def scratch_folder():
+    """A folder in memory, if there is such a file system."""
+    parent = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+    folder = tempfile.mkdtemp(prefix="kraddon-zoo-", dir=parent)
+    try:
+        yield folder
+    finally:
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+def written(folder, packages):
+    """Writes packages, given as pairs of a name and bytes; returns the names by file."""
+    names = {}
+    for number, (name, package) in enumerate(packages):
+        file = "%d.kraddon" % number
+        names[file] = name
+        with open(os.path.join(folder, file), "wb") as stream:
+            stream.write(package)
+    return names
+
+
+def passing(packages):
+    """The names of the packages in which verify finds no error."""
+    with scratch_folder() as folder:
+        names = written(folder, packages)
+        return [names[file] for file in verified(list(names), folder)]
+
+
+def judge(packages, readers):
+    """Verifies packages, given as pairs of a name and bytes, and has the readers read those without
+    an error."""
+    with scratch_folder() as folder:
+        names = written(folder, packages)
+        passed = verified(list(names), folder)
+        readings = {reader: readers_of_zip.read(command, passed, folder)
+                    for reader, command in readers.items()}
+        verdict = Verdict(len(names), {names[file]: ids for file, ids in passed.items()}, {}, [])
+        for file in passed:
+            of_package = {reader: found[file] for reader, found in readings.items()}
+            texts = complaints(parts_of(file, folder), of_package)
+            if texts:
+                verdict.disagreements[names[file]] = texts
+            verdict.refusals += [(names[file], reader) for reader, reading in of_package.items()
+                                 if reading.refusal is not None]
+        return verdict

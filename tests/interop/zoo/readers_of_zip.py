@@ -55,6 +55,11 @@ ALL = {
 }
 
 
+def chosen():
+    """The readers for a test: those of scripts/test, or the whole zoo with KRADDON_ZOO=all."""
+    return ALL if os.environ.get("KRADDON_ZOO") == "all" else QUICK
+
+
 class Reading:
     """What a reader found in a package. Names are bytes."""
 
@@ -99,9 +104,10 @@ def read(reader, packages, cwd=None):
     """Runs a reader on packages, again behind one that it does not survive; returns its readings
     by path."""
     found, waiting = {}, list(packages)
+    environment = dict(os.environ, TMPDIR=os.path.abspath(cwd)) if cwd else None
     while waiting:
         with subprocess.Popen(reader, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                              stderr=subprocess.PIPE, cwd=cwd) as process:
+                              stderr=subprocess.PIPE, cwd=cwd, env=environment) as process:
             try:
                 output, errors = process.communicate(
                     "".join(path + "\n" for path in waiting).encode(), 60 + 0.2 * len(waiting))

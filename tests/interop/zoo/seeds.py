@@ -43,14 +43,16 @@ def created(program, folder, name, files, *words):
         return file.read()
 
 
-def with_zipfile(items, to=None, force_zip64=False, folders=(), flags=zipfile.ZIP_DEFLATED):
+def with_zipfile(items, to=None, force_zip64=False, folders=(), method=zipfile.ZIP_DEFLATED):
     """What Python's zipfile makes of the items."""
     target = to if to is not None else io.BytesIO()
-    with zipfile.ZipFile(target, "w", flags) as archive:
+    with zipfile.ZipFile(target, "w") as archive:
         for name in folders:
             archive.writestr(zipfile.ZipInfo(name), b"")
         for name, content in items.items():
-            with archive.open(zipfile.ZipInfo(name), "w", force_zip64=force_zip64) as entry:
+            info = zipfile.ZipInfo(name)
+            info.compress_type = method
+            with archive.open(info, "w", force_zip64=force_zip64) as entry:
                 entry.write(content)
     return bytes(to.content) if to is not None else target.getvalue()
 
@@ -93,7 +95,8 @@ def packages(program, folder):
     yield "ours with a table", created(program, folder, "odd", ODD_FILES)
     yield "ours, stored", created(program, folder, "stored", FILES, "--level", "0")
     yield "descriptors", with_zipfile(items, Unseekable())
-    yield "stored", with_zipfile(items, flags=zipfile.ZIP_STORED)
+    yield "stored with descriptors", with_zipfile(items, Unseekable(), method=zipfile.ZIP_STORED)
+    yield "stored", with_zipfile(items, method=zipfile.ZIP_STORED)
     yield "zip64 fields", with_zipfile(items, force_zip64=True)
     yield "folders", with_zipfile(items, folders=("files/", "files/lib/", "metadata/", "_rels/"))
     for name, command in COMMANDS.items():

@@ -3,7 +3,7 @@
 lies there afterwards."""
 
 import os
-import subprocess
+import shutil
 import sys
 import tempfile
 
@@ -16,18 +16,34 @@ ACCEPTED = {"unzip": (0, 1), "busybox": (0,)}
 
 program = sys.argv[1]
 environment = dict(os.environ, LC_ALL="C.UTF-8")
+folder = tempfile.mkdtemp(prefix="zoo-")
+output = os.path.join(folder, "output")
+files = [(os.POSIX_SPAWN_OPEN, 0, os.devnull, os.O_RDONLY, 0),
+         (os.POSIX_SPAWN_OPEN, 1, output, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600),
+         (os.POSIX_SPAWN_DUP2, 1, 2)]
+
+
+def run(*words):
+    """Faster than subprocess; most of the time of the zoo is spent here."""
+    process = os.posix_spawnp(words[0], words, environment, file_actions=files)
+    return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
 
 
 def read(path):
-    with tempfile.TemporaryDirectory(prefix="zoo-") as folder:
-        target = os.path.join(folder, "a", "b", "c")
-        os.makedirs(target)
-        outcome = subprocess.run(
-            [*COMMANDS[program], os.path.abspath(path), "-d", target], stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, env=environment)
-        if outcome.returncode not in ACCEPTED[program]:
-            raise protocol.Refused("%d: %r" % (outcome.returncode, outcome.stdout[-150:]))
+    # Names with '..' should lead to a folder of this reader.
+    target = os.path.join(folder, "a", "b", "c")
+    os.makedirs(target)
+    try:
+        code = run(*COMMANDS[program], os.path.abspath(path), "-d", target)
+        if code not in ACCEPTED[program]:
+            with open(output, "rb") as file:
+                raise protocol.Refused("%d: %r" % (code, file.read()[-150:]))
         yield from disk.items(target)
+    finally:
+        shutil.rmtree(os.path.join(folder, "a"))
 
 
-protocol.serve(read)
+try:
+    protocol.serve(read)
+finally:
+    shutil.rmtree(folder)
