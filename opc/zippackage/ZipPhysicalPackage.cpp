@@ -13,11 +13,11 @@
 #include <vector>
 
 #include "opc/Exception.h"
+#include "opc/PackageTarget.h"
 #include "opc/Text.h"
 #include "opc/zippackage/ItemInfoOf.h"
 #include "opc/zippackage/detail/AddedItem.h"
 #include "opc/zippackage/detail/PackageContent.h"
-#include "opc/zippackage/detail/PackageTarget.h"
 #include "opc/zippackage/detail/PendingContent.h"
 #include "opc/zippackage/detail/ZipCommit.h"
 
@@ -120,9 +120,9 @@ void requireItemName(const std::string& name) {
 struct ZipPhysicalPackage::Session {
   std::string path;
   OpenMode mode = OpenMode::Read;
-  std::optional<detail::PackageTarget> target;  // when it may be written
-  std::unique_ptr<detail::OpenedPackage> old;   // null for a new package
-  std::vector<bool> removed;                    // an element an item of `old`
+  std::optional<PackageTarget> target;         // when it may be written
+  std::unique_ptr<detail::OpenedPackage> old;  // null for a new package
+  std::vector<bool> removed;                   // an element an item of `old`
   std::unique_ptr<detail::PendingStore> store;
   std::deque<detail::AddedItem> added;
 
@@ -197,7 +197,7 @@ std::unique_ptr<ZipPhysicalPackage::Session> ZipPhysicalPackage::openNew() const
 }
 
 void ZipPhysicalPackage::prepareForWriting(Session& session) const {
-  session.target = detail::PackageTarget::resolve(session.path);
+  session.target = PackageTarget::resolve(session.path);
   session.target->requireWritableFolder();
   const std::string folder = toUtf8(temporaryFolder_);
   session.store =

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "opc/FileDescriptor.h"
-#include "opc/zippackage/detail/PackageTarget.h"
+#include "opc/PackageTarget.h"
 
 namespace opc::zippackage::detail {
 

@@ -4,9 +4,9 @@
 #include <functional>
 #include <string>
 
+#include "opc/PackageTarget.h"
 #include "opc/zippackage/PackageFile.h"
 #include "opc/zippackage/detail/OutputFile.h"
-#include "opc/zippackage/detail/PackageTarget.h"
 
 namespace opc::zippackage::detail {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/detail/PackageTarget.h"
+#include "opc/PackageTarget.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@
 
 #include "opc/Exception.h"
 
-namespace opc::zippackage::detail {
+namespace opc {
 namespace {
 
 constexpr int kMostLinks = 40;  // As many as the kernel follows.
@@ -78,4 +78,4 @@ void PackageTarget::requireWritableFile() const {
   requireAccess(path(), W_OK, "cannot write to file");
 }
 
-}  // namespace opc::zippackage::detail
+}  // namespace opc

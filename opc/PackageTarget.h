@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace opc::zippackage::detail {
+namespace opc {
 
 /// The place that a new package file goes to.
 struct PackageTarget {
@@ -23,4 +23,4 @@ struct PackageTarget {
   void requireWritableFile() const;
 };
 
-}  // namespace opc::zippackage::detail
+}  // namespace opc

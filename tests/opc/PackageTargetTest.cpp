@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/zippackage/detail/PackageTarget.h"
+#include "opc/PackageTarget.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,8 @@
 #include "tests/opc/zippackage/PackageFixture.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace opc::zippackage {
+namespace opc {
 namespace {
-
-using detail::PackageTarget;
 
 namespace fs = std::filesystem;
 
@@ -77,4 +75,4 @@ TEST_F(PackageTargets, InTheRootHaveOneSlash) {
 }
 
 }  // namespace
-}  // namespace opc::zippackage
+}  // namespace opc
