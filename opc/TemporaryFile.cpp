@@ -33,17 +33,29 @@ std::string randomLetters() {
 }  // namespace
 
 std::string temporaryName(std::string_view name) {
+  return temporaryName(name, randomLetters());
+}
+
+std::string temporaryName(std::string_view name, std::string_view letters) {
   constexpr std::size_t kMostBytes = 255;
-  return "." + std::string(clipUtf8(name, kMostBytes - kAround)) + "." + randomLetters() +
-         std::string(kEnd);
+  std::string made = ".";
+  made += clipUtf8(name, kMostBytes - kAround);
+  made += ".";
+  made += letters;
+  return made += kEnd;
 }
 
 bool isTemporaryName(std::string_view name) noexcept {
-  if (name.size() <= kAround || name[0] != '.' || !name.ends_with(kEnd)) return false;
+  return !lettersOfTemporaryName(name).empty();
+}
+
+std::string_view lettersOfTemporaryName(std::string_view name) noexcept {
+  if (name.size() <= kAround || name[0] != '.' || !name.ends_with(kEnd)) return {};
   name.remove_suffix(kEnd.size());
   const std::string_view letters = name.substr(name.size() - kLetters);
-  return name[name.size() - kLetters - 1] == '.' &&
-         std::all_of(letters.begin(), letters.end(), isAsciiLetterOrDigit);
+  const bool isOurs = name[name.size() - kLetters - 1] == '.' &&
+                      std::all_of(letters.begin(), letters.end(), isAsciiLetterOrDigit);
+  return isOurs ? letters : std::string_view();
 }
 
 FileDescriptor createTemporaryFile(int folder, std::string& path, int access, mode_t mode) {

@@ -13,6 +13,7 @@
 #include "addon/build/BuildError.h"
 #include "addon/build/RealPath.h"
 #include "opc/FileDescriptor.h"
+#include "opc/LockFile.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 #include "opc/Text.h"
@@ -129,7 +130,9 @@ class TreeWalk {
       const dirent* entry = ::readdir(&directory);
       if (entry == nullptr) break;
       const std::string_view name = entry->d_name;
-      if (name != "." && name != "..") entries.push_back({std::string(name), entry->d_type});
+      // A folder in which a package is locked is no fuller for that.
+      if (name == "." || name == ".." || opc::isLockName(name)) continue;
+      entries.push_back({std::string(name), entry->d_type});
     }
     if (errno != 0) throw systemError("cannot read the folder", onDisk(path), errno);
     std::sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) {

@@ -115,13 +115,13 @@ class General(kraddontest.CliTest):
         if os.geteuid() != 0:
             self.skipTest("no file can be given away")
         self.package("p.kraddon", {"a.m": "x"})
-        self.path("p.kraddon").chmod(0o6667)
+        self.path("p.kraddon").chmod(0o6777)
         self.folder.chmod(0o777)
 
         self.ok("mkdir", "p.kraddon", "e", **self.without_privilege())
 
         now = self.path("p.kraddon").stat()
-        self.assertEqual((now.st_uid, now.st_mode & 0o7777), (kraddontest.NOBODY, 0o667))
+        self.assertEqual((now.st_uid, now.st_mode & 0o7777), (kraddontest.NOBODY, 0o777))
         self.assertEqual(self.listing(), ["a.m", "e"])
 
     def test_a_package_in_a_folder_that_may_not_be_changed_stays(self):

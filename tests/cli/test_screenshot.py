@@ -188,8 +188,8 @@ class Screenshot(kraddontest.CliTest):
 
     def test_it_waits_its_turn_and_can_be_interrupted_meanwhile(self):
         before = self.path("p.kraddon").read_bytes()
-        with open(self.path("p.kraddon"), "rb") as package:
-            fcntl.flock(package, fcntl.LOCK_EX)
+        with open(self.path(".p.kraddon.change.tmp"), "wb") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
             process = subprocess.Popen([kraddontest.KRADDON, "screenshot", "p.kraddon",
                                         "shot.png"], cwd=self.folder)
             time.sleep(0.3)

@@ -16,7 +16,8 @@ from kraddontest import KRADDON
 class Signals(kraddontest.CliTest):
 
     def start(self, *words):
-        return subprocess.Popen([KRADDON, *words], cwd=self.folder, stdout=subprocess.PIPE,
+        # Quiet, since on a busy machine a command waits long enough for others to say so.
+        return subprocess.Popen([KRADDON, "-q", *words], cwd=self.folder, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, env=self.environment())
 
     def finish(self, process):
@@ -121,10 +122,15 @@ class Signals(kraddontest.CliTest):
                          ("short", "Ada", "long", "g"))
         self.assert_sound()
 
+    def locked(self, name="p.kraddon"):
+        """The lock of a package, held until it is closed."""
+        lock = open(self.path(f".{name}.change.tmp"), "wb")
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        return lock
+
     def test_a_waiting_command_can_be_interrupted(self):
         self.package("p.kraddon", {"a.m": "x"})
-        with open(self.path("p.kraddon"), "rb") as package:
-            fcntl.flock(package, fcntl.LOCK_EX)
+        with self.locked():
             process = self.start("set", "p.kraddon", "license", "text=x")
             time.sleep(0.3)
             self.assertIsNone(process.poll())
@@ -134,8 +140,7 @@ class Signals(kraddontest.CliTest):
     def test_a_waiter_works_on_the_package_that_is_there_when_its_turn_comes(self):
         self.package("p.kraddon", {"a.m": "x"})
         self.package("q.kraddon", {"b.m": "x"})
-        with open(self.path("p.kraddon"), "rb") as package:
-            fcntl.flock(package, fcntl.LOCK_EX)
+        with self.locked():
             process = self.start("set", "p.kraddon", "license", "text=x")
             time.sleep(0.3)
             os.replace(self.path("q.kraddon"), self.path("p.kraddon"))

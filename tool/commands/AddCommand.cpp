@@ -50,7 +50,8 @@ constexpr std::array kOptions{
     detail::kFollowOption,
     detail::kDryRunOption,
     detail::kTimestampOption,
-    detail::kLevelOption};
+    detail::kLevelOption,
+    detail::kLockTimeoutOption};
 
 void requirePath(const line::Invocation& invocation, std::string_view option) {
   const std::string name = fmt::format("bad value of --{}", option);

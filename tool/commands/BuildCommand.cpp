@@ -76,7 +76,8 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "no-verify", .help = "do not check the package"},
     detail::kJsonOption,
     detail::kTimestampOption,
-    detail::kLevelOption};
+    detail::kLevelOption,
+    detail::kLockTimeoutOption};
 
 /// Everything that is determined before the work begins.
 struct Task {
@@ -241,7 +242,7 @@ void print(const report::BuildResult& result, const Task& task) {
 
 /// Reports the result before the package is put in place, so that the old one stays if that fails.
 report::BuildResult build(Task& task) {
-  detail::NewPackage target(task.output, task.isForced());
+  detail::NewPackage target(task.output, task.isForced(), task.invocation);
   AddonProperties properties = propertiesOf(task.project);
   AddonPackage& package = target.open(properties, task.options.timestamp);
   fillPackage(task.project, choiceOf(task), task.rules, package);

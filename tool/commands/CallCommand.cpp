@@ -12,11 +12,12 @@
 #include "opc/Text.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/Gateways.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/HostJson.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/process/PackageLock.h"
 #include "tool/process/ReadFile.h"
 #include "tool/report/Output.h"
 
@@ -40,7 +41,8 @@ constexpr std::array kOptions{
                      .help = "the number of outputs to request (default: what the gateway allows)"},
     line::OptionSpec{.longName = "library",
                      .valueName = "FILE",
-                     .help = "the shared library (default: the program's own)"}};
+                     .help = "the shared library (default: the program's own)"},
+    detail::kLockTimeoutOption};
 
 constexpr std::string_view kDescription =
     "The gateways are addonCreatePackage, addonSetProperties, addonGetProperties, addonAddFiles, "
@@ -131,7 +133,7 @@ process::ExitCode call(const line::Invocation& invocation) {
   process::Interrupt::deferAndStopWriting();
   const std::string package = pathOf(arguments);
   std::optional<process::PackageLock> lock;
-  if (changesPackage(slot)) lock.emplace(package);
+  if (changesPackage(slot)) lock.emplace(detail::lockPackage(package, invocation));
   const auto before = opc::identityOf(package);
   const json::HostArrayPointer result = callGateway(table.entryPoints[slot], outputs, arguments);
   const bool isReplaced = opc::identityOf(package) != before;

@@ -55,7 +55,8 @@ constexpr std::array kOptions{
     detail::kFollowOption,
     line::OptionSpec{.longName = "force", .help = "replace an existing file"},
     detail::kTimestampOption,
-    detail::kLevelOption};
+    detail::kLevelOption,
+    detail::kLockTimeoutOption};
 
 std::u16string text(const line::Invocation& invocation, std::string_view option,
                     std::string_view otherwise = {}) {
@@ -93,7 +94,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   auto options = detail::writeOptionsOf(invocation);
   AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());
 
-  detail::NewPackage target(operands[0], invocation.has("force"));
+  detail::NewPackage target(operands[0], invocation.has("force"), invocation);
   std::vector<SourceFile> files;
   if (operands.size() > 1) detail::SourceFinder(invocation).collect(operands[1], "", files);
   storeFiles(files, false, target.open(properties, options.timestamp), process::Interrupt::check);

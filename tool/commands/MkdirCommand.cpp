@@ -23,7 +23,8 @@ constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
     line::OperandSpec{.name = "PATH", .help = "the folders to create", .isRepeatable = true}};
 
-constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
+                              detail::kLockTimeoutOption};
 
 process::ExitCode run(const line::Invocation& invocation) {
   const auto& operands = invocation.operands();

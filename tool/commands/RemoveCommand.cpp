@@ -31,7 +31,7 @@ constexpr std::array kOperands{
                       .isRepeatable = true}};
 
 constexpr std::array kOptions{detail::kGlobOption, detail::kDryRunOption, detail::kTimestampOption,
-                              detail::kLevelOption};
+                              detail::kLevelOption, detail::kLockTimeoutOption};
 
 /// The topmost entries to remove, each with everything below it; "/" stands for everything in the
 /// root.

@@ -38,7 +38,7 @@ constexpr std::array kOptions{
                      .shortName = 'o',
                      .valueName = "FILE",
                      .help = "where to write the stored image; - is standard output"},
-    detail::kTimestampOption, detail::kLevelOption};
+    detail::kTimestampOption, detail::kLevelOption, detail::kLockTimeoutOption};
 
 constexpr std::size_t kBufferSize = std::size_t{256} << 10;
 
@@ -83,6 +83,7 @@ std::string defaultOutput(const std::string& package, const std::string& part) {
 void writeOut(const line::Invocation& invocation) {
   refuse(invocation, "timestamp", "it needs IMAGE");
   refuse(invocation, "level", "it needs IMAGE");
+  refuse(invocation, "lock-timeout", "it needs IMAGE");
   const std::string& path = invocation.operands()[0];
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
   const std::string part = addon::packaging::screenshotPart(*package);

@@ -43,7 +43,8 @@ constexpr std::array kOperands{
                       .isRepeatable = true,
                       .choicesAfter = assignmentsAfter}};
 
-constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
+                              detail::kLockTimeoutOption};
 
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 

@@ -30,7 +30,8 @@ constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
     line::OperandSpec{.name = "DOCUMENT", .isRepeatable = true, .choices = removableNames}};
 
-constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption};
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
+                              detail::kLockTimeoutOption};
 
 constexpr std::string_view kScreenshot = "screenshot";
 constexpr std::string_view kProperties = "properties";

@@ -1,46 +1,56 @@
 // SPDX-License-Identifier: MIT
 #include "tool/process/PackageLock.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
+#include <fmt/format.h>
 
-#include <cerrno>
-
-#include "opc/FileIdentity.h"
-#include "opc/SystemCall.h"
+#include "opc/Exception.h"
+#include "opc/PackageTarget.h"
+#include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 
 namespace tool::process {
 
 namespace {
 
-/// False when the file system knows no locks.
-bool waitForLock(int descriptor) {
-  while (::flock(descriptor, LOCK_EX) != 0) {
-    if (errno != EINTR) return false;
-    Interrupt::check();
-  }
-  return true;
-}
+using namespace std::chrono_literals;
 
-bool isStillAt(const std::string& path, int descriptor) {
-  struct stat locked {};
-  struct stat named {};
-  if (::fstat(descriptor, &locked) != 0 || ::stat(path.c_str(), &named) != 0) return false;
-  return opc::FileIdentity(locked) == opc::FileIdentity(named);
+constexpr auto kPatience = 1s;
+
+/// Empty if there is no such folder.
+std::string placeOf(const std::string& path) {
+  try {
+    return opc::PackageTarget::resolve(path).path();
+  } catch (const opc::Exception&) {
+    return {};
+  }
 }
 
 }  // namespace
 
-PackageLock::PackageLock(const std::string& path) {
-  while (true) {
-    // Not blocking: opening a named pipe would wait for a writer.
-    file_.reset(opc::uninterrupted(
-        [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
-    if (!file_ || !waitForLock(file_.get())) return;
-    if (isStillAt(path, file_.get())) return;
+PackageLock::PackageLock(const std::string& path, std::chrono::seconds limit,
+                         const std::function<void()>& notify) {
+  const std::string place = path.empty() ? std::string() : placeOf(path);
+  if (place.empty()) return;
+  bool isNotified = false;
+  const auto waiting = [&](opc::LockFile::Clock::duration waited) {
     Interrupt::check();
+    if (isNotified || waited < kPatience) return;
+    isNotified = true;
+    notify();
+  };
+  lock_.take(place, opc::LockFile::Kind::Change, limit, waiting);
+  switch (lock_.state()) {
+    case opc::LockFile::State::Busy:
+      throw Failure(sentence("cannot lock package", path,
+                             fmt::format("another command is still changing it after {} {}",
+                                         limit.count(), limit == 1s ? "second" : "seconds")),
+                    "--lock-timeout SECONDS waits longer");
+    case opc::LockFile::State::Closed: {
+      Failure failure = systemFailure("cannot open lock file", lock_.path(), lock_.number());
+      throw Failure(failure.what(), "remove it if no other command is changing the package");
+    }
+    default:
+      break;
   }
 }
 

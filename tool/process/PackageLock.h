@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <string>
 
-#include "opc/FileDescriptor.h"
+#include "opc/LockFile.h"
 
 namespace tool::process {
 
@@ -11,13 +13,15 @@ namespace tool::process {
 /// programs that use it too are affected.
 class PackageLock {
  public:
-  /// Waits until the package at `path` is free, and locks it, or the new one if it was replaced
-  /// meanwhile. If it does not exist, or cannot be opened or locked, does nothing: the command
-  /// itself will report that. Throws Interrupted while it waits.
-  explicit PackageLock(const std::string& path);
+  /// Waits until the package at `path`, which may be a link to it and need not exist, is free, and
+  /// locks it. Calls `notify` once if that takes longer than a second. Throws Failure after
+  /// `limit`, and Interrupted. If there is no such folder, or nothing can be created in it, does
+  /// nothing: the command itself will report that.
+  PackageLock(const std::string& path, std::chrono::seconds limit,
+              const std::function<void()>& notify);
 
  private:
-  opc::FileDescriptor file_;
+  opc::LockFile lock_;
 };
 
 }  // namespace tool::process

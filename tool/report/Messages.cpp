@@ -49,8 +49,12 @@ void printLackOfMemory(std::string_view command) noexcept {
 }
 
 void printWarning(const line::Invocation& invocation, std::string_view message) {
+  printNotice(invocation, fmt::format("warning: {}", message));
+}
+
+void printNotice(const line::Invocation& invocation, std::string_view message) {
   if (invocation.settings().isQuiet) return;
-  printToStandardError(line(invocation.command().name, fmt::format("warning: {}", message)));
+  printToStandardError(line(invocation.command().name, message));
 }
 
 }  // namespace tool::report

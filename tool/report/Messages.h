@@ -19,6 +19,9 @@ void printLackOfMemory(std::string_view command) noexcept;
 /// Prints "kraddon: `command`: warning: `message`" in the same way, unless --quiet is set.
 void printWarning(const line::Invocation& invocation, std::string_view message);
 
+/// Prints "kraddon: `command`: `message`" in the same way, unless --quiet is set.
+void printNotice(const line::Invocation& invocation, std::string_view message);
+
 /// Prints text unchanged to standard error. Errors are ignored, since there is nowhere to report
 /// them.
 void printToStandardError(std::string_view text) noexcept;

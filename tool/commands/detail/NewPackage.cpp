@@ -7,7 +7,6 @@
 
 #include "addon/packaging/AddonProperties.h"
 #include "tool/process/Errors.h"
-#include "tool/process/Interrupt.h"
 #include "tool/report/Output.h"
 #include "tool/report/Progress.h"
 
@@ -16,12 +15,6 @@ namespace tool::commands::detail {
 using addon::packaging::AddonPackage;
 
 namespace {
-
-/// Signals are deferred while waiting for the lock, so that an interrupt ends the wait cleanly.
-const std::string& deferInterrupts(const std::string& path) {
-  process::Interrupt::defer();
-  return path;
-}
 
 void setTimes(AddonPackage& package, std::int64_t seconds) {
   auto properties = package.coreProperties().getCoreProperties();
@@ -32,8 +25,8 @@ void setTimes(AddonPackage& package, std::int64_t seconds) {
 
 }  // namespace
 
-NewPackage::NewPackage(const std::string& path, bool replaces)
-    : path_{path}, replaces_(replaces), lock_(deferInterrupts(path)) {
+NewPackage::NewPackage(const std::string& path, bool replaces, const line::Invocation& invocation)
+    : path_{path}, replaces_(replaces), lock_(lockPackage(path, invocation)) {
   requireFreePlace(path, replaces);
 }
 

@@ -16,7 +16,7 @@ class NewPackage {
  public:
   /// Defers signals (Interrupt::defer). Throws Failure if something exists that must not be
   /// replaced: with `replaces`, anything but a writable file; without it, anything.
-  NewPackage(const std::string& path, bool replaces);
+  NewPackage(const std::string& path, bool replaces, const line::Invocation& invocation);
 
   /// The open package with the properties. Its times of creation and change are the given time, or
   /// else now.

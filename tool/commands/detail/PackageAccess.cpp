@@ -16,7 +16,6 @@
 #include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
-#include "tool/process/PackageLock.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Progress.h"
 
@@ -79,6 +78,18 @@ opc::zippackage::WriteOptions writeOptionsOf(const line::Invocation& invocation)
   return options;
 }
 
+process::PackageLock lockPackage(const std::string& path, const line::Invocation& invocation) {
+  constexpr std::int64_t kUsual = 60;
+  constexpr std::int64_t kLongest = 1'000'000;
+  const std::chrono::seconds limit(
+      invocation.number(kLockTimeoutOption.longName, 0, kLongest).value_or(kUsual));
+  if (!process::Interrupt::isDeferred()) process::Interrupt::defer();
+  return process::PackageLock(path, limit, [&] {
+    report::printNotice(invocation, process::sentence("waiting for package", path,
+                                                      "another command is changing it"));
+  });
+}
+
 void warnOfForeign(AddonPackage& package, const std::string& path,
                    const line::Invocation& invocation) {
   if (invocation.settings().isQuiet) return;
@@ -94,8 +105,7 @@ void warnOfForeign(AddonPackage& package, const std::string& path,
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
                    const line::Invocation& invocation,
                    const std::function<void(AddonPackage&)>& change) {
-  process::Interrupt::defer();
-  const process::PackageLock lock(path);
+  const process::PackageLock lock = lockPackage(path, invocation);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
   opc::model::Package& logical = package->logicalPackage();
   const std::vector<std::string> strays = logical.strayItems();

@@ -12,6 +12,7 @@
 #include "addon/packaging/AddonPackage.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "tool/line/Arguments.h"
+#include "tool/process/PackageLock.h"
 
 namespace tool::commands::detail {
 
@@ -23,6 +24,10 @@ std::u16string toUtf16(std::string_view what, const std::string& text);
 
 std::unique_ptr<AddonPackage> openForReading(const std::string& path);
 std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
+
+/// Locks the package at `path` against other commands, and waits for as long as --lock-timeout
+/// says. Defers signals (Interrupt::defer), so that an interrupt ends the wait cleanly.
+process::PackageLock lockPackage(const std::string& path, const line::Invocation& invocation);
 
 /// Warns, unless --quiet is set, if a package without files is not an add-on either.
 void warnOfForeign(AddonPackage& package, const std::string& path,

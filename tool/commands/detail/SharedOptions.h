@@ -33,4 +33,9 @@ inline constexpr line::OptionSpec kLevelOption{
     .valueName = "0..9",
     .help = "compression level; 0 only stores (default: 6)"};
 
+inline constexpr line::OptionSpec kLockTimeoutOption{
+    .longName = "lock-timeout",
+    .valueName = "SECONDS",
+    .help = "how long to wait for other commands that change the package (default: 60)"};
+
 }  // namespace tool::commands::detail
