@@ -82,7 +82,6 @@ std::u16string codeUnits(std::string_view bytes) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   std::string_view input = fuzz::textOf(data, size);
   const std::size_t choice = fuzz::takeChoice(input, 2 * kChecks.size());
   const bool isWide = choice >= kChecks.size();

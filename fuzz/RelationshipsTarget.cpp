@@ -80,7 +80,6 @@ void checkAdding(const char* source, RelationshipSet& set) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view input = fuzz::textOf(data, size);
   const char* source = kSources[fuzz::takeChoice(input, kSources.size())];
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   auto set = fuzz::unlessRefused([&] { return read(source, input); });
   if (!set) return 0;
 

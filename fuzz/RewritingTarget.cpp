@@ -104,7 +104,6 @@ const test::TemporaryFolder& folder() {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   const std::string file = folder() / "p.kraddon";
   const std::u16string path = opc::fromUtf8(file);
   test::writeFile(file, fuzz::textOf(data, size));

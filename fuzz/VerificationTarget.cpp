@@ -56,7 +56,6 @@ void readAll(const std::string& path) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const opc::model::XercesGuard guard;  // starting Xerces-C takes longer than one input
   static const fuzz::MemoryFile file;
   file.fill(fuzz::textOf(data, size));
 

@@ -2,11 +2,13 @@
 #include "gateway/FunctionTable.h"
 
 #include <cstddef>
+#include <exception>
 #include <iterator>
 
 #include "gateway/DocumentGateways.h"
 #include "gateway/FileGateways.h"
 #include "gateway/PackageGateways.h"
+#include "opc/model/XercesHelper.h"
 
 namespace {
 
@@ -44,6 +46,16 @@ constexpr HostFunctionTable kTable = {
     kBuildTimeStamp,
     std::size(kEntryPoints),
 };
+
+// The host knows when it loads the library, and may use Xerces-C itself, of which no two starts may
+// happen at the same time.
+[[gnu::constructor]] void startXerces() noexcept {
+  try {
+    const opc::model::XercesGuard guard;
+  } catch (const std::exception&) {
+    // The first call tries again.
+  }
+}
 
 static_assert(std::size(kEntryPoints) == 20);
 static_assert(sizeof(HostFunctionTable) == 32);

@@ -18,7 +18,6 @@ namespace {
 using namespace addon::packaging;
 using opc::model::DocumentPointer;
 using opc::model::ParserPointer;
-using opc::model::XercesGuard;
 using opc::model::XercesHelper;
 using xercesc::DOMElement;
 using xercesc::DOMNode;

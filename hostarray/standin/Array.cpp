@@ -11,7 +11,7 @@
 
 namespace hostarray::standin {
 
-std::size_t liveArrayCount = 0;
+std::atomic<std::size_t> liveArrayCount = 0;
 
 namespace {
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -18,7 +19,7 @@ struct MemoryDeleter {
   void operator()(void* memory) const noexcept { std::free(memory); }
 };
 
-extern std::size_t liveArrayCount;
+extern std::atomic<std::size_t> liveArrayCount;
 
 }  // namespace hostarray::standin
 

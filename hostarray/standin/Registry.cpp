@@ -6,8 +6,8 @@
 
 namespace hostarray::standin {
 
-CallScope* Registry::innermost = nullptr;
-std::size_t Registry::untilFailure = 0;
+constinit thread_local CallScope* Registry::innermost = nullptr;
+constinit thread_local std::size_t Registry::untilFailure = 0;
 
 void Registry::adopt(kxArray& array) noexcept {
   if (innermost == nullptr) return;

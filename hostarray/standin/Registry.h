@@ -6,7 +6,8 @@
 
 namespace hostarray::standin {
 
-/// Which call scope frees which array. Every operation takes constant time, whatever lives.
+/// Which call scope frees which array. Every operation takes constant time, whatever lives. Each
+/// thread has scopes of its own.
 struct Registry {
   /// Puts a new array into the innermost scope; without one it belongs to its caller alone.
   static void adopt(kxArray& array) noexcept;
@@ -20,8 +21,8 @@ struct Registry {
   /// Takes a scope out of the chain of scopes.
   static void remove(const CallScope& scope) noexcept;
 
-  static CallScope* innermost;
-  static std::size_t untilFailure;  // 0: none is to fail
+  static thread_local CallScope* innermost;
+  static thread_local std::size_t untilFailure;  // 0: none is to fail
 };
 
 }  // namespace hostarray::standin

@@ -10,7 +10,8 @@ namespace hostarray::standin {
 
 /// One gateway call as the host sees it. Arrays that come into being while it lives and are owned
 /// by nobody when it ends (results of kxSubscriptedReference, what a gateway that threw has left
-/// behind) are freed then, unless they were kept. Scopes nest; one thread at a time.
+/// behind) are freed then, unless they were kept. Scopes nest; each thread has
+/// scopes of its own.
 class KX_API CallScope {
  public:
   CallScope();
@@ -34,8 +35,8 @@ class KX_API CallScope {
 /// Arrays alive in the process.
 KX_API std::size_t liveArrays() noexcept;
 
-/// Makes the `n`-th creation from now (1 is the next) fail with Korvan:outOfMemory; 0 switches it
-/// off. Creations are those of the kxCreate... functions and kxSubscriptedReference.
+/// Makes the `n`-th creation of this thread from now (1 is the next) fail with Korvan:outOfMemory;
+/// 0 switches it off. Creations are those of the kxCreate... functions and kxSubscriptedReference.
 KX_API void failCreation(std::size_t n) noexcept;
 
 }  // namespace hostarray::standin

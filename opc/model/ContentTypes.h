@@ -28,7 +28,7 @@ class ContentTypes {
     ContentType type;
   };
 
-  /// Reads the content types stream. A XercesGuard must live meanwhile.
+  /// Reads the content types stream.
   /// Throws InvalidXMLDocument; entries that break a rule go to `faults`.
   static ContentTypes read(InputStream& stream, FaultSink& faults = FaultSink::refusing());
 

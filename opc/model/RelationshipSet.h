@@ -35,7 +35,7 @@ class RelationshipSet {
   RelationshipSet(const RelationshipSet&) = delete;
   RelationshipSet& operator=(const RelationshipSet&) = delete;
 
-  /// Reads a relationships part. A XercesGuard must live meanwhile.
+  /// Reads a relationships part.
   /// Throws InvalidXMLDocument; relationships that break a rule go to `faults`.
   static RelationshipSet read(std::string sourceItemName, InputStream& stream,
                               FaultSink& faults = FaultSink::refusing());

@@ -17,9 +17,8 @@ using xercesc::DOMNode;
 using xercesc::XMLUni;
 
 xercesc::DOMImplementation& implementation() {
-  auto* found = xercesc::DOMImplementationRegistry::getDOMImplementation(u"LS");
-  if (found == nullptr) throw Exception(ErrorCode::InvalidState, "Xerces-C is not initialised");
-  return *found;
+  detail::startXerces();
+  return *xercesc::DOMImplementationRegistry::getDOMImplementation(u"LS");
 }
 
 // Collects what the serializer writes, so that nothing is handed on before it is complete.
@@ -96,13 +95,7 @@ const DOMNode* nextNode(const DOMNode* node, const DOMNode* top) {
 }  // namespace
 
 XercesGuard::XercesGuard() {
-  translatingXercesErrors("cannot start Xerces-C", [] { detail::startXerces(); });
-}
-
-XercesGuard::XercesGuard(const XercesGuard&) : XercesGuard() {}
-
-XercesGuard::~XercesGuard() {
-  detail::stopXerces();
+  detail::startXerces();
 }
 
 void XercesParserDeleter::operator()(XercesParser* parser) const {

@@ -14,13 +14,12 @@
 
 namespace opc::model {
 
-/// Keeps Xerces-C initialised while it lives. Guards nest; not safe to make on two threads at once.
+/// Keeps Xerces-C initialised while it lives. XercesHelper needs none: what uses Xerces-C first, on
+/// whichever thread, starts it, and it stays until the process ends. Throws Exception if it cannot
+/// start.
 class XercesGuard {
  public:
   XercesGuard();
-  ~XercesGuard();
-  XercesGuard(const XercesGuard&);
-  XercesGuard& operator=(const XercesGuard&) = default;
 };
 
 /// Releases DOM documents and serializers. A parser is a class of ours with a destructor.
@@ -45,7 +44,8 @@ using DocumentPointer = std::unique_ptr<xercesc::DOMDocument, XercesDeleter>;
 using WriterPointer = std::unique_ptr<xercesc::DOMLSSerializer, XercesDeleter>;
 using ParserPointer = std::unique_ptr<XercesParser, XercesParserDeleter>;
 
-/// Xerces-C behind UTF-16 strings and opc exceptions. A XercesGuard must live meanwhile.
+/// Xerces-C behind UTF-16 strings and opc exceptions. Threads may use it at the same time, with
+/// documents, parsers and writers of their own.
 struct XercesHelper {
   static constexpr std::uint64_t kMaxDocumentSize = 64u << 20;  ///< bytes
   static constexpr unsigned kMaxDepth = 256;                    ///< elements inside each other

@@ -16,6 +16,7 @@
 #include "opc/Text.h"
 #include "opc/model/XercesErrors.h"
 #include "opc/model/XmlEncoding.h"
+#include "opc/model/detail/XercesMemory.h"
 #include "opc/model/detail/XmlLimits.h"
 
 namespace opc::model {
@@ -124,7 +125,9 @@ class XercesParser::DomParser final : public xercesc::XercesDOMParser {
   bool comparesEncoding_;
 };
 
-XercesParser::XercesParser() = default;
+XercesParser::XercesParser() {
+  detail::startXerces();
+}
 XercesParser::~XercesParser() = default;
 
 xercesc::DOMDocument* XercesParser::parse(InputStream& stream) {

@@ -159,7 +159,6 @@ void store(model::Package& package, const std::optional<PartName>& existing, con
 }  // namespace
 
 CoreProperties CorePropertiesManager::getCoreProperties() {
-  const model::XercesGuard guard;  // one start for both parts
   const CorePropertiesPart core = readCorePart(package_, findCorePart(package_));
   HostPropertiesPart host = readHostPart(package_, findHostPart(package_));
   if (host.contentType.empty())
@@ -176,7 +175,6 @@ CoreProperties CorePropertiesManager::getCoreProperties() {
 }
 
 void CorePropertiesManager::setCoreProperties(const CoreProperties& properties) {
-  const model::XercesGuard guard;
   const std::optional<PartName> corePart = findCorePart(package_);
   const std::optional<PartName> hostPart = findHostPart(package_);
   CorePropertiesPart core = readCorePart(package_, corePart);

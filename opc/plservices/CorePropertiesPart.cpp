@@ -110,7 +110,6 @@ class Writer {
 }  // namespace
 
 void CorePropertiesPart::write(OutputStream& stream) const {
-  const model::XercesGuard guard;
   const model::DocumentPointer document = XercesHelper::createDocument();
   document->setXmlStandalone(true);
   Writer writer(document);
@@ -134,7 +133,6 @@ std::u16string CorePropertiesPart::dateText(DateProperty property) const {
 }
 
 CorePropertiesPart CorePropertiesPart::read(InputStream& stream, model::FaultSink& faults) {
-  const model::XercesGuard guard;
   const model::ParserPointer parser = XercesHelper::createParser();
   const xercesc::DOMDocument* document = XercesHelper::readDocumentFromStream(
       parser, stream, false, u"", std::u16string(detail::schema::kCore));

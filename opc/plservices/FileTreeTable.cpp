@@ -63,7 +63,6 @@ std::u16string FileTreeTable::namespaceURI() {
 }
 
 FileTreeTable FileTreeTable::read(InputStream& stream) {
-  const model::XercesGuard guard;
   const model::ParserPointer parser = XercesHelper::createParser();
   const xercesc::DOMElement* root =
       requireRoot(XercesHelper::readDocumentFromStream(parser, stream, false, u"", namespaceURI()));
@@ -85,7 +84,6 @@ void FileTreeTable::write(OutputStream& stream) {
   std::sort(folders.begin(), folders.end());
   std::sort(files.begin(), files.end(),
             [](const File& a, const File& b) { return a.path < b.path; });
-  const model::XercesGuard guard;
   const model::DocumentPointer document = XercesHelper::createDocument();
   xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI(), kRoot);
   for (const std::string& folder : folders) appendEntry(root, kFolder, folder);

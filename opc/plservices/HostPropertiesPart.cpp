@@ -30,7 +30,6 @@ std::u16string HostPropertiesPart::relationshipType() {
 }
 
 void HostPropertiesPart::write(OutputStream& stream) const {
-  const model::XercesGuard guard;
   const model::DocumentPointer document = XercesHelper::createDocument();
   document->setXmlStandalone(true);
   xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI(), kRoot);
@@ -42,7 +41,6 @@ void HostPropertiesPart::write(OutputStream& stream) const {
 }
 
 HostPropertiesPart HostPropertiesPart::read(InputStream& stream) {
-  const model::XercesGuard guard;
   const model::ParserPointer parser = XercesHelper::createParser();
   const xercesc::DOMDocument* document =
       XercesHelper::readDocumentFromStream(parser, stream, false, u"", namespaceURI());

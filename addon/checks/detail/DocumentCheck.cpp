@@ -130,7 +130,6 @@ void checkScreenshot(AddonPackage& package, Report& report) {
 }  // namespace
 
 void checkDocuments(AddonPackage& package, Report& report) {
-  const opc::model::XercesGuard guard;  // so that Xerces-C starts only once
   const std::vector<DocumentSchema> schemas = packaging::documentSchemas();
   for (const DocumentSchema& schema : schemas) checkDocument(package, schema, report);
   checkScreenshot(package, report);

@@ -26,7 +26,6 @@ class DocumentText {
  private:
   void findLines();
 
-  opc::model::XercesGuard guard_;  // outlives the parser
   opc::ByteBuffer bytes_;
   opc::model::ParserPointer parser_;
   const xercesc::DOMElement* root_;

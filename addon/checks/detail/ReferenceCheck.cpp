@@ -122,7 +122,6 @@ void checkNewestRevision(AddonPackage& package, Report& report) {
 }  // namespace
 
 void checkReferences(AddonPackage& package, Report& report) {
-  const opc::model::XercesGuard guard;  // so that Xerces-C starts only once
   checkThumbnail(package, report);
   checkNewestRevision(package, report);
   checkDuplicateGuids(package, report);

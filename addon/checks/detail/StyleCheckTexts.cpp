@@ -94,7 +94,6 @@ void checkHasScreenshot(AddonPackage& package, Report& report) {
 }  // namespace
 
 void checkTexts(AddonPackage& package, Report& report) {
-  const opc::model::XercesGuard guard;  // so that Xerces-C starts only once
   checkLicense(package, report);
   checkProperties(package, report);
   checkHasScreenshot(package, report);

@@ -48,7 +48,6 @@ void NamesSink::add(const FormatError& fault, std::string_view itemName) {
 }
 
 void checkPackaging(CheckedContainer& container, Report& report) {
-  const model::XercesGuard guard;  // so that Xerces-C starts only once
   Packaging packaging(container, report);
   checkContentTypesStream(packaging);
   checkPartNames(packaging);

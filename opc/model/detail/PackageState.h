@@ -85,7 +85,6 @@ class Package::State {
   void stageFront();
   interfaces::ItemIndex addText(std::string_view itemName, std::string text, bool atFront);
 
-  XercesGuard guard_;
   interfaces::IPhysicalPackage& physical_;
   interfaces::OpenMode mode_;
   PartIndex index_;

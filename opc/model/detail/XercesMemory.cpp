@@ -11,6 +11,7 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "opc/Exception.h"
+#include "opc/model/XercesErrors.h"
 
 namespace opc::model::detail {
 namespace {
@@ -36,10 +37,26 @@ class ThrowingPanicHandler final : public xercesc::PanicHandler {
   }
 };
 
-XercesMemory& memory() {
+/// Xerces-C is used until the very end of the process, so what it points to is never destroyed.
+template <typename T>
+union Lasting {
+  T value;
+
+  template <typename... Arguments>
+  explicit Lasting(Arguments... arguments) : value(arguments...) {}
+  ~Lasting() {}  // NOLINT(modernize-use-equals-default): that would be deleted
+  Lasting(const Lasting&) = delete;
+  Lasting& operator=(const Lasting&) = delete;
+};
+
+void initialise() {
+  if (isBroken) refuseBroken("it failed to start before");
   alignas(kAlignment) static std::array<unsigned char, kBlockSize> block;
-  static XercesMemory theMemory(block.data(), block.size());
-  return theMemory;
+  static Lasting<XercesMemory> memory(block.data(), block.size());
+  static Lasting<ThrowingPanicHandler> panicHandler;
+  const XercesMemory::Critical critical(memory.value);
+  xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                        &panicHandler.value, &memory.value);
 }
 
 }  // namespace
@@ -54,9 +71,8 @@ void* XercesMemory::allocate(XMLSize_t size) {
 }
 
 void XercesMemory::deallocate(void* memory) {
-  if (!isInBlock(memory)) return ::operator delete(memory);
-  // What was started with is given up at the end, all together.
-  if (--living_ == 0) used_ = 0;
+  const std::less<const void*> isBefore;
+  if (isBefore(memory, block_) || !isBefore(memory, block_ + size_)) ::operator delete(memory);
 }
 
 void* XercesMemory::takeFromBlock(std::size_t size) {
@@ -64,26 +80,16 @@ void* XercesMemory::takeFromBlock(std::size_t size) {
   unsigned char* taken = block_ + used_;
   const std::size_t rounded = (size + kAlignment - 1) / kAlignment * kAlignment;
   used_ = rounded < size_ - used_ ? used_ + rounded : size_;
-  ++living_;
   return taken;
 }
 
-bool XercesMemory::isInBlock(const void* memory) const {
-  const std::less<const void*> isBefore;
-  return !isBefore(memory, block_) && isBefore(memory, block_ + size_);
-}
-
 void startXerces() {
-  if (isBroken) refuseBroken("it failed to start before");
-  static ThrowingPanicHandler panicHandler;
-  const XercesMemory::Critical critical(memory());
-  xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                        &panicHandler, &memory());
-}
-
-void stopXerces() noexcept {
-  const XercesMemory::Critical critical(memory());
-  xercesc::XMLPlatformUtils::Terminate();
+  // The host may use Xerces-C as well, and other threads of it may be in a call. So it is never
+  // terminated. What it needs once lasts as long as the process.
+  [[maybe_unused]] static const bool isStarted = [] {
+    translatingXercesErrors("cannot start Xerces-C", initialise);
+    return true;
+  }();
 }
 
 }  // namespace opc::model::detail

@@ -6,11 +6,11 @@
 
 namespace opc::model::detail {
 
-/// The memory of Xerces-C. While it starts and stops it has no way of saying that memory ran out:
-/// it ends the process, or throws out of destructors. So both draw on a block set aside.
+/// The memory of Xerces-C. While it starts it has no way of saying that memory ran out, and ends
+/// the process. So the start draws on a block set aside.
 class XercesMemory final : public xercesc::MemoryManager {
  public:
-  /// From here to the end of its life the block is used.
+  /// From here to the end of its life the block is used; on one thread at a time.
   class Critical {
    public:
     explicit Critical(XercesMemory& memory) : memory_(memory) { memory_.isCritical_ = true; }
@@ -31,17 +31,15 @@ class XercesMemory final : public xercesc::MemoryManager {
 
  private:
   void* takeFromBlock(std::size_t size);
-  bool isInBlock(const void* memory) const;
 
   unsigned char* block_;  ///< aligned for every type
   std::size_t size_;
-  std::size_t used_ = 0;
-  std::size_t living_ = 0;  ///< allocations in the block
+  std::size_t used_ = 0;  ///< never becomes less: what the start allocates is kept
   bool isCritical_ = false;
 };
 
-/// Initialise and terminate Xerces-C; calls nest. The first throws Exception when it cannot start.
+/// Initialises Xerces-C in the first call, and does nothing in later ones. Any thread may call it.
+/// Throws Exception if Xerces-C cannot start; the next call tries again.
 void startXerces();
-void stopXerces() noexcept;
 
 }  // namespace opc::model::detail

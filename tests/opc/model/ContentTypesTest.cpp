@@ -16,7 +16,6 @@ using test::faultOf;
 namespace {
 
 ContentTypes parse(std::string_view xml) {
-  const opc::model::XercesGuard guard;
   opc::MemoryInputStream stream(reinterpret_cast<const unsigned char*>(xml.data()), xml.size());
   return ContentTypes::read(stream);
 }

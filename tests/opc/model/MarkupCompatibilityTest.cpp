@@ -17,7 +17,6 @@ namespace {
 // The ids that are left of relationships below a root with the prefixes mc, r (relationships), x
 // and y, and `attributes`.
 std::string idsOf(std::string_view attributes, std::string_view content) {
-  const opc::model::XercesGuard guard;
   const std::string xml =
       "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\""
       " xmlns:r=\"http://schemas.openxmlformats.org/package/2006/relationships\""

@@ -17,7 +17,6 @@ using test::faultOf;
 namespace {
 
 RelationshipSet parse(std::string_view xml, std::string source = {}) {
-  const opc::model::XercesGuard guard;
   opc::MemoryInputStream stream(reinterpret_cast<const unsigned char*>(xml.data()), xml.size());
   return RelationshipSet::read(std::move(source), stream);
 }

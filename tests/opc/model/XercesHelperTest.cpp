@@ -43,7 +43,6 @@ class XercesHelperTest : public testing::Test {
     return XercesHelper::appendElementNS(root_, kNamespace, name);
   }
 
-  XercesGuard guard_;
   const std::u16string kNamespace = u"urn:n";
   DocumentPointer document_ = XercesHelper::createDocument();
   xercesc::DOMElement* root_ = XercesHelper::appendElementNS(document_, kNamespace, u"root");
@@ -83,7 +82,6 @@ TEST_F(XercesHelperTest, AWriterServesSeveralDocumentsAndComesBackFromAFailure) 
 class CarriedText : public testing::TestWithParam<std::u16string> {};
 
 TEST_P(CarriedText, ComesBackFromElementsAndAttributes) {
-  const XercesGuard guard;
   const DocumentPointer document = XercesHelper::createDocument();
   xercesc::DOMElement* root = XercesHelper::appendElementNS(document, u"urn:n", u"root");
   XercesHelper::setElementText(root, GetParam());
@@ -112,7 +110,6 @@ struct Refused {
 
 class RefusedText : public testing::TestWithParam<Refused> {
  protected:
-  XercesGuard guard_;
   DocumentPointer document_ = XercesHelper::createDocument();
   xercesc::DOMElement* root_ = XercesHelper::appendElementNS(document_, u"urn:n", u"root");
 
@@ -366,7 +363,6 @@ TEST_F(XercesHelperTest, PythonReadsTheSameText) {
 }
 
 TEST(XercesHelper, AHundredThousandRecordsAreWrittenAndRead) {
-  const XercesGuard guard;
   const DocumentPointer document = XercesHelper::createDocument();
   xercesc::DOMElement* root = XercesHelper::appendElementNS(document, u"urn:n", u"revisions");
   for (int i = 0; i < 100000; ++i) {

@@ -343,7 +343,6 @@ class FailingInputStream final : public InputStream {
 };
 
 TEST(XercesParser, AFailureOfTheStreamPassesUnchanged) {
-  const XercesGuard guard;
   FailingInputStream stream;
   const ParserPointer parser = XercesHelper::createParser();
 
@@ -371,7 +370,6 @@ class EndlessInputStream final : public InputStream {
 };
 
 TEST(XercesParser, StopsReadingAtTheSizeLimit) {
-  const XercesGuard guard;
   EndlessInputStream stream;
   const ParserPointer parser = XercesHelper::createParser();
 

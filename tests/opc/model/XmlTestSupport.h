@@ -43,7 +43,6 @@ class ParsedXml {
   }
 
  private:
-  opc::model::XercesGuard guard_;
   opc::model::ParserPointer parser_ = opc::model::XercesHelper::createParser();
   xercesc::DOMDocument* document_ = nullptr;
 };

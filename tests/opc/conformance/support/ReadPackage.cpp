@@ -77,7 +77,6 @@ std::string withPackage(const std::string& bytes, OpenMode mode,
 ReadPackage readPackage(const std::string& bytes) {
   const TemporaryFolder folder;
   writeFile(folder / "p.kraddon", bytes);
-  const opc::model::XercesGuard guard;
   ZipPhysicalPackage physical((folder / "p.kraddon").u16string(), false, u"");
   Package package(physical, true);
   ReadPackage read;
