@@ -123,9 +123,10 @@ constexpr FindingInfo kFindings[] = {
      "replaces the other.",
      "Give each of them its own GUID; 'uuidgen' creates one."},
     {kFileOutsideTree, "item among the files is not a file of the tree",
-     "A part is stored where the files are but is not one of them: another file has its path, or "
-     "its name cannot be decoded. It is not extracted, and is listed only among all parts; other "
-     "programs may still show it, and take it for the file.",
+     "An item is stored where the files are but is not one of them: another file has its path, its "
+     "name cannot be decoded, it has no content type, or it holds relationships or a piece of a "
+     "part. Or the table of the file tree gives the file another path. ZIP programs unpack it all "
+     "the same, and take it for a file, so in an add-on this is an error.",
      "Remove it with a ZIP program, or rename it."},
     {kNoLicense, "no license",
      "The add-on has no license, or one without text. Without terms it may not be used or shared, "

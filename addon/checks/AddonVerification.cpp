@@ -13,7 +13,7 @@ namespace addon::checks {
 
 using opc::checks::kBadContentTypes;
 using opc::checks::Report;
-using opc::checks::verifyPackage;
+using opc::checks::verifyAs;
 
 namespace {
 
@@ -36,7 +36,7 @@ bool open(packaging::AddonPackage& package, Report& report) {
 }  // namespace
 
 Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress) {
-  Report report = verifyPackage(path, progress);
+  Report report = verifyAs(opc::checks::Subject::Addon, path, progress);
   packaging::AddonPackage package(opc::fromUtf8(path));
   if (open(package, report)) checkAddon(package, report);
   return report;

@@ -9,8 +9,8 @@
 
 namespace addon::checks {
 
-/// Runs verifyPackage(), and then checks what makes the package an add-on: documents, references
-/// and style. Throws as verifyPackage() does.
+/// Checks what verifyPackage() checks, as an add-on, and then what makes the package one:
+/// documents, references and style. Throws as verifyPackage() does.
 opc::checks::Report verifyAddon(const std::string& path,
                                 const opc::interfaces::ProgressFunction& progress = nullptr);
 

@@ -71,8 +71,9 @@ IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
 }
 
 bool IgnoreRules::ignores(FindingId id) const {
-  return std::any_of(rules_.begin(), rules_.end(),
-                     [id](const Rule& rule) { return rule.id == id && !rule.pattern; });
+  return std::any_of(rules_.begin(), rules_.end(), [id](const Rule& rule) {
+    return rule.id.number == id.number && !rule.pattern;
+  });
 }
 
 bool IgnoreRules::ignores(const Finding& finding) const {
@@ -81,7 +82,7 @@ bool IgnoreRules::ignores(const Finding& finding) const {
   if (path.starts_with('/')) path.remove_prefix(1);
   const bool isFile = path.starts_with(kFiles);
   return std::any_of(rules_.begin(), rules_.end(), [&](const Rule& rule) {
-    if (rule.id != finding.id) return false;
+    if (rule.id.number != finding.id.number) return false;
     if (!rule.pattern) return true;
     return matchesPathOrFolder(*rule.pattern, path) ||
            (isFile && matchesPathOrFolder(*rule.pattern, path.substr(kFiles.size())));

@@ -24,7 +24,7 @@ PackageVerdict judge(std::string file, const Report& report, const IgnoreRules& 
     }
   }
   for (const auto& [id, count] : kept) {
-    const std::size_t all = report.count(id.number);
+    const std::size_t all = report.count(id);
     const std::size_t ignored = rules.ignores(id) ? all : dropped[id];
     verdict.ignored += ignored;
     if (all > count && ignored < all) verdict.unlisted[id] = all - count;

@@ -10,14 +10,16 @@ namespace opc::checks {
 
 enum class Severity : std::uint8_t { Error, Warning };
 
-/// Identifies a kind of finding. Ids never change their meaning or severity; new checks get new
-/// ids.
+/// Identifies a kind of finding. Ids never change their meaning; new checks get new ids. The
+/// severity is fixed, except for what Report::addAmbiguous() adds.
 struct FindingId {
   std::uint16_t number = 0;  ///< 101 is shown as "KR101"
   Severity severity = Severity::Error;
 
   bool operator==(const FindingId&) const = default;
-  bool operator<(const FindingId& other) const { return number < other.number; }
+  bool operator<(const FindingId& other) const {
+    return number != other.number ? number < other.number : severity < other.severity;
+  }
 };
 
 /// "KR101"

@@ -12,7 +12,10 @@ constexpr FindingInfo kFindings[] = {
      "Download or build the package again; an interrupted download is the usual cause."},
     {kBytesOutside, "bytes before the first or after the last record",
      "There are bytes before the first item or after the end of the archive. They belong to no "
-     "part. Some programs reject such a file, and the bytes are lost when the package is saved.",
+     "part. Some programs reject such a file, and the bytes are lost when the package is saved. In "
+     "an add-on this is an error, except for zeros and line ends at the end: programs that read "
+     "the "
+     "file from its beginning unpack items from there.",
      "Rewrite the package without the extra bytes."},
     {kDuplicateName, "duplicate name",
      "Two items have the same name. Programs may use either, so what was checked may not be what "
@@ -45,29 +48,55 @@ constexpr FindingInfo kFindings[] = {
      "Rewrite the package as a single file with a reliable program."},
     {kLinkOrDevice, "link or device",
      "An item is a symbolic link, a device or something else that is not a file. It is not a part "
-     "of the package, and is never created when the package is extracted.",
+     "of the package, and is never created when the package is extracted. Other programs create "
+     "it, so in an add-on this is an error.",
      "Add the file that the link points to, or remove the item."},
     {kNameNotAscii, "non-ASCII name",
      "The name of an item contains non-ASCII characters. In packages these are percent-encoded; "
-     "otherwise programs read them differently.",
+     "otherwise programs read them differently. In an add-on this is an error if the name is not "
+     "marked as UTF-8.",
      "Rewrite the package with a program that encodes the names."},
     {kHighRatio, "extreme compression ratio",
      "An item decompresses to more than 64 MiB and more than 200 times its compressed size. Such "
      "files exist, but this is also how small packages are made to fill disks.",
      "Make sure that the file is meant to be that large."},
     {kUnusedBytes, "bytes that belong to no item",
-     "There are unused bytes between items, after the directory or within extra fields, or a "
-     "header has two ZIP64 fields, of which readers may use either. Something may be hidden "
-     "there, or an item was removed carelessly.",
+     "There are unused bytes between items, after the directory or within extra fields, a header "
+     "has ZIP64 fields of which readers may use either, or stored data of unknown size hold what "
+     "looks like another item. Something may be hidden there, or an item was removed carelessly. "
+     "In an add-on this is an error, since other programs may unpack it.",
      "Rewrite the package; the bytes are left out."},
     {kUnsafeName, "absolute path, drive, backslash or control character in a name",
      "The name of an item begins with a slash or a drive letter, contains a backslash or a "
-     "control character (also percent-encoded), or encodes bytes that are not valid UTF-8. "
-     "Systems treat such names differently; files with such a name are not extracted.",
+     "control character (also percent-encoded), encodes bytes that are not valid UTF-8, ends in a "
+     "version number such as ';1', or is longer than 4,000 bytes. Programs treat such names "
+     "differently, so in an add-on this is an error, unless the character is percent-encoded.",
      "Rename the item: use a relative path with '/' between folders, without control characters."},
     {kDuplicateFolder, "duplicate folder entry",
      "Two entries of the archive stand for the same folder. They have no meaning in a package.",
      "Rewrite the package; folder entries are left out."},
+    {kOtherUnicodePath, "Unicode path field gives another name",
+     "A header has an extra field with the name of the item in Unicode, and it is not the name "
+     "that "
+     "the directory gives. Many programs use the name in the field, so that they unpack other "
+     "files "
+     "than those that were checked.",
+     "Rewrite the package with a program that does not write such fields."},
+    {kContradictingMarks, "contradicting marks of file, folder or link",
+     "Name, attributes and extra fields of an item do not agree on whether it is a file, a folder "
+     "or a link, or a folder holds data. Programs differ in what they create, or skip the item. In "
+     "an add-on it is also an error if a folder has the path of a file.",
+     "Rewrite the package with a reliable program."},
+    {kUnusualDemands, "header asks for what readers do not agree on",
+     "A header says that the item needs a version of the format above 4.5, or sets flags that are "
+     "reserved. Stored and deflated items need neither. Some programs skip such an item or refuse "
+     "the file, others ignore it.",
+     "Rewrite the package with a reliable program."},
+    {kEndRecordInComment, "comment holds an end record",
+     "The comment of the archive or of an item contains what looks like the record at the end of "
+     "an "
+     "archive. Programs that take it for that record see another directory, or none.",
+     "Remove the comment."},
     {kBadContentTypes, "content types missing or malformed",
      "The item '[Content_Types].xml' gives the type of every part. It is missing, present twice, "
      "or not a valid document. Without it, parts cannot be told from other items.",
@@ -134,7 +163,8 @@ constexpr FindingInfo kFindings[] = {
      "Check the signature with the program that created it."},
     {kStrayItem, "item that is not a part",
      "The name of an item is not a valid part name, or the item has no content type. Programs "
-     "that read packages do not see it, and drop it when they save.",
+     "that read packages do not see it, and drop it when they save. In an add-on this is an error "
+     "if ZIP programs unpack the item to the path of another one, or do not agree on its path.",
      "Rename the item, give it a content type, or remove it."},
     {kRelatedRelationships, "relationship from or to a relationships part",
      "A relationships part has relationships of its own, or is the target of a relationship. "

@@ -56,7 +56,11 @@ void checkFile(const std::string& path, const PackageFile& file, const ProgressF
 }  // namespace
 
 Report verifyPackage(const std::string& path, const ProgressFunction& progress) {
-  Report report;
+  return verifyAs(Subject::Package, path, progress);
+}
+
+Report verifyAs(Subject subject, const std::string& path, const ProgressFunction& progress) {
+  Report report(subject);
   const PackageFile file(path);
   inContext([&] { return "cannot check package '" + path + "'"; },
             [&] { checkFile(path, file, progress, report); });

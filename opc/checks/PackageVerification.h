@@ -16,4 +16,9 @@ namespace opc::checks {
 Report verifyPackage(const std::string& path,
                      const interfaces::ProgressFunction& progress = nullptr);
 
+/// The same for what is more than any package: what other ZIP readers may unpack differently is an
+/// error in an add-on.
+Report verifyAs(Subject subject, const std::string& path,
+                const interfaces::ProgressFunction& progress);
+
 }  // namespace opc::checks

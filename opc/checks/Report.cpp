@@ -23,7 +23,7 @@ std::string clipped(std::string_view text, std::size_t most) {
 void Report::add(FindingId id, std::string part, std::string message, std::size_t line,
                  std::string rule) {
   ++(id.severity == Severity::Warning ? warnings_ : errors_);
-  if (++counts_[id.number] > kMostKept) return;
+  if (++counts_[id] > kMostKept) return;
   findings_.push_back({id, std::move(part), std::move(message), line, std::move(rule)});
 }
 
@@ -33,9 +33,19 @@ void Report::addClipped(FindingId id, std::string_view part, std::string_view me
   add(id, clipped(part, kLongestPart), clipped(message, kLongestMessage), line, std::string(rule));
 }
 
-std::size_t Report::count(std::uint16_t number) const {
-  const auto found = counts_.find(number);
+void Report::addAmbiguous(FindingId id, std::string_view part, std::string_view message,
+                          std::string_view rule) {
+  if (subject_ == Subject::Addon) id.severity = Severity::Error;
+  addClipped(id, part, message, rule);
+}
+
+std::size_t Report::count(FindingId id) const {
+  const auto found = counts_.find(id);
   return found == counts_.end() ? 0 : found->second;
+}
+
+std::size_t Report::count(std::uint16_t number) const {
+  return count({number, Severity::Error}) + count({number, Severity::Warning});
 }
 
 }  // namespace opc::checks

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "opc/plservices/TreePath.h"
 
+#include <algorithm>
 #include <string>
 
 #include "opc/Exception.h"
@@ -51,6 +52,16 @@ bool hasControlCharacter(std::string_view text) noexcept {
     }
   }
   return false;
+}
+
+const char* findUnpackingFault(std::string_view itemName) noexcept {
+  constexpr std::size_t kMostBytes = 4000;  // Some programs cut off what is longer.
+  if (itemName.size() > kMostBytes) return "is longer than 4,000 bytes";
+  const std::size_t semicolon = itemName.rfind(';');
+  if (semicolon == std::string_view::npos) return nullptr;
+  const std::string_view version = itemName.substr(semicolon + 1);
+  const bool isNumber = std::all_of(version.begin(), version.end(), isAsciiDigit);
+  return isNumber ? "ends in a version number, which some programs remove" : nullptr;
 }
 
 std::string_view lastComponent(std::string_view path) noexcept {

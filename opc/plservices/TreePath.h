@@ -16,6 +16,10 @@ std::string_view requireTreePath(std::string_view path);
 /// Whether well-formed UTF-8 holds a C0 or C1 control character or DEL.
 bool hasControlCharacter(std::string_view text) noexcept;
 
+/// Why other programs unpack an item of that name to another path, such as "ends in a version
+/// number"; nullptr when they do not.
+const char* findUnpackingFault(std::string_view itemName) noexcept;
+
 /// The last component.
 std::string_view lastComponent(std::string_view path) noexcept;
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/zippackage/HeaderMarks.h"
 #include "opc/zippackage/ZipFormat.h"
 
 namespace opc::zippackage {
@@ -126,6 +127,9 @@ DirectoryLocation EndRecordSearch::run() {
   }
   const unsigned char* comment = tail_.at(best_->offset + EndRecord::kSize);
   best_->location.comment.assign(comment, comment + best_->record.commentLength);
+  if (findEndRecord(best_->location.comment) == EndRecordTrace::Record) {
+    best_->location.faults.push_back({ZipFaultKind::EndRecordInComment});
+  }
   return std::move(best_->location);
 }
 
@@ -267,7 +271,7 @@ bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locat
     return false;
   }
   noteVolumes(candidate, isOneVolume(candidate.record, true) && locator.recordDisk == 0 &&
-                             locator.disks <= 1 && wide->disk == 0 && wide->directoryDisk == 0 &&
+                             locator.disks == 1 && wide->disk == 0 && wide->directoryDisk == 0 &&
                              wide->entriesHere == wide->entries);
   if (!agrees(candidate.record, *wide)) {
     candidate.location.faults.push_back({ZipFaultKind::EndRecordsDiffer});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/ExtraFields.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace opc::zippackage {
@@ -47,6 +48,33 @@ std::optional<Bytes> ExtraFieldWalk::find(Bytes extra, std::uint16_t id) {
     if (walk.id() == id) return walk.data();
   }
   return std::nullopt;
+}
+
+Zip64Extra Zip64Extra::neededBy(const CentralHeader& header) {
+  Zip64Extra needed;
+  if (header.size == kElsewhere32) needed.size = 0;
+  if (header.packedSize == kElsewhere32) needed.packedSize = 0;
+  if (header.headerOffset == kElsewhere32) needed.headerOffset = 0;
+  if (header.disk == kElsewhere16) needed.disk = 0;
+  return needed;
+}
+
+Zip64Extra Zip64Extra::neededBy(const LocalHeader& header) {
+  Zip64Extra needed;
+  if (header.size == kElsewhere32) needed.size = 0;
+  if (header.packedSize == kElsewhere32) needed.packedSize = 0;
+  return needed;
+}
+
+bool Zip64Extra::agrees(Bytes data, const Zip64Extra& needed) const {
+  unsigned char bytes[kMaxSize];
+  const std::size_t least = needed.encode(bytes);
+  if (data.size() == (least == 0 ? 0 : least - ExtraFieldWalk::kHeaderSize)) return true;
+  const std::size_t most = encode(bytes) - ExtraFieldWalk::kHeaderSize;
+  const bool isWhole =
+      data.size() % 8 == 0 || data.size() == kMaxSize - ExtraFieldWalk::kHeaderSize;
+  return isWhole && data.size() <= most &&
+         std::equal(data.begin(), data.end(), bytes + ExtraFieldWalk::kHeaderSize);
 }
 
 bool Zip64Extra::decode(Bytes data) {

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "opc/zippackage/LittleEndian.h"
+#include "opc/zippackage/ZipFormat.h"
 
 namespace opc::zippackage {
 
@@ -62,6 +63,14 @@ struct Zip64Extra {
   std::optional<std::uint64_t> packedSize = std::nullopt;
   std::optional<std::uint64_t> headerOffset = std::nullopt;
   std::optional<std::uint32_t> disk = std::nullopt;
+
+  /// The values that a header leaves to the field, each 0.
+  static Zip64Extra neededBy(const CentralHeader& header);
+  static Zip64Extra neededBy(const LocalHeader& header);
+
+  /// Whether all readers find these values in a field's data: it holds just those that are set in
+  /// `needed`, or from the first on as many as it has room for.
+  bool agrees(Bytes data, const Zip64Extra& needed) const;
 
   /// Reads, from the field's data, the values that are set already (to anything). False when
   /// there are too few. What else the field holds does not matter.

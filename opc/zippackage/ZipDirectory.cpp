@@ -5,6 +5,7 @@
 
 #include "opc/Exception.h"
 #include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/HeaderMarks.h"
 #include "opc/zippackage/detail/DirectoryPass.h"
 
 namespace opc::zippackage {
@@ -28,6 +29,8 @@ std::string describeArchive(const ZipFault& fault) {
       return "its directory has " + first + " entries, its end record declares " + second;
     case ZipFaultKind::BytesAfterEnd:
       return second + " bytes follow the end of the archive";
+    case ZipFaultKind::EndRecordInComment:
+      return "its comment holds what readers may take for the end record";
     case ZipFaultKind::BytesBeforeFirst:
       return second + " bytes stand before the first item";
     default:
@@ -110,6 +113,13 @@ Bytes ZipDirectory::extra(std::size_t entry) const {
   return {record + CentralHeader::kSize + here.nameLength, load16(record + kExtraLengthAt)};
 }
 
+Bytes ZipDirectory::comment(std::size_t entry) const {
+  const Bytes before = extra(entry);
+  constexpr std::size_t kCommentLengthAt = 32;
+  const unsigned char* record = bytes_.data() + entries_[entry].record;
+  return {before.data() + before.size(), load16(record + kCommentLengthAt)};
+}
+
 std::string ZipDirectory::describe(const ZipFault& fault) const {
   if (fault.entry == kNoEntry) return describeArchive(fault);
   const auto nameOf = [this](std::uint64_t entry) {
@@ -148,6 +158,22 @@ std::string ZipDirectory::describe(const ZipFault& fault) const {
       return "folder " + quoted(name(fault.entry)) + " is there twice";
     case ZipFaultKind::NameEmpty:
       return "an item has an empty name";
+    case ZipFaultKind::OtherUnicodePath:
+    case ZipFaultKind::UnicodePathOfOldName:
+      return item + " " + describeUnicodePath(name(fault.entry), extra(fault.entry));
+    case ZipFaultKind::FolderHoldsData:
+      return item + " is marked as a folder and holds " + first + " bytes of data";
+    case ZipFaultKind::MarksContradict:
+      return item + " " + opc::zippackage::describe(static_cast<MarkFault>(fault.first));
+    case ZipFaultKind::VersionTooHigh:
+    case ZipFaultKind::VersionOdd:
+      return item + " " + describeVersion(static_cast<std::uint16_t>(fault.first));
+    case ZipFaultKind::ReservedFlags:
+      return item + " " + describeFlags(static_cast<std::uint16_t>(fault.first));
+    case ZipFaultKind::Zip64Unclear:
+      return item + " has a ZIP64 field with other values than its header calls for";
+    case ZipFaultKind::EndRecordInComment:
+      return "the comment of " + item + " holds what readers may take for the end record";
     default:
       return describeArchive(fault);
   }

@@ -66,6 +66,7 @@ class ZipDirectory {
   /// The whole record: header, name, extra fields, comment.
   Bytes record(std::size_t entry) const;
   Bytes extra(std::size_t entry) const;
+  Bytes comment(std::size_t entry) const;
 
   /// Entries by the offset of their local headers.
   std::span<const std::uint32_t> physicalOrder() const { return physicalOrder_; }

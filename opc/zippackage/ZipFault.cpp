@@ -13,7 +13,18 @@ const char* ZipFault::rule() const {
       return "ZP-14";
     case ZipFaultKind::EndRecordsDiffer:
     case ZipFaultKind::Zip64ValueMissing:
+    case ZipFaultKind::Zip64Unclear:
       return "ZP-9";
+    case ZipFaultKind::OtherUnicodePath:
+    case ZipFaultKind::UnicodePathOfOldName:
+      return "ZP-3";
+    case ZipFaultKind::FolderHoldsData:
+    case ZipFaultKind::MarksContradict:
+      return "ZP-10";
+    case ZipFaultKind::VersionTooHigh:
+    case ZipFaultKind::VersionOdd:
+    case ZipFaultKind::ReservedFlags:
+      return "ZP-11";
     case ZipFaultKind::Encrypted:
       return "ZP-6";
     case ZipFaultKind::UnknownMethod:
@@ -38,6 +49,7 @@ const char* ZipFault::rule() const {
     case ZipFaultKind::BytesAfterEnd:
     case ZipFaultKind::UnusedBytes:
     case ZipFaultKind::ExtraMalformed:
+    case ZipFaultKind::EndRecordInComment:
       return "ZP-16";
   }
   return "";

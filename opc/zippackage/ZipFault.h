@@ -17,10 +17,14 @@ enum class ZipFaultKind : std::uint8_t {
   StoredSizesDiffer,  ///< first: size; second: packed size
   NameHasNul,
   NameNotUtf8,
-  NameTwice,      ///< first: the other entry
-  OutsideFile,    ///< first: where its data would end at least; second: where they must
-  Overlap,        ///< first: the other entry, or kNoEntry for the directory
-  ParentSegment,  ///< a segment `..` in the name
+  NameTwice,           ///< first: the other entry
+  OutsideFile,         ///< first: where its data would end at least; second: where they must
+  Overlap,             ///< first: the other entry, or kNoEntry for the directory
+  ParentSegment,       ///< a segment `..` in the name
+  OtherUnicodePath,    ///< a Unicode path field gives another name, which no old name needs
+  VersionTooHigh,      ///< first: the version needed
+  ReservedFlags,       ///< first: the flags
+  EndRecordInComment,  ///< in the comment of the archive or of an entry
   // Allowed.
   BytesAfterEnd,     ///< first: offset; second: how many
   BytesBeforeFirst,  ///< second: how many
@@ -28,6 +32,11 @@ enum class ZipFaultKind : std::uint8_t {
   ExtraMalformed,    ///< first: the ExtraFault
   FolderTwice,       ///< first: the other entry
   NameEmpty,
+  UnicodePathOfOldName,  ///< a Unicode path field gives another name for one that is not Unicode
+  FolderHoldsData,       ///< first: size; of an item that is marked as a folder in any way
+  MarksContradict,       ///< first: the MarkFault
+  VersionOdd,            ///< first: the version needed, with something in its upper byte
+  Zip64Unclear,          ///< a ZIP64 field of other values than the header calls for
 };
 
 enum class ZipFaultSeverity { Refused, Warning };

@@ -25,6 +25,9 @@ inline constexpr std::uint16_t kFlagMaskedHeader = 1u << 13;
 inline constexpr std::uint16_t kAnyEncryption =
     kFlagEncrypted | kFlagStronglyEncrypted | kFlagMaskedHeader;
 
+/// Of no meaning for stored and deflated items, or of one that few readers know.
+inline constexpr std::uint16_t kReservedFlags = 0xD7B0;
+
 inline constexpr std::uint16_t kVersionPlain = 20;
 inline constexpr std::uint16_t kVersionZip64 = 45;
 /// Hosts, in the upper byte of `madeBy`.

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/zippackage/ExtraFields.h"
 #include "opc/zippackage/detail/ZipItemStream.h"
 
@@ -51,9 +52,7 @@ struct LocalSizes {
 
 LocalSizes readSizes(const LocalHeader& header, Bytes extra) {
   LocalSizes sizes{header.packedSize, header.size};
-  Zip64Extra wide;
-  if (header.size == kElsewhere32) wide.size = 0;
-  if (header.packedSize == kElsewhere32) wide.packedSize = 0;
+  Zip64Extra wide = Zip64Extra::neededBy(header);
   const auto field = ExtraFieldWalk::find(extra, Zip64Extra::kId);
   sizes.hasZip64 = field.has_value();
   if (!wide.size && !wide.packedSize) return sizes;
@@ -173,6 +172,10 @@ ZipItemReader::Place ZipItemReader::locate(std::size_t entry, bool withData) {
   return place;
 }
 
+LocalHeader ZipItemReader::localHeader(std::size_t entry) {
+  return readHeader(entry, 0);
+}
+
 LocalHeader ZipItemReader::readHeader(std::size_t entry, std::uint64_t dataSize) {
   const ZipEntry& item = directory_.entries()[entry];
   const std::string_view name = directory_.storedName(entry);
@@ -186,6 +189,10 @@ LocalHeader ZipItemReader::readHeader(std::size_t entry, std::uint64_t dataSize)
   if (header->nameLength != name.size() ||
       !std::equal(name.begin(), name.end(), start.begin() + LocalHeader::kSize, sameByte)) {
     refuseHeader("its local header has another name than the directory");
+  }
+  const bool isMarkedOnce = ((header->flags ^ item.flags) & kFlagUtf8) != 0;
+  if (isMarkedOnce && !isAscii(name)) {
+    refuseHeader("only one of its headers marks its name as UTF-8");
   }
   return *header;
 }

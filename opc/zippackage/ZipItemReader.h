@@ -34,6 +34,8 @@ class ZipItemReader {
   /// Where the item's bytes end in the file, data descriptor included.
   std::uint64_t endOf(std::size_t entry);
 
+  LocalHeader localHeader(std::size_t entry);
+
   /// The extra fields of the item's local header, valid until the next call.
   Bytes localExtra(std::size_t entry);
 

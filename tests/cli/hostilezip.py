@@ -41,6 +41,15 @@ class Entry:
     offset: typing.Optional[int] = None
     extra: bytes = b""
     local: bool = True
+    before: bytes = b""
+    comment: bytes = b""
+    descriptor: bytes = b""
+    made_by: int = 3 << 8 | 20
+    version: int = 20
+    local_version: int = 20
+    local_flags: typing.Optional[int] = None
+    local_packed_size: typing.Optional[int] = None
+    local_extra: bytes = b""
 
     def data(self):
         if self.packed is not None:
@@ -57,24 +66,37 @@ class Entry:
         name = self.name if self.local_name is None else self.local_name
         crc = zlib.crc32(self.content) if self.crc is None else self.crc
         packed_size, size = self.sizes(data, self.size)
-        return struct.pack(
-            "<4s5H3L2H", b"PK\x03\x04", 20, self.flags,
+        return self.before + struct.pack(
+            "<4s5H3L2H", b"PK\x03\x04", self.local_version,
+            self.flags if self.local_flags is None else self.local_flags,
             self.method if self.local_method is None else self.local_method, 0, 33,
-            crc if self.local_crc is None else self.local_crc, packed_size,
-            size if self.local_size is None else self.local_size, len(name), 0) + name + data
+            crc if self.local_crc is None else self.local_crc,
+            packed_size if self.local_packed_size is None else self.local_packed_size,
+            size if self.local_size is None else self.local_size, len(name),
+            len(self.local_extra)) + name + self.local_extra + data + self.descriptor
 
     def central_bytes(self, data, offset):
         crc = zlib.crc32(self.content) if self.crc is None else self.crc
         packed_size, size = self.sizes(data, self.size)
         return struct.pack(
-            "<4s6H3L5H2L", b"PK\x01\x02", 3 << 8 | 20, 20, self.flags, self.method, 0, 33, crc,
-            packed_size, size, len(self.name), len(self.extra), 0, 0, 0, self.attributes,
-            offset if self.offset is None else self.offset) + self.name + self.extra
+            "<4s6H3L5H2L", b"PK\x01\x02", self.made_by, self.version, self.flags, self.method, 0, 33,
+            crc, packed_size, size, len(self.name), len(self.extra), len(self.comment), 0, 0,
+            self.attributes, offset + len(self.before) if self.offset is None else self.offset
+        ) + self.name + self.extra + self.comment
 
 
-def build(entries, count=None, directory_size=None, directory_offset=None):
-    """The bytes of a ZIP file."""
-    chunks, directory, at = [], [], 0
+def extra_field(number, data):
+    return struct.pack("<2H", number, len(data)) + data
+
+
+def unicode_path(stored, path):
+    return extra_field(0x7075, b"\1" + struct.pack("<L", zlib.crc32(stored)) + path)
+
+
+def build(entries, count=None, directory_size=None, directory_offset=None, prefix=b"", gap=b"",
+          comment=b"", suffix=b""):
+    """The bytes of a ZIP file. `gap` lies between the directory and the end record."""
+    chunks, directory, at = [prefix], [], len(prefix)
     for entry in entries:
         data = entry.data()
         local = entry.local_bytes(data)
@@ -85,8 +107,8 @@ def build(entries, count=None, directory_size=None, directory_offset=None):
     count = min(len(entries), 0xFFFF) if count is None else count
     end = struct.pack("<4s4H2LH", b"PK\x05\x06", 0, 0, count, count,
                       len(central) if directory_size is None else directory_size,
-                      at if directory_offset is None else directory_offset, 0)
-    return b"".join(chunks) + central + end
+                      at if directory_offset is None else directory_offset, len(comment))
+    return b"".join(chunks) + central + gap + end + comment + suffix
 
 
 def zip64_end(count, size, offset, at):

@@ -24,9 +24,9 @@ IN_BY_DEFAULT = [
     "files/__pycache__", "files/node_modules", "git/a", "kraddon.toml2", "old.KRADDON",
     "svn/.env.m", "venv/a"]
 
-ERRORS = {101, *range(103, 110), 201, 202, *range(204, 210), 212, 213, 214, 218, 219,
-          301, 303, 305, 306, 307, 308, 309, 314, 316, 317, 401, 402, 404, 409}
-NUMBERS = {*range(101, 116), *range(201, 229), *range(301, 318), *range(401, 411),
+ERRORS = {101, *range(103, 110), *range(116, 120), 201, 202, *range(204, 210), 212, 213, 214, 218,
+          219, 301, 303, 305, 306, 307, 308, 309, 314, 316, 317, 401, 402, 404, 409}
+NUMBERS = {*range(101, 120), *range(201, 229), *range(301, 318), *range(401, 411),
            *range(501, 515)}
 
 

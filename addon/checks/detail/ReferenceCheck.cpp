@@ -126,9 +126,7 @@ void checkReferences(AddonPackage& package, Report& report) {
   checkNewestRevision(package, report);
   checkDuplicateGuids(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
-  for (const auto& file : package.fileSystem().unreadable()) {
-    report.add(kFileOutsideTree, file.name, file.why);
-  }
+  checkTreeItems(package, report);
   PathCheck paths(package.fileSystem(), report);
   for (const bool isList : {true, false}) {  // lists first
     for (const DocumentTable* table : packaging::documents()) {

@@ -12,4 +12,7 @@ void checkReferences(packaging::AddonPackage& package, opc::checks::Report& repo
 /// Checks that the GUIDs of the add-on and its apps differ.
 void checkDuplicateGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 
+/// Checks that other ZIP programs unpack the files of the tree, and no others, among them.
+void checkTreeItems(packaging::AddonPackage& package, opc::checks::Report& report);
+
 }  // namespace addon::checks::detail

@@ -2,6 +2,7 @@
 #include "opc/checks/detail/ContainerCheck.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +15,7 @@
 #include "opc/model/NameCharacters.h"
 #include "opc/model/PartName.h"
 #include "opc/plservices/TreePath.h"
+#include "opc/zippackage/HeaderMarks.h"
 #include "opc/zippackage/ItemInfoOf.h"
 
 namespace opc::checks::detail {
@@ -34,7 +36,7 @@ constexpr std::uint64_t kUnsuspiciousRatio = 200;
 
 struct Oddity {
   const char* rule = nullptr;  // null for none
-  const char* why = nullptr;
+  const char* why = nullptr;   // "contains ..."
 };
 
 bool hasDrive(std::string_view name) {
@@ -42,12 +44,13 @@ bool hasDrive(std::string_view name) {
 }
 
 Oddity findOddity(std::string_view name) {
-  if (name.starts_with('/')) return {"RB-12", "the name begins with a slash"};
-  if (name.find('\\') != std::string_view::npos) return {"RB-12", "the name contains a backslash"};
-  if (hasDrive(name)) return {"RB-12", "the name begins with a drive letter"};
+  if (name.starts_with('/')) return {"RB-12", "begins with a slash"};
+  if (name.find('\\') != std::string_view::npos) return {"RB-12", "contains a backslash"};
+  if (hasDrive(name)) return {"RB-12", "begins with a drive letter"};
   if (plservices::hasControlCharacter(name)) {
-    return {"RB-13", "the name contains a control character"};
+    return {"RB-13", "contains a control character"};
   }
+  if (const char* fault = plservices::findUnpackingFault(name)) return {"RB-15", fault};
   return {};
 }
 
@@ -58,27 +61,32 @@ Oddity findEncodedOddity(std::string_view name) {
   }
   try {
     if (plservices::hasControlCharacter(model::percentDecodePath(name))) {
-      return {"RB-13", "the name encodes a control character"};
+      return {"RB-13", "encodes a control character"};
     }
     return {};
   } catch (const FormatError&) {
-    return {"RB-13", "the name encodes bytes that are not UTF-8"};
+    return {"RB-13", "encodes bytes that are not UTF-8"};
   }
 }
 
 // Returns whether no part can have the name, which a finding then reports. `stored` is the bytes of
 // the name in the file.
-bool checkItemName(std::string_view name, std::string_view stored, Report& report) {
-  if (!isAscii(stored)) {
-    report.addClipped(kNameNotAscii, name, "the name contains non-ASCII characters", "ZP-3");
+bool checkItemName(std::string_view name, std::string_view stored, bool isUtf8, Report& report) {
+  constexpr std::string_view kNotAscii = "the name contains non-ASCII characters";
+  if (!isAscii(stored) && isUtf8) {
+    report.addClipped(kNameNotAscii, name, kNotAscii, "ZP-3");
+  } else if (!isAscii(stored)) {
+    report.addAmbiguous(kNameNotAscii, name, std::string(kNotAscii) + " and is not marked as UTF-8",
+                        "ZP-3");
   }
   const Oddity oddity = findOddity(name);
   if (oddity.rule != nullptr) {
-    report.addClipped(kUnsafeName, name, oddity.why, oddity.rule);
+    report.addAmbiguous(kUnsafeName, name, std::string("the name ") + oddity.why, oddity.rule);
     return true;
   }
   const Oddity encoded = findEncodedOddity(name);
-  if (encoded.rule != nullptr) report.addClipped(kUnsafeName, name, encoded.why, encoded.rule);
+  if (encoded.rule != nullptr)
+    report.addClipped(kUnsafeName, name, std::string("the name ") + encoded.why, encoded.rule);
   return false;
 }
 
@@ -89,7 +97,8 @@ class ContainerCheck {
 
   std::vector<ItemState> run(const PackageFile& file,
                              const interfaces::ProgressFunction& progress) {
-    for (const ZipFault& fault : directory_.faults()) takeFault(fault);
+    for (const ZipFault& fault : directory_.faults()) takeFault(file, fault);
+    checkComment(directory_.location().comment, "");
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkEntry(entry);
     checkItemData(file, directory_, progress, states_, report_);
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkRatio(entry);
@@ -97,7 +106,7 @@ class ContainerCheck {
   }
 
  private:
-  void takeFault(const ZipFault& fault) {
+  void takeFault(const PackageFile& file, const ZipFault& fault) {
     // ItemDataCheck reports gaps between items, since it knows where the items really end.
     const bool isGap =
         fault.kind == ZipFaultKind::UnusedBytes && fault.first < directory_.location().offset;
@@ -106,7 +115,29 @@ class ContainerCheck {
     if (isOfItem) mark(states_[fault.entry], fault, id);
     if (!id) return;
     const std::string_view name = isOfItem ? directory_.name(fault.entry) : std::string_view();
-    report_.addClipped(*id, name, directory_.describe(fault), fault.rule());
+    const bool isAmbiguous =
+        *id == kUnusedBytes || (*id == kBytesOutside && !isPadding(file, fault));
+    const std::string text = directory_.describe(fault);
+    if (isAmbiguous) return report_.addAmbiguous(*id, name, text, fault.rule());
+    report_.addClipped(*id, name, text, fault.rule());
+  }
+
+  // Whether zeros or line ends follow the archive, which no reader takes for anything.
+  static bool isPadding(const PackageFile& file, const ZipFault& fault) {
+    if (fault.kind != ZipFaultKind::BytesAfterEnd) return false;
+    std::array<unsigned char, 4096> bytes{};
+    std::uint64_t left = fault.second;
+    for (std::uint64_t at = fault.first; left > 0;) {
+      const std::size_t size = std::min<std::uint64_t>(left, bytes.size());
+      file.readAt(at, bytes.data(), size);
+      const auto isPad = [](unsigned char byte) {
+        return byte == 0 || byte == '\n' || byte == '\r';
+      };
+      if (!std::all_of(bytes.begin(), bytes.begin() + size, isPad)) return false;
+      at += size;
+      left -= size;
+    }
+    return true;
   }
 
   static void mark(ItemState& state, const ZipFault& fault, std::optional<FindingId> id) {
@@ -114,22 +145,35 @@ class ContainerCheck {
       state.hasBadName = true;
     } else if (id == kDuplicateName || id == kDuplicateFolder) {
       state.isTwin = true;
+    } else if (id == kContradictingMarks) {
+      state.hasBadMarks = true;
     } else if (fault.severity() == ZipFaultSeverity::Refused) {
       state.isDamaged = true;
     }
   }
 
+  // Some readers look for a signature, and for nothing else. A whole record is a fault.
+  void checkComment(zippackage::Bytes comment, std::string_view name) {
+    if (zippackage::findEndRecord(comment) != zippackage::EndRecordTrace::Signature) return;
+    report_.addClipped(kEndRecordInComment, name,
+                       "the comment holds the signature of an end record", "ZP-16");
+  }
+
   void checkEntry(std::size_t entry) {
     const std::string_view name = directory_.name(entry);
+    checkComment(directory_.comment(entry), name);
     if (!states_[entry].hasBadName) {
-      states_[entry].hasBadName = checkItemName(name, directory_.storedName(entry), report_);
+      const bool isUtf8 = (directory_.entries()[entry].flags & zippackage::kFlagUtf8) != 0;
+      states_[entry].hasBadName =
+          checkItemName(name, directory_.storedName(entry), isUtf8, report_);
     }
+    if (states_[entry].hasBadMarks) return;
     const ItemKind kind = zippackage::itemInfoOf(directory_, entry).kind;
     if (kind == ItemKind::SymbolicLink) {
-      report_.addClipped(kLinkOrDevice, name, "it is a symbolic link", "RB-14");
+      report_.addAmbiguous(kLinkOrDevice, name, "it is a symbolic link", "RB-14");
     } else if (kind == ItemKind::Special) {
-      report_.addClipped(kLinkOrDevice, name,
-                         "it is a device, a label or something else that is not a file", "RB-14");
+      report_.addAmbiguous(kLinkOrDevice, name,
+                           "it is a device, a label or something else that is not a file", "RB-14");
     }
   }
 

@@ -80,7 +80,20 @@ std::optional<FindingId> findingOf(ZipFaultKind kind) {
       return kBytesOutside;
     case ZipFaultKind::UnusedBytes:
     case ZipFaultKind::ExtraMalformed:
+    case ZipFaultKind::Zip64Unclear:
       return kUnusedBytes;
+    case ZipFaultKind::OtherUnicodePath:
+    case ZipFaultKind::UnicodePathOfOldName:
+      return kOtherUnicodePath;
+    case ZipFaultKind::FolderHoldsData:
+    case ZipFaultKind::MarksContradict:
+      return kContradictingMarks;
+    case ZipFaultKind::VersionTooHigh:
+    case ZipFaultKind::VersionOdd:
+    case ZipFaultKind::ReservedFlags:
+      return kUnusualDemands;
+    case ZipFaultKind::EndRecordInComment:
+      return kEndRecordInComment;
     case ZipFaultKind::NameEmpty:
       return std::nullopt;
   }

@@ -13,14 +13,13 @@
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/detail/ContainerCheck.h"
 #include "opc/checks/detail/FaultFindings.h"
+#include "opc/checks/detail/LocalHeaderCheck.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/zippackage/Codec.h"
-#include "opc/zippackage/ExtraFields.h"
 #include "opc/zippackage/ZipItemReader.h"
 
 namespace opc::checks::detail {
 
-using zippackage::ExtraFault;
 using zippackage::PackageFile;
 using zippackage::ZipDirectory;
 using zippackage::ZipEntry;
@@ -28,6 +27,39 @@ using zippackage::ZipEntry;
 namespace {
 
 constexpr std::size_t kReadStep = std::size_t{256} << 10;  // bytes
+
+/// Looks for the signature of a record in data that come in pieces.
+class SignatureSearch {
+ public:
+  void look(zippackage::Bytes data) {
+    for (const unsigned char byte : data) {
+      last_ = (last_ << 8) | byte;
+      if ((last_ >> 16) == kFirstHalf) isFound_ |= isSecondHalf(last_ & 0xFFFF);
+    }
+  }
+  bool isFound() const { return isFound_; }
+
+ private:
+  static constexpr std::uint32_t kFirstHalf = 0x504B;  // "PK"
+
+  static bool isSecondHalf(std::uint32_t half) {
+    switch (half) {
+      case 0x0102:  // an entry of the directory
+      case 0x0304:  // a local header
+      case 0x0506:  // the end records
+      case 0x0606:
+      case 0x0607:
+      case 0x0608:  // extra data of the archive
+      case 0x0708:  // a data descriptor
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  std::uint32_t last_ = 0;
+  bool isFound_ = false;
+};
 
 class ItemDataCheck {
  public:
@@ -93,10 +125,10 @@ class ItemDataCheck {
 
   void checkGap(std::uint64_t until) {
     if (until <= std::max(reached_, mayReach_)) return;
-    report_.addClipped(kUnusedBytes, "",
-                       std::to_string(until - reached_) + " bytes at offset " +
-                           std::to_string(reached_) + " belong to no item",
-                       "ZP-16");
+    report_.addAmbiguous(kUnusedBytes, "",
+                         std::to_string(until - reached_) + " bytes at offset " +
+                             std::to_string(reached_) + " belong to no item",
+                         "ZP-16");
   }
 
   void reach(std::uint64_t end, bool isExact) {
@@ -116,17 +148,33 @@ class ItemDataCheck {
     }
   }
 
+  // Who reads from the front has to search stored data of unknown size for their end.
+  void checkForRecords(std::uint32_t entry, const zippackage::LocalHeader& header) {
+    const bool isSearched =
+        header.method == zippackage::kStored && (header.flags & zippackage::kFlagDescriptor) != 0;
+    if (!isSearched || !signatures_.isFound()) return;
+    report_.addAmbiguous(kUnusedBytes, directory_.name(entry),
+                         "it is stored with a data descriptor, and its data hold what readers may "
+                         "take for the next record",
+                         "ZP-8");
+  }
+
   // By the sizes that the directory declares, which have been compared with the size of the file.
   void drain(std::uint32_t entry) {
     const ZipEntry& item = directory_.entries()[entry];
     const std::uint64_t limit = zippackage::kWholeLimit;
+    signatures_ = {};
     if (item.size <= limit && item.packedSize <= limit) {
       reader_.read(entry, buffer_, limit);
+      if (item.method == zippackage::kStored) signatures_.look(buffer_.bytes());
       return advance(0, item.size);
     }
     const std::unique_ptr<InputStream> stream = reader_.open(entry);
     buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
-    while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) advance(0, size);
+    while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) {
+      if (item.method == zippackage::kStored) signatures_.look({buffer_.data(), size});
+      advance(0, size);
+    }
   }
 
   // Checks what surrounds the data. Returns where the item ends; nothing if the headers are faulty,
@@ -134,7 +182,9 @@ class ItemDataCheck {
   std::optional<std::uint64_t> checkFrame(std::uint32_t entry) {
     try {
       const std::uint64_t end = reader_.endOf(entry);
-      checkExtra(entry);
+      const zippackage::LocalHeader header = reader_.localHeader(entry);
+      checkLocalHeader(directory_, entry, header, reader_.localExtra(entry), report_);
+      checkForRecords(entry, header);
       return end;
     } catch (const SystemError&) {
       throw;
@@ -143,18 +193,12 @@ class ItemDataCheck {
     }
   }
 
-  void checkExtra(std::uint32_t entry) {
-    const ExtraFault fault = zippackage::ExtraFieldWalk::faultOf(reader_.localExtra(entry));
-    if (fault == ExtraFault::None) return;
-    report_.addClipped(kUnusedBytes, directory_.name(entry),
-                       std::string("its local header ") + zippackage::describe(fault), "ZP-16");
-  }
-
   const ZipDirectory& directory_;
   std::vector<ItemState>& states_;
   Report& report_;
   zippackage::ZipItemReader reader_;
   ByteBuffer buffer_;
+  SignatureSearch signatures_;  // in the data of the last item, if it is stored
   interfaces::ProgressFunction progress_;
   interfaces::Progress done_;
   std::uint64_t reached_ = 0;   // the least offset at which the items so far end

@@ -32,6 +32,8 @@ struct Packaging {
   model::PartIndex index;
   /// Items without a content type that relationships lead to or start from.
   std::set<model::PartId> relatedUntyped;
+  /// Items that are no parts and that ZIP programs may unpack as something else, which is reported.
+  std::set<interfaces::ItemIndex> ambiguous;
   /// The package's relationship to its core properties, if there is one.
   std::optional<model::Relationship> coreProperties;
 
@@ -96,6 +98,7 @@ void checkContentTypesStream(Packaging& packaging);
 void checkPartNames(Packaging& packaging);
 void checkRelationships(Packaging& packaging);
 void checkCoreProperties(Packaging& packaging);
+void checkUnpackedPaths(Packaging& packaging);
 void checkStrayItems(Packaging& packaging);
 void checkPartTypes(Packaging& packaging);
 void checkNormalisation(Packaging& packaging);

@@ -53,6 +53,7 @@ void checkPackaging(CheckedContainer& container, Report& report) {
   checkPartNames(packaging);
   checkRelationships(packaging);
   checkCoreProperties(packaging);
+  checkUnpackedPaths(packaging);
   checkStrayItems(packaging);
   checkPartTypes(packaging);
   checkNormalisation(packaging);

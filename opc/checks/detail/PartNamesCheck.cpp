@@ -32,6 +32,7 @@ std::string whyNoPiece(std::string_view itemName) {
 void checkStray(Packaging& packaging, ItemIndex item) {
   const ItemInfo info = packaging.container.itemInfo(item);
   if (info.kind != ItemKind::File || packaging.container.state(item).hasBadName) return;
+  if (packaging.ambiguous.contains(item)) return;
   if (looksLikePiece(info.name)) {
     return packaging.report.addClipped(kIncompletePieces, info.name, whyNoPiece(info.name), "IL-4");
   }
@@ -57,6 +58,7 @@ void checkStrayItems(Packaging& packaging) {
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Untyped, [&](PartId part) {
     if (packaging.relatedUntyped.contains(part)) return;
+    if (packaging.ambiguous.contains(packaging.itemsOf(part).front())) return;
     packaging.add(kStrayItem, part, "it has no content type", "CT-10");
   });
 }

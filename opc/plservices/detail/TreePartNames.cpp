@@ -13,15 +13,13 @@
 namespace opc::plservices::detail {
 namespace {
 
-// A directory entry of a container has 65,535 bytes for the name and what follows it.
-constexpr std::size_t kMaxItemName = 65'000;
 constexpr std::size_t kMaxExtension = 32;
 
 std::optional<model::PartName> plainName(std::string_view path) {
   // Names like these a reader would not trust, coming from strangers.
   if (hasControlCharacter(path) || path.find('\\') != std::string_view::npos) return std::nullopt;
   const std::string itemName = std::string(kFilesFolder) + model::percentEncodePath(path);
-  if (itemName.size() > kMaxItemName || model::findNameFault(itemName) != nullptr) {
+  if (findUnpackingFault(itemName) != nullptr || model::findNameFault(itemName) != nullptr) {
     return std::nullopt;
   }
   model::PartName name = model::PartName::fromItemName(itemName);

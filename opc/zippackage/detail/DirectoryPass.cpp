@@ -12,6 +12,7 @@
 #include "opc/Text.h"
 #include "opc/Words.h"
 #include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/HeaderMarks.h"
 #include "opc/zippackage/ItemInfoOf.h"
 #include "opc/zippackage/detail/CodePage437.h"
 
@@ -111,6 +112,9 @@ void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
   checkName(entry);
   const std::string_view name = directory_.name(current_);
   entry.kind = itemKindOf(name, header);
+  checkFields(entry, header);
+  checkMarks(entry, header);
+  checkDemands(header);
   hashes_.push_back(keyedHash(name));  // while the name is in the cache
 }
 
@@ -120,15 +124,56 @@ void DirectoryPass::checkExtra() {
   note(ZipFaultKind::ExtraMalformed, static_cast<std::uint64_t>(fault));
 }
 
+// Fields that are read by id; where the header needs none, as a rule.
+void DirectoryPass::checkFields(const ZipEntry& entry, const CentralHeader& header) {
+  const Bytes extra = directory_.extra(current_);
+  if (extra.empty()) return;
+  checkUnicodePath(entry, extra);
+  const auto field = ExtraFieldWalk::find(extra, Zip64Extra::kId);
+  const Zip64Extra actual{entry.size, entry.packedSize, entry.headerOffset, 0};
+  if (field && !actual.agrees(*field, Zip64Extra::neededBy(header))) {
+    note(ZipFaultKind::Zip64Unclear);
+  }
+}
+
+// A name of an old code page may have a field with the same name in Unicode. No other name needs
+// one, and none that is ASCII.
+void DirectoryPass::checkUnicodePath(const ZipEntry& entry, Bytes extra) {
+  const auto path = otherUnicodePath(directory_.name(current_), extra);
+  if (!path) return;
+  const bool mayBeOld = entry.mappedName != ZipEntry::kNotMapped || !isAscii(*path);
+  note(mayBeOld ? ZipFaultKind::UnicodePathOfOldName : ZipFaultKind::OtherUnicodePath);
+}
+
+void DirectoryPass::checkMarks(const ZipEntry& entry, const CentralHeader& header) {
+  const std::string_view name = directory_.name(current_);
+  MarkFault fault = markFaultOf(name, header);
+  if (fault == MarkFault::None) fault = markFaultOfFields(name, directory_.extra(current_));
+  const bool isFolder = name.ends_with('/') || fault == MarkFault::FolderWithoutSlash;
+  if (isFolder && entry.size != 0) {
+    note(ZipFaultKind::FolderHoldsData, entry.size);
+  } else if (fault != MarkFault::None) {
+    note(ZipFaultKind::MarksContradict, static_cast<std::uint64_t>(fault));
+  }
+}
+
+void DirectoryPass::checkDemands(const CentralHeader& header) {
+  const std::uint16_t version = header.versionNeeded;
+  if (!isUsualVersion(version)) {
+    const bool isHigh = !isUsualVersion(version & 0xFF);
+    note(isHigh ? ZipFaultKind::VersionTooHigh : ZipFaultKind::VersionOdd, version);
+  }
+  if ((header.flags & kReservedFlags) != 0) note(ZipFaultKind::ReservedFlags, header.flags);
+  if (findEndRecord(directory_.comment(current_)) == EndRecordTrace::Record) {
+    note(ZipFaultKind::EndRecordInComment);
+  }
+}
+
 void DirectoryPass::readZip64(ZipEntry& entry, const CentralHeader& header) {
   const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
                              header.headerOffset != kElsewhere32 && header.disk == 0;
   if (isPlainHeader) return;
-  Zip64Extra wide;
-  if (header.size == kElsewhere32) wide.size = 0;
-  if (header.packedSize == kElsewhere32) wide.packedSize = 0;
-  if (header.headerOffset == kElsewhere32) wide.headerOffset = 0;
-  if (header.disk == kElsewhere16) wide.disk = 0;
+  Zip64Extra wide = Zip64Extra::neededBy(header);
   const bool isNeeded = wide.size || wide.packedSize || wide.headerOffset || wide.disk;
   bool isThere = false;
   ExtraFieldWalk walk(directory_.extra(current_));

@@ -22,6 +22,10 @@ class DirectoryPass {
   void readEntries();
   void readEntry(std::size_t at, const CentralHeader& header);
   void checkExtra();
+  void checkFields(const ZipEntry& entry, const CentralHeader& header);
+  void checkUnicodePath(const ZipEntry& entry, Bytes extra);
+  void checkMarks(const ZipEntry& entry, const CentralHeader& header);
+  void checkDemands(const CentralHeader& header);
   void readZip64(ZipEntry& entry, const CentralHeader& header);
   void checkMethod(const ZipEntry& entry);
   void checkName(ZipEntry& entry);

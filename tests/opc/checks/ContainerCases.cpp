@@ -18,6 +18,13 @@ ZipItem& addSpecial(PackageUnderTest& p, const char* name, std::uint32_t attribu
   return item;
 }
 
+auto addTyped(const char* name) {
+  return [name](PackageUnderTest& p) {
+    p.add(name);
+    p.setTypes("<Override PartName=\"/" + std::string(name) + "\" ContentType=\"text/plain\"/>");
+  };
+}
+
 void addGapAfterWideEndRecord(PackageUnderTest& p) {
   p.zip.zip64 = true;
   const std::string bytes = p.zip.build();
@@ -108,7 +115,6 @@ std::span<const PackageCase> containerCases() {
       {110, "Device", "RB-14", "c.m",
        [](auto& p) { p.add("c.m").central.externalAttributes = kDevice; }},
       {110, "DarwinLink", "RB-14", "c.m", [](auto& p) { addSpecial(p, "c.m", kLink, 19); }},
-      {110, "LinkCalledFolder", "RB-14", "d/", [](auto& p) { addSpecial(p, "d/", kLink); }},
       {110, "NtfsLabel", "RB-14", "c.m", [](auto& p) { addSpecial(p, "c.m", kLabel, 10); }},
       {111, "CodePage", "ZP-3", "c\xC3\xA9.m", [](auto& p) { p.add("c\x82.m"); }},
       {111, "Utf8", "ZP-3", "c\xC3\xA9.m",
@@ -135,6 +141,10 @@ std::span<const PackageCase> containerCases() {
       {114, "Control", "RB-13", "c\x01.m", [](auto& p) { p.add("c\x01.m"); }},
       {114, "EncodedControl", "RB-13", "c%0A.m", [](auto& p) { p.add("c%0A.m"); }},
       {114, "EncodedNotUtf8", "RB-13", "c%FF.m", [](auto& p) { p.add("c%FF.m"); }},
+      {114, "Version", "RB-15", "c.m;12", addTyped("c.m;12")},
+      {114, "EmptyVersion", "RB-15", "c.m;", addTyped("c.m;")},
+      {114, "Long", "RB-15", std::string(1024, 'n') + "...",
+       [](auto& p) { p.add(std::string(3999, 'n') + ".m"); }},
       {115, "Folder", "ZP-2", "x/", [](auto& p) { p.add("x/", ""), p.add("x/", ""); }},
   };
   return kCases;

@@ -50,6 +50,7 @@ struct PackageCase {
 };
 
 std::span<const PackageCase> containerCases();
+std::span<const PackageCase> ambiguityCases();
 std::span<const PackageCase> packagingCases();
 std::span<const PackageCase> relationshipCases();
 

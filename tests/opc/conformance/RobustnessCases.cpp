@@ -131,8 +131,8 @@ std::vector<Case> limitCases() {
        [](PackageSpec& p) { p.types = differentElements(70000); }},
       {"RB-8", "RelationshipsInACircleAreRead", Accepted, Silent, addCircle,
        [](const ReadPackage& read) { EXPECT_EQ(read.targetsOfPart.at("rId1"), "/a.xml"); }},
-      {"RB-8", "AFolder10000DeepIsRead", Accepted, Silent, addDeepFolder,
-       [](const ReadPackage& read) { EXPECT_EQ(read.parts.size(), 3u); }},
+      {"RB-8", "AFolder10000DeepIsRead", Accepted, Warning, addDeepFolder,
+       [](const ReadPackage& read) { EXPECT_EQ(read.parts.size(), 3u); }, "RB-15"},
       {"RB-9", "AnEntityIsNotExpanded", Refused, Error,
        wholeTypes("<!DOCTYPE t [<!ENTITY a \"aaaaaaaa\"><!ENTITY b \"&a;&a;&a;\">]>" +
                   typesDocument("&b;").substr(39)),
@@ -171,8 +171,9 @@ std::vector<Case> namingCases() {
       {"RB-13", "AnEmptyNameDrawsAWarning", Ignored, Warning, item(""), nullptr, "PN-11"},
       {"RB-14", "ALinkDrawsAWarning", Ignored, Warning,
        [](PackageSpec& p) { p.add("c.m", "/etc").central.externalAttributes = 0120777u << 16; }},
-      {"RB-14", "ALinkThatIsCalledLikeAFolderDrawsAWarning", Ignored, Warning,
-       [](PackageSpec& p) { p.add("d/", "/etc").central.externalAttributes = 0120777u << 16; }},
+      {"RB-14", "ALinkThatIsCalledLikeAFolderIsAnError", Ignored, Error,
+       [](PackageSpec& p) { p.add("d/", "").central.externalAttributes = 0120777u << 16; }, nullptr,
+       "ZP-10"},
       {"RB-14", "ALinkOfDarwinDrawsAWarning", Ignored, Warning,
        [](PackageSpec& p) {
          p.add("c.m", "/etc").central.externalAttributes = 0120777u << 16;

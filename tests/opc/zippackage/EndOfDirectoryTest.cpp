@@ -115,14 +115,26 @@ TEST(EndOfDirectory, CountlessSignaturesFarInFrontOfTheEndAreNotAllLookedAt) {
 TEST(EndOfDirectory, ASignatureInTheCommentIsNoEndRecord) {
   const std::string signature = le32(0x06054b50);
   for (const std::string& fake :
-       {signature, "x" + signature, signature + "\n", signature + std::string(18, 'x'),
-        signature + le64(0) + le32(5000) + le32(4) + le16(0)}) {
+       {signature, "x" + signature, signature + "\n", signature + std::string(18, 'x')}) {
     ZipBuilder builder = twoItems();
     builder.comment = fake;
 
     EXPECT_EQ(refusalOf(builder), "");
     EXPECT_EQ(directoryOf(builder).entries().size(), 2u);
   }
+}
+
+TEST(EndOfDirectory, AnEndRecordInTheCommentThatLeadsNowhereIsRefused) {
+  const std::string nowhere = le32(0x06054b50) + le64(0) + le32(5000) + le32(4) + le16(0);
+  ZipBuilder ofArchive = twoItems();
+  ofArchive.comment = nowhere;
+  ZipBuilder ofItem = twoItems();
+  ofItem.items[0].comment = "before " + nowhere + " behind";
+
+  EXPECT_EQ(refusalOf(ofArchive),
+            "ZP-16: its comment holds what readers may take for the end record");
+  EXPECT_EQ(refusalOf(ofItem),
+            "ZP-16: the comment of item 'a.txt' holds what readers may take for the end record");
 }
 
 /// Where readers that take the last end record would find something else than the first one names.

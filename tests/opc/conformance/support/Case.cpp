@@ -7,9 +7,9 @@ namespace test::conformance {
 
 std::vector<Case> allCases() {
   std::vector<Case> all;
-  for (auto* const family :
-       {partNameCases, contentTypeCases, relationshipCases, corePropertyCases,
-        thumbnailAndSignatureCases, xmlCases, zipCases, interleavingCases, robustnessCases}) {
+  for (auto* const family : {partNameCases, contentTypeCases, relationshipCases, corePropertyCases,
+                             thumbnailAndSignatureCases, xmlCases, zipCases, interleavingCases,
+                             robustnessCases, ambiguityCases}) {
     const std::vector<Case> cases = family();
     all.insert(all.end(), cases.begin(), cases.end());
   }

@@ -41,6 +41,7 @@ std::vector<Case> xmlCases();
 std::vector<Case> zipCases();
 std::vector<Case> interleavingCases();
 std::vector<Case> robustnessCases();
+std::vector<Case> ambiguityCases();
 
 std::vector<Case> allCases();
 /// "RulePN6" for the rule "PN-6".

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "opc/checks/detail/LocalHeaderCheck.h"
+
+#include <string>
+#include <string_view>
+
+#include "opc/checks/PackageFindings.h"
+#include "opc/zippackage/ExtraFields.h"
+#include "opc/zippackage/HeaderMarks.h"
+
+namespace opc::checks::detail {
+
+using zippackage::Bytes;
+using zippackage::ExtraFault;
+using zippackage::ExtraFieldWalk;
+using zippackage::LocalHeader;
+using zippackage::MarkFault;
+using zippackage::Zip64Extra;
+using zippackage::ZipDirectory;
+using zippackage::ZipEntry;
+
+namespace {
+
+class LocalHeaderCheck {
+ public:
+  LocalHeaderCheck(const ZipDirectory& directory, std::size_t entry, const LocalHeader& header,
+                   Bytes extra, Report& report)
+      : entry_(directory.entries()[entry]),
+        name_(directory.name(entry)),
+        header_(header),
+        extra_(extra),
+        report_(report) {}
+
+  void run() {
+    checkDemands();
+    checkDescriptor();
+    checkZip64();
+    const ExtraFault fault = ExtraFieldWalk::faultOf(extra_);
+    if (fault != ExtraFault::None) {
+      report_.addAmbiguous(kUnusedBytes, name_, local(zippackage::describe(fault)), "ZP-16");
+    }
+    if (zippackage::otherUnicodePath(name_, extra_)) {
+      add(kOtherUnicodePath, local(zippackage::describeUnicodePath(name_, extra_)), "ZP-3");
+    }
+    const MarkFault mark = zippackage::markFaultOfFields(name_, extra_);
+    if (mark != MarkFault::None) {
+      add(kContradictingMarks, local(zippackage::describe(mark)), "ZP-10");
+    }
+  }
+
+ private:
+  static std::string local(const std::string& text) { return "its local header " + text; }
+
+  void add(FindingId id, const std::string& message, const char* rule) {
+    report_.addClipped(id, name_, message, rule);
+  }
+
+  bool hasDescriptor() const { return (header_.flags & zippackage::kFlagDescriptor) != 0; }
+
+  void checkDemands() {
+    if (!zippackage::isUsualVersion(header_.versionNeeded)) {
+      add(kUnusualDemands, local(zippackage::describeVersion(header_.versionNeeded)), "ZP-11");
+    }
+    if ((header_.flags & zippackage::kReservedFlags) != 0) {
+      add(kUnusualDemands, local(zippackage::describeFlags(header_.flags)), "ZP-11");
+    }
+  }
+
+  void checkDescriptor() {
+    if (((header_.flags ^ entry_.flags) & zippackage::kFlagDescriptor) == 0) return;
+    add(kHeadersDisagree, "only one of its headers announces a data descriptor", "ZP-7");
+  }
+
+  // A local header that announces a descriptor may hold zeros instead of the values.
+  void checkZip64() {
+    Zip64Extra needed = Zip64Extra::neededBy(header_);
+    const bool isNeeded = needed.size || needed.packedSize;
+    const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId);
+    if (isNeeded && (!field || !Zip64Extra(needed).decode(*field))) {
+      return add(kInconsistentRecords, local("refers to a ZIP64 value that it does not have"),
+                 "ZP-9");
+    }
+    if (!field) return;
+    const Zip64Extra actual{entry_.size, entry_.packedSize, entry_.headerOffset, 0};
+    const Zip64Extra unset{0, 0, 0, 0};
+    if (actual.agrees(*field, needed) || (hasDescriptor() && unset.agrees(*field, needed))) return;
+    report_.addAmbiguous(kUnusedBytes, name_,
+                         local("has a ZIP64 field with other values than it calls for"), "ZP-9");
+  }
+
+  const ZipEntry& entry_;
+  std::string_view name_;
+  const LocalHeader& header_;
+  Bytes extra_;
+  Report& report_;
+};
+
+}  // namespace
+
+void checkLocalHeader(const ZipDirectory& directory, std::size_t entry, const LocalHeader& header,
+                      Bytes extra, Report& report) {
+  LocalHeaderCheck(directory, entry, header, extra, report).run();
+}
+
+}  // namespace opc::checks::detail
