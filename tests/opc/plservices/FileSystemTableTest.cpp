@@ -334,7 +334,7 @@ TEST(FileSystemTable, MakesNoMoreThanTwoMillionFoldersHoweverLargeThePackage) {
 TEST(FileSystemTable, DoesNotCountFoldersThatFilesMakeAnyway) {
   ScratchTree tree;
   std::string path = "d";
-  for (int level = 0; level < 2000; ++level) path += "/d";
+  for (int level = 0; level < 1500; ++level) path += "/d";
   tree.addFile(path + "/plain.m");
   tree.addFolder(path + "/empty");
   tree.reopen();
