@@ -44,7 +44,7 @@ std::optional<std::string> filled(const Call& call, const char* what) {
 
 std::optional<std::string> readAttribute(const std::string& path, const char* name) {
   return filled(
-      [&](char* into, std::size_t room) { return ::lgetxattr(path.c_str(), name, into, room); },
+      [&](char* into, std::size_t room) { return ::getxattr(path.c_str(), name, into, room); },
       "cannot read an attribute of the old file");
 }
 
@@ -56,7 +56,7 @@ void setAttribute(int file, const char* name, const std::string& value) {
 
 void copyUserAttributes(const std::string& path, int to) {
   const std::optional<std::string> names =
-      filled([&](char* into, std::size_t room) { return ::llistxattr(path.c_str(), into, room); },
+      filled([&](char* into, std::size_t room) { return ::listxattr(path.c_str(), into, room); },
              "cannot list the attributes of the old file");
   if (!names) return;
   for (std::size_t at = 0; at < names->size(); at += std::strlen(names->data() + at) + 1) {

@@ -190,6 +190,19 @@ class CliTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.entries(name)
 
+    def is_writing(self, process, known, folder="."):
+        """Whether the program has a file in the making in the folder: one without a name or, where
+        there are none, one that is not `known`."""
+        place = os.path.realpath(self.path(folder))
+        try:
+            files = [os.readlink(f"/proc/{process.pid}/fd/{each}")
+                     for each in os.listdir(f"/proc/{process.pid}/fd")]
+        except OSError:  # it is over, or there is no /proc
+            files = []
+        if any(os.path.dirname(file) == place and file.endswith(" (deleted)") for file in files):
+            return True
+        return any(not name.endswith(".change.tmp") for name in set(self.names(folder)) - known)
+
     def names(self, folder="."):
         return sorted(os.listdir(self.path(folder)))
 

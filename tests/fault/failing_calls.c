@@ -64,7 +64,8 @@ static const struct {
 } kErrors[] = {{"EIO", EIO},       {"ENOSPC", ENOSPC},         {"EINTR", EINTR},
                {"EDQUOT", EDQUOT}, {"ENOSYS", ENOSYS},         {"EXDEV", EXDEV},
                {"EINVAL", EINVAL}, {"EOPNOTSUPP", EOPNOTSUPP}, {"EACCES", EACCES},
-               {"EPERM", EPERM},   {"EMFILE", EMFILE},         {"ENOMEM", ENOMEM}};
+               {"EPERM", EPERM},   {"EMFILE", EMFILE},         {"ENOMEM", ENOMEM},
+               {"EISDIR", EISDIR}};
 static const struct {
   const char* name;
   int number;
@@ -434,13 +435,13 @@ EXPORT int futimens(int file, const struct timespec times[2]) {
   return (int)syscall(SYS_utimensat, file, NULL, times, 0);
 }
 
-EXPORT ssize_t lgetxattr(const char* path, const char* name, void* into, size_t size) {
+EXPORT ssize_t getxattr(const char* path, const char* name, void* into, size_t size) {
   FAIL_AT(kExtended, path);
-  return syscall(SYS_lgetxattr, path, name, into, size);
+  return syscall(SYS_getxattr, path, name, into, size);
 }
-EXPORT ssize_t llistxattr(const char* path, char* into, size_t size) {
+EXPORT ssize_t listxattr(const char* path, char* into, size_t size) {
   FAIL_AT(kExtended, path);
-  return syscall(SYS_llistxattr, path, into, size);
+  return syscall(SYS_listxattr, path, into, size);
 }
 EXPORT int fsetxattr(int file, const char* name, const void* value, size_t size, int flags) {
   FAIL_ON(kExtended, file);

@@ -67,6 +67,21 @@ class Order(FaultTest):
                 if call.name in names and call.files and call.files[-1 if
                 call.name == "copy_file_range" else 0] == str(file)]
 
+    def temporary(self, calls, move, folder=None):
+        """What the file was called that this call gave its name: it had none, or a temporary one."""
+        folder = folder or self.folder
+        name = calls[move].texts[0]
+        for call in calls[:move]:
+            if call.name == "linkat" and call.texts[-1] == name:
+                name = call.texts[0]
+        if not name.startswith("/proc/self/fd/"):
+            self.assertEqual((self.folder / name).parent, folder)
+            return self.folder / name
+        found = {file for call in calls[:move] if call.name in WRITES for file in call.files
+                 if re.fullmatch(re.escape(str(folder)) + r"/#\d+", file)}
+        self.assertEqual(len(found), 1)
+        return found.pop()
+
     def test_of_a_package_is_data_then_name_then_folder(self):
         self.make_inputs()
         for command in faulttest.known_commands():
@@ -79,10 +94,9 @@ class Order(FaultTest):
 
     def check_order(self, calls, target):
         moves = [i for i, call in enumerate(calls)
-                 if call.name.startswith("rename") and call.texts[-1] == target]
+                 if call.name.startswith(("rename", "link")) and call.texts[-1] == target]
         self.assertEqual(len(moves), 1, "the package got its name once")
-        temporary = self.folder / calls[moves[0]].texts[0]
-        self.assertEqual(temporary.parent, self.folder)
+        temporary = self.temporary(calls, moves[0])
         writes = self.positions(calls, WRITES, temporary)
         flushes = self.positions(calls, ("fsync", "fdatasync"), temporary)
         folder = self.positions(calls, ("fsync",), self.folder)
@@ -100,7 +114,7 @@ class Order(FaultTest):
             moves = [i for i, call in enumerate(calls)
                      if call.name.startswith("rename") and call.texts[-1].endswith(target)]
             self.assertEqual(len(moves), 1)
-            writes = self.positions(calls, WRITES, self.folder / calls[moves[0]].texts[0])
+            writes = self.positions(calls, WRITES, self.temporary(calls, moves[0]))
             self.assertTrue(writes)
             self.assertLess(max(writes), moves[0])
 
@@ -112,7 +126,9 @@ class Order(FaultTest):
         moves = [i for i, call in enumerate(calls)
                  if call.name.startswith("rename") and call.texts[-1] == "a.m"]
         self.assertEqual(len(moves), 1, "an existing file is replaced in one step")
-        writes = self.positions(calls, WRITES, self.path("there") / calls[moves[0]].texts[0])
+        writes = self.positions(calls, WRITES,
+                                self.temporary(calls, moves[0], self.path("there")))
+        self.assertTrue(writes)
         self.assertLess(max(writes), moves[0])
 
     def test_of_a_package_that_does_not_change_writes_nothing(self):

@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: MIT
 """Kernels and file systems that lack a feature: the commands work without it."""
 
+import os
+import pathlib
+import shutil
+
 import faulttest
-from faulttest import FaultTest, needs_shim, snapshot
+from faulttest import KRADDON, FaultTest, needs_shim, snapshot
 
 LACKING = [
     ("renamekeeping:1+:ENOSYS", "a rename that keeps what is there"),
@@ -10,6 +14,9 @@ LACKING = [
     ("renamekeeping:1+:EINVAL;link:1+:EPERM", "that, and links"),
     ("renamekeeping:1+:ENOSYS;link:1+:EOPNOTSUPP", "that, and links"),
     ("renamekeeping:1+:ENOSYS;link:1+:ENOSYS", "that, and links"),
+    ("link:1+:EPERM", "links"),
+    ("nameless:1+:EOPNOTSUPP;renamekeeping:1+:ENOSYS", "files without a name, and that"),
+    ("nameless:1+:EISDIR;renamekeeping:1+:EINVAL;link:1+:EPERM", "all three"),
     ("copy:1+:ENOSYS", "copying within the kernel"),
     ("copy:1+:EXDEV", "copying within the kernel"),
     ("copy:1+:EOPNOTSUPP", "copying within the kernel"),
@@ -40,6 +47,22 @@ class Lacking(FaultTest):
                     self.restore(now)
                     self.assertEqual((result.code, result.errors), (0, ""))
                     self.assert_new(command, now, rules)
+
+    def test_proc_is_not_needed(self):
+        if shutil.which("unshare") is None or os.geteuid() != 0:
+            self.skipTest("needs permission to mount")
+        self.make_inputs()
+        # The loader finds the program's folder in /proc, too.
+        env = {"LD_LIBRARY_PATH": str(pathlib.Path(KRADDON).parent.parent / "lib")}
+        for command in faulttest.known_commands():
+            self.learn(command)
+            with self.subTest(command=command.name):
+                result = self.run_kraddon(*command.words, env=env, prefix=[
+                    "unshare", "-m", "sh", "-c", 'mount -t tmpfs none /proc && exec "$@"', "sh"])
+                now = snapshot(self.folder)
+                self.restore(now)
+                self.assertEqual((result.code, result.errors), (0, ""))
+                self.assert_new(command, now, command.name)
 
     def test_what_a_kill_leaves_of_a_nameless_file_is_not_packed(self):
         # It has a name until it is removed, right after it was made.

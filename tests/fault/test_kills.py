@@ -1,14 +1,19 @@
 # SPDX-License-Identifier: MIT
 """Signals at any moment leave the old file or the new one, never anything else."""
 
+import os
+import pathlib
 import random
 import shutil
 import signal
 import subprocess
+import tempfile
 import time
 
-import faulttest
-from faulttest import KRADDON, FaultTest, needs_shim, snapshot
+ON_DISK = tempfile.gettempdir()  # before faulttest chooses memory
+
+import faulttest  # noqa: E402
+from faulttest import KRADDON, FaultTest, needs_shim, snapshot  # noqa: E402
 
 MOMENTS = 300 if faulttest.FULL else 8
 GENTLE = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
@@ -138,6 +143,52 @@ class AtRandomMoments(Kills):
             _, errors = process.communicate(timeout=120)
             self.assert_killed(command, process.returncode, errors, number,
                                f"{command.name}, {number.name} after {delay:.4f} s")
+
+
+class Left(FaultTest):
+    """What stays of killed commands: at most the names that existed for a moment."""
+
+    COMMANDS = (["create", "p.kraddon", "src", "--name", "x", "--force"],
+                ["set", "p.kraddon", "properties", "summary=other"],
+                ["add", "p.kraddon", "src/a.m", "--replace"],
+                ["get", "p.kraddon", "properties", "-o", "old.png"],
+                ["call", "addonSetLicense", "p.kraddon", '{"type":"MIT","text":"t"}'])
+
+    def test_of_many_kills_are_few_names(self):
+        kills = 1000 if faulttest.FULL else 100
+        for folder in {tempfile.gettempdir(), ON_DISK}:
+            with self.subTest(folder=folder):
+                if not can_be_nameless(folder):
+                    self.skipTest("needs a file system with files without a name")
+                self.folder = pathlib.Path(tempfile.mkdtemp(dir=folder))
+                self.addCleanup(shutil.rmtree, self.folder)
+                self.make_inputs()
+                self.assertLessEqual(self.kill(kills), 5)
+                self.ok("verify", "p.kraddon", "-q")
+
+    def kill(self, kills):
+        """Kills commands at random moments; returns the number of names that were not there."""
+        lasts = {}
+        for words in self.COMMANDS:
+            began = time.monotonic()
+            self.ok(*words)
+            lasts[words[0]] = time.monotonic() - began
+        known = set(self.names())
+        for number in range(kills):
+            words = self.COMMANDS[number % len(self.COMMANDS)]
+            process = subprocess.Popen([KRADDON, *words], cwd=self.folder, env=self.environment())
+            time.sleep(random.uniform(0, lasts[words[0]]))
+            process.kill()
+            process.wait()
+        return len(set(self.names()) - known)
+
+
+def can_be_nameless(folder):
+    try:
+        os.close(os.open(folder, os.O_TMPFILE | os.O_RDWR))
+    except OSError:
+        return False
+    return os.path.isdir("/proc/self/fd")
 
 
 if __name__ == "__main__":

@@ -16,7 +16,6 @@
 #include "opc/FileDescriptor.h"
 #include "opc/FileIdentity.h"
 #include "opc/FileRights.h"
-#include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 #include "opc/Text.h"
 #include "tool/process/Errors.h"
@@ -35,55 +34,32 @@ bool isThere(const std::string& path, struct stat& status) {
   throw process::systemFailure("cannot write", path, errno);
 }
 
-/// A new file beside another one, gone again unless it is put in place. `name` is for messages.
+/// A new file that is to appear at `target`. Throws Failure, with `name` for the file.
 class SideFile {
  public:
   /// `old` is the file that it replaces, or null.
-  SideFile(const std::string& target, const std::string& name, const struct stat* old)
-      : target_(target), name_(name) {
-    path_ = target;
-    descriptor_ = opc::createTemporaryFile(AT_FDCWD, path_, O_RDWR, old == nullptr ? 0666 : 0600);
-    if (!descriptor_) throw process::systemFailure("cannot write", name, errno);
+  SideFile(const std::string& target, std::string name, const struct stat* old)
+      : name_(std::move(name)) {
+    if (!file_.create(AT_FDCWD, target, old == nullptr ? 0666 : 0600)) fail(errno);
     try {
-      if (old != nullptr) opc::copyRights(target, *old, descriptor_.get());
+      if (old != nullptr) opc::copyRights(target, *old, file_.descriptor());
     } catch (const opc::SystemError& error) {
       fail(error.number());
     }
   }
-  ~SideFile() {
-    if (!path_.empty()) ::unlink(path_.c_str());
-  }
-  SideFile(const SideFile&) = delete;
-  SideFile& operator=(const SideFile&) = delete;
 
-  int descriptor() const { return descriptor_.get(); }
+  int descriptor() const { return file_.descriptor(); }
   void putInPlace(bool replaces) {
-    // A full disk that was not told by writing may be told by closing. It has closed the file even
-    // when it was interrupted.
-    if (::close(descriptor_.release()) != 0 && errno != EINTR) fail(errno);
-    const auto move = [&] { return moveTo(replaces ? 0 : RENAME_NOREPLACE); };
-    if (opc::uninterrupted(move) == 0) return path_.clear();
-    // There are file systems that know no rename of that kind. A link refuses a taken name, too.
-    const bool knowsNoSuchRename = !replaces && (errno == EINVAL || errno == ENOSYS);
-    const auto link = [&] { return ::link(path_.c_str(), target_.c_str()); };
-    if (!knowsNoSuchRename || opc::uninterrupted(link) != 0) fail(errno);
+    if (!file_.finishWriting() || !file_.putInPlace(replaces)) fail(errno);
   }
 
  private:
-  int moveTo(unsigned flags) const {
-    return ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), flags);
-  }
-
-  [[noreturn]] void fail(int number) {
-    if (!path_.empty()) ::unlink(path_.c_str());
-    path_.clear();
+  [[noreturn]] void fail(int number) const {
     throw process::systemFailure("cannot write", name_, number);
   }
 
-  std::string target_;
   std::string name_;
-  std::string path_;
-  opc::FileDescriptor descriptor_;
+  opc::TemporaryFile file_;
 };
 
 void writeTo(int descriptor, const std::string& name, const Content& content) {

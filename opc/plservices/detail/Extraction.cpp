@@ -134,7 +134,9 @@ std::vector<model::PartId> Extraction::parts() const {
 // Read before it is made: a small file that is damaged never comes to be.
 void Extraction::writeFile(NodeId file, ReadAhead& reader, int folder) {
   PartBlock block = reader.read();
-  NewFile target(folder, tree_.name(file).data(), block.info.executable, replace_);
+  NewFile target(
+      folder, tree_.name(file).data(),
+      {.executable = block.info.executable, .replaces = replace_, .isLarge = !block.isLast});
   for (;;) {
     target.write(block.data.data(), block.data.size());
     done_.bytesDone += block.data.size();

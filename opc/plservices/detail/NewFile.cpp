@@ -7,11 +7,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 
 #include "opc/Exception.h"
 #include "opc/SystemCall.h"
-#include "opc/TemporaryFile.h"
 #include "opc/plservices/FolderCursor.h"
 
 namespace opc::plservices::detail {
@@ -39,33 +37,28 @@ bool isMissingFeature(int number) {
 
 }  // namespace
 
-NewFile::NewFile(int folder, const char* name, bool executable, bool replace)
-    : folder_(folder), name_(name) {
-  const mode_t mode = executable ? 0777 : 0666;
-  file_.reset(createFile(folder, name, mode));
-  if (file_) return;
-  if (errno == EEXIST && replace) {
-    createBeside(mode);
-    return;
+NewFile::NewFile(int folder, const char* name, const Properties& properties)
+    : folder_(folder), name_(name), replaces_(properties.replaces) {
+  const mode_t mode = properties.executable ? 0777 : 0666;
+  if (!properties.isLarge) {
+    named_.reset(createFile(folder, name, mode));
+    if (named_) return;
+    if (errno != EEXIST) throw SystemError("cannot create the file", errno);
+    if (!replaces_) refuseExisting(folder, name);
   }
-  if (errno == EEXIST) refuseExisting(folder, name);
-  throw SystemError("cannot create the file", errno);
-}
-
-void NewFile::createBeside(mode_t mode) {
-  if (isFolder(folder_, name_)) refuseExisting(folder_, name_);
-  temporary_ = name_;
-  file_ = createTemporaryFile(folder_, temporary_, O_WRONLY, mode);
-  if (!file_) throw SystemError("cannot create a temporary file", errno);
+  if (isFolder(folder, name)) refuseExisting(folder, name);
+  if (!temporary_.create(folder, name, mode)) {
+    throw SystemError("cannot create a temporary file", errno);
+  }
 }
 
 NewFile::~NewFile() {
-  if (!finished_) ::unlinkat(folder_, currentName(), 0);
+  if (named_) ::unlinkat(folder_, name_, 0);
 }
 
 void NewFile::write(const unsigned char* bytes, std::size_t size) {
   while (size != 0) {
-    const ssize_t count = ::write(file_.get(), bytes, size);
+    const ssize_t count = ::write(descriptor(), bytes, size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw SystemError("cannot write", errno);
     bytes += count;
@@ -77,23 +70,32 @@ void NewFile::finish(std::int64_t modified) {
   std::array<struct timespec, 2> times{};
   times[0].tv_nsec = UTIME_OMIT;
   times[1].tv_sec = modified;
-  const int result = uninterrupted([&] { return ::futimens(file_.get(), times.data()); });
+  const int result = uninterrupted([&] { return ::futimens(descriptor(), times.data()); });
   if (result != 0 && !isMissingFeature(errno)) {
     throw SystemError("cannot set the time", errno);
   }
+  if (named_) {
+    closeNamed();
+  } else {
+    takePlace();
+  }
+}
+
+void NewFile::closeNamed() {
   // An interrupted close has closed the file; trying again might hit somebody else's.
-  if (::close(file_.release()) != 0 && errno != EINTR) throw SystemError("cannot close", errno);
-  if (!temporary_.empty()) takePlace();
-  finished_ = true;
+  if (::close(named_.release()) == 0 || errno == EINTR) return;
+  const int number = errno;
+  ::unlinkat(folder_, name_, 0);
+  throw SystemError("cannot close", number);
 }
 
 // What is there is never opened or followed: a link gives way itself.
 void NewFile::takePlace() {
-  const auto rename = [&] { return ::renameat(folder_, temporary_.c_str(), folder_, name_); };
-  if (uninterrupted(rename) == 0) return;
+  if (!temporary_.finishWriting()) throw SystemError("cannot close", errno);
+  if (temporary_.putInPlace(replaces_)) return;
   const int number = errno;
-  if (isFolder(folder_, name_)) refuseExisting(folder_, name_);
-  throw SystemError("cannot replace what is there", number);
+  if (number == EEXIST || isFolder(folder_, name_)) refuseExisting(folder_, name_);
+  throw SystemError("cannot put the file in its place", number);
 }
 
 }  // namespace opc::plservices::detail

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "opc/Exception.h"
+#include "opc/TemporaryFile.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/detail/FileWriting.h"
 
@@ -39,7 +40,8 @@ class PendingStream final : public InputStream {
 }  // namespace
 
 std::uint64_t PendingStore::spill(Bytes data) {
-  if (!file_) file_ = makeNamelessFile(folder_);
+  if (!file_) file_ = createNamelessFile(folder_);
+  if (!file_) throw SystemError("cannot make a temporary file in '" + folder_ + "'", errno);
   const std::uint64_t place = fileSize_;
   writeFully(file_.get(), place, data, "cannot write to a temporary file");
   fileSize_ += data.size();

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <sys/stat.h>
-
-#include <optional>
 #include <string>
 
 #include "opc/FileDescriptor.h"
 #include "opc/PackageTarget.h"
+#include "opc/TemporaryFile.h"
 
 namespace opc::zippackage::detail {
 
@@ -18,12 +16,10 @@ class TemporaryPackage {
   /// Makes the file. It gets the rights of the file that it is to replace (copyRights); without
   /// one, those of any new file in the folder. Throws SystemError.
   explicit TemporaryPackage(PackageTarget target);
-  ~TemporaryPackage();
-  TemporaryPackage(const TemporaryPackage&) = delete;
-  TemporaryPackage& operator=(const TemporaryPackage&) = delete;
 
-  int descriptor() const { return file_.get(); }
-  std::string path() const { return target_.folder + "/" + name_; }
+  int descriptor() const { return file_.descriptor(); }
+  /// A path at which it can be opened until it is in place.
+  std::string path() const;
 
   /// Flushes the file to the disk. Throws SystemError.
   void sync();
@@ -34,17 +30,10 @@ class TemporaryPackage {
   void syncFolder();
 
  private:
-  void create(bool isPrivate);
-  bool rename(unsigned flags);
-  bool linkWithoutReplacing();
-  bool claimWithoutReplacing();
-  bool isInPlace() const;
-
   PackageTarget target_;
   FileDescriptor folder_;
   bool isFolderReadable_ = true;
-  std::string name_;  ///< empty once it is in place
-  FileDescriptor file_;
+  TemporaryFile file_;
 };
 
 }  // namespace opc::zippackage::detail
