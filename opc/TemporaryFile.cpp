@@ -74,7 +74,7 @@ bool isLinkRefused(int number) {
 }
 
 void removeIfAbandoned(int folder, const char* name) {
-  constexpr std::time_t kDay = 24 * 60 * 60;
+  constexpr std::time_t kDay = 86400;
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   const FileDescriptor file(uninterrupted([&] { return ::openat(folder, name, kFlags); }));
   struct stat status {};

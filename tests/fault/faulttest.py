@@ -20,6 +20,7 @@ import kraddontest  # noqa: E402
 from kraddontest import KRADDON  # noqa: E402
 
 SHIM = os.environ.get("KRADDON_FAULT_SHIM", "")
+LIBRARY_WRITER = os.environ.get("KRADDON_LIBRARY_WRITER", "")
 FULL = os.environ.get("KRADDON_FAULT_FULL") == "1"
 LOCK_ENDS = (".change.tmp", ".commit.tmp")
 NO_SHIM = "needs a build without sanitizers, which stand in for the same calls"
@@ -240,9 +241,9 @@ class FaultTest(kraddontest.CliTest):
                                (pair.split("=") for pair in line.split()[1:])}
         return result
 
-    def start_stopped(self, rules, *words):
+    def start_stopped(self, rules, *words, program=KRADDON):
         """Starts it and waits until a rule has stopped it; `returncode` is set if none did."""
-        process = subprocess.Popen([KRADDON, *words], cwd=self.folder, stdout=subprocess.PIPE,
+        process = subprocess.Popen([program, *words], cwd=self.folder, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE,
                                    env=self.environment(self.shim_environment(rules)))
         _, status = os.waitpid(process.pid, os.WUNTRACED)

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Several commands at the same time on one package."""
 
+import fcntl
 import json
 import subprocess
 import time
@@ -83,6 +84,48 @@ class Writers(FaultTest):
                 reads += 1
             self.assertEqual(self.finish(writer), (0, b"", b""))
         self.assertGreater(reads, 10)
+
+    @faulttest.needs_shim
+    def test_through_the_library_lose_no_change_of_others(self):
+        self.package("p.kraddon", {"a.m": "x"})
+        for moment in ("sync:1:SIGSTOP", "rename:1:SIGSTOP"):
+            with self.subTest(moment=moment):
+                self.ok("set", "p.kraddon", "properties", "summary=old")
+                host = self.start_stopped(moment, "p.kraddon", moment,
+                                          program=faulttest.LIBRARY_WRITER)
+                self.assertIsNone(host.returncode, "it was not stopped")
+                # The command is not through before the host goes on, or the host fails.
+                command = self.start("set", "p.kraddon", "properties", "summary=new")
+                try:
+                    command.wait(2)
+                except subprocess.TimeoutExpired:
+                    pass
+                self.go_on(host)
+                code, _, errors = self.finish(command)
+                self.assert_kept(code, errors, moment)
+        self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src"])
+
+    def assert_kept(self, code, errors, text):
+        """A command that succeeded left its change, and one that failed says why."""
+        summary = self.ok("get", "p.kraddon", "properties").json["summary"]
+        license_text = self.ok("get", "p.kraddon", "license").json["text"]
+        if code == 0:
+            self.assertEqual(summary, "new")
+        else:
+            self.assertEqual(errors, b"kraddon: set: cannot write package 'p.kraddon': it was "
+                             b"replaced since it was opened\n")
+            self.assertEqual((summary, license_text), ("old", text))
+
+    def test_that_find_another_commit_in_progress_wait_for_it_and_then_fail(self):
+        self.package("p.kraddon", {"a.m": "x"})
+        before = self.path("p.kraddon").read_bytes()
+        with open(self.path(".p.kraddon.commit.tmp"), "wb") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            self.fails("set", "p.kraddon", "properties", "summary=new",
+                       message="cannot write package 'p.kraddon': another program has been "
+                       "replacing it for 10 seconds")
+        self.assertEqual(self.path("p.kraddon").read_bytes(), before)
+        self.ok("set", "p.kraddon", "properties", "summary=new")
 
     def read_once(self, number):
         readers = [self.start("get", "p.kraddon", "license"), self.start("list", "p.kraddon"),

@@ -4,12 +4,19 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <optional>
 
 #include "opc/Exception.h"
 #include "opc/zippackage/detail/TemporaryPackage.h"
 
 namespace opc::zippackage::detail {
+namespace {
+
+// It is held for a few system calls.
+constexpr std::chrono::seconds kLongestWait{10};
+
+}  // namespace
 
 void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>& write,
                     const std::function<void(const std::string&)>& inspect,
@@ -23,11 +30,29 @@ void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>
     out.flush();
     if (inspect) inspect(package->path());
     package->sync();
+    const LockFile lock = lockPlace();
     requireUnchanged();
     package->moveInPlace(replaceExisting);
   });
   finished();
   package->syncFolder();
+}
+
+// Nobody who uses this class replaces the file between a look at it and the rename.
+LockFile ZipCommit::lockPlace() const {
+  LockFile lock;
+  lock.take(target_.path(), LockFile::Kind::Commit, kLongestWait, {});
+  switch (lock.state()) {
+    case LockFile::State::Busy:
+      throw Exception(ErrorCode::FileSystem, "another program has been replacing it for " +
+                                                 std::to_string(kLongestWait.count()) + " seconds");
+    case LockFile::State::Closed:
+      throw SystemError("cannot open lock file '" + lock.path() + "'", lock.number());
+    case LockFile::State::Impossible:
+      throw SystemError("cannot create lock file '" + lock.path() + "'", lock.number());
+    default:
+      return lock;
+  }
 }
 
 void ZipCommit::requireUnchanged() const {

@@ -6,11 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "tests/opc/zippackage/CommitsFixture.h"
@@ -249,6 +252,28 @@ TEST_F(Commits, DoNotBringBackAFileThatWasRemoved) {
 
   EXPECT_EQ(code, ErrorCode::ChangedOnDisk);
   EXPECT_EQ(filesInFolder(), 0u);
+}
+
+TEST_F(Commits, OfSeveralThreadsAreInThePackageOrFail) {
+  std::atomic<int> succeeded = 0;
+  const auto work = [&](int thread) {
+    for (int turn = 0; turn < 20; ++turn) {
+      auto package = test::packageAt(path());
+      package.open(OpenMode::Modify);
+      test::addText(package, {.name = std::to_string(thread) + "-" + std::to_string(turn)}, "x");
+      if (test::errorOf([&] { package.close(false); }).empty()) ++succeeded;
+    }
+  };
+
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) threads.emplace_back(work, thread);
+  for (std::thread& thread : threads) thread.join();
+
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Read);
+  EXPECT_EQ(package.itemCount(), 2u + static_cast<std::size_t>(succeeded));
+  EXPECT_GE(succeeded, 20);
+  EXPECT_EQ(filesInFolder(), 1u);
 }
 
 TEST_F(Commits, FailWhenTheFileOutgrowsWhatIsAllowed) {
