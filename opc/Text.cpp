@@ -63,7 +63,10 @@ void appendHexEscape(std::string& out, unsigned value) {
 
 void appendUnicodeEscape(std::string& out, unsigned value) {
   out += "\\u";
-  appendHexDigits(out, value, 4);
+  constexpr unsigned kLastOfFourDigits = 0xFFFF;
+  if (value <= kLastOfFourDigits) return appendHexDigits(out, value, 4);
+  out.back() = 'U';
+  appendHexDigits(out, value, 8);
 }
 
 void appendControl(std::string& out, std::int32_t point) {
@@ -83,14 +86,17 @@ void appendControl(std::string& out, std::int32_t point) {
   }
 }
 
-// Those that turn the direction of text make a name look like another one.
-bool isDirectionControl(std::int32_t point) {
-  return point == 0x061C || point == 0x200E || point == 0x200F ||
-         (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+// What turns the direction of text, ends a line or cannot be seen makes a name look like another
+// one.
+bool isDeceptive(std::int32_t point) {
+  return point == 0x00AD || point == 0x061C || (point >= 0x200B && point <= 0x200F) ||
+         (point >= 0x2028 && point <= 0x202E) || point == 0x2060 ||
+         (point >= 0x2066 && point <= 0x2069) || point == 0xFEFF ||
+         (point >= 0xE0000 && point <= 0xE007F);
 }
 
 bool isControl(std::int32_t point) {
-  return point < 0x20 || (point >= 0x7F && point < 0xA0) || isDirectionControl(point);
+  return point < 0x20 || (point >= 0x7F && point < 0xA0) || isDeceptive(point);
 }
 
 }  // namespace

@@ -14,23 +14,22 @@ namespace text {
 
 namespace {
 
-void appendEscaped(std::string& text, std::string_view utf8) {
-  for (const char c : utf8) {
-    if (c == '"' || c == '\\') {
-      text += '\\';
-      text += c;
-    } else if (c == '\n') {
-      text += "\\n";
-    } else if (c == '\t') {
-      text += "\\t";
-    } else if (c == '\r') {
-      text += "\\r";
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      fmt::format_to(std::back_inserter(text), "\\u{:04x}", static_cast<unsigned char>(c));
-    } else {
-      text += c;
-    }
-  }
+void appendEscape(std::string& text, unsigned unit) {
+  fmt::format_to(std::back_inserter(text), "\\u{:04x}", unit);
+}
+
+/// The code point of the character that `utf8`, which is valid, begins with, if it is below U+3000
+/// and not ASCII, else 0. What a terminal acts on is among these and DEL.
+unsigned leadingPoint(std::string_view utf8) {
+  const auto bits = [&](std::size_t at) { return static_cast<unsigned char>(utf8[at]) & 0x3Fu; };
+  const auto lead = static_cast<unsigned char>(utf8[0]);
+  if (lead >= 0xC0 && lead < 0xE0) return (lead & 0x1Fu) << 6 | bits(1);
+  return lead == 0xE2 ? 0x2000 | bits(1) << 6 | bits(2) : 0;
+}
+
+bool isForTerminals(unsigned point) {
+  return (point >= 0x7F && point < 0xA0) || point == 0x061C || point == 0x200E || point == 0x200F ||
+         (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
 }
 
 bool isSurrogate(char16_t c) {
@@ -44,6 +43,34 @@ bool isTrail(char16_t c) {
 }
 
 }  // namespace
+
+void JsonWriter::append(std::string_view utf8) {
+  constexpr char kDelete = 0x7F;
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const char c = utf8[i];
+    if (c == '"' || c == '\\') {
+      text_ += '\\';
+      text_ += c;
+    } else if (c == '\n') {
+      text_ += "\\n";
+    } else if (c == '\t') {
+      text_ += "\\t";
+    } else if (c == '\r') {
+      text_ += "\\r";
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      appendEscape(text_, static_cast<unsigned char>(c));
+    } else if (static_cast<unsigned char>(c) < kDelete || escapes_ == Escapes::Required) {
+      text_ += c;
+    } else if (c == kDelete) {
+      appendEscape(text_, kDelete);
+    } else if (const unsigned point = leadingPoint(utf8.substr(i)); isForTerminals(point)) {
+      appendEscape(text_, point);
+      i += point < 0x800 ? 1 : 2;
+    } else {
+      text_ += c;
+    }
+  }
+}
 
 void JsonWriter::breakLine() {
   if (!isIndented_) return;
@@ -96,9 +123,9 @@ void JsonWriter::value(std::string_view utf8) {
   text_ += '"';
   // Paths of the system may be any bytes, and JSON may not.
   if (opc::isUtf8(utf8)) {
-    appendEscaped(text_, utf8);
+    append(utf8);
   } else {
-    appendEscaped(text_, opc::printable(utf8));
+    append(opc::printable(utf8));
   }
   text_ += '"';
 }
@@ -113,11 +140,11 @@ void JsonWriter::value(std::u16string_view text) {
       ++i;
       continue;
     }
-    appendEscaped(text_, opc::toUtf8(text.substr(begin, i - begin)));
-    fmt::format_to(std::back_inserter(text_), "\\u{:04x}", static_cast<unsigned>(text[i]));
+    append(opc::toUtf8(text.substr(begin, i - begin)));
+    appendEscape(text_, text[i]);
     begin = i + 1;
   }
-  appendEscaped(text_, opc::toUtf8(text.substr(begin)));
+  append(opc::toUtf8(text.substr(begin)));
   text_ += '"';
 }
 

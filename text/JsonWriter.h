@@ -13,10 +13,14 @@ namespace text {
 class JsonWriter {
  public:
   enum class Layout { Compact, Indented };
+  /// What becomes a \u escape: what JSON requires, or also what a terminal would act on, U+007F to
+  /// U+009F and the characters that change the direction of text.
+  enum class Escapes { Required, ForTerminals };
 
   /// Appends to `text`, which may be emptied between calls.
-  explicit JsonWriter(std::string& text, Layout layout = Layout::Indented)
-      : text_(text), isIndented_(layout == Layout::Indented) {}
+  explicit JsonWriter(std::string& text, Layout layout = Layout::Indented,
+                      Escapes escapes = Escapes::ForTerminals)
+      : text_(text), isIndented_(layout == Layout::Indented), escapes_(escapes) {}
 
   void beginObject() { begin('{'); }
   void endObject() { end('}'); }
@@ -47,9 +51,11 @@ class JsonWriter {
   void end(char bracket);
   void startValue();
   void breakLine();
+  void append(std::string_view utf8);
 
   std::string& text_;
   bool isIndented_;
+  Escapes escapes_;
   bool isAfterKey_ = false;
   std::vector<bool> hasValues_;  // of each open bracket
 };

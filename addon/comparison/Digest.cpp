@@ -21,10 +21,11 @@ using addon::packaging::Field;
 /// A path and the hash of what it holds.
 using Line = std::pair<std::string, std::string>;
 
-/// As compact JSON, as 'kraddon get' prints it.
+/// As compact JSON. What terminals act on is not escaped, so that digests stay as they always were.
 std::string asJson(const AddonProperties& properties) {
   std::string json;
-  text::JsonWriter writer(json, text::JsonWriter::Layout::Compact);
+  text::JsonWriter writer(json, text::JsonWriter::Layout::Compact,
+                          text::JsonWriter::Escapes::Required);
   const ConstRecord record(properties);
   writer.beginObject();
   for (const Field& field : AddonProperties::kTable.record.fields) {

@@ -126,7 +126,14 @@ TEST(Text, ShowsWhatTurnsTheDirectionOfTextAsEscapes) {
   EXPECT_EQ(printable("evil\u202Egnp.exe"), "evil\\u202egnp.exe");
   EXPECT_EQ(printable("\u061C\u200E\u200F\u202A\u202D\u2066\u2069"),
             "\\u061c\\u200e\\u200f\\u202a\\u202d\\u2066\\u2069");
-  EXPECT_EQ(printable("\u200D\u2029\u2065\u206A\u061D"), "\u200D\u2029\u2065\u206A\u061D");
+  EXPECT_EQ(printable("\u2027\u202F\u2065\u206A\u061D"), "\u2027\u202F\u2065\u206A\u061D");
+}
+
+TEST(Text, ShowsWhatCannotBeSeenAsEscapes) {
+  EXPECT_EQ(printable("\u2028\u2029\u00AD\u200B\u200D\u200F\u2060\uFEFF"),
+            "\\u2028\\u2029\\xad\\u200b\\u200d\\u200f\\u2060\\ufeff");
+  EXPECT_EQ(printable("\U000E0000a\U000E007F"), "\\U000e0000a\\U000e007f");
+  EXPECT_EQ(printable("\u00AE\u200A\u2061\uFEFE\U000E0080"), "\u00AE\u200A\u2061\uFEFE\U000E0080");
 }
 
 TEST(Text, ComparesUtf8AsUtf16WouldCompare) {
