@@ -3,37 +3,17 @@
 
 import os
 import re
-import shutil
-import subprocess
 import unittest
 
 import faulttest
 from faulttest import FaultTest
+from tracing import can_trace, whole_lines
 
 CALLS = ("openat,open,creat,write,pwrite64,copy_file_range,ftruncate,fsync,fdatasync,"
          "sync_file_range,rename,renameat,renameat2,link,linkat")
 WRITES = ("write", "pwrite64", "copy_file_range", "ftruncate")
 # "12345 fsync(5</folder/file>) = 0"
 LINE = re.compile(r"^\d+ +(\w+)\((.*)\) += (-?\d+)")
-
-
-def can_trace():
-    if shutil.which("strace") is None:
-        return False
-    done = subprocess.run(["strace", "-e", "trace=none", "true"], capture_output=True, check=False)
-    return done.returncode == 0
-
-
-def whole_lines(log):
-    """Joins calls that strace split because of another thread, in the order of their ends."""
-    begun = {}
-    for line in log.splitlines():
-        thread = line.split(" ", 1)[0]
-        if line.endswith(" <unfinished ...>"):
-            begun[thread] = line.removesuffix(" <unfinished ...>")
-            continue
-        resumed = re.match(r"^\d+ +<\.\.\. \w+ resumed>", line)
-        yield begun.pop(thread) + line[resumed.end():] if resumed else line
 
 
 class Call:
