@@ -68,11 +68,11 @@ class FileSystemManager {
   /// Writes the whole tree below `destination`, which is made if it is missing.
   void extractAll(const std::u16string& destination, RestoreMode mode);
   /// Writes the chosen entries, folders with all that is below them, under their full paths below
-  /// `destination` (UTF-8). Checks everything that it can (names, existing files, free space
-  /// and inodes)
-  /// before the first byte. Follows no link below the destination, never leaves it. Files keep
-  /// their times and the executable bit under the umask. A file that fails is removed and named in
-  /// the error; those before it stay. `progress` may be empty.
+  /// `destination` (UTF-8). Checks everything that it can (names, existing files, free space and
+  /// inodes) before the first byte. Follows no link below the destination, never leaves it. Files
+  /// keep their times and the executable bit under the umask. A file that fails is removed and
+  /// named in the error; those before it stay. Of the folders that were made, those that are then
+  /// empty are removed. `progress` may be empty.
   void extract(const std::vector<FileSystemEntry>& entries, std::string_view destination,
                RestoreMode mode, const interfaces::ProgressFunction& progress);
   /// Where extracting has a second thread from, which reads while the caller's writes. That thread

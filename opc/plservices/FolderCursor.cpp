@@ -97,7 +97,10 @@ FileDescriptor FolderCursor::open(int parent, NodeId node) {
 
 void FolderCursor::makeFolder(int parent, NodeId node) {
   const char* name = tree_.name(node).data();
-  if (uninterrupted([&] { return ::mkdirat(parent, name, 0777); }) == 0 || errno == EEXIST) return;
+  made_.push_back(node);
+  if (uninterrupted([&] { return ::mkdirat(parent, name, 0777); }) == 0) return;
+  made_.pop_back();
+  if (errno == EEXIST) return;
   throw SystemError("cannot make folder '" + tree_.path(node) + "'", errno);
 }
 

@@ -29,6 +29,8 @@ class FolderCursor {
   int enter(NodeId folder);
   /// How many folders below the destination it has opened so far; depth first, each counts once.
   std::size_t opened() const { return opened_; }
+  /// The folders that it has made, each after the one that it is in.
+  const std::vector<NodeId>& made() const { return made_; }
 
  private:
   struct Level {
@@ -54,6 +56,7 @@ class FolderCursor {
   std::vector<Level> levels_;  // from the root to the current folder
   std::vector<bool> onPath_;   // by node
   std::vector<NodeId> chain_;
+  std::vector<NodeId> made_;
   std::size_t opened_ = 0;
   std::size_t firstOpen_ = 1;  // levels before it are parked, apart from the root
 };

@@ -246,6 +246,50 @@ class Extract(kraddontest.CliTest):
         self.assertIn("z.bin", result.errors)
         self.assertFalse(self.path("out/z.bin").exists())
 
+    def damaged(self, files):
+        """The package 'd.kraddon', in which the file that holds DAMAGED cannot be read."""
+        path = self.package("d.kraddon", files, "--level", "0")
+        content = path.read_bytes()
+        path.write_bytes(content.replace(b"DAMAGED", b"damaged"))
+
+    def test_a_failed_one_leaves_none_of_its_folders_behind(self):
+        self.damaged({"a/b/void/": "", "a/b/c/x.m": "DAMAGED", "z.m": ""})
+        self.path("there").mkdir()
+
+        for folder in ("out", "x/y/out", "there", "there/x/out"):
+            self.assertIn("x.m", self.fails("extract", "d.kraddon", "-d", folder).errors)
+
+        self.assertFalse(self.path("out").exists())
+        self.assertFalse(self.path("x").exists())
+        self.assertEqual(os.listdir(self.path("there")), [])
+
+    def test_a_failed_one_leaves_whole_files_and_what_was_there(self):
+        self.damaged({"a/one.m": "whole", "b/c/void/": "", "b/x.m": "DAMAGED"})
+        self.path("out/b/old").mkdir(parents=True)
+
+        self.fails("extract", "d.kraddon", "-d", "out")
+
+        self.assertEqual(self.found("out"), {"a/one.m": b"whole", "b/old/": b""})
+
+    def test_a_failed_one_leaves_nothing_of_folders_that_cannot_be_entered(self):
+        os.chmod(self.folder, 0o777)
+        self.path("there").mkdir()
+        os.chmod(self.path("there"), 0o777)
+
+        for folder in ("x/out", "there"):
+            self.fails("extract", "p.kraddon", "-d", folder, umask=0o777,
+                       **self.without_privilege())
+
+        self.assertFalse(self.path("x").exists())
+        self.assertEqual(os.listdir(self.path("there")), ["a.m"])
+
+    def test_a_failed_one_leaves_nothing_of_very_deep_folders(self):
+        self.damaged({"/".join(["d"] * 120) + "/x.m": "DAMAGED"})
+
+        self.fails("extract", "d.kraddon", "-d", "out")
+
+        self.assertFalse(self.path("out").exists())
+
     def test_new_files_follow_the_umask(self):
         old = os.umask(0o027)
         self.addCleanup(os.umask, old)

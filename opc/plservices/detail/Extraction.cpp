@@ -3,14 +3,15 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <memory>
 #include <optional>
 
 #include "opc/Exception.h"
-#include "opc/plservices/FolderCursor.h"
 #include "opc/plservices/detail/NewFile.h"
 
 namespace opc::plservices::detail {
@@ -34,17 +35,13 @@ void Extraction::run(const std::vector<NodeId>& chosen,
   done_.itemsTotal = plan_.files;
   done_.bytesTotal = plan_.bytes;
   DestinationFolder folder(destination_);
-  checkBeforeWriting(folder);
   // In a folder that was empty nothing can be in the way but what this has written: two names that
   // are one to the file system. Replacing would lose the first.
   replace_ = mode_ == RestoreMode::ReplaceExisting && !folder.isFresh();
-  writeAll(folder.descriptor());
-}
-
-void Extraction::checkBeforeWriting(DestinationFolder& folder) {
   try {
     if (!folder.isFresh()) checkConflicts(folder.descriptor());
     checkFreeSpace(folder.descriptor());
+    writeAll(folder.descriptor());
   } catch (...) {
     folder.undo();
     throw;
@@ -106,6 +103,27 @@ void Extraction::checkFreeSpace(int destination) const {
 
 void Extraction::writeAll(int destination) {
   FolderCursor cursor(tree_, destination, FolderCursor::Missing::Make);
+  try {
+    writeLeaves(cursor);
+  } catch (...) {
+    removeEmpty(cursor.made(), destination);
+    throw;
+  }
+}
+
+void Extraction::removeEmpty(const std::vector<NodeId>& folders, int destination) noexcept {
+  try {
+    FolderCursor cursor(tree_, destination, FolderCursor::Missing::Report);
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+      const int parent = cursor.enter(tree_.parent(*folder));
+      if (parent >= 0) ::unlinkat(parent, tree_.name(*folder).data(), AT_REMOVEDIR);
+    }
+  } catch (const std::exception&) {
+    // What could not be removed stays; the failure that is on its way is the one to report.
+  }
+}
+
+void Extraction::writeLeaves(FolderCursor& cursor) {
   ReadAhead reader(PartReader(package_, parts()), background_);
   for (const NodeId leaf : plan_.leaves) {
     try {

@@ -10,6 +10,7 @@
 #include "opc/interfaces/Progress.h"
 #include "opc/model/Package.h"
 #include "opc/plservices/FileTree.h"
+#include "opc/plservices/FolderCursor.h"
 #include "opc/plservices/RestoreMode.h"
 #include "opc/plservices/detail/DestinationFolder.h"
 #include "opc/plservices/detail/ExtractionPlan.h"
@@ -32,11 +33,13 @@ class Extraction {
   void run(const std::vector<NodeId>& chosen, const interfaces::ProgressFunction& progress);
 
  private:
-  void checkBeforeWriting(DestinationFolder& folder);
   void checkConflicts(int destination);
   void checkConflict(NodeId leaf, int folder);
   void checkFreeSpace(int destination) const;
   void writeAll(int destination);
+  void writeLeaves(FolderCursor& cursor);
+  /// Of these, which were made one after the other, those that nothing is in.
+  void removeEmpty(const std::vector<NodeId>& folders, int destination) noexcept;
   std::vector<model::PartId> parts() const;
   void writeFile(NodeId file, ReadAhead& reader, int folder);
   void countFile();
