@@ -2,6 +2,7 @@
 #include "addon/packaging/ImageSignature.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace addon::packaging {
@@ -45,6 +46,17 @@ std::string_view imageTypeOf(std::span<const unsigned char> bytes) {
       std::find_if(std::begin(kSignatures), std::end(kSignatures),
                    [&](const Signature& signature) { return fits(signature, text); });
   return found == std::end(kSignatures) ? std::string_view() : found->type;
+}
+
+std::string_view imageTypeOf(opc::InputStream& stream) {
+  std::array<unsigned char, kImageSignatureSize> bytes{};
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    const std::size_t count = stream.read(bytes.data() + size, bytes.size() - size);
+    if (count == 0) break;
+    size += count;
+  }
+  return imageTypeOf(std::span(bytes.data(), size));
 }
 
 bool isImageTypeTold(std::string_view type) {

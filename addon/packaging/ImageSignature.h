@@ -5,6 +5,8 @@
 #include <span>
 #include <string_view>
 
+#include "opc/Streams.h"
+
 namespace addon::packaging {
 
 /// How many bytes of an image are enough to tell what it is.
@@ -13,6 +15,8 @@ inline constexpr std::size_t kImageSignatureSize = 12;
 /// The media type of an image, told by its first bytes and never by its name: PNG, GIF, JPEG, BMP,
 /// TIFF or WebP; "" for anything else.
 std::string_view imageTypeOf(std::span<const unsigned char> bytes);
+/// The same for the next bytes of `stream`. Throws what the stream throws.
+std::string_view imageTypeOf(opc::InputStream& stream);
 
 /// Whether it is one of the types that imageTypeOf() tells.
 bool isImageTypeTold(std::string_view type);

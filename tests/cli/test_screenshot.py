@@ -47,6 +47,42 @@ class Screenshot(kraddontest.CliTest):
         self.assertEqual(self.path("kit.v1.jpg").read_bytes(), JPEG)
         self.assertEqual(self.names("deep"), ["kit.v1.kraddon"])
 
+    def with_part(self, name, content, kind="image/png"):
+        """The package 'q.kraddon', whose screenshot is that part."""
+        self.ok("screenshot", "p.kraddon", "shot.png")
+        entries = {"metadata/" + name if "ScreenShot" in item else item:
+                   content if "ScreenShot" in item else text.replace(
+                       b"/metadata/primaryScreenShot.png", f"/metadata/{name}".encode()).replace(
+                       b"</Types>", f'<Override PartName="/metadata/{name}" ContentType="{kind}"/>'
+                       "</Types>".encode())
+                   for item, text in self.entries().items()}
+        with zipfile.ZipFile(self.path("q.kraddon"), "w") as archive:
+            for item, text in entries.items():
+                archive.writestr(item, text)
+
+    def test_the_default_suffix_is_that_of_the_bytes(self):
+        for suffix, content in (("png", PNG), ("jpg", JPEG), ("gif", b"GIF89a...."),
+                                ("bmp", b"BM....\0\0\0\0...."), ("tiff", b"II*\0...."),
+                                ("webp", b"RIFF....WEBPVP8 ")):
+            self.with_part("x.desktop", content)
+            self.ok("screenshot", "q.kraddon")
+            self.assertEqual(self.path(f"q.{suffix}").read_bytes(), content)
+        self.assertFalse(self.path("q.desktop").exists())
+
+    def test_what_is_no_image_is_written_only_to_a_named_file(self):
+        for name in ("x.desktop", "x.png"):
+            for content in (b"[Desktop Entry]", b"", b"\x89PNG"):
+                self.with_part(name, content)
+                known = self.names()
+                self.fails("screenshot", "q.kraddon",
+                           message="cannot write the screenshot of 'q.kraddon': it is not an image",
+                           hint="-o FILE writes its bytes all the same")
+                self.assertEqual(self.names(), known)
+                self.ok("screenshot", "q.kraddon", "-o", "shot.bin")
+                self.assertEqual(self.path("shot.bin").read_bytes(), content)
+                self.assertEqual(self.ok("screenshot", "q.kraddon", "-o", "-").out, content)
+                self.path("shot.bin").unlink()
+
     def test_info_tells_part_type_and_size(self):
         self.assertIsNone(self.info())
         for name, part, kind in (("a.png", "png", "png"), ("b.GIF", "GIF", "gif"),
@@ -216,7 +252,7 @@ class Screenshot(kraddontest.CliTest):
         self.assertEqual(set(self.names()), known)
 
     def test_an_interrupt_while_it_is_written_out_leaves_no_half_file(self):
-        self.write("big.png", os.urandom(1 << 20) * 250)
+        self.write("big.png", PNG + os.urandom(1 << 20) * 250)
         self.ok("screenshot", "p.kraddon", "big.png", "--level", "1")
         known = set(self.names())
         process = subprocess.Popen([kraddontest.KRADDON, "screenshot", "p.kraddon"],

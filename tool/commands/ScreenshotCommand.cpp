@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "addon/packaging/Documents.h"
+#include "addon/packaging/ImageSignature.h"
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
@@ -74,10 +75,17 @@ void store(const line::Invocation& invocation) {
                         [&](AddonPackage& package) { package.setScreenshot(source); });
 }
 
-/// "signal-kit.png" for the part "/metadata/primaryScreenShot.png" of "kits/signal-kit.kraddon".
-std::string defaultOutput(const std::string& package, const std::string& part) {
-  const std::string name = detail::fileNameOf(part);
-  return detail::baseNameOf(package) + name.substr(detail::baseNameOf(name).size());
+/// "signal-kit.png" for a PNG image in "kits/signal-kit.kraddon". The name of the part is not used:
+/// an image does not become a program because of it.
+std::string defaultOutput(const std::string& package, opc::InputStream& image) {
+  const std::string_view type = addon::packaging::imageTypeOf(image);
+  if (type.empty()) {
+    throw process::Failure(
+        process::sentence("cannot write the screenshot of", package, "it is not an image"),
+        "-o FILE writes its bytes all the same");
+  }
+  const std::string_view suffix = type == "image/jpeg" ? "jpg" : type.substr(type.find('/') + 1);
+  return fmt::format("{}.{}", detail::baseNameOf(package), suffix);
 }
 
 void writeOut(const line::Invocation& invocation) {
@@ -100,7 +108,9 @@ void writeOut(const line::Invocation& invocation) {
       output.write(std::span<const unsigned char>(buffer.data(), size));
     }
   };
-  report::writeOutputFile(invocation.value("output"), defaultOutput(path, part), content, path);
+  const auto output = invocation.value("output");
+  const std::string fallback = output ? "" : defaultOutput(path, *image->getInputStream());
+  report::writeOutputFile(output, fallback, content, path);
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
@@ -127,7 +137,8 @@ constexpr line::CommandSpec kScreenshotCommand{
         "With IMAGE, a PNG, GIF, TIFF, BMP or JPEG file, stores it as the screenshot and the "
         "thumbnail of the package, replacing an earlier one. Without IMAGE, writes the stored "
         "image, byte for byte, to FILE, which is replaced. Without -o, the file has the package's "
-        "base name and the image's extension, and must not exist.",
+        "base name and the extension of the image's format, and must not exist; what is not an "
+        "image is refused.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

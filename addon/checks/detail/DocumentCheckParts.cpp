@@ -30,18 +30,6 @@ using packaging::ScreenshotPart;
 
 namespace {
 
-std::vector<unsigned char> readStart(opc::InputStream& stream) {
-  std::vector<unsigned char> bytes(packaging::kImageSignatureSize);
-  std::size_t size = 0;
-  while (size < bytes.size()) {
-    const std::size_t count = stream.read(bytes.data() + size, bytes.size() - size);
-    if (count == 0) break;
-    size += count;
-  }
-  bytes.resize(size);
-  return bytes;
-}
-
 /// What parts are documents by name or type, and which of them relationships lead to.
 class UnreachableParts {
  public:
@@ -113,11 +101,13 @@ class UnreachableParts {
 }  // namespace
 
 void checkImage(AddonPackage& package, const Destination& image, Report& report) {
-  std::vector<unsigned char> start;
+  std::string_view found;
   const opc::model::PartId part = image.part->id();
-  if (!isReadable([&] { start = readStart(*package.logicalPackage().openPart(part)); })) return;
+  const auto tell = [&] {
+    found = packaging::imageTypeOf(*package.logicalPackage().openPart(part));
+  };
+  if (!isReadable(tell)) return;
   const std::string type = opc::toLowerAscii(image.part->getContentType().ascii());
-  const std::string_view found = packaging::imageTypeOf(start);
   const bool isChecked = packaging::isImageTypeTold(type);
   // Other image formats are not checked.
   if (found == type || (found.empty() && !isChecked && type.starts_with("image/"))) return;
