@@ -54,7 +54,8 @@ constexpr FindingInfo kFindings[] = {
     {kNameNotAscii, "non-ASCII name",
      "The name of an item contains non-ASCII characters. In packages these are percent-encoded; "
      "otherwise programs read them differently. In an add-on this is an error if the name is not "
-     "marked as UTF-8.",
+     "marked as UTF-8, or contains characters that some programs compose, such as a letter and a "
+     "combining accent.",
      "Rewrite the package with a program that encodes the names."},
     {kHighRatio, "extreme compression ratio",
      "An item decompresses to more than 64 MiB and more than 200 times its compressed size. Such "
@@ -85,7 +86,7 @@ constexpr FindingInfo kFindings[] = {
     {kContradictingMarks, "contradicting marks of file, folder or link",
      "Name, attributes and extra fields of an item do not agree on whether it is a file, a folder "
      "or a link, or a folder holds data. Programs differ in what they create, or skip the item. In "
-     "an add-on it is also an error if a folder has the path of a file.",
+     "an add-on it is also an error if a folder has the path of a file or the mode of one.",
      "Rewrite the package with a reliable program."},
     {kUnusualDemands, "header asks for what readers do not agree on",
      "A header says that the item needs a version of the format above 4.5, or sets flags that are "

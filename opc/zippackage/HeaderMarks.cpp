@@ -28,6 +28,13 @@ bool isOf(std::uint16_t madeBy, std::initializer_list<std::uint16_t> hosts) {
   return std::find(hosts.begin(), hosts.end(), madeBy >> 8) != hosts.end();
 }
 
+// In the modes of that system the type has other bits.
+bool isAmigaFolder(const CentralHeader& header) {
+  constexpr std::uint32_t kTypeMask = 06000u << 16;
+  constexpr std::uint32_t kFolder = 04000u << 16;
+  return isOf(header.madeBy, {kHostAmiga}) && (header.externalAttributes & kTypeMask) == kFolder;
+}
+
 bool agreesWithName(std::string_view name, ModeType type) {
   if (type == ModeType::Folder) return name.ends_with('/');
   return type == ModeType::None || type == ModeType::File;
@@ -95,14 +102,18 @@ MarkFault markFaultOf(std::string_view name, const CentralHeader& header) {
     const bool hasLinks = isOf(header.madeBy, {kHostUnix, kHostDarwin});
     return hasLinks ? MarkFault::None : MarkFault::LinkOfOtherSystem;
   }
-  if (!isFolder && (type == ModeType::Folder || (attributes & kDosFolder) != 0)) {
-    return MarkFault::FolderWithoutSlash;
-  }
+  const bool hasFolderMark =
+      type == ModeType::Folder || (attributes & kDosFolder) != 0 || isAmigaFolder(header);
+  if (!isFolder && hasFolderMark) return MarkFault::FolderWithoutSlash;
   const bool isLabel = (attributes & kDosLabel) != 0;
   if (isLabel && !isOf(header.madeBy, {kHostDos, kHostHpfs, kHostNtfs, kHostVfat})) {
     return MarkFault::LabelOfOtherSystem;
   }
   return MarkFault::None;
+}
+
+bool isFolderWithFileMode(std::string_view name, const CentralHeader& header) {
+  return name.ends_with('/') && typeOf(header.externalAttributes >> 16) == ModeType::File;
 }
 
 MarkFault markFaultOfFields(std::string_view name, Bytes extra) {

@@ -28,6 +28,8 @@ enum class MarkFault : std::uint8_t {
 const char* describe(MarkFault fault);
 
 MarkFault markFaultOf(std::string_view name, const CentralHeader& header);
+/// Whether the mode is that of a file, though the name is that of a folder. Few readers mind.
+bool isFolderWithFileMode(std::string_view name, const CentralHeader& header);
 /// Of the fields that hold a mode. For both headers.
 MarkFault markFaultOfFields(std::string_view name, Bytes extra);
 

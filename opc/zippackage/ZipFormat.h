@@ -32,6 +32,7 @@ inline constexpr std::uint16_t kVersionPlain = 20;
 inline constexpr std::uint16_t kVersionZip64 = 45;
 /// Hosts, in the upper byte of `madeBy`.
 inline constexpr std::uint16_t kHostDos = 0;
+inline constexpr std::uint16_t kHostAmiga = 1;
 inline constexpr std::uint16_t kHostUnix = 3;
 inline constexpr std::uint16_t kHostHpfs = 6;
 inline constexpr std::uint16_t kHostNtfs = 10;

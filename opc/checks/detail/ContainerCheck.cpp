@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "opc/checks/detail/ContainerCheck.h"
 
+#include <unicode/normalizer2.h>
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -69,24 +71,40 @@ Oddity findEncodedOddity(std::string_view name) {
   }
 }
 
+// Some programs compose the characters of the names that they unpack.
+bool isComposed(std::string_view name) {
+  UErrorCode error = U_ZERO_ERROR;
+  const icu::Normalizer2* composer = icu::Normalizer2::getNFCInstance(error);
+  if (U_FAILURE(error)) return false;
+  const bool result =
+      composer->isNormalizedUTF8({name.data(), static_cast<std::int32_t>(name.size())}, error);
+  return U_SUCCESS(error) && result;
+}
+
+void checkNotAscii(std::string_view name, bool isUtf8, Report& report) {
+  const std::string why = "the name contains non-ASCII characters";
+  if (!isUtf8) {
+    report.addAmbiguous(kNameNotAscii, name, why + " and is not marked as UTF-8", "ZP-3");
+  } else if (!isComposed(name)) {
+    report.addAmbiguous(kNameNotAscii, name, why + " that some programs compose", "ZP-3");
+  } else {
+    report.addClipped(kNameNotAscii, name, why, "ZP-3");
+  }
+}
+
 // Returns whether no part can have the name, which a finding then reports. `stored` is the bytes of
 // the name in the file.
 bool checkItemName(std::string_view name, std::string_view stored, bool isUtf8, Report& report) {
-  constexpr std::string_view kNotAscii = "the name contains non-ASCII characters";
-  if (!isAscii(stored) && isUtf8) {
-    report.addClipped(kNameNotAscii, name, kNotAscii, "ZP-3");
-  } else if (!isAscii(stored)) {
-    report.addAmbiguous(kNameNotAscii, name, std::string(kNotAscii) + " and is not marked as UTF-8",
-                        "ZP-3");
-  }
+  if (!isAscii(stored)) checkNotAscii(name, isUtf8, report);
   const Oddity oddity = findOddity(name);
   if (oddity.rule != nullptr) {
     report.addAmbiguous(kUnsafeName, name, std::string("the name ") + oddity.why, oddity.rule);
     return true;
   }
   const Oddity encoded = findEncodedOddity(name);
-  if (encoded.rule != nullptr)
+  if (encoded.rule != nullptr) {
     report.addClipped(kUnsafeName, name, std::string("the name ") + encoded.why, encoded.rule);
+  }
   return false;
 }
 
@@ -168,6 +186,11 @@ class ContainerCheck {
           checkItemName(name, directory_.storedName(entry), isUtf8, report_);
     }
     if (states_[entry].hasBadMarks) return;
+    if (report_.subject() == Subject::Addon &&
+        zippackage::isFolderWithFileMode(name, directory_.header(entry))) {
+      report_.addClipped(kContradictingMarks, name,
+                         "it is marked as a file, but its name is that of a folder", "ZP-10");
+    }
     const ItemKind kind = zippackage::itemInfoOf(directory_, entry).kind;
     if (kind == ItemKind::SymbolicLink) {
       report_.addAmbiguous(kLinkOrDevice, name, "it is a symbolic link", "RB-14");

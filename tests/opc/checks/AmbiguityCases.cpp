@@ -83,6 +83,11 @@ std::vector<PackageCase> headerCases() {
        }},
       {105, "DescriptorInDirectoryOnly", "ZP-7", "b.m",
        lastCentral([](auto& header) { header.flags = kDescriptor; })},
+      {105, "DescriptorOfSomeValues", "ZP-7", "b.m",
+       [](auto& p) {
+         p.last().descriptor = true;
+         p.last().local.crc = crcOf(p.last().content);
+       }},
       {109, "LocalSizesElsewhere", "ZP-9", "b.m",
        [](auto& p) {
          p.last().descriptor = true;
@@ -136,6 +141,7 @@ std::vector<PackageCase> markCases() {
       {117, "DosFolder", "ZP-10", "d.m", addMarked("d.m", kDosFolder, 0)},
       {117, "DosFolderOfUnix", "ZP-10", "d.m", addMarked("d.m", 0100644u << 16 | kDosFolder)},
       {117, "LabelOfUnix", "ZP-10", "d.m", addMarked("d.m", kDosLabel)},
+      {117, "FolderModeOfAmiga", "ZP-10", "d.m", addMarked("d.m", 0104755u << 16, 1)},
       {117, "LinkCalledFolder", "ZP-10", "d/", addMarked("d/", kLink)},
       {117, "LinkOfDos", "ZP-10", "d.m", addMarked("d.m", kLink, 0)},
       {117, "LinkOfVms", "ZP-10", "d.m", addMarked("d.m", kLink, 2)},
