@@ -220,11 +220,11 @@ std::string ContentTypes::toXml() const {
 }
 
 ContentTypes ContentTypes::read(InputStream& stream, FaultSink& faults) {
-  const ParserPointer parser = XercesHelper::createParser();
-  const xercesc::DOMDocument* document =
-      XercesHelper::readDocumentFromStream(parser, stream, false, {}, kContentTypesNamespace);
   ContentTypes types;
-  detail::readContentTypes(*document->getDocumentElement(), types, faults);
+  DelayedFaults delayed;
+  detail::ContentTypesReader reader(types, delayed);
+  XercesParser::parse(stream, reader);
+  delayed.handOnTo(faults);
   types.setUnchanged();
   return types;
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "opc/Exception.h"
 
@@ -19,6 +22,17 @@ class FaultSink {
 
   /// The one that throws.
   static FaultSink& refusing();
+};
+
+/// Keeps the faults of a document until it is known to be well-formed: if it is not, they mean
+/// nothing.
+class DelayedFaults final : public FaultSink {
+ public:
+  void add(const FormatError& fault, std::string_view itemName) override;
+  void handOnTo(FaultSink& faults) const;
+
+ private:
+  std::vector<std::pair<FormatError, std::string>> faults_;
 };
 
 /// Reads a piece of a document. When it breaks a rule the piece is left out.

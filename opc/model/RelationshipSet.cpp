@@ -210,11 +210,8 @@ std::string RelationshipSet::toXml() const {
 
 RelationshipSet RelationshipSet::read(std::string sourceItemName, InputStream& stream,
                                       FaultSink& faults) {
-  const ParserPointer parser = XercesHelper::createParser();
-  const xercesc::DOMDocument* document =
-      XercesHelper::readDocumentFromStream(parser, stream, false, {}, kRelationshipsNamespace);
   RelationshipSet set(std::move(sourceItemName));
-  detail::readRelationships(*document->getDocumentElement(), set, faults);
+  detail::readRelationships(stream, set, faults);
   return set;
 }
 

@@ -5,12 +5,14 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <xercesc/dom/impl/DOMDocumentImpl.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/EntityResolver.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "opc/Text.h"
@@ -70,7 +72,7 @@ class RefusingEntityResolver final : public xercesc::EntityResolver {
 }  // namespace
 
 // Everything is set here, whatever the environment of the process says.
-class XercesParser::DomParser final : public xercesc::XercesDOMParser {
+class XercesParser::DomParser : public xercesc::XercesDOMParser {
  public:
   explicit DomParser(bool comparesEncoding) : comparesEncoding_(comparesEncoding) {
     setDoNamespaces(true);
@@ -125,6 +127,82 @@ class XercesParser::DomParser final : public xercesc::XercesDOMParser {
   bool comparesEncoding_;
 };
 
+// The children of the root are made in documents of their own, each of which is dropped with all
+// its memory when it has grown: a single document would keep what was released for ever.
+class XercesParser::PieceParser final : public DomParser {
+ public:
+  explicit PieceParser(DocumentPieces& pieces) : DomParser(true), pieces_(pieces) {}
+
+  // A parse that fails ends here too.
+  ~PieceParser() override {
+    if (whole_ != nullptr) fDocument = whole_;
+  }
+
+  void startElement(const xercesc::XMLElementDecl& declaration, unsigned urlId, const XMLCh* prefix,
+                    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count,
+                    bool isEmpty, bool isRoot) override {
+    if (depth_ == 1) handOver();
+    used_ += kNodeCost * (count + 1);
+    for (XMLSize_t i = 0; i < count; ++i) {
+      used_ += xercesc::XMLString::stringLen(attributes.elementAt(i)->getValue());
+    }
+    ++depth_;
+    DomParser::startElement(declaration, urlId, prefix, attributes, count, isEmpty, isRoot);
+    if (isRoot && !isEmpty) startRoot();
+  }
+
+  void endElement(const xercesc::XMLElementDecl& declaration, unsigned urlId, bool isRoot,
+                  const XMLCh* prefix) override {
+    if (isRoot && root_ == nullptr) startRoot();
+    if (isRoot) {
+      handOver();
+      fDocument = whole_;
+    }
+    DomParser::endElement(declaration, urlId, isRoot, prefix);
+    if (--depth_ == 1) handOver();
+  }
+
+  void docCharacters(const XMLCh* text, XMLSize_t length, bool isCdata) override {
+    DomParser::docCharacters(text, length, isCdata);
+    used_ += length;
+    if (depth_ == 1 && used_ > kMaxUsed) handOver();
+  }
+
+ private:
+  // In characters.
+  static constexpr std::size_t kNodeCost = 128;
+  static constexpr std::size_t kMaxUsed = std::size_t{1} << 18;
+
+  void startRoot() {
+    root_ = fDocument->getDocumentElement();
+    whole_ = fDocument;
+    renew();
+    pieces_.startRoot(*root_);
+  }
+
+  void handOver() {
+    while (xercesc::DOMNode* child = root_->getFirstChild()) {
+      pieces_.takeChild(*child);
+      root_->removeChild(child);
+    }
+    fCurrentNode = root_;
+    if (used_ > kMaxUsed) renew();
+  }
+
+  void renew() {
+    pieceDocument_ = XercesHelper::createDocument();
+    fDocument = static_cast<xercesc::DOMDocumentImpl*>(pieceDocument_.get());
+    used_ = 0;
+  }
+
+  DocumentPieces& pieces_;
+  DocumentPointer pieceDocument_;
+  xercesc::DOMDocumentImpl* whole_ = nullptr;
+  xercesc::DOMElement* root_ = nullptr;
+  unsigned depth_ = 0;
+  std::size_t used_ = 0;
+};
+
 XercesParser::XercesParser() {
   detail::startXerces();
 }
@@ -141,6 +219,14 @@ xercesc::DOMDocument* XercesParser::parse(InputStream& stream) {
     parser_ = std::move(parser);
     return parser_->getDocument();
   });
+}
+
+void XercesParser::parse(InputStream& stream, DocumentPieces& pieces) {
+  detail::startXerces();
+  const std::string bytes = readAll(stream);
+  const XmlText text(bytes);
+  detail::checkXmlLimits(text.utf8(), detail::PieceLimits::Checked);
+  translatingXercesErrors("cannot read XML", [&] { PieceParser(pieces).parseText(text); });
 }
 
 }  // namespace opc::model

@@ -5,8 +5,10 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/model/DomText.h"
 #include "opc/model/PartName.h"
 #include "opc/model/XercesHelper.h"
+#include "opc/model/XercesParser.h"
 #include "opc/plservices/SchemaRoot.h"
 #include "opc/plservices/TreePath.h"
 
@@ -36,16 +38,35 @@ std::string readPath(const xercesc::DOMElement* element) {
   return path;
 }
 
-const xercesc::DOMElement* requireRoot(const xercesc::DOMDocument* document) {
-  const xercesc::DOMElement* root = document->getDocumentElement();
-  const char16_t* found = root->getNamespaceURI();
-  if (found == nullptr || FileTreeTable::namespaceURI() != found ||
-      root->getLocalName() != std::u16string(FileTreeTable::kRoot)) {
-    refuse("the root element is not 'fileTree' of the namespace '" +
-           toUtf8(FileTreeTable::namespaceURI()) + "'");
+class TableReader final : public model::DocumentPieces {
+ public:
+  explicit TableReader(FileTreeTable& table) : table_(table) {}
+
+  void startRoot(const xercesc::DOMElement& root) override {
+    const std::u16string space = FileTreeTable::namespaceURI();
+    if (model::domNamespace(root) == space && model::domLocalName(root) == FileTreeTable::kRoot) {
+      return;
+    }
+    refuse("the root element is not 'fileTree' of the namespace '" + toUtf8(space) + "'");
   }
-  return root;
-}
+
+  void takeChild(const xercesc::DOMNode& child) override {
+    if (!model::isElementNode(child)) return;
+    const auto* entry = static_cast<const xercesc::DOMElement*>(&child);
+    const std::u16string_view kind = model::domLocalName(child);
+    if (kind == FileTreeTable::kFolder) {
+      table_.folders.push_back(readPath(entry));
+    } else if (kind == FileTreeTable::kFile) {
+      table_.files.push_back({readPath(entry), requireAttribute(entry, FileTreeTable::kPart)});
+    } else {
+      // It may be a file, and nobody would miss it.
+      refuse("the file tree has an entry that is neither a file nor a folder");
+    }
+  }
+
+ private:
+  FileTreeTable& table_;
+};
 
 xercesc::DOMElement* appendEntry(xercesc::DOMElement* root, const char16_t* name,
                                  const std::string& path) {
@@ -63,20 +84,9 @@ std::u16string FileTreeTable::namespaceURI() {
 }
 
 FileTreeTable FileTreeTable::read(InputStream& stream) {
-  const model::ParserPointer parser = XercesHelper::createParser();
-  const xercesc::DOMElement* root =
-      requireRoot(XercesHelper::readDocumentFromStream(parser, stream, false, u"", namespaceURI()));
   FileTreeTable table;
-  for (const xercesc::DOMElement* folder : XercesHelper::getElements(root, kFolder)) {
-    table.folders.push_back(readPath(folder));
-  }
-  for (const xercesc::DOMElement* file : XercesHelper::getElements(root, kFile)) {
-    table.files.push_back({readPath(file), requireAttribute(file, kPart)});
-  }
-  // An entry of an unknown kind may be a file, and nobody would miss it.
-  if (root->getChildElementCount() != table.folders.size() + table.files.size()) {
-    refuse("the file tree has an entry that is neither a file nor a folder");
-  }
+  TableReader reader(table);
+  model::XercesParser::parse(stream, reader);
   return table;
 }
 

@@ -133,17 +133,17 @@ void readChild(const DOMNode& node, ContentTypes& types) {
 
 }  // namespace
 
-void readContentTypes(const DOMElement& root, ContentTypes& types, FaultSink& faults) {
-  bool isRoot = false;
-  readPiece(faults, [&] {
+void ContentTypesReader::startRoot(const DOMElement& root) {
+  readPiece(faults_, [&] {
     checkRoot(root);
-    isRoot = true;
+    isRead_ = true;
     checkRootAttributes(root);
   });
-  if (!isRoot) return;
-  for (const DOMNode* node = root.getFirstChild(); node != nullptr; node = node->getNextSibling()) {
-    readPiece(faults, [&] { readChild(*node, types); });
-  }
+}
+
+void ContentTypesReader::takeChild(const DOMNode& child) {
+  if (!isRead_) return;
+  readPiece(faults_, [&] { readChild(child, types_); });
 }
 
 }  // namespace opc::model::detail

@@ -1,14 +1,25 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <xercesc/dom/DOM.hpp>
-
 #include "opc/model/ContentTypes.h"
 #include "opc/model/FaultSink.h"
+#include "opc/model/XercesParser.h"
 
 namespace opc::model::detail {
 
-/// Adds the entries below the root element of a content types stream to `types`.
-void readContentTypes(const xercesc::DOMElement& root, ContentTypes& types, FaultSink& faults);
+/// Adds the entries of a content types stream to `types`.
+class ContentTypesReader final : public DocumentPieces {
+ public:
+  /// Both must outlive it.
+  ContentTypesReader(ContentTypes& types, FaultSink& faults) : types_(types), faults_(faults) {}
+
+  void startRoot(const xercesc::DOMElement& root) override;
+  void takeChild(const xercesc::DOMNode& child) override;
+
+ private:
+  ContentTypes& types_;
+  FaultSink& faults_;
+  bool isRead_ = false;  // not below another root
+};
 
 }  // namespace opc::model::detail

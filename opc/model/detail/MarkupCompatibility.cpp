@@ -176,15 +176,20 @@ std::u16string_view MarkupScope::resolvePrefix(std::u16string_view prefix,
   return found->second.back();
 }
 
+}  // namespace
+
 // Walks over the document without recursion; what it is inside of lies in frames_.
-class Processor {
+class MarkupProcessor::State {
  public:
-  Processor(std::u16string_view understood, MarkupConsumer& consumer)
+  State(std::u16string_view understood, MarkupConsumer& consumer)
       : understood_(understood), consumer_(consumer) {}
 
-  void run(const DOMElement& root) {
-    const DOMNode* next = visitElement(root) ? root.getFirstChild() : nullptr;
-    while (!frames_.empty()) {
+  void startRoot(const DOMElement& root) { visitElement(root); }
+
+  void takeChild(const DOMNode& child) {
+    if (frames_.empty()) return;  // the root is left out
+    const DOMNode* next = visit(child) ? child.getFirstChild() : nullptr;
+    while (frames_.size() > 1) {
       if (next == nullptr) {
         next = leave()->getNextSibling();
       } else {
@@ -361,11 +366,17 @@ class Processor {
   std::vector<Frame> frames_;
 };
 
-}  // namespace
+MarkupProcessor::MarkupProcessor(std::u16string_view understoodNamespace, MarkupConsumer& consumer)
+    : state_(std::make_unique<State>(understoodNamespace, consumer)) {}
 
-void processMarkup(const DOMElement& root, std::u16string_view understoodNamespace,
-                   MarkupConsumer& consumer) {
-  Processor(understoodNamespace, consumer).run(root);
+MarkupProcessor::~MarkupProcessor() = default;
+
+void MarkupProcessor::startRoot(const DOMElement& root) {
+  state_->startRoot(root);
+}
+
+void MarkupProcessor::takeChild(const DOMNode& child) {
+  state_->takeChild(child);
 }
 
 }  // namespace opc::model::detail

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
 #include <string_view>
 #include <vector>
 #include <xercesc/dom/DOM.hpp>
@@ -19,11 +20,26 @@ class MarkupConsumer {
   virtual void characters(std::u16string_view text) = 0;
 };
 
-/// Applies markup compatibility (ISO/IEC 29500-3) below and with `root` for a reader that
-/// understands one namespace only. Ignorable elements and attributes are left out,
-/// AlternateContent is replaced by the branch that applies. Throws FormatError (RL-13) for what
-/// must be understood and is not, and for markup that breaks the rules of compatibility.
-void processMarkup(const xercesc::DOMElement& root, std::u16string_view understoodNamespace,
-                   MarkupConsumer& consumer);
+/// Applies markup compatibility (ISO/IEC 29500-3) to a document for a reader that understands one
+/// namespace only. Ignorable elements and attributes are left out, AlternateContent is replaced by
+/// the branch that applies. Throws FormatError (RL-13) for what must be understood and is not, and
+/// for markup that breaks the rules of compatibility; it is for nothing else then.
+class MarkupProcessor {
+ public:
+  /// `consumer` must outlive it.
+  MarkupProcessor(std::u16string_view understoodNamespace, MarkupConsumer& consumer);
+  ~MarkupProcessor();
+  MarkupProcessor(const MarkupProcessor&) = delete;
+  MarkupProcessor& operator=(const MarkupProcessor&) = delete;
+
+  /// To be called once, first; the root must outlive this.
+  void startRoot(const xercesc::DOMElement& root);
+  /// For each child of the root, in order. It need not stay.
+  void takeChild(const xercesc::DOMNode& child);
+
+ private:
+  class State;
+  std::unique_ptr<State> state_;
+};
 
 }  // namespace opc::model::detail

@@ -6,6 +6,7 @@
 
 #include "opc/Exception.h"
 #include "opc/model/DomText.h"
+#include "opc/model/XercesParser.h"
 #include "opc/model/detail/MarkupCompatibility.h"
 #include "opc/model/detail/TargetResolution.h"
 
@@ -164,14 +165,46 @@ void checkRootNamespace(const xercesc::DOMElement& root) {
       "RL-3", "root element '" + domName(root) + "': it is not of the relationships namespace");
 }
 
+// What breaks the rules of the markup ends the reading.
+class RelationshipsDocument final : public DocumentPieces {
+ public:
+  RelationshipsDocument(RelationshipsReader& reader, FaultSink& faults)
+      : markup_(kRelationshipsNamespace, reader), faults_(faults) {}
+
+  void startRoot(const xercesc::DOMElement& root) override {
+    read([&] {
+      checkRootNamespace(root);
+      markup_.startRoot(root);
+    });
+  }
+
+  void takeChild(const xercesc::DOMNode& child) override {
+    if (isSound_) read([&] { markup_.takeChild(child); });
+  }
+
+ private:
+  template <typename Read>
+  void read(const Read& action) {
+    readPiece(faults_, [&] {
+      isSound_ = false;
+      action();
+      isSound_ = true;
+    });
+  }
+
+  MarkupProcessor markup_;
+  FaultSink& faults_;
+  bool isSound_ = true;
+};
+
 }  // namespace
 
-void readRelationships(const xercesc::DOMElement& root, RelationshipSet& set, FaultSink& faults) {
-  readPiece(faults, [&] {
-    checkRootNamespace(root);
-    RelationshipsReader reader(set, faults);
-    processMarkup(root, kRelationshipsNamespace, reader);
-  });
+void readRelationships(InputStream& stream, RelationshipSet& set, FaultSink& faults) {
+  DelayedFaults delayed;
+  RelationshipsReader reader(set, delayed);
+  RelationshipsDocument document(reader, delayed);
+  XercesParser::parse(stream, document);
+  delayed.handOnTo(faults);
 }
 
 }  // namespace opc::model::detail

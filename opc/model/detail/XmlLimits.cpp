@@ -10,6 +10,7 @@
 
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/XercesHelper.h"
+#include "opc/model/XercesParser.h"
 #include "opc/model/XmlEncoding.h"
 
 namespace opc::model::detail {
@@ -46,12 +47,21 @@ std::size_t valueLength(std::string_view value) {
 // Walks over the markup. Where that is not well-formed it stops, as the parser will.
 class LimitCheck {
  public:
-  explicit LimitCheck(std::string_view document) : text_(document) {}
+  LimitCheck(std::string_view document, PieceLimits pieces)
+      : text_(document), checksPieces_(pieces == PieceLimits::Checked) {}
 
   void run() {
     const std::size_t null = text_.find('\0');
     if (null != kEnd) fail("not well-formed: the document holds U+0000", null, "XM-3");
-    while ((at_ = text_.find('<', at_)) != kEnd) markup();
+    while ((at_ = text_.find('<', at_)) != kEnd) {
+      if (depth_ <= 1) {
+        pieceStart_ = at_;
+        pieceNodes_ = nodes_;
+        referenceBytes_ = 0;
+      }
+      markup();
+      if (checksPieces_) checkPiece();
+    }
   }
 
  private:
@@ -70,6 +80,21 @@ class LimitCheck {
       fail("a document type declaration is not allowed", at_, "XM-2");
     } else {
       startTag();
+    }
+  }
+
+  // The root itself is no piece, but its start tag is, and each comment.
+  void checkPiece() {
+    const std::size_t size = std::min(at_, text_.size()) - pieceStart_;
+    if (size > XercesParser::kMaxPieceSize + referenceBytes_) {
+      fail("a child of the root element, or a comment, is longer than " +
+               std::to_string(XercesParser::kMaxPieceSize) + " bytes",
+           pieceStart_, "RB-1");
+    }
+    if (nodes_ - pieceNodes_ > XercesParser::kMaxPieceNodes) {
+      fail("a child of the root element has more than " +
+               std::to_string(XercesParser::kMaxPieceNodes) + " elements and attributes",
+           pieceStart_, "RB-1");
     }
   }
 
@@ -159,12 +184,7 @@ class LimitCheck {
                " attributes",
            place, "RB-10");
     }
-    if (value.size() > XercesHelper::kMaxAttributeLength &&
-        valueLength(value) > XercesHelper::kMaxAttributeLength) {
-      fail("an attribute's value is longer than " +
-               std::to_string(XercesHelper::kMaxAttributeLength) + " bytes",
-           place, "RB-10");
-    }
+    if (value.size() > XercesHelper::kMaxAttributeLength) checkLength(value, place);
     countNode();
     countName(name);
     if (name.starts_with("xmlns")) {
@@ -173,6 +193,16 @@ class LimitCheck {
     } else if (name.find(':') != kEnd) {
       ++lookUps_;
     }
+  }
+
+  void checkLength(std::string_view value, std::size_t place) {
+    const std::size_t length = valueLength(value);
+    if (length > XercesHelper::kMaxAttributeLength) {
+      fail("an attribute's value is longer than " +
+               std::to_string(XercesHelper::kMaxAttributeLength) + " bytes",
+           place, "RB-10");
+    }
+    referenceBytes_ += value.size() - length;
   }
 
   void countNode() {
@@ -203,8 +233,12 @@ class LimitCheck {
   }
 
   std::string_view text_;
+  bool checksPieces_;
   std::size_t at_ = 0;
   std::uint64_t nodes_ = 0;
+  std::size_t pieceStart_ = 0;
+  std::uint64_t pieceNodes_ = 0;
+  std::size_t referenceBytes_ = 0;  // of it, that the parser makes shorter
   std::uint64_t comparisons_ = 0;
   std::unordered_set<std::string_view> names_;
 
@@ -221,8 +255,8 @@ class LimitCheck {
 
 }  // namespace
 
-void checkXmlLimits(std::string_view document) {
-  LimitCheck(document).run();
+void checkXmlLimits(std::string_view document, PieceLimits pieces) {
+  LimitCheck(document, pieces).run();
 }
 
 }  // namespace opc::model::detail

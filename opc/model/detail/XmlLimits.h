@@ -11,6 +11,8 @@ namespace opc::model::detail {
 ///
 /// Throws InvalidXMLDocument with the rule and the place. A document that is not well-formed is let
 /// through at its first fault: the parser stops there too, and says more about it.
-void checkXmlLimits(std::string_view document);
+/// With PieceLimits::Checked for a document that is to be read in pieces.
+enum class PieceLimits { None, Checked };
+void checkXmlLimits(std::string_view document, PieceLimits pieces = PieceLimits::None);
 
 }  // namespace opc::model::detail
