@@ -17,6 +17,7 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/line/Arguments.h"
 #include "tool/line/Help.h"
+#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/Messages.h"
@@ -120,11 +121,8 @@ process::ExitCode runReportingFailures(const std::vector<std::string>& words, Co
   return failureCode(context);
 }
 
-}  // namespace
-
-process::ExitCode runProgram(std::span<char* const> arguments) {
+process::ExitCode runReportingEverything(std::span<char* const> arguments) {
   Context context;
-  std::set_terminate(endWithoutMemory);
   try {
     return runReportingFailures({arguments.begin(), arguments.end()}, context);
   } catch (const std::bad_alloc&) {
@@ -132,6 +130,19 @@ process::ExitCode runProgram(std::span<char* const> arguments) {
     report::printLackOfMemory(nameOf(context));
   }
   return failureCode(context);
+}
+
+}  // namespace
+
+process::ExitCode runProgram(std::span<char* const> arguments) {
+  std::set_terminate(endWithoutMemory);
+  process::ExitCode code = process::ExitCode::Failed;
+  try {
+    process::withEnoughStack([&] { code = runReportingEverything(arguments); });
+  } catch (const process::Failure& failure) {
+    report::printError({}, failure.what(), failure.hint());
+  }
+  return code;
 }
 
 }  // namespace tool

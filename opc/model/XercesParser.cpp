@@ -2,10 +2,10 @@
 #include "opc/model/XercesParser.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 #include <string_view>
 #include <xercesc/dom/impl/DOMDocumentImpl.hpp>
+#include <vector>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
@@ -29,7 +29,7 @@ constexpr std::size_t kBlockSize = 65536;
 // Reads everything, and never holds more than one block beyond the limit.
 std::string readAll(InputStream& stream) {
   std::string bytes;
-  std::array<unsigned char, kBlockSize> block;
+  std::vector<unsigned char> block(kBlockSize);  // the stack of a host's thread may be small
   while (const std::size_t count = stream.read(block.data(), block.size())) {
     if (count > XercesHelper::kMaxDocumentSize - bytes.size()) {
       throw InvalidXMLDocument("the document is longer than " +
