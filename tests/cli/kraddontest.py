@@ -190,9 +190,9 @@ class CliTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.entries(name)
 
-    def is_writing(self, process, known, folder="."):
+    def is_writing(self, process, folder="."):
         """Whether the program has a file in the making in the folder: one without a name or, where
-        there are none, one that is not `known`."""
+        there are none, one with a temporary name."""
         place = os.path.realpath(self.path(folder))
         try:
             files = [os.readlink(f"/proc/{process.pid}/fd/{each}")
@@ -201,7 +201,8 @@ class CliTest(unittest.TestCase):
             files = []
         if any(os.path.dirname(file) == place and file.endswith(" (deleted)") for file in files):
             return True
-        return any(not name.endswith(".change.tmp") for name in set(self.names(folder)) - known)
+        return any(name.startswith(".") and name.endswith(".tmp") and
+                   not name.endswith(".change.tmp") for name in self.names(folder))
 
     def names(self, folder="."):
         return sorted(os.listdir(self.path(folder)))

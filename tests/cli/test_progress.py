@@ -70,10 +70,6 @@ class Progress(kraddontest.CliTest):
     def big_package(self):
         self.ok("create", "p.kraddon", "src", "--name", "x", "--level", "1")
 
-    def is_written(self, *parts):
-        """Whether a file whose name has all these parts has come into being."""
-        return any(all(part in name for part in parts) for name in os.listdir(self.folder))
-
     def has_open(self, run, name):
         folder = f"/proc/{run.process.pid}/fd"
         try:
@@ -94,7 +90,7 @@ class Progress(kraddontest.CliTest):
 
     def create(self, *words):
         return self.run_slowly("create", "p.kraddon", "src", "--name", "x", *words,
-                               at=lambda run: self.is_written(".p.kraddon.", ".tmp"))
+                               at=lambda run: self.is_writing(run.process))
 
     def assert_shown(self, run, after=b""):
         shown = run.read()
@@ -108,7 +104,7 @@ class Progress(kraddontest.CliTest):
     def test_extract_shows_it_and_wipes_it(self):
         self.big_package()
         self.assert_shown(self.run_slowly(
-            "extract", "p.kraddon", "-d", "out", at=lambda run: self.is_written("out")))
+            "extract", "p.kraddon", "-d", "out", at=lambda run: self.path("out").exists()))
 
     @kraddontest.needs_proc
     def test_verify_shows_it_and_wipes_it(self):
@@ -120,7 +116,7 @@ class Progress(kraddontest.CliTest):
     def test_add_shows_it_and_wipes_it(self):
         self.ok("create", "p.kraddon", "--name", "x")
         self.assert_shown(self.run_slowly(
-            "add", "p.kraddon", "src", at=lambda run: self.is_written(".p.kraddon.", ".tmp")))
+            "add", "p.kraddon", "src", at=lambda run: self.is_writing(run.process)))
 
     @kraddontest.needs_proc
     def test_info_shows_it_and_wipes_it(self):
@@ -136,7 +132,7 @@ class Progress(kraddontest.CliTest):
     def test_build_shows_it_and_wipes_it(self):
         self.write("src/kraddon.toml", '[package]\nname = "x"\nversion = "1"\n')
         run = self.run_slowly("build", "src", "-o", "p.kraddon",
-                              at=lambda run: self.is_written(".tmp"))
+                              at=lambda run: self.is_writing(run.process))
         shown = run.read()
         self.assertEqual(run.process.wait(), 0, shown)
         self.assertRegex(shown, LINE)
@@ -144,7 +140,7 @@ class Progress(kraddontest.CliTest):
 
     def test_it_is_cut_to_the_width_of_the_terminal(self):
         run = Run(self, ["create", "p.kraddon", "src", "--name", "x"], columns=20)
-        run.pause_when(lambda: self.is_written(".p.kraddon.", ".tmp"))
+        run.pause_when(lambda: self.is_writing(run.process))
 
         bars = [bar for bar in run.read().split(b"\r") if bar not in (b"", b"\x1b[K")]
 
@@ -190,9 +186,9 @@ class Progress(kraddontest.CliTest):
     def test_an_interrupt_of_extract_wipes_it_and_cleans_up(self):
         self.big_package()
         run = self.run_slowly("extract", "p.kraddon", "-d", "out",
-                              at=lambda run: self.is_written("out"))
+                              at=lambda run: self.path("out").exists())
         self.assert_interrupted(run, signal.SIGINT)
-        self.assertEqual(os.listdir(self.path("out")), [])
+        self.assertFalse(self.path("out").exists())
 
 
 if __name__ == "__main__":
