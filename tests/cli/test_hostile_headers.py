@@ -63,7 +63,7 @@ class Headers(test_hostile_readers.ReadersTest):
 
     def test_values_of_which_a_descriptor_holds_only_some_are_an_error(self):
         zeros = extra_field(1, bytes(16))
-        for more in ({"local_crc": zlib.crc32(CONTENT)},
+        for more in ({"local_crc": zlib.crc32(CONTENT)}, {"local_crc": ALL},
                      {"local_crc": zlib.crc32(CONTENT), "local_size": len(CONTENT)},
                      {"local_crc": zlib.crc32(CONTENT), "local_size": ALL,
                       "local_packed_size": ALL, "local_extra": zeros}):
@@ -102,6 +102,9 @@ class Headers(test_hostile_readers.ReadersTest):
             with self.subTest(len(content)):
                 self.put(addon([streamed(b"files/a.m", content, hostilezip.STORED)]))
                 self.ambiguous("KR113")
+        bare = descriptor(CONTENT)[4:]
+        self.put(addon([streamed(b"files/a.m", CONTENT, hostilezip.STORED, descriptor=bare)]))
+        self.ambiguous("KR113")
         self.put(addon([streamed(b"files/a.m", CONTENT, hostilezip.STORED)]))
         self.passed()
         self.put(addon([Entry(b"files/a.zip.m", hidden), streamed(b"files/b.m", hidden)]))

@@ -149,14 +149,24 @@ class ItemDataCheck {
   }
 
   // Who reads from the front has to search stored data of unknown size for their end.
-  void checkForRecords(std::uint32_t entry, const zippackage::LocalHeader& header) {
-    const bool isSearched =
-        header.method == zippackage::kStored && (header.flags & zippackage::kFlagDescriptor) != 0;
-    if (!isSearched || !signatures_.isFound()) return;
-    report_.addAmbiguous(kUnusedBytes, directory_.name(entry),
-                         "it is stored with a data descriptor, and its data hold what readers may "
-                         "take for the next record",
-                         "ZP-8");
+  void checkDescriptor(std::uint32_t entry, const zippackage::LocalHeader& header,
+                       std::uint64_t end) {
+    if ((header.flags & zippackage::kFlagDescriptor) == 0) return;
+    const ZipEntry& item = directory_.entries()[entry];
+    const bool isSearched = header.method == zippackage::kStored;
+    const bool isMistakable = item.crc == zippackage::DataDescriptor::kSignature;
+    // Its forms differ in size.
+    const std::uint64_t size = end - item.leastEnd() - header.extraLength;
+    const bool hasSignature = size % 8 == 0;
+    const char* why = nullptr;
+    if (isSearched && signatures_.isFound()) {
+      why =
+          "it is stored with a data descriptor, and its data hold what readers may take for the "
+          "next record";
+    } else if (!hasSignature && (isSearched || isMistakable)) {
+      why = "its data descriptor has no signature, by which some readers find it";
+    }
+    if (why != nullptr) report_.addAmbiguous(kUnusedBytes, directory_.name(entry), why, "ZP-8");
   }
 
   // By the sizes that the directory declares, which have been compared with the size of the file.
@@ -184,7 +194,7 @@ class ItemDataCheck {
       const std::uint64_t end = reader_.endOf(entry);
       const zippackage::LocalHeader header = reader_.localHeader(entry);
       checkLocalHeader(directory_, entry, header, reader_.localExtra(entry), report_);
-      checkForRecords(entry, header);
+      checkDescriptor(entry, header, end);
       return end;
     } catch (const SystemError&) {
       throw;

@@ -70,19 +70,19 @@ class LocalHeaderCheck {
     if (((header_.flags ^ entry_.flags) & zippackage::kFlagDescriptor) != 0) {
       add(kHeadersDisagree, "only one of its headers announces a data descriptor", "ZP-7");
     } else if (hasDescriptor() && isHalfSet()) {
-      add(kHeadersDisagree, local("has the checksum, but not the sizes"), "ZP-7");
+      add(kHeadersDisagree, local("has a checksum, but not the sizes"), "ZP-7");
     }
   }
 
   // A writer that knows the checksum knows the sizes, too. Reading has compared those values that
   // are there with the directory.
   bool isHalfSet() const {
-    const bool hasChecksum = entry_.crc != 0 && header_.crc == entry_.crc;
+    if (header_.crc == 0) return false;
     Zip64Extra wide = Zip64Extra::neededBy(header_);
     const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId);
     if (field) wide.decode(*field);
-    return hasChecksum && (wide.size.value_or(header_.size) != entry_.size ||
-                           wide.packedSize.value_or(header_.packedSize) != entry_.packedSize);
+    return wide.size.value_or(header_.size) != entry_.size ||
+           wide.packedSize.value_or(header_.packedSize) != entry_.packedSize;
   }
 
   // A local header that announces a descriptor may hold zeros instead of the values.

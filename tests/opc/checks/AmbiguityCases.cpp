@@ -102,6 +102,11 @@ std::vector<PackageCase> headerCases() {
        }},
       {113, "LocalZip64Other", "ZP-9", "b.m", localExtra(wide({1, 2}))},
       {113, "StoredWithDescriptor", "ZP-8", "c.m", storeHiddenItem},
+      {113, "StoredWithBareDescriptor", "ZP-8", "c.m",
+       [](auto& p) {
+         p.add("c.m").descriptor = true;
+         p.last().descriptorSignature = false;
+       }},
       {118, "Version63", "ZP-11", "b.m",
        lastCentral([](auto& header) { header.versionNeeded = 63; })},
       {118, "VersionAll", "ZP-11", "b.m",

@@ -243,7 +243,7 @@ std::vector<Case> dataCases() {
        descriptor(true, false, false)},
       {"ZP-8", "AWideDescriptorOfAnEmptyItemIsAccepted", Accepted, Silent,
        addEmptyWithDescriptor(true, false)},
-      {"ZP-8", "AWideDescriptorOfAnEmptyItemWithoutSignatureIsAccepted", Accepted, Silent,
+      {"ZP-8", "AWideDescriptorOfAnEmptyItemWithoutSignatureIsAccepted", Accepted, Warning,
        addEmptyWithDescriptor(false, false)},
       {"ZP-8", "AWideDescriptorOfAnEmptyDeflatedItemIsAccepted", Accepted, Silent,
        addEmptyWithDescriptor(true, true)},
