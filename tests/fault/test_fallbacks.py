@@ -4,6 +4,7 @@
 import os
 import pathlib
 import shutil
+import time
 
 import faulttest
 from faulttest import KRADDON, FaultTest, needs_shim, snapshot
@@ -77,6 +78,27 @@ class Lacking(FaultTest):
 
         self.ok("create", "q.kraddon", "kit", "--name", "x")
         self.assertEqual(self.ok("list", "q.kraddon").text, "p.kraddon\n")
+
+    def test_what_a_killed_commit_left_is_removed_after_a_day(self):
+        self.make_inputs()
+        left, other = ".p.kraddon.abc123.tmp", ".q.kraddon.abc123.tmp"
+        lacking = "nameless:1+:EOPNOTSUPP"
+        self.run_failing(f"{lacking};rename:1:SIGKILL", "set", "p.kraddon", "license", "text=a")
+        new = set(self.names()) - set(self.before) - {".p.kraddon.change.tmp",
+                                                      ".p.kraddon.commit.tmp"}
+        self.assertEqual(len(new), 1)
+        os.rename(self.path(new.pop()), self.path(left))
+        self.write(other)
+        for name, days in ((left, 0.9), (other, 2)):
+            os.utime(self.path(name), (0, time.time() - days * 86400))
+
+        self.run_failing(lacking, "set", "p.kraddon", "license", "text=b")
+        self.assertIn(left, self.names(), "it may be in use")
+        os.utime(self.path(left), (0, time.time() - 1.1 * 86400))
+        result = self.run_failing(lacking, "set", "p.kraddon", "license", "text=c")
+
+        self.assertEqual((result.code, result.errors), (0, ""))
+        self.assertEqual(set(self.names()) - set(self.before), {other})
 
     def test_renames_still_keep_a_file_that_appeared_meanwhile(self):
         self.make_inputs()
