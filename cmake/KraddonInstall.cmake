@@ -25,6 +25,7 @@ install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.fish
   DESTINATION share/fish/vendor_completions.d COMPONENT runtime)
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION share/doc/kraddon COMPONENT runtime)
 install(DIRECTORY docs DESTINATION share/doc/kraddon COMPONENT runtime)
+install(FILES examples/host/host.c DESTINATION share/doc/kraddon/examples/host COMPONENT runtime)
 
 # ---- For programs that link the classes, and for hosts that load the library.
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
-#include <xercesc/dom/impl/DOMDocumentImpl.hpp>
 #include <vector>
+#include <xercesc/dom/impl/DOMDocumentImpl.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>

@@ -3,6 +3,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -68,6 +69,14 @@ if(NOT TARGET kraddon::kxarray OR NOT TARGET kraddon::kraddon_packaging)
 endif()
 """
 
+HOST_PROJECT = """
+cmake_minimum_required(VERSION 3.25)
+project(outside LANGUAGES CXX)
+find_package(kraddon 0.1 REQUIRED)
+add_executable(host host.cpp)
+target_link_libraries(host PRIVATE kraddon::kraddon_packaging kraddon::kxarray)
+"""
+
 
 class InstalledTree(unittest.TestCase):
 
@@ -104,6 +113,40 @@ class InstalledTree(unittest.TestCase):
 
         self.assertEqual(listed, "1\n")
 
+    def hosts_page(self):
+        return (self.tree / "share/doc/kraddon/docs/hosts.md").read_text(encoding="utf-8")
+
+    def test_the_include_line_of_the_hosts_page_compiles(self):
+        line, = re.findall("^#include.*$", self.hosts_page(), re.MULTILINE)
+        for name, compiler in (("line.c", os.environ["CC"]), ("line.cpp", os.environ["CXX"])):
+            (self.folder / name).write_text(line + "\n", encoding="ascii")
+            subprocess.run([compiler, "-c", name, *self.flags("kraddon_packaging")],
+                           cwd=self.folder, check=True)
+
+        source = self.folder / "outside"
+        source.mkdir()
+        (source / "host.cpp").write_text(line + "\nint main() { return "
+                                         "QueryKRFcnTable_kraddon_packaging()->entryPointCount"
+                                         " == 20 ? 0 : 1; }\n", encoding="ascii")
+        (source / "CMakeLists.txt").write_text(HOST_PROJECT, encoding="ascii")
+        self.build(source)
+        subprocess.run([source / "build/host"], check=True)
+
+    def test_the_example_of_the_hosts_page_is_there(self):
+        link, = re.findall(r"\]\((\S*host\.c)\)", self.hosts_page())
+        example = self.tree / "share/doc/kraddon/docs" / link
+        subprocess.run([os.environ["CC"], "-std=c11", example, "-o", "host",
+                        *self.flags("kraddon_packaging")], cwd=self.folder, check=True)
+
+    def test_the_hosts_page_lists_the_functions_that_the_library_needs(self):
+        library = self.tree / "lib/libkraddon_packaging.so"
+        symbols = subprocess.run(["nm", "-DC", "--undefined-only", library], check=True,
+                                 capture_output=True, text=True).stdout
+        needed = re.findall(r" U (kx\w+|matrix::[\w:]+)", symbols)
+        listed, = re.findall("```text\n(.*?)```", self.hosts_page(), re.DOTALL)
+
+        self.assertEqual(sorted(listed.split()), sorted(needed))
+
     def flags(self, name):
         """The flags of a library in the tree, from pkg-config."""
         return subprocess.run(["pkg-config", "--cflags", "--libs", name], check=True,
@@ -111,6 +154,14 @@ class InstalledTree(unittest.TestCase):
                               env={**os.environ,
                                    "PKG_CONFIG_PATH": str(self.tree / "lib/pkgconfig")}
                               ).stdout.split()
+
+    def build(self, source):
+        """Builds a CMake project that uses the tree."""
+        for words in (["-S", source, "-B", source / "build", f"-DCMAKE_PREFIX_PATH={self.tree}",
+                       f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}"], ["--build", source / "build"]):
+            done = subprocess.run([os.environ["CMAKE"], *words], capture_output=True, text=True,
+                                  check=False)
+            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
 
     def check_classes(self, program):
         """Runs the program made from CLASSES."""
@@ -128,11 +179,7 @@ class InstalledTree(unittest.TestCase):
         (source / "classes.cpp").write_text(CLASSES, encoding="ascii")
         (source / "CMakeLists.txt").write_text(PROJECT, encoding="ascii")
 
-        for words in (["-S", source, "-B", source / "build", f"-DCMAKE_PREFIX_PATH={self.tree}",
-                       f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}"], ["--build", source / "build"]):
-            done = subprocess.run([os.environ["CMAKE"], *words], capture_output=True, text=True,
-                                  check=False)
-            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.build(source)
 
         self.check_classes(source / "build/classes")
 
