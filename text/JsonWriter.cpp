@@ -18,18 +18,19 @@ void appendEscape(std::string& text, unsigned unit) {
   fmt::format_to(std::back_inserter(text), "\\u{:04x}", unit);
 }
 
-/// The code point of the character that `utf8`, which is valid, begins with, if it is below U+3000
-/// and not ASCII, else 0. What a terminal acts on is among these and DEL.
-unsigned leadingPoint(std::string_view utf8) {
-  const auto bits = [&](std::size_t at) { return static_cast<unsigned char>(utf8[at]) & 0x3Fu; };
-  const auto lead = static_cast<unsigned char>(utf8[0]);
-  if (lead >= 0xC0 && lead < 0xE0) return (lead & 0x1Fu) << 6 | bits(1);
-  return lead == 0xE2 ? 0x2000 | bits(1) << 6 | bits(2) : 0;
-}
-
 bool isForTerminals(unsigned point) {
   return (point >= 0x7F && point < 0xA0) || point == 0x061C || point == 0x200E || point == 0x200F ||
          (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+}
+
+/// The character that `utf8`, which is valid, begins with, if a terminal would act on it, else 0.
+unsigned leadingControl(std::string_view utf8) {
+  const auto bits = [&](std::size_t at) { return static_cast<unsigned char>(utf8[at]) & 0x3Fu; };
+  const auto lead = static_cast<unsigned char>(utf8[0]);
+  unsigned point = lead < 0x80 ? lead : 0;
+  if (lead >= 0xC0 && lead < 0xE0) point = (lead & 0x1Fu) << 6 | bits(1);
+  if (lead == 0xE2) point = 0x2000 | bits(1) << 6 | bits(2);
+  return isForTerminals(point) ? point : 0;
 }
 
 bool isSurrogate(char16_t c) {
@@ -45,7 +46,7 @@ bool isTrail(char16_t c) {
 }  // namespace
 
 void JsonWriter::append(std::string_view utf8) {
-  constexpr char kDelete = 0x7F;
+  const bool escapesControls = escapes_ == Escapes::ForTerminals;
   for (std::size_t i = 0; i < utf8.size(); ++i) {
     const char c = utf8[i];
     if (c == '"' || c == '\\') {
@@ -59,13 +60,9 @@ void JsonWriter::append(std::string_view utf8) {
       text_ += "\\r";
     } else if (static_cast<unsigned char>(c) < 0x20) {
       appendEscape(text_, static_cast<unsigned char>(c));
-    } else if (static_cast<unsigned char>(c) < kDelete || escapes_ == Escapes::Required) {
-      text_ += c;
-    } else if (c == kDelete) {
-      appendEscape(text_, kDelete);
-    } else if (const unsigned point = leadingPoint(utf8.substr(i)); isForTerminals(point)) {
+    } else if (const unsigned point = escapesControls ? leadingControl(utf8.substr(i)) : 0) {
       appendEscape(text_, point);
-      i += point < 0x800 ? 1 : 2;
+      while (i + 1 < utf8.size() && opc::isUtf8Continuation(utf8[i + 1])) ++i;
     } else {
       text_ += c;
     }
