@@ -28,9 +28,9 @@ TEST(JsonWriter, EscapesWhatChangesTheDirectionOfText) {
 }
 
 TEST(JsonWriter, LeavesTheirNeighboursAlone) {
-  for (const std::string text :
-       {"~", "\u00A0", "\u00BF", "\u00DB", "\u061B", "\u061D", "\u065C", "\u200D", "\u2010", "\u2029",
-        "\u202F", "\u2065", "\u206A", "\u209C", "\u302E", "\uD55C", "\U0001F00E", "\U000E0001"}) {
+  for (const std::string text : {"~", "\u00A0", "\u00BF", "\u00DB", "\u061B", "\u061D", "\u065C",
+                                 "\u200D", "\u2010", "\u2029", "\u202F", "\u2065", "\u206A",
+                                 "\u209C", "\u302E", "\uD55C", "\U0001F00E", "\U000E0001"}) {
     EXPECT_EQ(json(text), "\"" + text + "\"");
   }
 }
