@@ -54,7 +54,7 @@ constexpr FindingInfo kFindings[] = {
     {kNameNotAscii, "non-ASCII name",
      "The name of an item contains non-ASCII characters. In packages these are percent-encoded; "
      "otherwise programs read them differently. In an add-on this is an error if the name is not "
-     "marked as UTF-8, or contains characters that some programs compose, such as a letter and a "
+     "marked as UTF-8, or contains characters that some programs change, such as a letter and a "
      "combining accent.",
      "Rewrite the package with a program that encodes the names."},
     {kHighRatio, "extreme compression ratio",

@@ -284,6 +284,7 @@ bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locat
   candidate.location.size = wide->directorySize;
   candidate.location.entries = wide->entries;
   candidate.location.endRecords = at;
+  candidate.location.isZip64 = true;
   return true;
 }
 

@@ -42,6 +42,7 @@ struct DirectoryLocation {
   std::uint64_t size = 0;
   std::uint64_t entries = 0;
   std::uint64_t endRecords = 0;  ///< offset of the first end record (ZIP64 or not)
+  bool isZip64 = false;          ///< whether there is a ZIP64 end record
   std::uint64_t archiveEnd = 0;  ///< behind the archive comment
   std::vector<unsigned char> comment;
   std::vector<ZipFault> faults;

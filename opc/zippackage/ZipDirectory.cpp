@@ -170,6 +170,8 @@ std::string ZipDirectory::describe(const ZipFault& fault) const {
       return item + " " + describeVersion(static_cast<std::uint16_t>(fault.first));
     case ZipFaultKind::ReservedFlags:
       return item + " " + describeFlags(static_cast<std::uint16_t>(fault.first));
+    case ZipFaultKind::Zip64Needless:
+      return item + " leaves small values to a ZIP64 field, without a ZIP64 end record";
     case ZipFaultKind::Zip64Unclear:
       return item + " has a ZIP64 field with other values than its header calls for";
     case ZipFaultKind::EndRecordInComment:

@@ -13,6 +13,7 @@ const char* ZipFault::rule() const {
       return "ZP-14";
     case ZipFaultKind::EndRecordsDiffer:
     case ZipFaultKind::Zip64ValueMissing:
+    case ZipFaultKind::Zip64Needless:
     case ZipFaultKind::Zip64Unclear:
       return "ZP-9";
     case ZipFaultKind::OtherUnicodePath:

@@ -87,6 +87,7 @@ class Headers(test_hostile_readers.ReadersTest):
                      {"extra": extra_field(1, size + other)},
                      {"extra": extra_field(1, size) + extra_field(1, other), "size": ALL,
                       "local_size": len(CONTENT)},
+                     {"extra": extra_field(1, size), "size": ALL, "local_size": len(CONTENT)},
                      {"local_extra": extra_field(1, other * 2)},
                      {"local_extra": extra_field(1, size * 2) * 2}):
             with self.subTest(more):

@@ -71,8 +71,9 @@ Oddity findEncodedOddity(std::string_view name) {
   }
 }
 
-// Some programs compose the characters of the names that they unpack.
-bool isComposed(std::string_view name) {
+// Some programs compose the characters of the names that they unpack, or drop a byte order mark.
+bool isKept(std::string_view name) {
+  if (name.starts_with("\xEF\xBB\xBF")) return false;
   UErrorCode error = U_ZERO_ERROR;
   const icu::Normalizer2* composer = icu::Normalizer2::getNFCInstance(error);
   if (U_FAILURE(error)) return false;
@@ -85,8 +86,8 @@ void checkNotAscii(std::string_view name, bool isUtf8, Report& report) {
   const std::string why = "the name contains non-ASCII characters";
   if (!isUtf8) {
     report.addAmbiguous(kNameNotAscii, name, why + " and is not marked as UTF-8", "ZP-3");
-  } else if (!isComposed(name)) {
-    report.addAmbiguous(kNameNotAscii, name, why + " that some programs compose", "ZP-3");
+  } else if (!isKept(name)) {
+    report.addAmbiguous(kNameNotAscii, name, why + " that some programs change", "ZP-3");
   } else {
     report.addClipped(kNameNotAscii, name, why, "ZP-3");
   }

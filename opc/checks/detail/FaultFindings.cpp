@@ -80,6 +80,7 @@ std::optional<FindingId> findingOf(ZipFaultKind kind) {
       return kBytesOutside;
     case ZipFaultKind::UnusedBytes:
     case ZipFaultKind::ExtraMalformed:
+    case ZipFaultKind::Zip64Needless:
     case ZipFaultKind::Zip64Unclear:
       return kUnusedBytes;
     case ZipFaultKind::OtherUnicodePath:

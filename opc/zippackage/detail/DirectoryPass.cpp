@@ -131,9 +131,17 @@ void DirectoryPass::checkFields(const ZipEntry& entry, const CentralHeader& head
   checkUnicodePath(entry, extra);
   const auto field = ExtraFieldWalk::find(extra, Zip64Extra::kId);
   const Zip64Extra actual{entry.size, entry.packedSize, entry.headerOffset, 0};
-  if (field && !actual.agrees(*field, Zip64Extra::neededBy(header))) {
-    note(ZipFaultKind::Zip64Unclear);
-  }
+  if (!field) return;
+  const Zip64Extra needed = Zip64Extra::neededBy(header);
+  if (!actual.agrees(*field, needed)) note(ZipFaultKind::Zip64Unclear);
+  // Some readers look for these fields only where they have seen the record.
+  const auto isSmall = [](const auto& isNeeded, std::uint64_t value) {
+    return isNeeded && value < kElsewhere32;
+  };
+  const bool isNeedless = isSmall(needed.size, entry.size) ||
+                          isSmall(needed.packedSize, entry.packedSize) ||
+                          isSmall(needed.headerOffset, entry.headerOffset);
+  if (isNeedless && !directory_.location_.isZip64) note(ZipFaultKind::Zip64Needless);
 }
 
 // A name of an old code page may have a field with the same name in Unicode. No other name needs

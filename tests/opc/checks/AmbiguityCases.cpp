@@ -97,8 +97,14 @@ std::vector<PackageCase> headerCases() {
       {113, "Zip64Longer", "ZP-9", "b.m", centralExtra(wide({3000, 7, 8}))},
       {113, "Zip64Unordered", "ZP-9", "a.xml",
        [](auto& p) {
+         p.zip.zip64 = true;
          p.part().central.size = 0xFFFFFFFF;
          p.part().central.extra = wide({4, 5});
+       }},
+      {113, "Zip64WithoutRecord", "ZP-9", "b.m",
+       [](auto& p) {
+         p.last().central.size = 0xFFFFFFFF;
+         p.last().central.extra = wide({3000});
        }},
       {113, "LocalZip64Other", "ZP-9", "b.m", localExtra(wide({1, 2}))},
       {113, "StoredWithDescriptor", "ZP-8", "c.m", storeHiddenItem},

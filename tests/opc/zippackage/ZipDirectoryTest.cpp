@@ -334,6 +334,7 @@ TEST(ZipDirectory, MalformedExtraFieldsAreAWarning) {
 TEST(ZipDirectory, TwoZip64FieldsAreAWarningWhetherTheyAreNeededOrNot) {
   for (const bool isNeeded : {false, true}) {
     ZipBuilder builder = twoItems();
+    builder.zip64 = true;
     if (isNeeded) builder.items[0].central.size = 0xFFFFFFFF;
     builder.items[0].central.extra = extraField(1, le64(5)) + extraField(1, le64(6));
 
@@ -367,6 +368,7 @@ TEST(ZipDirectory, Zip64ValuesOfAnItemMayBeAllOrOne) {
   ZipBuilder one = twoItems();
   one.items[1].central.offset = 0xFFFFFFFF;
   one.items[1].central.extra = extraField(0x5455, "abcde") + extraField(1, le64(40));
+  all.zip64 = one.zip64 = true;
 
   for (const ZipBuilder* builder : {&all, &one}) {
     const ZipDirectory directory = directoryOf(*builder);
@@ -377,6 +379,15 @@ TEST(ZipDirectory, Zip64ValuesOfAnItemMayBeAllOrOne) {
     EXPECT_EQ(directory.entries()[0].headerOffset, 0u);
     EXPECT_EQ(directory.entries()[1].headerOffset, 40u);
   }
+}
+
+TEST(ZipDirectory, SmallZip64ValuesWithoutTheRecordAreAWarning) {
+  ZipBuilder builder = twoItems();
+  builder.items[0].central.size = 0xFFFFFFFF;
+  builder.items[0].central.extra = extraField(1, le64(5));
+
+  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::Zip64Needless});
+  EXPECT_EQ(refusalOf(builder), "");
 }
 
 TEST(ZipDirectory, AnItemWithoutTheZip64ValueThatItRefersToIsRefused) {
