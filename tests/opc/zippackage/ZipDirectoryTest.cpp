@@ -381,15 +381,6 @@ TEST(ZipDirectory, Zip64ValuesOfAnItemMayBeAllOrOne) {
   }
 }
 
-TEST(ZipDirectory, SmallZip64ValuesWithoutTheRecordAreAWarning) {
-  ZipBuilder builder = twoItems();
-  builder.items[0].central.size = 0xFFFFFFFF;
-  builder.items[0].central.extra = extraField(1, le64(5));
-
-  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::Zip64Needless});
-  EXPECT_EQ(refusalOf(builder), "");
-}
-
 TEST(ZipDirectory, AnItemWithoutTheZip64ValueThatItRefersToIsRefused) {
   ZipBuilder none = twoItems();
   none.items[0].central.size = 0xFFFFFFFF;
