@@ -266,6 +266,7 @@ TEST_F(Commits, OfSeveralThreadsAreInThePackageOrFail) {
   };
 
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int thread = 0; thread < 4; ++thread) threads.emplace_back(work, thread);
   for (std::thread& thread : threads) thread.join();
 
@@ -292,41 +293,6 @@ TEST_F(Commits, FailWhenTheFileOutgrowsWhatIsAllowed) {
   std::signal(SIGXFSZ, handler);
   EXPECT_EQ(error, "cannot write package '" + path().string() +
                        "': cannot write to a temporary file: File too large");
-}
-
-TEST_F(Commits, KeepTheMode) {
-  for (const mode_t mode : {0600, 0640, 0666, 0751}) {
-    ASSERT_EQ(::chmod(path().c_str(), mode), 0);
-
-    changed()->close(false);
-
-    EXPECT_EQ(modeOf(path()), mode);
-    auto again = test::packageAt(path());
-    again.open(OpenMode::Create);
-    again.close(false);
-    EXPECT_EQ(modeOf(path()), mode);
-    test::makePackage(path(), {"a", "b"});
-  }
-}
-
-TEST_F(Commits, KeepTheOwnerWhenAllowed) {
-  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
-  ASSERT_EQ(::chown(path().c_str(), 12345, 23456), 0);
-
-  changed()->close(false);
-
-  struct stat status {};
-  ::stat(path().c_str(), &status);
-  EXPECT_EQ(status.st_uid, 12345u);
-  EXPECT_EQ(status.st_gid, 23456u);
-}
-
-TEST_F(Commits, OfNewFilesFollowTheUmask) {
-  const mode_t old = ::umask(027);
-  test::makePackage(folder_ / "new.kraddon", {"a", "b"});
-  ::umask(old);
-
-  EXPECT_EQ(modeOf(folder_ / "new.kraddon"), 0640u);
 }
 
 TEST_F(Commits, KeepASymbolicLinkAndReplaceWhatItNames) {
