@@ -221,10 +221,10 @@ std::string ContentTypes::toXml() const {
 
 ContentTypes ContentTypes::read(InputStream& stream, FaultSink& faults) {
   ContentTypes types;
-  DelayedFaults delayed;
-  detail::ContentTypesReader reader(types, delayed);
-  XercesParser::parse(stream, reader);
-  delayed.handOnTo(faults);
+  DelayedFaults::collect(faults, [&](FaultSink& delayed) {
+    detail::ContentTypesReader reader(types, delayed);
+    XercesParser::parse(stream, reader);
+  });
   types.setUnchanged();
   return types;
 }

@@ -11,19 +11,19 @@ class RefusingSink final : public FaultSink {
 
 }  // namespace
 
+FormatError FaultSink::tooManyFaults(const FormatError& last) {
+  return {last.rule(),
+          "there are more than " + std::to_string(kMost) + " faults; the rest is not looked at"};
+}
+
 FaultSink& FaultSink::refusing() {
   static RefusingSink sink;
   return sink;
 }
 
 void DelayedFaults::add(const FormatError& fault, std::string_view itemName) {
-  // Of so many, nobody prints all: the rest is counted.
-  constexpr std::size_t kMostTexts = 10'000;
-  if (faults_.size() < kMostTexts) {
-    faults_.emplace_back(fault, itemName);
-  } else {
-    faults_.emplace_back(FormatError(fault.rule(), "", fault.code()), std::string());
-  }
+  if (faults_.size() == kMost) throw tooManyFaults(fault);
+  faults_.emplace_back(fault, itemName);
 }
 
 void DelayedFaults::handOnTo(FaultSink& faults) const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,10 @@ class FaultSink {
   /// document that is being read.
   virtual void add(const FormatError& fault, std::string_view itemName) = 0;
 
+  /// So many faults of one document are looked at: who finds the next one throws tooManyFaults.
+  static constexpr std::size_t kMost = 10'000;
+  static FormatError tooManyFaults(const FormatError& last);
+
   /// The one that throws.
   static FaultSink& refusing();
 };
@@ -28,10 +33,26 @@ class FaultSink {
 /// nothing.
 class DelayedFaults final : public FaultSink {
  public:
+  /// Throws tooManyFaults.
   void add(const FormatError& fault, std::string_view itemName) override;
-  void handOnTo(FaultSink& faults) const;
+
+  /// Runs `parse` with one, and hands on to `faults` what it holds, unless `parse` throws something
+  /// else than a fault.
+  template <typename Parse>
+  static void collect(FaultSink& faults, const Parse& parse) {
+    DelayedFaults delayed;
+    try {
+      parse(delayed);
+    } catch (const FormatError&) {
+      delayed.handOnTo(faults);
+      throw;
+    }
+    delayed.handOnTo(faults);
+  }
 
  private:
+  void handOnTo(FaultSink& faults) const;
+
   std::vector<std::pair<FormatError, std::string>> faults_;
 };
 

@@ -39,7 +39,11 @@ FileSystemManager::State& FileSystemManager::state() {
   return *state_;
 }
 
-FileSystemEntry FileSystemManager::entryOf(std::uint32_t node) {
+FileTree& FileSystemManager::nodes() {
+  return state().tree->nodes;
+}
+
+FileSystemEntry FileSystemManager::entryOf(NodeId node) {
   return {package_, state_->tree->nodes, node};
 }
 

@@ -14,6 +14,7 @@
 #include "opc/model/Package.h"
 #include "opc/plservices/FileSystemEntry.h"
 #include "opc/plservices/FileSystemEntryAlreadyExists.h"
+#include "opc/plservices/FileTree.h"
 #include "opc/plservices/RestoreMode.h"
 
 namespace opc::plservices {
@@ -36,6 +37,9 @@ class FileSystemManager {
   FileSystemManager& operator=(const FileSystemManager&) = delete;
 
   FileSystemEntry getRoot();
+  /// The whole tree, good until it is changed or read again; and an entry for a node of it.
+  FileTree& nodes();
+  FileSystemEntry entryOf(NodeId node);
   /// None for a file.
   std::vector<FileSystemEntry> getChildren(const FileSystemEntry& folder);
   /// Calls `visit` for all files and empty folders with their paths (UTF-8), depth first in the
@@ -94,7 +98,6 @@ class FileSystemManager {
   State& state();
   /// The entry's node, if it is one of this tree; throws InvalidArgument otherwise.
   std::uint32_t nodeOf(const FileSystemEntry& entry);
-  FileSystemEntry entryOf(std::uint32_t node);
 
   model::Package& package_;
   interfaces::BackgroundStarter background_;

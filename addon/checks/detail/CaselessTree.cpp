@@ -4,6 +4,9 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
+
+#include "opc/KeyedHash.h"
 #include "opc/Text.h"
 
 namespace addon::checks::detail {
@@ -24,37 +27,52 @@ std::string foldCase(std::string_view text) {
   return folded.toUTF8String(result);
 }
 
-CaselessTree::CaselessTree(FileSystemManager& files, const Visit& visit) {
-  const Entry root = files.getRoot();
-  entries_.push_back(root);
-  const auto addChildren = [&](const Entry& folder, NodeId node) {
-    const std::vector<Entry> children = files.getChildren(folder);
-    for (auto child = children.rbegin(); child != children.rend(); ++child) {
-      waiting_.push_back({*child, node});
+CaselessTree::CaselessTree(FileSystemManager& files, const Visit& visit)
+    : files_(files), tree_(files.nodes()), first_(tree_.size(), FileTree::kRoot) {
+  index_.reserve(tree_.size());
+  NodeId node = tree_.firstChild(FileTree::kRoot);
+  while (node != FileTree::kNone) {
+    add(node, visit);
+    NodeId next = tree_.hasChildren(node) ? tree_.firstChild(node) : FileTree::kNone;
+    while (next == FileTree::kNone && node != FileTree::kRoot) {
+      next = tree_.nextSibling(node);
+      node = tree_.parent(node);
     }
-  };
-  addChildren(root, FileTree::kRoot);
-  while (!waiting_.empty()) {
-    const Waiting next = waiting_.back();
-    waiting_.pop_back();
-    const NodeId node = add(next.entry, next.folder, visit);
-    if (!next.entry.isFile()) addChildren(next.entry, node);
+    node = next;
   }
 }
 
-NodeId CaselessTree::add(const Entry& entry, NodeId folder, const Visit& visit) {
-  const std::string name = foldCase(entry.name());
-  const NodeId same = nodes_.findChild(folder, name);
-  if (visit) visit(entry, same == FileTree::kNone ? nullptr : &entries_[same]);
-  if (same != FileTree::kNone) return same;
-  entries_.push_back(entry);
-  return nodes_.addFolder(folder, name);
+void CaselessTree::add(NodeId node, const Visit& visit) {
+  const NodeId folder = first_[tree_.parent(node)];
+  const std::string name = foldCase(tree_.name(node));
+  const NodeId same = findIn(folder, name);
+  first_[node] = same == FileTree::kNone ? node : same;
+  if (same == FileTree::kNone) index_.insert(opc::keyedHash(name, folder), node);
+  if (!visit) return;
+  const Entry entry = files_.entryOf(node);
+  if (same == FileTree::kNone) return visit(entry, nullptr);
+  const Entry other = files_.entryOf(same);
+  visit(entry, &other);
+}
+
+NodeId CaselessTree::findIn(NodeId folder, std::string_view foldedName) const {
+  const NodeId* found = index_.find(opc::keyedHash(foldedName, folder), [&](NodeId node) {
+    return first_[tree_.parent(node)] == folder && foldCase(tree_.name(node)) == foldedName;
+  });
+  return found == nullptr ? FileTree::kNone : *found;
 }
 
 std::optional<std::string> CaselessTree::find(std::string_view path) const {
-  const NodeId node = nodes_.find(foldCase(path));
+  const std::string folded = foldCase(path);
+  std::string_view rest = folded;
+  NodeId node = FileTree::kRoot;
+  while (!rest.empty() && node != FileTree::kNone) {
+    const std::size_t end = std::min(rest.find('/'), rest.size());
+    node = findIn(node, rest.substr(0, end));
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
   if (node == FileTree::kNone || node == FileTree::kRoot) return std::nullopt;
-  return entries_[node].path();
+  return tree_.path(node);
 }
 
 }  // namespace addon::checks::detail

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "opc/HashIndex.h"
 #include "opc/plservices/FileSystemManager.h"
 #include "opc/plservices/FileTree.h"
 
@@ -17,7 +18,7 @@ namespace addon::checks::detail {
 std::string foldCase(std::string_view text);
 
 /// The file tree as seen by a file system that ignores case: entries whose paths differ only in
-/// case are one.
+/// case are one. The tree must not change meanwhile.
 class CaselessTree {
  public:
   using Entry = opc::plservices::FileSystemEntry;
@@ -31,17 +32,16 @@ class CaselessTree {
   std::optional<std::string> find(std::string_view path) const;
 
  private:
-  opc::plservices::NodeId add(const Entry& entry, opc::plservices::NodeId folder,
-                              const Visit& visit);
+  using NodeId = opc::plservices::NodeId;
 
-  struct Waiting {
-    Entry entry;
-    opc::plservices::NodeId folder;  // its parent in nodes_
-  };
+  void add(NodeId node, const Visit& visit);
+  NodeId findIn(NodeId folder, std::string_view foldedName) const;
 
-  opc::plservices::FileTree nodes_;  // of folded names
-  std::vector<Entry> entries_;       // by node, the root at 0
-  std::vector<Waiting> waiting_;
+  // A package may have millions of folders: besides the tree this takes little for each.
+  opc::plservices::FileSystemManager& files_;
+  opc::plservices::FileTree& tree_;
+  std::vector<NodeId> first_;     // by node: the first with that path, whatever the case
+  opc::HashIndex<NodeId> index_;  // of those, by the first folder and the folded name
 };
 
 }  // namespace addon::checks::detail

@@ -95,6 +95,8 @@ class StructureCheck {
   }
 
   void reportUnknown(const DOMElement* element) {
+    // There may be millions.
+    if (!report_.keeps(kUnknownElement)) return report_.add(kUnknownElement, "", "");
     const bool isForeign = domNamespace(*element) != domNamespace(*root_);
     const std::string found = opc::toUtf8ForDisplay(domNamespace(*element));
     const std::string where = isForeign ? " of the namespace " + quoted(orNone(found)) : "";

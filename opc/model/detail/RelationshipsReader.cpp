@@ -200,11 +200,11 @@ class RelationshipsDocument final : public DocumentPieces {
 }  // namespace
 
 void readRelationships(InputStream& stream, RelationshipSet& set, FaultSink& faults) {
-  DelayedFaults delayed;
-  RelationshipsReader reader(set, delayed);
-  RelationshipsDocument document(reader, delayed);
-  XercesParser::parse(stream, document);
-  delayed.handOnTo(faults);
+  DelayedFaults::collect(faults, [&](FaultSink& delayed) {
+    RelationshipsReader reader(set, delayed);
+    RelationshipsDocument document(reader, delayed);
+    XercesParser::parse(stream, document);
+  });
 }
 
 }  // namespace opc::model::detail

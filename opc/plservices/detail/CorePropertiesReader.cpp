@@ -259,7 +259,8 @@ class Reader {
 
 void readCoreProperties(const DOMElement& root, CorePropertiesPart& part,
                         model::FaultSink& faults) {
-  Reader(part, faults).read(root);
+  model::DelayedFaults::collect(
+      faults, [&](model::FaultSink& delayed) { Reader(part, delayed).read(root); });
 }
 
 }  // namespace opc::plservices::detail
