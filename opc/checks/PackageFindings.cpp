@@ -54,8 +54,8 @@ constexpr FindingInfo kFindings[] = {
     {kNameNotAscii, "non-ASCII name",
      "The name of an item contains non-ASCII characters. In packages these are percent-encoded; "
      "otherwise programs read them differently. In an add-on this is an error if the name is not "
-     "marked as UTF-8, or contains characters that some programs change, such as a letter and a "
-     "combining accent.",
+     "marked as UTF-8, or the item was not made on Unix, or the name contains characters that some "
+     "programs change, such as a letter and a combining accent.",
      "Rewrite the package with a program that encodes the names."},
     {kHighRatio, "extreme compression ratio",
      "An item decompresses to more than 64 MiB and more than 200 times its compressed size. Such "

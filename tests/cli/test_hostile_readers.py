@@ -86,6 +86,8 @@ class Names(ReadersTest):
         for name in ("files/e\u0301.m", "\ufefffiles/a.m"):
             self.put_file(name.encode(), flags=UTF8)
             self.ambiguous("KR111")
+        self.put_file("files/\u00e9.m".encode(), flags=UTF8, made_by=20)
+        self.ambiguous("KR111")
         self.put_file("files/\u00e9.m".encode(), flags=UTF8)
         self.assertEqual({finding["severity"] for finding in self.findings()[0]
                           if finding["id"] == "KR111"}, {"warning"})

@@ -82,10 +82,15 @@ bool isKept(std::string_view name) {
   return U_SUCCESS(error) && result;
 }
 
-void checkNotAscii(std::string_view name, bool isUtf8, Report& report) {
+void checkNotAscii(std::string_view name, const zippackage::CentralHeader& header, Report& report) {
   const std::string why = "the name contains non-ASCII characters";
-  if (!isUtf8) {
+  const int host = header.madeBy >> 8;
+  if ((header.flags & zippackage::kFlagUtf8) == 0) {
     report.addAmbiguous(kNameNotAscii, name, why + " and is not marked as UTF-8", "ZP-3");
+  } else if (host != zippackage::kHostUnix && host != zippackage::kHostDarwin) {
+    report.addAmbiguous(kNameNotAscii, name,
+                        why + ", which some programs decode as those of the system that made it",
+                        "ZP-3");
   } else if (!isKept(name)) {
     report.addAmbiguous(kNameNotAscii, name, why + " that some programs change", "ZP-3");
   } else {
@@ -95,8 +100,9 @@ void checkNotAscii(std::string_view name, bool isUtf8, Report& report) {
 
 // Returns whether no part can have the name, which a finding then reports. `stored` is the bytes of
 // the name in the file.
-bool checkItemName(std::string_view name, std::string_view stored, bool isUtf8, Report& report) {
-  if (!isAscii(stored)) checkNotAscii(name, isUtf8, report);
+bool checkItemName(std::string_view name, std::string_view stored,
+                   const zippackage::CentralHeader& header, Report& report) {
+  if (!isAscii(stored)) checkNotAscii(name, header, report);
   const Oddity oddity = findOddity(name);
   if (oddity.rule != nullptr) {
     report.addAmbiguous(kUnsafeName, name, std::string("the name ") + oddity.why, oddity.rule);
@@ -182,9 +188,8 @@ class ContainerCheck {
     const std::string_view name = directory_.name(entry);
     checkComment(directory_.comment(entry), name);
     if (!states_[entry].hasBadName) {
-      const bool isUtf8 = (directory_.entries()[entry].flags & zippackage::kFlagUtf8) != 0;
       states_[entry].hasBadName =
-          checkItemName(name, directory_.storedName(entry), isUtf8, report_);
+          checkItemName(name, directory_.storedName(entry), directory_.header(entry), report_);
     }
     if (states_[entry].hasBadMarks) return;
     if (report_.subject() == Subject::Addon &&

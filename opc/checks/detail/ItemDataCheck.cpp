@@ -16,6 +16,7 @@
 #include "opc/checks/detail/LocalHeaderCheck.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/zippackage/Codec.h"
+#include "opc/zippackage/ExtraFields.h"
 #include "opc/zippackage/ZipItemReader.h"
 
 namespace opc::checks::detail {
@@ -148,6 +149,11 @@ class ItemDataCheck {
     }
   }
 
+  bool hasZip64Field(std::uint32_t entry) {
+    using zippackage::ExtraFieldWalk;
+    return ExtraFieldWalk::find(reader_.localExtra(entry), zippackage::Zip64Extra::kId).has_value();
+  }
+
   // Who reads from the front has to search stored data of unknown size for their end.
   void checkDescriptor(std::uint32_t entry, const zippackage::LocalHeader& header,
                        std::uint64_t end) {
@@ -158,6 +164,7 @@ class ItemDataCheck {
     // Its forms differ in size.
     const std::uint64_t size = end - item.leastEnd() - header.extraLength;
     const bool hasSignature = size % 8 == 0;
+    constexpr std::uint64_t kNarrowSize = 16;
     const char* why = nullptr;
     if (isSearched && signatures_.isFound()) {
       why =
@@ -165,6 +172,8 @@ class ItemDataCheck {
           "next record";
     } else if (!hasSignature && (isSearched || isMistakable)) {
       why = "its data descriptor has no signature, by which some readers find it";
+    } else if (item.packedSize == 0 && size == kNarrowSize && hasZip64Field(entry)) {
+      why = "its data descriptor has not the wide sizes that its ZIP64 field announces";
     }
     if (why != nullptr) report_.addAmbiguous(kUnusedBytes, directory_.name(entry), why, "ZP-8");
   }

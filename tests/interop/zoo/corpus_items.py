@@ -198,6 +198,12 @@ def item_with_a_name_in_utf8(archive, name):
     archive.add(name, HIDDEN, flags=UTF8)
 
 
+@construction(*((host, need) for host in (0, 6, 10, 11, 14, 19) for need in (20, 25, 50)))
+def name_in_utf8_from_another_system(archive, host, need):
+    _, central = archive.add(b"files/\xc3\xa9.m", HIDDEN, flags=UTF8)
+    central.made_by = host << 8 | need
+
+
 @construction(b"files/\xc3\xa9.m", b"\xc3\xa9.txt")
 def names_in_two_encodings(archive, name):
     archive.add(name, HIDDEN)

@@ -80,16 +80,20 @@ def descriptor(archive, where, name, zeros, kind):
     assert central.size
 
 
-@construction(*((name, zeros, kind) for name in (b"files/lib/", b"x/") for zeros in (True, False)
-                for kind in ("marked", "bare", "wide")))
-def descriptor_of_a_folder(archive, name, zeros, kind):
+@construction(*((name, sizes, kind) for name in (b"files/lib/", b"x/", b"files/empty.m")
+                for sizes in ("zero", "field of zeros", "full")
+                for kind in ("marked", "bare", "wide", "wide and bare")))
+def descriptor_of_an_empty_item(archive, name, sizes, kind):
     local, central = archive.add(name)
     archive.body.insert(0, archive.body.pop())
-    central.external = 0o040755 << 16 | 0x10
-    local.descriptor = described_data(local, kind != "bare", kind == "wide")
+    if name.endswith(b"/"):
+        central.external = 0o040755 << 16 | 0x10
+    local.descriptor = described_data(local, "bare" not in kind, "wide" in kind)
     for header in (local, central):
         header.flags |= DESCRIPTOR
-    if not zeros:
+    if sizes != "zero":
+        local.extra += field(1, bytes(16))
+    if sizes == "full":
         local.size = local.packed_size = FULL32
 
 

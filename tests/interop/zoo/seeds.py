@@ -13,6 +13,9 @@ FILES = {"a.m": b"function a\n", "lib/b.m": b"function b\n" * 20, "lib/data.bin"
 ODD_FILES = {"a.m": b"1\n", "A.m": b"2\n", "lib/end.": b"3\n" * 30, "lib/\u00e9.m": b"4\n"}
 
 
+TIME = 1700000000
+
+
 class Unseekable(io.RawIOBase):
     """A file that can only be appended to, so that descriptors have to follow the data."""
 
@@ -38,7 +41,7 @@ def created(program, folder, name, files, *words):
             file.write(content)
     package = os.path.join(folder, name + ".kraddon")
     subprocess.run([program, "create", package, tree, "--name", "Zoo", "--timestamp",
-                    "1700000000", *words], check=True, stdin=subprocess.DEVNULL)
+                    str(TIME), *words], check=True, stdin=subprocess.DEVNULL)
     with open(package, "rb") as file:
         return file.read()
 
@@ -64,9 +67,12 @@ def with_program(folder, name, items, *command):
         os.makedirs(os.path.dirname(os.path.join(tree, path)), exist_ok=True)
         with open(os.path.join(tree, path), "wb") as file:
             file.write(content)
+    for path, _, files in os.walk(tree):
+        for entry in (".", *files):
+            os.utime(os.path.join(path, entry), (TIME, TIME))
     subprocess.run([package if word == "OUT" else word for word in command], cwd=tree, check=True,
                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                   env=dict(os.environ, LC_ALL="C.UTF-8"))
+                   env=dict(os.environ, LC_ALL="C.UTF-8", TZ="UTC"))
     with open(package, "rb") as file:
         return file.read()
 

@@ -10,7 +10,7 @@ import readers_of_zip
 
 SEED = 1
 SLOW = os.environ.get("KRADDON_SLOW_BUILD") == "1"
-BATCHES, SIZE = (2, 200) if SLOW else (6, 500)
+BATCHES, SIZE = (2, 200) if SLOW else (8, 1000)
 
 
 class Variants(unittest.TestCase):

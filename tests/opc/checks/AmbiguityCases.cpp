@@ -88,6 +88,11 @@ std::vector<PackageCase> headerCases() {
          p.last().descriptor = true;
          p.last().local.crc = crcOf(p.last().content);
        }},
+      {113, "NarrowDescriptorWithZip64", "ZP-8", "c.m",
+       [](auto& p) {
+         p.add("c.m", "").descriptor = true;
+         p.last().local.extra = wide({0, 0});
+       }},
       {109, "LocalSizesElsewhere", "ZP-9", "b.m",
        [](auto& p) {
          p.last().descriptor = true;
