@@ -95,6 +95,7 @@ struct CentralHeader {
 struct DataDescriptor {
   static constexpr std::uint32_t kSignature = 0x08074b50;
   static constexpr std::size_t kMaxSize = 24;
+  static constexpr std::size_t kMaxNarrowSize = 16;
 
   std::uint32_t crc = 0;
   std::uint64_t packedSize = 0;

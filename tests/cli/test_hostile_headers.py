@@ -70,8 +70,14 @@ class Headers(test_hostile_readers.ReadersTest):
             with self.subTest(more):
                 self.put(addon([streamed(b"files/a.m", CONTENT, **more)]))
                 self.ambiguous("KR105")
+        packed = hostilezip.raw_deflate(CONTENT)
+        wide = b"PK\x07\x08" + struct.pack("<L2Q", zlib.crc32(CONTENT), len(packed), len(CONTENT))
+        size = extra_field(1, struct.pack("<2Q", len(CONTENT), 0))
         for more in ({"local_size": len(CONTENT)},
-                     {"local_size": ALL, "local_packed_size": ALL, "local_extra": zeros}):
+                     {"local_size": ALL, "local_packed_size": ALL, "local_extra": zeros,
+                      "descriptor": wide},
+                     {"local_size": ALL, "local_packed_size": ALL, "local_extra": size,
+                      "descriptor": wide}):
             with self.subTest(more):
                 self.put(addon([streamed(b"files/a.m", CONTENT, **more)]))
                 self.passed()
@@ -96,6 +102,21 @@ class Headers(test_hostile_readers.ReadersTest):
         self.put(addon([Entry(b"files/a.m", CONTENT, extra=extra_field(1, size * 2),
                               local_extra=extra_field(1, size * 2))]))
         self.passed()
+
+    def test_a_descriptor_of_another_width_than_the_local_header_says_is_an_error(self):
+        for content, method in ((CONTENT, DEFLATED), (CONTENT, hostilezip.STORED), (b"", DEFLATED)):
+            packed = hostilezip.raw_deflate(content) if method == DEFLATED else content
+            wide = b"PK\x07\x08" + struct.pack("<L2Q", zlib.crc32(content), len(packed),
+                                               len(content))
+            field = extra_field(1, bytes(16))
+            with self.subTest((content[:1], method)):
+                self.put(addon([streamed(b"files/a.m", content, method, descriptor=wide)]))
+                self.ambiguous("KR113")
+                self.put(addon([streamed(b"files/a.m", content, method, local_extra=field)]))
+                self.ambiguous("KR113")
+                self.put(addon([streamed(b"files/a.m", content, method, descriptor=wide,
+                                         local_extra=field)]))
+                self.passed()
 
     def test_stored_data_of_unknown_size_that_hold_an_item_are_an_error(self):
         hidden = b"before" + record_of(b"files/hidden.m", b"hidden")

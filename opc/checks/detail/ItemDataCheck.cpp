@@ -164,7 +164,7 @@ class ItemDataCheck {
     // Its forms differ in size.
     const std::uint64_t size = end - item.leastEnd() - header.extraLength;
     const bool hasSignature = size % 8 == 0;
-    constexpr std::uint64_t kNarrowSize = 16;
+    const bool isWide = size > zippackage::DataDescriptor::kMaxNarrowSize;
     const char* why = nullptr;
     if (isSearched && signatures_.isFound()) {
       why =
@@ -172,8 +172,9 @@ class ItemDataCheck {
           "next record";
     } else if (!hasSignature && (isSearched || isMistakable)) {
       why = "its data descriptor has no signature, by which some readers find it";
-    } else if (item.packedSize == 0 && size == kNarrowSize && hasZip64Field(entry)) {
-      why = "its data descriptor has not the wide sizes that its ZIP64 field announces";
+    } else if (isWide != hasZip64Field(entry)) {
+      why = isWide ? "its data descriptor has 64-bit sizes, and its local header no ZIP64 field"
+                   : "its data descriptor has 32-bit sizes, and its local header a ZIP64 field";
     }
     if (why != nullptr) report_.addAmbiguous(kUnusedBytes, directory_.name(entry), why, "ZP-8");
   }

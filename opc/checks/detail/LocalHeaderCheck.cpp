@@ -97,7 +97,9 @@ class LocalHeaderCheck {
     if (!field) return;
     const Zip64Extra actual{entry_.size, entry_.packedSize, entry_.headerOffset, 0};
     const Zip64Extra unset{0, 0, 0, 0};
-    if (actual.agrees(*field, needed) || (hasDescriptor() && unset.agrees(*field, needed))) return;
+    const Zip64Extra half{entry_.size, 0, 0, 0};
+    if (actual.agrees(*field, needed)) return;
+    if (hasDescriptor() && (unset.agrees(*field, needed) || half.agrees(*field, needed))) return;
     report_.addAmbiguous(kUnusedBytes, name_,
                          local("has a ZIP64 field with other values than it calls for"), "ZP-9");
   }

@@ -50,6 +50,7 @@ TEST(Verification, WhatTheFormatAllowsIsNoFinding) {
   test::ZipItem& described = package.add("described.m", std::string(500, 'd'));
   described.deflate = described.descriptor = described.descriptorWide = true;
   described.descriptorSignature = false;
+  described.local.extra = test::extraField(1, test::le64(0) + test::le64(0));
   package.add("wide.m", "wide").central.extra = test::extraField(0xA220, "hint");
   package.add("c.m/[1].last.piece", "b");
   package.add("c.m/[0].piece", "a");
