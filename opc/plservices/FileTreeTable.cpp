@@ -68,13 +68,30 @@ class TableReader final : public model::DocumentPieces {
   FileTreeTable& table_;
 };
 
-xercesc::DOMElement* appendEntry(xercesc::DOMElement* root, const char16_t* name,
-                                 const std::string& path) {
-  xercesc::DOMElement* entry =
-      XercesHelper::appendElementNS(root, FileTreeTable::namespaceURI(), name);
-  XercesHelper::setElementAttribute(entry, FileTreeTable::kPath,
-                                    fromUtf8(model::percentEncodePath(path)));
-  return entry;
+// ASCII, of which XML attributes take all but one character as it is.
+void appendAttribute(std::string& xml, const char16_t* name, const std::string& value) {
+  xml += ' ' + toUtf8(name) + "=\"";
+  for (const char c : value) {
+    if (c == '&') {
+      xml += "&amp;";
+    } else {
+      xml += c;
+    }
+  }
+  xml += '"';
+}
+
+// Hands on what has been written from time to time.
+void writeEntry(std::string& xml, const char16_t* name, const std::string* part,
+                const std::string& path, OutputStream& stream) {
+  constexpr std::size_t kBlock = 65536;
+  xml += '<' + toUtf8(name);
+  if (part != nullptr) appendAttribute(xml, FileTreeTable::kPart, *part);
+  appendAttribute(xml, FileTreeTable::kPath, model::percentEncodePath(path));
+  xml += "/>";
+  if (xml.size() < kBlock) return;
+  stream.write(reinterpret_cast<const unsigned char*>(xml.data()), xml.size());
+  xml.clear();
 }
 
 }  // namespace
@@ -94,14 +111,12 @@ void FileTreeTable::write(OutputStream& stream) {
   std::sort(folders.begin(), folders.end());
   std::sort(files.begin(), files.end(),
             [](const File& a, const File& b) { return a.path < b.path; });
-  const model::DocumentPointer document = XercesHelper::createDocument();
-  xercesc::DOMElement* root = XercesHelper::appendElementNS(document, namespaceURI(), kRoot);
-  for (const std::string& folder : folders) appendEntry(root, kFolder, folder);
-  for (const File& file : files) {
-    XercesHelper::setElementAttribute(appendEntry(root, kFile, file.path), kPart,
-                                      fromUtf8(file.partName));
-  }
-  XercesHelper::writeDocumentToStream(XercesHelper::createWriter(), document, stream);
+  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>";
+  xml += '<' + toUtf8(kRoot) + " xmlns=\"" + toUtf8(namespaceURI()) + "\">";
+  for (const std::string& folder : folders) writeEntry(xml, kFolder, nullptr, folder, stream);
+  for (const File& file : files) writeEntry(xml, kFile, &file.partName, file.path, stream);
+  xml += "</" + toUtf8(kRoot) + '>';
+  stream.write(reinterpret_cast<const unsigned char*>(xml.data()), xml.size());
 }
 
 std::uint64_t FileTreeTable::entrySize(std::string_view path) {

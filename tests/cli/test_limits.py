@@ -27,8 +27,7 @@ EVERY = (("info",), ("set", "properties", "summary=changed"), ("diff", "p.kraddo
 OF_THE_TREE = (*EVERY, ("list", "--json"), ("preview", "-o", "-"), ("call", "addonGetFileList"),
                ("remove", "a.m"))
 # docs/limits.md says why.
-BEYOND = {("folders", "remove"), ("folders with long names", "remove"),
-          ("folders with long names", "call"), ("folders inside each other", "preview")}
+BEYOND = {("folders with long names", "call"), ("folders inside each other", "preview")}
 
 
 @unittest.skipIf(SANITIZED, "the sanitizers need memory of their own")

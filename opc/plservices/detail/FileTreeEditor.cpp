@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/model/XercesHelper.h"
 #include "opc/plservices/FileSystemEntryAlreadyExists.h"
 #include "opc/plservices/TreePath.h"
 #include "opc/plservices/detail/FileContentTypes.h"
@@ -26,6 +27,10 @@ class TableSource final : public interfaces::IContentSource {
     }
     TextOutputStream stream;
     tree_->table().write(stream);
+    if (stream.text.size() > model::XercesHelper::kMaxDocumentSize) {
+      throw Exception(ErrorCode::TooLarge,
+                      "cannot write the table of the file tree: it is too long to be read");
+    }
     return std::make_unique<TextInputStream>(std::move(stream.text));
   }
   std::uint64_t size() const override { return tree_->tableSize; }
