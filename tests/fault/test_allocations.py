@@ -79,6 +79,20 @@ class Allocations(FaultTest):
                         else:
                             self.assertRegex(result.errors, "memory|Cannot allocate|cannot load ", where)
 
+    def test_that_fail_while_xerces_starts_are_not_faults_of_the_package(self):
+        self.make_inputs()
+        failed = []
+        for number in range(1, 1500):
+            result = self.run_failing(f"memory:{number}:ENOMEM", "verify", "p.kraddon")
+            if b"Xerces" in result.out or "Xerces" in result.errors:
+                failed.append(result)
+
+        self.assertNotEqual(failed, [], "it starts later; try more numbers")
+        for result in failed:
+            self.assertEqual((result.code, result.out), (1, b""))
+            self.assertIn("cannot start Xerces-C", result.errors)
+            self.assertIn("Cannot allocate memory", result.errors)
+
 
 if __name__ == "__main__":
     faulttest.main()

@@ -2,6 +2,7 @@
 #include "opc/model/detail/XercesMemory.h"
 
 #include <array>
+#include <cerrno>
 #include <functional>
 #include <new>
 #include <string>
@@ -23,9 +24,9 @@ constexpr std::size_t kBlockSize = std::size_t{1} << 20;
 // Xerces-C is never to be used again after a panic.
 bool isBroken = false;
 
+// It gives no useful reason, but only lacks memory. That is not a fault of the package.
 [[noreturn]] void refuseBroken(const std::string& why) {
-  throw Exception(ErrorCode::InvalidState,
-                  "cannot start Xerces-C: " + why + "; there may not be enough memory");
+  throw SystemError("cannot start Xerces-C (" + why + ")", ENOMEM);
 }
 
 // The one that comes with Xerces-C ends the process.
