@@ -84,7 +84,7 @@ void checkTarget(const std::string& source, std::string_view text) {
   const auto again = opc::model::detail::resolveTarget("another/source.xml", stored);
   require(again.name.canonical() == name.canonical(), "a resolved target resolves to itself");
   require(again.fragment == resolved->fragment, "a fragment is kept");
-  require(!again.mended, "a resolved target needs no correction");
+  require(!again.corrected, "a resolved target needs no correction");
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ void checkEntry(const RelationshipSet& set, const RelationshipSet::Entry& entry)
   require(set.find(relationship.getId()) == &relationship, "a relationship is found by its id");
   require(!relationship.getType().empty(), "a relationship has a type");
   if (relationship.getTargetMode() == TargetMode::External) {
-    require(entry.fragment.empty() && !entry.mended, "an external target is not changed");
+    require(entry.fragment.empty() && !entry.corrected, "an external target is not changed");
     return;
   }
   const PartName target = relationship.targetName();
@@ -52,7 +52,7 @@ void checkEqual(const RelationshipSet& a, const RelationshipSet& b) {
     require(x.getTargetURI() == y.getTargetURI(), "a target comes back");
     require(x.getTargetMode() == y.getTargetMode(), "a target mode comes back");
     require(entry.fragment == other->fragment, "a fragment comes back");
-    require(!other->mended, "a written target needs no correction");
+    require(!other->corrected, "a written target needs no correction");
     ++other;
   }
 }

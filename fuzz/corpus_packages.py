@@ -164,7 +164,7 @@ def packages():
     yield "name-below-a-part.kraddon", packed(bare("files/a.m", "files/a.m/b.m"))
     yield "name-outside-ascii.kraddon", packed(bare("files/größe.m"))
     yield "no-content-types.kraddon", packed(bare("files/a.m")[1:])
-    yield "comment.kraddon", packed(bare("files/a.m"), comment=b"PK\5\6 is no end record")
+    yield "comment.kraddon", packed(bare("files/a.m"), comment=b"PK\5\6 is not an end record")
     yield "prefix.kraddon", b"#!/bin/sh\n" + plain
     yield "descriptors.kraddon", packed(bare("files/a.m"), zipfile.ZIP_DEFLATED, to=NoSeeking())
     yield "zip64.kraddon", zip64()

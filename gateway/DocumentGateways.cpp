@@ -25,7 +25,7 @@ using opc::interfaces::OpenMode;
 
 namespace {
 
-/// What a setter constructs first; a struct that is no document ends the call at that point.
+/// What a setter constructs first; a struct that is not a document ends the call at that point.
 enum class Order { DocumentFirst, PackageFirst };
 
 template <typename Document, typename Operation>

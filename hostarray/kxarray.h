@@ -8,7 +8,8 @@
  * An array has a class and dimensions; elements are in column-major ("linear") order, and indices
  * count from 0. Whoever creates an array owns it until it is stored in a struct field or a cell
  * (which then owns it) or handed out as an output. Wrong use (an index past the end, a field of
- * something that is no struct) raises a host error, which is the C++ exception matrix::HostError.
+ * something that is not a struct) raises a host error, which is the C++ exception
+ * matrix::HostError.
  */
 
 #include <stddef.h>

@@ -12,7 +12,7 @@ enum class ErrorCode {
   InvalidArgument,  ///< a value that the caller gave breaks a rule
   InvalidName,      ///< no part name, or no path of the file tree
   InvalidState,     ///< not open, open already, opened for reading only
-  InvalidText,      ///< text that an encoding cannot carry, or bytes that are no text
+  InvalidText,      ///< text that an encoding cannot carry, or bytes that are not text
   InvalidXml,       ///< not well-formed, or beyond what is read
   InvalidPackage,   ///< a rule of the container or of the Open Packaging Conventions is broken
   Damaged,          ///< data that do not match their size or checksum

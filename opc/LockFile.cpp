@@ -80,7 +80,7 @@ void LockFile::attempt(const std::string& path) {
   }
 }
 
-// Returns false if it exists already or, with the state set, cannot be created.
+// Returns false if it already exists or, with the state set, cannot be created.
 bool LockFile::create(const std::string& path) {
   struct stat status {};
   const bool exists = ::lstat(path.c_str(), &status) == 0;

@@ -22,7 +22,7 @@ std::int32_t icuLength(std::size_t size) {
   return static_cast<std::int32_t>(size);
 }
 
-// The code point at `at`, which moves past it; negative for bytes that are no UTF-8.
+// The code point at `at`, which moves past it; negative for bytes that are not UTF-8.
 std::int32_t nextCodePoint(std::string_view bytes, std::size_t& at) {
   std::int32_t index = 0;
   const std::size_t left = std::min<std::size_t>(bytes.size() - at, 4);

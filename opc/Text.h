@@ -13,7 +13,7 @@ std::u16string toStringFromASCIIStringLiteral(const char* literal);
 /// The text with '?' for every code unit that is not ASCII.
 std::string toASCIIString(std::u16string_view text);
 
-/// Strict conversions: a lone surrogate, or bytes that are no UTF-8 (overlong forms and encoded
+/// Strict conversions: a lone surrogate, or bytes that are not UTF-8 (overlong forms and encoded
 /// surrogates included), throw an Exception with ErrorCode::InvalidText.
 std::string toUtf8(std::u16string_view text);
 std::u16string fromUtf8(std::string_view bytes);
@@ -26,14 +26,14 @@ constexpr bool isUtf8Continuation(char byte) noexcept {
 }
 /// As many whole characters from the front of UTF-8 as fit into `most` bytes.
 std::string_view clipUtf8(std::string_view text, std::size_t most) noexcept;
-/// Where the first sequence begins that is no UTF-8; npos when there is none.
+/// Where the first sequence begins that is not UTF-8; npos when there is none.
 std::size_t findUtf8Fault(std::string_view bytes) noexcept;
 
 /// For messages: converts leniently, with U+FFFD for lone surrogates. Never throws but bad_alloc.
 std::string toUtf8ForDisplay(std::u16string_view text);
 
 /// For messages and terminals: control characters (C0, DEL, C1), those that turn the direction of
-/// text, and bytes that are no UTF-8 become escapes such as `\n`, `\x1b` and `\u202e`; everything
+/// text, and bytes that are not UTF-8 become escapes such as `\n`, `\x1b` and `\u202e`; everything
 /// else stays.
 std::string printable(std::string_view bytes);
 

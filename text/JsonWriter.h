@@ -9,7 +9,7 @@
 
 namespace text {
 
-/// Writes JSON text piece by piece, in the order told, so that no tree of it is ever built.
+/// Writes JSON text piece by piece, in the order of the calls, without a tree in memory.
 class JsonWriter {
  public:
   enum class Layout { Compact, Indented };

@@ -48,7 +48,7 @@ std::string derivedGuid(const Manifest& manifest, const AddonAppInstall& app,
   if (auto guid = addon::project::guidWithin(space, opc::toUtf8(app.relativePath))) return *guid;
   throw ManifestError(manifest.positionOf(key),
                       fmt::format("{}.guid: expected a GUID of its own, as none can be derived "
-                                  "from package.guid '{}', which is no GUID",
+                                  "from package.guid '{}', which is not a GUID",
                                   key, space));
 }
 

@@ -21,7 +21,7 @@ struct FileChoice {
 };
 
 /// The files and empty folders below the manifest's root that go in. Throws BuildError as walkTree
-/// does, ManifestError for a root that is no folder.
+/// does, ManifestError for a root that is not a folder.
 std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice);
 
 /// Adds the files from elsewhere to the package, which holds those of the tree. Throws

@@ -130,7 +130,7 @@ class TreeWalk {
       const dirent* entry = ::readdir(&directory);
       if (entry == nullptr) break;
       const std::string_view name = entry->d_name;
-      // A folder in which a package is locked is no fuller for that.
+      // Lock files come and go, and are never content.
       if (name == "." || name == ".." || opc::isLockName(name)) continue;
       entries.push_back({std::string(name), entry->d_type});
     }

@@ -21,7 +21,8 @@ struct TreeWalkOptions {
   std::string place = {};                ///< of the folder's content in the package; "" is the top
   bool followsOutside = false;           ///< follow links that lead out of the folder
   std::string project = {};              ///< a folder that links may lead into, too; may be ""
-  std::vector<opc::FileIdentity> leftOut;  ///< files and empty folders that are no part of the tree
+  std::vector<opc::FileIdentity>
+      leftOut;  ///< files and empty folders that are not part of the tree
   /// Asked about everything but folders that are not empty, by paths in the package; may be empty.
   std::function<bool(const std::string& path, bool isFolder)> includes = nullptr;
   /// Gets paths in the package; may be empty.

@@ -16,7 +16,7 @@ struct Item {
   std::string path;  ///< UTF-8; of a part its name, with the '/' in front
   opc::model::PartInfo info;
   std::optional<opc::plservices::FileSystemEntry> entry;  ///< in the tree
-  std::optional<opc::model::PartId> part;                 ///< of what is no folder of the tree
+  std::optional<opc::model::PartId> part;                 ///< of what is not a folder of the tree
 
   bool isFolder() const { return entry && !entry->isFile(); }
 };

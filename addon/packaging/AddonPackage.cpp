@@ -184,7 +184,7 @@ void AddonPackage::write(XMLPartType& document, opc::model::Part& part) const {
 
 void AddonPackage::getXMLPart(XMLPartType& document) {
   const auto relationships = logicalPackage_.getRelationshipsByType(document.relationshipType);
-  // None means that it was never set; of several none can be told to be the right one.
+  // None means that it was never set; of several, none is known to be the right one.
   if (relationships.size() != 1) return;
 
   const auto part = logicalPackage_.getPart(relationships.front());

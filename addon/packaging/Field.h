@@ -56,7 +56,7 @@ struct FieldOptions {
   const char* only = "";       ///< the one text that the key may have
   bool isDate = false;         ///< the key may have a TOML date, too
   Reference reference = Reference::None;
-  /// 1 for the text by which records of a list are best told apart, 2 for the next best; 0 for
+  /// 1 for the text that best distinguishes the records of a list, 2 for the next best; 0 for
   /// none.
   int identity = 0;
   bool isElementRequired = false;  ///< XML without the element is incomplete

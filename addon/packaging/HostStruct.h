@@ -41,7 +41,7 @@ ArrayPointer toStruct(const DocumentTable& table, const ConstRecord& document);
 ArrayPointer toText(const std::u16string& text);
 /// A 1-by-N cell array.
 ArrayPointer toTextCell(const std::vector<std::u16string>& texts);
-/// The text "true" or "false": flags are no numbers, to the host and in XML alike.
+/// The text "true" or "false": flags are not numbers, to the host and in XML alike.
 ArrayPointer toFlag(bool value);
 std::u16string flagText(bool value);
 

@@ -12,8 +12,8 @@ namespace addon::packaging {
 /// How many bytes of an image are enough to tell what it is.
 inline constexpr std::size_t kImageSignatureSize = 12;
 
-/// The media type of an image, told by its first bytes and never by its name: PNG, GIF, JPEG, BMP,
-/// TIFF or WebP; "" for anything else.
+/// The media type of an image, recognised by its first bytes, never by its name: PNG, GIF, JPEG,
+/// BMP, TIFF or WebP; "" for anything else.
 std::string_view imageTypeOf(std::span<const unsigned char> bytes);
 /// The same for the next bytes of `stream`. Throws what the stream throws.
 std::string_view imageTypeOf(opc::InputStream& stream);

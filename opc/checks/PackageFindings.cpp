@@ -100,7 +100,7 @@ constexpr FindingInfo kFindings[] = {
      "Remove the comment."},
     {kBadContentTypes, "content types missing or malformed",
      "The item '[Content_Types].xml' gives the type of every part. It is missing, present twice, "
-     "or not a valid document. Without it, parts cannot be told from other items.",
+     "or not a valid document. Without it, parts cannot be distinguished from other items.",
      "Correct the item, or rewrite the package."},
     {kRelatedWithoutType, "related part without content type",
      "A relationship leads to an item, or an item has relationships, but the content types have "

@@ -17,7 +17,7 @@ class BackgroundTask {
   BackgroundTask& operator=(const BackgroundTask&) = default;
 };
 
-/// Has `work`, which throws nothing, done by a second thread. Null when there is none to be had:
+/// Has `work`, which throws nothing, done by a second thread. Returns null if none is available:
 /// the caller then does everything itself. The library starts no threads of its own.
 using BackgroundStarter =
     std::function<std::unique_ptr<BackgroundTask>(std::function<void()> work)>;

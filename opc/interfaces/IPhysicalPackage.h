@@ -90,7 +90,7 @@ class IPhysicalPackage {
   /// The kind of itemInfo alone.
   virtual ItemKind itemKind(ItemIndex item) const { return itemInfo(item).kind; }
 
-  // What is wrong with an item's data is told without the item's name, which the caller knows.
+  // Errors in an item's data do not name the item, which the caller knows.
 
   /// A fresh stream over the item's data, checked against its size and checksum by the time the
   /// last byte has been handed out. It must not outlive the open package.

@@ -79,7 +79,7 @@ void check(std::string_view type) {
   const bool hasParameters = !scanner.isEnd();
   while (!scanner.isEnd()) {
     if (scanner.skipParameter()) continue;
-    throw invalidType(type, "CT-7", "what follows the subtype is no list of ';name=value'");
+    throw invalidType(type, "CT-7", "what follows the subtype is not a list of ';name=value'");
   }
   if (hasParameters && toLowerAscii(type).starts_with(kPackageTypes)) {
     throw invalidType(type, "CT-8", "a type of the package format takes no parameters");

@@ -119,7 +119,7 @@ const ContentType* ContentTypes::findDefault(std::string_view extension) const {
 void ContentTypes::addDefault(std::string_view extension, const ContentType& type) {
   if (!isExtension(extension)) {
     throw FormatError("CT-4", "default type for extension '" + std::string(extension) +
-                                  "': that is no extension");
+                                  "': that is not an extension");
   }
   if (findDefault(extension) != nullptr) {
     throw FormatError("CT-6",

@@ -43,7 +43,7 @@ class ContentTypes {
   void addOverride(std::string_view itemName, const ContentType& type);
 
   /// Gives a part its type: by a default that fits, by a new default when the extension has none,
-  /// is not that of relationships, and the type is no particular one, else by an override.
+  /// is not that of relationships, and the type is not a particular one, else by an override.
   /// `mayAddDefault` false leaves out the second. Throws ErrorCode::TooLarge, and changes nothing,
   /// for what would not be read again: a type or a name that is too long, or one entry too many.
   void assign(std::string_view itemName, const ContentType& type, bool mayAddDefault);

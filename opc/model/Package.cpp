@@ -11,7 +11,7 @@
 namespace opc::model {
 namespace {
 
-// Closes a physical package unless it is told that everything went well.
+// Closes a physical package unless it is dismissed, after everything went well.
 class ClosingGuard {
  public:
   explicit ClosingGuard(interfaces::IPhysicalPackage* physical) : physical_(physical) {}

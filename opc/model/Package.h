@@ -89,9 +89,10 @@ class Package final : public RelationshipSource {
   /// Reads a whole part. Throws ErrorCode::TooLarge when it declares more than `limit` bytes.
   void readPart(PartId part, ByteBuffer& into, std::uint64_t limit);
 
-  /// Names, as stored, of the items that are no parts and that a commit drops: without a part name,
-  /// of another kind than a file, pieces that make nothing whole, relationships of a part that is
-  /// not there. Entries of folders, which say nothing, are left out. None after a commit was tried.
+  /// Names, as stored, of the items that are not parts and that a commit drops: without a part
+  /// name, of another kind than a file, pieces that make nothing whole, relationships of a part
+  /// that is not there. Entries of folders, which say nothing, are left out. None after a commit
+  /// was tried.
   std::vector<std::string> strayItems() const;
   /// Names, as stored, of the items with a part name and without content type, which makes them no
   /// parts. A commit keeps them.

@@ -272,7 +272,8 @@ std::string percentDecodePath(std::string_view encoded) {
     result += static_cast<char>(octet);
     at += 2;
   }
-  if (!isUtf8(result)) throw undecodable(encoded, "PN-12", "it stands for bytes that are no UTF-8");
+  if (!isUtf8(result))
+    throw undecodable(encoded, "PN-12", "it stands for bytes that are not UTF-8");
   return result;
 }
 

@@ -64,7 +64,7 @@ std::string canonicalItemName(std::string_view itemName);
 /// '/' kept, every other character that may not stand by itself percent-encoded.
 std::string percentEncodePath(std::string_view path);
 
-/// The way back, decoded exactly once. Throws FormatError when the result is no UTF-8.
+/// The way back, decoded exactly once. Throws FormatError when the result is not UTF-8.
 std::string percentDecodePath(std::string_view encoded);
 
 }  // namespace opc::model

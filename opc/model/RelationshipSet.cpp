@@ -127,7 +127,7 @@ void RelationshipSet::checkNew(std::u16string_view id, std::u16string_view type,
         detail::utf8Length(id));
   }
   if (!xercesc::XMLChar1_0::isValidNCName(id.data(), id.size())) {
-    throw refused("RL-4", describe(id), "the id is no XML name without colon");
+    throw refused("RL-4", describe(id), "the id is not an XML name without a colon");
   }
   if (byId_.contains(id)) {
     throw FormatError("RL-4", describe(id) + ": the id is taken", ErrorCode::AlreadyExists);
@@ -174,7 +174,7 @@ const Relationship& RelationshipSet::addInternal(std::u16string_view type, const
                                                  std::u16string_view id) {
   detail::ResolvedTarget resolved = detail::resolveTarget(source_, target.toString());
   const std::string what = "internal target '" + toUtf8ForDisplay(target.toString()) + "'";
-  if (resolved.mended) throw refused("RL-8", what, "it is not spelled as a part name");
+  if (resolved.corrected) throw refused("RL-8", what, "it is not spelled as a part name");
   if (resolved.name.isRelationshipsPartName()) {
     throw refused("RL-9", what, "it is a relationships part");
   }

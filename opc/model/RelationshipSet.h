@@ -26,7 +26,7 @@ class RelationshipSet {
   struct Entry {
     Relationship relationship;
     std::u16string fragment;  ///< of an internal target, with its '#'; kept in storing
-    bool mended = false;      ///< whether the stored target had to be put right to be resolved
+    bool corrected = false;   ///< whether the stored target had to be put right to be resolved
   };
 
   /// An empty set. `sourceItemName` is the item name of a part, "" for the package.

@@ -123,7 +123,7 @@ XmlText::XmlText(std::string_view bytes) : text_(bytes) {
   } else {
     if (bytes.starts_with(kMark)) text_.remove_prefix(kMark.size());
     const std::size_t fault = findUtf8Fault(text_);
-    if (fault != std::string_view::npos) failAt("the bytes are no UTF-8", text_, fault);
+    if (fault != std::string_view::npos) failAt("the bytes are not UTF-8", text_, fault);
   }
   // The parser would take away another one.
   if (text_.starts_with(kMark)) {
@@ -137,7 +137,7 @@ void XmlText::convertUtf16(std::string_view bytes, bool bigEndian) {
   Utf16Reader reader(bytes, bigEndian);
   while (!reader.atEnd()) {
     const std::uint32_t point = reader.next();
-    if (point == kNoCodePoint) failAt("the bytes are no UTF-16", converted_, converted_.size());
+    if (point == kNoCodePoint) failAt("the bytes are not UTF-16", converted_, converted_.size());
     appendUtf8(converted_, point);
   }
   text_ = converted_;

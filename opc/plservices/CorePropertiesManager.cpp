@@ -147,7 +147,7 @@ void store(model::Package& package, const std::optional<PartName>& existing, con
     return;
   }
   const PartName name(fresh.name);
-  // A part of that name that no relationship leads to is nobody's.
+  // A part of that name to which no relationship leads belongs to no document.
   if (package.hasPart(name)) package.deletePart(name);
   const model::StandardPartInfo info(interfaces::CompressionType::Normal, bytes.size());
   const auto part =

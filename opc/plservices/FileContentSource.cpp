@@ -18,7 +18,7 @@ struct OpenedFile {
   struct stat status {};
 };
 
-// Not to wait for the writer of a pipe: it is told apart only once it is open.
+// Not to wait for the writer of a pipe: its kind is known only once it is open.
 FileDescriptor openForReading(const std::string& path) {
   for (;;) {
     FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));

@@ -13,7 +13,7 @@ namespace opc::plservices {
 class FileContentSource final : public interfaces::IContentSource {
  public:
   /// Opens and closes the file to see that it can be read. Throws SystemError when it cannot, and
-  /// ErrorCode::InvalidArgument when it is no regular file. Links are followed.
+  /// ErrorCode::InvalidArgument when it is not a regular file. Links are followed.
   explicit FileContentSource(const std::u16string& path);
   /// The same with a path in UTF-8.
   explicit FileContentSource(std::string path);

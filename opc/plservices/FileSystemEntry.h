@@ -35,7 +35,7 @@ class FileSystemEntry {
   std::uint32_t node_;
 };
 
-/// Something where the files of a package lie that is no file of the tree.
+/// Something where the files of a package lie that is not a file of the tree.
 struct UnreadableFile {
   std::string name;  ///< of the part or item, with a leading slash
   std::string why;   ///< without control characters

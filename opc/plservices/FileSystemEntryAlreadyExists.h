@@ -13,7 +13,7 @@ class FileSystemEntryAlreadyExists : public Exception {
  public:
   explicit FileSystemEntryAlreadyExists(std::string_view path)
       : Exception(ErrorCode::AlreadyExists,
-                  "path '" + std::string(path) + "' exists already in the package") {}
+                  "path '" + std::string(path) + "' already exists in the package") {}
 };
 
 }  // namespace opc::plservices

@@ -87,7 +87,7 @@ class FileSystemManager {
   std::unique_ptr<InputStream> openFile(const FileSystemEntry& file);
 
   /// Files of the package that have no path (a name that decodes to a control character or to no
-  /// UTF-8, say) or that are no parts (no part name, no content type), each with the reason. They
+  /// UTF-8, say) or that are not parts (no part name, no content type), each with the reason. They
   /// are not in the tree.
   const std::vector<UnreadableFile>& unreadable();
 

@@ -59,7 +59,7 @@ class TableReader final : public model::DocumentPieces {
     } else if (kind == FileTreeTable::kFile) {
       table_.files.push_back({readPath(entry), requireAttribute(entry, FileTreeTable::kPart)});
     } else {
-      // It may be a file, and nobody would miss it.
+      // It may be a file, and its loss would not be noticed.
       refuse("the file tree has an entry that is neither a file nor a folder");
     }
   }

@@ -11,7 +11,7 @@
 namespace opc::plservices {
 
 /// What part names cannot say about a file tree, as the content of one XML part: empty folders, and
-/// files whose path is no part name. Paths are UTF-8; in the XML they are percent-encoded, since
+/// files whose path is not a part name. Paths are UTF-8; in the XML they are percent-encoded, since
 /// XML has no control characters.
 struct FileTreeTable {
   // The names in the XML.
@@ -34,7 +34,7 @@ struct FileTreeTable {
   std::vector<std::string> folders;  ///< the empty ones
   std::vector<File> files;
 
-  /// Throws Exception for XML that is no table, and for a path that cannot stand in a package.
+  /// Throws Exception for XML that is not a table, and for a path that cannot stand in a package.
   static FileTreeTable read(InputStream& stream);
   /// Sorted by path, so that equal trees give equal bytes.
   void write(OutputStream& stream);

@@ -27,7 +27,7 @@ class TreeLoader {
       }
     });
     package_.visitParts(kFilesFolder, [this](model::PartId part) { addPart(part); });
-    addOtherItems(package_.strayItems(), "it is no part");
+    addOtherItems(package_.strayItems(), "it is not a part");
     addOtherItems(package_.untypedItems(), "it has no content type");
     withContext(tablePart, [&] {
       for (const std::string& folder : table.folders) {
@@ -174,7 +174,7 @@ void TreeLoader::addUnreadable(std::string_view itemName, const std::string& why
 void TreeLoader::noteUnreadable(std::string_view kind, std::string_view itemName,
                                 const std::string& why) {
   const std::string name(itemName);
-  const std::string rest = "is no file of the tree: " + why;
+  const std::string rest = "is not a file of the tree: " + why;
   tree_.unreadable.push_back(
       {"/" + name, printable("it " + rest), printable(std::string(kind) + name + "' " + rest)});
 }

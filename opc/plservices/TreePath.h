@@ -9,8 +9,8 @@ namespace opc::plservices {
 /// component"; nullptr when it is one.
 const char* findPathFault(std::string_view path) noexcept;
 
-/// `path` without a leading slash. Throws ErrorCode::InvalidName, naming it, when it is no path of
-/// the file tree.
+/// `path` without a leading slash. Throws ErrorCode::InvalidName, naming it, when it is not a path
+/// of the file tree.
 std::string_view requireTreePath(std::string_view path);
 
 /// Whether well-formed UTF-8 holds a C0 or C1 control character or DEL.

@@ -158,7 +158,7 @@ W3cDateTime parseW3cDateTime(std::u16string_view text) {
 
 std::string formatTime(const boost::posix_time::ptime& time) {
   if (time.is_special()) {
-    throw Exception(ErrorCode::InvalidArgument, "cannot write a date: it is no point in time");
+    throw Exception(ErrorCode::InvalidArgument, "cannot write a date: it is not a point in time");
   }
   const gregorian::greg_year_month_day day = time.date().year_month_day();
   const posix_time::time_duration clock = time.time_of_day();

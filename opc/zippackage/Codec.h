@@ -78,7 +78,7 @@ class StreamInflater {
   StreamInflater();
 
   /// Unpacks some of `packed` and moves it past what it took. Returns how many bytes it put into
-  /// `into`. Throws FormatError when this is no deflate stream.
+  /// `into`. Throws FormatError when this is not a deflate stream.
   std::size_t unpack(Bytes& packed, unsigned char* into, std::size_t capacity);
   /// Whether the end of the stream has been read.
   bool isEnd() const { return isEnd_; }

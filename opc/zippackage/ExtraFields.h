@@ -13,7 +13,7 @@ namespace opc::zippackage {
 /// What may be wrong with the extra fields of a header.
 enum class ExtraFault : std::uint8_t {
   None,
-  Cut,        ///< they end in bytes that are no whole field
+  Cut,        ///< they end in bytes that are not a whole field
   Zip64Twice  ///< readers may take either
 };
 
@@ -39,7 +39,7 @@ class ExtraFieldWalk {
   }
   std::uint16_t id() const { return id_; }
   Bytes data() const { return data_; }
-  /// After the end: whether bytes are left over that are no whole field.
+  /// After the end: whether bytes are left over that are not a whole field.
   bool isMalformed() const { return !left_.empty(); }
 
   static ExtraFault faultOf(Bytes extra);

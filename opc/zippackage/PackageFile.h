@@ -27,8 +27,8 @@ struct FileVersion {
 /// must end in an error, not in a signal.
 class PackageFile {
  public:
-  /// Throws SystemError, and ErrorCode::FileSystem for what is no regular file, both with the path
-  /// in their text. Links are followed.
+  /// Throws SystemError, and ErrorCode::FileSystem for what is not a regular file, both with the
+  /// path in their text. Links are followed.
   explicit PackageFile(const std::string& path);
 
   int descriptor() const { return file_.get(); }

@@ -101,7 +101,7 @@ struct DataDescriptor {
   std::uint64_t packedSize = 0;
   std::uint64_t size = 0;
 
-  /// Returns how many bytes it wrote, at most kMaxSize. The signature is a custom, no rule.
+  /// Returns how many bytes it wrote, at most kMaxSize. The signature is customary but optional.
   std::size_t encode(unsigned char* to, bool wide, bool withSignature) const;
   /// The length of the form, of the four there are, in which `from` begins with just these
   /// values; 0 for none. Two fit an empty item: then it is the one that fills the `room` up to

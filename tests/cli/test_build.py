@@ -418,7 +418,7 @@ class Faults(projecttest.ProjectTest):
                  '[files]\nroot = "a.m"\n'),
                 ("5:8': files.add[0].from: cannot open 'x.jar': No such file or directory",
                  '[[files.add]]\nfrom = "x.jar"\nto = "x.jar"\n'),
-                ("6:6': files.add[0].to: path 'a.m' exists already in the package",
+                ("6:6': files.add[0].to: path 'a.m' already exists in the package",
                  '[[files.add]]\nfrom = "a.m"\nto = "a.m"\n')):
             with self.subTest(why):
                 self.refuses(why, manifest)
@@ -493,7 +493,7 @@ class Faults(projecttest.ProjectTest):
         self.refuses("9:8': app[1].file: app[0] has the file 'a.m' too, and so the same GUID, "
                      "expected a 'guid' of its own", app + app)
         self.refuses("6:1': app[0].guid: expected a GUID of its own, as none can be derived from "
-                     "package.guid 'wave', which is no GUID", LEAST + 'guid = "wave"\n\n' + app, {})
+                     "package.guid 'wave', which is not a GUID", LEAST + 'guid = "wave"\n\n' + app, {})
 
     def test_a_reference_that_the_manifest_ignores_may_be_wrong(self):
         self.project('[[app]]\nname = "V"\nfile = "v.m"\n[verify]\nignore = ["KR401"]\n')

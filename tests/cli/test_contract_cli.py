@@ -114,7 +114,7 @@ class Output(projecttest.ProjectTest):
         self.assertEqual(self.path("p.kraddon").read_bytes(), self.before)
 
     def on_broken_pipe(self, name, *words):
-        """Runs it with an output that nobody reads any more."""
+        """Runs it with an output whose reader is gone."""
         reader, writer = os.pipe()
         os.close(reader)
         try:

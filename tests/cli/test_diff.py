@@ -92,9 +92,9 @@ class Outcomes(DiffTest):
             result = self.run_kraddon("diff", *words)
             self.assertEqual(result.code, 0)
             self.assertEqual(result.errors.splitlines(), [
-                "kraddon: diff: warning: part '/files/c%01.m' is no file of the tree: it holds a "
+                "kraddon: diff: warning: part '/files/c%01.m' is not a file of the tree: it holds a "
                 "control character",
-                "kraddon: diff: warning: item 'files/a b.m' is no file of the tree: it is no part"])
+                "kraddon: diff: warning: item 'files/a b.m' is not a file of the tree: it is not a part"])
         self.ok("diff", "a.kraddon", "b.kraddon", "--quiet")
 
     def test_failures_are_trouble(self):

@@ -171,7 +171,7 @@ class Traversal(HostileTest):
     def test_overlong_dots_are_refused_or_taken_for_other_characters(self):
         self.put(addon([Entry(b"files/\xc0\xae\xc0\xae/evil.m", b"evil", flags=1 << 11)]))
         self.refused("extract", "p.kraddon", "-d", "out", saying="UTF-8")
-        # Without the flag the bytes are of another code page, in which they are no dots.
+        # Without the flag the bytes are of another code page, in which they are not dots.
         self.put(addon([Entry(b"files/\xc0\xae\xc0\xae/a.m", b"a")]))
         self.assertEqual(self.hostile("extract", "p.kraddon", "-d", "out").code, 0)
         self.assertEqual(set(self.extracted()), {b"\xc0\xae".decode("cp437") * 2 + "/a.m"})
@@ -268,7 +268,7 @@ class Container(HostileTest):
         for path in ("a.m", "a.m/c.m"):
             self.with_true_path(path)
             result = self.hostile("extract", "p.kraddon", "-d", "out", "--force")
-            self.assertIn("part '/files/a.m' is no file of the tree", result.errors)
+            self.assertIn("part '/files/a.m' is not a file of the tree", result.errors)
             self.assertEqual(set(self.extracted()), {"b.m", path})
             subprocess.run(["rm", "-rf", self.sandbox / "out"], check=True)
 

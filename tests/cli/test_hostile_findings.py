@@ -127,7 +127,7 @@ class Container(FindingsTest):
                 (b"/evil.m", "KR114", 0), (b"C:/evil.m", "KR114", 0),
                 (b"C:\\evil.m", "KR114", 0), (b"files/a\\b.m", "KR114", 0),
                 (b"files/a%0Ab.m", "KR114", 0), (b"files/\xc3\xa9.m", "KR111", 0),
-                # What no part name may encode makes an item that is no part.
+                # What no part name may encode makes an item that is not a part.
                 (b"files/a%5Cb.m", "KR217", 0), (b"files/%2e%2e/evil.m", "KR217", 0),
                 (b"files/..%2Fevil.m", "KR217", 0), (b"files/%67ood.m", "KR217", 0)):
             with self.subTest(name):

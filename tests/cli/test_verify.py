@@ -19,7 +19,7 @@ RELATIONSHIPS = ('<Relationships xmlns="http://schemas.openxmlformats.org/packag
 class Verify(kraddontest.CliTest):
 
     def plain(self, name="plain.docx", types="", target="/a.xml", items=()):
-        """A package that is no add-on."""
+        """A package that is not an add-on."""
         with zipfile.ZipFile(self.path(name), "w", zipfile.ZIP_DEFLATED) as archive:
             archive.writestr("[Content_Types].xml", TYPES.format(types))
             archive.writestr("_rels/.rels", RELATIONSHIPS.format(target))
@@ -136,11 +136,11 @@ class Verify(kraddontest.CliTest):
         found = [line for line in self.verify("plain.docx", code=1).text.splitlines()
                  if "KR411" in line]
         self.assertEqual(found, [
-            "plain.docx: error KR411: /files/a%0Ab.xml: it is no file of the tree: it holds a "
+            "plain.docx: error KR411: /files/a%0Ab.xml: it is not a file of the tree: it holds a "
             "control character",
-            "plain.docx: error KR411: /files/sub/c%0Ad.xml: it is no file of the tree: it holds "
+            "plain.docx: error KR411: /files/sub/c%0Ad.xml: it is not a file of the tree: it holds "
             "a control character",
-            "plain.docx: error KR411: /files/e f.xml: it is no file of the tree: it is no part"])
+            "plain.docx: error KR411: /files/e f.xml: it is not a file of the tree: it is not a part"])
         for pattern, left in (("sub/", 2), ("*.xml", 0), ("e f.xml", 2), ("**/c*", 2), ("x", 3)):
             text = self.verify("plain.docx", "--ignore", f"KR411:{pattern}", code=1).text
             self.assertEqual(text.count("KR411"), left, pattern)

@@ -48,7 +48,7 @@ class Warnings(kraddontest.CliTest):
                         "valid")
 
     def test_of_what_is_no_file_of_the_tree(self):
-        warning = f"item '{UNREADABLE}' is no file of the tree: it is no part"
+        warning = f"item '{UNREADABLE}' is not a file of the tree: it is not a part"
         self.warned(("list", "p.kraddon"), warning)
         self.warned(("extract", "p.kraddon", "--dry-run"), warning)
         self.warned(("diff", "p.kraddon", "p.kraddon"), warning, warning)

@@ -135,13 +135,13 @@ INSTANTIATE_TEST_SUITE_P(Slots, EveryOpeningSlot,
                          slotsThat([](Slot slot) { return slot != test::kCreatePackage; }), nameOf);
 
 TEST_P(EveryOpeningSlot, OnAFileThatIsNoPackageIsSilentAndGivesNothing) {
-  test::writeFile(file(), "this is no package");
+  test::writeFile(file(), "this is not a package");
 
   const Outcome outcome = callCleanly(GetParam().slot, GetParam().outputs, goodInputs());
 
   EXPECT_EQ(outcome.hostError, "");
   EXPECT_EQ(outcome.output, nullptr);
-  EXPECT_EQ(packageBytes(), "this is no package");
+  EXPECT_EQ(packageBytes(), "this is not a package");
 }
 
 TEST_P(EveryWorkingSlot, OnAPathInAFolderThatIsNotThereIsSilentAndMakesNothing) {

@@ -69,7 +69,7 @@ std::unique_ptr<BackgroundTask> start(std::function<void()> work) {
   try {
     return std::make_unique<ThreadTask>(std::move(work));
   } catch (const std::system_error&) {
-    return nullptr;  // no thread to be had: the work is done without
+    return nullptr;  // no thread is available: the caller works alone
   }
 }
 

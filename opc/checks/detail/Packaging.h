@@ -32,7 +32,8 @@ struct Packaging {
   model::PartIndex index;
   /// Items without a content type that relationships lead to or start from.
   std::set<model::PartId> relatedUntyped;
-  /// Items that are no parts and that ZIP programs may unpack as something else, which is reported.
+  /// Items that are not parts and that ZIP programs may unpack as something else, which is
+  /// reported.
   std::set<interfaces::ItemIndex> ambiguous;
   /// The package's relationship to its core properties, if there is one.
   std::optional<model::Relationship> coreProperties;

@@ -69,7 +69,7 @@ class RelationshipsCheck {
   void checkInternal(const RelationshipSet::Entry& entry) {
     const Relationship& relationship = entry.relationship;
     const std::string target = quoted(relationship.getTargetURI().toString());
-    if (entry.mended) {
+    if (entry.corrected) {
       add(kOddTarget, relationship, "its target is not written as the part name " + target, "RL-8");
     }
     const auto part = findTarget(packaging_.index, relationship);

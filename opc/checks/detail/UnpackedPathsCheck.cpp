@@ -43,7 +43,7 @@ std::string unpackedPath(std::string_view name) {
   return path;
 }
 
-/// Where ZIP programs unpack the items that are no parts. Paths of parts are known to differ, and
+/// Where ZIP programs unpack the items that are not parts. Paths of parts are known to differ, and
 /// none of them lies below another.
 class UnpackedPathsCheck {
  public:
@@ -98,7 +98,7 @@ class UnpackedPathsCheck {
     return add(path, true) ? "" : "another item that is not a part has its path";
   }
 
-  /// The item that is unpacked to a path, of those that are no strays.
+  /// The item that is unpacked to a path, of those that are not strays.
   std::string_view fileAt(std::string_view path) const {
     if (model::isContentTypesName(path)) return path;
     const auto part = packaging_.index.find(path);
@@ -125,7 +125,7 @@ class UnpackedPathsCheck {
   }
 
   Packaging& packaging_;
-  FileTree others_;  // what is no part
+  FileTree others_;  // what is not a part
 };
 
 }  // namespace

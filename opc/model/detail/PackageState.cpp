@@ -169,7 +169,7 @@ PartId Package::State::takeIn(ItemIndex added, const PartName& name, const Conte
   try {
     types_.assign(name.itemName(), type, !index_.isUntypedExtension(name.getExtension()));
     changed_ = true;
-    // Something that is no part may lie in the place, or relationships that nobody has.
+    // Something that is not a part may lie in the place, or relationships without a source.
     if (const auto occupant = index_.find(name.itemName())) index_.remove(*occupant);
     removeRelationshipsItem(name.itemName());
     return index_.add(added, ItemRole::Part);

@@ -31,7 +31,7 @@ class Package::State {
 
   bool isWritable() const { return mode_ != interfaces::OpenMode::Read; }
   bool isPart(PartId part) const { return index_.role(part) == ItemRole::Part; }
-  /// Throws InvalidState for what is no part, or is one no more.
+  /// Throws InvalidState for what is not, or no longer, a part.
   void requirePart(PartId part) const;
   std::optional<PartId> findPart(std::string_view itemName) const;
   const PartIndex& index() const { return index_; }

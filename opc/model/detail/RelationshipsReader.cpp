@@ -127,7 +127,7 @@ class RelationshipsReader final : public MarkupConsumer {
     }
     Relationship relationship(id, type, URI(fromUtf8(resolved.name.canonical())),
                               TargetMode::Internal);
-    set_.addStored({std::move(relationship), std::move(resolved.fragment), resolved.mended});
+    set_.addStored({std::move(relationship), std::move(resolved.fragment), resolved.corrected});
   }
 
   ResolvedTarget resolve(const std::u16string& id, std::u16string_view target) const {
@@ -139,7 +139,7 @@ class RelationshipsReader final : public MarkupConsumer {
     const std::u16string_view id = trimXmlSpace(domText(value));
     if (!xercesc::XMLChar1_0::isValidNCName(id.data(), id.size())) {
       throw FormatError("RL-4", set_.describe(id) + ": the id is " +
-                                    (id.empty() ? "missing" : "no XML name without colon"));
+                                    (id.empty() ? "missing" : "not an XML name without a colon"));
     }
     return std::u16string(id);
   }

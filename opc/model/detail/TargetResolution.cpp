@@ -23,7 +23,7 @@ int needlessEscape(std::string_view text, std::size_t at) {
 }
 
 // The path with what is frequent and wrong put right.
-std::string mend(std::string_view path) {
+std::string correct(std::string_view path) {
   std::string result;
   result.reserve(path.size());
   for (std::size_t at = 0; at < path.size(); ++at) {
@@ -94,22 +94,22 @@ ResolvedTarget resolveTarget(std::string_view sourceItemName, std::u16string_vie
   const std::u16string_view reference = trimmed.substr(0, hash);
   const std::size_t query = std::min(reference.find(u'?'), reference.size());
   const std::string stored = targetUtf8(reference.substr(0, query));
-  const std::string path = mend(stored);
-  const bool mended = path != stored || query != reference.size();
+  const std::string path = correct(stored);
+  const bool corrected = path != stored || query != reference.size();
   std::u16string fragment(trimmed.substr(hash));
 
   requireRelative(target, path);
   if (path.empty()) {
     if (sourceItemName.empty()) throw invalidTarget(target, "RL-7", "it names no part");
-    return {PartName::fromItemName(sourceItemName), std::move(fragment), mended};
+    return {PartName::fromItemName(sourceItemName), std::move(fragment), corrected};
   }
   const std::string resolved = removeDotSegments(merge(sourceItemName, path));
   const std::string_view itemName = std::string_view(resolved).substr(1);
   if (const NameFault* fault = findNameFault(itemName)) {
     throw invalidTarget(target, "RL-8",
-                        "'" + resolved + "' is no part name, " + std::string(fault->why));
+                        "'" + resolved + "' is not a part name, " + std::string(fault->why));
   }
-  return {PartName::fromItemName(itemName), std::move(fragment), mended};
+  return {PartName::fromItemName(itemName), std::move(fragment), corrected};
 }
 
 }  // namespace opc::model::detail

@@ -27,7 +27,7 @@ std::size_t referencedLength(std::string_view reference) {
   if (!reference.starts_with('#')) return 1;
   const bool isHexadecimal = reference.starts_with("#x");
   const std::string_view digits = reference.substr(isHexadecimal ? 2 : 1);
-  std::uint32_t point = 0;  // what is no number is none that the parser will take
+  std::uint32_t point = 0;  // the parser refuses what is not a number
   std::from_chars(digits.data(), digits.data() + digits.size(), point, isHexadecimal ? 16 : 10);
   return point < 0x80 ? 1 : point < 0x800 ? 2 : point < 0x10000 ? 3 : 4;
 }
@@ -83,7 +83,7 @@ class LimitCheck {
     }
   }
 
-  // The root itself is no piece, but its start tag is, and each comment.
+  // The root itself is not a piece, but its start tag is, and each comment.
   void checkPiece() {
     const std::size_t size = std::min(at_, text_.size()) - pieceStart_;
     if (size > XercesParser::kMaxPieceSize + referenceBytes_) {

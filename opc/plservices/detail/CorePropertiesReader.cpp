@@ -106,7 +106,7 @@ class Reader {
     checkAttributes(element, Allowed::Nothing, "CP-7");
     checkNoElements(element);
     if (property == TextProperty::ContentType) {
-      part_.addWarning("CP-14", elementName(element) + " is no core property any more");
+      part_.addWarning("CP-14", elementName(element) + " is no longer a core property");
     }
     part_.setText(property, textOf(element));
   }

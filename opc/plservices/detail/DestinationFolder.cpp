@@ -21,7 +21,7 @@ struct ListingDeleter {
   void operator()(DIR* listing) const { ::closedir(listing); }
 };
 
-// False also when nobody can tell.
+// Returns false also if that cannot be determined.
 bool isEmptyFolder(const std::string& path) {
   const std::unique_ptr<DIR, ListingDeleter> listing(::opendir(path.c_str()));
   if (!listing) return false;

@@ -14,8 +14,8 @@
 
 namespace opc::plservices::detail {
 
-/// A PartReader whose blocks a second thread reads before they are wanted, when there is one to be
-/// had. That thread has the package to itself until the ReadAhead is gone.
+/// A PartReader whose blocks a second thread reads before they are wanted, if one is
+/// available. Until the ReadAhead is destroyed, only that thread may use the package.
 class ReadAhead {
  public:
   /// `starter` may be empty.

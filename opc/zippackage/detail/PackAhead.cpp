@@ -85,7 +85,7 @@ PackAhead::Batch* PackAhead::begin(bool isWanted) {
   return &batches_.back();
 }
 
-// Takes what fails as a result: it is for who asks for the item.
+// A failure is a result too: the caller that wants the item gets it.
 void PackAhead::pack(Batch& batch, ItemPacker& packer) const {
   for (std::size_t job = batch.begin; job < batch.end; ++job) {
     Result& result = batch.results.emplace_back();

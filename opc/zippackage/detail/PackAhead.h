@@ -17,8 +17,8 @@
 
 namespace opc::zippackage::detail {
 
-/// Packs items in order, with a second thread to help when there is one to be had. What comes out
-/// is the same with and without it, byte for byte and error for error.
+/// Packs items in order, with the help of a second thread if one is available. The results are
+/// the same with and without it, byte for byte and error for error.
 class PackAhead {
  public:
   /// An item to be packed. The source must outlive it all.

@@ -39,7 +39,7 @@ TemporaryPackage::TemporaryPackage(PackageTarget target) : target_(std::move(tar
   }
   if (!folder_) throw SystemError("cannot open folder '" + target_.folder + "'", errno);
   const auto old = statusOf(folder_.get(), target_.name);
-  // Private until it has the old file's mode: nobody may read the new bytes who could not read the
+  // Private until it has the old file's mode: only those may read the new bytes who could read the
   // old ones.
   if (!file_.create(folder_.get(), target_.name, old ? 0600 : 0666)) {
     throw SystemError("cannot make a temporary file in '" + target_.folder + "'", errno);

@@ -11,7 +11,7 @@ using addon::project::revisionsOf;
 
 struct Heading {
   const char* line;
-  const char* version;  // "" when it is no revision
+  const char* version;  // "" when it is not a revision
   const char* date;
 };
 

@@ -15,7 +15,7 @@ import readers_of_zip
 KRADDON = os.environ.get("KRADDON") or os.path.join(
     os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "build", "release", "bin",
     "kraddon")
-# Items that every package has, and that are no parts.
+# Items that every package has, and that are not parts.
 OWN_ITEMS = re.compile(rb"(\[content_types\]\.xml|(.*/)?_rels/[^/]*\.rels)", re.IGNORECASE)
 
 

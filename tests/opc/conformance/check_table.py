@@ -58,7 +58,7 @@ def faults(rows, tests):
             yield f"{rule} has no test {own}*"
     for rule, cells in rows.items():
         if rule not in RULES:
-            yield f"{rule} is no rule"
+            yield f"{rule} is not a rule"
         named = re.findall(r"`([A-Za-z0-9/]+\.[A-Za-z0-9/]+)`", cells[2])
         if not named:
             yield f"{rule} names no test"

@@ -50,7 +50,7 @@ const OpeningCase kOpenings[] = {
     {{"a.xml", "a.xml/"}, "none"},
     {{"a.xml", "a.xml/b.unknown"}, "none"},
     {{"a.unknown", "a.unknown/b.xml"}, "none"},
-    // What is no part is ignored.
+    // What is not a part is ignored.
     {{"", "/a.xml", "x/", "a b.xml", "c.xml.", "[trash]/0000.dat", "../x.xml", "a\\b.xml"}, "none"},
     {{"a b.xml", "A b.xml"}, "none"},
     // Content types stream.
@@ -163,7 +163,7 @@ TEST(PackageReading, AFaultOfTheRelationshipsNamesTheirPart) {
 
   EXPECT_EQ(fault.text,
             "cannot open package 'memory.kraddon': part '/_rels/.rels': relationship '1' of the "
-            "package: the id is no XML name without colon");
+            "package: the id is not an XML name without a colon");
 }
 
 TEST(PackageReading, ARelationshipsPartMayGoWithoutTypeButNotWithAnother) {

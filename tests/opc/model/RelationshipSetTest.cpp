@@ -144,9 +144,10 @@ TEST(RelationshipSet, TheErrorNamesSourceAndRelationship) {
   const test::Fault fault =
       faultOf([] { parse(test::relationshipsXml(test::relationshipXml("r1", "/a.")), "x/y"); });
 
-  EXPECT_EQ(fault.text,
-            "relationship 'r1' of '/x/y': internal target '/a.': '/a.' is no part name, a segment "
-            "ends in a dot");
+  EXPECT_EQ(
+      fault.text,
+      "relationship 'r1' of '/x/y': internal target '/a.': '/a.' is not a part name, a segment "
+      "ends in a dot");
 }
 
 TEST(RelationshipSet, TargetsAreResolvedAgainstTheSource) {
@@ -288,8 +289,8 @@ TEST(RelationshipSet, KnowsWhatHadToBeMended) {
   const RelationshipSet set = parse(
       test::relationshipsXml(test::relationshipXml("a", "\\b") + test::relationshipXml("c", "/d")));
 
-  EXPECT_TRUE(set.entries().front().mended);
-  EXPECT_FALSE(set.entries().back().mended);
+  EXPECT_TRUE(set.entries().front().corrected);
+  EXPECT_FALSE(set.entries().back().corrected);
 }
 
 TEST(RelationshipSet, ManyRelationshipsComeAndGo) {

@@ -18,7 +18,7 @@ struct TargetCase {
   const char* source;
   const char16_t* target;
   const char* part;  // where it leads
-  bool mended = false;
+  bool corrected = false;
 };
 
 void PrintTo(const TargetCase& c, std::ostream* out) {
@@ -64,7 +64,7 @@ TEST_P(GoodTargets, Resolve) {
   const ResolvedTarget resolved = resolveTarget(c.source, c.target);
 
   EXPECT_EQ(resolved.name.canonical(), c.part);
-  EXPECT_EQ(resolved.mended, c.mended);
+  EXPECT_EQ(resolved.corrected, c.corrected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, GoodTargets, testing::ValuesIn(kGoodTargets));
@@ -117,5 +117,6 @@ TEST(TargetResolution, KeepsTheFragmentApart) {
 TEST(TargetResolution, TheErrorShowsWhereTheTargetLeads) {
   const test::Fault fault = faultOf([] { resolveTarget("a/b", u"../c."); });
 
-  EXPECT_EQ(fault.text, "internal target '../c.': '/c.' is no part name, a segment ends in a dot");
+  EXPECT_EQ(fault.text,
+            "internal target '../c.': '/c.' is not a part name, a segment ends in a dot");
 }

@@ -211,8 +211,8 @@ TEST_P(FileSystemNamesOfStrangers, AreReportedAndNotInTheTree) {
 
   EXPECT_THAT(tree.list(), ElementsAre("good.m"));
   ASSERT_EQ(tree.files.unreadable().size(), 1u);
-  EXPECT_THAT(tree.files.unreadable()[0].line,
-              StartsWith("part '" + opc::toUtf8(GetParam().name) + "' is no file of the tree: "));
+  EXPECT_THAT(tree.files.unreadable()[0].line, StartsWith("part '" + opc::toUtf8(GetParam().name) +
+                                                          "' is not a file of the tree: "));
   EXPECT_THAT(tree.files.unreadable()[0].line, HasSubstr(GetParam().why));
 }
 
@@ -237,11 +237,11 @@ TEST(FileSystemNamesOfStrangersTogether, ItemsBelowTheFolderThatAreNoPartsAreRep
   EXPECT_THAT(tree.list(), ElementsAre("good.m"));
   ASSERT_EQ(tree.files.unreadable().size(), 2u);
   EXPECT_EQ(tree.files.unreadable()[0].line,
-            "item 'files/a b.m' is no file of the tree: it is no part");
+            "item 'files/a b.m' is not a file of the tree: it is not a part");
   EXPECT_EQ(tree.files.unreadable()[0].name, "/files/a b.m");
-  EXPECT_EQ(tree.files.unreadable()[0].why, "it is no file of the tree: it is no part");
+  EXPECT_EQ(tree.files.unreadable()[0].why, "it is not a file of the tree: it is not a part");
   EXPECT_EQ(tree.files.unreadable()[1].line,
-            "item 'FILES/no.type' is no file of the tree: it has no content type");
+            "item 'FILES/no.type' is not a file of the tree: it has no content type");
 }
 
 TEST(FileSystemNamesOfStrangersTogether, TwoSpellingsOfOnePathAreOneFileAndOneReport) {

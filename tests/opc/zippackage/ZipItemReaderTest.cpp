@@ -272,7 +272,7 @@ TEST(ZipItemReader, DataThatDoNotMatchSizeOrChecksumAreDamaged) {
   cut.packed = deflated(cut.content);
   cut.packed->pop_back();
   ZipItem noStream = packed();
-  noStream.packed = "this is no deflate stream";
+  noStream.packed = "this is not a deflate stream";
   ZipItem storedCrc = stored();
   storedCrc.local.crc = storedCrc.central.crc = 1;
 

@@ -60,7 +60,7 @@ def read(path):
     container = library.gsf_infile_zip_new(source, None)
     objects.g_object_unref(source)
     if not container:
-        raise protocol.Refused("it is no container")
+        raise protocol.Refused("it is not a container")
     try:
         yield from children(container, b"")
     finally:

@@ -13,7 +13,7 @@ namespace test::conformance {
 /// What becomes of the package when it is opened and read.
 enum class Reading {
   Accepted,
-  Ignored,  ///< accepted, and the item that was added last is no part
+  Ignored,  ///< accepted, and the item that was added last is not a part
   Refused,  ///< on opening
   RefusedOnUse,
 };

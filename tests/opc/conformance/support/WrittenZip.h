@@ -22,7 +22,7 @@ class WrittenZip {
     std::string content;  ///< unpacked
   };
 
-  /// Throws std::runtime_error for what is no plain ZIP file.
+  /// Throws std::runtime_error for what is not a plain ZIP file.
   explicit WrittenZip(const std::string& bytes);
 
   /// In the directory's order.
