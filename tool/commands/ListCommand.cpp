@@ -49,10 +49,10 @@ constexpr std::array kOptions{
     detail::kGlobOption,
     detail::kJsonOption};
 
-/// An item to list, with the requested information.
-struct Row {
-  Item item;
-  std::string hash;  // empty if not requested, and for folders
+/// The items to list, with the requested information.
+struct Listing {
+  std::vector<Item> items;
+  std::vector<std::string> hashes;  ///< of the items, "" for folders; none without --hash
 };
 
 void checkOptions(const line::Invocation& invocation) {
@@ -64,33 +64,36 @@ void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("null", "long");
 }
 
-void hashFiles(AddonPackage& package, const line::Settings& settings, std::vector<Row>& rows) {
+std::vector<std::string> hashFiles(AddonPackage& package, const line::Settings& settings,
+                                   const std::vector<Item>& items) {
   opc::interfaces::Progress state;
-  state.itemsTotal = rows.size();
-  for (const Row& row : rows) state.bytesTotal += row.item.info.size;
+  state.itemsTotal = items.size();
+  for (const Item& item : items) state.bytesTotal += item.info.size;
   report::ProgressBar bar(settings);
   const opc::interfaces::ProgressFunction progress = bar.function();
   const auto advance = [&](std::size_t bytes) {
     state.bytesDone += bytes;
     progress(state);
   };
-  for (Row& row : rows) {
-    if (!row.item.isFolder()) row.hash = text::sha256Of(*openItem(package, row.item), advance);
+  std::vector<std::string> hashes;
+  hashes.reserve(items.size());
+  for (const Item& item : items) {
+    hashes.push_back(item.isFolder() ? "" : text::sha256Of(*openItem(package, item), advance));
     ++state.itemsDone;
     advance(0);
   }
+  return hashes;
 }
 
-std::vector<Row> readRows(AddonPackage& package, const line::Invocation& invocation) {
+Listing readListing(AddonPackage& package, const line::Invocation& invocation) {
   const std::vector<std::string> paths(invocation.operands().begin() + 1,
                                        invocation.operands().end());
-  std::vector<Item> items = invocation.has("all") ? readParts(package) : readTree(package);
-  items = detail::choose(std::move(items), paths, invocation.has("glob"));
-  std::vector<Row> rows;
-  rows.reserve(items.size());
-  for (Item& item : items) rows.push_back({std::move(item), {}});
-  if (invocation.has("hash")) hashFiles(package, invocation.settings(), rows);
-  return rows;
+  Listing listing{invocation.has("all") ? readParts(package) : readTree(package), {}};
+  listing.items = detail::choose(std::move(listing.items), paths, invocation.has("glob"));
+  if (invocation.has("hash")) {
+    listing.hashes = hashFiles(package, invocation.settings(), listing.items);
+  }
+  return listing;
 }
 
 std::string share(const opc::model::PartInfo& info) {
@@ -107,19 +110,21 @@ class TextPrinter {
         hasNull_(invocation.has("null")),
         output_(output) {}
 
-  void print(const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-      sizeWidth_ = std::max(sizeWidth_, fmt::formatted_size("{}", row.item.info.size));
-      packedWidth_ = std::max(packedWidth_, fmt::formatted_size("{}", row.item.info.packedSize));
+  void print(const Listing& listing) {
+    for (const Item& item : listing.items) {
+      sizeWidth_ = std::max(sizeWidth_, fmt::formatted_size("{}", item.info.size));
+      packedWidth_ = std::max(packedWidth_, fmt::formatted_size("{}", item.info.packedSize));
     }
-    for (const Row& row : rows) printRow(row);
+    for (std::size_t i = 0; i < listing.items.size(); ++i) {
+      printRow(listing.items[i], hasHash_ ? listing.hashes[i] : std::string());
+    }
   }
 
  private:
-  void printRow(const Row& row) {
-    if (isLong_) printNumbers(row.item);
-    if (hasHash_) output_.write(fmt::format("{:64}  ", row.hash.empty() ? "-" : row.hash));
-    output_.write(hasNull_ ? row.item.path : output_.shown(row.item.path));
+  void printRow(const Item& item, const std::string& hash) {
+    if (isLong_) printNumbers(item);
+    if (hasHash_) output_.write(fmt::format("{:64}  ", hash.empty() ? "-" : hash));
+    output_.write(hasNull_ ? item.path : output_.shown(item.path));
     output_.write(hasNull_ ? std::string_view("\0", 1) : std::string_view("\n"));
   }
 
@@ -154,14 +159,14 @@ std::vector<std::string_view> splitPath(std::string_view path) {
 }
 
 /// Prints each name once, indented by two blanks for each folder above it, folders with a '/'.
-void printTree(const std::vector<Row>& rows, bool isColored, report::Output& output) {
+void printTree(const std::vector<Item>& items, bool isColored, report::Output& output) {
   std::vector<std::string_view> above;
-  for (const Row& row : rows) {
-    const std::vector<std::string_view> names = splitPath(row.item.path);
+  for (const Item& item : items) {
+    const std::vector<std::string_view> names = splitPath(item.path);
     std::size_t same = 0;
     while (same + 1 < names.size() && same < above.size() && names[same] == above[same]) ++same;
     for (std::size_t i = same; i < names.size(); ++i) {
-      const bool isFolder = i + 1 < names.size() || row.item.isFolder();
+      const bool isFolder = i + 1 < names.size() || item.isFolder();
       const std::string name = output.shown(names[i]);
       const std::string shown = !isFolder   ? name
                                 : isColored ? fmt::format("\x1b[1;34m{}\x1b[0m/", name)
@@ -187,22 +192,23 @@ void writeDetails(const Item& item, text::JsonWriter& json) {
   json.member("time", std::string_view(detail::formatTime(item.info.modified)));
 }
 
-void printJson(const std::vector<Row>& rows, const Totals& totals,
-               const line::Invocation& invocation, report::Output& output) {
+void printJson(const Listing& listing, const Totals& totals, const line::Invocation& invocation,
+               report::Output& output) {
   std::string text;
   text::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.list/1");
   json.key("entries");
   json.beginArray();
-  for (const Row& row : rows) {
+  for (std::size_t i = 0; i < listing.items.size(); ++i) {
+    const Item& item = listing.items[i];
     json.beginObject();
-    json.member("path", std::string_view(row.item.path));
-    json.member("kind", row.item.isFolder() ? "folder" : "file");
-    if (invocation.has("long")) writeDetails(row.item, json);
+    json.member("path", std::string_view(item.path));
+    json.member("kind", item.isFolder() ? "folder" : "file");
+    if (invocation.has("long")) writeDetails(item, json);
     if (invocation.has("hash")) {
       json.key("sha256");
-      json.textOrNull(row.hash);
+      json.textOrNull(listing.hashes[i]);
     }
     json.endObject();
     output.write(text);
@@ -238,16 +244,16 @@ void printPaths(AddonPackage& package, bool hasNull, report::Output& output) {
   });
 }
 
-void printRows(const std::vector<Row>& rows, const line::Invocation& invocation,
-               report::Output& output) {
+void printListing(const Listing& listing, const line::Invocation& invocation,
+                  report::Output& output) {
   if (invocation.has("json")) {
     Totals totals;
-    for (const Row& row : rows) totals.add(row.item);
-    printJson(rows, totals, invocation, output);
+    for (const Item& item : listing.items) totals.add(item);
+    printJson(listing, totals, invocation, output);
   } else if (invocation.has("tree")) {
-    printTree(rows, report::wantsColor(invocation.settings(), output), output);
+    printTree(listing.items, report::wantsColor(invocation.settings(), output), output);
   } else {
-    TextPrinter(invocation, output).print(rows);
+    TextPrinter(invocation, output).print(listing);
   }
 }
 
@@ -259,7 +265,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   if (isPlain(invocation)) {
     printPaths(*package, invocation.has("null"), output);
   } else {
-    printRows(readRows(*package, invocation), invocation, output);
+    printListing(readListing(*package, invocation), invocation, output);
   }
   output.flush();
   if (!invocation.has("all")) {
