@@ -102,10 +102,18 @@ bool LockFile::create(const std::string& path) {
   } catch (const SystemError& error) {
     number_ = error.number();
     state_ = State::Impossible;
-    ::unlink(path_.c_str());
-    file_.reset();
+    discard();
     return false;
+  } catch (...) {
+    discard();  // Short of memory: no lock file must stay.
+    throw;
   }
+}
+
+// Removes a lock file that was created and not locked.
+void LockFile::discard() noexcept {
+  ::unlink(path_.c_str());
+  file_.reset();
 }
 
 // Whoever held it before may have removed it.

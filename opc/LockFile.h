@@ -52,6 +52,7 @@ class LockFile {
  private:
   void attempt(const std::string& path);
   bool create(const std::string& path);
+  void discard() noexcept;
   bool isInPlace() const;
 
   std::string path_;
