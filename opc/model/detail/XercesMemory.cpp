@@ -38,26 +38,15 @@ class ThrowingPanicHandler final : public xercesc::PanicHandler {
   }
 };
 
-/// Xerces-C is used until the very end of the process, so what it points to is never destroyed.
-template <typename T>
-union Lasting {
-  T value;
-
-  template <typename... Arguments>
-  explicit Lasting(Arguments... arguments) : value(arguments...) {}
-  ~Lasting() {}  // NOLINT(modernize-use-equals-default): that would be deleted
-  Lasting(const Lasting&) = delete;
-  Lasting& operator=(const Lasting&) = delete;
-};
-
 void initialise() {
   if (isBroken) refuseBroken("it failed to start before");
   alignas(kAlignment) static std::array<unsigned char, kBlockSize> block;
-  static Lasting<XercesMemory> memory(block.data(), block.size());
-  static Lasting<ThrowingPanicHandler> panicHandler;
-  const XercesMemory::Critical critical(memory.value);
+  // Never destroyed: Xerces-C, which points to them, is used until the very end of the process.
+  static auto& memory = *new XercesMemory(block.data(), block.size());
+  static auto& panicHandler = *new ThrowingPanicHandler;
+  const XercesMemory::Critical critical(memory);
   xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                        &panicHandler.value, &memory.value);
+                                        &panicHandler, &memory);
 }
 
 }  // namespace
