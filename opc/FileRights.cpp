@@ -24,8 +24,8 @@ bool isUnsupported(int number) {
   return number == EOPNOTSUPP || number == ENOSYS;
 }
 
-/// The result of a call that fills `size` bytes at `into`, and fails with ERANGE when they are too
-/// few. Nothing if there is no such attribute, or the file system has none at all.
+/// Returns the bytes that `call` reads into a buffer, which grows once if it is too small. Returns
+/// nothing if the attribute does not exist or the file system does not support attributes.
 template <typename Call>
 std::optional<std::string> filled(const Call& call, const char* what) {
   constexpr std::size_t kUsual = 256;
@@ -89,8 +89,8 @@ struct Classes {
   unsigned other = 0;
 };
 
-// Members of the old group may be others from now on, and others members of the new one; the old
-// owner is one of them.
+// Members of the old group may now count as others, and others as members of the new group. The
+// old owner is among them.
 void cut(Classes& rights, const Kept& kept) {
   if (!kept.group) rights.group = rights.other = rights.group & rights.other;
   if (kept.owner) return;

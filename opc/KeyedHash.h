@@ -16,7 +16,7 @@ class KeyedHash {
   explicit KeyedHash(std::uint64_t salt) noexcept : key_(key()), state_(salt ^ key_.start) {}
 
   void add(std::uint64_t word) noexcept { state_ = foldedProduct(state_ ^ word, key_.word); }
-  /// `length` tells texts apart whose words are equal, such as "a" and "a\0".
+  /// `length`, in bytes, distinguishes texts with the same words, such as "a" and "a\0".
   std::uint64_t finish(std::uint64_t length) const noexcept {
     return foldedProduct(state_ ^ length, key_.end);
   }

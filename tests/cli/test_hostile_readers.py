@@ -166,7 +166,7 @@ class Files(ReadersTest):
         for name in ("a.m;1", "b.m;", "c/d.m;23"):
             self.write(f"tree/{name}", name)
         self.write("tree/e;1/f.m", "kept")
-        self.ok("create", "a/b/work/p.kraddon", "tree", "--name", "Odd")
+        self.ok("create", self.sandbox / "p.kraddon", "tree", "--name", "Odd")
         with zipfile.ZipFile(self.sandbox / "p.kraddon") as container:
             self.assertEqual([name for name in container.namelist() if ";" in name],
                              ["files/e;1/f.m"])
@@ -177,8 +177,8 @@ class Files(ReadersTest):
     def test_long_names_come_back(self):
         path = "/".join(["n" * 200] * 25)
         self.write("short.m", "content")
-        self.ok("create", "a/b/work/p.kraddon", "--name", "Long")
-        self.ok("add", "a/b/work/p.kraddon", "short.m", "--as", path)
+        self.ok("create", self.sandbox / "p.kraddon", "--name", "Long")
+        self.ok("add", self.sandbox / "p.kraddon", "short.m", "--as", path)
         self.passed()
         self.assertIn(path, self.hostile("list", "p.kraddon").text)
 

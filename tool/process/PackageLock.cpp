@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kPatience = 1s;
 
-/// Empty if there is no such folder.
+/// Returns an empty path if the folder does not exist.
 std::string placeOf(const std::string& path) {
   try {
     return opc::PackageTarget::resolve(path).path();

@@ -15,8 +15,8 @@ class PackageLock {
  public:
   /// Waits until the package at `path`, which may be a link to it and need not exist, is free, and
   /// locks it. Calls `notify` once if that takes longer than a second. Throws Failure after
-  /// `limit`, and Interrupted. If there is no such folder, or nothing can be created in it, does
-  /// nothing: the command itself will report that.
+  /// `limit`, and Interrupted. Locks nothing if the folder does not exist or cannot be written to:
+  /// the command itself will report that.
   PackageLock(const std::string& path, std::chrono::seconds limit,
               const std::function<void()>& notify);
 
