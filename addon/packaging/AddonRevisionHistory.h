@@ -38,4 +38,9 @@ class AddonRevisionHistory : public TableDocument<AddonRevisionHistory> {
   explicit AddonRevisionHistory(const kxArray* s) { readStruct(s); }
 };
 
+/// Those that may be the newest. Revisions come in any order, and dates are free text: by date if
+/// all dates sort, otherwise the first or the last one. `revisions` must not
+/// be empty.
+std::vector<const AddonRevision*> newestOf(const std::vector<AddonRevision>& revisions);
+
 }  // namespace addon::packaging

@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/project/PlainText.h"
 #include "addon/project/detail/LicenseGuess.h"
 #include "addon/project/detail/ReadmeGuess.h"
@@ -143,8 +144,11 @@ GuessedText chooseText(const ProjectFolder& folder, std::vector<std::string> pat
 void guessTexts(const ProjectFolder& folder, Guesses& guesses) {
   std::string text;
   guesses.readme = chooseText(folder, filesNamed(folder, {"README"}), text);
-  if (guesses.readme.fault.empty())
-    guesses.summary = {detail::summaryOf(text), guesses.readme.path};
+  if (guesses.readme.fault.empty()) {
+    const detail::ReadmeFacts facts = detail::readmeFacts(text);
+    guesses.summary = {facts.summary, guesses.readme.path};
+    if (!facts.title.empty()) guesses.name = {facts.title, "the title of " + guesses.readme.path};
+  }
 
   text.clear();
   guesses.license = chooseText(folder, filesNamed(folder, {"LICENSE", "LICENCE", "COPYING"}), text);
@@ -164,11 +168,29 @@ Guess guessName(const ProjectFolder& folder) {
   return {line, "the folder's name"};
 }
 
-void guessFromGit(const GitFacts& git, Guesses& guesses) {
-  const std::string where = git.isBelowTop ? ", in the repository that contains the folder" : "";
-  guesses.version = git.version.empty()
-                        ? Guess{"1.0", ""}
-                        : Guess{git.version, "the newest git tag, " + git.tag + where};
+std::string newestVersionOf(const std::vector<GuessedRevision>& guessed) {
+  std::vector<packaging::AddonRevision> revisions;
+  for (const GuessedRevision& one : guessed) {
+    revisions.emplace_back().date = opc::fromUtf8(one.date);
+    revisions.back().version = opc::fromUtf8(one.version);
+  }
+  std::vector<std::string> newest;
+  for (const auto* one : newestOf(revisions)) newest.push_back(opc::toUtf8(one->version));
+  const std::string highest = newestVersionTag({newest.begin(), newest.end()});
+  return highest.empty() ? newest.front() : highest;
+}
+
+/// The revisions are known.
+Guess guessVersion(const GitFacts& git, const Guesses& guesses) {
+  if (!git.version.empty()) {
+    const std::string where = git.isBelowTop ? ", in the repository that contains the folder" : "";
+    return {git.version, "the newest git tag, " + git.tag + where};
+  }
+  if (guesses.revisions.empty()) return {"1.0", ""};
+  return {newestVersionOf(guesses.revisions), "the newest heading of " + guesses.changelog.path};
+}
+
+void guessAuthor(const GitFacts& git, Guesses& guesses) {
   if (!git.userName.empty()) guesses.author = {git.userName, "git's user.name"};
   if (!git.userEmail.empty()) guesses.contact = {git.userEmail, "git's user.email"};
 }
@@ -203,6 +225,13 @@ void guessPaths(const ProjectFolder& folder, Guesses& guesses) {
   }
   for (const std::string_view one : folders)
     guesses.korvanPaths.emplace_back(one.empty() ? "." : one);
+}
+
+void guessApps(const ProjectFolder& folder, Guesses& guesses) {
+  for (const std::string& path : folder.files()) {
+    if (!isCode(path) || folderOf(path) != "apps") continue;
+    guesses.apps.push_back({std::string(withoutExtension(fileOf(path))), path});
+  }
 }
 
 std::string categoryName(std::string_view folder) {
@@ -254,10 +283,12 @@ void guessExamples(const ProjectFolder& folder, Guesses& guesses) {
 Guesses guessFrom(const ProjectFolder& folder, const GitFacts& git) {
   Guesses guesses;
   guesses.name = guessName(folder);
-  guessFromGit(git, guesses);
   guessTexts(folder, guesses);
+  guesses.version = guessVersion(git, guesses);
+  guessAuthor(git, guesses);
   guessScreenshot(folder, guesses);
   guessPaths(folder, guesses);
+  guessApps(folder, guesses);
   guessExamples(folder, guesses);
   guesses.remarks = folder.remarks();
   return guesses;

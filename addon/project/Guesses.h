@@ -29,6 +29,11 @@ struct GuessedCategory {
   std::vector<GuessedExample> examples;
 };
 
+struct GuessedApp {
+  std::string name;
+  std::string file;
+};
+
 /// A text file at the top of the folder.
 struct GuessedText {
   std::string path;                 ///< "" if there is none
@@ -40,6 +45,7 @@ struct GuessedText {
 struct Guesses {
   Guess name;
   Guess version;
+  Guess guid;  ///< that of an older manifest, for the caller to set; without one, it is random
   Guess author;
   Guess contact;
   Guess summary;
@@ -49,6 +55,7 @@ struct Guesses {
   std::string screenshot;
   std::vector<std::string> korvanPaths;
   std::vector<std::string> javaClassPaths;
+  std::vector<GuessedApp> apps;
   std::vector<GuessedCategory> categories;
   GuessedText changelog;
   std::vector<GuessedRevision> revisions;

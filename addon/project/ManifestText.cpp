@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "addon/project/Guid.h"
 #include "addon/project/detail/TomlText.h"
 
 namespace addon::project {
@@ -22,11 +23,6 @@ constexpr std::string_view kTail =
     "# [[requirements.product]]\n"
     "# name = \"Korvan\"\n"
     "# version = \"9.1\"\n"
-    "\n"
-    "# An app that comes with the add-on.\n"
-    "# [[app]]\n"
-    "# name = \"Viewer\"\n"
-    "# file = \"apps/viewer.m\"\n"
     "\n"
     "# Files to leave out, by patterns as in a .gitignore file, in addition to the defaults.\n"
     "# [files]\n"
@@ -52,17 +48,18 @@ void appendOthers(const GuessedText& text, std::string& result) {
 }
 
 void appendNames(const Guesses& guesses, std::string& result) {
-  const bool hasTag = !guesses.version.source.empty();
+  const std::string& source = guesses.version.source;
   result += fromSource(guesses.name.source, "name", guesses.name.value);
-  result += fromSource(hasTag ? guesses.version.source : "no git tag such as v1.2 was found",
-                       "version", guesses.version.value);
+  result +=
+      fromSource(source.empty() ? "no git tag such as v1.2 and no change log was found" : source,
+                 "version", guesses.version.value);
 }
 
 void appendTexts(const Guesses& guesses, std::string& result) {
   if (guesses.summary.value.empty()) {
     result += missing("one line about the add-on", "summary = \"\"");
   } else {
-    result += fromSource("the first line of text in " + guesses.summary.source, "summary",
+    result += fromSource("the first sentence of " + guesses.summary.source, "summary",
                          guesses.summary.value);
   }
   const GuessedText& readme = guesses.readme;
@@ -89,12 +86,18 @@ void appendAuthor(const Guesses& guesses, std::string& result) {
                     "contact = " + contact);
 }
 
-void appendPackage(const Guesses& guesses, const std::string& guid, std::string& result) {
+void appendGuid(const Guess& guid, std::string& result) {
+  const std::string source = guid.source.empty() ? "random" : guid.source;
+  result += fromSource(source + "; keep it in all versions of the add-on", "guid",
+                       guid.value.empty() ? randomGuid() : guid.value);
+}
+
+void appendPackage(const Guesses& guesses, std::string& result) {
   result += "\n[package]\n";
   appendNames(guesses, result);
   appendTexts(guesses, result);
   appendAuthor(guesses, result);
-  result += fromSource("random; keep it in all versions of the add-on", "guid", guid);
+  appendGuid(guesses.guid, result);
   if (guesses.screenshot.empty()) {
     result += missing("no screenshot.png or similar at the top, in images/ or in art/",
                       "screenshot = \"screenshot.png\"");
@@ -148,6 +151,18 @@ void appendConfiguration(const Guesses& guesses, std::string& result) {
   }
 }
 
+void appendApps(const Guesses& guesses, std::string& result) {
+  if (guesses.apps.empty()) {
+    result += "\n" + missing("no .m files were found in apps", "[[app]]") +
+              "# name = \"Viewer\"\n# file = \"apps/viewer.m\"\n";
+  }
+  for (const GuessedApp& app : guesses.apps) {
+    result += "\n" + detail::tomlComment("a .m file in apps") + "[[app]]\n";
+    result += fromSource("the file's name", "name", app.name);
+    result += assignment("file", detail::tomlString(app.file));
+  }
+}
+
 void appendExample(const GuessedExample& example, std::string& result) {
   result += "\n[[category.example]]\n";
   result += fromSource("the file's name", "name", example.name);
@@ -186,11 +201,12 @@ void appendRemarks(const Guesses& guesses, std::string& result) {
 
 }  // namespace
 
-std::string manifestText(const Guesses& guesses, const std::string& guid) {
+std::string manifestText(const Guesses& guesses) {
   std::string result(kHead);
-  appendPackage(guesses, guid, result);
+  appendPackage(guesses, result);
   appendLicense(guesses, result);
   appendConfiguration(guesses, result);
+  appendApps(guesses, result);
   appendCategories(guesses, result);
   appendRevisions(guesses, result);
   result += kTail;

@@ -9,6 +9,6 @@ namespace addon::project {
 
 /// An initial manifest: the guesses, each below a comment that names its source, and the other keys
 /// as comments.
-std::string manifestText(const Guesses& guesses, const std::string& guid);
+std::string manifestText(const Guesses& guesses);
 
 }  // namespace addon::project

@@ -213,7 +213,7 @@ class Properties(InitTest):
                                )["package"]
         self.assertEqual(package["summary"], "Short-time spectra")
         self.assertEqual(package["description-file"], "README.md")
-        self.assertIn("# the first line of text in README.md\nsummary", self.text())
+        self.assertIn("# the first sentence of README.md\nsummary", self.text())
 
     def test_readme_md_comes_before_other_languages(self):
         package = self.guesses({"README.de.md": "de", "README.md": "en", "sub/README": "x"}
@@ -365,8 +365,8 @@ class Building(InitTest):
     def build(self, files=None):
         self.tree(files or {}, "wave")
         self.path("wave").mkdir(exist_ok=True)
-        self.ok("init", "wave")
-        result = self.run_kraddon("build", "wave", "-o", "p.kraddon")
+        self.ok("init", "wave", "--force")
+        result = self.run_kraddon("build", "wave", "-o", "p.kraddon", "--force")
         self.assertEqual(result.code, 0, result.errors)
         return lambda document: self.ok("get", "p.kraddon", document).json
 

@@ -8,7 +8,8 @@
 #include "addon/build/Project.h"
 #include "addon/project/GitFacts.h"
 #include "addon/project/Guesses.h"
-#include "addon/project/Guid.h"
+#include "addon/project/Manifest.h"
+#include "addon/project/ManifestGuid.h"
 #include "addon/project/ManifestText.h"
 #include "addon/project/ProjectFolder.h"
 #include "tool/commands/CommandTable.h"
@@ -26,11 +27,14 @@ namespace {
 using addon::project::Guesses;
 using addon::project::ProjectFolder;
 
+constexpr std::size_t kLargestManifest = std::size_t{16} << 20;
+
 constexpr std::array kOperands{line::OperandSpec{
     .name = "FOLDER", .help = "the project folder (default: .)", .isRequired = false}};
 
 constexpr std::array kOptions{
-    line::OptionSpec{.longName = "force", .help = "replace an existing kraddon.toml"},
+    line::OptionSpec{.longName = "force",
+                     .help = "replace an existing kraddon.toml, but keep its GUID"},
     line::OptionSpec{.longName = "stdout", .help = "print the manifest, write no file"}};
 
 /// Done before the folder is read, so that a refusal comes at once.
@@ -45,6 +49,13 @@ void requireFree(const std::string& path) {
 Guesses guess(const std::string& folder, const line::Invocation& invocation) {
   const ProjectFolder project(folder);
   Guesses guesses = guessFrom(project, addon::project::readGitFacts(project.path()));
+  if (invocation.has("force")) {
+    const std::string old(addon::project::kManifestName);
+    guesses.guid = {
+        addon::project::guidOfManifest(project.read(old, kLargestManifest).value_or("")), ""};
+    if (!guesses.guid.value.empty())
+      guesses.guid.source = "from the manifest that this one replaced";
+  }
   for (const std::string& remark : guesses.remarks) {
     report::printWarning(invocation, "skipped: " + remark);
   }
@@ -59,7 +70,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   if (folder.empty()) throw process::systemFailure("cannot read the folder", folder, ENOENT);
   if (!isPrinted && !replaces) requireFree(manifestPath(folder));
 
-  const std::string text = manifestText(guess(folder, invocation), addon::project::randomGuid());
+  const std::string text = manifestText(guess(folder, invocation));
   if (isPrinted) {
     report::writeOutputFile("-", text, {});
   } else if (replaces) {
@@ -80,9 +91,11 @@ constexpr line::CommandSpec kInitCommand{
     .name = "init",
     .summary = "writes an initial kraddon.toml",
     .description =
-        "Guesses the manifest from the content of FOLDER: the name, the version (from the newest "
-        "git tag), the author, README, LICENSE, CHANGELOG and screenshot, the folders with .m "
-        "files, the .jar files and the examples. A comment above each guess names its source. "
+        "Guesses the manifest from the content of FOLDER: the name (the title of the README), "
+        "the version (the newest git tag, or else the newest heading of the CHANGELOG), the "
+        "author, "
+        "README, LICENSE, CHANGELOG and screenshot, the folders with .m files, the .jar files, the "
+        "apps and the examples. A comment above each guess names its source. "
         "Correct what is wrong, then run 'kraddon build' to build the package.",
     .operands = kOperands,
     .options = kOptions,

@@ -6,9 +6,17 @@
 
 namespace addon::project::detail {
 
-/// The first line of text in a README, plain or Markdown, without markup. Images, rules, code,
-/// tables and comments are skipped, and so are headings if there is anything else. "" if there is
-/// none. A long line is cut after its first sentence, or else after a word.
-std::string summaryOf(std::string_view readme);
+/// What a README, plain or Markdown, says about its add-on, without markup.
+struct ReadmeFacts {
+  /// The first heading of the first level, or another heading in front of all text. "" if there is
+  /// none, or if it is too long for a name.
+  std::string title;
+  /// The first sentence of the first paragraph; without a paragraph, the first heading. Images,
+  /// rules, code, tables and comments are skipped. "" if there is no text. A long sentence is cut
+  /// after a word.
+  std::string summary;
+};
+
+ReadmeFacts readmeFacts(std::string_view readme);
 
 }  // namespace addon::project::detail

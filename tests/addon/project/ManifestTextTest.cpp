@@ -75,8 +75,9 @@ TEST(ManifestText, WithoutGuessesItHasOnlyTheRequiredKeys) {
   Guesses guesses;
   guesses.name = {"wave", "the folder's name"};
   guesses.version = {"1.0", ""};
+  guesses.guid = {"some-guid", "x"};
 
-  const std::string text = manifestText(guesses, "some-guid");
+  const std::string text = manifestText(guesses);
 
   EXPECT_EQ(readBack(text, ""),
             "{'package': {'name': 'wave', 'version': '1.0', 'guid': 'some-guid'}}");
@@ -97,8 +98,10 @@ TEST(ManifestText, EveryGuessComesBackFromIt) {
   guesses.javaClassPaths = {"a.jar"};
   guesses.categories = {{"First", "examples", {{"e", "examples/e.m", "examples/e.png"}}}};
   guesses.revisions = {{"2.0", "2026-02-01", "a\nb"}, {"1.0", "", ""}};
+  guesses.guid = {"g", "x"};
+  guesses.apps = {{"\"v\"", "apps/\"v\".m"}};
 
-  const std::string text = manifestText(guesses, "g");
+  const std::string text = manifestText(guesses);
 
   EXPECT_EQ(readBack(text, "['package']"),
             "{'name': 'a \"b\"', 'version': '2.0', 'summary': 'Spectra', 'description-file': "
@@ -106,6 +109,7 @@ TEST(ManifestText, EveryGuessComesBackFromIt) {
   EXPECT_EQ(readBack(text, "['license']"), "{'type': 'MIT', 'file': 'COPYING'}");
   EXPECT_EQ(readBack(text, "['configuration']"),
             "{'korvan-paths': ['.', 'l\\\\ib'], 'java-class-paths': ['a.jar']}");
+  EXPECT_EQ(readBack(text, "['app']"), "[{'name': '\"v\"', 'file': 'apps/\"v\".m'}]");
   EXPECT_EQ(readBack(text, "['category']"),
             "[{'name': 'First', 'example': [{'name': 'e', 'main': 'examples/e.m', 'thumbnail': "
             "'examples/e.png'}]}]");
@@ -120,8 +124,9 @@ TEST(ManifestText, WhatCannotBeUsedIsAComment) {
   guesses.license = {"LICENSE", {}, "it is not UTF-8"};
   guesses.changelog = {"CHANGELOG", {}, "it is not UTF-8"};
   guesses.remarks = {"'a\nb': no"};
+  guesses.guid = {"g", "x"};
 
-  const std::string text = manifestText(guesses, "g");
+  const std::string text = manifestText(guesses);
 
   EXPECT_EQ(readBack(text, ""), "{'package': {'name': '', 'version': '', 'guid': 'g'}}");
   EXPECT_NE(text.find("# README cannot be the description: it is not UTF-8\n"), text.npos);
