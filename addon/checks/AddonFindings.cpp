@@ -164,9 +164,13 @@ constexpr FindingInfo kFindings[] = {
      "operating systems and editors, which are left out by default when an add-on is built.",
      "Remove it, or ignore this finding for its path if it belongs to the add-on."},
     {kSecret, "secret",
-     "The file looks like one that must not be published: a private key, or a file for passwords "
-     "such as '.env' or '.netrc'. Everyone who has the package can read it.",
-     "Remove the file, and change the password or key if the package was published."},
+     "The file contains a private key, or a token of a cloud, forge, registry or chat service, or "
+     "its name says that it is for passwords and keys: '.env' and the like, '.netrc', '.npmrc' and "
+     "'.pypirc' with a password, '.aws/credentials', 'id_rsa' and the like, and key stores. "
+     "Everyone who has the package can read it. Secrets stop a build.",
+     "Remove the secret, and revoke it if the package was published; if it is meant to be public, "
+     "allow it with \"KR509:PATH\" in 'ignore' under [verify] in the manifest, or with --ignore "
+     "KR509:PATH."},
     {kLargeFile, "large file",
      "The file is larger than 10 MiB. Everyone who installs the add-on downloads it.",
      "Make the file smaller, or let users download it when they need it."},

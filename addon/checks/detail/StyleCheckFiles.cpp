@@ -7,9 +7,9 @@
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/CaselessTree.h"
 #include "addon/checks/detail/ReadableDocument.h"
+#include "addon/checks/detail/SecretSearch.h"
 #include "addon/checks/detail/StyleCheck.h"
 #include "addon/project/Patterns.h"
-#include "opc/Streams.h"
 #include "opc/Text.h"
 #include "opc/checks/Finding.h"
 #include "opc/plservices/TreePath.h"
@@ -24,7 +24,6 @@ using packaging::AddonPackage;
 namespace {
 
 constexpr std::uint64_t kLargeSize = 10u << 20;  // bytes
-constexpr std::size_t kKeySearch = 8192;         // bytes at the start of a file
 
 constexpr std::size_t kLongestName = 255;  // bytes, on all common file systems
 
@@ -39,36 +38,6 @@ bool isDevice(std::string_view name) {
   while (stem.ends_with(' ')) stem.remove_suffix(1);
   const std::string lower = opc::toLowerAscii(stem);
   return std::find(kDevices.begin(), kDevices.end(), lower) != kDevices.end();
-}
-
-constexpr std::array<std::string_view, 6> kKeyNames{"id_rsa",     "id_dsa",      "id_ecdsa",
-                                                    "id_ed25519", "id_ecdsa_sk", "id_ed25519_sk"};
-constexpr std::array<std::string_view, 3> kKeyExtensions{".pem", ".key", ".ppk"};
-constexpr std::array<std::string_view, 3> kSecretNames{".env", ".netrc", "_netrc"};
-
-bool isSecretName(std::string_view name) {
-  const std::string lower = opc::toLowerAscii(name);
-  return std::find(kSecretNames.begin(), kSecretNames.end(), lower) != kSecretNames.end() ||
-         std::find(kKeyNames.begin(), kKeyNames.end(), lower) != kKeyNames.end();
-}
-
-bool isKeyName(std::string_view name) {
-  const std::string lower = opc::toLowerAscii(name);
-  return std::any_of(kKeyExtensions.begin(), kKeyExtensions.end(),
-                     [&](std::string_view extension) { return lower.ends_with(extension); });
-}
-
-bool beginsWithPrivateKey(std::string_view text) {
-  if (text.starts_with("PuTTY-User-Key-File-")) return true;
-  constexpr std::string_view kBegin = "-----BEGIN ";
-  constexpr std::string_view kKey = "PRIVATE KEY-----";
-  // Programs write attributes and certificates before it.
-  for (std::size_t at = text.find(kBegin); at != std::string_view::npos;
-       at = text.find(kBegin, at + 1)) {
-    const std::string_view line = text.substr(at, text.find_first_of("\r\n", at) - at);
-    if (line.find(kKey) != std::string_view::npos) return true;
-  }
-  return false;
 }
 
 class FileCheck {
@@ -112,31 +81,27 @@ class FileCheck {
     if (size > kLargeSize) {
       add(kLargeFile, file, "the file has " + std::to_string(size) + " bytes, more than 10 MiB");
     }
-    if (isSecretName(name)) {
-      add(kSecret, file, "files named " + quoted(name) + " are for passwords and keys");
-    } else if (isKeyName(name) && holdsPrivateKey(file)) {
-      add(kSecret, file, "the file contains a private key");
-    }
+    checkSecrets(file, name);
   }
 
-  bool holdsPrivateKey(const FileSystemEntry& file) {
-    std::array<unsigned char, kKeySearch> bytes{};
-    std::size_t size = 0;
+  void checkSecrets(const FileSystemEntry& file, const std::string& name) {
+    const SecretFile kind = secretFileOf(file.path());
+    if (kind == SecretFile::Yes) {
+      return add(kSecret, file, "files named " + quoted(name) + " are for passwords and keys");
+    }
     isReadable([&] {
       const auto stream = files_.openFile(file);
-      while (size < bytes.size()) {
-        const std::size_t count = stream->read(bytes.data() + size, bytes.size() - size);
-        if (count == 0) break;
-        size += count;
+      for (const Secret& secret : findSecrets(*stream, kind)) {
+        add(kSecret, file, "it contains " + std::string(secret.name), secret.line);
       }
     });
-    return beginsWithPrivateKey({reinterpret_cast<const char*>(bytes.data()), size});
   }
 
   // Paths may be long in a hostile package, so those that the report drops are not built.
-  void add(FindingId id, const FileSystemEntry& entry, const std::string& message) {
+  void add(FindingId id, const FileSystemEntry& entry, const std::string& message,
+           std::size_t line = 0) {
     const std::string path = report_.keeps(id) ? entry.path() : std::string();
-    report_.add(id, path, message);
+    report_.add(id, path, message, line);
   }
 
   opc::plservices::FileSystemManager& files_;

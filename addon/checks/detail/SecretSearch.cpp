@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+#include "addon/checks/detail/SecretSearch.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <iterator>
+#include <span>
+
+#include "addon/checks/detail/SecretFormats.h"
+#include "opc/Text.h"
+#include "text/Lines.h"
+
+namespace addon::checks::detail {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{64} << 10;
+constexpr std::size_t kProbe = 8192;  // a text has no NUL in these first bytes
+constexpr std::size_t kMost = 100;    // secrets of a file
+
+/// Reads a text in blocks.
+class TextBlocks {
+ public:
+  explicit TextBlocks(opc::InputStream& stream) : stream_(stream), block_(kBlock, '\0') {}
+
+  /// Appends the next block; false at the end, and for what is not a text.
+  bool appendTo(std::string& text) {
+    std::size_t size = 0;
+    while (size < block_.size()) {
+      auto* bytes = reinterpret_cast<unsigned char*>(block_.data());
+      const std::size_t count = stream_.read(bytes + size, block_.size() - size);
+      if (count == 0) break;
+      size += count;
+    }
+    std::string_view block = std::string_view(block_).substr(0, size);
+    if (isFirst_) isWide_ = block.starts_with("\xFF\xFE") || block.starts_with("\xFE\xFF");
+    const bool isText = !isFirst_ || isWide_ || block.substr(0, kProbe).find('\0') == block.npos;
+    isFirst_ = false;
+    if (!isText) return false;
+    const auto end = block_.begin() + static_cast<std::ptrdiff_t>(size);
+    // Tokens are ASCII, whose other byte is NUL.
+    if (isWide_)
+      std::remove_copy(block_.begin(), end, std::back_inserter(text), '\0');
+    else
+      text.append(block);
+    return size == block_.size();
+  }
+
+ private:
+  opc::InputStream& stream_;
+  std::string block_;
+  bool isFirst_ = true;
+  bool isWide_ = false;
+};
+
+/// What begins at a place of a text.
+struct Match {
+  std::string_view name;
+  std::size_t length = 0;
+};
+
+/// All that can be found, by the first two characters: most of a text does not begin any of it.
+class Beginnings {
+ public:
+  Beginnings() {
+    add(kKeyBegin);
+    for (const SecretFormat& format : secretFormats()) {
+      add(format.pattern);
+      formats_[static_cast<unsigned char>(format.pattern[0])].push_back(&format);
+    }
+  }
+
+  /// The first place in [at, end) at which something may begin, or `end`. The text is longer.
+  std::size_t next(std::string_view text, std::size_t at, std::size_t end) const {
+    while (at < end && !hold(text[at], text[at + 1])) ++at;
+    return at;
+  }
+
+  Match match(std::string_view text, std::size_t at, SecretFile kind) const {
+    if (text.substr(at).starts_with(kKeyBegin)) {
+      return {"a private key", matchPrivateKey(text, at, kind != SecretFile::Key)};
+    }
+    for (const SecretFormat* format : formats_[static_cast<unsigned char>(text[at])]) {
+      if (format->pattern[1] != text[at + 1]) continue;
+      if (const std::size_t length = matchSecret(*format, text, at)) return {format->name, length};
+    }
+    return {};
+  }
+
+ private:
+  static std::size_t indexOf(char first, char second) {
+    return std::size_t{static_cast<unsigned char>(first)} << 8 | static_cast<unsigned char>(second);
+  }
+  bool hold(char first, char second) const {
+    const std::size_t pair = indexOf(first, second);
+    return ((bits_[pair / 64] >> (pair % 64)) & 1) != 0;
+  }
+  void add(std::string_view text) {
+    const std::size_t pair = indexOf(text[0], text[1]);
+    bits_[pair / 64] |= std::uint64_t{1} << (pair % 64);
+  }
+
+  std::array<std::uint64_t, 1024> bits_{};
+  std::array<std::vector<const SecretFormat*>, 256> formats_;
+};
+
+/// Searches a text that comes in blocks.
+class Search {
+ public:
+  explicit Search(SecretFile kind) : kind_(kind) {}
+
+  std::string& text() { return text_; }
+  const std::vector<Secret>& found() const { return found_; }
+  bool isFull() const { return found_.size() >= kMost; }
+
+  /// Searches the text but for what needs the next block, which the last one does not have.
+  void run(bool isLast) {
+    static const Beginnings beginnings;
+    const std::size_t margin = isLast ? 1 : kLookAhead;
+    const std::size_t end = text_.size() - std::min(text_.size(), margin);
+    while (!isFull() && (at_ = beginnings.next(text_, at_, end)) < end) {
+      const Match match = beginnings.match(text_, at_, kind_);
+      if (match.length != 0) found_.push_back({match.name, lineOf(at_)});
+      at_ += std::max<std::size_t>(match.length, 1);
+    }
+    forget();
+  }
+
+ private:
+  std::size_t lineOf(std::size_t at) {
+    const auto from = text_.begin() + static_cast<std::ptrdiff_t>(counted_);
+    line_ += static_cast<std::size_t>(
+        std::count(from, text_.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+    counted_ = at;
+    return line_;
+  }
+
+  void forget() {
+    if (at_ <= kLookBehind) return;
+    const std::size_t done = at_ - kLookBehind;
+    if (counted_ < done) lineOf(done);
+    text_.erase(0, done);
+    at_ -= done;
+    counted_ -= done;
+  }
+
+  SecretFile kind_;
+  std::string text_;
+  std::size_t at_ = 0;       // the next place to look at
+  std::size_t counted_ = 0;  // where line_ is
+  std::size_t line_ = 1;
+  std::vector<Secret> found_;
+};
+
+/// "KEY = VALUE" or "KEY: VALUE" with a value that is written down.
+bool assigns(std::string_view line, std::span<const std::string_view> keys) {
+  const std::size_t sign = line.find('=');
+  if (sign == line.npos || line.starts_with(';') || line.starts_with('#')) return false;
+  std::string_view key = text::trimmed(line.substr(0, sign));
+  key.remove_prefix(key.rfind(':') + 1);  // npos + 1 is 0
+  const std::string_view value = text::trimmed(line.substr(sign + 1));
+  return std::find(keys.begin(), keys.end(), key) != keys.end() && !value.empty() &&
+         !value.starts_with("${") && value != "\"\"";
+}
+
+bool hasPassword(std::string_view line) {
+  constexpr std::array<std::string_view, 4> kKeys{"_auth", "_authToken", "_password", "password"};
+  constexpr std::string_view kWord = "password";
+  line = text::trimmed(line);
+  if (assigns(line, kKeys)) return true;
+  const std::size_t word = line.find(kWord);  // of a .netrc
+  if (word == line.npos || line.starts_with('#')) return false;
+  const std::string_view rest = line.substr(word + kWord.size());
+  const bool isWord = (word == 0 || opc::isAsciiBlank(line[word - 1])) && !rest.empty() &&
+                      opc::isAsciiBlank(rest.front());
+  const std::string_view value = text::trimmed(rest);
+  return isWord && !value.empty() && !value.starts_with('=');
+}
+
+void addPasswords(std::string_view text, std::vector<Secret>& found) {
+  std::size_t number = 0;
+  for (const std::string_view line : text::linesOf(text)) {
+    ++number;
+    if (hasPassword(line)) return found.push_back({"a password", number});
+  }
+}
+
+}  // namespace
+
+SecretFile secretFileOf(std::string_view path) {
+  constexpr std::array<std::string_view, 6> kKeyNames{"id_rsa",     "id_dsa",      "id_ecdsa",
+                                                      "id_ed25519", "id_ecdsa_sk", "id_ed25519_sk"};
+  constexpr std::array<std::string_view, 3> kStores{".pfx", ".p12", ".ppk"};
+  constexpr std::array<std::string_view, 3> kSamples{".example", ".sample", ".template"};
+  constexpr std::array<std::string_view, 4> kSettings{".netrc", "_netrc", ".npmrc", ".pypirc"};
+  const std::string lower = opc::toLowerAscii(path);
+  const std::string_view name = std::string_view(lower).substr(lower.rfind('/') + 1);
+  const auto is = [&](std::string_view one) { return name == one; };
+  const auto endsWith = [&](std::string_view one) { return name.ends_with(one); };
+  const bool isEnvironment = (name == ".env" || name.starts_with(".env.")) &&
+                             std::none_of(kSamples.begin(), kSamples.end(), endsWith);
+  const bool isCloud = lower == ".aws/credentials" || lower.ends_with("/.aws/credentials");
+  if (isEnvironment || isCloud || std::any_of(kKeyNames.begin(), kKeyNames.end(), is) ||
+      std::any_of(kStores.begin(), kStores.end(), endsWith)) {
+    return SecretFile::Yes;
+  }
+  if (std::any_of(kSettings.begin(), kSettings.end(), is)) return SecretFile::Settings;
+  return endsWith(".pem") || endsWith(".key") ? SecretFile::Key : SecretFile::No;
+}
+
+std::vector<Secret> findSecrets(opc::InputStream& stream, SecretFile kind) {
+  TextBlocks blocks(stream);
+  Search search(kind);
+  std::vector<Secret> passwords;
+  for (bool isFirst = true, isLast = false; !isLast && !search.isFull(); isFirst = false) {
+    isLast = !blocks.appendTo(search.text());
+    if (isFirst && kind == SecretFile::Settings) addPasswords(search.text(), passwords);
+    search.run(isLast);
+  }
+  std::vector<Secret> found = search.found();
+  found.insert(found.end(), passwords.begin(), passwords.end());
+  return found;
+}
+
+}  // namespace addon::checks::detail
