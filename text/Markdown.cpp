@@ -4,8 +4,10 @@
 #include <cmark-gfm-core-extensions.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
+#include <string>
 
 namespace text {
 
@@ -16,6 +18,8 @@ constexpr std::size_t kMostMemory = std::size_t{64} << 20;
 // may open a block.
 constexpr std::size_t kMostMarks = 1000;
 constexpr std::size_t kMostComparisons = std::size_t{1} << 21;
+// For each bracket after an address, the whole address is searched for the one that opens it.
+constexpr std::size_t kMostBrackets = 1000;
 
 /// cmark passes nothing to its allocator that would lead to the memory.
 thread_local MarkdownMemory* current = nullptr;
@@ -41,20 +45,29 @@ void* reallocate(void* block, std::size_t size) {
 
 void release(void* /*block*/) {}
 
+/// Those that galleries of code understand.
+constexpr std::array kExtensionNames{"table", "strikethrough", "autolink", "tasklist"};
+using Extensions = std::array<cmark_syntax_extension*, kExtensionNames.size()>;
+
 /// The extensions of cmark live until the program ends. Their memory comes from the default
 /// allocator, which would end the program if it failed.
-cmark_syntax_extension* tableExtension() {
+const Extensions& extensions() {
   static MarkdownMemory memory(kMostMemory);
-  static cmark_syntax_extension* const extension = [] {
+  static const Extensions found = [] {
     const MarkdownMemoryUse use(memory);
     *cmark_get_default_mem_allocator() = {allocate, reallocate, release};
     cmark_gfm_core_extensions_ensure_registered();
-    return cmark_find_syntax_extension("table");
+    Extensions all{};
+    std::transform(kExtensionNames.begin(), kExtensionNames.end(), all.begin(),
+                   cmark_find_syntax_extension);
+    return all;
   }();
-  return extension;
+  return found;
 }
 
 bool isReadable(std::string_view text) {
+  static const std::string tooManyBrackets(kMostBrackets, ')');
+  if (text.find(tooManyBrackets) != text.npos) return false;
   std::size_t lines = 0;
   std::size_t mostMarks = 0;
   while (!text.empty()) {
@@ -86,10 +99,12 @@ MarkdownMemoryUse::~MarkdownMemoryUse() {
 
 Markdown::Markdown(std::string_view text) : memory_(kMostMemory), use_(memory_) {
   if (!isReadable(text)) return;
-  cmark_syntax_extension* const table = tableExtension();
+  const Extensions& all = extensions();
   try {
     cmark_parser* const parser = cmark_parser_new(CMARK_OPT_VALIDATE_UTF8);
-    cmark_parser_attach_syntax_extension(parser, table);
+    for (cmark_syntax_extension* const each : all) {
+      cmark_parser_attach_syntax_extension(parser, each);
+    }
     cmark_parser_feed(parser, text.data(), text.size());
     root_ = cmark_parser_finish(parser);
     memory_.removeLimit();
@@ -103,7 +118,7 @@ std::string_view literalOf(cmark_node* node) {
   return literal == nullptr ? std::string_view() : literal;
 }
 
-bool isOfTable(cmark_node* node, std::string_view type) {
+bool isOfType(cmark_node* node, std::string_view type) {
   return cmark_node_get_type_string(node) == type;
 }
 

@@ -37,7 +37,8 @@ class MarkdownMemoryUse {
   MarkdownMemory* previous_;
 };
 
-/// A text in CommonMark with tables, as a tree of cmark nodes.
+/// A text in CommonMark with tables, strikethrough, task lists and autolinks, as a tree of cmark
+/// nodes.
 ///
 /// A hostile text can take time that grows with the square of its length, so callers limit the
 /// length. A text that would take too much memory, or nests too deep, is not read at all.
@@ -58,7 +59,8 @@ class Markdown {
 /// The text of a node that has no children; "" if it has none.
 std::string_view literalOf(cmark_node* node);
 
-/// Whether it is of that type: "table", "table_header", "table_row" or "table_cell".
-bool isOfTable(cmark_node* node, std::string_view type);
+/// Whether it is of that type, which an extension of CommonMark adds: "table", "table_header",
+/// "table_row", "table_cell", "strikethrough" or "tasklist".
+bool isOfType(cmark_node* node, std::string_view type);
 
 }  // namespace text

@@ -24,7 +24,7 @@ struct Page {
   std::string modified;                             ///< the same
   std::vector<packaging::OwnedDocument> documents;  ///< all kinds, in the order of their list
   std::vector<PageFile> files;                      ///< depth first, as the tree is ordered
-  std::uint64_t packedSize = 0;
+  std::uint64_t downloadSize = 0;                   ///< of the package itself
 
   /// Those of one class, "" and no entries when the package has none.
   template <typename Document>

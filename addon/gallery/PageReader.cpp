@@ -27,9 +27,7 @@ bool isBlank(std::string_view text) {
 void readFiles(AddonPackage& package, Page& page) {
   package.fileSystem().visitFiles(
       [&](std::string_view path, const opc::plservices::FileSystemEntry& entry) {
-        const opc::model::PartInfo info = entry.info();
-        page.files.push_back({std::string(path), info.size, !entry.isFile()});
-        page.packedSize += info.packedSize;
+        page.files.push_back({std::string(path), entry.info().size, !entry.isFile()});
       });
 }
 
@@ -56,6 +54,7 @@ Page readPage(AddonPackage& package, const std::string& fallbackName) {
   const auto core = package.coreProperties().getCoreProperties();
   page.created = timeText(core.getCreatedTime());
   page.modified = timeText(core.getLastModifiedTime());
+  page.downloadSize = package.logicalPackage().physical().fileSize();
   readFiles(package, page);
   return page;
 }

@@ -94,9 +94,9 @@ class Preview(previewing.PreviewTest):
                       "example name", "example type", "example source", "example main", "image",
                       "date", "revision version", "product version", "support"):
             self.assertIn(HOSTILE + field, shown)
-        # In CommonMark a character may be written as an entity.
+        # In CommonMark a character may be written as an entity, and HTML is left out.
         for field in ("description", "revision text"):
-            self.assertIn(HOSTILE.replace("&amp;&lt;", "&<") + field, shown)
+            self.assertIn("\"'>document.title=\"gone\"-->&<\u202egnp.exe שלום " + field, shown)
         for name in ("\"><img src=x onerror=alert(1)>", "&amp;.m", "--><b>.m", "\u202egpj.m"):
             self.assertIn(name, page.text("details"))
             self.assertTrue(any(name in data for path, data in page.texts if path[-1:] == ("title",)))
@@ -118,6 +118,29 @@ class Preview(previewing.PreviewTest):
         self.assertEqual(page.headings[-1], [3, "Head"])
         self.assertEqual(page.text("ul", "li").count("one"), 1)
         self.assertEqual(page.text("pre", "code"), "<b>\n")
+
+    def test_a_description_shows_images_of_the_package(self):
+        self.package("p.kraddon", {"images/a b.png": png(), "images/c.svg": "<svg/>"},
+                     "--description", "\n\n".join(f"![{i}]({address})" for i, address in enumerate((
+                         "<images/a b.png>", "./images/a%20b.png?raw=true", "https://x.org/a.png",
+                         "images/c.svg", "images", "", ".", "..", "../p.kraddon", "/images/a%20b.png",
+                         "images//a%20b.png", "a%00b", "a%FF", "a%", "file:///etc/passwd", "c:\\a",
+                         "data:image/png;base64,AAAA"))))
+        page = self.page()
+        self.assertEqual([image["alt"] for image in page.all("img")], ["0", "1", "9"])
+        self.assertEqual([link["href"] for link in page.all("a", rel="noopener nofollow")],
+                         ["https://x.org/a.png"])
+        self.assertEqual([data for path, data in page.texts if "p" in path and data.isdigit()],
+                         [str(i) for i in range(2, 17) if i != 9])
+
+    def test_images_of_a_description_are_limited(self):
+        self.package("p.kraddon", {"big.png": png() + bytes(5 << 20),
+                                   "large.png": png() + bytes(3 << 20)},
+                     "--description", "![big](big.png)\n" + "![large](large.png)\n" * 12)
+        page = self.page()
+        self.assertEqual(len(page.all("img")), 10)
+        self.assertEqual([span["title"][:21] for span in page.all("span") if "title" in span],
+                         ["Image left out: 5.2 M", "Image left out: all i", "Image left out: all i"])
 
     def test_a_contact_is_a_link_only_if_it_is_a_plain_address(self):
         for contact, link in (("ada@example.org", "mailto:ada@example.org"),
@@ -142,6 +165,16 @@ class Preview(previewing.PreviewTest):
         self.assertEqual([image["src"][:15] for image in page.all("img")], ["data:image/png;"])
         self.assertEqual(page.text("main").count("Thumbnail not an image that a page can show"), 2)
         self.assertEqual(page.text("main").count("Thumbnail not in the package"), 1)
+
+    def test_the_download_is_as_large_as_the_file(self):
+        self.package("p.kraddon", {"a.m": "x" * 1000})
+        self.write("shot.png", png() + bytes(700_000))
+        self.ok("screenshot", "p.kraddon", "shot.png")
+        size = self.path("p.kraddon").stat().st_size
+        self.assertGreater(size, 1000)
+        facts = self.page().text("dl").split("\n")
+        self.assertIn(f"Download{size / 1000:.1f} kB", facts)
+        self.assertIn("Content1 file, 1.0 kB", facts)
 
     def test_an_image_that_is_too_large_is_left_out_with_a_note(self):
         self.package("p.kraddon", {"big.png": png() + bytes(5 << 20),

@@ -2,6 +2,7 @@
 """The page of `kraddon preview` in a real browser"""
 
 import http.server
+import pathlib
 import shutil
 import threading
 import unittest
@@ -51,8 +52,32 @@ CONTRASTS = """(() => {
 
 OPEN_ALL = "document.querySelectorAll('details').forEach(each => each.open = true)"
 WIDTH = "Math.max(document.documentElement.scrollWidth, document.body.scrollWidth)"
+# What sticks out of the window, unless it scrolls by itself.
+OUTSIDE = """[...document.body.querySelectorAll('*:not(.skip)')]
+    .filter(each => !each.closest('.wide, pre, svg, .tree')
+                    && each.getBoundingClientRect().right > innerWidth + 0.5)
+    .map(each => each.outerHTML.slice(0, 80))"""
 HEADINGS = """[...document.querySelectorAll('h1,h2,h3,h4,h5,h6')]
               .map(each => [Number(each.tagName[1]), each.textContent])"""
+
+
+# What descriptions consist of: the README of this project, and what it lacks.
+README = (pathlib.Path(__file__).parents[2] / "README.md").read_text(encoding="utf-8") + """
+## A wide table
+
+| Word | """ + " | ".join(f"Column {i}" for i in range(20)) + """ |
+|:---|""" + "---:|" * 20 + """
+| Donaudampfschifffahrtsgesellschaft | """ + " | ".join("1234567.89" for _ in range(20)) + """ |
+
+#### Deep heading
+
+- [x] a task that is ~~open~~ done
+- [ ] another, at https://example.org/""" + "long/" * 60 + """
+
+> A quotation with `""" + "x" * 200 + """`
+
+![A picture](thumb.png) ![Another](https://example.org/other.png) [![Badge](x.svg)](https://x.org)
+"""
 
 
 class CountingServer:
@@ -122,7 +147,10 @@ class PreviewInBrowser(previewing.PreviewTest):
                        f"<img src={server.address}/image><link rel=stylesheet "
                        f"href={server.address}/sheet>--></style></title></textarea><b>"
                        f"<iframe src=\"javascript:{hit}\"></iframe>`{{{{x}}}}`\n"
-                       f"<style>@import '{server.address}/import';</style>")
+                       f"<style>@import '{server.address}/import';</style>\n"
+                       f"[a](javascript:{hit}) ![a]({server.address}/picture) "
+                       f"[![a](data:text/html,<script>{hit}</script>)](<data:text/html,x>) "
+                       f"{server.address}/bare <{server.address}/angle> www.x.invalid\n\n")
             page = self.write_page(lambda field: hostile + field, {
                 f"\"><img src=x onerror={hit}>.m": "x" * 4000,
                 "</title></svg><script>alert(1)<": "y" * 4000})
@@ -157,6 +185,44 @@ class PreviewInBrowser(previewing.PreviewTest):
             self.assertLessEqual(self.browser.evaluate(WIDTH), width)
             self.browser.evaluate(OPEN_ALL)
             self.assertLessEqual(self.browser.evaluate(WIDTH), width)
+
+    def write_readme(self):
+        page = self.write_page(lambda field: README if field == "description" else f"The {field}",
+                               {f"data/{i:03}/measured_{j}.csv": "x" * j
+                                for i in range(3) for j in range(150)})
+        return page
+
+    def test_a_long_readme_needs_no_sideways_scrolling_and_is_readable(self):
+        page = self.write_readme()
+        for width, scheme in ((390, "light"), (390, "dark"), (1280, "light"), (1280, "dark")):
+            with self.subTest(width=width, scheme=scheme):
+                self.browser.open(page, width=width, scheme=scheme)
+                self.browser.evaluate(OPEN_ALL)
+                self.assertLessEqual(self.browser.evaluate(WIDTH), width)
+                self.assertEqual(self.browser.evaluate(OUTSIDE), [])
+                contrasts = self.browser.evaluate(CONTRASTS)
+                self.assertGreaterEqual(contrasts[0][0], 4.5, contrasts[0])
+                levels = [level for level, _ in self.browser.evaluate(HEADINGS)]
+                self.assertEqual(levels[0], 1)
+                for above, below in zip(levels, levels[1:]):
+                    self.assertLessEqual(below, above + 1)
+
+    def test_words_in_a_wide_table_stay_whole(self):
+        self.browser.open(self.write_readme(), width=390)
+        lines = self.browser.evaluate("""[...document.querySelectorAll('.prose td')]
+            .map(each => each.getClientRects()[0].height)""")
+        self.assertEqual(len(lines), 21)
+        self.assertLess(max(lines), 60)
+
+    def test_a_long_list_of_files_scrolls_by_itself(self):
+        self.browser.open(self.write_readme(), width=390)
+        self.browser.evaluate(OPEN_ALL)
+        height, whole = self.browser.evaluate("""(() => {
+            const list = document.querySelector('.tree > ul');
+            return [list.clientHeight, list.scrollHeight];
+        })()""")
+        self.assertGreater(whole, 5000)
+        self.assertLessEqual(height, 720)
 
     def test_it_is_whole_without_scripts(self):
         page = self.write_page(lambda field: f"The {field}, so")

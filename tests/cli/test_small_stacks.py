@@ -52,6 +52,11 @@ class SmallStacks(kraddontest.CliTest):
             self.ends(*words)
         self.ends("diff", "p.kraddon", "q.kraddon", "--text", codes=(1,))
 
+    def test_a_description_with_many_addresses_does_no_harm(self):
+        for text in ("@" * 60000, "a@b.cc " * 8000, "http://a.b " * 5000, "~a" * 30000):
+            self.package("p.kraddon", {}, "--description", text, "--force")
+            self.ends("preview", "p.kraddon", "-o", "-")
+
     def test_deep_json_does_no_harm(self):
         self.package()
         for depth in (100, 100_000):

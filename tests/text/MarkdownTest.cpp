@@ -36,8 +36,8 @@ TEST(Markdown, IsATreeOfNodes) {
   EXPECT_EQ(cmark_node_get_type(heading), CMARK_NODE_HEADING);
   EXPECT_EQ(text::literalOf(cmark_node_first_child(heading)), "a");
   cmark_node* const table = cmark_node_next(heading);
-  EXPECT_TRUE(text::isOfTable(table, "table"));
-  EXPECT_TRUE(text::isOfTable(cmark_node_first_child(table), "table_header"));
+  EXPECT_TRUE(text::isOfType(table, "table"));
+  EXPECT_TRUE(text::isOfType(cmark_node_first_child(table), "table_header"));
   EXPECT_EQ(cmark_node_next(table), nullptr);
 }
 
@@ -70,6 +70,11 @@ TEST(Markdown, ThatNeedsMuchMemoryIsNotRead) {
             nullptr);
 }
 
+TEST(Markdown, WithManyBracketsAfterALinkIsNotRead) {
+  EXPECT_NE(Markdown("http://a.b" + repeated(")", 900)).root(), nullptr);
+  EXPECT_EQ(Markdown("http://a.b" + repeated(")", 1100)).root(), nullptr);
+}
+
 TEST(Markdown, OfHostileTextIsReadInBoundedTime) {
   const std::string half = repeated("- > ", 900) + "a\n";
   const std::vector<std::string> texts{repeated("[", kSize),
@@ -97,7 +102,22 @@ TEST(Markdown, OfHostileTextIsReadInBoundedTime) {
                                            repeated("|\n", kSize / 2),
                                        repeated("|x|\n|-|\n", kSize),
                                        repeated("[a]: b\n", kSize),
-                                       repeated("a\n==\n", kSize)};
+                                       repeated("a\n==\n", kSize),
+                                       repeated("@", kSize),
+                                       repeated("a@", kSize),
+                                       repeated("a@b.c ", kSize),
+                                       repeated("www.", kSize),
+                                       "www." + repeated("(", kSize),
+                                       repeated("http://a.b" + repeated(")", 990), kSize),
+                                       "http://a.b" + repeated("&a;", kSize),
+                                       repeated("http://", kSize),
+                                       repeated("http://a.b ", kSize),
+                                       repeated("h://_", kSize),
+                                       repeated(":", kSize),
+                                       repeated("~a", kSize),
+                                       repeated("~~a *b ", kSize),
+                                       repeated("- [x] a\n", kSize),
+                                       repeated("- [", kSize)};
   for (const std::string& text : texts) {
     const double start = processorSeconds();
 

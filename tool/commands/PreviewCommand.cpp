@@ -56,7 +56,9 @@ constexpr line::CommandSpec kPreviewCommand{
     .description =
         "The page shows what the package contains: screenshot, description, author, requirements, "
         "examples, apps, revisions, license, and the files with their sizes. It is a single file "
-        "that runs no script and loads nothing. Descriptions are read as CommonMark with tables. "
+        "that runs no script and loads nothing. Descriptions are read as Markdown (CommonMark "
+        "with tables, strikethrough, task lists and autolinks; HTML is left out), and show images "
+        "of the package. "
         "The page is written to FILE, which is replaced. Without -o, the file has the package's "
         "base name and the extension .html, and must not exist.",
     .operands = kOperands,

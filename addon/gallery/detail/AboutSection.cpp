@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
-
 #include "addon/gallery/detail/Pieces.h"
 #include "addon/gallery/detail/Prose.h"
 #include "addon/gallery/detail/Sections.h"
@@ -34,18 +32,16 @@ class FactList {
   HtmlWriter& html_;
 };
 
-std::string sizeText(const Page& page) {
+std::string contentText(const Page& page) {
+  std::uint64_t folders = 0;
   std::uint64_t bytes = 0;
-  for (const PageFile& file : page.files) bytes += file.size;
-  return text::describeBytes(bytes) + ", " + text::describeBytes(page.packedSize) + " packed";
-}
-
-std::string countText(const Page& page) {
-  const auto folders = static_cast<std::uint64_t>(std::count_if(
-      page.files.begin(), page.files.end(), [](const PageFile& file) { return file.isFolder; }));
+  for (const PageFile& file : page.files) {
+    folders += file.isFolder ? 1 : 0;
+    bytes += file.size;
+  }
   std::string text = counted(page.files.size() - folders, "file");
   if (folders > 0) text += ", " + counted(folders, "empty folder");
-  return text;
+  return text + ", " + text::describeBytes(bytes);
 }
 
 void writeFacts(HtmlWriter& html, const Page& page) {
@@ -59,22 +55,22 @@ void writeFacts(HtmlWriter& html, const Page& page) {
   facts.add("Contact", utf8(properties.authorContact), writeContact);
   facts.add("Created", page.created, writeDate);
   facts.add("Modified", page.modified, writeDate);
-  facts.add("Content", countText(page));
-  facts.add("Size", sizeText(page));
+  facts.add("Download", text::describeBytes(page.downloadSize));
+  facts.add("Content", contentText(page));
   facts.add("License", utf8(page.get<AddonLicense>().type));
   facts.add("GUID", utf8(properties.GUID), writeCode);
 }
 
 }  // namespace
 
-void writeAbout(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
+void writeAbout(HtmlWriter& html, const Page& page, PageImages& images) {
   const std::string description = utf8(page.get<AddonProperties>().description);
   html.element("div", {{"class", "columns"}}, [&] {
     html.element("div", {{"class", "prose"}}, [&] {
       if (description.empty()) {
         html.element("p", {{"class", "muted"}}, "This add-on has no description.");
       }
-      Prose(html).write(description, 3);
+      Prose(html, images).write(description, 3);
     });
     html.newLine();
     html.element("dl", {{"class", "facts"}}, [&] { writeFacts(html, page); });

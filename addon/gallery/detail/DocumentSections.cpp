@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "addon/gallery/detail/Pieces.h"
-#include "addon/gallery/detail/Prose.h"
 #include "addon/gallery/detail/Sections.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonConfiguration.h"
 #include "addon/packaging/AddonLicense.h"
-#include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
 #include "text/ByteCount.h"
 
@@ -15,8 +13,6 @@ using packaging::AddonAppInstall;
 using packaging::AddonAppInstallList;
 using packaging::AddonConfiguration;
 using packaging::AddonLicense;
-using packaging::AddonRevision;
-using packaging::AddonRevisionHistory;
 using packaging::AddonSystemRequirements;
 using packaging::ConstRecord;
 using packaging::Field;
@@ -98,19 +94,6 @@ void writeApp(HtmlWriter& html, const AddonAppInstall& app) {
   });
 }
 
-void writeRevision(HtmlWriter& html, const AddonRevision& revision, Prose& prose) {
-  html.element("h3", [&] {
-    if (revision.version.empty()) return html.text("Revision without a version");
-    html.text("Version ");
-    writeIsolated(html, utf8(revision.version));
-  });
-  if (!revision.date.empty()) {
-    html.element("p", {{"class", "date"}}, [&] { writeDate(html, utf8(revision.date)); });
-  }
-  html.newLine();
-  html.element("div", {{"class", "prose"}}, [&] { prose.write(utf8(revision.description), 4); });
-}
-
 void writePathList(HtmlWriter& html, std::string_view title,
                    const std::vector<std::u16string>& paths) {
   if (paths.empty()) return;
@@ -153,16 +136,6 @@ void writeApps(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
   html.element("ul", {{"class", "cards"}}, [&] {
     for (const AddonAppInstall& app : page.get<AddonAppInstallList>().apps) {
       html.element("li", {{"class", "card text"}}, [&] { writeApp(html, app); });
-      html.newLine();
-    }
-  });
-}
-
-void writeRevisions(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
-  Prose prose(html);
-  html.element("ol", {{"class", "timeline"}}, [&] {
-    for (const AddonRevision& revision : page.get<AddonRevisionHistory>().revisions) {
-      html.element("li", [&] { writeRevision(html, revision, prose); });
       html.newLine();
     }
   });

@@ -23,10 +23,13 @@ class FileListWriter {
   void writeChildren(std::size_t folder) {
     const TreeNode& node = tree_[folder];
     const std::size_t listed = plan_.listed(folder);
-    html_.element("ul", [&] {
+    const auto entries = [&] {
       for (std::size_t i = 0; i < listed; ++i) writeEntry(node.children[i]);
       if (listed < node.children.size()) writeRest(folder, listed);
-    });
+    };
+    if (folder != 0) return html_.element("ul", entries);
+    // The whole list scrolls, also by the keyboard.
+    html_.element("ul", {{"tabindex", "0"}, {"aria-label", "Files"}}, entries);
   }
 
  private:

@@ -28,18 +28,22 @@ void writeCode(HtmlWriter& html, std::string_view text) {
   html.element("code", [&] { writeIsolated(html, text); });
 }
 
-void writeDate(HtmlWriter& html, std::string_view date) {
+std::string_view dayOf(std::string_view date) {
   const std::string_view day = date.substr(0, kDayLength);
   const bool isDay = isPlainDate(day) && (date == day || date[kDayLength] == 'T');
-  if (!isDay) return writeIsolated(html, date);
+  return isDay ? day : std::string_view();
+}
+
+void writeDate(HtmlWriter& html, std::string_view date) {
+  const std::string_view day = dayOf(date);
+  if (day.empty()) return writeIsolated(html, date);
   html.element("time", {{"datetime", date}}, day);
 }
 
 void writeContact(HtmlWriter& html, std::string_view contact) {
   const std::string link = linkOf(contact);
   if (link.empty()) return writeIsolated(html, contact);
-  html.element("a", {{"href", link}, {"rel", "noopener nofollow"}},
-               [&] { writeIsolated(html, contact); });
+  writeAnchor(html, link, [&] { writeIsolated(html, contact); });
 }
 
 }  // namespace addon::gallery::detail

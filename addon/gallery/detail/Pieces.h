@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -24,8 +25,26 @@ void writeIsolated(HtmlWriter& html, std::string_view text);
 /// A path or identifier.
 void writeCode(HtmlWriter& html, std::string_view text);
 
+/// The first ten bytes of a date or of a time such as "2026-02-01T10:00:00Z"; "" for other texts.
+std::string_view dayOf(std::string_view date);
+
 /// A date, or a time such as "2026-02-01T10:00:00Z", as a date; any other text unchanged.
 void writeDate(HtmlWriter& html, std::string_view date);
+
+/// A link that leads to a plain address (PlainAddress.h), with what `content()` writes into it.
+template <std::invocable Content>
+void writeAnchor(HtmlWriter& html, std::string_view address, const Content& content) {
+  html.element("a", {{"href", address}, {"rel", "noopener nofollow"}}, content);
+}
+
+/// Something that may be wider than the page, such as a table. It scrolls by itself, and can be
+/// focused so that the keyboard can scroll it.
+template <std::invocable Content>
+void writeWide(HtmlWriter& html, std::string_view label, const Content& content) {
+  html.element("div",
+               {{"class", "wide"}, {"role", "group"}, {"aria-label", label}, {"tabindex", "0"}},
+               content);
+}
 
 /// Mail and web addresses as links, everything else as text.
 void writeContact(HtmlWriter& html, std::string_view contact);

@@ -5,7 +5,9 @@
 #include <charconv>
 #include <chrono>
 
+#include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/model/PartName.h"
 
 namespace addon::gallery::detail {
 
@@ -74,6 +76,15 @@ int numberOf(std::string_view digits) {
 std::string linkOf(std::string_view address) {
   if (isMail(address)) return "mailto:" + std::string(address);
   return isWeb(address) ? std::string(address) : std::string();
+}
+
+std::string filePathOf(std::string_view address) {
+  while (address.starts_with("./")) address.remove_prefix(2);
+  try {
+    return opc::model::percentDecodePath(address.substr(0, address.find_first_of("?#")));
+  } catch (const opc::FormatError&) {
+    return {};
+  }
 }
 
 bool isPlainDate(std::string_view text) {

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "addon/gallery/detail/Prose.h"
 
+#include <cmark-gfm-core-extensions.h>
+
 #include <algorithm>
 #include <array>
 #include <string>
 
+#include "addon/gallery/detail/Pieces.h"
 #include "addon/gallery/detail/PlainAddress.h"
 #include "text/Lines.h"
 #include "text/Markdown.h"
@@ -20,15 +23,35 @@ constexpr std::size_t kDeepest = 40;
 // 128 KiB, or for many small ones.
 constexpr std::uint64_t kMostWork = std::uint64_t{128 << 10} * (128 << 10);
 
+std::string_view urlOf(cmark_node* linkOrImage) {
+  const char* const url = cmark_node_get_url(linkOrImage);
+  return url == nullptr ? std::string_view() : url;
+}
+
 /// "" unless it is a plain address.
-std::string targetOf(cmark_node* link) {
+std::string targetOf(std::string_view url) {
   constexpr std::string_view kMail = "mailto:";
-  const char* const given = cmark_node_get_url(link);
-  std::string_view url = given == nullptr ? "" : given;
   const bool isMail = url.starts_with(kMail);
   if (isMail) url.remove_prefix(kMail.size());
   std::string target = linkOf(url);
   return target.starts_with(kMail) == isMail ? target : std::string();
+}
+
+/// The text in a node, without HTML. Not recursive, since the nodes may be nested arbitrarily deep.
+std::string textOf(cmark_node* root) {
+  std::string text;
+  cmark_iter* const nodes = cmark_iter_new(root);
+  for (auto event = cmark_iter_next(nodes); event != CMARK_EVENT_DONE;
+       event = cmark_iter_next(nodes)) {
+    cmark_node* const node = cmark_iter_get_node(nodes);
+    const cmark_node_type type = cmark_node_get_type(node);
+    const bool isHtml = type == CMARK_NODE_HTML_BLOCK || type == CMARK_NODE_HTML_INLINE;
+    if (event == CMARK_EVENT_ENTER && !isHtml) text += text::literalOf(node);
+    const bool isBlock = (type & CMARK_NODE_TYPE_MASK) == CMARK_NODE_TYPE_BLOCK;
+    const bool isBreak = type == CMARK_NODE_SOFTBREAK || type == CMARK_NODE_LINEBREAK;
+    if (isBreak || (isBlock && event == CMARK_EVENT_EXIT)) text += '\n';
+  }
+  return text;
 }
 
 /// Whether it is in a list item that is shown without the margins of a paragraph.
@@ -66,28 +89,13 @@ void Prose::writeChildren(cmark_node* parent) {
   cmark_node* child = cmark_node_first_child(parent);
   for (; child != nullptr; child = cmark_node_next(child)) {
     if (depth_ > kDeepest) {
-      writeTextOf(child);
+      html_.text(textOf(child));
     } else {
       writeNode(child);
     }
     if (depth_ == 1) html_.newLine();
   }
   --depth_;
-}
-
-/// Not recursive, since the nodes may be nested arbitrarily deep.
-void Prose::writeTextOf(cmark_node* root) {
-  cmark_iter* const nodes = cmark_iter_new(root);
-  for (auto event = cmark_iter_next(nodes); event != CMARK_EVENT_DONE;
-       event = cmark_iter_next(nodes)) {
-    cmark_node* const node = cmark_iter_get_node(nodes);
-    if (event == CMARK_EVENT_ENTER) html_.text(text::literalOf(node));
-    const bool isBlock =
-        (cmark_node_get_type(node) & CMARK_NODE_TYPE_MASK) == CMARK_NODE_TYPE_BLOCK;
-    const bool isBreak = cmark_node_get_type(node) == CMARK_NODE_SOFTBREAK ||
-                         cmark_node_get_type(node) == CMARK_NODE_LINEBREAK;
-    if (isBreak || (isBlock && event == CMARK_EVENT_EXIT)) html_.text("\n");
-  }
 }
 
 void Prose::writeNode(cmark_node* node) {
@@ -100,7 +108,7 @@ void Prose::writeNode(cmark_node* node) {
     case CMARK_NODE_LIST:
       return writeList(node);
     case CMARK_NODE_ITEM:
-      return html_.element("li", {{"dir", "auto"}}, children);
+      return writeItem(node);
     case CMARK_NODE_BLOCK_QUOTE:
       return html_.element("blockquote", {{"dir", "auto"}}, children);
     case CMARK_NODE_THEMATIC_BREAK:
@@ -108,8 +116,8 @@ void Prose::writeNode(cmark_node* node) {
     case CMARK_NODE_CODE_BLOCK:
       return writeCode(node);
     case CMARK_NODE_HTML_BLOCK:
-      return html_.element("p", {{"class", "lines"}, {"dir", "auto"}},
-                           text::trimmed(text::literalOf(node)));
+    case CMARK_NODE_HTML_INLINE:
+      return;
     case CMARK_NODE_CODE:
       return html_.element("code", text::literalOf(node));
     case CMARK_NODE_EMPH:
@@ -118,12 +126,15 @@ void Prose::writeNode(cmark_node* node) {
       return html_.element("strong", children);
     case CMARK_NODE_LINK:
       return writeLink(node);
+    case CMARK_NODE_IMAGE:
+      return writeImage(node);
     case CMARK_NODE_SOFTBREAK:
       return html_.text("\n");
     case CMARK_NODE_LINEBREAK:
       return html_.empty("br", {});
     default:
-      if (text::isOfTable(node, "table")) return writeTable(node);
+      if (text::isOfType(node, "table")) return writeTable(node);
+      if (text::isOfType(node, "strikethrough")) return html_.element("del", children);
       html_.text(text::literalOf(node));
       writeChildren(node);
   }
@@ -155,32 +166,76 @@ void Prose::writeCode(cmark_node* node) {
   html_.element("pre", {{"tabindex", "0"}}, [&] { html_.element("code", text::literalOf(node)); });
 }
 
+void Prose::writeItem(cmark_node* node) {
+  const auto children = [&] { writeChildren(node); };
+  if (!text::isOfType(node, "tasklist")) return html_.element("li", {{"dir", "auto"}}, children);
+  const bool isDone = cmark_gfm_extensions_get_tasklist_item_checked(node);
+  html_.element("li", {{"class", "task"}, {"dir", "auto"}}, [&] {
+    html_.element("span",
+                  {{"class", isDone ? "box done" : "box"},
+                   {"role", "img"},
+                   {"aria-label", isDone ? "Done" : "Open"}},
+                  "");
+    html_.text(" ");
+    children();
+  });
+}
+
 void Prose::writeTable(cmark_node* node) {
   cmark_node* const head = cmark_node_first_child(node);
-  html_.element("table", [&] {
-    html_.element("thead", [&] { writeRow(head, "th", {{"scope", "col"}, {"dir", "auto"}}); });
-    html_.element("tbody", [&] {
-      for (cmark_node* row = cmark_node_next(head); row != nullptr; row = cmark_node_next(row)) {
-        writeRow(row, "td", {{"dir", "auto"}});
-      }
+  const std::string_view alignments(
+      reinterpret_cast<const char*>(cmark_gfm_extensions_get_table_alignments(node)),
+      cmark_gfm_extensions_get_table_columns(node));
+  writeWide(html_, "Table", [&] {
+    html_.element("table", [&] {
+      html_.element("thead", [&] { writeRow(head, alignments, true); });
+      html_.element("tbody", [&] {
+        for (cmark_node* row = cmark_node_next(head); row != nullptr; row = cmark_node_next(row)) {
+          writeRow(row, alignments, false);
+        }
+      });
     });
   });
 }
 
-void Prose::writeRow(cmark_node* node, HtmlName cellName, HtmlWriter::Attributes attributes) {
+void Prose::writeRow(cmark_node* node, std::string_view alignments, bool isHead) {
   html_.element("tr", [&] {
-    cmark_node* cell = cmark_node_first_child(node);
-    for (; cell != nullptr; cell = cmark_node_next(cell)) {
-      html_.element(cellName, attributes, [&] { writeChildren(cell); });
+    std::size_t column = 0;
+    for (cmark_node* cell = cmark_node_first_child(node); cell != nullptr;
+         cell = cmark_node_next(cell)) {
+      const auto content = [&] { writeChildren(cell); };
+      const char given = column < alignments.size() ? alignments[column] : '\0';
+      const std::string_view alignment = given == 'r' ? "end" : given == 'c' ? "center" : "start";
+      ++column;
+      if (isHead) {
+        html_.element("th", {{"scope", "col"}, {"class", alignment}, {"dir", "auto"}}, content);
+      } else {
+        html_.element("td", {{"class", alignment}, {"dir", "auto"}}, content);
+      }
     }
   });
 }
 
 void Prose::writeLink(cmark_node* node) {
-  const std::string target = targetOf(node);
+  const std::string target = targetOf(urlOf(node));
   if (target.empty()) return writeChildren(node);
-  html_.element("a", {{"href", target}, {"rel", "noopener nofollow"}},
-                [&] { writeChildren(node); });
+  isInLink_ = true;
+  writeAnchor(html_, target, [&] { writeChildren(node); });
+  isInLink_ = false;
+}
+
+void Prose::writeImage(cmark_node* node) {
+  const std::string_view url = urlOf(node);
+  std::string description(text::trimmed(textOf(node)));
+  const PageImage image = images_.file(filePathOf(url));
+  if (!image.address.empty()) {
+    return html_.empty("img", {{"src", image.address}, {"alt", description}});
+  }
+  const std::string target = targetOf(url);
+  if (description.empty()) description = target;
+  if (isInLink_ || description.empty()) return html_.text(description);
+  if (!target.empty()) return writeAnchor(html_, target, [&] { html_.text(description); });
+  html_.element("span", {{"title", "Image " + image.absence}}, description);
 }
 
 }  // namespace addon::gallery::detail

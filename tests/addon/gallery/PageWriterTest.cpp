@@ -117,6 +117,61 @@ TEST(PageWriter, WritesASectionForEachDocument) {
   EXPECT_TRUE(has(written, "1 file, 1 empty folder"));
 }
 
+/// The headings of the revisions with these versions and dates, in the order of the page.
+std::string revisionsOf(std::vector<std::pair<std::u16string, std::u16string>> given,
+                        std::u16string version) {
+  Page page = namedPage();
+  page.get<AddonProperties>().version = std::move(version);
+  for (auto& [number, date] : given) {
+    auto& revision = page.get<AddonRevisionHistory>().revisions.emplace_back();
+    revision.version = std::move(number);
+    revision.date = std::move(date);
+  }
+  const std::string written = pageOf(page);
+  std::string headings;
+  for (std::size_t at = 0; (at = written.find("<h3>Version <bdi>", at)) != written.npos; ++at) {
+    const std::size_t number = at + 17;
+    const bool isMarked = written.find("This version", at) < written.find("</li>", at);
+    headings += written.substr(number, written.find('<', number) - number);
+    headings += isMarked ? "! " : " ";
+  }
+  return headings;
+}
+
+TEST(PageWriter, RevisionsAreNewestFirst) {
+  EXPECT_EQ(revisionsOf({{u"0.9", u"2025-01-03"}, {u"1.1", u"2026-02-01"}, {u"1.0", u"2025-06-05"}},
+                        u"1.1"),
+            "1.1! 1.0 0.9 ");
+  EXPECT_EQ(
+      revisionsOf(
+          {{u"1.0", u"2025-01-03"}, {u"1.2", u"2026-02-01T10:00:00Z"}, {u"1.1", u"2026-02-01"}},
+          u""),
+      "1.2 1.1 1.0 ");
+}
+
+TEST(PageWriter, RevisionsWithoutDatesEndOrBeginWithTheOwnVersion) {
+  EXPECT_EQ(revisionsOf({{u"0.9", u""}, {u"1.0", u"Spring"}, {u"1.1", u"2026-02-01"}}, u"1.1"),
+            "1.1! 1.0 0.9 ");
+  EXPECT_EQ(revisionsOf({{u"1.1", u""}, {u"1.0", u""}, {u"0.9", u""}}, u"1.1"), "1.1! 1.0 0.9 ");
+  EXPECT_EQ(revisionsOf({{u"0.9", u""}, {u"1.0", u""}}, u"1.1"), "0.9 1.0 ");
+}
+
+TEST(PageWriter, RevisionsOfOneDayKeepTheirOrderUnlessTheOwnVersionIsLast) {
+  EXPECT_EQ(revisionsOf({{u"0.9", u"2026-02-01"}, {u"1.0", u"2026-02-01"}}, u"1.0"), "1.0! 0.9 ");
+  EXPECT_EQ(revisionsOf({{u"1.0", u"2026-02-01"}, {u"0.9", u"2026-02-01"}}, u"1.0"), "1.0! 0.9 ");
+}
+
+TEST(PageWriter, TheSizeOfTheDownloadIsBesideThatOfTheContent) {
+  Page page = namedPage();
+  page.downloadSize = 776000;
+  page.files = {{"a.m", 450000}, {"b.m", 4000}, {"empty", 0, true}};
+
+  const std::string written = pageOf(page);
+
+  EXPECT_TRUE(has(written, "<dt>Download</dt><dd><bdi>776 kB</bdi></dd>"));
+  EXPECT_TRUE(has(written, "<dt>Content</dt><dd><bdi>2 files, 1 empty folder, 454 kB</bdi></dd>"));
+}
+
 TEST(PageWriter, AContactIsALinkOnlyIfItIsAPlainAddress) {
   Page page = namedPage();
   page.get<AddonProperties>().authorContact = u"ada@example.org";

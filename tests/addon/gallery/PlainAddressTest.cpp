@@ -7,6 +7,7 @@
 
 namespace {
 
+using addon::gallery::detail::filePathOf;
 using addon::gallery::detail::isPlainDate;
 using addon::gallery::detail::linkOf;
 
@@ -48,6 +49,13 @@ TEST(IsPlainDate, KnowsTheDaysOfTheCalendar) {
         "+026-02-01", "-026-02-01", "2026/02/01", "yesterday", ""}) {
     EXPECT_FALSE(isPlainDate(text)) << text;
   }
+}
+
+TEST(FilePathOf, IsThatOfARelativeAddress) {
+  EXPECT_EQ(filePathOf("a.png"), "a.png");
+  EXPECT_EQ(filePathOf("././i/a%20%C3%A4.png?raw=true#x"), "i/a \xC3\xA4.png");
+  for (const char* address : {"", "#a", "a%FFb", "50%.png", "a%2g"})
+    EXPECT_EQ(filePathOf(address), "");
 }
 
 }  // namespace

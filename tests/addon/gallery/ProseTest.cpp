@@ -7,15 +7,28 @@
 
 namespace {
 
+using addon::gallery::PageImage;
+using addon::gallery::PageImages;
 using addon::gallery::detail::HtmlWriter;
 using addon::gallery::detail::Prose;
+
+/// Holds one image, and one that is too large.
+class OneImage final : public PageImages {
+ public:
+  PageImage screenshot() override { return {}; }
+  PageImage file(const std::string& path) override {
+    if (path == "images/a b.png") return {"data:image/png;base64,AAAA", {}};
+    return {{}, path == "large.png" ? "left out: 9 MB" : "not in the package"};
+  }
+};
 
 /// The page that `write(prose)` makes, without the attributes that every block has.
 template <typename Write>
 std::string pageOf(const Write& write) {
   std::string page;
   HtmlWriter html([&](std::string_view piece) { page += piece; });
-  Prose prose(html);
+  OneImage images;
+  Prose prose(html, images);
   write(prose);
   html.flush();
   for (const std::string_view noise : {" dir=\"auto\"", " tabindex=\"0\""}) {
@@ -35,6 +48,9 @@ std::string repeated(std::string_view text, std::size_t size) {
   while (result.size() < size) result += text;
   return result;
 }
+
+const std::string kTable = "<div class=\"wide\" role=\"group\" aria-label=\"Table\"><table>";
+const std::string kTableEnd = "</table></div>\n";
 
 /// A text that is not read as CommonMark.
 std::string plain(std::string_view text) {
@@ -118,12 +134,18 @@ TEST(Prose, CodeInsideALineIsNotABlock) {
 
 TEST(Prose, ATableHasAHeadAndRows) {
   EXPECT_EQ(prose("| a | `b` |\n|---|:-:|\n| 1 | x \\| y |\n|2|\n\nend"),
-            "<table><thead><tr><th scope=\"col\">a</th><th scope=\"col\"><code>b</code></th></tr>"
-            "</thead><tbody><tr><td>1</td><td>x | y</td></tr><tr><td>2</td><td></td></tr></tbody>"
-            "</table>\n<p>end</p>\n");
-  EXPECT_EQ(prose("text\n\na|b\n-|-"),
-            "<p>text</p>\n<table><thead><tr><th scope=\"col\">a</th><th scope=\"col\">b</th></tr>"
-            "</thead><tbody></tbody></table>\n");
+            kTable +
+                "<thead><tr><th scope=\"col\" class=\"start\">a</th><th scope=\"col\" "
+                "class=\"center\"><code>b"
+                "</code></th></tr></thead><tbody><tr><td class=\"start\">1</td><td "
+                "class=\"center\">x | y</td></tr><tr>"
+                "<td class=\"start\">2</td><td class=\"center\"></td></tr></tbody>" +
+                kTableEnd + "<p>end</p>\n");
+  EXPECT_EQ(prose("text\n\na|b\n-|-"), "<p>text</p>\n" + kTable +
+                                           "<thead><tr><th scope=\"col\" class=\"start\">a</th><th "
+                                           "scope=\"col\" class=\"start\">b</th></tr>"
+                                           "</thead><tbody></tbody>" +
+                                           kTableEnd);
 }
 
 TEST(Prose, WhatOnlyLooksLikeATableIsText) {
@@ -134,9 +156,12 @@ TEST(Prose, WhatOnlyLooksLikeATableIsText) {
 }
 
 TEST(Prose, ARowHasAsManyCellsAsTheHead) {
-  EXPECT_EQ(prose("|a|\n|-|\n|<b>|2||<i>|"),
-            "<table><thead><tr><th scope=\"col\">a</th></tr></thead><tbody><tr><td>&lt;b&gt;</td>"
-            "</tr></tbody></table>\n");
+  EXPECT_EQ(prose("|a|\n|-|\n|b|2||c|"),
+            kTable +
+                "<thead><tr><th scope=\"col\" class=\"start\">a</th></tr></thead><tbody><tr><td "
+                "class=\"start\">b</td>"
+                "</tr></tbody>" +
+                kTableEnd);
 }
 
 TEST(Prose, CodeStrongAndEmphasisedWordsAreSetOff) {
@@ -158,12 +183,25 @@ TEST(Prose, SignsWithoutEffectAreText) {
   }
 }
 
-TEST(Prose, HtmlIsShownAsText) {
-  EXPECT_EQ(prose("a <b onclick=\"x\">c</b> <!-- d -->"),
-            "<p>a &lt;b onclick=&quot;x&quot;&gt;c&lt;/b&gt; &lt;!-- d --&gt;</p>\n");
-  EXPECT_EQ(prose("<script>\nalert(1)\n</script>\n\n<p>\n*a*"),
-            plain("&lt;script&gt;\nalert(1)\n&lt;/script&gt;") + plain("&lt;p&gt;\n*a*"));
+TEST(Prose, HtmlIsLeftOut) {
+  EXPECT_EQ(prose("a <b onclick=\"x\">c</b> <!-- d -->e"), "<p>a c e</p>\n");
+  EXPECT_EQ(prose("one\n\n<script>\nalert(1)\n</script>\n\n<p>\n*a*\n\ntwo"),
+            "<p>one</p>\n\n\n<p>two</p>\n");
   EXPECT_EQ(prose("&lt;script&gt; `&lt;`"), "<p>&lt;script&gt; <code>&amp;lt;</code></p>\n");
+  EXPECT_EQ(prose(repeated("> ", 200) + "a <b>c</b>").find("&lt;b"), std::string::npos);
+}
+
+TEST(Prose, StruckOutTextIsMarked) {
+  EXPECT_EQ(prose("~~old~~ *new*"), "<p><del>old</del> <em>new</em></p>\n");
+  EXPECT_EQ(prose("about ~5 and ~6"), "<p>about ~5 and ~6</p>\n");
+}
+
+TEST(Prose, TasksAreDoneOrOpen) {
+  const std::string box = "<li class=\"task\"><span class=\"box";
+  EXPECT_EQ(prose("- [x] a\n- [ ] b\n- c"),
+            "<ul>" + box + " done\" role=\"img\" aria-label=\"Done\"></span> a</li>" + box +
+                "\" role=\"img\" aria-label=\"Open\"></span> b</li><li>c</li></ul>\n");
+  EXPECT_EQ(prose("[x] a"), "<p>[x] a</p>\n");
 }
 
 TEST(Prose, OnlyPlainAddressesBecomeLinks) {
@@ -173,6 +211,11 @@ TEST(Prose, OnlyPlainAddressesBecomeLinks) {
   EXPECT_EQ(prose("<ada@x.org> <http://x.org>"), "<p><a href=\"mailto:ada@x.org" + end +
                                                      "ada@x.org</a> <a href=\"http://x.org" + end +
                                                      "http://x.org</a></p>\n");
+  EXPECT_EQ(prose("See http://x.org/a, www.x.org or ada@x.org."),
+            "<p>See <a href=\"http://x.org/a" + end +
+                "http://x.org/a</a>, <a href=\"http://www.x.org" + end +
+                "www.x.org</a> or <a href=\"mailto:ada@x.org" + end + "ada@x.org</a>.</p>\n");
+  EXPECT_EQ(prose("ftp://x.org `http://x.org`"), "<p>ftp://x.org <code>http://x.org</code></p>\n");
   EXPECT_EQ(prose("[a][b]\n\n[b]: mailto:ada@x.org"),
             "<p><a href=\"mailto:ada@x.org" + end + "a</a></p>\n");
   for (const std::string target :
@@ -184,10 +227,43 @@ TEST(Prose, OnlyPlainAddressesBecomeLinks) {
   }
 }
 
-TEST(Prose, AnImageIsItsDescription) {
-  EXPECT_EQ(prose("![a *b*](https://x.org/c.png)!"), "<p>a <em>b</em>!</p>\n");
-  EXPECT_EQ(prose("[![a](b.png)](https://x.org)"),
+TEST(Prose, AnImageOfThePackageIsShown) {
+  const std::string image = "<img src=\"data:image/png;base64,AAAA\" alt=\"a b &lt;c&gt;\">";
+  EXPECT_EQ(prose("![a *b* `<c>`](<images/a b.png>)"), "<p>" + image + "</p>\n");
+  EXPECT_EQ(prose("![a *b* `<c>`](./images/a%20b.png \"title\")"), "<p>" + image + "</p>\n");
+  EXPECT_EQ(prose("[![a b &lt;c>](images/a%20b.png)](https://x.org)"),
+            "<p><a href=\"https://x.org\" rel=\"noopener nofollow\">" + image + "</a></p>\n");
+}
+
+TEST(Prose, AnotherImageIsItsDescriptionAsALink) {
+  EXPECT_EQ(prose("![a *b*](https://x.org/c.png)!"),
+            "<p><a href=\"https://x.org/c.png\" rel=\"noopener nofollow\">a b</a>!</p>\n");
+  EXPECT_EQ(
+      prose("![](https://x.org/c.png)"),
+      "<p><a href=\"https://x.org/c.png\" rel=\"noopener nofollow\">https://x.org/c.png</a></p>\n");
+  EXPECT_EQ(prose("[![a](https://y.org/b.png)](https://x.org)"),
             "<p><a href=\"https://x.org\" rel=\"noopener nofollow\">a</a></p>\n");
+  EXPECT_EQ(prose("![a](b.png) ![](b.png) ![c](large.png)"),
+            "<p><span title=\"Image not in the package\">a</span>  <span title=\"Image left out: 9 "
+            "MB\">c</span></p>\n");
+  for (const std::string target :
+       {"javascript:x", "data:image/png;base64,AAAA", "images/a%2", ""}) {
+    const std::string page = prose("![a](<" + target + ">)");
+    EXPECT_EQ(page.find("<a"), page.npos) << target;
+    EXPECT_EQ(page.find("<img"), page.npos) << target;
+    EXPECT_NE(page.find(">a</span>"), page.npos) << target;
+  }
+}
+
+TEST(Prose, CellsOfATableAreAligned) {
+  EXPECT_EQ(
+      prose("|a|b|c|\n|:-|:-:|-:|\n|1|2|3|"),
+      kTable +
+          "<thead><tr><th scope=\"col\" class=\"start\">a</th><th scope=\"col\" "
+          "class=\"center\">b</th>"
+          "<th scope=\"col\" class=\"end\">c</th></tr></thead><tbody><tr><td class=\"start\">1</td>"
+          "<td class=\"center\">2</td><td class=\"end\">3</td></tr></tbody>" +
+          kTableEnd);
 }
 
 TEST(Prose, WhatIsNestedTooDeepIsTextWithoutMarkup) {
