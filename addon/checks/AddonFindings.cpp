@@ -187,6 +187,12 @@ constexpr FindingInfo kFindings[] = {
      "Two files or folders have paths that differ only in the case of letters. On file systems "
      "that ignore case, one replaces the other.",
      "Rename one of them."},
+    {kUntracked, "file that git does not track",
+     "A file of the project goes into the package, but git does not track it. It may be there by "
+     "mistake, and a build from a fresh checkout lacks it. Only 'build' looks for such files, in "
+     "folders where git tracks others; files that 'files.add' of the manifest names are meant to "
+     "be there.",
+     "Add the file to git, exclude it, or ignore this finding for its path."},
 };
 
 }  // namespace

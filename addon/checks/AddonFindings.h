@@ -54,6 +54,7 @@ inline constexpr FindingId kNoFiles{511, Severity::Warning};
 inline constexpr FindingId kDuplicateContent{512, Severity::Warning};
 inline constexpr FindingId kFutureTime{513, Severity::Warning};
 inline constexpr FindingId kCaseClash{514, Severity::Warning};
+inline constexpr FindingId kUntracked{515, Severity::Warning};
 
 /// What these ids mean, in the order of their numbers.
 std::span<const FindingInfo> addonFindings();

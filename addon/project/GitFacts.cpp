@@ -182,6 +182,17 @@ std::string newestVersionTag(const std::vector<std::string_view>& tags) {
   return std::string(newest);
 }
 
+std::unordered_set<std::string> trackedFiles(const std::string& folder) {
+  const std::string list =
+      askGit(folder, {"ls-files", "-z", "--cached", "--recurse-submodules"}).value_or("");
+  std::unordered_set<std::string> files;
+  for (std::size_t at = 0; at < list.size();) {
+    files.emplace(list.c_str() + at);
+    at = list.find('\0', at) + 1;
+  }
+  return files;
+}
+
 GitFacts readGitFacts(const std::string& folder) {
   GitFacts facts;
   facts.userName = settingOf(folder, "user.name");

@@ -260,13 +260,13 @@ class DryRun(projecttest.ProjectTest):
 
     def test_it_warns_of_a_package_that_is_there(self):
         self.full_project()
-        self.ok("build")
+        self.write("Wave Tools-1.2.kraddon", "notes")
 
         result = self.run_kraddon("build", "--dry-run")
 
         self.assertEqual((result.code, result.errors), (
             0, "kraddon: build: warning: cannot create 'Wave Tools-1.2.kraddon': it already "
-               "exists, and only --force replaces it\n"))
+               "exists, and is not a package of this add-on\n"))
         self.ok("build", "--dry-run", "--force")
         self.ok("build", "--dry-run", "--quiet")
 

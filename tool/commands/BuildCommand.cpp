@@ -14,10 +14,12 @@
 #include "addon/build/FolderBuild.h"
 #include "addon/build/Project.h"
 #include "addon/build/RealPath.h"
+#include "addon/build/TrackedFiles.h"
 #include "addon/build/TreeWalk.h"
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/AddonVerification.h"
 #include "addon/comparison/Digest.h"
+#include "addon/project/Guid.h"
 #include "opc/Text.h"
 #include "text/ByteCount.h"
 #include "tool/commands/CommandTable.h"
@@ -43,10 +45,12 @@ using addon::build::openProject;
 using addon::build::Project;
 using addon::build::propertiesOf;
 using addon::build::realPath;
+using addon::build::TrackedFiles;
 using addon::checks::checkAddon;
 using addon::checks::IgnoreRules;
 using addon::checks::judge;
 using addon::checks::kSecret;
+using addon::checks::kUntracked;
 using addon::checks::PackageVerdict;
 using addon::checks::verifyAddon;
 using addon::comparison::contentDigest;
@@ -57,6 +61,7 @@ using addon::packaging::AddonPackage;
 namespace {
 
 using addon::packaging::AddonProperties;
+using detail::Replacing;
 using opc::checks::Report;
 using opc::zippackage::WriteOptions;
 
@@ -68,7 +73,8 @@ constexpr std::array kOptions{
                      .shortName = 'o',
                      .valueName = "PACKAGE",
                      .help = "the file to create (default: NAME-VERSION.kraddon)"},
-    line::OptionSpec{.longName = "force", .help = "replace an existing file"},
+    line::OptionSpec{.longName = "force",
+                     .help = "replace any existing file, not only this add-on's package"},
     detail::kExcludeOption,
     detail::kFollowOption,
     line::OptionSpec{.longName = "dry-run", .help = "list what would be packed, write nothing"},
@@ -167,15 +173,25 @@ bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
   return verdict.isGood(isStrict) && !hasSecret;
 }
 
+void reportUntracked(const TrackedFiles& tracked, const report::BuildResult& result,
+                     Report& report) {
+  for (const report::BuildEntry& entry : result.entries) {
+    if (!entry.size || !tracked.lacks(entry.path)) continue;
+    report.add(kUntracked, entry.path, "git does not track the file");
+  }
+}
+
 /// Checks the package before it is put in place.
-void inspect(const std::string& path, const Task& task, report::BuildResult& result) {
+void inspect(const std::string& path, const Task& task, const TrackedFiles& tracked,
+             report::BuildResult& result) {
   process::Interrupt::check();
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot access", path, errno);
   result.size = static_cast<std::uint64_t>(info.st_size);
   report::ProgressBar bar(task.invocation.settings());
   if (task.verifies()) {
-    const Report report = verifyAddon(path, bar.function());
+    Report report = verifyAddon(path, bar.function());
+    reportUntracked(tracked, result, report);
     result.verdict = judge(task.output, report, task.rules);
     if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
   }
@@ -188,7 +204,7 @@ void inspect(const std::string& path, const Task& task, report::BuildResult& res
 /// Checks what can be checked without a file: not the container.
 report::BuildResult rehearse(const Task& task) {
   process::Interrupt::defer();  // a large screenshot is kept in a file
-  detail::requireFreePlace(task.output, true);
+  detail::requireFreePlace(task.output, {.any = true});
   AddonProperties properties = propertiesOf(task.project);
   AddonPackage package(opc::SystemPath{task.output}, properties);
   fillPackage(task.project, choiceOf(task), task.rules, package);
@@ -197,6 +213,7 @@ report::BuildResult rehearse(const Task& task) {
   if (task.verifies()) {
     Report report;
     checkAddon(package, report);
+    reportUntracked(TrackedFiles(task.project), result, report);
     result.verdict = judge(task.output, report, task.rules);
   }
   if (task.invocation.has("json")) {
@@ -206,12 +223,17 @@ report::BuildResult rehearse(const Task& task) {
   return result;
 }
 
+/// The add-on's own package, of an earlier build, may be replaced.
+Replacing replacingOf(const Task& task, const AddonProperties& properties) {
+  return {.any = task.isForced(), .guid = addon::project::plainGuid(properties.GUID)};
+}
+
 void warnOfExisting(const Task& task) {
-  struct stat info {};
-  if (task.isForced() || ::stat(task.output.c_str(), &info) != 0) return;
-  report::printWarning(task.invocation,
-                       process::sentence("cannot create", task.output,
-                                         "it already exists, and only --force replaces it"));
+  try {
+    detail::requireFreePlace(task.output, replacingOf(task, propertiesOf(task.project)));
+  } catch (const process::Failure& failure) {
+    report::printWarning(task.invocation, failure.what());
+  }
 }
 
 void print(const report::BuildResult& result, const Task& task) {
@@ -225,6 +247,8 @@ void print(const report::BuildResult& result, const Task& task) {
     report::printBuildAsJson(result, output);
   } else if (task.invocation.has("dry-run")) {
     report::printBuildPlan(result, output);
+  } else if (result.isWritten && !isQuiet) {
+    report::printBuilt(result, output);
   }
   output.flush();
 }
@@ -241,14 +265,15 @@ void print(const report::BuildResult& result, const Task& task) {
 }
 
 /// Reports the result before the package is put in place, so that the old one stays if that fails.
-report::BuildResult build(Task& task) {
-  detail::NewPackage target(task.output, task.isForced(), task.invocation);
+void build(Task& task) {
   AddonProperties properties = propertiesOf(task.project);
+  detail::NewPackage target(task.output, replacingOf(task, properties), task.invocation);
   AddonPackage& package = target.open(properties, task.options.timestamp);
   fillPackage(task.project, choiceOf(task), task.rules, package);
   report::BuildResult result = report::resultFor(task.output, readTree(package));
+  const TrackedFiles tracked(task.project);
   task.options.inspect = [&](const std::string& path) {
-    inspect(path, task, result);
+    inspect(path, task, tracked, result);
     result.isWritten = true;
     print(result, task);
   };
@@ -259,7 +284,6 @@ report::BuildResult build(Task& task) {
     print(result, task);
     refuse(*result.verdict, task);
   }
-  return result;
 }
 
 void dryRun(const Task& task) {
@@ -277,17 +301,13 @@ process::ExitCode run(const line::Invocation& invocation) {
     dryRun(task);
     return process::ExitCode::Done;
   }
-  const report::BuildResult result = build(task);
-  if (invocation.settings().isVerbose) {
-    report::printToStandardError(fmt::format("built: {}: {}\n", opc::printable(result.file),
-                                             report::describeContent(result.totals)));
-  }
+  build(task);
   return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon build", "builds the package of the project in this folder"},
-    line::ExampleSpec{"kraddon build wave -o dist/wave.kraddon --force --timestamp 0",
+    line::ExampleSpec{"kraddon build wave -o dist/wave.kraddon --timestamp 0",
                       "produces the same bytes each time"},
     line::ExampleSpec{"kraddon build --dry-run -v",
                       "lists what would be packed, and what would not"},
@@ -303,7 +323,9 @@ constexpr line::CommandSpec kBuildCommand{
         "manifest names must exist. The package is checked as 'verify' does before it is put in "
         "place: errors and secrets (KR509) stop the build, and so do warnings with --strict. With "
         "--no-verify, only the manifest and what it refers to are checked. --dry-run checks what "
-        "can be checked without a package. Files keep their modification times unless --timestamp, "
+        "can be checked without a package. An existing package of the same add-on is replaced, "
+        "any other file only with --force. A file that git does not track is a warning (KR515). "
+        "Files keep their modification times unless --timestamp, "
         "or SOURCE_DATE_EPOCH in the environment, sets another.",
     .operands = kOperands,
     .options = kOptions,

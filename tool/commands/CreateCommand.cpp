@@ -94,7 +94,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   auto options = detail::writeOptionsOf(invocation);
   AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());
 
-  detail::NewPackage target(operands[0], invocation.has("force"), invocation);
+  detail::NewPackage target(operands[0], {.any = invocation.has("force")}, invocation);
   std::vector<SourceFile> files;
   if (operands.size() > 1) detail::SourceFinder(invocation).collect(operands[1], "", files);
   storeFiles(files, false, target.open(properties, options.timestamp), process::Interrupt::check);

@@ -77,6 +77,12 @@ void printBuildAsJson(const BuildResult& result, Output& output) {
   output.write(text + "\n");
 }
 
+void printBuilt(const BuildResult& result, Output& output) {
+  output.write(fmt::format("{}: {} ({})\n", output.shown(result.file),
+                           text::describeBytes(result.size.value_or(0)),
+                           describeContent(result.totals)));
+}
+
 void printBuildPlan(const BuildResult& result, Output& output) {
   std::size_t width = 1;
   for (const BuildEntry& entry : result.entries) {

@@ -35,6 +35,9 @@ BuildResult resultFor(const std::string& file, const std::vector<addon::comparis
 
 void printBuildAsJson(const BuildResult& result, Output& output);
 
+/// The name and the size of the package, and what is in it.
+void printBuilt(const BuildResult& result, Output& output);
+
 /// Each file with its size, and the total.
 void printBuildPlan(const BuildResult& result, Output& output);
 

@@ -10,13 +10,20 @@
 
 namespace tool::commands::detail {
 
+/// Which existing file a new package may replace. It must be writable in any case.
+struct Replacing {
+  bool any = false;       ///< every file
+  std::string guid = {};  ///< a package of the add-on with this GUID; "" for none
+};
+
 /// A package file that is being created, until it is put in place. If two commands create the same
 /// file, the second one waits for the first.
 class NewPackage {
  public:
   /// Defers signals (Interrupt::defer). Throws Failure if something exists that must not be
-  /// replaced: with `replaces`, anything but a writable file; without it, anything.
-  NewPackage(const std::string& path, bool replaces, const line::Invocation& invocation);
+  /// replaced.
+  NewPackage(const std::string& path, const Replacing& replacing,
+             const line::Invocation& invocation);
 
   /// The open package with the properties. Its times of creation and change are the given time, or
   /// else now.
@@ -28,13 +35,12 @@ class NewPackage {
 
  private:
   opc::SystemPath path_;
-  bool replaces_;
+  bool replaces_ = false;
   process::PackageLock lock_;
   std::unique_ptr<AddonPackage> package_;
 };
 
-/// Throws Failure if nothing can be put there, or only by replacing a file and `replaces` is not
-/// set.
-void requireFreePlace(const std::string& path, bool replaces);
+/// Throws Failure if nothing may be put there. Returns whether a file is to be replaced.
+bool requireFreePlace(const std::string& path, const Replacing& replacing);
 
 }  // namespace tool::commands::detail
