@@ -2,7 +2,7 @@
 #pragma once
 
 #include "addon/build/Project.h"
-#include "addon/checks/IgnoreRules.h"
+#include "addon/checks/FindingRules.h"
 #include "addon/packaging/AddonPackage.h"
 
 namespace addon::build {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "addon/checks/IgnoreRules.h"
+#include "addon/checks/FindingRules.h"
 #include "opc/checks/Report.h"
 
 namespace addon::checks {

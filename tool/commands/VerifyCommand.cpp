@@ -7,7 +7,7 @@
 
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
-#include "addon/checks/IgnoreRules.h"
+#include "addon/checks/FindingRules.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/checks/PackageVerification.h"

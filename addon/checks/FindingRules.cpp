@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/checks/IgnoreRules.h"
+#include "addon/checks/FindingRules.h"
 
 #include <fmt/format.h>
 
