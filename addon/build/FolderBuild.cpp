@@ -3,15 +3,16 @@
 
 #include <utility>
 
+#include "addon/build/VerifyRules.h"
 #include "addon/build/detail/ProjectDocuments.h"
 #include "addon/build/detail/ReadFile.h"
 
 namespace addon::build {
 
-using addon::checks::IgnoreRules;
+using addon::checks::FindingRules;
 using addon::packaging::AddonPackage;
 
-void fillPackage(const Project& project, const FileChoice& choice, const IgnoreRules& rules,
+void fillPackage(const Project& project, const FileChoice& choice, const FindingRules& rules,
                  AddonPackage& package) {
   storeFiles(treeOf(project, choice), false, package, choice.stop);
   storeAddedFiles(project, choice.stop, package);
@@ -31,7 +32,7 @@ void buildInto(const std::string& folder, const std::string& package,
 
   AddonPackage made(opc::SystemPath{package}, properties);
   made.physicalPackage().setReplaceExisting(false);
-  fillPackage(project, choice, ignoreRulesOf(project.manifest), made);
+  fillPackage(project, choice, FindingRules(ruleListsOf(project.manifest.verify)), made);
   opc::zippackage::WriteOptions options;
   options.level = 0;
   options.background = buildOptions.background;

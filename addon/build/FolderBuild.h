@@ -14,7 +14,7 @@ namespace addon::build {
 /// Puts everything that the manifest asks for into a new package, which is open and has its
 /// properties. Throws ManifestError, BuildError and opc::Exception.
 void fillPackage(const Project& project, const FileChoice& choice,
-                 const addon::checks::IgnoreRules& rules, addon::packaging::AddonPackage& package);
+                 const addon::checks::FindingRules& rules, addon::packaging::AddonPackage& package);
 
 /// What buildInto needs beside the folder.
 struct FolderBuildOptions {

@@ -12,8 +12,7 @@
 
 namespace addon::build {
 
-using addon::checks::findingNamed;
-using addon::checks::IgnoreRules;
+using addon::checks::FindingRules;
 using addon::checks::PathCheck;
 using addon::checks::ReferenceRule;
 using addon::packaging::ConstRecord;
@@ -21,16 +20,17 @@ using addon::packaging::Field;
 using addon::packaging::FieldKind;
 using addon::packaging::Record;
 using addon::project::Position;
-using addon::project::Text;
 using opc::checks::Finding;
+using opc::checks::FindingId;
 using opc::checks::Report;
+using opc::checks::Severity;
 
 namespace {
 
 /// Looks paths of the manifest up, and keeps the first by position that is not there.
 class ReferenceSearch {
  public:
-  ReferenceSearch(const IgnoreRules& rules, addon::packaging::AddonPackage& package)
+  ReferenceSearch(const FindingRules& rules, addon::packaging::AddonPackage& package)
       : rules_(rules), check_(package.fileSystem(), report_) {}
 
   void look(const std::u16string& path, Position position, const ReferenceRule& rule,
@@ -39,7 +39,7 @@ class ReferenceSearch {
     check_.check({path, rule.kind, rule.id, what, {}, 0});
     if (report_.findings().size() == before) return;
     const Finding& finding = report_.findings().back();
-    if (rules_.ignores(rule.id) || rules_.ignores(finding.id)) return;
+    if (!isError(rule.id) || !isError(finding.id)) return;
     if (position_ && *position_ < position) return;
     position_ = position;
     why_ = fmt::format("{}: {}", key, finding.message);
@@ -50,7 +50,12 @@ class ReferenceSearch {
   }
 
  private:
-  const IgnoreRules& rules_;
+  /// Unless a rule says otherwise, whatever 'verify' would call it: nothing is packed yet.
+  bool isError(FindingId id) const {
+    return rules_.severityOf(FindingId{id.number, Severity::Error}) == Severity::Error;
+  }
+
+  const FindingRules& rules_;
   Report report_;
   PathCheck check_;
   std::optional<Position> position_;
@@ -63,45 +68,9 @@ std::string ownerOf(const ConstRecord& record) {
   return name.empty() ? "the search path" : fmt::format("the {} '{}'", record.table().noun, name);
 }
 
-/// The id that a rule begins with, as it is written.
-std::string idIn(const Text& rule, std::string_view id, const std::string& key) {
-  try {
-    return opc::checks::idOf(findingNamed(id).id.number);
-  } catch (const opc::Exception& error) {
-    throw ManifestError(rule.position, fmt::format("{}: {}", key, error.what()));
-  }
-}
-
-/// A manifest outlives the program that reads it, so that it has one way of writing a rule, which
-/// is that of its schema.
-void refuseLooseRule(const Text& rule, const std::string& key) {
-  const std::size_t colon = std::min(rule.value.find(':'), rule.value.size());
-  const std::string strict =
-      idIn(rule, rule.value.substr(0, colon), key) + rule.value.substr(colon);
-  if (colon + 1 == rule.value.size()) {
-    throw ManifestError(
-        rule.position,
-        fmt::format("{}: expected a pattern after the colon, got '{}'", key, rule.value));
-  }
-  if (rule.value != strict) {
-    throw ManifestError(rule.position,
-                        fmt::format("{}: expected '{}', got '{}'", key, strict, rule.value));
-  }
-}
-
 }  // namespace
 
-IgnoreRules ignoreRulesOf(const Manifest& manifest) {
-  std::vector<std::string> rules;
-  for (const Text& rule : manifest.verify.ignore.value) {
-    const std::string key = fmt::format("verify.ignore[{}]", rules.size());
-    refuseLooseRule(rule, key);
-    rules.push_back(rule.value);
-  }
-  return IgnoreRules(rules);
-}
-
-void checkReferences(const Manifest& manifest, const IgnoreRules& rules,
+void checkReferences(const Manifest& manifest, const FindingRules& rules,
                      addon::packaging::AddonPackage& package) {
   ReferenceSearch search(rules, package);
   const auto visit = [&](const Record& record, const Field& field, const std::string& key) {

@@ -7,14 +7,11 @@
 
 namespace addon::build {
 
-/// The findings that the manifest asks to be passed over. Throws ManifestError for an unknown id.
-addon::checks::IgnoreRules ignoreRulesOf(const Manifest& manifest);
-
 /// Looks up what the manifest says is in the package: files of apps and examples, folders of the
 /// search path. The package holds all files. Throws ManifestError for the first by position that is
-/// not there, unless `rules` pass over what `verify` would find then. What `verify` only warns of
-/// (images and class paths) is left to it.
-void checkReferences(const Manifest& manifest, const addon::checks::IgnoreRules& rules,
+/// not there, unless by `rules` what `verify` would find then is no error. What `verify` only warns
+/// of (images and class paths) is left to it.
+void checkReferences(const Manifest& manifest, const addon::checks::FindingRules& rules,
                      addon::packaging::AddonPackage& package);
 
 }  // namespace addon::build

@@ -13,11 +13,12 @@
 
 namespace addon::checks {
 
-namespace {
-
 using opc::checks::Finding;
 using opc::checks::FindingId;
 using opc::checks::FindingInfo;
+using opc::checks::Severity;
+
+namespace {
 
 // A folder's pattern takes what is below it.
 bool matchesPathOrFolder(const addon::project::Pattern& pattern, std::string_view path) {
@@ -57,7 +58,20 @@ const FindingInfo& findingNamed(std::string_view word) {
                                    text::suggestion(word, names, "finding ids look like KR101")));
 }
 
-IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
+void RuleLists::append(const RuleLists& others) {
+  ignore.insert(ignore.end(), others.ignore.begin(), others.ignore.end());
+  error.insert(error.end(), others.error.begin(), others.error.end());
+  warn.insert(warn.end(), others.warn.begin(), others.warn.end());
+}
+
+FindingRules::FindingRules(const RuleLists& lists, const std::vector<FindingId>& errors) {
+  add(lists.ignore, std::nullopt);
+  add(lists.error, Severity::Error);
+  add(lists.warn, Severity::Warning);
+  for (const FindingId id : errors) rules_.push_back({id, std::nullopt, Severity::Error});
+}
+
+void FindingRules::add(const std::vector<std::string>& rules, Outcome outcome) {
   for (const std::string& rule : rules) {
     const std::size_t colon = rule.find(':');
     const FindingId id = findingNamed(rule.substr(0, colon)).id;
@@ -65,28 +79,32 @@ IgnoreRules::IgnoreRules(const std::vector<std::string>& rules) {
       throw opc::Exception(opc::ErrorCode::InvalidArgument,
                            fmt::format("bad rule '{}': expected a pattern after the colon", rule));
     }
-    Rule& added = rules_.emplace_back(Rule{id, std::nullopt});
+    Rule& added = rules_.emplace_back(Rule{id, std::nullopt, outcome});
     if (colon != std::string::npos) added.pattern.emplace(rule.substr(colon + 1));
   }
 }
 
-bool IgnoreRules::ignores(FindingId id) const {
-  return std::any_of(rules_.begin(), rules_.end(), [id](const Rule& rule) {
-    return rule.id.number == id.number && !rule.pattern;
-  });
-}
-
-bool IgnoreRules::ignores(const Finding& finding) const {
+bool FindingRules::Rule::appliesTo(const Finding& finding) const {
   constexpr std::string_view kFiles = "files/";
+  if (id.number != finding.id.number) return false;
+  if (!pattern) return true;
   std::string_view path = finding.part;
   if (path.starts_with('/')) path.remove_prefix(1);
-  const bool isFile = path.starts_with(kFiles);
-  return std::any_of(rules_.begin(), rules_.end(), [&](const Rule& rule) {
-    if (rule.id.number != finding.id.number) return false;
-    if (!rule.pattern) return true;
-    return matchesPathOrFolder(*rule.pattern, path) ||
-           (isFile && matchesPathOrFolder(*rule.pattern, path.substr(kFiles.size())));
+  return matchesPathOrFolder(*pattern, path) ||
+         (path.starts_with(kFiles) && matchesPathOrFolder(*pattern, path.substr(kFiles.size())));
+}
+
+std::optional<Severity> FindingRules::severityOf(const Finding& finding) const {
+  const auto rule = std::find_if(rules_.begin(), rules_.end(),
+                                 [&](const Rule& one) { return one.appliesTo(finding); });
+  return rule == rules_.end() ? finding.id.severity : rule->outcome;
+}
+
+std::optional<Severity> FindingRules::severityOf(FindingId id) const {
+  const auto rule = std::find_if(rules_.begin(), rules_.end(), [id](const Rule& one) {
+    return one.id.number == id.number && !one.pattern;
   });
+  return rule == rules_.end() ? id.severity : rule->outcome;
 }
 
 }  // namespace addon::checks

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/PackageVerdict.h"
 
+#include <optional>
 #include <utility>
 
 namespace addon::checks {
@@ -10,26 +11,37 @@ using opc::checks::FindingId;
 using opc::checks::Report;
 using opc::checks::Severity;
 
-PackageVerdict judge(std::string file, const Report& report, const IgnoreRules& rules) {
+namespace {
+
+/// Counts findings of a severity; nothing: they are ignored.
+void count(PackageVerdict& verdict, std::optional<Severity> severity, std::size_t number) {
+  if (!severity) {
+    verdict.ignored += number;
+  } else if (*severity == Severity::Warning) {
+    verdict.warnings += number;
+  } else {
+    verdict.errors += number;
+  }
+}
+
+}  // namespace
+
+PackageVerdict judge(std::string file, const Report& report, const FindingRules& rules) {
   PackageVerdict verdict;
   verdict.file = std::move(file);
   std::map<FindingId, std::size_t> kept;
-  std::map<FindingId, std::size_t> dropped;
   for (const Finding& finding : report.findings()) {
     ++kept[finding.id];
-    if (rules.ignores(finding)) {
-      ++dropped[finding.id];
-    } else {
-      verdict.findings.push_back(finding);
-    }
+    const std::optional<Severity> severity = rules.severityOf(finding);
+    count(verdict, severity, 1);
+    if (severity) verdict.findings.emplace_back(finding).id.severity = *severity;
   }
-  for (const auto& [id, count] : kept) {
-    const std::size_t all = report.count(id);
-    const std::size_t ignored = rules.ignores(id) ? all : dropped[id];
-    verdict.ignored += ignored;
-    if (all > count && ignored < all) verdict.unlisted[id] = all - count;
-    const bool isWarning = id.severity == Severity::Warning;
-    (isWarning ? verdict.warnings : verdict.errors) += all - ignored;
+  for (const auto& [id, number] : kept) {
+    const std::size_t others = report.count(id) - number;
+    if (others == 0) continue;
+    const std::optional<Severity> severity = rules.severityOf(id);
+    count(verdict, severity, others);
+    if (severity) verdict.unlisted[{id.number, *severity}] += others;
   }
   return verdict;
 }

@@ -26,8 +26,9 @@ struct PackageVerdict {
   }
 };
 
-/// The report without what `rules` passes over. Findings that the report only counted cannot be
-/// held against a pattern, and stay.
-PackageVerdict judge(std::string file, const opc::checks::Report& report, const IgnoreRules& rules);
+/// The report as `rules` have it: without what they ignore, the other findings with the severities
+/// that they give. Findings that the report only counted cannot be held against a pattern.
+PackageVerdict judge(std::string file, const opc::checks::Report& report,
+                     const FindingRules& rules);
 
 }  // namespace addon::checks

@@ -96,12 +96,14 @@ struct Placeholder {
   std::string text;
 };
 
-/// `_` for a name that is not valid for a file, here or on systems that the package is copied to.
-std::string describe(std::string_view path, Position position, std::string_view why) {
-  return "bad manifest '" + std::string(path) + ":" + std::to_string(position.line) + ":" +
-         std::to_string(position.column) + "': " + std::string(why);
+std::string describe(std::string_view what, std::string_view path, Position position,
+                     std::string_view why) {
+  const std::string place = std::string(path) + ":" + std::to_string(position.line) + ":" +
+                            std::to_string(position.column);
+  return opc::sentence(what, place, why);
 }
 
+/// `_` for a name that is not valid for a file, here or on systems that the package is copied to.
 std::string fitForFileName(const std::string& text) {
   constexpr std::string_view kUnfit = "<>:\"/\\|?*";
   std::string name = text;
@@ -114,12 +116,13 @@ std::string fitForFileName(const std::string& text) {
 }  // namespace
 
 ManifestError::ManifestError(Position position, std::string_view why)
-    : opc::Exception(opc::ErrorCode::InvalidText, describe(kManifestName, position, why)),
+    : opc::Exception(opc::ErrorCode::InvalidText,
+                     describe("bad manifest", kManifestName, position, why)),
       position_(position),
       why_(why) {}
 
-std::string ManifestError::in(std::string_view path) const {
-  return describe(path, position_, why_);
+std::string ManifestError::in(std::string_view path, std::string_view what) const {
+  return describe(what, path, position_, why_);
 }
 
 Manifest::Manifest() {

@@ -34,8 +34,10 @@ class ManifestError : public opc::Exception {
   ManifestError(Position position, std::string_view why);
   Position position() const noexcept { return position_; }
 
-  /// The message with the path of the manifest, for callers that read several.
-  std::string in(std::string_view path) const;
+  /// What is wrong, without the place.
+  const std::string& why() const noexcept { return why_; }
+  /// The message with the path of the manifest or, as `what` says, of another file.
+  std::string in(std::string_view path, std::string_view what = "bad manifest") const;
 
  private:
   Position position_;
@@ -86,7 +88,13 @@ struct BuildSection : Section {
 
 struct VerifySection : Section {
   Texts ignore;
+  Texts error;
+  Texts warn;
   Flag strict{false};
+};
+
+struct PolicySection : Section {
+  VerifySection verify;
 };
 
 /// A manifest as it is written: nothing is looked up on the disk.
@@ -128,6 +136,10 @@ std::vector<const packaging::Field*> keyFields(const packaging::RecordTable& tab
 using FieldVisitor =
     std::function<void(const packaging::Record&, const packaging::Field&, const std::string& path)>;
 void visitFields(const packaging::OwnedDocument& document, const FieldVisitor& visit);
+
+/// Reads a policy, of which [verify] is the only table. Throws ManifestError as readManifest()
+/// does.
+VerifySection readPolicy(std::string_view text);
 
 /// Reads a manifest. Throws ManifestError for the first error: invalid TOML, unknown or missing
 /// keys, values of a wrong type, and texts with control characters.

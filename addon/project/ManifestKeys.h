@@ -77,7 +77,16 @@ void visitKeys(VerifySection& section, Visitor& visitor) {
   visitor.optional("ignore", section.ignore,
                    "Findings to ignore: \"KR506\" everywhere, \"KR508:docs/**\" where a pattern "
                    "matches.");
+  visitor.optional("error", section.error,
+                   "Findings that count as errors, unless they are ignored.");
+  visitor.optional("warn", section.warn,
+                   "Findings that count as warnings, unless they are ignored or errors.");
   visitor.optional("strict", section.strict, "Whether warnings count as errors.");
+}
+
+template <typename Visitor>
+void visitKeys(PolicySection& policy, Visitor& visitor) {
+  visitor.optional("verify", policy.verify, "How packages are checked.");
 }
 
 template <typename Visitor>

@@ -369,6 +369,17 @@ void refuseAbsolute(const std::vector<AddedFileSection>& files, detail::Faults& 
 
 }  // namespace
 
+VerifySection readPolicy(std::string_view text) {
+  const toml::table table = parse(text);
+  const detail::Source source(text);
+  detail::Faults faults;
+  Manifest none;
+  PolicySection policy;
+  TableReader(table, {}, source, faults, none).read(policy);
+  faults.raise();
+  return policy.verify;
+}
+
 Manifest readManifest(std::string_view text) {
   const toml::table table = parse(text);
   const detail::Source source(text);

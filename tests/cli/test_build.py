@@ -322,9 +322,9 @@ class Verification(projecttest.ProjectTest):
     def test_a_secret_stops_the_build(self):
         self.project("", {"a.m": "a", ".env": "PASSWORD=x"})
 
-        result = self.stops(why="it holds a secret")
+        result = self.stops(why="it has 1 error")
 
-        self.assertIn("warning KR509: .env: ", result.errors)
+        self.assertIn("error KR509: .env: ", result.errors)
         self.build("--no-verify")
         self.assertEqual(self.listing("Wave-1.0.kraddon"), [".env", "a.m"])
 
@@ -334,18 +334,18 @@ class Verification(projecttest.ProjectTest):
         before = self.path("Wave-1.0.kraddon").read_bytes()
         self.write(".netrc", "machine x password y")
 
-        self.stops("--force", why="it holds a secret")
+        self.stops("--force", why="it has 1 error")
 
         self.assertEqual(self.path("Wave-1.0.kraddon").read_bytes(), before)
 
     def test_json_tells_why_nothing_was_written(self):
         self.project("", {".env": "x"})
 
-        result = self.stops("--json", why="it holds a secret").json
+        result = self.stops("--json", why="it has 1 error").json
 
         self.assertEqual((result["written"], result["size"], result["digest"], result["files"]),
                          (False, None, None, 1))
-        self.assertIn(("KR509", "warning", ".env"),
+        self.assertIn(("KR509", "error", ".env"),
                       [(one["id"], one["severity"], one["part"]) for one in result["findings"]])
 
     def test_without_verification_there_are_no_findings(self):

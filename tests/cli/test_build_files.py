@@ -255,7 +255,7 @@ class DryRun(projecttest.ProjectTest):
         result = self.run_kraddon("build", "--dry-run", "--json")
 
         self.assertEqual(result.code, 1)
-        self.assertIn("cannot build 'Wave-1.0.kraddon': it holds a secret", result.errors)
+        self.assertIn("cannot build 'Wave-1.0.kraddon': it has 1 error", result.errors)
         self.assertIn("KR509", [one["id"] for one in result.json["findings"]])
 
     def test_it_warns_of_a_package_that_is_there(self):

@@ -22,7 +22,7 @@ IN_BY_DEFAULT = [
     "CVS2/a", "DESKTOP.INI", "THUMBS.DB", "_a.m", "a.swpx", "a.~b", "files/.bzr", "files/.hg",
     "files/.idea", "files/.svn", "files/.venv", "files/.vscode", "files/CVS", "files/__MACOSX",
     "files/__pycache__", "files/node_modules", "git/a", "kraddon.toml2", "old.KRADDON",
-    "svn/.env.m", "venv/a"]
+    "svn/env.m", "venv/a"]
 
 ERRORS = {101, *range(103, 110), *range(116, 120), 201, 202, *range(204, 210), 212, 213, 214, 218,
           219, 301, 303, 305, 306, 307, 308, 309, 314, 316, 317, 401, 402, 404, 409}

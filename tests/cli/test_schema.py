@@ -15,7 +15,7 @@ from projecttest import FULL, FULL_FILES
 
 DOCUMENTS = ["properties", "license", "configuration", "apps", "examples", "revisions",
              "requirements"]
-NAMES = ["manifest", "info", "list", "verify", "diff", "build", *DOCUMENTS]
+NAMES = ["manifest", "info", "list", "verify", "diff", "build", "policy", *DOCUMENTS]
 
 EXAMPLE = {"name": "A chirp", "type": "script", "source": "", "main": "chirp.m", "thumbnail": "",
            "images": ["1.png", "2.png"]}
@@ -36,7 +36,7 @@ root = "toolbox"
 include = ["**"]
 default-excludes = true
 empty-folders = false
-""") + "strict = true\n"
+""") + 'error = ["KR502"]\nwarn = ["KR509"]\nstrict = true\n'
 SMALLEST = '[package]\nname = "x"\nversion = "1"\n'
 
 
@@ -376,6 +376,8 @@ class Manifests(SchemaTest):
                 (ignore.format("kr501"), False), (ignore.format("501"), False),
                 (ignore.format("KR501:"), False), (ignore.format("KR501x"), False),
                 (ignore.format(r"KR508:a\u0085"), False),
+                ('[verify]\nerror = ["KR513", "KR508:docs/**"]\nwarn = ["KR401"]\n', True),
+                ('[verify]\nerror = ["501"]\n', False), ('[verify]\nwarn = ["KR501:"]\n', False),
                 (example.format('main = ""\nsource = ""\nthumbnail = ""'), True),
                 (example.format("images = []"), True), (example.format('images = [""]'), False),
                 ('[configuration]\nkorvan-paths = ["."]\n', True),
@@ -396,6 +398,19 @@ class Manifests(SchemaTest):
                 ('[[revision]]\nversion = "1"\ndate = 2024-02-29\n', True)):
             with self.subTest(text):
                 self.agree(SMALLEST + text, is_good)
+
+    def test_policies_are_alike(self):
+        self.package("p.kraddon", {"a.m": "a"})
+        for text, is_good in (
+                ("", True), ("[verify]\n", True), ('[package]\nname = "x"\n', False),
+                ('[verify]\nignore = ["KR501"]\nerror = ["KR508:d/**"]\nwarn = []\n', True),
+                ('[verify]\nerror = ["kr501"]\n', False), ("[verify]\nstrict = 1\n", False),
+                ('[verify]\nwarn = "KR501"\n', False), ("[verify]\nloose = true\n", False)):
+            with self.subTest(text):
+                self.write("p.toml", text)
+                result = self.run_kraddon("verify", "p.kraddon", "--policy", "p.toml")
+                self.assertEqual("bad policy" not in result.errors, is_good, result.errors)
+                (self.accept if is_good else self.refuse)("policy", self.load(text))
 
     def test_both_know_the_same_findings(self):
         page = pathlib.Path(__file__).resolve().parents[2] / "docs/findings.md"

@@ -16,6 +16,7 @@
 #include "addon/build/RealPath.h"
 #include "addon/build/TrackedFiles.h"
 #include "addon/build/TreeWalk.h"
+#include "addon/build/VerifyRules.h"
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/AddonVerification.h"
 #include "addon/comparison/Digest.h"
@@ -23,6 +24,7 @@
 #include "opc/Text.h"
 #include "text/ByteCount.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/FindingOptions.h"
 #include "tool/commands/detail/NewPackage.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -38,7 +40,6 @@ namespace tool::commands {
 
 using addon::build::FileChoice;
 using addon::build::fillPackage;
-using addon::build::ignoreRulesOf;
 using addon::build::liesIn;
 using addon::build::manifestPath;
 using addon::build::openProject;
@@ -47,11 +48,12 @@ using addon::build::propertiesOf;
 using addon::build::realPath;
 using addon::build::TrackedFiles;
 using addon::checks::checkAddon;
-using addon::checks::IgnoreRules;
+using addon::checks::FindingRules;
 using addon::checks::judge;
 using addon::checks::kSecret;
 using addon::checks::kUntracked;
 using addon::checks::PackageVerdict;
+using addon::checks::RuleLists;
 using addon::checks::verifyAddon;
 using addon::comparison::contentDigest;
 using addon::comparison::Item;
@@ -62,7 +64,9 @@ namespace {
 
 using addon::packaging::AddonProperties;
 using detail::Replacing;
+using opc::checks::Finding;
 using opc::checks::Report;
+using opc::checks::Severity;
 using opc::zippackage::WriteOptions;
 
 constexpr std::array kOperands{line::OperandSpec{
@@ -79,6 +83,9 @@ constexpr std::array kOptions{
     detail::kFollowOption,
     line::OptionSpec{.longName = "dry-run", .help = "list what would be packed, write nothing"},
     line::OptionSpec{.longName = "strict", .help = "treat warnings as errors"},
+    detail::kIgnoreOption,
+    detail::kErrorOption,
+    detail::kWarnOption,
     line::OptionSpec{.longName = "no-verify", .help = "do not check the package"},
     detail::kJsonOption,
     detail::kTimestampOption,
@@ -89,7 +96,7 @@ constexpr std::array kOptions{
 struct Task {
   const line::Invocation& invocation;
   Project project;
-  IgnoreRules rules;
+  FindingRules rules;
   std::string output;
   WriteOptions options;
 
@@ -143,10 +150,13 @@ Task prepare(const line::Invocation& invocation) {
         process::sentence("bad value of --output", "-", "a package is a file"));
   }
   WriteOptions options = detail::writeOptionsOf(invocation);
+  RuleLists lists = detail::ruleListsOf(invocation);
   Project project = openProject(folderOf(invocation));
   if (!invocation.has(detail::kLevelOption.longName))
     options.level = project.manifest.build.level.value;
-  IgnoreRules rules = ignoreRulesOf(project.manifest);
+  lists.append(addon::build::ruleListsOf(project.manifest.verify));
+  // A published secret cannot be withdrawn.
+  FindingRules rules(lists, {kSecret});
   std::string output = asked ? *asked : addon::project::outputPath(project.manifest);
   refuseSources(output, project, invocation.has("force"));
   return {invocation, std::move(project), std::move(rules), std::move(output), std::move(options)};
@@ -164,13 +174,6 @@ FileChoice choiceOf(const Task& task) {
     };
   }
   return choice;
-}
-
-/// A published secret cannot be withdrawn, so even a warning stops the build.
-bool isAcceptable(const PackageVerdict& verdict, bool isStrict) {
-  const bool hasSecret = std::any_of(verdict.findings.begin(), verdict.findings.end(),
-                                     [](const auto& one) { return one.id == kSecret; });
-  return verdict.isGood(isStrict) && !hasSecret;
 }
 
 void reportUntracked(const TrackedFiles& tracked, const report::BuildResult& result,
@@ -193,7 +196,7 @@ void inspect(const std::string& path, const Task& task, const TrackedFiles& trac
     Report report = verifyAddon(path, bar.function());
     reportUntracked(tracked, result, report);
     result.verdict = judge(task.output, report, task.rules);
-    if (!isAcceptable(*result.verdict, task.isStrict())) throw Refused();
+    if (!result.verdict->isGood(task.isStrict())) throw Refused();
   }
   if (task.invocation.has("json")) {
     const auto package = detail::openForReading(path);
@@ -238,7 +241,7 @@ void warnOfExisting(const Task& task) {
 
 void print(const report::BuildResult& result, const Task& task) {
   const bool isQuiet = task.invocation.settings().isQuiet;
-  const bool isGood = !result.verdict || isAcceptable(*result.verdict, task.isStrict());
+  const bool isGood = !result.verdict || result.verdict->isGood(task.isStrict());
   if (result.verdict && !(isQuiet && isGood)) {
     report::printToStandardError(report::describeFindings(*result.verdict));
   }
@@ -253,15 +256,24 @@ void print(const report::BuildResult& result, const Task& task) {
   output.flush();
 }
 
-[[noreturn]] void refuse(const PackageVerdict& verdict, const Task& task) {
-  std::string why = "it holds a secret";
-  if (verdict.errors != 0) {
-    why = "it has " + text::counted(verdict.errors, "error");
-  } else if (!verdict.isGood(task.isStrict())) {
-    why = "it has " + text::counted(verdict.warnings, "warning") + ", and 'strict' is set";
+/// What to do about what stops the build.
+std::string hintOf(const PackageVerdict& verdict) {
+  for (const Finding& finding : verdict.findings) {
+    if (finding.id.number != kSecret.number || finding.id.severity != Severity::Error) continue;
+    return fmt::format(
+        "if the secret is meant to be public, ignore = [\"{}:{}\"] under [verify] in the manifest "
+        "allows it",
+        opc::checks::idOf(kSecret.number), finding.part);
   }
-  throw process::Failure(process::sentence("cannot build", task.output, why),
-                         "'kraddon verify --explain ID' explains a finding");
+  return "'kraddon verify --explain ID' explains a finding";
+}
+
+[[noreturn]] void refuse(const PackageVerdict& verdict, const Task& task) {
+  const std::string why =
+      verdict.errors != 0
+          ? "it has " + text::counted(verdict.errors, "error")
+          : "it has " + text::counted(verdict.warnings, "warning") + ", and 'strict' is set";
+  throw process::Failure(process::sentence("cannot build", task.output, why), hintOf(verdict));
 }
 
 /// Reports the result before the package is put in place, so that the old one stays if that fails.
@@ -290,7 +302,7 @@ void dryRun(const Task& task) {
   warnOfExisting(task);
   const report::BuildResult result = rehearse(task);
   print(result, task);
-  if (result.verdict && !isAcceptable(*result.verdict, task.isStrict())) {
+  if (result.verdict && !result.verdict->isGood(task.isStrict())) {
     refuse(*result.verdict, task);
   }
 }
@@ -321,12 +333,13 @@ constexpr line::CommandSpec kBuildCommand{
     .description =
         "Packs the files of FOLDER as its manifest, kraddon.toml, describes. Everything that the "
         "manifest names must exist. The package is checked as 'verify' does before it is put in "
-        "place: errors and secrets (KR509) stop the build, and so do warnings with --strict. With "
-        "--no-verify, only the manifest and what it refers to are checked. --dry-run checks what "
-        "can be checked without a package. An existing package of the same add-on is replaced, "
-        "any other file only with --force. A file that git does not track is a warning (KR515). "
-        "Files keep their modification times unless --timestamp, "
-        "or SOURCE_DATE_EPOCH in the environment, sets another.",
+        "place: errors, to which secrets (KR509) belong here, stop the build, and so do warnings "
+        "with --strict. --ignore, --error and --warn add to the table [verify] of the manifest. "
+        "With --no-verify, only the manifest and what it refers to are checked. --dry-run checks "
+        "what can be checked without a package. An existing package of the same add-on is "
+        "replaced, any other file only with --force. A file that git does not track is a warning "
+        "(KR515). Files keep their modification times unless --timestamp, or SOURCE_DATE_EPOCH in "
+        "the environment, sets another.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -33,7 +33,8 @@ constexpr std::array kExamples{
                       "describes the files that 'kraddon set PACKAGE apps' accepts"}};
 
 constexpr const char* kDescription =
-    "Prints the schema of the manifest (as JSON), of what a command prints with --json, or of a "
+    "Prints the schema of the manifest or a policy (as JSON), of what a command prints with "
+    "--json, or of a "
     "document as 'get' prints and 'set' reads it. The dialect is JSON Schema 2020-12.";
 
 json::JsonValue findSchema(std::string_view name) {

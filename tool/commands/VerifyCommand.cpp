@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <string>
 
+#include "addon/build/Project.h"
+#include "addon/build/VerifyRules.h"
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
 #include "addon/checks/FindingRules.h"
@@ -13,6 +15,7 @@
 #include "opc/checks/PackageVerification.h"
 #include "text/ByteCount.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/FindingOptions.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
@@ -24,12 +27,15 @@
 
 namespace tool::commands {
 
+using addon::build::VerifySection;
 using addon::checks::findingNamed;
+using addon::checks::FindingRules;
 using addon::checks::groupOf;
-using addon::checks::IgnoreRules;
 using addon::checks::judge;
 using addon::checks::PackageVerdict;
+using addon::checks::RuleLists;
 using addon::checks::verifyAddon;
+using addon::project::ManifestError;
 
 namespace {
 
@@ -43,17 +49,18 @@ constexpr std::array kOperands{line::OperandSpec{
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "strict", .help = "treat warnings as errors"},
-    line::OptionSpec{.longName = "ignore",
-                     .valueName = "ID[:GLOB]",
-                     .help = "ignore a finding, everywhere or for paths that match",
-                     .isRepeatable = true,
-                     .choices = addon::checks::findingIds},
+    detail::kIgnoreOption,
+    detail::kErrorOption,
+    detail::kWarnOption,
+    line::OptionSpec{.longName = "manifest",
+                     .valueName = "FOLDER",
+                     .help = "apply the table [verify] of the manifest in FOLDER"},
+    line::OptionSpec{.longName = "policy",
+                     .valueName = "FILE",
+                     .help = "apply the table [verify] of FILE, in TOML"},
     line::OptionSpec{.longName = "opc",
                      .help = "check only the container and the packaging conventions"},
-    line::OptionSpec{.longName = "format",
-                     .valueName = "FORMAT",
-                     .help = "the output format: text, github or sarif",
-                     .choices = report::findingFormats},
+    detail::kFormatOption,
     detail::kJsonOption,
     line::OptionSpec{.longName = "explain",
                      .valueName = "ID",
@@ -63,23 +70,17 @@ constexpr std::array kOptions{
 constexpr const char* kDescription =
     "Reads every byte, and checks every checksum, every rule of the packaging conventions, every "
     "document, and every reference between them. Prints one line per finding. The exit code is 1 "
-    "if there is an error in any of the packages.";
+    "if there is an error in any of the packages. What counts as an error can be chosen by the ids "
+    "of "
+    "the findings: with options, with the table [verify] of the add-on's manifest, or with a "
+    "policy, "
+    "a file with that table alone. --ignore goes before --error, and --error before --warn.";
 
 void explain(const FindingInfo& info, report::Output& output) {
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
                            opc::checks::idOf(info.id.number), info.title,
                            opc::checks::nameOf(info.id.severity), groupOf(info.id),
                            info.explanation, info.remedy));
-}
-
-/// The result of `read` for an option. A value that it refuses is a usage error.
-template <typename Read>
-decltype(auto) given(const Read& read) {
-  try {
-    return read();
-  } catch (const opc::Exception& error) {
-    throw process::UsageError(error.what());
-  }
 }
 
 process::ExitCode runExplain(const line::Invocation& invocation) {
@@ -90,13 +91,45 @@ process::ExitCode runExplain(const line::Invocation& invocation) {
                                                 "--explain takes no package"));
   }
   report::Output output;
-  explain(given([&]() -> auto& { return findingNamed(*invocation.value("explain")); }), output);
+  explain(detail::given([&]() -> auto& { return findingNamed(*invocation.value("explain")); }),
+          output);
   output.flush();
   return process::ExitCode::Done;
 }
 
+/// How findings are judged.
+struct Rules {
+  FindingRules rules;
+  bool isStrict;
+};
+
+/// What the tables [verify] and the options say. The options add to the tables.
+Rules rulesOf(const line::Invocation& invocation) {
+  RuleLists lists = detail::ruleListsOf(invocation);
+  bool isStrict = invocation.has("strict");
+  const auto append = [&](const VerifySection& section) {
+    lists.append(addon::build::ruleListsOf(section));
+    isStrict = isStrict || section.strict.value;
+  };
+  if (const auto folder = invocation.value("manifest")) {
+    try {
+      append(addon::build::openProject(*folder).manifest.verify);
+    } catch (const ManifestError& error) {
+      throw process::Failure(error.in(addon::build::manifestPath(*folder)));
+    }
+  }
+  if (const auto file = invocation.value("policy")) {
+    try {
+      append(addon::build::openPolicy(*file));
+    } catch (const ManifestError& error) {
+      throw process::Failure(error.in(*file, "bad policy"));
+    }
+  }
+  return {FindingRules(lists), isStrict};
+}
+
 /// Does not throw if a file is bad, since the others must be checked too.
-PackageVerdict verify(const std::string& path, Verify& check, const IgnoreRules& rules,
+PackageVerdict verify(const std::string& path, Verify& check, const FindingRules& rules,
                       const line::Settings& settings) {
   PackageVerdict failed;
   failed.file = path;
@@ -130,22 +163,21 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
         process::sentence("missing operand", kOperands[0].name, kOperands[0].help));
   }
   invocation.refuseTogether("json", "format");
-  const IgnoreRules rules = given([&] { return IgnoreRules(invocation.values("ignore")); });
+  const Rules rules = rulesOf(invocation);
   Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : verifyAddon;
-  const bool isStrict = invocation.has("strict");
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
   report::Output output;
   const std::unique_ptr<report::FindingPrinter> printer =
-      report::makePrinter(format, isStrict, output);
+      report::makePrinter(format, rules.isStrict, output);
 
   bool isGood = true;
   printer->begin();
   for (const std::string& path : invocation.operands()) {
-    const PackageVerdict verdict = verify(path, check, rules, invocation.settings());
+    const PackageVerdict verdict = verify(path, check, rules.rules, invocation.settings());
     printer->print(verdict);
     output.flush();  // before what goes to standard error
     printSummary(verdict, invocation.settings());
-    isGood = isGood && verdict.isGood(isStrict);
+    isGood = isGood && verdict.isGood(rules.isStrict);
   }
   printer->end();
   output.flush();
@@ -160,6 +192,8 @@ constexpr std::array kExamples{
     line::ExampleSpec{"kraddon verify kit.kraddon", "prints one line per finding"},
     line::ExampleSpec{"kraddon verify --strict --ignore 'KR512:docs/**' *.kraddon",
                       "also fails on warnings, except for some"},
+    line::ExampleSpec{"kraddon verify --policy gallery.toml *.kraddon",
+                      "applies the rules of a gallery"},
     line::ExampleSpec{"kraddon verify --opc --json report.docx",
                       "checks any package that follows the conventions"},
     line::ExampleSpec{"kraddon verify --explain KR101", "explains a finding"}};

@@ -152,7 +152,7 @@ class TableSchema {
       schema["minLength"] = 1;
       schema["allOf"] = {{{"pattern", R"(^([^{]|\{name\}|\{version\})*$)"}},
                          {{"not", {{"pattern", "/$"}}}}};
-    } else if (path == "verify.ignore[]") {
+    } else if (path == "verify.ignore[]" || path == "verify.error[]" || path == "verify.warn[]") {
       schema["allOf"] = JsonValue::array({{{"pattern", findingPattern()}}});
     }
   }
@@ -171,6 +171,14 @@ JsonValue manifestSchema() {
   return top.take("Manifest of a Korvan add-on",
                   "The file 'kraddon.toml' at the top of a project, of which 'kraddon build' makes "
                   "a package.");
+}
+
+JsonValue policySchema() {
+  PolicySection policy;
+  TableSchema top("");
+  visitKeys(policy, top);
+  return top.take("Policy for Korvan add-ons",
+                  "The file of 'kraddon verify --policy', which says what counts as an error.");
 }
 
 }  // namespace tool::report

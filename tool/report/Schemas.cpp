@@ -9,7 +9,8 @@ namespace tool::report {
 std::vector<Schema> schemas() {
   std::vector<Schema> all{{"manifest", manifestSchema}, {"info", infoSchema},
                           {"list", listSchema},         {"verify", verifySchema},
-                          {"diff", diffSchema},         {"build", buildSchema}};
+                          {"diff", diffSchema},         {"build", buildSchema},
+                          {"policy", policySchema}};
   for (const auto* table : addon::packaging::documents()) {
     all.push_back({table->name(), [table] { return json::schema::document(*table); }});
   }

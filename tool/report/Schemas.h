@@ -17,11 +17,12 @@ struct Schema {
   std::function<JsonValue()> make;
 };
 
-/// The manifest, the outputs of --json, and the documents.
+/// The manifest, a policy, the outputs of --json, and the documents.
 std::vector<Schema> schemas();
 
 // What schemas() lists.
 JsonValue manifestSchema();
+JsonValue policySchema();
 JsonValue infoSchema();
 JsonValue listSchema();
 JsonValue verifySchema();
