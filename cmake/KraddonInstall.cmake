@@ -4,13 +4,14 @@
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
-# ---- The program and the shared libraries.
+# ---- The program and the shared libraries. These are loaded by hosts and by the program, which know
+# where they are; without a version in their names, they do not belong where every linker looks.
 
-set_target_properties(kraddon PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
+set_target_properties(kraddon PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/kraddon/host")
 set_target_properties(kraddon_packaging PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS kraddon kraddon_packaging kxarray EXPORT kraddonTargets
   RUNTIME DESTINATION bin COMPONENT runtime
-  LIBRARY DESTINATION lib COMPONENT runtime
+  LIBRARY DESTINATION lib/kraddon/host COMPONENT runtime
   INCLUDES DESTINATION include/kraddon)
 
 # ---- Manual pages, completion scripts, documentation.
@@ -23,7 +24,7 @@ install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.zsh RENAME _kraddon
   DESTINATION share/zsh/site-functions COMPONENT runtime)
 install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.fish
   DESTINATION share/fish/vendor_completions.d COMPONENT runtime)
-install(FILES LICENSE README.md CHANGELOG.md DESTINATION share/doc/kraddon COMPONENT runtime)
+install(FILES cmake/debian/copyright LICENSE README.md CHANGELOG.md DESTINATION share/doc/kraddon COMPONENT runtime)
 install(DIRECTORY docs DESTINATION share/doc/kraddon COMPONENT runtime)
 install(FILES examples/host/host.c DESTINATION share/doc/kraddon/examples/host COMPONENT runtime)
 
@@ -85,7 +86,6 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 # Where the shared libraries of the package itself are.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
   "tool and library for Korvan add-on packages
 Creates, shows, checks, unpacks and changes Korvan add-on packages, which

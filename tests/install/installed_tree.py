@@ -105,7 +105,7 @@ class InstalledTree(unittest.TestCase):
         (self.folder / "host.c").write_text(HOST, encoding="ascii")
         self.kraddon("create", "p.kraddon", "src", "--name", "Host")
         subprocess.run([os.environ["CC"], "-std=c11", "host.c", "-o", "host",
-                        *self.flags("kraddon_packaging"), f"-Wl,-rpath,{self.tree}/lib"],
+                        *self.flags("kraddon_packaging")],
                        cwd=self.folder, check=True)
 
         listed = subprocess.run([self.folder / "host", "p.kraddon"], cwd=self.folder, check=True,
@@ -139,7 +139,7 @@ class InstalledTree(unittest.TestCase):
                         *self.flags("kraddon_packaging")], cwd=self.folder, check=True)
 
     def test_the_hosts_page_lists_the_functions_that_the_library_needs(self):
-        library = self.tree / "lib/libkraddon_packaging.so"
+        library = self.tree / "lib/kraddon/host/libkraddon_packaging.so"
         symbols = subprocess.run(["nm", "-DC", "--undefined-only", library], check=True,
                                  capture_output=True, text=True).stdout
         needed = re.findall(r" U (kx\w+|matrix::[\w:]+)", symbols)
@@ -187,7 +187,7 @@ class InstalledTree(unittest.TestCase):
         (self.folder / "classes.cpp").write_text(CLASSES, encoding="ascii")
 
         done = subprocess.run([os.environ["CXX"], "-std=c++20", "classes.cpp", "-o", "classes",
-                               *self.flags("kraddon"), f"-Wl,-rpath,{self.tree}/lib"],
+                               *self.flags("kraddon")],
                               cwd=self.folder, capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 0, done.stderr)
 
@@ -213,7 +213,7 @@ class InstalledTree(unittest.TestCase):
     def test_pages_and_completions_are_where_programs_look_for_them(self):
         for name in ("man/man1/kraddon.1", "man/man1/kraddon-verify.1",
                      "bash-completion/completions/kraddon", "zsh/site-functions/_kraddon",
-                     "fish/vendor_completions.d/kraddon.fish", "doc/kraddon/LICENSE"):
+                     "fish/vendor_completions.d/kraddon.fish", "doc/kraddon/LICENSE", "doc/kraddon/copyright"):
             self.assertTrue((self.tree / "share" / name).is_file(), name)
 
 
