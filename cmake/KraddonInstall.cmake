@@ -7,8 +7,6 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 # ---- The program and the shared libraries. These are loaded by hosts and by the program, which know
 # where they are; without a version in their names, they do not belong where every linker looks.
 
-set_target_properties(kraddon PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/kraddon/host")
-set_target_properties(kraddon_packaging PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS kraddon kraddon_packaging kxarray EXPORT kraddonTargets
   RUNTIME DESTINATION bin COMPONENT runtime
   LIBRARY DESTINATION lib/kraddon/host COMPONENT runtime
