@@ -244,7 +244,7 @@ class Output(projecttest.ProjectTest):
             "size": self.path(PACKAGE).stat().st_size, "files": 9, "folders": 1,
             "bytes": info["bytes"], "digest": info["digest"],
             "entries": [{"path": path, "size": sizes[path]} for path in FULL_LISTING],
-            "findings": []})
+            "findings": [], "error": None})
 
     def test_two_builds_at_once_do_not_disturb_each_other(self):
         self.full_project()
@@ -300,8 +300,9 @@ class Verification(projecttest.ProjectTest):
 
         result = self.build()
 
-        self.assertIn("Wave-1.0.kraddon: warning KR501: ", result.errors)
-        self.assertEqual(self.ok("verify", "Wave-1.0.kraddon", "-q").text, result.errors)
+        self.assertIn("kraddon.toml:1:1: warning KR501: ", result.errors)
+        self.assertEqual(self.ok("verify", "Wave-1.0.kraddon", "-q").text,
+                         result.errors.replace("kraddon.toml:1:1:", "Wave-1.0.kraddon:"))
 
     def test_warnings_stop_a_strict_build(self):
         self.project("[verify]\nstrict = true\n")
@@ -324,7 +325,7 @@ class Verification(projecttest.ProjectTest):
 
         result = self.stops(why="it has 1 error")
 
-        self.assertIn("error KR509: .env: ", result.errors)
+        self.assertIn(".env: error KR509: ", result.errors)
         self.build("--no-verify")
         self.assertEqual(self.listing("Wave-1.0.kraddon"), [".env", "a.m"])
 
@@ -390,11 +391,11 @@ class Faults(projecttest.ProjectTest):
             with self.subTest(why):
                 self.refuses(why, manifest)
 
-    def test_the_folder_does_not_show_in_the_manifests_name(self):
+    def test_the_manifest_is_named_by_its_path_from_here(self):
         self.project("x = 1\n", folder="deep/down")
 
         self.fails("build", "deep/down",
-                   message="bad manifest 'kraddon.toml:4:1': unknown key 'package.x': the keys "
+                   message="bad manifest 'deep/down/kraddon.toml:4:1': unknown key 'package.x': the keys "
                            "are name, version, type, summary, author, contact, organization, "
                            "description, description-file, guid, screenshot")
 

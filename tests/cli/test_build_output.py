@@ -108,7 +108,7 @@ class Untracked(projecttest.ProjectTest):
         self.git("add", "a.m", "kraddon.toml", "sub/größe.m")
         self.assertEqual(self.found(), ["sub/b.m"])
         self.assertEqual(self.found("--dry-run"), ["sub/b.m"])
-        self.assertIn("warning KR515: sub/b.m: git does not track the file\n",
+        self.assertIn("sub/b.m: warning KR515: git does not track the file\n",
                       self.build("-o", "p.kraddon").errors)
         self.git("add", "sub/b.m")
         self.assertEqual(self.found(), [])

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "addon/build/FindingPlaces.h"
 #include "addon/build/FolderBuild.h"
 #include "addon/build/Project.h"
 #include "addon/build/RealPath.h"
@@ -24,6 +25,7 @@
 #include "opc/Text.h"
 #include "text/ByteCount.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/BuildReporter.h"
 #include "tool/commands/detail/FindingOptions.h"
 #include "tool/commands/detail/NewPackage.h"
 #include "tool/commands/detail/PackageAccess.h"
@@ -32,7 +34,6 @@
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/BuildReport.h"
-#include "tool/report/FindingPrinter.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Progress.h"
 
@@ -49,7 +50,6 @@ using addon::build::realPath;
 using addon::build::TrackedFiles;
 using addon::checks::checkAddon;
 using addon::checks::FindingRules;
-using addon::checks::judge;
 using addon::checks::kSecret;
 using addon::checks::kUntracked;
 using addon::checks::PackageVerdict;
@@ -63,6 +63,7 @@ using addon::packaging::AddonPackage;
 namespace {
 
 using addon::packaging::AddonProperties;
+using detail::BuildReporter;
 using detail::Replacing;
 using opc::checks::Finding;
 using opc::checks::Report;
@@ -87,6 +88,7 @@ constexpr std::array kOptions{
     detail::kErrorOption,
     detail::kWarnOption,
     line::OptionSpec{.longName = "no-verify", .help = "do not check the package"},
+    detail::kFormatOption,
     detail::kJsonOption,
     detail::kTimestampOption,
     detail::kLevelOption,
@@ -184,6 +186,13 @@ void reportUntracked(const TrackedFiles& tracked, const report::BuildResult& res
   }
 }
 
+/// The findings with their places in the project.
+PackageVerdict judge(const Task& task, const Report& report) {
+  PackageVerdict verdict = addon::checks::judge(task.output, report, task.rules);
+  addon::build::locateFindings(task.project, verdict);
+  return verdict;
+}
+
 /// Checks the package before it is put in place.
 void inspect(const std::string& path, const Task& task, const TrackedFiles& tracked,
              report::BuildResult& result) {
@@ -195,7 +204,7 @@ void inspect(const std::string& path, const Task& task, const TrackedFiles& trac
   if (task.verifies()) {
     Report report = verifyAddon(path, bar.function());
     reportUntracked(tracked, result, report);
-    result.verdict = judge(task.output, report, task.rules);
+    result.verdict = judge(task, report);
     if (!result.verdict->isGood(task.isStrict())) throw Refused();
   }
   if (task.invocation.has("json")) {
@@ -217,7 +226,7 @@ report::BuildResult rehearse(const Task& task) {
     Report report;
     checkAddon(package, report);
     reportUntracked(TrackedFiles(task.project), result, report);
-    result.verdict = judge(task.output, report, task.rules);
+    result.verdict = judge(task, report);
   }
   if (task.invocation.has("json")) {
     report::ProgressBar bar(task.invocation.settings());
@@ -237,23 +246,6 @@ void warnOfExisting(const Task& task) {
   } catch (const process::Failure& failure) {
     report::printWarning(task.invocation, failure.what());
   }
-}
-
-void print(const report::BuildResult& result, const Task& task) {
-  const bool isQuiet = task.invocation.settings().isQuiet;
-  const bool isGood = !result.verdict || result.verdict->isGood(task.isStrict());
-  if (result.verdict && !(isQuiet && isGood)) {
-    report::printToStandardError(report::describeFindings(*result.verdict));
-  }
-  report::Output output;
-  if (task.invocation.has("json")) {
-    report::printBuildAsJson(result, output);
-  } else if (task.invocation.has("dry-run")) {
-    report::printBuildPlan(result, output);
-  } else if (result.isWritten && !isQuiet) {
-    report::printBuilt(result, output);
-  }
-  output.flush();
 }
 
 /// What to do about what stops the build.
@@ -277,43 +269,39 @@ std::string hintOf(const PackageVerdict& verdict) {
 }
 
 /// Reports the result before the package is put in place, so that the old one stays if that fails.
-void build(Task& task) {
+void build(Task& task, BuildReporter& reporter) {
   AddonProperties properties = propertiesOf(task.project);
   detail::NewPackage target(task.output, replacingOf(task, properties), task.invocation);
   AddonPackage& package = target.open(properties, task.options.timestamp);
   fillPackage(task.project, choiceOf(task), task.rules, package);
-  report::BuildResult result = report::resultFor(task.output, readTree(package));
+  reporter.result = report::resultFor(task.output, readTree(package));
   const TrackedFiles tracked(task.project);
   task.options.inspect = [&](const std::string& path) {
-    inspect(path, task, tracked, result);
-    result.isWritten = true;
-    print(result, task);
+    inspect(path, task, tracked, reporter.result);
+    reporter.result.isWritten = true;
+    reporter.print();
   };
   try {
     target.commit(std::move(task.options), task.invocation.settings());
   } catch (const Refused&) {
-    result.size.reset();
-    print(result, task);
-    refuse(*result.verdict, task);
+    refuse(*reporter.result.verdict, task);
   }
 }
 
-void dryRun(const Task& task) {
+void dryRun(const Task& task, BuildReporter& reporter) {
   warnOfExisting(task);
-  const report::BuildResult result = rehearse(task);
-  print(result, task);
-  if (result.verdict && !result.verdict->isGood(task.isStrict())) {
-    refuse(*result.verdict, task);
-  }
+  reporter.result = rehearse(task);
+  const auto& verdict = reporter.result.verdict;
+  if (verdict && !verdict->isGood(task.isStrict())) refuse(*verdict, task);
+  reporter.print();
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
-  Task task = prepare(invocation);
-  if (invocation.has("dry-run")) {
-    dryRun(task);
-    return process::ExitCode::Done;
-  }
-  build(task);
+  BuildReporter reporter(invocation, folderOf(invocation));
+  reporter.run([&] {
+    Task task = prepare(invocation);
+    invocation.has("dry-run") ? dryRun(task, reporter) : build(task, reporter);
+  });
   return process::ExitCode::Done;
 }
 
@@ -323,6 +311,8 @@ constexpr std::array kExamples{
                       "produces the same bytes each time"},
     line::ExampleSpec{"kraddon build --dry-run -v",
                       "lists what would be packed, and what would not"},
+    line::ExampleSpec{"kraddon build --format github",
+                      "annotates the lines of the manifest and the files of the project"},
     line::ExampleSpec{"kraddon build --strict --json", "for pipelines: warnings fail the build"}};
 
 }  // namespace

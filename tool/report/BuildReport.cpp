@@ -42,8 +42,21 @@ void writeFindings(const std::optional<PackageVerdict>& verdict, text::JsonWrite
   json.key("findings");
   if (!verdict) return json.null();
   json.beginArray();
-  for (const auto& finding : verdict->findings) writeFinding(finding, json);
+  for (std::size_t i = 0; i < verdict->findings.size(); ++i) {
+    writeLocatedFinding(verdict->findings[i], verdict->placeOf(i), json);
+  }
   json.endArray();
+}
+
+void writeError(const std::optional<BuildFailure>& failure, text::JsonWriter& json) {
+  json.key("error");
+  if (!failure) return json.null();
+  json.beginObject();
+  json.member("message", std::string_view(failure->message));
+  writePlace(failure->place, json);
+  json.key("hint");
+  json.textOrNull(failure->hint);
+  json.endObject();
 }
 
 }  // namespace
@@ -63,7 +76,8 @@ void printBuildAsJson(const BuildResult& result, Output& output) {
   text::JsonWriter json(text);
   json.beginObject();
   json.member("schema", "kraddon.build/1");
-  json.member("file", std::string_view(result.file));
+  json.key("file");
+  json.textOrNull(result.file);
   json.member("written", result.isWritten);
   writeSize(result.size, json);
   json.member("files", result.totals.files);
@@ -73,6 +87,7 @@ void printBuildAsJson(const BuildResult& result, Output& output) {
   json.textOrNull(result.digest);
   writeEntries(result.entries, json, text, output);
   writeFindings(result.verdict, json);
+  writeError(result.failure, json);
   json.endObject();
   output.write(text + "\n");
 }

@@ -18,9 +18,16 @@ struct BuildEntry {
   std::optional<std::uint64_t> size;  ///< nothing for a folder
 };
 
+/// Why a build failed.
+struct BuildFailure {
+  std::string message;
+  std::string hint;
+  addon::checks::SourcePlace place;
+};
+
 /// The report about a package that was built, or would be.
 struct BuildResult {
-  std::string file;  ///< the path of the package
+  std::string file = {};  ///< the path of the package; "" if it failed before that was known
   bool isWritten = false;
   std::optional<std::uint64_t> size = std::nullopt;  ///< of the package
   std::vector<BuildEntry> entries = {};
@@ -28,6 +35,7 @@ struct BuildResult {
   std::string digest = {};
   std::optional<addon::checks::PackageVerdict> verdict =
       std::nullopt;  ///< nothing if it was not checked
+  std::optional<BuildFailure> failure = std::nullopt;
 };
 
 /// The result for a package with these files and empty folders, before it is written.

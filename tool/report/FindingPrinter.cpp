@@ -10,6 +10,7 @@ namespace tool::report {
 using addon::checks::findInfo;
 using addon::checks::groupOf;
 using addon::checks::PackageVerdict;
+using addon::checks::SourcePlace;
 using opc::checks::Finding;
 using opc::checks::FindingInfo;
 
@@ -63,29 +64,46 @@ class JsonPrinter final : public FindingPrinter {
   text::JsonWriter json_{text_};
 };
 
+void writeText(std::string_view key, std::string_view text, text::JsonWriter& json) {
+  json.key(key);
+  json.textOrNull(text);
+}
+
+void writeNumber(std::string_view key, std::size_t number, text::JsonWriter& json) {
+  json.key(key);
+  number == 0 ? json.null() : json.value(std::uint64_t{number});
+}
+
+/// A finding as an object; `place` writes where in which text it is.
+template <typename WritePlace>
+void write(const Finding& finding, text::JsonWriter& json, const WritePlace& place) {
+  const FindingInfo* info = findInfo(finding.id.number);
+  json.beginObject();
+  json.member("id", std::string_view(opc::checks::idOf(finding.id.number)));
+  writeText("rule", finding.rule, json);
+  json.member("severity", opc::checks::nameOf(finding.id.severity));
+  json.member("group", groupOf(finding.id));
+  writeText("part", finding.part, json);
+  place();
+  writeText("message", finding.message, json);
+  writeText("hint", info == nullptr ? std::string_view() : info->remedy, json);
+  json.endObject();
+}
+
 }  // namespace
 
 void writeFinding(const Finding& finding, text::JsonWriter& json) {
-  const FindingInfo* info = findInfo(finding.id.number);
-  const auto writeText = [&](std::string_view key, std::string_view text) {
-    json.key(key);
-    json.textOrNull(text);
-  };
-  json.beginObject();
-  json.member("id", std::string_view(opc::checks::idOf(finding.id.number)));
-  writeText("rule", finding.rule);
-  json.member("severity", opc::checks::nameOf(finding.id.severity));
-  json.member("group", groupOf(finding.id));
-  writeText("part", finding.part);
-  json.key("line");
-  if (finding.line == 0) {
-    json.null();
-  } else {
-    json.value(std::uint64_t{finding.line});
-  }
-  writeText("message", finding.message);
-  writeText("hint", info == nullptr ? std::string_view() : info->remedy);
-  json.endObject();
+  write(finding, json, [&] { writeNumber("line", finding.line, json); });
+}
+
+void writeLocatedFinding(const Finding& finding, const SourcePlace* place, text::JsonWriter& json) {
+  write(finding, json, [&] { writePlace(place == nullptr ? SourcePlace() : *place, json); });
+}
+
+void writePlace(const SourcePlace& place, text::JsonWriter& json) {
+  writeText("file", place.file, json);
+  writeNumber("line", place.line, json);
+  writeNumber("column", place.column, json);
 }
 
 std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output) {

@@ -31,6 +31,11 @@ std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStri
 std::string describeFindings(const addon::checks::PackageVerdict& verdict);
 /// A finding as an object.
 void writeFinding(const opc::checks::Finding& finding, text::JsonWriter& json);
+/// The same with its place in the files that the package was made from, which may be null.
+void writeLocatedFinding(const opc::checks::Finding& finding,
+                         const addon::checks::SourcePlace* place, text::JsonWriter& json);
+/// The members "file", "line" and "column", null as far as they are not known.
+void writePlace(const addon::checks::SourcePlace& place, text::JsonWriter& json);
 
 // The printers, one each.
 std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);

@@ -15,6 +15,7 @@ using addon::checks::catalogue;
 using addon::checks::findInfo;
 using addon::checks::groupOf;
 using addon::checks::PackageVerdict;
+using addon::checks::SourcePlace;
 using opc::checks::Finding;
 using opc::checks::FindingInfo;
 
@@ -53,8 +54,11 @@ class SarifPrinter final : public FindingPrinter {
   }
 
   void print(const PackageVerdict& verdict) override {
-    if (!verdict.failure.empty()) failures_.push_back(verdict.failure);
-    for (const Finding& finding : verdict.findings) writeResult(verdict, finding);
+    if (!verdict.failure.empty()) {
+      failures_.push_back(verdict.failure);
+      if (!verdict.failurePlace.file.empty()) writeFailure(verdict);
+    }
+    for (std::size_t i = 0; i < verdict.findings.size(); ++i) writeResult(verdict, i);
   }
 
   // Whether the run succeeded is known last, and members may come in any order.
@@ -104,35 +108,63 @@ class SarifPrinter final : public FindingPrinter {
     json_.endObject();
   }
 
-  void writeResult(const PackageVerdict& verdict, const Finding& finding) {
+  /// What has a place, and so is shown there.
+  void writeFailure(const PackageVerdict& verdict) {
+    json_.beginObject();
+    json_.member("level", "error");
+    writeMessage("message", verdict.failure);
+    json_.key("locations");
+    json_.beginArray();
+    json_.beginObject();
+    writePlace(verdict.failurePlace);
+    json_.endObject();
+    json_.endArray();
+    json_.endObject();
+    flush();
+  }
+
+  void writeResult(const PackageVerdict& verdict, std::size_t index) {
+    const Finding& finding = verdict.findings[index];
     const FindingInfo* info = findInfo(finding.id.number);
     json_.beginObject();
     json_.member("ruleId", std::string_view(opc::checks::idOf(finding.id.number)));
     if (info != nullptr) {
-      const auto index = info - catalogue().data();
-      json_.member("ruleIndex", static_cast<std::uint64_t>(index));
+      const auto rule = info - catalogue().data();
+      json_.member("ruleIndex", static_cast<std::uint64_t>(rule));
     }
     json_.member("level", opc::checks::nameOf(finding.id.severity));
     writeMessage("message", finding.message);
     json_.key("locations");
     json_.beginArray();
-    writeLocation(verdict.file, finding);
+    const SourcePlace* place = verdict.placeOf(index);
+    writeLocation(place == nullptr ? SourcePlace{verdict.file} : *place, finding);
     json_.endArray();
     if (!finding.rule.empty()) writeProperty("rule", std::string_view(finding.rule));
     json_.endObject();
     flush();
   }
 
-  void writeLocation(const std::string& file, const Finding& finding) {
+  void writeLocation(const SourcePlace& place, const Finding& finding) {
     json_.beginObject();
+    writePlace(place);
+    if (!finding.part.empty()) writePart(finding);
+    json_.endObject();
+  }
+
+  void writePlace(const SourcePlace& place) {
     json_.key("physicalLocation");
     json_.beginObject();
     json_.key("artifactLocation");
     json_.beginObject();
-    json_.member("uri", std::string_view(toUri(file)));
+    json_.member("uri", std::string_view(toUri(place.file)));
     json_.endObject();
-    json_.endObject();
-    if (!finding.part.empty()) writePart(finding);
+    if (place.line != 0) {
+      json_.key("region");
+      json_.beginObject();
+      json_.member("startLine", std::uint64_t{place.line});
+      if (place.column != 0) json_.member("startColumn", std::uint64_t{place.column});
+      json_.endObject();
+    }
     json_.endObject();
   }
 

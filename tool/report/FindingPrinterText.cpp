@@ -10,6 +10,7 @@
 namespace tool::report {
 
 using addon::checks::PackageVerdict;
+using addon::checks::SourcePlace;
 using opc::checks::Finding;
 using opc::checks::FindingId;
 using opc::checks::idOf;
@@ -27,10 +28,16 @@ std::string unlistedText(std::size_t count) {
   return fmt::format("{} more of these are not shown", count);
 }
 
-/// One line, whatever the names hold.
-std::string lineOf(const PackageVerdict& verdict, FindingId id, const std::string& text) {
-  return fmt::format("{}: {} {}: {}\n", opc::printable(verdict.file), nameOf(id.severity),
-                     idOf(id.number), opc::printable(text));
+/// "FILE:LINE:COLUMN", as far as they are known.
+std::string describePlace(const SourcePlace& place) {
+  const auto number = [](std::size_t one) { return one == 0 ? "" : fmt::format(":{}", one); };
+  return place.file + number(place.line) + number(place.column);
+}
+
+/// One line, whatever the names hold. `where` is a file, or a place in one.
+std::string lineOf(const std::string& where, FindingId id, const std::string& text) {
+  return fmt::format("{}: {} {}: {}\n", opc::printable(where), nameOf(id.severity), idOf(id.number),
+                     opc::printable(text));
 }
 
 class TextPrinter final : public FindingPrinter {
@@ -70,23 +77,40 @@ class GithubPrinter final : public FindingPrinter {
   explicit GithubPrinter(Output& output) : output_(output) {}
 
   void print(const PackageVerdict& verdict) override {
+    const SourcePlace package{verdict.file};
     if (!verdict.failure.empty()) {
-      output_.write(fmt::format("::error file={}::{}\n", escapeProperty(verdict.file),
-                                escapeMessage(opc::printable(verdict.failure))));
+      const bool hasPlace = !verdict.failurePlace.file.empty();
+      printCommand("error", hasPlace ? verdict.failurePlace : package, "", verdict.failure);
     }
-    for (const Finding& finding : verdict.findings) {
-      printCommand(verdict, finding.id, withPlace(finding));
+    for (std::size_t i = 0; i < verdict.findings.size(); ++i) {
+      const Finding& finding = verdict.findings[i];
+      const SourcePlace* place = verdict.placeOf(i);
+      printCommand(finding.id, place == nullptr ? package : *place,
+                   place == nullptr ? withPlace(finding) : finding.message);
     }
     for (const auto& [id, count] : verdict.unlisted) {
-      printCommand(verdict, id, unlistedText(count));
+      printCommand(id, package, unlistedText(count));
     }
   }
 
  private:
-  void printCommand(const PackageVerdict& verdict, FindingId id, const std::string& text) {
-    output_.write(fmt::format("::{} file={},title={}::{}\n", nameOf(id.severity),
-                              escapeProperty(verdict.file), idOf(id.number),
-                              escapeMessage(opc::printable(text))));
+  void printCommand(FindingId id, const SourcePlace& place, const std::string& text) {
+    printCommand(nameOf(id.severity), place, idOf(id.number), text);
+  }
+
+  void printCommand(std::string_view command, const SourcePlace& place, const std::string& title,
+                    const std::string& text) {
+    std::string properties;
+    const auto add = [&](std::string_view name, const std::string& value) {
+      if (value.empty() || value == "0") return;
+      properties += fmt::format("{}{}={}", properties.empty() ? " " : ",", name, value);
+    };
+    add("file", escapeProperty(place.file));
+    add("line", std::to_string(place.line));
+    add("col", std::to_string(place.column));
+    add("title", title);
+    output_.write(
+        fmt::format("::{}{}::{}\n", command, properties, escapeMessage(opc::printable(text))));
   }
 
   Output& output_;
@@ -96,11 +120,14 @@ class GithubPrinter final : public FindingPrinter {
 
 std::string describeFindings(const PackageVerdict& verdict) {
   std::string lines;
-  for (const Finding& finding : verdict.findings) {
-    lines += lineOf(verdict, finding.id, withPlace(finding));
+  for (std::size_t i = 0; i < verdict.findings.size(); ++i) {
+    const Finding& finding = verdict.findings[i];
+    const SourcePlace* place = verdict.placeOf(i);
+    lines += place == nullptr ? lineOf(verdict.file, finding.id, withPlace(finding))
+                              : lineOf(describePlace(*place), finding.id, finding.message);
   }
   for (const auto& [id, count] : verdict.unlisted) {
-    lines += lineOf(verdict, id, unlistedText(count));
+    lines += lineOf(verdict.file, id, unlistedText(count));
   }
   return lines;
 }

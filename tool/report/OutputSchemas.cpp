@@ -124,21 +124,33 @@ JsonValue changedDocument() {
                   "says the same.")}});
 }
 
-JsonValue finding() {
-  return object(
-      "Finding", "Something that is wrong or doubtful.",
-      {{"id", described(matching("^KR[0-9]{3}$"), "What it is; 'verify --explain ID' says more.")},
-       {"rule", described(textOrNull(),
-                          "The rule of the packaging conventions that is broken, by "
-                          "its short name.")},
-       {"severity", words({"error", "warning"})},
-       {"group", described(words({"container", "opc", "document", "reference", "style"}),
-                           "What the id is about.")},
-       {"part", described(textOrNull(), "The part, entry or file; null for the package.")},
-       {"line",
-        {{"description", "The line of the part."}, {"type", {"integer", "null"}}, {"minimum", 1}}},
-       {"message", described(textOrNull(), "What is wrong.")},
-       {"hint", described(textOrNull(), "What to do about it.")}});
+JsonValue numberOrNull(std::string_view help) {
+  return {{"description", help}, {"type", {"integer", "null"}}, {"minimum", 1}};
+}
+
+/// Where something is in the project that a package is built from.
+std::vector<Member> placeInProject() {
+  return {{"file", described(textOrNull(),
+                             "The manifest or the project's file, by its path from the current "
+                             "folder.")},
+          {"line", numberOrNull("The line of the file.")},
+          {"column", numberOrNull("The character of the line.")}};
+}
+
+JsonValue finding(const std::vector<Member>& place) {
+  std::vector<Member> members{
+      {"id", described(matching("^KR[0-9]{3}$"), "What it is; 'verify --explain ID' says more.")},
+      {"rule", described(textOrNull(),
+                         "The rule of the packaging conventions that is broken, by "
+                         "its short name.")},
+      {"severity", words({"error", "warning"})},
+      {"group", described(words({"container", "opc", "document", "reference", "style"}),
+                          "What the id is about.")},
+      {"part", described(textOrNull(), "The part, entry or file; null for the package.")}};
+  members.insert(members.end(), place.begin(), place.end());
+  members.push_back({"message", described(textOrNull(), "What is wrong.")});
+  members.push_back({"hint", described(textOrNull(), "What to do about it.")});
+  return object("Finding", "Something that is wrong or doubtful.", members);
 }
 
 }  // namespace
@@ -156,14 +168,15 @@ JsonValue listSchema() {
 }
 
 JsonValue verifySchema() {
-  JsonValue packages = list(
-      object("Package", "What was found in a package.",
-             {{"file", described(text(), "The package, as it was given.")},
-              {"ok", described(flag(), "Whether it has no error and, with --strict, no warning.")},
-              {"errors", described(number(), "How many errors there are.")},
-              {"warnings", described(number(), "How many warnings there are.")},
-              {"ignored", described(number(), "How many findings --ignore left out.")},
-              {"findings", described(list(finding()), "What is wrong or doubtful.")}}));
+  JsonValue packages = list(object(
+      "Package", "What was found in a package.",
+      {{"file", described(text(), "The package, as it was given.")},
+       {"ok", described(flag(), "Whether it has no error and, with --strict, no warning.")},
+       {"errors", described(number(), "How many errors there are.")},
+       {"warnings", described(number(), "How many warnings there are.")},
+       {"ignored", described(number(), "How many findings --ignore left out.")},
+       {"findings", described(list(finding({{"line", numberOrNull("The line of the part.")}})),
+                              "What is wrong or doubtful.")}}));
   packages["minItems"] = 1;
   return object("Output of 'verify --json'", "What is wrong with packages.",
                 {{"schema", described(constant("kraddon.verify/1"), kShape)},
@@ -191,10 +204,15 @@ JsonValue buildSchema() {
   const JsonValue entry = object("Entry", "A file or an empty folder.",
                                  {{"path", described(filledText(), "The path in the package.")},
                                   {"size", described(orNull(number()), "Null for a folder.")}});
+  std::vector<Member> error{{"message", described(filledText(), "What went wrong.")}};
+  for (const Member& member : placeInProject()) error.push_back(member);
+  error.push_back({"hint", described(textOrNull(), "What to do about it.")});
   return object(
       "Output of 'build --json'", "What was built of a manifest.",
       {{"schema", described(constant("kraddon.build/1"), kShape)},
-       {"file", described(text(), "The path of the package.")},
+       {"file", described(textOrNull(),
+                          "The path of the package; null when the build failed before that was "
+                          "known.")},
        {"written", described(flag(),
                              "Whether the package was put in place: not with --dry-run, nor "
                              "when it has errors.")},
@@ -205,9 +223,11 @@ JsonValue buildSchema() {
        {"digest",
         described(orNull(schema::digest()), "Of the content; null when no package was made.")},
        {"entries", described(list(entry), "What goes in, in the order of the file tree.")},
-       {"findings", described(orNull(list(finding())),
+       {"findings", described(orNull(list(finding(placeInProject()))),
                               "What 'verify' found in the result; null when it was "
-                              "not checked.")}});
+                              "not checked.")},
+       {"error",
+        described(orNull(object("Error", "Why nothing was built.", error)), "Null when it was.")}});
 }
 
 }  // namespace tool::report
