@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 #include <vector>
 
 #include "opc/Text.h"
+#include "text/Lines.h"
 
 namespace text {
 
@@ -13,9 +15,24 @@ namespace {
 
 // No word that is looked for is longer, and the table below grows with the product.
 constexpr std::size_t kLongestWord = 64;
+// Of more paths, only the first are compared letter by letter.
+constexpr std::size_t kMostPaths = 20000;
 
 bool isNear(std::string_view word, std::string_view candidate, std::size_t distance) {
   return distance <= std::max<std::size_t>(1, std::max(word.size(), candidate.size()) / 3);
+}
+
+/// The paths and the folders above them, each once.
+std::vector<std::string_view> withFolders(const std::vector<std::string_view>& paths) {
+  std::unordered_set<std::string_view> known;
+  std::vector<std::string_view> all;
+  for (const std::string_view path : paths) {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+      if (known.insert(path.substr(0, end)).second) all.push_back(path.substr(0, end));
+      if (end == path.npos) break;
+    }
+  }
+  return all;
 }
 
 }  // namespace
@@ -45,6 +62,8 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
   std::string_view best;
   std::size_t bestDistance = kLongestWord;
   for (const std::string_view candidate : candidates) {
+    const auto [shorter, longer] = std::minmax(word.size(), candidate.size());
+    if (!isNear(word, candidate, longer - shorter)) continue;
     const std::size_t distance = editDistance(word, candidate);
     if (distance >= bestDistance || !isNear(word, candidate, distance)) continue;
     best = candidate;
@@ -56,6 +75,28 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
     if (word.size() >= 2 && candidate.starts_with(word)) return candidate;
   }
   return {};
+}
+
+std::string nearestPath(std::string_view word, const std::vector<std::string_view>& paths) {
+  std::string plain(word);
+  std::replace(plain.begin(), plain.end(), '\\', '/');
+  plain = std::string(trimSlashes(plain.starts_with("./") ? plain.substr(2) : plain));
+  const std::vector<std::string_view> all = withFolders(paths);
+  const auto find = [&](const auto& isMeant) {
+    const auto found = std::find_if(all.begin(), all.end(), isMeant);
+    return found == all.end() ? std::string() : std::string(*found);
+  };
+  const std::string lower = opc::toLowerAscii(plain);
+  std::string best = find([&](std::string_view path) { return path == plain; });
+  if (!best.empty()) return best;
+  best = find([&](std::string_view path) { return opc::toLowerAscii(path) == lower; });
+  if (!best.empty()) return best;
+  const std::string name = lower.substr(lower.rfind('/') + 1);
+  best = find([&](std::string_view path) {
+    return opc::toLowerAscii(path.substr(path.rfind('/') + 1)) == name;
+  });
+  if (!best.empty()) return best;
+  return std::string(nearest(plain, std::span(all).first(std::min(all.size(), kMostPaths))));
 }
 
 std::string suggestion(std::string_view word, std::span<const std::string_view> candidates,

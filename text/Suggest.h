@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace text {
 
@@ -18,5 +19,10 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
 /// "did you mean 'x'?" for the nearest candidate, and `otherwise` when none is near.
 std::string suggestion(std::string_view word, std::span<const std::string_view> candidates,
                        std::string_view otherwise);
+
+/// The path that `word` was probably meant to be, or "" when none is near: one of the `paths`, or a
+/// folder above one. The same name in another case, with other slashes or in another folder is
+/// near.
+std::string nearestPath(std::string_view word, const std::vector<std::string_view>& paths);
 
 }  // namespace text

@@ -75,8 +75,10 @@ process::ExitCode dispatch(const std::vector<std::string>& words, Context& conte
   const line::LeadingArguments leading = line::parseLeadingArguments(words);
   if (leading.wantsVersion) return print(std::string("kraddon ") + kVersion + "\n");
   if (leading.wantsHelp) return print(line::programHelp(commands::allCommands()));
-  if (leading.rest.empty())
-    throw process::UsageError("no command is given", "'kraddon help' lists them");
+  if (leading.rest.empty()) {
+    report::printToStandardError(line::programHelp(commands::allCommands()));
+    return process::ExitCode::WrongUsage;
+  }
   context.command = &commands::findCommand(leading.rest[0]);
   bool wantsHelp = false;
   const line::Invocation invocation =
@@ -106,8 +108,10 @@ process::ExitCode runReportingFailures(const std::vector<std::string>& words, Co
     process::Interrupt::die(interrupted.signal);
   } catch (const process::UsageError& error) {
     report::printError(nameOf(context), error.what(), error.hint());
-    report::printToStandardError(context.command == nullptr ? line::programUsage()
-                                                            : line::usageOf(*context.command));
+    report::printToStandardError(context.command == nullptr
+                                     ? line::programUsage()
+                                     : line::usageOf(*context.command) +
+                                           line::helpPointerOf(*context.command));
     return process::ExitCode::WrongUsage;
   } catch (const process::Failure& failure) {
     report::printError(nameOf(context), failure.what(), failure.hint());

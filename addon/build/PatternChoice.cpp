@@ -16,9 +16,10 @@ bool PatternChoice::chooses(std::string_view path, bool isFolder) {
 }
 
 const std::string* PatternChoice::unused() const {
-  const auto unused = std::find(isUsed_.begin(), isUsed_.end(), false);
-  if (unused == isUsed_.end()) return nullptr;
-  return &patterns_[static_cast<std::size_t>(unused - isUsed_.begin())].text();
+  for (std::size_t i = 0; i < patterns_.size(); ++i) {
+    if (!isUsed_[i] && !patterns_[i].takesBack()) return &patterns_[i].text();
+  }
+  return nullptr;
 }
 
 PatternChoice::Number PatternChoice::decidingOfFolder(std::string_view folder) {

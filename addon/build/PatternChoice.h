@@ -21,7 +21,8 @@ class PatternChoice {
   /// then found out once for all in it.
   bool chooses(std::string_view path, bool isFolder);
 
-  /// The first pattern that has matched nothing so far, or null.
+  /// The first pattern that has matched nothing so far, or null. One that takes back may match
+  /// nothing.
   const std::string* unused() const;
 
  private:

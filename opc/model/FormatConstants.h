@@ -27,6 +27,8 @@ inline constexpr std::string_view kRelationshipsType =
     "application/vnd.openxmlformats-package.relationships+xml";
 
 inline constexpr std::string_view kContentTypesItem = "[Content_Types].xml";
+inline constexpr std::string_view kNoContentTypes =
+    "it is a ZIP file, but not a package: it has no [Content_Types].xml";
 inline constexpr std::string_view kPackageRelationshipsItem = "_rels/.rels";
 
 }  // namespace opc::model

@@ -200,9 +200,21 @@ class Extract(kraddontest.CliTest):
         self.ok("extract", "p.kraddon", "-d", "part", "--skip-existing", "--max-size", str(left))
         self.fails("extract", "p.kraddon", "z.bin", "--stdout", "--max-size", "6",
                    message=self.TOO_LARGE.format(6))
-        self.misused("extract", "p.kraddon", "--max-size", "1k",
-                     message="bad value of --max-size '1k': expected a whole number from 0 to "
+        for bad in ("1T", "K", "-1", "1.5M", "1KB", "", "9223372036854775807K", "10 K"):
+            self.misused("extract", "p.kraddon", f"--max-size={bad}",
+                         message=f"bad value of --max-size '{bad}': expected a size such as 4096, "
+                                 "10K, 10M or 2G")
+        self.misused("extract", "p.kraddon", "--max-files", "1k",
+                     message="bad value of --max-files '1k': expected a whole number from 0 to "
                              "9223372036854775807")
+
+    def test_the_size_may_have_a_unit(self):
+        for text, size in (("10K", 10240), ("10k", 10240), ("18k", 18432), ("4096", 4096)):
+            result = self.run_kraddon("extract", "p.kraddon", "--dry-run", "--max-size", text)
+            self.assertEqual(result.code, 0 if size >= 18198 else 1, text)
+            self.assertTrue(result.code == 0 or self.TOO_LARGE.format(size) in result.errors)
+        for text in ("1M", "1m", "2G", "2g"):
+            self.ok("extract", "p.kraddon", "--dry-run", "--max-size", text)
 
     def test_folders_that_exist_do_not_count(self):
         self.path("out/lib/void").mkdir(parents=True)

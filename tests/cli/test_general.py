@@ -37,11 +37,18 @@ class General(kraddontest.CliTest):
         self.ok("create", "--help", "--level", "nonsense")
 
     def test_no_command_is_wrong_usage(self):
-        result = self.run_kraddon()
+        for words in ([], ["-q"], ["-C", "/"], ["--"]):
+            result = self.run_kraddon(*words)
 
-        self.assertEqual((result.code, result.out), (2, b""))
-        self.assertTrue(result.errors.startswith(
-            "kraddon: no command is given\nhint: 'kraddon help' lists them\nusage: kraddon "))
+            self.assertEqual((result.code, result.out), (2, b""))
+            self.assertEqual(result.errors, self.ok("help").text)
+
+    def test_wrong_usage_names_the_help_of_the_command(self):
+        result = self.run_kraddon("list", "--nonsense")
+
+        self.assertTrue(result.errors.endswith(
+            "\nusage: kraddon list [OPTION...] PACKAGE [PATH...]\n"
+            "Run 'kraddon help list' for details.\n"), result.errors)
 
     def test_an_unknown_command_gets_the_nearest_one(self):
         self.misused("craete", message="unknown command 'craete': did you mean 'create'?",

@@ -195,9 +195,25 @@ class List(kraddontest.CliTest):
         self.assertEqual(self.listing("p.kraddon", "lib", "lib/b.m"),
                          ["lib/b.m", "lib/deep/c.m", "lib/void"])
         self.fails("list", "p.kraddon", "a.m", "*.m",
-                   message="cannot find '*.m': the package has nothing with that name")
+                   message="cannot find '*.m': the package has nothing with that name",
+                   hint="did you mean 'a.m'?")
         self.fails("list", "p.kraddon", "lib/b",
-                   message="cannot find 'lib/b': the package has nothing with that name")
+                   message="cannot find 'lib/b': the package has nothing with that name",
+                   hint="did you mean 'lib/b.m'?")
+
+    def test_a_path_that_names_nothing_gets_the_nearest_one(self):
+        for path, near in (("LIB", "lib"), ("./z.bin", "z.bin"), ("lib\\b.m", "lib/b.m"),
+                           ("lib/depe/c.m", "lib/deep/c.m"), ("c.m", "lib/deep/c.m"),
+                           ("lib/viod", "lib/void"), ("deep", "lib/deep"), ("other/Z.BIN", "z.bin")):
+            for command in ("list", "extract", "remove"):
+                self.fails(command, "p.kraddon", path,
+                           message=f"cannot find '{path}': the package has nothing with that name",
+                           hint=f"did you mean '{near}'?")
+        self.fails("list", "p.kraddon", "elsewhere",
+                   message="cannot find 'elsewhere': the package has nothing with that name")
+        self.fails("list", "p.kraddon", "--all", "/files/A.m",
+                   message="cannot find '/files/A.m': the package has nothing with that name",
+                   hint="did you mean '/files/a.m'?")
 
     def test_globs_choose(self):
         self.assertEqual(self.listing("p.kraddon", "--glob", "*.m"),
@@ -206,6 +222,8 @@ class List(kraddontest.CliTest):
         self.assertEqual(self.listing("p.kraddon", "--glob", "lib", "!deep"),
                          ["lib/b.m", "lib/void"])
         self.assertEqual(self.listing("p.kraddon", "--glob", "void/"), ["lib/void"])
+        self.assertEqual(self.listing("p.kraddon", "--glob", "lib/**", "!tests/**", "!*.q"),
+                         ["lib/b.m", "lib/deep/c.m", "lib/void"])
         self.fails("list", "p.kraddon", "--glob", "*.m", "*.q",
                    message="cannot find '*.q': the package has nothing with that name")
 

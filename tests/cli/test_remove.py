@@ -61,9 +61,11 @@ class Remove(RemoveTest):
         self.assert_sound()
 
     def test_a_path_that_is_not_there_changes_nothing(self):
-        for path in ("none", "lib/none", "a.m/x", "lib/../a.m"):
+        for path, hint in (("none", None), ("lib/none", None), ("a.m/x", None),
+                           ("lib/../a.m", "did you mean 'a.m'?")):
             self.fails("remove", "p.kraddon", "a.m", path,
-                       message=f"cannot find '{path}': the package has nothing with that name")
+                       message=f"cannot find '{path}': the package has nothing with that name",
+                       hint=hint)
         self.fails("remove", "p.kraddon", "",
                    message="cannot find '': the path is empty", hint="'/' stands for everything")
         self.fails("remove", "p.kraddon", "--glob", "a.m", "*.x",
@@ -74,7 +76,8 @@ class Remove(RemoveTest):
 
     def test_paths_are_literal_without_glob(self):
         self.fails("remove", "p.kraddon", "*.m",
-                   message="cannot find '*.m': the package has nothing with that name")
+                   message="cannot find '*.m': the package has nothing with that name",
+                   hint="did you mean 'a.m'?")
         self.assert_unchanged()
 
     def test_what_is_named_twice_goes_once(self):

@@ -75,6 +75,14 @@ class Verify(kraddontest.CliTest):
                                       "package: internal target 'a:b': it has a scheme\n")
         self.assertEqual(self.verify("--opc", "-q", "e.docx", code=1).errors, "")
 
+    def test_a_plain_zip_file_is_called_one(self):
+        with zipfile.ZipFile(self.path("p.zip"), "w") as archive:
+            archive.writestr("a.txt", "a")
+        why = "it is a ZIP file, but not a package: it has no [Content_Types].xml"
+        result = self.verify("p.zip", code=1)
+        self.assertEqual(result.text, f"p.zip: error KR201: {why}\n")
+        self.fails("info", "p.zip", message=f"cannot open package 'p.zip': {why}")
+
     def test_the_line_is_named(self):
         with zipfile.ZipFile(self.path("p.docx"), "w") as archive:
             archive.writestr("[Content_Types].xml", TYPES.format("\n\n<"))

@@ -29,6 +29,20 @@ TEST(Suggest, FindsNothingForAWordThatIsFarFromAll) {
   EXPECT_EQ(text::nearest(std::string(1000000, 'x'), kWords), "");
 }
 
+TEST(Suggest, FindsTheNearestPathByNameAndLetters) {
+  const std::vector<std::string_view> paths{"src/Übersicht.md", "src/deep/a.m", "README.md"};
+
+  EXPECT_EQ(text::nearestPath("SRC/", paths), "src");
+  EXPECT_EQ(text::nearestPath("./README.md", paths), "README.md");
+  EXPECT_EQ(text::nearestPath("src\\deep", paths), "src/deep");
+  EXPECT_EQ(text::nearestPath("A.m", paths), "src/deep/a.m");
+  EXPECT_EQ(text::nearestPath("raedme", paths), "");
+  EXPECT_EQ(text::nearestPath("readme", paths), "README.md");
+  EXPECT_EQ(text::nearestPath("elsewhere", paths), "");
+  EXPECT_EQ(text::nearestPath("", paths), "");
+  EXPECT_EQ(text::nearestPath("a", {}), "");
+}
+
 TEST(Suggest, SaysSomethingElseWhenNothingIsNear) {
   EXPECT_EQ(text::suggestion("gt", kWords, "none"), "did you mean 'get'?");
   EXPECT_EQ(text::suggestion("qqqqqq", kWords, "none"), "none");

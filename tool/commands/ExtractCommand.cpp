@@ -53,7 +53,8 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "stdout", .help = "write one file to standard output"},
     line::OptionSpec{.longName = "max-size",
                      .valueName = "BYTES",
-                     .help = "write nothing if the total exceeds BYTES; a folder counts 4096"},
+                     .help = "write nothing if the total exceeds BYTES (4096, 10K, 10M or 2G); a "
+                             "folder counts 4096"},
     line::OptionSpec{.longName = "max-files",
                      .valueName = "N",
                      .help = "write nothing if there are more than N files and folders to make"},
@@ -62,8 +63,8 @@ constexpr std::array kOptions{
 /// What --max-size counts for a folder: a block of most file systems.
 constexpr std::uint64_t kFolderSize = 4096;
 
-std::optional<std::int64_t> limitOf(std::string_view option, const line::Invocation& invocation) {
-  return invocation.number(option, 0, std::numeric_limits<std::int64_t>::max());
+std::optional<std::int64_t> mostFiles(const line::Invocation& invocation) {
+  return invocation.number("max-files", 0, std::numeric_limits<std::int64_t>::max());
 }
 
 void checkOptions(const line::Invocation& invocation) {
@@ -72,8 +73,8 @@ void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("stdout", "force");
   invocation.refuseTogether("stdout", "skip-existing");
   invocation.refuseTogether("stdout", "dry-run");
-  limitOf("max-size", invocation);
-  limitOf("max-files", invocation);
+  invocation.byteCount("max-size");
+  mostFiles(invocation);
 }
 
 std::string destinationOf(const line::Invocation& invocation) {
@@ -111,11 +112,11 @@ void checkLimits(const std::vector<Item>& items, std::uint64_t folders,
     // A sum of more than 64 bits is too large, too.
     if (__builtin_add_overflow(size, item.info.size, &size)) size = ~std::uint64_t{0};
   }
-  const auto sizeLimit = limitOf("max-size", invocation);
+  const auto sizeLimit = invocation.byteCount("max-size");
   if (isBeyond(size, sizeLimit)) {
     fail(fmt::format("the total exceeds the {} bytes of --max-size", *sizeLimit));
   }
-  const auto fileLimit = limitOf("max-files", invocation);
+  const auto fileLimit = mostFiles(invocation);
   if (isBeyond(files + folders, fileLimit)) {
     fail(fmt::format("there are more files and folders than the {} of --max-files", *fileLimit));
   }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "opc/Text.h"
 #include "text/Suggest.h"
 #include "tool/line/OptionTable.h"
 #include "tool/process/Errors.h"
@@ -210,6 +211,25 @@ std::optional<std::int64_t> Invocation::number(std::string_view option, std::int
                           fmt::format("expected a whole number from {} to {}", least, most)));
   }
   return number;
+}
+
+std::optional<std::int64_t> Invocation::byteCount(std::string_view option) const {
+  const auto found = values_.find(option);
+  if (found == values_.end()) return std::nullopt;
+  constexpr std::string_view kUnits = "kmg";
+  std::string_view digits = found->second.back();
+  const char last = digits.empty() ? '0' : opc::toLowerAscii(digits.back());
+  const std::size_t unit = kUnits.find(last);
+  if (unit != kUnits.npos) digits.remove_suffix(1);
+  const std::int64_t factor = unit == kUnits.npos ? 1 : std::int64_t{1024} << (10 * unit);
+  const std::optional<std::int64_t> number = toInteger(digits);
+  std::int64_t bytes = 0;
+  if (!number || *number < 0 || __builtin_mul_overflow(*number, factor, &bytes)) {
+    throw process::UsageError(process::sentence(fmt::format("bad value of --{}", option),
+                                                found->second.back(),
+                                                "expected a size such as 4096, 10K, 10M or 2G"));
+  }
+  return bytes;
 }
 
 void Invocation::refuseTogether(std::string_view option, std::string_view other) const {

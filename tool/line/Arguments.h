@@ -52,6 +52,10 @@ class Invocation {
   std::optional<std::int64_t> number(std::string_view option, std::int64_t least,
                                      std::int64_t most) const;
 
+  /// The value as a number of bytes: "4096", "10K", "10M" or "2G", in powers of 1024. Throws
+  /// UsageError for anything else.
+  std::optional<std::int64_t> byteCount(std::string_view option) const;
+
   /// Throws UsageError if both were given.
   void refuseTogether(std::string_view option, std::string_view other) const;
 

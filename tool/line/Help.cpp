@@ -91,6 +91,10 @@ std::string usageOf(const CommandSpec& command) {
   return text + "\n";
 }
 
+std::string helpPointerOf(const CommandSpec& command) {
+  return fmt::format("Run 'kraddon help {}' for details.\n", command.name);
+}
+
 std::string helpOf(const CommandSpec& command) {
   std::string text = usageOf(command) + fmt::format("\n{}\n", command.summary);
   if (!command.description.empty()) text += "\n" + wrapped(command.description);

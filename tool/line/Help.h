@@ -20,6 +20,9 @@ std::vector<std::string> synopsisOf(const CommandSpec& command);
 /// "usage: kraddon create --name TEXT [OPTION...] PACKAGE [FOLDER]".
 std::string usageOf(const CommandSpec& command);
 
+/// "Run 'kraddon help create' for details.", a line for after the usage.
+std::string helpPointerOf(const CommandSpec& command);
+
 /// The complete help of a command.
 std::string helpOf(const CommandSpec& command);
 

@@ -68,9 +68,7 @@ void checkContentTypesStream(Packaging& packaging) {
   const auto items = findContentTypes(packaging.container, silent);
   if (items.empty()) {
     if (silent.isUsed()) return;
-    return packaging.report.addClipped(
-        kBadContentTypes, kContentTypesItem,
-        "content types stream '" + std::string(kContentTypesItem) + "': it is missing", "CT-1");
+    return packaging.report.addClipped(kBadContentTypes, {}, opc::model::kNoContentTypes, "CT-1");
   }
   const std::string name(wholeName(packaging.container.itemName(items.front())));
   if (name != kContentTypesItem) {

@@ -263,8 +263,7 @@ void Package::State::load() {
 void Package::State::loadContentTypes() {
   contentTypesItems_ = findContentTypes(physical_);
   if (contentTypesItems_.empty()) {
-    throw FormatError(
-        "CT-1", "content types stream '" + std::string(kContentTypesItem) + "': it is not there");
+    throw FormatError("CT-1", std::string(kNoContentTypes));
   }
   inContext([] { return "content types stream"; },
             [this] {

@@ -58,7 +58,7 @@ TEST(PatternChoice, OfAPathDoesNotDependOnThoseBefore) {
 }
 
 TEST(PatternChoice, NamesTheFirstPatternThatMatchedNothing) {
-  PatternChoice choice({"a/", "!a/b", "c", "d"});
+  PatternChoice choice({"a/", "!a/b", "!b", "c", "d"});
 
   choice.chooses("a/b", false);
 

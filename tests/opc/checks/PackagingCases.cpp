@@ -78,7 +78,7 @@ void emptyTypes(PackageUnderTest& p) {
 
 std::span<const PackageCase> packagingCases() {
   static const std::vector<PackageCase> kCases{
-      {201, "Missing", "CT-1", kTypesXml, [](auto& p) { p.zip.items.erase(p.zip.items.begin()); }},
+      {201, "Missing", "CT-1", "", [](auto& p) { p.zip.items.erase(p.zip.items.begin()); }},
       {201, "TwoCases", "CT-1", "[content_types].xml",
        [](auto& p) { p.add("[content_types].xml", typesXml()); }},
       {201, "Root", "CT-2", kTypesXml, stream("<Types/>")},

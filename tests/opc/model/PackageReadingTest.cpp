@@ -118,8 +118,8 @@ TEST(PackageReading, APackageWithoutContentTypesIsRefused) {
 
   EXPECT_EQ(fault.rule, "CT-1");
   EXPECT_EQ(fault.text,
-            "cannot open package 'memory.kraddon': content types stream '[Content_Types].xml': it "
-            "is not there");
+            "cannot open package 'memory.kraddon': it is a ZIP file, but not a package: it has "
+            "no [Content_Types].xml");
 }
 
 TEST(PackageReading, IncompleteContentTypesInPiecesAreNone) {

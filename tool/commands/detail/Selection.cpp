@@ -3,10 +3,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <type_traits>
 #include <unordered_map>
 
 #include "addon/build/PatternChoice.h"
 #include "text/Lines.h"
+#include "text/Suggest.h"
 #include "tool/process/Errors.h"
 
 namespace tool::commands::detail {
@@ -23,10 +26,25 @@ process::Failure isEmpty() {
                           "'/' stands for everything");
 }
 
-process::Failure namesNothing(const std::string& operand,
-                              const char* holders = "the package has nothing") {
+constexpr const char* kPackageHasNothing = "the package has nothing";
+
+process::Failure namesNothing(const std::string& operand, const char* holders,
+                              const std::string& hint) {
   return process::Failure(
-      process::sentence("cannot find", operand, fmt::format("{} with that name", holders)));
+      process::sentence("cannot find", operand, fmt::format("{} with that name", holders)), hint);
+}
+
+/// For a literal path that does not exist.
+std::string hintFor(const std::string& operand, const std::vector<std::string_view>& paths) {
+  const std::string nearest = text::nearestPath(operand, paths);
+  if (!nearest.empty()) return fmt::format("did you mean '{}'?", nearest);
+  return {};
+}
+
+std::vector<std::string_view> pathsOf(const std::vector<Item>& items) {
+  std::vector<std::string_view> paths;
+  for (const Item& item : items) paths.push_back(item.path);
+  return paths;
 }
 
 class LiteralPaths {
@@ -70,26 +88,42 @@ class LiteralPaths {
   std::unordered_map<std::string_view, bool> isUsed_;
 };
 
+/// Moves the items that are not chosen to the end. Returns where they begin.
 template <typename Chooser>
-void keepChosen(std::vector<Item>& items, Chooser& chooser) {
-  std::erase_if(items, [&](const Item& item) {
-    return !chooser.chooses(text::trimSlashes(item.path), item.isFolder());
+std::vector<Item>::iterator partition(std::vector<Item>& items, Chooser& chooser) {
+  return std::stable_partition(items.begin(), items.end(), [&](const Item& item) {
+    return chooser.chooses(text::trimSlashes(item.path), item.isFolder());
   });
 }
 
 template <typename Chooser>
+[[noreturn]] void refuseUnused(const Chooser& chooser, const char* holders,
+                               const std::vector<std::string_view>& paths) {
+  constexpr bool kIsLiteral = std::is_same_v<Chooser, LiteralPaths>;
+  const std::string& operand = *chooser.unused();
+  throw namesNothing(operand, holders, kIsLiteral ? hintFor(operand, paths) : std::string());
+}
+
+template <typename Chooser>
 std::vector<Item> chooseWith(std::vector<Item> items, Chooser chooser) {
-  keepChosen(items, chooser);
-  if (const std::string* operand = chooser.unused()) throw namesNothing(*operand);
+  const auto end = partition(items, chooser);
+  if (chooser.unused() != nullptr) refuseUnused(chooser, kPackageHasNothing, pathsOf(items));
+  items.erase(end, items.end());
   return items;
 }
 
 template <typename Chooser>
 void chooseInBothWith(std::vector<Item>& a, std::vector<Item>& b, Chooser chooser) {
-  keepChosen(a, chooser);
-  keepChosen(b, chooser);
-  if (const std::string* operand = chooser.unused())
-    throw namesNothing(*operand, "neither of the two has anything");
+  const auto endOfA = partition(a, chooser);
+  const auto endOfB = partition(b, chooser);
+  if (chooser.unused() != nullptr) {
+    std::vector<std::string_view> paths = pathsOf(a);
+    const std::vector<std::string_view> others = pathsOf(b);
+    paths.insert(paths.end(), others.begin(), others.end());
+    refuseUnused(chooser, "neither of the two has anything", paths);
+  }
+  a.erase(endOfA, a.end());
+  b.erase(endOfB, b.end());
 }
 
 }  // namespace
@@ -101,7 +135,10 @@ std::vector<FileSystemEntry> findEntries(AddonPackage& package,
   for (const std::string& operand : operands) {
     if (operand.empty()) throw isEmpty();
     const auto entry = tree.find(text::trimSlashes(operand));
-    if (entry == nullptr) throw namesNothing(operand);
+    if (entry == nullptr) {
+      const std::vector<Item> items = addon::comparison::readTree(package);
+      throw namesNothing(operand, kPackageHasNothing, hintFor(operand, pathsOf(items)));
+    }
     entries.push_back(*entry);
   }
   return entries;
