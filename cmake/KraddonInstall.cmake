@@ -36,7 +36,7 @@ install(TARGETS ${KRADDON_ARCHIVES} opc_interfaces EXPORT kraddonTargets
   INCLUDES DESTINATION include/kraddon)
 # Headers of a folder's own use are in detail/. Some outside of it include one; beyond their folders
 # only opc/checks uses them, which is not installed either.
-set(internal "opc/checks|opc/zippackage/ZipItemReader.h|opc/model/(ContentTypes|PartIndex|RelationshipSet|RelationshipTargets).h")
+set(internal "opc/checks|opc/zippackage/ZipItemReader.h|opc/model/(ContentTypes|PartIndex|RelationshipSet).h")
 foreach(folder addon/packaging fl/i18n hostarray opc)
   install(DIRECTORY ${folder}/ DESTINATION include/kraddon/${folder} COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE REGEX "/(${internal})$" EXCLUDE)

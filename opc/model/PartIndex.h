@@ -15,6 +15,7 @@
 #include "opc/model/FaultSink.h"
 #include "opc/model/Part.h"
 #include "opc/model/PieceSequences.h"
+#include "opc/model/RelationshipSet.h"
 #include "opc/model/detail/FolderSet.h"
 
 namespace opc::model {
@@ -105,5 +106,12 @@ class PartIndex {
   std::vector<PartId> orphans_;              // as they were when it was loaded
   std::set<std::string> untypedExtensions_;  // folded
 };
+
+/// The item that an internal relationship leads to, whatever its role; nothing when there is none.
+std::optional<PartId> findTarget(const PartIndex& index, const Relationship& relationship);
+
+/// A target that is not there may come later; one that is there and has no content type, which
+/// makes it no part, breaks CT-10.
+void checkTargetTypes(const PartIndex& index, const RelationshipSet& set, FaultSink& faults);
 
 }  // namespace opc::model

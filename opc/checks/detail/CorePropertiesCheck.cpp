@@ -5,7 +5,7 @@
 
 #include "opc/checks/Finding.h"
 #include "opc/checks/detail/Packaging.h"
-#include "opc/model/RelationshipTargets.h"
+#include "opc/model/PartIndex.h"
 #include "opc/plservices/CorePropertiesPart.h"
 
 namespace opc::checks::detail {

@@ -8,8 +8,8 @@
 #include "opc/checks/detail/Packaging.h"
 #include "opc/model/DomText.h"
 #include "opc/model/FormatConstants.h"
+#include "opc/model/PartIndex.h"
 #include "opc/model/PartName.h"
-#include "opc/model/RelationshipTargets.h"
 
 namespace opc::checks::detail {
 

@@ -10,7 +10,6 @@
 #include "opc/Text.h"
 #include "opc/model/FormatConstants.h"
 #include "opc/model/PieceStream.h"
-#include "opc/model/RelationshipTargets.h"
 #include "opc/model/detail/DocumentSize.h"
 #include "opc/model/detail/MemoryContentSource.h"
 
