@@ -223,7 +223,7 @@ ContentTypes ContentTypes::read(InputStream& stream, FaultSink& faults) {
   ContentTypes types;
   DelayedFaults::collect(faults, [&](FaultSink& delayed) {
     detail::ContentTypesReader reader(types, delayed);
-    XercesParser::parse(stream, reader);
+    parsePieces(stream, reader);
   });
   types.setUnchanged();
   return types;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <xercesc/dom/DOM.hpp>
 
@@ -9,18 +8,6 @@
 #include "opc/model/XercesHelper.h"
 
 namespace opc::model {
-
-/// Takes a document in pieces, so that it never is in memory as a whole DOM.
-class DocumentPieces {
- public:
-  virtual ~DocumentPieces() = default;
-
-  /// The root element with its attributes; its content is not there.
-  virtual void startRoot(const xercesc::DOMElement& root) = 0;
-  /// A child of the root with all that is below it, in document order. It is gone after the call.
-  /// Long text may come as several nodes.
-  virtual void takeChild(const xercesc::DOMNode& child) = 0;
-};
 
 /// The parser behind XercesHelper::createParser. May be used again and again, after failures too.
 class XercesParser {
@@ -38,17 +25,8 @@ class XercesParser {
   /// InvalidXMLDocument, and what the stream throws; there is no document then.
   xercesc::DOMDocument* parse(InputStream& stream);
 
-  /// Parses all of `stream` and hands it to `pieces` meanwhile, which may throw. Refuses a child of
-  /// the root, and a comment, of more than kMaxPieceSize bytes or kMaxPieceNodes nodes.
-  static void parse(InputStream& stream, DocumentPieces& pieces);
-  static constexpr std::size_t kMaxPieceSize = 4u << 20;
-  static constexpr std::size_t kMaxPieceNodes = 1u << 16;
-
  private:
-  class DomParser;
-  class PieceParser;
-
-  std::unique_ptr<DomParser> parser_;
+  DocumentPointer document_;
   bool comparesEncoding_ = true;
 };
 

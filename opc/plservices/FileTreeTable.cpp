@@ -5,31 +5,29 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
-#include "opc/model/DomText.h"
+#include "opc/model/DocumentPieces.h"
 #include "opc/model/PartName.h"
-#include "opc/model/XercesHelper.h"
-#include "opc/model/XercesParser.h"
 #include "opc/plservices/SchemaRoot.h"
 #include "opc/plservices/TreePath.h"
 
 namespace opc::plservices {
 namespace {
 
-using model::XercesHelper;
+using model::XmlNode;
 
 [[noreturn]] void refuse(const std::string& why) {
   throw FormatError("PN-13", why);
 }
 
-std::string requireAttribute(const xercesc::DOMElement* element, const char16_t* name) {
-  std::u16string value;
-  if (!XercesHelper::getElementAttribute(element, name, value)) {
+std::string requireAttribute(const XmlNode& element, const char16_t* name) {
+  const model::XmlAttribute* attribute = element.findAttribute(name);
+  if (attribute == nullptr) {
     refuse("an entry of the file tree has no attribute '" + toUtf8(name) + "'");
   }
-  return toUtf8(value);
+  return toUtf8(attribute->value);
 }
 
-std::string readPath(const xercesc::DOMElement* element) {
+std::string readPath(const XmlNode& element) {
   std::string path = model::percentDecodePath(requireAttribute(element, FileTreeTable::kPath));
   if (const char* fault = findPathFault(path)) {
     refuse("path '" + path + "' cannot stand in a file tree: " + fault);
@@ -42,22 +40,19 @@ class TableReader final : public model::DocumentPieces {
  public:
   explicit TableReader(FileTreeTable& table) : table_(table) {}
 
-  void startRoot(const xercesc::DOMElement& root) override {
+  void startRoot(const XmlNode& root) override {
     const std::u16string space = FileTreeTable::namespaceURI();
-    if (model::domNamespace(root) == space && model::domLocalName(root) == FileTreeTable::kRoot) {
-      return;
-    }
+    if (root.name.namespaceUri == space && root.name.localName == FileTreeTable::kRoot) return;
     refuse("the root element is not 'fileTree' of the namespace '" + toUtf8(space) + "'");
   }
 
-  void takeChild(const xercesc::DOMNode& child) override {
-    if (!model::isElementNode(child)) return;
-    const auto* entry = static_cast<const xercesc::DOMElement*>(&child);
-    const std::u16string_view kind = model::domLocalName(child);
+  void takeChild(const XmlNode& child) override {
+    if (!child.isElement()) return;
+    const std::u16string_view kind = child.name.localName;
     if (kind == FileTreeTable::kFolder) {
-      table_.folders.push_back(readPath(entry));
+      table_.folders.push_back(readPath(child));
     } else if (kind == FileTreeTable::kFile) {
-      table_.files.push_back({readPath(entry), requireAttribute(entry, FileTreeTable::kPart)});
+      table_.files.push_back({readPath(child), requireAttribute(child, FileTreeTable::kPart)});
     } else {
       // It may be a file, and its loss would not be noticed.
       refuse("the file tree has an entry that is neither a file nor a folder");
@@ -103,7 +98,7 @@ std::u16string FileTreeTable::namespaceURI() {
 FileTreeTable FileTreeTable::read(InputStream& stream) {
   FileTreeTable table;
   TableReader reader(table);
-  model::XercesParser::parse(stream, reader);
+  model::parsePieces(stream, reader);
   return table;
 }
 

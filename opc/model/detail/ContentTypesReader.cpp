@@ -8,34 +8,29 @@
 namespace opc::model::detail {
 namespace {
 
-using xercesc::DOMElement;
-using xercesc::DOMNode;
-
-std::string quoted(const DOMNode& node) {
-  return "'" + domName(node) + "'";
+std::string quoted(const XmlName& name) {
+  return "'" + name.shown() + "'";
 }
 
 // The rule that an attribute without a place breaks.
-const char* foreignAttributeRule(const DOMNode& attribute, const char* ownRule) {
-  const std::u16string_view space = domNamespace(attribute);
+const char* foreignAttributeRule(const XmlAttribute& attribute, const char* ownRule) {
+  const std::u16string_view space = attribute.name.namespaceUri;
   if (space == kXmlNamespace || space == kSchemaInstanceNamespace) return "XM-4";
   return space.empty() ? ownRule : "CT-13";
 }
 
-void checkRoot(const DOMElement& root) {
-  if (domNamespace(root) != kContentTypesNamespace || domLocalName(root) != u"Types") {
-    throw FormatError("CT-2", "root element " + quoted(root) +
+void checkRoot(const XmlNode& root) {
+  if (root.name.namespaceUri != kContentTypesNamespace || root.name.localName != u"Types") {
+    throw FormatError("CT-2", "root element " + quoted(root.name) +
                                   ": it is not 'Types' of the content types namespace");
   }
 }
 
-void checkRootAttributes(const DOMElement& root) {
-  const xercesc::DOMNamedNodeMap* attributes = root.getAttributes();
-  for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-    const DOMNode& attribute = *attributes->item(i);
-    if (isNamespaceDeclaration(attribute)) continue;
+void checkRootAttributes(const XmlNode& root) {
+  for (const XmlAttribute& attribute : root.attributes) {
+    if (attribute.isNamespaceDeclaration()) continue;
     throw FormatError(foreignAttributeRule(attribute, "CT-2"),
-                      "attribute " + quoted(attribute) + ": the root element takes none");
+                      "attribute " + quoted(attribute.name) + ": the root element takes none");
   }
 }
 
@@ -45,41 +40,33 @@ struct EntryAttributes {
   std::u16string_view type;
 };
 
-EntryAttributes readAttributes(const DOMElement& element, std::u16string_view keyName) {
-  const XMLCh* key = nullptr;
-  const XMLCh* type = nullptr;
-  const xercesc::DOMNamedNodeMap* attributes = element.getAttributes();
-  for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-    const DOMNode& attribute = *attributes->item(i);
-    if (isNamespaceDeclaration(attribute)) continue;
-    const bool own = domNamespace(attribute).empty();
-    if (own && domLocalName(attribute) == keyName) {
-      key = attribute.getNodeValue();
-    } else if (own && domLocalName(attribute) == u"ContentType") {
-      type = attribute.getNodeValue();
+EntryAttributes readAttributes(const XmlNode& element, std::u16string_view keyName) {
+  const XmlAttribute* key = nullptr;
+  const XmlAttribute* type = nullptr;
+  for (const XmlAttribute& attribute : element.attributes) {
+    if (attribute.isNamespaceDeclaration()) continue;
+    const bool own = attribute.name.namespaceUri.empty();
+    if (own && attribute.name.localName == keyName) {
+      key = &attribute;
+    } else if (own && attribute.name.localName == u"ContentType") {
+      type = &attribute;
     } else {
-      throw FormatError(
-          foreignAttributeRule(attribute, "CT-3"),
-          "attribute " + quoted(attribute) + ": element " + quoted(element) + " does not take it");
+      throw FormatError(foreignAttributeRule(attribute, "CT-3"),
+                        "attribute " + quoted(attribute.name) + ": element " +
+                            quoted(element.name) + " does not take it");
     }
   }
   if (key == nullptr || type == nullptr) {
-    throw FormatError("CT-3", "element " + quoted(element) + ": it lacks the attribute '" +
+    throw FormatError("CT-3", "element " + quoted(element.name) + ": it lacks the attribute '" +
                                   toUtf8ForDisplay(key == nullptr ? keyName : u"ContentType") +
                                   "'");
   }
-  return {domText(key), domText(type)};
+  return {key->value, type->value};
 }
 
-void checkEmpty(const DOMElement& element) {
-  for (const DOMNode* node = element.getFirstChild(); node != nullptr;
-       node = node->getNextSibling()) {
-    if (node->getNodeType() == DOMNode::COMMENT_NODE ||
-        node->getNodeType() == DOMNode::PROCESSING_INSTRUCTION_NODE) {
-      continue;
-    }
-    throw FormatError("CT-3", "element " + quoted(element) + ": it is not empty");
-  }
+void checkEmpty(const XmlNode& element) {
+  if (element.firstChild == nullptr) return;
+  throw FormatError("CT-3", "element " + quoted(element.name) + ": it is not empty");
 }
 
 // The type, with the entry named when it is none.
@@ -91,7 +78,7 @@ ContentType readType(std::u16string_view type, const std::string& entry) {
   }
 }
 
-void readDefault(const DOMElement& element, ContentTypes& types) {
+void readDefault(const XmlNode& element, ContentTypes& types) {
   const EntryAttributes attributes = readAttributes(element, u"Extension");
   checkEmpty(element);
   const std::string extension = toUtf8ForDisplay(attributes.key);
@@ -108,7 +95,7 @@ PartName readPartName(std::u16string_view name) {
   }
 }
 
-void readOverride(const DOMElement& element, ContentTypes& types) {
+void readOverride(const XmlNode& element, ContentTypes& types) {
   const EntryAttributes attributes = readAttributes(element, u"PartName");
   checkEmpty(element);
   const PartName name = readPartName(attributes.key);
@@ -116,24 +103,23 @@ void readOverride(const DOMElement& element, ContentTypes& types) {
                     readType(attributes.type, "type override for '" + name.canonical() + "'"));
 }
 
-void readChild(const DOMNode& node, ContentTypes& types) {
-  if (isTextNode(node)) {
-    if (trimXmlSpace(domText(node.getNodeValue())).empty()) return;
+void readChild(const XmlNode& node, ContentTypes& types) {
+  if (!node.isElement()) {
+    if (trimXmlSpace(node.text).empty()) return;
     throw FormatError("CT-2", "root element 'Types': it holds text");
   }
-  if (!isElementNode(node)) return;
-  const auto& element = static_cast<const DOMElement&>(node);
-  if (domNamespace(node) != kContentTypesNamespace) {
-    throw FormatError("CT-13", "element " + quoted(node) + ": it is of another namespace");
+  if (node.name.namespaceUri != kContentTypesNamespace) {
+    throw FormatError("CT-13", "element " + quoted(node.name) + ": it is of another namespace");
   }
-  if (domLocalName(node) == u"Default") return readDefault(element, types);
-  if (domLocalName(node) == u"Override") return readOverride(element, types);
-  throw FormatError("CT-2", "element " + quoted(node) + ": it is neither 'Default' nor 'Override'");
+  if (node.name.localName == u"Default") return readDefault(node, types);
+  if (node.name.localName == u"Override") return readOverride(node, types);
+  throw FormatError("CT-2",
+                    "element " + quoted(node.name) + ": it is neither 'Default' nor 'Override'");
 }
 
 }  // namespace
 
-void ContentTypesReader::startRoot(const DOMElement& root) {
+void ContentTypesReader::startRoot(const XmlNode& root) {
   readPiece(faults_, [&] {
     checkRoot(root);
     isRead_ = true;
@@ -141,7 +127,7 @@ void ContentTypesReader::startRoot(const DOMElement& root) {
   });
 }
 
-void ContentTypesReader::takeChild(const DOMNode& child) {
+void ContentTypesReader::takeChild(const XmlNode& child) {
   if (!isRead_) return;
   readPiece(faults_, [&] { readChild(child, types_); });
 }

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "opc/model/ContentTypes.h"
+#include "opc/model/DocumentPieces.h"
 #include "opc/model/FaultSink.h"
-#include "opc/model/XercesParser.h"
 
 namespace opc::model::detail {
 
@@ -13,8 +13,8 @@ class ContentTypesReader final : public DocumentPieces {
   /// Both must outlive it.
   ContentTypesReader(ContentTypes& types, FaultSink& faults) : types_(types), faults_(faults) {}
 
-  void startRoot(const xercesc::DOMElement& root) override;
-  void takeChild(const xercesc::DOMNode& child) override;
+  void startRoot(const XmlNode& root) override;
+  void takeChild(const XmlNode& child) override;
 
  private:
   ContentTypes& types_;

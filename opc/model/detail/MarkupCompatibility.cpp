@@ -13,19 +13,17 @@
 namespace opc::model::detail {
 namespace {
 
-using xercesc::DOMElement;
-using xercesc::DOMNode;
-
-FormatError invalidMarkup(const DOMNode& node, const std::string& why) {
-  return {"RL-13", "element '" + domName(node) + "': " + why};
+FormatError invalidMarkup(const XmlNode& element, const std::string& why) {
+  return {"RL-13", "element '" + element.name.shown() + "': " + why};
 }
 
-bool isCompatibility(const DOMNode& node, std::u16string_view localName) {
-  return domNamespace(node) == kMarkupCompatibilityNamespace && domLocalName(node) == localName;
+bool isCompatibility(const XmlNode& element, std::u16string_view localName) {
+  return element.name.namespaceUri == kMarkupCompatibilityNamespace &&
+         element.name.localName == localName;
 }
 
-FormatError invalidAttribute(const DOMNode& attribute, const std::string& why) {
-  return {"RL-13", "attribute '" + domName(attribute) + "': " + why};
+FormatError invalidAttribute(const XmlAttribute& attribute, const std::string& why) {
+  return {"RL-13", "attribute '" + attribute.name.shown() + "': " + why};
 }
 
 // The words of a list, without the white space between them.
@@ -52,20 +50,20 @@ void countDown(Map& map, const Key& key) {
 }
 
 /// What the elements around a place say about namespaces: which prefix means what, which are
-/// ignorable, which elements give up their tags only. Entered and left like the elements; kept here
-/// rather than asked of the DOM, whose look-ups walk all the way up.
+/// ignorable, which elements give up their tags only. Entered and left like the elements; kept
+/// here, since an element does not know what is around it.
 class MarkupScope {
  public:
   /// Takes over the element's namespace declarations, Ignorable and ProcessContent. Throws
   /// FormatError (RL-13) for an undeclared prefix and an unknown attribute of compatibility.
-  void enter(const xercesc::DOMElement& element);
+  void enter(const XmlNode& element);
   void leave();
 
   bool isIgnorable(std::u16string_view namespaceUri) const;
   /// Whether an ignorable element is replaced by its content.
-  bool keepsContent(const xercesc::DOMElement& element) const;
+  bool keepsContent(const XmlNode& element) const;
   /// The namespaces of a list of prefixes, in order.
-  std::vector<std::u16string_view> resolve(const xercesc::DOMNode& attribute) const;
+  std::vector<std::u16string_view> resolve(const XmlAttribute& attribute) const;
 
  private:
   using Name = std::pair<std::u16string, std::u16string>;
@@ -75,11 +73,11 @@ class MarkupScope {
     std::vector<Name> content;
   };
 
-  void declare(const xercesc::DOMNode& attribute);
-  void readCompatibility(const xercesc::DOMNode& attribute);
-  void addContent(const xercesc::DOMNode& attribute);
+  void declare(const XmlAttribute& attribute);
+  void readCompatibility(const XmlAttribute& attribute);
+  void addContent(const XmlAttribute& attribute);
   std::u16string_view resolvePrefix(std::u16string_view prefix,
-                                    const xercesc::DOMNode& attribute) const;
+                                    const XmlAttribute& attribute) const;
 
   std::vector<Level> levels_;
   std::map<std::u16string, std::vector<std::u16string_view>, std::less<>> prefixes_;
@@ -87,16 +85,14 @@ class MarkupScope {
   std::map<Name, std::size_t> content_;
 };
 
-void MarkupScope::enter(const xercesc::DOMElement& element) {
+void MarkupScope::enter(const XmlNode& element) {
   levels_.emplace_back();
-  const xercesc::DOMNamedNodeMap* attributes = element.getAttributes();
   // Declarations first: prefixes may be used in an attribute that stands before them.
-  for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-    if (isNamespaceDeclaration(*attributes->item(i))) declare(*attributes->item(i));
+  for (const XmlAttribute& attribute : element.attributes) {
+    if (attribute.isNamespaceDeclaration()) declare(attribute);
   }
-  for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-    const DOMNode& attribute = *attributes->item(i);
-    if (domNamespace(attribute) == kMarkupCompatibilityNamespace) readCompatibility(attribute);
+  for (const XmlAttribute& attribute : element.attributes) {
+    if (attribute.name.namespaceUri == kMarkupCompatibilityNamespace) readCompatibility(attribute);
   }
 }
 
@@ -116,30 +112,30 @@ bool MarkupScope::isIgnorable(std::u16string_view namespaceUri) const {
   return ignorable_.find(namespaceUri) != ignorable_.end();
 }
 
-bool MarkupScope::keepsContent(const xercesc::DOMElement& element) const {
+bool MarkupScope::keepsContent(const XmlNode& element) const {
   if (content_.empty()) return false;
-  const std::u16string space(domNamespace(element));
-  return content_.contains({space, std::u16string(domLocalName(element))}) ||
+  const std::u16string space(element.name.namespaceUri);
+  return content_.contains({space, std::u16string(element.name.localName)}) ||
          content_.contains({space, u"*"});
 }
 
-std::vector<std::u16string_view> MarkupScope::resolve(const DOMNode& attribute) const {
+std::vector<std::u16string_view> MarkupScope::resolve(const XmlAttribute& attribute) const {
   std::vector<std::u16string_view> spaces;
-  for (const std::u16string_view prefix : splitWords(domText(attribute.getNodeValue()))) {
+  for (const std::u16string_view prefix : splitWords(attribute.value)) {
     spaces.push_back(resolvePrefix(prefix, attribute));
   }
   return spaces;
 }
 
-void MarkupScope::declare(const DOMNode& attribute) {
-  const bool hasPrefix = attribute.getPrefix() != nullptr;
-  std::u16string prefix(hasPrefix ? domLocalName(attribute) : u"");
-  prefixes_[prefix].push_back(domText(attribute.getNodeValue()));
+void MarkupScope::declare(const XmlAttribute& attribute) {
+  const bool hasPrefix = attribute.name.qualifiedName != attribute.name.localName;
+  std::u16string prefix(hasPrefix ? attribute.name.localName : std::u16string_view());
+  prefixes_[prefix].push_back(attribute.value);
   levels_.back().prefixes.push_back(std::move(prefix));
 }
 
-void MarkupScope::readCompatibility(const DOMNode& attribute) {
-  const std::u16string_view name = domLocalName(attribute);
+void MarkupScope::readCompatibility(const XmlAttribute& attribute) {
+  const std::u16string_view name = attribute.name.localName;
   if (name == u"Ignorable") {
     for (const std::u16string_view space : resolve(attribute)) {
       ++ignorable_[std::u16string(space)];
@@ -153,8 +149,8 @@ void MarkupScope::readCompatibility(const DOMNode& attribute) {
   }
 }
 
-void MarkupScope::addContent(const DOMNode& attribute) {
-  for (const std::u16string_view word : splitWords(domText(attribute.getNodeValue()))) {
+void MarkupScope::addContent(const XmlAttribute& attribute) {
+  for (const std::u16string_view word : splitWords(attribute.value)) {
     const std::size_t colon = word.find(u':');
     if (colon == std::u16string_view::npos || colon + 1 == word.size()) {
       throw invalidAttribute(attribute, "'" + toUtf8ForDisplay(word) + "' has no prefix");
@@ -167,7 +163,7 @@ void MarkupScope::addContent(const DOMNode& attribute) {
 }
 
 std::u16string_view MarkupScope::resolvePrefix(std::u16string_view prefix,
-                                               const DOMNode& attribute) const {
+                                               const XmlAttribute& attribute) const {
   if (prefix == u"xml") return kXmlNamespace;  // declared from the start
   const auto found = prefixes_.find(prefix);
   if (prefix.empty() || found == prefixes_.end()) {
@@ -184,16 +180,16 @@ class MarkupProcessor::State {
   State(std::u16string_view understood, MarkupConsumer& consumer)
       : understood_(understood), consumer_(consumer) {}
 
-  void startRoot(const DOMElement& root) { visitElement(root); }
+  void startRoot(const XmlNode& root) { visitElement(root); }
 
-  void takeChild(const DOMNode& child) {
+  void takeChild(const XmlNode& child) {
     if (frames_.empty()) return;  // the root is left out
-    const DOMNode* next = visit(child) ? child.getFirstChild() : nullptr;
+    const XmlNode* next = visit(child) ? child.firstChild : nullptr;
     while (frames_.size() > 1) {
       if (next == nullptr) {
-        next = leave()->getNextSibling();
+        next = leave()->next;
       } else {
-        next = visit(*next) ? next->getFirstChild() : next->getNextSibling();
+        next = visit(*next) ? next->firstChild : next->next;
       }
     }
   }
@@ -201,15 +197,16 @@ class MarkupProcessor::State {
  private:
   enum class Kind { Kept, Unwrapped, Alternatives };
   struct Frame {
-    const DOMElement* element;
+    const XmlNode* element;
     Kind kind;
-    const DOMNode* chosen;  // the child of AlternateContent that applies, if any
+    const XmlNode* chosen;  // the child of AlternateContent that applies, if any
   };
 
   // Each visit returns whether the element was entered, so that its children come next.
-  bool visit(const DOMNode& node) {
-    if (isTextNode(node)) visitText(domText(node.getNodeValue()));
-    return isElementNode(node) && visitElement(static_cast<const DOMElement&>(node));
+  bool visit(const XmlNode& node) {
+    if (node.isElement()) return visitElement(node);
+    visitText(node.text);
+    return false;
   }
 
   void visitText(std::u16string_view text) {
@@ -220,14 +217,14 @@ class MarkupProcessor::State {
     }
   }
 
-  bool visitElement(const DOMElement& element) {
+  bool visitElement(const XmlNode& element) {
     if (!frames_.empty() && frames_.back().kind == Kind::Alternatives) {
       if (&element != frames_.back().chosen) return false;
       scope_.enter(element);
       return enter(element, Kind::Unwrapped, nullptr);
     }
     scope_.enter(element);
-    const std::u16string_view space = domNamespace(element);
+    const std::u16string_view space = element.name.namespaceUri;
     if (space == understood_) return enterUnderstood(element);
     if (isCompatibility(element, u"AlternateContent")) {
       checkPlainAttributes(element, {});
@@ -236,15 +233,15 @@ class MarkupProcessor::State {
     return visitForeign(element);
   }
 
-  bool enterUnderstood(const DOMElement& element) {
+  bool enterUnderstood(const XmlNode& element) {
     requireUnderstood(element);
     consumer_.startElement(element, keptAttributes(element));
     frames_.push_back({&element, Kind::Kept, nullptr});
     return true;
   }
 
-  bool visitForeign(const DOMElement& element) {
-    if (!scope_.isIgnorable(domNamespace(element))) {
+  bool visitForeign(const XmlNode& element) {
+    if (!scope_.isIgnorable(element.name.namespaceUri)) {
       throw invalidMarkup(element, "its namespace is neither understood nor ignorable");
     }
     if (scope_.keepsContent(element)) return enter(element, Kind::Unwrapped, nullptr);
@@ -252,13 +249,13 @@ class MarkupProcessor::State {
     return false;
   }
 
-  bool enter(const DOMElement& element, Kind kind, const DOMNode* chosen) {
+  bool enter(const XmlNode& element, Kind kind, const XmlNode* chosen) {
     requireUnderstood(element);
     frames_.push_back({&element, kind, chosen});
     return true;
   }
 
-  const DOMNode* leave() {
+  const XmlNode* leave() {
     const Frame frame = frames_.back();
     frames_.pop_back();
     scope_.leave();
@@ -270,9 +267,9 @@ class MarkupProcessor::State {
     return space == understood_ || space == kMarkupCompatibilityNamespace;
   }
 
-  void requireUnderstood(const DOMElement& element) const {
-    const DOMNode* attribute =
-        element.getAttributeNodeNS(kMarkupCompatibilityNamespace.data(), u"MustUnderstand");
+  void requireUnderstood(const XmlNode& element) const {
+    const XmlAttribute* attribute =
+        element.findAttribute(kMarkupCompatibilityNamespace, u"MustUnderstand");
     if (attribute == nullptr) return;
     for (const std::u16string_view space : scope_.resolve(*attribute)) {
       if (isUnderstood(space)) continue;
@@ -282,17 +279,15 @@ class MarkupProcessor::State {
   }
 
   // What is neither a declaration nor of markup compatibility nor ignorable.
-  std::vector<const DOMNode*> keptAttributes(const DOMElement& element) const {
-    std::vector<const DOMNode*> kept;
-    const xercesc::DOMNamedNodeMap* attributes = element.getAttributes();
-    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
-      const DOMNode& attribute = *attributes->item(i);
-      const std::u16string_view space = domNamespace(attribute);
-      if (isNamespaceDeclaration(attribute) || space == kMarkupCompatibilityNamespace) continue;
+  std::vector<const XmlAttribute*> keptAttributes(const XmlNode& element) const {
+    std::vector<const XmlAttribute*> kept;
+    for (const XmlAttribute& attribute : element.attributes) {
+      const std::u16string_view space = attribute.name.namespaceUri;
+      if (attribute.isNamespaceDeclaration() || space == kMarkupCompatibilityNamespace) continue;
       const bool known = space.empty() || space == understood_ || space == kXmlNamespace;
       if (!known && scope_.isIgnorable(space)) continue;
       if (!known) {
-        throw invalidMarkup(element, "the namespace of attribute '" + domName(attribute) +
+        throw invalidMarkup(element, "the namespace of attribute '" + attribute.name.shown() +
                                          "' is neither understood nor ignorable");
       }
       kept.push_back(&attribute);
@@ -301,22 +296,22 @@ class MarkupProcessor::State {
   }
 
   // For elements of markup compatibility, which take one attribute of their own at most.
-  void checkPlainAttributes(const DOMElement& element, std::u16string_view allowed) const {
-    for (const DOMNode* attribute : keptAttributes(element)) {
-      if (domNamespace(*attribute).empty() && domLocalName(*attribute) == allowed) continue;
-      throw invalidMarkup(element, "it does not take attribute '" + domName(*attribute) + "'");
+  void checkPlainAttributes(const XmlNode& element, std::u16string_view allowed) const {
+    for (const XmlAttribute* attribute : keptAttributes(element)) {
+      const XmlName& name = attribute->name;
+      if (name.namespaceUri.empty() && name.localName == allowed) continue;
+      throw invalidMarkup(element, "it does not take attribute '" + name.shown() + "'");
     }
   }
 
   // The first choice whose requirements are met, else the fallback, else null.
-  const DOMNode* choose(const DOMElement& alternatives) {
-    const DOMNode* chosen = nullptr;
+  const XmlNode* choose(const XmlNode& alternatives) {
+    const XmlNode* chosen = nullptr;
     bool anyChoice = false;
     bool fallback = false;
-    for (const DOMNode* node = alternatives.getFirstChild(); node != nullptr;
-         node = node->getNextSibling()) {
-      if (!isElementNode(*node)) continue;
-      const auto& branch = static_cast<const DOMElement&>(*node);
+    for (const XmlNode* node = alternatives.firstChild; node != nullptr; node = node->next) {
+      if (!node->isElement()) continue;
+      const XmlNode& branch = *node;
       const bool isChoice = isCompatibility(branch, u"Choice");
       if (!isChoice && !isCompatibility(branch, u"Fallback")) {
         requireIgnorable(branch);
@@ -334,17 +329,17 @@ class MarkupProcessor::State {
     return chosen;
   }
 
-  void requireIgnorable(const DOMElement& branch) {
+  void requireIgnorable(const XmlNode& branch) {
     scope_.enter(branch);
-    const bool ignorable = scope_.isIgnorable(domNamespace(branch));
+    const bool ignorable = scope_.isIgnorable(branch.name.namespaceUri);
     scope_.leave();
     if (!ignorable) throw invalidMarkup(branch, "it is neither a choice nor a fallback");
   }
 
-  bool meetsRequirements(const DOMElement& choice) {
+  bool meetsRequirements(const XmlNode& choice) {
     scope_.enter(choice);
     checkPlainAttributes(choice, u"Requires");
-    const DOMNode* attribute = choice.getAttributeNode(u"Requires");
+    const XmlAttribute* attribute = choice.findAttribute(u"Requires");
     const std::vector<std::u16string_view> spaces =
         attribute == nullptr ? std::vector<std::u16string_view>() : scope_.resolve(*attribute);
     scope_.leave();
@@ -353,7 +348,7 @@ class MarkupProcessor::State {
                        [this](std::u16string_view space) { return isUnderstood(space); });
   }
 
-  bool checkFallback(const DOMElement& fallback) {
+  bool checkFallback(const XmlNode& fallback) {
     scope_.enter(fallback);
     checkPlainAttributes(fallback, {});
     scope_.leave();
@@ -371,11 +366,11 @@ MarkupProcessor::MarkupProcessor(std::u16string_view understoodNamespace, Markup
 
 MarkupProcessor::~MarkupProcessor() = default;
 
-void MarkupProcessor::startRoot(const DOMElement& root) {
+void MarkupProcessor::startRoot(const XmlNode& root) {
   state_->startRoot(root);
 }
 
-void MarkupProcessor::takeChild(const DOMNode& child) {
+void MarkupProcessor::takeChild(const XmlNode& child) {
   state_->takeChild(child);
 }
 

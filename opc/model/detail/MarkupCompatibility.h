@@ -4,7 +4,8 @@
 #include <memory>
 #include <string_view>
 #include <vector>
-#include <xercesc/dom/DOM.hpp>
+
+#include "opc/model/DocumentPieces.h"
 
 namespace opc::model::detail {
 
@@ -14,8 +15,8 @@ class MarkupConsumer {
   virtual ~MarkupConsumer() = default;
 
   /// `attributes` without namespace declarations and without what is ignored.
-  virtual void startElement(const xercesc::DOMElement& element,
-                            const std::vector<const xercesc::DOMNode*>& attributes) = 0;
+  virtual void startElement(const XmlNode& element,
+                            const std::vector<const XmlAttribute*>& attributes) = 0;
   virtual void endElement() = 0;
   virtual void characters(std::u16string_view text) = 0;
 };
@@ -33,9 +34,9 @@ class MarkupProcessor {
   MarkupProcessor& operator=(const MarkupProcessor&) = delete;
 
   /// To be called once, first; the root must outlive this.
-  void startRoot(const xercesc::DOMElement& root);
+  void startRoot(const XmlNode& root);
   /// For each child of the root, in order. It need not stay.
-  void takeChild(const xercesc::DOMNode& child);
+  void takeChild(const XmlNode& child);
 
  private:
   class State;

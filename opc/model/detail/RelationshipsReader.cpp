@@ -5,8 +5,8 @@
 #include <xercesc/util/XMLChar.hpp>
 
 #include "opc/Exception.h"
+#include "opc/model/DocumentPieces.h"
 #include "opc/model/DomText.h"
-#include "opc/model/XercesParser.h"
 #include "opc/model/detail/MarkupCompatibility.h"
 #include "opc/model/detail/TargetResolution.h"
 
@@ -17,8 +17,8 @@ class RelationshipsReader final : public MarkupConsumer {
  public:
   RelationshipsReader(RelationshipSet& set, FaultSink& faults) : set_(set), faults_(faults) {}
 
-  void startElement(const xercesc::DOMElement& element,
-                    const std::vector<const xercesc::DOMNode*>& attributes) override {
+  void startElement(const XmlNode& element,
+                    const std::vector<const XmlAttribute*>& attributes) override {
     ++depth_;
     readPiece(faults_, [&] { take(element, attributes); });
   }
@@ -34,74 +34,79 @@ class RelationshipsReader final : public MarkupConsumer {
  private:
   // The attributes of one element. Null where there is none.
   struct Attributes {
-    const XMLCh* id = nullptr;
-    const XMLCh* type = nullptr;
-    const XMLCh* target = nullptr;
-    const XMLCh* mode = nullptr;
+    const XmlAttribute* id = nullptr;
+    const XmlAttribute* type = nullptr;
+    const XmlAttribute* target = nullptr;
+    const XmlAttribute* mode = nullptr;
   };
 
-  void take(const xercesc::DOMElement& element,
-            const std::vector<const xercesc::DOMNode*>& attributes) {
-    for (const xercesc::DOMNode* attribute : attributes) checkNamespace(*attribute);
+  // "" if there is none.
+  static std::u16string_view valueOf(const XmlAttribute* attribute) {
+    return attribute == nullptr ? std::u16string_view() : attribute->value;
+  }
+
+  void take(const XmlNode& element, const std::vector<const XmlAttribute*>& attributes) {
+    for (const XmlAttribute* attribute : attributes) checkNamespace(*attribute);
     if (depth_ == 1) {
       startRoot(element, attributes);
     } else if (depth_ == 2) {
       startRelationship(element, attributes);
     } else {
-      throw FormatError("RL-3",
-                        "element '" + domName(element) + "': a relationship has no elements in it");
+      throw FormatError(
+          "RL-3", "element '" + element.name.shown() + "': a relationship has no elements in it");
     }
   }
 
-  static void checkNamespace(const xercesc::DOMNode& attribute) {
-    if (domNamespace(attribute) != kXmlNamespace) return;
-    const char* rule = domLocalName(attribute) == u"base" ? "RL-14" : "XM-4";
-    throw FormatError(rule, "attribute '" + domName(attribute) + "': it may not stand here");
+  static void checkNamespace(const XmlAttribute& attribute) {
+    const XmlName& name = attribute.name;
+    if (name.namespaceUri != kXmlNamespace) return;
+    const char* rule = name.localName == u"base" ? "RL-14" : "XM-4";
+    throw FormatError(rule, "attribute '" + name.shown() + "': it may not stand here");
   }
 
-  static void startRoot(const xercesc::DOMElement& element,
-                        const std::vector<const xercesc::DOMNode*>& attributes) {
-    if (domLocalName(element) != u"Relationships") {
+  static void startRoot(const XmlNode& element,
+                        const std::vector<const XmlAttribute*>& attributes) {
+    if (element.name.localName != u"Relationships") {
       throw FormatError("RL-3",
-                        "root element '" + domName(element) + "': it is not 'Relationships'");
+                        "root element '" + element.name.shown() + "': it is not 'Relationships'");
     }
     if (!attributes.empty()) {
-      throw FormatError(
-          "RL-3", "attribute '" + domName(*attributes.front()) + "': the root element takes none");
+      throw FormatError("RL-3", "attribute '" + attributes.front()->name.shown() +
+                                    "': the root element takes none");
     }
   }
 
-  void startRelationship(const xercesc::DOMElement& element,
-                         const std::vector<const xercesc::DOMNode*>& attributes) {
-    if (domLocalName(element) != u"Relationship") {
-      throw FormatError("RL-3", "element '" + domName(element) + "': it is not 'Relationship'");
+  void startRelationship(const XmlNode& element,
+                         const std::vector<const XmlAttribute*>& attributes) {
+    if (element.name.localName != u"Relationship") {
+      throw FormatError("RL-3", "element '" + element.name.shown() + "': it is not 'Relationship'");
     }
     add(readAttributes(attributes));
   }
 
-  static Attributes readAttributes(const std::vector<const xercesc::DOMNode*>& attributes) {
+  static Attributes readAttributes(const std::vector<const XmlAttribute*>& attributes) {
     Attributes result;
-    for (const xercesc::DOMNode* attribute : attributes) {
-      const std::u16string_view name = domLocalName(*attribute);
-      const bool own = domNamespace(*attribute).empty();
-      const XMLCh** slot = !own                    ? nullptr
-                           : name == u"Id"         ? &result.id
-                           : name == u"Type"       ? &result.type
-                           : name == u"Target"     ? &result.target
-                           : name == u"TargetMode" ? &result.mode
-                                                   : nullptr;
+    for (const XmlAttribute* attribute : attributes) {
+      const std::u16string_view name = attribute->name.localName;
+      const bool own = attribute->name.namespaceUri.empty();
+      const XmlAttribute** slot = !own                    ? nullptr
+                                  : name == u"Id"         ? &result.id
+                                  : name == u"Type"       ? &result.type
+                                  : name == u"Target"     ? &result.target
+                                  : name == u"TargetMode" ? &result.mode
+                                                          : nullptr;
       if (slot == nullptr) {
         throw FormatError(
-            "RL-3", "attribute '" + domName(*attribute) + "': a relationship does not take it");
+            "RL-3", "attribute '" + attribute->name.shown() + "': a relationship does not take it");
       }
-      *slot = attribute->getNodeValue();
+      *slot = attribute;
     }
     return result;
   }
 
   void add(const Attributes& attributes) {
     const std::u16string id = readId(attributes.id);
-    if (trimXmlSpace(domText(attributes.type)).empty()) {
+    if (trimXmlSpace(valueOf(attributes.type)).empty()) {
       throw FormatError("RL-5", set_.describe(id) + ": it has no type");
     }
     const TargetMode mode = readMode(attributes.mode, id);
@@ -109,8 +114,8 @@ class RelationshipsReader final : public MarkupConsumer {
       throw FormatError(mode == TargetMode::Internal ? "RL-7" : "RL-3",
                         set_.describe(id) + ": it has no target");
     }
-    const std::u16string type(domText(attributes.type));
-    const std::u16string_view target = domText(attributes.target);
+    const std::u16string type(valueOf(attributes.type));
+    const std::u16string_view target = attributes.target->value;
     if (mode == TargetMode::Internal) {
       addInternal(id, type, target);
     } else {
@@ -135,8 +140,8 @@ class RelationshipsReader final : public MarkupConsumer {
                      [&] { return resolveTarget(set_.source_, target); });
   }
 
-  std::u16string readId(const XMLCh* value) const {
-    const std::u16string_view id = trimXmlSpace(domText(value));
+  std::u16string readId(const XmlAttribute* attribute) const {
+    const std::u16string_view id = trimXmlSpace(valueOf(attribute));
     if (!xercesc::XMLChar1_0::isValidNCName(id.data(), id.size())) {
       throw FormatError("RL-4", set_.describe(id) + ": the id is " +
                                     (id.empty() ? "missing" : "not an XML name without a colon"));
@@ -144,11 +149,11 @@ class RelationshipsReader final : public MarkupConsumer {
     return std::u16string(id);
   }
 
-  TargetMode readMode(const XMLCh* value, std::u16string_view id) const {
-    if (value == nullptr || domText(value) == u"Internal") return TargetMode::Internal;
-    if (domText(value) == u"External") return TargetMode::External;
+  TargetMode readMode(const XmlAttribute* attribute, std::u16string_view id) const {
+    if (attribute == nullptr || attribute->value == u"Internal") return TargetMode::Internal;
+    if (attribute->value == u"External") return TargetMode::External;
     throw FormatError("RL-6", set_.describe(id) + ": target mode '" +
-                                  toUtf8ForDisplay(domText(value)) +
+                                  toUtf8ForDisplay(attribute->value) +
                                   "' is neither 'Internal' nor 'External'");
   }
 
@@ -159,10 +164,10 @@ class RelationshipsReader final : public MarkupConsumer {
 
 namespace {
 
-void checkRootNamespace(const xercesc::DOMElement& root) {
-  if (domNamespace(root) == kRelationshipsNamespace) return;
+void checkRootNamespace(const XmlName& root) {
+  if (root.namespaceUri == kRelationshipsNamespace) return;
   throw FormatError(
-      "RL-3", "root element '" + domName(root) + "': it is not of the relationships namespace");
+      "RL-3", "root element '" + root.shown() + "': it is not of the relationships namespace");
 }
 
 // What breaks the rules of the markup ends the reading.
@@ -171,14 +176,14 @@ class RelationshipsDocument final : public DocumentPieces {
   RelationshipsDocument(RelationshipsReader& reader, FaultSink& faults)
       : markup_(kRelationshipsNamespace, reader), faults_(faults) {}
 
-  void startRoot(const xercesc::DOMElement& root) override {
+  void startRoot(const XmlNode& root) override {
     read([&] {
-      checkRootNamespace(root);
+      checkRootNamespace(root.name);
       markup_.startRoot(root);
     });
   }
 
-  void takeChild(const xercesc::DOMNode& child) override {
+  void takeChild(const XmlNode& child) override {
     if (isSound_) read([&] { markup_.takeChild(child); });
   }
 
@@ -203,7 +208,7 @@ void readRelationships(InputStream& stream, RelationshipSet& set, FaultSink& fau
   DelayedFaults::collect(faults, [&](FaultSink& delayed) {
     RelationshipsReader reader(set, delayed);
     RelationshipsDocument document(reader, delayed);
-    XercesParser::parse(stream, document);
+    parsePieces(stream, document);
   });
 }
 

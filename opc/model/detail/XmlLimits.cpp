@@ -8,9 +8,9 @@
 #include <string>
 #include <unordered_set>
 
+#include "opc/model/DocumentPieces.h"
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/XercesHelper.h"
-#include "opc/model/XercesParser.h"
 #include "opc/model/XmlEncoding.h"
 
 namespace opc::model::detail {
@@ -86,14 +86,14 @@ class LimitCheck {
   // The root itself is not a piece, but its start tag is, and each comment.
   void checkPiece() {
     const std::size_t size = std::min(at_, text_.size()) - pieceStart_;
-    if (size > XercesParser::kMaxPieceSize + referenceBytes_) {
+    if (size > kMaxPieceSize + referenceBytes_) {
       fail("a child of the root element, or a comment, is longer than " +
-               std::to_string(XercesParser::kMaxPieceSize) + " bytes",
+               std::to_string(kMaxPieceSize) + " bytes",
            pieceStart_, "RB-1");
     }
-    if (nodes_ - pieceNodes_ > XercesParser::kMaxPieceNodes) {
-      fail("a child of the root element has more than " +
-               std::to_string(XercesParser::kMaxPieceNodes) + " elements and attributes",
+    if (nodes_ - pieceNodes_ > kMaxPieceNodes) {
+      fail("a child of the root element has more than " + std::to_string(kMaxPieceNodes) +
+               " elements and attributes",
            pieceStart_, "RB-1");
     }
   }

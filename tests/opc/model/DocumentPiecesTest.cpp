@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "opc/model/DocumentPieces.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <string_view>
 
 #include "opc/Streams.h"
-#include "opc/model/DomText.h"
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/XercesHelper.h"
-#include "opc/model/XercesParser.h"
 
 // Documents that the parser hands over child by child.
 
@@ -17,16 +17,14 @@ namespace {
 // What a document gives in pieces: "<name>" for the root and for children, texts as they are.
 class WrittenPieces final : public opc::model::DocumentPieces {
  public:
-  void startRoot(const xercesc::DOMElement& root) override { add(root); }
-  void takeChild(const xercesc::DOMNode& child) override { add(child); }
+  void startRoot(const opc::model::XmlNode& root) override { add(root); }
+  void takeChild(const opc::model::XmlNode& child) override { add(child); }
   std::string text;
 
  private:
-  void add(const xercesc::DOMNode& node) {
-    using opc::toUtf8;
-    text += opc::model::isElementNode(node) ? "<" + toUtf8(node.getNodeName()) + ">"
-                                            : toUtf8(node.getNodeValue());
-    if (const xercesc::DOMNode* below = node.getFirstChild()) add(*below);
+  void add(const opc::model::XmlNode& node) {
+    text += node.isElement() ? "<" + node.name.shown() + ">" : opc::toUtf8(node.text);
+    if (node.firstChild != nullptr) add(*node.firstChild);
   }
 };
 
@@ -34,7 +32,7 @@ std::string piecesOf(std::string_view xml) {
   const opc::model::XercesGuard guard;
   opc::MemoryInputStream stream(reinterpret_cast<const unsigned char*>(xml.data()), xml.size());
   WrittenPieces pieces;
-  opc::model::XercesParser::parse(stream, pieces);
+  opc::model::parsePieces(stream, pieces);
   return pieces.text;
 }
 
