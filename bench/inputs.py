@@ -15,6 +15,7 @@ class Inputs:
     def __init__(self, folder, kraddon, quick):
         self.folder = folder
         self.kraddon = kraddon
+        self.host_calls = os.path.join(os.path.dirname(kraddon), "host_calls")
         self.quick = quick
 
     def path(self, name):

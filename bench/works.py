@@ -5,7 +5,7 @@ import itertools
 import os
 import shutil
 
-from contest import Contest, Goal, Peer, Startup
+from contest import Contest, Goal, Loop, Peer, Startup
 
 PYTHON_ZIP = """
 import os, sys, zipfile
@@ -14,6 +14,8 @@ with zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED, compresslevel=6) as
         for name in names:
             archive.write(os.path.join(folder, name))
 """
+
+PYTHON_CALLS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "host_peer.py")
 
 
 class Works:
@@ -27,6 +29,7 @@ class Works:
         yield from self.many_files()
         yield from self.large_file()
         yield from self.changes()
+        yield from self.calls()
         yield self.start()
 
     def create(self, package, tree, *options):
@@ -138,6 +141,24 @@ class Works:
                 Peer("zip -q of one file", self.shell("zip -q '%s' one.m" % peers_own), Goal(0.90))],
             inputs.remover("copy"))
         inputs.remover("copy", "peer.zip", os.path.basename(package))()
+
+    def calls(self):
+        """What a host calls, against Python's own modules that read the same."""
+        inputs = self.inputs
+        small = inputs.licensed(inputs.package(inputs.texts(2)))
+        large = inputs.licensed(inputs.package(inputs.texts(self.many // 5)))
+        for call, part, package, count, goal in (
+                ("addonGetLicense, 2 files", "license", small, 2000, Goal(0.6, 0.35)),
+                ("addonGetProperties, 2 files", "coreProperties", small, 2000, Goal(0.9, 0.5)),
+                ("addonGetLicense, no such file", "license", inputs.path("none"), 2000,
+                 Goal(20, 10)),
+                ("addonGetLicense, %s files" % format(self.many // 5, ","), "license", large, 20,
+                 Goal(0.03))):
+            yield Loop(
+                call, [inputs.host_calls, call.split(",")[0], package, str(count)],
+                [Peer("python3 zipfile, ElementTree",
+                      ["/usr/bin/python3", PYTHON_CALLS, "metadata/%s.xml" % part, package,
+                       str(count)], goal)])
 
     def start(self):
         return Startup("--version", [self.kraddon, "--version"],
