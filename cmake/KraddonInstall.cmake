@@ -26,6 +26,14 @@ install(FILES cmake/debian/copyright LICENSE README.md CHANGELOG.md DESTINATION 
 install(DIRECTORY docs DESTINATION share/doc/kraddon COMPONENT runtime)
 install(FILES examples/host/host.c DESTINATION share/doc/kraddon/examples/host COMPONENT runtime)
 
+# ---- For file managers: the type of packages, its icon, and their screenshots.
+
+install(FILES desktop/kraddon.xml DESTINATION share/mime/packages COMPONENT runtime)
+install(FILES desktop/kraddon.svg RENAME application-vnd.pellandry.korvan.toolbox.svg
+  DESTINATION share/icons/hicolor/scalable/mimetypes COMPONENT runtime)
+install(FILES desktop/kraddon.thumbnailer DESTINATION share/thumbnailers COMPONENT runtime)
+install(PROGRAMS desktop/thumbnailer DESTINATION lib/kraddon COMPONENT runtime)
+
 # ---- For programs that link the classes, and for hosts that load the library.
 
 # In the order that a linker needs.
@@ -84,6 +92,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 # Where the shared libraries of the package itself are.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS libgdk-pixbuf2.0-bin)  # for the thumbnailer
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
   "tool and library for Korvan add-on packages
 Creates, shows, checks, unpacks and changes Korvan add-on packages, which

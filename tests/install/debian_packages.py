@@ -5,6 +5,8 @@ Arguments name the cases to run: 'Contents', 'Mirror', 'FreshSystem', 'FreshBuil
 all tests had to be left out.
 """
 
+import atexit
+import functools
 import glob
 import io
 import os
@@ -49,6 +51,22 @@ def make_packages(folder, epoch="1700000000"):
     found = {path.name.split("_")[0]: path for path in folder.glob("*.deb")}
     shutil.rmtree(folder / "_CPack_Packages")
     return found
+
+
+@functools.cache
+def published():
+    """The folder with everything that scripts/package makes, signed with a new key."""
+    top, home = temporary_folder(), temporary_folder()
+    atexit.register(shutil.rmtree, top)
+    env = {**os.environ, "GNUPGHOME": str(home), "SOURCE_DATE_EPOCH": "1700000000"}
+    try:
+        run("gpg", "--batch", "--passphrase", "", "--quick-generate-key", "Test <test@example.org>",
+            "ed25519", "sign", "1y", env=env)
+        run(TOP / "scripts/package", "--key", "test@example.org", "-o", top / "published", env=env)
+    finally:
+        subprocess.run(["gpgconf", "--kill", "all"], env=env, check=False)
+        shutil.rmtree(home)
+    return top / "published"
 
 
 class Contents(unittest.TestCase):
@@ -119,7 +137,7 @@ class Contents(unittest.TestCase):
                 expected = "-rw-r--r--"
                 if path.endswith("/"):
                     expected = "drwxr-xr-x"
-                elif path.startswith("./usr/bin/"):
+                elif path.startswith("./usr/bin/") or path.endswith("/thumbnailer"):
                     expected = "-rwxr-xr-x"
                 self.assertEqual((mode, owner), (expected, "root/root"), path)
 
@@ -229,11 +247,14 @@ class System(unittest.TestCase):
 
 class FreshSystem(System):
 
-    def test_the_package_installs_and_runs(self):
-        packages = make_packages(self.root / "debs")
-        shutil.copy(packages["kraddon"], self.system / "root/kraddon.deb")
-        self.inside("apt-get -q update; "
-                    "apt-get -q -y install --no-install-recommends /root/kraddon.deb")
+    def test_the_package_installs_from_the_repository_and_runs(self):
+        shutil.copytree(published() / "apt", self.system / "root/apt")
+        sources = (published() / "apt/kraddon.sources").read_text(encoding="ascii")
+        (self.system / "etc/apt/sources.list.d/kraddon.sources").write_text(
+            sources.replace("https://example.org/apt", "file:/root/apt"), encoding="ascii")
+        self.inside("mkdir -p /etc/apt/keyrings; chmod 755 /root; cp /root/apt/kraddon.asc "
+                    "/etc/apt/keyrings; apt-get -q -o APT::Update::Error-Mode=any update; "
+                    "apt-get -q -y install --no-install-recommends kraddon")
 
         self.assertEqual(self.inside("kraddon --version"), f"kraddon {VERSION}\n")
         text = self.inside(r"""
@@ -253,7 +274,7 @@ class FreshSystem(System):
                            with_proc=False)
         self.assertEqual(text, '["lib/wave.m"]\n')
 
-        self.inside("apt-get -q -y purge kraddon")
+        self.inside("apt-get -q -y purge kraddon; rm /etc/apt/*/kraddon.*")
         left = self.inside("find / -xdev -name '*kraddon*' -not -path '/root/*' "
                            "-not -path '/var/*' -not -path '/proc/*'")
         self.assertEqual(left, "")
