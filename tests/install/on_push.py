@@ -143,7 +143,8 @@ class Action(Repository):
 
         results, _ = self.run_action(project="wave")
         self.assertEqual((results[-1][0], results[-1][1].returncode), ("Verify", 1))
-        self.assertIn("::warning ", results[-1][1].stdout)
+        self.assertRegex(results[1][1].stdout, "(?m)^::warning file=wave/kraddon.toml,line=.*KR504")
+        self.assertIn("KR504", results[-1][1].stdout)
         self.assertIn("KR504", (self.work / "out/findings.sarif").read_text())
 
         results, _ = self.run_action(project="wave", strict="false", compare="false")
