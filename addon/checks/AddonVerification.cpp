@@ -2,6 +2,7 @@
 #include "addon/checks/AddonVerification.h"
 
 #include "addon/checks/detail/DocumentCheck.h"
+#include "addon/checks/detail/ReadableDocument.h"
 #include "addon/checks/detail/ReferenceCheck.h"
 #include "addon/checks/detail/StyleCheck.h"
 #include "opc/Exception.h"
@@ -43,9 +44,20 @@ Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunct
 }
 
 void checkAddon(packaging::AddonPackage& package, Report& report) {
+  checkDescriptions(package, report);
+  detail::checkStyle(package, report);
+}
+
+void checkDescriptions(packaging::AddonPackage& package, Report& report) {
   detail::checkDocuments(package, report);
   detail::checkReferences(package, report);
-  detail::checkStyle(package, report);
+  detail::checkTexts(package, report);
+}
+
+void checkAddedFiles(packaging::AddonPackage& package, opc::plservices::NodeId firstNew,
+                     Report& report) {
+  if (!detail::isReadable([&] { package.fileSystem().getRoot(); })) return;
+  detail::checkFiles(package, report, firstNew);
 }
 
 }  // namespace addon::checks

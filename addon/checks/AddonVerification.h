@@ -6,6 +6,7 @@
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
 #include "opc/interfaces/Progress.h"
+#include "opc/plservices/FileTree.h"
 
 namespace addon::checks {
 
@@ -14,8 +15,17 @@ namespace addon::checks {
 opc::checks::Report verifyAddon(const std::string& path,
                                 const opc::interfaces::ProgressFunction& progress = nullptr);
 
-/// The checks that only an add-on can fail: 3xx to 5xx. `package` is open, for reading. A part that
-/// cannot be read causes no finding here, since the checks of the container report it.
+/// The checks that only an add-on can fail: 3xx to 5xx. `package` is open. A part that cannot be
+/// read causes no finding here, since the checks of the container report it.
 void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report);
+
+// Parts of it, for packages that are being changed.
+
+/// The documents, their references, and the texts of the properties.
+void checkDescriptions(packaging::AddonPackage& package, opc::checks::Report& report);
+/// The names and the content of added files and folders, those whose nodes are `firstNew` and
+/// later ones, and the content of files that got another one.
+void checkAddedFiles(packaging::AddonPackage& package, opc::plservices::NodeId firstNew,
+                     opc::checks::Report& report);
 
 }  // namespace addon::checks

@@ -26,10 +26,10 @@ COMMANDS = {
     "create": ["create", "p.kraddon", "src", "--name", "x", "--force"],
     "build": ["build", "project", "-o", "p.kraddon", "--force", "--no-verify"],
     "set": ["set", "p.kraddon", "properties", "summary=other"],
-    "unset": ["unset", "p.kraddon", "license"],
+    "unset": ["unset", "p.kraddon", "license", "-q"],
     "screenshot": ["screenshot", "p.kraddon", "pixel.png"],
     "add": ["add", "p.kraddon", "src/a.m", "--into", "more"],
-    "remove": ["remove", "p.kraddon", "a.m"],
+    "remove": ["remove", "p.kraddon", "a.m", "-q"],
     "mkdir": ["mkdir", "p.kraddon", "a/new/folder"],
     "call": ["call", "addonSetLicense", "p.kraddon", LICENSE],
 }

@@ -176,7 +176,7 @@ class Add(kraddontest.CliTest):
 
     def test_default_excludes_are_asked_for(self):
         self.tree({".git/config": "", "x.m": "", "x~": ""}, "kit")
-        self.ok("add", "p.kraddon", "kit", "--into", "one")
+        self.ok("add", "-q", "p.kraddon", "kit", "--into", "one")
         self.ok("add", "p.kraddon", "kit", "kit/.git", "kit/x~", "--into", "two",
                 "--default-excludes")
         self.assertEqual([path for path in self.listing() if path[:3] in ("one", "two")],
@@ -258,7 +258,7 @@ class Add(kraddontest.CliTest):
     def test_awkward_names_come_back(self):
         names = ["A.m", "end.", "_rels/x.rels", "back\\slash", "new\nline", "é", "🌊.m", "a;b.m"]
         self.tree({name: name for name in names}, "kit")
-        self.ok("add", "p.kraddon", "kit/.")
+        self.ok("add", "-q", "p.kraddon", "kit/.")
         self.assert_sound()
         listed = self.ok("list", "p.kraddon", "-0").out.decode().split("\0")
         self.assertLessEqual(set(names) | {"a.m"}, set(listed))

@@ -256,7 +256,7 @@ class Paths(kraddontest.CliTest):
         for patterns, chosen in cases:
             with self.subTest(patterns=patterns):
                 self.assertEqual(self.listing("q.kraddon", "--glob", *patterns), chosen)
-                removed = self.ok("remove", "q.kraddon", "--glob", *patterns, "--dry-run").text
+                removed = self.ok("remove", "-q", "q.kraddon", "--glob", *patterns, "--dry-run").text
                 self.assertEqual([path for path in removed.splitlines() if path[-1] != "/"],
                                  chosen)
                 self.ok("extract", "q.kraddon", "--glob", *patterns, "-d", "out")

@@ -38,13 +38,13 @@ class Create(kraddontest.CliTest):
     def test_all_properties_arrive(self):
         self.create("p.kraddon", "--version", "2.5", "--summary", "short", "--description",
                     "long\ntext", "--author", "Ada Lind", "--contact", "ada@example.org",
-                    "--organization", "Lind & Co", "--guid", "my-guid")
+                    "--organization", "Lind & Co", "--guid", "{3f8a}", "-q")
 
         self.assertEqual(self.properties(), {
             "type": "Korvan Toolbox", "name": "Wave Tools", "version": "2.5",
             "KorvanRelease": "R2047b", "summary": "short", "authorName": "Ada Lind",
             "authorContact": "ada@example.org", "authorOrganization": "Lind & Co",
-            "GUID": "my-guid", "description": "long\ntext"})
+            "GUID": "{3f8a}", "description": "long\ntext"})
 
     def test_the_version_is_1_0_and_the_guid_fresh_by_default(self):
         self.create("p.kraddon")

@@ -79,12 +79,13 @@ class General(kraddontest.CliTest):
             self.assertEqual(result.code, 2, words)
             self.assertIn("unknown option '--json'", result.errors)
 
-    CHANGES = [["set", "p.kraddon", "license", "text=x"], ["unset", "p.kraddon", "license"],
-               ["add", "p.kraddon", "f"], ["remove", "p.kraddon", "f"],
-               ["mkdir", "p.kraddon", "d"], ["screenshot", "p.kraddon", "f"]]
+    CHANGES = [["set", "p.kraddon", "license", "text=x"], ["unset", "p.kraddon", "license", "-q"],
+               ["add", "p.kraddon", "f"], ["remove", "p.kraddon", "f", "-q"],
+               ["mkdir", "p.kraddon", "d"], ["screenshot", "p.kraddon", "f.png"]]
 
     def test_whatever_changes_a_package_takes_level_and_time(self):
         self.write("f")
+        self.write("f.png", b"\x89PNG\r\n\x1a\n")
         for words in [["create", "p.kraddon", "--name", "x", "--force"], *self.CHANGES]:
             self.misused(*words, "--level", "10", message="bad value of --level '10': expected a "
                          "whole number from 0 to 9")
@@ -94,6 +95,7 @@ class General(kraddontest.CliTest):
 
     def test_a_changed_package_keeps_its_mode_and_its_link(self):
         self.write("f")
+        self.write("f.png", b"\x89PNG\r\n\x1a\n")
         self.package("store/p.kraddon", {"a.m": "x"})
         self.path("p.kraddon").symlink_to("store/p.kraddon")
         self.path("store/p.kraddon").chmod(0o640)

@@ -45,10 +45,10 @@ class PathBytes(CliTest):
         self.ok("add", NAME, "c.m")
         self.ok("mkdir", NAME, "void")
         self.ok("remove", NAME, "a.m")
-        self.ok("set", NAME, "license", "type=MIT")
+        self.ok("set", "--no-verify", NAME, "license", "type=MIT")
         self.ok("screenshot", NAME, "shot.png")
         self.ok("screenshot", NAME, "-o", "out.png")
-        self.ok("unset", NAME, "license")
+        self.ok("unset", "-q", NAME, "license")
         self.assertEqual(self.ok("list", NAME).text, "c.m\nlib/b.m\nvoid\n")
 
     def test_it_is_extracted(self):

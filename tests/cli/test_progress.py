@@ -116,7 +116,9 @@ class Progress(kraddontest.CliTest):
     def test_add_shows_it_and_wipes_it(self):
         self.ok("create", "p.kraddon", "--name", "x")
         self.assert_shown(self.run_slowly(
-            "add", "p.kraddon", "src", at=lambda run: self.is_writing(run.process)))
+            "add", "p.kraddon", "src", at=lambda run: self.is_writing(run.process)),
+            after=b"p.kraddon: warning KR510: src/big.bin: the file has %d bytes, more than 10 "
+                  b"MiB\r\n" % self.path("src/big.bin").stat().st_size)
 
     @kraddontest.needs_proc
     def test_info_shows_it_and_wipes_it(self):

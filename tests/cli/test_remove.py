@@ -85,7 +85,7 @@ class Remove(RemoveTest):
         self.assertEqual(self.listing(), ["_rels/x.rels", "end.", "void"])
 
     def test_the_root_is_everything(self):
-        self.ok("remove", "p.kraddon", "/")
+        self.ok("remove", "-q", "p.kraddon", "/")
         self.assertEqual(self.listing(), [])
         self.assert_sound()
         self.assertEqual(self.ok("get", "p.kraddon", "properties").json["name"], "Wave Tools")
@@ -98,7 +98,7 @@ class Remove(RemoveTest):
         self.assertEqual(self.listing(), ["_rels/x.rels", "a.m", "end.", "lib/c.log"])
         self.ok("remove", "p.kraddon", "--glob", "lib")
         self.assertEqual(self.listing(), ["_rels/x.rels", "a.m", "end."])
-        self.ok("remove", "p.kraddon", "--glob", "**")
+        self.ok("remove", "-q", "p.kraddon", "--glob", "**")
         self.assertEqual(self.listing(), [])
         self.assert_sound()
 
@@ -122,7 +122,7 @@ class Remove(RemoveTest):
     def test_what_was_removed_can_be_added_again(self):
         self.ok("remove", "p.kraddon", "end.", "lib")
         self.write("new", "fresh")
-        self.ok("add", "p.kraddon", "new", "--as", "end.")
+        self.ok("add", "-q", "p.kraddon", "new", "--as", "end.")
         self.ok("add", "p.kraddon", "new", "--as", "lib")
         self.ok("extract", "p.kraddon", "-d", "out")
         self.assertEqual(self.path("out/end.").read_text(), "fresh")
@@ -133,7 +133,7 @@ class Remove(RemoveTest):
 class Mkdir(RemoveTest):
 
     def test_folders_and_those_above_come_into_being(self):
-        self.ok("mkdir", "p.kraddon", "new/deep/", "/lib/x", "odd \t.")
+        self.ok("mkdir", "-q", "p.kraddon", "new/deep/", "/lib/x", "odd \t.")
         self.assert_sound()
         self.assertEqual([path for path in
                           self.ok("list", "p.kraddon", "-0").text.split("\0")

@@ -109,7 +109,7 @@ class Screenshot(kraddontest.CliTest):
 
         self.assertEqual(self.info()["part"], "/metadata/primaryScreenShot.png")
         self.assertEqual(self.ok("screenshot", "p.kraddon", "-o", "-").out, PNG)
-        self.ok("unset", "p.kraddon", "screenshot")
+        self.ok("unset", "-q", "p.kraddon", "screenshot")
         self.assertNotIn("metadata/primaryScreenShot.png", self.entries())
 
     def test_a_jpg_takes_the_place_of_a_png(self):

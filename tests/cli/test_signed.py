@@ -21,6 +21,7 @@ class Signed(kraddontest.CliTest):
 
     def test_a_change_warns_that_the_signature_is_void(self):
         self.write("b.m", "b")
+        self.run_kraddon("set", "p.kraddon", "properties", "GUID=g")
         for words in (("set", "p.kraddon", "properties", "summary=changed"),
                       ("add", "p.kraddon", "b.m"), ("mkdir", "p.kraddon", "c"),
                       ("remove", "p.kraddon", "b.m")):

@@ -49,7 +49,7 @@ class JsonOnTerminals(kraddontest.CliTest):
 
     def test_what_get_printed_can_be_set(self):
         self.ok("get", "p.kraddon", "properties", "-o", "properties.json")
-        self.ok("set", "q.kraddon", "properties", "properties.json")
+        self.ok("set", "--no-verify", "q.kraddon", "properties", "properties.json")
 
         self.assertEqual(self.ok("get", "q.kraddon", "properties").json["description"], EVIL)
 

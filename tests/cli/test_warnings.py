@@ -10,9 +10,9 @@ from test_signed import ORIGIN, TYPES
 
 STRAY = "[trash]/0.dat"
 UNREADABLE = "files/a b.m"
-CHANGES = (("add", "p.kraddon", "b.m"), ("remove", "p.kraddon", "a.m"),
-           ("mkdir", "p.kraddon", "c"), ("set", "p.kraddon", "license", "type=MIT"),
-           ("unset", "p.kraddon", "license"), ("screenshot", "p.kraddon", "shot.png"))
+CHANGES = (("add", "p.kraddon", "c.m"), ("remove", "p.kraddon", "b.m"),
+           ("mkdir", "p.kraddon", "d"), ("set", "p.kraddon", "license", "type=MIT"),
+           ("unset", "p.kraddon", "revisions"), ("screenshot", "p.kraddon", "shot.png"))
 
 
 class Warnings(kraddontest.CliTest):
@@ -20,12 +20,13 @@ class Warnings(kraddontest.CliTest):
     def setUp(self):
         super().setUp()
         self.write("start.kraddon", build(addon(
-            [Entry(b"sig/origin"), Entry(b"files/a.m", b"a")], types=TYPES, relationships=ORIGIN)))
+            [Entry(b"sig/origin"), Entry(b"files/a.m", b"a"), Entry(b"files/b.m", b"b")], types=TYPES, relationships=ORIGIN)))
         self.run_kraddon("set", "start.kraddon", "license", "type=BSD")
+        self.run_kraddon("set", "start.kraddon", "revisions", "-", stdin=b"[]")
         with zipfile.ZipFile(self.path("start.kraddon"), "a") as archive:
             for item in (STRAY, UNREADABLE):
                 archive.writestr(item, "added by another program")
-        self.write("b.m", "b")
+        self.write("c.m", "c")
         self.write("shot.png", b"\x89PNG\r\n\x1a\n")
 
     def warned(self, words, *warnings):

@@ -186,7 +186,7 @@ process::ExitCode run(const line::Invocation& invocation) {
     storeFiles(files, invocation.has("replace"), package, process::Interrupt::check);
   };
   if (invocation.has("dry-run")) {
-    detail::rehearseChange(path, add);
+    detail::rehearseChange(path, invocation, add);
     printPlan(files);
   } else {
     detail::changePackage(path, std::move(options), invocation, add);

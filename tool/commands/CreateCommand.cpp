@@ -4,6 +4,7 @@
 #include <array>
 
 #include "addon/build/SourceFiles.h"
+#include "addon/checks/ChangeReview.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/project/Guid.h"
 #include "addon/project/PlainText.h"
@@ -21,6 +22,9 @@ namespace tool::commands {
 
 using addon::build::SourceFile;
 using addon::build::storeFiles;
+using addon::checks::ChangeReview;
+using addon::checks::PackageVerdict;
+using addon::packaging::AddonPackage;
 
 namespace {
 
@@ -97,8 +101,13 @@ process::ExitCode run(const line::Invocation& invocation) {
   detail::NewPackage target(operands[0], {.any = invocation.has("force")}, invocation);
   std::vector<SourceFile> files;
   if (operands.size() > 1) detail::SourceFinder(invocation).collect(operands[1], "", files);
-  storeFiles(files, false, target.open(properties, options.timestamp), process::Interrupt::check);
+  AddonPackage& package = target.open(properties, options.timestamp);
+  storeFiles(files, false, package, process::Interrupt::check);
+  const PackageVerdict verdict = ChangeReview::ofNewPackage(package).judge(operands[0]);
+  detail::refuseErrors("cannot create", verdict,
+                       "'kraddon verify --explain ID' explains a finding");
   target.commit(std::move(options), invocation.settings());
+  detail::printFindings(verdict, invocation);
   return process::ExitCode::Done;
 }
 

@@ -103,7 +103,7 @@ process::ExitCode run(const line::Invocation& invocation) {
         invocation.has("glob") ? removeMatching(package, operands) : removeNamed(package, operands);
   };
   if (invocation.has("dry-run")) {
-    detail::rehearseChange(path, remove);
+    detail::rehearseChange(path, invocation, remove);
     printLines(lines);
   } else {
     detail::changePackage(path, std::move(options), invocation, remove);

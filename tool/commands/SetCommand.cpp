@@ -43,8 +43,8 @@ constexpr std::array kOperands{
                       .isRepeatable = true,
                       .choicesAfter = assignmentsAfter}};
 
-constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
-                              detail::kLockTimeoutOption};
+constexpr std::array kOptions{detail::kNoVerifyOption, detail::kTimestampOption,
+                              detail::kLevelOption, detail::kLockTimeoutOption};
 
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
@@ -156,8 +156,8 @@ bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPack
 }
 
 /// Stores `given` or, without it, the stored document with `fields` changed. If nothing differs,
-/// nothing is written.
-void change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
+/// writes nothing and returns false.
+bool change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
             AddonPackage& package) {
   const OwnedDocument document =
       given ? std::move(*given) : addon::packaging::loadDocument(package, table);
@@ -165,7 +165,9 @@ void change(const DocumentTable& table, std::optional<OwnedDocument> given, cons
     document.record.text(*table.record.find(name)) = opc::fromUtf8(value);
   }
   checkFixed(table, document.record, package);
-  if (!isStored(table, document.record, package)) storeDocument(package, *document.part);
+  if (isStored(table, document.record, package)) return false;
+  storeDocument(package, *document.part);
+  return true;
 }
 
 /// Whether the words after the document name a single file. Throws UsageError if they must but do
@@ -196,9 +198,12 @@ process::ExitCode run(const line::Invocation& invocation) {
     fields = parseAssignments(table, {words.begin() + 2, words.end()});
   }
 
-  detail::changePackage(words[0], std::move(options), invocation, [&](AddonPackage& package) {
-    change(table, std::move(document), fields, package);
-  });
+  detail::ReviewRules rules = detail::strictReviewOf(invocation);
+  const auto store = [&](AddonPackage& package) {
+    const bool isWhole = document.has_value();
+    if (change(table, std::move(document), fields, package) && isWhole) rules.replaced = &table;
+  };
+  detail::changePackage(words[0], std::move(options), invocation, store, rules);
   return process::ExitCode::Done;
 }
 
@@ -217,7 +222,8 @@ constexpr line::CommandSpec kSetCommand{
     .description =
         "FILE.json has the form that 'get' prints. FIELD=VALUE changes one field of the properties "
         "or the license. A file must contain every field, except lists of texts and lists within a "
-        "record, which are empty if they are null or missing.",
+        "record, which are empty if they are null or missing. Nothing is changed if 'verify' would "
+        "find a new error in the package, unless --no-verify is given; new warnings are printed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

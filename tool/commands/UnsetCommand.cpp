@@ -30,8 +30,8 @@ constexpr std::array kOperands{
     line::OperandSpec{.name = "PACKAGE", .help = "the package"},
     line::OperandSpec{.name = "DOCUMENT", .isRepeatable = true, .choices = removableNames}};
 
-constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
-                              detail::kLockTimeoutOption};
+constexpr std::array kOptions{detail::kNoVerifyOption, detail::kTimestampOption,
+                              detail::kLevelOption, detail::kLockTimeoutOption};
 
 constexpr std::string_view kScreenshot = "screenshot";
 constexpr std::string_view kProperties = "properties";
@@ -103,7 +103,8 @@ process::ExitCode run(const line::Invocation& invocation) {
           process::sentence("cannot remove", removal.name, "the package has none"));
     }
   };
-  detail::changePackage(invocation.operands()[0], std::move(options), invocation, remove);
+  detail::changePackage(invocation.operands()[0], std::move(options), invocation, remove,
+                        detail::strictReviewOf(invocation));
   return process::ExitCode::Done;
 }
 
@@ -119,7 +120,9 @@ constexpr line::CommandSpec kUnsetCommand{
     .summary = "removes documents or the screenshot",
     .description =
         "Removing the screenshot also removes the thumbnail that shows it. The properties cannot "
-        "be removed. If one of the documents is not there, nothing is changed.",
+        "be removed. If one of the documents is not there, nothing is changed. Nor is "
+        "anything if 'verify' would find a new error in the package, unless --no-verify is given; "
+        "new warnings are printed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

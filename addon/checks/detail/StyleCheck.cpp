@@ -39,7 +39,6 @@ void checkTimes(AddonPackage& package, Report& report) {
 }
 
 void checkStyle(AddonPackage& package, Report& report) {
-  checkTexts(package, report);
   checkTimes(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
   checkFiles(package, report);

@@ -5,10 +5,11 @@
 
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
+#include "opc/plservices/FileTree.h"
 
 namespace addon::checks::detail {
 
-/// The findings 5xx.
+/// The findings 5xx, without those of checkTexts().
 void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);
 
 // Its steps.
@@ -17,8 +18,11 @@ void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);
 void checkTexts(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Whether the add-on and its apps have GUIDs.
 void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
-/// Names, sizes and kinds of the files. The file tree must be readable.
-void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report);
+/// Names, sizes and kinds of the files, or only those that checkAddedFiles() looks at. The file
+/// tree must be readable.
+void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report,
+                opc::plservices::NodeId firstNew = 0);
+inline constexpr const char* kNoFilesMessage = "the add-on has no files";
 /// Files with the same content. The file tree must be readable.
 void checkCopies(packaging::AddonPackage& package, opc::checks::Report& report);
 /// The times of the entries.

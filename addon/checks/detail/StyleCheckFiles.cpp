@@ -19,6 +19,7 @@ namespace addon::checks::detail {
 using opc::checks::quoted;
 using opc::checks::Report;
 using opc::plservices::FileSystemEntry;
+using opc::plservices::NodeId;
 using packaging::AddonPackage;
 
 namespace {
@@ -42,41 +43,50 @@ bool isDevice(std::string_view name) {
 
 class FileCheck {
  public:
-  FileCheck(opc::plservices::FileSystemManager& files, Report& report)
-      : files_(files), report_(report) {
+  FileCheck(opc::plservices::FileSystemManager& files, Report& report, NodeId firstNew)
+      : files_(files), report_(report), firstNew_(firstNew) {
     project::addDefaultExcludes(excludes_);
   }
 
   void run() {
     const CaselessTree tree(files_, [this](const FileSystemEntry& entry,
                                            const FileSystemEntry* same) { visit(entry, same); });
-    if (count_ == 0) report_.add(kNoFiles, "", "the add-on has no files");
+    if (count_ == 0) report_.add(kNoFiles, "", kNoFilesMessage);
   }
 
  private:
   void visit(const FileSystemEntry& entry, const FileSystemEntry* same) {
-    const std::string name = entry.name();
-    if (same != nullptr) {
+    if (entry.isFile()) ++count_;
+    const bool isAdded = entry.node() >= firstNew_;
+    if (same != nullptr && (isAdded || same->node() >= firstNew_)) {
       const std::string other = report_.keeps(kCaseClash) ? same->path() : std::string();
       add(kCaseClash, entry, "it differs only in case from " + quoted(other));
     }
+    if (!isAdded && !isReplaced(entry)) return;
+    const std::string name = entry.name();
+    if (isAdded) checkName(entry, name);
+    if (entry.isFile()) checkFile(entry, name);
+  }
+
+  // The checksum of new content is not known yet.
+  static bool isReplaced(const FileSystemEntry& entry) {
+    if (!entry.isFile()) return false;
+    const opc::model::PartInfo info = entry.info();
+    return info.crc == 0 && info.size != 0;
+  }
+
+  void checkName(const FileSystemEntry& entry, const std::string& name) {
     if (const auto fault = findPortabilityFault(name); !fault.empty()) {
       add(kNotPortable, entry,
           "the name " + quoted(name) + " is not portable: " + std::string(fault));
     }
-    checkExcluded(entry, name);
-    if (entry.isFile()) checkFile(entry, name);
-  }
-
-  // The default patterns match names without folders. A folder stands for its content.
-  void checkExcluded(const FileSystemEntry& entry, const std::string& name) {
+    // The default patterns match names without folders. A folder stands for its content.
     if (!excludes_.excludes(name, !entry.isFile())) return;
     add(kExcludedFile, entry,
         entry.isFile() ? "builds leave out files like this" : "builds leave out folders like this");
   }
 
   void checkFile(const FileSystemEntry& file, const std::string& name) {
-    ++count_;
     const std::uint64_t size = file.info().size;
     if (size > kLargeSize) {
       add(kLargeFile, file, "the file has " + std::to_string(size) + " bytes, more than 10 MiB");
@@ -106,6 +116,7 @@ class FileCheck {
 
   opc::plservices::FileSystemManager& files_;
   Report& report_;
+  NodeId firstNew_;
   project::PatternList excludes_;
   std::uint64_t count_ = 0;
 };
@@ -124,8 +135,8 @@ std::string_view findPortabilityFault(std::string_view name) {
   return "";
 }
 
-void checkFiles(AddonPackage& package, Report& report) {
-  FileCheck(package.fileSystem(), report).run();
+void checkFiles(AddonPackage& package, Report& report, NodeId firstNew) {
+  FileCheck(package.fileSystem(), report, firstNew).run();
 }
 
 }  // namespace addon::checks::detail

@@ -54,7 +54,8 @@ class TreeItemsCheck {
     }
     const auto& items = package_.logicalPackage().physical();
     for (ItemIndex item = 0; item < items.itemCount(); ++item) {
-      if (items.itemKind(item) == ItemKind::File) checkItem(items.itemName(item));
+      if (items.isRemoved(item) || items.itemKind(item) != ItemKind::File) continue;
+      checkItem(items.itemName(item));
     }
     package_.fileSystem().visitFiles([this](std::string_view path, const FileSystemEntry& entry) {
       if (entry.isFile()) checkFile(path, entry.info().itemName);

@@ -9,18 +9,23 @@
 #include <utility>
 
 #include "addon/build/TreeWalk.h"
+#include "addon/checks/ChangeReview.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/HostPropertiesPart.h"
 #include "opc/plservices/W3cDateTime.h"
+#include "text/ByteCount.h"
 #include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
+#include "tool/report/FindingPrinter.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Progress.h"
 
 namespace tool::commands::detail {
 
+using addon::checks::ChangeReview;
+using addon::checks::PackageVerdict;
 using addon::packaging::AddonPackage;
 
 namespace {
@@ -47,6 +52,24 @@ std::optional<std::int64_t> sourceDateEpoch() {
                           fmt::format("expected a whole number from 0 to {}", kLastSecond)));
   }
   return seconds;
+}
+
+/// Changes the package, and returns the findings that the change brings about.
+PackageVerdict changeAndReview(AddonPackage& package, const std::string& path,
+                               const std::function<void(AddonPackage&)>& change,
+                               const ReviewRules& rules) {
+  if (rules.kind == ReviewRules::Kind::None) {
+    change(package);
+    return {};
+  }
+  ChangeReview review(package);
+  change(package);
+  if (rules.replaced != nullptr) review.replaces(*rules.replaced);
+  PackageVerdict verdict = review.judge(path);
+  if (rules.kind == ReviewRules::Kind::RefuseErrors) {
+    refuseErrors("cannot change", verdict, "--no-verify changes it all the same");
+  }
+  return verdict;
 }
 
 }  // namespace
@@ -102,15 +125,32 @@ void warnOfForeign(AddonPackage& package, const std::string& path,
                                     "it is not an add-on; 'kraddon list --all' lists its parts"));
 }
 
+void printFindings(const PackageVerdict& verdict, const line::Invocation& invocation) {
+  if (invocation.settings().isQuiet) return;
+  report::printToStandardError(report::describeFindings(verdict));
+}
+
+void refuseErrors(std::string_view what, const PackageVerdict& verdict, std::string_view hint) {
+  if (verdict.errors == 0) return;
+  report::printToStandardError(report::describeFindings(verdict));
+  const std::string why = "it would have " + text::counted(verdict.errors, "new error");
+  throw process::Failure(process::sentence(what, verdict.file, why), std::string(hint));
+}
+
+ReviewRules strictReviewOf(const line::Invocation& invocation) {
+  using Kind = ReviewRules::Kind;
+  return {invocation.has(kNoVerifyOption.longName) ? Kind::None : Kind::RefuseErrors};
+}
+
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
                    const line::Invocation& invocation,
-                   const std::function<void(AddonPackage&)>& change) {
+                   const std::function<void(AddonPackage&)>& change, const ReviewRules& rules) {
   const process::PackageLock lock = lockPackage(path, invocation);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
   opc::model::Package& logical = package->logicalPackage();
   const std::vector<std::string> strays = logical.strayItems();
   const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
-  change(*package);
+  const PackageVerdict verdict = changeAndReview(*package, path, change, rules);
   report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
@@ -127,10 +167,12 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
         invocation,
         process::sentence("package", path, "it is signed, and its signature is no longer valid"));
   }
+  printFindings(verdict, invocation);
 }
 
-void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change) {
-  change(*openForChanging(path));
+void rehearseChange(const std::string& path, const line::Invocation& invocation,
+                    const std::function<void(AddonPackage&)>& change) {
+  printFindings(changeAndReview(*openForChanging(path), path, change, {}), invocation);
 }
 
 void commit(AddonPackage& package) {

@@ -9,7 +9,9 @@
 #include <string>
 #include <string_view>
 
+#include "addon/checks/PackageVerdict.h"
 #include "addon/packaging/AddonPackage.h"
+#include "addon/packaging/DocumentTable.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/PackageLock.h"
@@ -39,14 +41,40 @@ std::optional<std::int64_t> timestampOf(const line::Invocation& invocation);
 /// How to write, as --timestamp and --level say.
 opc::zippackage::WriteOptions writeOptionsOf(const line::Invocation& invocation);
 
+/// What becomes of the findings that a change brings about (addon::checks::ChangeReview).
+struct ReviewRules {
+  enum class Kind : std::uint8_t { None, Report, RefuseErrors };
+
+  Kind kind = Kind::Report;
+  /// The document that the change stored as a whole, so that all of it is new; else null. The
+  /// change itself may set it.
+  const addon::packaging::DocumentTable* replaced = nullptr;
+};
+
+/// RefuseErrors or, with --no-verify, None.
+ReviewRules strictReviewOf(const line::Invocation& invocation);
+
 /// Changes the package at `path`: waits for other commands, opens it, calls `change`, commits with
-/// a progress bar, and warns of what was lost. On any failure, the package stays as it was.
+/// a progress bar, and warns of what was lost. Prints the findings that the change brings about;
+/// with RefuseErrors, throws Failure if there is an error among them. On any failure, the package
+/// stays as it was.
 void changePackage(const std::string& path, opc::zippackage::WriteOptions options,
                    const line::Invocation& invocation,
-                   const std::function<void(AddonPackage&)>& change);
+                   const std::function<void(AddonPackage&)>& change,
+                   const ReviewRules& rules = ReviewRules());
 
 /// Does what changePackage does except the commit, so that all errors show but nothing is written.
-void rehearseChange(const std::string& path, const std::function<void(AddonPackage&)>& change);
+void rehearseChange(const std::string& path, const line::Invocation& invocation,
+                    const std::function<void(AddonPackage&)>& change);
+
+/// Prints the findings, unless --quiet is set.
+void printFindings(const addon::checks::PackageVerdict& verdict,
+                   const line::Invocation& invocation);
+
+/// If there is an error among the findings, prints them and throws Failure. `what`, such as "cannot
+/// change", is the beginning of its message.
+void refuseErrors(std::string_view what, const addon::checks::PackageVerdict& verdict,
+                  std::string_view hint);
 
 /// Commits. After that, interrupts are ignored, since the new package is in place.
 void commit(AddonPackage& package);

@@ -22,6 +22,8 @@ inline constexpr line::OptionSpec kExcludeOption{
 inline constexpr line::OptionSpec kFollowOption{.longName = "follow",
                                                 .help = "follow links that lead out of FOLDER"};
 inline constexpr line::OptionSpec kJsonOption{.longName = "json", .help = "print one JSON value"};
+inline constexpr line::OptionSpec kNoVerifyOption{
+    .longName = "no-verify", .help = "do not check what the change does to the package"};
 inline constexpr line::OptionSpec kGlobOption{.longName = "glob",
                                               .help = "treat each PATH as a pattern"};
 inline constexpr line::OptionSpec kTimestampOption{
