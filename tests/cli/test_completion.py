@@ -115,7 +115,7 @@ class Proposals(kraddontest.CliTest):
         self.write("broken.kraddon", "no package")
 
         for words in (["list", "missing.kraddon", ""], ["list", "broken.kraddon", ""],
-                      ["list", "\x01", "../"], ["nonsense", ""], ["info", "a", "b"], ["list", "--glob=x"],
+                      ["list", "\x01", "../"], ["nonsense", ""], ["get", "a", "b", "c"], ["list", "--glob=x"],
                       ["-C", "nowhere", "info", ""], ["list", "--tree=x"], ["verify", "--no="],
                       ["create", "--level", ""], ["info", b"\xff/"], ["add", "--into="]):
             self.assertEqual(self.proposed(*words), [], words)

@@ -165,8 +165,8 @@ class General(kraddontest.CliTest):
         self.path(name).write_bytes(content[:at] + bytes([content[at] ^ 1]) + content[at + 1:])
 
     def test_missing_and_extra_operands_are_named(self):
-        self.misused("info", message="missing operand 'PACKAGE': the package")
-        self.misused("info", "a", "b", message="unexpected operand 'b': the command takes no more")
+        self.misused("info", message="missing operand 'PACKAGE': the packages")
+        self.misused("preview", "a", "b", message="unexpected operand 'b': the command takes no more")
         self.misused("create", "p", message="missing option '--name': the add-on's name")
 
     def test_another_folder_can_be_worked_in(self):

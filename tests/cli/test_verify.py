@@ -250,7 +250,8 @@ class Verify(kraddontest.CliTest):
             "kraddon: verify: cannot open package '': the path is empty",
             "kraddon: verify: cannot open package '.': it is a folder",
             "c.docx: 1 error, 0 warnings",
-            "b.docx: 0 errors, 1 warning"])
+            "b.docx: 0 errors, 1 warning",
+            "total: 6 packages, 2 with errors, 3 not read: 2 errors, 1 warning"])
 
     def test_a_file_that_cannot_be_opened_leaves_the_json_whole(self):
         self.plain()
@@ -258,7 +259,8 @@ class Verify(kraddontest.CliTest):
         self.assertEqual([(package["file"], package["ok"]) for package in report.json["packages"]],
                          [("none", False), ("plain.docx", True)])
         self.assertEqual(report.errors, "kraddon: verify: cannot open package 'none': No such file "
-                                        "or directory\n")
+                                        "or directory\n"
+                                        "total: 2 packages, 1 not read: 0 errors, 0 warnings\n")
         log = self.verify("--opc", b"\xff", "--format", "sarif", code=1).json
         self.assertFalse(log["runs"][0]["invocations"][0]["executionSuccessful"])
         self.assertEqual(log["runs"][0]["results"], [])

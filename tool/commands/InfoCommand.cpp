@@ -6,11 +6,14 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "addon/comparison/Contents.h"
 #include "addon/comparison/Digest.h"
 #include "addon/packaging/Documents.h"
+#include "opc/Exception.h"
 #include "opc/Text.h"
 #include "text/JsonWriter.h"
 #include "text/Suggest.h"
@@ -20,6 +23,7 @@
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/InfoFields.h"
+#include "tool/report/Messages.h"
 #include "tool/report/Output.h"
 #include "tool/report/Progress.h"
 
@@ -35,7 +39,8 @@ namespace {
 
 std::vector<std::string> fieldNames();
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{
+    line::OperandSpec{.name = "PACKAGE", .help = "the packages", .isRepeatable = true}};
 
 constexpr std::array kOptions{
     detail::kJsonOption,
@@ -179,32 +184,101 @@ void checkField(const line::Invocation& invocation) {
       process::sentence("unknown field", *field, text::suggestion(*field, names, all)));
 }
 
+/// Nothing, and a message, if a package cannot be read: the others are of interest all the same.
+template <typename Read>
+std::optional<report::Info> readOrReport(const Read& read) {
+  try {
+    return read();
+  } catch (const process::Failure& failure) {
+    report::printError("info", failure.what(), failure.hint());
+  } catch (const opc::Exception& error) {
+    report::printError("info", error.what());
+  }
+  return std::nullopt;
+}
+
+/// Prints what was asked for of one package after the other.
+class InfoPrinter {
+ public:
+  explicit InfoPrinter(const line::Invocation& invocation)
+      : invocation_(invocation),
+        isJson_(invocation.has("json")),
+        isList_(invocation.operands().size() > 1) {
+    if (const auto field = invocation.value("field")) field_ = findField(*field);
+    if (!isJson_ || !isList_) return;
+    json_.beginObject();
+    json_.member("schema", "kraddon.infos/1");
+    json_.key("packages");
+    json_.beginArray();
+  }
+
+  bool wantsDigest() const {
+    return invocation_.has("digest") ||
+           (field_ != nullptr && std::string_view(field_->name) == "digest");
+  }
+
+  void print(const report::Info& info) {
+    if (field_ != nullptr) {
+      output_.write(output_.shown(valueOf(*field_, info)) + "\n");
+    } else if (isJson_) {
+      writeJson(info, json_);
+      output_.write(std::exchange(text_, {}));
+    } else {
+      if (!isFirst_) output_.write("\n");
+      writeText(info, report::wantsColor(invocation_.settings(), output_), output_);
+    }
+    isFirst_ = false;
+    output_.flush();  // before what goes to standard error
+  }
+
+  void end() {
+    if (isJson_ && isList_) {
+      json_.endArray();
+      json_.endObject();
+    }
+    if (isJson_) output_.write(text_ + "\n");
+    output_.flush();
+  }
+
+ private:
+  const line::Invocation& invocation_;
+  bool isJson_;
+  bool isList_;
+  const report::InfoField* field_ = nullptr;
+  bool isFirst_ = true;
+  report::Output output_;
+  std::string text_;
+  text::JsonWriter json_{text_};
+};
+
 process::ExitCode run(const line::Invocation& invocation) {
   checkField(invocation);
-  const std::optional<std::string> field = invocation.value("field");
-
-  const bool wantsDigest = invocation.has("digest") || field == "digest";
-  const report::Info info = readInfo(invocation.operands()[0], wantsDigest, invocation.settings());
-
-  report::Output output;
-  if (field) {
-    output.write(output.shown(valueOf(*findField(*field), info)) + "\n");
-  } else if (invocation.has("json")) {
-    std::string text;
-    text::JsonWriter json(text);
-    writeJson(info, json);
-    output.write(text + "\n");
+  InfoPrinter printer(invocation);
+  const std::vector<std::string>& paths = invocation.operands();
+  const auto read = [&](const std::string& path) {
+    return readInfo(path, printer.wantsDigest(), invocation.settings());
+  };
+  process::ExitCode code = process::ExitCode::Done;
+  if (paths.size() == 1) {
+    printer.print(read(paths[0]));
   } else {
-    writeText(info, report::wantsColor(invocation.settings(), output), output);
+    for (const std::string& path : paths) {
+      const auto info = readOrReport([&] { return read(path); });
+      if (info)
+        printer.print(*info);
+      else
+        code = process::ExitCode::Failed;
+    }
   }
-  output.flush();
-  return process::ExitCode::Done;
+  printer.end();
+  return code;
 }
 
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon info kit.kraddon", "shows an overview"},
     line::ExampleSpec{"kraddon info kit.kraddon --field version",
                       "prints only the add-on's version"},
+    line::ExampleSpec{"kraddon info --json *.kraddon", "lists all packages for other programs"},
     line::ExampleSpec{"kraddon info kit.kraddon --json", "prints the overview for other programs"}};
 
 }  // namespace
@@ -216,7 +290,8 @@ constexpr line::CommandSpec kInfoCommand{
         "Prints the properties, the number and sizes of the files, and the documents in the "
         "package. Packages with the same content have the same digest, however and whenever they "
         "were packed; computing it takes time, since it reads everything. Values that are not set "
-        "are left out; with --field they are empty.",
+        "are left out; with --field they are empty. Of several packages each gets a block or, with "
+        "--field, a line; one that cannot be read does not hide the others.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -157,6 +157,45 @@ void printSummary(const PackageVerdict& verdict, const line::Settings& settings)
                                            text::counted(verdict.warnings, "warning"), ignored));
 }
 
+/// What several packages come to.
+class Total {
+ public:
+  void add(const PackageVerdict& verdict, bool isStrict) {
+    ++packages_;
+    if (!verdict.failure.empty()) ++unread_;
+    if (verdict.errors != 0) {
+      ++withErrors_;
+    } else if (isStrict && verdict.warnings != 0) {
+      ++withWarnings_;
+    }
+    errors_ += verdict.errors;
+    warnings_ += verdict.warnings;
+    ignored_ += verdict.ignored;
+  }
+
+  bool isOfSeveral() const { return packages_ > 1; }
+
+  /// "total: 3 packages, 1 with errors: 2 errors, 4 warnings"
+  std::string text() const {
+    const auto when = [](std::size_t count, std::string_view what) {
+      return count == 0 ? std::string() : fmt::format(", {} {}", count, what);
+    };
+    return fmt::format("total: {}{}{}{}: {}, {}{}\n", text::counted(packages_, "package"),
+                       when(withErrors_, "with errors"), when(withWarnings_, "with warnings"),
+                       when(unread_, "not read"), text::counted(errors_, "error"),
+                       text::counted(warnings_, "warning"), when(ignored_, "ignored"));
+  }
+
+ private:
+  std::size_t packages_ = 0;
+  std::size_t unread_ = 0;
+  std::size_t withErrors_ = 0;
+  std::size_t withWarnings_ = 0;
+  std::size_t errors_ = 0;
+  std::size_t warnings_ = 0;
+  std::size_t ignored_ = 0;
+};
+
 process::ExitCode runChecks(const line::Invocation& invocation) {
   if (invocation.operands().empty()) {
     throw process::UsageError(
@@ -171,6 +210,7 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
       report::makePrinter(format, rules.isStrict, output);
 
   bool isGood = true;
+  Total total;
   printer->begin();
   for (const std::string& path : invocation.operands()) {
     const PackageVerdict verdict = verify(path, check, rules.rules, invocation.settings());
@@ -178,9 +218,13 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
     output.flush();  // before what goes to standard error
     printSummary(verdict, invocation.settings());
     isGood = isGood && verdict.isGood(rules.isStrict);
+    total.add(verdict, rules.isStrict);
   }
   printer->end();
   output.flush();
+  if (total.isOfSeveral() && !invocation.settings().isQuiet) {
+    report::printToStandardError(total.text());
+  }
   return isGood ? process::ExitCode::Done : process::ExitCode::Failed;
 }
 

@@ -170,4 +170,13 @@ JsonValue infoSchema() {
                         members);
 }
 
+JsonValue infosSchema() {
+  return schema::object(
+      "Output of 'info --json' for several packages", "What each of the packages is.",
+      {{"schema", schema::described(schema::constant("kraddon.infos/1"),
+                                    "The name and version of this shape.")},
+       {"packages", schema::described(schema::list(infoSchema()),
+                                      "In the order given, without those that cannot be read.")}});
+}
+
 }  // namespace tool::report

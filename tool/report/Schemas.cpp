@@ -10,7 +10,7 @@ std::vector<Schema> schemas() {
   std::vector<Schema> all{{"manifest", manifestSchema}, {"info", infoSchema},
                           {"list", listSchema},         {"verify", verifySchema},
                           {"diff", diffSchema},         {"build", buildSchema},
-                          {"policy", policySchema}};
+                          {"policy", policySchema},     {"infos", infosSchema}};
   for (const auto* table : addon::packaging::documents()) {
     all.push_back({table->name(), [table] { return json::schema::document(*table); }});
   }

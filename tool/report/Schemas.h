@@ -24,6 +24,7 @@ std::vector<Schema> schemas();
 JsonValue manifestSchema();
 JsonValue policySchema();
 JsonValue infoSchema();
+JsonValue infosSchema();
 JsonValue listSchema();
 JsonValue verifySchema();
 JsonValue diffSchema();
