@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""The pipeline of docs/pipeline.md does what the page says: the tests run its steps in order."""
+"""The pipeline of docs/pipeline.md does what the page says: the tests run its steps as one shell
+script, from start to end, or one after the other where a step is to fail."""
 
+import json
 import os
 import pathlib
 import re
@@ -12,7 +14,7 @@ import unittest
 
 KRADDON = pathlib.Path(os.environ["KRADDON"])
 PAGE = pathlib.Path(__file__).parents[2] / "docs/pipeline.md"
-# They download things that do not exist here.
+# They download things that do not exist here, and are left out.
 FOREIGN = ("Install what is needed", "Install kraddon", "Fetch the last release")
 
 MANIFEST = """
@@ -87,6 +89,12 @@ class Pipeline(unittest.TestCase):
         return subprocess.run(["sh", "-e", "-c", lines], cwd=self.folder, env=self.env, check=False,
                               capture_output=True, text=True)
 
+    def run_script(self):
+        """The result of all steps as one script."""
+        script = "\n".join(f"{lines}\necho 'done: {name}'" for name, lines in steps()
+                           if name not in FOREIGN)
+        return self.shell(script + "\n")
+
     def run_steps(self):
         """{name: result} of all steps; continues after a failure, as with 'always'."""
         return {name: self.shell(lines) for name, lines in steps() if name not in FOREIGN}
@@ -96,7 +104,10 @@ class Pipeline(unittest.TestCase):
             self.assertEqual(done.returncode, 0, f"{name}: {done.stdout}{done.stderr}")
 
     def test_it_builds_verifies_and_compares(self):
-        self.assert_good(self.run_steps())
+        done = self.run_script()
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertEqual(re.findall("(?m)^done: (.*)$", done.stdout),
+                         [name for name, _ in steps() if name not in FOREIGN])
         first = (self.folder / "out/package.kraddon").read_bytes()
         self.assertFalse((self.folder / "summary").exists())  # nothing to compare with
 
@@ -105,7 +116,7 @@ class Pipeline(unittest.TestCase):
         shutil.rmtree(self.folder / "out")
         self.write("kraddon.toml", MANIFEST.format(version="1.1"))
         self.write("wave.m", "x = 2;\n")
-        self.assert_good(self.run_steps())
+        self.assertEqual(self.run_script().returncode, 0)
 
         self.assertNotEqual((self.folder / "out/package.kraddon").read_bytes(), first)
         self.assertIn("wave.m", (self.folder / "summary").read_text())
@@ -122,15 +133,45 @@ class Pipeline(unittest.TestCase):
 
         self.assertEqual((self.folder / "out/package.kraddon").read_bytes(), first)
 
-    def test_a_warning_fails_the_job_and_is_in_the_report(self):
-        self.write("kraddon.toml", MANIFEST.format(version="1.0").replace('screenshot = "shot.png"',
-                                                                          ""))
+    def without_screenshot(self, rules=""):
+        manifest = MANIFEST.format(version="1.0").replace('screenshot = "shot.png"\n', "")
+        self.write("kraddon.toml", manifest + rules)
+
+    def test_a_warning_fails_the_job_and_leads_to_the_manifest(self):
+        self.without_screenshot()
 
         results = self.run_steps()
 
-        self.assertEqual(results.pop("Verify").returncode, 1)
-        self.assert_good(results)
-        self.assertIn("KR504", (self.folder / "out/findings.sarif").read_text())
+        build = results["Build"]
+        self.assertEqual(build.returncode, 1)
+        self.assertEqual(build.stdout, "::warning file=kraddon.toml,line=2,col=1,title=KR504::the "
+                                       "add-on has no screenshot\n")
+        self.assertEqual(results["Write the findings down"].returncode, 0)
+        log = json.loads((self.folder / "out/findings.sarif").read_text())
+        self.assertEqual([one["ruleId"] for one in log["runs"][0]["results"]], ["KR504"])
+        self.assertEqual(self.run_script().returncode, 1)
+
+    def test_what_the_manifest_ignores_does_not_fail_the_job(self):
+        self.without_screenshot('[verify]\nignore = ["KR504"]\n')
+
+        done = self.run_script()
+
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertNotIn("::", done.stdout)
+
+    def test_a_bad_manifest_fails_the_job_at_its_line(self):
+        self.write("kraddon.toml", MANIFEST.format(version="1.0").replace("summary", "sumary"))
+
+        results = self.run_steps()
+
+        self.assertEqual(results["Build"].returncode, 1)
+        self.assertTrue(results["Build"].stdout.startswith(
+            "::error file=kraddon.toml,line=5,col=1::bad manifest 'kraddon.toml:5:1': unknown key"),
+            results["Build"].stdout)
+        self.assertEqual(results["Write the findings down"].returncode, 0)
+        log = json.loads((self.folder / "out/findings.sarif").read_text())
+        self.assertEqual(log["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["region"],
+                         {"startLine": 5, "startColumn": 1})
 
 
 class Page(unittest.TestCase):
