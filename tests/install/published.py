@@ -4,6 +4,7 @@
 Arguments name the cases to run: 'Published', 'FreshSystem', 'Container'.
 """
 
+import re
 import shutil
 import subprocess
 import unittest
@@ -62,6 +63,14 @@ class Published(unittest.TestCase):
         listing = run("tar", "--numeric-owner", "-tvf", archive).splitlines()
         self.assertEqual({(line.split()[1], line.split()[3]) for line in listing},
                          {("0/0", "2023-11-14")})
+
+    def test_the_readme_names_the_packages_that_the_tree_needs(self):
+        deb, = self.folder.glob("kraddon_*.deb")
+        needed = set(re.findall(r"(?:^|, )([\w.+-]+)", run("dpkg-deb", "-f", deb, "Depends").strip()))
+        sentence = re.search(r"tar\.xz` of a release .*?\. It needs (.*?)\.\n",
+                             (TOP / "README.md").read_text(encoding="utf-8"), re.DOTALL)[1]
+        in_every_debian = {"libc6", "libgcc-s1", "libstdc++6"}
+        self.assertEqual(set(re.findall("`([^`]*)`", sentence)), needed - in_every_debian)
 
     def test_the_container_file_copies_what_is_there(self):
         lines = (self.folder / "Containerfile").read_text(encoding="ascii").splitlines()

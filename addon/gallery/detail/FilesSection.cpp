@@ -60,7 +60,8 @@ void writeTable(HtmlWriter& html, const std::vector<TreemapGroup>& groups, std::
 void writeFiles(HtmlWriter& html, const Page& page, PageImages& /*images*/) {
   const std::vector<TreemapGroup> groups = groupBySize(page.files);
   const std::uint64_t total = totalOf(groups);
-  if (total > 0) writeTreemap(html, groups);
+  const bool isOneFile = groups.size() == 1 && groups.front().files == 1;
+  if (total > 0 && !isOneFile) writeTreemap(html, groups);
   if (!groups.empty()) writeTable(html, groups, total);
   writeFileList(html, page);
 }

@@ -172,6 +172,15 @@ TEST(PageWriter, TheSizeOfTheDownloadIsBesideThatOfTheContent) {
   EXPECT_TRUE(has(written, "<dt>Content</dt><dd><bdi>2 files, 1 empty folder, 454 kB</bdi></dd>"));
 }
 
+TEST(PageWriter, AMapOfOneFileIsLeftOut) {
+  Page page = namedPage();
+  page.files = {{"a.m", 100}, {"empty", 0, true}};
+  EXPECT_FALSE(has(pageOf(page), "<svg class=\"treemap\""));
+
+  page.files = {{"a.m", 100}, {"b.m", 100}};
+  EXPECT_TRUE(has(pageOf(page), "<svg class=\"treemap\""));
+}
+
 TEST(PageWriter, AContactIsALinkOnlyIfItIsAPlainAddress) {
   Page page = namedPage();
   page.get<AddonProperties>().authorContact = u"ada@example.org";
