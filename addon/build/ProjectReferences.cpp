@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "addon/checks/PathCheck.h"
+#include "addon/packaging/ImageSignature.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 
@@ -31,7 +33,7 @@ namespace {
 class ReferenceSearch {
  public:
   ReferenceSearch(const FindingRules& rules, addon::packaging::AddonPackage& package)
-      : rules_(rules), check_(package.fileSystem(), report_) {}
+      : rules_(rules), files_(package.fileSystem()), check_(files_, report_) {}
 
   void look(const std::u16string& path, Position position, const ReferenceRule& rule,
             const std::string& key, const std::string& what) {
@@ -40,9 +42,17 @@ class ReferenceSearch {
     if (report_.findings().size() == before) return;
     const Finding& finding = report_.findings().back();
     if (!isError(rule.id) || !isError(finding.id)) return;
-    if (position_ && *position_ < position) return;
-    position_ = position;
-    why_ = fmt::format("{}: {}", key, finding.message);
+    keep(position, fmt::format("{}: {}", key, finding.message));
+  }
+
+  /// A missing image is only a warning of 'verify'.
+  void lookAtImage(const std::u16string& path, Position position, const std::string& key) {
+    const std::string name = opc::toUtf8(path);
+    const auto file = files_.find(name);
+    if (file == nullptr || !file->isFile()) return;
+    const std::string fault = addon::packaging::imageFault(name, *files_.openFile(*file));
+    if (fault.empty()) return;
+    keep(position, fmt::format("{}: {}", key, opc::sentence("cannot use the image", name, fault)));
   }
 
   void raise() const {
@@ -50,12 +60,19 @@ class ReferenceSearch {
   }
 
  private:
+  void keep(Position position, std::string why) {
+    if (position_ && *position_ < position) return;
+    position_ = position;
+    why_ = std::move(why);
+  }
+
   /// Unless a rule says otherwise, whatever 'verify' would call it: nothing is packed yet.
   bool isError(FindingId id) const {
     return rules_.severityOf(FindingId{id.number, Severity::Error}) == Severity::Error;
   }
 
   const FindingRules& rules_;
+  opc::plservices::FileSystemManager& files_;
   Report report_;
   PathCheck check_;
   std::optional<Position> position_;
@@ -75,9 +92,12 @@ void checkReferences(const Manifest& manifest, const FindingRules& rules,
   ReferenceSearch search(rules, package);
   const auto visit = [&](const Record& record, const Field& field, const std::string& key) {
     const ReferenceRule* rule = addon::checks::ruleOf(field.reference);
+    if (rule == nullptr) return;
+    const bool isImage = field.reference == addon::packaging::Reference::ExampleImage;
     // What 'verify' only warns of does not stop a build here.
-    if (rule == nullptr || rule->id.severity != opc::checks::Severity::Error) return;
+    if (!isImage && rule->id.severity != opc::checks::Severity::Error) return;
     const auto look = [&](const std::u16string& path, const std::string& keyOfPath) {
+      if (isImage) return search.lookAtImage(path, manifest.positionOf(keyOfPath), keyOfPath);
       search.look(path, manifest.positionOf(keyOfPath), *rule, keyOfPath, ownerOf(record));
     };
     if (field.kind() == FieldKind::Text) {

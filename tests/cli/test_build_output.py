@@ -55,7 +55,8 @@ class Replacing(projecttest.ProjectTest):
         for make in (lambda: self.write("Wave-1.0.kraddon", "notes"),
                      lambda: self.write("Wave-1.0.kraddon", ""),
                      lambda: self.ok("create", "Wave-1.0.kraddon", "--name", "Wave"),
-                     lambda: self.ok("create", "Wave-1.0.kraddon", "--name", "Wave", "--guid", "")):
+                     lambda: self.ok("create", "Wave-1.0.kraddon", "--name", "Wave", "--guid", "",
+                                     "-q")):
             self.path("Wave-1.0.kraddon").unlink(missing_ok=True)
             make()
             before = self.path("Wave-1.0.kraddon").read_bytes()

@@ -85,17 +85,18 @@ class Screenshot(kraddontest.CliTest):
 
     def test_info_tells_part_type_and_size(self):
         self.assertIsNone(self.info())
-        for name, part, kind in (("a.png", "png", "png"), ("b.GIF", "GIF", "gif"),
-                                 ("c.tiff", "tiff", "tiff"), ("d.bmp", "bmp", "bmp"),
-                                 ("e.jpeg", "jpg", "jpeg"), ("f.tif", "jpg", "jpeg"),
-                                 ("none", "jpg", "jpeg")):
-            self.write(name, PNG + name.encode())
+        for name, part, kind, image in (
+                ("a.png", "png", "png", PNG), ("b.GIF", "GIF", "gif", b"GIF89a"),
+                ("c.tiff", "tiff", "tiff", b"II*\0"), ("d.bmp", "bmp", "bmp", b"BM...." + bytes(8)),
+                ("e.jpeg", "jpg", "jpeg", JPEG), ("f.jpe", "jpg", "jpeg", JPEG),
+                ("none", "jpg", "jpeg", JPEG)):
+            self.write(name, image + name.encode())
             self.ok("screenshot", "p.kraddon", name)
             self.assertEqual(self.info(), {"part": f"/metadata/primaryScreenShot.{part}",
                                            "type": f"image/{kind}",
-                                           "size": len(PNG) + len(name)})
-            self.assertEqual(self.ok("screenshot", "p.kraddon", "-o-").out, PNG + name.encode())
-        self.assertIn("screenshot    /metadata/primaryScreenShot.jpg, image/jpeg, 2316 bytes\n",
+                                           "size": len(image) + len(name)})
+            self.assertEqual(self.ok("screenshot", "p.kraddon", "-o-").out, image + name.encode())
+        self.assertIn("screenshot    /metadata/primaryScreenShot.jpg, image/jpeg, 1800 bytes\n",
                       self.ok("info", "p.kraddon").text)
 
     def test_the_part_is_spelled_as_the_package_has_it(self):
@@ -236,7 +237,7 @@ class Screenshot(kraddontest.CliTest):
 
     def test_an_interrupt_while_it_is_written_leaves_what_was_there(self):
         block = os.urandom(1 << 20)
-        self.write("big.png", block * 120)
+        self.write("big.png", PNG + block * 120)
         before = self.path("p.kraddon").read_bytes()
         known = set(self.names())
         process = subprocess.Popen([kraddontest.KRADDON, "screenshot", "p.kraddon", "big.png",

@@ -9,11 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "addon/packaging/DocumentRemoval.h"
 #include "addon/packaging/Documents.h"
 #include "addon/packaging/ImageSignature.h"
+#include "opc/Exception.h"
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
+#include "opc/plservices/FileContentSource.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -48,7 +51,7 @@ void refuse(const line::Invocation& invocation, std::string_view option, std::st
   throw process::UsageError(process::sentence("bad option", fmt::format("--{}", option), why));
 }
 
-/// Throws Failure unless it can be read as a file.
+/// Throws Failure unless it can be read as a file, and is an image of the type that its name says.
 void checkImage(const std::string& path) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot read", path, errno);
@@ -58,6 +61,32 @@ void checkImage(const std::string& path) {
   const opc::FileDescriptor file(
       opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
   if (!file) throw process::systemFailure("cannot read", path, errno);
+  const auto content = opc::plservices::FileContentSource(path).getInputStream();
+  const std::string fault = addon::packaging::screenshotFault(path, *content);
+  if (!fault.empty())
+    throw process::Failure(process::sentence("cannot use the image", path, fault));
+}
+
+/// Stores the screenshot in the place of one that any program may have made.
+void store(AddonPackage& package, const std::string& path, const std::u16string& image) {
+  auto& model = package.logicalPackage();
+  if (const auto other = addon::packaging::relationshipInTheWay(model)) {
+    const std::string why =
+        fmt::format("the relationship '{}' leads to '{}', which is not a screenshot",
+                    opc::toUtf8ForDisplay(other->getId()),
+                    opc::toUtf8ForDisplay(other->getTargetURI().toString()));
+    throw process::Failure(process::sentence("cannot store the screenshot in", path, why),
+                           fmt::format("'kraddon unset {} screenshot' gives it another id", path));
+  }
+  addon::packaging::removeScreenshot(model);
+  try {
+    package.setScreenshot(image);
+  } catch (const opc::Exception& error) {
+    if (error.code() != opc::ErrorCode::AlreadyExists) throw;
+    throw process::Failure(process::sentence("cannot store the screenshot in", path,
+                                             "something else uses the name of its part"),
+                           "an image of another format gets another name");
+  }
 }
 
 void store(const line::Invocation& invocation) {
@@ -72,7 +101,7 @@ void store(const line::Invocation& invocation) {
   std::u16string source = detail::toUtf16("cannot read", image);
   checkImage(image);
   detail::changePackage(path, std::move(options), invocation,
-                        [&](AddonPackage& package) { package.setScreenshot(source); });
+                        [&](AddonPackage& package) { store(package, path, source); });
 }
 
 /// "signal-kit.png" for a PNG image in "kits/signal-kit.kraddon". The name of the part is not used:
@@ -134,7 +163,8 @@ constexpr line::CommandSpec kScreenshotCommand{
     .name = "screenshot",
     .summary = "stores or extracts the screenshot",
     .description =
-        "With IMAGE, a PNG, GIF, TIFF, BMP or JPEG file, stores it as the screenshot and the "
+        "With IMAGE, a PNG, GIF, TIFF, BMP or JPEG file whose name says the same, stores it as the "
+        "screenshot and the "
         "thumbnail of the package, replacing an earlier one. Without IMAGE, writes the stored "
         "image, byte for byte, to FILE, which is replaced. Without -o, the file has the package's "
         "base name and the extension of the image's format, and must not exist; what is not an "

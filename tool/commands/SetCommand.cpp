@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "addon/build/TreeWalk.h"
+#include "addon/packaging/DocumentRemoval.h"
 #include "addon/packaging/Documents.h"
 #include "addon/project/PlainText.h"
 #include "opc/Exception.h"
@@ -155,19 +156,31 @@ bool isStored(const DocumentTable& table, const ConstRecord& document, AddonPack
   }
 }
 
+/// The stored document, for a change of some fields.
+OwnedDocument loadStored(const DocumentTable& table, AddonPackage& package) {
+  const std::string fault =
+      addon::packaging::documentFault(package.logicalPackage(), *table.make().part);
+  if (fault.empty()) return addon::packaging::loadDocument(package, table);
+  throw process::Failure(
+      process::sentence("cannot read", table.name(), fault),
+      fmt::format("'kraddon set PACKAGE {} FILE.json' replaces the document", table.name()));
+}
+
 /// Stores `given` or, without it, the stored document with `fields` changed. If nothing differs,
 /// writes nothing and returns false.
 bool change(const DocumentTable& table, std::optional<OwnedDocument> given, const Fields& fields,
             AddonPackage& package) {
-  const OwnedDocument document =
-      given ? std::move(*given) : addon::packaging::loadDocument(package, table);
+  const OwnedDocument document = given ? std::move(*given) : loadStored(table, package);
   for (const auto& [name, value] : fields) {
     document.record.text(*table.record.find(name)) = opc::fromUtf8(value);
   }
   checkFixed(table, document.record, package);
   if (isStored(table, document.record, package)) return false;
-  storeDocument(package, *document.part);
-  return true;
+  addon::packaging::replaceDocument(package, *document.part);
+  if (isStored(table, document.record, package)) return true;
+  throw process::Failure(
+      process::sentence("cannot change", table.name(), "it cannot be read back from this package"),
+      "'kraddon verify' finds out what is wrong with it");
 }
 
 /// Whether the words after the document name a single file. Throws UsageError if they must but do

@@ -5,10 +5,12 @@
 
 #include <algorithm>
 
+#include "addon/build/BuildError.h"
 #include "addon/build/detail/ReadFile.h"
 #include "addon/packaging/AddonAppInstallList.h"
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/AddonProperties.h"
+#include "addon/packaging/ImageSignature.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
@@ -38,8 +40,10 @@ void storeScreenshot(const Project& project, AddonPackage& package) {
   if (!screenshot.isGiven()) return;
   const std::string path = project.onDisk(screenshot.value);
   try {
-    const opc::plservices::FileContentSource probe(path);  // before the part is made
+    opc::plservices::FileContentSource content(path);  // before the part is made
     std::u16string image = toUtf16("cannot read", path);
+    const std::string fault = addon::packaging::screenshotFault(path, *content.getInputStream());
+    if (!fault.empty()) throw BuildError(opc::sentence("cannot use the image", path, fault));
     package.setScreenshot(image);
   } catch (const opc::Exception& error) {
     throw ManifestError(screenshot.position, fmt::format("package.screenshot: {}", error.what()));
