@@ -10,7 +10,6 @@ find_package(Boost 1.49 REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(fmt REQUIRED)
 pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
-pkg_check_modules(libmd REQUIRED IMPORTED_TARGET libmd)
 pkg_check_modules(tomlplusplus REQUIRED tomlplusplus)  # headers only
 
 # Programs link Xerces-C statically, without its network accessor: opc/model/detail/NoNetwork.cpp.
@@ -38,3 +37,11 @@ add_library(kraddon_cmark INTERFACE)
 target_include_directories(kraddon_cmark SYSTEM INTERFACE ${KRADDON_CMARK_INCLUDE_DIR})
 target_link_libraries(kraddon_cmark INTERFACE
   ${KRADDON_CMARK_EXTENSIONS_ARCHIVE} ${KRADDON_CMARK_ARCHIVE})
+
+# Only the SHA-256 of libcrypto, which uses the processor's own instructions. To load all of libcrypto
+# would take as long as the program's whole start.
+find_library(KRADDON_CRYPTO_ARCHIVE libcrypto.a REQUIRED)
+mark_as_advanced(KRADDON_CRYPTO_ARCHIVE)
+add_library(kraddon_sha256 INTERFACE)
+target_compile_definitions(kraddon_sha256 INTERFACE OPENSSL_SUPPRESS_DEPRECATED)
+target_link_libraries(kraddon_sha256 INTERFACE ${KRADDON_CRYPTO_ARCHIVE})

@@ -10,7 +10,7 @@ namespace text {
 
 std::string Sha256::finish() {
   std::array<std::uint8_t, SHA256_DIGEST_LENGTH> hash{};
-  ::SHA256Final(hash.data(), &context_);
+  ::SHA256_Final(hash.data(), &context_);
   return fmt::format("{:02x}", fmt::join(hash, ""));
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <sha2.h>
+#include <openssl/sha.h>
 
 #include <cstddef>
 #include <functional>
@@ -15,10 +15,10 @@ namespace text {
 /// SHA-256 over bytes as they come.
 class Sha256 {
  public:
-  Sha256() { ::SHA256Init(&context_); }
+  Sha256() { ::SHA256_Init(&context_); }
 
   void update(const unsigned char* data, std::size_t size) {
-    ::SHA256Update(&context_, data, size);
+    ::SHA256_Update(&context_, data, size);
   }
   void update(std::string_view text) {
     update(reinterpret_cast<const unsigned char*>(text.data()), text.size());
@@ -27,7 +27,7 @@ class Sha256 {
   std::string finish();
 
  private:
-  SHA2_CTX context_;
+  SHA256_CTX context_;
 };
 
 std::string sha256Of(std::string_view text);
