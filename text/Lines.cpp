@@ -2,6 +2,9 @@
 #include "text/Lines.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 
 #include "opc/Text.h"
 
@@ -30,6 +33,20 @@ std::vector<std::string_view> linesOf(std::string_view text) {
     if (!text.empty()) text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
   }
   return lines;
+}
+
+std::size_t countLineFeeds(std::string_view text) {
+  constexpr std::uint64_t kFeeds = 0x0A0A0A0A0A0A0A0A;
+  constexpr std::uint64_t kLow = 0x7F7F7F7F7F7F7F7F;
+  std::size_t count = 0;
+  for (; text.size() >= sizeof kFeeds; text.remove_prefix(sizeof kFeeds)) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text.data(), sizeof bytes);
+    bytes ^= kFeeds;  // zero where there is one; the highest bit of each byte is set elsewhere
+    const std::uint64_t others = ((bytes & kLow) + kLow) | bytes | kLow;
+    count += static_cast<std::size_t>(std::popcount(~others));
+  }
+  return count + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
 }  // namespace text

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -17,5 +18,8 @@ std::string_view trimSlashes(std::string_view path);
 /// The lines of a text, without their ends: LF, CR LF, CR and form feed. A byte order mark in
 /// front is dropped.
 std::vector<std::string_view> linesOf(std::string_view text);
+
+/// The number of LF in a text.
+std::size_t countLineFeeds(std::string_view text);
 
 }  // namespace text

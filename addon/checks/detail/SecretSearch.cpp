@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <span>
 
@@ -60,7 +61,30 @@ struct Match {
   std::size_t length = 0;
 };
 
-/// All that can be found, by the first two characters: most of a text does not begin any of it.
+/// A set of pairs of characters.
+class Pairs {
+ public:
+  void add(char first, char second) {
+    const char pair[] = {first, second};
+    const std::size_t index = indexOf(pair);
+    bits_[index / 64] |= std::uint64_t{1} << (index % 64);
+  }
+  bool has(const char* pair) const {
+    const std::size_t index = indexOf(pair);
+    return ((bits_[index / 64] >> (index % 64)) & 1) != 0;
+  }
+
+ private:
+  static std::size_t indexOf(const char* pair) {
+    std::uint16_t index = 0;
+    std::memcpy(&index, pair, sizeof index);
+    return index;
+  }
+
+  std::array<std::uint64_t, 1024> bits_{};
+};
+
+/// All that can be found, by the first characters: most of a text does not begin any of it.
 class Beginnings {
  public:
   Beginnings() {
@@ -73,8 +97,17 @@ class Beginnings {
 
   /// The first place in [at, end) at which something may begin, or `end`. The text is longer.
   std::size_t next(std::string_view text, std::size_t at, std::size_t end) const {
-    while (at < end && !hold(text[at], text[at + 1])) ++at;
-    return at;
+    const char* data = text.data();
+    const std::size_t first = at;
+    for (; at + 1 < end; at += 2) {
+      if (!inBeginning_.has(data + at)) continue;
+      if (at > first && begin_.has(data + at - 1)) return at - 1;
+      if (begin_.has(data + at)) return at;
+    }
+    for (at -= at > first ? 1 : 0; at < end; ++at) {
+      if (begin_.has(data + at)) return at;
+    }
+    return end;
   }
 
   Match match(std::string_view text, std::size_t at, SecretFile kind) const {
@@ -89,19 +122,15 @@ class Beginnings {
   }
 
  private:
-  static std::size_t indexOf(char first, char second) {
-    return std::size_t{static_cast<unsigned char>(first)} << 8 | static_cast<unsigned char>(second);
-  }
-  bool hold(char first, char second) const {
-    const std::size_t pair = indexOf(first, second);
-    return ((bits_[pair / 64] >> (pair % 64)) & 1) != 0;
-  }
   void add(std::string_view text) {
-    const std::size_t pair = indexOf(text[0], text[1]);
-    bits_[pair / 64] |= std::uint64_t{1} << (pair % 64);
+    begin_.add(text[0], text[1]);
+    inBeginning_.add(text[0], text[1]);
+    if (text[2] != '<') return inBeginning_.add(text[1], text[2]);
+    for (int third = 0; third < 256; ++third) inBeginning_.add(text[1], static_cast<char>(third));
   }
 
-  std::array<std::uint64_t, 1024> bits_{};
+  Pairs begin_;        // a first and a second character
+  Pairs inBeginning_;  // these, and a second and a third: enough to look at every second pair
   std::array<std::vector<const SecretFormat*>, 256> formats_;
 };
 
@@ -129,9 +158,7 @@ class Search {
 
  private:
   std::size_t lineOf(std::size_t at) {
-    const auto from = text_.begin() + static_cast<std::ptrdiff_t>(counted_);
-    line_ += static_cast<std::size_t>(
-        std::count(from, text_.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+    line_ += text::countLineFeeds(std::string_view(text_).substr(counted_, at - counted_));
     counted_ = at;
     return line_;
   }
