@@ -139,8 +139,8 @@ class Preview(previewing.PreviewTest):
                      "--description", "![big](big.png)\n" + "![large](large.png)\n" * 12)
         page = self.page()
         self.assertEqual(len(page.all("img")), 10)
-        self.assertEqual([span["title"][:21] for span in page.all("span") if "title" in span],
-                         ["Image left out: 5.2 M", "Image left out: all i", "Image left out: all i"])
+        self.assertEqual([span["title"][:15] for span in page.all("span") if "title" in span],
+                         ["left out: 5.2 M", "left out: all i", "left out: all i"])
 
     def test_a_contact_is_a_link_only_if_it_is_a_plain_address(self):
         for contact, link in (("ada@example.org", "mailto:ada@example.org"),

@@ -233,9 +233,12 @@ void Prose::writeImage(cmark_node* node) {
   }
   const std::string target = targetOf(url);
   if (description.empty()) description = target;
-  if (isInLink_ || description.empty()) return html_.text(description);
-  if (!target.empty()) return writeAnchor(html_, target, [&] { html_.text(description); });
-  html_.element("span", {{"title", "Image " + image.absence}}, description);
+  if (!target.empty() && !isInLink_) {
+    return writeAnchor(html_, target, [&] { html_.text(description); });
+  }
+  const bool hasReason = !isInLink_ && !image.absence.empty() && !description.empty();
+  if (!hasReason) return html_.text(description);
+  html_.element("span", {{"title", image.absence}}, description);
 }
 
 }  // namespace addon::gallery::detail
