@@ -23,7 +23,8 @@ constexpr std::size_t kMost = 100;    // secrets of a file
 /// Reads a text in blocks.
 class TextBlocks {
  public:
-  explicit TextBlocks(opc::InputStream& stream) : stream_(stream), block_(kBlock, '\0') {}
+  /// `block` is room for one, as large as a block.
+  TextBlocks(opc::InputStream& stream, std::string& block) : stream_(stream), block_(block) {}
 
   /// Appends the next block; false at the end, and for what is not a text.
   bool appendTo(std::string& text) {
@@ -50,7 +51,7 @@ class TextBlocks {
 
  private:
   opc::InputStream& stream_;
-  std::string block_;
+  std::string& block_;
   bool isFirst_ = true;
   bool isWide_ = false;
 };
@@ -134,12 +135,11 @@ class Beginnings {
   std::array<std::vector<const SecretFormat*>, 256> formats_;
 };
 
-/// Searches a text that comes in blocks.
+/// Searches a text that comes in blocks, each appended to `text`.
 class Search {
  public:
-  explicit Search(SecretFile kind) : kind_(kind) {}
+  Search(std::string& text, SecretFile kind) : text_(text), kind_(kind) {}
 
-  std::string& text() { return text_; }
   const std::vector<Secret>& found() const { return found_; }
   bool isFull() const { return found_.size() >= kMost; }
 
@@ -172,8 +172,8 @@ class Search {
     counted_ -= done;
   }
 
+  std::string& text_;
   SecretFile kind_;
-  std::string text_;
   std::size_t at_ = 0;       // the next place to look at
   std::size_t counted_ = 0;  // where line_ is
   std::size_t line_ = 1;
@@ -215,19 +215,18 @@ void addPasswords(std::string_view text, std::vector<Secret>& found) {
 
 }  // namespace
 
-SecretFile secretFileOf(std::string_view path) {
+SecretFile secretFileOf(std::string_view name, std::string_view folder) {
   constexpr std::array<std::string_view, 6> kKeyNames{"id_rsa",     "id_dsa",      "id_ecdsa",
                                                       "id_ed25519", "id_ecdsa_sk", "id_ed25519_sk"};
   constexpr std::array<std::string_view, 3> kStores{".pfx", ".p12", ".ppk"};
   constexpr std::array<std::string_view, 3> kSamples{".example", ".sample", ".template"};
   constexpr std::array<std::string_view, 4> kSettings{".netrc", "_netrc", ".npmrc", ".pypirc"};
-  const std::string lower = opc::toLowerAscii(path);
-  const std::string_view name = std::string_view(lower).substr(lower.rfind('/') + 1);
-  const auto is = [&](std::string_view one) { return name == one; };
-  const auto endsWith = [&](std::string_view one) { return name.ends_with(one); };
-  const bool isEnvironment = (name == ".env" || name.starts_with(".env.")) &&
+  const std::string lower = opc::toLowerAscii(name);
+  const auto is = [&](std::string_view one) { return lower == one; };
+  const auto endsWith = [&](std::string_view one) { return lower.ends_with(one); };
+  const bool isEnvironment = (lower == ".env" || lower.starts_with(".env.")) &&
                              std::none_of(kSamples.begin(), kSamples.end(), endsWith);
-  const bool isCloud = lower == ".aws/credentials" || lower.ends_with("/.aws/credentials");
+  const bool isCloud = lower == "credentials" && opc::toLowerAscii(folder) == ".aws";
   if (isEnvironment || isCloud || std::any_of(kKeyNames.begin(), kKeyNames.end(), is) ||
       std::any_of(kStores.begin(), kStores.end(), endsWith)) {
     return SecretFile::Yes;
@@ -236,13 +235,15 @@ SecretFile secretFileOf(std::string_view path) {
   return endsWith(".pem") || endsWith(".key") ? SecretFile::Key : SecretFile::No;
 }
 
-std::vector<Secret> findSecrets(opc::InputStream& stream, SecretFile kind) {
-  TextBlocks blocks(stream);
-  Search search(kind);
+std::vector<Secret> SecretSearch::find(opc::InputStream& stream, SecretFile kind) {
+  block_.resize(kBlock);
+  text_.clear();
+  TextBlocks blocks(stream, block_);
+  Search search(text_, kind);
   std::vector<Secret> passwords;
   for (bool isFirst = true, isLast = false; !isLast && !search.isFull(); isFirst = false) {
-    isLast = !blocks.appendTo(search.text());
-    if (isFirst && kind == SecretFile::Settings) addPasswords(search.text(), passwords);
+    isLast = !blocks.appendTo(text_);
+    if (isFirst && kind == SecretFile::Settings) addPasswords(text_, passwords);
     search.run(isLast);
   }
   std::vector<Secret> found = search.found();

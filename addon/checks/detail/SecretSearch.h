@@ -24,11 +24,19 @@ enum class SecretFile : std::uint8_t {
   Settings,  ///< it may have a password: '.npmrc'
   Key,       ///< it has a key or a certificate: 'server.pem'
 };
-SecretFile secretFileOf(std::string_view path);
+/// `folder` is the name of the folder that it is in.
+SecretFile secretFileOf(std::string_view name, std::string_view folder);
 
-/// The keys and tokens in a text of UTF-8, UTF-16 or another encoding that contains ASCII; the
-/// first 100. Other files have none. Takes a fixed amount of memory. `kind` is that of the file.
-/// Throws as the stream does.
-std::vector<Secret> findSecrets(opc::InputStream& stream, SecretFile kind);
+/// Finds keys and tokens in texts of UTF-8, UTF-16 or another encoding that contains ASCII. Other
+/// files have none. Takes a fixed amount of memory, of which the most part serves all files.
+class SecretSearch {
+ public:
+  /// The first 100 in a file. Throws as the stream does.
+  std::vector<Secret> find(opc::InputStream& stream, SecretFile kind);
+
+ private:
+  std::string block_;
+  std::string text_;
+};
 
 }  // namespace addon::checks::detail

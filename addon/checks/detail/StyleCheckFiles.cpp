@@ -95,13 +95,14 @@ class FileCheck {
   }
 
   void checkSecrets(const FileSystemEntry& file, const std::string& name) {
-    const SecretFile kind = secretFileOf(file.path());
+    const auto& tree = files_.nodes();
+    const SecretFile kind = secretFileOf(name, tree.name(tree.parent(file.node())));
     if (kind == SecretFile::Yes) {
       return add(kSecret, file, "files named " + quoted(name) + " are for passwords and keys");
     }
     isReadable([&] {
       const auto stream = files_.openFile(file);
-      for (const Secret& secret : findSecrets(*stream, kind)) {
+      for (const Secret& secret : secrets_.find(*stream, kind)) {
         add(kSecret, file, "it contains " + std::string(secret.name), secret.line);
       }
     });
@@ -118,6 +119,7 @@ class FileCheck {
   Report& report_;
   NodeId firstNew_;
   project::PatternList excludes_;
+  SecretSearch secrets_;
   std::uint64_t count_ = 0;
 };
 

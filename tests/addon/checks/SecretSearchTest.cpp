@@ -6,10 +6,10 @@
 #include <sstream>
 #include <string>
 
-using addon::checks::detail::findSecrets;
 using addon::checks::detail::Secret;
 using addon::checks::detail::SecretFile;
 using addon::checks::detail::secretFileOf;
+using addon::checks::detail::SecretSearch;
 
 namespace {
 
@@ -20,7 +20,7 @@ std::vector<std::size_t> linesOf(const std::string& text, SecretFile kind = Secr
   std::istringstream source(text);
   opc::StdIStreamAdaptor stream(source);
   std::vector<std::size_t> lines;
-  for (const Secret& secret : findSecrets(stream, kind)) lines.push_back(secret.line);
+  for (const Secret& secret : SecretSearch().find(stream, kind)) lines.push_back(secret.line);
   return lines;
 }
 
@@ -64,10 +64,23 @@ TEST(SecretSearch, FindsOnlyTheFirstPasswordOfSettings) {
 }
 
 TEST(SecretSearch, KnowsFilesByTheirNamesInAnyCase) {
-  EXPECT_EQ(secretFileOf("a/.Env.Local"), SecretFile::Yes);
-  EXPECT_EQ(secretFileOf("a/.env.Example"), SecretFile::No);
-  EXPECT_EQ(secretFileOf("x.aws/credentials"), SecretFile::No);
-  EXPECT_EQ(secretFileOf("b/.AWS/credentials"), SecretFile::Yes);
-  EXPECT_EQ(secretFileOf("ca.PEM"), SecretFile::Key);
-  EXPECT_EQ(secretFileOf("c/.npmrc"), SecretFile::Settings);
+  EXPECT_EQ(secretFileOf(".Env.Local", ""), SecretFile::Yes);
+  EXPECT_EQ(secretFileOf(".env.Example", ""), SecretFile::No);
+  EXPECT_EQ(secretFileOf("credentials", "x.aws"), SecretFile::No);
+  EXPECT_EQ(secretFileOf("credentials", ".AWS"), SecretFile::Yes);
+  EXPECT_EQ(secretFileOf("ca.PEM", "b"), SecretFile::Key);
+  EXPECT_EQ(secretFileOf(".npmrc", "c"), SecretFile::Settings);
+}
+
+TEST(SecretSearch, StartsAnewWithEachFile) {
+  SecretSearch search;
+  const auto countIn = [&](const std::string& text) {
+    std::istringstream source(text);
+    opc::StdIStreamAdaptor stream(source);
+    return search.find(stream, SecretFile::No).size();
+  };
+
+  EXPECT_EQ(countIn(std::string(100, '\n') + kToken.substr(0, 20)), 0);
+  EXPECT_EQ(countIn(kToken.substr(20)), 0);
+  EXPECT_EQ(countIn(kToken), 1);
 }
