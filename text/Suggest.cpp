@@ -62,7 +62,7 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
   std::string_view best;
   std::size_t bestDistance = kLongestWord;
   for (const std::string_view candidate : candidates) {
-    const auto [shorter, longer] = std::minmax(word.size(), candidate.size());
+    const auto [shorter, longer] = std::minmax({word.size(), candidate.size()});
     if (!isNear(word, candidate, longer - shorter)) continue;
     const std::size_t distance = editDistance(word, candidate);
     if (distance >= bestDistance || !isNear(word, candidate, distance)) continue;
