@@ -138,6 +138,24 @@ void FileSystemManager::extract(const std::vector<FileSystemEntry>& entries,
   extraction.run(chosen, progress);
 }
 
+void FileSystemManager::extractParts(const std::vector<model::PartId>& parts,
+                                     std::string_view destination, RestoreMode mode,
+                                     const interfaces::ProgressFunction& progress) {
+  FileTree tree;
+  std::vector<NodeId> chosen;
+  chosen.reserve(parts.size());
+  for (const model::PartId part : parts) {
+    const std::string_view path = package_.itemNameOf(part);
+    const std::size_t slash = path.rfind('/');
+    const bool isAtTop = slash == std::string_view::npos;
+    const NodeId folder = isAtTop ? FileTree::kRoot : tree.reachFolder(path.substr(0, slash));
+    chosen.push_back(tree.addFile(folder, isAtTop ? path : path.substr(slash + 1), part));
+  }
+  detail::Extraction extraction(package_, tree, std::string(destination), mode);
+  extraction.setBackground(background_);
+  extraction.run(chosen, progress);
+}
+
 std::unique_ptr<InputStream> FileSystemManager::openFile(const FileSystemEntry& file) {
   const NodeId node = nodeOf(file);
   const FileTree& nodes = state_->tree->nodes;

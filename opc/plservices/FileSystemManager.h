@@ -79,6 +79,9 @@ class FileSystemManager {
   /// empty are removed. `progress` may be empty.
   void extract(const std::vector<FileSystemEntry>& entries, std::string_view destination,
                RestoreMode mode, const interfaces::ProgressFunction& progress);
+  /// Writes parts in the same way, each under its name as the package spells it.
+  void extractParts(const std::vector<model::PartId>& parts, std::string_view destination,
+                    RestoreMode mode, const interfaces::ProgressFunction& progress);
   /// Where extracting has a second thread from, which reads while the caller's writes. That thread
   /// has the package to itself meanwhile. May be empty.
   void setBackground(interfaces::BackgroundStarter starter) { background_ = std::move(starter); }

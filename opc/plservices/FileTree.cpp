@@ -91,6 +91,16 @@ FileTree::Reach FileTree::reach(std::string_view path) const {
   return reached;
 }
 
+NodeId FileTree::reachFolder(std::string_view path) {
+  auto [node, rest] = reach(path);
+  while (!rest.empty()) {
+    const std::size_t slash = rest.find('/');
+    node = addFolder(node, rest.substr(0, slash));
+    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
+  }
+  return node;
+}
+
 NodeId FileTree::find(std::string_view path) const {
   const Reach reached = reach(path);
   return reached.rest.empty() ? reached.node : kNone;

@@ -54,6 +54,8 @@ class FileTree {
   /// The name must not be taken in the folder.
   NodeId addFile(NodeId folder, std::string_view name, model::PartId part);
   NodeId addFolder(NodeId folder, std::string_view name);
+  /// The folder at a path, which comes into being with those above it. None of them may be a file.
+  NodeId reachFolder(std::string_view path);
   void setPart(NodeId file, model::PartId part);
 
   /// A node and all below it, in no order but folders before what is in them.

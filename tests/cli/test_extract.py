@@ -3,6 +3,7 @@
 
 import os
 import shutil
+import zipfile
 
 import kraddontest
 from hostilezip import Entry, addon, build
@@ -333,6 +334,65 @@ class Extract(kraddontest.CliTest):
                    message="cannot find '': the path is empty",
                    hint="'/' stands for everything")
         self.assertFalse(self.path("out").exists())
+
+
+class Parts(kraddontest.CliTest):
+    """--all, and packages that are not add-ons"""
+
+    def setUp(self):
+        super().setUp()
+        self.parts = {"a.xml": b"<a/>", "word/document.xml": b"<d/>", "word/media/i%C3%A9.xml": b"<i/>"}
+        with zipfile.ZipFile(self.path("m.docx"), "w") as archive:
+            archive.writestr("[Content_Types].xml", (
+                '<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">'
+                '<Default Extension="xml" ContentType="application/xml"/></Types>'))
+            for name, content in self.parts.items():
+                archive.writestr(name, content)
+
+    def extracted(self, folder):
+        top = self.path(folder)
+        return {str(path.relative_to(top)): path.read_bytes()
+                for path in top.rglob("*") if path.is_file()}
+
+    def test_what_is_not_an_add_on_is_refused(self):
+        for words in ((), ("-d", "out"), ("-q",), ("--dry-run",), ("a.xml", "--stdout")):
+            self.fails("extract", "m.docx", *words,
+                       message="cannot extract 'm.docx': it is not an add-on",
+                       hint="--all extracts every part")
+        self.assertEqual(self.names(), ["m.docx"])
+
+    def test_all_parts_are_extracted(self):
+        self.ok("extract", "m.docx", "--all")
+        self.assertEqual(self.extracted("m"), self.parts)
+        self.assertEqual(sorted("/" + name for name in self.extracted("m")),
+                         self.listing("m.docx", "--all"))
+        self.fails("extract", "m.docx", "--all",
+                   message="cannot extract 'm/a.xml': it already exists",
+                   hint="--force replaces files, --skip-existing leaves them")
+        self.write("m/a.xml", "other")
+        self.ok("extract", "m.docx", "--all", "--force")
+        self.assertEqual(self.extracted("m"), self.parts)
+
+    def test_some_parts_are_extracted(self):
+        self.ok("extract", "m.docx", "--all", "/word/media", "-d", "out")
+        self.ok("extract", "m.docx", "--all", "--glob", "a.*", "-d", "out")
+        self.assertEqual(set(self.extracted("out")), {"a.xml", "word/media/i%C3%A9.xml"})
+        self.assertEqual(self.ok("extract", "m.docx", "--all", "a.xml", "--stdout").out, b"<a/>")
+        self.assertEqual(self.ok("extract", "m.docx", "--all", "--dry-run").text,
+                         "".join(f"{name}\n" for name in sorted(self.parts)))
+        self.fails("extract", "m.docx", "--all", "--max-files", "1", "-d", "more")
+
+    def test_the_parts_of_an_add_on_are_extracted(self):
+        self.package("p.kraddon", {"a.m": "x", "end.": "y"})
+        self.ok("extract", "p.kraddon", "--all")
+        entries = {name: content for name, content in self.entries().items()
+                   if name not in ("[Content_Types].xml", "_rels/.rels")}
+        self.assertEqual(self.extracted("p"), entries)
+
+    def test_an_add_on_without_files_is_extracted(self):
+        self.package("p.kraddon")
+        self.ok("extract", "p.kraddon", "-d", "out")
+        self.assertEqual(self.names("out"), [])
 
 
 if __name__ == "__main__":

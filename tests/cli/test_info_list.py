@@ -161,7 +161,7 @@ class Info(kraddontest.CliTest):
         self.assertIsNone(info["created"])
         self.assertEqual(info["documents"], [])
         warning = ("package 'plain.docx': it is not an add-on; 'kraddon list --all' lists its parts\n")
-        for words in (["list"], ["list", "--json"], ["list", "--tree"], ["extract", "-d", "out"]):
+        for words in (["list"], ["list", "--json"], ["list", "--tree"]):
             result = self.run_kraddon(*words, "plain.docx")
             self.assertEqual((result.code, result.errors),
                              (0, f"kraddon: {words[0]}: warning: {warning}"))

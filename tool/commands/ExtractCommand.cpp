@@ -27,6 +27,7 @@ namespace tool::commands {
 using addon::build::onDisk;
 using addon::comparison::Item;
 using addon::comparison::openItem;
+using addon::comparison::readParts;
 using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
 
@@ -58,6 +59,8 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "max-files",
                      .valueName = "N",
                      .help = "write nothing if there are more than N files and folders to make"},
+    line::OptionSpec{.longName = "all",
+                     .help = "extract the parts of the package instead of the files of the add-on"},
     detail::kGlobOption};
 
 /// What --max-size counts for a folder: a block of most file systems.
@@ -183,15 +186,40 @@ void printPlan(const std::vector<Item>& items) {
 
 void writeFiles(AddonPackage& package, const std::vector<Item>& items,
                 const std::string& destination, const line::Invocation& invocation) {
-  std::vector<FileSystemEntry> entries;
-  entries.reserve(items.size());
-  for (const Item& item : items) entries.push_back(*item.entry);
   const RestoreMode mode =
       invocation.has("force") ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
   process::Interrupt::defer();
   report::ProgressBar bar(invocation.settings());
   package.fileSystem().setBackground(process::secondThread());
+  if (invocation.has("all")) {
+    std::vector<opc::model::PartId> parts;
+    for (const Item& item : items) parts.push_back(*item.part);
+    package.fileSystem().extractParts(parts, destination, mode, bar.function());
+    return;
+  }
+  std::vector<FileSystemEntry> entries;
+  entries.reserve(items.size());
+  for (const Item& item : items) entries.push_back(*item.entry);
   package.fileSystem().extract(entries, destination, mode, bar.function());
+}
+
+/// What can be extracted: the file tree or, with --all, every part under its name without the
+/// slash.
+std::vector<Item> itemsOf(AddonPackage& package, const line::Invocation& invocation) {
+  if (invocation.has("all")) {
+    std::vector<Item> items = readParts(package);
+    for (Item& item : items) item.path.erase(0, 1);
+    return items;
+  }
+  if (detail::isForeign(package)) {
+    throw process::Failure(
+        process::sentence("cannot extract", invocation.operands()[0], "it is not an add-on"),
+        "--all extracts every part");
+  }
+  std::vector<Item> items = readTree(package);
+  for (const auto& file : package.fileSystem().unreadable())
+    report::printWarning(invocation, file.line);
+  return items;
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
@@ -201,11 +229,9 @@ process::ExitCode run(const line::Invocation& invocation) {
   const std::string destination = isToOutput ? std::string() : destinationOf(invocation);
 
   const std::unique_ptr<AddonPackage> package = detail::openForReading(operands[0]);
-  std::vector<Item> items = detail::choose(
-      readTree(*package), {operands.begin() + 1, operands.end()}, invocation.has("glob"));
-  for (const auto& file : package->fileSystem().unreadable())
-    report::printWarning(invocation, file.line);
-  detail::warnOfForeign(*package, operands[0], invocation);
+  const std::vector<std::string> paths(operands.begin() + 1, operands.end());
+  std::vector<Item> items =
+      detail::choose(itemsOf(*package, invocation), paths, invocation.has("glob"));
   if (isToOutput) {
     checkLimits(items, 0, invocation);
     writeToOutput(*package, items);
@@ -226,7 +252,8 @@ constexpr std::array kExamples{
     line::ExampleSpec{"kraddon extract kit.kraddon", "extracts everything into the folder kit"},
     line::ExampleSpec{"kraddon extract kit.kraddon docs -d out --skip-existing",
                       "extracts what is below docs into out"},
-    line::ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"}};
+    line::ExampleSpec{"kraddon extract kit.kraddon README.txt --stdout", "prints one file"},
+    line::ExampleSpec{"kraddon extract report.docx --all", "extracts the parts of any package"}};
 
 }  // namespace
 
@@ -235,7 +262,8 @@ constexpr line::CommandSpec kExtractCommand{
     .summary = "extracts files to the disk",
     .description =
         "Nothing is written outside DIR, and links in DIR are not followed. If a file already "
-        "exists, nothing is written.",
+        "exists, nothing is written. Of a package that is not an add-on, such as a .docx, --all "
+        "extracts the parts under the names that 'list --all' prints.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -34,16 +34,6 @@ std::string_view folderOf(std::string_view path) {
   return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
 }
 
-NodeId addFolders(std::string_view path, FileTree& tree) {
-  auto [node, rest] = tree.reach(path);
-  while (!rest.empty()) {
-    const std::size_t slash = rest.find('/');
-    node = tree.addFolder(node, rest.substr(0, slash));
-    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
-  }
-  return node;
-}
-
 /// The folder of each item, or the item if it is one, as a node of `tree`, to which all of them are
 /// added.
 std::vector<NodeId> foldersOf(const std::vector<Item>& items, FileTree& tree) {
@@ -53,7 +43,7 @@ std::vector<NodeId> foldersOf(const std::vector<Item>& items, FileTree& tree) {
   NodeId node = FileTree::kRoot;
   for (const Item& item : items) {
     const std::string_view folder = item.isFolder() ? item.path : folderOf(item.path);
-    if (folder != last) node = addFolders(folder, tree);
+    if (folder != last) node = tree.reachFolder(folder);
     last = folder;
     folders.push_back(node);
   }

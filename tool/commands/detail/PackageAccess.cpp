@@ -113,13 +113,16 @@ process::PackageLock lockPackage(const std::string& path, const line::Invocation
   });
 }
 
+bool isForeign(AddonPackage& package) {
+  const std::u16string type = opc::plservices::HostPropertiesPart::relationshipType();
+  if (!package.logicalPackage().getRelationshipsByType(type).empty()) return false;
+  auto& tree = package.fileSystem();
+  return tree.getChildren(tree.getRoot()).empty();
+}
+
 void warnOfForeign(AddonPackage& package, const std::string& path,
                    const line::Invocation& invocation) {
-  if (invocation.settings().isQuiet) return;
-  const std::u16string type = opc::plservices::HostPropertiesPart::relationshipType();
-  if (!package.logicalPackage().getRelationshipsByType(type).empty()) return;
-  auto& tree = package.fileSystem();
-  if (!tree.getChildren(tree.getRoot()).empty()) return;
+  if (invocation.settings().isQuiet || !isForeign(package)) return;
   report::printWarning(
       invocation, process::sentence("package", path,
                                     "it is not an add-on; 'kraddon list --all' lists its parts"));
