@@ -7,7 +7,7 @@ import zlib
 
 import names
 from container import (CENTRAL, DEFLATED, DESCRIPTOR, DESCRIPTOR_MARK, END, FULL16, FULL32, LOCAL,
-                       STORED, UTF8, content_of, field, item)
+                       STORED, UTF8, clip, content_of, field, item)
 from randomness import ATTRIBUTES, CONTENT, MODES, SYSTEMS, number_near, one_or_both, some, where
 
 # --- Fields of the headers
@@ -196,19 +196,20 @@ def change_content(archive, pick):
 
 
 def descriptor_of(local, pick):
-    packed, crc = len(local.data), local.crc
+    packed, crc = len(local.data), clip(local.crc, 32)
+    size = clip(local.size, 32)
     kind = pick.randrange(7)
     if kind == 0:
-        return struct.pack("<3L", crc, packed, local.size)
+        return struct.pack("<3L", crc, packed, size)
     if kind == 1:
-        return DESCRIPTOR_MARK + struct.pack("<L2Q", crc, packed, local.size)
+        return DESCRIPTOR_MARK + struct.pack("<L2Q", crc, packed, clip(local.size, 64))
     if kind == 2:
-        return struct.pack("<L2Q", crc, packed, local.size)
+        return struct.pack("<L2Q", crc, packed, clip(local.size, 64))
     if kind == 3:
-        return DESCRIPTOR_MARK + struct.pack("<3L", crc ^ 1, packed, local.size)
+        return DESCRIPTOR_MARK + struct.pack("<3L", crc ^ 1, packed, size)
     if kind == 4:
-        return DESCRIPTOR_MARK + struct.pack("<3L", crc, packed + 1, local.size)
-    return DESCRIPTOR_MARK + struct.pack("<3L", crc, packed, local.size)
+        return DESCRIPTOR_MARK + struct.pack("<3L", crc, packed + 1, size)
+    return DESCRIPTOR_MARK + struct.pack("<3L", crc, packed, size)
 
 
 def add_descriptor(archive, pick):
