@@ -193,6 +193,13 @@ class Layout(unittest.TestCase):
                 self.assertEqual(names, sorted(names), folder)
                 self.assertTrue(len(names) == 1 or all(len(line) == 1 for line in lines), folder)
 
+    def test_no_using_declaration_is_unused(self):
+        for path, text in sources():
+            code = re.sub(r"//[^\n]*", "", text)
+            for name in re.findall(r"^ *using (?:\w+::)+(\w+);", code, re.MULTILINE):
+                if path.endswith(".cpp"):
+                    self.assertGreater(len(re.findall(rf"\b{name}\b", code)), 1, f"{path}: {name}")
+
     def test_every_source_belongs_to_a_library_or_program(self):
         for folder in HOUSE.library:
             listed = (ROOT / folder / "CMakeLists.txt").read_text()

@@ -24,7 +24,6 @@ using opc::checks::quoted;
 using opc::checks::Report;
 using opc::model::trimXmlSpace;
 using packaging::AddonPackage;
-using packaging::AddonRevision;
 using packaging::AddonRevisionHistory;
 using packaging::DocumentTable;
 using packaging::FoundValue;

@@ -18,7 +18,6 @@ using interfaces::ItemKind;
 using model::ItemRole;
 using model::PartId;
 using plservices::FileTree;
-using plservices::NodeId;
 
 namespace {
 
