@@ -15,4 +15,5 @@ function(kraddon_embed target file variable namespace)
     COMMENT "Embedding ${file}"
     VERBATIM)
   target_sources(${target} PRIVATE ${output})
+  set_source_files_properties(${output} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()

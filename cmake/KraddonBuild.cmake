@@ -19,6 +19,11 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 set(KRADDON_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+# Sources that are compiled together are included, and g++ takes their unnamed namespaces for those
+# of headers.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND KRADDON_WARNINGS $<$<COMPILE_LANGUAGE:CXX>:-Wno-subobject-linkage>)
+endif()
 
 if(KRADDON_SANITIZE)
   add_compile_options(-fsanitize=${KRADDON_SANITIZE} -fno-omit-frame-pointer

@@ -40,9 +40,9 @@ bool isBefore(const Item& a, const Item& b) {
 }
 
 /// Goes through two sorted trees and says what became of each path.
-class Comparison {
+class TreeComparison {
  public:
-  Comparison(FileSet a, FileSet b, bool wantsHashes, const ProgressFunction& progress)
+  TreeComparison(FileSet a, FileSet b, bool wantsHashes, const ProgressFunction& progress)
       : a_(a), b_(b), wantsHashes_(wantsHashes), report_(progress) {}
 
   FileDifferences run() {
@@ -181,7 +181,7 @@ class Comparison {
 
 FileDifferences compareFiles(FileSet a, FileSet b, bool wantsHashes,
                              const ProgressFunction& progress) {
-  return Comparison(a, b, wantsHashes, progress).run();
+  return TreeComparison(a, b, wantsHashes, progress).run();
 }
 
 }  // namespace addon::comparison

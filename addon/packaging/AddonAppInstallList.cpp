@@ -24,7 +24,7 @@ constexpr Field kAppFields[] = {
                                               {.key = "install-by-default", .initial = "true"}),
 };
 
-constexpr Field kFields[] = {
+constexpr Field kAppListFields[] = {
     field<&AddonAppInstallList::apps>("apps", "application", "The apps of the add-on.",
                                       {.key = "app"}),
 };
@@ -35,7 +35,7 @@ constinit const RecordTable AddonAppInstall::kTable{"app", "An app that the host
                                                     kAppFields};
 
 constinit const DocumentTable AddonAppInstallList::kTable{
-    .record = {"apps", "The apps of the add-on.", kFields},
+    .record = {"apps", "The apps of the add-on.", kAppListFields},
     .xml = "applications",
     .make = makeDocument<AddonAppInstallList>,
     .isList = true};

@@ -5,7 +5,7 @@ namespace addon::packaging {
 
 namespace {
 
-constexpr Field kFields[] = {
+constexpr Field kConfigurationFields[] = {
     field<&AddonConfiguration::korvanPaths>(
         "korvanPaths", "korvanPaths/korvanPath",
         "Folders of the package that go on the host's search path; '.' or '/' is the root.",
@@ -19,7 +19,7 @@ constexpr Field kFields[] = {
 }  // namespace
 
 constinit const DocumentTable AddonConfiguration::kTable{
-    .record = {"configuration", "What the host sets up.", kFields},
+    .record = {"configuration", "What the host sets up.", kConfigurationFields},
     .xml = "configuration",
     .key = "configuration",
     .make = makeDocument<AddonConfiguration>};

@@ -30,7 +30,7 @@ constexpr Field kCategoryFields[] = {
                                       {.key = "example"}),
 };
 
-constexpr Field kFields[] = {
+constexpr Field kExampleListFields[] = {
     field<&AddonExamples::categories>("categories", "exampleCategory", "The examples by category.",
                                       {.key = "category"}),
 };
@@ -44,7 +44,7 @@ constinit const RecordTable ExampleCategory::kTable{"category", "A group of exam
                                                     kCategoryFields};
 
 constinit const DocumentTable AddonExamples::kTable{
-    .record = {"examples", "The examples by category.", kFields},
+    .record = {"examples", "The examples by category.", kExampleListFields},
     .xml = "examples",
     .make = makeDocument<AddonExamples>,
     .isList = true};

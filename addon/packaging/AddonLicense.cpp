@@ -5,7 +5,7 @@ namespace addon::packaging {
 
 namespace {
 
-constexpr Field kFields[] = {
+constexpr Field kLicenseFields[] = {
     field<&AddonLicense::type>("type", "licenseText/@type",
                                "The kind of license, such as an SPDX identifier.", {.key = "type"}),
     field<&AddonLicense::text>("text", "licenseText", "The terms in full.",
@@ -14,9 +14,10 @@ constexpr Field kFields[] = {
 
 }  // namespace
 
-constinit const DocumentTable AddonLicense::kTable{.record = {"license", "The terms.", kFields},
-                                                   .xml = "license",
-                                                   .key = "license",
-                                                   .make = makeDocument<AddonLicense>};
+constinit const DocumentTable AddonLicense::kTable{
+    .record = {"license", "The terms.", kLicenseFields},
+    .xml = "license",
+    .key = "license",
+    .make = makeDocument<AddonLicense>};
 
 }  // namespace addon::packaging

@@ -5,7 +5,7 @@ namespace addon::packaging {
 
 namespace {
 
-constexpr Field kFields[] = {
+constexpr Field kPropertyFields[] = {
     field<&AddonProperties::type>(
         "type", "", "What kind of add-on it is.",
         {.key = "type", .initial = "Korvan Toolbox", .only = "Korvan Toolbox", .isFixed = true}),
@@ -37,7 +37,7 @@ constexpr XmlConstant kConstants[] = {{"identifier/@type", "GUID"}};
 }  // namespace
 
 constinit const DocumentTable AddonProperties::kTable{
-    .record = {"properties", "What the add-on is.", kFields, kConstants},
+    .record = {"properties", "What the add-on is.", kPropertyFields, kConstants},
     .xml = "addonProperties",
     .key = "package",
     .make = makeDocument<AddonProperties>,

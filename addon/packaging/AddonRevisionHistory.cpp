@@ -17,7 +17,7 @@ constexpr Field kRevisionFields[] = {
                                        {.key = "description", .isElementRequired = true}),
 };
 
-constexpr Field kFields[] = {
+constexpr Field kRevisionListFields[] = {
     field<&AddonRevisionHistory::revisions>(
         "revisions", "revision", "The history of the add-on, in the order that is shown.",
         {.key = "revision"}),
@@ -40,7 +40,8 @@ constinit const RecordTable AddonRevision::kTable{"revision", "A version that wa
                                                   kRevisionFields};
 
 constinit const DocumentTable AddonRevisionHistory::kTable{
-    .record = {"revisions", "The history of the add-on, in the order that is shown.", kFields},
+    .record = {"revisions", "The history of the add-on, in the order that is shown.",
+               kRevisionListFields},
     .xml = "revisionHistory",
     .make = makeDocument<AddonRevisionHistory>,
     .isList = true};

@@ -14,7 +14,7 @@ constexpr Field kProductFields[] = {
                                           {.key = "identifier", .identity = 1}),
 };
 
-constexpr Field kFields[] = {
+constexpr Field kRequirementFields[] = {
     field<&AddonSystemRequirements::productDependencies>(
         "productDependency", "requiredProducts/product", "Products that must be there.",
         {.key = "product"}),
@@ -29,7 +29,7 @@ constinit const RecordTable ProductDependency::kTable{"product", "A product or s
                                                       kProductFields};
 
 constinit const DocumentTable AddonSystemRequirements::kTable{
-    .record = {"requirements", "What the add-on needs.", kFields},
+    .record = {"requirements", "What the add-on needs.", kRequirementFields},
     .xml = "systemRequirements",
     .key = "requirements",
     .make = makeDocument<AddonSystemRequirements>};

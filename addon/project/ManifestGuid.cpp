@@ -12,7 +12,7 @@ namespace addon::project {
 
 namespace {
 
-std::optional<toml::table> parse(std::string_view text) {
+std::optional<toml::table> parseIfValid(std::string_view text) {
   if (detail::findLongKey(text) != text.npos) return std::nullopt;
   try {
     return toml::parse(text);
@@ -33,7 +33,7 @@ std::string guidInLines(std::string_view text) {
     const std::string_view words = trimmed(line);
     if (words.starts_with('[')) isInPackage = words.starts_with("[package]");
     if (!isInPackage || !words.starts_with("guid")) continue;
-    const std::optional<toml::table> table = parse(words);
+    const std::optional<toml::table> table = parseIfValid(words);
     if (table) return textAt(*table, "guid");
   }
   return {};
@@ -42,7 +42,7 @@ std::string guidInLines(std::string_view text) {
 }  // namespace
 
 std::string guidOfManifest(std::string_view text) {
-  const std::optional<toml::table> table = parse(text);
+  const std::optional<toml::table> table = parseIfValid(text);
   if (!table) return guidInLines(text);
   if (std::string guid = textAt(*table, "package.guid"); !guid.empty()) return guid;
   const std::string name = textAt(*table, "package.name");

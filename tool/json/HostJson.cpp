@@ -19,8 +19,6 @@ namespace tool::json {
 
 namespace {
 
-constexpr const char* kClassKey = "$class";
-
 /// Puts a place in front of what went wrong further in.
 template <typename Body>
 auto at(const std::string& place, Body body) {

@@ -15,6 +15,9 @@ struct HostArrayDeleter {
 };
 using HostArrayPointer = std::unique_ptr<kxArray, HostArrayDeleter>;
 
+/// The member of an object that names the class of an array.
+inline constexpr std::string_view kClassKey = "$class";
+
 /// A char array with one row.
 HostArrayPointer toHostText(std::u16string_view text);
 

@@ -12,8 +12,6 @@ namespace tool::json {
 
 namespace {
 
-constexpr std::string_view kClassKey = "$class";
-
 bool isRow(const kxArray* array) {
   return kxGetNumberOfDimensions(array) == 2 && kxGetDimensions(array)[0] == 1;
 }

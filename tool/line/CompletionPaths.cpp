@@ -27,13 +27,13 @@ std::string_view folderOf(std::string_view word) {
   return slash == std::string_view::npos ? std::string_view() : word.substr(0, slash + 1);
 }
 
-struct Entry {
+struct DiskEntry {
   std::string name;
   bool isFolder;
 };
 
-std::vector<Entry> entriesOf(const std::string& folder) {
-  std::vector<Entry> entries;
+std::vector<DiskEntry> entriesOf(const std::string& folder) {
+  std::vector<DiskEntry> entries;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
@@ -43,7 +43,7 @@ std::vector<Entry> entriesOf(const std::string& folder) {
   return entries;
 }
 
-bool isWanted(const Entry& entry, DiskPath kind, bool hasPackages) {
+bool isWanted(const DiskEntry& entry, DiskPath kind, bool hasPackages) {
   if (entry.isFolder || kind == DiskPath::AnyFile) return true;
   if (kind == DiskPath::Folder) return false;
   return !hasPackages || entry.name.ends_with(addon::packaging::kPackageExtension);
@@ -79,13 +79,13 @@ std::string withHome(std::string_view path) {
 std::vector<std::string> pathsOnDisk(const std::string& word, DiskPath kind) {
   const std::string_view folder = folderOf(word);
   const bool wantsHidden = std::string_view(word).substr(folder.size()).starts_with('.');
-  std::vector<Entry> entries = entriesOf(folder.empty() ? "." : withHome(folder));
+  std::vector<DiskEntry> entries = entriesOf(folder.empty() ? "." : withHome(folder));
   // If no file is named like a package, any file may be one: 'verify' reads them all.
-  const bool hasPackages = std::any_of(entries.begin(), entries.end(), [](const Entry& entry) {
+  const bool hasPackages = std::any_of(entries.begin(), entries.end(), [](const DiskEntry& entry) {
     return !entry.isFolder && entry.name.ends_with(addon::packaging::kPackageExtension);
   });
   std::vector<std::string> paths;
-  for (const Entry& entry : entries) {
+  for (const DiskEntry& entry : entries) {
     if (entry.name.starts_with('.') && !wantsHidden) continue;
     if (!isWanted(entry, kind, hasPackages)) continue;
     paths.push_back(std::string(folder) + entry.name + (entry.isFolder ? "/" : ""));

@@ -68,15 +68,15 @@ std::string describeSizes(const FileDifference& file) {
 }
 
 /// A file's content to be shown by lines, if it is such.
-struct Text {
+struct FileText {
   std::string content;
   Lines lines;
   bool isBinary = false;
   bool isTooLarge = false;
 };
 
-Text readText(const ComparedPackage& package, const Item* item) {
-  Text text;
+FileText readText(const ComparedPackage& package, const Item* item) {
+  FileText text;
   if (item == nullptr) return text;
   text.isTooLarge = item->info.size > kLargestText;
   if (text.isTooLarge) return text;
@@ -168,8 +168,8 @@ class Printer {
   }
 
   void printLines(const FileDifference& file) {
-    const Text a = readText(report_.a, file.a);
-    const Text b = readText(report_.b, file.b);
+    const FileText a = readText(report_.a, file.a);
+    const FileText b = readText(report_.b, file.b);
     const std::string aName = file.a == nullptr ? "/dev/null" : "a/" + file.path;
     const std::string bName = file.b == nullptr ? "/dev/null" : "b/" + file.path;
     if (a.isTooLarge || b.isTooLarge) {
