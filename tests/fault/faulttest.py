@@ -97,7 +97,7 @@ PACKAGE_COMMANDS = [
     Command("add-replace", ["add", "p.kraddon", "other/big.bin", "--replace", *TIME]),
     Command("remove", ["remove", "p.kraddon", "big.bin", *TIME]),
     Command("mkdir", ["mkdir", "p.kraddon", "a/new/folder", *TIME]),
-    Command("unset", ["unset", "p.kraddon", "license", *TIME]),
+    Command("unset", ["unset", "p.kraddon", "license", "--quiet", *TIME]),
     Command("call-license", ["call", "addonSetLicense", "p.kraddon", json.dumps(LICENSE)],
             is_silent=True),
     Command("call-files", ["call", "addonAddFiles", "p.kraddon", '["src/a.m","src/big.bin"]',
