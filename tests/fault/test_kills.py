@@ -113,14 +113,14 @@ class AtRandomMoments(Kills):
         self.write("src/large.bin", bytes(range(256)) * 20000 + self.random_bytes(6 << 20))
         self.ok("create", "p.kraddon", "src", "--name", "x", "--force", *faulttest.TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *faulttest.TIME)
-        self.ok("screenshot", "p.kraddon", "old.img", *faulttest.TIME)
+        self.ok("screenshot", "p.kraddon", "old.png", *faulttest.TIME)
         self.before = snapshot(self.folder)
 
     def random_bytes(self, size):
         return random.Random(1).randbytes(size)
 
     def test_leave_the_old_file_or_the_new_one(self):
-        self.write("old.img", faulttest.PIXEL)
+        self.write("old.png", faulttest.PIXEL)
         self.make_inputs()
         for command in faulttest.known_commands():
             with self.subTest(command=command.name):
