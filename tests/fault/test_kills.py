@@ -113,14 +113,14 @@ class AtRandomMoments(Kills):
         self.write("src/large.bin", bytes(range(256)) * 20000 + self.random_bytes(6 << 20))
         self.ok("create", "p.kraddon", "src", "--name", "x", "--force", *faulttest.TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *faulttest.TIME)
-        self.ok("screenshot", "p.kraddon", "old.png", *faulttest.TIME)
+        self.ok("screenshot", "p.kraddon", "first.png", *faulttest.TIME)
         self.before = snapshot(self.folder)
 
     def random_bytes(self, size):
         return random.Random(1).randbytes(size)
 
     def test_leave_the_old_file_or_the_new_one(self):
-        self.write("old.png", faulttest.PIXEL)
+        self.write("first.png", faulttest.PIXEL)
         self.make_inputs()
         for command in faulttest.known_commands():
             with self.subTest(command=command.name):
@@ -151,7 +151,7 @@ class Left(FaultTest):
     COMMANDS = (["create", "p.kraddon", "src", "--name", "x", "--force"],
                 ["set", "p.kraddon", "properties", "summary=other"],
                 ["add", "p.kraddon", "src/a.m", "--replace"],
-                ["get", "p.kraddon", "properties", "-o", "old.png"],
+                ["get", "p.kraddon", "properties", "-o", "first.png"],
                 ["call", "addonSetLicense", "p.kraddon", '{"type":"MIT","text":"t"}'])
 
     def test_of_many_kills_are_few_names(self):
