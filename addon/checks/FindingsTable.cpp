@@ -14,10 +14,11 @@ constexpr std::string_view kStart =
     "What `kraddon verify` can find. An error makes the exit code 1; a warning does so with\n"
     "`--strict` only. Ids never change their meaning, and never their severity, except that some\n"
     "warnings are errors in an add-on, where other ZIP programs may unpack something else: their\n"
-    "meaning says so. `kraddon verify --explain ID` prints the same as this page, and `--ignore "
-    "ID`\n"
-    "ignores a finding. With `--opc` only the groups container and opc are checked, as of any\n"
-    "package.\n";
+    "meaning says so. `kraddon verify --explain ID` prints the same as this page. `--ignore ID`\n"
+    "ignores a finding, `--error ID` and `--warn ID` count it as an error or a warning; the table\n"
+    "[verify] of a manifest or a policy does the same, see [manifest.md](manifest.md). With "
+    "`--opc`\n"
+    "only the groups container and opc are checked, as of any package.\n";
 
 constexpr std::string_view kTableHead =
     "| id | severity | finding | meaning | remedy |\n|---|---|---|---|---|\n";

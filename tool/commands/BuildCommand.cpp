@@ -325,6 +325,8 @@ constexpr line::CommandSpec kBuildCommand{
         "manifest names must exist. The package is checked as 'verify' does before it is put in "
         "place: errors, to which secrets (KR509) belong here, stop the build, and so do warnings "
         "with --strict. --ignore, --error and --warn add to the table [verify] of the manifest. "
+        "Each finding names the line of the manifest, or the file of the project, that it comes "
+        "from; --format github and sarif print them to standard output. "
         "With --no-verify, only the manifest and what it refers to are checked. --dry-run checks "
         "what can be checked without a package. An existing package of the same add-on is "
         "replaced, any other file only with --force. A file that git does not track is a warning "
