@@ -181,7 +181,7 @@ class Size(FindingsTest):
         self.assertEqual(self.ids(0), {"KR112"})
         for words in (("extract",), ("extract", "-d", "out"), ("extract", "--stdout")):
             line = self.one_line(self.hostile(words[0], "p.kraddon", *words[1:], *(
-                ["files/0.m"] if "--stdout" in words else []), "--max-size", "100000000"))
+                ["0.m"] if "--stdout" in words else []), "--max-size", "100000000"))
             self.assertTrue(line.startswith("kraddon: extract: cannot "), line)
         self.assertEqual(os.listdir(self.sandbox), ["p.kraddon"])
 
