@@ -123,6 +123,14 @@ void FileSystemManager::remove(const FileSystemEntry& entry) {
   state_->editor->remove(node);
 }
 
+void FileSystemManager::move(const FileSystemEntry& entry, std::string_view packagePath) {
+  const NodeId node = nodeOf(entry);
+  if (node == FileTree::kRoot) {
+    throw Exception(ErrorCode::InvalidArgument, "cannot move the root of the file tree");
+  }
+  state_->editor->move(node, packagePath);
+}
+
 void FileSystemManager::extractAll(const std::u16string& destination, RestoreMode mode) {
   extract({getRoot()}, toUtf8(destination), mode, nullptr);
 }

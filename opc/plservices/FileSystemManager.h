@@ -64,6 +64,12 @@ class FileSystemManager {
   /// Gives a file the content, time and executable bit of another on disk; its part name and its
   /// content type stay. Throws ErrorCode::InvalidArgument for a folder.
   void replaceFile(const FileSystemEntry& file, std::unique_ptr<FileContentSource> source);
+  /// Gives a file, or a folder with all below it, another path. Content, time and executable bit
+  /// stay; the folder above the old path stays too. Folders above the new one come into being.
+  /// Throws FileSystemEntryAlreadyExists for a path that is taken, ErrorCode::InvalidArgument for
+  /// the root and for a path below the entry itself. After any other failure, such as damaged
+  /// content, only some files are moved, and the package must not be committed.
+  void move(const FileSystemEntry& entry, std::string_view packagePath);
   /// Removes a file, or a folder with all below it; entries of them are then good for nothing. The
   /// folder above stays, even when nothing is left in it. Throws ErrorCode::InvalidArgument for the
   /// root.

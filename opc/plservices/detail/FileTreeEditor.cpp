@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/model/XercesHelper.h"
 #include "opc/plservices/FileSystemEntryAlreadyExists.h"
 #include "opc/plservices/TreePath.h"
@@ -107,15 +108,15 @@ NodeId FileTreeEditor::insertFolders(FileTree::Reach& reach) {
   return reach.node;
 }
 
-NodeId FileTreeEditor::addFile(std::unique_ptr<FileContentSource> source, std::string_view path) {
+template <typename CreatePart>
+NodeId FileTreeEditor::addFileWith(const CreatePart& createPart, std::string_view path) {
   path = requireTreePath(path);
   FileTree::Reach reach = requireFree(path);
   const TreePartNames::Choice choice = names_.choose(package_, path);
   const TableChange change = changeOf(reach.node, path, false, choice.madeUp);
 
-  const model::StandardPartInfo info = partInfoOf(*source);
   const auto type = model::ContentType::fromAscii(fileContentType(extensionOf(path)));
-  const model::PartId part = package_.createPart(choice.name, type, info, std::move(source));
+  const model::PartId part = createPart(choice.name, type);
   try {
     storeTable(change);
   } catch (const Exception&) {
@@ -126,6 +127,69 @@ NodeId FileTreeEditor::addFile(std::unique_ptr<FileContentSource> source, std::s
   const NodeId node = tree_->nodes.addFile(folder, reach.rest, part);
   if (choice.madeUp) tree_->tableFiles.emplace(node, choice.name.canonical());
   return node;
+}
+
+NodeId FileTreeEditor::addFile(std::unique_ptr<FileContentSource> source, std::string_view path) {
+  const model::StandardPartInfo info = partInfoOf(*source);
+  const auto create = [&](const model::PartName& name, const model::ContentType& type) {
+    return package_.createPart(name, type, info, std::move(source));
+  };
+  return addFileWith(create, path);
+}
+
+void FileTreeEditor::copyFile(NodeId file, std::string_view path) {
+  const model::PartId old = tree_->nodes.part(file);
+  const model::PartInfo known = package_.partInfo(old);
+  model::StandardPartInfo info(interfaces::CompressionType::Normal, known.size);
+  info.modified = known.modified;
+  info.executable = known.executable;
+  const bool keepsType = extensionOf(path) == extensionOf(tree_->nodes.name(file));
+  const auto create = [&](const model::PartName& name, const model::ContentType& type) {
+    const auto part =
+        package_.createPart(name, keepsType ? package_.contentTypeOf(old) : type, info);
+    const std::unique_ptr<InputStream> from = package_.openPart(old);
+    const std::unique_ptr<OutputStream> to = part->getOutputStream();
+    std::vector<unsigned char> buffer(std::size_t{64} << 10);
+    while (const std::size_t size = from->read(buffer.data(), buffer.size())) {
+      to->write(buffer.data(), size);
+    }
+    return part->id();
+  };
+  addFileWith(create, path);
+}
+
+void FileTreeEditor::copyTo(NodeId top, const std::string& path) {
+  const std::size_t prefix = tree_->nodes.path(top).size();
+  std::vector<std::pair<NodeId, std::string>> copies;  // the tree changes below
+  TreeWalk walk(tree_->nodes, top);
+  while (walk.next())
+    copies.emplace_back(walk.node(), path + std::string(walk.path().substr(prefix)));
+  for (const auto& [node, to] : copies) {
+    if (tree_->nodes.isFile(node)) {
+      copyFile(node, to);
+    } else {
+      addFolder(to);
+    }
+  }
+}
+
+void FileTreeEditor::move(NodeId node, std::string_view path) {
+  const std::string to(requireTreePath(path));
+  const std::string from = tree_->nodes.path(node);
+  if (to.starts_with(from + "/")) {
+    throw Exception(ErrorCode::InvalidArgument,
+                    "cannot move '" + from + "': '" + to + "' lies below it");
+  }
+  requireFree(to);
+  // Part names do not differ by case, so that the old ones must be gone before.
+  if (toLowerAscii(to) == toLowerAscii(from)) {
+    std::string between = to + "~";
+    while (tree_->nodes.find(between) != FileTree::kNone) between += "~";
+    move(node, between);
+    node = tree_->nodes.find(between);
+  }
+  copyTo(node, to);
+  remove(node);
 }
 
 NodeId FileTreeEditor::addFolder(std::string_view path) {

@@ -23,6 +23,8 @@ class FileTreeEditor {
   NodeId addFolder(std::string_view path);
   /// Its part keeps its name and its content type.
   void replaceFile(NodeId file, std::unique_ptr<FileContentSource> source);
+  /// Moves a node, not the root, with all below it. If reading a file fails, some are moved.
+  void move(NodeId node, std::string_view path);
   /// Removes a node, not the root, with all below it. The folder above stays, empty perhaps.
   void remove(NodeId node);
 
@@ -35,11 +37,16 @@ class FileTreeEditor {
     std::uint64_t size = 0;
   };
 
+  void copyFile(NodeId file, std::string_view path);
+  void copyTo(NodeId top, const std::string& path);
   FileTree::Reach requireFree(std::string_view path) const;
   TableChange changeOf(NodeId folder, std::string_view path, bool isFolder, bool inTable) const;
   TableChange changeOfRemoval(NodeId node, const std::vector<NodeId>& subtree) const;
   void storeTable(const TableChange& change);
   NodeId insertFolders(FileTree::Reach& reach);
+  /// Adds a file whose part `createPart` makes, for the chosen name and content type.
+  template <typename CreatePart>
+  NodeId addFileWith(const CreatePart& createPart, std::string_view path);
 
   model::Package& package_;
   FileTreePart part_;
