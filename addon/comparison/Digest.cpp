@@ -51,7 +51,7 @@ void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
 void addFiles(AddonPackage& package, const std::vector<Item>& items,
               const opc::interfaces::ProgressFunction& progress, std::vector<Line>& lines) {
   const Totals totals = totalsOf(items);
-  opc::interfaces::Progress state{0, items.size(), 0, totals.bytes};
+  opc::interfaces::Progress state{0, totals.files, 0, totals.bytes};
   const auto advance = [&](std::size_t bytes) {
     state.bytesDone += bytes;
     if (progress) progress(state);
@@ -62,7 +62,7 @@ void addFiles(AddonPackage& package, const std::vector<Item>& items,
     } else {
       lines.emplace_back(item.path, text::sha256Of(*openItem(package, item), advance));
     }
-    ++state.itemsDone;
+    state.itemsDone += item.isFolder() ? 0 : 1;
     advance(0);
   }
 }

@@ -23,6 +23,8 @@ struct WriteOptions {
   std::optional<std::int64_t> timestamp = std::nullopt;
   /// Called while the commit runs, never after the new file is in place.
   interfaces::ProgressFunction progress = nullptr;
+  /// The progress counts the items whose names begin so, but the bytes of all.
+  std::string counted = {};
   /// Where to have a second thread from, which packs new items with the first. May be empty; what
   /// is written is the same.
   interfaces::BackgroundStarter background = nullptr;

@@ -53,7 +53,7 @@ class CliTest(unittest.TestCase):
 
     def environment(self, extra=None):
         env = {key: value for key, value in os.environ.items()
-               if key not in ("SOURCE_DATE_EPOCH", "NO_COLOR")}
+               if key not in ("SOURCE_DATE_EPOCH", "NO_COLOR", "TERM")}
         env.update(extra or {})
         # Looking for leaks takes longer than most commands do: one run in four is looked at.
         if next(RUNS) % 4 and "ASAN_OPTIONS" in env:

@@ -267,8 +267,29 @@ class General(kraddontest.CliTest):
         self.assertIn(escape, self.on_terminal(*words))
         self.assertNotIn(escape, self.on_terminal(*words, env={"NO_COLOR": "1"}))
         self.assertNotIn(escape, self.on_terminal(*words, "--color", "never"))
+        self.assertNotIn(escape, self.on_terminal(*words, env={"TERM": "dumb"}))
         self.misused(*words, "--color", "red",
                      message="bad value of --color 'red': expected auto, always or never")
+
+    def test_findings_are_coloured_on_a_terminal(self):
+        self.package(files={"a.m": "x"})
+        self.write("wave/kraddon.toml", '[package]\nname = "x"\nversion = "1.0"\n')
+        warning = b"p.kraddon: \x1b[33mwarning KR501\x1b[0m: "
+        self.assertIn(warning, self.on_terminal("verify", "p.kraddon"))
+        self.assertIn(warning, self.ok_out("verify", "p.kraddon", "--color", "always"))
+        self.assertNotIn(b"\x1b", self.ok_out("verify", "p.kraddon"))
+        built = self.run_kraddon("build", "wave", "--color", "always").errors
+        self.assertIn("\x1b[33mwarning KR501\x1b[0m: ", built)
+        self.assertNotIn("\x1b", self.run_kraddon("build", "wave").errors)
+        self.write("bad/kraddon.toml", '[package]\nname = "x"\nversion = "1.0"\n')
+        self.write("bad/.env", "x")
+        bad = self.run_kraddon("build", "bad", "--color", "always")
+        self.assertIn("\x1b[31merror KR509\x1b[0m: ", bad.errors)
+
+    def ok_out(self, *words):
+        result = self.run_kraddon(*words)
+        self.assertEqual(result.code, 0, result.errors)
+        return result.out
 
     def test_results_do_not_depend_on_locale_or_time_zone(self):
         self.package(files={"é.m": "x", "z.m": "x", "Z.m": "x"})

@@ -23,13 +23,13 @@ SIZE = 1 << 28  # of a file without blocks: long work without much to read
 class Run:
     """The program with a terminal for its standard error."""
 
-    def __init__(self, test, words, columns=0):
+    def __init__(self, test, words, columns=0, env=None):
         self.master, slave = test.open_terminal()
         test.addCleanup(os.close, self.master)
         fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("4H", 24, columns, 0, 0))
         self.shown = b""
         self.process = subprocess.Popen([KRADDON, *words], cwd=test.folder, stderr=slave,
-                                        stdout=subprocess.DEVNULL, env=test.environment())
+                                        stdout=subprocess.DEVNULL, env=test.environment(env))
         os.close(slave)
         test.addCleanup(self.process.wait)
 
@@ -92,8 +92,10 @@ class Progress(kraddontest.CliTest):
         return self.run_slowly("create", "p.kraddon", "src", "--name", "x", *words,
                                at=lambda run: self.is_writing(run.process))
 
-    def assert_shown(self, run, after=b""):
+    def assert_shown(self, run, after=b"", counts_files=True):
         shown = run.read()
+        if counts_files:
+            self.assertEqual(set(re.findall(rb"of (\d+) files", shown)), {b"1"})
         self.assertEqual(run.process.wait(), 0, shown)
         self.assertRegex(shown, LINE)
         self.assertEqual(LINE.sub(b"", shown), WIPED + after)
@@ -111,12 +113,22 @@ class Progress(kraddontest.CliTest):
         self.big_package()
         run = self.run_slowly("verify", "--opc", "p.kraddon",
                               at=lambda run: self.has_open(run, "p.kraddon"))
-        self.assert_shown(run, b"p.kraddon: 0 errors, 1 warning\r\n")  # of a file that packs so well
+        self.assert_shown(run, b"p.kraddon: 0 errors, 1 warning\r\n",  # of a file that packs so well
+                          counts_files=False)
+
+    @kraddontest.needs_proc
+    def test_verify_of_an_add_on_counts_its_files(self):
+        self.big_package()
+        run = self.run_slowly("verify", "p.kraddon",
+                              at=lambda run: self.has_open(run, "p.kraddon"))
+        shown = run.read()
+        self.assertEqual(run.process.wait(), 0, shown)
+        self.assertEqual(set(re.findall(rb"of (\d+) files", shown)), {b"1"})
 
     def test_add_shows_it_and_wipes_it(self):
         self.ok("create", "p.kraddon", "--name", "x")
         self.assert_shown(self.run_slowly(
-            "add", "p.kraddon", "src", at=lambda run: self.is_writing(run.process)),
+            "add", "p.kraddon", "src", "--color", "never", at=lambda run: self.is_writing(run.process)),
             after=b"p.kraddon: warning KR510: src/big.bin: the file has %d bytes, more than 10 "
                   b"MiB\r\n" % self.path("src/big.bin").stat().st_size)
 
@@ -149,7 +161,13 @@ class Progress(kraddontest.CliTest):
         self.assertEqual(run.process.wait(), 0)
         self.assertTrue(bars)
         for bar in bars:
-            self.assertRegex(bar, rb"\A\d of \d files, .{5}\x1b\[K\Z")
+            self.assertRegex(bar, rb"\A[01] of 1 files, .{5}\x1b\[K\Z")
+
+    def test_a_dumb_terminal_shows_none(self):
+        run = Run(self, ["create", "p.kraddon", "src", "--name", "x"], env={"TERM": "dumb"})
+        run.pause_when(lambda: self.is_writing(run.process))
+        self.assertEqual(run.read(), b"")
+        self.assertEqual(run.process.wait(), 0)
 
     def test_quiet_shows_none(self):
         run = self.create("-q")

@@ -105,7 +105,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   storeFiles(files, false, package, process::Interrupt::check);
   const PackageVerdict verdict = ChangeReview::ofNewPackage(package).judge(operands[0]);
   detail::refuseErrors("cannot create", verdict,
-                       "'kraddon verify --explain ID' explains a finding");
+                       "'kraddon verify --explain ID' explains a finding", invocation);
   target.commit(std::move(options), invocation.settings());
   detail::printFindings(verdict, invocation);
   return process::ExitCode::Done;

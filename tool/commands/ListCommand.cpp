@@ -67,8 +67,10 @@ void checkOptions(const line::Invocation& invocation) {
 std::vector<std::string> hashFiles(AddonPackage& package, const line::Settings& settings,
                                    const std::vector<Item>& items) {
   opc::interfaces::Progress state;
-  state.itemsTotal = items.size();
-  for (const Item& item : items) state.bytesTotal += item.info.size;
+  for (const Item& item : items) {
+    state.itemsTotal += item.isFolder() ? 0 : 1;
+    state.bytesTotal += item.info.size;
+  }
   report::ProgressBar bar(settings);
   const opc::interfaces::ProgressFunction progress = bar.function();
   const auto advance = [&](std::size_t bytes) {
@@ -79,7 +81,7 @@ std::vector<std::string> hashFiles(AddonPackage& package, const line::Settings& 
   hashes.reserve(items.size());
   for (const Item& item : items) {
     hashes.push_back(item.isFolder() ? "" : text::sha256Of(*openItem(package, item), advance));
-    ++state.itemsDone;
+    state.itemsDone += item.isFolder() ? 0 : 1;
     advance(0);
   }
   return hashes;

@@ -206,8 +206,8 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
   Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : verifyAddon;
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
   report::Output output;
-  const std::unique_ptr<report::FindingPrinter> printer =
-      report::makePrinter(format, rules.isStrict, output);
+  const std::unique_ptr<report::FindingPrinter> printer = report::makePrinter(
+      format, rules.isStrict, output, report::wantsColor(invocation.settings(), output));
 
   bool isGood = true;
   Total total;

@@ -114,9 +114,9 @@ std::vector<std::string> findingFormats() {
   return {"text", "github", "sarif"};
 }
 
-std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict,
-                                            Output& output) {
-  if (format == "text") return makeTextPrinter(output);
+std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output,
+                                            bool isColored) {
+  if (format == "text") return makeTextPrinter(output, isColored);
   if (format == "github") return makeGithubPrinter(output);
   if (format == "sarif") return makeSarifPrinter(output);
   if (format == "json") return makeJsonPrinter(isStrict, output);

@@ -24,11 +24,12 @@ class FindingPrinter {
 std::vector<std::string> findingFormats();
 
 /// The printer for a format of --format, or for "json". Throws UsageError for any other name.
-/// `output` must outlive the printer.
-std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output);
+/// `output` must outlive the printer. Only text can be coloured.
+std::unique_ptr<FindingPrinter> makePrinter(std::string_view format, bool isStrict, Output& output,
+                                            bool isColored = false);
 
 /// The lines of --format text.
-std::string describeFindings(const addon::checks::PackageVerdict& verdict);
+std::string describeFindings(const addon::checks::PackageVerdict& verdict, bool isColored);
 /// A finding as an object.
 void writeFinding(const opc::checks::Finding& finding, text::JsonWriter& json);
 /// The same with its place in the files that the package was made from, which may be null.
@@ -38,7 +39,7 @@ void writeLocatedFinding(const opc::checks::Finding& finding,
 void writePlace(const addon::checks::SourcePlace& place, text::JsonWriter& json);
 
 // The printers, one each.
-std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output);
+std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output, bool isColored);
 std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output);
 std::unique_ptr<FindingPrinter> makeJsonPrinter(bool isStrict, Output& output);
 std::unique_ptr<FindingPrinter> makeSarifPrinter(Output& output);

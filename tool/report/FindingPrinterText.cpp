@@ -35,19 +35,25 @@ std::string describePlace(const SourcePlace& place) {
 }
 
 /// One line, whatever the names hold. `where` is a file, or a place in one.
-std::string lineOf(const std::string& where, FindingId id, const std::string& text) {
-  return fmt::format("{}: {} {}: {}\n", opc::printable(where), nameOf(id.severity), idOf(id.number),
-                     opc::printable(text));
+std::string lineOf(const std::string& where, FindingId id, const std::string& text,
+                   bool isColored) {
+  const bool isError = id.severity == opc::checks::Severity::Error;
+  std::string what = fmt::format("{} {}", nameOf(id.severity), idOf(id.number));
+  if (isColored) what = fmt::format("\x1b[{}m{}\x1b[0m", isError ? "31" : "33", what);
+  return fmt::format("{}: {}: {}\n", opc::printable(where), what, opc::printable(text));
 }
 
 class TextPrinter final : public FindingPrinter {
  public:
-  explicit TextPrinter(Output& output) : output_(output) {}
+  TextPrinter(Output& output, bool isColored) : output_(output), isColored_(isColored) {}
 
-  void print(const PackageVerdict& verdict) override { output_.write(describeFindings(verdict)); }
+  void print(const PackageVerdict& verdict) override {
+    output_.write(describeFindings(verdict, isColored_));
+  }
 
  private:
   Output& output_;
+  bool isColored_;
 };
 
 void replaceAll(std::string& text, std::string_view what, std::string_view with) {
@@ -118,22 +124,23 @@ class GithubPrinter final : public FindingPrinter {
 
 }  // namespace
 
-std::string describeFindings(const PackageVerdict& verdict) {
+std::string describeFindings(const PackageVerdict& verdict, bool isColored) {
   std::string lines;
   for (std::size_t i = 0; i < verdict.findings.size(); ++i) {
     const Finding& finding = verdict.findings[i];
     const SourcePlace* place = verdict.placeOf(i);
-    lines += place == nullptr ? lineOf(verdict.file, finding.id, withPlace(finding))
-                              : lineOf(describePlace(*place), finding.id, finding.message);
+    lines += place == nullptr
+                 ? lineOf(verdict.file, finding.id, withPlace(finding), isColored)
+                 : lineOf(describePlace(*place), finding.id, finding.message, isColored);
   }
   for (const auto& [id, count] : verdict.unlisted) {
-    lines += lineOf(verdict.file, id, unlistedText(count));
+    lines += lineOf(verdict.file, id, unlistedText(count), isColored);
   }
   return lines;
 }
 
-std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output) {
-  return std::make_unique<TextPrinter>(output);
+std::unique_ptr<FindingPrinter> makeTextPrinter(Output& output, bool isColored) {
+  return std::make_unique<TextPrinter>(output, isColored);
 }
 
 std::unique_ptr<FindingPrinter> makeGithubPrinter(Output& output) {

@@ -176,11 +176,28 @@ void writeOutputFile(const std::optional<std::string>& asked, const std::string&
   writeOutputFile(asked.value_or(usual), content, package);
 }
 
-bool wantsColor(const line::Settings& settings, const Output& output) {
+namespace {
+
+bool isColored(const line::Settings& settings, bool isTerminal) {
   if (settings.color != line::ColorMode::Auto) return settings.color == line::ColorMode::Always;
   const char* noColor = std::getenv("NO_COLOR");
   if (noColor != nullptr && *noColor != '\0') return false;
-  return output.isTerminal();
+  return isTerminal && !isTerminalDumb();
+}
+
+}  // namespace
+
+bool wantsColor(const line::Settings& settings, const Output& output) {
+  return isColored(settings, output.isTerminal());
+}
+
+bool wantsErrorColor(const line::Settings& settings) {
+  return isColored(settings, ::isatty(STDERR_FILENO) == 1);
+}
+
+bool isTerminalDumb() {
+  const char* type = std::getenv("TERM");
+  return type != nullptr && std::string_view(type) == "dumb";
 }
 
 }  // namespace tool::report

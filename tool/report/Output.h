@@ -61,5 +61,10 @@ void writeNewFile(const std::string& path, std::string_view content);
 
 /// Whether results should be coloured.
 bool wantsColor(const line::Settings& settings, const Output& output);
+/// The same of messages on standard error.
+bool wantsErrorColor(const line::Settings& settings);
+
+/// Whether the terminal only shows plain text, as TERM says.
+bool isTerminalDumb();
 
 }  // namespace tool::report

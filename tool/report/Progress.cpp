@@ -10,6 +10,7 @@
 
 #include "tool/process/Interrupt.h"
 #include "tool/report/Messages.h"
+#include "tool/report/Output.h"
 
 namespace tool::report {
 
@@ -31,9 +32,11 @@ std::string describeSeconds(double seconds) {
 
 std::string describeProgress(const opc::interfaces::Progress& progress, double seconds,
                              std::size_t width) {
-  std::string text =
-      fmt::format("{} of {} files, {} of {}", progress.itemsDone, progress.itemsTotal,
-                  describeBytes(progress.bytesDone), describeBytes(progress.bytesTotal));
+  std::string text = progress.itemsTotal == 0
+                         ? std::string()
+                         : fmt::format("{} of {} files, ", progress.itemsDone, progress.itemsTotal);
+  text += fmt::format("{} of {}", describeBytes(progress.bytesDone),
+                      describeBytes(progress.bytesTotal));
   if (seconds > 0 && progress.bytesDone > 0) {
     const double rate = static_cast<double>(progress.bytesDone) / seconds;
     const std::uint64_t left =
@@ -46,7 +49,7 @@ std::string describeProgress(const opc::interfaces::Progress& progress, double s
 }
 
 ProgressBar::ProgressBar(const line::Settings& settings)
-    : isEnabled_(!settings.isQuiet && ::isatty(STDERR_FILENO) == 1) {}
+    : isEnabled_(!settings.isQuiet && ::isatty(STDERR_FILENO) == 1 && !isTerminalDumb()) {}
 
 ProgressBar::~ProgressBar() {
   hide();
@@ -70,7 +73,9 @@ void ProgressBar::hide() {
 void ProgressBar::update(const opc::interfaces::Progress& progress) {
   if (!isEnabled_) return;
   // What may follow looks for no interrupts.
-  if (progress.itemsDone == progress.itemsTotal) return hide();
+  const bool isThrough =
+      progress.itemsDone == progress.itemsTotal && progress.bytesDone >= progress.bytesTotal;
+  if (isThrough) return hide();
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
   next_ = now + std::chrono::milliseconds(100);

@@ -15,6 +15,7 @@
 #include "opc/checks/detail/FaultFindings.h"
 #include "opc/checks/detail/LocalHeaderCheck.h"
 #include "opc/interfaces/Progress.h"
+#include "opc/plservices/LoadedFileTree.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/ExtraFields.h"
 #include "opc/zippackage/ZipItemReader.h"
@@ -76,7 +77,7 @@ class ItemDataCheck {
     reached_ = directory_.entries()[order[0]].headerOffset;
     for (const std::uint32_t entry : order) {
       checkItem(entry);
-      advance(1, 0);
+      advance(countOf(entry), 0);
     }
     checkGap(directory_.location().offset);
   }
@@ -85,12 +86,18 @@ class ItemDataCheck {
   // Declared sizes can be anything, so their sum is bounded.
   void expect(std::span<const std::uint32_t> entries) {
     constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
-    done_.itemsTotal = entries.size();
     for (const std::uint32_t entry : entries) {
+      done_.itemsTotal += countOf(entry);
       if (states_[entry].isDamaged) continue;
       const std::uint64_t size = directory_.entries()[entry].size;
       done_.bytesTotal += std::min(size, kMost - done_.bytesTotal);
     }
+  }
+
+  /// Of an add-on, the progress counts files and not the parts that describe them.
+  std::uint64_t countOf(std::uint32_t entry) const {
+    return report_.subject() == Subject::Package ||
+           directory_.name(entry).starts_with(plservices::kFilesFolder);
   }
 
   void advance(std::uint64_t items, std::uint64_t bytes) {

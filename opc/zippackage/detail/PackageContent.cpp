@@ -25,12 +25,12 @@ void PackageContent::writeTo(OutputFile& out) {
 void PackageContent::countTotals() {
   for (std::size_t entry = 0; entry < removed_.size(); ++entry) {
     if (removed_[entry]) continue;
-    ++progress_.itemsTotal;
+    progress_.itemsTotal += countOf(old_->directory.name(entry));
     progress_.bytesTotal += old_->directory.entries()[entry].size;
   }
   for (const AddedItem& item : added_) {
     if (item.isRemoved) continue;
-    ++progress_.itemsTotal;
+    progress_.itemsTotal += countOf(item.properties.name);
     progress_.bytesTotal += item.content->size();
   }
 }
@@ -62,7 +62,7 @@ void PackageContent::addNew(ZipWriter& writer, PackAhead& packer, bool atFront) 
         report(furthest);
       });
     }
-    reportDone(1, expected);
+    reportDone(countOf(item.properties.name), expected);
   }
 }
 
@@ -124,7 +124,7 @@ std::vector<PackageContent::Run> PackageContent::findRuns() {
     Run& run = runs.back();
     run.last = at;
     run.end = endOf(at);
-    ++run.items;
+    run.items += countOf(old_->directory.name(order[at]));
     run.bytes += entry.size;
   }
   if (!runs.empty()) requireWhole(runs.back());

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <string_view>
 #include <vector>
 
 #include "opc/interfaces/Progress.h"
@@ -44,13 +45,15 @@ class PackageContent {
   struct Run {
     std::uint64_t start = 0;
     std::uint64_t end = 0;
-    std::uint64_t items = 0;
+    std::uint64_t items = 0;  ///< that the progress counts
     std::uint64_t bytes = 0;  ///< unpacked
     std::size_t first = 0;    ///< of its items, in physical order; none between is left out
     std::size_t last = 0;
   };
 
   void countTotals();
+  /// How many items the progress counts for one with that name.
+  std::uint64_t countOf(std::string_view name) const { return name.starts_with(options_.counted); }
   std::vector<PackAhead::Job> jobs() const;
   void addNew(ZipWriter& writer, PackAhead& packer, bool atFront);
   void copyUnchanged(OutputFile& out, ZipWriter& writer);

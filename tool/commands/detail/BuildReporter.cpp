@@ -39,7 +39,8 @@ void BuildReporter::print() {
   const bool isQuiet = invocation_.settings().isQuiet && !result.failure;
   const bool isText = format_ == kText;
   if (isText && result.verdict && !isQuiet) {
-    report::printToStandardError(report::describeFindings(*result.verdict));
+    report::printToStandardError(
+        report::describeFindings(*result.verdict, report::wantsErrorColor(invocation_.settings())));
   }
   report::Output output;
   if (invocation_.has(kJsonOption.longName)) {

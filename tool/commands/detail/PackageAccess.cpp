@@ -13,6 +13,7 @@
 #include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/plservices/HostPropertiesPart.h"
+#include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/W3cDateTime.h"
 #include "text/ByteCount.h"
 #include "tool/process/Background.h"
@@ -57,7 +58,7 @@ std::optional<std::int64_t> sourceDateEpoch() {
 /// Changes the package, and returns the findings that the change brings about.
 PackageVerdict changeAndReview(AddonPackage& package, const std::string& path,
                                const std::function<void(AddonPackage&)>& change,
-                               const ReviewRules& rules) {
+                               const ReviewRules& rules, const line::Invocation& invocation) {
   if (rules.kind == ReviewRules::Kind::None) {
     change(package);
     return {};
@@ -67,7 +68,7 @@ PackageVerdict changeAndReview(AddonPackage& package, const std::string& path,
   if (rules.replaced != nullptr) review.replaces(*rules.replaced);
   PackageVerdict verdict = review.judge(path);
   if (rules.kind == ReviewRules::Kind::RefuseErrors) {
-    refuseErrors("cannot change", verdict, "--no-verify changes it all the same");
+    refuseErrors("cannot change", verdict, "--no-verify changes it all the same", invocation);
   }
   return verdict;
 }
@@ -96,6 +97,7 @@ opc::zippackage::WriteOptions writeOptionsOf(const line::Invocation& invocation)
   opc::zippackage::WriteOptions options;
   options.timestamp = timestampOf(invocation);
   options.background = process::secondThread();
+  options.counted = opc::plservices::kFilesFolder;
   options.level =
       static_cast<int>(invocation.number(kLevelOption.longName, 0, 9).value_or(options.level));
   return options;
@@ -130,12 +132,15 @@ void warnOfForeign(AddonPackage& package, const std::string& path,
 
 void printFindings(const PackageVerdict& verdict, const line::Invocation& invocation) {
   if (invocation.settings().isQuiet) return;
-  report::printToStandardError(report::describeFindings(verdict));
+  report::printToStandardError(
+      report::describeFindings(verdict, report::wantsErrorColor(invocation.settings())));
 }
 
-void refuseErrors(std::string_view what, const PackageVerdict& verdict, std::string_view hint) {
+void refuseErrors(std::string_view what, const PackageVerdict& verdict, std::string_view hint,
+                  const line::Invocation& invocation) {
   if (verdict.errors == 0) return;
-  report::printToStandardError(report::describeFindings(verdict));
+  report::printToStandardError(
+      report::describeFindings(verdict, report::wantsErrorColor(invocation.settings())));
   const std::string why = "it would have " + text::counted(verdict.errors, "new error");
   throw process::Failure(process::sentence(what, verdict.file, why), std::string(hint));
 }
@@ -153,7 +158,7 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   opc::model::Package& logical = package->logicalPackage();
   const std::vector<std::string> strays = logical.strayItems();
   const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
-  const PackageVerdict verdict = changeAndReview(*package, path, change, rules);
+  const PackageVerdict verdict = changeAndReview(*package, path, change, rules, invocation);
   report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
@@ -175,7 +180,7 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
 
 void rehearseChange(const std::string& path, const line::Invocation& invocation,
                     const std::function<void(AddonPackage&)>& change) {
-  printFindings(changeAndReview(*openForChanging(path), path, change, {}), invocation);
+  printFindings(changeAndReview(*openForChanging(path), path, change, {}, invocation), invocation);
 }
 
 void commit(AddonPackage& package) {

@@ -77,7 +77,7 @@ void printFindings(const addon::checks::PackageVerdict& verdict,
 /// If there is an error among the findings, prints them and throws Failure. `what`, such as "cannot
 /// change", is the beginning of its message.
 void refuseErrors(std::string_view what, const addon::checks::PackageVerdict& verdict,
-                  std::string_view hint);
+                  std::string_view hint, const line::Invocation& invocation);
 
 /// Commits. After that, interrupts are ignored, since the new package is in place.
 void commit(AddonPackage& package);
