@@ -33,4 +33,7 @@ void storeFiles(const std::vector<SourceFile>& files, bool replaces,
 /// there.
 bool storeFolder(const std::string& path, addon::packaging::AddonPackage& package);
 
+/// Their paths in the package, those of folders with a '/' at the end.
+std::vector<std::string> pathsOf(const std::vector<SourceFile>& files);
+
 }  // namespace addon::build

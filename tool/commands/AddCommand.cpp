@@ -19,6 +19,7 @@
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
 #include "tool/report/Output.h"
 
 namespace tool::commands {
@@ -169,8 +170,8 @@ void requireDistinct(const std::vector<SourceFile>& files) {
 
 void printPlan(const std::vector<SourceFile>& files) {
   report::Output output;
-  for (const SourceFile& file : files) {
-    output.write(output.shown(file.path) + (file.isFolder ? "/\n" : "\n"));
+  for (const std::string& path : addon::build::pathsOf(files)) {
+    output.write(output.shown(path) + "\n");
   }
   output.flush();
 }
@@ -190,6 +191,7 @@ process::ExitCode run(const line::Invocation& invocation) {
     printPlan(files);
   } else {
     detail::changePackage(path, std::move(options), invocation, add);
+    report::printDone(invocation, "added", addon::build::pathsOf(files));
   }
   return process::ExitCode::Done;
 }

@@ -17,6 +17,7 @@
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
 
 namespace tool::commands {
 
@@ -104,9 +105,10 @@ process::ExitCode run(const line::Invocation& invocation) {
   AddonPackage& package = target.open(properties, options.timestamp);
   storeFiles(files, false, package, process::Interrupt::check);
   const PackageVerdict verdict = ChangeReview::ofNewPackage(package).judge(operands[0]);
-  detail::refuseErrors("cannot create", verdict,
-                       "'kraddon verify --explain ID' explains a finding", invocation);
+  detail::refuseErrors("cannot create", verdict, "'kraddon verify --explain ID' explains a finding",
+                       invocation);
   target.commit(std::move(options), invocation.settings());
+  report::printDone(invocation, "added", addon::build::pathsOf(files));
   detail::printFindings(verdict, invocation);
   return process::ExitCode::Done;
 }

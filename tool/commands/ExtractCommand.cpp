@@ -201,6 +201,12 @@ void writeFiles(AddonPackage& package, const std::vector<Item>& items,
   entries.reserve(items.size());
   for (const Item& item : items) entries.push_back(*item.entry);
   package.fileSystem().extract(entries, destination, mode, bar.function());
+  if (!invocation.settings().isVerbose) return;
+  std::vector<std::string> names;
+  for (const Item& item : items) {
+    names.push_back(onDisk(destination, item.path) + (item.isFolder() ? "/" : ""));
+  }
+  report::printDone(invocation, "extracted", names);
 }
 
 /// What can be extracted: the file tree or, with --all, every part under its name without the

@@ -12,6 +12,7 @@
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Interrupt.h"
+#include "tool/report/Messages.h"
 #include "tool/report/Output.h"
 
 namespace tool::commands {
@@ -107,6 +108,7 @@ process::ExitCode run(const line::Invocation& invocation) {
     printLines(lines);
   } else {
     detail::changePackage(path, std::move(options), invocation, remove);
+    report::printDone(invocation, "removed", lines);
   }
   return process::ExitCode::Done;
 }

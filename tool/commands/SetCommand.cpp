@@ -23,6 +23,7 @@
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/ReadFile.h"
+#include "tool/report/Messages.h"
 
 namespace tool::commands {
 
@@ -72,11 +73,29 @@ bool isAssignment(std::string_view word) {
                      [](char c) { return opc::isAsciiLetterOrDigit(c) || c == '_'; });
 }
 
+/// The text that a word after '=' stands for: "@FILE" is the text of a file, "@-" standard input,
+/// "@@x" the text "@x". Form feeds become line ends, as in 'build'.
+std::string textOf(std::string_view value) {
+  std::string text(value);
+  if (value.starts_with("@@")) {
+    text.erase(0, 1);
+  } else if (value.starts_with('@')) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    try {
+      text = process::readInput(std::string(value.substr(1)), kLargestFile);
+    } catch (const process::Failure& failure) {
+      throw process::Failure(failure.what(), fmt::format("'@{}' is the text '{}'", value, value));
+    }
+    if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
+  }
+  std::replace(text.begin(), text.end(), '\f', '\n');
+  return text;
+}
+
 std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
                                                     const std::string& word) {
   const std::size_t equals = word.find('=');
   std::string field = word.substr(0, equals);
-  std::string value = word.substr(equals + 1);
   const std::vector<std::string_view> known = json::fieldNames(table.record);
   if (std::find(known.begin(), known.end(), field) == known.end()) {
     const std::string all = fmt::format("the fields are {}", fmt::join(known, ", "));
@@ -85,6 +104,7 @@ std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
                           text::suggestion(field, known, all)),
         opc::identityOf(word) ? fmt::format("'./{}' is the file with that name", word) : "");
   }
+  std::string value = textOf(std::string_view(word).substr(equals + 1));
   const std::string fault = addon::project::xmlTextFault(value);
   if (!fault.empty()) {
     throw process::Failure(
@@ -94,6 +114,11 @@ std::pair<std::string, std::string> parseAssignment(const DocumentTable& table,
 }
 
 Fields parseAssignments(const DocumentTable& table, const std::vector<std::string>& words) {
+  const auto isFromInput = [](const std::string& word) { return word.ends_with("=@-"); };
+  if (std::count_if(words.begin(), words.end(), isFromInput) > 1) {
+    throw process::UsageError(
+        process::sentence("bad value", "@-", "standard input can be read only once"));
+  }
   Fields fields;
   for (const std::string& word : words) {
     if (!isAssignment(word)) {
@@ -106,6 +131,16 @@ Fields parseAssignments(const DocumentTable& table, const std::vector<std::strin
     }
   }
   return fields;
+}
+
+/// "properties.version" for each field that is set or, of a file, the name of the document.
+std::vector<std::string> namesOf(const DocumentTable& table, const Fields& fields) {
+  if (fields.empty()) return {table.name()};
+  std::vector<std::string> names;
+  for (const auto& [field, value] : fields) {
+    names.push_back(fmt::format("{}.{}", table.name(), field));
+  }
+  return names;
 }
 
 /// The error in JSON text, with the name of the document if it begins with a place in it.
@@ -212,17 +247,22 @@ process::ExitCode run(const line::Invocation& invocation) {
   }
 
   detail::ReviewRules rules = detail::strictReviewOf(invocation);
+  bool isChanged = false;
   const auto store = [&](AddonPackage& package) {
     const bool isWhole = document.has_value();
-    if (change(table, std::move(document), fields, package) && isWhole) rules.replaced = &table;
+    isChanged = change(table, std::move(document), fields, package);
+    if (isChanged && isWhole) rules.replaced = &table;
   };
   detail::changePackage(words[0], std::move(options), invocation, store, rules);
+  if (isChanged) report::printDone(invocation, "set", namesOf(table, fields));
   return process::ExitCode::Done;
 }
 
 constexpr std::array kExamples{
     line::ExampleSpec{"kraddon set kit.kraddon properties version=1.1 authorName='A. Weaver'",
                       "changes two properties"},
+    line::ExampleSpec{"kraddon set kit.kraddon license type=MIT text=@LICENSE",
+                      "stores the text of a file as the license"},
     line::ExampleSpec{"kraddon set kit.kraddon apps apps.json", "stores the list in apps.json"},
     line::ExampleSpec{"kraddon get old.kraddon license | kraddon set kit.kraddon license -",
                       "copies the license of another package"}};
@@ -234,7 +274,10 @@ constexpr line::CommandSpec kSetCommand{
     .summary = "stores a document, or changes some of its fields",
     .description =
         "FILE.json has the form that 'get' prints. FIELD=VALUE changes one field of the properties "
-        "or the license. A file must contain every field, except lists of texts and lists within a "
+        "or the license; FIELD=@FILE takes the text of a file, FIELD=@- standard input, and "
+        "FIELD=@@x "
+        "is the text '@x'. Form feeds become line ends. A file must contain every field, except "
+        "lists of texts and lists within a "
         "record, which are empty if they are null or missing. Nothing is changed if 'verify' would "
         "find a new error in the package, unless --no-verify is given; new warnings are printed.",
     .operands = kOperands,

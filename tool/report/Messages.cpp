@@ -52,6 +52,16 @@ void printWarning(const line::Invocation& invocation, std::string_view message) 
   printNotice(invocation, fmt::format("warning: {}", message));
 }
 
+void printDone(const line::Invocation& invocation, std::string_view verb,
+               const std::vector<std::string>& names) {
+  if (!invocation.settings().isVerbose) return;
+  std::string text;
+  for (const std::string& name : names) {
+    text += fmt::format("{}: {}\n", verb, opc::printable(name));
+  }
+  printToStandardError(text);
+}
+
 void printNotice(const line::Invocation& invocation, std::string_view message) {
   if (invocation.settings().isQuiet) return;
   printToStandardError(line(invocation.command().name, message));

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tool::line {
 class Invocation;
@@ -21,6 +23,11 @@ void printWarning(const line::Invocation& invocation, std::string_view message);
 
 /// Prints "kraddon: `command`: `message`" in the same way, unless --quiet is set.
 void printNotice(const line::Invocation& invocation, std::string_view message);
+
+/// With --verbose, prints "`verb`: NAME" for each of the names to standard error, control
+/// characters replaced.
+void printDone(const line::Invocation& invocation, std::string_view verb,
+               const std::vector<std::string>& names);
 
 /// Prints text unchanged to standard error. Errors are ignored, since there is nowhere to report
 /// them.
