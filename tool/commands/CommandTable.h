@@ -23,6 +23,7 @@ extern const line::CommandSpec kInfoCommand;
 extern const line::CommandSpec kInitCommand;
 extern const line::CommandSpec kListCommand;
 extern const line::CommandSpec kMkdirCommand;
+extern const line::CommandSpec kMvCommand;
 extern const line::CommandSpec kPreviewCommand;
 extern const line::CommandSpec kRemoveCommand;
 extern const line::CommandSpec kSchemaCommand;

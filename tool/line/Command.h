@@ -18,7 +18,7 @@ using Choices = std::vector<std::string> (*)();
 using ChoicesAfter = std::vector<std::string> (*)(std::span<const std::string> operands);
 
 // The name of a value tells people and completion what it is: PACKAGE, FILE, FOLDER and DIR are on
-// the disk, PATH is in the package on the command line.
+// the disk, PATH, FROM and TO are in the package on the command line.
 
 /// An option, as it is parsed and described.
 struct OptionSpec {

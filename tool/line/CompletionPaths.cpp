@@ -67,7 +67,7 @@ bool isPackageName(std::string_view valueName) {
 }
 
 bool isPackagePathName(std::string_view valueName) {
-  return valueName == "PATH";
+  return valueName == "PATH" || valueName == "FROM" || valueName == "TO";
 }
 
 std::string withHome(std::string_view path) {
