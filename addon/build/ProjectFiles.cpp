@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -38,6 +39,19 @@ PatternChoice inclusionOf(const FilesSection& files) {
   std::vector<std::string> patterns;
   for (const Text& pattern : files.include.value) patterns.push_back(pattern.value);
   return PatternChoice(patterns);
+}
+
+/// A pattern that matches nothing is probably misspelled, and what it means would be missing.
+void requireUsed(const FilesSection& files, const PatternChoice& inclusion) {
+  const std::string* unused = inclusion.unused();
+  if (unused == nullptr) return;
+  const auto& patterns = files.include.value;
+  const auto found = std::find_if(patterns.begin(), patterns.end(),
+                                  [&](const Text& one) { return one.value == *unused; });
+  throw ManifestError(
+      found == patterns.end() ? files.include.position : found->position,
+      fmt::format("files.include: the pattern '{}' matches nothing, or only what is excluded",
+                  *unused));
 }
 
 std::string rootOf(const Project& project) {
@@ -108,6 +122,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
     std::string diskPath = onDisk(root, entry.path);
     found.push_back({std::move(diskPath), std::move(entry.path), entry.isFolder});
   }
+  if (files.include.isGiven()) requireUsed(files, inclusion);
   return found;
 }
 

@@ -14,6 +14,7 @@
 #include "addon/project/PlainText.h"
 #include "addon/project/detail/ManifestFaults.h"
 #include "addon/project/detail/TomlKeys.h"
+#include "addon/project/detail/TomlMessage.h"
 #include "opc/Text.h"
 #include "text/Suggest.h"
 
@@ -349,9 +350,8 @@ toml::table parse(std::string_view text) {
   try {
     return toml::parse(text, std::string_view(kManifestName));
   } catch (const toml::parse_error& error) {
-    std::string why(error.description());
-    if (!why.empty()) why.front() = opc::toLowerAscii(why.front());
-    throw ManifestError(toPosition(error.source().begin), why);
+    const Position position = toPosition(error.source().begin);
+    throw ManifestError(position, detail::tomlMessage(error.description(), text, position));
   }
 }
 

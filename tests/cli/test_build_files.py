@@ -37,6 +37,14 @@ class Patterns(projecttest.ProjectTest):
         self.packs(["other.m"], '[files]\ninclude = ["examples/deep/", "!examples", "other.m"]\n')
         self.packs(["examples/deep/d.m"], '[files]\ninclude = ["!examples", "examples/deep/"]\n')
 
+    def test_an_included_pattern_that_matches_nothing_is_an_error(self):
+        why = "5:19': files.include: the pattern 'srx/**' matches nothing, or only what is excluded"
+        for files in ({"a.m": "a"}, {"a.m": "a", "src/b.m": "b"}):
+            self.refuses(why, '[files]\ninclude = ["a.m", "srx/**", "!none"]\n', files)
+        self.refuses("5:12': files.include: the pattern '*.log' matches nothing, or only what is "
+                     "excluded", '[files]\ninclude = ["*.log"]\nexclude = ["*.log"]\n',
+                     {"x.log": "x"})
+
     def test_what_is_not_included_need_not_be_fit_for_a_package(self):
         self.project('[files]\ninclude = ["*.m"]\n', {"a.m": "a"})
         os.mkfifo(self.path("pipe"))

@@ -78,8 +78,19 @@ const Fault kSyntaxFaults[] = {
     {"QuotedKeyBeyondAscii", "[license]\n\"\xC3\xA4\" = 1\n",
      "5:1': unknown key 'license.\xC3\xA4': the keys are type, text, file"},
     {"RawControlCharacter", "[license]\ntext = \"a\x01\"\n",
-     "5:10': error while parsing string: unescaped control characters other than TAB (U+0009) are "
-     "explicitly prohibited"},
+     "5:10': a string cannot contain control characters, except for tabs"},
+    {"OpenString", "[license]\ntext = \"abc\ntype = \"x\"\n",
+     "5:12': the string is not closed: its closing quote is missing"},
+    {"OpenLiteral", "[license]\ntext = 'abc\r\n",
+     "5:12': the string is not closed: its closing quote is missing"},
+    {"OpenBlock", "[license]\ntext = \"\"\"abc\n",
+     "5:15': the string is not closed: its closing quotes are missing"},
+    {"TypographicQuote", "[license]\ntext = \u201Cabc\u201D\n",
+     "5:8': the quote \u201C does not begin a string: write \""},
+    {"NoQuotes", "[license]\ntext = abc\n",
+     "5:8': expected a value: a string stands between quotes, as in \"text\""},
+    {"NoValue", "[license]\ntext =\n", "5:7': the value is missing"},
+    {"OpenArray", "[files]\ninclude = [\"a\",\n", "5:17': the array is not closed by ']'"},
 };
 
 const Fault kKeyFaults[] = {
@@ -95,7 +106,7 @@ const Fault kKeyFaults[] = {
      "image = []\n",
      "8:1': unknown key 'category[0].example[0].image': did you mean 'images'?"},
     {"UnknownKeyThatIsNearNone", "[verify]\nqqqqqq = 1\n",
-     "5:1': unknown key 'verify.qqqqqq': the keys are ignore, strict"},
+     "5:1': unknown key 'verify.qqqqqq': the keys are ignore, error, warn, strict"},
     {"UnknownDottedKey", "package.name = \"a\"\npackage.version = \"1\"\npackage.frob = \"\"\n",
      "3:9': unknown key 'package.frob': the keys are name, version, type, summary, author, "
      "contact, organization, description, description-file, guid, screenshot"},
@@ -375,7 +386,8 @@ TEST(Manifest, AnUnclosedTextWithManyDotsIsASyntaxError) {
   for (const std::string quote : {"\"", "'", "\"\"\"", "'''"}) {
     for (const char* end : {"", "\n", "\\"}) {
       const std::string fault = faultOf(kLeast + "summary = " + quote + dots + end);
-      EXPECT_NE(fault.find("': error while parsing"), std::string::npos) << quote << end << fault;
+      EXPECT_NE(fault.find("': the string is not closed"), std::string::npos)
+          << quote << end << fault;
     }
   }
 }
