@@ -2,6 +2,7 @@
 """Completion: what the program proposes, and what comes of it in the real shells."""
 
 import os
+import pathlib
 import pty
 import select
 import shutil
@@ -273,6 +274,46 @@ class Bash(Shell):
         self.check_awkward_names()
         self.check_quotes()
         self.assertEqual(self.path("out.deep").read_text(), "deep", self.path("err").read_text())
+
+    def folders_in_quotes(self, *begin):
+        self.package(files={"Erste Schritte/über sicht.m": "1", "Erste Schritte/b $x.m": "2",
+                            "only/one/x y.m": "3", "a'b/c d.m": "4", "a'b/e.m": "5",
+                            "in/Zwei Teile/ein stück.m": "6", "in/x": ""})
+        self.path("a disk folder/sub").mkdir(parents=True)
+        self.write("a disk folder/x y.kraddon", self.path("p.kraddon").read_bytes())
+        start = "kraddon extract p.kraddon --stdout"
+        lines = {"single": f"{start} 'Er\t\tü\t", "double": f'{start} "Er\t\tb\t',
+                 "descending": f"{start} 'on\t", "plain": f"{start} Er\tü\t",
+                 "twice": f"{start} 'in/Zw\t\t", "more": f'{start} "in/Zw\t\t',
+                 "closed": f"{start} 'Er\tüber sicht.m'", "ended": f'{start} "Er\tüber sicht.m"',
+                 "apostrophe": f'{start} "a\'\t\tc\t',
+                 "disk": "kraddon extract 'a d\t\tx\t --stdout 'Er\t\tü\t"}
+        self.typed(self.COMMAND, *begin, "set +H",
+                   *(f"{line} > out.{name} 2> err.{name}" for name, line in lines.items()))
+        for name, content in (("single", "1"), ("double", "2"), ("descending", "3"),
+                              ("plain", "1"), ("twice", "6"), ("more", "6"),
+                              ("closed", "1"), ("ended", "1"),
+                              ("apostrophe", "4"), ("disk", "1")):
+            self.assertEqual(self.path(f"out.{name}").read_text(), content,
+                             (name, self.path(f"err.{name}").read_text()))
+
+    def test_folders_leave_quotes_open(self):
+        self.folders_in_quotes(f". ./{self.script('bash').name}")
+
+    def test_folders_leave_quotes_open_with_bash_completion(self):
+        library = pathlib.Path("/usr/share/bash-completion/bash_completion")
+        if not library.exists():
+            self.skipTest("there is no bash-completion; scripts/setup test installs it")
+        folder = self.path("data/bash-completion/completions")
+        folder.mkdir(parents=True)
+        shutil.copy(self.script("bash"), folder / "kraddon")
+        self.env["XDG_DATA_HOME"] = str(self.path("data"))
+        self.folders_in_quotes(f". {library}")
+
+    def test_folders_of_the_disk_are_named_without_a_second_slash(self):
+        self.path("mapkit").mkdir()
+        self.path("mapkat").mkdir()
+        self.assertEqual(sorted(self.replies("build", "mapk")), ["mapkat", "mapkit"])
 
 
 class Zsh(Shell):

@@ -89,8 +89,8 @@ _kraddon_quote() {
 }
 
 _kraddon() {
-  local IFS=$' \t\n' REPLY quote parted word current candidate has_end=1 has_dollar= program open
-  local -a typed words=() records=()
+  local IFS=$' \t\n' REPLY quote parted word current candidate has_end=1 has_dollar= program open kind= i
+  local -a typed words=() records=() found
   COMPREPLY=()
   _kraddon_words
   for word in "${typed[@]}"; do
@@ -103,25 +103,40 @@ _kraddon() {
   _kraddon_unquote "${COMP_WORDS[0]}"
   program=${REPLY/#'~/'/"$HOME/"}
 
-  mapfile -d '' -t records < <(command "$program" completion bash -- "${words[@]}" 2> /dev/null)
-  for candidate in "${records[@]:2}"; do
-    [[ ${records[0]} == paths ]] || candidate=${candidate%%$'\t'*}
-    candidate=${records[1]}$candidate
-    [[ $candidate == "$current"* ]] || continue
-    [[ $candidate == *[/=] ]] || has_end=
-    [[ $candidate == *[\$\`~]* ]] && has_dollar=1
-    COMPREPLY+=("${candidate:parted}")
+  while
+    found=()
+    mapfile -d '' -t records < <(command "$program" completion bash -- "${words[@]}" 2> /dev/null)
+    for candidate in "${records[@]:2}"; do
+      [[ ${records[0]} == paths ]] || candidate=${candidate%%$'\t'*}
+      candidate=${records[1]}$candidate
+      [[ $candidate == "$current"* ]] && found+=("$candidate")
+    done
+    ((${#found[@]}))
+  do
+    COMPREPLY=() kind=${records[0]}
+    for candidate in "${found[@]}"; do COMPREPLY+=("${candidate:parted}"); done
+    # bash closes the quote behind the only candidate. Of a folder, what is in it comes at once.
+    [[ $open && $kind == paths && ${#found[@]} == 1 && $candidate == */ ]] || break
+    words[-1]=$candidate current=$candidate
   done
   ((${#COMPREPLY[@]})) || return 0
+  for candidate in "${COMPREPLY[@]}"; do
+    [[ $candidate == *[/=] ]] || has_end=
+    [[ $candidate == *[\$\`~]* ]] && has_dollar=1
+  done
   [[ $has_end ]] && compopt -o nospace 2> /dev/null
-  [[ ${records[0]} == paths ]] || return 0
+  [[ $kind == paths ]] || return 0
   # bash quotes paths well, but for those with what looks like an expansion in them.
   if [[ $has_dollar ]]; then
     quote=$open
     _kraddon_quote
-  else
-    compopt -o filenames 2> /dev/null
+    return 0
   fi
+  # It also adds the slash to folders of the disk.
+  for i in "${!COMPREPLY[@]}"; do
+    [[ ${COMPREPLY[i]} == */ && -d ${COMPREPLY[i]} ]] && COMPREPLY[i]=${COMPREPLY[i]%/}
+  done
+  compopt -o filenames 2> /dev/null
   return 0
 }
 
