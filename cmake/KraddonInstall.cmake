@@ -16,6 +16,11 @@ install(TARGETS kraddon kraddon_packaging kxarray EXPORT kraddonTargets
 
 install(DIRECTORY ${PROJECT_BINARY_DIR}/pages/ DESTINATION share/man/man1 COMPONENT runtime
   FILES_MATCHING PATTERN "*.1")
+install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.toml.5 DESTINATION share/man/man5
+  COMPONENT runtime)
+# Its address is in the manifests that 'init' writes.
+install(FILES ${PROJECT_BINARY_DIR}/pages/manifest.schema.json DESTINATION share/kraddon
+  COMPONENT runtime)
 install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.bash RENAME kraddon
   DESTINATION share/bash-completion/completions COMPONENT runtime)
 install(FILES ${PROJECT_BINARY_DIR}/pages/kraddon.zsh RENAME _kraddon

@@ -202,7 +202,7 @@ void appendRemarks(const Guesses& guesses, std::string& result) {
 }  // namespace
 
 std::string manifestText(const Guesses& guesses) {
-  std::string result(kHead);
+  std::string result = std::string("#:schema ") + kManifestSchemaId + "\n\n" + std::string(kHead);
   appendPackage(guesses, result);
   appendLicense(guesses, result);
   appendConfiguration(guesses, result);

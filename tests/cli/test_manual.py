@@ -16,7 +16,7 @@ PAGES = pathlib.Path(os.environ["KRADDON_PAGES"])
 class Manual(kraddontest.CliTest):
 
     def pages(self):
-        found = sorted(PAGES.glob("*.1"))
+        found = sorted([*PAGES.glob("*.1"), *PAGES.glob("*.5")])
         self.assertGreater(len(found), 10)
         return found
 
@@ -35,7 +35,8 @@ class Manual(kraddontest.CliTest):
         commands = re.findall(r"(?m)^  ([a-z]+)  ", self.ok("help").text)
 
         self.assertEqual(sorted(page.stem for page in self.pages()),
-                         sorted(["kraddon"] + [f"kraddon-{command}" for command in commands]))
+                         sorted(["kraddon", "kraddon.toml"]
+                                + [f"kraddon-{command}" for command in commands]))
 
     def test_mandoc_has_nothing_to_say(self):
         self.need("mandoc")
@@ -50,7 +51,15 @@ class Manual(kraddontest.CliTest):
         self.need("man")
         for page in self.pages():
             text = self.formatted(page)
-            self.assertIn("EXIT STATUS", text)
+            self.assertIn("SEE ALSO" if page.suffix == ".5" else "EXIT STATUS", text)
+
+    def test_the_page_of_the_manifest_says_what_the_help_says(self):
+        self.need("man")
+        text = " ".join(self.formatted(PAGES / "kraddon.toml.5").split())
+        self.assertIn("KRADDON.TOML(5) File Formats KRADDON.TOML(5)", text)
+        for key in ("korvan-paths", "install-by-default", "[[files.add]]", "[verify]", "docs/**/*.pdf"):
+            self.assertIn(f" {key} ", text)
+        self.assertIn('name = "Wave Tools" version = "1.2"', text)
 
     def test_a_page_says_what_the_help_says(self):
         self.need("man")

@@ -100,6 +100,7 @@ class Contents(unittest.TestCase):
         for path in ("bin/kraddon", "lib/kraddon/host/libkraddon_packaging.so",
                      "lib/kraddon/host/libkxarray.so",
                      "share/man/man1/kraddon.1.gz", "share/man/man1/kraddon-create.1.gz",
+                     "share/man/man5/kraddon.toml.5.gz", "share/kraddon/manifest.schema.json",
                      "share/bash-completion/completions/kraddon",
                      "share/zsh/vendor-completions/_kraddon",
                      "share/fish/vendor_completions.d/kraddon.fish",

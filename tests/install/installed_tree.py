@@ -211,7 +211,8 @@ class InstalledTree(unittest.TestCase):
             self.assertNotIn(str(self.folder), text, file)
 
     def test_pages_and_completions_are_where_programs_look_for_them(self):
-        for name in ("man/man1/kraddon.1", "man/man1/kraddon-verify.1",
+        for name in ("man/man1/kraddon.1", "man/man1/kraddon-verify.1", "man/man5/kraddon.toml.5",
+                     "kraddon/manifest.schema.json",
                      "bash-completion/completions/kraddon", "zsh/site-functions/_kraddon",
                      "fish/vendor_completions.d/kraddon.fish", "doc/kraddon/LICENSE", "doc/kraddon/copyright"):
             self.assertTrue((self.tree / "share" / name).is_file(), name)

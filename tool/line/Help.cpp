@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "text/Lines.h"
 #include "tool/line/OptionTable.h"
+#include "tool/line/Topic.h"
 #include "tool/line/Wrapping.h"
 
 namespace tool::line {
@@ -109,9 +111,23 @@ std::string helpOf(const CommandSpec& command) {
   return text;
 }
 
+std::string helpOf(const Topic& topic) {
+  std::string text = fmt::format("{} - {}\n", topic.name, topic.summary);
+  for (const TopicSection& section : topic.sections) {
+    if (!section.title.empty()) text += fmt::format("\n{}\n", section.title);
+    if (!section.text.empty()) text += (section.title.empty() ? "\n" : "") + wrapped(section.text);
+    text += table(section.entries);
+    if (section.example.empty()) continue;
+    for (const std::string_view line : text::linesOf(section.example)) {
+      text += fmt::format("  {}\n", line);
+    }
+  }
+  return text;
+}
+
 std::string programUsage() {
   return "usage: kraddon [-C DIR] COMMAND [ARGUMENT...]\n"
-         "       kraddon help [COMMAND]\n";
+         "       kraddon help [COMMAND|TOPIC]\n";
 }
 
 std::string programHelp(CommandList commands) {
@@ -122,7 +138,8 @@ std::string programHelp(CommandList commands) {
   return programUsage() + fmt::format("\n{}\n", kProgramPurpose) + "\ncommands:\n" + table(rows) +
          "\noptions before the command:\n" + optionTable(leadingOptions()) +
          "\noptions of every command:\n" + optionTable(commonOptions()) +
-         "\nRun 'kraddon help COMMAND' for details.\n";
+         "\nRun 'kraddon help COMMAND' for details, and 'kraddon help manifest', 'patterns' or\n"
+         "'findings' for more about these.\n";
 }
 
 }  // namespace tool::line

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "opc/Text.h"
+#include "text/Lines.h"
 #include "tool/line/Help.h"
 #include "tool/line/OptionTable.h"
 #include "tool/line/Wrapping.h"
@@ -95,14 +96,15 @@ void appendEntries(std::string_view title, std::span<const Entry> entries, std::
   for (const auto& [term, text] : entries) appendEntry(bold(term), text, page);
 }
 
-std::string beginPage(std::string_view command, std::string_view summary,
+std::string beginPage(std::string_view pageTitle, char section, std::string_view summary,
                       std::string_view version) {
-  std::string title = pageName(command);
+  std::string title(pageTitle);
   for (char& c : title) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  std::string page = fmt::format(".TH {} 1 {} \"kraddon {}\" \"User Commands\"\n.SH NAME\n",
-                                 escapedForManual(title), kDate, version);
+  std::string page =
+      fmt::format(".TH {} {} {} \"kraddon {}\" \"{}\"\n.SH NAME\n", escapedForManual(title),
+                  section, kDate, version, section == '1' ? "User Commands" : "File Formats");
   const std::string name =
-      fmt::format("{} \\- {}", escapedForManual(pageName(command)), escapedForManual(summary));
+      fmt::format("{} \\- {}", escapedForManual(pageTitle), escapedForManual(summary));
   return page + wrapped(name);
 }
 
@@ -168,7 +170,8 @@ std::string escapedForManual(std::string_view text) {
 }
 
 std::string programManual(CommandList commands, std::string_view version) {
-  std::string page = beginPage({}, "creates, checks and extracts Korvan add-on packages", version);
+  std::string page =
+      beginPage(pageName({}), '1', "creates, checks and extracts Korvan add-on packages", version);
   appendSection("SYNOPSIS", page);
   page += fmt::format("{} [{} {}] {} [{}...]\n.br\n{} [{}]\n", bold("kraddon"), bold("-C"),
                       italic("DIR"), italic("COMMAND"), italic("ARGUMENT"), bold("kraddon help"),
@@ -188,7 +191,7 @@ std::string programManual(CommandList commands, std::string_view version) {
 }
 
 std::string manualOf(const CommandSpec& command, CommandList commands, std::string_view version) {
-  std::string page = beginPage(command.name, command.summary, version);
+  std::string page = beginPage(pageName(command.name), '1', command.summary, version);
   appendSection("SYNOPSIS", page);
   page += bold(fmt::format("kraddon {}", command.name));
   for (const std::string& word : synopsisOf(command)) page += " " + escapedForManual(word);
@@ -205,6 +208,26 @@ std::string manualOf(const CommandSpec& command, CommandList commands, std::stri
   if (!command.examples.empty()) appendExamples(command.examples, page);
   endPage(command.name, commands, page);
   return page;
+}
+
+std::string fileManual(std::string_view file, const Topic& topic,
+                       const std::vector<TopicSection>& more, std::string_view version) {
+  std::string page = beginPage(file, '5', topic.summary, version);
+  std::vector<TopicSection> sections = topic.sections;
+  sections.insert(sections.end(), more.begin(), more.end());
+  for (const TopicSection& section : sections) {
+    appendSection(section.title.empty() ? "DESCRIPTION" : escapedForManual(section.title), page);
+    appendText(section.text, page);
+    for (const auto& [term, text] : section.entries) appendEntry(bold(term), text, page);
+    if (section.example.empty()) continue;
+    page += ".nf\n";
+    for (const std::string_view line : text::linesOf(section.example)) {
+      page += escapedForManual(line) + "\n";
+    }
+    page += ".fi\n";
+  }
+  appendSection("SEE ALSO", page);
+  return page + ".BR kraddon\\-build (1),\n.BR kraddon\\-init (1),\n.BR kraddon\\-verify (1)\n";
 }
 
 }  // namespace tool::line

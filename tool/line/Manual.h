@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "tool/line/Command.h"
+#include "tool/line/Topic.h"
 
 namespace tool::line {
 
@@ -15,5 +16,10 @@ std::string manualOf(const CommandSpec& command, CommandList commands, std::stri
 
 /// Escapes text so that the formatter shows every character unchanged.
 std::string escapedForManual(std::string_view text);
+
+/// The page of a file format: section 5, under the file's name. `more` follows the sections of the
+/// topic.
+std::string fileManual(std::string_view file, const Topic& topic,
+                       const std::vector<TopicSection>& more, std::string_view version);
 
 }  // namespace tool::line

@@ -5,12 +5,16 @@
 
 #include <cstdio>
 #include <exception>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tool/commands/CommandTable.h"
+#include "tool/json/JsonSchema.h"
 #include "tool/line/Completion.h"
 #include "tool/line/Manual.h"
 #include "tool/report/Output.h"
+#include "tool/report/Schemas.h"
+#include "tool/report/Topics.h"
 
 namespace {
 
@@ -25,6 +29,11 @@ void writeAll(const std::string& folder) {
     write(fmt::format("{}/kraddon-{}.1", folder, command->name),
           tool::line::manualOf(*command, commands, KRADDON_VERSION));
   }
+  write(folder + "/kraddon.toml.5",
+        tool::line::fileManual("kraddon.toml", tool::report::manifestTopic(),
+                               tool::report::patternsTopic().sections, KRADDON_VERSION));
+  write(folder + "/manifest.schema.json",
+        tool::json::schema::whole(tool::report::manifestSchema()).dump(2) + "\n");
   for (const std::string& shell : tool::line::completionShells()) {
     write(fmt::format("{}/kraddon.{}", folder, shell), tool::line::completionScript(shell));
   }

@@ -6,6 +6,7 @@
 
 #include "addon/checks/Catalogue.h"
 #include "addon/project/ManifestKeys.h"
+#include "addon/project/ManifestText.h"
 #include "tool/json/JsonSchema.h"
 #include "tool/report/Schemas.h"
 
@@ -168,9 +169,12 @@ JsonValue manifestSchema() {
   Manifest manifest;
   TableSchema top("");
   visitKeys(manifest, top);
-  return top.take("Manifest of a Korvan add-on",
-                  "The file 'kraddon.toml' at the top of a project, of which 'kraddon build' makes "
-                  "a package.");
+  JsonValue schema{{"$id", kManifestSchemaId}};
+  schema.update(
+      top.take("Manifest of a Korvan add-on",
+               "The file 'kraddon.toml' at the top of a project, of which 'kraddon build' makes a "
+               "package."));
+  return schema;
 }
 
 JsonValue policySchema() {
