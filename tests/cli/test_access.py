@@ -30,6 +30,7 @@ COMMANDS = {
     "screenshot": ["screenshot", "p.kraddon", "pixel.png"],
     "add": ["add", "p.kraddon", "src/a.m", "--into", "more"],
     "remove": ["remove", "p.kraddon", "a.m", "-q"],
+    "mv": ["mv", "p.kraddon", "a.m", "z.m", "-q"],
     "mkdir": ["mkdir", "p.kraddon", "a/new/folder"],
     "call": ["call", "addonSetLicense", "p.kraddon", LICENSE],
 }

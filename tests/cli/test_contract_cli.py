@@ -17,7 +17,7 @@ EVERY_COMMAND = [
     ["create", "new.kraddon", "src", "--name", "New"], ["build", "src", "-o", "b.kraddon"],
     ["init", "src", "--force"], ["info", "p.kraddon"], ["list", "p.kraddon"],
     ["extract", "p.kraddon"], ["add", "p.kraddon", "shot.png"], ["remove", "p.kraddon", "a.m"],
-    ["mkdir", "p.kraddon", "new"], ["get", "p.kraddon", "properties"],
+    ["mkdir", "p.kraddon", "new"], ["mv", "p.kraddon", "new", "newer"], ["get", "p.kraddon", "properties"],
     ["set", "p.kraddon", "license", "text=terms"], ["unset", "p.kraddon", "license"],
     ["screenshot", "p.kraddon", "shot.png"], ["screenshot", "p.kraddon"],
     ["verify", "p.kraddon"], ["diff", "p.kraddon", "p.kraddon"], ["preview", "p.kraddon"],

@@ -72,7 +72,7 @@ class General(kraddontest.CliTest):
             self.assertIn("unknown option '--json'", result.errors)
 
     def test_json_is_refused_by_whatever_changes_something(self):
-        for words in (["add", "p", "f"], ["remove", "p", "f"], ["mkdir", "p", "f"],
+        for words in (["add", "p", "f"], ["remove", "p", "f"], ["mkdir", "p", "f"], ["mv", "p", "f", "g"],
                       ["unset", "p", "license"], ["screenshot", "p"], ["init"], ["help"],
                       ["completion", "bash"]):
             result = self.run_kraddon(*words, "--json")
@@ -81,7 +81,8 @@ class General(kraddontest.CliTest):
 
     CHANGES = [["set", "p.kraddon", "license", "text=x"], ["unset", "p.kraddon", "license", "-q"],
                ["add", "p.kraddon", "f"], ["remove", "p.kraddon", "f", "-q"],
-               ["mkdir", "p.kraddon", "d"], ["screenshot", "p.kraddon", "f.png"]]
+               ["mkdir", "p.kraddon", "d"], ["mv", "p.kraddon", "d", "e"],
+               ["screenshot", "p.kraddon", "f.png"]]
 
     def test_whatever_changes_a_package_takes_level_and_time(self):
         self.write("f")

@@ -23,6 +23,7 @@ COMMANDS = [
     ["screenshot", "p.kraddon", "pixel.png"],
     ["add", "p.kraddon", "src/a.m", "--into", "more"],
     ["remove", "p.kraddon", "a.m"],
+    ["mv", "p.kraddon", "a.m", "z.m"],
     ["mkdir", "p.kraddon", "a/new/folder"],
     ["call", "addonSetLicense", "p.kraddon", LICENSE],
 ]

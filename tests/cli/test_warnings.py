@@ -11,8 +11,9 @@ from test_signed import ORIGIN, TYPES
 STRAY = "[trash]/0.dat"
 UNREADABLE = "files/a b.m"
 CHANGES = (("add", "p.kraddon", "c.m"), ("remove", "p.kraddon", "b.m"),
-           ("mkdir", "p.kraddon", "d"), ("set", "p.kraddon", "license", "type=MIT"),
-           ("unset", "p.kraddon", "revisions"), ("screenshot", "p.kraddon", "shot.png"))
+           ("mkdir", "p.kraddon", "d"), ("mv", "p.kraddon", "b.m", "e.m"),
+           ("set", "p.kraddon", "license", "type=MIT"), ("unset", "p.kraddon", "revisions"),
+           ("screenshot", "p.kraddon", "shot.png"))
 
 
 class Warnings(kraddontest.CliTest):

@@ -96,6 +96,7 @@ PACKAGE_COMMANDS = [
     Command("add", ["add", "p.kraddon", "src/a.m", "--into", "more", *TIME]),
     Command("add-replace", ["add", "p.kraddon", "other/big.bin", "--replace", *TIME]),
     Command("remove", ["remove", "p.kraddon", "big.bin", *TIME]),
+    Command("mv", ["mv", "p.kraddon", "big.bin", "moved/large.bin", *TIME]),
     Command("mkdir", ["mkdir", "p.kraddon", "a/new/folder", *TIME]),
     Command("unset", ["unset", "p.kraddon", "license", "--quiet", *TIME]),
     Command("call-license", ["call", "addonSetLicense", "p.kraddon", json.dumps(LICENSE)],
