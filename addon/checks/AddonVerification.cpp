@@ -34,6 +34,12 @@ bool open(packaging::AddonPackage& package, Report& report) {
   }
 }
 
+void checkDescribed(packaging::AddonPackage& package, Report& report, detail::FileTable fileTable) {
+  detail::checkDocuments(package, report, fileTable);
+  detail::checkReferences(package, report);
+  detail::checkTexts(package, report);
+}
+
 }  // namespace
 
 Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress) {
@@ -44,14 +50,15 @@ Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunct
 }
 
 void checkAddon(packaging::AddonPackage& package, Report& report) {
-  checkDescriptions(package, report);
+  checkDescribed(package, report, detail::FileTable::Checked);
+  if (detail::isReadable([&] { package.fileSystem().getRoot(); })) {
+    detail::checkTreeItems(package, report);
+  }
   detail::checkStyle(package, report);
 }
 
 void checkDescriptions(packaging::AddonPackage& package, Report& report) {
-  detail::checkDocuments(package, report);
-  detail::checkReferences(package, report);
-  detail::checkTexts(package, report);
+  checkDescribed(package, report, detail::FileTable::LeftOut);
 }
 
 void checkAddedFiles(packaging::AddonPackage& package, opc::plservices::NodeId firstNew,

@@ -21,7 +21,8 @@ void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report);
 
 // Parts of it, for packages that are being changed.
 
-/// The documents, their references, and the texts of the properties.
+/// The documents but for the table of the file tree, their references, and the texts of the
+/// properties.
 void checkDescriptions(packaging::AddonPackage& package, opc::checks::Report& report);
 /// The names and the content of added files and folders, those whose nodes are `firstNew` and
 /// later ones, and the content of files that got another one.

@@ -19,6 +19,7 @@ namespace addon::checks {
 using opc::checks::Finding;
 using opc::checks::Report;
 using opc::checks::Severity;
+using opc::plservices::FileTree;
 using opc::plservices::NodeId;
 using packaging::AddonPackage;
 using packaging::AddonProperties;
@@ -36,9 +37,19 @@ bool isOneOf(const Ids& ids, const Finding& finding) {
   return std::find(ids.begin(), ids.end(), finding.id) != ids.end();
 }
 
-bool hasFiles(const opc::plservices::FileTree& tree) {
+bool hasFiles(const FileTree& tree) {
   for (NodeId node = 0; node < tree.size(); ++node) {
     if (tree.isFile(node) && !tree.isRemoved(node)) return true;
+  }
+  return false;
+}
+
+bool hasAddedFiles(AddonPackage& package, const FileTree& tree, NodeId firstNew) {
+  for (NodeId node = 0; node < tree.size(); ++node) {
+    if (tree.isRemoved(node)) continue;
+    if (node >= firstNew) return true;
+    if (!tree.isFile(node)) continue;
+    if (detail::isReplaced(package.logicalPackage().partInfo(tree.part(node)))) return true;
   }
   return false;
 }
@@ -66,8 +77,18 @@ ChangeReview::ChangeReview(AddonPackage& package) : package_(package) {
 std::vector<Finding> ChangeReview::findNow() const {
   Report report(opc::checks::Subject::Addon);
   checkDescriptions(package_, report);
-  if (!isNew_) checkAddedFiles(package_, firstNew_, report);
+  if (!isNew_) detail::isReadable([&] { findInFiles(report); });
   return report.findings();
+}
+
+// A look at all names takes memory for each, which most changes do not need.
+void ChangeReview::findInFiles(Report& report) const {
+  const FileTree& tree = package_.fileSystem().nodes();
+  if (hasAddedFiles(package_, tree, firstNew_)) {
+    checkAddedFiles(package_, firstNew_, report);
+  } else if (!hasFiles(tree)) {
+    report.add(kNoFiles, "", detail::kNoFilesMessage);
+  }
 }
 
 ChangeReview ChangeReview::ofNewPackage(AddonPackage& package) {

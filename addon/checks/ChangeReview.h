@@ -30,6 +30,7 @@ class ChangeReview {
   struct NewPackage {};
   ChangeReview(packaging::AddonPackage& package, NewPackage) : package_(package), isNew_(true) {}
   std::vector<opc::checks::Finding> findNow() const;
+  void findInFiles(opc::checks::Report& report) const;
 
   packaging::AddonPackage& package_;
   bool isNew_ = false;

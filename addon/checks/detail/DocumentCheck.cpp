@@ -129,9 +129,12 @@ void checkScreenshot(AddonPackage& package, Report& report) {
 
 }  // namespace
 
-void checkDocuments(AddonPackage& package, Report& report) {
+void checkDocuments(AddonPackage& package, Report& report, FileTable fileTable) {
   const std::vector<DocumentSchema> schemas = packaging::documentSchemas();
-  for (const DocumentSchema& schema : schemas) checkDocument(package, schema, report);
+  for (const DocumentSchema& schema : schemas) {
+    if (isFileTree(schema) && fileTable == FileTable::LeftOut) continue;
+    checkDocument(package, schema, report);
+  }
   checkScreenshot(package, report);
   checkUnreachable(package, schemas, report);
   checkIdentity(package, report);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,13 @@
 
 namespace addon::checks::detail {
 
+/// The table of the file tree may be as large as all other documents together, and is written by
+/// the library alone.
+enum class FileTable : std::uint8_t { Checked, LeftOut };
+
 /// The findings 3xx.
-void checkDocuments(packaging::AddonPackage& package, opc::checks::Report& report);
+void checkDocuments(packaging::AddonPackage& package, opc::checks::Report& report,
+                    FileTable fileTable);
 
 // Its steps.
 

@@ -97,7 +97,6 @@ void checkReferences(AddonPackage& package, Report& report) {
   checkNewestRevision(package, report);
   checkDuplicateGuids(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
-  checkTreeItems(package, report);
   PathCheck paths(package.fileSystem(), report);
   for (const bool isList : {true, false}) {  // lists first
     for (const DocumentTable* table : packaging::documents()) {

@@ -22,6 +22,8 @@ void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 /// tree must be readable.
 void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report,
                 opc::plservices::NodeId firstNew = 0);
+/// Whether a file got other content since the package was opened.
+bool isReplaced(const opc::model::PartInfo& file);
 inline constexpr const char* kNoFilesMessage = "the add-on has no files";
 /// Files with the same content. The file tree must be readable.
 void checkCopies(packaging::AddonPackage& package, opc::checks::Report& report);

@@ -62,17 +62,10 @@ class FileCheck {
       const std::string other = report_.keeps(kCaseClash) ? same->path() : std::string();
       add(kCaseClash, entry, "it differs only in case from " + quoted(other));
     }
-    if (!isAdded && !isReplaced(entry)) return;
+    if (!isAdded && !(entry.isFile() && isReplaced(entry.info()))) return;
     const std::string name = entry.name();
     if (isAdded) checkName(entry, name);
     if (entry.isFile()) checkFile(entry, name);
-  }
-
-  // The checksum of new content is not known yet.
-  static bool isReplaced(const FileSystemEntry& entry) {
-    if (!entry.isFile()) return false;
-    const opc::model::PartInfo info = entry.info();
-    return info.crc == 0 && info.size != 0;
   }
 
   void checkName(const FileSystemEntry& entry, const std::string& name) {
@@ -135,6 +128,10 @@ std::string_view findPortabilityFault(std::string_view name) {
   if (name.ends_with(' ')) return "it ends in a space";
   if (isDevice(name)) return "it is a device name on Windows";
   return "";
+}
+
+bool isReplaced(const opc::model::PartInfo& file) {
+  return file.crc == 0 && file.size != 0;  // the checksum of new content is not known yet
 }
 
 void checkFiles(AddonPackage& package, Report& report, NodeId firstNew) {
