@@ -155,7 +155,7 @@ class Container(FindingsTest):
                     messages = result.err + (result.out if words[0] == "verify" else b"")
                     self.assertNotRegex(messages, rb"[\x00-\x09\x0b-\x1f\x7f]|\xc2[\x80-\x9f]")
                     for line in messages.splitlines():
-                        self.assertRegex(line, rb"\A(kraddon: (info|list|extract)|p\.kraddon): ")
+                        self.assertRegex(line, rb"\A(kraddon: (info|list|extract)|p\.kraddon|hint): ")
 
     def test_a_link_in_the_package_is_a_warning(self):
         self.put(addon([Entry(b"files/a.m", b"../canary", attributes=test_hostile.LINK)]))

@@ -138,8 +138,8 @@ std::string programHelp(CommandList commands) {
   return programUsage() + fmt::format("\n{}\n", kProgramPurpose) + "\ncommands:\n" + table(rows) +
          "\noptions before the command:\n" + optionTable(leadingOptions()) +
          "\noptions of every command:\n" + optionTable(commonOptions()) +
-         "\nRun 'kraddon help COMMAND' for details, and 'kraddon help manifest', 'patterns' or\n"
-         "'findings' for more about these.\n";
+         "\nRun 'kraddon help COMMAND' for details. There is also 'kraddon help manifest',\n"
+         "'patterns' and 'findings'.\n";
 }
 
 }  // namespace tool::line
