@@ -61,6 +61,7 @@ Totals totalsOf(const std::vector<Item>& items) {
 
 std::unique_ptr<opc::InputStream> openItem(AddonPackage& package, const Item& item) {
   if (item.part) return package.logicalPackage().openPart(*item.part);
+  if (item.item) return package.physicalPackage().openItem(*item.item);
   return package.fileSystem().openFile(*item.entry);
 }
 

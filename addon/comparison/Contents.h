@@ -17,6 +17,7 @@ struct Item {
   opc::model::PartInfo info;
   std::optional<opc::plservices::FileSystemEntry> entry;  ///< in the tree
   std::optional<opc::model::PartId> part;                 ///< of what is not a folder of the tree
+  std::optional<opc::interfaces::ItemIndex> item = {};    ///< of what is neither
 
   bool isFolder() const { return entry && !entry->isFile(); }
 };

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "addon/comparison/OtherContent.h"
 #include "addon/packaging/Documents.h"
 #include "opc/Text.h"
 #include "text/JsonWriter.h"
@@ -42,10 +43,24 @@ void addDocuments(AddonPackage& package, std::vector<Line>& lines) {
   }
   const std::string screenshot = addon::packaging::screenshotPart(package);
   if (!screenshot.empty()) lines.emplace_back(screenshot, hashOfPart(package, screenshot));
+  if (!isAddon(package)) return;
   // Their part holds but some of the properties: as a whole they count as one value.
   AddonProperties properties;
   package.getAddonProperties(properties);
   lines.emplace_back("/properties", text::sha256Of(asJson(properties)));
+}
+
+void addOtherContent(AddonPackage& package, std::vector<Line>& lines) {
+  const OtherContent others = readOtherContent(package);
+  for (const auto& [item, type] : others.items) {
+    lines.emplace_back(item.path + "?ContentType=" + type,
+                       text::sha256Of(*openItem(package, item)));
+  }
+  for (const auto& [source, relationships] : others.relationships) {
+    std::string all;
+    for (const std::string& one : relationships) all += one + "\n";
+    lines.emplace_back(source + "#relationships", text::sha256Of(all));
+  }
 }
 
 void addFiles(AddonPackage& package, const std::vector<Item>& items,
@@ -79,6 +94,7 @@ std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
   std::vector<Line> lines;
   addFiles(package, items, progress, lines);
   addDocuments(package, lines);
+  addOtherContent(package, lines);
   std::sort(lines.begin(), lines.end());
   text::Sha256 sum;
   for (const auto& [path, hash] : lines) {

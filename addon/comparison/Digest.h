@@ -10,7 +10,8 @@
 namespace addon::comparison {
 
 /// "sha256:" and a hash of everything that a package says: each file, each empty folder, each
-/// document, the screenshot and the properties. The same whatever the packing and the times.
+/// document, the screenshot, the properties, and all other parts, items and relationships. The same
+/// whatever the packing and the times.
 /// `items` is the whole tree. `progress` is called for every file.
 std::string contentDigest(addon::packaging::AddonPackage& package, const std::vector<Item>& items,
                           const opc::interfaces::ProgressFunction& progress);

@@ -2,8 +2,12 @@
 #include "addon/comparison/PackageComparison.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
 
 #include "addon/comparison/Digest.h"
+#include "addon/comparison/OtherContent.h"
 #include "addon/packaging/Documents.h"
 #include "opc/Text.h"
 
@@ -98,7 +102,70 @@ void compareScreenshots(ComparedPackage& a, ComparedPackage& b, PackageDifferenc
   differences.documents.push_back(std::move(difference));
 }
 
+/// "TYPE -> TARGET", of a relationship as OtherContent has it.
+std::u16string describeRelationship(const std::string& line) {
+  const std::size_t mode = line.find('\0');
+  const std::size_t target = line.find('\0', mode + 1);
+  return opc::fromUtf8(line.substr(0, mode) + " -> " + line.substr(target + 1));
+}
+
+void compareTypes(const OtherContent& a, const OtherContent& b, DocumentDifference& difference) {
+  std::map<std::string_view, std::string_view> types;
+  for (const OtherItem& other : a.items) types.emplace(other.item.path, other.contentType);
+  for (const OtherItem& other : b.items) {
+    const auto old = types.find(other.item.path);
+    if (old == types.end() || old->second == other.contentType) continue;
+    difference.fields.push_back({"parts[" + other.item.path + "].contentType",
+                                 opc::fromUtf8(old->second), opc::fromUtf8(other.contentType)});
+  }
+}
+
+void compareRelationships(const OtherContent& a, const OtherContent& b,
+                          DocumentDifference& difference) {
+  std::set<std::string> sources;
+  for (const auto& [source, lines] : a.relationships) sources.insert(source);
+  for (const auto& [source, lines] : b.relationships) sources.insert(source);
+  const auto linesOf = [](const OtherContent& content, const std::string& source) {
+    const auto found = content.relationships.find(source);
+    return found == content.relationships.end() ? std::vector<std::string>() : found->second;
+  };
+  for (const std::string& source : sources) {
+    const auto aLines = linesOf(a, source);
+    const auto bLines = linesOf(b, source);
+    const std::string path = "relationships[" + source + "]";
+    std::vector<std::string> alone;
+    std::set_difference(aLines.begin(), aLines.end(), bLines.begin(), bLines.end(),
+                        std::back_inserter(alone));
+    for (const auto& one : alone) {
+      difference.fields.push_back({path, describeRelationship(one), {}});
+    }
+    alone.clear();
+    std::set_difference(bLines.begin(), bLines.end(), aLines.begin(), aLines.end(),
+                        std::back_inserter(alone));
+    for (const auto& one : alone) {
+      difference.fields.push_back({path, {}, describeRelationship(one)});
+    }
+  }
+}
+
+void appendItems(const OtherContent& content, std::vector<Item>& items) {
+  for (const OtherItem& other : content.items) items.push_back(other.item);
+}
+
 }  // namespace
+
+void compareOtherContent(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences) {
+  const OtherContent aContent = readOtherContent(*a.package);
+  const OtherContent bContent = readOtherContent(*b.package);
+  DocumentDifference types{"parts", Change::Changed, {}};
+  compareTypes(aContent, bContent, types);
+  if (!types.fields.empty()) differences.documents.push_back(std::move(types));
+  DocumentDifference relationships{"relationships", Change::Changed, {}};
+  compareRelationships(aContent, bContent, relationships);
+  if (!relationships.fields.empty()) differences.documents.push_back(std::move(relationships));
+  appendItems(aContent, a.items);
+  appendItems(bContent, b.items);
+}
 
 void compareDescriptions(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences) {
   for (const DocumentTable* table : addon::packaging::documents()) {

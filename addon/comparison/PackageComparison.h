@@ -19,7 +19,8 @@ struct ComparedPackage {
   std::vector<Item> items = {};  ///< its files and empty folders
 };
 
-/// A document, or the screenshot, that is not the same in both.
+/// A document, the screenshot, the content types of the other parts ("parts") or the relationships
+/// that the format does not make itself ("relationships"), if they are not the same in both.
 struct DocumentDifference {
   std::string_view name;
   Change change;
@@ -36,8 +37,12 @@ struct PackageDifferences {
   bool isSame() const { return properties.empty() && documents.empty() && files.list.empty(); }
 };
 
-/// The properties, documents and screenshots: everything but the files that the digest of the
-/// content sees, and nothing that it does not, such as the times of a package.
+/// The properties, documents and screenshots, as far as the digest of the content sees them: not
+/// the times of a package.
 void compareDescriptions(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences);
+
+/// The content types and relationships of what the format does not know. Appends those parts and
+/// items to the items of both packages, so that comparing the files compares them, too.
+void compareOtherContent(ComparedPackage& a, ComparedPackage& b, PackageDifferences& differences);
 
 }  // namespace addon::comparison

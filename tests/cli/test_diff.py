@@ -90,12 +90,13 @@ class Outcomes(DiffTest):
 
         for words in (("a.kraddon", "b.kraddon"), ("b.kraddon", "a.kraddon", "--json")):
             result = self.run_kraddon("diff", *words)
-            self.assertEqual(result.code, 0)
+            self.assertEqual(result.code, 1)
             self.assertEqual(result.errors.splitlines(), [
                 "kraddon: diff: warning: part '/files/c%01.m' is not a file of the tree: it holds a "
                 "control character",
                 "kraddon: diff: warning: item 'files/a b.m' is not a file of the tree: it is not a part"])
-        self.ok("diff", "a.kraddon", "b.kraddon", "--quiet")
+        quiet = self.run_kraddon("diff", "a.kraddon", "b.kraddon", "--quiet")
+        self.assertEqual((quiet.code, quiet.errors), (1, ""))
 
     def test_failures_are_trouble(self):
         self.pair({}, {})

@@ -13,7 +13,7 @@ import sys
 import urllib.parse
 from xml.etree import ElementTree
 
-from opc_parts import Fault, Package, every, external, folded, local, parents, parse
+from opc_parts import Fault, Package, every, external, folded, local, parents, parse, resolved
 
 ROOT = "http://schemas.pellandry.example/korvan/addon/2014"
 RELATIONSHIPS = ROOT + "/relationships/"
@@ -30,6 +30,12 @@ CORE_NAMES = {
     DC: "creator description identifier language subject title",
     DCTERMS: "created modified"}
 CORE_ELEMENTS = {space + name for space, names in CORE_NAMES.items() for name in names.split()}
+
+IMAGE = "/metadata/primaryScreenShot."
+PACKAGE = "http://schemas.openxmlformats.org/package/2006/relationships/"
+THUMBNAIL = PACKAGE + "metadata/thumbnail"
+SIGNATURES = PACKAGE + "digital-signature/"
+SIGNATURE_TYPES = "application/vnd.openxmlformats-package.digital-signature-"
 
 CONTROL = re.compile("[\0-\x1f\x7f-\x9f]")
 
@@ -214,6 +220,44 @@ class Tree:
                       key=lambda path: [name.encode("utf-16-be") for name in path.split("/")])
 
 
+def other_parts(package, known):
+    """The parts and items that are not of the format."""
+    for kind in (CORE, RELATIONSHIPS + "hostProperties", RELATIONSHIPS + "fileTree"):
+        known |= {folded(part) for part in package.targets(kind) if part}
+    if not package.links_of(RELATIONSHIPS + "fileTree"):
+        known.add("/metadata/filetree.xml")
+    types = {name: package.type_of(name) for part, name in package.parts.items()
+             if part not in known}
+    found = {f"{name}?ContentType={kind}": package.read(name) for name, kind in types.items()
+             if not kind.lower().startswith(SIGNATURE_TYPES)}
+    found.update({f"{name}?ContentType=": package.read(folded_name)
+                  for name, folded_name in package.others().items()})
+    return found
+
+
+def other_relationships(package):
+    """The relationships that are not of the format, by their source."""
+    usual = {RELATIONSHIPS + kind: f"/metadata/{kind}.xml" for kind in (
+        "hostProperties", "fileTree", "addonProperties", *(kind for kind, _ in DOCUMENTS.values()))}
+    usual |= {CORE: "/metadata/coreProperties.xml", SCREENSHOT: IMAGE, THUMBNAIL: IMAGE}
+    found = {}
+    for source, links in package.sources().items():
+        lines = []
+        for link in links:
+            kind, target = link.get("Type"), link.get("Target", "")
+            target = target if external(link) else resolved(link, source)
+            own = usual.get(kind) if source == "/" and not external(link) else None
+            if own and (folded(target).startswith(folded(own)) if own == IMAGE
+                        else folded(target) == folded(own)):
+                del usual[kind]
+            elif not kind.startswith(SIGNATURES):
+                mode = "External" if external(link) else "Internal"
+                lines.append(f"{kind}\0{mode}\0{target}\n".encode())
+        if lines:
+            found[source + "#relationships"] = b"".join(sorted(lines))
+    return found
+
+
 def digest(package, tree):
     contents = {path: package.read(part) for path, part in tree.files.items()}
     contents.update({folder + "/": b"" for folder in tree.folders})
@@ -222,8 +266,13 @@ def digest(package, tree):
     contents.update({part: package.read(part) for part in found if part})
     shot = screenshot(package)
     contents.update({shot["part"]: shot["bytes"]} if shot else {})
-    said = json.dumps(properties(package), ensure_ascii=False, separators=(",", ":"))
-    contents["/properties"] = said.encode()
+    if package.links_of(RELATIONSHIPS + "hostProperties") or tree.files or tree.folders:
+        said = json.dumps(properties(package), ensure_ascii=False, separators=(",", ":"))
+        contents["/properties"] = said.encode()
+    known = {folded(part) for part in found if part} | set(tree.files.values())
+    known |= {folded(shot["part"])} if shot else set()
+    contents.update(other_parts(package, known))
+    contents.update(other_relationships(package))
     lines = [path.encode() + b"\0" + hashlib.sha256(content).hexdigest().encode() + b"\n"
              for path, content in sorted(contents.items(), key=lambda item: item[0].encode())]
     return "sha256:" + hashlib.sha256(b"".join(lines)).hexdigest()

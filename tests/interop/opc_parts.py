@@ -146,6 +146,30 @@ class Package:
                      or name in self.items and not self.type_of(name)):
             raise Fault("relationship to %s" % name)
 
+    def others(self):
+        """The items that are neither parts nor what makes parts of them, by name."""
+        return {"/" + item.filename: name for name, item in self.items.items()
+                if name not in self.parts and name != "/[content_types].xml"
+                and not self._is_of_source(name) and not item.is_dir()}
+
+    def _is_of_source(self, name):
+        """Whether it holds the relationships of the package or of a part that is there."""
+        if not RELATIONSHIPS_PART.search(name):
+            return False
+        folder, _, last = name.rpartition("/")
+        source = folder.removesuffix("_rels") + last.removesuffix(".rels")
+        return source == "/" or source in self.parts
+
+    def sources(self):
+        """The relationships by the name of the part, or "/", that they start from."""
+        found = {"/": self.links}
+        for name, part in self.parts.items():
+            folder, _, last = name.rpartition("/")
+            rels = f"{folder}/_rels/{last}.rels"
+            if rels in self.items:
+                found[part] = every(parse(self._item(rels)), "Relationship")
+        return found
+
     def links_of(self, kind):
         return [link for link in self.links if link.get("Type") == kind]
 
@@ -166,10 +190,10 @@ def external(link):
     return link.get("TargetMode") == "External"
 
 
-def resolved(link):
-    """The name of the part that a relationship of the package leads to."""
+def resolved(link, source="/"):
+    """The name of the part that a relationship of the package, or of a part, leads to."""
     target = link.get("Target", "")
     reference = urllib.parse.urlsplit(target.replace("\\", "/"))
     if reference.scheme or reference.netloc or not reference.path:
         raise Fault("relationship to %r" % target)
-    return normal(urllib.parse.urlsplit(urllib.parse.urljoin("http://p/", reference.path)).path)
+    return normal(urllib.parse.urlsplit(urllib.parse.urljoin("http://p" + source, reference.path)).path)

@@ -8,6 +8,7 @@
 
 #include "addon/build/FolderBuild.h"
 #include "addon/build/Project.h"
+#include "addon/comparison/OtherContent.h"
 #include "addon/comparison/PackageComparison.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
@@ -30,6 +31,7 @@ using addon::build::manifestPath;
 using addon::comparison::compareDescriptions;
 using addon::comparison::ComparedPackage;
 using addon::comparison::compareFiles;
+using addon::comparison::compareOtherContent;
 using addon::comparison::PackageDifferences;
 using addon::comparison::readTree;
 
@@ -63,8 +65,10 @@ constexpr const char* kDescription =
     "Prints one line for each property, field of a document, file and empty folder that differs: + "
     "added, - removed, ~ changed, > moved. Files are compared by their content; times and "
     "compression are ignored, so packages with the same digest (see 'kraddon info') are the same. "
+    "Parts that are neither files nor documents of an add-on are named with a slash in front; they "
+    "and all relationships are compared, too, also in packages that are not add-ons. "
     "A folder is compared as the package that 'kraddon build' would build from it. With PATH, "
-    "properties and documents are not compared.\n"
+    "only files are compared.\n"
     "\n"
     "The exit code is 0 if nothing differs, 1 if "
     "something does, and 2 on failure.";
@@ -96,7 +100,12 @@ OpenedPackage openCompared(const std::string& path, const std::vector<std::strin
   return compared;
 }
 
-void warnOfUnreadable(const ComparedPackage& compared, const line::Invocation& invocation) {
+void warn(const ComparedPackage& compared, const line::Invocation& invocation) {
+  if (!addon::comparison::isAddon(*compared.package)) {
+    report::printWarning(invocation,
+                         process::sentence("package", compared.name,
+                                           "it is not an add-on; all of its parts are compared"));
+  }
   for (const auto& file : compared.package->fileSystem().unreadable()) {
     report::printWarning(invocation, file.line);
   }
@@ -107,7 +116,10 @@ PackageDifferences compare(ComparedPackage& a, ComparedPackage& b,
                            const line::Invocation& invocation) {
   PackageDifferences differences;
   detail::chooseInBoth(a.items, b.items, paths, invocation.has("glob"));
-  if (paths.empty()) compareDescriptions(a, b, differences);
+  if (paths.empty()) {
+    compareDescriptions(a, b, differences);
+    compareOtherContent(a, b, differences);
+  }
   report::ProgressBar bar(invocation.settings());
   differences.files = compareFiles({*a.package, a.items}, {*b.package, b.items},
                                    invocation.has("json"), bar.function());
@@ -138,8 +150,8 @@ process::ExitCode run(const line::Invocation& invocation) {
   OpenedPackage b = openCompared(operands[1], {a.built ? a.built->path() : operands[0]});
   const PackageDifferences differences = compare(a, b, paths, invocation);
   print({a, b, differences, !paths.empty()}, invocation);
-  warnOfUnreadable(a, invocation);
-  warnOfUnreadable(b, invocation);
+  warn(a, invocation);
+  warn(b, invocation);
   return differences.isSame() ? process::ExitCode::Done : process::ExitCode::Different;
 }
 

@@ -8,6 +8,7 @@
 
 #include "addon/build/TreeWalk.h"
 #include "addon/comparison/Contents.h"
+#include "addon/comparison/OtherContent.h"
 #include "opc/Exception.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/ExistingFiles.h"
@@ -217,7 +218,7 @@ std::vector<Item> itemsOf(AddonPackage& package, const line::Invocation& invocat
     for (Item& item : items) item.path.erase(0, 1);
     return items;
   }
-  if (detail::isForeign(package)) {
+  if (!addon::comparison::isAddon(package)) {
     throw process::Failure(
         process::sentence("cannot extract", invocation.operands()[0], "it is not an add-on"),
         "--all extracts every part");

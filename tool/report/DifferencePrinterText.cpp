@@ -128,7 +128,9 @@ class Printer {
     for (const FileDifference& file : report_.differences.files.list) {
       process::Interrupt::check();
       printFile(file);
-      if (withLines && file.change != Change::Moved && !file.item().isFolder()) printLines(file);
+      const bool isPart = file.path.starts_with('/');  // no path for 'patch'
+      if (withLines && !isPart && file.change != Change::Moved && !file.item().isFolder())
+        printLines(file);
     }
   }
 

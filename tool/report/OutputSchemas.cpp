@@ -110,7 +110,7 @@ JsonValue changedField(std::string_view name, std::string_view help) {
 
 JsonValue changedDocument() {
   std::vector<std::string_view> names = schema::documentNames();
-  names.emplace_back("screenshot");
+  names.insert(names.end(), {"screenshot", "parts", "relationships"});
   return object(
       "Document", "A document that is not the same in both.",
       {{"document", words(names)},
@@ -195,9 +195,13 @@ JsonValue diffSchema() {
                                                   "properties' calls it.")),
                                 "The properties that differ.")},
        {"documents",
-        described(list(changedDocument()), "The documents that differ, and the screenshot.")},
-       {"files", described(list(changedFile()),
-                           "The files and empty folders that differ, in order of their paths.")}});
+        described(list(changedDocument()),
+                  "The documents that differ, the screenshot, the content types of other parts, "
+                  "and the relationships that add-ons do not define.")},
+       {"files",
+        described(list(changedFile()),
+                  "The files, empty folders and other parts that differ, in order of their "
+                  "paths; the path of a part begins with a slash.")}});
 }
 
 JsonValue buildSchema() {

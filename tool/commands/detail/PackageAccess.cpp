@@ -10,9 +10,9 @@
 
 #include "addon/build/TreeWalk.h"
 #include "addon/checks/ChangeReview.h"
+#include "addon/comparison/OtherContent.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
-#include "opc/plservices/HostPropertiesPart.h"
 #include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/W3cDateTime.h"
 #include "text/ByteCount.h"
@@ -115,16 +115,9 @@ process::PackageLock lockPackage(const std::string& path, const line::Invocation
   });
 }
 
-bool isForeign(AddonPackage& package) {
-  const std::u16string type = opc::plservices::HostPropertiesPart::relationshipType();
-  if (!package.logicalPackage().getRelationshipsByType(type).empty()) return false;
-  auto& tree = package.fileSystem();
-  return tree.getChildren(tree.getRoot()).empty();
-}
-
 void warnOfForeign(AddonPackage& package, const std::string& path,
                    const line::Invocation& invocation) {
-  if (invocation.settings().isQuiet || !isForeign(package)) return;
+  if (invocation.settings().isQuiet || addon::comparison::isAddon(package)) return;
   report::printWarning(
       invocation, process::sentence("package", path,
                                     "it is not an add-on; 'kraddon list --all' lists its parts"));

@@ -31,9 +31,6 @@ std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
 /// says. Defers signals (Interrupt::defer), so that an interrupt ends the wait cleanly.
 process::PackageLock lockPackage(const std::string& path, const line::Invocation& invocation);
 
-/// Whether a package is neither an add-on nor has files as one.
-bool isForeign(AddonPackage& package);
-
 /// Warns, unless --quiet is set, if a package without files is not an add-on either.
 void warnOfForeign(AddonPackage& package, const std::string& path,
                    const line::Invocation& invocation);
