@@ -194,6 +194,7 @@ void writeFiles(AddonPackage& package, const std::vector<Item>& items,
   package.fileSystem().setBackground(process::secondThread());
   if (invocation.has("all")) {
     std::vector<opc::model::PartId> parts;
+    parts.reserve(items.size());
     for (const Item& item : items) parts.push_back(*item.part);
     package.fileSystem().extractParts(parts, destination, mode, bar.function());
     return;
