@@ -247,6 +247,18 @@ class BuiltImages(projecttest.ProjectTest):
                      example + 'images = ["t.png", "i.tif"]\n',
                      {"a.m": "a", "t.png": PNG, "i.tif": PNG})
 
+    def test_form_feeds_of_texts_are_line_ends_in_build_and_set(self):
+        self.project('[license]\ntype = "x"\nfile = "COPYING"\n',
+                     {"a.m": "a", "COPYING": "page 1\n\f\npage 2\n"})
+        self.build("-o", "built.kraddon")
+        self.package("p.kraddon")
+        self.ok("set", "p.kraddon", "license", "type=x", "text=@COPYING")
+        built = self.ok("get", "built.kraddon", "license").json
+        self.assertEqual(built, {"type": "x", "text": "page 1\n\n\npage 2\n"})
+        self.assertEqual(self.ok("get", "p.kraddon", "license").json, built)
+        self.ok("set", "p.kraddon", "license", "text=one\ftwo")
+        self.assertEqual(self.ok("get", "p.kraddon", "license").json["text"], "one\ntwo")
+
     def test_images_are_built(self):
         self.project('[[category]]\nname = "c"\n[[category.example]]\nname = "e"\nmain = "a.m"\n'
                      'thumbnail = "t.png"\nimages = ["i.tif", "j"]\n',
