@@ -47,7 +47,7 @@ struct Renaming {
 
 /// A folder, or a path that ends with '/', takes the entry under its own name.
 std::string targetOf(AddonPackage& package, const FileSystemEntry& entry, const std::string& to) {
-  const std::string path(text::trimSlashes(to));
+  std::string path(text::trimSlashes(to));
   const auto existing = package.fileSystem().find(path);
   const bool isFolder = existing ? !existing->isFile() : entry.isFile() && to.ends_with('/');
   // Another case of the same name is a new name.

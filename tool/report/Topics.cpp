@@ -56,11 +56,12 @@ void addTable(const std::string& title, const std::string& path, const JsonValue
     if (value.contains("properties")) {
       addTable(fmt::format("[{}]", inner), inner, value, about, topic);
     } else if (value.value("items", JsonValue::object()).contains("properties")) {
-      addTable(fmt::format("[[{}]]", inner), inner, value["items"], about + " A table for each.",
-               topic);
+      addTable(fmt::format("[[{}]]", inner), inner, value["items"],
+               fmt::format("{} A table for each.", about), topic);
     } else {
       const std::string end = withoutIt(value, isRequired(schema, key));
-      topic.sections[section].entries.emplace_back(key, end.empty() ? about : about + " " + end);
+      topic.sections[section].entries.emplace_back(
+          key, end.empty() ? about : fmt::format("{} {}", about, end));
     }
   }
 }

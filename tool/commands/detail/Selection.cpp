@@ -43,6 +43,7 @@ std::string hintFor(const std::string& operand, const std::vector<std::string_vi
 
 std::vector<std::string_view> pathsOf(const std::vector<Item>& items) {
   std::vector<std::string_view> paths;
+  paths.reserve(items.size());
   for (const Item& item : items) paths.push_back(item.path);
   return paths;
 }
