@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -43,16 +45,41 @@ class RefusingEntityResolver final : public xercesc::EntityResolver {
   xercesc::InputSource* resolveEntity(const XMLCh* publicId, const XMLCh* systemId) override;
 };
 
-/// Parses `text` with a parser of this thread, which is kept for the next short document: to make
-/// one takes longer than to read that. `parse` may throw, and may parse other documents meanwhile.
+/// Parsers for the next short documents: to make one takes longer than to read such a document.
+template <typename Parser>
+class KeptParsers {
+ public:
+  /// Null if there is none.
+  std::unique_ptr<Parser> take() {
+    // Who has to wait makes a parser of its own; nor is there a lock that a fork could leave taken.
+    const std::unique_lock lock(mutex_, std::try_to_lock);
+    return lock && count_ != 0 ? std::move(kept_[--count_]) : nullptr;
+  }
+
+  void give(std::unique_ptr<Parser> parser) {
+    const std::unique_lock lock(mutex_, std::try_to_lock);
+    if (lock && count_ != kept_.size()) kept_[count_++] = std::move(parser);
+  }
+
+ private:
+  static constexpr std::size_t kMost = 8;
+
+  std::mutex mutex_;
+  std::array<std::unique_ptr<Parser>, kMost> kept_;
+  std::size_t count_ = 0;
+};
+
+/// Parses `text` with `parse(parser)`, which may throw, and may parse other documents meanwhile.
 template <typename Parser, typename Parse>
 void withKeptParser(const XmlText& text, const Parse& parse) {
   constexpr std::size_t kLongest = 65536;  // bytes; the buffers of a parser grow and stay
-  static thread_local std::unique_ptr<Parser> kept;
-  std::unique_ptr<Parser> parser = std::move(kept);
+  // Not of a thread: to note that such a variable is to be destroyed takes memory, without which
+  // the process would end. Never destroyed, as Xerces-C is never stopped.
+  static auto& kept = *new KeptParsers<Parser>;
+  std::unique_ptr<Parser> parser = kept.take();
   if (parser == nullptr) parser = std::make_unique<Parser>();
   parse(*parser);
-  if (text.utf8().size() <= kLongest) kept = std::move(parser);
+  if (text.utf8().size() <= kLongest) kept.give(std::move(parser));
 }
 
 /// A parser of Xerces-C, a DOM or a SAX parser, that reads XML 1.0 without document type. All that
