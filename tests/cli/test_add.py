@@ -161,7 +161,8 @@ class Add(kraddontest.CliTest):
                                   "--exclude", "/lib/kit/tests/")
         self.assertEqual((result.code, result.errors),
                          (0, "left out: lib/kit/tests\nleft out: lib/kit/sub/a.log\n"
-                             "left out: lib/c.log\n"))
+                             "left out: lib/c.log\nadded: lib/kit/a.log\n"
+                             "added: lib/kit/b.m\n"))
         self.assertEqual([path for path in self.listing() if path.startswith("lib/kit")],
                          ["lib/kit/a.log", "lib/kit/b.m"])
 

@@ -182,7 +182,7 @@ class Create(kraddontest.CliTest):
         for left_out in ("dist", "dist/p.kraddon"):
             result = self.run_kraddon("create", "src/dist/p.kraddon", "src", "--force", "-v",
                                       "--name", "x")
-            self.assertEqual((result.code, result.errors), (0, f"left out: {left_out}\n"))
+            self.assertEqual((result.code, result.errors), (0, f"left out: {left_out}\nadded: a.m\n"))
             self.assertEqual(self.listing("src/dist/p.kraddon"), ["a.m"])
 
     def test_patterns_leave_files_out(self):
@@ -219,7 +219,8 @@ class Create(kraddontest.CliTest):
         result = self.run_kraddon("create", "p.kraddon", "src", "--name", "x", "--exclude",
                                   "*.log", "-v")
 
-        self.assertEqual((result.code, result.errors), (0, "left out: b.log\n"))
+        self.assertEqual((result.code, result.errors),
+                         (0, "left out: b.log\nadded: a.m\n"))
 
     def test_what_a_killed_run_left_behind_stays_out(self):
         left = [".p.kraddon.aB3dE9.tmp", "sub/.x.000000.tmp"]
@@ -229,7 +230,8 @@ class Create(kraddontest.CliTest):
         result = self.run_kraddon("create", "p.kraddon", "src", "--name", "x", "-v")
 
         self.assertEqual((result.code, result.errors),
-                         (0, "".join(f"left out: {name}\n" for name in left)))
+                         (0, "".join([f"left out: {name}\n" for name in left] +
+                                     [f"added: {name}\n" for name in sorted(others)])))
         self.assertEqual(sorted(self.listing()), sorted(others))
 
     def test_links_inside_are_followed_and_others_are_not(self):

@@ -173,6 +173,7 @@ class Signals(kraddontest.CliTest):
     def test_what_a_killed_run_leaves_behind_is_never_packed(self):
         self.package()
         with open(self.path("big.png"), "wb") as image:
+            image.write(b"\x89PNG\r\n\x1a\n")
             image.truncate(1 << 28)
         self.ok("screenshot", "p.kraddon", "big.png", "--level", "1")
         self.path("out").mkdir()

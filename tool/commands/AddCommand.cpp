@@ -181,17 +181,19 @@ process::ExitCode run(const line::Invocation& invocation) {
   auto options = detail::writeOptionsOf(invocation);
   const std::string& path = invocation.operands()[0];
   std::vector<SourceFile> files;
+  std::string done;
   const auto add = [&](AddonPackage& package) {
     files = Collector(invocation).run();
     requireDistinct(files);
     storeFiles(files, invocation.has("replace"), package, process::Interrupt::check);
+    done = report::describeDone(invocation, "added", addon::build::pathsOf(files));
   };
   if (invocation.has("dry-run")) {
     detail::rehearseChange(path, invocation, add);
     printPlan(files);
   } else {
     detail::changePackage(path, std::move(options), invocation, add);
-    report::printDone(invocation, "added", addon::build::pathsOf(files));
+    report::printToStandardError(done);
   }
   return process::ExitCode::Done;
 }

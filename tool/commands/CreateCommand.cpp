@@ -107,9 +107,10 @@ process::ExitCode run(const line::Invocation& invocation) {
   const PackageVerdict verdict = ChangeReview::ofNewPackage(package).judge(operands[0]);
   detail::refuseErrors("cannot create", verdict, "'kraddon verify --explain ID' explains a finding",
                        invocation);
+  const std::string done = report::describeDone(invocation, "added", addon::build::pathsOf(files)) +
+                           detail::describeFindings(verdict, invocation);
   target.commit(std::move(options), invocation.settings());
-  report::printDone(invocation, "added", addon::build::pathsOf(files));
-  detail::printFindings(verdict, invocation);
+  report::printToStandardError(done);
   return process::ExitCode::Done;
 }
 

@@ -208,7 +208,7 @@ void writeFiles(AddonPackage& package, const std::vector<Item>& items,
   for (const Item& item : items) {
     names.push_back(onDisk(destination, item.path) + (item.isFolder() ? "/" : ""));
   }
-  report::printDone(invocation, "extracted", names);
+  report::printToStandardError(report::describeDone(invocation, "extracted", names));
 }
 
 /// What can be extracted: the file tree or, with --all, every part under its name without the

@@ -87,10 +87,14 @@ process::ExitCode run(const line::Invocation& invocation) {
   }
   detail::toUtf16("cannot move to", operands[2]);
   Renaming renaming;
-  const auto move = [&](AddonPackage& package) { renaming = rename(package, invocation); };
+  std::string done;
+  const auto move = [&](AddonPackage& package) {
+    renaming = rename(package, invocation);
+    done = report::describeDone(invocation, "moved", linesOf(renaming));
+  };
   if (!invocation.has("dry-run")) {
     detail::changePackage(operands[0], std::move(options), invocation, move);
-    report::printDone(invocation, "moved", linesOf(renaming));
+    report::printToStandardError(done);
     return process::ExitCode::Done;
   }
   detail::rehearseChange(operands[0], invocation, move);

@@ -99,16 +99,18 @@ process::ExitCode run(const line::Invocation& invocation) {
   const std::vector<std::string> operands(invocation.operands().begin() + 1,
                                           invocation.operands().end());
   std::vector<std::string> lines;
+  std::string done;
   const auto remove = [&](AddonPackage& package) {
     lines =
         invocation.has("glob") ? removeMatching(package, operands) : removeNamed(package, operands);
+    done = report::describeDone(invocation, "removed", lines);
   };
   if (invocation.has("dry-run")) {
     detail::rehearseChange(path, invocation, remove);
     printLines(lines);
   } else {
     detail::changePackage(path, std::move(options), invocation, remove);
-    report::printDone(invocation, "removed", lines);
+    report::printToStandardError(done);
   }
   return process::ExitCode::Done;
 }

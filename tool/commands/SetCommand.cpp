@@ -247,14 +247,15 @@ process::ExitCode run(const line::Invocation& invocation) {
   }
 
   detail::ReviewRules rules = detail::strictReviewOf(invocation);
-  bool isChanged = false;
+  std::string done;
   const auto store = [&](AddonPackage& package) {
     const bool isWhole = document.has_value();
-    isChanged = change(table, std::move(document), fields, package);
-    if (isChanged && isWhole) rules.replaced = &table;
+    if (!change(table, std::move(document), fields, package)) return;
+    if (isWhole) rules.replaced = &table;
+    done = report::describeDone(invocation, "set", namesOf(table, fields));
   };
   detail::changePackage(words[0], std::move(options), invocation, store, rules);
-  if (isChanged) report::printDone(invocation, "set", namesOf(table, fields));
+  report::printToStandardError(done);
   return process::ExitCode::Done;
 }
 

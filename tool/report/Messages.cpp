@@ -49,17 +49,22 @@ void printLackOfMemory(std::string_view command) noexcept {
 }
 
 void printWarning(const line::Invocation& invocation, std::string_view message) {
-  printNotice(invocation, fmt::format("warning: {}", message));
+  printToStandardError(describeWarning(invocation, message));
 }
 
-void printDone(const line::Invocation& invocation, std::string_view verb,
-               const std::vector<std::string>& names) {
-  if (!invocation.settings().isVerbose) return;
+std::string describeWarning(const line::Invocation& invocation, std::string_view message) {
+  if (invocation.settings().isQuiet) return {};
+  return line(invocation.command().name, fmt::format("warning: {}", message));
+}
+
+std::string describeDone(const line::Invocation& invocation, std::string_view verb,
+                         const std::vector<std::string>& names) {
+  if (!invocation.settings().isVerbose) return {};
   std::string text;
   for (const std::string& name : names) {
     text += fmt::format("{}: {}\n", verb, opc::printable(name));
   }
-  printToStandardError(text);
+  return text;
 }
 
 void printNotice(const line::Invocation& invocation, std::string_view message) {

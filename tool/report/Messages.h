@@ -24,10 +24,13 @@ void printWarning(const line::Invocation& invocation, std::string_view message);
 /// Prints "kraddon: `command`: `message`" in the same way, unless --quiet is set.
 void printNotice(const line::Invocation& invocation, std::string_view message);
 
-/// With --verbose, prints "`verb`: NAME" for each of the names to standard error, control
-/// characters replaced.
-void printDone(const line::Invocation& invocation, std::string_view verb,
-               const std::vector<std::string>& names);
+// Texts for standard error, for commands that must not run out of memory after their work is done.
+
+/// What printWarning() prints.
+std::string describeWarning(const line::Invocation& invocation, std::string_view message);
+/// With --verbose, "`verb`: NAME" for each of the names, control characters replaced.
+std::string describeDone(const line::Invocation& invocation, std::string_view verb,
+                         const std::vector<std::string>& names);
 
 /// Prints text unchanged to standard error. Errors are ignored, since there is nowhere to report
 /// them.

@@ -55,6 +55,23 @@ std::optional<std::int64_t> sourceDateEpoch() {
   return seconds;
 }
 
+/// What any change to the package will lose.
+std::string describeLosses(opc::model::Package& package, const std::string& path,
+                           const line::Invocation& invocation) {
+  std::string text;
+  for (const std::string& item : package.strayItems()) {
+    text += report::describeWarning(
+        invocation,
+        process::sentence("item", item, "it is not a part of the package and was left out"));
+  }
+  if (!package.getRelationshipsByType(kSignatureOrigin).empty()) {
+    text += report::describeWarning(
+        invocation,
+        process::sentence("package", path, "it is signed, and its signature is no longer valid"));
+  }
+  return text;
+}
+
 /// Changes the package, and returns the findings that the change brings about.
 PackageVerdict changeAndReview(AddonPackage& package, const std::string& path,
                                const std::function<void(AddonPackage&)>& change,
@@ -123,10 +140,9 @@ void warnOfForeign(AddonPackage& package, const std::string& path,
                                     "it is not an add-on; 'kraddon list --all' lists its parts"));
 }
 
-void printFindings(const PackageVerdict& verdict, const line::Invocation& invocation) {
-  if (invocation.settings().isQuiet) return;
-  report::printToStandardError(
-      report::describeFindings(verdict, report::wantsErrorColor(invocation.settings())));
+std::string describeFindings(const PackageVerdict& verdict, const line::Invocation& invocation) {
+  if (invocation.settings().isQuiet) return {};
+  return report::describeFindings(verdict, report::wantsErrorColor(invocation.settings()));
 }
 
 void refuseErrors(std::string_view what, const PackageVerdict& verdict, std::string_view hint,
@@ -149,31 +165,21 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   const process::PackageLock lock = lockPackage(path, invocation);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
   opc::model::Package& logical = package->logicalPackage();
-  const std::vector<std::string> strays = logical.strayItems();
-  const bool isSigned = !logical.getRelationshipsByType(kSignatureOrigin).empty();
-  const PackageVerdict verdict = changeAndReview(*package, path, change, rules, invocation);
+  std::string after = describeLosses(logical, path, invocation);
+  after += describeFindings(changeAndReview(*package, path, change, rules, invocation), invocation);
   report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
   const auto before = opc::identityOf(path);
   commit(*package);
   if (opc::identityOf(path) == before) return;  // nothing was changed, so nothing was written
-  for (const std::string& item : strays) {
-    report::printWarning(
-        invocation,
-        process::sentence("item", item, "it is not a part of the package and was left out"));
-  }
-  if (isSigned) {
-    report::printWarning(
-        invocation,
-        process::sentence("package", path, "it is signed, and its signature is no longer valid"));
-  }
-  printFindings(verdict, invocation);
+  report::printToStandardError(after);
 }
 
 void rehearseChange(const std::string& path, const line::Invocation& invocation,
                     const std::function<void(AddonPackage&)>& change) {
-  printFindings(changeAndReview(*openForChanging(path), path, change, {}, invocation), invocation);
+  report::printToStandardError(describeFindings(
+      changeAndReview(*openForChanging(path), path, change, {}, invocation), invocation));
 }
 
 void commit(AddonPackage& package) {

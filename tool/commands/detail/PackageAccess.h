@@ -67,9 +67,9 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
 void rehearseChange(const std::string& path, const line::Invocation& invocation,
                     const std::function<void(AddonPackage&)>& change);
 
-/// Prints the findings, unless --quiet is set.
-void printFindings(const addon::checks::PackageVerdict& verdict,
-                   const line::Invocation& invocation);
+/// The findings as text for standard error; nothing if --quiet is set.
+std::string describeFindings(const addon::checks::PackageVerdict& verdict,
+                             const line::Invocation& invocation);
 
 /// If there is an error among the findings, prints them and throws Failure. `what`, such as "cannot
 /// change", is the beginning of its message.
