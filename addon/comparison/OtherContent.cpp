@@ -78,7 +78,8 @@ std::string lineOf(const Relationship& one) {
   line += '\0';
   line += isInternal ? "Internal" : "External";
   line += '\0';
-  return line + opc::toUtf8ForDisplay(one.getTargetURI().toString());
+  line += opc::toUtf8ForDisplay(one.getTargetURI().toString());  // which has room to spare
+  return line;
 }
 
 class Reader {
@@ -169,11 +170,11 @@ class Reader {
   void addRelationships(const std::string& source, opc::model::RelationshipSource& from,
                         OwnRelationships& own) {
     std::vector<std::string> lines;
-    for (const Relationship& one : from.getRelationships()) {
+    from.visitRelationships([&](const Relationship& one) {
       const bool isOwn = source == "/" && own.take(one);
-      if (isOwn || one.getType().starts_with(kSignatureRelationships)) continue;
+      if (isOwn || one.getType().starts_with(kSignatureRelationships)) return;
       lines.push_back(lineOf(one));
-    }
+    });
     if (lines.empty()) return;
     std::sort(lines.begin(), lines.end());
     content_.relationships.emplace(source, std::move(lines));

@@ -125,13 +125,15 @@ void compareRelationships(const OtherContent& a, const OtherContent& b,
   std::set<std::string> sources;
   for (const auto& [source, lines] : a.relationships) sources.insert(source);
   for (const auto& [source, lines] : b.relationships) sources.insert(source);
-  const auto linesOf = [](const OtherContent& content, const std::string& source) {
+  const std::vector<std::string> none;
+  const auto linesOf = [&](const OtherContent& content,
+                           const std::string& source) -> const std::vector<std::string>& {
     const auto found = content.relationships.find(source);
-    return found == content.relationships.end() ? std::vector<std::string>() : found->second;
+    return found == content.relationships.end() ? none : found->second;
   };
   for (const std::string& source : sources) {
-    const auto aLines = linesOf(a, source);
-    const auto bLines = linesOf(b, source);
+    const auto& aLines = linesOf(a, source);
+    const auto& bLines = linesOf(b, source);
     const std::string path = "relationships[" + source + "]";
     std::vector<std::string> alone;
     std::set_difference(aLines.begin(), aLines.end(), bLines.begin(), bLines.end(),

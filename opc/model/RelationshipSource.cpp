@@ -9,10 +9,12 @@ namespace opc::model {
 
 std::vector<Relationship> RelationshipSource::getRelationships() {
   std::vector<Relationship> result;
-  for (const RelationshipSet::Entry& entry : relationships().entries()) {
-    result.push_back(entry.relationship);
-  }
+  visitRelationships([&](const Relationship& relationship) { result.push_back(relationship); });
   return result;
+}
+
+void RelationshipSource::visitRelationships(const std::function<void(const Relationship&)>& visit) {
+  for (const RelationshipSet::Entry& entry : relationships().entries()) visit(entry.relationship);
 }
 
 std::vector<Relationship> RelationshipSource::getRelationshipsByType(std::u16string_view type) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,8 @@ class RelationshipSource {
 
   /// In the order in which they are stored.
   std::vector<Relationship> getRelationships();
+  /// The same without a copy. `visit` must not change them.
+  void visitRelationships(const std::function<void(const Relationship&)>& visit);
   std::vector<Relationship> getRelationshipsByType(std::u16string_view type);
 
   bool hasRelationship(std::u16string_view id);
