@@ -86,6 +86,7 @@ void storeFiles(const std::vector<SourceFile>& files, bool replaces, AddonPackag
 
 std::vector<std::string> pathsOf(const std::vector<SourceFile>& files) {
   std::vector<std::string> paths;
+  paths.reserve(files.size());
   for (const SourceFile& file : files) {
     paths.push_back(file.isFolder ? file.path + "/" : file.path);
   }
