@@ -205,6 +205,7 @@ void writeFiles(AddonPackage& package, const std::vector<Item>& items,
   package.fileSystem().extract(entries, destination, mode, bar.function());
   if (!invocation.settings().isVerbose) return;
   std::vector<std::string> names;
+  names.reserve(items.size());
   for (const Item& item : items) {
     names.push_back(onDisk(destination, item.path) + (item.isFolder() ? "/" : ""));
   }
