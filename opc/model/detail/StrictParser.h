@@ -2,9 +2,9 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,27 +46,31 @@ class RefusingEntityResolver final : public xercesc::EntityResolver {
 };
 
 /// Parsers for the next short documents: to make one takes longer than to read such a document.
+/// Any thread may use it. It has no lock, which a fork could leave taken.
 template <typename Parser>
 class KeptParsers {
  public:
   /// Null if there is none.
   std::unique_ptr<Parser> take() {
-    // Who has to wait makes a parser of its own; nor is there a lock that a fork could leave taken.
-    const std::unique_lock lock(mutex_, std::try_to_lock);
-    return lock && count_ != 0 ? std::move(kept_[--count_]) : nullptr;
+    for (std::atomic<Parser*>& place : places_) {
+      if (Parser* parser = place.exchange(nullptr)) return std::unique_ptr<Parser>(parser);
+    }
+    return nullptr;
   }
 
   void give(std::unique_ptr<Parser> parser) {
-    const std::unique_lock lock(mutex_, std::try_to_lock);
-    if (lock && count_ != kept_.size()) kept_[count_++] = std::move(parser);
+    for (std::atomic<Parser*>& place : places_) {
+      Parser* none = nullptr;
+      if (!place.compare_exchange_strong(none, parser.get())) continue;
+      [[maybe_unused]] Parser* kept = parser.release();
+      return;
+    }
   }
 
  private:
   static constexpr std::size_t kMost = 8;
 
-  std::mutex mutex_;
-  std::array<std::unique_ptr<Parser>, kMost> kept_;
-  std::size_t count_ = 0;
+  std::array<std::atomic<Parser*>, kMost> places_{};
 };
 
 /// Parses `text` with `parse(parser)`, which may throw, and may parse other documents meanwhile.
