@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "addon/packaging/DocumentRemoval.h"
 
-#include <algorithm>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -37,21 +37,28 @@ bool isFileOfTree(const PartName& name) {
          opc::model::keyStartsWith(name.itemName(), opc::plservices::kMadeUpFilesFolder);
 }
 
-bool isTarget(const PartName& name, const std::vector<Relationship>& relationships) {
-  return std::any_of(relationships.begin(), relationships.end(),
-                     [&](const Relationship& one) { return targetOf(one) == name; });
+/// The keys of the parts that relationships lead to.
+using Targets = std::unordered_set<std::string>;
+
+Targets targetsOf(const std::vector<Relationship>& relationships) {
+  Targets targets;
+  for (const Relationship& one : relationships) {
+    if (const auto target = targetOf(one)) targets.insert(target->key());
+  }
+  return targets;
 }
 
 /// Deletes the part, unless it is there for something else as well.
-void dropPart(Package& package, const PartName& name) {
-  if (!package.hasPart(name) || isFileOfTree(name)) return;
-  if (!isTarget(name, package.getRelationships())) package.deletePart(name);
+void dropPart(Package& package, const PartName& name, const Targets& others) {
+  if (!package.hasPart(name) || isFileOfTree(name) || others.contains(name.key())) return;
+  package.deletePart(name);
 }
 
 void drop(Package& package, const std::vector<Relationship>& relationships) {
   for (const Relationship& one : relationships) package.deleteRelationship(one.getId());
+  const Targets others = targetsOf(package.getRelationships());
   for (const Relationship& one : relationships) {
-    if (const auto target = targetOf(one)) dropPart(package, *target);
+    if (const auto target = targetOf(one)) dropPart(package, *target, others);
   }
 }
 
@@ -80,7 +87,7 @@ bool removeDocument(Package& package, const XMLPartType& document) {
   const auto relationships = package.getRelationshipsByType(document.relationshipType);
   if (relationships.empty() && !package.hasPart(name)) return false;
   drop(package, relationships);
-  dropPart(package, name);
+  dropPart(package, name, targetsOf(package.getRelationships()));
   return true;
 }
 
@@ -128,18 +135,20 @@ std::optional<Relationship> relationshipInTheWay(Package& package) {
 
 bool removeScreenshot(Package& package) {
   const auto shots = package.getRelationshipsByType(ScreenshotPart::relationshipType());
+  const Targets images = targetsOf(shots);
   auto gone = shots;
   for (const Relationship& thumbnail :
        package.getRelationshipsByType(PackageHelper::getThumbnailRelationshipType())) {
     const auto target = targetOf(thumbnail);
     // The next screenshot needs the id, whatever it stands for now.
     const bool isOurs = thumbnail.getId() == ScreenshotPart::kThumbnailId;
-    if (isOurs || (target && isTarget(*target, shots))) gone.push_back(thumbnail);
+    if (isOurs || (target && images.contains(target->key()))) gone.push_back(thumbnail);
   }
   drop(package, gone);
   bool isChanged = !gone.empty();
+  const Targets others = targetsOf(package.getRelationships());
   for (const PartName& name : partsNamedLikeScreenshots(package)) {
-    if (isTarget(name, package.getRelationships())) continue;
+    if (others.contains(name.key())) continue;
     package.deletePart(name);
     isChanged = true;
   }
