@@ -129,8 +129,8 @@ class Locator {
     return isFiles ? manifest.files.position : manifest.positionOf("package");
   }
 
-  /// The key of a document whose value and record the message names; "" for none. Of two that are
-  /// the same each is the place of a finding.
+  /// The key of a document whose value and record the message names; "" for none. Equal values are
+  /// matched with the findings one by one.
   std::string keyOf(const OwnedDocument& document, const Finding& finding) {
     std::string found;
     const auto look = [&](const Record& record, const std::u16string& value,

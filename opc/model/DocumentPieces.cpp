@@ -48,7 +48,7 @@ class NodeMemory {
 class PieceParser final : public detail::StrictParser<xercesc::SAXParser> {
  public:
   PieceParser() {
-    setDocumentHandler(&unused_);  // without one, the parser is told nothing either
+    setDocumentHandler(&unused_);  // otherwise the scanner does not call this class
   }
 
   void parsePieces(const XmlText& text, DocumentPieces& pieces) {

@@ -302,8 +302,7 @@ class Bash(Shell):
 
     def test_folders_leave_quotes_open_with_bash_completion(self):
         library = pathlib.Path("/usr/share/bash-completion/bash_completion")
-        if not library.exists():
-            self.skipTest("there is no bash-completion; scripts/setup test installs it")
+        self.assertTrue(library.exists(), "'scripts/setup test' installs bash-completion")
         folder = self.path("data/bash-completion/completions")
         folder.mkdir(parents=True)
         shutil.copy(self.script("bash"), folder / "kraddon")

@@ -8,8 +8,8 @@ ORIGIN = ('<Relationship Id="s" Target="/sig/origin" Type="http://schemas.openxm
           'package/2006/relationships/digital-signature/origin"/>')
 TYPES = ('<Override PartName="/sig/origin" ContentType="application/'
          'vnd.openxmlformats-package.digital-signature-origin"/>')
-WARNING = ("kraddon: {}: warning: package 'p.kraddon': it is signed, and its signature is "
-           "no longer valid\n")
+WARNING = ("kraddon: {}: warning: package 'p.kraddon': its signature is no longer "
+           "valid\n")
 
 
 class Signed(kraddontest.CliTest):

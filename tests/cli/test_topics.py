@@ -85,8 +85,7 @@ class Editors(kraddontest.CliTest):
                                  for number in range(len(texts))]
 
     def test_an_editor_accepts_good_manifests_and_refuses_bad_ones(self):
-        if not TAPLO.exists():
-            self.skipTest("there is no taplo; scripts/setup test fetches it")
+        self.assertTrue(TAPLO.exists(), "'scripts/setup test' fetches taplo")
         self.tree({"README.md": "# Wave\n\nSpectra.\n", "apps/v.m": "", "examples/a.m": "",
                    "CHANGELOG.md": "## 1.0 - 2026-02-01\n\nx\n"}, "wave")
         good = [FULL, self.ok("init", "wave", "--stdout").text]

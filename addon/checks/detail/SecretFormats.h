@@ -12,9 +12,8 @@ namespace addon::checks::detail {
 /// A pattern is text of which "<a16>" stands for 16 characters of a set, "<a16-20>" for 16 to 20
 /// and "<a16+>" for at least 16. The sets: a letters and digits, b base64, c letters, d digits,
 /// i upper case and digits, l lower case and digits, s what separates a key from its value,
-/// t letters, digits, '-' and '_', u base32, x hexadecimal digits in lower case, z as t with '.'
-/// and
-/// '~'.
+/// t letters, digits, '-' and '_', u base32, x hexadecimal digits in lower case, z like t
+/// with '.' and '~'.
 struct SecretFormat {
   std::string_view name;         ///< with its article
   std::string_view pattern;      ///< begins with at least two characters that stand for themselves

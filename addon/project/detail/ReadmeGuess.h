@@ -12,8 +12,8 @@ struct ReadmeFacts {
   /// none, or if it is too long for a name.
   std::string title;
   /// The first sentence of the first paragraph; without a paragraph, the first heading. Images,
-  /// rules, code, tables and comments are skipped. "" if there is no text. A long sentence is cut
-  /// after a word.
+  /// rules, code, tables and comments are skipped. A long sentence is cut after a word. Empty if
+  /// the README has no text.
   std::string summary;
 };
 

@@ -12,25 +12,22 @@
 
 namespace tool::commands::detail {
 
+/// An option that takes a rule about a finding.
+constexpr line::OptionSpec ruleOption(const char* name, const char* help) {
+  return {.longName = name,
+          .valueName = "ID[:GLOB]",
+          .help = help,
+          .isRepeatable = true,
+          .choices = addon::checks::findingIds};
+}
+
 // Options of the commands that report findings.
-inline constexpr line::OptionSpec kIgnoreOption{
-    .longName = "ignore",
-    .valueName = "ID[:GLOB]",
-    .help = "ignore a finding, everywhere or for paths that match",
-    .isRepeatable = true,
-    .choices = addon::checks::findingIds};
-inline constexpr line::OptionSpec kErrorOption{
-    .longName = "error",
-    .valueName = "ID[:GLOB]",
-    .help = "treat a finding as an error, everywhere or for paths that match",
-    .isRepeatable = true,
-    .choices = addon::checks::findingIds};
-inline constexpr line::OptionSpec kWarnOption{
-    .longName = "warn",
-    .valueName = "ID[:GLOB]",
-    .help = "treat a finding as a warning, everywhere or for paths that match",
-    .isRepeatable = true,
-    .choices = addon::checks::findingIds};
+inline constexpr line::OptionSpec kIgnoreOption =
+    ruleOption("ignore", "ignore a finding, everywhere or for paths that match");
+inline constexpr line::OptionSpec kErrorOption =
+    ruleOption("error", "treat a finding as an error, everywhere or for paths that match");
+inline constexpr line::OptionSpec kWarnOption =
+    ruleOption("warn", "treat a finding as a warning, everywhere or for paths that match");
 inline constexpr line::OptionSpec kFormatOption{.longName = "format",
                                                 .valueName = "FORMAT",
                                                 .help = "the output format: text, github or sarif",

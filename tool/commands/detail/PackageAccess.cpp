@@ -66,8 +66,7 @@ std::string describeLosses(opc::model::Package& package, const std::string& path
   }
   if (!package.getRelationshipsByType(kSignatureOrigin).empty()) {
     text += report::describeWarning(
-        invocation,
-        process::sentence("package", path, "it is signed, and its signature is no longer valid"));
+        invocation, process::sentence("package", path, "its signature is no longer valid"));
   }
   return text;
 }
