@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "addon/packaging/ReferenceRenaming.h"
 
+#include "addon/packaging/DocumentRemoval.h"
 #include "addon/packaging/Documents.h"
 #include "opc/Text.h"
 
@@ -69,7 +70,7 @@ std::vector<RenamedReference> renameReferences(AddonPackage& package, const std:
     } else {
       renaming.rename(document.record, table->name());
     }
-    if (renaming.done().size() != before) storeDocument(package, *document.part);
+    if (renaming.done().size() != before) replaceDocument(package, *document.part);
   }
   return std::move(renaming.done());
 }

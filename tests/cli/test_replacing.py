@@ -78,6 +78,18 @@ class Replacing(kraddontest.CliTest):
                 entries["[Content_Types].xml"])
         self.rewrite(change)
 
+    def test_references_that_mv_renamed_come_back(self):
+        app = {"name": "A", "guid": "0c3a0d9e-5b7a-4a53-9c58-6f0d2f4f8a11",
+               "relativePath": "a.m", "installByDefault": "true"}
+        self.ok("set", "p.kraddon", "apps", "-", "--no-verify", "-q",
+                stdin=json.dumps([app]).encode())
+        self.move_part("metadata/applications.xml", "docs/apps.xml")
+
+        self.run_kraddon("mv", "p.kraddon", "a.m", "lib/a.m", "-q")
+
+        self.assertEqual(self.ok("get", "p.kraddon", "apps").json,
+                         [{**app, "relativePath": "lib/a.m"}])
+
     def test_a_document_that_was_set_comes_back(self):
         for damage in (self.lead_elsewhere, self.lose_part, self.relate_twice, self.relate_never,
                        self.lead_out, self.lead_to_a_file):
