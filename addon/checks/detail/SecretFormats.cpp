@@ -86,10 +86,6 @@ constexpr SecretFormat kFormats[] = {
     {"a Hugging Face token", "hf_<c34>"},
 };
 
-bool isWord(char c) {
-  return opc::isAsciiLetterOrDigit(c) || c == '_';
-}
-
 bool isIn(char set, char c) {
   constexpr auto kNone = std::string_view::npos;
   const bool isUpper = c >= 'A' && c <= 'Z';
@@ -202,6 +198,10 @@ bool matchBefore(std::string_view pattern, std::string_view before, Longest& lon
 }
 
 }  // namespace
+
+bool isWord(char c) {
+  return opc::isAsciiLetterOrDigit(c) || c == '_';
+}
 
 std::span<const SecretFormat> secretFormats() {
   return kFormats;

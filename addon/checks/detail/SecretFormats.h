@@ -22,6 +22,9 @@ struct SecretFormat {
 
 std::span<const SecretFormat> secretFormats();
 
+/// Of a word, before which and behind which no token begins or ends.
+bool isWord(char c);
+
 /// The longest part of a text before and after the place where a pattern begins that decides
 /// whether it matches.
 inline constexpr std::size_t kLookBehind = 256;

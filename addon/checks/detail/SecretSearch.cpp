@@ -3,12 +3,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <span>
 
 #include "addon/checks/detail/SecretFormats.h"
+#include "addon/checks/detail/SecretPlaces.h"
 #include "opc/Text.h"
 #include "text/Lines.h"
 
@@ -62,78 +61,21 @@ struct Match {
   std::size_t length = 0;
 };
 
-/// A set of pairs of characters.
-class Pairs {
- public:
-  void add(char first, char second) {
-    const char pair[] = {first, second};
-    const std::size_t index = indexOf(pair);
-    bits_[index / 64] |= std::uint64_t{1} << (index % 64);
-  }
-  bool has(const char* pair) const {
-    const std::size_t index = indexOf(pair);
-    return ((bits_[index / 64] >> (index % 64)) & 1) != 0;
-  }
+const SecretPlaces& places() {
+  static const SecretPlaces all;
+  return all;
+}
 
- private:
-  static std::size_t indexOf(const char* pair) {
-    std::uint16_t index = 0;
-    std::memcpy(&index, pair, sizeof index);
-    return index;
+Match matchAt(std::string_view text, std::size_t at, SecretFile kind) {
+  if (text.substr(at).starts_with(kKeyBegin)) {
+    return {"a private key", matchPrivateKey(text, at, kind != SecretFile::Key)};
   }
-
-  std::array<std::uint64_t, 1024> bits_{};
-};
-
-/// All that can be found, by the first characters: most of a text does not begin any of it.
-class Beginnings {
- public:
-  Beginnings() {
-    add(kKeyBegin);
-    for (const SecretFormat& format : secretFormats()) {
-      add(format.pattern);
-      formats_[static_cast<unsigned char>(format.pattern[0])].push_back(&format);
-    }
+  for (const SecretFormat* format : places().formatsWith(text[at])) {
+    if (format->pattern[1] != text[at + 1]) continue;
+    if (const std::size_t length = matchSecret(*format, text, at)) return {format->name, length};
   }
-
-  /// The first place in [at, end) at which something may begin, or `end`. The text is longer.
-  std::size_t next(std::string_view text, std::size_t at, std::size_t end) const {
-    const char* data = text.data();
-    const std::size_t first = at;
-    for (; at + 1 < end; at += 2) {
-      if (!inBeginning_.has(data + at)) continue;
-      if (at > first && begin_.has(data + at - 1)) return at - 1;
-      if (begin_.has(data + at)) return at;
-    }
-    for (at -= at > first ? 1 : 0; at < end; ++at) {
-      if (begin_.has(data + at)) return at;
-    }
-    return end;
-  }
-
-  Match match(std::string_view text, std::size_t at, SecretFile kind) const {
-    if (text.substr(at).starts_with(kKeyBegin)) {
-      return {"a private key", matchPrivateKey(text, at, kind != SecretFile::Key)};
-    }
-    for (const SecretFormat* format : formats_[static_cast<unsigned char>(text[at])]) {
-      if (format->pattern[1] != text[at + 1]) continue;
-      if (const std::size_t length = matchSecret(*format, text, at)) return {format->name, length};
-    }
-    return {};
-  }
-
- private:
-  void add(std::string_view text) {
-    begin_.add(text[0], text[1]);
-    inBeginning_.add(text[0], text[1]);
-    if (text[2] != '<') return inBeginning_.add(text[1], text[2]);
-    for (int third = 0; third < 256; ++third) inBeginning_.add(text[1], static_cast<char>(third));
-  }
-
-  Pairs begin_;        // a first and a second character
-  Pairs inBeginning_;  // these, and a second and a third: enough to look at every second pair
-  std::array<std::vector<const SecretFormat*>, 256> formats_;
-};
+  return {};
+}
 
 /// Searches a text that comes in blocks, each appended to `text`.
 class Search {
@@ -145,11 +87,10 @@ class Search {
 
   /// Searches the text but for what needs the next block, which the last one does not have.
   void run(bool isLast) {
-    static const Beginnings beginnings;
     const std::size_t margin = isLast ? 1 : kLookAhead;
     const std::size_t end = text_.size() - std::min(text_.size(), margin);
-    while (!isFull() && (at_ = beginnings.next(text_, at_, end)) < end) {
-      const Match match = beginnings.match(text_, at_, kind_);
+    while (!isFull() && (at_ = places().next(text_, at_, end)) < end) {
+      const Match match = matchAt(text_, at_, kind_);
       if (match.length != 0) found_.push_back({match.name, lineOf(at_)});
       at_ += std::max<std::size_t>(match.length, 1);
     }
