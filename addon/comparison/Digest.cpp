@@ -63,8 +63,8 @@ void addOtherContent(AddonPackage& package, std::vector<Line>& lines) {
   }
 }
 
-void addFiles(AddonPackage& package, const std::vector<Item>& items,
-              const opc::interfaces::ProgressFunction& progress, std::vector<Line>& lines) {
+void addFiles(const std::vector<Item>& items, const opc::interfaces::ProgressFunction& progress,
+              const FileHasher& hash, std::vector<Line>& lines) {
   const Totals totals = totalsOf(items);
   opc::interfaces::Progress state{0, totals.files, 0, totals.bytes};
   const auto advance = [&](std::size_t bytes) {
@@ -75,7 +75,7 @@ void addFiles(AddonPackage& package, const std::vector<Item>& items,
     if (item.isFolder()) {
       lines.emplace_back(item.path + "/", text::sha256Of(""));
     } else {
-      lines.emplace_back(item.path, text::sha256Of(*openItem(package, item), advance));
+      lines.emplace_back(item.path, hash(item, advance));
     }
     state.itemsDone += item.isFolder() ? 0 : 1;
     advance(0);
@@ -91,8 +91,16 @@ std::string hashOfPart(AddonPackage& package, const std::string& partName) {
 
 std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
                           const opc::interfaces::ProgressFunction& progress) {
+  return contentDigest(package, items, progress, [&](const Item& item, const auto& onRead) {
+    return text::sha256Of(*openItem(package, item), onRead);
+  });
+}
+
+std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
+                          const opc::interfaces::ProgressFunction& progress,
+                          const FileHasher& hashFile) {
   std::vector<Line> lines;
-  addFiles(package, items, progress, lines);
+  addFiles(items, progress, hashFile, lines);
   addDocuments(package, lines);
   addOtherContent(package, lines);
   std::sort(lines.begin(), lines.end());

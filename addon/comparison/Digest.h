@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,15 @@ namespace addon::comparison {
 /// `items` is the whole tree. `progress` is called for every file.
 std::string contentDigest(addon::packaging::AddonPackage& package, const std::vector<Item>& items,
                           const opc::interfaces::ProgressFunction& progress);
+
+/// Reads a file to its end and returns its SHA-256. Calls `onRead` with the size of each piece.
+using FileHasher =
+    std::function<std::string(const Item& file, const std::function<void(std::size_t)>& onRead)>;
+/// The same for a caller that makes more of the bytes. `hashFile` is called once for each file, in
+/// their order.
+std::string contentDigest(addon::packaging::AddonPackage& package, const std::vector<Item>& items,
+                          const opc::interfaces::ProgressFunction& progress,
+                          const FileHasher& hashFile);
 
 /// The SHA-256 of what the part of that name holds ("/metadata/license.xml").
 std::string hashOfPart(addon::packaging::AddonPackage& package, const std::string& partName);

@@ -38,6 +38,7 @@ OUTPUTS = {
     "get": ["get", "p.kraddon", "license", "-o", "out"],
     "screenshot -o": ["screenshot", "p.kraddon", "-o", "out"],
     "preview": ["preview", "p.kraddon", "-o", "out"],
+    "sbom": ["sbom", "p.kraddon", "-o", "out"],
 }
 REPLACING = ([(name, words, "p.kraddon") for name, words in COMMANDS.items()] +
              [(name, words, "out") for name, words in OUTPUTS.items()])

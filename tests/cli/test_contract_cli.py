@@ -21,6 +21,7 @@ EVERY_COMMAND = [
     ["set", "p.kraddon", "license", "text=terms"], ["unset", "p.kraddon", "license"],
     ["screenshot", "p.kraddon", "shot.png"], ["screenshot", "p.kraddon"],
     ["verify", "p.kraddon"], ["diff", "p.kraddon", "p.kraddon"], ["preview", "p.kraddon"],
+    ["sbom", "p.kraddon"],
     ["call", "addonGetFileList", "p.kraddon"], ["completion", "bash"], ["schema", "info"],
     ["help"]]
 
@@ -99,6 +100,7 @@ class Output(projecttest.ProjectTest):
         ["build", "src", "-o", "p.kraddon", "--force", "--json"],
         ["init", "src", "--stdout"], ["extract", "p.kraddon", "--dry-run"],
         ["screenshot", "p.kraddon", "-o", "-"], ["preview", "p.kraddon", "-o", "-"],
+        ["sbom", "p.kraddon"],
         ["verify", "p.kraddon"], ["verify", "p.kraddon", "--json"], ["verify", "--explain", "101"],
         ["verify", "p.kraddon", "--format", "sarif"], ["call", "addonGetFileList", "p.kraddon"],
         ["diff", "p.kraddon", "q.kraddon"], ["completion", "bash"], ["schema", "info"],

@@ -24,7 +24,8 @@ with open(kraddontest.KRADDON, "rb") as program:
     SANITIZED = b"__asan_init" in program.read()
 
 EVERY_COMMAND = (("info",), ("list",), ("list", "--all"), ("get", "properties"), ("verify",),
-                 ("verify", "--opc"), ("preview", "-o", "-"), ("extract", "-d", "out", "--force"),
+                 ("verify", "--opc"), ("preview", "-o", "-"), ("sbom",),
+                 ("extract", "-d", "out", "--force"),
                  ("set", "properties", "summary=changed"), ("remove", "files/nothing"))
 # What is large is given to one that reads everything, one that reads little, and one that writes.
 FEW_COMMANDS = (("info",), ("verify",), ("set", "properties", "summary=changed"))

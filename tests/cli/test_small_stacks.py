@@ -46,7 +46,8 @@ class SmallStacks(kraddontest.CliTest):
                       ("screenshot", "p.kraddon", "shot.png"), ("screenshot", "p.kraddon"),
                       ("list", "p.kraddon", "-l"), ("list", "p.kraddon", "--hash"),
                       ("extract", "p.kraddon", "-d", "out"), ("verify", "p.kraddon"),
-                      ("preview", "p.kraddon", "-o", "-"), ("init", "src"), ("build", "src"),
+                      ("preview", "p.kraddon", "-o", "-"), ("sbom", "p.kraddon"),
+                      ("init", "src"), ("build", "src"),
                       ("call", "addonGetFileList", "p.kraddon"), ("schema", "manifest"),
                       ("unset", "p.kraddon", "license"), ("completion", "bash"), ("help",)):
             self.ends(*words)

@@ -116,6 +116,7 @@ OUTPUT_COMMANDS = [
     Command("screenshot-new", ["screenshot", "p.kraddon", "-o", "shot.png"], "shot.png"),
     Command("screenshot-old", ["screenshot", "p.kraddon", "-o", "old.png"], "old.png"),
     Command("preview", ["preview", "p.kraddon", "-o", "page.html"], "page.html"),
+    Command("sbom", ["sbom", "p.kraddon", "-o", "bill.json"], "bill.json"),
     Command("get", ["get", "p.kraddon", "properties", "-o", "props.json"], "props.json"),
     Command("get-old", ["get", "p.kraddon", "properties", "-o", "license.json"], "license.json"),
 ]

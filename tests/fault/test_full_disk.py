@@ -120,7 +120,8 @@ class StandardOutput(FaultTest):
         words += [each for each in (["verify", "p.kraddon"], ["verify", "p.kraddon", "--json"],
                                     ["verify", "--explain", "KR101"],
                                     ["diff", "p.kraddon", "q.kraddon"],
-                                    ["preview", "p.kraddon", "-o", "-"], ["completion", "bash"],
+                                    ["preview", "p.kraddon", "-o", "-"],
+                                    ["sbom", "p.kraddon"], ["completion", "bash"],
                                     ["schema", "info"], ["init", "src", "--stdout"])
                   if f"  {each[0]} " in listed]
         for each in words:

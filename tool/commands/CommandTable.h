@@ -26,6 +26,7 @@ extern const line::CommandSpec kMkdirCommand;
 extern const line::CommandSpec kMvCommand;
 extern const line::CommandSpec kPreviewCommand;
 extern const line::CommandSpec kRemoveCommand;
+extern const line::CommandSpec kSbomCommand;
 extern const line::CommandSpec kSchemaCommand;
 extern const line::CommandSpec kScreenshotCommand;
 extern const line::CommandSpec kSetCommand;
