@@ -122,7 +122,8 @@ class Action(Repository):
                          ["Install kraddon", "Build", "Verify", "Compare with the last release"])
         self.assertEqual(outputs, {"package": "out/package.kraddon"})
         self.assertEqual(sorted(path.name for path in (self.work / "out").iterdir()),
-                         ["findings.sarif", "package.html", "package.kraddon"])
+                         ["findings.sarif", "package.html", "package.kraddon",
+                          "package.spdx.json"])
         self.assertFalse((self.folder / "summary").exists())
 
     def test_what_changed_since_the_last_release_is_in_the_summary(self):
