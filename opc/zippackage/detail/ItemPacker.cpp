@@ -7,11 +7,13 @@
 
 namespace opc::zippackage::detail {
 
-std::optional<PackedItem> ItemPacker::pack(int level, InputStream& stream,
-                                           const interfaces::IContentSource& source) {
+bool ItemPacker::read(InputStream& stream, const interfaces::IContentSource& source) {
   size_ = 0;
   const std::uint64_t expected = source.size();
-  if (expected > kWholeLimit || !readWhole(stream, expected)) return std::nullopt;
+  return expected <= kWholeLimit && readWhole(stream, expected);
+}
+
+PackedItem ItemPacker::pack(int level, const interfaces::IContentSource& source) {
   const Bytes data = begun();
   PackedItem item{size_, updateCrc(0, data), kStored, data};
   if (level > 0 && deflater_.pack(level, data, packed_) &&

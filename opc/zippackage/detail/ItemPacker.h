@@ -11,6 +11,7 @@
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/LittleEndian.h"
 #include "opc/zippackage/ZipFormat.h"
+#include "opc/zippackage/detail/KnownContents.h"
 
 namespace opc::zippackage::detail {
 
@@ -20,17 +21,21 @@ struct PackedItem {
   std::uint32_t crc = 0;   ///< of the unpacked data
   std::uint16_t method = kStored;
   Bytes data;  ///< packed, unless that makes them no smaller
+  /// If others may have the same content. Without `isFirst`, it is all that is set: the content was
+  /// packed before.
+  std::optional<KnownContents::Match> content = std::nullopt;
 };
 
 /// Reads items whole and packs them, one after the other.
 class ItemPacker {
  public:
-  /// Packs all that `stream`, which is of `source`, holds. The result is good until the next call.
-  /// Nothing when it holds more than kWholeLimit: begun() is then what was read.
-  std::optional<PackedItem> pack(int level, InputStream& stream,
-                                 const interfaces::IContentSource& source);
-
+  /// Reads all that `stream`, which is of `source`, holds. False when that is more than
+  /// kWholeLimit: begun() is then only the beginning of it.
+  bool read(InputStream& stream, const interfaces::IContentSource& source);
+  /// What was read last.
   Bytes begun() const { return {input_.data(), size_}; }
+  /// Packs it. The result is good until the next call.
+  PackedItem pack(int level, const interfaces::IContentSource& source);
 
  private:
   bool readWhole(InputStream& stream, std::uint64_t expected);

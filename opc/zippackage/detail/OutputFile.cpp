@@ -61,16 +61,35 @@ void OutputFile::rewindTo(std::uint64_t offset) {
 
 void OutputFile::copyFrom(const PackageFile& file, std::uint64_t offset, std::uint64_t size,
                           const Copied& copied) {
+  const auto read = [&](std::uint64_t at, unsigned char* into, std::size_t count) {
+    file.readAt(at, into, count);
+  };
+  append(file.descriptor(), offset, size, read, copied);
+}
+
+void OutputFile::repeat(std::uint64_t offset, std::uint64_t size) {
+  if (offset >= flushed_ && size <= kBufferSize - used_) {
+    return write({buffer_.data() + (offset - flushed_), static_cast<std::size_t>(size)});
+  }
+  if (offset + size > flushed_) flush();
+  const auto read = [this](std::uint64_t at, unsigned char* into, std::size_t count) {
+    readFully(descriptor_, at, into, count, "cannot read a temporary file");
+  };
+  append(descriptor_, offset, size, read, [](std::uint64_t) {});
+}
+
+void OutputFile::append(int from, std::uint64_t offset, std::uint64_t size, const Read& read,
+                        const Copied& copied) {
   std::uint64_t done = 0;
   if (size >= kWorthTheKernel) {
     flush();
-    done = copyInKernel(file, offset, size, copied);
+    done = copyInKernel(from, offset, size, copied);
   }
   while (done < size) {
     if (used_ == kBufferSize) flush();
     const auto count =
         static_cast<std::size_t>(std::min<std::uint64_t>(size - done, kBufferSize - used_));
-    file.readAt(offset + done, buffer_.data() + used_, count);
+    read(offset + done, buffer_.data() + used_, count);
     used_ += count;
     done += count;
     copied(done);
@@ -78,14 +97,14 @@ void OutputFile::copyFrom(const PackageFile& file, std::uint64_t offset, std::ui
 }
 
 // Returns how far it came: not every file system and kernel can do it, or all of it.
-std::uint64_t OutputFile::copyInKernel(const PackageFile& file, std::uint64_t offset,
-                                       std::uint64_t size, const Copied& copied) {
-  auto from = static_cast<off_t>(offset);
+std::uint64_t OutputFile::copyInKernel(int from, std::uint64_t offset, std::uint64_t size,
+                                       const Copied& copied) {
+  auto next = static_cast<off_t>(offset);
   std::uint64_t done = 0;
   while (done < size) {
     auto to = static_cast<off_t>(flushed_);
     const auto wanted = static_cast<std::size_t>(std::min(size - done, kCopyAtOnce));
-    const ssize_t count = ::copy_file_range(file.descriptor(), &from, descriptor_, &to, wanted, 0);
+    const ssize_t count = ::copy_file_range(from, &next, descriptor_, &to, wanted, 0);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
       throw SystemError(kWhat, errno);

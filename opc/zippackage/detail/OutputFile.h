@@ -18,7 +18,7 @@ class OutputFile {
   /// Copying calls it with the number of bytes copied so far.
   using Copied = std::function<void(std::uint64_t)>;
 
-  /// `descriptor` is a file open for writing, empty, which must outlive this.
+  /// `descriptor` is a file open for reading and writing, empty, which must outlive this.
   explicit OutputFile(int descriptor);
 
   /// How much has been written, buffered bytes included.
@@ -33,11 +33,17 @@ class OutputFile {
   /// when that file turns out to be shorter.
   void copyFrom(const PackageFile& file, std::uint64_t offset, std::uint64_t size,
                 const Copied& copied);
+  /// Appends a stretch of what was written before.
+  void repeat(std::uint64_t offset, std::uint64_t size);
   /// Hands everything to the kernel; not yet to the disk.
   void flush();
 
  private:
-  std::uint64_t copyInKernel(const PackageFile& file, std::uint64_t offset, std::uint64_t size,
+  using Read = std::function<void(std::uint64_t offset, unsigned char* into, std::size_t size)>;
+
+  void append(int from, std::uint64_t offset, std::uint64_t size, const Read& read,
+              const Copied& copied);
+  std::uint64_t copyInKernel(int from, std::uint64_t offset, std::uint64_t size,
                              const Copied& copied);
 
   int descriptor_;

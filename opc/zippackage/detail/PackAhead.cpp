@@ -13,15 +13,11 @@ constexpr std::uint64_t kBatchSize = std::uint64_t{512} << 10;
 constexpr std::uint64_t kMostAhead = std::uint64_t{24} << 20;
 constexpr std::size_t kMostBatches = 16;
 
-std::optional<PackedItem> packOne(const PackAhead::Job& job, ItemPacker& packer) {
-  if (job.source->size() > kWholeLimit) return std::nullopt;
-  return packer.pack(job.level, *job.source->getInputStream(), *job.source);
-}
-
 }  // namespace
 
-PackAhead::PackAhead(std::vector<Job> jobs, const interfaces::BackgroundStarter& starter)
-    : jobs_(std::move(jobs)) {
+PackAhead::PackAhead(std::vector<PackJob> jobs, KnownContents& known,
+                     const interfaces::BackgroundStarter& starter)
+    : jobs_(std::move(jobs)), known_(known) {
   if (starter && jobs_.size() > 1) helper_ = starter([this] { help(); });
 }
 
@@ -35,7 +31,22 @@ PackAhead::~PackAhead() {
 }
 
 std::optional<PackedItem> PackAhead::take() {
-  return helper_ ? takeFromBatch() : packOne(jobs_[taken_++], packer_);
+  return helper_ ? takeFromBatch() : packOne(taken_++, packer_);
+}
+
+std::optional<PackedItem> PackAhead::packOne(std::size_t number, ItemPacker& packer) const {
+  const PackJob& job = jobs_[number];
+  if (job.source->size() > kWholeLimit) return std::nullopt;
+  if (!packer.read(*job.source->getInputStream(), *job.source)) return std::nullopt;
+  std::optional<KnownContents::Match> content;
+  if (known_.sizeOf(number) != KnownContents::Size::Alone) {
+    const Bytes data = packer.begun();
+    content = known_.match(number, job.level, data.size(), contentHash(data));
+  }
+  PackedItem item;
+  if (!content || content->isFirst) item = packer.pack(job.level, *job.source);
+  item.content = content;
+  return item;
 }
 
 std::optional<PackedItem> PackAhead::takeFromBatch() {
@@ -90,7 +101,7 @@ void PackAhead::pack(Batch& batch, ItemPacker& packer) const {
   for (std::size_t job = batch.begin; job < batch.end; ++job) {
     Result& result = batch.results.emplace_back();
     try {
-      const auto item = packOne(jobs_[job], packer);
+      const auto item = packOne(job, packer);
       if (!item) continue;
       result.item = *item;
       result.at = batch.data.size();

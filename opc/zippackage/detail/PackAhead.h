@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "opc/interfaces/Background.h"
-#include "opc/interfaces/IContentSource.h"
 #include "opc/zippackage/detail/ItemPacker.h"
+#include "opc/zippackage/detail/KnownContents.h"
 
 namespace opc::zippackage::detail {
 
@@ -21,19 +21,15 @@ namespace opc::zippackage::detail {
 /// the same with and without it, byte for byte and error for error.
 class PackAhead {
  public:
-  /// An item to be packed. The source must outlive it all.
-  struct Job {
-    interfaces::IContentSource* source;
-    int level;
-  };
-
-  /// `starter` may be empty.
-  PackAhead(std::vector<Job> jobs, const interfaces::BackgroundStarter& starter);
+  /// `known` is made of the same jobs, and must outlive it. `starter` may be empty.
+  PackAhead(std::vector<PackJob> jobs, KnownContents& known,
+            const interfaces::BackgroundStarter& starter);
   ~PackAhead();
   PackAhead(const PackAhead&) = delete;
   PackAhead& operator=(const PackAhead&) = delete;
 
-  /// The next item, good until the next call. Nothing when it is too large to be packed in memory.
+  /// The next item, good until the next call, unpacked if its content was packed before. Nothing
+  /// when it is too large to be packed in memory.
   /// Throws what its source throws.
   std::optional<PackedItem> take();
 
@@ -56,13 +52,15 @@ class PackAhead {
     std::vector<unsigned char> data;
   };
 
+  std::optional<PackedItem> packOne(std::size_t number, ItemPacker& packer) const;
   std::optional<PackedItem> takeFromBatch();
   Batch* begin(bool isWanted);
   void pack(Batch& batch, ItemPacker& packer) const;
   void finish(Batch& batch);
   void help() noexcept;
 
-  std::vector<Job> jobs_;
+  std::vector<PackJob> jobs_;
+  KnownContents& known_;
   ItemPacker packer_;
   std::size_t taken_ = 0;
 

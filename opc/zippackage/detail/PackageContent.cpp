@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <ctime>
 #include <string>
+#include <utility>
 
 #include "opc/Exception.h"
 
@@ -15,7 +16,10 @@ void PackageContent::writeTo(OutputFile& out) {
   now_ = std::time(nullptr);
   countTotals();
   ZipWriter writer(out);
-  PackAhead packer(jobs(), options_.background);
+  std::vector<PackJob> jobs = this->jobs();
+  KnownContents known(jobs);
+  known_ = &known;
+  PackAhead packer(std::move(jobs), known, options_.background);
   addNew(writer, packer, true);
   copyUnchanged(out, writer);
   addNew(writer, packer, false);
@@ -36,8 +40,8 @@ void PackageContent::countTotals() {
 }
 
 // In the order in which addNew comes to them.
-std::vector<PackAhead::Job> PackageContent::jobs() const {
-  std::vector<PackAhead::Job> jobs;
+std::vector<PackJob> PackageContent::jobs() const {
+  std::vector<PackJob> jobs;
   jobs.reserve(added_.size());
   for (const bool atFront : {true, false}) {
     for (const AddedItem& item : added_) {
@@ -52,18 +56,72 @@ void PackageContent::addNew(ZipWriter& writer, PackAhead& packer, bool atFront) 
   for (AddedItem& item : added_) {
     if (item.isRemoved || item.properties.atFront != atFront) continue;
     const std::uint64_t expected = item.content->size();
-    if (const auto packed = packer.take()) {
-      writer.add(headOf(item), *packed);
+    const ItemHead head = headOf(item);
+    const auto packed = packer.take();
+    const auto content = packed ? packed->content : std::nullopt;
+    if (const WrittenItem* same = findWritten(content)) {
+      writer.addRepeated(head, *same);
+    } else if (packed && (!content || content->isFirst)) {
+      remember(content, writer.add(head, *packed));
     } else {
-      // What does not get smaller is read a second time.
-      std::uint64_t furthest = 0;
-      writer.add(headOf(item), *item.content, [&](std::uint64_t bytes) {
-        furthest = std::max(furthest, std::min(bytes, expected));
-        report(furthest);
-      });
+      addUnpacked(writer, head, *item.content);
     }
+    ++job_;
     reportDone(countOf(item.properties.name), expected);
   }
+}
+
+void PackageContent::addUnpacked(ZipWriter& writer, const ItemHead& head,
+                                 interfaces::IContentSource& source) {
+  if (const WrittenItem* same = findWritten(contentOf(head, source))) {
+    return writer.addRepeated(head, *same);
+  }
+  const std::uint64_t expected = source.size();
+  // What does not get smaller is read a second time.
+  std::uint64_t furthest = 0;
+  ContentHash::Value hash{};
+  const bool mayRepeat = known_->sizeOf(job_) != KnownContents::Size::Alone;
+  const WrittenItem written = writer.add(
+      head, source,
+      [&](std::uint64_t bytes) {
+        furthest = std::max(furthest, std::min(bytes, expected));
+        report(furthest);
+      },
+      mayRepeat ? &hash : nullptr);
+  if (mayRepeat) remember(known_->match(job_, head.level, written.size, hash), written);
+}
+
+// Takes a reading of its own. It is the later items of a size that may repeat an earlier one.
+std::optional<KnownContents::Match> PackageContent::contentOf(const ItemHead& head,
+                                                              interfaces::IContentSource& source) {
+  if (known_->sizeOf(job_) != KnownContents::Size::Repeated) return std::nullopt;
+  constexpr std::size_t kBlock = std::size_t{256} << 10;
+  ByteBuffer block;
+  block.resizeForOverwrite(kBlock);
+  ContentHash hash;
+  std::uint64_t size = 0;
+  const std::unique_ptr<InputStream> stream = source.getInputStream();
+  while (const std::size_t count = stream->read(block.data(), block.size())) {
+    hash.update({block.data(), count});
+    size += count;
+    report(0);
+  }
+  return known_->match(job_, head.level, size, hash.finish());
+}
+
+// A file that changes while it is read may have a content that was expected and never written.
+const WrittenItem* PackageContent::findWritten(
+    const std::optional<KnownContents::Match>& content) const {
+  const bool isWritten = content && !content->isFirst && content->number < written_.size() &&
+                         written_[content->number].dataOffset != 0;
+  return isWritten ? &written_[content->number] : nullptr;
+}
+
+void PackageContent::remember(const std::optional<KnownContents::Match>& content,
+                              const WrittenItem& written) {
+  if (!content || !content->isFirst) return;
+  if (written_.size() <= content->number) written_.resize(content->number + 1);
+  written_[content->number] = written;
 }
 
 ItemHead PackageContent::headOf(const AddedItem& item) const {

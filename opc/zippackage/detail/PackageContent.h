@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "opc/zippackage/ZipItemReader.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "opc/zippackage/detail/AddedItem.h"
+#include "opc/zippackage/detail/KnownContents.h"
 #include "opc/zippackage/detail/OutputFile.h"
 #include "opc/zippackage/detail/PackAhead.h"
 #include "opc/zippackage/detail/ZipWriter.h"
@@ -54,8 +56,13 @@ class PackageContent {
   void countTotals();
   /// How many items the progress counts for one with that name.
   std::uint64_t countOf(std::string_view name) const { return name.starts_with(options_.counted); }
-  std::vector<PackAhead::Job> jobs() const;
+  std::vector<PackJob> jobs() const;
   void addNew(ZipWriter& writer, PackAhead& packer, bool atFront);
+  void addUnpacked(ZipWriter& writer, const ItemHead& head, interfaces::IContentSource& source);
+  std::optional<KnownContents::Match> contentOf(const ItemHead& head,
+                                                interfaces::IContentSource& source);
+  const WrittenItem* findWritten(const std::optional<KnownContents::Match>& content) const;
+  void remember(const std::optional<KnownContents::Match>& content, const WrittenItem& written);
   void copyUnchanged(OutputFile& out, ZipWriter& writer);
   std::vector<Run> findRuns();
   std::uint64_t endOf(std::size_t positionInOrder);
@@ -72,6 +79,9 @@ class PackageContent {
   std::deque<AddedItem>& added_;
   const WriteOptions& options_;
   std::int64_t now_ = 0;
+  KnownContents* known_ = nullptr;    // while it writes
+  std::size_t job_ = 0;               // the next one to be written
+  std::vector<WrittenItem> written_;  // by the number of the content; a data offset of 0 is none
   interfaces::Progress progress_;
 };
 

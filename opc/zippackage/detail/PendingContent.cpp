@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/detail/PendingContent.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -49,14 +47,7 @@ std::uint64_t PendingStore::spill(Bytes data) {
 }
 
 void PendingStore::readSpilled(std::uint64_t offset, unsigned char* into, std::size_t size) const {
-  while (size > 0) {
-    const ssize_t count = ::pread(file_.get(), into, size, static_cast<off_t>(offset));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) throw SystemError("cannot read a temporary file", count < 0 ? errno : EIO);
-    into += count;
-    offset += static_cast<std::uint64_t>(count);
-    size -= static_cast<std::size_t>(count);
-  }
+  readFully(file_.get(), offset, into, size, "cannot read a temporary file");
 }
 
 void PendingStore::turnTo(PendingContent& content) {

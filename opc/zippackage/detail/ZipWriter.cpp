@@ -35,56 +35,76 @@ std::uint32_t attributesFor(const ItemHead& head) {
 
 }  // namespace
 
-void ZipWriter::add(const ItemHead& head, interfaces::IContentSource& source,
-                    const Advanced& advanced) {
+WrittenItem ZipWriter::add(const ItemHead& head, interfaces::IContentSource& source,
+                           const Advanced& advanced, ContentHash::Value* hash) {
   const std::unique_ptr<InputStream> stream = source.getInputStream();
-  const auto packed = packer_.pack(head.level, *stream, source);
-  if (packed) return add(head, *packed);
-  addStreamed(head, source, *stream, packer_.begun(), advanced);
+  if (!packer_.read(*stream, source)) return addStreamed(head, source, *stream, advanced, hash);
+  if (hash != nullptr) *hash = contentHash(packer_.begun());
+  return add(head, packer_.pack(head.level, source));
 }
 
-void ZipWriter::add(const ItemHead& head, const PackedItem& packed) {
-  Written item;
+WrittenItem ZipWriter::add(const ItemHead& head, const PackedItem& packed) {
+  WrittenItem item;
   item.offset = out_.position();
   item.packedSize = packed.data.size();
   item.size = packed.size;
   item.crc = packed.crc;
   item.method = packed.method;
   out_.write(localHeader(head, item, item.size >= limits_.value));
+  item.dataOffset = out_.position();
   out_.write(packed.data);
+  addToDirectory(head, item);
+  return item;
+}
+
+void ZipWriter::addRepeated(const ItemHead& head, const WrittenItem& first) {
+  WrittenItem item = first;
+  item.offset = out_.position();
+  out_.write(localHeader(head, item, item.size >= limits_.value));
+  out_.repeat(first.dataOffset, first.packedSize);
   addToDirectory(head, item);
 }
 
-void ZipWriter::addStreamed(const ItemHead& head, interfaces::IContentSource& source,
-                            InputStream& stream, Bytes begun, const Advanced& advanced) {
+WrittenItem ZipWriter::addStreamed(const ItemHead& head, interfaces::IContentSource& source,
+                                   InputStream& stream, const Advanced& advanced,
+                                   ContentHash::Value* hash) {
+  const Bytes begun = packer_.begun();
   // Room for 64-bit sizes has to be made before the size is certain.
   const bool wide = std::max<std::uint64_t>(source.size(), begun.size()) >= limits_.value;
-  const auto check = [&](std::uint64_t size) {
-    if (!wide && size >= limits_.value) {
+  WrittenItem item;
+  std::optional<ContentHash> hashing;
+  const auto taken = [&](Bytes data) {
+    if (!wide && item.size >= limits_.value) {
       throw Exception(ErrorCode::TooLarge, "cannot pack '" + source.description() +
                                                "': it grew over 4 GiB while it was read");
     }
-    advanced(size);
+    if (hashing) hashing->update(data);
+    advanced(item.size);
   };
-  Written item;
+  const auto pumpAll = [&](int level, InputStream& from, Bytes front) {
+    if (hash != nullptr) hashing.emplace();
+    pump(item, level, from, front, taken);
+    if (hash != nullptr) *hash = hashing->finish();
+  };
   item.offset = out_.position();
-  const std::size_t headerSize = localHeader(head, item, wide).size();
-  out_.write(header_);
-  pump(item, head.level, stream, begun, check);
-  item.packedSize = out_.position() - item.offset - headerSize;
+  out_.write(localHeader(head, item, wide));
+  item.dataOffset = out_.position();
+  pumpAll(head.level, stream, begun);
+  item.packedSize = out_.position() - item.dataOffset;
   const bool isPackedTooSmall = item.packedSize < source.leastPackedSize();
   if (item.method == kDeflated && (item.packedSize >= item.size || isPackedTooSmall)) {
-    out_.rewindTo(item.offset + headerSize);
-    pump(item, 0, *source.getInputStream(), {}, check);
+    out_.rewindTo(item.dataOffset);
+    pumpAll(0, *source.getInputStream(), {});
     item.packedSize = item.size;
   }
   out_.patch(item.offset, localHeader(head, item, wide));
   addToDirectory(head, item);
+  return item;
 }
 
 // Sets size, checksum and method, and writes the packed data.
-void ZipWriter::pump(Written& item, int level, InputStream& stream, Bytes begun,
-                     const std::function<void(std::uint64_t)>& check) {
+void ZipWriter::pump(WrittenItem& item, int level, InputStream& stream, Bytes begun,
+                     const std::function<void(Bytes)>& taken) {
   item.size = 0;
   item.crc = 0;
   item.method = level > 0 ? kDeflated : kStored;
@@ -92,7 +112,7 @@ void ZipWriter::pump(Written& item, int level, InputStream& stream, Bytes begun,
   if (level > 0) deflater.emplace(level);
   const auto take = [&](Bytes data) {
     item.size += data.size();
-    check(item.size);
+    taken(data);
     item.crc = updateCrc(item.crc, data);
     if (!deflater) return out_.write(data);
     packTo(*deflater, data, false);
@@ -115,7 +135,7 @@ void ZipWriter::packTo(StreamDeflater& deflater, Bytes data, bool finish) {
   } while (count == packed_.size() || !data.empty());
 }
 
-Bytes ZipWriter::localHeader(const ItemHead& head, const Written& item, bool wide) {
+Bytes ZipWriter::localHeader(const ItemHead& head, const WrittenItem& item, bool wide) {
   unsigned char extra[Zip64Extra::kMaxSize + TimeExtra::kMaxSize];
   std::size_t extraSize = 0;
   if (wide) {
@@ -141,7 +161,7 @@ Bytes ZipWriter::localHeader(const ItemHead& head, const Written& item, bool wid
   return header_;
 }
 
-void ZipWriter::addToDirectory(const ItemHead& head, const Written& item) {
+void ZipWriter::addToDirectory(const ItemHead& head, const WrittenItem& item) {
   Zip64Extra wide;
   if (item.size >= limits_.value) wide.size = item.size;
   if (item.packedSize >= limits_.value) wide.packedSize = item.packedSize;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "opc/ByteBuffer.h"
+#include "opc/ContentHash.h"
 #include "opc/interfaces/IContentSource.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/ZipDirectory.h"
@@ -25,6 +26,16 @@ struct ItemHead {
   bool executable = false;
   std::int64_t time = 0;     ///< seconds since 1970
   bool isTimeExact = false;  ///< not just when it was packed: worth a field of its own
+};
+
+/// What became of an item, and where.
+struct WrittenItem {
+  std::uint64_t offset = 0;      ///< of its header
+  std::uint64_t dataOffset = 0;  ///< of its packed data
+  std::uint64_t packedSize = 0;
+  std::uint64_t size = 0;
+  std::uint32_t crc = 0;
+  std::uint16_t method = kStored;
 };
 
 /// A directory entry must not be longer than 65,535 bytes, fields that we may add included.
@@ -47,11 +58,16 @@ class ZipWriter {
 
   /// Packs what `source` holds, however much it said that it would be. Up to kWholeLimit it is
   /// read whole. Throws what the source throws, and ErrorCode::TooLarge when it said less than
-  /// 4 GiB and holds more.
-  void add(const ItemHead& head, interfaces::IContentSource& source, const Advanced& advanced);
+  /// 4 GiB and holds more. `hash`, which may be null, gets the hash of what was packed.
+  WrittenItem add(const ItemHead& head, interfaces::IContentSource& source,
+                  const Advanced& advanced, ContentHash::Value* hash = nullptr);
 
   /// Writes an item that is packed already.
-  void add(const ItemHead& head, const PackedItem& packed);
+  WrittenItem add(const ItemHead& head, const PackedItem& packed);
+
+  /// Writes an item with the same content as one that was written before, by copying its packed
+  /// data.
+  void addRepeated(const ItemHead& head, const WrittenItem& first);
 
   /// Takes an entry over into the directory: its bytes were copied to `offset` already.
   void addCopied(const ZipDirectory& from, std::size_t entry, std::uint64_t offset);
@@ -60,22 +76,13 @@ class ZipWriter {
   void finish(Bytes comment);
 
  private:
-  /// What is known of an item once its data are packed.
-  struct Written {
-    std::uint64_t offset = 0;
-    std::uint64_t packedSize = 0;
-    std::uint64_t size = 0;
-    std::uint32_t crc = 0;
-    std::uint16_t method = kStored;
-  };
-
-  void addStreamed(const ItemHead& head, interfaces::IContentSource& source, InputStream& stream,
-                   Bytes begun, const Advanced& advanced);
-  void pump(Written& item, int level, InputStream& stream, Bytes begun,
-            const std::function<void(std::uint64_t)>& check);
+  WrittenItem addStreamed(const ItemHead& head, interfaces::IContentSource& source,
+                          InputStream& stream, const Advanced& advanced, ContentHash::Value* hash);
+  void pump(WrittenItem& item, int level, InputStream& stream, Bytes begun,
+            const std::function<void(Bytes)>& taken);
   void packTo(StreamDeflater& deflater, Bytes data, bool finish);
-  Bytes localHeader(const ItemHead& head, const Written& item, bool wide);
-  void addToDirectory(const ItemHead& head, const Written& item);
+  Bytes localHeader(const ItemHead& head, const WrittenItem& item, bool wide);
+  void addToDirectory(const ItemHead& head, const WrittenItem& item);
   void addRecord(const CentralHeader& header, std::string_view name, Bytes extra);
   void addWithNewZip64(const ZipDirectory& from, std::size_t entry, std::uint64_t offset);
 

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,8 +21,10 @@ using opc::zippackage::kDeflated;
 using opc::zippackage::kStored;
 using opc::zippackage::kWholeLimit;
 using opc::zippackage::WholeInflater;
+using opc::zippackage::detail::KnownContents;
 using opc::zippackage::detail::PackAhead;
 using opc::zippackage::detail::PackedItem;
+using opc::zippackage::detail::PackJob;
 
 class TextSource final : public opc::interfaces::IContentSource {
  public:
@@ -48,8 +52,8 @@ Sources makeSources(const std::vector<std::string>& texts) {
   return sources;
 }
 
-std::vector<PackAhead::Job> jobsOf(const Sources& sources) {
-  std::vector<PackAhead::Job> jobs;
+std::vector<PackJob> jobsOf(const Sources& sources) {
+  std::vector<PackJob> jobs;
   for (const auto& source : sources) jobs.push_back({source.get(), 6});
   return jobs;
 }
@@ -69,7 +73,17 @@ std::vector<std::string> manyTexts() {
   return texts;
 }
 
-class PackAheadWays : public testing::TestWithParam<test::Starter> {};
+class PackAheadWays : public testing::TestWithParam<test::Starter> {
+ protected:
+  PackAhead& pack(const Sources& sources) {
+    known_ = std::make_unique<KnownContents>(jobsOf(sources));
+    packer_ = std::make_unique<PackAhead>(jobsOf(sources), *known_, GetParam().starter);
+    return *packer_;
+  }
+
+  std::unique_ptr<KnownContents> known_;
+  std::unique_ptr<PackAhead> packer_;
+};
 
 std::string unpacked(const PackedItem& item) {
   std::string text(item.size, '\0');
@@ -81,7 +95,7 @@ std::string unpacked(const PackedItem& item) {
 TEST_P(PackAheadWays, ItemsComeInOrderAndUnpackToWhatTheyWere) {
   const std::vector<std::string> texts = manyTexts();
   const Sources sources = makeSources(texts);
-  PackAhead packer(jobsOf(sources), GetParam().starter);
+  PackAhead& packer = pack(sources);
 
   for (std::size_t i = 0; i < texts.size(); ++i) {
     const auto item = packer.take();
@@ -93,7 +107,7 @@ TEST_P(PackAheadWays, ItemsComeInOrderAndUnpackToWhatTheyWere) {
 
 TEST_P(PackAheadWays, AnItemThatIsTooLargeIsLeftToTheCallerUnread) {
   const Sources sources = makeSources({"before", std::string(kWholeLimit + 1, 'x'), "after"});
-  PackAhead packer(jobsOf(sources), GetParam().starter);
+  PackAhead& packer = pack(sources);
   TextSource::opened = 0;
 
   const bool isFirstWhole = packer.take().has_value();
@@ -108,7 +122,7 @@ TEST_P(PackAheadWays, AnItemThatIsTooLargeIsLeftToTheCallerUnread) {
 
 TEST_P(PackAheadWays, AFailureComesWithTheItemThatFailedAndNotBefore) {
   const Sources sources = makeSources({"one", "unreadable", "three"});
-  PackAhead packer(jobsOf(sources), GetParam().starter);
+  PackAhead& packer = pack(sources);
 
   const auto first = packer.take();
 
@@ -120,19 +134,54 @@ TEST_P(PackAheadWays, AFailureComesWithTheItemThatFailedAndNotBefore) {
 
 TEST_P(PackAheadWays, WhoStopsInTheMiddleWaitsForNothing) {
   const Sources sources = makeSources(manyTexts());
-  auto packer = std::make_unique<PackAhead>(jobsOf(sources), GetParam().starter);
+  PackAhead& packer = pack(sources);
 
-  for (int i = 0; i < 100; ++i) packer->take();
-  packer.reset();
+  for (int i = 0; i < 100; ++i) packer.take();
+  packer_.reset();
 
-  EXPECT_EQ(packer, nullptr);
+  EXPECT_EQ(packer_, nullptr);
+}
+
+// Twice as many as wait at once, so that no two threads pack the first and its copy together.
+TEST_P(PackAheadWays, AContentIsPackedOnce) {
+  std::vector<std::string> texts = manyTexts();
+  const std::size_t half = texts.size();
+  texts.insert(texts.end(), texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(half));
+  const Sources sources = makeSources(texts);
+  PackAhead& packer = pack(sources);
+  std::map<std::uint32_t, std::string> contents;
+  std::size_t packed = 0;
+
+  for (const std::string& text : texts) {
+    const auto item = packer.take().value();
+
+    const bool isRepeated = item.content && !item.content->isFirst;
+    packed += isRepeated || text.empty() ? 0 : 1;
+    if (isRepeated) {
+      ASSERT_EQ(item.data.size(), 0u);
+      ASSERT_EQ(contents.at(item.content->number), text);
+    } else if (item.content) {
+      contents[item.content->number] = unpacked(item);
+    }
+  }
+
+  EXPECT_EQ(packed, std::set<std::string>(texts.begin(), texts.end()).size() - 1);
+}
+
+TEST_P(PackAheadWays, ContentsOfEqualSizesAreToldApart) {
+  std::vector<std::string> texts;
+  for (char letter = 'a'; letter <= 'z'; ++letter) texts.emplace_back(1000, letter);
+  const Sources sources = makeSources(texts);
+  PackAhead& packer = pack(sources);
+
+  for (const std::string& text : texts) EXPECT_EQ(unpacked(packer.take().value()), text);
 }
 
 TEST_P(PackAheadWays, OnlySoMuchIsPackedBeforeItIsWanted) {
   const std::vector<std::string> texts(200, std::string(std::size_t{1} << 20, 'x'));
   const Sources sources = makeSources(texts);
   TextSource::opened = 0;
-  PackAhead packer(jobsOf(sources), GetParam().starter);
+  PackAhead& packer = pack(sources);
 
   packer.take();
   std::this_thread::sleep_for(std::chrono::milliseconds(300));

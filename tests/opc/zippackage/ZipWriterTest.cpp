@@ -113,6 +113,32 @@ TEST_F(ZipWriters, LeaveOutAnExactTimeThatNoFieldCanHold) {
   }
 }
 
+// From the buffer, from the file, and in the kernel.
+TEST_F(ZipWriters, RepeatPackedDataAsIfTheyWerePackedAgain) {
+  const std::string noise = test::randomText(std::size_t{700} << 10);
+  for (const std::string& text : {test::packableText(5000), noise, std::string(100, 'x')}) {
+    for (const std::size_t between : {0u, 3u, 1u << 20, 3u << 20}) {
+      const auto fill = [&](ZipWriter& writer, bool isRepeated) {
+        TextSource source(text);
+        const auto first = writer.add({.name = "first", .time = kTime}, source, [](auto) {});
+        add(writer, {.name = "between", .level = 0}, std::string(between, 'b'));
+        const ItemHead head{.name = "second", .executable = true, .time = 0};
+        if (isRepeated) {
+          writer.addRepeated(head, first);
+        } else {
+          add(writer, head, text);
+        }
+        writer.finish({});
+      };
+      const std::string packed = written([&](ZipWriter& w, OutputFile&) { fill(w, false); });
+
+      const std::string repeated = written([&](ZipWriter& w, OutputFile&) { fill(w, true); });
+
+      EXPECT_TRUE(repeated == packed) << text.size() << " " << between;
+    }
+  }
+}
+
 TEST_F(ZipWriters, DeflateWhatGetsSmallerAndStoreTheRest) {
   const std::string text = test::packableText(20000);
   const std::string noise = test::randomText(20000);
