@@ -81,19 +81,25 @@ void OutputFile::repeat(std::uint64_t offset, std::uint64_t size) {
 void OutputFile::append(int from, std::uint64_t offset, std::uint64_t size, const Read& read,
                         const Copied& copied) {
   std::uint64_t done = 0;
+  const auto copyTo = [&](std::uint64_t end) {
+    while (done < end) {
+      if (used_ == kBufferSize) flush();
+      const auto count =
+          static_cast<std::size_t>(std::min<std::uint64_t>(end - done, kBufferSize - used_));
+      read(offset + done, buffer_.data() + used_, count);
+      used_ += count;
+      done += count;
+      copied(done);
+    }
+  };
   if (size >= kWorthTheKernel) {
+    // The kernel shares whole blocks if the file system can: nothing is copied then.
+    if (position() % kBlock == offset % kBlock) copyTo((kBlock - offset % kBlock) % kBlock);
     flush();
-    done = copyInKernel(from, offset, size, copied);
+    done += copyInKernel(from, offset + done, size - done,
+                         [&, start = done](std::uint64_t count) { copied(start + count); });
   }
-  while (done < size) {
-    if (used_ == kBufferSize) flush();
-    const auto count =
-        static_cast<std::size_t>(std::min<std::uint64_t>(size - done, kBufferSize - used_));
-    read(offset + done, buffer_.data() + used_, count);
-    used_ += count;
-    done += count;
-    copied(done);
-  }
+  copyTo(size);
 }
 
 // Returns how far it came: not every file system and kernel can do it, or all of it.

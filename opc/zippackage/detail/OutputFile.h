@@ -18,6 +18,9 @@ class OutputFile {
   /// Copying calls it with the number of bytes copied so far.
   using Copied = std::function<void(std::uint64_t)>;
 
+  /// File systems share stretches of files in blocks of this size.
+  static constexpr std::uint64_t kBlock = 4096;
+
   /// `descriptor` is a file open for reading and writing, empty, which must outlive this.
   explicit OutputFile(int descriptor);
 

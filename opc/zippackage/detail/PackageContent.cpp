@@ -12,6 +12,12 @@ namespace opc::zippackage::detail {
 
 using interfaces::CompressionType;
 
+namespace {
+
+constexpr std::uint64_t kWorthAligning = std::uint64_t{8} << 20;
+
+}  // namespace
+
 void PackageContent::writeTo(OutputFile& out) {
   now_ = std::time(nullptr);
   countTotals();
@@ -156,15 +162,31 @@ void PackageContent::copyUnchanged(OutputFile& out, ZipWriter& writer) {
   auto next = order.begin();
   for (const Run& run : findRuns()) {
     const std::uint64_t target = out.position();
+    const auto header = alignedHeaderOf(run, target);
+    const std::uint64_t headerSize = header ? header->oldSize : 0;
+    if (header) out.write(header->bytes);
+    const std::uint64_t restAt = out.position();
     for (; next != order.end() && entries[*next].headerOffset < run.end; ++next) {
       // Those in front of the run are left out, and so are their offsets.
-      newOffsets[*next] = target + (entries[*next].headerOffset - run.start);
+      const std::uint64_t within = entries[*next].headerOffset - run.start;
+      newOffsets[*next] = within < headerSize ? target : restAt + (within - headerSize);
     }
-    copyRun(out, run);
+    copyRun(out, run, headerSize);
   }
   for (std::size_t entry = 0; entry < entries.size(); ++entry) {
     if (!removed_[entry]) writer.addCopied(old_->directory, entry, newOffsets[entry]);
   }
+}
+
+// Only where it saves the copying of much more than a block.
+std::optional<AlignedHeader> PackageContent::alignedHeaderOf(const Run& run,
+                                                             std::uint64_t target) const {
+  if (run.end - run.start < kWorthAligning) return std::nullopt;
+  const auto entries = old_->directory.entries();
+  const auto order = old_->directory.physicalOrder();
+  const std::uint64_t next =
+      run.first == run.last ? run.end : entries[order[run.first + 1]].headerOffset;
+  return alignHeader(old_->file, run.start, next, target);
 }
 
 std::vector<PackageContent::Run> PackageContent::findRuns() {
@@ -221,9 +243,10 @@ void PackageContent::requireWhole(const Run& run) {
   }
 }
 
-void PackageContent::copyRun(OutputFile& out, const Run& run) {
-  const std::uint64_t size = run.end - run.start;
-  out.copyFrom(old_->file, run.start, size, [&](std::uint64_t copied) {
+void PackageContent::copyRun(OutputFile& out, const Run& run, std::uint64_t written) {
+  const std::uint64_t start = run.start + written;
+  const std::uint64_t size = run.end - start;
+  out.copyFrom(old_->file, start, size, [&](std::uint64_t copied) {
     const double share = static_cast<double>(copied) / static_cast<double>(size);
     report(static_cast<std::uint64_t>(share * static_cast<double>(run.bytes)));
   });

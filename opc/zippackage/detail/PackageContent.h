@@ -13,6 +13,7 @@
 #include "opc/zippackage/ZipItemReader.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "opc/zippackage/detail/AddedItem.h"
+#include "opc/zippackage/detail/AlignedHeader.h"
 #include "opc/zippackage/detail/KnownContents.h"
 #include "opc/zippackage/detail/OutputFile.h"
 #include "opc/zippackage/detail/PackAhead.h"
@@ -31,8 +32,9 @@ struct OpenedPackage {
 };
 
 /// Writes a whole new package: items that stand at the front, then the unchanged ones of the old
-/// package in runs, as their bytes are, then the other new ones, then the directory. What stood
-/// in front of the old package's first item, between items and behind its end is left behind.
+/// package in runs, as their bytes are (but for a growth hint in the header that begins a long run,
+/// which lets the file system share its blocks), then the other new ones, then the directory. What
+/// stood in front of the old package's first item, between items and behind its end is left behind.
 class PackageContent {
  public:
   /// `old` is null for a new package; `removed` says which of its items are left out.
@@ -68,7 +70,8 @@ class PackageContent {
   std::uint64_t endOf(std::size_t positionInOrder);
   std::uint64_t exactEndOf(std::uint32_t entry);
   void requireWhole(const Run& run);
-  void copyRun(OutputFile& out, const Run& run);
+  std::optional<AlignedHeader> alignedHeaderOf(const Run& run, std::uint64_t target) const;
+  void copyRun(OutputFile& out, const Run& run, std::uint64_t written);
   ItemHead headOf(const AddedItem& item) const;
   int levelOf(interfaces::CompressionType compression) const;
   void report(std::uint64_t bytesWithin);
