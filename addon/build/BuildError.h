@@ -11,13 +11,16 @@ namespace addon::build {
 /// A folder, file or project that cannot be packed.
 class BuildError : public opc::Exception {
  public:
-  /// `hint` says what to do about it, and may be empty.
-  explicit BuildError(const std::string& message, std::string hint = {});
+  /// `hint` says what to do about it, and may be empty. `number` is the errno value that says the
+  /// same, or 0.
+  explicit BuildError(const std::string& message, std::string hint = {}, int number = 0);
 
   const std::string& hint() const noexcept { return hint_; }
+  int number() const noexcept { return number_; }
 
  private:
   std::string hint_;
+  int number_;
 };
 
 /// A BuildError that ends with the system's own words for `number`, an errno value. For an empty

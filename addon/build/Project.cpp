@@ -85,7 +85,7 @@ Project openProject(const std::string& folder) {
   const std::string path = manifestPath(folder);
   if (::stat(path.c_str(), &info) != 0 && errno == ENOENT) {
     const BuildError missing = systemError("cannot read", path, ENOENT);
-    throw BuildError(missing.what(), "'kraddon init' writes one");
+    throw BuildError(missing.what(), "'kraddon init' writes one", ENOENT);
   }
   return {folder, addon::project::readManifest(detail::readWholeFile(path, kLargestManifest))};
 }

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <memory>
 #include <utility>
 
@@ -30,10 +31,11 @@ bool isFolderOf(AddonPackage& package, const std::string& path) {
 
 BuildError isTaken(const std::string& path, AddonPackage& package) {
   if (isFolderOf(package, path)) {
-    return BuildError(opc::sentence("cannot add", path, "the package has a folder with that name"));
+    return BuildError(opc::sentence("cannot add", path, "the package has a folder with that name"),
+                      {}, EEXIST);
   }
   return BuildError(opc::sentence("cannot add", path, "the package has a file with that name"),
-                    "--replace replaces it");
+                    "--replace replaces it", EEXIST);
 }
 
 void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
@@ -70,6 +72,35 @@ bool storeFolder(const std::string& path, AddonPackage& package) {
     throw BuildError(
         opc::sentence("cannot create the folder", path, "the package has a file with that name"));
   }
+}
+
+PatternList patternsOf(const SourceChoice& choice, const std::string& folder,
+                       const std::string& place) {
+  PatternList patterns;
+  if (choice.leavesOutUsual) addon::project::addDefaultExcludes(patterns);
+  if (!folder.empty()) addIgnoreFile(folder, place, patterns);
+  for (const std::string& glob : choice.excludes) patterns.add(glob);
+  return patterns;
+}
+
+std::vector<SourceFile> sourcesBelow(const std::string& folder, const std::string& place,
+                                     const SourceChoice& choice) {
+  TreeWalkOptions options;
+  options.excludes = patternsOf(choice, folder, place);
+  options.place = place;
+  options.followsOutside = choice.followsOutside;
+  options.leftOut = withFolders({choice.package});
+  if (choice.onLeftOut) {
+    options.onExcluded = [&choice](const std::string& path, bool) { choice.onLeftOut(path); };
+  }
+  options.onLeftOut = options.onExcluded;
+  options.stop = choice.stop;
+  std::vector<SourceFile> sources;
+  for (WalkedEntry& entry : walkTree(folder, options)) {
+    std::string diskPath = onDisk(folder, entry.path);
+    sources.push_back({std::move(diskPath), joinPath(place, entry.path), entry.isFolder});
+  }
+  return sources;
 }
 
 void storeFiles(const std::vector<SourceFile>& files, bool replaces, AddonPackage& package,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,27 @@ void addIgnoreFile(const std::string& folder, const std::string& place,
 
 /// "a/b", or just one of them when the other is empty.
 std::string joinPath(std::string_view folder, std::string_view name);
+
+/// What of a folder is to be packed.
+struct SourceChoice {
+  std::vector<std::string> excludes = {};  ///< patterns, after those of the folder
+  bool leavesOutUsual = false;             ///< files of version control systems and editors
+  bool followsOutside = false;             ///< links that lead out of the folder
+  std::string package = {};                ///< the package itself, which stays out
+  /// Told of each path of the package that stays out; may be empty.
+  std::function<void(const std::string& path)> onLeftOut = nullptr;
+  opc::interfaces::StopFunction stop = nullptr;  ///< may be empty
+};
+
+/// The patterns of the choice for paths in the package, with those in the .kraddonignore of
+/// `folder`, which goes below `place`. Both may be "".
+addon::project::PatternList patternsOf(const SourceChoice& choice, const std::string& folder,
+                                       const std::string& place);
+
+/// What lies below `folder` of the disk, to go below `place` in the package ("" is the top). Throws
+/// BuildError as walkTree does.
+std::vector<SourceFile> sourcesBelow(const std::string& folder, const std::string& place,
+                                     const SourceChoice& choice);
 
 /// Puts them into the open package. Ignores folders that already exist. Throws BuildError for
 /// a file whose path is taken; with `replaces` only when it is taken by a folder.

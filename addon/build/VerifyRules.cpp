@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "addon/build/BuildError.h"
 #include "addon/build/detail/ReadFile.h"
 #include "opc/Exception.h"
 
@@ -63,6 +64,30 @@ RuleLists ruleListsOf(const VerifySection& section) {
 
 VerifySection openPolicy(const std::string& path) {
   return addon::project::readPolicy(detail::readWholeFile(path, kLargestPolicy));
+}
+
+Rules rulesOf(const RuleSources& sources) {
+  RuleLists lists = sources.lists;
+  bool isStrict = sources.isStrict;
+  const auto append = [&](const VerifySection& section) {
+    lists.append(ruleListsOf(section));
+    isStrict = isStrict || section.strict.value;
+  };
+  if (sources.manifestFolder) {
+    try {
+      append(openProject(*sources.manifestFolder).manifest.verify);
+    } catch (const ManifestError& error) {
+      throw BuildError(error.in(manifestPath(*sources.manifestFolder)));
+    }
+  }
+  if (sources.policy) {
+    try {
+      append(openPolicy(*sources.policy));
+    } catch (const ManifestError& error) {
+      throw BuildError(error.in(*sources.policy, "bad policy"));
+    }
+  }
+  return {addon::checks::FindingRules(lists), isStrict};
 }
 
 }  // namespace addon::build

@@ -111,6 +111,16 @@ void AddonPackage::create(AddonProperties& properties) {
   addXMLPart(properties);
 }
 
+void AddonPackage::setTimes(std::int64_t seconds) {
+  const boost::posix_time::ptime time =
+      boost::posix_time::ptime(boost::gregorian::date(1970, 1, 1)) +
+      boost::posix_time::seconds(seconds);
+  CoreProperties core = corePropertiesManager_.getCoreProperties();
+  core.setCreatedTime(time);
+  core.setLastModifiedTime(time);
+  corePropertiesManager_.setCoreProperties(core);
+}
+
 AddonPackage::~AddonPackage() {
   logicalPackage_.close(true);
 }

@@ -55,6 +55,9 @@ class AddonPackage {
   /// Fills `properties` from both; what the package does not hold keeps its value.
   void getAddonProperties(AddonProperties& properties);
 
+  /// Sets the times of creation and of the last change, in seconds since 1970.
+  void setTimes(std::int64_t seconds);
+
   /// Writes or replaces the document's part; its relationship, once made, is kept. After a failure
   /// there is no part.
   void addXMLPart(XMLPartType& document);

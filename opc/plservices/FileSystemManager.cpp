@@ -5,12 +5,24 @@
 #include <utility>
 
 #include "opc/Text.h"
+#include "opc/plservices/FileContentSource.h"
 #include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/TreePath.h"
 #include "opc/plservices/detail/Extraction.h"
 #include "opc/plservices/detail/FileTreeEditor.h"
 
 namespace opc::plservices {
+
+namespace {
+
+model::StandardPartInfo partInfoOf(const FileContentSource& source) {
+  model::StandardPartInfo info(interfaces::CompressionType::Normal, source.size());
+  info.modified = source.modified();
+  info.executable = source.executable();
+  return info;
+}
+
+}  // namespace
 
 class FileSystemManager::State {
  public:
@@ -95,7 +107,14 @@ std::shared_ptr<FileSystemEntry> FileSystemManager::addFile(const std::u16string
 
 std::shared_ptr<FileSystemEntry> FileSystemManager::addFile(
     std::unique_ptr<FileContentSource> source, std::string_view packagePath) {
-  const NodeId node = state().editor->addFile(std::move(source), packagePath);
+  const model::StandardPartInfo info = partInfoOf(*source);
+  return addFile(std::move(source), info, packagePath);
+}
+
+std::shared_ptr<FileSystemEntry> FileSystemManager::addFile(
+    std::unique_ptr<interfaces::IContentSource> source, const model::StandardPartInfo& info,
+    std::string_view packagePath) {
+  const NodeId node = state().editor->addFile(std::move(source), info, packagePath);
   return std::make_shared<FileSystemEntry>(entryOf(node));
 }
 
@@ -107,12 +126,19 @@ std::shared_ptr<FileSystemEntry> FileSystemManager::createFolder(
 
 void FileSystemManager::replaceFile(const FileSystemEntry& file,
                                     std::unique_ptr<FileContentSource> source) {
+  const model::StandardPartInfo info = partInfoOf(*source);
+  replaceFile(file, std::move(source), info);
+}
+
+void FileSystemManager::replaceFile(const FileSystemEntry& file,
+                                    std::unique_ptr<interfaces::IContentSource> source,
+                                    const model::StandardPartInfo& info) {
   const NodeId node = nodeOf(file);
   if (!state_->tree->nodes.isFile(node)) {
     throw Exception(ErrorCode::InvalidArgument,
                     "cannot replace '" + file.path() + "': it is a folder");
   }
-  state_->editor->replaceFile(node, std::move(source));
+  state_->editor->replaceFile(node, std::move(source), info);
 }
 
 void FileSystemManager::remove(const FileSystemEntry& entry) {

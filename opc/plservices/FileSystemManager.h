@@ -58,12 +58,19 @@ class FileSystemManager {
   /// The same for a disk file of any name, with a path in UTF-8.
   std::shared_ptr<FileSystemEntry> addFile(std::unique_ptr<FileContentSource> source,
                                            std::string_view packagePath);
+  /// The same for any content, which `info` describes.
+  std::shared_ptr<FileSystemEntry> addFile(std::unique_ptr<interfaces::IContentSource> source,
+                                           const model::StandardPartInfo& info,
+                                           std::string_view packagePath);
   /// Adds a folder, and those above it. Throws FileSystemEntryAlreadyExists when the path is taken.
   std::shared_ptr<FileSystemEntry> createFolder(const std::u16string& packagePath);
 
   /// Gives a file the content, time and executable bit of another on disk; its part name and its
   /// content type stay. Throws ErrorCode::InvalidArgument for a folder.
   void replaceFile(const FileSystemEntry& file, std::unique_ptr<FileContentSource> source);
+  /// The same for any content, which `info` describes.
+  void replaceFile(const FileSystemEntry& file, std::unique_ptr<interfaces::IContentSource> source,
+                   const model::StandardPartInfo& info);
   /// Gives a file, or a folder with all below it, another path. Content, time and executable bit
   /// stay; the folder above the old path stays too. Folders above the new one come into being.
   /// Throws FileSystemEntryAlreadyExists for a path that is taken, ErrorCode::InvalidArgument for

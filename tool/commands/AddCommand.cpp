@@ -8,12 +8,12 @@
 #include <unordered_map>
 #include <utility>
 
+#include "addon/build/Selection.h"
 #include "addon/build/SourceFiles.h"
 #include "opc/Text.h"
 #include "text/Lines.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/commands/detail/SourceFinder.h"
 #include "tool/line/Arguments.h"

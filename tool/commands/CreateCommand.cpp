@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "addon/build/NewPackage.h"
 #include "addon/build/SourceFiles.h"
 #include "addon/checks/ChangeReview.h"
 #include "addon/packaging/AddonProperties.h"
@@ -10,7 +11,6 @@
 #include "addon/project/PlainText.h"
 #include "opc/Text.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/NewPackage.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/commands/detail/SourceFinder.h"
@@ -21,6 +21,7 @@
 
 namespace tool::commands {
 
+using addon::build::NewPackage;
 using addon::build::SourceFile;
 using addon::build::storeFiles;
 using addon::checks::ChangeReview;
@@ -99,7 +100,8 @@ process::ExitCode run(const line::Invocation& invocation) {
   auto options = detail::writeOptionsOf(invocation);
   AddonProperties properties = propertiesOf(invocation, options.timestamp.has_value());
 
-  detail::NewPackage target(operands[0], {.any = invocation.has("force")}, invocation);
+  const process::PackageLock lock = detail::lockPackage(operands[0], invocation);
+  NewPackage target(operands[0], {.any = invocation.has("force")});
   std::vector<SourceFile> files;
   if (operands.size() > 1) detail::SourceFinder(invocation).collect(operands[1], "", files);
   AddonPackage& package = target.open(properties, options.timestamp);
@@ -109,7 +111,9 @@ process::ExitCode run(const line::Invocation& invocation) {
                        invocation);
   const std::string done = report::describeDone(invocation, "added", addon::build::pathsOf(files)) +
                            detail::describeFindings(verdict, invocation);
-  target.commit(std::move(options), invocation.settings());
+  options.progress = detail::startProgressBar(invocation.settings());
+  target.commit(std::move(options));
+  process::Interrupt::tooLate();
   report::printToStandardError(done);
   return process::ExitCode::Done;
 }

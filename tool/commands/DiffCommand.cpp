@@ -8,11 +8,11 @@
 
 #include "addon/build/FolderBuild.h"
 #include "addon/build/Project.h"
+#include "addon/build/Selection.h"
 #include "addon/comparison/OtherContent.h"
 #include "addon/comparison/PackageComparison.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Background.h"
@@ -115,7 +115,7 @@ PackageDifferences compare(ComparedPackage& a, ComparedPackage& b,
                            const std::vector<std::string>& paths,
                            const line::Invocation& invocation) {
   PackageDifferences differences;
-  detail::chooseInBoth(a.items, b.items, paths, invocation.has("glob"));
+  addon::build::chooseInBoth(a.items, b.items, paths, invocation.has("glob"));
   if (paths.empty()) {
     compareDescriptions(a, b, differences);
     compareOtherContent(a, b, differences);
@@ -129,7 +129,7 @@ PackageDifferences compare(ComparedPackage& a, ComparedPackage& b,
 void print(const report::ComparisonReport& report, const line::Invocation& invocation) {
   report::Output output;
   if (invocation.has("json")) {
-    report::printDifferencesAsJson(report, output);
+    report::writeDifferencesAsJson(report, output.sink());
   } else if (invocation.has("stat")) {
     report::printDifferenceCounts(report, output);
   } else {

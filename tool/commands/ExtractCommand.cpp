@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 
+#include "addon/build/Selection.h"
 #include "addon/build/TreeWalk.h"
 #include "addon/comparison/Contents.h"
 #include "addon/comparison/OtherContent.h"
@@ -13,7 +14,6 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/ExistingFiles.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Background.h"
@@ -240,7 +240,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   const std::unique_ptr<AddonPackage> package = detail::openForReading(operands[0]);
   const std::vector<std::string> paths(operands.begin() + 1, operands.end());
   std::vector<Item> items =
-      detail::choose(itemsOf(*package, invocation), paths, invocation.has("glob"));
+      addon::build::choose(itemsOf(*package, invocation), paths, invocation.has("glob"));
   if (isToOutput) {
     checkLimits(items, 0, invocation);
     writeToOutput(*package, items);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -10,11 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "addon/comparison/Contents.h"
-#include "addon/comparison/Digest.h"
-#include "addon/packaging/Documents.h"
 #include "opc/Exception.h"
-#include "opc/Text.h"
 #include "text/JsonWriter.h"
 #include "text/Suggest.h"
 #include "tool/commands/CommandTable.h"
@@ -29,10 +24,6 @@
 
 namespace tool::commands {
 
-using addon::comparison::contentDigest;
-using addon::comparison::Item;
-using addon::comparison::readTree;
-using addon::comparison::totalsOf;
 using addon::packaging::AddonPackage;
 
 namespace {
@@ -50,88 +41,10 @@ constexpr std::array kOptions{
                      .choices = fieldNames},
     line::OptionSpec{.longName = "digest", .help = "add the digest, which reads all content"}};
 
-std::string timeText(const boost::optional<boost::posix_time::ptime>& time) {
-  return time ? detail::formatTime(*time) : std::string();
-}
-
-std::optional<report::Screenshot> readScreenshot(AddonPackage& package) {
-  const std::string part = addon::packaging::screenshotPart(package);
-  if (part.empty()) return std::nullopt;
-  auto& model = package.logicalPackage();
-  const opc::model::PartName name(opc::fromUtf8(part));
-  if (!model.hasPart(name)) return std::nullopt;
-  const auto found = model.getPart(name);
-  return report::Screenshot{part, found->getContentType().ascii(),
-                            model.partInfo(found->id()).size};
-}
-
-std::uint64_t fileSize(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot access", path, errno);
-  return static_cast<std::uint64_t>(info.st_size);
-}
-
 report::Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& settings) {
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
-  report::Info info;
-  info.file = path;
-  info.size = fileSize(path);
-  package->getAddonProperties(info.properties);
-  const auto core = package->coreProperties().getCoreProperties();
-  info.created = timeText(core.getCreatedTime());
-  info.modified = timeText(core.getLastModifiedTime());
-  for (const addon::packaging::PresentDocument& document :
-       addon::packaging::presentDocuments(*package)) {
-    info.documents.emplace_back(document.name);
-  }
-  info.screenshot = readScreenshot(*package);
-  const std::vector<Item> items = readTree(*package);
-  info.totals = totalsOf(items);
-  if (!wantsDigest) return info;
   report::ProgressBar bar(settings);
-  info.digest = contentDigest(*package, items, bar.function());
-  return info;
-}
-
-void writeValue(const report::InfoField& field, const report::Info& info, text::JsonWriter& json) {
-  if (field.kind == report::InfoKind::Number) {
-    json.value(field.number(info));
-  } else if (field.kind == report::InfoKind::Documents) {
-    json.beginArray();
-    for (const std::string& name : info.documents) json.value(std::string_view(name));
-    json.endArray();
-  } else if (field.kind == report::InfoKind::Screenshot && info.screenshot) {
-    json.beginObject();
-    json.member("part", std::string_view(info.screenshot->part));
-    json.member("type", std::string_view(info.screenshot->type));
-    json.member("size", info.screenshot->size);
-    json.endObject();
-  } else {
-    json.textOrNull(valueOf(field, info));
-  }
-}
-
-void writeJson(const report::Info& info, text::JsonWriter& json) {
-  json.beginObject();
-  json.member("schema", "kraddon.info/1");
-  std::string_view object;  // the one that the last field was in
-  for (const report::InfoField& field : report::infoFields()) {
-    const std::string_view name = field.name;
-    const std::size_t dot = name.find('.');
-    const std::string_view parent = dot == name.npos ? std::string_view() : name.substr(0, dot);
-    if (parent != object) {
-      if (!object.empty()) json.endObject();
-      if (!parent.empty()) {
-        json.key(parent);
-        json.beginObject();
-      }
-      object = parent;
-    }
-    json.key(parent.empty() ? name : name.substr(dot + 1));
-    writeValue(field, info, json);
-  }
-  if (!object.empty()) json.endObject();
-  json.endObject();
+  return report::readInfo(*package, path, wantsDigest ? bar.function() : nullptr);
 }
 
 std::vector<std::string> fieldNames() {
@@ -221,7 +134,7 @@ class InfoPrinter {
     if (field_ != nullptr) {
       output_.write(output_.shown(valueOf(*field_, info)) + "\n");
     } else if (isJson_) {
-      writeJson(info, json_);
+      report::writeInfo(info, json_);
       output_.write(std::exchange(text_, {}));
     } else {
       if (!isFirst_) output_.write("\n");

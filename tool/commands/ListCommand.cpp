@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <array>
 
+#include "addon/build/Selection.h"
 #include "addon/comparison/Contents.h"
 #include "text/JsonWriter.h"
 #include "text/Sha256.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
@@ -91,7 +91,7 @@ Listing readListing(AddonPackage& package, const line::Invocation& invocation) {
   const std::vector<std::string> paths(invocation.operands().begin() + 1,
                                        invocation.operands().end());
   Listing listing{invocation.has("all") ? readParts(package) : readTree(package), {}};
-  listing.items = detail::choose(std::move(listing.items), paths, invocation.has("glob"));
+  listing.items = addon::build::choose(std::move(listing.items), paths, invocation.has("glob"));
   if (invocation.has("hash")) {
     listing.hashes = hashFiles(package, invocation.settings(), listing.items);
   }

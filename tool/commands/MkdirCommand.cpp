@@ -3,11 +3,11 @@
 #include <string>
 #include <utility>
 
+#include "addon/build/Selection.h"
 #include "addon/build/SourceFiles.h"
 #include "text/Lines.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"

@@ -6,12 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "addon/build/Selection.h"
 #include "addon/packaging/ReferenceRenaming.h"
 #include "opc/Text.h"
 #include "text/Lines.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
@@ -57,7 +57,7 @@ std::string targetOf(AddonPackage& package, const FileSystemEntry& entry, const 
 
 Renaming rename(AddonPackage& package, const line::Invocation& invocation) {
   const auto& operands = invocation.operands();
-  const FileSystemEntry entry = detail::findEntries(package, {operands[1]}).front();
+  const FileSystemEntry entry = addon::build::findEntries(package, {operands[1]}).front();
   if (entry.path().empty()) {
     throw process::Failure(
         process::sentence("cannot move", operands[1], "it is the top of the package"));

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
+#include "addon/build/Selection.h"
 #include "addon/comparison/Contents.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
-#include "tool/commands/detail/Selection.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Interrupt.h"
@@ -38,7 +38,7 @@ constexpr std::array kOptions{detail::kGlobOption, detail::kDryRunOption, detail
 /// root.
 std::vector<std::string> topsOf(AddonPackage& package, const std::vector<std::string>& operands) {
   std::vector<std::string> tops;
-  for (const FileSystemEntry& entry : detail::findEntries(package, operands)) {
+  for (const FileSystemEntry& entry : addon::build::findEntries(package, operands)) {
     std::string path = entry.path();
     if (!path.empty()) {
       tops.push_back(std::move(path));
@@ -75,7 +75,7 @@ std::vector<std::string> removeMatching(AddonPackage& package,
                                         const std::vector<std::string>& patterns) {
   auto& tree = package.fileSystem();
   const std::vector<Item> chosen =
-      detail::choose(readSubtree(package, tree.getRoot()), patterns, true);
+      addon::build::choose(readSubtree(package, tree.getRoot()), patterns, true);
   std::vector<std::string> lines;
   for (auto item = chosen.rbegin(); item != chosen.rend(); ++item) {
     process::Interrupt::check();

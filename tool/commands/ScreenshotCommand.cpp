@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <array>
-#include <cerrno>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "addon/packaging/DocumentRemoval.h"
+#include "addon/build/Screenshot.h"
 #include "addon/packaging/Documents.h"
 #include "addon/packaging/ImageSignature.h"
-#include "opc/Exception.h"
-#include "opc/FileDescriptor.h"
-#include "opc/SystemCall.h"
 #include "opc/Text.h"
-#include "opc/plservices/FileContentSource.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -51,44 +44,6 @@ void refuse(const line::Invocation& invocation, std::string_view option, std::st
   throw process::UsageError(process::sentence("bad option", fmt::format("--{}", option), why));
 }
 
-/// Throws Failure unless it can be read as a file, and is an image of the type that its name says.
-void checkImage(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw process::systemFailure("cannot read", path, errno);
-  if (S_ISDIR(info.st_mode)) throw process::systemFailure("cannot read", path, EISDIR);
-  if (!S_ISREG(info.st_mode))
-    throw process::Failure(process::sentence("cannot read", path, "it is not a file"));
-  const opc::FileDescriptor file(
-      opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
-  if (!file) throw process::systemFailure("cannot read", path, errno);
-  const auto content = opc::plservices::FileContentSource(path).getInputStream();
-  const std::string fault = addon::packaging::screenshotFault(path, *content);
-  if (!fault.empty())
-    throw process::Failure(process::sentence("cannot use the image", path, fault));
-}
-
-/// Stores the screenshot in the place of one that any program may have made.
-void store(AddonPackage& package, const std::string& path, const std::u16string& image) {
-  auto& model = package.logicalPackage();
-  if (const auto other = addon::packaging::relationshipInTheWay(model)) {
-    const std::string why =
-        fmt::format("the relationship '{}' leads to '{}', which is not a screenshot",
-                    opc::toUtf8ForDisplay(other->getId()),
-                    opc::toUtf8ForDisplay(other->getTargetURI().toString()));
-    throw process::Failure(process::sentence("cannot store the screenshot in", path, why),
-                           fmt::format("'kraddon unset {} screenshot' gives it another id", path));
-  }
-  addon::packaging::removeScreenshot(model);
-  try {
-    package.setScreenshot(image);
-  } catch (const opc::Exception& error) {
-    if (error.code() != opc::ErrorCode::AlreadyExists) throw;
-    throw process::Failure(process::sentence("cannot store the screenshot in", path,
-                                             "something else uses the name of its part"),
-                           "an image of another format gets another name");
-  }
-}
-
 void store(const line::Invocation& invocation) {
   const std::string& path = invocation.operands()[0];
   const std::string& image = invocation.operands()[1];
@@ -99,9 +54,10 @@ void store(const line::Invocation& invocation) {
   }
   auto options = detail::writeOptionsOf(invocation);
   std::u16string source = detail::toUtf16("cannot read", image);
-  checkImage(image);
-  detail::changePackage(path, std::move(options), invocation,
-                        [&](AddonPackage& package) { store(package, path, source); });
+  addon::build::checkScreenshot(image);
+  detail::changePackage(path, std::move(options), invocation, [&](AddonPackage& package) {
+    addon::build::storeScreenshot(package, path, source);
+  });
 }
 
 /// "signal-kit.png" for a PNG image in "kits/signal-kit.kraddon". The name of the part is not used:

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <string>
 
-#include "addon/build/Project.h"
 #include "addon/build/VerifyRules.h"
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
@@ -27,15 +26,13 @@
 
 namespace tool::commands {
 
-using addon::build::VerifySection;
+using addon::build::Rules;
 using addon::checks::findingNamed;
 using addon::checks::FindingRules;
 using addon::checks::groupOf;
 using addon::checks::judge;
 using addon::checks::PackageVerdict;
-using addon::checks::RuleLists;
 using addon::checks::verifyAddon;
-using addon::project::ManifestError;
 
 namespace {
 
@@ -97,35 +94,10 @@ process::ExitCode runExplain(const line::Invocation& invocation) {
   return process::ExitCode::Done;
 }
 
-/// How findings are judged.
-struct Rules {
-  FindingRules rules;
-  bool isStrict;
-};
-
-/// What the tables [verify] and the options say. The options add to the tables.
+/// The options add to what the tables [verify] say.
 Rules rulesOf(const line::Invocation& invocation) {
-  RuleLists lists = detail::ruleListsOf(invocation);
-  bool isStrict = invocation.has("strict");
-  const auto append = [&](const VerifySection& section) {
-    lists.append(addon::build::ruleListsOf(section));
-    isStrict = isStrict || section.strict.value;
-  };
-  if (const auto folder = invocation.value("manifest")) {
-    try {
-      append(addon::build::openProject(*folder).manifest.verify);
-    } catch (const ManifestError& error) {
-      throw process::Failure(error.in(addon::build::manifestPath(*folder)));
-    }
-  }
-  if (const auto file = invocation.value("policy")) {
-    try {
-      append(addon::build::openPolicy(*file));
-    } catch (const ManifestError& error) {
-      throw process::Failure(error.in(*file, "bad policy"));
-    }
-  }
-  return {FindingRules(lists), isStrict};
+  return addon::build::rulesOf({detail::ruleListsOf(invocation), invocation.has("strict"),
+                                invocation.value("manifest"), invocation.value("policy")});
 }
 
 /// Does not throw if a file is bad, since the others must be checked too.

@@ -6,7 +6,6 @@
 #include "opc/Exception.h"
 #include "opc/PackageTarget.h"
 #include "tool/process/Errors.h"
-#include "tool/process/Interrupt.h"
 
 namespace tool::process {
 
@@ -28,12 +27,13 @@ std::string placeOf(const std::string& path) {
 }  // namespace
 
 PackageLock::PackageLock(const std::string& path, std::chrono::seconds limit,
-                         const std::function<void()>& notify) {
+                         const std::function<void()>& notify,
+                         const opc::interfaces::StopFunction& check) {
   const std::string place = path.empty() ? std::string() : placeOf(path);
   if (place.empty()) return;
   bool isNotified = false;
   const auto waiting = [&](opc::LockFile::Clock::duration waited) {
-    Interrupt::check();
+    check();
     if (isNotified || waited < kPatience) return;
     isNotified = true;
     notify();

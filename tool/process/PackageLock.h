@@ -6,6 +6,8 @@
 #include <string>
 
 #include "opc/LockFile.h"
+#include "opc/interfaces/Progress.h"
+#include "tool/process/Interrupt.h"
 
 namespace tool::process {
 
@@ -14,11 +16,12 @@ namespace tool::process {
 class PackageLock {
  public:
   /// Waits until the package at `path`, which may be a link to it and need not exist, is free, and
-  /// locks it. Calls `notify` once if that takes longer than a second. Throws Failure after
-  /// `limit`, and Interrupted. Locks nothing if the folder does not exist or cannot be written to:
-  /// the command itself will report that.
+  /// locks it. Calls `notify` once if that takes longer than a second, and `check`, whose
+  /// exceptions end the wait, before each pause. Throws Failure after `limit`. Locks nothing if the
+  /// folder does not exist or cannot be written to: the command itself will report that.
   PackageLock(const std::string& path, std::chrono::seconds limit,
-              const std::function<void()>& notify);
+              const std::function<void()>& notify,
+              const opc::interfaces::StopFunction& check = Interrupt::check);
 
  private:
   opc::LockFile lock_;

@@ -11,10 +11,10 @@
 
 namespace tool::report {
 
+using addon::build::BuildEntry;
+using addon::build::BuildFailure;
 using addon::checks::PackageVerdict;
-using addon::comparison::Item;
 using addon::comparison::Totals;
-using addon::comparison::totalsOf;
 
 namespace {
 
@@ -24,7 +24,7 @@ void writeSize(std::optional<std::uint64_t> size, text::JsonWriter& json) {
 }
 
 void writeEntries(const std::vector<BuildEntry>& entries, text::JsonWriter& json, std::string& text,
-                  Output& output) {
+                  const Sink& sink) {
   json.key("entries");
   json.beginArray();
   for (const BuildEntry& entry : entries) {
@@ -32,7 +32,7 @@ void writeEntries(const std::vector<BuildEntry>& entries, text::JsonWriter& json
     json.member("path", std::string_view(entry.path));
     writeSize(entry.size, json);
     json.endObject();
-    output.write(text);
+    sink(text);
     text.clear();
   }
   json.endArray();
@@ -61,17 +61,7 @@ void writeError(const std::optional<BuildFailure>& failure, text::JsonWriter& js
 
 }  // namespace
 
-BuildResult resultFor(const std::string& file, const std::vector<Item>& items) {
-  BuildResult result{file};
-  for (const Item& item : items) {
-    result.entries.push_back(
-        {item.path, item.isFolder() ? std::nullopt : std::optional(item.info.size)});
-  }
-  result.totals = totalsOf(items);
-  return result;
-}
-
-void printBuildAsJson(const BuildResult& result, Output& output) {
+void writeBuildAsJson(const BuildResult& result, const Sink& sink) {
   std::string text;
   text::JsonWriter json(text);
   json.beginObject();
@@ -85,11 +75,11 @@ void printBuildAsJson(const BuildResult& result, Output& output) {
   json.member("bytes", result.totals.bytes);
   json.key("digest");
   json.textOrNull(result.digest);
-  writeEntries(result.entries, json, text, output);
+  writeEntries(result.entries, json, text, sink);
   writeFindings(result.verdict, json);
   writeError(result.failure, json);
   json.endObject();
-  output.write(text + "\n");
+  sink(text + "\n");
 }
 
 void printBuilt(const BuildResult& result, Output& output) {

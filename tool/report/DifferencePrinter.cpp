@@ -121,7 +121,7 @@ std::string describeSizeChange(std::uint64_t a, std::uint64_t b) {
   return fmt::format("{} B -> {} B", a, b);
 }
 
-void printDifferencesAsJson(const ComparisonReport& report, Output& output) {
+void writeDifferencesAsJson(const ComparisonReport& report, const Sink& sink) {
   std::string text;
   text::JsonWriter json(text);
   json.beginObject();
@@ -139,12 +139,12 @@ void printDifferencesAsJson(const ComparisonReport& report, Output& output) {
   json.beginArray();
   for (const FileDifference& file : report.differences.files.list) {
     writeFile(file, json);
-    output.write(text);
+    sink(text);
     text.clear();
   }
   json.endArray();
   json.endObject();
-  output.write(text + "\n");
+  sink(text + "\n");
 }
 
 void printDifferenceCounts(const ComparisonReport& report, Output& output) {

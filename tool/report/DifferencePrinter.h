@@ -16,7 +16,7 @@ struct ComparisonReport {
 };
 
 /// The one JSON value of --json. Needs the hashes of the files.
-void printDifferencesAsJson(const ComparisonReport& report, Output& output);
+void writeDifferencesAsJson(const ComparisonReport& report, const Sink& sink);
 
 /// The number of differences of each kind.
 void printDifferenceCounts(const ComparisonReport& report, Output& output);

@@ -5,7 +5,10 @@
 
 #include <array>
 
+#include "addon/comparison/Digest.h"
+#include "addon/packaging/Documents.h"
 #include "opc/Text.h"
+#include "opc/plservices/W3cDateTime.h"
 #include "tool/json/JsonSchema.h"
 #include "tool/report/Schemas.h"
 
@@ -13,6 +16,7 @@ namespace tool::report {
 
 namespace schema = json::schema;
 
+using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
 
 namespace {
@@ -119,7 +123,85 @@ JsonValue schemaOf(const InfoField& field) {
                       {"size", schema::described(schema::number(), "In bytes.")}}));
 }
 
+template <typename Time>
+std::string timeText(const Time& time) {
+  return time && !time->is_special() ? opc::plservices::formatTime(*time) : std::string();
+}
+
+std::optional<Screenshot> readScreenshot(AddonPackage& package) {
+  const std::string part = addon::packaging::screenshotPart(package);
+  if (part.empty()) return std::nullopt;
+  auto& model = package.logicalPackage();
+  const opc::model::PartName name(opc::fromUtf8(part));
+  if (!model.hasPart(name)) return std::nullopt;
+  const auto found = model.getPart(name);
+  return Screenshot{part, found->getContentType().ascii(), model.partInfo(found->id()).size};
+}
+
+void writeValue(const InfoField& field, const Info& info, text::JsonWriter& json) {
+  if (field.kind == InfoKind::Number) {
+    json.value(field.number(info));
+  } else if (field.kind == InfoKind::Documents) {
+    json.beginArray();
+    for (const std::string& name : info.documents) json.value(std::string_view(name));
+    json.endArray();
+  } else if (field.kind == InfoKind::Screenshot && info.screenshot) {
+    json.beginObject();
+    json.member("part", std::string_view(info.screenshot->part));
+    json.member("type", std::string_view(info.screenshot->type));
+    json.member("size", info.screenshot->size);
+    json.endObject();
+  } else {
+    json.textOrNull(valueOf(field, info));
+  }
+}
+
 }  // namespace
+
+Info readInfo(AddonPackage& package, const std::string& path,
+              const opc::interfaces::ProgressFunction& digestProgress) {
+  Info info;
+  info.file = path;
+  info.size = package.physicalPackage().fileSize();
+  package.getAddonProperties(info.properties);
+  const auto core = package.coreProperties().getCoreProperties();
+  info.created = timeText(core.getCreatedTime());
+  info.modified = timeText(core.getLastModifiedTime());
+  for (const addon::packaging::PresentDocument& document :
+       addon::packaging::presentDocuments(package)) {
+    info.documents.emplace_back(document.name);
+  }
+  info.screenshot = readScreenshot(package);
+  const std::vector<addon::comparison::Item> items = addon::comparison::readTree(package);
+  info.totals = addon::comparison::totalsOf(items);
+  if (digestProgress) {
+    info.digest = addon::comparison::contentDigest(package, items, digestProgress);
+  }
+  return info;
+}
+
+void writeInfo(const Info& info, text::JsonWriter& json) {
+  json.beginObject();
+  json.member("schema", "kraddon.info/1");
+  std::string_view object;  // the one that the last field was in
+  for (const InfoField& field : infoFields()) {
+    const std::string_view name = field.name;
+    const std::size_t dot = name.find('.');
+    const std::string_view parent = dot == name.npos ? std::string_view() : name.substr(0, dot);
+    if (parent != object) {
+      if (!object.empty()) json.endObject();
+      if (!parent.empty()) {
+        json.key(parent);
+        json.beginObject();
+      }
+      object = parent;
+    }
+    json.key(parent.empty() ? name : name.substr(dot + 1));
+    writeValue(field, info, json);
+  }
+  if (!object.empty()) json.endObject();
+  json.endObject();
+}
 
 std::span<const InfoField> infoFields() {
   return kFields;

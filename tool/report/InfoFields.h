@@ -8,7 +8,10 @@
 #include <vector>
 
 #include "addon/comparison/Contents.h"
+#include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/AddonProperties.h"
+#include "opc/interfaces/Progress.h"
+#include "text/JsonWriter.h"
 
 namespace tool::report {
 
@@ -47,6 +50,12 @@ struct InfoField {
 
 /// All of them, in the order in which they are printed.
 std::span<const InfoField> infoFields();
+
+/// Reads it, with the digest if `digestProgress` is not empty. Throws opc::Exception.
+Info readInfo(addon::packaging::AddonPackage& package, const std::string& path,
+              const opc::interfaces::ProgressFunction& digestProgress);
+/// The JSON of one package.
+void writeInfo(const Info& info, text::JsonWriter& json);
 
 /// The value as text, "" when it is unset.
 std::string valueOf(const InfoField& field, const Info& info);

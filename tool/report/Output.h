@@ -11,6 +11,9 @@
 
 namespace tool::report {
 
+/// Takes text piece by piece.
+using Sink = std::function<void(std::string_view)>;
+
 /// Standard output or a file, with a buffer. Throws Failure if something cannot be written, and
 /// Interrupted for a closed pipe, which ends the command as SIGPIPE would.
 class Output {
@@ -27,6 +30,10 @@ class Output {
   void write(std::string_view text);
   void write(std::span<const unsigned char> bytes);
   void flush();
+
+  Sink sink() {
+    return [this](std::string_view text) { write(text); };
+  }
 
   bool isTerminal() const { return isTerminal_; }
   /// A name from a package, with control characters replaced if the output is a terminal.

@@ -8,10 +8,10 @@
 
 #include "opc/Exception.h"
 #include "opc/Text.h"
+#include "opc/interfaces/MemoryContentSource.h"
 #include "opc/model/FormatConstants.h"
 #include "opc/model/PieceStream.h"
 #include "opc/model/detail/DocumentSize.h"
-#include "opc/model/detail/MemoryContentSource.h"
 
 namespace opc::model {
 
@@ -378,7 +378,7 @@ ItemIndex Package::State::addText(std::string_view itemName, std::string text, b
   detail::requireReadableDocument(
       text, "cannot write '/" + item.name + "' of '" + physical_.description() + "'");
   return physical_.addItem(
-      item, std::make_unique<detail::MemoryContentSource>(std::move(text), "/" + item.name));
+      item, std::make_unique<interfaces::MemoryContentSource>(std::move(text), "/" + item.name));
 }
 
 }  // namespace opc::model

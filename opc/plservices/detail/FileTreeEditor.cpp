@@ -46,13 +46,6 @@ class TableSource final : public interfaces::IContentSource {
   std::shared_ptr<const LoadedFileTree> tree_;
 };
 
-model::StandardPartInfo partInfoOf(const FileContentSource& source) {
-  model::StandardPartInfo info(interfaces::CompressionType::Normal, source.size());
-  info.modified = source.modified();
-  info.executable = source.executable();
-  return info;
-}
-
 /// The size of a table that gets one more entry. Throws Exception when that would not be read.
 std::uint64_t sizeWith(std::uint64_t tableSize, std::string_view path, const char* verb) {
   const std::uint64_t size = FileTreeTable::entrySize(path);
@@ -129,8 +122,8 @@ NodeId FileTreeEditor::addFileWith(const CreatePart& createPart, std::string_vie
   return node;
 }
 
-NodeId FileTreeEditor::addFile(std::unique_ptr<FileContentSource> source, std::string_view path) {
-  const model::StandardPartInfo info = partInfoOf(*source);
+NodeId FileTreeEditor::addFile(std::unique_ptr<interfaces::IContentSource> source,
+                               const model::StandardPartInfo& info, std::string_view path) {
   const auto create = [&](const model::PartName& name, const model::ContentType& type) {
     return package_.createPart(name, type, info, std::move(source));
   };
@@ -200,11 +193,11 @@ NodeId FileTreeEditor::addFolder(std::string_view path) {
   return tree_->nodes.addFolder(folder, reach.rest);
 }
 
-void FileTreeEditor::replaceFile(NodeId file, std::unique_ptr<FileContentSource> source) {
+void FileTreeEditor::replaceFile(NodeId file, std::unique_ptr<interfaces::IContentSource> source,
+                                 const model::StandardPartInfo& info) {
   const model::PartId old = tree_->nodes.part(file);
   const model::PartName name = model::PartName::fromItemName(package_.itemNameOf(old));
   const model::ContentType type = package_.contentTypeOf(old);
-  const model::StandardPartInfo info = partInfoOf(*source);
   package_.deletePart(name);
   tree_->nodes.setPart(file, package_.createPart(name, type, info, std::move(source)));
 }

@@ -5,7 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "opc/plservices/FileContentSource.h"
+#include "opc/interfaces/IContentSource.h"
+#include "opc/model/Package.h"
 #include "opc/plservices/FileTreePart.h"
 #include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/detail/TreePartNames.h"
@@ -19,10 +20,12 @@ class FileTreeEditor {
   /// `tree` must be what loadFileTree gave for `package` and `part`.
   FileTreeEditor(model::Package& package, FileTreePart part, std::shared_ptr<LoadedFileTree> tree);
 
-  NodeId addFile(std::unique_ptr<FileContentSource> source, std::string_view path);
+  NodeId addFile(std::unique_ptr<interfaces::IContentSource> source,
+                 const model::StandardPartInfo& info, std::string_view path);
   NodeId addFolder(std::string_view path);
   /// Its part keeps its name and its content type.
-  void replaceFile(NodeId file, std::unique_ptr<FileContentSource> source);
+  void replaceFile(NodeId file, std::unique_ptr<interfaces::IContentSource> source,
+                   const model::StandardPartInfo& info);
   /// Moves a node, not the root, with all below it. If reading a file fails, some are moved.
   void move(NodeId node, std::string_view path);
   /// Removes a node, not the root, with all below it. The folder above stays, empty perhaps.

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include "opc/interfaces/MemoryContentSource.h"
 #include "opc/model/Package.h"
 #include "opc/model/XercesHelper.h"
-#include "opc/model/detail/MemoryContentSource.h"
 #include "tests/opc/model/PackageFixture.h"
 
 using opc::ErrorCode;
 using opc::interfaces::CompressionType;
+using opc::interfaces::MemoryContentSource;
 using opc::interfaces::OpenMode;
 using opc::model::ContentType;
 using opc::model::StandardPartInfo;
 using opc::model::URI;
 using opc::model::XercesHelper;
-using opc::model::detail::MemoryContentSource;
 using test::Fault;
 using test::faultOf;
 using test::MemoryPackage;

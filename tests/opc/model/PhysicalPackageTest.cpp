@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "opc/interfaces/IPhysicalPackage.h"
-#include "opc/model/detail/MemoryContentSource.h"
+#include "opc/interfaces/MemoryContentSource.h"
 #include "opc/zippackage/ZipPhysicalPackage.h"
 #include "tests/opc/model/PackageFixture.h"
 #include "tests/support/MemoryPhysicalPackage.h"
@@ -14,9 +14,9 @@
 using opc::ErrorCode;
 using opc::interfaces::IPhysicalPackage;
 using opc::interfaces::ItemIndex;
+using opc::interfaces::MemoryContentSource;
 using opc::interfaces::NewItem;
 using opc::interfaces::OpenMode;
-using opc::model::detail::MemoryContentSource;
 using test::faultOf;
 
 namespace {

@@ -9,13 +9,18 @@
 #include "tool/commands/detail/FindingOptions.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/process/Errors.h"
+#include "tool/process/Interrupt.h"
 #include "tool/report/FindingPrinter.h"
 #include "tool/report/Messages.h"
 
 namespace tool::commands::detail {
 
 using addon::build::BuildError;
+using addon::build::BuildFailure;
+using addon::build::BuildRequest;
+using addon::build::BuildResult;
 using addon::build::ManifestError;
+using addon::build::PackageBuild;
 using addon::checks::PackageVerdict;
 
 namespace {
@@ -34,7 +39,7 @@ BuildReporter::BuildReporter(const line::Invocation& invocation, std::string fol
   report::makePrinter(format_, false, none);  // refuses an unknown one
 }
 
-void BuildReporter::print() {
+void BuildReporter::print(const BuildResult& result) {
   isPrinted_ = true;
   const bool isQuiet = invocation_.settings().isQuiet && !result.failure;
   const bool isText = format_ == kText;
@@ -44,9 +49,9 @@ void BuildReporter::print() {
   }
   report::Output output;
   if (invocation_.has(kJsonOption.longName)) {
-    report::printBuildAsJson(result, output);
+    report::writeBuildAsJson(result, output.sink());
   } else if (!isText) {
-    printFindings(output);
+    printFindings(result, output);
   } else if (invocation_.has("dry-run")) {
     if (!result.file.empty()) report::printBuildPlan(result, output);
   } else if (result.isWritten && !isQuiet) {
@@ -55,7 +60,7 @@ void BuildReporter::print() {
   output.flush();
 }
 
-void BuildReporter::printFindings(report::Output& output) const {
+void BuildReporter::printFindings(const BuildResult& result, report::Output& output) const {
   PackageVerdict verdict = result.verdict.value_or(PackageVerdict());
   // An annotation for each finding is enough; a log says in any case that nothing was built.
   if (result.failure && (!result.verdict || format_ == kSarif)) {
@@ -69,32 +74,48 @@ void BuildReporter::printFindings(report::Output& output) const {
   printer->end();
 }
 
-void BuildReporter::fail(const report::BuildFailure& failure) {
+void BuildReporter::fail(BuildResult& result, const BuildFailure& failure) {
   if (isPrinted_) return;
   result.failure = failure;
   result.isWritten = false;
   result.size.reset();
-  print();
+  print(result);
 }
 
-void BuildReporter::run(const std::function<void()>& build) {
+void BuildReporter::build(const std::function<BuildRequest()>& request, BuildResult& result) {
+  PackageBuild build(request());
+  const bool isRehearsal = invocation_.has("dry-run");
+  // Large texts may be kept in a file meanwhile.
+  if (isRehearsal) process::Interrupt::defer();
   try {
-    build();
+    isRehearsal ? build.rehearse() : build.run();
+  } catch (...) {
+    result = std::move(build.result);
+    throw;
+  }
+  if (isRehearsal) print(build.result);
+  if (!isRehearsal) process::Interrupt::tooLate();
+}
+
+void BuildReporter::run(const std::function<BuildRequest()>& request) {
+  BuildResult result;
+  try {
+    build(request, result);
   } catch (const process::UsageError&) {
     throw;
   } catch (const ManifestError& error) {
     const std::string path = addon::build::manifestPath(folder_);
     const std::string message = error.in(path);
-    fail({message, {}, addon::build::placeOf(error, path)});
+    fail(result, {message, {}, addon::build::placeOf(error, path)});
     throw process::Failure(message);
   } catch (const BuildError& error) {
-    fail({error.what(), error.hint(), {}});
+    fail(result, {error.what(), error.hint(), {}});
     throw;
   } catch (const process::Failure& error) {
-    fail({error.what(), error.hint(), {}});
+    fail(result, {error.what(), error.hint(), {}});
     throw;
   } catch (const opc::Exception& error) {
-    fail({error.what(), {}, {}});
+    fail(result, {error.what(), {}, {}});
     throw;
   }
 }

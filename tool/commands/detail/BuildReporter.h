@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "addon/build/PackageBuild.h"
 #include "tool/line/Arguments.h"
 #include "tool/report/BuildReport.h"
 
@@ -16,17 +17,18 @@ class BuildReporter {
   /// `folder` is the project. Throws UsageError for options that exclude each other.
   BuildReporter(const line::Invocation& invocation, std::string folder);
 
-  report::BuildResult result;
+  void print(const addon::build::BuildResult& result);
 
-  void print();
-
-  /// Calls `build`, and prints the result of a build that failed before it was printed. Throws what
-  /// `build` throws, with the path of the manifest in its faults.
-  void run(const std::function<void()>& build);
+  /// Builds what `request` returns, or rehearses it with --dry-run, and prints the result of a
+  /// build that failed before it was printed. Throws what the build throws, with the path of the
+  /// manifest in its faults.
+  void run(const std::function<addon::build::BuildRequest()>& request);
 
  private:
-  void fail(const report::BuildFailure& failure);
-  void printFindings(report::Output& output) const;
+  void build(const std::function<addon::build::BuildRequest()>& request,
+             addon::build::BuildResult& result);
+  void fail(addon::build::BuildResult& result, const addon::build::BuildFailure& failure);
+  void printFindings(const addon::build::BuildResult& result, report::Output& output) const;
 
   const line::Invocation& invocation_;
   std::string folder_;

@@ -181,6 +181,13 @@ void rehearseChange(const std::string& path, const line::Invocation& invocation,
       changeAndReview(*openForChanging(path), path, change, {}, invocation), invocation));
 }
 
+opc::interfaces::ProgressFunction startProgressBar(const line::Settings& settings) {
+  const auto bar = std::make_shared<report::ProgressBar>(settings);
+  return [bar, show = bar->function()](const opc::interfaces::Progress& progress) {
+    if (show) show(progress);
+  };
+}
+
 void commit(AddonPackage& package) {
   package.logicalPackage().close(false);
   process::Interrupt::tooLate();

@@ -76,6 +76,9 @@ std::string describeFindings(const addon::checks::PackageVerdict& verdict,
 void refuseErrors(std::string_view what, const addon::checks::PackageVerdict& verdict,
                   std::string_view hint, const line::Invocation& invocation);
 
+/// A function that shows a progress bar as long as it exists.
+opc::interfaces::ProgressFunction startProgressBar(const line::Settings& settings);
+
 /// Commits. After that, interrupts are ignored, since the new package is in place.
 void commit(AddonPackage& package);
 

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <iterator>
 #include <utility>
 
 #include "opc/Text.h"
@@ -11,32 +12,36 @@
 
 namespace tool::commands::detail {
 
+using addon::build::SourceChoice;
 using addon::build::SourceFile;
-using addon::build::TreeWalkOptions;
-using addon::build::WalkedEntry;
-using addon::project::PatternList;
+
+namespace {
+
+SourceChoice choiceOf(const line::Invocation& invocation) {
+  SourceChoice choice;
+  choice.excludes = invocation.values("exclude");
+  choice.leavesOutUsual = invocation.has("default-excludes");
+  choice.followsOutside = invocation.has("follow");
+  choice.package = invocation.operands()[0];
+  choice.stop = process::Interrupt::check;
+  if (invocation.settings().isVerbose) {
+    choice.onLeftOut = [](const std::string& path) {
+      report::printToStandardError(fmt::format("left out: {}\n", opc::printable(path)));
+    };
+  }
+  return choice;
+}
+
+}  // namespace
 
 SourceFinder::SourceFinder(const line::Invocation& invocation)
-    : invocation_(invocation),
-      patterns_(patternsFor({}, {})),
-      package_(opc::identityOf(invocation.operands()[0])) {}
-
-PatternList SourceFinder::patternsFor(const std::string& folder, const std::string& place) const {
-  PatternList patterns;
-  if (invocation_.has("default-excludes")) addon::project::addDefaultExcludes(patterns);
-  if (!folder.empty()) addon::build::addIgnoreFile(folder, place, patterns);
-  for (const std::string& glob : invocation_.values("exclude")) patterns.add(glob);
-  return patterns;
-}
-
-void SourceFinder::report(const std::string& path) const {
-  if (!invocation_.settings().isVerbose) return;
-  report::printToStandardError(fmt::format("left out: {}\n", opc::printable(path)));
-}
+    : choice_(choiceOf(invocation)),
+      patterns_(addon::build::patternsOf(choice_, {}, {})),
+      package_(opc::identityOf(choice_.package)) {}
 
 bool SourceFinder::leavesOut(const std::string& path, bool isFolder) const {
   if (!patterns_.excludes(path, isFolder)) return false;
-  report(path);
+  if (choice_.onLeftOut) choice_.onLeftOut(path);
   return true;
 }
 
@@ -46,19 +51,9 @@ bool SourceFinder::isPackage(const std::string& diskPath) const {
 
 void SourceFinder::collect(const std::string& folder, const std::string& place,
                            std::vector<SourceFile>& into) const {
-  TreeWalkOptions options;
-  options.excludes = patternsFor(folder, place);
-  options.place = place;
-  options.followsOutside = invocation_.has("follow");
-  options.leftOut = addon::build::withFolders({invocation_.operands()[0]});
-  options.onExcluded = [this](const std::string& path, bool) { report(path); };
-  options.onLeftOut = options.onExcluded;
-  options.stop = process::Interrupt::check;
-  for (WalkedEntry& entry : addon::build::walkTree(folder, options)) {
-    std::string diskPath = addon::build::onDisk(folder, entry.path);
-    into.push_back(
-        {std::move(diskPath), addon::build::joinPath(place, entry.path), entry.isFolder});
-  }
+  std::vector<SourceFile> found = addon::build::sourcesBelow(folder, place, choice_);
+  into.insert(into.end(), std::make_move_iterator(found.begin()),
+              std::make_move_iterator(found.end()));
 }
 
 }  // namespace tool::commands::detail

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "addon/build/SourceFiles.h"
-#include "addon/build/TreeWalk.h"
 #include "tool/line/Arguments.h"
 
 namespace tool::commands::detail {
@@ -29,11 +28,7 @@ class SourceFinder {
                std::vector<addon::build::SourceFile>& into) const;
 
  private:
-  addon::project::PatternList patternsFor(const std::string& folder,
-                                          const std::string& place) const;
-  void report(const std::string& path) const;
-
-  const line::Invocation& invocation_;
+  addon::build::SourceChoice choice_;
   addon::project::PatternList patterns_;
   std::optional<opc::FileIdentity> package_;
 };

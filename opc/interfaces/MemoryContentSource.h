@@ -7,10 +7,10 @@
 
 #include "opc/interfaces/IContentSource.h"
 
-namespace opc::model::detail {
+namespace opc::interfaces {
 
 /// Text as the content of an item.
-class MemoryContentSource final : public interfaces::IContentSource {
+class MemoryContentSource final : public IContentSource {
  public:
   MemoryContentSource(std::string text, std::string description)
       : text_(std::make_shared<const std::string>(std::move(text))),
@@ -27,4 +27,4 @@ class MemoryContentSource final : public interfaces::IContentSource {
   std::string description_;
 };
 
-}  // namespace opc::model::detail
+}  // namespace opc::interfaces

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/commands/detail/Selection.h"
+#include "addon/build/Selection.h"
 
 #include <fmt/format.h>
 
@@ -7,31 +7,29 @@
 #include <type_traits>
 #include <unordered_map>
 
+#include "addon/build/BuildError.h"
 #include "addon/build/PatternChoice.h"
 #include "text/Lines.h"
 #include "text/Suggest.h"
-#include "tool/process/Errors.h"
 
-namespace tool::commands::detail {
+namespace addon::build {
 
-using addon::build::PatternChoice;
 using addon::comparison::Item;
 using addon::packaging::AddonPackage;
+using opc::sentence;
 using opc::plservices::FileSystemEntry;
 
 namespace {
 
-process::Failure isEmpty() {
-  return process::Failure(process::sentence("cannot find", "", "the path is empty"),
-                          "'/' stands for everything");
+BuildError isEmpty() {
+  return BuildError(sentence("cannot find", "", "the path is empty"), "'/' stands for everything");
 }
 
 constexpr const char* kPackageHasNothing = "the package has nothing";
 
-process::Failure namesNothing(const std::string& operand, const char* holders,
-                              const std::string& hint) {
-  return process::Failure(
-      process::sentence("cannot find", operand, fmt::format("{} with that name", holders)), hint);
+BuildError namesNothing(const std::string& operand, const char* holders, const std::string& hint) {
+  return BuildError(sentence("cannot find", operand, fmt::format("{} with that name", holders)),
+                    hint);
 }
 
 /// For a literal path that does not exist.
@@ -162,4 +160,4 @@ void chooseInBoth(std::vector<Item>& a, std::vector<Item>& b,
   }
 }
 
-}  // namespace tool::commands::detail
+}  // namespace addon::build
