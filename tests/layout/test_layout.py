@@ -7,7 +7,7 @@ import re
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-TOP_FOLDERS = ("opc", "text", "fl", "hostarray", "addon", "gateway", "tool")
+TOP_FOLDERS = ("opc", "text", "fl", "hostarray", "addon", "gateway", "tool", "python")
 MOST_FILES = 40
 KEYWORDS = {"SOURCES", "PUBLIC", "PRIVATE", "INTERFACE", "STATIC", "SHARED", "OBJECT"}
 
@@ -23,7 +23,7 @@ ONLY_IN = {
 # All that a folder other than opc/zippackage and opc/checks may know of the container.
 CONTAINER_FACE = {"opc/zippackage/ZipPhysicalPackage.h"}
 # Executables may link any room; they lie in folders of their own or at the top of tool/.
-PROGRAMS = {"tool", "tool/manual"}
+PROGRAMS = {"tool", "tool/manual", "python/stubs"}
 # The dotted arrow: 'call' loads the library when it runs, and shares only the record of its table.
 LOADED = ("tool/commands", "gateway/FunctionTable.h")
 # A nested class, and words that are spelled once, have their own namespace in the folder's.

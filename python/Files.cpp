@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+#include <vector>
+
+#include "addon/build/BuildError.h"
+#include "addon/comparison/OtherContent.h"
+#include "opc/plservices/FileTree.h"
+#include "python/Bindings.h"
+#include "python/Progress.h"
+#include "tool/process/Background.h"
+
+namespace python {
+
+namespace py = pybind11;
+
+using addon::packaging::AddonPackage;
+using opc::plservices::FileSystemEntry;
+using opc::plservices::FileTree;
+using opc::plservices::NodeId;
+using opc::plservices::RestoreMode;
+using Stream = PackageHandle::Stream;
+
+namespace {
+
+py::str textOf(const std::string& utf8) {
+  return py::reinterpret_steal<py::str>(
+      PyUnicode_DecodeUTF8(utf8.data(), static_cast<py::ssize_t>(utf8.size()), "replace"));
+}
+
+/// The paths of all files and empty folders, with a NUL between them: Python takes one text apart
+/// in much less time than it makes many of.
+py::str names(PackageHandle& handle) {
+  const std::string all = handle.use("", [](AddonPackage& package) {
+    FileTree& tree = package.fileSystem().nodes();
+    std::string joined;
+    opc::plservices::TreeWalk walk(tree);
+    while (walk.next()) {
+      if (!joined.empty()) joined += '\0';
+      joined += walk.path();
+      if (!tree.isFile(walk.node())) joined += '/';
+    }
+    return joined;
+  });
+  return textOf(all);
+}
+
+std::size_t count(PackageHandle& handle) {
+  return handle.use("", [](AddonPackage& package) {
+    std::size_t count = 0;
+    opc::plservices::TreeWalk walk(package.fileSystem().nodes());
+    while (walk.next()) ++count;
+    return count;
+  });
+}
+
+/// The names in a folder, those of folders with a slash. Raises for anything else.
+py::str children(PackageHandle& handle, const std::string& path) {
+  const std::string all = handle.use(path, [&](AddonPackage& package) {
+    const FileSystemEntry entry = handle.requireEntry(package, path);
+    if (entry.isFile()) throw opc::SystemError("cannot list '" + path + "'", ENOTDIR);
+    std::string joined;
+    FileTree& tree = package.fileSystem().nodes();
+    for (NodeId node = tree.firstChild(entry.node()); node != FileTree::kNone;
+         node = tree.nextSibling(node)) {
+      if (!joined.empty()) joined += '\0';
+      joined += tree.name(node);
+      if (!tree.isFile(node)) joined += '/';
+    }
+    return joined;
+  });
+  return textOf(all);
+}
+
+/// What is known of a file or folder without reading it.
+struct Status {
+  bool isFile;
+  opc::model::PartInfo info;
+
+  explicit Status(const FileSystemEntry& entry) : isFile(entry.isFile()), info(entry.info()) {}
+
+  /// Whether it is a file, its size, time (seconds since 1970), executable bit and checksum.
+  py::tuple values() const {
+    return py::make_tuple(isFile, info.size, info.modified, info.executable, info.crc);
+  }
+};
+
+/// None for what is not there.
+py::object find(PackageHandle& handle, const std::string& path) {
+  const auto status = handle.use(path, [&](AddonPackage& package) {
+    const auto entry = package.fileSystem().find(path);
+    return entry == nullptr ? std::nullopt : std::optional<Status>(*entry);
+  });
+  return status ? py::object(status->values()) : py::none();
+}
+
+py::tuple require(PackageHandle& handle, const std::string& path) {
+  return handle
+      .use(path, [&](AddonPackage& package) { return Status(handle.requireEntry(package, path)); })
+      .values();
+}
+
+/// The node of a file. Throws for a folder and for what is not there.
+NodeId requireFile(PackageHandle& handle, AddonPackage& package, const std::string& path) {
+  const FileSystemEntry entry = handle.requireEntry(package, path);
+  if (entry.isFile()) return entry.node();
+  throw opc::SystemError("cannot read '" + path + "'", EISDIR);
+}
+
+/// Deflate gets no smaller than this.
+constexpr std::uint64_t kMostRatio = 1032;
+
+void readFile(PackageHandle& handle, AddonPackage& package, const std::string& path,
+              opc::ByteBuffer& into) {
+  const NodeId node = requireFile(handle, package, path);
+  opc::inContext([&] { return "cannot read '" + path + "'"; },
+                 [&] {
+                   auto& model = package.logicalPackage();
+                   const opc::model::PartId part = package.fileSystem().nodes().part(node);
+                   const opc::model::PartInfo info = model.partInfo(part);
+                   // Nothing is allocated for a size that is only declared.
+                   if (info.size / kMostRatio > info.packedSize) {
+                     opc::StreamHelper::readToEnd(*model.openPart(part));
+                   }
+                   model.readPart(part, into, info.size);
+                 });
+}
+
+py::bytes read(PackageHandle& handle, const std::string& path) {
+  opc::ByteBuffer content;
+  handle.use(path, [&](AddonPackage& package) { readFile(handle, package, path, content); });
+  return {reinterpret_cast<const char*>(content.data()), content.size()};
+}
+
+std::size_t readInto(PackageHandle& handle, const std::string& path, const py::buffer& target) {
+  const py::buffer_info buffer = target.request(true);
+  const auto room = static_cast<std::size_t>(buffer.size * buffer.itemsize);
+  if (PyBuffer_IsContiguous(buffer.view(), 'C') == 0) {
+    throw py::value_error("the buffer is not contiguous");
+  }
+  return handle.use(path, [&](AddonPackage& package) {
+    const NodeId node = requireFile(handle, package, path);
+    const std::uint64_t size = package.fileSystem().entryOf(node).info().size;
+    if (size > room) {
+      throw py::value_error("the buffer has " + std::to_string(room) + " bytes, the file has " +
+                            std::to_string(size));
+    }
+    opc::ByteBuffer content;
+    readFile(handle, package, path, content);
+    std::copy_n(content.data(), content.size(), static_cast<unsigned char*>(buffer.ptr));
+    return content.size();
+  });
+}
+
+void extract(PackageHandle& handle, const std::vector<std::string>& paths,
+             const std::string& destination, bool overwrites, const py::object& progress) {
+  const auto function = progressFunction(progress);
+  handle.use(paths.size() == 1 ? paths.front() : "", [&](AddonPackage& package) {
+    if (!addon::comparison::isAddon(package)) {
+      throw addon::build::BuildError(
+          opc::sentence("cannot extract", handle.path(), "it is not an add-on"));
+    }
+    const RestoreMode mode = overwrites ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
+    std::vector<FileSystemEntry> entries;
+    for (const std::string& path : paths) entries.push_back(handle.requireEntry(package, path));
+    package.fileSystem().setBackground(tool::process::secondThread());
+    package.fileSystem().extract(entries, destination, mode, function);
+  });
+}
+
+std::size_t readStream(Stream& stream, const py::buffer& target) {
+  const py::buffer_info buffer = target.request(true);
+  return stream.read(static_cast<unsigned char*>(buffer.ptr),
+                     static_cast<std::size_t>(buffer.size * buffer.itemsize));
+}
+
+}  // namespace
+
+void bindFiles(py::module_& module, PackageClass& package) {
+  py::class_<Stream, std::shared_ptr<Stream>>(module, "Stream").def("readinto", readStream);
+  package.def("names", names)
+      .def("count", count)
+      .def("children", children)
+      .def("status", find)
+      .def("require", require)
+      .def("read", read)
+      .def("readinto", readInto)
+      .def("open", &PackageHandle::openFile)
+      .def("extract", [](PackageHandle& handle, const std::vector<std::string>& paths,
+                         const py::bytes& to, bool overwrites, const py::object& progress) {
+        extract(handle, paths, to, overwrites, progress);
+      });
+}
+
+}  // namespace python

@@ -1,0 +1,305 @@
+# SPDX-License-Identifier: MIT
+"""Packages that are open."""
+from __future__ import annotations
+
+import json
+import os
+import types
+from collections.abc import Iterable, Iterator
+from typing import Any, Literal, TypeVar
+
+from . import _native, _records
+from ._records import (App, Configuration, ExampleCategory, License, Properties, Requirements,
+                       Revision)
+from ._tree import PackagePath, text_path
+
+StrPath = str | bytes | os.PathLike[str] | os.PathLike[bytes]
+Mode = Literal["r", "a", "x", "w"]
+_Self = TypeVar("_Self", bound="Package")
+
+_LAST_SECOND = 253402300799  # of the year 9999
+
+
+def disk_path(path: StrPath) -> bytes:
+    """The system's bytes for a path."""
+    found = os.fsencode(path)
+    if b"\0" in found:
+        raise ValueError("embedded null byte")
+    return found
+
+
+def timestamp_of(timestamp: int | None) -> int | None:
+    """`timestamp` or, without it, SOURCE_DATE_EPOCH."""
+    if timestamp is None:
+        given = os.environ.get("SOURCE_DATE_EPOCH")
+        if not given:
+            return None
+        if not (given.isascii() and given.isdigit()):
+            raise ValueError(f"bad value of SOURCE_DATE_EPOCH '{given}': expected a whole number")
+        timestamp = int(given)
+    return whole_number("timestamp", timestamp, _LAST_SECOND)
+
+
+def whole_number(name: str, value: int, most: int) -> int:
+    if not isinstance(value, int) or isinstance(value, bool):
+        raise TypeError(f"{name}: expected int, not {type(value).__name__}")
+    if not 0 <= value <= most:
+        raise ValueError(f"{name}: expected a whole number from 0 to {most}, got {value}")
+    return value
+
+
+class Package:
+    """An open package. kraddon.open() makes one.
+
+    As a context manager, a clean exit commits what was changed, an exception discards it.
+    """
+
+    def __init__(self, path: StrPath, mode: Mode = "r", *, timestamp: int | None = None,
+                 level: int = 6) -> None:
+        if mode not in ("r", "a", "x", "w"):
+            raise ValueError(f"invalid mode: {mode!r}")
+        self._native = _native.Package(disk_path(path), mode, timestamp_of(timestamp),
+                                       whole_number("level", level, 9))
+        self._path = os.fsdecode(path)
+        self._mode = mode
+
+    def __repr__(self) -> str:
+        state = " closed" if self.closed else ""
+        return f"<kraddon.Package {self._path!r} mode={self._mode!r}{state}>"
+
+    def __reduce__(self) -> str:
+        raise TypeError("cannot pickle a package")
+
+    def __enter__(self: _Self) -> _Self:
+        if self.closed:
+            raise ValueError("I/O operation on closed package")
+        return self
+
+    def __exit__(self, kind: type[BaseException] | None, error: BaseException | None,
+                 trace: types.TracebackType | None) -> None:
+        if kind is None:
+            self.close()
+        else:
+            self.discard()
+
+    def close(self) -> None:
+        """Commits what was changed, and closes. After a failure it is closed as well, and the file
+        is as it was."""
+        self._native.close()
+
+    def discard(self) -> None:
+        """Drops what was changed, and closes."""
+        self._native.discard()
+
+    @property
+    def closed(self) -> bool:
+        return self._native.closed
+
+    # The documents.
+
+    @property
+    def properties(self) -> Properties:
+        """What the add-on is. `type` and `korvan_release` never change."""
+        return self._document("properties")  # type: ignore[no-any-return]
+
+    @properties.setter
+    def properties(self, value: Properties) -> None:
+        if value is None:
+            raise TypeError("a package always has properties")
+        self._set_document("properties", value)
+
+    @property
+    def license(self) -> License | None:
+        return self._document("license")  # type: ignore[no-any-return]
+
+    @license.setter
+    def license(self, value: License | None) -> None:
+        self._set_document("license", value)
+
+    @license.deleter
+    def license(self) -> None:
+        self._set_document("license", None)
+
+    @property
+    def configuration(self) -> Configuration | None:
+        return self._document("configuration")  # type: ignore[no-any-return]
+
+    @configuration.setter
+    def configuration(self, value: Configuration | None) -> None:
+        self._set_document("configuration", value)
+
+    @configuration.deleter
+    def configuration(self) -> None:
+        self._set_document("configuration", None)
+
+    @property
+    def apps(self) -> list[App]:
+        return self._document("apps")  # type: ignore[no-any-return]
+
+    @apps.setter
+    def apps(self, value: list[App] | None) -> None:
+        self._set_document("apps", value)
+
+    @apps.deleter
+    def apps(self) -> None:
+        self._set_document("apps", None)
+
+    @property
+    def examples(self) -> list[ExampleCategory]:
+        return self._document("examples")  # type: ignore[no-any-return]
+
+    @examples.setter
+    def examples(self, value: list[ExampleCategory] | None) -> None:
+        self._set_document("examples", value)
+
+    @examples.deleter
+    def examples(self) -> None:
+        self._set_document("examples", None)
+
+    @property
+    def revisions(self) -> list[Revision]:
+        return self._document("revisions")  # type: ignore[no-any-return]
+
+    @revisions.setter
+    def revisions(self, value: list[Revision] | None) -> None:
+        self._set_document("revisions", value)
+
+    @revisions.deleter
+    def revisions(self) -> None:
+        self._set_document("revisions", None)
+
+    @property
+    def requirements(self) -> Requirements | None:
+        return self._document("requirements")  # type: ignore[no-any-return]
+
+    @requirements.setter
+    def requirements(self, value: Requirements | None) -> None:
+        self._set_document("requirements", value)
+
+    @requirements.deleter
+    def requirements(self) -> None:
+        self._set_document("requirements", None)
+
+    @property
+    def screenshot(self) -> bytes | None:
+        """The bytes of the image. set_screenshot() stores one, `del` removes it."""
+        return self._native.screenshot()
+
+    @screenshot.deleter
+    def screenshot(self) -> None:
+        self._native.remove_screenshot()
+
+    def set_screenshot(self, path: StrPath) -> None:
+        """Stores an image file of the disk, whose name says what it is."""
+        self._native.set_screenshot(disk_path(path))
+
+    def _document(self, name: str) -> Any:
+        return _records._to_python(name, self._native.document(name))
+
+    def _set_document(self, name: str, value: Any) -> None:
+        self._native.set_document(name, _records._from_python(name, value))
+
+    # The file tree.
+
+    @property
+    def files(self) -> PackagePath:
+        """The root folder."""
+        return PackagePath(self._native, "")
+
+    def namelist(self) -> list[str]:
+        """The paths of all files and of the empty folders, which end with a slash."""
+        names = self._native.names()
+        return names.split("\0") if names else []
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self.namelist())
+
+    def __len__(self) -> int:
+        return self._native.count()
+
+    def __bool__(self) -> bool:
+        return True
+
+    def __contains__(self, path: object) -> bool:
+        """Whether the tree has a file or folder at the path."""
+        if not isinstance(path, str):
+            return False
+        try:
+            text_path(path)
+        except ValueError:
+            return False
+        status = self._native.status(path.rstrip("/"))
+        return status is not None and not (status[0] and path.endswith("/"))
+
+    def read(self, path: str) -> bytes:
+        """The content of a file."""
+        return self._native.read(text_path(path))
+
+    def readinto(self, path: str, buffer: Any) -> int:
+        """Reads a file into a buffer, and returns how many bytes it has. Raises ValueError for a
+        buffer that is too small."""
+        return self._native.readinto(text_path(path), buffer)
+
+    def add(self, source: StrPath, path: str, replace: bool = False) -> None:
+        """Adds a file of the disk, which is read when the package is closed."""
+        self._native.add(disk_path(source), text_path(path), replace)
+
+    def add_bytes(self, data: bytes | bytearray | memoryview, path: str,
+                  replace: bool = False) -> None:
+        """Adds a file with these bytes."""
+        if not isinstance(data, (bytes, bytearray, memoryview)):
+            raise TypeError(f"data: expected bytes, not {type(data).__name__}")
+        self._native.add_bytes(bytes(data), text_path(path), replace)
+
+    def add_folder(self, source: StrPath, into: str = "") -> None:
+        """Adds all files and empty folders below a folder of the disk, without those that its
+        .kraddonignore names."""
+        self._native.add_folder(disk_path(source), text_path(into).strip("/"))
+
+    def mkdir(self, path: str) -> None:
+        """Makes a folder, and those above it. One that already exists is not an error."""
+        self._native.mkdir(text_path(path).strip("/"))
+
+    def remove(self, path: str) -> None:
+        """Removes a file, or a folder with everything below it."""
+        self._native.remove(text_path(path).rstrip("/"))
+
+    def move(self, old: str, new: str) -> None:
+        """Gives a file or folder another path, also in the documents that name it."""
+        self._native.move(text_path(old).rstrip("/"), text_path(new).rstrip("/"))
+
+    def extract_all(self, destination: StrPath, overwrite: bool = False, *,
+                    progress: _native.Progress | None = None) -> None:
+        """Writes the file tree below a folder of the disk, which is made if it is missing."""
+        self._native.extract([""], disk_path(destination), overwrite, progress)
+
+    def extract(self, path: str | Iterable[str], destination: StrPath, overwrite: bool = False, *,
+                progress: _native.Progress | None = None) -> None:
+        """Writes a file, or a folder with everything below it, under its full path below a folder
+        of the disk."""
+        paths = [path] if isinstance(path, str) else list(path)
+        self._native.extract([text_path(one).rstrip("/") for one in paths],
+                             disk_path(destination), overwrite, progress)
+
+    # The whole.
+
+    def digest(self) -> str:
+        """The digest of the content: the same however and whenever it was packed."""
+        return self._native.digest()
+
+    def info(self, *, digest: bool = False) -> dict[str, Any]:
+        """What `kraddon info --json` prints."""
+        found = json.loads(self._native.info(digest))
+        assert isinstance(found, dict)
+        return found
+
+
+def open(path: StrPath, mode: Mode = "r", *, timestamp: int | None = None,
+         level: int = 6) -> Package:
+    """Opens a package: "r" for reading, "a" to change it, "x" and "w" to make a new one, which
+    with "w" may replace a file.
+
+    `timestamp`, in seconds since 1970, is the time of everything that is written; without it
+    SOURCE_DATE_EPOCH is. `level` is that of the compression, 0 to 9.
+    """
+    return Package(path, mode, timestamp=timestamp, level=level)
