@@ -51,3 +51,8 @@ mark_as_advanced(KRADDON_CRYPTO_ARCHIVE)
 add_library(kraddon_sha256 INTERFACE)
 target_compile_definitions(kraddon_sha256 INTERFACE OPENSSL_SUPPRESS_DEPRECATED)
 target_link_libraries(kraddon_sha256 INTERFACE ${KRADDON_CRYPTO_ARCHIVE})
+
+# Only for a library that is loaded when it is needed: the program would start in twice the time.
+pkg_check_modules(xmlsec REQUIRED IMPORTED_TARGET xmlsec1-openssl)
+add_library(kraddon_xmlsec INTERFACE)
+target_link_libraries(kraddon_xmlsec INTERFACE PkgConfig::xmlsec)

@@ -12,6 +12,8 @@ install(TARGETS kraddon kraddon_packaging kxarray EXPORT kraddonTargets
   LIBRARY DESTINATION lib/kraddon/host COMPONENT runtime
   INCLUDES DESTINATION include/kraddon)
 
+install(TARGETS kraddon_xmlsignatures LIBRARY DESTINATION lib/kraddon/host COMPONENT runtime)
+
 # ---- Manual pages, completion scripts, documentation.
 
 install(DIRECTORY ${PROJECT_BINARY_DIR}/pages/ DESTINATION share/man/man1 COMPONENT runtime
@@ -49,7 +51,7 @@ install(TARGETS ${KRADDON_ARCHIVES} opc_interfaces EXPORT kraddonTargets
   INCLUDES DESTINATION include/kraddon)
 # Headers of a folder's own use are in detail/. Some outside of it include one; beyond their folders
 # only opc/checks uses them, which is not installed either.
-set(internal "opc/checks|opc/zippackage/ZipItemReader.h|opc/model/(ContentTypes|PartIndex|RelationshipSet).h")
+set(internal "opc/checks|opc/signatures|opc/xmlsignatures|opc/interfaces/IXmlSignatures.h|opc/zippackage/ZipItemReader.h|opc/model/(ContentTypes|PartIndex|RelationshipSet).h")
 foreach(folder addon/packaging fl/i18n hostarray opc)
   install(DIRECTORY ${folder}/ DESTINATION include/kraddon/${folder} COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE REGEX "/(${internal})$" EXCLUDE)
@@ -58,7 +60,8 @@ install(FILES gateway/FunctionTable.h DESTINATION include/kraddon/gateway COMPON
 
 # Everything that an install copies, and no tests.
 add_custom_target(installed)
-add_dependencies(installed kraddon kraddon_packaging kxarray pages ${KRADDON_ARCHIVES})
+add_dependencies(installed
+  kraddon kraddon_packaging kraddon_xmlsignatures kxarray pages ${KRADDON_ARCHIVES})
 
 include(CMakePackageConfigHelpers)
 configure_package_config_file(cmake/kraddonConfig.cmake.in

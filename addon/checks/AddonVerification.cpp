@@ -42,8 +42,9 @@ void checkDescribed(packaging::AddonPackage& package, Report& report, detail::Fi
 
 }  // namespace
 
-Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress) {
-  Report report = verifyAs(opc::checks::Subject::Addon, path, progress);
+Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress,
+                   const opc::checks::SignatureDemands& demands) {
+  Report report = verifyAs(opc::checks::Subject::Addon, path, progress, demands);
   packaging::AddonPackage package(opc::fromUtf8(path));
   if (open(package, report)) checkAddon(package, report);
   return report;

@@ -5,6 +5,7 @@
 
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
+#include "opc/checks/SignatureDemands.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/plservices/FileTree.h"
 
@@ -13,7 +14,8 @@ namespace addon::checks {
 /// Checks what verifyPackage() checks, as an add-on, and then what makes the package one:
 /// documents, references and style. Throws as verifyPackage() does.
 opc::checks::Report verifyAddon(const std::string& path,
-                                const opc::interfaces::ProgressFunction& progress = nullptr);
+                                const opc::interfaces::ProgressFunction& progress = nullptr,
+                                const opc::checks::SignatureDemands& demands = {});
 
 /// The checks that only an add-on can fail: 3xx to 5xx. `package` is open. A part that cannot be
 /// read causes no finding here, since the checks of the container report it.

@@ -7,6 +7,7 @@
 
 #include "addon/checks/AddonFindings.h"
 #include "opc/checks/PackageFindings.h"
+#include "opc/checks/SignatureFindings.h"
 
 namespace addon::checks {
 
@@ -18,6 +19,8 @@ std::span<const FindingInfo> catalogue() {
     const auto addon = addonFindings();
     std::vector<FindingInfo> all(package.begin(), package.end());
     all.insert(all.end(), addon.begin(), addon.end());
+    const auto signature = opc::checks::signatureFindings();
+    all.insert(all.end(), signature.begin(), signature.end());
     return all;
   }();
   return kAll;
@@ -32,8 +35,8 @@ const FindingInfo* findInfo(std::uint16_t number) {
 }
 
 std::string_view groupOf(FindingId id) {
-  constexpr std::array<std::string_view, 5> kGroups{"container", "opc", "document", "reference",
-                                                    "style"};
+  constexpr std::array<std::string_view, 6> kGroups{"container", "opc",   "document",
+                                                    "reference", "style", "signature"};
   return kGroups.at(id.number / 100u - 1);
 }
 

@@ -17,7 +17,8 @@ using opc::checks::FindingInfo;
 std::span<const FindingInfo> catalogue();
 /// Null if there is no such finding.
 const FindingInfo* findInfo(std::uint16_t number);
-/// What a finding is about: "container", "opc", "document", "reference" or "style".
+/// What a finding is about: "container", "opc", "document", "reference", "style" or
+/// "signature".
 std::string_view groupOf(FindingId id);
 
 /// The page of the manual that lists every finding, as Markdown.

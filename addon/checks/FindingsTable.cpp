@@ -18,7 +18,9 @@ constexpr std::string_view kStart =
     "ignores a finding, `--error ID` and `--warn ID` count it as an error or a warning; the table\n"
     "[verify] of a manifest or a policy does the same, see [manifest.md](manifest.md). With "
     "`--opc`\n"
-    "only the groups container and opc are checked, as of any package.\n";
+    "only the groups container, opc and signature are checked, as of any package, without KR602 "
+    "and "
+    "KR608.\n";
 
 constexpr std::string_view kTableHead =
     "| id | severity | finding | meaning | remedy |\n|---|---|---|---|---|\n";

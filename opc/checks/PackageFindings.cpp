@@ -159,8 +159,8 @@ constexpr FindingInfo kFindings[] = {
      "ignored, and dropped when the package is saved.",
      "Remove the relationships part, or add the part that it belongs to."},
     {kUncheckedSignature, "signature present, not checked",
-     "The package has a digital signature. Signatures are not checked here, and every change to "
-     "the package invalidates them.",
+     "The package has a digital signature of a kind that is not supported, or a malformed one. In "
+     "an add-on that is an error (KR608).",
      "Check the signature with the program that created it."},
     {kStrayItem, "item that is not a part",
      "The name of an item is not a valid part name, or the item has no content type. Programs "

@@ -44,26 +44,28 @@ std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& repor
 }
 
 void checkFile(const std::string& path, const PackageFile& file, const ProgressFunction& progress,
-               Report& report) {
+               const SignatureDemands& demands, Report& report) {
   const std::optional<ZipDirectory> directory = readDirectory(file, report);
   if (!directory) return;
   const std::vector<detail::ItemState> states =
       detail::checkContainer(file, *directory, progress, report);
   detail::CheckedContainer container(path, file, *directory, states);
-  detail::checkPackaging(container, report);
+  detail::checkPackaging(container, demands, report);
 }
 
 }  // namespace
 
-Report verifyPackage(const std::string& path, const ProgressFunction& progress) {
-  return verifyAs(Subject::Package, path, progress);
+Report verifyPackage(const std::string& path, const ProgressFunction& progress,
+                     const SignatureDemands& demands) {
+  return verifyAs(Subject::Package, path, progress, demands);
 }
 
-Report verifyAs(Subject subject, const std::string& path, const ProgressFunction& progress) {
+Report verifyAs(Subject subject, const std::string& path, const ProgressFunction& progress,
+                const SignatureDemands& demands) {
   Report report(subject);
   const PackageFile file(path);
   inContext([&] { return "cannot check package '" + path + "'"; },
-            [&] { checkFile(path, file, progress, report); });
+            [&] { checkFile(path, file, progress, demands, report); });
   return report;
 }
 

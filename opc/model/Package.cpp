@@ -167,6 +167,18 @@ std::vector<std::string> Package::untypedItems() const {
   return state().untypedItems();
 }
 
+std::vector<std::string> Package::relationshipsItems() const {
+  return state().relationshipsItems();
+}
+
+ContentType Package::typeOfRelationshipsItem(std::string_view itemName) const {
+  return state().typeOfRelationshipsItem(itemName);
+}
+
+std::unique_ptr<InputStream> Package::openRelationshipsItem(std::string_view itemName) const {
+  return state().openRelationshipsItem(itemName);
+}
+
 std::string_view Package::itemNameOf(PartId part) const {
   return state().name(part);
 }

@@ -98,6 +98,14 @@ class Package final : public RelationshipSource {
   /// parts. A commit keeps them.
   std::vector<std::string> untypedItems() const;
 
+  /// Names of the items of all relationships parts, as a commit would leave them; those of a part
+  /// that is not there are left out.
+  std::vector<std::string> relationshipsItems() const;
+  /// A relationships part without content type has that of all relationships parts.
+  ContentType typeOfRelationshipsItem(std::string_view itemName) const;
+  /// The bytes that a commit would leave. Throws ErrorCode::NotFound.
+  std::unique_ptr<InputStream> openRelationshipsItem(std::string_view itemName) const;
+
   interfaces::IPhysicalPackage& physical() { return physical_; }
 
  private:

@@ -20,7 +20,7 @@ class Info(kraddontest.CliTest):
         self.assertEqual(list(info), [
             "schema", "file", "size", "type", "release", "name", "version", "summary",
             "description", "author", "guid", "created", "modified", "documents", "screenshot",
-            "files", "folders", "bytes", "packed", "digest"])
+            "files", "folders", "bytes", "packed", "signatures", "digest"])
         self.assertEqual(info["schema"], "kraddon.info/1")
         self.assertEqual(info["file"], "p.kraddon")
         self.assertEqual(info["size"], path.stat().st_size)

@@ -15,7 +15,7 @@ from projecttest import FULL, FULL_FILES
 
 DOCUMENTS = ["properties", "license", "configuration", "apps", "examples", "revisions",
              "requirements"]
-NAMES = ["manifest", "info", "list", "verify", "diff", "build", "policy", "infos", *DOCUMENTS]
+NAMES = ["manifest", "info", "list", "verify", "diff", "build", "policy", "infos", "signatures", *DOCUMENTS]
 
 EXAMPLE = {"name": "A chirp", "type": "script", "source": "", "main": "chirp.m", "thumbnail": "",
            "images": ["1.png", "2.png"]}

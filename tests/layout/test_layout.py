@@ -16,6 +16,9 @@ ONLY_IN = {
     "xercesc/": {"opc/model", "opc/plservices", "addon/packaging", "addon/checks"},
     "libdeflate": {"opc/zippackage"},
     "zlib.h": {"opc/zippackage"},
+    "openssl/": {"opc/signatures", "opc/xmlsignatures", "text"},
+    "libxml/": {"opc/xmlsignatures"},
+    "xmlsec/": {"opc/xmlsignatures"},
     "boost/": {"opc/plservices", "opc/checks", "addon/packaging", "addon/checks", "addon/gallery",
                "tool/commands"},
     "cmark": {"text", "addon/gallery"},
@@ -27,7 +30,7 @@ PROGRAMS = {"tool", "tool/manual", "python/stubs"}
 # The dotted arrow: 'call' loads the library when it runs, and shares only the record of its table.
 LOADED = ("tool/commands", "gateway/FunctionTable.h")
 # A nested class, and words that are spelled once, have their own namespace in the folder's.
-NESTED = {"opc/model/detail/PackageState"}
+NESTED = {"opc/model/detail/PackageRelationships", "opc/model/detail/PackageState"}
 
 
 def without_generators(word):

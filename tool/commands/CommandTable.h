@@ -30,7 +30,10 @@ extern const line::CommandSpec kSbomCommand;
 extern const line::CommandSpec kSchemaCommand;
 extern const line::CommandSpec kScreenshotCommand;
 extern const line::CommandSpec kSetCommand;
+extern const line::CommandSpec kSignCommand;
+extern const line::CommandSpec kSignaturesCommand;
 extern const line::CommandSpec kUnsetCommand;
+extern const line::CommandSpec kUnsignCommand;
 extern const line::CommandSpec kVerifyCommand;
 
 /// All commands, in the order in which help lists them.

@@ -17,6 +17,7 @@
 #include "tool/commands/detail/FindingOptions.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
+#include "tool/commands/detail/TrustAnchors.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/report/FindingPrinter.h"
@@ -33,6 +34,7 @@ using addon::checks::groupOf;
 using addon::checks::judge;
 using addon::checks::PackageVerdict;
 using addon::checks::verifyAddon;
+using opc::checks::SignatureDemands;
 
 namespace {
 
@@ -55,6 +57,9 @@ constexpr std::array kOptions{
     line::OptionSpec{.longName = "policy",
                      .valueName = "FILE",
                      .help = "apply the table [verify] of FILE, in TOML"},
+    detail::kTrustOption,
+    line::OptionSpec{.longName = "require-signature",
+                     .help = "treat a package without signature as an error"},
     line::OptionSpec{.longName = "opc",
                      .help = "check only the container and the packaging conventions"},
     detail::kFormatOption,
@@ -71,7 +76,11 @@ constexpr const char* kDescription =
     "of "
     "the findings: with options, with the table [verify] of the add-on's manifest, or with a "
     "policy, "
-    "a file with that table alone. --ignore goes before --error, and --error before --warn.";
+    "a file with that table alone. --ignore goes before --error, and --error before --warn.\n"
+    "\n"
+    "Signatures are checked if there are any. With --trust, the chain of every signer's "
+    "certificate "
+    "has to reach one of the given certificates, a root or an intermediate.";
 
 void explain(const FindingInfo& info, report::Output& output) {
   output.write(fmt::format("{}: {}\nseverity: {}\ngroup: {}\n\n{}\n\n{}\n",
@@ -101,14 +110,14 @@ Rules rulesOf(const line::Invocation& invocation) {
 }
 
 /// Does not throw if a file is bad, since the others must be checked too.
-PackageVerdict verify(const std::string& path, Verify& check, const FindingRules& rules,
-                      const line::Settings& settings) {
+PackageVerdict verify(const std::string& path, Verify& check, const SignatureDemands& demands,
+                      const FindingRules& rules, const line::Settings& settings) {
   PackageVerdict failed;
   failed.file = path;
   try {
     if (path.empty()) throw process::systemFailure("cannot open package", path, ENOENT);
     report::ProgressBar bar(settings);
-    return judge(path, check(path, bar.function()), rules);
+    return judge(path, check(path, bar.function(), demands), rules);
   } catch (const opc::Exception& error) {
     failed.failure = error.what();
   } catch (const process::Failure& error) {
@@ -176,6 +185,8 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
   invocation.refuseTogether("json", "format");
   const Rules rules = rulesOf(invocation);
   Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : verifyAddon;
+  const auto anchors = detail::trustAnchorsOf(invocation);
+  const SignatureDemands demands{anchors.get(), invocation.has("require-signature")};
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
   report::Output output;
   const std::unique_ptr<report::FindingPrinter> printer = report::makePrinter(
@@ -185,7 +196,7 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
   Total total;
   printer->begin();
   for (const std::string& path : invocation.operands()) {
-    const PackageVerdict verdict = verify(path, check, rules.rules, invocation.settings());
+    const PackageVerdict verdict = verify(path, check, demands, rules.rules, invocation.settings());
     printer->print(verdict);
     output.flush();  // before what goes to standard error
     printSummary(verdict, invocation.settings());
@@ -210,6 +221,8 @@ constexpr std::array kExamples{
                       "also fails on warnings, except for some"},
     line::ExampleSpec{"kraddon verify --policy gallery.toml *.kraddon",
                       "applies the rules of a gallery"},
+    line::ExampleSpec{"kraddon verify --require-signature --trust maker.pem kit.kraddon",
+                      "also fails unless a certificate that is known is behind each signature"},
     line::ExampleSpec{"kraddon verify --opc --json report.docx",
                       "checks any package that follows the conventions"},
     line::ExampleSpec{"kraddon verify --explain KR101", "explains a finding"}};

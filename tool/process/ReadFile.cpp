@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <vector>
 
-#include "opc/FileDescriptor.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 
@@ -32,21 +31,21 @@ std::string readAll(int descriptor, const std::string& name, std::size_t limit) 
   }
 }
 
-/// Opening a pipe waits for whoever is to write into it, unless `flags` say otherwise.
-opc::FileDescriptor openToRead(const std::string& path, int flags) {
+}  // namespace
+
+// Opening a pipe waits for whoever is to write into it.
+opc::FileDescriptor openInput(const std::string& path) {
   for (;;) {
-    opc::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | flags));
+    opc::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     if (file) return file;
     if (errno != EINTR) throw systemFailure("cannot read", path, errno);
     Interrupt::check();
   }
 }
 
-}  // namespace
-
 std::string readInput(const std::string& path, std::size_t limit) {
   if (path == "-") return readAll(STDIN_FILENO, "standard input", limit);
-  return readAll(openToRead(path, 0).get(), path, limit);
+  return readAll(openInput(path).get(), path, limit);
 }
 
 }  // namespace tool::process

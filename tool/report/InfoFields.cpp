@@ -9,6 +9,7 @@
 #include "addon/packaging/Documents.h"
 #include "opc/Text.h"
 #include "opc/plservices/W3cDateTime.h"
+#include "opc/signatures/SignatureParts.h"
 #include "tool/json/JsonSchema.h"
 #include "tool/report/Schemas.h"
 
@@ -55,6 +56,10 @@ std::string contentLine(const Info& info) {
   return fmt::format("{} bytes, {} packed", info.totals.bytes, info.totals.packed);
 }
 
+std::string signaturesLine(const Info& info) {
+  return info.signatures == 0 ? std::string() : std::to_string(info.signatures);
+}
+
 constexpr std::array kFields{
     text("file", "file", "The package, as it was given.", &Info::file),
     number(
@@ -93,6 +98,9 @@ constexpr std::array kFields{
         [](const Info& info) { return info.totals.bytes; }, contentLine),
     number("packed", "", "Of all files, as they lie in the package.",
            [](const Info& info) { return info.totals.packed; }),
+    number(
+        "signatures", "signatures", "How many digital signatures there are, valid or not.",
+        [](const Info& info) { return info.signatures; }, signaturesLine),
     text("digest", "digest",
          "Of all that a package says, whatever its packing and its times; null if it was not asked "
          "for.",
@@ -174,6 +182,7 @@ Info readInfo(AddonPackage& package, const std::string& path,
   info.screenshot = readScreenshot(package);
   const std::vector<addon::comparison::Item> items = addon::comparison::readTree(package);
   info.totals = addon::comparison::totalsOf(items);
+  info.signatures = opc::signatures::countSignatures(package.logicalPackage());
   if (digestProgress) {
     info.digest = addon::comparison::contentDigest(package, items, digestProgress);
   }

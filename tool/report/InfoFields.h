@@ -31,6 +31,7 @@ struct Info {
   std::vector<std::string> documents;
   std::optional<Screenshot> screenshot;
   addon::comparison::Totals totals;
+  std::uint64_t signatures = 0;
   std::string digest;  // empty when it was not asked for
 };
 

@@ -144,8 +144,9 @@ JsonValue finding(const std::vector<Member>& place) {
                          "The rule of the packaging conventions that is broken, by "
                          "its short name.")},
       {"severity", words({"error", "warning"})},
-      {"group", described(words({"container", "opc", "document", "reference", "style"}),
-                          "What the id is about.")},
+      {"group",
+       described(words({"container", "opc", "document", "reference", "style", "signature"}),
+                 "What the id is about.")},
       {"part", described(textOrNull(), "The part, entry or file; null for the package.")}};
   members.insert(members.end(), place.begin(), place.end());
   members.push_back({"message", described(textOrNull(), "What is wrong.")});
@@ -232,6 +233,35 @@ JsonValue buildSchema() {
                               "not checked.")},
        {"error",
         described(orNull(object("Error", "Why nothing was built.", error)), "Null when it was.")}});
+}
+
+JsonValue signaturesSchema() {
+  const auto names = [] { return list(matching("^/")); };
+  const JsonValue signer =
+      object("Signer", "The certificate of the signer.",
+             {{"subject", described(text(), "Its name, as in RFC 2253.")},
+              {"issuer", described(text(), "Who made the certificate.")},
+              {"serial", described(matching("^[0-9a-f]*$"), "Its number, in hexadecimal.")},
+              {"fingerprint", described(schema::sha256(), "The SHA-256 of the certificate.")},
+              {"notBefore", described(schema::time(), "When it began to be valid, in UTC.")},
+              {"notAfter", described(schema::time(), "When it ceases to be valid, in UTC.")}});
+  const JsonValue signature = object(
+      "Signature", "A digital signature, valid or not.",
+      {{"part", described(matching("^/"), "The part that holds it.")},
+       {"state", described(words({"valid", "partial", "broken", "weak", "unsupported"}),
+                           "Partial: valid, but not over everything.")},
+       {"reason", described(textOrNull(), "Why it is not valid; null if it is.")},
+       {"signer", described(orNull(signer), "Null without a certificate that can be read.")},
+       {"algorithm", described(textOrNull(), "Such as 'rsa-sha256'; null if it is not known.")},
+       {"time", described(orNull(schema::time()), "When it was made, as it says, in UTC.")},
+       {"covered", described(number(), "How many parts it covers, relationships included.")},
+       {"uncovered", described(names(), "The parts that it should cover and does not.")},
+       {"changed", described(names(), "What it covers and what has changed, or is missing.")},
+       {"trusted", described(orNull(flag()), "Null without --trust.")}});
+  return object("Output of 'signatures --json'", "The digital signatures of a package.",
+                {{"schema", described(constant("kraddon.signatures/1"), kShape)},
+                 {"file", described(text(), "The package, as it was given.")},
+                 {"signatures", described(list(signature), "In the order of the package.")}});
 }
 
 }  // namespace tool::report

@@ -7,10 +7,10 @@
 namespace tool::report {
 
 std::vector<Schema> schemas() {
-  std::vector<Schema> all{{"manifest", manifestSchema}, {"info", infoSchema},
-                          {"list", listSchema},         {"verify", verifySchema},
-                          {"diff", diffSchema},         {"build", buildSchema},
-                          {"policy", policySchema},     {"infos", infosSchema}};
+  std::vector<Schema> all{
+      {"manifest", manifestSchema}, {"info", infoSchema},   {"list", listSchema},
+      {"verify", verifySchema},     {"diff", diffSchema},   {"build", buildSchema},
+      {"policy", policySchema},     {"infos", infosSchema}, {"signatures", signaturesSchema}};
   for (const auto* table : addon::packaging::documents()) {
     all.push_back({table->name(), [table] { return json::schema::document(*table); }});
   }

@@ -29,5 +29,6 @@ JsonValue listSchema();
 JsonValue verifySchema();
 JsonValue diffSchema();
 JsonValue buildSchema();
+JsonValue signaturesSchema();
 
 }  // namespace tool::report

@@ -126,7 +126,8 @@ Topic findingsTopic() {
            {"Packaging conventions", "", findingsOf("opc")},
            {"Documents", "", findingsOf("document")},
            {"References", "", findingsOf("reference")},
-           {"Style", "", findingsOf("style")}}};
+           {"Style", "", findingsOf("style")},
+           {"Signatures", "", findingsOf("signature")}}};
 }
 
 std::vector<Topic> topics() {

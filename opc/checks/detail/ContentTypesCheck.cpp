@@ -29,27 +29,14 @@ std::string_view wholeName(std::string_view itemName) {
   return piece ? piece->whole : itemName;
 }
 
-bool isSignature(const ContentType& type) {
-  static const ContentType kOrigin =
-      ContentType::fromAscii("application/vnd.openxmlformats-package.digital-signature-origin");
-  static const ContentType kSignature = ContentType::fromAscii(
-      "application/vnd.openxmlformats-package.digital-signature-xmlsignature+xml");
-  return type == kOrigin || type == kSignature;
-}
-
-void checkPartType(Packaging& packaging, model::PartId part, bool& hasSignature) {
+void checkPartType(Packaging& packaging, model::PartId part) {
   static const ContentType kRelationships = ContentType::fromAscii(model::kRelationshipsType);
   const ContentType* type = packaging.types.find(packaging.index.name(part));
-  if (type == nullptr) return;
-  if (*type == kRelationships) {
+  if (type != nullptr && *type == kRelationships) {
     packaging.add(kRelationshipsType, part,
                   "it has the content type of relationships parts, but not the name of one",
                   "CT-12");
   }
-  if (hasSignature || !isSignature(*type)) return;
-  hasSignature = true;
-  packaging.add(kUncheckedSignature, part, "the package is signed; the signature was not checked",
-                "DS-1");
 }
 
 void checkOverrides(Packaging& packaging) {
@@ -88,9 +75,8 @@ void checkContentTypesStream(Packaging& packaging) {
 
 void checkPartTypes(Packaging& packaging) {
   checkOverrides(packaging);
-  bool hasSignature = false;
-  packaging.index.forEach(
-      ItemRole::Part, [&](model::PartId part) { checkPartType(packaging, part, hasSignature); });
+  packaging.index.forEach(ItemRole::Part,
+                          [&](model::PartId part) { checkPartType(packaging, part); });
   if (!packaging.areTypesKnown || packaging.areTypesEmpty) return;
   packaging.index.forEach(ItemRole::Relationships, [&](model::PartId part) {
     if (packaging.types.find(packaging.index.name(part)) != nullptr) return;

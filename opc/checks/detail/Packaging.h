@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "opc/checks/PackageFindings.h"
+#include "opc/checks/SignatureDemands.h"
 #include "opc/checks/detail/CheckedContainer.h"
 #include "opc/checks/detail/FaultFindings.h"
 #include "opc/model/ContentTypes.h"
@@ -37,6 +38,8 @@ struct Packaging {
   std::set<interfaces::ItemIndex> ambiguous;
   /// The package's relationship to its core properties, if there is one.
   std::optional<model::Relationship> coreProperties;
+  /// Whether a relationship of the package leads to the origin of signatures.
+  bool hasSignatureOrigin = false;
 
   /// "/a/b.xml"
   std::string partName(model::PartId part) const { return "/" + std::string(index.name(part)); }
@@ -91,8 +94,9 @@ class NamesSink final : public model::FaultSink {
 };
 
 /// Checks the packaging rules: names, content types, every relationships part, core properties.
-/// Findings 201 to 228. Does not look into other parts. Throws SystemError.
-void checkPackaging(CheckedContainer& container, Report& report);
+/// Findings 201 to 228. Does not look into other parts, except for signatures and what they cover:
+/// findings 601 to 609. Throws SystemError, and Exception if signatures cannot be checked here.
+void checkPackaging(CheckedContainer& container, const SignatureDemands& demands, Report& report);
 
 // Its steps. Each needs what the earlier ones found out.
 void checkContentTypesStream(Packaging& packaging);
@@ -103,5 +107,6 @@ void checkUnpackedPaths(Packaging& packaging);
 void checkStrayItems(Packaging& packaging);
 void checkPartTypes(Packaging& packaging);
 void checkNormalisation(Packaging& packaging);
+void checkSignatures(Packaging& packaging, const SignatureDemands& demands);
 
 }  // namespace opc::checks::detail

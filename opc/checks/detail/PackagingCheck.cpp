@@ -47,7 +47,7 @@ void NamesSink::add(const FormatError& fault, std::string_view itemName) {
   findings_.add(fault, itemName);
 }
 
-void checkPackaging(CheckedContainer& container, Report& report) {
+void checkPackaging(CheckedContainer& container, const SignatureDemands& demands, Report& report) {
   Packaging packaging(container, report);
   checkContentTypesStream(packaging);
   checkPartNames(packaging);
@@ -57,6 +57,7 @@ void checkPackaging(CheckedContainer& container, Report& report) {
   checkStrayItems(packaging);
   checkPartTypes(packaging);
   checkNormalisation(packaging);
+  checkSignatures(packaging, demands);
 }
 
 }  // namespace opc::checks::detail

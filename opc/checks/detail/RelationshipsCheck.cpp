@@ -10,6 +10,7 @@
 #include "opc/model/FormatConstants.h"
 #include "opc/model/PartIndex.h"
 #include "opc/model/PartName.h"
+#include "opc/signatures/SignatureParts.h"
 
 namespace opc::checks::detail {
 
@@ -52,7 +53,7 @@ class RelationshipsCheck {
       } else {
         checkInternal(entry);
       }
-      checkCore(entry.relationship);
+      noteTarget(entry.relationship);
     }
   }
 
@@ -92,8 +93,11 @@ class RelationshipsCheck {
     return source_.empty() && relationship.getType() == model::kCorePropertiesRelationship;
   }
 
-  void checkCore(const Relationship& relationship) {
+  void noteTarget(const Relationship& relationship) {
     if (isCore(relationship)) packaging_.coreProperties = relationship;
+    if (source_.empty() && relationship.getType() == signatures::kOriginRelationship) {
+      packaging_.hasSignatureOrigin = true;
+    }
   }
 
   void add(FindingId id, const Relationship& relationship, const std::string& why,

@@ -41,6 +41,9 @@ class Package::State {
   /// See Package.
   std::vector<std::string> strayItems() const;
   std::vector<std::string> untypedItems() const;
+  std::vector<std::string> relationshipsItems() const;
+  ContentType typeOfRelationshipsItem(std::string_view itemName) const;
+  std::unique_ptr<InputStream> openRelationshipsItem(std::string_view itemName) const;
 
   /// Throws as Package::createPart does; `source` may be null.
   PartId create(const PartName& name, const ContentType& type, const StandardPartInfo& info,
@@ -78,6 +81,7 @@ class Package::State {
   void appendItemNames(PartId part, std::vector<std::string>& names) const;
   PartId takeIn(interfaces::ItemIndex added, const PartName& name, const ContentType& type);
 
+  const RelationshipSet* changedSet(std::string_view sourceItemName) const;
   bool isChanged() const;
   void requireRelationshipsNames() const;
   void settleRelationshipsItem(std::string_view sourceItemName, const RelationshipSet& set);

@@ -15,6 +15,7 @@
 #include "opc/Text.h"
 #include "opc/plservices/LoadedFileTree.h"
 #include "opc/plservices/W3cDateTime.h"
+#include "opc/signatures/SignatureParts.h"
 #include "text/ByteCount.h"
 #include "tool/process/Background.h"
 #include "tool/process/Errors.h"
@@ -33,9 +34,6 @@ namespace {
 
 // The last second of the year 9999; later dates have no standard notation.
 constexpr std::int64_t kLastSecond = 253402300799;
-
-constexpr std::u16string_view kSignatureOrigin =
-    u"http://schemas.openxmlformats.org/package/2006/relationships/digital-signature/origin";
 
 std::unique_ptr<AddonPackage> open(const std::string& path, opc::interfaces::OpenMode mode) {
   auto package = std::make_unique<AddonPackage>(opc::SystemPath{path});
@@ -57,14 +55,16 @@ std::optional<std::int64_t> sourceDateEpoch() {
 
 /// What any change to the package will lose.
 std::string describeLosses(opc::model::Package& package, const std::string& path,
-                           const line::Invocation& invocation) {
+                           const ReviewRules& rules, const line::Invocation& invocation) {
   std::string text;
   for (const std::string& item : package.strayItems()) {
     text += report::describeWarning(
         invocation,
         process::sentence("item", item, "it is not a part of the package and was left out"));
   }
-  if (!package.getRelationshipsByType(kSignatureOrigin).empty()) {
+  const bool isSigned =
+      !package.getRelationshipsByType(opc::signatures::kOriginRelationship).empty();
+  if (isSigned && !rules.isAboutSignatures) {
     text += report::describeWarning(
         invocation, process::sentence("package", path, "its signature is no longer valid"));
   }
@@ -164,7 +164,7 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   const process::PackageLock lock = lockPackage(path, invocation);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
   opc::model::Package& logical = package->logicalPackage();
-  std::string after = describeLosses(logical, path, invocation);
+  std::string after = describeLosses(logical, path, rules, invocation);
   after += describeFindings(changeAndReview(*package, path, change, rules, invocation), invocation);
   report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();

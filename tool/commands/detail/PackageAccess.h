@@ -49,6 +49,9 @@ struct ReviewRules {
   /// The document that the change stored as a whole, so that all of it is new; else null. The
   /// change itself may set it.
   const addon::packaging::DocumentTable* replaced = nullptr;
+  /// Whether the change keeps signatures, or takes them away, so that no warning says that they are
+  /// broken.
+  bool isAboutSignatures = false;
 };
 
 /// RefuseErrors or, with --no-verify, None.

@@ -26,6 +26,11 @@ inline constexpr line::OptionSpec kNoVerifyOption{
     .longName = "no-verify", .help = "do not check what the change does to the package"};
 inline constexpr line::OptionSpec kGlobOption{.longName = "glob",
                                               .help = "treat each PATH as a pattern"};
+inline constexpr line::OptionSpec kTrustOption{
+    .longName = "trust",
+    .valueName = "FILE",
+    .help = "certificates, in PEM, one of which has to stand behind every signer",
+    .isRepeatable = true};
 inline constexpr line::OptionSpec kTimestampOption{
     .longName = "timestamp",
     .valueName = "SECONDS",

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "opc/interfaces/IXmlSignatures.h"
+
+namespace opc::checks {
+
+/// What the signatures of a package have to be, besides valid.
+struct SignatureDemands {
+  const interfaces::ITrustAnchors* anchors = nullptr;  ///< null: anybody may have signed
+  bool isRequired = false;                             ///< whether there has to be one
+};
+
+}  // namespace opc::checks

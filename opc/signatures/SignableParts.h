@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "opc/model/Package.h"
+
+namespace opc::signatures {
+
+/// A part or a relationships part, as a manifest names it.
+struct SignablePart {
+  std::string name;                   ///< "/a/b.xml", percent-encoded
+  std::string type;                   ///< as the content types say it, without blanks
+  std::optional<model::PartId> part;  ///< nothing for a relationships part
+  std::string itemName;               ///< of a relationships part
+
+  bool isRelationships() const { return !part.has_value(); }
+};
+
+/// All parts and relationships parts of a package as a commit would leave them, in the order of the
+/// bytes of their names.
+std::vector<SignablePart> signableParts(model::Package& package);
+
+/// A fresh stream over a part's bytes.
+std::unique_ptr<InputStream> open(model::Package& package, const SignablePart& part);
+
+/// "/a/b.xml?ContentType=text/xml"
+std::string toReference(const SignablePart& part);
+
+/// The name and the type of such a reference. Nothing if it is none.
+struct PartReference {
+  std::string name;
+  std::string type;
+};
+std::optional<PartReference> parseReference(const std::string& uri);
+
+}  // namespace opc::signatures

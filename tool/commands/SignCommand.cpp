@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "addon/checks/AddonVerification.h"
+#include "addon/checks/Catalogue.h"
+#include "addon/checks/FindingRules.h"
+#include "opc/signatures/Signing.h"
+#include "opc/signatures/XmlSignatureLibrary.h"
+#include "text/ByteCount.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+#include "tool/process/Errors.h"
+#include "tool/process/Secret.h"
+#include "tool/report/FindingPrinter.h"
+#include "tool/report/Messages.h"
+#include "tool/report/Progress.h"
+
+namespace tool::commands {
+
+using addon::checks::PackageVerdict;
+using addon::packaging::AddonPackage;
+using opc::interfaces::ISigner;
+using opc::interfaces::KeyFiles;
+using process::Secret;
+
+namespace {
+
+constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+
+constexpr std::array kOptions{
+    line::OptionSpec{.longName = "key", .valueName = "FILE", .help = "the private key, in PEM"},
+    line::OptionSpec{.longName = "certificate",
+                     .valueName = "FILE",
+                     .help = "certificates, in PEM: the signer's, then its chain"},
+    line::OptionSpec{.longName = "pkcs12",
+                     .valueName = "FILE",
+                     .help = "key and certificates in one file, in PKCS #12"},
+    line::OptionSpec{.longName = "passphrase-file",
+                     .valueName = "FILE",
+                     .help = "the passphrase of the key is the first line of FILE"},
+    detail::kTimestampOption,
+    detail::kLevelOption,
+    detail::kLockTimeoutOption};
+
+constexpr const char* kPassphraseVariable = "KRADDON_PASSPHRASE";
+
+/// What the options name. Overwritten at the end.
+struct KeyMaterial {
+  Secret key;
+  Secret certificates;
+  Secret pkcs12;
+  Secret passphrase;
+};
+
+void readPrivate(const std::string& path, const line::Invocation& invocation, Secret& secret) {
+  secret.readFile(path);
+  if (!secret.isExposed()) return;
+  report::printWarning(
+      invocation, process::sentence("file", path,
+                                    "other users may read it; 'chmod 600' keeps it to its owner"));
+}
+
+/// Whether there is a passphrase.
+bool readPassphrase(const line::Invocation& invocation, Secret& passphrase) {
+  const auto path = invocation.value("passphrase-file");
+  if (!path) return passphrase.takeEnvironment(kPassphraseVariable);
+  readPrivate(*path, invocation, passphrase);
+  passphrase.keepFirstLine();
+  return true;
+}
+
+void checkOptions(const line::Invocation& invocation) {
+  invocation.refuseTogether("pkcs12", "key");
+  invocation.refuseTogether("pkcs12", "certificate");
+  if (invocation.has("pkcs12")) return;
+  for (const char* name : {"key", "certificate"}) {
+    if (invocation.has(name)) continue;
+    throw process::UsageError(
+        process::sentence("missing option", fmt::format("--{}", name),
+                          "a signature needs --key and --certificate, or --pkcs12"));
+  }
+}
+
+std::unique_ptr<ISigner> openSigner(const line::Invocation& invocation, std::int64_t time) {
+  KeyMaterial material;
+  KeyFiles files;
+  if (readPassphrase(invocation, material.passphrase)) {
+    files.passphrase = &material.passphrase.text();
+  }
+  if (const auto path = invocation.value("pkcs12")) {
+    readPrivate(*path, invocation, material.pkcs12);
+    files.keyName = files.certificateName = *path;
+    files.pkcs12 = material.pkcs12.bytes();
+  } else {
+    files.keyName = *invocation.value("key");
+    files.certificateName = *invocation.value("certificate");
+    readPrivate(files.keyName, invocation, material.key);
+    material.certificates.readFile(files.certificateName);
+    files.key = material.key.bytes();
+    files.certificates = material.certificates.bytes();
+  }
+  try {
+    return opc::signatures::xmlSignatures().openSigner(files, time);
+  } catch (const opc::Exception& error) {
+    if (error.code() != opc::ErrorCode::NotFound) throw;
+    throw process::Failure(error.what(),
+                           fmt::format("--passphrase-file or {} gives it", kPassphraseVariable));
+  }
+}
+
+/// Refuses a package that 'verify' finds an error in. The package is locked.
+void requireSound(const std::string& path, const line::Invocation& invocation) {
+  PackageVerdict verdict;
+  {
+    report::ProgressBar bar(invocation.settings());
+    verdict = judge(path, addon::checks::verifyAddon(path, bar.function()),
+                    addon::checks::FindingRules());
+  }
+  if (verdict.errors == 0) return;
+  std::erase_if(verdict.findings, [](const opc::checks::Finding& finding) {
+    return finding.id.severity != opc::checks::Severity::Error;
+  });
+  report::printToStandardError(
+      report::describeFindings(verdict, report::wantsErrorColor(invocation.settings())));
+  const bool isBroken = std::any_of(verdict.findings.begin(), verdict.findings.end(),
+                                    [](const opc::checks::Finding& finding) {
+                                      return addon::checks::groupOf(finding.id) == "signature";
+                                    });
+  throw process::Failure(
+      process::sentence("cannot sign", path, "it has " + text::counted(verdict.errors, "error")),
+      isBroken ? "'kraddon unsign' removes its signatures" : "");
+}
+
+process::ExitCode run(const line::Invocation& invocation) {
+  checkOptions(invocation);
+  const std::string& path = invocation.operands()[0];
+  const auto options = detail::writeOptionsOf(invocation);
+  const std::int64_t time = options.timestamp.value_or(std::time(nullptr));
+  const std::unique_ptr<ISigner> signer = openSigner(invocation, time);
+  const auto sign = [&](AddonPackage& package) {
+    requireSound(path, invocation);
+    opc::signatures::addSignature(package.logicalPackage(), *signer, time);
+  };
+  detail::changePackage(
+      path, options, invocation, sign,
+      {.kind = detail::ReviewRules::Kind::None, .replaced = nullptr, .isAboutSignatures = true});
+  return process::ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    line::ExampleSpec{"kraddon sign kit.kraddon --key key.pem --certificate chain.pem",
+                      "signs with a key and its certificate"},
+    line::ExampleSpec{
+        "kraddon sign kit.kraddon --pkcs12 maker.p12 --passphrase-file passphrase.txt",
+        "signs with a file that holds both"}};
+
+constexpr const char* kDescription =
+    "Adds a digital signature over every part of the package and every relationship. Nothing else "
+    "is changed, and earlier signatures stay valid. Later changes of the package break it. A "
+    "package in which 'verify' finds an error is refused, and so are keys that do not fit the "
+    "certificate or are too short, and certificates that are not valid at the time of the "
+    "signature, which is --timestamp or now.\n"
+    "\n"
+    "The passphrase of an encrypted key comes from --passphrase-file or from the environment "
+    "variable KRADDON_PASSPHRASE. RSA keys have 2048 bits or more, ECDSA keys are on the curves "
+    "P-256, P-384 or P-521.";
+
+}  // namespace
+
+constexpr line::CommandSpec kSignCommand{.name = "sign",
+                                         .summary = "signs a package",
+                                         .description = kDescription,
+                                         .operands = kOperands,
+                                         .options = kOptions,
+                                         .run = run,
+                                         .examples = kExamples};
+
+}  // namespace tool::commands

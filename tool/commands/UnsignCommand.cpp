@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+
+#include "opc/signatures/SignatureParts.h"
+#include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/SharedOptions.h"
+#include "tool/line/Arguments.h"
+
+namespace tool::commands {
+
+using addon::packaging::AddonPackage;
+
+namespace {
+
+constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+
+constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
+                              detail::kLockTimeoutOption};
+
+process::ExitCode run(const line::Invocation& invocation) {
+  const auto remove = [](AddonPackage& package) {
+    opc::signatures::removeSignatures(package.logicalPackage());
+  };
+  detail::changePackage(
+      invocation.operands()[0], detail::writeOptionsOf(invocation), invocation, remove,
+      {.kind = detail::ReviewRules::Kind::None, .replaced = nullptr, .isAboutSignatures = true});
+  return process::ExitCode::Done;
+}
+
+constexpr std::array kExamples{
+    line::ExampleSpec{"kraddon unsign kit.kraddon", "removes all signatures"}};
+
+}  // namespace
+
+constexpr line::CommandSpec kUnsignCommand{
+    .name = "unsign",
+    .summary = "removes the signatures of a package",
+    .description =
+        "Removes all signatures, valid or not, with the parts that carry them. Nothing "
+        "else is changed, and nothing at all in a package without signatures.",
+    .operands = kOperands,
+    .options = kOptions,
+    .run = run,
+    .examples = kExamples};
+
+}  // namespace tool::commands
