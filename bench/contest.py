@@ -15,32 +15,44 @@ class Run:
         self.memory = memory  # peak, in bytes
 
 
-def run_once(command):
+ALL = os.sched_getaffinity(0)
+ONE = {min(ALL)}
+
+
+def run_once(command, code=0):
     """Runs `command`: words, or a function that returns them. A failure ends the benchmark."""
     command = command() if callable(command) else command
     started = time.perf_counter()
-    process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+    process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.DEVNULL)
     _, status, usage = os.wait4(process.pid, 0)
     seconds = time.perf_counter() - started
     process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode:
+    if process.returncode != code:
         raise subprocess.CalledProcessError(process.returncode, command)
     return Run(seconds, usage.ru_maxrss * 1024)
 
 
 class Goal:
-    """The goal for a figure, and a stricter one; both are upper limits."""
+    """The goal for a figure, and a stricter one; both are upper limits. `one` is the goal on one
+    processor, where it is another."""
 
-    def __init__(self, most=None, stretch=None):
+    def __init__(self, most=None, stretch=None, one=None):
         self.most = most
         self.stretch = stretch
+        self.one = most if one is None else one
 
-    def verdict(self, value):
+    def __str__(self):
         if self.most is None:
             return "-"
-        if value > self.most:
+        return "%g" % self.most if self.one == self.most else "%g / %g" % (self.most, self.one)
+
+    def verdict(self, value, one):
+        if self.most is None:
+            return "-"
+        if (value is not None and value > self.most) or (one is not None and one > self.one):
             return "NO"
-        if self.stretch is not None and value <= self.stretch:
+        if self.stretch is not None and value is not None and value <= self.stretch:
             return "stretch"
         return "yes"
 
@@ -57,85 +69,123 @@ class Peer:
 
 
 class Figure:
-    """A line of the table."""
+    """A line of the table: the figure with all processors, and on one; either may be None."""
 
-    def __init__(self, work, peer, value, goal, unit=""):
+    def __init__(self, work, peer, value, one, goal, unit=""):
         self.work = work
         self.peer = peer
         self.value = value
+        self.one = one
         self.goal = goal
         self.unit = unit
         self.details = {}
 
+    def verdict(self):
+        return self.goal.verdict(self.value, self.one)
+
     def as_json(self):
-        return {"work": self.work, "peer": self.peer, "value": round(self.value, 4),
-                "unit": self.unit or "ratio", "atMost": self.goal.most,
-                "stretch": self.goal.stretch, "verdict": self.goal.verdict(self.value),
-                **self.details}
+        def rounded(value):
+            return None if value is None else round(value, 4)
+        return {"work": self.work, "peer": self.peer, "value": rounded(self.value),
+                "oneProcessor": rounded(self.one), "unit": self.unit or "ratio",
+                "atMost": self.goal.most, "stretch": self.goal.stretch,
+                "atMostOnOne": self.goal.one, "verdict": self.verdict(), **self.details}
+
+
+class Side:
+    """A program that takes part, and its runs."""
+
+    def __init__(self, command, processors, result=None, code=0):
+        self.command, self.processors = command, processors
+        self.result, self.code = result, code
+        self.runs = []
+        self.size = None
+
+    def middle(self):
+        return statistics.median(run.seconds for run in self.runs)
 
 
 class Contest:
     """One kind of work. `prepare` runs before each program and is not timed."""
 
-    def __init__(self, work, ours, peers, prepare=None, result=None, memory_goal=None):
+    def __init__(self, work, ours, peers, prepare=None, result=None, memory_goal=None, code=0):
         self.work = work
         self.ours = ours
         self.peers = peers
         self.prepare = prepare or (lambda: None)
         self.result = result  # the path of our result, if its size is compared
         self.memory_goal = memory_goal
-        self.sizes = {}
+        self.code = code      # with which our program ends
 
-    def run(self, command):
-        return run_once(command)
+    def run(self, side):
+        os.sched_setaffinity(0, side.processors)
+        try:
+            return run_once(side.command, side.code)
+        finally:
+            os.sched_setaffinity(0, ALL)
 
-    def hold(self, rounds):
-        """The figures of `rounds` rounds, after one to warm up."""
-        sides = [("kraddon", self.ours, self.result)]
-        sides += [(peer.name, peer.command, peer.result) for peer in self.peers]
-        runs = {name: [] for name, _, _ in sides}
+    def our_sides(self):
+        """With all processors, and with one: None where that is the same."""
+        one = Side(self.ours, ONE, self.result, self.code)
+        return (Side(self.ours, ALL, self.result, self.code) if len(ALL) > 1 else None), one
+
+    def hold(self, rounds, seconds):
+        """The figures of `rounds` rounds, after one to warm up, or of as many as `seconds` allow,
+        but at least one."""
+        started = time.perf_counter()
+        both, one = self.our_sides()
+        theirs = [Side(peer.command, ALL, peer.result) for peer in self.peers]
+        sides = [side for side in (both, one, *theirs) if side]
         for number in range(rounds + 1):
             # The order changes, so that no program always runs after the same one.
             turn = number % len(sides)
-            for name, command, result in sides[turn:] + sides[:turn]:
+            for side in sides[turn:] + sides[:turn]:
                 self.prepare()
-                run = self.run(command)
+                run = self.run(side)
                 if number:
-                    runs[name].append(run)
-                if result:
-                    self.sizes[name] = os.path.getsize(result)
-        return list(self.figures(runs))
+                    side.runs.append(run)
+                if side.result:
+                    side.size = os.path.getsize(side.result)
+            if number and time.perf_counter() - started > seconds:
+                break
+        return list(self.figures(both, one, theirs))
 
-    def figures(self, runs):
-        middle = {name: statistics.median(run.seconds for run in taken)
-                  for name, taken in runs.items()}
-        for peer in self.peers:
-            figure = Figure(self.work, peer.name, middle["kraddon"] / middle[peer.name], peer.goal)
-            figure.details = {"seconds": round(middle["kraddon"], 4),
-                              "peerSeconds": round(middle[peer.name], 4)}
+    def compared(self, side, peer):
+        return side and side.middle() / peer.middle()
+
+    def figures(self, both, one, theirs):
+        ours = both or one
+        for peer, side in zip(self.peers, theirs):
+            figure = Figure(self.work, peer.name, self.compared(both, side),
+                            self.compared(one, side), peer.goal, self.unit)
+            figure.details = {"seconds": round(ours.middle(), 4), "rounds": len(ours.runs),
+                              "peerSeconds": round(side.middle(), 4)}
             yield figure
             if peer.size_goal:
-                yield Figure("  its size", peer.name,
-                             self.sizes["kraddon"] / self.sizes[peer.name], peer.size_goal)
+                yield Figure("  its size", peer.name, ours.size / side.size, None, peer.size_goal)
         if self.memory_goal:
-            peak = max(run.memory for run in runs["kraddon"])
-            yield Figure("  its peak memory", "-", peak / 2 ** 20, self.memory_goal, "MiB")
+            peaks = [side and max(run.memory for run in side.runs) / 2 ** 20
+                     for side in (both, one)]
+            yield Figure("  its peak memory", "-", *peaks, self.memory_goal, "MiB")
+
+    unit = ""
 
 
 class Loop(Contest):
     """Programs that do the work many times in one process, and print the seconds of CPU it took."""
 
-    def run(self, command):
-        done = subprocess.run(command, check=True, stdout=subprocess.PIPE)
+    def run(self, side):
+        done = subprocess.run(side.command, check=True, stdout=subprocess.PIPE)
         return Run(float(done.stdout), 0)
 
+    def our_sides(self):
+        return Side(self.ours, ALL), None
 
-class Startup(Contest):
-    """How much longer 'kraddon --version' takes than a program that does nothing."""
 
-    def figures(self, runs):
-        best = {name: statistics.median(run.seconds for run in taken)
-                for name, taken in runs.items()}
-        peer = self.peers[0]
-        yield Figure(self.work, peer.name, (best["kraddon"] - best[peer.name]) * 1000, peer.goal,
-                     "ms more")
+class Difference(Contest):
+    """How many milliseconds longer our program takes than the other one."""
+
+    unit = "ms more"
+
+    def compared(self, side, peer):
+        return side and (side.middle() - peer.middle()) * 1000

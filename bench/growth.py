@@ -29,10 +29,16 @@ class Curve:
         return (math.log(values[-1] / values[first]) /
                 math.log(self.sizes[-1] / self.sizes[first]))
 
+    def memory_each(self):
+        """How many bytes of memory one more file, or record, takes."""
+        first = self.sizes.index(self.sizes[-1] // 10)
+        return (self.memory[-1] - self.memory[first]) / (self.sizes[-1] - self.sizes[first])
+
     def as_json(self):
         return {"work": self.work, "sizes": self.sizes,
                 "seconds": [round(value, 5) for value in self.seconds], "memory": self.memory,
                 "slope": round(self.slope(self.seconds), 3),
+                "memoryEach": round(self.memory_each()),
                 "memorySlope": round(self.slope(self.memory), 3)}
 
 
@@ -41,37 +47,55 @@ class FileGrowth:
 
     GOAL = 1.05
 
+    # A million files in a tree, in a package, and extracted.
+    NEEDED = 12 << 30
+
     def __init__(self, inputs):
         self.inputs = inputs
-        self.sizes = [100, 300, 1000, 3000, 10000] if inputs.quick else [
-            1000, 3000, 10000, 30000, 100000]
+        self.sizes = [100, 300, 1000, 3000, 10000] if inputs.quick else [1000, 10000, 100000]
+        if not inputs.quick and self.has_room():
+            self.sizes.append(1000000)
+
+    def has_room(self):
+        pages = os.sysconf("SC_AVPHYS_PAGES") * os.sysconf("SC_PAGE_SIZE")
+        return min(pages, shutil.disk_usage(self.inputs.folder).free) >= self.NEEDED
 
     def works(self, size):
-        """Name, command, and what is removed before it."""
+        """Name, command, and what is done before it."""
         inputs, program = self.inputs, self.inputs.kraddon
         tree = inputs.texts(size)
         package = inputs.package(tree)
         copy = inputs.path("copy.kraddon")
-        remove = inputs.remover("out", "new.kraddon")
-        yield "create", [program, "create", inputs.path("new.kraddon"), tree, "--name", "b"], remove
-        yield "extract", [program, "extract", package, "-d", inputs.path("out")], remove
-        yield "list", [program, "list", package], remove
-        yield "verify", [program, "verify", "--opc", package], remove
+        nothing = inputs.remover()
+        yield ("create", [program, "create", inputs.path("new.kraddon"), tree, "--name", "b"],
+               inputs.remover("new.kraddon"))
+        inputs.remove("new.kraddon")
+        yield ("extract", [program, "extract", package, "-d", inputs.path("out")],
+               inputs.remover("out"))
+        inputs.remove("out")
+        yield "list", [program, "list", package], nothing
+        yield "verify", [program, "verify", "--opc", package], nothing
         yield ("add", [program, "add", copy, inputs.small_file()],
                lambda: shutil.copyfile(package, copy))
+        yield "set", [program, "set", copy, "license", "text=As it is."], nothing
+        yield "get", [program, "get", copy, "license"], nothing
+        inputs.remove("copy.kraddon")
 
     def measure(self, rounds):
         curves = {}
         for size in self.sizes:
+            # What takes half a minute is not measured often.
+            repeated = rounds if size < 1000000 else 1
             for work, command, prepare in self.works(size):
                 runs = []
-                for number in range(rounds + 1):
+                for number in range(repeated + 1 if repeated > 1 else 1):
                     prepare()
                     run = run_once(command)
-                    if number:
+                    if number or repeated == 1:
                         runs.append(run)
                 curves.setdefault(work, Curve(work)).add(size, runs)
-            self.inputs.remover("out", "new.kraddon", "copy.kraddon")()
+            if size > 100000:
+                self.inputs.remove("texts%d" % size, "texts%d.kraddon" % size)
         return list(curves.values())
 
 
@@ -94,7 +118,7 @@ class RecordGrowth:
         return list(curves.values())
 
     def measure_document(self, curves, size, words, path, rounds):
-        for verb, last in (("set", [path]), ("get", [])):
+        for verb, last in (("set", [path, "--no-verify"]), ("get", [])):
             command = [self.inputs.kraddon, verb, *words, *last]
             work = "%s %s" % (verb, words[1])
             runs = [run_once(command) for _ in range(rounds + 1)]

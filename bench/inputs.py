@@ -6,9 +6,17 @@ import os
 import random
 import shutil
 import subprocess
+import traceback
 
 WORDS = ("function", "end", "return", "signal", "window", "spectrum", "filter", "length", "zeros",
          "for", "if", "else", "sum", "mean", "value", "index", "count", "plot", "figure", "while")
+
+
+def random_texts(count):
+    """At most so many that a million files do not take minutes."""
+    source = random.Random(count)
+    return [" ".join(source.choices(WORDS, k=source.randint(20, 300)))
+            for _ in range(min(count, 100000))]
 
 
 class Inputs:
@@ -21,22 +29,38 @@ class Inputs:
     def path(self, name):
         return os.path.join(self.folder, name)
 
+    def shell(self, command):
+        """A command line for this folder."""
+        return ["bash", "-c", "cd '%s' && %s" % (self.folder, command)]
+
+    def remove(self, *names):
+        """Removes these files and folders if they exist."""
+        for name in names:
+            target = self.path(name)
+            if os.path.isdir(target):
+                shutil.rmtree(target)
+            elif os.path.lexists(target):
+                os.remove(target)
+
     def remover(self, *names):
-        """A function that removes these files and folders if they exist."""
-        def remove():
-            for name in names:
-                target = self.path(name)
-                if os.path.isdir(target):
-                    shutil.rmtree(target)
-                elif os.path.lexists(target):
-                    os.remove(target)
-        return remove
+        return lambda: self.remove(*names)
 
     def once(self, name, make):
-        """The path of `name`, which `make(path)` makes unless it exists."""
+        """The path of `name`, which `make(path)` makes unless it exists. It does so in a process of
+        its own: the peak memory of a program begins with that of the process that starts it."""
         path = self.path(name)
-        if not os.path.exists(path):
-            make(path)
+        if os.path.exists(path):
+            return path
+        child = os.fork()
+        if child == 0:
+            try:
+                make(path)
+            except BaseException:
+                traceback.print_exc()
+                os._exit(1)
+            os._exit(0)
+        if os.waitpid(child, 0)[1] != 0:
+            raise RuntimeError("cannot make '%s'" % path)
         return path
 
     def headers(self):
@@ -47,17 +71,33 @@ class Inputs:
             subprocess.run(["cp", "-rL", source, path], check=False, stderr=subprocess.DEVNULL)
         return self.once("headers", make)  # links that lead nowhere are left out
 
+    def project(self, tree):
+        """A project with the files of a tree."""
+        def make(path):
+            subprocess.run(["cp", "-al", tree, path], check=True)
+            with open(os.path.join(path, "kraddon.toml"), "w", encoding="ascii") as file:
+                file.write('[package]\nname = "bench"\nversion = "1.0"\n')
+        return self.once("project", make)
+
+    def copies(self, package, count):
+        """Paths of copies of a package."""
+        def make(path):
+            os.makedirs(path)
+            for number in range(count):
+                shutil.copyfile(package, os.path.join(path, "%03d.kraddon" % number))
+        folder = self.once("copies", make)
+        return [os.path.join(folder, name) for name in sorted(os.listdir(folder))]
+
     def texts(self, count):
         """A tree with that many small files, like those of a toolbox."""
         def make(path):
-            source = random.Random(count)
+            texts = random_texts(count)
             for number in range(count):
                 folder = "%s/group%02d/set%02d" % (path, number // 5000, number // 50 % 100)
                 if number % 50 == 0:
                     os.makedirs(folder, exist_ok=True)
-                words = source.choices(WORDS, k=source.randint(20, 300))
                 with open("%s/step%06d.m" % (folder, number), "w", encoding="ascii") as file:
-                    file.write("%% step %d\n%s\n" % (number, " ".join(words)))
+                    file.write("%% step %d\n%s\n" % (number, texts[number % len(texts)]))
         return self.once("texts%d" % count, make)
 
     def large_file(self):

@@ -6,7 +6,7 @@ import math
 
 WIDTH, HEIGHT, MARGIN = 720, 460, 64
 # Distinct without colour vision, on white and on black.
-COLOURS = ("#0072b2", "#d55e00", "#009e73", "#cc79a7", "#b58900", "#56b4e9")
+COLOURS = ("#0072b2", "#d55e00", "#009e73", "#cc79a7", "#b58900", "#56b4e9", "#666666")
 
 
 def laid_out(rows):
@@ -18,29 +18,38 @@ def laid_out(rows):
 
 
 def shown(value, unit):
+    if value is None:
+        return "-"
     if unit:
         return "%.1f %s" % (value, unit)
     return "%.3f" % value if 0.98 < value < 1.02 else "%.2f" % value
 
 
 def figures_table(figures):
-    rows = [("work", "peer", "figure", "at most", "stretch", "reached")]
+    rows = [("work", "peer", "figure", "on one processor", "at most", "stretch", "reached")]
     for figure in figures:
-        goals = ["-" if goal is None else "%g" % goal
-                 for goal in (figure.goal.most, figure.goal.stretch)]
-        rows.append((figure.work, figure.peer, shown(figure.value, figure.unit), *goals,
-                     figure.goal.verdict(figure.value)))
+        stretch = "-" if figure.goal.stretch is None else "%g" % figure.goal.stretch
+        rows.append((figure.work, figure.peer, shown(figure.value, figure.unit),
+                     shown(figure.one, figure.unit), str(figure.goal), stretch, figure.verdict()))
     return laid_out(rows)
 
 
-def curves_table(curves, goal):
-    rows = [("work", "sizes", "slope of time", "slope of memory", "at most", "reached")]
+def curves_table(curves, goal, of):
+    rows = [("work", "sizes", "slope of time", "at most", "reached", "slope of memory",
+             "memory for each " + of)]
     for curve in curves:
         slope = curve.slope(curve.seconds)
         rows.append((curve.work, "%d to %d" % (curve.sizes[-1] // 10, curve.sizes[-1]),
-                     "%.2f" % slope, "%.2f" % curve.slope(curve.memory), "%.2f" % goal,
-                     "yes" if slope <= goal else "NO"))
+                     "%.2f" % slope, "%.2f" % goal, "yes" if slope <= goal else "NO",
+                     "%.2f" % curve.slope(curve.memory), "%.0f bytes" % curve.memory_each()))
     return laid_out(rows)
+
+
+def put_between(text, begin, end, new):
+    """Replaces what stands between two lines of a text."""
+    before, rest = text.split(begin + "\n", 1)
+    after = rest.split(end + "\n", 1)[1]
+    return before + begin + "\n" + new + end + "\n" + after
 
 
 class Axis:
