@@ -69,7 +69,8 @@ std::string toReference(const SignablePart& part) {
 
 std::optional<PartReference> parseReference(const std::string& uri) {
   const std::size_t query = uri.find('?');
-  if (query < 2 || uri.compare(query, kQuery.size(), kQuery) != 0) return std::nullopt;
+  if (query == uri.npos || query < 2) return std::nullopt;
+  if (uri.compare(query, kQuery.size(), kQuery) != 0) return std::nullopt;
   try {
     const std::string type = model::percentDecodePath(uri.substr(query + kQuery.size()));
     return PartReference{partNameOf(std::string_view(uri).substr(1, query - 1)),
