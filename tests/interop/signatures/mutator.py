@@ -7,7 +7,7 @@ import random
 
 from lxml import etree
 from lab import D, change_relationships, change_signature, rels, signature_parts
-from opc_package import TYPES_ITEM, Package, parse
+from opc_package import Package, is_types_item, parse
 from signer import FOLDER, ORIGIN_PART
 from xml_signature import C14N, C14N_COMMENTS, EXCLUSIVE, MEDIA, MORE, RELATIONSHIP_TRANSFORM
 
@@ -45,7 +45,7 @@ class Mutator:
             try:
                 change(self, package, chance)
                 done.append(change.__name__)
-            except (KeyError, IndexError, ValueError, etree.XMLSyntaxError):
+            except (KeyError, IndexError, StopIteration, ValueError, etree.XMLSyntaxError):
                 done.append(f"({change.__name__})")  # an earlier change left nothing for it
         return package, done
 
@@ -252,14 +252,17 @@ def content_of(package):
     found = {}
     for name, content in package.items.items():
         part = "/" + name
-        if name == TYPES_ITEM or is_carrier(package, part):
+        if is_types_item(name) or is_carrier(package, part):
             continue
         found[name] = (package.type_of(part), content)
     return found
 
 
 def is_carrier(package, part):
-    if not part.startswith(FOLDER):
+    """Whether it carries signatures, and lies where it may. No signature covers its name, whose case
+    does not count."""
+    part = part.lower()
+    if part.startswith(("/files/", "/metadata/")):
         return False
-    content_type = package.type_of(part) or ""
-    return content_type.startswith(MEDIA) or (part.endswith(".rels") and "/_rels/" in part)
+    return (package.type_of(part) or "").startswith(MEDIA) or (
+        part.startswith(FOLDER + "/") and part.endswith(".rels"))

@@ -8,10 +8,13 @@ import zipfile
 
 from lxml import etree
 
-TYPES_ITEM = "[Content_Types].xml"
 TYPES = "http://schemas.openxmlformats.org/package/2006/content-types"
 RELATIONSHIPS = "http://schemas.openxmlformats.org/package/2006/relationships"
 RELATIONSHIPS_TYPE = "application/vnd.openxmlformats-package.relationships+xml"
+
+
+def is_types_item(name):
+    return name.lower() == "[content_types].xml"
 
 
 def parse(content):
@@ -69,15 +72,19 @@ class Package:
 
     def parts(self):
         return ["/" + name for name in self.items
-                if name != TYPES_ITEM and self.type_of("/" + name) is not None]
+                if not is_types_item(name) and self.type_of("/" + name) is not None]
 
     # Content types
 
+    def types_item(self):
+        """Its name, in which case does not count."""
+        return next(name for name in self.items if is_types_item(name))
+
     def types(self):
-        return parse(self.items[TYPES_ITEM])
+        return parse(self.items[self.types_item()])
 
     def set_types(self, root):
-        self.items[TYPES_ITEM] = written(root)
+        self.items[self.types_item()] = written(root)
 
     def type_of(self, part):
         by_extension = None
