@@ -145,6 +145,21 @@ class Inputs:
                            check=True)
         return self.once(name, make)
 
+    def signer(self):
+        """The options that name a key and its certificate."""
+        key, certificate = self.path("signer.key"), self.path("signer.pem")
+        self.once("signer.pem", lambda path: subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "rsa:3072", "-nodes", "-keyout", key, "-out", path,
+             "-days", "30", "-subj", "/CN=bench"], check=True, stderr=subprocess.DEVNULL))
+        return ["--key", key, "--certificate", certificate]
+
+    def signed(self, package):
+        """The same package, signed."""
+        def make(path):
+            shutil.copy(package, path)
+            subprocess.run([self.kraddon, "sign", path, *self.signer()], check=True)
+        return self.once("signed-" + os.path.basename(package), make)
+
     def archive(self, tree):
         """A ZIP file of the same folder, made by zip."""
         name = os.path.basename(tree) + ".zip"

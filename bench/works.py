@@ -5,6 +5,7 @@ import os
 
 from contest import Contest, Difference, Goal, Loop, Peer
 from reading import Reading
+from signing import Signing
 from writing import Writing
 
 PYTHON_CALLS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "host_peer.py")
@@ -18,6 +19,7 @@ class Works:
         self.many = 10000 if inputs.quick else 100000
         self.writing = Writing(inputs, self.many)
         self.reading = Reading(inputs, self.many)
+        self.signing = Signing(inputs)
 
     def contests(self):
         yield from self.writing.real()
@@ -27,7 +29,9 @@ class Works:
         yield from self.reading.many_files()
         yield from self.writing.large_file()
         yield from self.writing.changes()
+        yield from self.signing.large()
         yield from self.reading.small()
+        yield from self.signing.small()
         yield from self.calls()
         yield Difference("--version", [self.inputs.kraddon, "--version"],
                          [Peer("/bin/true", ["/bin/true"], Goal(1))])
