@@ -79,6 +79,9 @@ class SignatureCheck {
 
   void addUnsupported(const std::string& part, const std::string& why) {
     if (isAddon()) return report_.addClipped(kUnsupportedSignature, part, why, "");
+    if (demands_.anchors != nullptr) {
+      return report_.addClipped(kUntrustedSigner, part, "its signer cannot be checked: " + why, "");
+    }
     if (isUncheckedAdded_) return;
     isUncheckedAdded_ = true;
     report_.addClipped(kUncheckedSignature, part,

@@ -55,6 +55,18 @@ class Attacks(LabCase):
             with self.subTest(attack=name):
                 self.assertIn("error", [each["severity"] for each in findings])
 
+    def test_what_is_not_supported_is_not_trusted_in_any_package(self):
+        for name in ATTACKS:
+            self.file(f"{name}.kraddon", made(self.lab, name))
+        names = [f"{name}.kraddon" for name in ATTACKS]
+        unsupported = [name for name, findings in self.verdicts(names, *TRUSTED).items()
+                       if "KR608" in [each["id"] for each in findings]]
+        self.assertGreater(len(unsupported), 40)
+
+        for name, findings in self.verdicts(unsupported, "--opc", *TRUSTED).items():
+            with self.subTest(attack=name):
+                self.assertIn("error", [each["severity"] for each in findings])
+
     def test_none_makes_the_list_of_signatures_good(self):
         """What counts is the exit code: of scripts that ask only who signed."""
         for name in ATTACKS:
