@@ -13,7 +13,7 @@ using python::PackageHandle;
 PYBIND11_MODULE(_native, module) {
   module.attr("version") = KRADDON_VERSION;
   module.attr("tables") = python::describeTables();
-  python::PackageClass package(module, "Package");
+  python::PackageClass package(module, "Package", python::plainType());
   package
       .def(py::init(
           [](const py::bytes& path, char mode, std::optional<std::int64_t> timestamp, int level) {

@@ -6,13 +6,13 @@ import dataclasses
 import json
 import os
 import tempfile
-from collections.abc import Iterable
 from typing import Any
 
-from . import _native, _records
+from . import _conversion, _native
 from ._errors import Error, make
-from ._package import StrPath, disk_path, timestamp_of, whole_number
+from ._package import disk_path, timestamp_of, whole_number
 from ._records import Properties
+from ._types import Progress, StrPath, Texts
 
 _LONGEST_WAIT = 1_000_000
 
@@ -67,7 +67,7 @@ class Difference:
     files: list[dict[str, Any]]
 
 
-def _texts(name: str, values: Iterable[str]) -> list[str]:
+def _texts(name: str, values: Texts) -> list[str]:
     if isinstance(values, (str, bytes)):
         raise TypeError(f"{name}: expected a list of str, not {type(values).__name__}")
     texts = list(values)
@@ -104,10 +104,10 @@ def _optional(path: StrPath | None) -> bytes | None:
 
 def create(package: StrPath, folder: StrPath | None = None, *, name: str, version: str = "1.0",
            summary: str = "", description: str = "", author: str = "", contact: str = "",
-           organization: str = "", guid: str | None = None, exclude: Iterable[str] = (),
+           organization: str = "", guid: str | None = None, exclude: Texts = (),
            default_excludes: bool = False, follow: bool = False, force: bool = False,
            timestamp: int | None = None, level: int = 6, lock_timeout: int = 60,
-           progress: _native.Progress | None = None) -> BuildResult:
+           progress: Progress | None = None) -> BuildResult:
     """Creates a package with everything below a folder, as `kraddon create` does."""
     if not _text("name", name):
         raise ValueError("name: an add-on needs a name")
@@ -119,7 +119,7 @@ def create(package: StrPath, folder: StrPath | None = None, *, name: str, versio
                             author_organization=organization, guid=guid)
     return _build_result(_native.create(
         disk_path(package), b"" if folder is None else _folder(folder),
-        _records._from_python("properties", properties), _texts("exclude", exclude),
+        _conversion.from_python("properties", properties), _texts("exclude", exclude),
         default_excludes, follow, force, seconds, whole_number("level", level, 9),
         whole_number("lock_timeout", lock_timeout, _LONGEST_WAIT), progress))
 
@@ -131,11 +131,11 @@ def _folder(folder: StrPath) -> bytes:
     return path
 
 
-def build(folder: StrPath = ".", *, output: StrPath | None = None, exclude: Iterable[str] = (),
+def build(folder: StrPath = ".", *, output: StrPath | None = None, exclude: Texts = (),
           follow: bool = False, force: bool = False, dry_run: bool = False, strict: bool = False,
-          no_verify: bool = False, ignore: Iterable[str] = (), error: Iterable[str] = (),
-          warn: Iterable[str] = (), timestamp: int | None = None, level: int | None = None,
-          lock_timeout: int = 60, progress: _native.Progress | None = None) -> BuildResult:
+          no_verify: bool = False, ignore: Texts = (), error: Texts = (),
+          warn: Texts = (), timestamp: int | None = None, level: int | None = None,
+          lock_timeout: int = 60, progress: Progress | None = None) -> BuildResult:
     """Builds the package of a project from its kraddon.toml, as `kraddon build` does."""
     if strict and no_verify:
         raise ValueError("strict and no_verify exclude each other")
@@ -146,10 +146,10 @@ def build(folder: StrPath = ".", *, output: StrPath | None = None, exclude: Iter
         whole_number("lock_timeout", lock_timeout, _LONGEST_WAIT), progress))
 
 
-def verify(package: StrPath, *, ignore: Iterable[str] = (), error: Iterable[str] = (),
-           warn: Iterable[str] = (), manifest: StrPath | None = None,
+def verify(package: StrPath, *, ignore: Texts = (), error: Texts = (),
+           warn: Texts = (), manifest: StrPath | None = None,
            policy: StrPath | None = None, opc: bool = False, strict: bool = False,
-           progress: _native.Progress | None = None) -> list[Finding]:
+           progress: Progress | None = None) -> list[Finding]:
     """Checks every byte of a package, as `kraddon verify` does, and returns what is wrong. With
     `strict`, warnings are errors."""
     found = json.loads(_native.verify(

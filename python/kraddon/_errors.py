@@ -21,7 +21,8 @@ class Error(OSError):
     def __init__(self, message: str, *, errno: int | None = None, path: str | None = None,
                  part: str | None = None, hint: str | None = None) -> None:
         super().__init__(message)
-        self.errno = errno
+        if errno is not None:
+            self.errno = errno
         self.path = path
         self.part = part
         self.hint = hint
@@ -61,7 +62,7 @@ class _BadValue(Error, ValueError):
     pass
 
 
-_CLASSES = {
+_CLASSES: dict[int, type[Error]] = {
     _errno.ENOENT: _NotFound,
     _errno.EEXIST: _AlreadyExists,
     _errno.EACCES: _NotPermitted,
@@ -69,7 +70,7 @@ _CLASSES = {
     _errno.EISDIR: _IsFolder,
     _errno.ENOTDIR: _NotFolder,
 }
-_KINDS = {"malformed": InvalidPackage, "value": _BadValue}
+_KINDS: dict[str, type[Error]] = {"malformed": InvalidPackage, "value": _BadValue}
 
 
 def _restore(kind: type[Error], message: str, errno: int | None, path: str | None,
@@ -80,6 +81,6 @@ def _restore(kind: type[Error], message: str, errno: int | None, path: str | Non
 def make(kind: str, message: str, hint: str | None, number: int, path: bytes,
          part: str | None) -> Error:
     """The error of a failure that the native module reports; `number` is an errno value or 0."""
-    error = _KINDS.get(kind) or _CLASSES.get(number, Error)
+    error = _KINDS[kind] if kind else _CLASSES.get(number, Error)
     return error(message, errno=number or None, path=os.fsdecode(path) if path else None,
                  part=part, hint=hint)

@@ -2,19 +2,18 @@
 """Packages that are open."""
 from __future__ import annotations
 
+import collections.abc
 import json
 import os
 import types
-from collections.abc import Iterable, Iterator
 from typing import Any, Literal, TypeVar
 
-from . import _native, _records
+from . import _conversion, _native
 from ._records import (App, Configuration, ExampleCategory, License, Properties, Requirements,
                        Revision)
 from ._tree import PackagePath, text_path
+from ._types import Progress, StrPath, Texts
 
-StrPath = str | bytes | os.PathLike[str] | os.PathLike[bytes]
-Mode = Literal["r", "a", "x", "w"]
 _Self = TypeVar("_Self", bound="Package")
 
 _LAST_SECOND = 253402300799  # of the year 9999
@@ -54,7 +53,7 @@ class Package:
     As a context manager, a clean exit commits what was changed, an exception discards it.
     """
 
-    def __init__(self, path: StrPath, mode: Mode = "r", *, timestamp: int | None = None,
+    def __init__(self, path: StrPath, mode: Literal["r", "a", "x", "w"] = "r", *, timestamp: int | None = None,
                  level: int = 6) -> None:
         if mode not in ("r", "a", "x", "w"):
             raise ValueError(f"invalid mode: {mode!r}")
@@ -185,6 +184,12 @@ class Package:
         """The bytes of the image. set_screenshot() stores one, `del` removes it."""
         return self._native.screenshot()
 
+    @screenshot.setter
+    def screenshot(self, value: bytes | None) -> None:
+        if value is not None:
+            raise TypeError("set_screenshot() stores an image file")
+        self._native.remove_screenshot()
+
     @screenshot.deleter
     def screenshot(self) -> None:
         self._native.remove_screenshot()
@@ -194,10 +199,10 @@ class Package:
         self._native.set_screenshot(disk_path(path))
 
     def _document(self, name: str) -> Any:
-        return _records._to_python(name, self._native.document(name))
+        return _conversion.to_python(name, self._native.document(name))
 
     def _set_document(self, name: str, value: Any) -> None:
-        self._native.set_document(name, _records._from_python(name, value))
+        self._native.set_document(name, _conversion.from_python(name, value))
 
     # The file tree.
 
@@ -211,7 +216,7 @@ class Package:
         names = self._native.names()
         return names.split("\0") if names else []
 
-    def __iter__(self) -> Iterator[str]:
+    def __iter__(self) -> collections.abc.Iterator[str]:
         return iter(self.namelist())
 
     def __len__(self) -> int:
@@ -269,12 +274,12 @@ class Package:
         self._native.move(text_path(old).rstrip("/"), text_path(new).rstrip("/"))
 
     def extract_all(self, destination: StrPath, overwrite: bool = False, *,
-                    progress: _native.Progress | None = None) -> None:
+                    progress: Progress | None = None) -> None:
         """Writes the file tree below a folder of the disk, which is made if it is missing."""
         self._native.extract([""], disk_path(destination), overwrite, progress)
 
-    def extract(self, path: str | Iterable[str], destination: StrPath, overwrite: bool = False, *,
-                progress: _native.Progress | None = None) -> None:
+    def extract(self, path: str | Texts, destination: StrPath, overwrite: bool = False, *,
+                progress: Progress | None = None) -> None:
         """Writes a file, or a folder with everything below it, under its full path below a folder
         of the disk."""
         paths = [path] if isinstance(path, str) else list(path)
@@ -294,7 +299,7 @@ class Package:
         return found
 
 
-def open(path: StrPath, mode: Mode = "r", *, timestamp: int | None = None,
+def open(path: StrPath, mode: Literal["r", "a", "x", "w"] = "r", *, timestamp: int | None = None,
          level: int = 6) -> Package:
     """Opens a package: "r" for reading, "a" to change it, "x" and "w" to make a new one, which
     with "w" may replace a file.

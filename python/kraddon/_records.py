@@ -27,7 +27,6 @@ def _make_classes() -> dict[str, Any]:
             name,
             [(field, _type_of(initial, record), _field(initial))
              for field, initial, record, _ in fields],
-            kw_only=True,
             namespace={"__doc__": text + "\n\n" + "\n".join(
                 f"{field}: {help_text}" for field, _, _, help_text in fields),
                 "__module__": __name__})
@@ -35,47 +34,5 @@ def _make_classes() -> dict[str, Any]:
 
 
 _classes = _make_classes()
-# Of each class its fields, and of those with records the class of these.
-_fields = {name: [(field, record) for field, _, record, _ in fields]
-           for name, _, fields in _native.tables[0]}
-_documents = {name: (is_list, record) for name, is_list, record in _native.tables[1]}
 globals().update(_classes)
 __all__ = list(_classes)
-
-
-def _record(name: str, values: Any) -> Any:
-    fields = {}
-    for (field, record), value in zip(_fields[name], values):
-        fields[field] = value if record is None else [_record(record, one) for one in value]
-    return _classes[name](**fields)
-
-
-def _values(name: str, record: Any) -> Any:
-    if not isinstance(record, _classes[name]):
-        raise TypeError(f"expected {name}, not {type(record).__name__}")
-    values = []
-    for field, kind in _fields[name]:
-        value = getattr(record, field)
-        if kind is not None and isinstance(value, (list, tuple)):
-            value = [_values(kind, one) for one in value]
-        values.append(value)
-    return tuple(values)
-
-
-def _to_python(document: str, values: Any) -> Any:
-    """The records of a document, of its values in the native module."""
-    is_list, name = _documents[document]
-    if is_list:
-        return [_record(name, one) for one in values]
-    return None if values is None else _record(name, values)
-
-
-def _from_python(document: str, value: Any) -> Any:
-    is_list, name = _documents[document]
-    if value is None:
-        return None
-    if not is_list:
-        return _values(name, value)
-    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
-        raise TypeError(f"{document}: expected a list of {name}, not {type(value).__name__}")
-    return [_values(name, one) for one in value]

@@ -2,15 +2,15 @@
 """The file tree of a package, as files and folders."""
 from __future__ import annotations
 
+import collections.abc
 import datetime
 import io
-from collections.abc import Iterator
-from typing import IO, TYPE_CHECKING, Any, Literal, overload
+from typing import TYPE_CHECKING, Any
+
+from . import _native
 
 if TYPE_CHECKING:
     from importlib.abc import Traversable
-
-    from . import _native
 else:
     from importlib.resources.abc import Traversable
 
@@ -137,7 +137,7 @@ class PackagePath(Traversable):
         status = self._package.status(self._path)
         return status is not None and not status[0]
 
-    def iterdir(self) -> Iterator[PackagePath]:
+    def iterdir(self) -> collections.abc.Iterator[PackagePath]:
         names = self._package.children(self._path)
         for name in names.split("\0") if names else ():
             yield PackagePath(self._package, self._below(name.rstrip("/")))
@@ -153,25 +153,14 @@ class PackagePath(Traversable):
     def __truediv__(self, child: str) -> PackagePath:
         return self.joinpath(child)
 
-    @overload
-    def open(self, mode: Literal["r"] = "r", *, encoding: str | None = None,
-             errors: str | None = None, newline: str | None = None) -> io.TextIOWrapper: ...
-
-    @overload
-    def open(self, mode: Literal["rb"]) -> io.BufferedReader: ...
-
-    @overload
-    def open(self, mode: str, *, encoding: str | None = None, errors: str | None = None,
-             newline: str | None = None) -> IO[Any]: ...
-
-    def open(self, mode: str = "r", *, encoding: str | None = None, errors: str | None = None,
-             newline: str | None = None) -> IO[Any]:
+    def open(self, mode: str = "r", buffering: int = -1, encoding: str | None = None,
+             errors: str | None = None, newline: str | None = None) -> Any:
         """Opens the file for reading, "r" as text (UTF-8 unless `encoding` says otherwise) or "rb"
         as bytes. The stream ends with the package."""
         if mode not in ("r", "rb", "rt"):
             raise ValueError(f"invalid mode: {mode!r}")
         raw = _RawFile(self._package, self._path, self._status()[1])
-        reader = io.BufferedReader(raw, 1 << 16)
+        reader = io.BufferedReader(raw, buffering if buffering > 1 else 1 << 16)
         if mode == "rb":
             return reader
         return io.TextIOWrapper(reader, encoding or "utf-8", errors, newline)

@@ -29,7 +29,7 @@ std::string typeOf(const Field& field) {
 }
 
 void write(const RecordTable& table, std::ostream& out) {
-  out << fmt::format("\n@dataclass(kw_only=True)\nclass {}:\n", python::classNameOf(table));
+  out << fmt::format("\n@dataclass\nclass {}:\n", python::classNameOf(table));
   for (const Field& field : table.fields) {
     out << fmt::format("    {}: {} = ...\n", python::attributeNameOf(field.name), typeOf(field));
   }
@@ -41,7 +41,11 @@ int main(int argc, char* argv[]) {
   if (argc != 2) return 2;
   std::ofstream out(argv[1]);
   out << "# Made from the tables of the documents; do not edit.\n"
-         "from dataclasses import dataclass\n";
+         "from dataclasses import dataclass\n\n__all__ = [";
+  for (const RecordTable* table : python::recordClasses()) {
+    out << fmt::format("\"{}\", ", python::classNameOf(*table));
+  }
+  out << "]\n";
   for (const RecordTable* table : python::recordClasses()) write(*table, out);
   out.close();
   return out ? 0 : 1;
