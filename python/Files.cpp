@@ -180,7 +180,8 @@ std::size_t readStream(Stream& stream, const py::buffer& target) {
 }  // namespace
 
 void bindFiles(py::module_& module, PackageClass& package) {
-  py::class_<Stream, std::shared_ptr<Stream>>(module, "Stream", plainType()).def("readinto", readStream);
+  py::class_<Stream, std::shared_ptr<Stream>>(module, "Stream", plainType())
+      .def("readinto", readStream);
   package.def("names", names)
       .def("count", count)
       .def("children", children)

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "python/PackageHandle.h"
 
+#include <cerrno>
 #include <chrono>
 
+#include "addon/build/BuildError.h"
 #include "addon/build/NewPackage.h"
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/Documents.h"
@@ -106,6 +108,7 @@ std::shared_ptr<PackageHandle> PackageHandle::open(const std::string& path, char
   std::shared_ptr<PackageHandle> handle(new PackageHandle(path, settings));
   handle->isReadOnly_ = mode == 'r';
   withoutGil({path}, [&] {
+    if (path.empty()) throw addon::build::systemError("cannot open package", path, ENOENT);
     if (mode == 'x' || mode == 'w') {
       handle->openNew(mode == 'w');
     } else {

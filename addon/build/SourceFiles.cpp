@@ -70,7 +70,8 @@ bool storeFolder(const std::string& path, AddonPackage& package) {
   } catch (const FileSystemEntryAlreadyExists&) {
     if (isFolderOf(package, path)) return false;
     throw BuildError(
-        opc::sentence("cannot create the folder", path, "the package has a file with that name"));
+        opc::sentence("cannot create the folder", path, "the package has a file with that name"),
+        {}, EEXIST);
   }
 }
 

@@ -6,7 +6,6 @@
 #include "addon/checks/detail/ReferenceCheck.h"
 #include "addon/checks/detail/StyleCheck.h"
 #include "opc/Exception.h"
-#include "opc/Text.h"
 #include "opc/checks/PackageFindings.h"
 #include "opc/checks/PackageVerification.h"
 
@@ -45,7 +44,7 @@ void checkDescribed(packaging::AddonPackage& package, Report& report, detail::Fi
 Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress,
                    const opc::checks::SignatureDemands& demands) {
   Report report = verifyAs(opc::checks::Subject::Addon, path, progress, demands);
-  packaging::AddonPackage package(opc::fromUtf8(path));
+  packaging::AddonPackage package(opc::SystemPath{path});
   if (open(package, report)) checkAddon(package, report);
   return report;
 }

@@ -141,7 +141,8 @@ def build(folder: StrPath = ".", *, output: StrPath | None = None, exclude: Text
         raise ValueError("strict and no_verify exclude each other")
     return _build_result(_native.build(
         disk_path(folder), _optional(output), _texts("exclude", exclude), follow, force, dry_run,
-        strict, not no_verify, _texts("ignore", ignore), _texts("error", error), _texts("warn", warn),
+        strict, not no_verify, _texts("ignore", ignore), _texts("error", error),
+        _texts("warn", warn),
         timestamp_of(timestamp), None if level is None else whole_number("level", level, 9),
         whole_number("lock_timeout", lock_timeout, _LONGEST_WAIT), progress))
 

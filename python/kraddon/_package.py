@@ -53,14 +53,14 @@ class Package:
     As a context manager, a clean exit commits what was changed, an exception discards it.
     """
 
-    def __init__(self, path: StrPath, mode: Literal["r", "a", "x", "w"] = "r", *, timestamp: int | None = None,
-                 level: int = 6) -> None:
+    def __init__(self, path: StrPath, mode: Literal["r", "a", "x", "w"] = "r", *,
+                 timestamp: int | None = None, level: int = 6) -> None:
         if mode not in ("r", "a", "x", "w"):
             raise ValueError(f"invalid mode: {mode!r}")
-        self._native = _native.Package(disk_path(path), mode, timestamp_of(timestamp),
-                                       whole_number("level", level, 9))
         self._path = os.fsdecode(path)
         self._mode = mode
+        self._native = _native.Package(disk_path(path), mode, timestamp_of(timestamp),
+                                       whole_number("level", level, 9))
 
     def __repr__(self) -> str:
         state = " closed" if self.closed else ""

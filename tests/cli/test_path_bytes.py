@@ -37,6 +37,8 @@ class PathBytes(CliTest):
         self.ok("verify", NAME, "--opc")
         report = self.run_kraddon("verify", NAME, "--json").json
         self.assertEqual(report["packages"][0]["file"], SHOWN)
+        self.assertEqual(report["packages"][0]["errors"], 0)
+        self.assertNotEqual(report["packages"][0]["findings"], [])
         self.run_kraddon("verify", NAME, "--format", "sarif").json
 
     def test_it_is_changed(self):

@@ -1,0 +1,129 @@
+# SPDX-License-Identifier: MIT
+"""Threads: long calls let others run, and packages do not get mixed up."""
+import concurrent.futures
+import os
+import sys
+import threading
+import time
+
+import pytest
+from conftest import FILES, KIT, make
+
+import kraddon
+
+
+@pytest.fixture
+def ticks():
+    """Counts as long as another thread can run. Since the interpreter switches threads only when
+    one lets go, it stands still during a call that does not."""
+    counter = [0]
+    ends = threading.Event()
+
+    def tick():
+        while not ends.is_set():
+            counter[0] += 1
+            time.sleep(0)
+
+    old = sys.getswitchinterval()
+    thread = threading.Thread(target=tick)
+    thread.start()
+    sys.setswitchinterval(1000)
+    yield counter
+    sys.setswitchinterval(old)
+    ends.set()
+    thread.join()
+
+
+def long_calls(tmp_path):
+    path = make(tmp_path / "p.kraddon", {**FILES, "big.bin": os.urandom(1 << 18)})
+    project = tmp_path / "project"
+    project.mkdir()
+    (project / "a.m").write_text("a")
+    (project / "kraddon.toml").write_text('[package]\nname = "x"\nversion = "1"\n')
+    package = kraddon.open(path)
+
+    def change():
+        opened = kraddon.open(path.with_name("c.kraddon"), "w")
+        opened.add_bytes(b"x", "x")
+        opened.close()
+
+    return {
+        "open": lambda: kraddon.open(path).discard(),
+        "read": lambda: package.read("big.bin"),
+        "readinto": lambda: package.readinto("big.bin", bytearray(1 << 18)),
+        "stream": lambda: (package.files / "big.bin").open("rb").read(),
+        "digest": package.digest,
+        "close": change,
+        "verify": lambda: kraddon.verify(path),
+        "build": lambda: kraddon.build(project, output=tmp_path / "b.kraddon"),
+        "create": lambda: kraddon.create(tmp_path / "n.kraddon", KIT, name="x", force=True),
+        "extract": lambda: package.extract_all(tmp_path / "out", overwrite=True),
+        "diff": lambda: kraddon.diff(path, path),
+        "preview": lambda: kraddon.preview(path),
+    }
+
+
+@pytest.mark.parametrize("name", ["open", "read", "readinto", "stream", "digest", "close", "verify",
+                                  "build", "create", "extract", "diff", "preview"])
+def test_another_thread_makes_progress_during_a_long_call(tmp_path, ticks, name):
+    call = long_calls(tmp_path)[name]
+    # How soon the other thread wakes up is for the system to say.
+    while True:
+        before = ticks[0]
+        call()
+        if ticks[0] != before:
+            break
+
+
+def test_threads_may_share_a_package(package):
+    with kraddon.open(package) as opened:
+        with concurrent.futures.ThreadPoolExecutor(8) as pool:
+            names = [name for name in FILES for _ in range(200)]
+            for name, content in zip(names, pool.map(opened.read, names)):
+                assert content == FILES[name]
+
+
+def test_threads_may_use_packages_of_their_own(tmp_path):
+    def work(number):
+        path = make(tmp_path / f"{number}.kraddon", {"a.m": b"%d" % number})
+        with kraddon.open(path, "a") as opened:
+            opened.license = kraddon.License(type="MIT", text=str(number))
+        with kraddon.open(path) as opened:
+            return opened.license.text, opened.read("a.m"), len(kraddon.verify(path))
+
+    with concurrent.futures.ThreadPoolExecutor(8) as pool:
+        for number, found in enumerate(pool.map(work, range(60))):
+            assert found[:2] == (str(number), b"%d" % number)
+
+
+def test_a_package_may_be_closed_by_another_thread(package):
+    opened = kraddon.open(package)
+    results = []
+
+    def read():
+        try:
+            while True:
+                results.append(opened.read("lib/b.m") == FILES["lib/b.m"])
+        except ValueError:
+            pass
+
+    threads = [threading.Thread(target=read) for _ in range(4)]
+    for thread in threads:
+        thread.start()
+    while len(results) < 100:
+        time.sleep(0)
+    opened.close()
+    for thread in threads:
+        thread.join()
+    assert all(results)
+
+
+def test_an_interrupt_ends_a_long_call(tmp_path):
+    import subprocess
+    script = ("import sys, os, signal, kraddon\n"
+              "def progress(done, total): os.kill(os.getpid(), signal.SIGINT)\n"
+              "try:\n    kraddon.create(sys.argv[1], sys.argv[2], name='x', progress=progress)\n"
+              "except KeyboardInterrupt:\n    sys.exit(7)\n")
+    done = subprocess.run([sys.executable, "-B", "-c", script, tmp_path / "p.kraddon", KIT],
+                          check=False)
+    assert done.returncode == 7 and not os.listdir(tmp_path)
