@@ -24,6 +24,7 @@
 #include "opc/Text.h"
 #include "opc/checks/PackageVerification.h"
 #include "opc/plservices/LoadedFileTree.h"
+#include "opc/signatures/XmlSignatureLibrary.h"
 #include "python/Bindings.h"
 #include "python/Progress.h"
 #include "python/RecordValues.h"
@@ -189,7 +190,8 @@ std::string buildPackage(const py::bytes& folder, const std::optional<py::bytes>
 std::string verify(const py::bytes& path, const Texts& ignore, const Texts& error,
                    const Texts& warn, const std::optional<py::bytes>& manifest,
                    const std::optional<py::bytes>& policy, bool isOpc, bool isStrict,
-                   const py::object& progress) {
+                   const std::vector<std::pair<std::string, std::string>>& certificates,
+                   bool requiresSignature, const py::object& progress) {
   const auto function = progressFunction(progress);
   const std::string file = path;
   addon::build::RuleSources sources{{ignore, error, warn}, isStrict, {}, {}};
@@ -198,8 +200,13 @@ std::string verify(const py::bytes& path, const Texts& ignore, const Texts& erro
   return withoutGil({file}, [&] {
     const addon::build::Rules rules = addon::build::rulesOf(sources);
     if (file.empty()) throw addon::build::systemError("cannot open package", file, ENOENT);
-    const opc::checks::Report report = isOpc ? opc::checks::verifyPackage(file, function)
-                                             : addon::checks::verifyAddon(file, function);
+    std::unique_ptr<opc::interfaces::ITrustAnchors> anchors;
+    for (const auto& [name, content] : certificates) {
+      opc::signatures::xmlSignatures().addAnchors(anchors, name, content);
+    }
+    const opc::checks::SignatureDemands demands{anchors.get(), requiresSignature};
+    const auto check = isOpc ? opc::checks::verifyPackage : addon::checks::verifyAddon;
+    const opc::checks::Report report = check(file, function, demands);
     PackageVerdict verdict = addon::checks::judge(file, report, rules.rules);
     std::string text;
     text::JsonWriter json(text);

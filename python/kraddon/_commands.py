@@ -12,9 +12,10 @@ from . import _conversion, _native
 from ._errors import Error, make
 from ._package import disk_path, timestamp_of, whole_number
 from ._records import Properties
-from ._types import Progress, StrPath, Texts
+from ._types import Paths, Progress, StrPath, Texts
 
 _LONGEST_WAIT = 1_000_000
+_LARGEST_CERTIFICATES = 16 << 20
 
 
 @dataclasses.dataclass(frozen=True)
@@ -84,6 +85,26 @@ def _text(name: str, value: str) -> str:
     return value
 
 
+def _paths(name: str, values: Paths) -> list[StrPath]:
+    if isinstance(values, (str, bytes, os.PathLike)):
+        raise TypeError(f"{name}: expected a list of paths, not {type(values).__name__}")
+    return list(values)
+
+
+def _certificates(path: StrPath) -> tuple[bytes, bytes]:
+    name = disk_path(path)
+    try:
+        with open(name, "rb") as file:
+            return name, file.read(_LARGEST_CERTIFICATES)
+    except OSError as error:
+        raise _refusal("cannot read", path, error) from error
+
+
+def _refusal(what: str, path: StrPath, error: OSError) -> Error:
+    return make("", f"{what} '{os.fsdecode(path)}': {error.strerror}", None, error.errno or 0,
+                disk_path(path), None)
+
+
 def _finding(values: dict[str, Any]) -> Finding:
     names = {field.name for field in dataclasses.fields(Finding)}
     return Finding(**{name: value for name, value in values.items() if name in names})
@@ -150,12 +171,15 @@ def build(folder: StrPath = ".", *, output: StrPath | None = None, exclude: Text
 def verify(package: StrPath, *, ignore: Texts = (), error: Texts = (),
            warn: Texts = (), manifest: StrPath | None = None,
            policy: StrPath | None = None, opc: bool = False, strict: bool = False,
+           trust: Paths = (), require_signature: bool = False,
            progress: Progress | None = None) -> list[Finding]:
     """Checks every byte of a package, as `kraddon verify` does, and returns what is wrong. With
-    `strict`, warnings are errors."""
+    `strict`, warnings are errors. With `trust`, files of certificates, the chain of every signer has
+    to reach one of these."""
     found = json.loads(_native.verify(
         disk_path(package), _texts("ignore", ignore), _texts("error", error),
-        _texts("warn", warn), _optional(manifest), _optional(policy), opc, strict, progress))
+        _texts("warn", warn), _optional(manifest), _optional(policy), opc, strict,
+        [_certificates(one) for one in _paths("trust", trust)], require_signature, progress))
     return [_finding(one) for one in found]
 
 
@@ -200,5 +224,4 @@ def _replace_file(output: StrPath, content: bytes, package: bytes) -> None:
             os.unlink(part)
         if not isinstance(error, OSError) or isinstance(error, Error):
             raise
-        raise make("", f"cannot write '{os.fsdecode(output)}': {error.strerror}", None,
-                   error.errno or 0, disk_path(output), None) from error
+        raise _refusal("cannot write", output, error) from error

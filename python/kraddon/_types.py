@@ -10,3 +10,4 @@ StrPath = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 Progress = Callable[[int, int], object]
 # Any number of them.
 Texts = typing.Iterable[str]
+Paths = typing.Iterable[StrPath]

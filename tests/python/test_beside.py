@@ -67,7 +67,7 @@ def test_the_module_exports_only_its_beginning():
 def test_the_module_needs_no_library_of_the_project():
     needed = subprocess.run(["readelf", "-d", kraddon._native.__file__], capture_output=True,
                             text=True, check=True).stdout
-    assert "kxarray" not in needed and "RUNPATH" not in needed and "RPATH" not in needed
+    assert "kxarray" not in needed and "[/" not in needed
 
 
 def test_importing_starts_no_thread_and_opens_nothing():

@@ -5,6 +5,7 @@ import itertools
 import json
 import pickle
 import shutil
+import subprocess
 
 import pytest
 from conftest import FILES, KIT, command, make
@@ -191,3 +192,24 @@ def test_a_package_refuses_calls_from_its_own_progress(package, tmp_path):
         with pytest.raises(RuntimeError):
             opened.extract_all(tmp_path / "out2", progress=lambda done, total: opened.close())
         assert opened.namelist()
+
+
+def test_verify_checks_signatures(package, tmp_path):
+    key, certificate = tmp_path / "key.pem", tmp_path / "certificate.pem"
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+                    "-subj", "/CN=Ada", "-keyout", key, "-out", certificate],
+                   capture_output=True, check=True)
+    assert any(one.severity == "error"
+               for one in kraddon.verify(package, require_signature=True))
+    done = command("sign", package, "--key", key, "--certificate", certificate)
+    assert done.returncode == 0, done.stderr
+
+    def errors(**options):
+        return [one for one in kraddon.verify(package, **options) if one.severity == "error"]
+    assert errors(require_signature=True, trust=[certificate]) == []
+    with pytest.raises(kraddon.Error):
+        kraddon.verify(package, trust=[key])
+    with pytest.raises(FileNotFoundError):
+        kraddon.verify(package, trust=[tmp_path / "none.pem"])
+    with pytest.raises(TypeError):
+        kraddon.verify(package, trust=certificate)
