@@ -4,6 +4,7 @@
 #include "addon/checks/detail/DocumentCheck.h"
 #include "addon/checks/detail/ReadableDocument.h"
 #include "addon/checks/detail/ReferenceCheck.h"
+#include "addon/checks/detail/SecretSearch.h"
 #include "addon/checks/detail/StyleCheck.h"
 #include "opc/Exception.h"
 #include "opc/checks/PackageFindings.h"
@@ -42,19 +43,23 @@ void checkDescribed(packaging::AddonPackage& package, Report& report, detail::Fi
 }  // namespace
 
 Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress,
-                   const opc::checks::SignatureDemands& demands) {
-  Report report = verifyAs(opc::checks::Subject::Addon, path, progress, demands);
+                   const opc::checks::SignatureDemands& demands,
+                   const opc::interfaces::BackgroundStarter& starter) {
+  opc::checks::Reading reading{
+      .progress = progress, .starter = starter, .test = detail::hasNoSecrets};
+  Report report = verifyAs(opc::checks::Subject::Addon, path, demands, reading);
   packaging::AddonPackage package(opc::SystemPath{path});
-  if (open(package, report)) checkAddon(package, report);
+  if (open(package, report)) checkAddon(package, report, reading.passed);
   return report;
 }
 
-void checkAddon(packaging::AddonPackage& package, Report& report) {
+void checkAddon(packaging::AddonPackage& package, Report& report,
+                const std::vector<bool>& withoutSecrets) {
   checkDescribed(package, report, detail::FileTable::Checked);
   if (detail::isReadable([&] { package.fileSystem().getRoot(); })) {
     detail::checkTreeItems(package, report);
   }
-  detail::checkStyle(package, report);
+  detail::checkStyle(package, report, withoutSecrets);
 }
 
 void checkDescriptions(packaging::AddonPackage& package, Report& report) {
@@ -64,7 +69,7 @@ void checkDescriptions(packaging::AddonPackage& package, Report& report) {
 void checkAddedFiles(packaging::AddonPackage& package, opc::plservices::NodeId firstNew,
                      Report& report) {
   if (!detail::isReadable([&] { package.fileSystem().getRoot(); })) return;
-  detail::checkFiles(package, report, firstNew);
+  detail::checkFiles(package, report, {}, firstNew);
 }
 
 }  // namespace addon::checks

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
 #include "opc/checks/SignatureDemands.h"
+#include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/plservices/FileTree.h"
 
@@ -15,11 +17,14 @@ namespace addon::checks {
 /// documents, references and style. Throws as verifyPackage() does.
 opc::checks::Report verifyAddon(const std::string& path,
                                 const opc::interfaces::ProgressFunction& progress = nullptr,
-                                const opc::checks::SignatureDemands& demands = {});
+                                const opc::checks::SignatureDemands& demands = {},
+                                const opc::interfaces::BackgroundStarter& starter = nullptr);
 
 /// The checks that only an add-on can fail: 3xx to 5xx. `package` is open. A part that cannot be
-/// read causes no finding here, since the checks of the container report it.
-void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report);
+/// read causes no finding here, since the checks of the container report it. `withoutSecrets` says
+/// of items that no secrets need to be searched in them.
+void checkAddon(packaging::AddonPackage& package, opc::checks::Report& report,
+                const std::vector<bool>& withoutSecrets = {});
 
 // Parts of it, for packages that are being changed.
 

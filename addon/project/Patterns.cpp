@@ -212,6 +212,12 @@ bool Pattern::matchesOne(const Token& token, char32_t c) {
   return std::holds_alternative<AnyCharacter>(token);
 }
 
+bool Pattern::differs(const Token& token, char c) {
+  const auto* literal = std::get_if<char32_t>(&token);
+  const auto byte = static_cast<unsigned char>(c);
+  return literal != nullptr && *literal < 0x80 && byte < 0x80 && *literal != byte;
+}
+
 bool Pattern::matchesName(const std::vector<Token>& tokens, std::u32string_view name) {
   // Backtracking to the last star is enough: what earlier stars matched does not matter.
   std::size_t token = 0;
@@ -266,7 +272,13 @@ bool Pattern::matches(std::string_view path, bool isFolder) const {
   if (segments_[0].isAnyDepth) return true;
   const std::size_t slash = path.rfind('/');
   const std::string_view name = slash == std::string_view::npos ? path : path.substr(slash + 1);
-  return matchesName(segments_[0].tokens, toCharacters(name));
+  const std::vector<Token>& tokens = segments_[0].tokens;
+  // Most names differ from most patterns in their first or last character.
+  const bool hasEnds = !name.empty() && !tokens.empty();
+  if (hasEnds && (differs(tokens.front(), name.front()) || differs(tokens.back(), name.back()))) {
+    return false;
+  }
+  return matchesName(tokens, toCharacters(name));
 }
 
 void PatternList::addLines(std::string_view text, std::string_view folder) {

@@ -44,6 +44,8 @@ class Pattern {
   };
 
   class Compiler;
+  /// Whether a token cannot stand for the character that this byte is of.
+  static bool differs(const Token& token, char byte);
   static bool matchesOne(const Token& token, char32_t c);
   static bool matchesName(const std::vector<Token>& tokens, std::u32string_view name);
   bool matchesSegments(const std::vector<std::u32string>& names) const;

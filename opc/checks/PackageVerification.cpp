@@ -43,12 +43,12 @@ std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& repor
                                            std::to_string(kLargestDirectory) + " that are checked");
 }
 
-void checkFile(const std::string& path, const PackageFile& file, const ProgressFunction& progress,
-               const SignatureDemands& demands, Report& report) {
+void checkFile(const std::string& path, const PackageFile& file, const SignatureDemands& demands,
+               Reading& reading, Report& report) {
   const std::optional<ZipDirectory> directory = readDirectory(file, report);
   if (!directory) return;
   const std::vector<detail::ItemState> states =
-      detail::checkContainer(file, *directory, progress, report);
+      detail::checkContainer(file, *directory, reading, report);
   detail::CheckedContainer container(path, file, *directory, states);
   detail::checkPackaging(container, demands, report);
 }
@@ -56,16 +56,18 @@ void checkFile(const std::string& path, const PackageFile& file, const ProgressF
 }  // namespace
 
 Report verifyPackage(const std::string& path, const ProgressFunction& progress,
-                     const SignatureDemands& demands) {
-  return verifyAs(Subject::Package, path, progress, demands);
+                     const SignatureDemands& demands,
+                     const interfaces::BackgroundStarter& starter) {
+  Reading reading{.progress = progress, .starter = starter};
+  return verifyAs(Subject::Package, path, demands, reading);
 }
 
-Report verifyAs(Subject subject, const std::string& path, const ProgressFunction& progress,
-                const SignatureDemands& demands) {
+Report verifyAs(Subject subject, const std::string& path, const SignatureDemands& demands,
+                Reading& reading) {
   Report report(subject);
   const PackageFile file(path);
   inContext([&] { return "cannot check package '" + path + "'"; },
-            [&] { checkFile(path, file, progress, demands, report); });
+            [&] { checkFile(path, file, demands, reading, report); });
   return report;
 }
 

@@ -1,27 +1,43 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "opc/checks/Report.h"
 #include "opc/checks/SignatureDemands.h"
+#include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 
 namespace opc::checks {
+
+/// Looks at the whole content of an item. Several threads may call it.
+using ContentTest = std::function<bool(std::span<const unsigned char> content)>;
+
+/// How a package is read. All but the result may be empty.
+struct Reading {
+  interfaces::ProgressFunction progress = nullptr;  ///< counts the items that have been read
+  interfaces::BackgroundStarter starter = nullptr;  ///< for a second thread that reads items, too
+  ContentTest test = nullptr;
+  /// The result, by item: whether its content passed the test. Large items do not.
+  std::vector<bool> passed = {};
+};
 
 /// Checks the container of the package at `path` (UTF-8) and the packaging rules: reads every byte
 /// once, and verifies every checksum; checks the signatures, which reads what they cover. Throws
 /// SystemError when the file cannot be opened or read, and Exception when it is not a regular file
 /// or its directory is larger than 128 MiB; whatever is wrong with its content goes into the
-/// report. A check that needs what an earlier one found broken is skipped. `progress` may be empty;
-/// it counts the items that have been read.
+/// report. A check that needs what an earlier one found broken is skipped.
 Report verifyPackage(const std::string& path,
                      const interfaces::ProgressFunction& progress = nullptr,
-                     const SignatureDemands& demands = {});
+                     const SignatureDemands& demands = {},
+                     const interfaces::BackgroundStarter& starter = nullptr);
 
 /// The same for what is more than any package: what other ZIP readers may unpack differently is an
 /// error in an add-on.
-Report verifyAs(Subject subject, const std::string& path,
-                const interfaces::ProgressFunction& progress, const SignatureDemands& demands);
+Report verifyAs(Subject subject, const std::string& path, const SignatureDemands& demands,
+                Reading& reading);
 
 }  // namespace opc::checks

@@ -120,6 +120,10 @@ std::string ContentType::withoutBlanks() const {
   return result;
 }
 
+bool ContentType::hasParameters() const {
+  return type_.find(';') != std::string::npos;
+}
+
 bool ContentType::isParticular() const {
   const std::string_view subtype = std::string_view(type_).substr(type_.find('/') + 1);
   const std::string tree = toLowerAscii(subtype.substr(0, 4));
@@ -127,7 +131,11 @@ bool ContentType::isParticular() const {
 }
 
 bool operator==(const ContentType& a, const ContentType& b) {
-  return a.type_ == b.type_ || toLowerAscii(a.withoutBlanks()) == toLowerAscii(b.withoutBlanks());
+  if (a.type_ == b.type_) return true;
+  // Only parameters have blanks.
+  const bool arePlain = !a.hasParameters() && !b.hasParameters();
+  if (arePlain && a.type_.size() != b.type_.size()) return false;
+  return toLowerAscii(a.withoutBlanks()) == toLowerAscii(b.withoutBlanks());
 }
 
 }  // namespace opc::model

@@ -26,6 +26,8 @@ class ContentType {
 
  private:
   explicit ContentType(std::string type) : type_(std::move(type)) {}
+  bool hasParameters() const;
+
   std::string type_;
 };
 

@@ -19,6 +19,7 @@
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/commands/detail/TrustAnchors.h"
 #include "tool/line/Arguments.h"
+#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/report/FindingPrinter.h"
 #include "tool/report/Messages.h"
@@ -117,7 +118,8 @@ PackageVerdict verify(const std::string& path, Verify& check, const SignatureDem
   try {
     if (path.empty()) throw process::systemFailure("cannot open package", path, ENOENT);
     report::ProgressBar bar(settings);
-    return judge(path, check(path, bar.function(), demands), rules);
+    const auto report = check(path, bar.function(), demands, process::secondThread());
+    return judge(path, report, rules);
   } catch (const opc::Exception& error) {
     failed.failure = error.what();
   } catch (const process::Failure& error) {

@@ -19,6 +19,15 @@ constexpr std::size_t kBlock = std::size_t{64} << 10;
 constexpr std::size_t kProbe = 8192;  // a text has no NUL in these first bytes
 constexpr std::size_t kMost = 100;    // secrets of a file
 
+/// By its first bytes, UTF-16.
+bool isWide(std::string_view text) {
+  return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
+}
+
+bool isText(std::string_view content) {
+  return content.substr(0, kProbe).find('\0') == content.npos;
+}
+
 /// Reads a text in blocks.
 class TextBlocks {
  public:
@@ -35,10 +44,10 @@ class TextBlocks {
       size += count;
     }
     std::string_view block = std::string_view(block_).substr(0, size);
-    if (isFirst_) isWide_ = block.starts_with("\xFF\xFE") || block.starts_with("\xFE\xFF");
-    const bool isText = !isFirst_ || isWide_ || block.substr(0, kProbe).find('\0') == block.npos;
+    if (isFirst_) isWide_ = isWide(block);
+    const bool isGood = !isFirst_ || isWide_ || isText(block);
     isFirst_ = false;
-    if (!isText) return false;
+    if (!isGood) return false;
     const auto end = block_.begin() + static_cast<std::ptrdiff_t>(size);
     // Tokens are ASCII, whose other byte is NUL.
     if (isWide_)
@@ -190,6 +199,17 @@ std::vector<Secret> SecretSearch::find(opc::InputStream& stream, SecretFile kind
   std::vector<Secret> found = search.found();
   found.insert(found.end(), passwords.begin(), passwords.end());
   return found;
+}
+
+bool hasNoSecrets(std::span<const unsigned char> content) {
+  const std::string_view text(reinterpret_cast<const char*>(content.data()), content.size());
+  if (isWide(text)) return false;
+  if (!isText(text) || text.empty()) return true;
+  const std::size_t end = text.size() - 1;
+  for (std::size_t at = 0; (at = places().next(text, at, end)) < end; ++at) {
+    if (matchAt(text, at, SecretFile::Key).length != 0) return false;
+  }
+  return true;
 }
 
 }  // namespace addon::checks::detail

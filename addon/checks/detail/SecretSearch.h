@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,5 +39,9 @@ class SecretSearch {
   std::string block_;
   std::string text_;
 };
+
+/// Whether SecretSearch::find() finds nothing in a file with this content, whatever its name, if
+/// its kind is not Settings. It may also return false if nothing is found.
+bool hasNoSecrets(std::span<const unsigned char> content);
 
 }  // namespace addon::checks::detail

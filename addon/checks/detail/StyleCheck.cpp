@@ -38,10 +38,10 @@ void checkTimes(AddonPackage& package, Report& report) {
   });
 }
 
-void checkStyle(AddonPackage& package, Report& report) {
+void checkStyle(AddonPackage& package, Report& report, const std::vector<bool>& withoutSecrets) {
   checkTimes(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
-  checkFiles(package, report);
+  checkFiles(package, report, withoutSecrets);
   checkCopies(package, report);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
@@ -9,8 +10,9 @@
 
 namespace addon::checks::detail {
 
-/// The findings 5xx, without those of checkTexts().
-void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report);
+/// The findings 5xx, without those of checkTexts(). `withoutSecrets`: see checkAddon().
+void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report,
+                const std::vector<bool>& withoutSecrets);
 
 // Its steps.
 
@@ -21,7 +23,7 @@ void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Names, sizes and kinds of the files, or only those that checkAddedFiles() looks at. The file
 /// tree must be readable.
 void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report,
-                opc::plservices::NodeId firstNew = 0);
+                const std::vector<bool>& withoutSecrets, opc::plservices::NodeId firstNew = 0);
 /// Whether a file got other content since the package was opened.
 bool isReplaced(const opc::model::PartInfo& file);
 inline constexpr const char* kNoFilesMessage = "the add-on has no files";

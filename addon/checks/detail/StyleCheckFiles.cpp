@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "addon/checks/AddonFindings.h"
 #include "addon/checks/detail/CaselessTree.h"
@@ -43,8 +44,9 @@ bool isDevice(std::string_view name) {
 
 class FileCheck {
  public:
-  FileCheck(opc::plservices::FileSystemManager& files, Report& report, NodeId firstNew)
-      : files_(files), report_(report), firstNew_(firstNew) {
+  FileCheck(opc::plservices::FileSystemManager& files, Report& report,
+            const std::vector<bool>& withoutSecrets, NodeId firstNew)
+      : files_(files), report_(report), withoutSecrets_(withoutSecrets), firstNew_(firstNew) {
     project::addDefaultExcludes(excludes_);
   }
 
@@ -93,12 +95,19 @@ class FileCheck {
     if (kind == SecretFile::Yes) {
       return add(kSecret, file, "files named " + quoted(name) + " are for passwords and keys");
     }
+    if (kind != SecretFile::Settings && isWithoutSecrets(file)) return;
     isReadable([&] {
       const auto stream = files_.openFile(file);
       for (const Secret& secret : secrets_.find(*stream, kind)) {
         add(kSecret, file, "it contains " + std::string(secret.name), secret.line);
       }
     });
+  }
+
+  // The id of a part is the number of its item, unless it has several.
+  bool isWithoutSecrets(const FileSystemEntry& file) const {
+    const opc::model::PartId part = files_.nodes().part(file.node());
+    return part < withoutSecrets_.size() && withoutSecrets_[part];
   }
 
   // Paths may be long in a hostile package, so those that the report drops are not built.
@@ -110,6 +119,7 @@ class FileCheck {
 
   opc::plservices::FileSystemManager& files_;
   Report& report_;
+  const std::vector<bool>& withoutSecrets_;
   NodeId firstNew_;
   project::PatternList excludes_;
   SecretSearch secrets_;
@@ -134,8 +144,9 @@ bool isReplaced(const opc::model::PartInfo& file) {
   return file.crc == 0 && file.size != 0;  // the checksum of new content is not known yet
 }
 
-void checkFiles(AddonPackage& package, Report& report, NodeId firstNew) {
-  FileCheck(package.fileSystem(), report, firstNew).run();
+void checkFiles(AddonPackage& package, Report& report, const std::vector<bool>& withoutSecrets,
+                NodeId firstNew) {
+  FileCheck(package.fileSystem(), report, withoutSecrets, firstNew).run();
 }
 
 }  // namespace addon::checks::detail

@@ -120,12 +120,11 @@ class ContainerCheck {
   ContainerCheck(const ZipDirectory& directory, Report& report)
       : directory_(directory), report_(report), states_(directory.entries().size()) {}
 
-  std::vector<ItemState> run(const PackageFile& file,
-                             const interfaces::ProgressFunction& progress) {
+  std::vector<ItemState> run(const PackageFile& file, Reading& reading) {
     for (const ZipFault& fault : directory_.faults()) takeFault(file, fault);
     checkComment(directory_.location().comment, "");
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkEntry(entry);
-    checkItemData(file, directory_, progress, states_, report_);
+    checkItemData(file, directory_, reading, states_, report_);
     for (std::size_t entry = 0; entry < states_.size(); ++entry) checkRatio(entry);
     return std::move(states_);
   }
@@ -224,9 +223,8 @@ class ContainerCheck {
 }  // namespace
 
 std::vector<ItemState> checkContainer(const PackageFile& file, const ZipDirectory& directory,
-                                      const interfaces::ProgressFunction& progress,
-                                      Report& report) {
-  return ContainerCheck(directory, report).run(file, progress);
+                                      Reading& reading, Report& report) {
+  return ContainerCheck(directory, report).run(file, reading);
 }
 
 }  // namespace opc::checks::detail

@@ -3,8 +3,8 @@
 
 #include <vector>
 
+#include "opc/checks/PackageVerification.h"
 #include "opc/checks/Report.h"
-#include "opc/interfaces/Progress.h"
 #include "opc/zippackage/PackageFile.h"
 #include "opc/zippackage/ZipDirectory.h"
 
@@ -19,17 +19,15 @@ struct ItemState {
 };
 
 /// Checks the directory, and then every header, descriptor, size and checksum: reads every byte of
-/// the file that is in use. Findings 102 to 119. `progress` may be empty. Throws
-/// SystemError.
+/// the file that is in use. Findings 102 to 119. Throws SystemError.
 std::vector<ItemState> checkContainer(const zippackage::PackageFile& file,
-                                      const zippackage::ZipDirectory& directory,
-                                      const interfaces::ProgressFunction& progress, Report& report);
+                                      const zippackage::ZipDirectory& directory, Reading& reading,
+                                      Report& report);
 
 /// The part of it that reads every item once, in physical order and in constant memory: findings
 /// 105 to 107, 109, 113 and 116 to 118. Skips items that are already known to be damaged, so that
 /// no byte is read for two items, and marks those that turn out to be.
 void checkItemData(const zippackage::PackageFile& file, const zippackage::ZipDirectory& directory,
-                   const interfaces::ProgressFunction& progress, std::vector<ItemState>& states,
-                   Report& report);
+                   Reading& reading, std::vector<ItemState>& states, Report& report);
 
 }  // namespace opc::checks::detail

@@ -6,10 +6,15 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <set>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "opc/Exception.h"
+#include "opc/interfaces/Background.h"
 #include "tests/opc/checks/PackageUnderTest.h"
 #include "tests/opc/model/PackageFixture.h"
 #include "tests/support/TemporaryFolder.h"
@@ -31,6 +36,30 @@ std::set<std::uint16_t> numbersOf(const Report& report) {
 }
 
 using Numbers = std::set<std::uint16_t>;
+
+class Thread final : public opc::interfaces::BackgroundTask {
+ public:
+  explicit Thread(std::function<void()> work) : thread_(std::move(work)) {}
+  ~Thread() override { thread_.join(); }
+
+ private:
+  std::thread thread_;
+};
+
+std::string shown(const Report& report) {
+  std::string text;
+  for (const Finding& one : report.findings()) {
+    text += std::to_string(one.id.number) + " " + one.part + " " + one.message + "\n";
+  }
+  return text;
+}
+
+/// Enough files that a second thread is worth its start, between those of the package.
+void addMuchTo(PackageUnderTest& package) {
+  const std::string text(std::size_t{700} << 10, 't');
+  for (const char* name : {"m1.m", "m2.m", "m3.m"}) package.add(name, text).deflate = true;
+  package.add("damaged.m", text).central.crc = 1;
+}
 
 }  // namespace
 
@@ -163,6 +192,50 @@ TEST(Verification, OverlappingItemsAreDecompressedOnce) {
 
   EXPECT_EQ(report.count(107), 3000u);
   EXPECT_EQ(report.count(106), 0u);
+}
+
+TEST(Verification, FindsTheSameWithASecondThread) {
+  const test::TemporaryFolder folder;
+  const std::string path = (folder / "p.zip").string();
+  const auto start = [](std::function<void()> work) {
+    return std::make_unique<Thread>(std::move(work));
+  };
+  const auto refuse = [](const std::function<void()>&) { return nullptr; };
+  for (const auto cases : {test::containerCases(), test::ambiguityCases()}) {
+    for (const test::PackageCase& one : cases) {
+      PackageUnderTest package;
+      addMuchTo(package);
+      one.change(package);
+      test::writeFile(path, package.zip.build());
+
+      const std::string alone = shown(verifyPackage(path));
+
+      EXPECT_EQ(shown(verifyPackage(path, nullptr, {}, start)), alone) << one.name;
+      EXPECT_EQ(shown(verifyPackage(path, nullptr, {}, refuse)), alone) << one.name;
+    }
+  }
+}
+
+TEST(Verification, CountsEachItemInOrderWithASecondThread) {
+  const test::TemporaryFolder folder;
+  const std::string path = (folder / "p.zip").string();
+  PackageUnderTest package;
+  addMuchTo(package);
+  test::writeFile(path, package.zip.build());
+  opc::interfaces::Progress last;
+  const auto progress = [&](const opc::interfaces::Progress& now) {
+    EXPECT_GE(now.itemsDone, last.itemsDone);
+    EXPECT_GE(now.bytesDone, last.bytesDone);
+    last = now;
+  };
+
+  verifyPackage(path, progress, {}, [](std::function<void()> work) {
+    return std::make_unique<Thread>(std::move(work));
+  });
+
+  EXPECT_EQ(last.itemsDone, 8);
+  EXPECT_EQ(last.itemsDone, last.itemsTotal);
+  EXPECT_EQ(last.bytesDone + (std::uint64_t{700} << 10), last.bytesTotal);  // without the damaged
 }
 
 TEST(Verification, OnlyRegularFilesCanBeVerified) {

@@ -22,7 +22,7 @@ using Verify = decltype(opc::checks::verifyPackage);
 Report verified(const std::string& bytes, Verify& verify = opc::checks::verifyPackage) {
   const TemporaryFolder folder;
   writeFile(folder / "p.kraddon", bytes);
-  return verify((folder / "p.kraddon").string(), nullptr);
+  return verify((folder / "p.kraddon").string(), nullptr, {}, nullptr);
 }
 
 std::string shown(const Report& report) {
