@@ -9,7 +9,7 @@
 namespace opc {
 namespace {
 
-__extension__ using Wide = unsigned __int128;
+__extension__ using Sum = unsigned __int128;
 
 constexpr std::size_t kWords = 128;
 constexpr std::uint64_t kPrime = (std::uint64_t{1} << 61) - 1;
@@ -32,7 +32,7 @@ const Key& key() {
   return key;
 }
 
-std::uint64_t modulo(Wide value) {
+std::uint64_t modulo(Sum value) {
   const auto folded =
       static_cast<std::uint64_t>(value & kPrime) + static_cast<std::uint64_t>(value >> 61);
   return folded >= kPrime ? folded - kPrime : folded;
@@ -44,16 +44,16 @@ std::uint64_t modulo(Wide value) {
 // coefficients of two polynomials, each evaluated at a secret point.
 void ContentHash::addBlock(const unsigned char* block) {
   const Key& secret = key();
-  Wide sum = 0;
+  Sum sum = 0;
   for (std::size_t i = 0; i < kWords; i += 2) {
     std::uint64_t words[2];
     std::memcpy(words, block + i * sizeof words[0], sizeof words);
-    sum += static_cast<Wide>(words[0] + secret.block[i]) * (words[1] + secret.block[i + 1]);
+    sum += static_cast<Sum>(words[0] + secret.block[i]) * (words[1] + secret.block[i + 1]);
   }
   for (int shift = 0; shift < 128; shift += 32) {
     const auto part = static_cast<std::uint32_t>(sum >> shift);
     for (std::size_t i = 0; i < state_.size(); ++i) {
-      state_[i] = modulo(static_cast<Wide>(state_[i]) * secret.chain[i] + part);
+      state_[i] = modulo(static_cast<Sum>(state_[i]) * secret.chain[i] + part);
     }
   }
 }

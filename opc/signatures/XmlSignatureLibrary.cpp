@@ -26,10 +26,10 @@ const IXmlSignatures& load() {
   };
   void* library = ::dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) throw fail();
-  using Function = const IXmlSignatures& (*)();
+  using Function = const IXmlSignatures* (*)();
   const auto function = reinterpret_cast<Function>(::dlsym(library, kFunction));
   if (function == nullptr) throw fail();
-  return function();
+  return *function();
 }
 
 }  // namespace

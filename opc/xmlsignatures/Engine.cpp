@@ -123,9 +123,9 @@ class Engine final : public interfaces::IXmlSignatures {
 }  // namespace opc::xmlsignatures
 
 /// The one function of this library. The number in its name changes with the interface. Throws
-/// Exception.
-extern "C" __attribute__((visibility("default"))) const opc::interfaces::IXmlSignatures&
+/// Exception. A pointer, since C has no references; it is never null.
+extern "C" __attribute__((visibility("default"))) const opc::interfaces::IXmlSignatures*
 kraddonXmlSignatures1() {
   static const opc::xmlsignatures::Engine engine;
-  return engine;
+  return &engine;
 }
