@@ -10,6 +10,7 @@ import unittest
 import jsonschema
 import kraddontest
 import projecttest
+import signing
 from hostilezip import Entry, addon, build
 
 SCHEMAS = (pathlib.Path(__file__).resolve().parents[2] /
@@ -216,6 +217,16 @@ class Bytes(Sbom):
                                      env={"TZ": "Asia/Tokyo", "LC_ALL": "C"}).out, first)
             self.ok("sbom", name, "--format", form, "-o", "bill.json")
             self.assertEqual(self.path("bill.json").read_bytes(), first)
+
+    def test_signing_changes_nothing_in_it(self):
+        self.package("p.kraddon", {"a.m": "a", "b/c.m": "c"})
+        self.ok("set", "p.kraddon", "license", "type=MIT", "text=Terms.", "--no-verify")
+        before = {form: self.ok("sbom", "p.kraddon", "--format", form).out
+                  for form in ("spdx", "cyclonedx")}
+        self.ok("sign", "p.kraddon", *signing.words())
+        self.assertIn(signing.ORIGIN, self.entries())
+        for form, bill in before.items():
+            self.assertEqual(self.ok("sbom", "p.kraddon", "--format", form).out, bill)
 
     def test_other_content_has_other_identifiers(self):
         self.package("p.kraddon", {"a.m": "a"})
