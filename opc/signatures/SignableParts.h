@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ struct SignablePart {
 /// All parts and relationships parts of a package as a commit would leave them, in the order of the
 /// bytes of their names.
 std::vector<SignablePart> signableParts(model::Package& package);
+
+/// How many bytes of a part are read at once.
+inline constexpr std::size_t kReadStep = std::size_t{256} << 10;
 
 /// A fresh stream over a part's bytes.
 std::unique_ptr<InputStream> open(model::Package& package, const SignablePart& part);

@@ -26,7 +26,6 @@ using model::URI;
 namespace {
 
 constexpr std::size_t kLargestSignature = std::size_t{64} << 20;
-constexpr std::size_t kReadStep = std::size_t{256} << 10;
 constexpr std::u16string_view kOriginName = u"/package/services/digital-signature/origin.psdsor";
 constexpr std::string_view kSignatureFolder = "/package/services/digital-signature/xml-signature/";
 constexpr std::string_view kSignatureExtension = ".psdsxs";

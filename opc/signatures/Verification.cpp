@@ -22,7 +22,6 @@ using model::PartId;
 namespace {
 
 constexpr std::uint64_t kLargestXml = std::uint64_t{64} << 20;
-constexpr std::size_t kReadStep = std::size_t{256} << 10;
 
 using Form = ManifestReference::Form;
 
@@ -224,8 +223,9 @@ class Verifier {
   static std::string describeChanges(const Signature& signature) {
     const std::string& first = signature.changed.front();
     const bool isMissing = !signature.missing.empty() && signature.missing.front() == first;
-    return "'" + first + "'" + andMore(signature.changed.size()) +
-           (isMissing ? " is missing" : " does not fit it");
+    const std::size_t count = signature.changed.size();
+    return "'" + first + "' " + (isMissing ? "is missing" : "does not fit it") +
+           (count > 1 ? " (the first of " + std::to_string(count) + ")" : "");
   }
 
   /// Items that are not parts, which other ZIP programs unpack all the same.

@@ -80,6 +80,13 @@ class Attacks(LabCase):
                     self.assertEqual(content_of(Package(content)),
                                      content_of(self.lab.package()), str(outcome))
 
+    def test_the_reason_names_the_first_part(self):
+        package = self.lab.package()
+        package["/files/b.m"] = package["/files/a.m"] = b"changed"
+        _, [signature] = self.signatures(package.bytes())
+        self.assertEqual(signature["reason"], "'/files/a.m' does not fit it (the first of 2)")
+        self.assertEqual(signature["changed"], ["/files/a.m", "/files/b.m"])
+
     def test_changes_that_mean_nothing_are_valid(self):
         package = self.lab.package()
         package.items = dict(reversed(package.items.items()))
