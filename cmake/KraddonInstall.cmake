@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # `cmake --install` makes a tree that can be moved: programs and libraries find each other by
-# relative paths. CPack makes two Debian packages from it, for users and for developers.
+# relative paths. CPack makes Debian packages from it, for users, for developers and for Python.
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
@@ -63,6 +63,14 @@ add_custom_target(installed)
 add_dependencies(installed
   kraddon kraddon_packaging kraddon_xmlsignatures kxarray pages ${KRADDON_ARCHIVES})
 
+# ---- The Python package, where Debian's interpreter looks.
+
+if(KRADDON_PYTHON)
+  add_dependencies(installed kraddon_python_package)
+  install(DIRECTORY ${KRADDON_PYTHON_FOLDER}/kraddon DESTINATION lib/python3/dist-packages
+    COMPONENT python PATTERN __pycache__ EXCLUDE)
+endif()
+
 include(CMakePackageConfigHelpers)
 configure_package_config_file(cmake/kraddonConfig.cmake.in
   ${PROJECT_BINARY_DIR}/kraddonConfig.cmake INSTALL_DESTINATION lib/cmake/kraddon)
@@ -81,7 +89,7 @@ foreach(name kraddon kraddon_packaging)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION lib/pkgconfig COMPONENT development)
 endforeach()
 
-# ---- Debian packages: kraddon and kraddon-dev.
+# ---- Debian packages: kraddon, kraddon-dev and, with KRADDON_PYTHON, python3-kraddon.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kraddon)
@@ -90,6 +98,9 @@ set(CPACK_PACKAGE_CONTACT "The kraddon maintainers <maintainers@kraddon.example>
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
+if(KRADDON_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -116,6 +127,16 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 The classes that read and write Korvan add-on packages as static libraries,
 their headers, the interface to the host's arrays, a CMake package and files
 for pkg-config.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kraddon)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), python3 (<< 3.12)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-fsspec)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+  "Korvan add-on packages in Python
+A module that reads, changes, builds and checks Korvan add-on packages, for
+build scripts and galleries. It works without the program.")
 
 # Changes for Debian to the installed tree.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/FinishPackages.cmake)

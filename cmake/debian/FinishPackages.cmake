@@ -42,3 +42,4 @@ endfunction()
 
 finish(kraddon ${CPACK_TEMPORARY_DIRECTORY}/runtime)
 finish(kraddon-dev ${CPACK_TEMPORARY_DIRECTORY}/development)
+finish(python3-kraddon ${CPACK_TEMPORARY_DIRECTORY}/python)

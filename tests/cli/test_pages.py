@@ -18,7 +18,7 @@ TOP = pathlib.Path(__file__).resolve().parents[2]
 README = TOP / "README.md"
 PAGES = [README, *(TOP / f"{name}.md" for name in ("CONTRIBUTING", "SECURITY", "CHANGELOG")),
          *sorted((TOP / "docs").glob("*.md"))]
-FOLDERS = "addon|bench|cmake|docs|examples|fl|fuzz|gateway|hostarray|opc|scripts|tests|text|tool"
+FOLDERS = "addon|bench|cmake|docs|examples|fl|fuzz|gateway|hostarray|opc|python|scripts|tests|text|tool"
 END = "-- end of the output --"
 
 
