@@ -48,7 +48,8 @@ def test_an_error_is_the_error_of_python_too(package):
 
 
 @pytest.mark.parametrize("number, kind", [
-    (errno.EACCES, PermissionError), (errno.EPERM, PermissionError), (errno.EEXIST, FileExistsError),
+    (errno.EACCES, PermissionError), (errno.EPERM, PermissionError),
+    (errno.EEXIST, FileExistsError),
     (errno.EISDIR, IsADirectoryError), (errno.ENOTDIR, NotADirectoryError),
     (errno.ENOSPC, kraddon.Error)])
 def test_refusals_of_the_system_have_their_classes(number, kind):

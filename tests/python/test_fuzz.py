@@ -92,8 +92,9 @@ def test_damaged_packages(tmp_path):
 
 def odd_value(chance):
     return chance.choice((
-        None, True, 0, -1, 2 ** 64, 1.5, float("nan"), "", "a", "a\0", "\udcff", "é" * 1000, "..",
-        "../x", "/", "//", "a/b/c", "a" * 70000, b"", b"a", b"\xff\0", [], ["a"], [None], {}, object,
+        None, True, 0, -1, 2 ** 64, 1.5, float("nan"), "", "a", "a\0", "\udcff", "é" * 1000,
+        "..", "../x", "/", "//", "a/b/c", "a" * 70000, b"", b"a", b"\xff\0", [], ["a"], [None],
+        {}, object,
         kraddon.License(), kraddon.License(text=3), [kraddon.App()], ("x",), bytearray(b"x"),
         memoryview(b"abc"), lambda *words: None, Ellipsis, 10 ** 400))
 

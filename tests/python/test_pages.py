@@ -16,7 +16,8 @@ EXAMPLE = re.compile(r"```python\n(.*?)```\n(?:\n```text\n(.*?)```\n)?", re.DOTA
 
 
 def examples():
-    return [match.groups(default="") for match in EXAMPLE.finditer(PAGE.read_text(encoding="utf-8"))]
+    text = PAGE.read_text(encoding="utf-8")
+    return [match.groups(default="") for match in EXAMPLE.finditer(text)]
 
 
 def prepare(folder):
