@@ -69,7 +69,7 @@ class Attacks(LabCase):
 
     def test_none_makes_the_list_of_signatures_good(self):
         """What counts is the exit code: of scripts that ask only who signed."""
-        for name in ATTACKS:
+        for name in list(ATTACKS)[::4 if SLOW else 1]:
             content = made(self.lab, name)
             with self.subTest(attack=name):
                 self.file("p.kraddon", content)
