@@ -120,7 +120,7 @@ std::vector<SourceFile> treeOf(const Project& project, const FileChoice& choice)
   std::vector<SourceFile> found;
   for (WalkedEntry& entry : walkTree(root, options)) {
     std::string diskPath = onDisk(root, entry.path);
-    found.push_back({std::move(diskPath), std::move(entry.path), entry.isFolder});
+    found.push_back({std::move(diskPath), std::move(entry.path), entry.isFolder, entry.facts});
   }
   if (files.include.isGiven()) requireUsed(files, inclusion);
   return found;

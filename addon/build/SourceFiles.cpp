@@ -39,7 +39,8 @@ BuildError isTaken(const std::string& path, AddonPackage& package) {
 }
 
 void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
-  auto content = std::make_unique<FileContentSource>(file.diskPath);
+  auto content = file.facts ? std::make_unique<FileContentSource>(file.diskPath, *file.facts)
+                            : std::make_unique<FileContentSource>(file.diskPath);
   auto& tree = package.fileSystem();
   const auto old = replaces ? tree.find(file.path) : nullptr;
   if (old != nullptr && old->isFile()) return tree.replaceFile(*old, std::move(content));
@@ -99,7 +100,8 @@ std::vector<SourceFile> sourcesBelow(const std::string& folder, const std::strin
   std::vector<SourceFile> sources;
   for (WalkedEntry& entry : walkTree(folder, options)) {
     std::string diskPath = onDisk(folder, entry.path);
-    sources.push_back({std::move(diskPath), joinPath(place, entry.path), entry.isFolder});
+    sources.push_back(
+        {std::move(diskPath), joinPath(place, entry.path), entry.isFolder, entry.facts});
   }
   return sources;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ struct SourceFile {
   std::string diskPath;
   std::string path;  ///< UTF-8
   bool isFolder;
+  std::optional<opc::plservices::FileFacts> facts = std::nullopt;  ///< if they are known
 };
 
 /// Adds the patterns of a folder's .kraddonignore, if it has one, for paths below `place`.

@@ -55,7 +55,7 @@ class TreeWalk {
       if (next.isFolder) {
         readFolder(next.path, next.parent, next.isLink);
       } else {
-        result_.push_back({next.path, false});
+        result_.push_back({next.path, false, next.facts});
       }
     }
     return std::move(result_);
@@ -67,6 +67,7 @@ class TreeWalk {
     std::size_t parent;  // index in folders_
     bool isFolder;
     bool isLink;
+    std::optional<opc::plservices::FileFacts> facts;
   };
   /// What a folder says of an entry.
   struct Listed {
@@ -155,8 +156,10 @@ class TreeWalk {
     }
     if (finalKind != Kind::Folder && !isIncluded(path, false)) return;
     if (isLink) checkLink(path, linkError);
-    if (finalKind == Kind::File && isLeftOut(entry, isLink ? &target : nullptr, descriptor)) {
-      return reportLeftOut(path, false);
+    std::optional<opc::plservices::FileFacts> facts;
+    if (finalKind == Kind::File && (isLink || look(descriptor, entry.name, target))) {
+      if (isLeftOut(target)) return reportLeftOut(path, false);
+      facts.emplace(target);
     }
     if (finalKind == Kind::Other) {
       throw BuildError(
@@ -165,7 +168,7 @@ class TreeWalk {
     if (!opc::isUtf8(entry.name)) {
       throw BuildError(opc::sentence("cannot pack", onDisk(path), "the name is not UTF-8"));
     }
-    pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink});
+    pending_.push_back({std::move(path), self, finalKind == Kind::Folder, isLink, facts});
   }
 
   std::string inPackage(const std::string& path) const {
@@ -219,13 +222,11 @@ class TreeWalk {
     return realProject_;
   }
 
-  bool isLeftOut(const Listed& entry, const struct stat* target, int descriptor) const {
-    if (options_.leftOut.empty()) return false;
-    if (target != nullptr) return isLeftOut(*target);
-    // Not by d_ino: some file systems give another number there.
-    struct stat info {};
-    return ::fstatat(descriptor, entry.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
-           isLeftOut(info);
+  // Not by d_ino: some file systems give another number there.
+  bool look(int descriptor, const std::string& name, struct stat& file) const {
+    return !options_.leftOut.empty() &&
+           ::fstatat(descriptor, name.c_str(), &file, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISREG(file.st_mode);
   }
 
   bool isLeftOut(const struct stat& info) const {

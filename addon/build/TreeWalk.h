@@ -9,6 +9,7 @@
 #include "addon/project/Patterns.h"
 #include "opc/FileIdentity.h"
 #include "opc/interfaces/Progress.h"
+#include "opc/plservices/FileContentSource.h"
 
 namespace addon::build {
 
@@ -36,6 +37,8 @@ struct TreeWalkOptions {
 struct WalkedEntry {
   std::string path;
   bool isFolder;  ///< an empty folder
+  /// Of a file, if the walk had to look at it anyway.
+  std::optional<opc::plservices::FileFacts> facts = std::nullopt;
 };
 
 /// Where a path of the disk below `folder` lies, in the words of whoever named the folder: "." adds

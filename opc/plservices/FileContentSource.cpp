@@ -2,12 +2,14 @@
 #include "opc/plservices/FileContentSource.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
 
 #include "opc/Exception.h"
 #include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
 #include "opc/Text.h"
 
 namespace opc::plservices {
@@ -93,11 +95,13 @@ class FileInputStream final : public InputStream {
 FileContentSource::FileContentSource(const std::u16string& path)
     : FileContentSource(toUtf8(path)) {}
 
-FileContentSource::FileContentSource(std::string path) : path_(std::move(path)) {
-  const OpenedFile file = openRegularFile(path_);
-  size_ = static_cast<std::uint64_t>(file.status.st_size);
-  modified_ = file.status.st_mtim.tv_sec;
-  executable_ = (file.status.st_mode & S_IXUSR) != 0;
+FileContentSource::FileContentSource(std::string path)
+    : path_(std::move(path)), facts_(openRegularFile(path_).status) {}
+
+FileContentSource::FileContentSource(std::string path, const FileFacts& facts)
+    : path_(std::move(path)), facts_(facts) {
+  const auto look = [&] { return ::faccessat(AT_FDCWD, path_.c_str(), R_OK, AT_EACCESS); };
+  if (uninterrupted(look) != 0) throw SystemError("cannot open '" + path_ + "'", errno);
 }
 
 std::unique_ptr<InputStream> FileContentSource::getInputStream() {

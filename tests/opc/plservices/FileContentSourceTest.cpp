@@ -16,6 +16,7 @@
 namespace {
 
 using opc::plservices::FileContentSource;
+using opc::plservices::FileFacts;
 using testing::HasSubstr;
 
 std::string readAll(opc::InputStream& stream, std::size_t block) {
@@ -28,9 +29,10 @@ std::string readAll(opc::InputStream& stream, std::size_t block) {
   return text;
 }
 
-std::string errorOf(const std::string& path) {
+template <typename... Facts>
+std::string errorOf(const std::string& path, const Facts&... facts) {
   try {
-    const FileContentSource source(path);
+    const FileContentSource source(path, facts...);
   } catch (const opc::Exception& error) {
     return error.what();
   }
@@ -128,6 +130,28 @@ TEST(FileContentSource, AnUnreadableFileIsRefused) {
   ASSERT_EQ(::chmod((folder / "a").c_str(), 0), 0);
 
   EXPECT_THAT(errorOf((folder / "a").string()), HasSubstr("Permission denied"));
+}
+
+TEST(FileContentSource, OfKnownFactsKeepsThem) {
+  test::TemporaryFolder folder;
+  test::writeFile(folder / "a", "123");
+  FileFacts facts;
+  facts.size = 7;
+  facts.modified = 1000;
+  facts.executable = true;
+
+  const FileContentSource source((folder / "a").string(), facts);
+
+  EXPECT_EQ(source.size(), 7u);
+  EXPECT_EQ(source.modified(), 1000);
+  EXPECT_TRUE(source.executable());
+}
+
+TEST(FileContentSource, OfKnownFactsRefusesWhatCannotBeOpened) {
+  test::TemporaryFolder folder;
+  const std::string gone = (folder / "gone").string();
+
+  EXPECT_EQ(errorOf(gone, FileFacts()), "cannot open '" + gone + "': No such file or directory");
 }
 
 TEST(FileContentSource, APathWithANulIsRefusedRatherThanCutOff) {
