@@ -2,7 +2,7 @@
 #include "opc/zippackage/detail/KnownContents.h"
 
 #include <algorithm>
-#include <utility>
+#include <tuple>
 
 namespace opc::zippackage::detail {
 namespace {
@@ -20,7 +20,6 @@ KnownContents::KnownContents(const std::vector<PackJob>& jobs) : sizes_(jobs.siz
     std::uint64_t size;
     int level;
     std::uint32_t job;
-    auto operator<=>(const Expected&) const = default;
     bool isLike(const Expected& other) const { return size == other.size && level == other.level; }
   };
   std::vector<Expected> expected;
@@ -30,7 +29,9 @@ KnownContents::KnownContents(const std::vector<PackJob>& jobs) : sizes_(jobs.siz
     expected.push_back(
         {jobs[job].source->size(), jobs[job].level, static_cast<std::uint32_t>(job)});
   }
-  std::sort(expected.begin(), expected.end());
+  std::sort(expected.begin(), expected.end(), [](const Expected& a, const Expected& b) {
+    return std::tie(a.size, a.level, a.job) < std::tie(b.size, b.level, b.job);
+  });
   for (std::size_t i = 1; i < expected.size(); ++i) {
     if (!expected[i].isLike(expected[i - 1])) continue;
     Size& before = sizes_[expected[i - 1].job];

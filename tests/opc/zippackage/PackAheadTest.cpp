@@ -17,7 +17,6 @@
 
 namespace {
 
-using opc::zippackage::kDeflated;
 using opc::zippackage::kStored;
 using opc::zippackage::kWholeLimit;
 using opc::zippackage::WholeInflater;
