@@ -15,7 +15,8 @@ bool mayRepeat(const PackJob& job) {
 
 }  // namespace
 
-KnownContents::KnownContents(const std::vector<PackJob>& jobs) : sizes_(jobs.size(), Size::Alone) {
+KnownContents::KnownContents(const std::vector<PackJob>& jobs, bool isShared)
+    : sizes_(jobs.size(), Size::Alone), isShared_(isShared) {
   struct Expected {
     std::uint64_t size;
     int level;
@@ -47,7 +48,8 @@ std::optional<KnownContents::Match> KnownContents::match(std::size_t job, int le
     const Known& known = known_[number];
     return known.hash == hash && known.size == size && known.level == level;
   };
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_, std::defer_lock);
+  if (isShared_) lock.lock();
   if (const std::uint32_t* number = index_.find(hash[0], isSame)) {
     const std::uint32_t first = known_[*number].job;
     if (first > job) return std::nullopt;

@@ -19,8 +19,8 @@ struct PackJob {
   int level;
 };
 
-/// Finds jobs whose content an earlier job has, so that it is packed once. Several threads may use
-/// it. It remembers the first million contents whose sizes repeat, in at most 100 bytes each.
+/// Finds jobs whose content an earlier job has, so that it is packed once. It remembers the
+/// first million contents whose sizes repeat, in at most 100 bytes each.
 class KnownContents {
  public:
   static constexpr std::size_t kMost = std::size_t{1} << 20;
@@ -33,7 +33,8 @@ class KnownContents {
   /// Whether jobs of the same level expect the same size.
   enum class Size : unsigned char { Alone, First, Repeated };
 
-  explicit KnownContents(const std::vector<PackJob>& jobs);
+  /// Several threads may use it if `isShared`; it takes no lock if not.
+  KnownContents(const std::vector<PackJob>& jobs, bool isShared);
 
   /// Of Size::Alone there is nothing to be found.
   Size sizeOf(std::size_t job) const { return sizes_[job]; }
@@ -52,6 +53,7 @@ class KnownContents {
   };
 
   std::vector<Size> sizes_;  // by job
+  const bool isShared_;
   std::mutex mutex_;
   std::vector<Known> known_;  // by number
   HashIndex<std::uint32_t> index_;

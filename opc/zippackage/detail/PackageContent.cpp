@@ -23,7 +23,7 @@ void PackageContent::writeTo(OutputFile& out) {
   countTotals();
   ZipWriter writer(out);
   std::vector<PackJob> jobs = this->jobs();
-  KnownContents known(jobs);
+  KnownContents known(jobs, static_cast<bool>(options_.background));
   known_ = &known;
   PackAhead packer(std::move(jobs), known, options_.background);
   addNew(writer, packer, true);
