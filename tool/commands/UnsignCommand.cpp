@@ -29,7 +29,9 @@ process::ExitCode run(const line::Invocation& invocation) {
 }
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon unsign kit.kraddon", "removes all signatures"}};
+    line::ExampleSpec{"kraddon unsign kit.kraddon", "removes all signatures"},
+    line::ExampleSpec{"kraddon unsign --lock-timeout 5 kit.kraddon",
+                      "fails if another command changes the package for longer than 5 seconds"}};
 
 }  // namespace
 
