@@ -15,6 +15,7 @@ using opc::plservices::FileSystemEntry;
 
 std::vector<Item> readTree(AddonPackage& package) {
   std::vector<Item> items;
+  items.reserve(package.fileSystem().nodes().size());
   package.fileSystem().visitFiles([&](std::string_view path, const FileSystemEntry& entry) {
     items.push_back({std::string(path), entry.info(), entry, std::nullopt});
   });
@@ -35,13 +36,15 @@ std::vector<Item> readSubtree(AddonPackage& package, const FileSystemEntry& top)
   return items;
 }
 
+Item partItem(AddonPackage& package, opc::model::PartId part) {
+  const opc::model::PartInfo info = package.logicalPackage().partInfo(part);
+  return {"/" + std::string(info.itemName), info, std::nullopt, part};
+}
+
 std::vector<Item> readParts(AddonPackage& package) {
-  auto& model = package.logicalPackage();
   std::vector<Item> items;
-  model.visitParts("", [&](opc::model::PartId part) {
-    const opc::model::PartInfo info = model.partInfo(part);
-    items.push_back({"/" + std::string(info.itemName), info, std::nullopt, part});
-  });
+  package.logicalPackage().visitParts(
+      "", [&](opc::model::PartId part) { items.push_back(partItem(package, part)); });
   std::sort(items.begin(), items.end(),
             [](const Item& a, const Item& b) { return a.path < b.path; });
   return items;
@@ -63,6 +66,13 @@ std::unique_ptr<opc::InputStream> openItem(AddonPackage& package, const Item& it
   if (item.part) return package.logicalPackage().openPart(*item.part);
   if (item.item) return package.physicalPackage().openItem(*item.item);
   return package.fileSystem().openFile(*item.entry);
+}
+
+std::span<const unsigned char> packedBytes(AddonPackage& package, const Item& item,
+                                           std::uint64_t offset, std::size_t size) {
+  if (item.part) return package.logicalPackage().packedBytes(*item.part, offset, size);
+  if (item.item) return package.physicalPackage().packedBytes(*item.item, offset, size);
+  return package.fileSystem().packedBytes(*item.entry, offset, size);
 }
 
 }  // namespace addon::comparison

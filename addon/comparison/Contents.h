@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,8 @@ std::vector<Item> readTree(addon::packaging::AddonPackage& package);
 std::vector<Item> readSubtree(addon::packaging::AddonPackage& package,
                               const opc::plservices::FileSystemEntry& top);
 
+Item partItem(addon::packaging::AddonPackage& package, opc::model::PartId part);
+
 /// All parts but those of relationships, in order of their names' bytes.
 std::vector<Item> readParts(addon::packaging::AddonPackage& package);
 
@@ -47,5 +50,10 @@ Totals totalsOf(const std::vector<Item>& items);
 /// A fresh stream over what a file or part holds; it must not outlive the open package.
 std::unique_ptr<opc::InputStream> openItem(addon::packaging::AddonPackage& package,
                                            const Item& item);
+
+/// A piece of it as the container holds it: see IPhysicalPackage::packedBytes().
+std::span<const unsigned char> packedBytes(addon::packaging::AddonPackage& package,
+                                           const Item& item, std::uint64_t offset,
+                                           std::size_t size);
 
 }  // namespace addon::comparison

@@ -15,6 +15,7 @@ namespace {
 using opc::interfaces::Progress;
 using opc::interfaces::ProgressFunction;
 
+constexpr std::size_t kPackedPiece = std::size_t{1} << 20;
 constexpr std::size_t kBlockSize = std::size_t{64} << 10;
 using Block = std::vector<unsigned char>;
 
@@ -34,9 +35,17 @@ std::string keyOf(const Item& item) {
 }
 
 /// A file and a folder of one path are two things.
-bool isBefore(const Item& a, const Item& b) {
-  const int order = a.path.compare(b.path);
-  return order != 0 ? order < 0 : a.isFolder() < b.isFolder();
+bool isBefore(const Item* a, const Item* b) {
+  const int order = a->path.compare(b->path);
+  return order != 0 ? order < 0 : a->isFolder() < b->isFolder();
+}
+
+std::vector<const Item*> sorted(const std::vector<Item>& items) {
+  std::vector<const Item*> order;
+  order.reserve(items.size());
+  for (const Item& item : items) order.push_back(&item);
+  std::sort(order.begin(), order.end(), isBefore);
+  return order;
 }
 
 /// Goes through two sorted trees and says what became of each path.
@@ -46,9 +55,7 @@ class TreeComparison {
       : a_(a), b_(b), wantsHashes_(wantsHashes), report_(progress) {}
 
   FileDifferences run() {
-    std::sort(a_.items.begin(), a_.items.end(), isBefore);
-    std::sort(b_.items.begin(), b_.items.end(), isBefore);
-    mergePaths();
+    mergePaths(sorted(a_.items), sorted(b_.items));
     comparePairs();
     findMoves();
     if (wantsHashes_) addHashes();
@@ -60,18 +67,18 @@ class TreeComparison {
   }
 
  private:
-  void mergePaths() {
-    auto a = a_.items.cbegin();
-    auto b = b_.items.cbegin();
-    while (a != a_.items.cend() || b != b_.items.cend()) {
-      const bool isOnlyInA = b == b_.items.cend() || (a != a_.items.cend() && isBefore(*a, *b));
-      const bool isOnlyInB = !isOnlyInA && (a == a_.items.cend() || isBefore(*b, *a));
+  void mergePaths(const std::vector<const Item*>& aItems, const std::vector<const Item*>& bItems) {
+    auto a = aItems.begin();
+    auto b = bItems.begin();
+    while (a != aItems.end() || b != bItems.end()) {
+      const bool isOnlyInA = b == bItems.end() || (a != aItems.end() && isBefore(*a, *b));
+      const bool isOnlyInB = !isOnlyInA && (a == aItems.end() || isBefore(*b, *a));
       if (isOnlyInA) {
-        add(Change::Removed, &*a++, nullptr);
+        add(Change::Removed, *a++, nullptr);
       } else if (isOnlyInB) {
-        add(Change::Added, nullptr, &*b++);
+        add(Change::Added, nullptr, *b++);
       } else {
-        addPair(*a++, *b++);
+        addPair(**a++, **b++);
       }
     }
   }
@@ -113,7 +120,28 @@ class TreeComparison {
     return a.info.size == b.info.size && a.info.crc == b.info.crc;
   }
 
+  /// Whether they are packed alike, which most files are that did not change.
+  bool haveSamePackedBytes(const Item& a, const Item& b) const {
+    const std::uint64_t size = a.info.packedSize;
+    const bool mayBe = a.info.compressed == b.info.compressed && b.info.packedSize == size;
+    if (!mayBe || size == 0) return false;
+    for (std::uint64_t done = 0; done < size;) {
+      const auto aPiece = packedBytes(a_.package, a, done, kPackedPiece);
+      const auto bPiece = packedBytes(b_.package, b, done, kPackedPiece);
+      const bool isSame = !aPiece.empty() && aPiece.size() == bPiece.size() &&
+                          std::memcmp(aPiece.data(), bPiece.data(), aPiece.size()) == 0;
+      if (!isSame) return false;
+      done += aPiece.size();
+      report();
+    }
+    return true;
+  }
+
   bool haveSameBytes(const Item& a, const Item& b) {
+    if (haveSamePackedBytes(a, b)) {
+      progress_.bytesDone += a.info.size;
+      return true;
+    }
     const auto aStream = openItem(a_.package, a);
     const auto bStream = openItem(b_.package, b);
     bool isSame = true;

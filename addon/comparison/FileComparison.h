@@ -38,10 +38,10 @@ struct FileDifferences {
   std::uint64_t same = 0;            ///< how many files and folders are the same
 };
 
-/// Compares by content, byte by byte where sizes and checksums agree: a checksum proves nothing. A
-/// file that went from one path to another with the same content has moved; of several with that
-/// content those of one name belong together, and else the first ones. The result points into the
-/// items.
+/// Compares by content, byte by byte where sizes and checksums agree: a checksum proves nothing.
+/// What is packed alike is not unpacked, so that damage that both have is not noticed. A file that
+/// went from one path to another with the same content has moved; of several with that content
+/// those of one name belong together, and else the first ones. The result points into the items.
 FileDifferences compareFiles(FileSet a, FileSet b, bool wantsHashes,
                              const opc::interfaces::ProgressFunction& progress);
 

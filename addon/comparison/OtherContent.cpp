@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <set>
-#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "addon/packaging/Documents.h"
 #include "addon/packaging/ScreenshotPart.h"
@@ -100,7 +100,7 @@ class Reader {
   void findKnownParts() {
     FileTree& tree = package_.fileSystem().nodes();
     for (NodeId node = 0; node < tree.size(); ++node) {
-      if (tree.isFile(node) && !tree.isRemoved(node)) known_.insert(tree.part(node));
+      if (tree.isFile(node) && !tree.isRemoved(node)) addKnown(tree.part(node));
     }
     for (const auto& document : addon::packaging::presentDocuments(package_)) {
       addKnown(PartName(opc::fromUtf8(document.partName)));
@@ -120,16 +120,21 @@ class Reader {
   }
 
   void addKnown(const PartName& name) {
-    if (model_.hasPart(name)) known_.insert(model_.getPart(name)->id());
+    if (model_.hasPart(name)) addKnown(model_.getPart(name)->id());
+  }
+
+  void addKnown(PartId part) {
+    if (part >= known_.size()) known_.resize(std::max(part + 1, 2 * known_.size()));
+    known_[part] = true;
   }
 
   void readParts() {
-    for (Item& item : comparison::readParts(package_)) {
-      if (known_.contains(*item.part)) continue;
-      const std::string type = model_.contentTypeOf(*item.part).ascii();
-      if (opc::toLowerAscii(type).starts_with(kSignatureTypes)) continue;
-      content_.items.push_back({std::move(item), type});
-    }
+    model_.visitParts("", [&](PartId part) {
+      if (part < known_.size() && known_[part]) return;
+      const std::string type = model_.contentTypeOf(part).ascii();
+      if (opc::toLowerAscii(type).starts_with(kSignatureTypes)) return;
+      content_.items.push_back({partItem(package_, part), type});
+    });
   }
 
   /// Items that are not parts: they have names, but no ids.
@@ -182,7 +187,7 @@ class Reader {
 
   AddonPackage& package_;
   opc::model::Package& model_;
-  std::unordered_set<PartId> known_;
+  std::vector<bool> known_;  // by part
   OtherContent content_;
 };
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -99,6 +100,15 @@ class IPhysicalPackage {
   /// Reads all of an item, with the same checks. Throws ErrorCode::TooLarge, before anything is
   /// allocated, when it declares more than `limit` bytes.
   virtual void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) = 0;
+
+  /// At most `size` bytes, from `offset`, of the item's data as the container holds them, valid
+  /// until the next call; the headers are checked. Nothing for an item that was added, behind the
+  /// end, and if the container cannot tell. Two items with the same data that are compressed alike
+  /// unpack to the same, if they unpack.
+  virtual std::span<const unsigned char> packedBytes(ItemIndex /*item*/, std::uint64_t /*offset*/,
+                                                     std::size_t /*size*/) {
+    return {};
+  }
 
   /// Adds an item that is empty until it is written to. Names are not checked for doubles.
   virtual ItemIndex addItem(const NewItem& item) = 0;

@@ -195,4 +195,9 @@ void Package::readPart(PartId part, ByteBuffer& into, std::uint64_t limit) {
   state().read(part, into, limit);
 }
 
+std::span<const unsigned char> Package::packedBytes(PartId part, std::uint64_t offset,
+                                                    std::size_t size) {
+  return state().packedBytes(part, offset, size);
+}
+
 }  // namespace opc::model

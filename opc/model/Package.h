@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,6 +89,10 @@ class Package final : public RelationshipSource {
   std::unique_ptr<InputStream> openPart(PartId part);
   /// Reads a whole part. Throws ErrorCode::TooLarge when it declares more than `limit` bytes.
   void readPart(PartId part, ByteBuffer& into, std::uint64_t limit);
+
+  /// A piece of the part's data as the container holds them: see IPhysicalPackage::packedBytes().
+  /// Nothing for a part in pieces.
+  std::span<const unsigned char> packedBytes(PartId part, std::uint64_t offset, std::size_t size);
 
   /// Names, as stored, of the items that are not parts and that a commit drops: without a part
   /// name, of another kind than a file, pieces that make nothing whole, relationships of a part

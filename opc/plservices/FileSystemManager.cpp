@@ -190,12 +190,22 @@ void FileSystemManager::extractParts(const std::vector<model::PartId>& parts,
   extraction.run(chosen, progress);
 }
 
-std::unique_ptr<InputStream> FileSystemManager::openFile(const FileSystemEntry& file) {
+model::PartId FileSystemManager::partOf(const FileSystemEntry& file) {
   const NodeId node = nodeOf(file);
   const FileTree& nodes = state_->tree->nodes;
-  if (nodes.isFile(node)) return package_.openPart(nodes.part(node));
+  if (nodes.isFile(node)) return nodes.part(node);
   throw Exception(ErrorCode::InvalidArgument,
                   "cannot open '" + nodes.path(node) + "': it is a folder");
+}
+
+std::unique_ptr<InputStream> FileSystemManager::openFile(const FileSystemEntry& file) {
+  return package_.openPart(partOf(file));
+}
+
+std::span<const unsigned char> FileSystemManager::packedBytes(const FileSystemEntry& file,
+                                                              std::uint64_t offset,
+                                                              std::size_t size) {
+  return package_.packedBytes(partOf(file), offset, size);
 }
 
 const std::vector<UnreadableFile>& FileSystemManager::unreadable() {

@@ -115,6 +115,17 @@ std::unique_ptr<InputStream> ZipItemReader::open(std::size_t entry) {
   return std::make_unique<WholeItemStream>(std::move(content));
 }
 
+Bytes ZipItemReader::packedBytes(std::size_t entry, std::uint64_t offset, std::size_t size) {
+  const ZipEntry& item = directory_.entries()[entry];
+  requirePlausible(item);
+  const std::uint64_t packedSize = item.packedSize;
+  if (offset >= packedSize) return {};
+  const Place place = locate(entry, packedSize <= size);
+  const std::uint64_t left = packedSize - offset;
+  return window_.at(place.data + offset,
+                    static_cast<std::size_t>(std::min<std::uint64_t>(size, left)));
+}
+
 std::uint64_t ZipItemReader::endOf(std::size_t entry) {
   return locate(entry, false).end;
 }

@@ -31,6 +31,10 @@ class ZipItemReader {
   /// memory. It throws instead of handing out the last bytes when the item is damaged.
   std::unique_ptr<InputStream> open(std::size_t entry);
 
+  /// At most `size` bytes of the packed data, from `offset`, valid until the next call; none behind
+  /// their end.
+  Bytes packedBytes(std::size_t entry, std::uint64_t offset, std::size_t size);
+
   /// Where the item's bytes end in the file, data descriptor included.
   std::uint64_t endOf(std::size_t entry);
 

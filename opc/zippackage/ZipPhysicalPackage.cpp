@@ -290,6 +290,11 @@ void ZipPhysicalPackage::readItem(ItemIndex item, ByteBuffer& into, std::uint64_
   readAdded(open.addedItem(item), into, limit);
 }
 
+Bytes ZipPhysicalPackage::packedBytes(ItemIndex item, std::uint64_t offset, std::size_t size) {
+  Session& open = sessionWith(item);
+  return open.isOld(item) ? open.old->reader.packedBytes(item, offset, size) : Bytes();
+}
+
 ItemIndex ZipPhysicalPackage::add(const NewItem& properties,
                                   std::unique_ptr<IContentSource> source) {
   Session& open = writableSession();

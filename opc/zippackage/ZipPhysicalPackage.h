@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "opc/SystemPath.h"
@@ -64,6 +65,8 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   interfaces::ItemKind itemKind(interfaces::ItemIndex item) const override;
   std::unique_ptr<InputStream> openItem(interfaces::ItemIndex item) override;
   void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;
+  std::span<const unsigned char> packedBytes(interfaces::ItemIndex item, std::uint64_t offset,
+                                             std::size_t size) override;
   interfaces::ItemIndex addItem(const interfaces::NewItem& item) override;
   interfaces::ItemIndex addItem(const interfaces::NewItem& item,
                                 std::unique_ptr<interfaces::IContentSource> source) override;

@@ -221,6 +221,14 @@ void Package::State::read(PartId part, ByteBuffer& into, std::uint64_t limit) co
             });
 }
 
+std::span<const unsigned char> Package::State::packedBytes(PartId part, std::uint64_t offset,
+                                                           std::size_t size) const {
+  requirePart(part);
+  if (index_.isInPieces(part)) return {};
+  return inContext([&] { return readingContext(name(part)); },
+                   [&] { return physical_.packedBytes(index_.item(part), offset, size); });
+}
+
 void Package::State::readPieces(PartId part, ByteBuffer& into, std::uint64_t limit) const {
   const std::uint64_t size = infoOf(part).size;
   if (size > limit) {

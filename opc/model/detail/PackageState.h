@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -54,6 +55,8 @@ class Package::State {
 
   std::unique_ptr<InputStream> openStream(PartId part) const;
   void read(PartId part, ByteBuffer& into, std::uint64_t limit) const;
+  std::span<const unsigned char> packedBytes(PartId part, std::uint64_t offset,
+                                             std::size_t size) const;
   std::unique_ptr<OutputStream> openForWriting(PartId part);
 
   RelationshipSet& packageRelationships() { return *relationshipsOfPackage_; }
