@@ -67,8 +67,12 @@ add_dependencies(installed
 
 if(KRADDON_PYTHON)
   add_dependencies(installed kraddon_python_package)
-  install(DIRECTORY ${KRADDON_PYTHON_FOLDER}/kraddon DESTINATION lib/python3/dist-packages
-    COMPONENT python PATTERN __pycache__ EXCLUDE)
+  set(folder lib/python3/dist-packages)
+  install(DIRECTORY ${KRADDON_PYTHON_FOLDER}/kraddon DESTINATION ${folder} COMPONENT python
+    PATTERN __pycache__ EXCLUDE PATTERN lib EXCLUDE PATTERN "*.so" EXCLUDE)
+  # Only what is installed as a target is stripped.
+  install(TARGETS kraddon_python LIBRARY DESTINATION ${folder}/kraddon COMPONENT python)
+  install(TARGETS kraddon_xmlsignatures LIBRARY DESTINATION ${folder}/kraddon/lib COMPONENT python)
 endif()
 
 include(CMakePackageConfigHelpers)
@@ -133,6 +137,10 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), python3 (<< 3.12)")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-fsspec)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${PROJECT_SOURCE_DIR}/cmake/debian/python/postinst
+  ${PROJECT_SOURCE_DIR}/cmake/debian/python/prerm)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
   "Korvan add-on packages in Python
 A module that reads, changes, builds and checks Korvan add-on packages, for

@@ -42,7 +42,7 @@ def temporary_folder(parent=None):
 
 
 def make_packages(folder, epoch="1700000000"):
-    """Both packages, by name: {"kraddon": path, "kraddon-dev": path}."""
+    """All packages, by name: {"kraddon": path, "kraddon-dev": path, "python3-kraddon": path}."""
     if shutil.which("dpkg-shlibdeps") is None:
         raise unittest.SkipTest("needs dpkg-shlibdeps, which scripts/setup test installs")
     cpack = pathlib.Path(os.environ["CMAKE"]).with_name("cpack")
@@ -86,7 +86,7 @@ class Contents(unittest.TestCase):
         return {line.split()[5]: tuple(line.split()[:2]) for line in lines}
 
     def test_the_control_files_name_the_dependencies(self):
-        self.assertEqual(sorted(self.packages), ["kraddon", "kraddon-dev"])
+        self.assertEqual(sorted(self.packages), ["kraddon", "kraddon-dev", "python3-kraddon"])
         for package in self.packages:
             self.assertEqual(self.field(package, "Version"), VERSION)
         needed = self.field("kraddon", "Depends")
@@ -94,6 +94,10 @@ class Contents(unittest.TestCase):
             self.assertIn(library, needed)
         self.assertNotIn("kraddon", needed)
         self.assertIn(f"kraddon (= {VERSION})", self.field("kraddon-dev", "Depends"))
+        needed = self.field("python3-kraddon", "Depends")
+        for library in ("libc6 (>=", "libdeflate0", "libxmlsec1", "python3 (<< 3.12)"):
+            self.assertIn(library, needed)
+        self.assertNotIn("kraddon", needed)
 
     def test_everything_is_where_debian_expects_it(self):
         paths = self.listing("kraddon")
@@ -111,6 +115,10 @@ class Contents(unittest.TestCase):
         for path in ("lib/kraddon/libaddon_packaging.a", "lib/cmake/kraddon/kraddonConfig.cmake",
                      "share/pkgconfig/kraddon.pc", "include/kraddon/addon/packaging/AddonPackage.h"):
             self.assertIn("./usr/" + path, paths)
+        paths = self.listing("python3-kraddon")
+        for path in ("__init__.py", "_native.cpython-311-x86_64-linux-gnu.so", "_records.pyi",
+                     "py.typed", "lib/libkraddon_xmlsignatures.so"):
+            self.assertIn("./usr/lib/python3/dist-packages/kraddon/" + path, paths)
 
     def test_libraries_are_where_only_programs_that_know_them_look(self):
         for package in self.packages:
@@ -275,7 +283,13 @@ class FreshSystem(System):
                            with_proc=False)
         self.assertEqual(text, '["lib/wave.m"]\n')
 
-        self.inside("apt-get -q -y purge kraddon; rm /etc/apt/*/kraddon.*")
+        self.inside("apt-get -q -y install --no-install-recommends python3-kraddon")
+        text = self.inside("cd /root; python3 -c \"import kraddon; "
+                           "print(kraddon.open('p.kraddon').namelist(), "
+                           "[one.id for one in kraddon.verify('p.kraddon')])\"")
+        self.assertEqual(text, "['lib/wave.m'] ['KR501', 'KR502', 'KR503', 'KR503', 'KR504']\n")
+
+        self.inside("apt-get -q -y purge kraddon python3-kraddon; rm /etc/apt/*/kraddon.*")
         left = self.inside("find / -xdev -name '*kraddon*' -not -path '/root/*' "
                            "-not -path '/var/*' -not -path '/proc/*'")
         self.assertEqual(left, "")

@@ -31,7 +31,8 @@ class Published(unittest.TestCase):
         run("sha256sum", "--check", "--quiet", "SHA256SUMS", cwd=self.folder)
         deb = run("dpkg", "--print-architecture").strip() + ".deb"
         names = {f"kraddon_{VERSION}_{deb}", f"kraddon-dev_{VERSION}_{deb}",
-                 "Containerfile", "SHA256SUMS"}
+                 f"python3-kraddon_{VERSION}_{deb}", "Containerfile", "SHA256SUMS",
+                 f"kraddon-{VERSION}-cp311-cp311-linux_x86_64.whl"}
         self.assertLessEqual(names, files)
         self.assertEqual(sorted(path for path in files if path.startswith("apt/pool/")),
                          sorted(f"apt/pool/{name}" for name in names if name.endswith(".deb")))
