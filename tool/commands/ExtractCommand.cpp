@@ -6,13 +6,13 @@
 #include <limits>
 #include <optional>
 
+#include "addon/build/ExistingFiles.h"
 #include "addon/build/Selection.h"
 #include "addon/build/TreeWalk.h"
 #include "addon/comparison/Contents.h"
 #include "addon/comparison/OtherContent.h"
 #include "opc/Exception.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/ExistingFiles.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
@@ -25,6 +25,7 @@
 
 namespace tool::commands {
 
+using addon::build::ExistingFile;
 using addon::build::onDisk;
 using addon::comparison::Item;
 using addon::comparison::openItem;
@@ -127,27 +128,27 @@ void checkLimits(const std::vector<Item>& items, std::uint64_t folders,
 }
 
 /// A package may contain a file with its own path.
-void refuseThePackageItself(const std::vector<detail::ExistingFile>& existing,
+void refuseThePackageItself(const std::vector<ExistingFile>& existing,
                             const std::vector<Item>& items, const std::string& destination,
                             const std::string& package) {
   const std::optional<opc::FileIdentity> self = opc::identityOf(package);
   const auto found =
       std::find_if(existing.begin(), existing.end(),
-                   [&](const detail::ExistingFile& file) { return file.identity == self; });
+                   [&](const ExistingFile& file) { return file.identity == self; });
   if (found == existing.end()) return;
   throw process::Failure(process::sentence(
       "cannot extract", onDisk(destination, items[found->item].path), "it is the package itself"));
 }
 
-void leaveOut(const std::vector<detail::ExistingFile>& existing, std::vector<Item>& items) {
+void leaveOut(const std::vector<ExistingFile>& existing, std::vector<Item>& items) {
   std::vector<bool> isLeftOut(items.size());
-  for (const detail::ExistingFile& file : existing) isLeftOut[file.item] = true;
+  for (const ExistingFile& file : existing) isLeftOut[file.item] = true;
   std::size_t next = 0;
   std::erase_if(items, [&](const Item&) { return isLeftOut[next++]; });
 }
 
 /// Leaves out files that already exist, or refuses them.
-void checkExisting(const std::vector<detail::ExistingFile>& existing, std::vector<Item>& items,
+void checkExisting(const std::vector<ExistingFile>& existing, std::vector<Item>& items,
                    const std::string& destination, const line::Invocation& invocation) {
   if (existing.empty()) return;
   if (invocation.has("force")) {
@@ -246,7 +247,7 @@ process::ExitCode run(const line::Invocation& invocation) {
     writeToOutput(*package, items);
     return process::ExitCode::Done;
   }
-  const detail::Existing existing = detail::findExisting(items, destination);
+  const addon::build::Existing existing = addon::build::findExisting(items, destination);
   checkExisting(existing.files, items, destination, invocation);
   checkLimits(items, existing.newFolders, invocation);
   if (invocation.has("dry-run")) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/commands/detail/ExistingFiles.h"
+#include "addon/build/ExistingFiles.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -9,17 +9,15 @@
 #include <optional>
 #include <string_view>
 
+#include "addon/build/BuildError.h"
 #include "opc/Exception.h"
 #include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/plservices/FileTree.h"
 #include "opc/plservices/FolderCursor.h"
-#include "tool/commands/detail/PackageAccess.h"
-#include "tool/process/Errors.h"
 
-namespace tool::commands::detail {
+namespace addon::build {
 
-using addon::build::onDisk;
 using addon::comparison::Item;
 
 namespace {
@@ -55,7 +53,7 @@ FileDescriptor openDestination(const std::string& path) {
       opc::uninterrupted([&] { return ::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
   const int number = errno;
   if (folder || number == ENOENT || number == ENOTDIR) return folder;
-  throw process::systemFailure("cannot open folder", path, number);
+  throw systemError("cannot open folder", path, number);
 }
 
 std::optional<opc::FileIdentity> identityIn(int folder, const std::string& name) {
@@ -75,7 +73,7 @@ std::optional<opc::FileIdentity> identityBelow(const Item& item, NodeId node,
                                                FolderCursor& cursor) {
   const int folder = cursor.enter(node);
   if (folder < 0 || item.isFolder()) return std::nullopt;
-  return identityIn(folder, fileNameOf(item.path));
+  return identityIn(folder, item.path.substr(item.path.rfind('/') + 1));
 }
 
 std::string contextOf(const std::string& path, const std::string& destination) {
@@ -104,4 +102,4 @@ Existing findExisting(const std::vector<Item>& items, const std::string& destina
   return found;
 }
 
-}  // namespace tool::commands::detail
+}  // namespace addon::build

@@ -9,7 +9,7 @@
 #include "addon/build/TreeWalk.h"
 #include "addon/comparison/Contents.h"
 
-namespace tool::commands::detail {
+namespace addon::build {
 
 /// Something on the disk where a file of the tree would be written, such as a file or a link.
 struct ExistingFile {
@@ -29,4 +29,4 @@ struct Existing {
 Existing findExisting(const std::vector<addon::comparison::Item>& items,
                       const std::string& destination);
 
-}  // namespace tool::commands::detail
+}  // namespace addon::build
