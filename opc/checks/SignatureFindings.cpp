@@ -7,7 +7,7 @@ namespace opc::checks {
 
 namespace {
 
-constexpr std::array kFindings{
+constexpr std::array kSignatureFindings{
     FindingInfo{kBrokenSignature, "signature broken",
                 "What a signature says of a part, or of itself, is not so: the bytes, the content "
                 "type or the name of a part have changed since it was made, or the signature has. "
@@ -53,7 +53,7 @@ constexpr std::array kFindings{
 }  // namespace
 
 std::span<const FindingInfo> signatureFindings() {
-  return kFindings;
+  return kSignatureFindings;
 }
 
 }  // namespace opc::checks
