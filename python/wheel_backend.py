@@ -4,7 +4,8 @@
     python3 python/wheel_backend.py FOLDER    writes the wheel of build/release to that folder
 
 The wheel runs where the module does: on Debian 12 with the libraries that the README names. Its tag
-says so as far as tags can: Linux, not manylinux. KRADDON_BUILD names another build folder.
+says so as far as tags can: Linux, not manylinux. KRADDON_BUILD names a build folder that has the
+package already.
 """
 import base64
 import gzip
@@ -48,19 +49,15 @@ def _metadata():
     return "\n".join(lines).encode()
 
 
-def _build_folder():
-    return pathlib.Path(os.environ.get("KRADDON_BUILD") or TOP / "build/release")
-
-
 def _build():
     """Builds the package, and returns its folder."""
-    folder = _build_folder()
-    if not (folder / "build.ninja").exists() or not os.environ.get("KRADDON_BUILD"):
-        subprocess.run(["cmake", "--preset", "release", "-DKRADDON_PYTHON=ON"], cwd=TOP, check=True,
-                       stdout=sys.stderr)
-    subprocess.run(["cmake", "--build", folder, "--target", "kraddon_python_package"], check=True,
-                   stdout=sys.stderr)
-    return folder / "python/kraddon"
+    built = os.environ.get("KRADDON_BUILD")
+    if built:
+        return pathlib.Path(built) / "python/kraddon"
+    for words in (["--preset", "release", "-DKRADDON_PYTHON=ON"],
+                  ["--build", "--preset", "release", "--target", "kraddon_python_package"]):
+        subprocess.run(["cmake", *words], cwd=TOP, check=True, stdout=sys.stderr)
+    return TOP / "build/release/python/kraddon"
 
 
 def _tag(folder):
