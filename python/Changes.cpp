@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <utility>
 
+#include "addon/build/BuildError.h"
 #include "addon/build/SourceFiles.h"
 #include "addon/packaging/ReferenceRenaming.h"
-#include "opc/interfaces/MemoryContentSource.h"
+#include "opc/FileIdentity.h"
 #include "opc/plservices/FileContentSource.h"
 #include "python/Bindings.h"
 #include "python/Progress.h"
@@ -12,42 +16,41 @@ namespace python {
 
 namespace py = pybind11;
 
+using addon::build::BuildError;
 using addon::packaging::AddonPackage;
-using opc::interfaces::IContentSource;
-using opc::model::StandardPartInfo;
 using opc::plservices::FileContentSource;
 using opc::plservices::FileSystemEntry;
 
 namespace {
 
-/// Adds the content, or replaces that of an existing file.
-void store(AddonPackage& package, std::unique_ptr<IContentSource> source,
-           const StandardPartInfo& info, const std::string& path, bool replaces) {
-  auto& tree = package.fileSystem();
-  const auto existing = tree.find(path);
-  if (replaces && existing != nullptr && existing->isFile()) {
-    tree.replaceFile(*existing, std::move(source), info);
-  } else {
-    tree.addFile(std::move(source), info, path);
-  }
+/// The kind of something that is to be added. Throws BuildError if there is nothing.
+mode_t kindOf(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) throw addon::build::systemError("cannot add", path, errno);
+  return info.st_mode & S_IFMT;
+}
+
+std::unique_ptr<FileContentSource> openSource(const std::string& path, const std::string& package) {
+  const auto refuse = [&](const char* why, int number = 0) {
+    throw BuildError(opc::sentence("cannot add", path, why), {}, number);
+  };
+  const mode_t kind = kindOf(path);
+  if (kind == S_IFDIR) refuse("it is a folder", EISDIR);
+  if (kind != S_IFREG) refuse("it is neither a file nor a folder");
+  if (opc::identityOf(path) == opc::identityOf(package)) refuse("it is the package itself");
+  return std::make_unique<FileContentSource>(path);
 }
 
 void add(PackageHandle& handle, const std::string& source, const std::string& path, bool replaces) {
-  std::unique_ptr<FileContentSource> file;
-  withoutGil({source, path}, [&] { file = std::make_unique<FileContentSource>(source); });
-  StandardPartInfo info(opc::interfaces::CompressionType::Normal, file->size());
-  info.modified = file->modified();
-  info.executable = file->executable();
-  handle.use(path,
-             [&](AddonPackage& package) { store(package, std::move(file), info, path, replaces); });
+  auto content = withoutGil({source, path}, [&] { return openSource(source, handle.path()); });
+  handle.use(path, [&](AddonPackage& package) {
+    addon::build::storeContent(std::move(content), path, replaces, package);
+  });
 }
 
 void addBytes(PackageHandle& handle, std::string data, const std::string& path, bool replaces) {
-  const StandardPartInfo info(opc::interfaces::CompressionType::Normal, data.size());
-  auto content =
-      std::make_unique<opc::interfaces::MemoryContentSource>(std::move(data), "'" + path + "'");
   handle.use(path, [&](AddonPackage& package) {
-    store(package, std::move(content), info, path, replaces);
+    addon::build::storeContent(std::move(data), path, replaces, package);
   });
 }
 
@@ -55,8 +58,10 @@ void addFolder(PackageHandle& handle, const std::string& source, const std::stri
   addon::build::SourceChoice choice;
   choice.package = handle.path();
   choice.stop = SignalCheck();
-  std::vector<addon::build::SourceFile> files;
-  withoutGil({source}, [&] { files = addon::build::sourcesBelow(source, into, choice); });
+  const auto files = withoutGil({source}, [&] {
+    kindOf(source);
+    return addon::build::sourcesBelow(source, into, choice);
+  });
   handle.change(into, [&](AddonPackage& package) {
     addon::build::storeFiles(files, false, package, choice.stop);
   });
@@ -68,18 +73,17 @@ void makeFolder(PackageHandle& handle, const std::string& path) {
 
 void remove(PackageHandle& handle, const std::string& path) {
   handle.use(path, [&](AddonPackage& package) {
-    package.fileSystem().remove(handle.requireEntry(package, path));
+    package.fileSystem().remove(PackageHandle::requireEntry(package, path));
   });
 }
 
 void move(PackageHandle& handle, const std::string& from, const std::string& to) {
-  handle.use(from, [&](AddonPackage& package) {
-    auto& tree = package.fileSystem();
-    handle.requireEntry(package, from);
-    if (tree.find(to) != nullptr) throw opc::plservices::FileSystemEntryAlreadyExists(to);
+  handle.use(from, [&](AddonPackage& package) { PackageHandle::requireEntry(package, from); });
+  handle.use(to, [&](AddonPackage& package) {
+    if (package.fileSystem().find(to)) throw opc::plservices::FileSystemEntryAlreadyExists(to);
   });
   handle.change(from, [&](AddonPackage& package) {
-    const FileSystemEntry entry = handle.requireEntry(package, from);
+    const FileSystemEntry entry = PackageHandle::requireEntry(package, from);
     const std::string old = entry.path();
     package.fileSystem().move(entry, to);
     addon::packaging::renameReferences(package, old, to);

@@ -36,16 +36,15 @@ int numberOf(const opc::Exception& error) {
   return 0;
 }
 
-[[noreturn]] void raise(const char* message, const std::string& hint, const char* kind, int number,
-                        const Subject& subject) {
+[[noreturn]] void raise(const char* message, const char* kind, int number, const Subject& subject) {
   const auto text = [](const std::string& utf8) -> py::object {
     if (utf8.empty()) return py::none();
     return py::reinterpret_steal<py::object>(
         PyUnicode_DecodeUTF8(utf8.data(), static_cast<py::ssize_t>(utf8.size()), "replace"));
   };
-  const py::object error = py::module_::import("kraddon._errors")
-                               .attr("make")(kind, text(message), text(hint), number,
-                                             py::bytes(subject.path), text(subject.part));
+  const py::object error =
+      py::module_::import("kraddon._errors")
+          .attr("make")(kind, text(message), number, py::bytes(subject.path), text(subject.part));
   PyErr_SetObject(py::type::handle_of(error).ptr(), error.ptr());
   throw py::error_already_set();
 }
@@ -56,13 +55,13 @@ void raiseCurrent(const Subject& subject) {
   try {
     throw;
   } catch (const BuildError& error) {
-    raise(error.what(), error.hint(), "", error.number(), subject);
+    raise(error.what(), "", error.number(), subject);
   } catch (const opc::FormatError& error) {
-    raise(error.what(), {}, "malformed", 0, subject);
+    raise(error.what(), "malformed", 0, subject);
   } catch (const opc::Exception& error) {
     const char* kind = isMalformed(error.code()) ? "malformed" : "";
     if (isBadValue(error.code())) kind = "value";
-    raise(error.what(), {}, kind, numberOf(error), subject);
+    raise(error.what(), kind, numberOf(error), subject);
   }
 }
 

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "addon/build/BuildError.h"
+#include "addon/build/ExistingFiles.h"
+#include "addon/build/Selection.h"
 #include "addon/comparison/OtherContent.h"
 #include "opc/plservices/FileTree.h"
 #include "python/Bindings.h"
@@ -17,6 +19,7 @@ namespace python {
 
 namespace py = pybind11;
 
+using addon::comparison::Item;
 using addon::packaging::AddonPackage;
 using opc::plservices::FileSystemEntry;
 using opc::plservices::FileTree;
@@ -60,7 +63,7 @@ std::size_t count(PackageHandle& handle) {
 /// The names in a folder, those of folders with a slash. Raises for anything else.
 py::str children(PackageHandle& handle, const std::string& path) {
   const std::string all = handle.use(path, [&](AddonPackage& package) {
-    const FileSystemEntry entry = handle.requireEntry(package, path);
+    const FileSystemEntry entry = PackageHandle::requireEntry(package, path);
     if (entry.isFile()) throw opc::SystemError("cannot list '" + path + "'", ENOTDIR);
     std::string joined;
     FileTree& tree = package.fileSystem().nodes();
@@ -99,13 +102,15 @@ py::object find(PackageHandle& handle, const std::string& path) {
 
 py::tuple require(PackageHandle& handle, const std::string& path) {
   return handle
-      .use(path, [&](AddonPackage& package) { return Status(handle.requireEntry(package, path)); })
+      .use(
+          path,
+          [&](AddonPackage& package) { return Status(PackageHandle::requireEntry(package, path)); })
       .values();
 }
 
 /// The node of a file. Throws for a folder and for what is not there.
-NodeId requireFile(PackageHandle& handle, AddonPackage& package, const std::string& path) {
-  const FileSystemEntry entry = handle.requireEntry(package, path);
+NodeId requireFile(AddonPackage& package, const std::string& path) {
+  const FileSystemEntry entry = PackageHandle::requireEntry(package, path);
   if (entry.isFile()) return entry.node();
   throw opc::SystemError("cannot read '" + path + "'", EISDIR);
 }
@@ -113,9 +118,8 @@ NodeId requireFile(PackageHandle& handle, AddonPackage& package, const std::stri
 /// Deflate gets no smaller than this.
 constexpr std::uint64_t kMostRatio = 1032;
 
-void readFile(PackageHandle& handle, AddonPackage& package, const std::string& path,
-              opc::ByteBuffer& into) {
-  const NodeId node = requireFile(handle, package, path);
+void readFile(AddonPackage& package, const std::string& path, opc::ByteBuffer& into) {
+  const NodeId node = requireFile(package, path);
   opc::inContext([&] { return "cannot read '" + path + "'"; },
                  [&] {
                    auto& model = package.logicalPackage();
@@ -131,7 +135,7 @@ void readFile(PackageHandle& handle, AddonPackage& package, const std::string& p
 
 py::bytes read(PackageHandle& handle, const std::string& path) {
   opc::ByteBuffer content;
-  handle.use(path, [&](AddonPackage& package) { readFile(handle, package, path, content); });
+  handle.use(path, [&](AddonPackage& package) { readFile(package, path, content); });
   return {reinterpret_cast<const char*>(content.data()), content.size()};
 }
 
@@ -142,32 +146,40 @@ std::size_t readInto(PackageHandle& handle, const std::string& path, const py::b
     throw py::value_error("the buffer is not contiguous");
   }
   return handle.use(path, [&](AddonPackage& package) {
-    const NodeId node = requireFile(handle, package, path);
+    const NodeId node = requireFile(package, path);
     const std::uint64_t size = package.fileSystem().entryOf(node).info().size;
     if (size > room) {
       throw py::value_error("the buffer has " + std::to_string(room) + " bytes, the file has " +
                             std::to_string(size));
     }
     opc::ByteBuffer content;
-    readFile(handle, package, path, content);
+    readFile(package, path, content);
     std::copy_n(content.data(), content.size(), static_cast<unsigned char*>(buffer.ptr));
     return content.size();
   });
 }
 
-void extract(PackageHandle& handle, const std::vector<std::string>& paths,
-             const std::string& destination, bool overwrites, const py::object& progress) {
+/// What is at `path` or below it; "" is the root.
+void extract(PackageHandle& handle, const std::string& path, const std::string& destination,
+             bool overwrites, const py::object& progress) {
   const auto function = progressFunction(progress);
-  handle.use(paths.size() == 1 ? paths.front() : "", [&](AddonPackage& package) {
+  handle.use(path, [&](AddonPackage& package) {
     if (!addon::comparison::isAddon(package)) {
       throw addon::build::BuildError(
           opc::sentence("cannot extract", handle.path(), "it is not an add-on"));
     }
+    const FileSystemEntry top = PackageHandle::requireEntry(package, path);
+    std::vector<Item> items = addon::comparison::readTree(package);
+    if (!path.empty()) items = addon::build::choose(std::move(items), {path}, false);
+    const auto existing = addon::build::findExisting(items, destination).files;
+    if (overwrites) {
+      refuseThePackageItself(existing, items, destination, handle.path());
+    } else {
+      refuseExisting(existing, items, destination);
+    }
     const RestoreMode mode = overwrites ? RestoreMode::ReplaceExisting : RestoreMode::KeepExisting;
-    std::vector<FileSystemEntry> entries;
-    for (const std::string& path : paths) entries.push_back(handle.requireEntry(package, path));
     package.fileSystem().setBackground(tool::process::secondThread());
-    package.fileSystem().extract(entries, destination, mode, function);
+    package.fileSystem().extract({top}, destination, mode, function);
   });
 }
 
@@ -190,10 +202,9 @@ void bindFiles(py::module_& module, PackageClass& package) {
       .def("read", read)
       .def("readinto", readInto)
       .def("open", &PackageHandle::openFile)
-      .def("extract", [](PackageHandle& handle, const std::vector<std::string>& paths,
-                         const py::bytes& to, bool overwrites, const py::object& progress) {
-        extract(handle, paths, to, overwrites, progress);
-      });
+      .def("extract",
+           [](PackageHandle& handle, const std::string& path, const py::bytes& to, bool overwrites,
+              const py::object& progress) { extract(handle, path, to, overwrites, progress); });
 }
 
 }  // namespace python

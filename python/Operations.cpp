@@ -197,16 +197,19 @@ std::string verify(const py::bytes& path, const Texts& ignore, const Texts& erro
   addon::build::RuleSources sources{{ignore, error, warn}, isStrict, {}, {}};
   if (manifest) sources.manifestFolder = std::string(*manifest);
   if (policy) sources.policy = std::string(*policy);
+  const auto rules = withoutGil({sources.manifestFolder.value_or(sources.policy.value_or(""))},
+                                [&] { return addon::build::rulesOf(sources); });
+  std::unique_ptr<opc::interfaces::ITrustAnchors> anchors;
+  for (const auto& [name, content] : certificates) {
+    withoutGil({name},
+               [&] { opc::signatures::xmlSignatures().addAnchors(anchors, name, content); });
+  }
   return withoutGil({file}, [&] {
-    const addon::build::Rules rules = addon::build::rulesOf(sources);
     if (file.empty()) throw addon::build::systemError("cannot open package", file, ENOENT);
-    std::unique_ptr<opc::interfaces::ITrustAnchors> anchors;
-    for (const auto& [name, content] : certificates) {
-      opc::signatures::xmlSignatures().addAnchors(anchors, name, content);
-    }
     const opc::checks::SignatureDemands demands{anchors.get(), requiresSignature};
     const auto check = isOpc ? opc::checks::verifyPackage : addon::checks::verifyAddon;
-    const opc::checks::Report report = check(file, function, demands);
+    const opc::checks::Report report =
+        check(file, function, demands, tool::process::secondThread());
     PackageVerdict verdict = addon::checks::judge(file, report, rules.rules);
     std::string text;
     text::JsonWriter json(text);
@@ -243,10 +246,12 @@ std::string diff(const py::bytes& first, const py::bytes& second, const Texts& p
   const std::string folder = scratch;
   const std::string nameOfA = first;
   const std::string nameOfB = second;
-  return withoutGil({nameOfA}, [&] {
-    const std::string builtA = folder + "/a.kraddon";
-    ComparedPackage a = openCompared(nameOfA, builtA, {nameOfB});
-    ComparedPackage b = openCompared(nameOfB, folder + "/b.kraddon", {nameOfA, builtA});
+  const std::string builtA = folder + "/a.kraddon";
+  auto a = withoutGil({nameOfA}, [&] { return openCompared(nameOfA, builtA, {nameOfB}); });
+  auto b = withoutGil({nameOfB}, [&] {
+    return openCompared(nameOfB, folder + "/b.kraddon", {nameOfA, builtA});
+  });
+  return withoutGil({}, [&] {
     addon::comparison::PackageDifferences differences;
     addon::build::chooseInBoth(a.items, b.items, paths, areGlobs);
     if (paths.empty()) {

@@ -78,12 +78,12 @@ std::shared_ptr<PackageHandle::Stream> PackageHandle::openFile(const std::string
 }
 
 opc::plservices::FileSystemEntry PackageHandle::requireEntry(AddonPackage& package,
-                                                             const std::string& path) const {
+                                                             const std::string& path) {
   const auto entry = package.fileSystem().find(path);
   if (entry) return *entry;
   throw opc::Exception(
       opc::ErrorCode::NotFound,
-      opc::sentence("cannot find", path, "the package '" + path_ + "' has nothing with that name"));
+      opc::sentence("cannot find", path, "the package has nothing with that name"));
 }
 
 void PackageHandle::openNew(bool replaces) {

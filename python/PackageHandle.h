@@ -57,8 +57,8 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// A stream over a file of the tree.
   std::shared_ptr<Stream> openFile(const std::string& path);
   /// The file or folder at a path of the tree. Throws ErrorCode::NotFound.
-  opc::plservices::FileSystemEntry requireEntry(addon::packaging::AddonPackage& package,
-                                                const std::string& path) const;
+  static opc::plservices::FileSystemEntry requireEntry(addon::packaging::AddonPackage& package,
+                                                       const std::string& path);
 
   const std::string& path() const { return path_; }
   /// Whether the package is made anew.

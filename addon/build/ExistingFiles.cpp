@@ -102,4 +102,23 @@ Existing findExisting(const std::vector<Item>& items, const std::string& destina
   return found;
 }
 
+void refuseExisting(const std::vector<ExistingFile>& existing, const std::vector<Item>& items,
+                    const std::string& destination) {
+  if (existing.empty()) return;
+  const std::string first = onDisk(destination, items[existing.front().item].path);
+  throw BuildError(opc::sentence("cannot extract", first, "it already exists"),
+                   "--force replaces files, --skip-existing leaves them", EEXIST);
+}
+
+void refuseThePackageItself(const std::vector<ExistingFile>& existing,
+                            const std::vector<Item>& items, const std::string& destination,
+                            const std::string& package) {
+  const std::optional<opc::FileIdentity> self = opc::identityOf(package);
+  for (const ExistingFile& file : existing) {
+    if (file.identity != self) continue;
+    throw BuildError(opc::sentence("cannot extract", onDisk(destination, items[file.item].path),
+                                   "it is the package itself"));
+  }
+}
+
 }  // namespace addon::build

@@ -29,4 +29,15 @@ struct Existing {
 Existing findExisting(const std::vector<addon::comparison::Item>& items,
                       const std::string& destination);
 
+/// Throws BuildError if one of the files would replace another.
+void refuseExisting(const std::vector<ExistingFile>& existing,
+                    const std::vector<addon::comparison::Item>& items,
+                    const std::string& destination);
+
+/// Throws BuildError if one of the files would replace `package`, which may contain a file with its
+/// own path.
+void refuseThePackageItself(const std::vector<ExistingFile>& existing,
+                            const std::vector<addon::comparison::Item>& items,
+                            const std::string& destination, const std::string& package);
+
 }  // namespace addon::build

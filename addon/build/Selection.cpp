@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <type_traits>
 #include <unordered_map>
 
@@ -29,7 +30,7 @@ constexpr const char* kPackageHasNothing = "the package has nothing";
 
 BuildError namesNothing(const std::string& operand, const char* holders, const std::string& hint) {
   return BuildError(sentence("cannot find", operand, fmt::format("{} with that name", holders)),
-                    hint);
+                    hint, ENOENT);
 }
 
 /// For a literal path that does not exist.

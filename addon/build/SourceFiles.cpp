@@ -4,13 +4,12 @@
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <memory>
 #include <utility>
 
 #include "addon/build/BuildError.h"
 #include "addon/build/detail/ReadFile.h"
 #include "opc/Text.h"
-#include "opc/plservices/FileContentSource.h"
+#include "opc/interfaces/MemoryContentSource.h"
 
 namespace addon::build {
 
@@ -38,16 +37,21 @@ BuildError isTaken(const std::string& path, AddonPackage& package) {
                     "--replace replaces it", EEXIST);
 }
 
-void storeFile(const SourceFile& file, bool replaces, AddonPackage& package) {
-  auto content = file.facts ? std::make_unique<FileContentSource>(file.diskPath, *file.facts)
-                            : std::make_unique<FileContentSource>(file.diskPath);
+std::unique_ptr<FileContentSource> contentOf(const SourceFile& file) {
+  return file.facts ? std::make_unique<FileContentSource>(file.diskPath, *file.facts)
+                    : std::make_unique<FileContentSource>(file.diskPath);
+}
+
+/// `content` is a file of the disk, or any content and what describes it.
+template <typename... Content>
+void store(const std::string& path, bool replaces, AddonPackage& package, Content... content) {
   auto& tree = package.fileSystem();
-  const auto old = replaces ? tree.find(file.path) : nullptr;
-  if (old != nullptr && old->isFile()) return tree.replaceFile(*old, std::move(content));
+  const auto old = replaces ? tree.find(path) : nullptr;
+  if (old != nullptr && old->isFile()) return tree.replaceFile(*old, std::move(content)...);
   try {
-    tree.addFile(std::move(content), file.path);
+    tree.addFile(std::move(content)..., path);
   } catch (const FileSystemEntryAlreadyExists&) {
-    throw isTaken(file.path, package);
+    throw isTaken(path, package);
   }
 }
 
@@ -113,9 +117,22 @@ void storeFiles(const std::vector<SourceFile>& files, bool replaces, AddonPackag
     if (file.isFolder) {
       storeFolder(file.path, package);
     } else {
-      storeFile(file, replaces, package);
+      storeContent(contentOf(file), file.path, replaces, package);
     }
   }
+}
+
+void storeContent(std::unique_ptr<FileContentSource> content, const std::string& path,
+                  bool replaces, AddonPackage& package) {
+  store(path, replaces, package, std::move(content));
+}
+
+void storeContent(std::string content, const std::string& path, bool replaces,
+                  AddonPackage& package) {
+  const opc::model::StandardPartInfo info(opc::interfaces::CompressionType::Normal, content.size());
+  std::unique_ptr<opc::interfaces::IContentSource> source =
+      std::make_unique<opc::interfaces::MemoryContentSource>(std::move(content), "'" + path + "'");
+  store(path, replaces, package, std::move(source), info);
 }
 
 std::vector<std::string> pathsOf(const std::vector<SourceFile>& files) {

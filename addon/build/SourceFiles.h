@@ -2,12 +2,14 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "addon/build/TreeWalk.h"
 #include "addon/packaging/AddonPackage.h"
+#include "opc/plservices/FileContentSource.h"
 
 namespace addon::build {
 
@@ -52,6 +54,12 @@ std::vector<SourceFile> sourcesBelow(const std::string& folder, const std::strin
 void storeFiles(const std::vector<SourceFile>& files, bool replaces,
                 addon::packaging::AddonPackage& package,
                 const opc::interfaces::StopFunction& stop = nullptr);
+
+/// Puts a file with this content into the open package. Throws BuildError as storeFiles does.
+void storeContent(std::unique_ptr<opc::plservices::FileContentSource> content,
+                  const std::string& path, bool replaces, addon::packaging::AddonPackage& package);
+void storeContent(std::string content, const std::string& path, bool replaces,
+                  addon::packaging::AddonPackage& package);
 
 /// Makes a folder and those above it. Throws BuildError if a file is in its place. False if it was
 /// there.

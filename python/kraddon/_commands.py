@@ -101,7 +101,7 @@ def _certificates(path: StrPath) -> tuple[bytes, bytes]:
 
 
 def _refusal(what: str, path: StrPath, error: OSError) -> Error:
-    return make("", f"{what} '{os.fsdecode(path)}': {error.strerror}", None, error.errno or 0,
+    return make("", f"{what} '{os.fsdecode(path)}': {error.strerror}", error.errno or 0,
                 disk_path(path), None)
 
 

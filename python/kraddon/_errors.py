@@ -11,27 +11,25 @@ class Error(OSError):
     """Something failed. The text is the sentence that the command prints.
 
     `path` is the file of the disk that the call was about, `part` the path or document in the
-    package, `hint` what to do about it; each may be None.
+    package; either may be None.
     """
 
     path: str | None
     part: str | None
-    hint: str | None
 
     def __init__(self, message: str, *, errno: int | None = None, path: str | None = None,
-                 part: str | None = None, hint: str | None = None) -> None:
+                 part: str | None = None) -> None:
         super().__init__(message)
         if errno is not None:
             self.errno = errno
         self.path = path
         self.part = part
-        self.hint = hint
 
     def __str__(self) -> str:
         return str(self.args[0])
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return (_restore, (type(self), self.args[0], self.errno, self.path, self.part, self.hint))
+        return (_restore, (type(self), self.args[0], self.errno, self.path, self.part))
 
 
 class InvalidPackage(Error):
@@ -74,13 +72,12 @@ _KINDS: dict[str, type[Error]] = {"malformed": InvalidPackage, "value": _BadValu
 
 
 def _restore(kind: type[Error], message: str, errno: int | None, path: str | None,
-             part: str | None, hint: str | None) -> Error:
-    return kind(message, errno=errno, path=path, part=part, hint=hint)
+             part: str | None) -> Error:
+    return kind(message, errno=errno, path=path, part=part)
 
 
-def make(kind: str, message: str, hint: str | None, number: int, path: bytes,
-         part: str | None) -> Error:
+def make(kind: str, message: str, number: int, path: bytes, part: str | None) -> Error:
     """The error of a failure that the native module reports; `number` is an errno value or 0."""
     error = _KINDS[kind] if kind else _CLASSES.get(number, Error)
     return error(message, errno=number or None, path=os.fsdecode(path) if path else None,
-                 part=part, hint=hint)
+                 part=part)

@@ -12,7 +12,7 @@ from . import _conversion, _native
 from ._records import (App, Configuration, ExampleCategory, License, Properties, Requirements,
                        Revision)
 from ._tree import PackagePath, text_path
-from ._types import Progress, StrPath, Texts
+from ._types import Progress, StrPath
 
 _Self = TypeVar("_Self", bound="Package")
 
@@ -276,15 +276,14 @@ class Package:
     def extract_all(self, destination: StrPath, overwrite: bool = False, *,
                     progress: Progress | None = None) -> None:
         """Writes the file tree below a folder of the disk, which is made if it is missing."""
-        self._native.extract([""], disk_path(destination), overwrite, progress)
+        self._native.extract("", disk_path(destination), overwrite, progress)
 
-    def extract(self, path: str | Texts, destination: StrPath, overwrite: bool = False, *,
+    def extract(self, path: str, destination: StrPath, overwrite: bool = False, *,
                 progress: Progress | None = None) -> None:
         """Writes a file, or a folder with everything below it, under its full path below a folder
         of the disk."""
-        paths = [path] if isinstance(path, str) else list(path)
-        self._native.extract([text_path(one).rstrip("/") for one in paths],
-                             disk_path(destination), overwrite, progress)
+        self._native.extract(text_path(path).rstrip("/"), disk_path(destination), overwrite,
+                             progress)
 
     # The whole.
 

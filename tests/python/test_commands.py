@@ -71,7 +71,7 @@ def test_a_build_fails_as_the_command_does(project, tmp_path):
     strict = command("build", project, "-o", tmp_path / "a.kraddon", "--strict")
     with pytest.raises(kraddon.Error) as caught:
         kraddon.build(project, output=tmp_path / "a.kraddon", strict=True)
-    assert f"kraddon: build: {caught.value}\n" in strict.stderr and caught.value.hint
+    assert f"kraddon: build: {caught.value}\n" in strict.stderr
     (project / "kraddon.toml").write_text("[package]\nversion = '1'\nname = 3\n")
     with pytest.raises(kraddon.Error, match="kraddon.toml:3:8"):
         kraddon.build(project)

@@ -127,19 +127,6 @@ void checkLimits(const std::vector<Item>& items, std::uint64_t folders,
   }
 }
 
-/// A package may contain a file with its own path.
-void refuseThePackageItself(const std::vector<ExistingFile>& existing,
-                            const std::vector<Item>& items, const std::string& destination,
-                            const std::string& package) {
-  const std::optional<opc::FileIdentity> self = opc::identityOf(package);
-  const auto found =
-      std::find_if(existing.begin(), existing.end(),
-                   [&](const ExistingFile& file) { return file.identity == self; });
-  if (found == existing.end()) return;
-  throw process::Failure(process::sentence(
-      "cannot extract", onDisk(destination, items[found->item].path), "it is the package itself"));
-}
-
 void leaveOut(const std::vector<ExistingFile>& existing, std::vector<Item>& items) {
   std::vector<bool> isLeftOut(items.size());
   for (const ExistingFile& file : existing) isLeftOut[file.item] = true;
@@ -150,16 +137,12 @@ void leaveOut(const std::vector<ExistingFile>& existing, std::vector<Item>& item
 /// Leaves out files that already exist, or refuses them.
 void checkExisting(const std::vector<ExistingFile>& existing, std::vector<Item>& items,
                    const std::string& destination, const line::Invocation& invocation) {
-  if (existing.empty()) return;
   if (invocation.has("force")) {
     refuseThePackageItself(existing, items, destination, invocation.operands()[0]);
   } else if (invocation.has("skip-existing")) {
     leaveOut(existing, items);
   } else {
-    throw process::Failure(
-        process::sentence("cannot extract", onDisk(destination, items[existing[0].item].path),
-                          "it already exists"),
-        "--force replaces files, --skip-existing leaves them");
+    refuseExisting(existing, items, destination);
   }
 }
 
