@@ -41,9 +41,9 @@ std::string contentOf(Package& package) {
     add("/" + std::string(package.itemNameOf(id)), package.contentTypeOf(id).ascii(),
         *package.openPart(id));
   });
-  for (const std::string& item : package.relationshipsItems()) {
-    add("/" + item, std::string(package.typeOfRelationshipsItem(item).ascii()),
-        *package.openRelationshipsItem(item));
+  for (const opc::model::RelationshipsItem& item : package.relationshipsItems()) {
+    add("/" + item.name, std::string(package.typeOfRelationshipsItem(item.name).ascii()),
+        *package.openRelationshipsItem(item.name));
   }
   std::sort(lines.begin(), lines.end());
   text::Sha256 sum;

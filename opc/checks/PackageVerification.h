@@ -21,6 +21,7 @@ struct Reading {
   interfaces::ProgressFunction progress = nullptr;  ///< counts the items that have been read
   interfaces::BackgroundStarter starter = nullptr;  ///< for a second thread that reads items, too
   ContentTest test = nullptr;
+  signatures::ItemDigests* digests = nullptr;  ///< gets those of all sound items
   /// The result, by item: whether its content passed the test. Large items do not.
   std::vector<bool> passed = {};
 };

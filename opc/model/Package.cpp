@@ -167,7 +167,7 @@ std::vector<std::string> Package::untypedItems() const {
   return state().untypedItems();
 }
 
-std::vector<std::string> Package::relationshipsItems() const {
+std::vector<RelationshipsItem> Package::relationshipsItems() const {
   return state().relationshipsItems();
 }
 

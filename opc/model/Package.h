@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,6 +28,12 @@ struct PartInfo {
   std::uint64_t size = 0;        ///< bytes, as declared
   std::uint64_t packedSize = 0;  ///< bytes in the container
   std::int64_t modified = 0;     ///< seconds since 1970, UTC
+};
+
+/// A relationships part, as a commit would leave it.
+struct RelationshipsItem {
+  std::string name;              ///< of the item, as stored
+  std::optional<PartId> stored;  ///< nothing if it was changed since the package was opened
 };
 
 /// A package by the Open Packaging Conventions: parts, their content types, and relationships, over
@@ -103,9 +110,8 @@ class Package final : public RelationshipSource {
   /// parts. A commit keeps them.
   std::vector<std::string> untypedItems() const;
 
-  /// Names of the items of all relationships parts, as a commit would leave them; those of a part
-  /// that is not there are left out.
-  std::vector<std::string> relationshipsItems() const;
+  /// All relationships parts; those of a part that is not there are left out.
+  std::vector<RelationshipsItem> relationshipsItems() const;
   /// A relationships part without content type has that of all relationships parts.
   ContentType typeOfRelationshipsItem(std::string_view itemName) const;
   /// The bytes that a commit would leave. Throws ErrorCode::NotFound.

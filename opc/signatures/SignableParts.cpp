@@ -47,12 +47,12 @@ std::vector<SignablePart> signableParts(Package& package) {
   package.visitParts("", [&](PartId part) {
     parts.push_back({partNameOf(package.itemNameOf(part)),
                      package.contentTypeOf(part).withoutBlanks(),
-                     part,
-                     {}});
+                     {},
+                     part});
   });
-  for (std::string& item : package.relationshipsItems()) {
-    std::string type = package.typeOfRelationshipsItem(item).withoutBlanks();
-    parts.push_back({partNameOf(item), std::move(type), std::nullopt, std::move(item)});
+  for (model::RelationshipsItem& item : package.relationshipsItems()) {
+    std::string type = package.typeOfRelationshipsItem(item.name).withoutBlanks();
+    parts.push_back({partNameOf(item.name), std::move(type), std::move(item.name), item.stored});
   }
   std::sort(parts.begin(), parts.end(),
             [](const SignablePart& a, const SignablePart& b) { return a.name < b.name; });
@@ -60,7 +60,8 @@ std::vector<SignablePart> signableParts(Package& package) {
 }
 
 std::unique_ptr<InputStream> open(Package& package, const SignablePart& part) {
-  return part.part ? package.openPart(*part.part) : package.openRelationshipsItem(part.itemName);
+  return part.isRelationships() ? package.openRelationshipsItem(part.relationshipsItem)
+                                : package.openPart(*part.id);
 }
 
 std::string toReference(const SignablePart& part) {

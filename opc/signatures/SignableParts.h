@@ -13,12 +13,12 @@ namespace opc::signatures {
 
 /// A part or a relationships part, as a manifest names it.
 struct SignablePart {
-  std::string name;                   ///< "/a/b.xml", percent-encoded
-  std::string type;                   ///< as the content types say it, without blanks
-  std::optional<model::PartId> part;  ///< nothing for a relationships part
-  std::string itemName;               ///< of a relationships part
+  std::string name;                 ///< "/a/b.xml", percent-encoded
+  std::string type;                 ///< as the content types say it, without blanks
+  std::string relationshipsItem;    ///< the item of a relationships part; "" for any other
+  std::optional<model::PartId> id;  ///< nothing for a relationships part that was changed
 
-  bool isRelationships() const { return !part.has_value(); }
+  bool isRelationships() const { return !relationshipsItem.empty(); }
 };
 
 /// All parts and relationships parts of a package as a commit would leave them, in the order of the

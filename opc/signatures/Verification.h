@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "opc/interfaces/IXmlSignatures.h"
+#include "opc/signatures/ItemDigests.h"
 #include "opc/signatures/SignatureParts.h"
 
 namespace opc::signatures {
@@ -41,8 +42,10 @@ struct Verification {
   bool isSigned() const { return !signatures.empty(); }
 };
 
-/// Checks all signatures of an open package. `anchors` may be null. Reads each part once. Throws
-/// SystemError, and Exception if the library for signatures cannot be loaded.
-Verification verifySignatures(model::Package& package, const interfaces::ITrustAnchors* anchors);
+/// Checks all signatures of an open package. `anchors` may be null. Reads each part once, and not
+/// at all if `known`, which may be null, says what is needed. Throws SystemError, and Exception if
+/// the library for signatures cannot be loaded.
+Verification verifySignatures(model::Package& package, const interfaces::ITrustAnchors* anchors,
+                              const ItemDigests* known = nullptr);
 
 }  // namespace opc::signatures

@@ -3,10 +3,13 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <ctime>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
@@ -18,18 +21,20 @@
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
+#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Secret.h"
 #include "tool/report/FindingPrinter.h"
 #include "tool/report/Messages.h"
-#include "tool/report/Progress.h"
 
 namespace tool::commands {
 
 using addon::checks::PackageVerdict;
 using addon::packaging::AddonPackage;
+using opc::checks::Finding;
 using opc::interfaces::ISigner;
 using opc::interfaces::KeyFiles;
+using opc::signatures::ItemDigests;
 using process::Secret;
 
 namespace {
@@ -117,42 +122,96 @@ std::unique_ptr<ISigner> openSigner(const line::Invocation& invocation, std::int
   }
 }
 
-/// Refuses a package that 'verify' finds an error in. The package is locked.
-void requireSound(const std::string& path, const line::Invocation& invocation) {
-  PackageVerdict verdict;
-  {
-    report::ProgressBar bar(invocation.settings());
-    verdict = judge(path, addon::checks::verifyAddon(path, bar.function()),
-                    addon::checks::FindingRules());
+/// Looks for errors in the package, and takes the digests of its parts on the way, in a second
+/// thread if there is one. Meanwhile the package can be copied.
+class Inspection {
+ public:
+  explicit Inspection(std::string path) : path_(std::move(path)) {
+    if (const auto start = process::secondThread()) task_ = start([this] { inspect(); });
+    if (!task_) isLate_ = true;
   }
-  if (verdict.errors == 0) return;
-  std::erase_if(verdict.findings, [](const opc::checks::Finding& finding) {
-    return finding.id.severity != opc::checks::Severity::Error;
-  });
-  report::printToStandardError(
-      report::describeFindings(verdict, report::wantsErrorColor(invocation.settings())));
-  const bool isBroken = std::any_of(verdict.findings.begin(), verdict.findings.end(),
-                                    [](const opc::checks::Finding& finding) {
-                                      return addon::checks::groupOf(finding.id) == "signature";
-                                    });
-  throw process::Failure(
-      process::sentence("cannot sign", path, "it has " + text::counted(verdict.errors, "error")),
-      isBroken ? "'kraddon unsign' removes its signatures" : "");
-}
+  ~Inspection() { isStopped_ = true; }
+  Inspection(const Inspection&) = delete;
+  Inspection& operator=(const Inspection&) = delete;
+
+  /// Waits for the end. Throws Exception if the package has errors or could not be read.
+  const ItemDigests& digests() {
+    finish();
+    if (failure_) std::rethrow_exception(failure_);
+    if (verdict_.errors != 0) throw opc::Exception(opc::ErrorCode::InvalidPackage, "it has errors");
+    return digests_;
+  }
+
+  /// Waits for the end, and throws Failure if the package has errors.
+  void refuseErrors(const line::Invocation& invocation) {
+    finish();
+    if (verdict_.errors != 0) refuse(invocation);
+  }
+
+ private:
+  void finish() {
+    task_.reset();
+    if (std::exchange(isLate_, false)) inspect();
+  }
+
+  void inspect() noexcept {
+    try {
+      const auto look = [this](const opc::interfaces::Progress&) {
+        if (isStopped_) throw opc::Exception(opc::ErrorCode::InvalidState, "it is not needed");
+      };
+      verdict_ = judge(path_,
+                       addon::checks::verifyAddon(path_, look, {nullptr, false, &digests_},
+                                                  process::secondThread()),
+                       addon::checks::FindingRules());
+    } catch (...) {
+      failure_ = std::current_exception();
+    }
+  }
+
+  [[noreturn]] void refuse(const line::Invocation& invocation) {
+    std::erase_if(verdict_.findings, [](const Finding& finding) {
+      return finding.id.severity != opc::checks::Severity::Error;
+    });
+    report::printToStandardError(
+        report::describeFindings(verdict_, report::wantsErrorColor(invocation.settings())));
+    const bool isBroken = std::any_of(
+        verdict_.findings.begin(), verdict_.findings.end(),
+        [](const Finding& finding) { return addon::checks::groupOf(finding.id) == "signature"; });
+    throw process::Failure(process::sentence("cannot sign", path_,
+                                             "it has " + text::counted(verdict_.errors, "error")),
+                           isBroken ? "'kraddon unsign' removes its signatures" : "");
+  }
+
+  std::string path_;
+  ItemDigests digests_;
+  PackageVerdict verdict_;
+  std::exception_ptr failure_;
+  std::atomic<bool> isStopped_ = false;
+  bool isLate_ = false;
+  std::unique_ptr<opc::interfaces::BackgroundTask> task_;  // the last one: it uses the others
+};
 
 process::ExitCode run(const line::Invocation& invocation) {
   checkOptions(invocation);
   const std::string& path = invocation.operands()[0];
-  const auto options = detail::writeOptionsOf(invocation);
+  auto options = detail::writeOptionsOf(invocation);
+  options.background = nullptr;  // there is one new part, and other work for a second thread
   const std::int64_t time = options.timestamp.value_or(std::time(nullptr));
-  const std::unique_ptr<ISigner> signer = openSigner(invocation, time);
+  const std::shared_ptr<const ISigner> signer = openSigner(invocation, time);
+  std::optional<Inspection> inspection;
   const auto sign = [&](AddonPackage& package) {
-    requireSound(path, invocation);
-    opc::signatures::addSignature(package.logicalPackage(), *signer, time);
+    inspection.emplace(path);  // the package is locked by now
+    opc::signatures::addSignature(package.logicalPackage(), signer, time,
+                                  [&]() -> const ItemDigests& { return inspection->digests(); });
   };
-  detail::changePackage(
-      path, options, invocation, sign,
-      {.kind = detail::ReviewRules::Kind::None, .replaced = nullptr, .isAboutSignatures = true});
+  try {
+    detail::changePackage(
+        path, options, invocation, sign,
+        {.kind = detail::ReviewRules::Kind::None, .replaced = nullptr, .isAboutSignatures = true});
+  } catch (const opc::Exception&) {
+    if (inspection) inspection->refuseErrors(invocation);
+    throw;
+  }
   return process::ExitCode::Done;
 }
 

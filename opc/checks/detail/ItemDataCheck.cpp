@@ -19,6 +19,7 @@
 #include "opc/interfaces/Progress.h"
 #include "opc/interfaces/WorkAhead.h"
 #include "opc/plservices/LoadedFileTree.h"
+#include "opc/signatures/ItemDigests.h"
 #include "opc/zippackage/Codec.h"
 #include "opc/zippackage/ExtraFields.h"
 
@@ -69,7 +70,7 @@ class ItemDataCheck {
   }
 
   Readings::Worker readerOf(const std::vector<std::uint32_t>& entries) const {
-    auto reader = std::make_shared<ItemDataReader>(file_, directory_, reading_.test);
+    auto reader = std::make_shared<ItemDataReader>(file_, directory_, reading_);
     return [reader, &entries](std::size_t i) { return reader->readSmall(entries[i]); };
   }
 
@@ -110,7 +111,7 @@ class ItemDataCheck {
   }
 
   ItemReading readLarge(std::uint32_t entry) {
-    if (!reader_) reader_.emplace(file_, directory_, reading_.test);
+    if (!reader_) reader_.emplace(file_, directory_, reading_);
     return reader_->readLarge(entry, [this](std::uint64_t size) { advance(0, size); });
   }
 
@@ -151,6 +152,7 @@ class ItemDataCheck {
     try {
       if (reading.failure) std::rethrow_exception(reading.failure);
       reading_.passed[entry] = reading.hasPassed;
+      if (reading_.digests != nullptr) reading_.digests->set(entry, reading.digest);
       if (effortOf(entry) != 0) advance(0, effortOf(entry));
     } catch (const SystemError&) {
       throw;
@@ -211,6 +213,7 @@ class ItemDataCheck {
 void checkItemData(const PackageFile& file, const ZipDirectory& directory, Reading& reading,
                    std::vector<ItemState>& states, Report& report) {
   reading.passed.assign(states.size(), false);
+  if (reading.digests != nullptr) reading.digests->begin(states.size());
   ItemDataCheck(file, directory, reading, states, report).run();
 }
 

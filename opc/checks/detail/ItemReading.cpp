@@ -2,9 +2,11 @@
 #include "opc/checks/detail/ItemReading.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 #include "opc/Exception.h"
+#include "opc/signatures/ItemDigests.h"
 #include "opc/zippackage/Codec.h"
 
 namespace opc::checks::detail {
@@ -19,8 +21,15 @@ constexpr std::size_t kReadStep = std::size_t{256} << 10;  // bytes
 class SignatureSearch {
  public:
   void look(zippackage::Bytes data) {
-    for (const unsigned char byte : data) {
-      last_ = (last_ << 8) | byte;
+    const unsigned char* at = data.data();
+    const unsigned char* end = at + data.size();
+    while (at != end && !isFound_) {
+      if (!isWithinRecord()) {
+        at = static_cast<const unsigned char*>(
+            std::memchr(at, 'P', static_cast<std::size_t>(end - at)));
+        if (at == nullptr) return;
+      }
+      last_ = (last_ << 8) | *at++;
       if ((last_ >> 16) == kFirstHalf) isFound_ |= isSecondHalf(last_ & 0xFFFF);
     }
   }
@@ -28,6 +37,12 @@ class SignatureSearch {
 
  private:
   static constexpr std::uint32_t kFirstHalf = 0x504B;  // "PK"
+
+  /// Whether the last bytes may be the first ones of a signature.
+  bool isWithinRecord() const {
+    return (last_ & 0xFF) == 'P' || (last_ & 0xFFFF) == kFirstHalf ||
+           (last_ >> 8 & 0xFFFF) == kFirstHalf;
+  }
 
   static bool isSecondHalf(std::uint32_t half) {
     switch (half) {
@@ -90,7 +105,12 @@ void ItemDataReader::readWhole(std::uint32_t entry, ItemReading& reading) {
     search.look(buffer_.bytes());
     reading.hasSignature = search.isFound();
   }
-  reading.hasPassed = test_ && test_(buffer_.bytes());
+  reading.hasPassed = reading_.test && reading_.test(buffer_.bytes());
+  if (reading_.digests == nullptr) return;
+  signatures::Digests digest;
+  digest.want(interfaces::Hash::Sha256);
+  digest.update(buffer_.bytes());
+  reading.digest = digest.of(interfaces::Hash::Sha256);
 }
 
 void ItemDataReader::readPieces(std::uint32_t entry,
@@ -98,13 +118,17 @@ void ItemDataReader::readPieces(std::uint32_t entry,
                                 ItemReading& reading) {
   const bool isStored = directory_.entries()[entry].method == zippackage::kStored;
   SignatureSearch search;
+  signatures::Digests digest;
+  if (reading_.digests != nullptr) digest.want(interfaces::Hash::Sha256);
   const std::unique_ptr<InputStream> stream = reader_.open(entry);
   buffer_.resizeForOverwrite(std::max(buffer_.size(), kReadStep));
   while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) {
     if (isStored) search.look({buffer_.data(), size});
+    digest.update({buffer_.data(), size});
     advance(size);
   }
   reading.hasSignature = search.isFound();
+  reading.digest = digest.of(interfaces::Hash::Sha256);
 }
 
 void ItemDataReader::readFrame(std::uint32_t entry, ItemReading& reading) noexcept {

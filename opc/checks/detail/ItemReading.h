@@ -5,6 +5,7 @@
 #include <exception>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "opc/ByteBuffer.h"
@@ -22,6 +23,7 @@ struct ItemReading {
   bool isLeft = false;              ///< it is too large to be read in memory, and was not read
   bool hasSignature = false;        ///< stored data hold what looks like the start of a record
   bool hasPassed = false;           ///< the test of the content
+  std::string digest;               ///< SHA-256, in bytes, if it is wanted
 
   /// Where the item ends; nothing if its headers are faulty, which reading the data has shown.
   std::optional<std::uint64_t> end;
@@ -32,10 +34,10 @@ struct ItemReading {
 /// Reads all of an item, whatever is wrong with it, and throws nothing.
 class ItemDataReader {
  public:
-  /// All must outlive it. `test` may be empty.
+  /// All must outlive it.
   ItemDataReader(const zippackage::PackageFile& file, const zippackage::ZipDirectory& directory,
-                 const ContentTest& test)
-      : directory_(directory), test_(test), reader_(file, directory) {}
+                 const Reading& reading)
+      : directory_(directory), reading_(reading), reader_(file, directory) {}
 
   /// Leaves large items alone.
   ItemReading readSmall(std::uint32_t entry) noexcept;
@@ -51,7 +53,7 @@ class ItemDataReader {
   void readFrame(std::uint32_t entry, ItemReading& reading) noexcept;
 
   const zippackage::ZipDirectory& directory_;
-  const ContentTest& test_;
+  const Reading& reading_;
   zippackage::ZipItemReader reader_;
   ByteBuffer buffer_;
 };

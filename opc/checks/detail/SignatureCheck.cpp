@@ -57,7 +57,7 @@ class SignatureCheck {
       addUnsupported("", std::string("its signatures cannot be checked: ") + fault.what());
       return {};
     }
-    return signatures::verifySignatures(package, demands_.anchors);
+    return signatures::verifySignatures(package, demands_.anchors, demands_.digests);
   }
 
   void add(const Signature& signature) {

@@ -17,23 +17,27 @@ const RelationshipSet* Package::State::changedSet(std::string_view sourceItemNam
   return found != relationships_.end() && found->second.isChanged() ? &found->second : nullptr;
 }
 
-std::vector<std::string> Package::State::relationshipsItems() const {
-  std::vector<std::string> names;
+std::vector<RelationshipsItem> Package::State::relationshipsItems() const {
+  std::vector<RelationshipsItem> items;
   std::vector<PartId> orphans = index_.orphans();
   std::sort(orphans.begin(), orphans.end());
   index_.forEach(ItemRole::Relationships, [&](PartId item) {
     if (std::binary_search(orphans.begin(), orphans.end(), item)) return;
     const RelationshipSet* changed = changedSet(sourceOfRelationships(name(item)));
-    if (changed == nullptr || !changed->entries().empty()) names.emplace_back(name(item));
+    if (changed == nullptr) {
+      items.push_back({std::string(name(item)), item});
+    } else if (!changed->entries().empty()) {
+      items.push_back({std::string(name(item)), std::nullopt});
+    }
   });
   const auto addNew = [&](std::string_view source, const RelationshipSet& set) {
     std::string itemName = relationshipsItemName(source);
     if (!set.isChanged() || set.entries().empty() || index_.find(itemName)) return;
-    names.push_back(std::move(itemName));
+    items.push_back({std::move(itemName), std::nullopt});
   };
   addNew({}, *relationshipsOfPackage_);
   for (const auto& [part, set] : relationships_) addNew(name(part), set);
-  return names;
+  return items;
 }
 
 ContentType Package::State::typeOfRelationshipsItem(std::string_view itemName) const {

@@ -42,7 +42,7 @@ class Package::State {
   /// See Package.
   std::vector<std::string> strayItems() const;
   std::vector<std::string> untypedItems() const;
-  std::vector<std::string> relationshipsItems() const;
+  std::vector<RelationshipsItem> relationshipsItems() const;
   ContentType typeOfRelationshipsItem(std::string_view itemName) const;
   std::unique_ptr<InputStream> openRelationshipsItem(std::string_view itemName) const;
 
