@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/detail/OutputFile.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -117,6 +118,8 @@ std::uint64_t OutputFile::copyInKernel(int from, std::uint64_t offset, std::uint
     }
     // Every other refusal is left to plain reading and writing, which knows its own reasons.
     if (count <= 0) return done;
+    // The disk may begin before the commit waits for it. A refusal means nothing.
+    ::sync_file_range(descriptor_, static_cast<off_t>(flushed_), count, SYNC_FILE_RANGE_WRITE);
     done += static_cast<std::uint64_t>(count);
     flushed_ += static_cast<std::uint64_t>(count);
     copied(done);
