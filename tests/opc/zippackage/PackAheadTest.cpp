@@ -75,7 +75,8 @@ std::vector<std::string> manyTexts() {
 class PackAheadWays : public testing::TestWithParam<test::Starter> {
  protected:
   PackAhead& pack(const Sources& sources) {
-    known_ = std::make_unique<KnownContents>(jobsOf(sources));
+    known_ =
+        std::make_unique<KnownContents>(jobsOf(sources), static_cast<bool>(GetParam().starter));
     packer_ = std::make_unique<PackAhead>(jobsOf(sources), *known_, GetParam().starter);
     return *packer_;
   }
