@@ -12,8 +12,7 @@ find_package(fmt REQUIRED)
 pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(tomlplusplus REQUIRED tomlplusplus)  # headers only
 
-# Programs link Xerces-C statically, without two of its parts: opc/model/detail/NoNetwork.cpp and
-# NoSchema.cpp.
+# Programs link Xerces-C statically, without some of its parts: opc/model/detail/No*.cpp.
 # The shared library cannot, since Debian's archive is not position independent.
 find_library(KRADDON_XERCES_ARCHIVE libxerces-c.a)
 mark_as_advanced(KRADDON_XERCES_ARCHIVE)
@@ -24,11 +23,6 @@ if(KRADDON_XERCES_ARCHIVE)
   target_link_libraries(kraddon_xerces INTERFACE
     $<${is_program}:$<TARGET_OBJECTS:opc_xerces_parts>>
     $<IF:${is_program},${KRADDON_XERCES_ARCHIVE},XercesC::XercesC> ICU::uc)
-  foreach(part 23initializeRangeTokenMapEv 27initializeRegularExpressionEv
-               34initializeDatatypeValidatorFactoryEv 31initializeGeneralAttributeCheckEv)
-    target_link_options(kraddon_xerces INTERFACE
-      $<${is_program}:LINKER:--wrap=_ZN11xercesc_3_214XMLInitializer${part}>)
-  endforeach()
 else()
   target_link_libraries(kraddon_xerces INTERFACE XercesC::XercesC)
 endif()

@@ -99,6 +99,11 @@ class InstalledTree(unittest.TestCase):
         self.assertEqual(self.kraddon("call", "addonGetFileList", "p.kraddon"), "[]\n")
         self.assertEqual(self.kraddon("info", "p.kraddon", "--field", "name"), "Moved\n")
 
+    def test_the_program_is_below_six_megabytes_without_its_symbols(self):
+        subprocess.run(["strip", self.tree / "bin/kraddon"], check=True)
+
+        self.assertLess((self.tree / "bin/kraddon").stat().st_size, 6_000_000)
+
     def test_a_host_in_c_builds_against_the_headers_and_the_pkgconfig_file(self):
         (self.folder / "src").mkdir()
         (self.folder / "src/a.m").write_text("x = 1;\n", encoding="ascii")
