@@ -58,10 +58,12 @@ class Goal:
 
 
 class Peer:
-    """A program that does the same work. With `result`, a path, sizes are compared too."""
+    """A program that does the same work. With `result`, a path, sizes are compared too. `own` is
+    another command of our program, which is confined to one processor as well."""
 
-    def __init__(self, name, command, goal=Goal(), result=None, size_goal=None):
+    def __init__(self, name, command, goal=Goal(), result=None, size_goal=None, own=False):
         self.name = name
+        self.own = own
         self.command = command
         self.goal = goal
         self.result = result
@@ -82,6 +84,16 @@ class Figure:
 
     def verdict(self):
         return self.goal.verdict(self.value, self.one)
+
+    @classmethod
+    def from_json(cls, stored):
+        unit = "" if stored["unit"] == "ratio" else stored["unit"]
+        goal = Goal(stored["atMost"], stored["stretch"], stored["atMostOnOne"])
+        figure = cls(stored["work"], stored["peer"], stored["value"], stored["oneProcessor"], goal,
+                     unit)
+        figure.details = {name: stored[name] for name in ("seconds", "rounds", "peerSeconds")
+                          if name in stored}
+        return figure
 
     def as_json(self):
         def rounded(value):
@@ -129,13 +141,19 @@ class Contest:
         one = Side(self.ours, ONE, self.result, self.code)
         return (Side(self.ours, ALL, self.result, self.code) if len(ALL) > 1 else None), one
 
+    def their_sides(self, peer):
+        """Those with which our two are compared."""
+        both = Side(peer.command, ALL, peer.result)
+        return both, (Side(peer.command, ONE, peer.result) if peer.own else both)
+
     def hold(self, rounds, seconds):
         """The figures of `rounds` rounds, after one to warm up, or of as many as `seconds` allow,
         but at least one."""
         started = time.perf_counter()
         both, one = self.our_sides()
-        theirs = [Side(peer.command, ALL, peer.result) for peer in self.peers]
-        sides = [side for side in (both, one, *theirs) if side]
+        theirs = [self.their_sides(peer) for peer in self.peers]
+        sides = [both, one, *(side for pair in theirs for side in pair)]
+        sides = list(dict.fromkeys(side for side in sides if side))
         for number in range(rounds + 1):
             # The order changes, so that no program always runs after the same one.
             turn = number % len(sides)
@@ -155,9 +173,9 @@ class Contest:
 
     def figures(self, both, one, theirs):
         ours = both or one
-        for peer, side in zip(self.peers, theirs):
+        for peer, (side, side_of_one) in zip(self.peers, theirs):
             figure = Figure(self.work, peer.name, self.compared(both, side),
-                            self.compared(one, side), peer.goal, self.unit)
+                            self.compared(one, side_of_one), peer.goal, self.unit)
             figure.details = {"seconds": round(ours.middle(), 4), "rounds": len(ours.runs),
                               "peerSeconds": round(side.middle(), 4)}
             yield figure
@@ -189,3 +207,13 @@ class Difference(Contest):
 
     def compared(self, side, peer):
         return side and (side.middle() - peer.middle()) * 1000
+
+
+class Size:
+    """The size of a file, beside a goal in MB."""
+
+    def __init__(self, work, path, goal):
+        self.work, self.path, self.goal = work, path, goal
+
+    def hold(self, _rounds, _seconds):
+        return [Figure(self.work, "-", os.path.getsize(self.path) / 1e6, None, self.goal, "MB")]

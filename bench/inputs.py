@@ -63,6 +63,11 @@ class Inputs:
             raise RuntimeError("cannot make '%s'" % path)
         return path
 
+    def stripped(self):
+        """The program without its symbols, as it is installed."""
+        return self.once("stripped", lambda path: subprocess.run(
+            ["strip", "-o", path, self.kraddon], check=True))
+
     def headers(self):
         """A copy of the system's headers, with links resolved."""
         source = "/usr/include" + ("/c++" if self.quick else "")

@@ -23,15 +23,15 @@ class Reading:
         yield Contest("verify, real", verify,
                       [Peer("unzip -tq", ["unzip", "-tq", archive], Goal(0.22, one=0.42))])
         yield Contest("list --hash, real", [*listing, "--hash"],
-                      [Peer("verify", verify, Goal(1.15))])
+                      [Peer("verify", verify, Goal(1.15), own=True)])
         yield Contest("info --digest, real", [self.kraddon, "info", package, "--digest"],
-                      [Peer("verify", verify, Goal(1.15))])
+                      [Peer("verify", verify, Goal(1.15), own=True)])
         yield Contest("info, real", [self.kraddon, "info", package],
-                      [Peer("list", listing, Goal(0.7))])
+                      [Peer("list", listing, Goal(0.7), own=True)])
         other = shutil.copyfile(package, inputs.path("other.kraddon"))
         subprocess.run([self.kraddon, "add", "-q", other, inputs.small_file()], check=True)
         yield Contest("diff, real, one file differs", [self.kraddon, "diff", package, other],
-                      [Peer("verify", verify, Goal(0.15))], code=1)
+                      [Peer("verify", verify, Goal(0.15), own=True)], code=1)
         inputs.remove("other.kraddon")
 
     def many_files(self):

@@ -4,6 +4,8 @@
 import html
 import math
 
+from growth import GOAL
+
 WIDTH, HEIGHT, MARGIN = 720, 460, 64
 # Distinct without colour vision, on white and on black.
 COLOURS = ("#0072b2", "#d55e00", "#009e73", "#cc79a7", "#b58900", "#56b4e9", "#666666")
@@ -43,6 +45,20 @@ def curves_table(curves, goal, of):
                      "%.2f" % slope, "%.2f" % goal, "yes" if slope <= goal else "NO",
                      "%.2f" % curve.slope(curve.memory), "%.0f bytes" % curve.memory_each()))
     return laid_out(rows)
+
+
+def markdown(results):
+    """Every table, and how it came about."""
+    here = results.settings
+    parts = ["%s: %s, %d of its processors, %s; %d rounds. %s." % (
+        here["date"], here["processor"], here["processors"], here["system"], here["rounds"],
+        here["peers"])]
+    if results.rows:
+        parts.append(figures_table(results.figures()))
+    for what, title in (("file", "Files:"), ("record", "Records of a document:")):
+        if what in results.curves:
+            parts += [title, curves_table(results.curves[what], GOAL, what)]
+    return "\n\n".join(parts) + "\n"
 
 
 def put_between(text, begin, end, new):
