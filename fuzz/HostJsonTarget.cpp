@@ -72,8 +72,8 @@ bool isSame(const kxArray* a, const kxArray* b) {
 tool::json::HostArrayPointer read(std::string_view text) {
   tool::json::HostArrayPointer array;
   try {
-    fuzz::isAccepted([&] { array = tool::json::toHostArray(tool::json::parseJson(text)); });
-  } catch (const tool::json::JsonError& refusal) {
+    fuzz::isAccepted([&] { array = tool::json::toHostArray(text::parseJson(text)); });
+  } catch (const text::JsonError& refusal) {
     require(*refusal.what() != '\0', "a refusal says why");
   } catch (const matrix::HostError& refusal) {
     require(refusal.identifier().starts_with("Korvan:"), "the host's errors have a name");

@@ -61,19 +61,19 @@ constexpr std::string_view kDescription =
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 constexpr std::int64_t kMostOutputs = 64;
 
-json::JsonValue readArgument(const std::string& word) {
+text::JsonValue readArgument(const std::string& word) {
   if (word.starts_with('@'))
-    return json::parseJson(process::readInput(word.substr(1), kLargestFile));
-  std::optional<json::JsonValue> value = json::parseJsonIfAny(word);
+    return text::parseJson(process::readInput(word.substr(1), kLargestFile));
+  std::optional<text::JsonValue> value = text::parseJsonIfAny(word);
   if (value) return std::move(*value);
-  if (!opc::isUtf8(word)) throw json::JsonError("it is not UTF-8");
+  if (!opc::isUtf8(word)) throw text::JsonError("it is not UTF-8");
   return word;
 }
 
 json::HostArrayPointer toArgument(std::size_t number, const std::string& word) {
   try {
     return json::toHostArray(readArgument(word));
-  } catch (const json::JsonError& error) {
+  } catch (const text::JsonError& error) {
     const std::string which = word.starts_with('@') ? word : std::to_string(number);
     throw process::Failure(process::sentence("bad argument", which, error.what()));
   }
@@ -108,7 +108,7 @@ void printArray(const kxArray* array) {
   text::JsonWriter writer(text, text::JsonWriter::Layout::Compact);
   try {
     json::writeHostArray(array, writer);
-  } catch (const json::JsonError& error) {
+  } catch (const text::JsonError& error) {
     throw process::Failure(process::sentence("cannot print", "the output", error.what()));
   }
   report::Output output;

@@ -37,7 +37,7 @@ constexpr const char* kDescription =
     "--json, or of a "
     "document as 'get' prints and 'set' reads it. The dialect is JSON Schema 2020-12.";
 
-json::JsonValue findSchema(std::string_view name) {
+text::JsonValue findSchema(std::string_view name) {
   const std::vector<report::Schema> schemas = report::schemas();
   std::vector<std::string_view> names;
   for (const report::Schema& schema : schemas) {
@@ -50,7 +50,7 @@ json::JsonValue findSchema(std::string_view name) {
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
-  const json::JsonValue schema = findSchema(invocation.operands()[0]);
+  const text::JsonValue schema = findSchema(invocation.operands()[0]);
 
   report::Output output;
   output.write(schema.dump(2) + "\n");

@@ -153,9 +153,9 @@ OwnedDocument readFile(const DocumentTable& table, const std::string& file) {
   const std::string text = process::readInput(file, kLargestFile);
   try {
     OwnedDocument document = table.make();
-    json::readDocument(table, document.record, json::parseJson(text));
+    json::readDocument(table, document.record, text::parseJson(text));
     return document;
-  } catch (const json::JsonError& error) {
+  } catch (const text::JsonError& error) {
     throw process::Failure(process::sentence("bad document", file == "-" ? "standard input" : file,
                                              explain(table, error.what())));
   }

@@ -5,13 +5,16 @@
 #include <vector>
 
 #include "addon/packaging/DocumentTable.h"
+#include "text/JsonText.h"
 #include "text/JsonWriter.h"
-#include "tool/json/JsonText.h"
 
 // Documents as JSON: one object or, for a list, an array of objects; flags are the texts "true" and
 // "false", as the host has them.
 
 namespace tool::json {
+
+using text::JsonError;
+using text::JsonValue;
 
 /// Fills an empty document. Throws JsonError that names the first field that is unknown, missing,
 /// of a wrong kind or of characters that XML cannot carry ("examples[2].examples[0].images:

@@ -5,10 +5,13 @@
 #include <string_view>
 
 #include "hostarray/kxarray.h"
+#include "text/JsonText.h"
 #include "text/JsonWriter.h"
-#include "tool/json/JsonText.h"
 
 namespace tool::json {
+
+using text::JsonError;
+using text::JsonValue;
 
 struct HostArrayDeleter {
   void operator()(kxArray* array) const { kxDestroyArray(array); }
@@ -28,7 +31,7 @@ HostArrayPointer toHostText(std::u16string_view text);
 HostArrayPointer toHostArray(const JsonValue& value);
 
 /// The inverse: the short form if it converts back to the same array, else the "$class" form.
-/// `array` must not be null. Throws JsonError if arrays are nested deeper than kMaxJsonDepth.
+/// `array` must not be null. Throws JsonError if arrays are nested deeper than text::kMaxJsonDepth.
 void writeHostArray(const kxArray* array, text::JsonWriter& writer);
 
 }  // namespace tool::json

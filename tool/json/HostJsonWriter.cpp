@@ -55,8 +55,8 @@ class Writer {
   explicit Writer(text::JsonWriter& json) : json_(json) {}
 
   void write(const kxArray* array) {
-    if (++depth_ > kMaxJsonDepth) {
-      throw JsonError(fmt::format("the array is more than {} levels deep", kMaxJsonDepth));
+    if (++depth_ > text::kMaxJsonDepth) {
+      throw JsonError(fmt::format("the array is more than {} levels deep", text::kMaxJsonDepth));
     }
     switch (kxGetClass(array)) {
       case kxCHAR_CLASS:

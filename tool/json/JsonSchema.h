@@ -7,11 +7,13 @@
 #include <vector>
 
 #include "addon/packaging/DocumentTable.h"
-#include "tool/json/JsonText.h"
+#include "text/JsonText.h"
 
 // What JSON Schemas (2020-12) are made of.
 
 namespace tool::json::schema {
+
+using text::JsonValue;
 
 /// The dialect, then the schema.
 JsonValue whole(const JsonValue& schema);

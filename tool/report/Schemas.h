@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "tool/json/JsonText.h"
+#include "text/JsonText.h"
+
 
 namespace tool::report {
 
-using json::JsonValue;
+using text::JsonValue;
 
 /// A JSON Schema (2020-12) of something that the program reads or prints.
 struct Schema {

@@ -18,12 +18,12 @@ namespace {
 using addon::packaging::ArrayPointer;
 using addon::packaging::DocumentTable;
 using addon::packaging::OwnedDocument;
-using tool::json::JsonError;
+using text::JsonError;
 
 OwnedDocument documentOf(std::string_view name, std::string_view json) {
   const DocumentTable& table = tool::json::findDocument(name);
   OwnedDocument document = table.make();
-  tool::json::readDocument(table, document.record, tool::json::parseJson(json));
+  tool::json::readDocument(table, document.record, text::parseJson(json));
   return document;
 }
 

@@ -13,10 +13,10 @@
 namespace {
 
 using tool::json::HostArrayPointer;
-using tool::json::JsonError;
+using text::JsonError;
 
 HostArrayPointer read(std::string_view json) {
-  return tool::json::toHostArray(tool::json::parseJson(json));
+  return tool::json::toHostArray(text::parseJson(json));
 }
 
 std::string write(const HostArrayPointer& array) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/json/JsonText.h"
+#include "text/JsonText.h"
 
 #include <fmt/format.h>
 
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace tool::json {
+namespace text {
 
 namespace {
 
@@ -138,4 +138,4 @@ std::optional<JsonValue> parseJsonIfAny(std::string_view text) {
   throw JsonError(builder.error());
 }
 
-}  // namespace tool::json
+}  // namespace text

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace tool::json {
+namespace text {
 
 using JsonValue = nlohmann::ordered_json;
 
@@ -27,4 +27,4 @@ JsonValue parseJson(std::string_view text);
 /// The same, but returns nothing if the text is not JSON.
 std::optional<JsonValue> parseJsonIfAny(std::string_view text);
 
-}  // namespace tool::json
+}  // namespace text

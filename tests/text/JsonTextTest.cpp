@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tool/json/JsonText.h"
+#include "text/JsonText.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 
 namespace {
 
-using tool::json::JsonError;
-using tool::json::parseJson;
-using tool::json::parseJsonIfAny;
+using text::JsonError;
+using text::parseJson;
+using text::parseJsonIfAny;
 
 std::string errorOf(std::string_view text) {
   try {
