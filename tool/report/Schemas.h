@@ -7,7 +7,6 @@
 
 #include "text/JsonText.h"
 
-
 namespace tool::report {
 
 using text::JsonValue;

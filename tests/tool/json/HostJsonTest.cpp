@@ -12,8 +12,8 @@
 
 namespace {
 
-using tool::json::HostArrayPointer;
 using text::JsonError;
+using tool::json::HostArrayPointer;
 
 HostArrayPointer read(std::string_view json) {
   return tool::json::toHostArray(text::parseJson(json));
