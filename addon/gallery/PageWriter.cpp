@@ -142,9 +142,16 @@ void writeSections(detail::HtmlWriter& html, const std::vector<Section>& section
   }
 }
 
-void writeBody(detail::HtmlWriter& html, const Page& page, PageImages& images) {
+void writeBody(detail::HtmlWriter& html, const Page& page, PageImages& images,
+               std::string_view home) {
   html.element("a", {{"class", "skip"}, {"href", "#main"}}, "Skip to the content");
   html.newLine();
+  if (!home.empty()) {
+    html.element("p", {{"class", "home"}}, [&] {
+      html.element("a", {{"href", home}}, "All add-ons");
+    });
+    html.newLine();
+  }
   detail::writeHero(html, page, images);
   const std::vector<Section> sections = sectionsOf(page);
   writeNavigation(html, sections);
@@ -160,14 +167,14 @@ void writeBody(detail::HtmlWriter& html, const Page& page, PageImages& images) {
 }  // namespace
 
 void writePage(const Page& page, PageImages& images,
-               const std::function<void(std::string_view)>& sink) {
+               const std::function<void(std::string_view)>& sink, std::string_view home) {
   detail::HtmlWriter html(sink);
   html.doctype();
   html.element("html", {{"lang", "en"}}, [&] {
     html.newLine();
     html.element("head", [&] { writeHead(html, page); });
     html.newLine();
-    html.element("body", [&] { writeBody(html, page, images); });
+    html.element("body", [&] { writeBody(html, page, images, home); });
   });
   html.newLine();
   html.flush();

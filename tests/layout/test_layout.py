@@ -22,6 +22,7 @@ ONLY_IN = {
     "boost/": {"opc/plservices", "opc/checks", "addon/packaging", "addon/checks", "addon/gallery",
                "tool/commands"},
     "cmark": {"text", "addon/gallery"},
+    "sqlite3": {"addon/catalogue"},
 }
 # All that a folder other than opc/zippackage and opc/checks may know of the container.
 CONTAINER_FACE = {"opc/zippackage/ZipPhysicalPackage.h"}

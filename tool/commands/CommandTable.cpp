@@ -10,11 +10,13 @@ namespace tool::commands {
 
 line::CommandList allCommands() {
   static constexpr std::array kCommands{
-      &kCreateCommand,  &kBuildCommand,  &kInitCommand,       &kInfoCommand,       &kListCommand,
-      &kExtractCommand, &kAddCommand,    &kRemoveCommand,     &kMvCommand,         &kMkdirCommand,
-      &kGetCommand,     &kSetCommand,    &kUnsetCommand,      &kScreenshotCommand, &kVerifyCommand,
-      &kSignCommand,    &kUnsignCommand, &kSignaturesCommand, &kDiffCommand,       &kPreviewCommand,
-      &kSbomCommand,    &kCallCommand,   &kSchemaCommand,     &kCompletionCommand, &kHelpCommand};
+      &kCreateCommand, &kBuildCommand,      &kInitCommand,   &kInfoCommand,
+      &kListCommand,   &kExtractCommand,    &kAddCommand,    &kRemoveCommand,
+      &kMvCommand,     &kMkdirCommand,      &kGetCommand,    &kSetCommand,
+      &kUnsetCommand,  &kScreenshotCommand, &kVerifyCommand, &kSignCommand,
+      &kUnsignCommand, &kSignaturesCommand, &kDiffCommand,   &kPreviewCommand,
+      &kSbomCommand,   &kIndexCommand,      &kSearchCommand, &kCallCommand,
+      &kSchemaCommand, &kCompletionCommand, &kHelpCommand};
   return kCommands;
 }
 

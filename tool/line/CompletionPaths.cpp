@@ -53,7 +53,7 @@ bool isWanted(const DiskEntry& entry, DiskPath kind, bool hasPackages) {
 
 std::optional<DiskPath> diskPathKind(std::string_view valueName) {
   constexpr std::array<std::string_view, 5> kFiles{"FILE", "IMAGE", "ARG", "VALUE", "FILE.json"};
-  constexpr std::array<std::string_view, 2> kFolders{"FOLDER", "DIR"};
+  constexpr std::array<std::string_view, 3> kFolders{"FOLDER", "DIR", "SITE"};
   if (isPackageName(valueName)) return DiskPath::Package;
   if (std::find(kFiles.begin(), kFiles.end(), valueName) != kFiles.end()) return DiskPath::AnyFile;
   if (std::find(kFolders.begin(), kFolders.end(), valueName) != kFolders.end()) {

@@ -1,0 +1,286 @@
+// SPDX-License-Identifier: MIT
+#include "addon/catalogue/SiteUpdate.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "addon/catalogue/SitePaths.h"
+#include "addon/catalogue/detail/Collection.h"
+#include "addon/catalogue/detail/Followers.h"
+#include "addon/catalogue/detail/Intake.h"
+#include "addon/catalogue/detail/Pages.h"
+#include "addon/catalogue/detail/Sources.h"
+#include "opc/Exception.h"
+#include "opc/model/XercesHelper.h"
+
+namespace addon::catalogue {
+
+using detail::Intake;
+using detail::SiteFiles;
+using detail::SiteState;
+using detail::VersionKey;
+
+namespace {
+
+/// More files than that are flushed together.
+constexpr std::size_t kMostFlushedAlone = 20;
+
+VersionKey toKey(const VersionName& name) {
+  return {keyOf(name.guid), name.version};
+}
+
+/// The records that were added, in a file.
+class AddedRecords final : public RecordLines {
+ public:
+  explicit AddedRecords(std::unique_ptr<Intake> intake) : intake_(std::move(intake)) {}
+
+  void visit(const std::function<void(const Record&)>& visitor) const override {
+    for (const auto& [name, candidate] : intake_->candidates()) {
+      visitor(parseRecord(intake_->spool().line(candidate.line)));
+    }
+  }
+
+ private:
+  std::unique_ptr<Intake> intake_;
+};
+
+/// One call of updateSite().
+class SiteUpdate {
+ public:
+  explicit SiteUpdate(const UpdateRequest& request) : request_(request), files_(request.site) {}
+
+  UpdateResult run() {
+    readOld();
+    if (request_.isRebuilding) lookAtOldPackages();
+    const bool wereComplete = !old_.isNew() && followers_.areOf(old_.sequence());
+    intake_ = std::make_unique<Intake>(request_, files_, old_, base_ + 1);
+    planRemovals();
+    planYanks();
+    takePackages();
+    commit();
+    finishFollowers(wereComplete && !request_.isRebuilding);
+    if (request_.isCollecting && !now_->isNew()) result_.collected = collect(files_, *now_);
+    result_.sequence = now_->sequence();
+    if (now_->root()) {
+      result_.addons = now_->root()->addons;
+      result_.versions = now_->root()->versions;
+    }
+    result_.refused = intake_->takeRefused();
+    result_.added = std::make_unique<AddedRecords>(std::move(intake_));
+    return std::move(result_);
+  }
+
+ private:
+  void readOld() {
+    try {
+      old_ = SiteState::read(files_);
+      base_ = old_.sequence();
+    } catch (const BrokenSite& error) {
+      if (!request_.isRebuilding) throw;
+      result_.lost.emplace_back(error.what());
+      base_ = detail::lastSequence(files_);
+    }
+  }
+
+  /// What the old site says of its packages, as far as it can be read.
+  void lookAtOldPackages() {
+    for (const auto& [name, reference] : old_.index().shards) {
+      try {
+        const Shard& shard = old_.shard(name);
+        for (const auto& [key, lines] : shard.addons()) noteOld(key, shard.records(key));
+      } catch (const BrokenSite& error) {
+        result_.lost.emplace_back(error.what());
+      }
+    }
+  }
+
+  void noteOld(const std::string& key, const std::vector<Record>& records) {
+    for (const Record& record : records) {
+      named_.insert(record.package);
+      gone_.insert({key, record.version});
+      if (record.isYanked) yanked_.insert({key, record.version});
+    }
+  }
+
+  /// The records of an add-on that must be there.
+  std::vector<Record> oldRecords(const VersionName& name) const {
+    std::vector<Record> records = old_.records(keyOf(name.guid));
+    if (!name.version.empty()) {
+      std::erase_if(records, [&](const Record& each) { return each.version != name.version; });
+    }
+    if (!records.empty()) return records;
+    const std::string& version = name.version;
+    throw opc::Exception(
+        opc::ErrorCode::NotFound,
+        opc::sentence("unknown add-on", version.empty() ? name.guid : name.guid + "@" + version,
+                      "the site does not have it"));
+  }
+
+  void planRemovals() {
+    intake_->gone = std::exchange(gone_, {});
+    intake_->yanked = std::exchange(yanked_, {});
+    for (const VersionName& name : request_.removals) {
+      for (const Record& record : oldRecords(name)) {
+        if (intake_->gone.insert(toKey({record.guid, record.version})).second) {
+          result_.removed.push_back({record.guid, record.version});
+        }
+      }
+    }
+  }
+
+  void planYanks() {
+    const auto plan = [&](const std::vector<VersionName>& names, bool isYanked,
+                          std::vector<VersionName>& done) {
+      for (const VersionName& name : names) {
+        for (const Record& record : oldRecords(name)) {
+          if (record.isYanked == isYanked) continue;
+          if (!marks_.emplace(toKey({record.guid, record.version}), isYanked).second) continue;
+          done.push_back({record.guid, record.version});
+        }
+      }
+    };
+    plan(request_.yanks, true, result_.yanked);
+    plan(request_.unyanks, false, result_.unyanked);
+  }
+
+  void takePackages() {
+    std::vector<std::string> stored;
+    if (request_.isRebuilding) {
+      // With everything readable, those that were removed do not come back.
+      const bool knowsAll = result_.lost.empty() && !old_.isNew();
+      stored = detail::storedPackages(files_);
+      if (knowsAll) std::erase_if(stored, [&](const auto& path) { return !named_.contains(path); });
+    }
+    const std::vector<std::string> given = detail::packagesIn(request_.packages);
+    const std::size_t total = stored.size() + given.size();
+    if (total > kMostFlushedAlone) files_.setFlushing(SiteFiles::Flushing::Together);
+    std::size_t done = 0;
+    const auto count = [&] {
+      if (request_.stop) request_.stop();
+      if (request_.progress) request_.progress({done++, total, 0, 0});
+    };
+    for (const std::string& path : stored) {
+      count();
+      intake_->addStored(path);
+    }
+    for (const std::string& path : given) {
+      count();
+      intake_->add(path);
+    }
+    intake_->finish();
+  }
+
+  /// The keys of all add-ons that may change, by shard.
+  std::map<std::string, std::set<std::string>> changedShards() const {
+    std::map<std::string, std::set<std::string>> shards;
+    const auto note = [&](const VersionKey& name) { shards[shardOf(name.key)].insert(name.key); };
+    for (const auto& [name, candidate] : intake_->candidates()) note(name);
+    for (const auto& [name, isYanked] : marks_) note(name);
+    for (const VersionKey& name : intake_->gone) note(name);
+    return shards;
+  }
+
+  std::vector<Record> newRecords(const Shard& old, const std::string& key) const {
+    std::vector<Record> records = request_.isRebuilding ? std::vector<Record>() : old.records(key);
+    std::erase_if(records, [&](const Record& record) {
+      return intake_->gone.contains({key, record.version});
+    });
+    for (Record& record : records) {
+      const auto mark = marks_.find({key, record.version});
+      if (mark != marks_.end()) record.isYanked = mark->second;
+    }
+    const auto& candidates = intake_->candidates();
+    for (auto each = candidates.lower_bound({key, {}});
+         each != candidates.end() && each->first.key == key; ++each) {
+      records.push_back(parseRecord(intake_->spool().line(each->second.line)));
+    }
+    return records;
+  }
+
+  void commit() {
+    ShardIndex index = request_.isRebuilding ? ShardIndex() : old_.index();
+    std::uint64_t versions = 0;
+    if (old_.root() && !request_.isRebuilding) versions = old_.root()->versions;
+    for (const auto& [name, keys] : changedShards()) {
+      Shard shard = request_.isRebuilding ? Shard() : old_.shard(name);
+      versions -= shard.versions();
+      for (const std::string& key : keys) {
+        shard.setRecords(key, newRecords(shard, key));
+        changed_.insert(key);
+      }
+      versions += shard.versions();
+      index.shards.erase(name);
+      if (shard.isEmpty()) continue;
+      files_.makeFolder(std::string(kShardFolder));
+      index.shards[name] = {files_.writeHashed(kShardFolder, kJsonExtension, shard.text()),
+                            shard.addons().size()};
+    }
+    const bool isSame = !old_.isNew() && index.shards == old_.index().shards;
+    const bool isNothing = old_.isNew() && index.shards.empty() && base_ == 0;
+    if (!isSame && !isNothing) putInPlace(index, versions);
+    now_.emplace(SiteState::read(files_));
+  }
+
+  void putInPlace(const ShardIndex& index, std::uint64_t versions) {
+    Root root;
+    root.sequence = base_ + 1;
+    root.created = request_.time;
+    files_.makeFolder(std::string(kIndexFolder));
+    root.index = files_.writeHashed(kIndexFolder, kJsonExtension, index.text());
+    root.versions = versions;
+    for (const auto& [name, shard] : index.shards) root.addons += shard.addons;
+    // From now on its day counts.
+    if (old_.root()) files_.touch(old_.root()->index.path);
+    files_.flush();
+    if (request_.stop) request_.stop();
+    files_.replace(std::string(kRootFile), root.text());
+    if (request_.onCommitted) request_.onCommitted();
+    files_.flush();
+    result_.isChanged = true;
+  }
+
+  void finishFollowers(bool wereComplete) {
+    if (now_->isNew()) return;
+    for (const auto& [name, candidate] : intake_->candidates()) {
+      if (!candidate.isPageMissing) continue;
+      const Record record = parseRecord(intake_->spool().line(candidate.line));
+      detail::writePage(files_, record, now_->sequence());
+    }
+    if (!result_.isChanged && wereComplete) return;
+    followers_.write(*now_, changed_, wereComplete);
+  }
+
+  const UpdateRequest& request_;
+  SiteFiles files_;
+  detail::Followers followers_{files_, request_.stop};
+  SiteState old_{files_};
+  std::optional<SiteState> now_;
+  std::uint64_t base_ = 0;  // the last sequence
+  std::set<std::string> named_;
+  std::set<VersionKey> gone_;
+  std::set<VersionKey> yanked_;
+  std::map<VersionKey, bool> marks_;
+  std::set<std::string> changed_;
+  std::unique_ptr<Intake> intake_;
+  UpdateResult result_;
+};
+
+}  // namespace
+
+VersionName parseVersionName(const std::string& text) {
+  const std::size_t at = text.rfind('@');
+  if (at == std::string::npos) return {text, {}};
+  return {text.substr(0, at), text.substr(at + 1)};
+}
+
+void prepareSite(const std::string& folder) {
+  detail::prepareFolder(folder);
+}
+
+UpdateResult updateSite(const UpdateRequest& request) {
+  const opc::model::XercesGuard guard;
+  return SiteUpdate(request).run();
+}
+
+}  // namespace addon::catalogue

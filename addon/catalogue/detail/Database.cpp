@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: MIT
+#include "addon/catalogue/detail/Database.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <charconv>
+#include <utility>
+
+#include "addon/catalogue/Shard.h"
+#include "opc/Text.h"
+#include "text/Sha256.h"
+
+namespace addon::catalogue::detail {
+
+namespace {
+
+constexpr const char* kSchema = "kraddon.catalogue/1";
+
+/// The statement that makes the tables. `addons` has the version to be shown of each add-on, and
+/// `words` the words of its texts, which stay where they are.
+std::string tables() {
+  std::string columns;
+  for (const RecordField& field : recordFields()) {
+    const bool isNumber = std::holds_alternative<std::uint64_t Record::*>(field.member) ||
+                          std::holds_alternative<bool Record::*>(field.member);
+    const bool isOptional = std::holds_alternative<OptionalText>(field.member);
+    columns += fmt::format(", \"{}\" {}{}", field.name, isNumber ? "INTEGER" : "TEXT",
+                           isOptional ? "" : " NOT NULL");
+  }
+  return fmt::format(
+      "CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
+      "CREATE TABLE versions(addon TEXT NOT NULL, position INTEGER NOT NULL{});"
+      "CREATE UNIQUE INDEX versions_of_addons ON versions(addon, position);"
+      "CREATE TABLE addons(id INTEGER PRIMARY KEY, addon TEXT NOT NULL UNIQUE,"
+      " position INTEGER NOT NULL, requires TEXT NOT NULL);"
+      "CREATE VIEW texts AS SELECT addons.id AS id, name, author || ' ' || organization AS author,"
+      " summary, description, requires"
+      " FROM addons JOIN versions USING (addon, position);"
+      "CREATE VIRTUAL TABLE words USING fts5(name, author, summary, description, requires,"
+      " content = 'texts', content_rowid = 'id', prefix = '1 2 3',"
+      " tokenize = 'unicode61 remove_diacritics 2');"
+      "INSERT INTO words(words, rank) VALUES('rank', 'bm25(10, 5, 4, 1, 2)');",
+      columns);
+}
+
+std::string columnsOf(std::string_view table) {
+  std::string columns;
+  for (const RecordField& field : recordFields()) {
+    columns += fmt::format("{}{}.\"{}\"", columns.empty() ? "" : ", ", table, field.name);
+  }
+  return columns;
+}
+
+template <typename List>
+std::string jsonOf(const List& list) {
+  std::string text;
+  text::JsonWriter json(text, text::JsonWriter::Layout::Compact);
+  writeList(list, json);
+  return text;
+}
+
+/// Binds a member to a parameter.
+struct Binder {
+  const Record& record;
+  Statement& statement;
+  int parameter;
+
+  void operator()(std::string Record::*member) const { statement.bind(parameter, record.*member); }
+  void operator()(OptionalText member) const {
+    const std::string& text = record.*member.text;
+    text.empty() ? statement.bindNull(parameter) : statement.bind(parameter, text);
+  }
+  void operator()(std::uint64_t Record::*member) const {
+    statement.bind(parameter, static_cast<std::int64_t>(record.*member));
+  }
+  void operator()(bool Record::*member) const {
+    statement.bind(parameter, std::int64_t{record.*member});
+  }
+  template <typename Element>
+  void operator()(std::vector<Element> Record::*member) const {
+    statement.bind(parameter, jsonOf(record.*member));
+  }
+};
+
+/// Reads a member from a column.
+struct ColumnReader {
+  Record& record;
+  const Statement& statement;
+  int column;
+
+  void operator()(std::string Record::*member) const { record.*member = statement.text(column); }
+  void operator()(OptionalText member) const { record.*member.text = statement.text(column); }
+  void operator()(std::uint64_t Record::*member) const {
+    record.*member = static_cast<std::uint64_t>(statement.number(column));
+  }
+  void operator()(bool Record::*member) const { record.*member = statement.number(column) != 0; }
+  template <typename Element>
+  void operator()(std::vector<Element> Record::*member) const {
+    readList(statement.text(column), record.*member);
+  }
+};
+
+Record recordOf(const Statement& statement) {
+  Record record;
+  int column = 0;
+  for (const RecordField& field : recordFields()) {
+    std::visit(ColumnReader{record, statement, column++}, field.member);
+  }
+  return record;
+}
+
+/// A number of 40 bits that the key alone decides, so that rows do not depend on the order in which
+/// add-ons came.
+std::int64_t preferredId(const std::string& key) {
+  constexpr std::size_t kDigits = 10;
+  const std::string hash = text::sha256Of(key);
+  std::int64_t id = 0;
+  std::from_chars(hash.data(), hash.data() + kDigits, id, 16);
+  return id;
+}
+
+/// The names of what an add-on needs, for the index of words.
+std::string requirementsOf(const Record& record) {
+  std::string text;
+  for (const Requirement& each : record.requirements) {
+    text += fmt::format("{} {} ", each.name, each.identifier);
+  }
+  return text;
+}
+
+struct Column {
+  std::string_view prefix;
+  std::string_view name;
+};
+constexpr std::array kColumns{Column{"name:", "name"}, Column{"author:", "author"},
+                              Column{"requires:", "requires"}};
+
+std::string termOf(std::string_view word) {
+  std::string column;
+  for (const Column& each : kColumns) {
+    if (!word.starts_with(each.prefix) || word.size() == each.prefix.size()) continue;
+    column = fmt::format("{{{}}} : ", each.name);
+    word.remove_prefix(each.prefix.size());
+    break;
+  }
+  std::string quoted;
+  for (const char c : word) {
+    quoted += c;
+    if (c == '"') quoted += c;
+  }
+  return fmt::format("{}\"{}\" *", column, quoted);
+}
+
+}  // namespace
+
+Database Database::create(const std::string& path) {
+  Database database(Connection(path, Connection::Mode::Build));
+  database.connection_.run(tables().c_str());
+  return database;
+}
+
+Database Database::change(const std::string& path) {
+  return Database(Connection(path, Connection::Mode::Build));
+}
+
+Database Database::read(const std::string& path) {
+  return Database(Connection(path, Connection::Mode::Read));
+}
+
+void Database::begin() {
+  connection_.run("BEGIN");
+}
+
+std::int64_t Database::idOf(const std::string& key) {
+  Statement find = connection_.prepare("SELECT id FROM addons WHERE addon = ?");
+  find.bind(0, key);
+  return find.step() ? find.number(0) : -1;
+}
+
+void Database::removeAddon(const std::string& key, std::int64_t id) {
+  if (id >= 0) {
+    // The index must get the very texts that it has.
+    connection_
+        .prepare(
+            "INSERT INTO words(words, rowid, name, author, summary, description, requires)"
+            " SELECT 'delete', * FROM texts WHERE id = ?")
+        .bind(0, id)
+        .run();
+    connection_.prepare("DELETE FROM addons WHERE id = ?").bind(0, id).run();
+  }
+  connection_.prepare("DELETE FROM versions WHERE addon = ?").bind(0, key).run();
+}
+
+void Database::insertVersion(const std::string& key, std::size_t position, const Record& record) {
+  std::string values = "?, ?";
+  for (std::size_t i = 0; i < recordFields().size(); ++i) values += ", ?";
+  Statement insert = connection_.prepare("INSERT INTO versions VALUES(" + values + ")");
+  insert.bind(0, key).bind(1, static_cast<std::int64_t>(position));
+  int parameter = 2;
+  for (const RecordField& field : recordFields()) {
+    std::visit(Binder{record, insert, parameter++}, field.member);
+  }
+  insert.run();
+}
+
+void Database::setRecords(const std::string& key, const std::vector<Record>& records) {
+  std::int64_t id = idOf(key);
+  removeAddon(key, id);
+  for (std::size_t i = 0; i < records.size(); ++i) insertVersion(key, i, records[i]);
+  const Record* current = currentOf(records);
+  if (current == nullptr) return;
+  if (id < 0) {
+    id = preferredId(key);
+    Statement taken = connection_.prepare("SELECT 1 FROM addons WHERE id = ?");
+    for (taken.bind(0, id); taken.step(); taken.bind(0, ++id)) taken.reset();
+  }
+  connection_.prepare("INSERT INTO addons VALUES(?, ?, ?, ?)")
+      .bind(0, id)
+      .bind(1, key)
+      .bind(2, std::int64_t{current - records.data()})
+      .bind(3, requirementsOf(*current))
+      .run();
+  connection_
+      .prepare(
+          "INSERT INTO words(rowid, name, author, summary, description, requires)"
+          " SELECT * FROM texts WHERE id = ?")
+      .bind(0, id)
+      .run();
+}
+
+void Database::finish(std::uint64_t sequence, bool isNew) {
+  if (isNew) connection_.run("INSERT INTO words(words) VALUES('optimize')");
+  Statement set = connection_.prepare("INSERT OR REPLACE INTO meta VALUES(?, ?)");
+  set.bind(0, "schema").bind(1, std::string_view(kSchema)).run();
+  set.bind(0, "sequence").bind(1, std::string_view(std::to_string(sequence))).run();
+  connection_.run("COMMIT");
+}
+
+std::uint64_t Database::sequence() const {
+  Statement get = connection_.prepare(
+      "SELECT s.value FROM meta AS s JOIN meta AS m ON m.key = 'schema' AND m.value = ?"
+      " WHERE s.key = 'sequence'");
+  get.bind(0, std::string_view(kSchema));
+  return get.step() ? static_cast<std::uint64_t>(get.number(0)) : 0;
+}
+
+std::vector<Record> Database::search(const std::vector<std::string>& words,
+                                     std::uint64_t limit) const {
+  Statement find = connection_.prepare(fmt::format(
+      "SELECT {} FROM (SELECT rowid AS id, rank AS place FROM words WHERE words MATCH ?"
+      " ORDER BY rank LIMIT ?) AS found JOIN addons USING (id)"
+      " JOIN versions USING (addon, position) ORDER BY found.place, versions.name, addon",
+      columnsOf("versions")));
+  find.bind(0, queryOf(words)).bind(1, static_cast<std::int64_t>(limit));
+  std::vector<Record> records;
+  while (find.step()) records.push_back(recordOf(find));
+  return records;
+}
+
+void Database::visitCurrent(const std::function<void(const Record&)>& visit) const {
+  Statement list =
+      connection_.prepare(fmt::format("SELECT {} FROM addons JOIN versions USING (addon, position)"
+                                      " ORDER BY versions.name COLLATE NOCASE, addon",
+                                      columnsOf("versions")));
+  while (list.step()) visit(recordOf(list));
+}
+
+std::string queryOf(const std::vector<std::string>& words) {
+  std::string query;
+  for (const std::string& word : words) {
+    if (!query.empty()) query += " AND ";
+    query += termOf(word);
+  }
+  return query;
+}
+
+}  // namespace addon::catalogue::detail

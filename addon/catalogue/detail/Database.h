@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "addon/catalogue/Record.h"
+#include "addon/catalogue/detail/Sqlite.h"
+
+namespace addon::catalogue::detail {
+
+/// `catalogue.sqlite`: the records as a table, and an index of their words. All functions throw
+/// DatabaseError.
+class Database {
+ public:
+  /// A new file.
+  static Database create(const std::string& path);
+  /// One to be changed, which nobody else knows.
+  static Database change(const std::string& path);
+  static Database read(const std::string& path);
+
+  /// Everything up to finish() is one transaction.
+  void begin();
+  /// Replaces all records of an add-on, the newest first.
+  void setRecords(const std::string& key, const std::vector<Record>& records);
+  /// Commits. `isNew` also packs the index of the words.
+  void finish(std::uint64_t sequence, bool isNew);
+
+  /// Of which root it is.
+  std::uint64_t sequence() const;
+
+  /// The newest record that is not yanked of each add-on that has the words, the best first.
+  std::vector<Record> search(const std::vector<std::string>& words, std::uint64_t limit) const;
+  /// Those of all add-ons, by their names.
+  void visitCurrent(const std::function<void(const Record&)>& visit) const;
+
+ private:
+  explicit Database(Connection connection) : connection_(std::move(connection)) {}
+
+  std::int64_t idOf(const std::string& key);
+  void removeAddon(const std::string& key, std::int64_t id);
+  void insertVersion(const std::string& key, std::size_t position, const Record& record);
+
+  Connection connection_;
+};
+
+/// The words as a query of the index: each the beginning of a word, in any column or, after
+/// "name:", "author:" or "requires:", in that one. Nothing in them is syntax.
+std::string queryOf(const std::vector<std::string>& words);
+
+}  // namespace addon::catalogue::detail

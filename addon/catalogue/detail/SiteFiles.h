@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "addon/catalogue/Root.h"
+#include "opc/FileDescriptor.h"
+#include "opc/TemporaryFile.h"
+
+namespace addon::catalogue::detail {
+
+/// The files of a site. Paths are relative to it. All functions throw opc::SystemError that names
+/// the file.
+class SiteFiles {
+ public:
+  /// How what is written comes to the disk: each file by itself, or, for thousands, the whole file
+  /// system at once.
+  enum class Flushing { Each, Together };
+
+  /// Opens the folder of the site, which must exist.
+  explicit SiteFiles(std::string folder);
+
+  void setFlushing(Flushing flushing) { flushing_ = flushing; }
+
+  const std::string& folder() const { return folder_; }
+  int descriptor() const { return descriptor_.get(); }
+  /// Where a file of the site is for anybody else.
+  std::string onDisk(std::string_view path) const;
+
+  bool exists(const std::string& path) const;
+  /// The whole file; nothing if there is none. Throws BrokenSite if it is larger than any of ours.
+  std::optional<std::string> read(const std::string& path) const;
+  /// A file that must be what its name says. Throws BrokenSite.
+  std::string read(const FileReference& file) const;
+  /// At most `size` bytes from the beginning; "" if there is no such file.
+  std::string readStart(const std::string& path, std::size_t size) const;
+  /// The SHA-256 of a file; "" if there is none.
+  std::string hashOf(const std::string& path) const;
+
+  /// Makes a folder and those above it, unless they exist.
+  void makeFolder(const std::string& path);
+  /// Writes a file that is named by its hash, unless it is there already.
+  FileReference writeHashed(std::string_view folder, std::string_view extension,
+                            std::string_view content);
+  using Sink = std::function<void(std::string_view)>;
+  /// Writes a file, which replaces an older one in one step.
+  void replace(const std::string& path, const std::function<void(const Sink&)>& write);
+  void replace(const std::string& path, std::string_view content);
+  /// Puts a file in place that was made by `file`, whatever its content.
+  void putInPlace(opc::TemporaryFile& file, const std::string& path);
+  /// The same for one that has a temporary name in the site.
+  void rename(const std::string& from, const std::string& to);
+  void remove(const std::string& path);
+  /// Sets its time of change to now.
+  void touch(const std::string& path) const;
+
+  /// Brings an open file to the disk, unless that is done for all together.
+  void flushFile(int file, std::string_view path) const;
+  /// Brings all that was written so far to the disk, with the folders that name it.
+  void flush();
+
+ private:
+  [[noreturn]] void fail(std::string_view what, std::string_view path, int number) const;
+  void noteFolderOf(const std::string& path);
+
+  std::string folder_;
+  opc::FileDescriptor descriptor_;
+  Flushing flushing_ = Flushing::Each;
+  std::set<std::string> folders_;  // that name something new
+};
+
+}  // namespace addon::catalogue::detail

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "addon/catalogue/detail/SiteState.h"
+
+#include "addon/catalogue/SitePaths.h"
+
+namespace addon::catalogue::detail {
+
+namespace {
+
+/// Bytes of shards that are kept.
+constexpr std::uint64_t kMostKept = std::uint64_t{32} << 20;
+
+}  // namespace
+
+SiteState SiteState::read(const SiteFiles& files) {
+  SiteState state(files);
+  const std::string path(kRootFile);
+  const std::optional<std::string> text = files.read(path);
+  if (!text) {
+    // What follows a root has been there, so there was one.
+    for (const std::string_view follower : {kFrontPage, kDatabase, kRecordLines}) {
+      if (files.exists(std::string(follower))) {
+        throw BrokenSite(files.onDisk(path), "it is missing");
+      }
+    }
+    return state;
+  }
+  try {
+    state.root_ = Root::parse(*text);
+    const FileReference& index = state.root_->index;
+    state.index_ = ShardIndex::parse(files.read(index), index.path);
+  } catch (BrokenSite& error) {
+    error.addContext(files.folder());
+    throw;
+  }
+  return state;
+}
+
+const Shard& SiteState::shard(const std::string& name) const {
+  static const Shard kEmpty;
+  const auto kept = shards_.find(name);
+  if (kept != shards_.end()) return kept->second;
+  const auto found = index_.shards.find(name);
+  if (found == index_.shards.end()) return kEmpty;
+  const FileReference& file = found->second.file;
+  if (read_ + file.size > kMostKept) {
+    shards_.clear();
+    read_ = 0;
+  }
+  read_ += file.size;
+  return shards_[name] = Shard::parse(files_->read(file), file.path);
+}
+
+std::vector<Record> SiteState::records(const std::string& key) const {
+  return shard(shardOf(key)).records(key);
+}
+
+void SiteState::visitLines(const std::function<void(std::string_view)>& visit) const {
+  for (const auto& [name, shard] : index_.shards) {
+    catalogue::visitLines(files_->read(shard.file), shard.file.path, visit);
+  }
+}
+
+}  // namespace addon::catalogue::detail

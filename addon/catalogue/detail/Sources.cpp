@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "addon/catalogue/detail/Sources.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "addon/catalogue/SitePaths.h"
+#include "addon/catalogue/detail/Database.h"
+#include "addon/catalogue/detail/Pages.h"
+#include "addon/packaging/AddonPackage.h"
+#include "opc/Exception.h"
+#include "opc/TemporaryFile.h"
+
+namespace addon::catalogue::detail {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what, const std::string& path, int number) {
+  throw opc::SystemError(what + " '" + path + "'", number);
+}
+
+bool isPackageName(const std::string& name) {
+  return name.ends_with(packaging::kPackageExtension) && !opc::isTemporaryName(name);
+}
+
+void addFrom(const std::string& folder, std::vector<std::string>& packages) {
+  std::error_code error;
+  fs::recursive_directory_iterator each(folder, error);
+  while (!error && each != fs::recursive_directory_iterator()) {
+    const bool isFolder = each->is_directory(error);
+    if (!error && !isFolder && isPackageName(each->path().filename().string())) {
+      packages.push_back(each->path().string());
+    }
+    error.clear();  // Of a link to nothing, which is named when it is opened.
+    each.increment(error);
+  }
+  if (error) fail("cannot read folder", folder, error.value());
+}
+
+bool isOfSite(const std::string& name) {
+  constexpr std::array kNames{kIndexFolder, kShardFolder, kPackageFolder, kPageFolder,
+                              kFrontPage,   kDatabase,    kRecordLines};
+  return opc::isTemporaryName(name) ||
+         std::find(kNames.begin(), kNames.end(), name) != kNames.end();
+}
+
+}  // namespace
+
+std::vector<std::string> packagesIn(const std::vector<std::string>& given) {
+  std::vector<std::string> packages;
+  for (const std::string& path : given) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+      addFrom(path, packages);
+    } else {
+      packages.push_back(path);
+    }
+  }
+  std::sort(packages.begin(), packages.end());
+  packages.erase(std::unique(packages.begin(), packages.end()), packages.end());
+  return packages;
+}
+
+std::vector<std::string> storedPackages(const SiteFiles& files) {
+  std::vector<std::string> packages;
+  std::error_code error;
+  for (fs::directory_iterator each(files.onDisk(kPackageFolder), error), end; !error && each != end;
+       each.increment(error)) {
+    const fs::path& path = each->path();
+    if (path.extension() == packaging::kPackageExtension && isHash(path.stem().string())) {
+      packages.push_back(
+          hashedPath(kPackageFolder, path.stem().string(), packaging::kPackageExtension));
+    }
+  }
+  if (error && error.value() != ENOENT) {
+    fail("cannot read folder", files.onDisk(kPackageFolder), error.value());
+  }
+  std::sort(packages.begin(), packages.end());
+  return packages;
+}
+
+std::uint64_t lastSequence(const SiteFiles& files) {
+  std::uint64_t last = std::max(sequenceAtStart(files, std::string(kFrontPage)),
+                                sequenceAtStart(files, std::string(kRecordLines)));
+  try {
+    last = std::max(last, Database::read(files.onDisk(kDatabase)).sequence());
+  } catch (const DatabaseError&) {
+    // It is missing or broken, too.
+  }
+  return last;
+}
+
+void prepareFolder(const std::string& folder) {
+  if (::mkdir(folder.c_str(), 0777) == 0) return;
+  if (errno != EEXIST) fail("cannot make site", folder, errno);
+  std::error_code error;
+  bool hasRoot = false;
+  std::string other;
+  for (fs::directory_iterator each(folder, error), end; !error && each != end;
+       each.increment(error)) {
+    const std::string name = each->path().filename().string();
+    if (name == kRootFile) hasRoot = true;
+    if (!isOfSite(name) && (other.empty() || name < other)) other = name;
+  }
+  if (error) fail("cannot open site", folder, error.value());
+  if (hasRoot || other.empty()) return;
+  throw opc::Exception(
+      opc::ErrorCode::InvalidArgument,
+      opc::sentence("cannot make site", folder, "it has other things, such as '" + other + "'"));
+}
+
+}  // namespace addon::catalogue::detail

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "addon/catalogue/Record.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace {
+
+using addon::catalogue::parseRecord;
+using addon::catalogue::Record;
+using addon::catalogue::recordFields;
+using addon::catalogue::toLine;
+
+Record fullRecord() {
+  Record record;
+  record.guid = "ab-1";
+  record.name = "Wave \"Tools\"\n</script>\x7F";
+  record.version = "1.2";
+  record.requirements = {{"product", "Signal Kit", "9.1", "SK"}, {"supportPackage", "x", "", ""}};
+  record.size = 18446744073709551615U;
+  record.files = 3;
+  record.signers = {"aa", "bb"};
+  record.isYanked = true;
+  record.screenshot = "pages/ab-1/1.2/x.png";
+  return record;
+}
+
+TEST(Record, ComesBackAsItWasWritten) {
+  const std::string line = toLine(fullRecord());
+
+  EXPECT_EQ(toLine(parseRecord(line)), line);
+  EXPECT_EQ(parseRecord(line).size, fullRecord().size);
+  EXPECT_EQ(parseRecord(line).requirements[0].identifier, "SK");
+}
+
+TEST(Record, IsOneLineWhateverItsTexts) {
+  EXPECT_EQ(toLine(fullRecord()).find_first_of("\n\r\x7F"), std::string::npos);
+}
+
+TEST(Record, HasNullOnlyForAMissingScreenshot) {
+  const std::string line = toLine(Record());
+
+  EXPECT_NE(line.find(R"("screenshot":null)"), std::string::npos);
+  EXPECT_EQ(line.find("null"), line.rfind("null"));
+  EXPECT_EQ(parseRecord(line).screenshot, "");
+}
+
+TEST(Record, NeedsEveryMember) {
+  for (const auto& field : recordFields()) {
+    std::string line = toLine(fullRecord());
+    line.replace(line.find(std::string("\"") + field.name + "\":"), 2, "\"?");
+    EXPECT_THROW(parseRecord(line), text::JsonError) << field.name;
+  }
+  EXPECT_THROW(parseRecord("[]"), text::JsonError);
+  EXPECT_THROW(parseRecord("{"), text::JsonError);
+}
+
+TEST(Record, MembersThatAreNotKnownAreLeftOut) {
+  std::string line = toLine(fullRecord());
+  line.insert(1, R"("later":{"a":[1]},)");
+
+  EXPECT_EQ(toLine(parseRecord(line)), toLine(fullRecord()));
+}
+
+TEST(Record, NamesOfFieldsAreUnique) {
+  std::set<std::string> names;
+  for (const auto& field : recordFields()) EXPECT_TRUE(names.insert(field.name).second);
+}
+
+}  // namespace
