@@ -54,7 +54,9 @@ class SiteUpdate {
     readOld();
     if (request_.isRebuilding) lookAtOldPackages();
     const bool wereComplete = !old_.isNew() && followers_.areOf(old_.sequence());
-    intake_ = std::make_unique<Intake>(request_, files_, old_, base_ + 1);
+    // A rebuild compares with nothing: parts of the old site may be unreadable.
+    const SiteState& known = request_.isRebuilding ? none_ : old_;
+    intake_ = std::make_unique<Intake>(request_, files_, known, base_ + 1);
     planRemovals();
     planYanks();
     takePackages();
@@ -255,6 +257,7 @@ class SiteUpdate {
   SiteFiles files_;
   detail::Followers followers_{files_, request_.stop};
   SiteState old_{files_};
+  const SiteState none_{files_};
   std::optional<SiteState> now_;
   std::uint64_t base_ = 0;  // the last sequence
   std::set<std::string> named_;

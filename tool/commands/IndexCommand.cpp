@@ -259,7 +259,7 @@ constexpr line::CommandSpec kIndexCommand{
         "everything anew if a file of the site is lost or damaged.\n"
         "\n"
         "A reader of the site sees it as it was or as it is, and so does one after a failure. A "
-        "package may have at most 2 GiB, 16 GiB unpacked, 200,000 entries, and 256 KiB of texts in "
+        "package may have at most 2 GB, 16 GB unpacked, 200,000 entries, and 256 kB of texts in "
         "its record.",
     .operands = kOperands,
     .options = kOptions,

@@ -30,6 +30,14 @@ constexpr std::size_t kPiece = 256u << 10;
   throw opc::SystemError(fmt::format("{} '{}'", what, path), number);
 }
 
+void requireSmall(std::uint64_t size, const std::string& path) {
+  if (size <= kLargestPackage) return;
+  throw opc::Exception(opc::ErrorCode::TooLarge,
+                       opc::sentence("cannot add", path,
+                                     fmt::format("a package may have at most {}",
+                                                 text::describeBytes(kLargestPackage))));
+}
+
 /// Passes all bytes of a file to `take`.
 template <typename Take>
 void readAll(int file, const std::string& path, const opc::interfaces::StopFunction& stop,
@@ -44,12 +52,8 @@ void readAll(int file, const std::string& path, const opc::interfaces::StopFunct
     if (count == 0) return;
     take(std::string_view(piece).substr(0, static_cast<std::size_t>(count)));
     done += static_cast<std::uint64_t>(count);
-    if (done > kLargestPackage) break;
+    requireSmall(done, path);
   }
-  throw opc::Exception(opc::ErrorCode::TooLarge,
-                       opc::sentence("cannot add", path,
-                                     fmt::format("a package may have at most {}",
-                                                 text::describeBytes(kLargestPackage))));
 }
 
 }  // namespace
@@ -65,6 +69,7 @@ PackageFile::PackageFile(SiteFiles& files, const std::string& path,
     throw opc::Exception(opc::ErrorCode::InvalidArgument,
                          opc::sentence("cannot open package", path, "it is not a file"));
   }
+  requireSmall(static_cast<std::uint64_t>(status.st_size), path);
   text::Sha256 hash;
   readAll(file_.get(), path, stop_, [&](std::string_view piece) { hash.update(piece); });
   sha256_ = hash.finish();
