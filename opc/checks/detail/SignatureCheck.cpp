@@ -89,7 +89,9 @@ class SignatureCheck {
   }
 
   void addBroken(const Signature& signature) {
-    if (signature.xml.isOutdated && signature.changed.empty()) return;  // addSigner() says it
+    const bool isOnlyOutdated =
+        signature.xml.state == SignatureState::Valid && signature.changed.empty();
+    if (isOnlyOutdated) return;  // addSigner() says it
     report_.addClipped(kBrokenSignature, signature.part,
                        "the signature is broken: " + signature.reason, "");
     for (const std::string& name : signature.missing) {

@@ -37,6 +37,11 @@ SUPPORTED = {
                                                           time="2026-02-02")]}
 
 
+def break_value(root):
+    value = laboratory.find(root, "d:SignatureValue")
+    value.text = ("B" if value.text[0] == "A" else "A") + value.text[1:]
+
+
 def transform(algorithm, *children):
     made = etree.Element(laboratory.D + "Transform", Algorithm=algorithm)
     made.extend(children)
@@ -196,7 +201,10 @@ class Refused(SignatureCase):
         past = keys.Signer("p256", "Past", until=datetime.datetime(2025, 1, 1))
         future = keys.Signer("p256", "Future", since=datetime.datetime(2027, 1, 1))
         for ada in (past, future):
-            self.assertIn("KR605", self.errors(signer.sign(self.plain, ada).bytes()))
+            signed = signer.sign(self.plain, ada)
+            self.assertEqual(self.errors(signed.bytes()), ["KR605"])
+            laboratory.change_signature(signed, break_value)
+            self.assertEqual(self.errors(signed.bytes()), ["KR601", "KR605"])
 
     def test_no_certificate(self):
         signed = signer.sign(self.plain, self.ada, Form(certificates="none"))
