@@ -2,6 +2,7 @@
 #include "opc/signatures/Signing.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "opc/Exception.h"
@@ -46,8 +47,8 @@ void requireSignable(const Package& package, const SignatureParts& found) {
 
 std::shared_ptr<Part> makeOrigin(Package& package) {
   const PartName name(kOriginName);
-  const std::shared_ptr<Part> origin = package.createPart(
-      name, ContentType::fromAscii(kOriginType), StandardPartInfo(CompressionType::None, 0));
+  std::shared_ptr<Part> origin = package.createPart(name, ContentType::fromAscii(kOriginType),
+                                                    StandardPartInfo(CompressionType::None, 0));
   package.createInternalRelationship(kOriginRelationship, URI(std::u16string(kOriginName)), u"");
   return origin;
 }
@@ -106,6 +107,7 @@ class SignatureSource final : public interfaces::IContentSource {
 
   std::unique_ptr<InputStream> getInputStream() override {
     if (!xml_) xml_ = std::make_shared<const std::string>(make());
+    signer_.reset();  // the key is not needed any more
     return std::make_unique<TextInputStream>(xml_);
   }
   std::uint64_t size() const override { return xml_ ? xml_->size() : 0; }

@@ -18,6 +18,7 @@ namespace opc::signatures {
 ///
 /// The signature is made when the package is committed. `known`, which may be empty, is then asked
 /// for the digests of items; without it the parts are read before. What it throws ends the commit.
+/// After that `signer` is released.
 std::string addSignature(model::Package& package, std::shared_ptr<const interfaces::ISigner> signer,
                          std::int64_t time, std::function<const ItemDigests&()> known = nullptr);
 

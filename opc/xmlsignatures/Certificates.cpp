@@ -81,7 +81,6 @@ Certificate fromDer(std::string_view der) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
   const unsigned char* end = bytes + der.size();
   Certificate certificate(d2i_X509(nullptr, &bytes, static_cast<long>(der.size())));
-  ERR_clear_error();
   if (bytes != end) return nullptr;
   return certificate;
 }
@@ -102,7 +101,6 @@ std::vector<Certificate> fromPem(std::span<const unsigned char> pem) {
     certificates.push_back(std::move(one));
   }
   const auto error = ERR_peek_last_error();
-  ERR_clear_error();
   const bool isEnd =
       ERR_GET_LIB(error) == ERR_LIB_PEM && ERR_GET_REASON(error) == PEM_R_NO_START_LINE;
   if (!isEnd) certificates.clear();
@@ -194,7 +192,6 @@ std::optional<std::string> findDistrust(const std::vector<Certificate>& chain,
   X509_VERIFY_PARAM_set_depth(parameters, 16);
   const int result = X509_verify_cert(context.get());
   const int error = X509_STORE_CTX_get_error(context.get());
-  ERR_clear_error();
   if (result != 1) return std::string(X509_verify_cert_error_string(error));
   if (!mayMakeSignatures(*chain.front())) return "its certificate is not for signatures";
   return std::nullopt;

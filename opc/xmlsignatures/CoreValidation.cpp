@@ -4,7 +4,6 @@
 #include <libxml/parser.h>
 #include <libxml/xmlIO.h>
 #include <openssl/crypto.h>
-#include <openssl/err.h>
 #include <xmlsec/xmlsec.h>  // which the next one needs
 
 #include <xmlsec/errors.h>
@@ -20,6 +19,7 @@
 #include <string_view>
 
 #include "opc/Exception.h"
+#include "opc/xmlsignatures/MemoryWatch.h"
 
 namespace opc::xmlsignatures {
 
@@ -37,8 +37,6 @@ using Context = std::unique_ptr<xmlSecDSigCtx, FreeContext>;
 void requireSuccess(int result) {
   if (result < 0) throwOutOfMemory();
 }
-
-void beSilent(const char*, int, const char*, const char*, const char*, int, const char*) {}
 
 xmlParserInput* refuseToLoad(const char*, const char*, xmlParserCtxt*) {
   return nullptr;
@@ -95,14 +93,18 @@ bool areReferencesValid(xmlSecDSigCtx& context, const std::vector<std::string>& 
 }  // namespace
 
 void prepareLibrary() {
+  watchOpenSsl();
+  MemoryWatch watch;
   // Before anything else uses OpenSSL: its configuration file may name code to load.
   OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
   xmlInitParser();
   xmlSetExternalEntityLoader(refuseToLoad);
+  xmlSecErrorsDefaultCallbackEnableOutput(0);
   if (xmlSecInit() < 0 || xmlSecOpenSSLInit() < 0) {
+    watch.requireMemory();
     throw Exception(ErrorCode::Unsupported, "the library for signatures cannot be used");
   }
-  xmlSecErrorsSetCallback(beSilent);
+  watchXmlSec();
   xmlSecIOCleanupCallbacks();
   xmlCleanupInputCallbacks();
 }
@@ -116,7 +118,6 @@ bool isSupportedMethod(std::string_view method) {
 bool isCoreValid(const SignatureDocument& signature, EVP_PKEY& key) {
   const Context context = contextFor(key);
   const int result = xmlSecDSigCtxVerify(context.get(), signature.signature);
-  ERR_clear_error();
   return result == 0 && context->status == xmlSecDSigStatusSucceeded &&
          areReferencesValid(*context, signature.signedUris);
 }
@@ -124,7 +125,6 @@ bool isCoreValid(const SignatureDocument& signature, EVP_PKEY& key) {
 bool signCore(xmlNode& signature, EVP_PKEY& key) {
   const Context context = contextFor(key);
   const int result = xmlSecDSigCtxSign(context.get(), &signature);
-  ERR_clear_error();
   return result == 0 && context->status == xmlSecDSigStatusSucceeded;
 }
 

@@ -4,6 +4,7 @@
 #include "opc/xmlsignatures/CanonicalForms.h"
 #include "opc/xmlsignatures/Certificates.h"
 #include "opc/xmlsignatures/CoreValidation.h"
+#include "opc/xmlsignatures/MemoryWatch.h"
 #include "opc/xmlsignatures/SignatureDocument.h"
 #include "opc/xmlsignatures/Signer.h"
 
@@ -70,39 +71,45 @@ void judge(const SignatureDocument& signature, const std::vector<std::string>& p
   setFault(result, verdict.state, verdict.reason);
 }
 
+XmlSignature judged(std::string_view xml, const std::vector<std::string>& parts,
+                    const ITrustAnchors* anchors) {
+  XmlSignature result;
+  try {
+    SignatureDocument signature = readSignature(xml);
+    result.time = signature.time;
+    result.references = std::move(signature.references);
+    judge(signature, parts, anchors, result);
+  } catch (const Refusal& refusal) {
+    result.reason = refusal.reason;
+  } catch (const Exception& fault) {
+    result.reason = fault.what();
+  }
+  return result;
+}
+
 class Engine final : public interfaces::IXmlSignatures {
  public:
   Engine() { prepareLibrary(); }
 
   XmlSignature read(std::string_view xml, const std::vector<std::string>& certificates,
                     const ITrustAnchors* anchors) const override {
-    XmlSignature result;
-    try {
-      SignatureDocument signature = readSignature(xml);
-      result.time = signature.time;
-      result.references = std::move(signature.references);
-      judge(signature, certificates, anchors, result);
-    } catch (const Refusal& refusal) {
-      result.reason = refusal.reason;
-    } catch (const Exception& fault) {
-      result.reason = fault.what();
-    }
-    return result;
+    return withMemory([&] { return judged(xml, certificates, anchors); });
   }
 
   interfaces::CanonicalXml canonicalise(std::string_view xml, bool hasComments) const override {
-    return xmlsignatures::canonicalise(xml, hasComments);
+    return withMemory([&] { return xmlsignatures::canonicalise(xml, hasComments); });
   }
 
   interfaces::CanonicalXml selectRelationships(
       std::string_view xml, const interfaces::ManifestReference& reference) const override {
-    return xmlsignatures::selectRelationships(xml, reference);
+    return withMemory([&] { return xmlsignatures::selectRelationships(xml, reference); });
   }
 
   void addAnchors(std::unique_ptr<ITrustAnchors>& anchors, const std::string& name,
                   std::string_view pem) const override {
-    std::vector<Certificate> certificates =
-        fromPem({reinterpret_cast<const unsigned char*>(pem.data()), pem.size()});
+    std::vector<Certificate> certificates = withMemory([&] {
+      return fromPem({reinterpret_cast<const unsigned char*>(pem.data()), pem.size()});
+    });
     if (certificates.empty()) {
       throw Exception(ErrorCode::InvalidArgument,
                       sentence("cannot use certificates", name, "it holds no certificates in PEM"));
@@ -114,7 +121,7 @@ class Engine final : public interfaces::IXmlSignatures {
 
   std::unique_ptr<interfaces::ISigner> openSigner(const interfaces::KeyFiles& files,
                                                   std::int64_t time) const override {
-    return xmlsignatures::openSigner(files, time);
+    return withMemory([&] { return xmlsignatures::openSigner(files, time); });
   }
 };
 

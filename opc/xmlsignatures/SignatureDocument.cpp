@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <new>
 #include <utility>
 
 #include "opc/xmlsignatures/Names.h"
@@ -112,12 +113,11 @@ class Reader {
     if (name != "Id" || attribute->ns != nullptr) return;
     const std::string id = attributeOf(node, "Id");
     require(isPlainId(id), "its id " + quoted(id) + " is not a plain name");
-    require(ids_.emplace(id, node).second, "its id " + quoted(id) + " occurs twice");
     auto* document = result_.document.get();
     const auto* key = reinterpret_cast<const xmlChar*>(id.c_str());
-    require(xmlAddID(nullptr, document, key, attribute) != nullptr &&
-                xmlGetID(document, key) == attribute,
-            "its id " + quoted(id) + " occurs twice");
+    const bool isNew = ids_.emplace(id, node).second && xmlGetID(document, key) == nullptr;
+    require(isNew, "its id " + quoted(id) + " occurs twice");
+    if (xmlAddID(nullptr, document, key, attribute) == nullptr) throw std::bad_alloc();
   }
 
   static xmlNode* next(xmlNode* node, const xmlNode* root) {
@@ -157,7 +157,7 @@ class Reader {
       const xmlNode* target = readSignedReference(parts[i]);
       if (attributeOf(target, "Id") == kPackageObject) object = target;
     }
-    require(object != nullptr, "what is signed is not the object 'idPackageObject'");
+    if (object == nullptr) throw Refusal{"what is signed is not the object 'idPackageObject'"};
     require(object->parent == result_.signature,
             "its object 'idPackageObject' is not directly below 'Signature'");
     readPackageObject(object);

@@ -2,16 +2,15 @@
 #include "opc/xmlsignatures/Signer.h"
 
 #include <libxml/parser.h>
-#include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/pkcs12.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "opc/Exception.h"
 #include "opc/xmlsignatures/Certificates.h"
 #include "opc/xmlsignatures/CoreValidation.h"
+#include "opc/xmlsignatures/MemoryWatch.h"
 #include "opc/xmlsignatures/Names.h"
 #include "opc/xmlsignatures/SignatureTime.h"
 #include "opc/xmlsignatures/XmlDocument.h"
@@ -50,7 +49,7 @@ int givePassphrase(char* buffer, int size, int, void* data) {
   if (passphrase->given == nullptr) return -1;
   const std::string& text = *passphrase->given;
   if (text.size() > static_cast<std::size_t>(size)) return -1;
-  std::memcpy(buffer, text.data(), text.size());
+  std::copy(text.begin(), text.end(), buffer);
   return static_cast<int>(text.size());
 }
 
@@ -66,7 +65,6 @@ Key readKey(const KeyFiles& files) {
   Passphrase passphrase{files.passphrase};
   const Bio bio = readerOf(files.key);
   Key key(PEM_read_bio_PrivateKey(bio.get(), nullptr, givePassphrase, &passphrase));
-  ERR_clear_error();
   if (key) return key;
   if (!passphrase.wasWanted) throw unusable("key", files.keyName, "it holds no private key in PEM");
   throw locked(files);
@@ -84,14 +82,12 @@ Identity readPkcs12(const KeyFiles& files) {
   const Bio bio = readerOf(files.pkcs12);
   const std::unique_ptr<PKCS12, decltype(&PKCS12_free)> store(d2i_PKCS12_bio(bio.get(), nullptr),
                                                               PKCS12_free);
-  ERR_clear_error();
   if (!store) throw unusable("key", files.keyName, "it is not in PKCS #12");
   EVP_PKEY* key = nullptr;
   X509* certificate = nullptr;
   STACK_OF(X509)* others = nullptr;
   const char* passphrase = files.passphrase == nullptr ? "" : files.passphrase->c_str();
   const bool isRead = PKCS12_parse(store.get(), passphrase, &key, &certificate, &others) == 1;
-  ERR_clear_error();
   Identity identity;
   identity.key.reset(key);
   if (certificate != nullptr) identity.certificates.emplace_back(certificate);
@@ -114,7 +110,6 @@ void check(const Identity& identity, const KeyFiles& files, std::int64_t time) {
     throw unusable("key", files.keyName, verdict.reason);
   }
   if (X509_check_private_key(&certificate, identity.key.get()) != 1) {
-    ERR_clear_error();
     throw unusable("key", files.keyName,
                    "it does not fit the certificate '" + files.certificateName + "'");
   }
@@ -154,6 +149,11 @@ class Signer final : public ISigner {
   CertificateInfo certificate() const override { return describe(*identity_.certificates.front()); }
 
   std::string sign(const std::vector<SignedPart>& parts, std::int64_t time) const override {
+    return withMemory([&] { return signedText(parts, time); });
+  }
+
+ private:
+  std::string signedText(const std::vector<SignedPart>& parts, std::int64_t time) const {
     const Document document = parse(unsignedText(parts, time));
     xmlNode* root = xmlDocGetRootElement(document.get());
     for (xmlNode* one = root->children; one != nullptr; one = one->next) addId(*document, one);
@@ -169,7 +169,6 @@ class Signer final : public ISigner {
     return xml;
   }
 
- private:
   static void addId(xmlDoc& document, xmlNode* node) {
     const auto* name = reinterpret_cast<const xmlChar*>("Id");
     xmlAttr* id = node->type == XML_ELEMENT_NODE ? xmlHasProp(node, name) : nullptr;

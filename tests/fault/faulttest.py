@@ -17,6 +17,7 @@ import zipfile
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "cli"))
 
 import kraddontest  # noqa: E402
+import signing  # noqa: E402
 from kraddontest import KRADDON  # noqa: E402
 
 SHIM = os.environ.get("KRADDON_FAULT_SHIM", "")
@@ -99,6 +100,9 @@ PACKAGE_COMMANDS = [
     Command("mv", ["mv", "p.kraddon", "big.bin", "moved/large.bin", *TIME]),
     Command("mkdir", ["mkdir", "p.kraddon", "a/new/folder", *TIME]),
     Command("unset", ["unset", "p.kraddon", "license", "--quiet", *TIME]),
+    Command("sign", ["sign", "p.kraddon", "--key", "ada.key", "--certificate", "ada.pem",
+                     "--timestamp", str(signing.NOW)]),
+    Command("unsign", ["unsign", "signed.kraddon", *TIME], "signed.kraddon"),
     Command("call-license", ["call", "addonSetLicense", "p.kraddon", json.dumps(LICENSE)],
             is_silent=True),
     Command("call-files", ["call", "addonAddFiles", "p.kraddon", '["src/a.m","src/big.bin"]',
@@ -200,10 +204,18 @@ class FaultTest(kraddontest.CliTest):
                 "--description", "# Waves\n\n|*a*|\n|-|\n", *TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *TIME)
         self.ok("screenshot", "p.kraddon", "pixel.png", *TIME)
+        self.make_signed()
         self.write("pixel.png", PIXEL + b"\0")
         self.write("there/a.m", "old and longer than the new one")
         self.path("p.kraddon").chmod(0o640)
         self.before = snapshot(self.folder)
+
+    def make_signed(self):
+        keys = signing.material()
+        self.write("ada.key", (keys / "rsa.key").read_bytes()).chmod(0o600)
+        self.write("ada.pem", (keys / "chain.crt").read_bytes())
+        self.write("signed.kraddon", self.path("p.kraddon").read_bytes())
+        self.ok("sign", "signed.kraddon", *signing.words())
 
     def make_project(self):
         self.write("project/kraddon.toml", PROJECT)

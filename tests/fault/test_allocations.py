@@ -10,9 +10,11 @@ from faulttest import FaultTest, needs_shim, snapshot
 POINTS = 25
 
 COMMANDS = ["create", "set-field", "set-file", "screenshot", "call-license", "call-files",
-            "extract", "get", "add", "remove", "unset", "preview"]
+            "extract", "get", "add", "remove", "unset", "preview", "sign", "unsign"]
 READERS = [["list", "p.kraddon"], ["info", "p.kraddon", "--json"], ["get", "p.kraddon", "license"],
-           ["verify", "p.kraddon"], ["extract", "p.kraddon", "a.m", "--stdout"]]
+           ["verify", "p.kraddon"], ["extract", "p.kraddon", "a.m", "--stdout"],
+           ["verify", "signed.kraddon", "--trust", "ada.pem"],
+           ["signatures", "signed.kraddon", "--trust", "ada.pem"]]
 
 
 @needs_shim

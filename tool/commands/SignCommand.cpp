@@ -197,11 +197,11 @@ process::ExitCode run(const line::Invocation& invocation) {
   auto options = detail::writeOptionsOf(invocation);
   options.background = nullptr;  // there is one new part, and other work for a second thread
   const std::int64_t time = options.timestamp.value_or(std::time(nullptr));
-  const std::shared_ptr<const ISigner> signer = openSigner(invocation, time);
+  std::shared_ptr<const ISigner> signer = openSigner(invocation, time);
   std::optional<Inspection> inspection;
   const auto sign = [&](AddonPackage& package) {
     inspection.emplace(path);  // the package is locked by now
-    opc::signatures::addSignature(package.logicalPackage(), signer, time,
+    opc::signatures::addSignature(package.logicalPackage(), std::move(signer), time,
                                   [&]() -> const ItemDigests& { return inspection->digests(); });
   };
   try {

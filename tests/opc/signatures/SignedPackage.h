@@ -27,7 +27,7 @@ struct SignedPackage : MemoryPackage {
   /// Returns the name of the signature part.
   std::string sign(const TestKeys& keys) {
     package.open(opc::interfaces::OpenMode::Modify);
-    const std::string name = opc::signatures::addSignature(package, keys.signer(), kSigningTime);
+    std::string name = opc::signatures::addSignature(package, keys.signer(), kSigningTime);
     package.close(false);
     return name;
   }

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "opc/xmlsignatures/MemoryWatch.h"
+
+#include <libxml/globals.h>
+#include <openssl/crypto.h>
+#include <openssl/err.h>
+#include <xmlsec/xmlsec.h>  // which the next one needs
+
+#include <xmlsec/errors.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <new>
+
+namespace opc::xmlsignatures {
+
+namespace {
+
+thread_local bool isShort = false;
+
+void noteXmlError(void*, xmlErrorPtr error) {
+  if (error->code == XML_ERR_NO_MEMORY) isShort = true;
+}
+
+// What libxml2 prints, without a code, is that it has no memory for one of its lists.
+void notePrinted(void*, const char*, ...) {
+  isShort = true;
+}
+
+void noteXmlSecError(const char*, int, const char*, const char*, const char*, int reason,
+                     const char*) {
+  if (reason == XMLSEC_ERRORS_R_MALLOC_FAILED) isShort = true;
+}
+
+// OpenSSL's memory. It may hold keys, so it is cleared before it is given back; its size is before
+// it.
+constexpr std::size_t kHeader = alignof(std::max_align_t);
+
+void* allocate(std::size_t size, const char*, int) {
+  if (size == 0) return nullptr;
+  auto* block = static_cast<unsigned char*>(::operator new(size + kHeader, std::nothrow));
+  if (block == nullptr) {
+    isShort = true;
+    return nullptr;
+  }
+  std::memcpy(block, &size, sizeof size);
+  return block + kHeader;
+}
+
+std::size_t sizeOf(const void* bytes) {
+  std::size_t size = 0;
+  if (bytes != nullptr) {
+    std::memcpy(&size, static_cast<const unsigned char*>(bytes) - kHeader, sizeof size);
+  }
+  return size;
+}
+
+void release(void* bytes, const char*, int) {
+  if (bytes == nullptr) return;
+  ::explicit_bzero(bytes, sizeOf(bytes));
+  ::operator delete(static_cast<unsigned char*>(bytes) - kHeader);
+}
+
+void* resize(void* bytes, std::size_t size, const char* file, int line) {
+  void* larger = allocate(size, file, line);
+  if (larger == nullptr && size != 0) return nullptr;
+  if (larger != nullptr && bytes != nullptr) {
+    std::memcpy(larger, bytes, std::min(size, sizeOf(bytes)));
+  }
+  release(bytes, file, line);
+  return larger;
+}
+
+}  // namespace
+
+MemoryWatch::MemoryWatch()
+    : errorContext_(xmlStructuredErrorContext),
+      errorHandler_(xmlStructuredError),
+      printContext_(xmlGenericErrorContext),
+      printer_(xmlGenericError) {
+  isShort = false;
+  ERR_clear_error();
+  xmlSetStructuredErrorFunc(nullptr, noteXmlError);
+  xmlSetGenericErrorFunc(nullptr, notePrinted);
+}
+
+MemoryWatch::~MemoryWatch() {
+  xmlSetStructuredErrorFunc(errorContext_, errorHandler_);
+  xmlSetGenericErrorFunc(printContext_, printer_);
+}
+
+void MemoryWatch::requireMemory() {
+  while (const unsigned long error = ERR_get_error()) {
+    if (ERR_GET_REASON(error) == ERR_R_MALLOC_FAILURE) isShort = true;
+  }
+  if (isShort) throw std::bad_alloc();
+}
+
+void watchOpenSsl() {
+  CRYPTO_set_mem_functions(allocate, resize, release);
+}
+
+void watchXmlSec() {
+  xmlSecErrorsSetCallback(noteXmlSecError);
+}
+
+}  // namespace opc::xmlsignatures
