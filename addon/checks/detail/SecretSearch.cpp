@@ -15,7 +15,7 @@ namespace addon::checks::detail {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{64} << 10;
+constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr std::size_t kProbe = 8192;  // a text has no NUL in these first bytes
 constexpr std::size_t kMost = 100;    // secrets of a file
 
@@ -186,7 +186,7 @@ SecretFile secretFileOf(std::string_view name, std::string_view folder) {
 }
 
 std::vector<Secret> SecretSearch::find(opc::InputStream& stream, SecretFile kind) {
-  block_.resize(kBlock);
+  block_.resize(kReadSize);
   text_.clear();
   TextBlocks blocks(stream, block_);
   Search search(text_, kind);
