@@ -24,7 +24,13 @@ class Inputs:
         self.folder = folder
         self.kraddon = kraddon
         self.host_calls = os.path.join(os.path.dirname(kraddon), "host_calls")
+        self.python_package = os.path.join(os.path.dirname(os.path.dirname(kraddon)), "python")
         self.quick = quick
+
+    def module_calls(self, module):
+        """The beginning of a command line that reads a package in Python."""
+        return ["env", "PYTHONPATH=" + self.python_package, "/usr/bin/python3", "-B",
+                os.path.join(os.path.dirname(os.path.abspath(__file__)), "module_calls.py"), module]
 
     def path(self, name):
         return os.path.join(self.folder, name)

@@ -4,7 +4,7 @@
 import shutil
 import subprocess
 
-from contest import Contest, Difference, Goal, Peer
+from contest import Contest, Difference, Goal, Loop, Peer
 
 
 class Reading:
@@ -28,6 +28,7 @@ class Reading:
                       [Peer("verify", verify, Goal(1.15), own=True)])
         yield Contest("info, real", [self.kraddon, "info", package],
                       [Peer("list", listing, Goal(0.7), own=True)])
+        yield self.module("read all, real", "read", package, Goal(0.3))
         other = shutil.copyfile(package, inputs.path("other.kraddon"))
         subprocess.run([self.kraddon, "add", "-q", other, inputs.small_file()], check=True)
         yield Contest("diff, real, one file differs", [self.kraddon, "diff", package, other],
@@ -42,6 +43,14 @@ class Reading:
             "list, " + count, [self.kraddon, "list", package],
             [Peer("unzip -Z1", ["unzip", "-Z1", package], Goal(0.30))])
         yield self.get(package, count, Goal(1.2))
+        yield self.module("list, " + count, "list", package, Goal(0.1))
+        yield self.module("one document, " + count, "document", package, Goal(0.2))
+
+    def module(self, name, work, package, goal):
+        """What a script does with the module for Python, against Python's own."""
+        ours, theirs = ([*self.inputs.module_calls(module), work, package, "3"]
+                        for module in ("kraddon", "zipfile"))
+        return Loop("Python: " + name, ours, [Peer("python3 zipfile", theirs, goal)])
 
     def get(self, package, count, goal):
         return Contest(
