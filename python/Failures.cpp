@@ -2,11 +2,10 @@
 #include "python/Failures.h"
 
 #include <cerrno>
-#include <new>
-#include <optional>
 
 #include "addon/build/BuildError.h"
 #include "opc/Exception.h"
+#include "tool/process/Errors.h"
 
 namespace python {
 
@@ -17,7 +16,6 @@ using opc::ErrorCode;
 
 namespace {
 
-/// The class of an error in kraddon._errors, whose subclasses are chosen there by `number`.
 bool isMalformed(ErrorCode code) {
   return code == ErrorCode::InvalidPackage || code == ErrorCode::InvalidXml ||
          code == ErrorCode::Damaged;
@@ -36,6 +34,7 @@ int numberOf(const opc::Exception& error) {
   return 0;
 }
 
+/// `kind` and `number`, an errno value or 0, choose the class in kraddon._errors.
 [[noreturn]] void raise(const char* message, const char* kind, int number, const Subject& subject) {
   const auto text = [](const std::string& utf8) -> py::object {
     if (utf8.empty()) return py::none();
@@ -62,15 +61,9 @@ void raiseCurrent(const Subject& subject) {
     const char* kind = isMalformed(error.code()) ? "malformed" : "";
     if (isBadValue(error.code())) kind = "value";
     raise(error.what(), kind, numberOf(error), subject);
+  } catch (const tool::process::Failure& error) {
+    raise(error.what(), "", 0, subject);
   }
-}
-
-void refuseValue(const std::string& why) {
-  throw py::value_error(why);
-}
-
-void refuseType(const std::string& why) {
-  throw py::type_error(why);
 }
 
 }  // namespace python

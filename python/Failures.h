@@ -21,11 +21,6 @@ struct Subject {
 /// std::bad_alloc. The caller holds the GIL.
 [[noreturn]] void raiseCurrent(const Subject& subject);
 
-/// Raises ValueError.
-[[noreturn]] void refuseValue(const std::string& why);
-/// Raises TypeError.
-[[noreturn]] void refuseType(const std::string& why);
-
 /// Runs `work` without the GIL.
 template <typename Work>
 auto withoutGil(const Subject& subject, const Work& work) {

@@ -133,10 +133,15 @@ void readFile(AddonPackage& package, const std::string& path, opc::ByteBuffer& i
                  });
 }
 
+constexpr std::size_t kMostSpareMemory = std::size_t{1} << 20;
+
 py::bytes read(PackageHandle& handle, const std::string& path) {
   opc::ByteBuffer content;
+  std::swap(content, handle.spareMemory());
   handle.use(path, [&](AddonPackage& package) { readFile(package, path, content); });
-  return {reinterpret_cast<const char*>(content.data()), content.size()};
+  py::bytes result(reinterpret_cast<const char*>(content.data()), content.size());
+  if (content.size() <= kMostSpareMemory) std::swap(content, handle.spareMemory());
+  return result;
 }
 
 std::size_t readInto(PackageHandle& handle, const std::string& path, const py::buffer& target) {

@@ -35,13 +35,15 @@ AddonProperties newProperties() {
 
 }  // namespace
 
-PackageHandle::Turn::Turn(PackageHandle& handle) : handle_(handle), lock_(handle.mutex_) {
-  if (handle.isClosed()) throw py::value_error("I/O operation on closed package");
+PackageHandle::Turn::Turn(PackageHandle& handle)
+    : handle_(handle), lock_(handle.mutex_, std::defer_lock) {
+  if (handle.isTurnOfThisThread()) return;
+  lock_.lock();
   handle.owner_ = std::this_thread::get_id();
 }
 
 PackageHandle::Turn::~Turn() {
-  handle_.owner_ = std::thread::id();
+  if (lock_) handle_.owner_ = std::thread::id();
 }
 
 PackageHandle::Stream::Stream(std::shared_ptr<PackageHandle> package, std::string path,
@@ -50,7 +52,8 @@ PackageHandle::Stream::Stream(std::shared_ptr<PackageHandle> package, std::strin
 
 PackageHandle::Stream::~Stream() {
   const py::gil_scoped_release released;
-  const std::lock_guard lock(package_->mutex_);
+  // A progress function may drop the stream.
+  const Turn turn(*package_);
   package_->streams_.erase(this);
   input_.reset();
 }
@@ -119,9 +122,11 @@ std::shared_ptr<PackageHandle> PackageHandle::open(const std::string& path, char
 }
 
 void PackageHandle::requireOutside() const {
-  if (owner_ == std::this_thread::get_id()) {
-    throw std::runtime_error("a call of this thread is using the package");
-  }
+  if (isTurnOfThisThread()) throw std::runtime_error("a call of this thread is using the package");
+}
+
+void PackageHandle::requireOpen() const {
+  if (isClosed_) throw py::value_error("I/O operation on closed package");
 }
 
 void PackageHandle::requireWritable() const {
@@ -134,6 +139,7 @@ void PackageHandle::drop() {
   for (Stream* stream : streams_) stream->input_.reset();
   streams_.clear();
   package_.reset();
+  isClosed_ = true;
 }
 
 void PackageHandle::commit() {
@@ -156,18 +162,12 @@ void PackageHandle::commit() {
 void PackageHandle::close() {
   requireOutside();
   withoutGil({path_}, [&] {
-    if (isClosed()) return;
-    const std::lock_guard lock(mutex_);
-    if (isClosed()) return;  // by another thread meanwhile
+    const Turn turn(*this);
+    if (isClosed_) return;
     struct Drop {
       PackageHandle& handle;
       ~Drop() { handle.drop(); }
     } const drop{*this};
-    owner_ = std::this_thread::get_id();
-    struct Leave {
-      std::thread::id& owner;
-      ~Leave() { owner = std::thread::id(); }
-    } const leave{owner_};
     commit();
   });
 }
@@ -175,7 +175,7 @@ void PackageHandle::close() {
 void PackageHandle::discard() {
   requireOutside();
   withoutGil({path_}, [&] {
-    const std::lock_guard lock(mutex_);
+    const Turn turn(*this);
     drop();
   });
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -11,6 +12,7 @@
 #include <utility>
 
 #include "addon/packaging/AddonPackage.h"
+#include "opc/ByteBuffer.h"
 #include "opc/Streams.h"
 #include "python/Failures.h"
 
@@ -51,7 +53,7 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// Commits what was changed, and closes. After a failure it is closed, too.
   void close();
   void discard();
-  bool isClosed() const { return package_ == nullptr; }
+  bool isClosed() const { return isClosed_; }
   bool isReadOnly() const { return isReadOnly_; }
 
   /// A stream over a file of the tree.
@@ -59,6 +61,9 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// The file or folder at a path of the tree. Throws ErrorCode::NotFound.
   static opc::plservices::FileSystemEntry requireEntry(addon::packaging::AddonPackage& package,
                                                        const std::string& path);
+
+  /// Memory that one read leaves for the next. For holders of the GIL.
+  opc::ByteBuffer& spareMemory() { return spareMemory_; }
 
   const std::string& path() const { return path_; }
   /// Whether the package is made anew.
@@ -71,6 +76,7 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
     requireOutside();
     return withoutGil({path_, part}, [&] {
       const Turn turn(*this);
+      requireOpen();
       return work(*package_);
     });
   }
@@ -88,7 +94,8 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   }
 
  private:
-  /// The time in which one thread has the package.
+  /// The time in which one thread has the package. It begins once other threads are done with it,
+  /// and at once within a turn of the same thread.
   class Turn {
    public:
     explicit Turn(PackageHandle& handle);
@@ -106,8 +113,10 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
 
   void openNew(bool replaces);
   void openExisting(bool isForChanging);
+  bool isTurnOfThisThread() const { return owner_ == std::this_thread::get_id(); }
   /// Raises RuntimeError inside another call of this thread.
   void requireOutside() const;
+  void requireOpen() const;
   void requireWritable() const;
   void commit();
   void drop();
@@ -118,9 +127,11 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   bool isReadOnly_ = false;
   bool isHalfChanged_ = false;
   std::mutex mutex_;
-  std::thread::id owner_;
+  std::atomic<std::thread::id> owner_;
+  std::atomic<bool> isClosed_ = false;
   std::unique_ptr<addon::packaging::AddonPackage> package_;
   std::unordered_set<Stream*> streams_;
+  opc::ByteBuffer spareMemory_;
 };
 
 }  // namespace python

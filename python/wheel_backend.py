@@ -8,6 +8,7 @@ says so as far as tags can: Linux, not manylinux. KRADDON_BUILD names a build fo
 package already.
 """
 import base64
+import datetime
 import gzip
 import hashlib
 import io
@@ -61,7 +62,7 @@ def _build():
 
 
 def _tag(folder):
-    """Of the interpreter that the module was built for: its name tells."""
+    """That of the interpreter that the module was built for, which is in the module's name."""
     name = next(folder.glob("_native.*.so")).name
     version, machine = re.fullmatch(r"_native\.cpython-(\d+)-(.+)-linux-gnu\.so", name).groups()
     return f"cp{version}-cp{version}-linux_{machine}"
@@ -78,7 +79,6 @@ def _content(path):
 
 
 def _entry(name, time):
-    import datetime
     moment = datetime.datetime.fromtimestamp(max(time, EARLIEST), datetime.timezone.utc)
     entry = zipfile.ZipInfo(name, moment.timetuple()[:6])
     entry.compress_type = zipfile.ZIP_DEFLATED

@@ -212,12 +212,10 @@ def _replace_file(output: StrPath, content: bytes, package: bytes) -> None:
         if os.path.exists(path) and os.path.samefile(path, package):
             raise Error(f"cannot write '{os.fsdecode(output)}': it is the package itself",
                         path=os.fsdecode(output))
-        descriptor, part = tempfile.mkstemp(prefix=b"." + name[:200], suffix=b".tmp", dir=folder)
-        with os.fdopen(descriptor, "wb") as file:
+        place = os.path.join(folder, b".%s.%s.tmp" % (name[:200], os.urandom(6).hex().encode()))
+        with open(place, "xb") as file:
+            part = place
             file.write(content)
-            mask = os.umask(0)
-            os.umask(mask)
-            os.fchmod(file.fileno(), 0o666 & ~mask)
         os.replace(part, path)
     except BaseException as error:
         if part is not None and os.path.exists(part):

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """What is raised, and what it says."""
 import errno
+import fcntl
 import pickle
 
 import pytest
@@ -35,6 +36,15 @@ def test_what_is_malformed_is_an_invalid_package(package, tmp_path):
         assert caught.value.part == "a.m" and "a.m" in str(caught.value)
         with pytest.raises(kraddon.InvalidPackage):
             (opened.files / "a.m").open("rb").read()
+
+
+def test_a_package_that_a_command_is_changing_is_waited_for(package):
+    lock = package.with_name(f".{package.name}.change.tmp")
+    with open(lock, "w", encoding="ascii") as file:
+        fcntl.flock(file, fcntl.LOCK_EX)
+        with pytest.raises(kraddon.Error, match="cannot lock package") as caught:
+            kraddon.create(package, name="x", force=True, lock_timeout=0)
+    assert caught.value.path == str(package)
 
 
 def test_an_error_is_the_error_of_python_too(package):

@@ -7,7 +7,7 @@ import threading
 import time
 
 import pytest
-from conftest import FILES, KIT, make
+from conftest import FILES, KIT, make, python
 
 import kraddon
 
@@ -116,6 +116,27 @@ def test_a_package_may_be_closed_by_another_thread(package):
     for thread in threads:
         thread.join()
     assert all(results)
+
+
+def test_a_stream_may_end_during_a_call(package, tmp_path):
+    script = ("import sys, kraddon\n"
+              "with kraddon.open(sys.argv[1]) as package:\n"
+              "    streams = [(package.files / 'a.m').open('rb')]\n"
+              "    package.extract_all(sys.argv[2], progress=lambda done, total: streams.clear())\n"
+              "    assert not streams and package.read('a.m')\n")
+    done = python(script, package, tmp_path / "out", timeout=60)
+    assert done.returncode == 0, done.stderr
+
+
+def test_a_thread_needs_no_large_stack(package, tmp_path):
+    old = threading.stack_size(256 << 10)
+    try:
+        with concurrent.futures.ThreadPoolExecutor(1) as pool:
+            assert pool.submit(kraddon.verify, package).result() == kraddon.verify(package)
+            assert pool.submit(kraddon.preview, package).result() == kraddon.preview(package)
+            pool.submit(kraddon.create, tmp_path / "n.kraddon", KIT, name="x").result()
+    finally:
+        threading.stack_size(old)
 
 
 def test_an_interrupt_ends_a_long_call(tmp_path):
