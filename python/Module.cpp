@@ -21,7 +21,10 @@ PYBIND11_MODULE(_native, module) {
           }))
       .def("close", &PackageHandle::close)
       .def("discard", &PackageHandle::discard)
-      .def_property_readonly("closed", &PackageHandle::isClosed);
+      .def_property_readonly("closed", &PackageHandle::isClosed)
+      .def_property_readonly("read_only", &PackageHandle::isReadOnly)
+      .def_property_readonly("path",
+                             [](const PackageHandle& handle) { return py::bytes(handle.path()); });
   python::bindDocuments(package);
   python::bindFiles(module, package);
   python::bindChanges(package);

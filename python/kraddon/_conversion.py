@@ -43,6 +43,8 @@ def to_python(document: str, values: Any) -> Any:
 def from_python(document: str, value: Any) -> Any:
     is_list, name = _DOCUMENTS[document]
     if value is None:
+        if document == "properties":
+            raise TypeError("a package always has properties")
         return None
     if not is_list:
         return _values(name, value)

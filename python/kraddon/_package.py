@@ -6,7 +6,8 @@ import collections.abc
 import json
 import os
 import types
-from typing import Any, Literal, TypeVar
+import typing
+from typing import Any, Literal, Self, TypeVar, overload
 
 from . import _conversion, _native
 from ._records import (App, Configuration, ExampleCategory, License, Properties, Requirements,
@@ -14,7 +15,8 @@ from ._records import (App, Configuration, ExampleCategory, License, Properties,
 from ._tree import PackagePath, text_path
 from ._types import Progress, StrPath
 
-_Self = TypeVar("_Self", bound="Package")
+_Read = TypeVar("_Read")
+_Written = TypeVar("_Written")
 
 _LAST_SECOND = 253402300799  # of the year 9999
 
@@ -47,6 +49,33 @@ def whole_number(name: str, value: int, most: int) -> int:
     return value
 
 
+class _Document(typing.Generic[_Read, _Written]):
+    """A document of a package, as an attribute. None or `del` removes it."""
+
+    def __init__(self, text: str | None = None) -> None:
+        self.__doc__ = text
+
+    def __set_name__(self, owner: type[Package], name: str) -> None:
+        self._name = name
+
+    @overload
+    def __get__(self, package: None, owner: type[Package]) -> Self: ...
+
+    @overload
+    def __get__(self, package: Package, owner: type[Package]) -> _Read: ...
+
+    def __get__(self, package: Package | None, owner: type[Package]) -> Any:
+        if package is None:
+            return self
+        return _conversion.to_python(self._name, package._native.document(self._name))
+
+    def __set__(self, package: Package, value: _Written) -> None:
+        package._native.set_document(self._name, _conversion.from_python(self._name, value))
+
+    def __delete__(self, package: Package) -> None:
+        package._native.set_document(self._name, _conversion.from_python(self._name, None))
+
+
 class Package:
     """An open package. kraddon.open() makes one.
 
@@ -69,7 +98,7 @@ class Package:
     def __reduce__(self) -> str:
         raise TypeError("cannot pickle a package")
 
-    def __enter__(self: _Self) -> _Self:
+    def __enter__(self) -> Self:
         if self.closed:
             raise ValueError("I/O operation on closed package")
         return self
@@ -96,88 +125,14 @@ class Package:
 
     # The documents.
 
-    @property
-    def properties(self) -> Properties:
-        """What the add-on is. `type` and `korvan_release` never change."""
-        return self._document("properties")  # type: ignore[no-any-return]
-
-    @properties.setter
-    def properties(self, value: Properties) -> None:
-        if value is None:
-            raise TypeError("a package always has properties")
-        self._set_document("properties", value)
-
-    @property
-    def license(self) -> License | None:
-        return self._document("license")  # type: ignore[no-any-return]
-
-    @license.setter
-    def license(self, value: License | None) -> None:
-        self._set_document("license", value)
-
-    @license.deleter
-    def license(self) -> None:
-        self._set_document("license", None)
-
-    @property
-    def configuration(self) -> Configuration | None:
-        return self._document("configuration")  # type: ignore[no-any-return]
-
-    @configuration.setter
-    def configuration(self, value: Configuration | None) -> None:
-        self._set_document("configuration", value)
-
-    @configuration.deleter
-    def configuration(self) -> None:
-        self._set_document("configuration", None)
-
-    @property
-    def apps(self) -> list[App]:
-        return self._document("apps")  # type: ignore[no-any-return]
-
-    @apps.setter
-    def apps(self, value: list[App] | None) -> None:
-        self._set_document("apps", value)
-
-    @apps.deleter
-    def apps(self) -> None:
-        self._set_document("apps", None)
-
-    @property
-    def examples(self) -> list[ExampleCategory]:
-        return self._document("examples")  # type: ignore[no-any-return]
-
-    @examples.setter
-    def examples(self, value: list[ExampleCategory] | None) -> None:
-        self._set_document("examples", value)
-
-    @examples.deleter
-    def examples(self) -> None:
-        self._set_document("examples", None)
-
-    @property
-    def revisions(self) -> list[Revision]:
-        return self._document("revisions")  # type: ignore[no-any-return]
-
-    @revisions.setter
-    def revisions(self, value: list[Revision] | None) -> None:
-        self._set_document("revisions", value)
-
-    @revisions.deleter
-    def revisions(self) -> None:
-        self._set_document("revisions", None)
-
-    @property
-    def requirements(self) -> Requirements | None:
-        return self._document("requirements")  # type: ignore[no-any-return]
-
-    @requirements.setter
-    def requirements(self, value: Requirements | None) -> None:
-        self._set_document("requirements", value)
-
-    @requirements.deleter
-    def requirements(self) -> None:
-        self._set_document("requirements", None)
+    properties = _Document[Properties, Properties](
+        "What the add-on is. `type` and `korvan_release` never change.")
+    license = _Document[License | None, License | None]()
+    configuration = _Document[Configuration | None, Configuration | None]()
+    apps = _Document[list[App], typing.Iterable[App] | None]()
+    examples = _Document[list[ExampleCategory], typing.Iterable[ExampleCategory] | None]()
+    revisions = _Document[list[Revision], typing.Iterable[Revision] | None]()
+    requirements = _Document[Requirements | None, Requirements | None]()
 
     @property
     def screenshot(self) -> bytes | None:
@@ -197,12 +152,6 @@ class Package:
     def set_screenshot(self, path: StrPath) -> None:
         """Stores an image file of the disk, whose name says what it is."""
         self._native.set_screenshot(disk_path(path))
-
-    def _document(self, name: str) -> Any:
-        return _conversion.to_python(name, self._native.document(name))
-
-    def _set_document(self, name: str, value: Any) -> None:
-        self._native.set_document(name, _conversion.from_python(name, value))
 
     # The file tree.
 

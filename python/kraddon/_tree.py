@@ -5,6 +5,7 @@ from __future__ import annotations
 import collections.abc
 import datetime
 import io
+import os
 from typing import TYPE_CHECKING, Any
 
 from . import _native
@@ -57,8 +58,6 @@ class _RawFile(io.RawIOBase):
     def readinto(self, buffer: Any) -> int:
         self._require_open()
         if self._position >= self._size:
-            if self._reached < self._position:
-                self._position = max(self._position, self._size)
             return 0
         if self._position < self._reached:
             self._stream = self._package.open(self._path)
@@ -100,6 +99,11 @@ class PackagePath(Traversable):
 
     def __hash__(self) -> int:
         return hash((id(self._package), self._path))
+
+    def __reduce__(self) -> Any:
+        if not self._package.read_only:
+            raise TypeError("cannot pickle a path in a package that is open for changing")
+        return _reopen, (os.path.abspath(self._package.path), self._path)
 
     @property
     def name(self) -> str:
@@ -176,3 +180,7 @@ class PackagePath(Traversable):
 
     def _status(self) -> tuple[bool, int, int, bool, int]:
         return self._package.require(self._path)
+
+
+def _reopen(package: bytes, path: str) -> PackagePath:
+    return PackagePath(_native.Package(package, "r", None, 6), path)

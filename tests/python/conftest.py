@@ -40,6 +40,13 @@ def python(script, *words, **options):
                           capture_output=True, text=True, check=False, **options)
 
 
+def check_types(*words, folder):
+    """Runs a type checker that knows the module, and what is used of modules without types."""
+    paths = os.pathsep.join([os.environ["PYTHONPATH"], str(TOP / "tests/python/stubs")])
+    return subprocess.run([sys.executable, "-B", "-m", *words], capture_output=True, text=True,
+                          check=False, cwd=folder, env={**os.environ, "MYPYPATH": paths})
+
+
 @pytest.fixture
 def package(tmp_path):
     """The path of a small package."""

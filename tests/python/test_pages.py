@@ -10,6 +10,8 @@ import shutil
 import subprocess
 import sys
 
+from conftest import check_types
+
 TOP = pathlib.Path(__file__).resolve().parents[2]
 PAGE = TOP / "docs/python.md"
 EXAMPLE = re.compile(r"```python\n(.*?)```\n(?:\n```text\n(.*?)```\n)?", re.DOTALL)
@@ -56,16 +58,8 @@ def test_the_examples_are_strictly_typed(tmp_path):
     for number, (script, _) in enumerate(examples()):
         names.append(f"example_{number}.py")
         (tmp_path / names[-1]).write_text(script, encoding="utf-8")
-    configuration = (pathlib.Path(__file__).parent / "mypy.ini").read_text(encoding="ascii")
-    (tmp_path / "mypy.ini").write_text(configuration + "[mypy-distributed.*]\n"
-                                       "ignore_missing_imports = True\nfollow_imports = skip\n")
-    done = subprocess.run([sys.executable, "-B", "-m", "mypy", "--strict", *names],
-                          capture_output=True, text=True, check=False, cwd=tmp_path,
-                          env={**os.environ, "MYPYPATH": os.environ["PYTHONPATH"]})
-    # Functions without types belong to packages without types.
-    faults = [line for line in done.stdout.splitlines()
-              if "error" in line and "untyped" not in line and "Found" not in line]
-    assert faults == []
+    done = check_types("mypy", "--strict", *names, folder=tmp_path)
+    assert done.returncode == 0, done.stdout
 
 
 def test_the_readme_names_the_page():

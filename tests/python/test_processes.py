@@ -4,7 +4,10 @@ import concurrent.futures
 import gc
 import multiprocessing
 import os
+import pickle
 import shutil
+import signal
+import threading
 
 import pytest
 from conftest import FILES
@@ -94,6 +97,45 @@ def test_a_fork_may_go_on_reading(package):
             os._exit(0 if good else 1)
         assert os.waitpid(child, 0)[1] == 0
         assert stream.read() == FILES["lib/b.m"][10:]
+
+
+def test_a_fork_during_calls_of_other_threads_leaves_a_module_that_works(package):
+    expected = kraddon.verify(package)
+    ends = threading.Event()
+
+    def work():
+        while not ends.is_set():
+            kraddon.verify(package)
+
+    threads = [threading.Thread(target=work) for _ in range(3)]
+    for thread in threads:
+        thread.start()
+    try:
+        for _ in range(30):
+            child = os.fork()
+            if child == 0:
+                signal.alarm(60)
+                os._exit(0 if kraddon.verify(package) == expected and count("task") <= 2 else 1)
+            assert os.waitpid(child, 0)[1] == 0
+    finally:
+        ends.set()
+        for thread in threads:
+            thread.join()
+
+
+def test_paths_in_a_package_that_is_only_read_can_be_pickled(package, monkeypatch):
+    monkeypatch.chdir(package.parent)
+    with kraddon.open(package.name) as opened:
+        content = pickle.dumps(list((opened.files / "lib").iterdir()))
+        monkeypatch.chdir("/")
+        copies = pickle.loads(content)
+        assert [str(one) for one in copies] == ["lib/b.m", "lib/deep"]
+    assert copies[0].read_bytes() == FILES["lib/b.m"]
+    with kraddon.open(package, "a") as opened, pytest.raises(TypeError):
+        pickle.dumps(opened.files)
+    package.unlink()
+    with pytest.raises(FileNotFoundError):
+        pickle.loads(content)
 
 
 def test_a_fork_does_not_commit_what_its_parent_changes(package):
