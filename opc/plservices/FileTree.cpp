@@ -72,10 +72,14 @@ std::string FileTree::path(NodeId node) const {
 }
 
 NodeId FileTree::findChild(NodeId folder, std::string_view childName) const {
-  const NodeId* found =
-      index_.find(keyedHash(childName, folder), [this, folder, childName](NodeId node) {
-        return parent(node) == folder && name(node) == childName;
-      });
+  const std::uint64_t hash = keyedHash(childName, folder);
+  const auto isIt = [this, folder, childName](NodeId node) {
+    return parent(node) == folder && name(node) == childName;
+  };
+  for (const Recent& slot : recent_) {
+    if (slot.hash == hash && slot.node != kNone && isIt(slot.node)) return slot.node;
+  }
+  const NodeId* found = index_.find(hash, isIt);
   return found == nullptr ? kNone : *found;
 }
 
@@ -128,14 +132,28 @@ NodeId FileTree::add(NodeId folder, std::string_view name, bool isFile, std::uin
   node.number = number;
   node.isFile = isFile;
   names_.append(name).push_back('\0');
-  index_.reserve(nodes_.size());
   const auto id = static_cast<NodeId>(nodes_.size());
   nodes_.push_back(node);
   nodes_[folder].firstChild = id;
   nodes_[folder].sorted = false;
   ++nodes_[folder].number;
-  index_.insert(keyedHash(name, folder), id);
+  index(keyedHash(name, folder), id);
   return id;
+}
+
+void FileTree::index(std::uint64_t hash, NodeId node) {
+  index_.reserve(nodes_.size());
+  index_.prefetch(hash);
+  Recent& slot = recent_[recentCount_++ % recent_.size()];
+  if (slot.node != kNone) index_.insert(slot.hash, slot.node);
+  slot = {hash, node};
+}
+
+void FileTree::indexRecent() {
+  for (Recent& slot : recent_) {
+    if (slot.node != kNone) index_.insert(slot.hash, slot.node);
+    slot = {};
+  }
 }
 
 std::vector<NodeId> FileTree::subtree(NodeId node) const {
@@ -150,6 +168,7 @@ std::vector<NodeId> FileTree::subtree(NodeId node) const {
 }
 
 void FileTree::remove(NodeId node) {
+  indexRecent();
   for (const NodeId gone : subtree(node)) {
     index_.erase(keyedHash(name(gone), parent(gone)), [gone](NodeId n) { return n == gone; });
     nodes_[gone].isRemoved = true;

@@ -79,12 +79,18 @@ class FileTree {
     bool sorted = true;  // its children, and none of them removed
     bool isRemoved = false;
   };
+  struct Recent {
+    std::uint64_t hash = 0;
+    NodeId node = kNone;
+  };
   struct SortItem {
     std::uint64_t key;
     NodeId node;
   };
 
   NodeId add(NodeId folder, std::string_view name, bool isFile, std::uint32_t number);
+  void index(std::uint64_t hash, NodeId node);
+  void indexRecent();
   void sortChildren(NodeId folder);
   std::size_t commonNamePrefix() const;
   void sortItems();
@@ -92,6 +98,9 @@ class FileTree {
   std::vector<Node> nodes_;
   std::string names_;
   HashIndex<NodeId> index_;  // by folder and name
+  // Nodes that are not in the index yet: meanwhile the memory that it needs for them arrives.
+  std::array<Recent, 8> recent_;
+  std::size_t recentCount_ = 0;
   std::vector<SortItem> sortItems_;
 };
 
