@@ -51,6 +51,12 @@ std::string_view hashIn(std::string_view name, std::string_view extension) {
   return isHash(name) ? name : std::string_view();
 }
 
+std::string inFolder(const std::string& folder, const std::string& name) {
+  std::string path = folder;
+  path += '/';
+  return path += name;
+}
+
 class Collector {
  public:
   Collector(SiteFiles& files, const SiteState& state) : files_(files) {
@@ -65,7 +71,7 @@ class Collector {
     }
     removeHashed(std::string(kPackageFolder), packaging::kPackageExtension);
     const std::string pages(kPageFolder);
-    for (const std::string& addon : namesIn(files_, pages)) removePages(pages + '/' + addon);
+    for (const std::string& addon : namesIn(files_, pages)) removePages(inFolder(pages, addon));
     return removed_;
   }
 
@@ -87,7 +93,7 @@ class Collector {
     constexpr std::time_t kDay = 86400;
     const std::string folder(kIndexFolder);
     for (const std::string& name : namesIn(files_, folder)) {
-      const std::string path = folder + '/' + name;
+      const std::string path = inFolder(folder, name);
       struct stat status {};
       if (hashIn(name, kJsonExtension).empty() || named_.contains(path) ||
           ::fstatat(files_.descriptor(), path.c_str(), &status, 0) != 0 ||
@@ -111,17 +117,17 @@ class Collector {
 
   void removeHashed(const std::string& folder, std::string_view extension) {
     for (const std::string& name : namesIn(files_, folder)) {
-      if (!hashIn(name, extension).empty()) remove(folder + '/' + name);
+      if (!hashIn(name, extension).empty()) remove(inFolder(folder, name));
     }
   }
 
   void removePages(const std::string& addon) {
     for (const std::string& version : namesIn(files_, addon)) {
-      const std::string folder = addon + '/' + version;
+      const std::string folder = inFolder(addon, version);
       for (const std::string& name : namesIn(files_, folder)) {
         const std::size_t dot = std::min(name.rfind('.'), name.size());
         const bool isOurs = name == kFrontPage || isHash(std::string_view(name).substr(0, dot));
-        if (isOurs) remove(folder + '/' + name);
+        if (isOurs) remove(inFolder(folder, name));
       }
       // Folders that are not empty stay.
       ::unlinkat(files_.descriptor(), folder.c_str(), AT_REMOVEDIR);

@@ -3,8 +3,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
+#include <tuple>
 #include <utility>
 
 #include "addon/catalogue/Shard.h"
@@ -39,8 +42,7 @@ std::string tables() {
       " FROM addons JOIN versions USING (addon, position);"
       "CREATE VIRTUAL TABLE words USING fts5(name, author, summary, description, requires,"
       " content = 'texts', content_rowid = 'id', prefix = '1 2 3',"
-      " tokenize = 'unicode61 remove_diacritics 2');"
-      "INSERT INTO words(words, rank) VALUES('rank', 'bm25(10, 5, 4, 1, 2)');",
+      " tokenize = 'unicode61 remove_diacritics 2');",
       columns);
 }
 
@@ -136,8 +138,8 @@ struct Column {
 constexpr std::array kColumns{Column{"name:", "name"}, Column{"author:", "author"},
                               Column{"requires:", "requires"}};
 
-std::string termOf(std::string_view word) {
-  std::string column;
+std::string termOf(std::string_view word, std::string_view columns) {
+  std::string column = columns.empty() ? std::string() : fmt::format("{{{}}} : ", columns);
   for (const Column& each : kColumns) {
     if (!word.starts_with(each.prefix) || word.size() == each.prefix.size()) continue;
     column = fmt::format("{{{}}} : ", each.name);
@@ -247,15 +249,40 @@ std::uint64_t Database::sequence() const {
 
 std::vector<Record> Database::search(const std::vector<std::string>& words,
                                      std::uint64_t limit) const {
-  Statement find = connection_.prepare(fmt::format(
-      "SELECT {} FROM (SELECT rowid AS id, rank AS place FROM words WHERE words MATCH ?"
-      " ORDER BY rank LIMIT ?) AS found JOIN addons USING (id)"
-      " JOIN versions USING (addon, position) ORDER BY found.place, versions.name, addon",
-      columnsOf("versions")));
-  find.bind(0, queryOf(words)).bind(1, static_cast<std::int64_t>(limit));
+  // The best have all words in their names. To rank all matches would take a time that grows with
+  // their number.
+  std::vector<std::int64_t> ids;
+  Statement find = connection_.prepare("SELECT rowid FROM words WHERE words MATCH ? LIMIT ?");
   std::vector<Record> records;
-  while (find.step()) records.push_back(recordOf(find));
+  for (const std::string_view columns : {"name", "name author summary", ""}) {
+    const std::size_t before = ids.size();
+    find.bind(0, queryOf(words, columns)).bind(1, static_cast<std::int64_t>(limit + before));
+    while (ids.size() < limit && find.step()) {
+      const std::int64_t id = find.number(0);
+      const auto known = ids.begin() + static_cast<std::ptrdiff_t>(before);
+      if (!std::binary_search(ids.begin(), known, id)) ids.push_back(id);
+    }
+    find.reset();
+    addRecords({ids.begin() + static_cast<std::ptrdiff_t>(before), ids.end()}, records);
+    std::sort(ids.begin(), ids.end());
+    if (ids.size() == limit) break;
+  }
   return records;
+}
+
+void Database::addRecords(const std::vector<std::int64_t>& ids,
+                          std::vector<Record>& records) const {
+  const auto first = static_cast<std::ptrdiff_t>(records.size());
+  Statement get = connection_.prepare(
+      fmt::format("SELECT {} FROM addons JOIN versions USING (addon, position) WHERE id = ?",
+                  columnsOf("versions")));
+  for (const std::int64_t id : ids) {
+    if (get.bind(0, id).step()) records.push_back(recordOf(get));
+    get.reset();
+  }
+  std::sort(records.begin() + first, records.end(), [](const Record& a, const Record& b) {
+    return std::tie(a.name, a.guid) < std::tie(b.name, b.guid);
+  });
 }
 
 void Database::visitCurrent(const std::function<void(const Record&)>& visit) const {
@@ -266,11 +293,11 @@ void Database::visitCurrent(const std::function<void(const Record&)>& visit) con
   while (list.step()) visit(recordOf(list));
 }
 
-std::string queryOf(const std::vector<std::string>& words) {
+std::string queryOf(const std::vector<std::string>& words, std::string_view columns) {
   std::string query;
   for (const std::string& word : words) {
     if (!query.empty()) query += " AND ";
-    query += termOf(word);
+    query += termOf(word, columns);
   }
   return query;
 }

@@ -43,13 +43,16 @@ class Database {
 
   std::int64_t idOf(const std::string& key);
   void removeAddon(const std::string& key, std::int64_t id);
+  /// Appends the versions that are shown of these add-ons, by name.
+  void addRecords(const std::vector<std::int64_t>& ids, std::vector<Record>& records) const;
   void insertVersion(const std::string& key, std::size_t position, const Record& record);
 
   Connection connection_;
 };
 
 /// The words as a query of the index: each the beginning of a word, in any column or, after
-/// "name:", "author:" or "requires:", in that one. Nothing in them is syntax.
-std::string queryOf(const std::vector<std::string>& words);
+/// "name:", "author:" or "requires:", in that one. Nothing in them is syntax. `columns`, which may
+/// be empty, narrow the other words.
+std::string queryOf(const std::vector<std::string>& words, std::string_view columns);
 
 }  // namespace addon::catalogue::detail

@@ -23,7 +23,10 @@ struct VersionKey {
   std::string key;
   std::string version;
 
-  auto operator<=>(const VersionKey&) const = default;
+  bool operator==(const VersionKey&) const = default;
+  bool operator<(const VersionKey& other) const {
+    return key != other.key ? key < other.key : version < other.version;
+  }
 };
 
 /// Takes packages into the site: verifies the bytes that the site will have, and writes what only a
