@@ -9,6 +9,7 @@
 #include <xmlsec/errors.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -17,20 +18,21 @@ namespace opc::xmlsignatures {
 
 namespace {
 
-thread_local bool isShort = false;
+// Of all threads: where one lacks memory, the others do, too.
+std::atomic<unsigned> shortages = 0;
 
 void noteXmlError(void*, xmlErrorPtr error) {
-  if (error->code == XML_ERR_NO_MEMORY) isShort = true;
+  if (error->code == XML_ERR_NO_MEMORY) ++shortages;
 }
 
 // What libxml2 prints, without a code, is that it has no memory for one of its lists.
 void notePrinted(void*, const char*, ...) {
-  isShort = true;
+  ++shortages;
 }
 
 void noteXmlSecError(const char*, int, const char*, const char*, const char*, int reason,
                      const char*) {
-  if (reason == XMLSEC_ERRORS_R_MALLOC_FAILED) isShort = true;
+  if (reason == XMLSEC_ERRORS_R_MALLOC_FAILED) ++shortages;
 }
 
 // OpenSSL's memory. It may hold keys, so it is cleared before it is given back; its size is before
@@ -41,7 +43,7 @@ void* allocate(std::size_t size, const char*, int) {
   if (size == 0) return nullptr;
   auto* block = static_cast<unsigned char*>(::operator new(size + kHeader, std::nothrow));
   if (block == nullptr) {
-    isShort = true;
+    ++shortages;
     return nullptr;
   }
   std::memcpy(block, &size, sizeof size);
@@ -75,11 +77,11 @@ void* resize(void* bytes, std::size_t size, const char* file, int line) {
 }  // namespace
 
 MemoryWatch::MemoryWatch()
-    : errorContext_(xmlStructuredErrorContext),
+    : before_(shortages),
+      errorContext_(xmlStructuredErrorContext),
       errorHandler_(xmlStructuredError),
       printContext_(xmlGenericErrorContext),
       printer_(xmlGenericError) {
-  isShort = false;
   ERR_clear_error();
   xmlSetStructuredErrorFunc(nullptr, noteXmlError);
   xmlSetGenericErrorFunc(nullptr, notePrinted);
@@ -92,9 +94,9 @@ MemoryWatch::~MemoryWatch() {
 
 void MemoryWatch::requireMemory() {
   while (const unsigned long error = ERR_get_error()) {
-    if (ERR_GET_REASON(error) == ERR_R_MALLOC_FAILURE) isShort = true;
+    if (ERR_GET_REASON(error) == ERR_R_MALLOC_FAILURE) ++shortages;
   }
-  if (isShort) throw std::bad_alloc();
+  if (shortages != before_) throw std::bad_alloc();
 }
 
 void watchOpenSsl() {

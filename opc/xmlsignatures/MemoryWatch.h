@@ -7,8 +7,8 @@
 
 namespace opc::xmlsignatures {
 
-/// Notices, on this thread, when one of the libraries runs out of memory, which they report like
-/// any other failure. libxml2 prints nothing meanwhile.
+/// Notices when one of the libraries runs out of memory, which they report like any other failure.
+/// libxml2 prints nothing on this thread meanwhile.
 class MemoryWatch {
  public:
   MemoryWatch();
@@ -20,6 +20,7 @@ class MemoryWatch {
   void requireMemory();
 
  private:
+  unsigned before_;
   // What the thread had before.
   void* errorContext_;
   xmlStructuredErrorFunc errorHandler_;
