@@ -135,6 +135,38 @@ class Signing(SignTest):
         self.assertIn("KR601", self.findings())
 
 
+class Libraries(SignTest):
+    """Those for signatures are loaded only where signatures are made or checked."""
+
+    def loaded_by(self, *words):
+        """Whether the program loads a library for signatures."""
+        folder = self.path("loaded")
+        folder.mkdir()
+        self.run_kraddon(*words, env={"LD_DEBUG": "files", "LD_DEBUG_OUTPUT": str(folder / "log")})
+        text = "".join(log.read_text() for log in folder.iterdir())
+        shutil.rmtree(folder)
+        self.assertIn("calling init: ", text)
+        return [name for name in ("xmlsignatures", "xmlsec", "libxml2", "libssl")
+                if f"{name}.so" in text or f"/lib{name}" in text]
+
+    def test_are_not_loaded_for_other_work(self):
+        shutil.copy(self.path("p.kraddon"), self.path("s.kraddon"))
+        self.sign(package="s.kraddon")
+        for words in (("--version",), ("verify", "p.kraddon"),
+                      ("call", "addonGetFileList", "p.kraddon"),
+                      ("call", "addonSetLicense", "s.kraddon", '{"type": "MIT", "text": "x"}'),
+                      ("list", "s.kraddon"), ("info", "s.kraddon"), ("diff", *["s.kraddon"] * 2),
+                      ("extract", "s.kraddon", "-d", "out"), ("mkdir", "s.kraddon", "d"),
+                      ("unsign", "s.kraddon")):
+            self.assertEqual(self.loaded_by(*words), [], words)
+
+    def test_are_loaded_for_signatures(self):
+        self.sign()
+        for words in (("verify", "p.kraddon"), ("signatures", "p.kraddon"),
+                      ("sign", "p.kraddon", *signing.words())):
+            self.assertIn("xmlsec", self.loaded_by(*words), words)
+
+
 class Keys(SignTest):
 
     def test_an_encrypted_key_needs_its_passphrase(self):

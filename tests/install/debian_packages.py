@@ -90,7 +90,8 @@ class Contents(unittest.TestCase):
         for package in self.packages:
             self.assertEqual(self.field(package, "Version"), VERSION)
         needed = self.field("kraddon", "Depends")
-        for library in ("libc6 (>=", "libstdc++6 (>=", "libdeflate0", "libicu72", "zlib1g"):
+        for library in ("libc6 (>=", "libstdc++6 (>=", "libdeflate0", "libicu72",
+                        "libxmlsec1-openssl (>=", "zlib1g"):
             self.assertIn(library, needed)
         self.assertNotIn("kraddon", needed)
         self.assertIn(f"kraddon (= {VERSION})", self.field("kraddon-dev", "Depends"))
@@ -102,6 +103,7 @@ class Contents(unittest.TestCase):
     def test_everything_is_where_debian_expects_it(self):
         paths = self.listing("kraddon")
         for path in ("bin/kraddon", "lib/kraddon/host/libkraddon_packaging.so",
+                     "lib/kraddon/host/libkraddon_xmlsignatures.so",
                      "lib/kraddon/host/libkxarray.so",
                      "share/man/man1/kraddon.1.gz", "share/man/man1/kraddon-create.1.gz",
                      "share/man/man5/kraddon.toml.5.gz", "share/kraddon/manifest.schema.json",
