@@ -21,7 +21,7 @@ EVERY_COMMAND = [
     ["set", "p.kraddon", "license", "text=terms"], ["unset", "p.kraddon", "license"],
     ["screenshot", "p.kraddon", "shot.png"], ["screenshot", "p.kraddon"],
     ["verify", "p.kraddon"], ["diff", "p.kraddon", "p.kraddon"], ["preview", "p.kraddon"],
-    ["sbom", "p.kraddon"],
+    ["sbom", "p.kraddon"], ["index", "site", "p.kraddon"],
     ["call", "addonGetFileList", "p.kraddon"], ["completion", "bash"], ["schema", "info"],
     ["help"]]
 

@@ -47,6 +47,7 @@ class SmallStacks(kraddontest.CliTest):
                       ("list", "p.kraddon", "-l"), ("list", "p.kraddon", "--hash"),
                       ("extract", "p.kraddon", "-d", "out"), ("verify", "p.kraddon"),
                       ("preview", "p.kraddon", "-o", "-"), ("sbom", "p.kraddon"),
+                      ("index", "site", "p.kraddon"), ("search", "site", "waves"),
                       ("init", "src"), ("build", "src"),
                       ("call", "addonGetFileList", "p.kraddon"), ("schema", "manifest"),
                       ("unset", "p.kraddon", "license"), ("completion", "bash"), ("help",)):
