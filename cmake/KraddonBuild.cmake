@@ -45,7 +45,8 @@ function(kraddon_library target)
   target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
 endfunction()
 
-# Compiles a target for size, for code that runs once in a command and is a large part of the program.
+# Compiles a target for size: code that prints, or runs once in a command, and is a large part of the
+# program.
 function(kraddon_small target)
   if(CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo" AND NOT KRADDON_SANITIZE)
     target_compile_options(${target} PRIVATE -Os)

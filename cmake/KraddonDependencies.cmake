@@ -51,13 +51,9 @@ target_include_directories(kraddon_cmark SYSTEM INTERFACE ${KRADDON_CMARK_INCLUD
 target_link_libraries(kraddon_cmark INTERFACE
   ${KRADDON_CMARK_EXTENSIONS_ARCHIVE} ${KRADDON_CMARK_ARCHIVE})
 
-# The archive for the same reason. Only the program needs it.
-find_library(KRADDON_SQLITE_ARCHIVE libsqlite3.a REQUIRED)
+# Only its header: the program loads the library when it needs it.
 find_path(KRADDON_SQLITE_INCLUDE_DIR sqlite3.h REQUIRED)
-mark_as_advanced(KRADDON_SQLITE_ARCHIVE KRADDON_SQLITE_INCLUDE_DIR)
-add_library(kraddon_sqlite INTERFACE)
-target_include_directories(kraddon_sqlite SYSTEM INTERFACE ${KRADDON_SQLITE_INCLUDE_DIR})
-target_link_libraries(kraddon_sqlite INTERFACE ${KRADDON_SQLITE_ARCHIVE} m ${CMAKE_DL_LIBS})
+mark_as_advanced(KRADDON_SQLITE_INCLUDE_DIR)
 
 # Only the SHA-256 of libcrypto, which uses the processor's own instructions. To load all of libcrypto
 # would take as long as the program's whole start.

@@ -90,7 +90,7 @@ class Contents(unittest.TestCase):
         for package in self.packages:
             self.assertEqual(self.field(package, "Version"), VERSION)
         needed = self.field("kraddon", "Depends")
-        for library in ("libc6 (>=", "libstdc++6 (>=", "libdeflate0", "libicu72",
+        for library in ("libc6 (>=", "libstdc++6 (>=", "libdeflate0", "libicu72", "libsqlite3-0",
                         "libxmlsec1-openssl (>=", "zlib1g"):
             self.assertIn(library, needed)
         self.assertNotIn("kraddon", needed)

@@ -8,7 +8,7 @@ namespace addon::catalogue::detail {
 namespace {
 
 opc::ErrorCode codeOf(sqlite3* connection) {
-  switch (::sqlite3_errcode(connection)) {
+  switch (sqlite().errcode(connection)) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_ERROR:  // a table is missing
@@ -42,15 +42,15 @@ std::string toUri(const std::string& path, std::string_view parameters) {
 
 DatabaseError::DatabaseError(sqlite3* connection, const std::string& path)
     : Exception(codeOf(connection),
-                opc::sentence("cannot use database", path, ::sqlite3_errmsg(connection))) {
-  if (::sqlite3_errcode(connection) == SQLITE_NOMEM) throw std::bad_alloc();
+                opc::sentence("cannot use database", path, sqlite().errmsg(connection))) {
+  if (sqlite().errcode(connection) == SQLITE_NOMEM) throw std::bad_alloc();
 }
 
 Statement::Statement(sqlite3* connection, const std::string& path, std::string_view sql)
     : connection_(connection), path_(path) {
   sqlite3_stmt* statement = nullptr;
-  check(::sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &statement,
-                             nullptr));
+  check(
+      sqlite().prepare(connection, sql.data(), static_cast<int>(sql.size()), &statement, nullptr));
   statement_.reset(statement);
 }
 
@@ -59,23 +59,23 @@ void Statement::check(int result) const {
 }
 
 Statement& Statement::bind(int parameter, std::string_view text) {
-  check(::sqlite3_bind_text64(statement_.get(), parameter + 1, text.data(), text.size(),
-                              SQLITE_TRANSIENT, SQLITE_UTF8));
+  check(sqlite().bindText64(statement_.get(), parameter + 1, text.data(), text.size(),
+                            SQLITE_TRANSIENT, SQLITE_UTF8));
   return *this;
 }
 
 Statement& Statement::bind(int parameter, std::int64_t number) {
-  check(::sqlite3_bind_int64(statement_.get(), parameter + 1, number));
+  check(sqlite().bindInt64(statement_.get(), parameter + 1, number));
   return *this;
 }
 
 Statement& Statement::bindNull(int parameter) {
-  check(::sqlite3_bind_null(statement_.get(), parameter + 1));
+  check(sqlite().bindNull(statement_.get(), parameter + 1));
   return *this;
 }
 
 bool Statement::step() {
-  const int result = ::sqlite3_step(statement_.get());
+  const int result = sqlite().step(statement_.get());
   if (result != SQLITE_ROW && result != SQLITE_DONE) throw DatabaseError(connection_, path_);
   return result == SQLITE_ROW;
 }
@@ -86,18 +86,18 @@ void Statement::run() {
 }
 
 void Statement::reset() {
-  check(::sqlite3_reset(statement_.get()));
+  check(sqlite().reset(statement_.get()));
 }
 
 std::string Statement::text(int column) const {
-  const unsigned char* text = ::sqlite3_column_text(statement_.get(), column);
+  const unsigned char* text = sqlite().columnText(statement_.get(), column);
   if (text == nullptr) return {};
-  const int size = ::sqlite3_column_bytes(statement_.get(), column);
+  const int size = sqlite().columnBytes(statement_.get(), column);
   return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)};
 }
 
 std::int64_t Statement::number(int column) const {
-  return ::sqlite3_column_int64(statement_.get(), column);
+  return sqlite().columnInt64(statement_.get(), column);
 }
 
 Connection::Connection(const std::string& path, Mode mode) : path_(path) {
@@ -107,12 +107,12 @@ Connection::Connection(const std::string& path, Mode mode) : path_(path) {
   const int flags = SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX |
                     (isRead ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
   sqlite3* connection = nullptr;
-  const int result = ::sqlite3_open_v2(uri.c_str(), &connection, flags, nullptr);
+  const int result = sqlite().open(uri.c_str(), &connection, flags, nullptr);
   connection_.reset(connection);
   if (connection == nullptr) throw std::bad_alloc();
   if (result != SQLITE_OK) throw DatabaseError(connection, path_);
-  ::sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  ::sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite().dbConfig(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite().dbConfig(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   // The caller flushes a file that is complete; one that is not is thrown away.
   run(isRead ? "PRAGMA cell_size_check = ON"
              : "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA temp_store = MEMORY; "
@@ -120,7 +120,7 @@ Connection::Connection(const std::string& path, Mode mode) : path_(path) {
 }
 
 void Connection::run(const char* sql) const {
-  if (::sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+  if (sqlite().exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
     throw DatabaseError(connection_.get(), path_);
   }
 }

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <sqlite3.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "addon/catalogue/detail/SqliteLibrary.h"
 #include "opc/Exception.h"
 
 namespace addon::catalogue::detail {
@@ -39,7 +38,7 @@ class Statement {
 
  private:
   struct Finalize {
-    void operator()(sqlite3_stmt* statement) const { ::sqlite3_finalize(statement); }
+    void operator()(sqlite3_stmt* statement) const { sqlite().finalize(statement); }
   };
 
   void check(int result) const;
@@ -64,7 +63,7 @@ class Connection {
 
  private:
   struct Close {
-    void operator()(sqlite3* connection) const { ::sqlite3_close(connection); }
+    void operator()(sqlite3* connection) const { sqlite().close(connection); }
   };
 
   std::string path_;
