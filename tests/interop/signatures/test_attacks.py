@@ -20,7 +20,7 @@ from program import KRADDON, run
 from signature_case import SignatureCase
 
 SLOW = os.environ.get("KRADDON_SLOW_BUILD") == "1"
-VARIANTS = int(os.environ.get("KRADDON_SIGNATURE_VARIANTS", "200" if SLOW else "1000"))
+VARIANTS = int(os.environ.get("KRADDON_SIGNATURE_VARIANTS", "200" if SLOW else "10000"))
 AT_ONCE = 250
 MODULES = (attacks_on_keys, attacks_on_links, attacks_on_parts, attacks_on_xml)
 
