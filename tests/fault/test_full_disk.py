@@ -60,6 +60,7 @@ class Disk(FaultTest):
         self.ok("create", "p.kraddon", "src", "--name", "x", *faulttest.TIME)
         self.ok("set", "p.kraddon", "license", "text=first", *faulttest.TIME)
         self.ok("screenshot", "p.kraddon", "pixel.png", *faulttest.TIME)
+        self.make_signed()
         self.write("pixel.png", faulttest.PIXEL + os.urandom(30_000))
         self.before = faulttest.snapshot(self.folder)
 
