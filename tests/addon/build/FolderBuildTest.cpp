@@ -14,6 +14,7 @@
 #include "addon/comparison/Contents.h"
 #include "opc/Exception.h"
 #include "tests/support/TemporaryFolder.h"
+#include "text/JsonText.h"
 #include "tool/report/Schemas.h"
 
 namespace {
@@ -88,8 +89,7 @@ TEST_F(FolderBuild, WithAFaultInTheManifestFails) {
 }
 
 /// Adds the keys of a table's schema, "!" behind those that are required.
-void addKeys(const tool::json::JsonValue& schema, const std::string& path,
-             std::set<std::string>& keys) {
+void addKeys(const text::JsonValue& schema, const std::string& path, std::set<std::string>& keys) {
   for (const auto& [name, value] : schema.at("properties").items()) {
     const auto& required = schema.at("required");
     const bool isRequired = std::find(required.begin(), required.end(), name) != required.end();
