@@ -171,14 +171,15 @@ void PackageBuild::refuse(const Task& task) const {
 }
 
 /// Checks the package before it is put in place.
-void PackageBuild::inspect(const std::string& path, const Task& task) {
+void PackageBuild::inspect(const std::string& path, const Task& task,
+                           const opc::interfaces::PackedContents& packed) {
   if (request_.stop) request_.stop();
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) throw systemError("cannot access", path, errno);
   result.size = static_cast<std::uint64_t>(info.st_size);
   const opc::interfaces::ProgressFunction progress = startProgress();
   if (request_.verifies) {
-    Report report = checks::verifyAddon(path, progress);
+    Report report = checks::verifyWritten(path, packed, progress, task.options.background);
     reportUntracked(TrackedFiles(task.project), result, report);
     judge(task, report);
     if (isRefused(task)) throw Refused();
@@ -199,9 +200,11 @@ void PackageBuild::run() {
   fill(task, package);
   result = resultFor(task.output, readTree(package));
   opc::zippackage::WriteOptions options = task.options;
+  opc::interfaces::PackedContents packed = checks::contentsForCheck();
+  if (request_.verifies) options.packed = &packed;
   options.progress = startProgress();
   options.inspect = [&](const std::string& path) {
-    inspect(path, task);
+    inspect(path, task, packed);
     result.isWritten = true;
     if (request_.onWritten) request_.onWritten(result);
   };

@@ -94,7 +94,8 @@ class PackageBuild {
 
   Task prepare() const;
   void fill(const Task& task, packaging::AddonPackage& package) const;
-  void inspect(const std::string& path, const Task& task);
+  void inspect(const std::string& path, const Task& task,
+               const opc::interfaces::PackedContents& packed);
   void judge(const Task& task, const opc::checks::Report& report);
   bool isRefused(const Task& task) const;
   [[noreturn]] void refuse(const Task& task) const;

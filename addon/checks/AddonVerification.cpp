@@ -40,17 +40,31 @@ void checkDescribed(packaging::AddonPackage& package, Report& report, detail::Fi
   detail::checkTexts(package, report);
 }
 
+Report verify(const std::string& path, const opc::checks::SignatureDemands& demands,
+              opc::checks::Reading reading) {
+  reading.test = detail::hasNoSecrets;
+  Report report = verifyAs(opc::checks::Subject::Addon, path, demands, reading);
+  packaging::AddonPackage package(opc::SystemPath{path});
+  if (open(package, report)) checkAddon(package, report, reading.passed);
+  return report;
+}
+
 }  // namespace
 
 Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress,
                    const opc::checks::SignatureDemands& demands,
                    const opc::interfaces::BackgroundStarter& starter) {
-  opc::checks::Reading reading{
-      .progress = progress, .starter = starter, .test = detail::hasNoSecrets};
-  Report report = verifyAs(opc::checks::Subject::Addon, path, demands, reading);
-  packaging::AddonPackage package(opc::SystemPath{path});
-  if (open(package, report)) checkAddon(package, report, reading.passed);
-  return report;
+  return verify(path, demands, {.progress = progress, .starter = starter});
+}
+
+Report verifyWritten(const std::string& path, const opc::interfaces::PackedContents& packed,
+                     const opc::interfaces::ProgressFunction& progress,
+                     const opc::interfaces::BackgroundStarter& starter) {
+  return verify(path, {}, {.progress = progress, .starter = starter, .packed = &packed});
+}
+
+opc::interfaces::PackedContents contentsForCheck() {
+  return opc::interfaces::PackedContents(detail::hasNoSecrets);
 }
 
 void checkAddon(packaging::AddonPackage& package, Report& report,

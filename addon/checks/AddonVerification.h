@@ -8,6 +8,7 @@
 #include "opc/checks/Report.h"
 #include "opc/checks/SignatureDemands.h"
 #include "opc/interfaces/Background.h"
+#include "opc/interfaces/PackedContents.h"
 #include "opc/interfaces/Progress.h"
 #include "opc/plservices/FileTree.h"
 
@@ -19,6 +20,14 @@ opc::checks::Report verifyAddon(const std::string& path,
                                 const opc::interfaces::ProgressFunction& progress = nullptr,
                                 const opc::checks::SignatureDemands& demands = {},
                                 const opc::interfaces::BackgroundStarter& starter = nullptr);
+
+/// The same for a package that was just written with these contents, which are not unpacked again.
+opc::checks::Report verifyWritten(const std::string& path,
+                                  const opc::interfaces::PackedContents& packed,
+                                  const opc::interfaces::ProgressFunction& progress,
+                                  const opc::interfaces::BackgroundStarter& starter);
+/// For verifyWritten(), with the test that it needs.
+opc::interfaces::PackedContents contentsForCheck();
 
 /// The checks that only an add-on can fail: 3xx to 5xx. `package` is open. A part that cannot be
 /// read causes no finding here, since the checks of the container report it. `withoutSecrets` says

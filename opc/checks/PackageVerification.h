@@ -2,19 +2,18 @@
 #pragma once
 
 #include <functional>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "opc/checks/Report.h"
 #include "opc/checks/SignatureDemands.h"
 #include "opc/interfaces/Background.h"
+#include "opc/interfaces/PackedContents.h"
 #include "opc/interfaces/Progress.h"
 
 namespace opc::checks {
 
-/// Looks at the whole content of an item. Several threads may call it.
-using ContentTest = std::function<bool(std::span<const unsigned char> content)>;
+using ContentTest = interfaces::PackedContents::Test;
 
 /// How a package is read. All but the result may be empty.
 struct Reading {
@@ -22,6 +21,9 @@ struct Reading {
   interfaces::BackgroundStarter starter = nullptr;  ///< for a second thread that reads items, too
   ContentTest test = nullptr;
   signatures::ItemDigests* digests = nullptr;  ///< gets those of all sound items
+  /// The items whose contents it has are not unpacked unless there are `digests`; the test is the
+  /// one that it was made with.
+  const interfaces::PackedContents* packed = nullptr;
   /// The result, by item: whether its content passed the test. Large items do not.
   std::vector<bool> passed = {};
 };

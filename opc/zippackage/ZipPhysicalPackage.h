@@ -11,6 +11,7 @@
 #include "opc/SystemPath.h"
 #include "opc/interfaces/Background.h"
 #include "opc/interfaces/IPhysicalPackage.h"
+#include "opc/interfaces/PackedContents.h"
 #include "opc/interfaces/Progress.h"
 
 namespace opc::zippackage {
@@ -32,6 +33,9 @@ struct WriteOptions {
   /// Called with the path of the new file once it is written, before it takes its place. When it
   /// throws, the new file is gone and what was there stays. May be empty.
   std::function<void(const std::string& path)> inspect = nullptr;
+  /// Learns of the contents that are packed, for `inspect`. It must outlive the commit; may be
+  /// null.
+  interfaces::PackedContents* packed = nullptr;
 };
 
 /// A ZIP file as a physical package (ISO/IEC 29500-2, 7; APPNOTE 6.3).

@@ -72,7 +72,12 @@ ItemReading ItemDataReader::readSmall(std::uint32_t entry) noexcept {
     return reading;
   }
   try {
-    readWhole(entry, reading);
+    if (wasJustPacked(entry)) {
+      reader_.endOf(entry);  // which checks its headers
+      reading.hasPassed = reading_.packed->hasPassed(entry);
+    } else {
+      readWhole(entry, reading);
+    }
   } catch (...) {
     reading.failure = std::current_exception();
   }
@@ -96,6 +101,12 @@ ItemReading ItemDataReader::readLarge(std::uint32_t entry,
 bool ItemDataReader::isLarge(std::uint32_t entry) const {
   const ZipEntry& item = directory_.entries()[entry];
   return std::max(item.size, item.packedSize) > zippackage::kWholeLimit;
+}
+
+bool ItemDataReader::wasJustPacked(std::uint32_t entry) const {
+  const ZipEntry& item = directory_.entries()[entry];
+  return reading_.packed != nullptr && reading_.digests == nullptr &&
+         reading_.packed->has(entry, {item.size, item.packedSize, item.crc, item.method});
 }
 
 void ItemDataReader::readWhole(std::uint32_t entry, ItemReading& reading) {

@@ -39,7 +39,7 @@ class ItemDataReader {
                  const Reading& reading)
       : directory_(directory), reading_(reading), reader_(file, directory) {}
 
-  /// Leaves large items alone.
+  /// Leaves large items alone, and the data of those that were just packed.
   ItemReading readSmall(std::uint32_t entry) noexcept;
   /// Reads one of any size. What `advance`, which gets numbers of bytes, throws is the failure.
   ItemReading readLarge(std::uint32_t entry,
@@ -47,6 +47,7 @@ class ItemDataReader {
 
  private:
   bool isLarge(std::uint32_t entry) const;
+  bool wasJustPacked(std::uint32_t entry) const;
   void readWhole(std::uint32_t entry, ItemReading& reading);
   void readPieces(std::uint32_t entry, const std::function<void(std::uint64_t)>& advance,
                   ItemReading& reading);

@@ -20,7 +20,8 @@ struct PackedItem {
   std::uint64_t size = 0;  ///< unpacked
   std::uint32_t crc = 0;   ///< of the unpacked data
   std::uint16_t method = kStored;
-  Bytes data;  ///< packed, unless that makes them no smaller
+  Bytes data;                                    ///< packed, unless that makes them no smaller
+  std::optional<bool> hasPassed = std::nullopt;  ///< the test of its content, if there is one
   /// If others may have the same content. Without `isFirst`, it is all that is set: the content was
   /// packed before.
   std::optional<KnownContents::Match> content = std::nullopt;

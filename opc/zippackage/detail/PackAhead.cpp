@@ -16,8 +16,9 @@ constexpr std::size_t kMostBatches = 16;
 }  // namespace
 
 PackAhead::PackAhead(std::vector<PackJob> jobs, KnownContents& known,
+                     const interfaces::PackedContents::Test& test,
                      const interfaces::BackgroundStarter& starter)
-    : jobs_(std::move(jobs)), known_(known) {
+    : jobs_(std::move(jobs)), known_(known), test_(test) {
   if (starter && jobs_.size() > 1) helper_ = starter([this] { help(); });
 }
 
@@ -44,7 +45,10 @@ std::optional<PackedItem> PackAhead::packOne(std::size_t number, ItemPacker& pac
     content = known_.match(number, job.level, data.size(), contentHash(data));
   }
   PackedItem item;
-  if (!content || content->isFirst) item = packer.pack(job.level, *job.source);
+  if (!content || content->isFirst) {
+    item = packer.pack(job.level, *job.source);
+    if (test_) item.hasPassed = test_(packer.begun());
+  }
   item.content = content;
   return item;
 }

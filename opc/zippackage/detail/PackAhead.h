@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "opc/interfaces/Background.h"
+#include "opc/interfaces/PackedContents.h"
 #include "opc/zippackage/detail/ItemPacker.h"
 #include "opc/zippackage/detail/KnownContents.h"
 
@@ -21,8 +22,10 @@ namespace opc::zippackage::detail {
 /// the same with and without it, byte for byte and error for error.
 class PackAhead {
  public:
-  /// `known` is made of the same jobs, and must outlive it. `starter` may be empty.
+  /// `known` is made of the same jobs; it and `test` must outlive this. `test` and `starter` may be
+  /// empty.
   PackAhead(std::vector<PackJob> jobs, KnownContents& known,
+            const interfaces::PackedContents::Test& test,
             const interfaces::BackgroundStarter& starter);
   ~PackAhead();
   PackAhead(const PackAhead&) = delete;
@@ -61,6 +64,7 @@ class PackAhead {
 
   std::vector<PackJob> jobs_;
   KnownContents& known_;
+  const interfaces::PackedContents::Test& test_;
   ItemPacker packer_;
   std::size_t taken_ = 0;
 

@@ -25,7 +25,9 @@ void PackageContent::writeTo(OutputFile& out) {
   std::vector<PackJob> jobs = this->jobs();
   KnownContents known(jobs, static_cast<bool>(options_.background));
   known_ = &known;
-  PackAhead packer(std::move(jobs), known, options_.background);
+  const interfaces::PackedContents::Test none;
+  PackAhead packer(std::move(jobs), known, options_.packed ? options_.packed->test() : none,
+                   options_.background);
   addNew(writer, packer, true);
   copyUnchanged(out, writer);
   addNew(writer, packer, false);
@@ -67,8 +69,11 @@ void PackageContent::addNew(ZipWriter& writer, PackAhead& packer, bool atFront) 
     const auto content = packed ? packed->content : std::nullopt;
     if (const WrittenItem* same = findWritten(content)) {
       writer.addRepeated(head, *same);
+      tellOf(writer, *same);
     } else if (packed && (!content || content->isFirst)) {
-      remember(content, writer.add(head, *packed));
+      const WrittenItem written = writer.add(head, *packed);
+      remember(content, written);
+      tellOf(writer, written);
     } else {
       addUnpacked(writer, head, *item.content);
     }
@@ -121,6 +126,13 @@ const WrittenItem* PackageContent::findWritten(
   const bool isWritten = content && !content->isFirst && content->number < written_.size() &&
                          written_[content->number].dataOffset != 0;
   return isWritten ? &written_[content->number] : nullptr;
+}
+
+// The item was written last.
+void PackageContent::tellOf(const ZipWriter& writer, const WrittenItem& item) const {
+  if (options_.packed == nullptr || !item.hasPassed) return;
+  options_.packed->add(static_cast<std::size_t>(writer.count() - 1),
+                       {item.size, item.packedSize, item.crc, item.method}, *item.hasPassed);
 }
 
 void PackageContent::remember(const std::optional<KnownContents::Match>& content,

@@ -65,6 +65,7 @@ class PackageContent {
                                                 interfaces::IContentSource& source);
   const WrittenItem* findWritten(const std::optional<KnownContents::Match>& content) const;
   void remember(const std::optional<KnownContents::Match>& content, const WrittenItem& written);
+  void tellOf(const ZipWriter& writer, const WrittenItem& item) const;
   void copyUnchanged(OutputFile& out, ZipWriter& writer);
   std::vector<Run> findRuns();
   std::uint64_t endOf(std::size_t positionInOrder);

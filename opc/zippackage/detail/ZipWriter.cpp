@@ -50,6 +50,7 @@ WrittenItem ZipWriter::add(const ItemHead& head, const PackedItem& packed) {
   item.size = packed.size;
   item.crc = packed.crc;
   item.method = packed.method;
+  item.hasPassed = packed.hasPassed;
   out_.write(localHeader(head, item, item.size >= limits_.value));
   item.dataOffset = out_.position();
   out_.write(packed.data);

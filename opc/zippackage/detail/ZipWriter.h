@@ -36,6 +36,7 @@ struct WrittenItem {
   std::uint64_t size = 0;
   std::uint32_t crc = 0;
   std::uint16_t method = kStored;
+  std::optional<bool> hasPassed = std::nullopt;  ///< as that of the PackedItem
 };
 
 /// A directory entry must not be longer than 65,535 bytes, fields that we may add included.
@@ -71,6 +72,9 @@ class ZipWriter {
 
   /// Takes an entry over into the directory: its bytes were copied to `offset` already.
   void addCopied(const ZipDirectory& from, std::size_t entry, std::uint64_t offset);
+
+  /// How many items there are so far.
+  std::uint64_t count() const { return entries_; }
 
   /// Writes the directory and the end records.
   void finish(Bytes comment);

@@ -15,12 +15,17 @@
 
 #include "opc/Exception.h"
 #include "opc/interfaces/Background.h"
+#include "opc/interfaces/PackedContents.h"
+#include "opc/zippackage/PackageFile.h"
+#include "opc/zippackage/ZipDirectory.h"
 #include "tests/opc/checks/PackageUnderTest.h"
 #include "tests/opc/model/PackageFixture.h"
 #include "tests/support/TemporaryFolder.h"
 
 using opc::checks::Finding;
+using opc::checks::Reading;
 using opc::checks::Report;
+using opc::checks::verifyAs;
 using opc::checks::verifyPackage;
 using test::PackageUnderTest;
 using testing::Each;
@@ -236,6 +241,36 @@ TEST(Verification, CountsEachItemInOrderWithASecondThread) {
   EXPECT_EQ(last.itemsDone, 8);
   EXPECT_EQ(last.itemsDone, last.itemsTotal);
   EXPECT_EQ(last.bytesDone + (std::uint64_t{700} << 10), last.bytesTotal);  // without the damaged
+}
+
+TEST(Verification, ContentsThatWereJustPackedAreNotUnpacked) {
+  const test::TemporaryFolder folder;
+  const std::string path = (folder / "p.zip").string();
+  PackageUnderTest package;
+  test::ZipItem& damaged = package.add("damaged.m", "damaged");
+  damaged.local.crc = damaged.central.crc = 1;
+  test::ZipItem& misnamed = package.add("misnamed.m", "misnamed");
+  misnamed.local.name = "misnamed.x";
+  test::writeFile(path, package.zip.build());
+  const opc::zippackage::PackageFile file(path);
+  const auto directory = opc::zippackage::ZipDirectory::read(file);
+  const auto verify = [&](std::uint32_t crc) {
+    opc::interfaces::PackedContents packed([](opc::zippackage::Bytes) { return true; });
+    for (std::size_t i : {4u, 5u}) {
+      const auto& item = directory.entries()[i];
+      packed.add(i, {item.size, item.packedSize, i == 4 ? crc : item.crc, item.method}, true);
+    }
+    Reading reading{.packed = &packed};
+    const Report report = verifyAs(opc::checks::Subject::Package, path, {}, reading);
+    EXPECT_EQ(reading.passed[4], crc == 1);
+    return numbersOf(report);
+  };
+  const std::uint16_t header = 105;
+  const std::uint16_t data = 106;
+  ASSERT_EQ(numbersOf(verifyPackage(path)), (Numbers{header, data}));
+
+  EXPECT_EQ(verify(2), (Numbers{header, data}));
+  EXPECT_EQ(verify(1), (Numbers{header}));
 }
 
 TEST(Verification, OnlyRegularFilesCanBeVerified) {

@@ -77,10 +77,11 @@ class PackAheadWays : public testing::TestWithParam<test::Starter> {
   PackAhead& pack(const Sources& sources) {
     known_ =
         std::make_unique<KnownContents>(jobsOf(sources), static_cast<bool>(GetParam().starter));
-    packer_ = std::make_unique<PackAhead>(jobsOf(sources), *known_, GetParam().starter);
+    packer_ = std::make_unique<PackAhead>(jobsOf(sources), *known_, test_, GetParam().starter);
     return *packer_;
   }
 
+  opc::interfaces::PackedContents::Test test_;
   std::unique_ptr<KnownContents> known_;
   std::unique_ptr<PackAhead> packer_;
 };
