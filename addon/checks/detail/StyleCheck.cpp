@@ -42,7 +42,7 @@ void checkStyle(AddonPackage& package, Report& report, const std::vector<bool>& 
   checkTimes(package, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
   checkFiles(package, report, withoutSecrets);
-  checkCopies(package, report);
+  checkCopies(package, report, withoutSecrets);
 }
 
 }  // namespace addon::checks::detail

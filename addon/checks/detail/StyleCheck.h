@@ -28,7 +28,8 @@ void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report,
 bool isReplaced(const opc::model::PartInfo& file);
 inline constexpr const char* kNoFilesMessage = "the add-on has no files";
 /// Files with the same content. The file tree must be readable.
-void checkCopies(packaging::AddonPackage& package, opc::checks::Report& report);
+void checkCopies(packaging::AddonPackage& package, opc::checks::Report& report,
+                 const std::vector<bool>& withoutSecrets);
 /// The times of the entries.
 void checkTimes(packaging::AddonPackage& package, opc::checks::Report& report);
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <map>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -22,25 +24,68 @@ namespace {
 
 constexpr std::uint64_t kSmallest = 64u << 10;  // bytes; copies of smaller files cost nothing
 
-// Reports the copies among files of one size and checksum. A checksum can be forged, so only the
-// bytes decide.
-void checkGroup(opc::plservices::FileSystemManager& files, std::uint64_t size,
-                const std::vector<FileSystemEntry>& group, Report& report) {
-  std::unordered_map<std::string, const FileSystemEntry*> seen;
-  for (const FileSystemEntry& file : group) {
-    std::string hash;
-    if (!isReadable([&] { hash = text::sha256Of(*files.openFile(file)); })) continue;
-    const auto [original, isNew] = seen.emplace(hash, &file);
-    if (isNew) continue;
-    report.add(kDuplicateContent, file.path(),
-               "the file is the same as " + quoted(original->second->path()) + ", " +
-                   std::to_string(size) + " bytes");
+/// Reports the copies among the files of one size and checksum. A checksum can be forged, so only
+/// the bytes decide.
+class CopyCheck {
+ public:
+  CopyCheck(opc::plservices::FileSystemManager& files, Report& report,
+            const std::vector<bool>& withoutSecrets)
+      : files_(files), report_(report), withoutSecrets_(withoutSecrets) {}
+
+  void check(const std::vector<FileSystemEntry>& group) {
+    if (arePackedAlike(group)) {
+      for (std::size_t i = 1; i < group.size(); ++i) add(group[i], group[0]);
+      return;
+    }
+    std::unordered_map<std::string, const FileSystemEntry*> seen;
+    for (const FileSystemEntry& file : group) {
+      std::string hash;
+      if (!isReadable([&] { hash = text::sha256Of(*files_.openFile(file)); })) continue;
+      const auto [original, isNew] = seen.emplace(hash, &file);
+      if (!isNew) add(file, *original->second);
+    }
   }
-}
+
+ private:
+  // What has been searched for secrets has been unpacked, so that it is sound.
+  bool arePackedAlike(const std::vector<FileSystemEntry>& group) {
+    const opc::model::PartInfo first = group[0].info();
+    const opc::model::PartId part = files_.nodes().part(group[0].node());
+    if (part >= withoutSecrets_.size() || !withoutSecrets_[part]) return false;
+    const auto bytes = packedBytes(group[0], first);
+    const std::vector<unsigned char> packed(bytes.begin(), bytes.end());
+    if (packed.size() != first.packedSize) return false;
+    return std::all_of(group.begin() + 1, group.end(), [&](const FileSystemEntry& file) {
+      const opc::model::PartInfo info = file.info();
+      if (info.compressed != first.compressed || info.packedSize != first.packedSize) return false;
+      const auto other = packedBytes(file, info);
+      return std::equal(packed.begin(), packed.end(), other.begin(), other.end());
+    });
+  }
+
+  /// Nothing if they cannot be read.
+  std::span<const unsigned char> packedBytes(const FileSystemEntry& file,
+                                             const opc::model::PartInfo& info) {
+    std::span<const unsigned char> bytes;
+    isReadable(
+        [&] { bytes = files_.packedBytes(file, 0, static_cast<std::size_t>(info.packedSize)); });
+    return bytes;
+  }
+
+  void add(const FileSystemEntry& copy, const FileSystemEntry& original) {
+    report_.add(kDuplicateContent, copy.path(),
+                "the file is the same as " + quoted(original.path()) + ", " +
+                    std::to_string(copy.info().size) + " bytes");
+  }
+
+  opc::plservices::FileSystemManager& files_;
+  Report& report_;
+  const std::vector<bool>& withoutSecrets_;
+};
 
 }  // namespace
 
-void checkCopies(AddonPackage& package, Report& report) {
+void checkCopies(AddonPackage& package, Report& report, const std::vector<bool>& withoutSecrets) {
   auto& files = package.fileSystem();
   std::map<std::pair<std::uint64_t, std::uint32_t>, std::vector<FileSystemEntry>> groups;
   files.visitFiles([&](std::string_view, const FileSystemEntry& entry) {
@@ -48,8 +93,9 @@ void checkCopies(AddonPackage& package, Report& report) {
     const opc::model::PartInfo info = entry.info();
     if (info.size > kSmallest) groups[{info.size, info.crc}].push_back(entry);
   });
+  CopyCheck check(files, report, withoutSecrets);
   for (const auto& [key, group] : groups) {
-    if (group.size() > 1) checkGroup(files, key.first, group, report);
+    if (group.size() > 1) check.check(group);
   }
 }
 
