@@ -10,6 +10,7 @@
 #include "opc/checks/detail/ContainerCheck.h"
 #include "opc/checks/detail/FaultFindings.h"
 #include "opc/checks/detail/Packaging.h"
+#include "opc/plservices/LoadedFileTree.h"
 #include "opc/signatures/ItemDigests.h"
 #include "opc/zippackage/EndOfDirectory.h"
 #include "opc/zippackage/PackageFile.h"
@@ -44,10 +45,13 @@ std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& repor
                                            std::to_string(kLargestDirectory) + " that are checked");
 }
 
-// Where the parts of signatures usually are. If they are elsewhere, what they cover is read twice.
+// Where the parts of signatures usually are, which no file of the tree is. If they are elsewhere,
+// what they cover is read twice.
 bool looksSigned(const ZipDirectory& directory) {
   for (std::size_t i = 0; i < directory.entries().size(); ++i) {
-    if (directory.name(i).find("signature") != std::string_view::npos) return true;
+    const std::string_view name = directory.name(i);
+    const bool isFile = name.starts_with(plservices::kFilesFolder);
+    if (!isFile && name.find("signature") != std::string_view::npos) return true;
   }
   return false;
 }
