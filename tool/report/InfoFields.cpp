@@ -17,6 +17,7 @@ namespace tool::report {
 
 namespace schema = json::schema;
 
+using addon::comparison::Totals;
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
 
@@ -164,6 +165,21 @@ void writeValue(const InfoField& field, const Info& info, text::JsonWriter& json
   }
 }
 
+// Sorting the tree and building its paths would take longer than the rest of opening a package.
+Totals readTotals(AddonPackage& package) {
+  Totals totals;
+  opc::plservices::FileTree& tree = package.fileSystem().nodes();
+  for (opc::plservices::NodeId node = 0; node < tree.size(); ++node) {
+    if (tree.isEmptyFolder(node)) ++totals.folders;
+    if (!tree.isFile(node)) continue;
+    const opc::model::PartInfo info = package.logicalPackage().partInfo(tree.part(node));
+    ++totals.files;
+    totals.bytes += info.size;
+    totals.packed += info.packedSize;
+  }
+  return totals;
+}
+
 }  // namespace
 
 Info readInfo(AddonPackage& package, const std::string& path,
@@ -180,11 +196,11 @@ Info readInfo(AddonPackage& package, const std::string& path,
     info.documents.emplace_back(document.name);
   }
   info.screenshot = readScreenshot(package);
-  const std::vector<addon::comparison::Item> items = addon::comparison::readTree(package);
-  info.totals = addon::comparison::totalsOf(items);
+  info.totals = readTotals(package);
   info.signatures = opc::signatures::countSignatures(package.logicalPackage());
   if (digestProgress) {
-    info.digest = addon::comparison::contentDigest(package, items, digestProgress);
+    info.digest = addon::comparison::contentDigest(package, addon::comparison::readTree(package),
+                                                   digestProgress);
   }
   return info;
 }
