@@ -194,10 +194,20 @@ class Loop(Contest):
 
     def run(self, side):
         done = subprocess.run(side.command, check=True, stdout=subprocess.PIPE)
-        return Run(float(done.stdout), 0)
+        return Run(float(done.stdout.split()[0]), 0)
 
     def our_sides(self):
         return Side(self.ours, ALL), None
+
+
+class Growth(Contest):
+    """By how much a process grew in which our program did the work many times; one round."""
+
+    def hold(self, rounds, seconds):
+        done = subprocess.run(self.ours, check=True, stdout=subprocess.PIPE)
+        _, memory, files = done.stdout.split()
+        return [Figure(self.work, "-", int(memory) / 1024, None, Goal(1), "MiB"),
+                Figure("  its open files", "-", int(files), None, Goal(0), "more")]
 
 
 class Difference(Contest):

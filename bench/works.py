@@ -3,7 +3,7 @@
 
 import os
 
-from contest import Difference, Goal, Loop, Peer, Size
+from contest import Difference, Goal, Growth, Loop, Peer, Size
 from reading import Reading
 from signing import Signing
 from writing import Writing
@@ -64,3 +64,6 @@ class Works:
                 [Peer("python3 zipfile, ElementTree",
                       ["/usr/bin/python3", PYTHON_CALLS, "metadata/%s.xml" % part, package,
                        str(count)], goal)])
+        count = 20000 if inputs.quick else 1000000
+        yield Growth("addonGetLicense, %s calls" % format(count, ","),
+                     [inputs.host_calls, "addonGetLicense", small, str(count)], [])
