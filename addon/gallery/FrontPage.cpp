@@ -9,13 +9,13 @@ namespace addon::gallery {
 namespace {
 
 // Screenshots are files of the same site; nothing else is loaded.
-constexpr std::string_view kPolicy =
+constexpr std::string_view kFrontPagePolicy =
     "default-src 'none'; style-src 'unsafe-inline'; img-src 'self' file:; base-uri 'none'; "
     "form-action 'none'";
 
 void writeHead(detail::HtmlWriter& html) {
   html.empty("meta", {{"charset", "utf-8"}});
-  html.empty("meta", {{"http-equiv", "Content-Security-Policy"}, {"content", kPolicy}});
+  html.empty("meta", {{"http-equiv", "Content-Security-Policy"}, {"content", kFrontPagePolicy}});
   html.empty("meta", {{"name", "referrer"}, {"content", "no-referrer"}});
   html.empty("meta", {{"name", "viewport"}, {"content", "width=device-width, initial-scale=1"}});
   html.empty("meta", {{"name", "color-scheme"}, {"content", "light dark"}});

@@ -13,7 +13,7 @@ namespace addon::materials {
 namespace {
 
 constexpr std::string_view kDocument = "SPDXRef-DOCUMENT";
-constexpr std::string_view kAddon = "SPDXRef-Addon";
+constexpr std::string_view kAddonId = "SPDXRef-Addon";
 constexpr std::string_view kUnknown = "NOASSERTION";
 
 /// The package verification code: the SHA-1 of the files' sums, sorted and joined.
@@ -72,7 +72,7 @@ class SpdxWriter {
   void writeAddon() {
     const packaging::AddonProperties& properties = materials_.properties;
     json_.beginObject();
-    json_.member("SPDXID", kAddon);
+    json_.member("SPDXID", kAddonId);
     json_.member("name", std::u16string_view(properties.name));
     writeUnlessEmpty("versionInfo", properties.version);
     writeSupplier(properties);
@@ -169,12 +169,12 @@ class SpdxWriter {
   void writeRelationships() {
     json_.key("relationships");
     json_.beginArray();
-    writeRelationship(kDocument, "DESCRIBES", kAddon);
+    writeRelationship(kDocument, "DESCRIBES", kAddonId);
     for (std::size_t i = 0; i < materials_.requirements.size(); ++i) {
-      writeRelationship(kAddon, "DEPENDS_ON", requirementId(i));
+      writeRelationship(kAddonId, "DEPENDS_ON", requirementId(i));
     }
     for (std::size_t i = 0; i < materials_.files.size(); ++i) {
-      writeRelationship(kAddon, "CONTAINS", fileId(i));
+      writeRelationship(kAddonId, "CONTAINS", fileId(i));
     }
     json_.endArray();
   }

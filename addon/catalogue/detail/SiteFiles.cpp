@@ -21,7 +21,7 @@ using opc::uninterrupted;
 
 namespace {
 
-constexpr std::size_t kPiece = 256u << 10;
+constexpr std::size_t kBufferSize = 256u << 10;
 /// Larger than any root, index or shard that is read whole.
 constexpr std::uint64_t kLargestText = std::uint64_t{256} << 20;
 
@@ -43,7 +43,7 @@ class FileSink {
   /// Returns false, with errno set, if that fails.
   bool write(std::string_view piece) {
     buffer_ += piece;
-    return buffer_.size() < kPiece || flush();
+    return buffer_.size() < kBufferSize || flush();
   }
 
   bool flush() {
@@ -137,7 +137,7 @@ std::string SiteFiles::hashOf(const std::string& path) const {
     fail("cannot read", path, errno);
   }
   text::Sha256 hash;
-  std::string piece(kPiece, '\0');
+  std::string piece(kBufferSize, '\0');
   while (true) {
     const ssize_t count =
         uninterrupted([&] { return ::read(file.get(), piece.data(), piece.size()); });
