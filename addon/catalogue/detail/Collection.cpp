@@ -104,7 +104,7 @@ class Collector {
       try {
         nameAll(ShardIndex::parse(files_.read(path).value_or(""), path));
       } catch (const BrokenSite&) {
-        // Nobody can read what an old root of this kind names.
+        // What this old root names cannot be read, either.
       }
     }
   }

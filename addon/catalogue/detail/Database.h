@@ -19,7 +19,7 @@ class Database {
  public:
   /// A new file.
   static Database create(const std::string& path);
-  /// One to be changed, which nobody else knows.
+  /// One to be changed, without other users.
   static Database change(const std::string& path);
   static Database read(const std::string& path);
 

@@ -50,7 +50,7 @@ class Intake {
   std::set<VersionKey> gone = {};
   std::set<VersionKey> yanked = {};
 
-  /// Adds a package or refuses it. Throws what is no fault of the package.
+  /// Adds a package or refuses it. Throws for faults that are not those of the package.
   void add(const std::string& path);
   /// The same for one that the site has, "packages/HASH.kraddon".
   void addStored(const std::string& path);

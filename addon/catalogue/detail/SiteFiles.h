@@ -36,7 +36,7 @@ class SiteFiles {
   std::optional<std::string> read(const std::string& path) const;
   /// A file that must be what its name says. Throws BrokenSite.
   std::string read(const FileReference& file) const;
-  /// At most `size` bytes from the beginning; "" if there is no such file.
+  /// At most `size` bytes from the beginning; "" if the file does not exist.
   std::string readStart(const std::string& path, std::size_t size) const;
   /// The SHA-256 of a file; "" if there is none.
   std::string hashOf(const std::string& path) const;

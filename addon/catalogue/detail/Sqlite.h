@@ -52,8 +52,8 @@ class Statement {
 class Connection {
  public:
   enum class Mode {
-    Read,  ///< a file that nobody changes
-    Build  ///< a new file, or one that nobody else knows
+    Read,  ///< a file that does not change
+    Build  ///< a new file, or one without other users
   };
 
   Connection(const std::string& path, Mode mode);

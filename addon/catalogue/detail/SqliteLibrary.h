@@ -26,7 +26,7 @@ struct SqliteLibrary {
   decltype(&::sqlite3_step) step;
 };
 
-/// Throws opc::Exception, with ErrorCode::Unsupported, if there is no such library.
+/// Throws opc::Exception, with ErrorCode::Unsupported, if the library is not installed.
 const SqliteLibrary& sqlite();
 
 }  // namespace addon::catalogue::detail
