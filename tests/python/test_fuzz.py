@@ -16,6 +16,8 @@ def damaged(content, chance):
     """The bytes with some of them changed, cut out, doubled or cut off."""
     data = bytearray(content)
     for _ in range(chance.choice((1, 1, 2, 5, 30))):
+        if not data:
+            break
         place = chance.randrange(len(data))
         # The directory at the end is the most worthwhile.
         if chance.random() < 0.6:
