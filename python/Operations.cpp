@@ -200,9 +200,10 @@ std::string verify(const py::bytes& path, const Texts& ignore, const Texts& erro
   const auto rules = withoutGil({sources.manifestFolder.value_or(sources.policy.value_or(""))},
                                 [&] { return addon::build::rulesOf(sources); });
   std::unique_ptr<opc::interfaces::ITrustAnchors> anchors;
-  for (const auto& [name, content] : certificates) {
-    withoutGil({name},
-               [&] { opc::signatures::xmlSignatures().addAnchors(anchors, name, content); });
+  for (const auto& each : certificates) {
+    withoutGil({each.first}, [&] {
+      opc::signatures::xmlSignatures().addAnchors(anchors, each.first, each.second);
+    });
   }
   return withoutGil({file}, [&] {
     if (file.empty()) throw addon::build::systemError("cannot open package", file, ENOENT);
