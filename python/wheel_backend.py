@@ -117,7 +117,7 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
 
 
 def build_sdist(sdist_directory, config_settings=None):
-    """All files that git tracks, or all but the builds where there is no git."""
+    """All files that git tracks; without git, all files but those of builds."""
     listed = subprocess.run(["git", "ls-files", "-z"], cwd=TOP, capture_output=True, check=False)
     names = [name for name in listed.stdout.decode().split("\0") if (TOP / name).is_file() and name]
     if listed.returncode != 0:

@@ -124,7 +124,7 @@ class SpdxWriter {
     passOn();
   }
 
-  /// The text of each license that SPDX does not list, or its label where there is no text.
+  /// The text of each license that SPDX does not list, or its label if the text is missing.
   void writeReferences() {
     if (materials_.terms.references.empty()) return;
     const packaging::AddonLicense& license = materials_.license;

@@ -18,7 +18,7 @@ using interfaces::XmlSignature;
 
 namespace {
 
-/// Of what is no state yet, a fault; the first one counts.
+/// Records a fault, unless an earlier one is recorded.
 void setFault(XmlSignature& result, SignatureState state, const std::string& reason) {
   if (result.state != SignatureState::Valid) return;
   result.state = state;

@@ -164,6 +164,7 @@ class Inspection {
                                                   process::secondThread()),
                        addon::checks::FindingRules());
     } catch (...) {
+      // The main thread throws it again.
       failure_ = std::current_exception();
     }
   }

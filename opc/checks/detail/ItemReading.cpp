@@ -79,6 +79,7 @@ ItemReading ItemDataReader::readSmall(std::uint32_t entry) noexcept {
       readWhole(entry, reading);
     }
   } catch (...) {
+    // Another thread reports it, in the order of the items.
     reading.failure = std::current_exception();
   }
   readFrame(entry, reading);

@@ -39,8 +39,8 @@ class KnownContents {
   /// Of Size::Alone there is nothing to be found.
   Size sizeOf(std::size_t job) const { return sizes_[job]; }
 
-  /// Finds what `job` holds, or remembers it. Nothing if it is known only from a later job, or if
-  /// there is no room to remember it.
+  /// Finds what `job` holds, or remembers it. Nothing if only a later job has it, or if it
+  /// already remembers as many as it can.
   std::optional<Match> match(std::size_t job, int level, std::uint64_t size,
                              const ContentHash::Value& hash);
 

@@ -17,7 +17,7 @@ UNTIL = datetime.datetime(2040, 1, 1)
 
 @functools.lru_cache(maxsize=None)
 def key(kind="p256", number=0):
-    """"p256" and so on, or "rsa2048" and other sizes; `number` tells keys of a kind apart."""
+    """A key named like "p256" or "rsa2048"; `number` distinguishes keys of one kind."""
     if kind in CURVES:
         return ec.generate_private_key(CURVES[kind]())
     return rsa.generate_private_key(65537, int(kind[3:]))

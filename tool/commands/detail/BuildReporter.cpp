@@ -90,6 +90,7 @@ void BuildReporter::build(const std::function<BuildRequest()>& request, BuildRes
   try {
     isRehearsal ? build.rehearse() : build.run();
   } catch (...) {
+    // The findings of a build that failed are printed, too.
     result = std::move(build.result);
     throw;
   }
