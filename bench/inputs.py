@@ -20,8 +20,10 @@ def random_texts(count):
 
 
 class Inputs:
-    def __init__(self, folder, kraddon, quick):
+    def __init__(self, folder, disk, kraddon, quick):
+        """`folder` may be in memory; `disk` is a folder on a disk, for what depends on it."""
         self.folder = folder
+        self.disk = disk
         self.kraddon = kraddon
         self.host_calls = os.path.join(os.path.dirname(kraddon), "host_calls")
         self.python_package = os.path.join(os.path.dirname(os.path.dirname(kraddon)), "python")

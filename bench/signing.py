@@ -16,14 +16,19 @@ class Signing:
         inputs = self.inputs
         package = inputs.package(inputs.blocks())
         inputs.remove("blocks")
-        copy = inputs.path("copy.kraddon")
-        yield Contest(
-            "sign, %d MB" % (50 if inputs.quick else 300),
-            [self.kraddon, "sign", copy, *inputs.signer()],
+        name = "sign, %d MB" % (50 if inputs.quick else 300)
+        copy = os.path.join(inputs.disk, "copy.kraddon")
+        yield self.contest(name + ", on a disk", package, copy)
+        inputs.remove(copy)
+        yield self.contest(name + ", in memory", package, inputs.path("copy.kraddon"))
+        inputs.remove("copy.kraddon", os.path.basename(package))
+
+    def contest(self, name, package, copy):
+        return Contest(
+            name, [self.kraddon, "sign", copy, *self.inputs.signer()],
             [Peer("kraddon set", [self.kraddon, "set", copy, "license", "type=MIT", "text=terms"],
                   Goal(1.3), own=True)],
             lambda: shutil.copyfile(package, copy))
-        inputs.remove("copy.kraddon", os.path.basename(package))
 
     def small(self):
         inputs = self.inputs
