@@ -63,38 +63,6 @@ std::vector<StoredRelationship> relationshipsIn(const xmlDoc& document) {
   return all;
 }
 
-/// An attribute of the canonical form.
-void append(std::string& xml, std::string_view name, std::string_view value) {
-  xml += ' ';
-  xml += name;
-  xml += "=\"";
-  for (const char c : value) {
-    switch (c) {
-      case '&':
-        xml += "&amp;";
-        break;
-      case '<':
-        xml += "&lt;";
-        break;
-      case '"':
-        xml += "&quot;";
-        break;
-      case '\t':
-        xml += "&#x9;";
-        break;
-      case '\n':
-        xml += "&#xA;";
-        break;
-      case '\r':
-        xml += "&#xD;";
-        break;
-      default:
-        xml += c;
-    }
-  }
-  xml += '"';
-}
-
 bool contains(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
@@ -125,10 +93,10 @@ CanonicalXml selectRelationships(std::string_view xml, const ManifestReference& 
       continue;
     }
     result.bytes += "<Relationship";
-    append(result.bytes, "Id", one.id);
-    append(result.bytes, "Target", one.target);
-    append(result.bytes, "TargetMode", one.mode);
-    append(result.bytes, "Type", one.type);
+    appendAttribute(result.bytes, "Id", one.id);
+    appendAttribute(result.bytes, "Target", one.target);
+    appendAttribute(result.bytes, "TargetMode", one.mode);
+    appendAttribute(result.bytes, "Type", one.type);
     result.bytes += "></Relationship>";
   }
   result.bytes += "</Relationships>";

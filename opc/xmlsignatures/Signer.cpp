@@ -124,24 +124,6 @@ void check(const Identity& identity, const KeyFiles& files, std::int64_t time) {
   }
 }
 
-void appendEscaped(std::string& xml, std::string_view text) {
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        xml += "&amp;";
-        break;
-      case '<':
-        xml += "&lt;";
-        break;
-      case '"':
-        xml += "&quot;";
-        break;
-      default:
-        xml += c;
-    }
-  }
-}
-
 class Signer final : public ISigner {
  public:
   explicit Signer(Identity identity) : identity_(std::move(identity)) {}
@@ -195,9 +177,9 @@ class Signer final : public ISigner {
     }
     xml += "</X509Data></KeyInfo><Object Id=\"" + std::string(kPackageObject) + "\"><Manifest>";
     for (const SignedPart& part : parts) {
-      xml += "<Reference URI=\"";
-      appendEscaped(xml, part.uri);
-      xml += "\">" + digest + toBase64(part.digest) + "</DigestValue></Reference>";
+      xml += "<Reference";
+      appendAttribute(xml, "URI", part.uri);
+      xml += ">" + digest + toBase64(part.digest) + "</DigestValue></Reference>";
     }
     xml += "</Manifest><SignatureProperties><SignatureProperty Id=\"idSignatureTime\" Target=\"#" +
            std::string(kSignatureId) + "\"><mdssi:SignatureTime xmlns:mdssi=\"" +

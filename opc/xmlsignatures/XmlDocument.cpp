@@ -150,4 +150,35 @@ std::string toBase64(std::string_view bytes) {
   return text;
 }
 
+void appendAttribute(std::string& xml, std::string_view name, std::string_view value) {
+  xml += ' ';
+  xml += name;
+  xml += "=\"";
+  for (const char c : value) {
+    switch (c) {
+      case '&':
+        xml += "&amp;";
+        break;
+      case '<':
+        xml += "&lt;";
+        break;
+      case '"':
+        xml += "&quot;";
+        break;
+      case '\t':
+        xml += "&#x9;";
+        break;
+      case '\n':
+        xml += "&#xA;";
+        break;
+      case '\r':
+        xml += "&#xD;";
+        break;
+      default:
+        xml += c;
+    }
+  }
+  xml += '"';
+}
+
 }  // namespace opc::xmlsignatures

@@ -46,4 +46,7 @@ std::string base64Of(const xmlNode* node);
 
 std::string toBase64(std::string_view bytes);
 
+/// Appends ` name="value"` as Canonical XML 1.0 writes an attribute.
+void appendAttribute(std::string& xml, std::string_view name, std::string_view value);
+
 }  // namespace opc::xmlsignatures
