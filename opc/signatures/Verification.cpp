@@ -239,7 +239,7 @@ class Verifier {
     const std::string& first = signature.changed.front();
     const bool isMissing = !signature.missing.empty() && signature.missing.front() == first;
     const std::size_t count = signature.changed.size();
-    return "'" + first + "' " + (isMissing ? "is missing" : "does not fit it") +
+    return "'" + first + "' " + (isMissing ? "is missing" : "does not match it") +
            (count > 1 ? " (the first of " + std::to_string(count) + ")" : "");
   }
 

@@ -66,7 +66,7 @@ void judge(const SignatureDocument& signature, const std::vector<std::string>& p
   judgeSigner(chain, anchors, result);
   result.state = SignatureState::Valid;
   if (!isCoreValid(signature, *key)) {
-    setFault(result, SignatureState::Broken, "its value does not fit what is signed");
+    setFault(result, SignatureState::Broken, "its value does not match what is signed");
   }
   setFault(result, verdict.state, verdict.reason);
 }

@@ -57,8 +57,7 @@ Exception locked(const KeyFiles& files) {
   return files.passphrase == nullptr
              ? unusable("key", files.keyName, "it is encrypted, and no passphrase was given",
                         ErrorCode::NotFound)
-             : unusable("key", files.keyName,
-                        "the passphrase does not fit, or the file is damaged");
+             : unusable("key", files.keyName, "the passphrase is wrong, or the file is damaged");
 }
 
 Key readKey(const KeyFiles& files) {
@@ -111,7 +110,7 @@ void check(const Identity& identity, const KeyFiles& files, std::int64_t time) {
   }
   if (X509_check_private_key(&certificate, identity.key.get()) != 1) {
     throw unusable("key", files.keyName,
-                   "it does not fit the certificate '" + files.certificateName + "'");
+                   "it does not match the certificate '" + files.certificateName + "'");
   }
   if (!isValidAt(certificate, time)) {
     const CertificateInfo info = describe(certificate);

@@ -216,7 +216,7 @@ class Keys(SignTest):
         for key, certificate, why in (
                 ("weak", "weak", "its RSA key has 1024 bits, fewer than 2048"),
                 ("k1", "k1", "the curve of its key is not P-256, P-384 or P-521"),
-                ("rsa", "p256", "it does not fit the certificate"),
+                ("rsa", "p256", "it does not match the certificate"),
                 ("exchange", "exchange", "it is not for signatures"),
                 ("expired", "expired", "it is valid from 2026-01-01T00:00:00Z to "
                                        "2026-02-01T00:00:00Z, but not at 2027-01-15T08:00:00Z")):

@@ -84,7 +84,7 @@ class Attacks(LabCase):
         package = self.lab.package()
         package["/files/b.m"] = package["/files/a.m"] = b"changed"
         _, [signature] = self.signatures(package.bytes())
-        self.assertEqual(signature["reason"], "'/files/a.m' does not fit it (the first of 2)")
+        self.assertEqual(signature["reason"], "'/files/a.m' does not match it (the first of 2)")
         self.assertEqual(signature["changed"], ["/files/a.m", "/files/b.m"])
 
     def test_changes_that_mean_nothing_are_valid(self):

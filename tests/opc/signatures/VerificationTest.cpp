@@ -69,7 +69,7 @@ TEST(Verification, TheFirstChangedPartIsNamed) {
   const Signature found = memory.only();
 
   EXPECT_EQ(found.state, SignatureState::Broken);
-  EXPECT_EQ(found.reason, "'/files/a.m' does not fit it (the first of 2)");
+  EXPECT_EQ(found.reason, "'/files/a.m' does not match it (the first of 2)");
   EXPECT_THAT(found.changed, ElementsAre("/files/a.m", "/files/b%20c.m"));
   EXPECT_EQ(found.covered, 1U);
 }

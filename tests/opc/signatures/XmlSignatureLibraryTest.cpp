@@ -82,6 +82,6 @@ TEST(XmlSignatureLibrary, FilesThatAreNotAsTheyShouldBeAreNamed) {
     FAIL();
   } catch (const opc::Exception& error) {
     EXPECT_STREQ(error.what(),
-                 "cannot use key 'test.key': it does not fit the certificate 'test.pem'");
+                 "cannot use key 'test.key': it does not match the certificate 'test.pem'");
   }
 }
