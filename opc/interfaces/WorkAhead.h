@@ -10,31 +10,45 @@
 #include <mutex>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include "opc/interfaces/Background.h"
 
 namespace opc::interfaces {
 
+/// Neighbouring jobs are done in one go, so that threads seldom meet. Efforts are in bytes.
+struct BatchLimits {
+  std::size_t jobs;             ///< in a batch, at most
+  std::uint64_t effort;         ///< a batch ends when it has so much
+  std::size_t batches;          ///< begun and not yet taken, at most
+  std::uint64_t ahead;          ///< no batch begins while those not yet taken have so much
+  std::uint64_t leastWork = 0;  ///< for less in all, no second thread is used
+};
+
 /// Does numbered jobs in order, with the help of a second thread if one is available. The results
 /// are the same with and without it.
-template <typename Result>
+template <typename Results>
 class WorkAhead {
  public:
-  /// Does one job. What fails belongs into the result: it must not throw. Each thread has its own.
-  using Worker = std::function<Result(std::size_t job)>;
+  /// Does one job and adds what comes of it to the results of its batch. A failure is a result
+  /// too: it must not throw. Each thread has its own.
+  using Worker = std::function<void(std::size_t job, Results& results)>;
   /// Called by the thread that the worker is for. It may throw std::bad_alloc.
   using WorkerMaker = std::function<Worker()>;
-  /// How much work a job is, in bytes.
   using Effort = std::function<std::uint64_t(std::size_t job)>;
+  /// The results of the batch that holds a job, and the place of the job in that batch.
+  struct Taken {
+    Results& results;
+    std::size_t at;
+  };
 
-  /// `starter` may be empty. It is not called for little work.
-  WorkAhead(std::size_t jobs, Effort effort, WorkerMaker makeWorker,
+  /// `starter` may be empty. `Results` has a function reserve(), after which a worker can add so
+  /// many results without memory of the batch.
+  WorkAhead(std::size_t jobs, const BatchLimits& limits, Effort effort, WorkerMaker makeWorker,
             const BackgroundStarter& starter)
       : jobs_(jobs),
+        limits_(limits),
         effort_(std::move(effort)),
-        makeWorker_(std::move(makeWorker)),
-        worker_(makeWorker_()) {
+        makeWorker_(std::move(makeWorker)) {
     if (starter && isMuch()) helper_ = starter([this] { help(); });
   }
 
@@ -49,71 +63,75 @@ class WorkAhead {
   WorkAhead(const WorkAhead&) = delete;
   WorkAhead& operator=(const WorkAhead&) = delete;
 
-  /// The result of the next job. There must be one.
-  Result take() { return helper_ ? takeFromBatch() : worker_(taken_++); }
+  bool hasHelper() const { return helper_ != nullptr; }
+
+  /// The result of the next job, good until the next call. There must be one.
+  Taken take() {
+    if (!worker_) worker_ = makeWorker_();
+    if (helper_) return takeFromBatch();
+    alone_ = Results();
+    worker_(taken_++, alone_);
+    return {alone_, 0};
+  }
 
  private:
-  // Enough that threads seldom meet, and little enough that both end at the same time.
-  static constexpr std::size_t kBatchJobs = 256;
-  static constexpr std::uint64_t kBatchEffort = std::uint64_t{1} << 20;
-  static constexpr std::size_t kMostBatches = 16;  // that are done or being done
-
   struct Batch {
     std::size_t begin = 0;
     std::size_t end = 0;
+    std::uint64_t effort = 0;
     bool isDone = false;
-    std::vector<Result> results;
+    Results results;
   };
 
   bool isMuch() const {
     std::uint64_t effort = 0;
-    for (std::size_t job = 0; job < jobs_ && effort < kBatchEffort; ++job) effort += effort_(job);
-    return effort >= kBatchEffort && jobs_ > 1;
+    for (std::size_t job = 0; job < jobs_ && effort < limits_.leastWork; ++job) {
+      effort += effort_(job);
+    }
+    return effort >= limits_.leastWork && jobs_ > 1;
   }
 
-  Result takeFromBatch() {
+  Taken takeFromBatch() {
     std::unique_lock lock(mutex_);
     if (!batches_.empty() && batches_.front().end == taken_) {
+      ahead_ -= batches_.front().effort;
       batches_.pop_front();
       changed_.notify_all();
     }
     // While the helper is at the job that is wanted, there are others to be done.
     while (batches_.empty() || !batches_.front().isDone) {
       if (Batch* batch = begin(batches_.empty())) {
-        lock.unlock();
-        work(*batch, worker_);
-        lock.lock();
-        finish(*batch);
+        work(*batch, worker_, lock);
       } else {
         changed_.wait(lock);
       }
     }
     Batch& batch = batches_.front();
-    return std::move(batch.results[taken_++ - batch.begin]);
+    return {batch.results, taken_++ - batch.begin};
   }
 
   // The next batch, when there is one and room for it; always when it is wanted at once.
   Batch* begin(bool isWanted) {
-    if (begun_ == jobs_ || (batches_.size() >= kMostBatches && !isWanted)) return nullptr;
+    if (begun_ == jobs_) return nullptr;
+    const bool isFull = ahead_ >= limits_.ahead || batches_.size() >= limits_.batches;
+    if (isFull && !isWanted) return nullptr;
     Batch batch;
     batch.begin = batch.end = begun_;
-    std::uint64_t effort = 0;
     do {
-      effort += effort_(batch.end++);
-    } while (batch.end < jobs_ && batch.end - begun_ < kBatchJobs && effort < kBatchEffort);
+      batch.effort += effort_(batch.end++);
+    } while (batch.end < jobs_ && batch.end - begun_ < limits_.jobs &&
+             batch.effort < limits_.effort);
     batch.results.reserve(batch.end - batch.begin);
     batches_.push_back(std::move(batch));
     begun_ = batches_.back().end;
+    ahead_ += batches_.back().effort;
     return &batches_.back();
   }
 
-  void work(Batch& batch, Worker& worker) const {
-    for (std::size_t job = batch.begin; job < batch.end; ++job) {
-      batch.results.push_back(worker(job));
-    }
-  }
-
-  void finish(Batch& batch) {
+  void work(Batch& batch, Worker& worker, std::unique_lock<std::mutex>& lock) {
+    lock.unlock();
+    for (std::size_t job = batch.begin; job < batch.end; ++job) worker(job, batch.results);
+    lock.lock();
     batch.isDone = true;
     changed_.notify_all();
   }
@@ -124,10 +142,7 @@ class WorkAhead {
       std::unique_lock lock(mutex_);
       while (!isStopped_ && begun_ < jobs_) {
         if (Batch* batch = begin(false)) {
-          lock.unlock();
-          work(*batch, worker);
-          lock.lock();
-          finish(*batch);
+          work(*batch, worker, lock);
         } else {
           changed_.wait(lock);
         }
@@ -138,9 +153,11 @@ class WorkAhead {
   }
 
   std::size_t jobs_;
+  BatchLimits limits_;
   Effort effort_;
   WorkerMaker makeWorker_;
   Worker worker_;
+  Results alone_;
   std::size_t taken_ = 0;
 
   // All from here on only where there is a helper: what works alone locks nothing.
@@ -148,6 +165,7 @@ class WorkAhead {
   std::condition_variable changed_;
   std::deque<Batch> batches_;  // begun and not yet taken, in order
   std::size_t begun_ = 0;      // jobs
+  std::uint64_t ahead_ = 0;    // effort in batches
   bool isStopped_ = false;
   std::unique_ptr<BackgroundTask> helper_;  // last made, first gone
 };

@@ -45,7 +45,7 @@ class ItemDataCheck {
     std::copy_if(order.begin(), order.end(), std::back_inserter(read),
                  [this](std::uint32_t entry) { return isRead(entry); });
     Readings readings(
-        read.size(), [&](std::size_t i) { return effortOf(read[i]); },
+        read.size(), kBatches, [&](std::size_t i) { return effortOf(read[i]); },
         [&] { return readerOf(read); }, reading_.starter);
     reached_ = directory_.entries()[order[0]].headerOffset;
     for (const std::uint32_t entry : order) {
@@ -56,7 +56,14 @@ class ItemDataCheck {
   }
 
  private:
-  using Readings = interfaces::WorkAhead<ItemReading>;
+  using Readings = interfaces::WorkAhead<std::vector<ItemReading>>;
+
+  // Little enough in a batch that both threads end at the same time.
+  static constexpr interfaces::BatchLimits kBatches{.jobs = 256,
+                                                    .effort = std::uint64_t{1} << 20,
+                                                    .batches = 16,
+                                                    .ahead = std::uint64_t{1} << 62,
+                                                    .leastWork = std::uint64_t{1} << 20};
 
   /// What is read, whatever turns out about the items before it.
   bool isRead(std::uint32_t entry) const {
@@ -71,7 +78,9 @@ class ItemDataCheck {
 
   Readings::Worker readerOf(const std::vector<std::uint32_t>& entries) const {
     auto reader = std::make_shared<ItemDataReader>(file_, directory_, reading_);
-    return [reader, &entries](std::size_t i) { return reader->readSmall(entries[i]); };
+    return [reader, &entries](std::size_t i, std::vector<ItemReading>& readings) {
+      readings.push_back(reader->readSmall(entries[i]));
+    };
   }
 
   // Declared sizes can be anything, so their sum is bounded.
@@ -104,7 +113,8 @@ class ItemDataCheck {
       checkGap(item.headerOffset);
       return reach(item.leastEnd(), false);
     }
-    const ItemReading reading = readings.take();
+    const auto [batch, at] = readings.take();
+    const ItemReading reading = std::move(batch[at]);
     checkStart(entry);
     if (states_[entry].isDamaged) return;
     check(entry, reading.isLeft ? readLarge(entry) : reading);

@@ -62,7 +62,7 @@ std::vector<std::string> manyTexts() {
   std::mt19937 random(7);
   std::vector<std::string> texts;
   for (int i = 0; i < 3000; ++i) {
-    std::string text(random() % 20000, 'a');
+    std::string text(random() % 4000, 'a');
     const auto letters = 1 + random() % 255;
     for (char& c : text) c = static_cast<char>(random() % letters);
     texts.push_back(std::move(text));
