@@ -14,9 +14,6 @@ constexpr std::size_t kUnicodePathHead = 5;  // version, checksum of the stored 
 constexpr std::uint16_t kAttributesId = 0x6C78;
 constexpr std::uint16_t kAsiUnixId = 0x756E;
 
-constexpr std::uint32_t kDosLabel = 0x08;
-constexpr std::uint32_t kDosFolder = 0x10;
-
 /// The type in a mode.
 enum class ModeType : std::uint8_t { None = 0, Folder = 4, File = 8, Link = 10 };
 
@@ -125,6 +122,17 @@ MarkFault markFaultOfFields(std::string_view name, Bytes extra) {
     if (!isClear) return MarkFault::ExtraField;
   }
   return MarkFault::None;
+}
+
+bool hasNoFieldOfWeight(Bytes extra) {
+  ExtraFieldWalk walk(extra);
+  while (walk.next()) {
+    const std::uint16_t id = walk.id();
+    const bool hasWeight =
+        id == Zip64Extra::kId || id == kUnicodePathId || id == kAttributesId || id == kAsiUnixId;
+    if (hasWeight) return false;
+  }
+  return !walk.isMalformed();
 }
 
 std::optional<std::string_view> otherUnicodePath(std::string_view name, Bytes extra) {

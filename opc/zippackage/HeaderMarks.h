@@ -13,6 +13,10 @@ namespace opc::zippackage {
 
 // What headers say besides method, sizes and checksum, and other readers act upon.
 
+/// Attributes of DOS.
+inline constexpr std::uint32_t kDosLabel = 0x08;
+inline constexpr std::uint32_t kDosFolder = 0x10;
+
 /// Marks of file, folder or link that contradict each other: of the name, which ends in a slash for
 /// a folder, the attributes, and extra fields.
 enum class MarkFault : std::uint8_t {
@@ -32,6 +36,10 @@ MarkFault markFaultOf(std::string_view name, const CentralHeader& header);
 bool isFolderWithFileMode(std::string_view name, const CentralHeader& header);
 /// Of the fields that hold a mode. For both headers.
 MarkFault markFaultOfFields(std::string_view name, Bytes extra);
+
+/// Whether extra fields are whole, and none of them says anything of name, type or sizes. False as
+/// well for some of which that is true.
+bool hasNoFieldOfWeight(Bytes extra);
 
 /// The path that a Unicode path field gives, when it is not `name`; "" for a malformed field. Valid
 /// as long as `extra`.

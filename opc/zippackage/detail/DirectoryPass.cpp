@@ -51,6 +51,23 @@ bool isPlain(std::string_view name) {
   return isPlainWord(loadTail(next, left) | 'a' * kEachByte << (8 * left));
 }
 
+// A file in whose record nothing is unusual, as in nearly all: what is checked one by one otherwise
+// is checked here at once, and no field that any of the checks reads has a value that it notes.
+bool isOrdinaryFile(const CentralHeader& header, Bytes extra) {
+  constexpr std::uint32_t kRegularFile = 0x80000000;
+  constexpr std::uint32_t kTypes = 0xF0000000 | kDosFolder | kDosLabel;
+  const std::uint32_t type = header.externalAttributes & kTypes;
+  const bool isFile = (type == 0 || type == kRegularFile) && header.madeBy >> 8 != kHostAmiga;
+  const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
+                             header.headerOffset != kElsewhere32 && header.disk == 0 &&
+                             header.commentLength == 0;
+  const bool isReadable = (header.flags & (kAnyEncryption | kReservedFlags)) == 0 &&
+                          isUsualVersion(header.versionNeeded) &&
+                          (header.method == kDeflated ||
+                           (header.method == kStored && header.size == header.packedSize));
+  return isFile && isPlainHeader && isReadable && hasNoFieldOfWeight(extra);
+}
+
 bool isSeparator(char c) {
   return c == '/' || c == '\\';
 }
@@ -76,7 +93,7 @@ void DirectoryPass::readEntries() {
   const auto expected = static_cast<std::size_t>(
       std::min<std::uint64_t>(directory_.location_.entries, bytes.size() / CentralHeader::kSize));
   directory_.entries_.reserve(expected);
-  hashes_.reserve(expected);
+  chains_.emplace(directory_, expected);
   std::size_t at = 0;
   while (at < bytes.size()) {
     const auto header = CentralHeader::decode(bytes.subspan(at));
@@ -106,16 +123,40 @@ void DirectoryPass::readEntry(std::size_t at, const CentralHeader& header) {
   entry.nameLength = header.nameLength;
   entry.flags = header.flags;
   entry.method = header.method;
+  const unsigned char* const nameStart = directory_.bytes_.data() + at + CentralHeader::kSize;
+  const Bytes extra(nameStart + header.nameLength, header.extraLength);
+  const std::string_view name(reinterpret_cast<const char*>(nameStart), header.nameLength);
+  // What a name has in common with the one before has been looked at there.
+  const std::size_t common = commonLength(nameBefore_, name);
+  const std::size_t known = beforeIsPlain_ && common > 0 ? common - 1 : 0;
+  beforeIsPlain_ = !name.empty() && name.back() != '/' && isPlain(name.substr(known));
+  if (!beforeIsPlain_ || !isOrdinaryFile(header, extra)) checkEntry(entry, header);
+  takeName(entry, name, common);
+  nameBefore_ = name;
+}
+
+void DirectoryPass::checkEntry(ZipEntry& entry, const CentralHeader& header) {
   checkExtra();
   readZip64(entry, header);
   checkMethod(entry);
   checkName(entry);
-  const std::string_view name = directory_.name(current_);
-  entry.kind = itemKindOf(name, header);
+  entry.kind = itemKindOf(directory_.name(current_), header);
   checkFields(entry, header);
   checkMarks(entry, header);
   checkDemands(header);
-  hashes_.push_back(keyedHash(name));  // while the name is in the cache
+}
+
+// Names are hashed only if need be, and then while they are in the cache.
+void DirectoryPass::takeName(const ZipEntry& entry, std::string_view name, std::size_t common) {
+  const bool isMapped = entry.mappedName != ZipEntry::kNotMapped;
+  if (chains_ && !isMapped && chains_->add(current_, name, common)) return;
+  if (chains_) {
+    chains_.reset();
+    hashes_.reserve(directory_.entries_.capacity());
+  }
+  for (auto next = static_cast<std::uint32_t>(hashes_.size()); next <= current_; ++next) {
+    hashes_.push_back(keyedHash(directory_.name(next)));
+  }
 }
 
 void DirectoryPass::checkExtra() {
@@ -234,6 +275,10 @@ void DirectoryPass::checkParentSegments(std::string_view name) {
 
 void DirectoryPass::checkDuplicates() {
   constexpr std::uint32_t kAhead = 16;
+  if (chains_ && chains_->areDistinct()) return;
+  for (auto next = hashes_.size(); next < directory_.entries_.size(); ++next) {
+    hashes_.push_back(keyedHash(directory_.name(next)));
+  }
   const auto nameOf = [this](std::uint32_t entry) { return directory_.name(entry); };
   const auto count = static_cast<std::uint32_t>(hashes_.size());
   HashIndex<std::uint32_t> names;
@@ -258,11 +303,12 @@ void DirectoryPass::checkPlaces() {
   auto& order = directory_.physicalOrder_;
   order.resize(entries.size());
   std::iota(order.begin(), order.end(), 0u);
-  const auto isBefore = [&](std::uint32_t a, std::uint32_t b) {
-    return entries[a].headerOffset < entries[b].headerOffset;
+  const auto isBefore = [](const ZipEntry& a, const ZipEntry& b) {
+    return a.headerOffset < b.headerOffset;
   };
-  if (!std::is_sorted(order.begin(), order.end(), isBefore)) {
-    std::sort(order.begin(), order.end(), isBefore);
+  if (!std::is_sorted(entries.begin(), entries.end(), isBefore)) {
+    std::sort(order.begin(), order.end(),
+              [&](std::uint32_t a, std::uint32_t b) { return isBefore(entries[a], entries[b]); });
   }
   const std::uint64_t start =
       order.empty() ? directory_.location_.offset : entries[order[0]].headerOffset;
@@ -276,6 +322,13 @@ void DirectoryPass::checkPlaces() {
 
 void DirectoryPass::checkPlace(std::uint32_t entry, std::uint64_t end) {
   const std::uint64_t start = directory_.entries_[entry].headerOffset;
+  const bool follows = farthest_ != kNoEntry && start >= reached_ &&
+                       start - reached_ <= kMostUnseen && end <= directory_.location_.offset;
+  if (follows) {
+    farthest_ = entry;
+    reached_ = end;
+    return;
+  }
   const std::uint64_t archiveEnd = directory_.location_.archiveEnd;
   if (start >= archiveEnd || end > archiveEnd) {
     noteFor(entry, ZipFaultKind::OutsideFile, end, archiveEnd);

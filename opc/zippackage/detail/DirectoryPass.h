@@ -3,11 +3,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "opc/LargeBlocks.h"
 #include "opc/zippackage/ZipDirectory.h"
+#include "opc/zippackage/detail/NameChains.h"
 
 namespace opc::zippackage::detail {
 
@@ -21,6 +23,8 @@ class DirectoryPass {
  private:
   void readEntries();
   void readEntry(std::size_t at, const CentralHeader& header);
+  void checkEntry(ZipEntry& entry, const CentralHeader& header);
+  void takeName(const ZipEntry& entry, std::string_view name, std::size_t common);
   void checkExtra();
   void checkFields(const ZipEntry& entry, const CentralHeader& header);
   void checkUnicodePath(const ZipEntry& entry, Bytes extra);
@@ -38,8 +42,11 @@ class DirectoryPass {
   void noteFor(std::uint32_t entry, ZipFaultKind kind, std::uint64_t first, std::uint64_t second);
 
   ZipDirectory& directory_;
-  std::vector<std::uint64_t, LargeBlockAllocator<std::uint64_t>> hashes_;  // of the names
+  std::optional<NameChains> chains_;  // as long as the names are in such an order
+  std::vector<std::uint64_t, LargeBlockAllocator<std::uint64_t>> hashes_;  // of the names else
   std::uint32_t current_ = 0;
+  std::string_view nameBefore_;  // as stored
+  bool beforeIsPlain_ = false;
   std::uint32_t farthest_ = kNoEntry;  // the entry that ends last, of those that checkPlace() saw
   std::uint64_t reached_ = 0;          // and where that is
 };
