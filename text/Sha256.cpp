@@ -1,17 +1,27 @@
 // SPDX-License-Identifier: MIT
 #include "text/Sha256.h"
 
-#include <fmt/format.h>
-
 #include <array>
 #include <vector>
 
 namespace text {
 
 std::string Sha256::finish() {
-  std::array<std::uint8_t, SHA256_DIGEST_LENGTH> hash{};
+  std::array<unsigned char, SHA256_DIGEST_LENGTH> hash{};
   ::SHA256_Final(hash.data(), &context_);
-  return fmt::format("{:02x}", fmt::join(hash, ""));
+  return hexadecimal({reinterpret_cast<const char*>(hash.data()), hash.size()});
+}
+
+std::string hexadecimal(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(bytes.size() * 2);
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += kDigits[byte >> 4u];
+    text += kDigits[byte & 15u];
+  }
+  return text;
 }
 
 std::string sha256Of(std::string_view text) {

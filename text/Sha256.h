@@ -31,6 +31,8 @@ class Sha256 {
 };
 
 std::string sha256Of(std::string_view text);
+/// Bytes as digits, in lower case.
+std::string hexadecimal(std::string_view bytes);
 
 /// Of all that is left in the stream. `onRead`, which may be empty, gets the number of bytes of
 /// each read; what it throws ends the work.

@@ -154,23 +154,17 @@ class SiteUpdate {
       stored = detail::storedPackages(files_);
       if (knowsAll) std::erase_if(stored, [&](const auto& path) { return !named_.contains(path); });
     }
-    const std::vector<std::string> given = detail::packagesIn(request_.packages);
-    const std::size_t total = stored.size() + given.size();
+    std::vector<std::string> given = detail::packagesIn(request_.packages);
+    std::vector<detail::PackageSource> sources;
+    for (std::string& path : stored) sources.push_back({std::move(path), true});
+    for (std::string& path : given) sources.push_back({std::move(path), false});
+    const std::size_t total = sources.size();
     if (total > kMostFlushedAlone) files_.setFlushing(SiteFiles::Flushing::Together);
     std::size_t done = 0;
-    const auto count = [&] {
+    intake_->add(sources, [&] {
       if (request_.stop) request_.stop();
       if (request_.progress) request_.progress({done++, total, 0, 0});
-    };
-    for (const std::string& path : stored) {
-      count();
-      intake_->addStored(path);
-    }
-    for (const std::string& path : given) {
-      count();
-      intake_->add(path);
-    }
-    intake_->finish();
+    });
   }
 
   /// The keys of all add-ons that may change, by shard.

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """kraddon index: what a site holds, and how it changes."""
 
+import fcntl
 import json
 import os
 import shutil
@@ -439,6 +440,35 @@ class Search(CatalogueTest):
 
 
 class Together(CatalogueTest):
+
+    def test_one_processor_gives_the_same_as_two(self):
+        packages = [self.addon(f"p{i}.kraddon", f"Kit {i % 9}", "1.0", i % 9, content=str(i))
+                    for i in range(12)]
+        self.write("bad.kraddon", self.path("p4.kraddon").read_bytes()[:-5])
+        words = ["--timestamp", TIME, "--json", "bad.kraddon", *packages, "missing.kraddon"]
+
+        results = [self.run_kraddon("index", site, *words, prefix=prefix) for site, prefix in
+                   (("one", ["taskset", "-c", str(min(os.sched_getaffinity(0)))]), ("two", []))]
+
+        self.assertEqual([result.code for result in results], [1, 1])
+        one, two = ({**result.json, "site": ""} for result in results)
+        self.assertEqual(one, two)
+        self.assertEqual(self.tree_of("one"), self.tree_of("two"))
+        self.assertEqual(len(one["refused"]), 8)  # three pairs, and the two bad ones
+        self.assertEqual(len(self.records("two")), 6)
+
+    def test_messages_about_the_lock_name_the_site(self):
+        self.index(*self.addons(1))
+        lock = open(self.path("site/.root.json.change.tmp"), "wb")
+        self.addCleanup(lock.close)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+
+        result = self.run_kraddon("index", "site", "p0.kraddon", "--lock-timeout", "2")
+
+        self.assertEqual(result.errors.splitlines()[:2], [
+            "kraddon: index: waiting for site 'site': another command is changing it",
+            "kraddon: index: cannot lock site 'site': another command is still changing it after 2 "
+            "seconds"])
 
     def test_the_index_of_words_fits_its_texts_after_changes(self):
         self.index(*self.addons(3))

@@ -206,9 +206,7 @@ UpdateResult update(UpdateRequest& request, const line::Invocation& invocation) 
   const auto anchors = detail::trustAnchorsOf(invocation);
   request.demands = {anchors.get(), invocation.has("require-signature")};
   addon::catalogue::prepareSite(request.site);
-  const std::string root =
-      request.site + (request.site.ends_with('/') ? "root.json" : "/root.json");
-  const process::PackageLock lock = detail::lockPackage(root, invocation);
+  const process::PackageLock lock = detail::lockSite(request.site, invocation);
   report::ProgressBar bar(invocation.settings());
   request.progress = bar.function();
   request.stop = process::Interrupt::check;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <csignal>
 
 namespace tool::process {
@@ -15,7 +16,7 @@ namespace {
 constexpr std::array kSignals{SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGXCPU,
                               SIGALRM, SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF};
 
-volatile std::sig_atomic_t received = 0;
+std::atomic<int> received = 0;  // threads look at it, too
 bool isNoting = false;
 bool isTooLate = false;
 

@@ -26,8 +26,8 @@ std::string placeOf(const std::string& path) {
 
 }  // namespace
 
-PackageLock::PackageLock(const std::string& path, std::chrono::seconds limit,
-                         const std::function<void()>& notify,
+PackageLock::PackageLock(const std::string& path, const Subject& subject,
+                         std::chrono::seconds limit, const std::function<void()>& notify,
                          const opc::interfaces::StopFunction& check) {
   const std::string place = path.empty() ? std::string() : placeOf(path);
   if (place.empty()) return;
@@ -41,13 +41,14 @@ PackageLock::PackageLock(const std::string& path, std::chrono::seconds limit,
   lock_.take(place, opc::LockFile::Kind::Change, limit, waiting);
   switch (lock_.state()) {
     case opc::LockFile::State::Busy:
-      throw Failure(sentence("cannot lock package", path,
+      throw Failure(sentence("cannot lock " + subject.kind, subject.name,
                              fmt::format("another command is still changing it after {} {}",
                                          limit.count(), limit == 1s ? "second" : "seconds")),
                     "--lock-timeout SECONDS waits longer");
     case opc::LockFile::State::Closed: {
       Failure failure = systemFailure("cannot open lock file", lock_.path(), lock_.number());
-      throw Failure(failure.what(), "remove it if no other command is changing the package");
+      throw Failure(failure.what(),
+                    "remove it if no other command is changing the " + subject.kind);
     }
     default:
       break;

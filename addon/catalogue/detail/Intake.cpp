@@ -4,37 +4,18 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 
 #include "addon/catalogue/SitePaths.h"
-#include "addon/catalogue/detail/PackageRecord.h"
 #include "addon/catalogue/detail/Pages.h"
-#include "addon/checks/AddonVerification.h"
-#include "opc/SystemPath.h"
-#include "text/ByteCount.h"
+#include "opc/interfaces/WorkAhead.h"
 
 namespace addon::catalogue::detail {
 
-using checks::PackageVerdict;
-using packaging::AddonPackage;
-
 namespace {
 
-/// Findings of one refused package that are kept.
-constexpr std::size_t kMostFindings = 100;
-
-void open(AddonPackage& package) {
-  package.logicalPackage().open(opc::interfaces::OpenMode::Read);
-}
-
-/// The message with the path that the user gave, not that of a copy.
-std::string messageOf(const opc::Exception& error, const std::string& path,
-                      const std::string& file) {
-  std::string message = error.what();
-  if (const std::size_t found = message.find(path); found != std::string::npos) {
-    message.replace(found, path.size(), file);
-  }
-  return message;
-}
+/// One by one, and few ahead: each has open files, and its directory in memory.
+constexpr opc::interfaces::BatchLimits kLimits{.jobs = 1, .effort = 1, .batches = 6, .ahead = 6};
 
 }  // namespace
 
@@ -42,105 +23,55 @@ Intake::Intake(const UpdateRequest& request, SiteFiles& files, const SiteState& 
                std::uint64_t sequence)
     : request_(request), files_(files), old_(old), sequence_(sequence), spool_(files.folder()) {}
 
-void Intake::refuse(const std::string& path, std::string reason, PackageVerdict verdict) {
-  verdict.file = path;
-  verdict.findings.resize(std::min(verdict.findings.size(), kMostFindings));
-  refused_.push_back({std::move(reason), std::move(verdict)});
-}
-
-void Intake::add(const std::string& path) {
-  std::optional<PackageFile> package;
-  try {
-    package.emplace(files_, path, request_.stop);
-  } catch (const opc::Exception& error) {
-    return refuse(path, error.what());
+void Intake::add(const std::vector<PackageSource>& sources, const std::function<void()>& onEach) {
+  const bool isSingle = sources.size() == 1;
+  const Examiner examiner(
+      request_, files_, [this](const VersionKey& name) { return hashOf(name); },
+      isSingle ? request_.starter : nullptr);
+  using Examinations = std::vector<Examination>;
+  opc::interfaces::WorkAhead<Examinations> ahead(
+      sources.size(), kLimits, [](std::size_t) { return 1; },
+      [&] {
+        return [&](std::size_t i, Examinations& results) {
+          results.push_back(examiner.examine(sources[i]));
+        };
+      },
+      request_.starter);
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    onEach();
+    const auto [results, at] = ahead.take();
+    addExamined(results[at]);
   }
-  package->bring(request_.isLinking);
-  addPackage(path, *package);
+  finish();
 }
 
-void Intake::addStored(const std::string& path) {
-  PackageFile package(files_, files_.onDisk(path), request_.stop);
-  if (package.place() != path) {
-    return refuse(files_.onDisk(path), "it is not what its name says");
-  }
-  package.bring(false);
-  addPackage(files_.onDisk(path), package);
+void Intake::addExamined(Examination& examined) {
+  if (examined.failure) std::rethrow_exception(examined.failure);
+  if (examined.refusal) refused_.push_back(*std::move(examined.refusal));
+  if (!examined.record) return;
+  const VersionKey name{keyOf(examined.record->guid), examined.record->version};
+  if (!isAlone(examined.file, name, *examined.record)) return;
+  examined.stored->putInPlace();
+  take(examined, name);
 }
 
-void Intake::addPackage(const std::string& file, PackageFile& stored) {
-  if (stored.isStored() && isUnchanged(stored)) return;
-  const std::string path = stored.path();
-  AddonPackage package(opc::SystemPath{path});
-  std::optional<Record> record = examine(file, stored.sha256(), package, path);
-  if (!record) return;
-  const VersionKey name{keyOf(record->guid), record->version};
-  if (!isAlone(file, name, *record)) return;
-  stored.putInPlace();
-  take(file, name, *record, package);
+void Intake::refuse(const std::string& file, std::string reason) {
+  refused_.push_back(refusalOf(file, std::move(reason)));
 }
 
-bool Intake::isUnchanged(const PackageFile& stored) const {
-  try {
-    AddonPackage package(opc::SystemPath{stored.path()});
-    open(package);
-    Record record;
-    readIdentity(package, record);
-    const auto old = oldRecord({keyOf(record.guid), record.version});
-    return old && old->sha256 == stored.sha256();
-  } catch (const BrokenSite&) {
-    throw;
-  } catch (const opc::Exception&) {
-    return false;  // The checks will say why.
-  }
-}
-
-std::optional<Record> Intake::examine(const std::string& file, const std::string& sha256,
-                                      AddonPackage& package, const std::string& path) {
-  try {
-    try {
-      open(package);
-    } catch (const opc::FormatError&) {
-      // Its findings say more.
-    }
-    if (package.logicalPackage().isOpen()) {
-      if (std::string why = whyTooLarge(package); !why.empty()) {
-        refuse(file, std::move(why));
-        return std::nullopt;
-      }
-    }
-    if (!verify(file, path)) return std::nullopt;
-    return describe(package, sha256, request_.stop);
-  } catch (const opc::Exception& error) {
-    refuse(file, messageOf(error, path, file));
-    return std::nullopt;
-  }
-}
-
-bool Intake::verify(const std::string& file, const std::string& path) {
-  const auto stop = [&](const opc::interfaces::Progress&) {
-    if (request_.stop) request_.stop();
-  };
-  const auto report = checks::verifyAddon(path, stop, request_.demands, request_.starter);
-  PackageVerdict verdict = checks::judge(file, report, checks::FindingRules());
-  if (verdict.isGood(false)) return true;
-  std::string reason = "it has " + text::counted(verdict.errors, "error");
-  refuse(file, std::move(reason), std::move(verdict));
-  return false;
-}
-
-std::optional<Record> Intake::oldRecord(const VersionKey& name) const {
-  if (gone.contains(name)) return std::nullopt;
+std::string Intake::hashOf(const VersionKey& name) {
+  if (gone.contains(name)) return {};
+  const std::lock_guard lock(mutex_);
   for (Record& record : old_.records(name.key)) {
-    if (record.version == name.version) return std::move(record);
+    if (record.version == name.version) return std::move(record.sha256);
   }
-  return std::nullopt;
+  return {};
 }
 
 bool Intake::isAlone(const std::string& file, const VersionKey& name, const Record& record) {
   const std::string title = fmt::format("version {} of '{}'", record.version, record.name);
-  if (const auto old = oldRecord(name)) {
-    if (old->sha256 == record.sha256) return false;  // It is the same.
+  if (const std::string old = hashOf(name); !old.empty()) {
+    if (old == record.sha256) return false;  // It is the same.
     refuse(file, fmt::format("the site has another package with {}", title));
     return false;
   }
@@ -152,15 +83,15 @@ bool Intake::isAlone(const std::string& file, const VersionKey& name, const Reco
   return false;
 }
 
-void Intake::take(const std::string& file, const VersionKey& name, Record& record,
-                  AddonPackage& package) {
+void Intake::take(Examination& examined, const VersionKey& name) {
+  Record& record = *examined.record;
   record.isYanked = yanked.contains(name);
-  writeScreenshot(files_, package, record);
-  Candidate candidate{file, record.sha256};
+  writeScreenshot(files_, *examined.package, record);
+  Candidate candidate{examined.file, record.sha256};
   // A page that the old root names belongs to its package until the new root is in place.
   candidate.isPageMissing =
       gone.contains(name) && files_.exists(record.page) && !isPageOf(files_, record);
-  if (!candidate.isPageMissing) writePage(files_, package, record, sequence_);
+  if (!candidate.isPageMissing) writePage(files_, *examined.package, record, sequence_);
   candidate.line = spool_.add(toLine(record));
   candidates_.emplace(name, std::move(candidate));
 }

@@ -1,36 +1,26 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
-#include <optional>
+#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "addon/catalogue/SiteUpdate.h"
-#include "addon/catalogue/detail/PackageFile.h"
+#include "addon/catalogue/detail/Examiner.h"
 #include "addon/catalogue/detail/RecordSpool.h"
 #include "addon/catalogue/detail/SiteFiles.h"
 #include "addon/catalogue/detail/SiteState.h"
-#include "addon/packaging/AddonPackage.h"
+#include "addon/catalogue/detail/VersionKey.h"
 
 namespace addon::catalogue::detail {
 
-/// A version, as it is compared.
-struct VersionKey {
-  std::string key;
-  std::string version;
-
-  bool operator==(const VersionKey&) const = default;
-  bool operator<(const VersionKey& other) const {
-    return key != other.key ? key < other.key : version < other.version;
-  }
-};
-
-/// Takes packages into the site: verifies the bytes that the site will have, and writes what only a
-/// new root will name.
+/// Takes packages into the site, as they were examined, and writes what only a new root will name.
 class Intake {
  public:
   /// A version that is to be added.
@@ -50,34 +40,29 @@ class Intake {
   std::set<VersionKey> gone = {};
   std::set<VersionKey> yanked = {};
 
-  /// Adds a package or refuses it. Throws for faults that are not those of the package.
-  void add(const std::string& path);
-  /// The same for one that the site has, "packages/HASH.kraddon".
-  void addStored(const std::string& path);
-  /// Takes back what is doubtful.
-  void finish();
+  /// Adds these packages or refuses them, one after the other, while a second thread may examine
+  /// the next ones. `onEach`, which may throw, is called before each of them. Throws for faults
+  /// that are not those of a package.
+  void add(const std::vector<PackageSource>& sources, const std::function<void()>& onEach);
 
   const std::map<VersionKey, Candidate>& candidates() const { return candidates_; }
   const RecordSpool& spool() const { return spool_; }
   std::vector<Refusal> takeRefused() { return std::move(refused_); }
 
  private:
-  void refuse(const std::string& path, std::string reason, checks::PackageVerdict verdict = {});
-  void addPackage(const std::string& file, PackageFile& package);
-  /// Returns nothing, after it has refused the package, unless it is good.
-  std::optional<Record> examine(const std::string& file, const std::string& sha256,
-                                packaging::AddonPackage& package, const std::string& path);
-  bool verify(const std::string& file, const std::string& path);
-  bool isUnchanged(const PackageFile& package) const;
-  std::optional<Record> oldRecord(const VersionKey& name) const;
+  void addExamined(Examination& examined);
+  std::string hashOf(const VersionKey& name);
   /// Whether it is the only one of its version.
   bool isAlone(const std::string& file, const VersionKey& name, const Record& record);
-  void take(const std::string& file, const VersionKey& name, Record& record,
-            packaging::AddonPackage& package);
+  void take(Examination& examined, const VersionKey& name);
+  void refuse(const std::string& file, std::string reason);
+  /// Takes back what is doubtful.
+  void finish();
 
   const UpdateRequest& request_;
   SiteFiles& files_;
-  const SiteState& old_;
+  const SiteState& old_;  // under the mutex
+  std::mutex mutex_;
   std::uint64_t sequence_;
   RecordSpool spool_;
   std::map<VersionKey, Candidate> candidates_;

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -19,9 +22,11 @@
 #include "opc/plservices/W3cDateTime.h"
 #include "opc/signatures/Verification.h"
 #include "text/ByteCount.h"
+#include "text/Sha256.h"
 
 namespace addon::catalogue::detail {
 
+using opc::signatures::ItemDigests;
 using packaging::AddonPackage;
 
 namespace {
@@ -71,6 +76,26 @@ void readProperties(AddonPackage& package, Record& record) {
   record.organization = utf8(properties.authorOrganization);
 }
 
+/// The digest of the content, for which nothing is read again.
+std::string digestOf(AddonPackage& package, const std::vector<comparison::Item>& items,
+                     const ItemDigests& digests, const opc::interfaces::StopFunction& stop) {
+  const auto& container = package.logicalPackage().physical();
+  std::unordered_map<std::string_view, opc::interfaces::ItemIndex> indexes;
+  for (std::size_t i = 0; i < container.itemCount(); ++i) {
+    indexes.emplace(container.itemName(i), i);
+  }
+  const auto hash = [&](const comparison::Item& file, const auto& onRead) {
+    const auto found = indexes.find(file.info.itemName);
+    const auto digest = found == indexes.end() ? std::nullopt : digests.find(found->second);
+    if (!digest) return text::sha256Of(*comparison::openItem(package, file), onRead);
+    return text::hexadecimal(*digest);
+  };
+  const auto check = [&](const opc::interfaces::Progress&) {
+    if (stop) stop();
+  };
+  return comparison::contentDigest(package, items, check, hash);
+}
+
 void requireShort(const Record& record) {
   const std::size_t size = toLine(record).size();
   if (size <= kLongestRecord) return;
@@ -105,7 +130,7 @@ void readIdentity(AddonPackage& package, Record& record) {
   record.version = utf8(properties.version);
 }
 
-Record describe(AddonPackage& package, std::string_view sha256,
+Record describe(AddonPackage& package, std::string_view sha256, const ItemDigests& digests,
                 const opc::interfaces::StopFunction& stop) {
   Record record;
   readProperties(package, record);
@@ -130,9 +155,7 @@ Record describe(AddonPackage& package, std::string_view sha256,
   record.files = totals.files;
   record.folders = totals.folders;
   record.bytes = totals.bytes;
-  record.digest = comparison::contentDigest(package, items, [&](const auto&) {
-    if (stop) stop();
-  });
+  record.digest = digestOf(package, items, digests, stop);
   record.signers = signersOf(package);
   record.package = hashedPath(kPackageFolder, sha256, packaging::kPackageExtension);
   record.page = pageFolder(record.guid, record.version) + "/index.html";

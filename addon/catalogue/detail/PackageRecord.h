@@ -7,6 +7,7 @@
 #include "addon/catalogue/Record.h"
 #include "addon/packaging/AddonPackage.h"
 #include "opc/interfaces/Progress.h"
+#include "opc/signatures/ItemDigests.h"
 
 namespace addon::catalogue::detail {
 
@@ -14,9 +15,11 @@ namespace addon::catalogue::detail {
 /// opc::Exception if the package is not open.
 std::string whyTooLarge(packaging::AddonPackage& package);
 
-/// What a record says of an open package that `verify` has passed, without the screenshot. `stop`
-/// may be empty. Throws opc::Exception, also for a record that would be too long.
+/// What a record says of an open package that `verify` has passed, without the screenshot.
+/// `digests` are those of its items, as far as they are known; `stop` may be empty. Throws
+/// opc::Exception, also for a record that would be too long.
 Record describe(packaging::AddonPackage& package, std::string_view sha256,
+                const opc::signatures::ItemDigests& digests,
                 const opc::interfaces::StopFunction& stop);
 
 /// The GUID and version alone.

@@ -148,7 +148,9 @@ std::string SiteFiles::hashOf(const std::string& path) const {
 }
 
 void SiteFiles::noteFolderOf(const std::string& path) {
-  if (flushing_ == Flushing::Each) folders_.insert(parentOf(path));
+  if (flushing_ == Flushing::Together) return;
+  const std::lock_guard lock(mutex_);
+  folders_.insert(parentOf(path));
 }
 
 void SiteFiles::makeFolder(const std::string& path) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,7 +15,7 @@
 namespace addon::catalogue::detail {
 
 /// The files of a site. Paths are relative to it. All functions throw opc::SystemError that names
-/// the file.
+/// the file. Threads may read and make folders at the same time.
 class SiteFiles {
  public:
   /// How what is written comes to the disk: each file by itself, or, for thousands, the whole file
@@ -70,6 +71,7 @@ class SiteFiles {
   std::string folder_;
   opc::FileDescriptor descriptor_;
   Flushing flushing_ = Flushing::Each;
+  std::mutex mutex_;
   std::set<std::string> folders_;  // that name something new
 };
 

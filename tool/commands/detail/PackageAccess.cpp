@@ -53,6 +53,20 @@ std::optional<std::int64_t> sourceDateEpoch() {
   return seconds;
 }
 
+process::PackageLock lock(const std::string& path, const process::PackageLock::Subject& subject,
+                          const line::Invocation& invocation) {
+  constexpr std::int64_t kUsual = 60;
+  constexpr std::int64_t kLongest = 1'000'000;
+  const std::chrono::seconds limit(
+      invocation.number(kLockTimeoutOption.longName, 0, kLongest).value_or(kUsual));
+  if (!process::Interrupt::isDeferred()) process::Interrupt::defer();
+  return {path, subject, limit, [&] {
+            report::printNotice(invocation,
+                                process::sentence("waiting for " + subject.kind, subject.name,
+                                                  "another command is changing it"));
+          }};
+}
+
 /// What any change to the package will lose.
 std::string describeLosses(opc::model::Package& package, const std::string& path,
                            const ReviewRules& rules, const line::Invocation& invocation) {
@@ -120,15 +134,12 @@ opc::zippackage::WriteOptions writeOptionsOf(const line::Invocation& invocation)
 }
 
 process::PackageLock lockPackage(const std::string& path, const line::Invocation& invocation) {
-  constexpr std::int64_t kUsual = 60;
-  constexpr std::int64_t kLongest = 1'000'000;
-  const std::chrono::seconds limit(
-      invocation.number(kLockTimeoutOption.longName, 0, kLongest).value_or(kUsual));
-  if (!process::Interrupt::isDeferred()) process::Interrupt::defer();
-  return process::PackageLock(path, limit, [&] {
-    report::printNotice(invocation, process::sentence("waiting for package", path,
-                                                      "another command is changing it"));
-  });
+  return lock(path, {"package", path}, invocation);
+}
+
+process::PackageLock lockSite(const std::string& folder, const line::Invocation& invocation) {
+  return lock(folder + (folder.ends_with('/') ? "root.json" : "/root.json"), {"site", folder},
+              invocation);
 }
 
 void warnOfForeign(AddonPackage& package, const std::string& path,

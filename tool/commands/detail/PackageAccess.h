@@ -30,6 +30,8 @@ std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
 /// Locks the package at `path` against other commands, and waits for as long as --lock-timeout
 /// says. Defers signals (Interrupt::defer), so that an interrupt ends the wait cleanly.
 process::PackageLock lockPackage(const std::string& path, const line::Invocation& invocation);
+/// The same for a site, by its root, which need not exist.
+process::PackageLock lockSite(const std::string& folder, const line::Invocation& invocation);
 
 /// Warns, unless --quiet is set, if a package without files is not an add-on either.
 void warnOfForeign(AddonPackage& package, const std::string& path,
