@@ -13,6 +13,7 @@
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
 #include "fuzz/Require.h"
+#include "hostarray/standin/CallScope.h"
 #include "hostarray/standin/testing.h"
 #include "opc/Text.h"
 #include "opc/model/XercesHelper.h"

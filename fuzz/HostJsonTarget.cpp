@@ -7,6 +7,7 @@
 
 #include "fuzz/Require.h"
 #include "hostarray/matrix.h"
+#include "hostarray/standin/CallScope.h"
 #include "hostarray/standin/testing.h"
 #include "tool/json/HostJson.h"
 

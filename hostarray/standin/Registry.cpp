@@ -3,6 +3,7 @@
 
 #include "hostarray/standin/Array.h"
 #include "hostarray/standin/Raise.h"
+#include "hostarray/standin/testing.h"
 
 namespace hostarray::standin {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "hostarray/kxarray.h"
-#include "hostarray/standin/testing.h"
+#include "hostarray/standin/CallScope.h"
 
 namespace hostarray::standin {
 

@@ -9,7 +9,6 @@
 #include <thread>
 #include <vector>
 
-#include "hostarray/standin/testing.h"
 #include "tests/gateway/DocumentSlots.h"
 #include "tests/gateway/GatewayFixture.h"
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostarray/kxarray.h"
+#include "hostarray/standin/CallScope.h"
 #include "hostarray/standin/testing.h"
 #include "tests/hostarray/HostErrors.h"
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "hostarray/matrix.h"
-#include "hostarray/standin/testing.h"
+#include "hostarray/standin/CallScope.h"
 #include "tests/hostarray/HostErrors.h"
 
 using hostarray::standin::CallScope;

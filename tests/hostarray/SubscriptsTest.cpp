@@ -8,6 +8,7 @@
 
 #include "hostarray/kxarray.h"
 #include "hostarray/matrix.h"
+#include "hostarray/standin/CallScope.h"
 #include "hostarray/standin/testing.h"
 #include "tests/hostarray/HostErrors.h"
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "hostarray/matrix.h"
-#include "hostarray/standin/testing.h"
+#include "hostarray/standin/CallScope.h"
 #include "tests/support/Paths.h"
 
 namespace test {

@@ -8,7 +8,7 @@
 
 #include "addon/build/TreeWalk.h"
 #include "hostarray/matrix.h"
-#include "hostarray/standin/testing.h"
+#include "hostarray/standin/CallScope.h"
 #include "opc/Text.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/Gateways.h"

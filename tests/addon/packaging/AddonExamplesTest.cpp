@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "hostarray/standin/testing.h"
+#include "hostarray/standin/CallScope.h"
 #include "tests/addon/packaging/DocumentXml.h"
 #include "tests/support/HostValues.h"
 

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "hostarray/matrix.h"
-#include "hostarray/standin/testing.h"
 #include "tests/addon/packaging/DocumentXml.h"
 #include "tests/support/GatewayCaller.h"
 

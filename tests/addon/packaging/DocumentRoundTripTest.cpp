@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include "hostarray/standin/testing.h"
+#include "hostarray/standin/CallScope.h"
 #include "tests/addon/packaging/DocumentGenerators.h"
 #include "tests/support/HostValues.h"
 

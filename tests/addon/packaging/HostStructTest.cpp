@@ -9,6 +9,7 @@
 
 #include "addon/packaging/DocumentTable.h"
 #include "hostarray/matrix.h"
+#include "hostarray/standin/CallScope.h"
 #include "hostarray/standin/testing.h"
 
 using namespace addon::packaging;
