@@ -12,6 +12,53 @@ import time
 
 PATIENCE = 90  # seconds for one answer
 
+# For every text that shows: its colour and what it stands on, as the browser computed them.
+CONTRASTS = """(() => {
+  const parse = color => color.match(/[0-9.]+/g).map(Number);
+  const light = ([r, g, b]) => {
+    const part = v => (v /= 255) <= 0.03928 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4;
+    return 0.2126 * part(r) + 0.7152 * part(g) + 0.0722 * part(b);
+  };
+  const over = (top, below) => {
+    const a = top.length > 3 ? top[3] : 1;
+    return [0, 1, 2].map(i => top[i] * a + below[i] * (1 - a));
+  };
+  const background = element => {
+    for (let e = element; e; e = e.parentElement) {
+      const rect = e.tagName === 'svg' && e.querySelector(':scope > rect');
+      const fill = rect && getComputedStyle(rect).fill;
+      if (fill && fill !== 'none') return parse(fill);
+      const color = parse(getComputedStyle(e).backgroundColor);
+      if (color.length < 4 || color[3] > 0) return color;
+    }
+    return [255, 255, 255];
+  };
+  const worst = [];
+  const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
+  while (walker.nextNode()) {
+    const element = walker.currentNode.parentElement;
+    if (!walker.currentNode.data.trim() || !element.getClientRects().length) continue;
+    if (element.closest('title')) continue;
+    const style = getComputedStyle(element);
+    const isDrawn = element.tagName === 'text';
+    const back = background(element);
+    const ink = parse(isDrawn ? style.fill : style.color).slice(0, 3);
+    if (isDrawn) ink.push(Number(style.fillOpacity));
+    const pair = [light(over(ink, back)), light(back)].sort((a, b) => b - a);
+    worst.push([(pair[0] + 0.05) / (pair[1] + 0.05), walker.currentNode.data.slice(0, 40)]);
+  }
+  return worst.sort((a, b) => a[0] - b[0]);
+})()"""
+
+WIDTH = "Math.max(document.documentElement.scrollWidth, document.body.scrollWidth)"
+# What sticks out of the window, unless it scrolls by itself.
+OUTSIDE = """[...document.body.querySelectorAll('*:not(.skip)')]
+    .filter(each => !each.closest('.wide, pre, svg, .tree')
+                    && each.getBoundingClientRect().right > innerWidth + 0.5)
+    .map(each => each.outerHTML.slice(0, 80))"""
+HEADINGS = """[...document.querySelectorAll('h1,h2,h3,h4,h5,h6')]
+              .map(each => [Number(each.tagName[1]), each.textContent])"""
+
 
 class Browser:
     """One process of its own, with a profile that goes away with it. Use it in a with."""
@@ -86,7 +133,7 @@ class Browser:
 
     def open(self, path, width=1280, height=900, scheme="light", scripts=True,
              has_policy=True):
-        """Shows a file in a fresh tab. Without `has_policy` the page's own policy is ignored."""
+        """Shows a file, or a web address, in a fresh tab. Without `has_policy` the page's own policy is ignored."""
         self._session = None
         target = self.call("Target.createTarget", url="about:blank")["targetId"]
         self._session = self.call("Target.attachToTarget", targetId=target,
@@ -99,7 +146,8 @@ class Browser:
         self.resize(width, height)
         self.call("Emulation.setEmulatedMedia",
                   features=[{"name": "prefers-color-scheme", "value": scheme}])
-        self.call("Page.navigate", url=f"file://{os.path.abspath(path)}")
+        is_address = str(path).startswith("http:")
+        self.call("Page.navigate", url=path if is_address else f"file://{os.path.abspath(path)}")
         while not any(event["method"] == "Page.loadEventFired" for event in self.events):
             self._read()
 
@@ -116,6 +164,23 @@ class Browser:
         if "exceptionDetails" in answer:
             raise RuntimeError(answer["exceptionDetails"])
         return answer["result"].get("value")
+
+    def wait(self, expression):
+        """Until it holds."""
+        end = time.monotonic() + PATIENCE
+        while not self.evaluate(expression):
+            if time.monotonic() > end:
+                raise TimeoutError(expression)
+            time.sleep(0.02)
+
+    def type(self, text):
+        self.call("Input.insertText", text=text)
+
+    def press(self, key, code):
+        for kind in ("keyDown", "keyUp"):
+            text = {"text": key} if kind == "keyDown" and len(key) == 1 else {}
+            self.call("Input.dispatchKeyEvent", type=kind, key=key, windowsVirtualKeyCode=code,
+                      **text)
 
     def image(self):
         """The whole page as PNG."""
