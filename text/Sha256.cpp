@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "text/Sha256.h"
 
-#include <array>
 #include <vector>
 
 namespace text {
 
-std::string Sha256::finish() {
-  std::array<unsigned char, SHA256_DIGEST_LENGTH> hash{};
+Sha256::Bytes Sha256::finishBytes() {
+  Bytes hash{};
   ::SHA256_Final(hash.data(), &context_);
+  return hash;
+}
+
+std::string Sha256::finish() {
+  const Bytes hash = finishBytes();
   return hexadecimal({reinterpret_cast<const char*>(hash.data()), hash.size()});
 }
 

@@ -3,6 +3,7 @@
 
 #include <openssl/sha.h>
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -23,7 +24,10 @@ class Sha256 {
   void update(std::string_view text) {
     update(reinterpret_cast<const unsigned char*>(text.data()), text.size());
   }
-  /// The hash in hexadecimal, lower case. Once only.
+  using Bytes = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
+  /// The hash. Once only.
+  Bytes finishBytes();
+  /// The same in hexadecimal, lower case.
   std::string finish();
 
  private:

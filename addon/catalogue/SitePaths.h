@@ -13,6 +13,7 @@ inline constexpr std::string_view kShardFolder = "shards";
 inline constexpr std::string_view kPackageFolder = "packages";
 inline constexpr std::string_view kPageFolder = "pages";
 inline constexpr std::string_view kFrontPage = "index.html";
+inline constexpr std::string_view kTerms = "terms.js";
 inline constexpr std::string_view kDatabase = "catalogue.sqlite";
 inline constexpr std::string_view kRecordLines = "records.ndjson";
 inline constexpr std::string_view kJsonExtension = ".json";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -15,16 +16,25 @@ struct Card {
   std::string summary;
   std::string author;
   std::string organization;
+  std::string license;
   std::string modified;  ///< "2026-02-01T10:00:00Z"; may be ""
   std::string page;
   std::string screenshot;  ///< "" if it has none
 };
 
-/// Calls its argument for each add-on, in the order of the page.
-using VisitCards = std::function<void(const std::function<void(const Card&)>&)>;
+/// A list of add-ons.
+struct FrontPage {
+  std::uint64_t sequence = 0;  ///< of the site; the page uses terms of the same one only
+  std::uint64_t addons = 0;    ///< how many cards there are
+  /// Calls its argument for each add-on, in the order of the page.
+  std::function<void(const std::function<void(const Card&)>&)> visit;
+};
 
-/// Writes a page that lists add-ons: one HTML document that needs nothing but the screenshots. The
-/// same cards always give the same bytes. Exceptions of `sink` and `visit` are passed on.
-void writeFrontPage(const VisitCards& visit, const std::function<void(std::string_view)>& sink);
+/// Writes a page that lists add-ons, and `terms.js` for its search: a script that calls
+/// `kraddonTerms(SEQUENCE, TEXT)`, with a line of words for each add-on in the order of the page.
+/// The page loads nothing but that script, when somebody searches, and the screenshots. The same
+/// list always gives the same bytes. Exceptions of the sinks and of `visit` are passed on.
+void writeFrontPage(const FrontPage& list, const std::function<void(std::string_view)>& page,
+                    const std::function<void(std::string_view)>& terms);
 
 }  // namespace addon::gallery

@@ -111,8 +111,8 @@ void writeHead(detail::HtmlWriter& html, const Page& page) {
   html.element("title", version.empty() ? page.name : page.name + " " + version);
   html.newLine();
   std::string sheet;
-  for (const auto part :
-       {detail::kPageStyle, detail::kSectionsStyle, detail::kFilesStyle, detail::kMediaStyle})
+  for (const auto part : {detail::kPageStyle, detail::kCardsStyle, detail::kSectionsStyle,
+                          detail::kFilesStyle, detail::kMediaStyle})
     sheet += part;
   html.style(sheet);
 }

@@ -18,14 +18,15 @@ HASHED = re.compile(r"(?:index|shards|packages|pages/[^/]+/[^/]+)/([0-9a-f]{64})
 
 class CatalogueTest(kraddontest.CliTest):
 
-    def addon(self, file, name="Wave Tools", version="1.0", number=1, *words, content="x"):
+    def addon(self, file, name="Wave Tools", version="1.0", number=1, *words, content="x",
+              summary=None, author="Ada Lind"):
         """Makes a package, and returns its name."""
         source = self.path(f"{file}.src")
         source.mkdir(parents=True, exist_ok=True)
         (source / "a.m").write_text(content)
         self.path(file).parent.mkdir(parents=True, exist_ok=True)
         self.ok("create", file, f"{file}.src", "--name", name, "--version", version, "--guid",
-                GUID.format(number), "--summary", f"Summary of {name}", "--author", "Ada Lind",
+                GUID.format(number), "--summary", f"Summary of {name}" if summary is None else summary, "--author", author,
                 "--timestamp", TIME, "--quiet", *words)
         return file
 
@@ -89,6 +90,7 @@ class CatalogueTest(kraddontest.CliTest):
 
     def check_followers(self, top, sequence, records):
         self.assertIn(f" sequence={sequence} ", self.first_line(top / "index.html"))
+        self.assertTrue(self.first_line(top / "terms.js").endswith(f" sequence={sequence}"))
         lines = [json.loads(line) for line in (top / "records.ndjson").read_text().splitlines()]
         if lines:
             self.assertEqual(lines[0].pop("sequence"), sequence)

@@ -46,9 +46,24 @@ std::string tables() {
       columns);
 }
 
-std::string columnsOf(std::string_view table) {
+using ChooseField = bool (*)(const RecordField& field);
+
+bool isAny(const RecordField& /*field*/) {
+  return true;
+}
+
+/// Whether a list of add-ons shows it. Others, which may be long, need not be read for that.
+bool isListed(const RecordField& field) {
+  constexpr std::array<std::string_view, 9> kNames{"name",         "version", "summary",
+                                                   "author",       "license", "modified",
+                                                   "organization", "page",    "screenshot"};
+  return std::find(kNames.begin(), kNames.end(), field.name) != kNames.end();
+}
+
+std::string columnsOf(std::string_view table, ChooseField choose = isAny) {
   std::string columns;
   for (const RecordField& field : recordFields()) {
+    if (!choose(field)) continue;
     columns += fmt::format("{}{}.\"{}\"", columns.empty() ? "" : ", ", table, field.name);
   }
   return columns;
@@ -103,11 +118,11 @@ struct ColumnReader {
   }
 };
 
-Record recordOf(const Statement& statement) {
+Record recordOf(const Statement& statement, ChooseField choose = isAny) {
   Record record;
   int column = 0;
   for (const RecordField& field : recordFields()) {
-    std::visit(ColumnReader{record, statement, column++}, field.member);
+    if (choose(field)) std::visit(ColumnReader{record, statement, column++}, field.member);
   }
   return record;
 }
@@ -289,8 +304,13 @@ void Database::visitCurrent(const std::function<void(const Record&)>& visit) con
   Statement list =
       connection_.prepare(fmt::format("SELECT {} FROM addons JOIN versions USING (addon, position)"
                                       " ORDER BY versions.name COLLATE NOCASE, addon",
-                                      columnsOf("versions")));
-  while (list.step()) visit(recordOf(list));
+                                      columnsOf("versions", isListed)));
+  while (list.step()) visit(recordOf(list, isListed));
+}
+
+std::uint64_t Database::countCurrent() const {
+  Statement count = connection_.prepare("SELECT count(*) FROM addons");
+  return count.step() ? static_cast<std::uint64_t>(count.number(0)) : 0;
 }
 
 std::string queryOf(const std::vector<std::string>& words, std::string_view columns) {

@@ -35,8 +35,10 @@ class Database {
 
   /// The newest record that is not yanked of each add-on that has the words, the best first.
   std::vector<Record> search(const std::vector<std::string>& words, std::uint64_t limit) const;
-  /// Those of all add-ons, by their names.
+  /// Those of all add-ons, by their names, with the members that a list shows.
   void visitCurrent(const std::function<void(const Record&)>& visit) const;
+  /// How many there are.
+  std::uint64_t countCurrent() const;
 
  private:
   explicit Database(Connection connection) : connection_(std::move(connection)) {}

@@ -97,6 +97,7 @@ void Followers::check() const {
 
 bool Followers::areOf(std::uint64_t sequence) const {
   return sequenceAtStart(files_, std::string(kFrontPage)) == sequence &&
+         sequenceAtStart(files_, std::string(kTerms)) == sequence &&
          files_.exists(std::string(kDatabase)) && files_.exists(std::string(kRecordLines));
 }
 
@@ -105,8 +106,6 @@ void Followers::write(const SiteState& state, const std::set<std::string>& keys,
   if (!areOthersComplete) writePages(state);
   writeLines(state);
   writeDatabase(state, keys, areOthersComplete);
-  // The front page says that all of this is there.
-  files_.flush();
   writeFrontPage(state);
   files_.flush();
 }
@@ -176,16 +175,24 @@ void Followers::makeDatabase(const std::string& path, const SiteState& state) {
 
 void Followers::writeFrontPage(const SiteState& state) {
   const Database database = Database::read(files_.onDisk(kDatabase));
-  files_.replace(std::string(kFrontPage), [&](const SiteFiles::Sink& sink) {
-    sink(fmt::format("<!-- kraddon.front/1 sequence={} -->\n", state.sequence()));
-    const auto visit = [&](const std::function<void(const gallery::Card&)>& add) {
-      database.visitCurrent([&](const Record& record) {
-        check();
-        add({record.name, record.version, record.summary, record.author, record.organization,
-             record.modified, record.page, record.screenshot});
-      });
-    };
-    gallery::writeFrontPage(visit, sink);
+  gallery::FrontPage list;
+  list.sequence = state.sequence();
+  list.addons = database.countCurrent();
+  list.visit = [&](const std::function<void(const gallery::Card&)>& add) {
+    database.visitCurrent([&](const Record& record) {
+      check();
+      add({record.name, record.version, record.summary, record.author, record.organization,
+           record.license, record.modified, record.page, record.screenshot});
+    });
+  };
+  files_.replace(std::string(kFrontPage), [&](const SiteFiles::Sink& page) {
+    page(fmt::format("<!-- kraddon.front/1 sequence={} -->\n", list.sequence));
+    files_.replace(std::string(kTerms), [&](const SiteFiles::Sink& terms) {
+      terms(fmt::format("// kraddon.terms/1 sequence={}\n", list.sequence));
+      gallery::writeFrontPage(list, page, terms);
+    });
+    // The front page says that all of this is there.
+    files_.flush();
   });
 }
 

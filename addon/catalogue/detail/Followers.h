@@ -10,8 +10,8 @@
 
 namespace addon::catalogue::detail {
 
-/// What follows the root of a site: pages, lines of records, database and front page. The front
-/// page is written last, so that its sequence says whether the others are complete.
+/// What follows the root of a site: pages, lines of records, database, front page and its terms.
+/// The front page is put in place last, so that its sequence says whether the others are complete.
 class Followers {
  public:
   /// All must outlive it. `stop` may be empty.

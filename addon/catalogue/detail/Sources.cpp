@@ -46,7 +46,7 @@ void addFrom(const std::string& folder, std::vector<std::string>& packages) {
 
 bool isOfSite(const std::string& name) {
   constexpr std::array kNames{kIndexFolder, kShardFolder, kPackageFolder, kPageFolder,
-                              kFrontPage,   kDatabase,    kRecordLines};
+                              kFrontPage,   kTerms,       kDatabase,      kRecordLines};
   return opc::isTemporaryName(name) ||
          std::find(kNames.begin(), kNames.end(), name) != kNames.end();
 }

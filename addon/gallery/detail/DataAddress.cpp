@@ -29,16 +29,21 @@ std::string_view imageTypeOf(std::span<const unsigned char> bytes) {
   return type == "image/tiff" ? std::string_view() : type;
 }
 
-std::string dataAddress(std::string_view type, std::span<const unsigned char> bytes) {
-  std::string address;
-  address.reserve(type.size() + 16 + (bytes.size() + 2) / 3 * 4);
-  address.append("data:").append(type).append(";base64,");
+std::string base64(std::span<const unsigned char> bytes) {
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
   while (!bytes.empty()) {
     const std::size_t size = bytes.size() < 3 ? bytes.size() : 3;
-    appendGroup(address, bytes.first(size));
+    appendGroup(text, bytes.first(size));
     bytes = bytes.subspan(size);
   }
-  return address;
+  return text;
+}
+
+std::string dataAddress(std::string_view type, std::span<const unsigned char> bytes) {
+  std::string address = "data:";
+  address.append(type).append(";base64,");
+  return address += base64(bytes);
 }
 
 }  // namespace addon::gallery::detail

@@ -12,6 +12,8 @@ namespace addon::gallery::detail {
 /// entities can exhaust a reader's memory.
 std::string_view imageTypeOf(std::span<const unsigned char> bytes);
 
+std::string base64(std::span<const unsigned char> bytes);
+
 /// "data:TYPE;base64,..."
 std::string dataAddress(std::string_view type, std::span<const unsigned char> bytes);
 

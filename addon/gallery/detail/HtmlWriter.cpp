@@ -7,13 +7,16 @@
 #include <cstdint>
 #include <utility>
 
+#include "addon/gallery/detail/DataAddress.h"
 #include "opc/Exception.h"
+#include "text/Sha256.h"
 
 namespace addon::gallery::detail {
 
 namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
+constexpr std::string_view kRawStart = "\n";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 /// The escape for a character; "" if it needs none.
@@ -83,13 +86,24 @@ void HtmlWriter::text(std::string_view content) {
 }
 
 void HtmlWriter::style(std::string_view sheet) {
-  if (sheet.find("</") != std::string_view::npos) {
+  raw("style", sheet);
+}
+
+void HtmlWriter::script(std::string_view code) {
+  raw("script", code);
+}
+
+void HtmlWriter::raw(HtmlName name, std::string_view content) {
+  if (content.find("</") != std::string_view::npos ||
+      content.find("<!--") != std::string_view::npos) {
     throw opc::Exception(opc::ErrorCode::InvalidArgument,
-                         "cannot write style sheet: it would end its element");
+                         "cannot write " + std::string(name.text()) + ": it would end its element");
   }
-  append("<style>\n");
-  append(sheet);
-  append("</style>\n");
+  startTag(name, {});
+  append(kRawStart);
+  append(content);
+  endTag(name);
+  newLine();
 }
 
 void HtmlWriter::newLine() {
@@ -144,6 +158,13 @@ void HtmlWriter::appendEscaped(std::string_view content) {
       append(escape.empty() ? content.substr(start, at - start) : escape);
     }
   }
+}
+
+std::string policyHash(std::string_view content) {
+  text::Sha256 hash;
+  hash.update(kRawStart);
+  hash.update(content);
+  return "'sha256-" + base64(hash.finishBytes()) + "'";
 }
 
 }  // namespace addon::gallery::detail

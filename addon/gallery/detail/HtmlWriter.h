@@ -65,9 +65,10 @@ class HtmlWriter {
   /// An element without content and end tag: meta, img, br.
   void empty(HtmlName name, Attributes attributes);
   void text(std::string_view content);
-  /// A style element. The sheet is not escaped and must come from the source code. Throws
-  /// InvalidArgument if it would end the element.
+  /// A style or script element. What it holds is not escaped and must come from the source code.
+  /// Throws InvalidArgument if it would end the element.
   void style(std::string_view sheet);
+  void script(std::string_view code);
   /// A line end between elements, to make the source readable.
   void newLine();
   /// Passes everything on to the sink. Must be called at the end of the page.
@@ -76,11 +77,15 @@ class HtmlWriter {
  private:
   void startTag(HtmlName name, Attributes attributes);
   void endTag(HtmlName name);
+  void raw(HtmlName name, std::string_view content);
   void append(std::string_view markup);
   void appendEscaped(std::string_view content);
 
   Sink sink_;
   std::string buffer_;
 };
+
+/// How a policy of the page names a style or script element that holds that.
+std::string policyHash(std::string_view content);
 
 }  // namespace addon::gallery::detail

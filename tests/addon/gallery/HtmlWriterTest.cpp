@@ -107,4 +107,19 @@ TEST(HtmlWriter, AStyleSheetThatWouldEndItsElementIsRefused) {
   EXPECT_THROW(html.style("/* </style> */"), opc::Exception);
 }
 
+TEST(HtmlWriter, AScriptThatWouldEndItsElementIsRefused) {
+  EXPECT_EQ(written([](HtmlWriter& html) { html.script("a && b;\n"); }),
+            "<script>\na && b;\n</script>\n");
+  HtmlWriter html([](std::string_view) {});
+
+  EXPECT_THROW(html.script("'</script>'"), opc::Exception);
+  EXPECT_THROW(html.script("'<!--<script>'"), opc::Exception);
+}
+
+TEST(HtmlWriter, APolicyNamesAScriptByTheHashOfAllThatIsInItsElement) {
+  // printf '\n1;' | openssl sha256 -binary | base64
+  EXPECT_EQ(addon::gallery::detail::policyHash("1;"),
+            "'sha256-6eFJkgdjdhnZIbOQL70xJqjsv++LTNWgKmIRLzDgcew='");
+}
+
 }  // namespace

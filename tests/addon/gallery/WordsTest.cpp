@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "addon/gallery/detail/Words.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using addon::gallery::detail::initialOf;
+using addon::gallery::detail::wordsOf;
+
+TEST(Words, AreInLowerCaseWithABlankInFrontOfEach) {
+  EXPECT_EQ(wordsOf("Wave-Tools, 2nd  Edition!"), " wave tools 2nd edition");
+  EXPECT_EQ(wordsOf(" -- "), "");
+}
+
+TEST(Words, HaveNoAccentsHoweverTheyAreComposed) {
+  EXPECT_EQ(wordsOf("\u00c9tude e\u0301tude"), " etude etude");
+  EXPECT_EQ(wordsOf("\u0130stanbul"), " istanbul");
+}
+
+TEST(Words, KeepMarksThatAreNoAccents) {
+  const std::string kana = "\u304c";
+  const std::string hindi = "\u0939\u093f\u0928\u094d\u0926\u0940";
+
+  EXPECT_EQ(wordsOf(kana), " " + kana);
+  EXPECT_EQ(wordsOf(hindi), " " + hindi);
+}
+
+TEST(Words, OfGreekHaveOneSigma) {
+  EXPECT_EQ(wordsOf("\u039f\u0394\u039f\u03a3"), wordsOf("\u03bf\u03b4\u03bf\u03c2"));
+}
+
+TEST(Words, HoldNothingThatMeansSomethingInAScript) {
+  EXPECT_EQ(wordsOf("`${x}\\\"'</script>\u2028\n\xE2\x80\xAE|\xFF"), " x script");
+}
+
+TEST(Words, BeginWithAnInitial) {
+  EXPECT_EQ(initialOf(wordsOf("(\u00f6ko)")), "O");
+  EXPECT_EQ(initialOf(wordsOf("\U00010428x")), "\U00010400");
+  EXPECT_EQ(initialOf(wordsOf("?")), "");
+}
+
+}  // namespace
