@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Commands on several packages at once: the total of 'verify', the blocks of 'info'."""
 
+import random
+
 import jsonschema
 import kraddontest
 import projecttest
@@ -48,6 +50,24 @@ class Total(projecttest.ProjectTest):
         packages = self.packages()
         for format in (["--json"], ["--format", "sarif"]):
             self.assertIsInstance(self.run_kraddon("verify", *packages, *format).json, dict)
+
+
+class Verdicts(projecttest.ProjectTest):
+
+    def test_findings_come_in_the_order_of_the_operands(self):
+        self.package("small.kraddon", {"a.m": "a"})
+        # It is too large to be checked ahead.
+        self.package("large.kraddon", {"noise.bin": random.Random(1).randbytes(3 << 20)})
+        self.write("broken.kraddon", "no package")
+        names = [["small", "large", "broken", "none"][i * i % 7 % 4] + ".kraddon"
+                 for i in range(40)]
+
+        result = self.run_kraddon("verify", *names)
+
+        alone = {name: self.run_kraddon("verify", name) for name in set(names)}
+        self.assertEqual(result.text, "".join(alone[name].text for name in names))
+        self.assertEqual(result.errors[:result.errors.index("total:")],
+                         "".join(alone[name].errors for name in names))
 
 
 class Infos(kraddontest.CliTest):

@@ -2,14 +2,12 @@
 #include <fmt/format.h>
 
 #include <array>
-#include <cerrno>
 #include <string>
 
 #include "addon/build/VerifyRules.h"
 #include "addon/checks/AddonVerification.h"
 #include "addon/checks/Catalogue.h"
 #include "addon/checks/FindingRules.h"
-#include "opc/Exception.h"
 #include "opc/Text.h"
 #include "opc/checks/PackageVerification.h"
 #include "text/ByteCount.h"
@@ -18,21 +16,18 @@
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/commands/detail/TrustAnchors.h"
+#include "tool/commands/detail/Verdicts.h"
 #include "tool/line/Arguments.h"
-#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/report/FindingPrinter.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
-#include "tool/report/Progress.h"
 
 namespace tool::commands {
 
 using addon::build::Rules;
 using addon::checks::findingNamed;
-using addon::checks::FindingRules;
 using addon::checks::groupOf;
-using addon::checks::judge;
 using addon::checks::PackageVerdict;
 using addon::checks::verifyAddon;
 using opc::checks::SignatureDemands;
@@ -40,9 +35,6 @@ using opc::checks::SignatureDemands;
 namespace {
 
 using opc::checks::FindingInfo;
-
-/// verifyPackage() or verifyAddon().
-using Verify = decltype(verifyAddon);
 
 constexpr std::array kOperands{line::OperandSpec{
     .name = "PACKAGE", .help = "the packages to check", .isRequired = false, .isRepeatable = true}};
@@ -110,25 +102,6 @@ Rules rulesOf(const line::Invocation& invocation) {
                                 invocation.value("manifest"), invocation.value("policy")});
 }
 
-/// Does not throw if a file is bad, since the others must be checked too.
-PackageVerdict verify(const std::string& path, Verify& check, const SignatureDemands& demands,
-                      const FindingRules& rules, const line::Settings& settings) {
-  PackageVerdict failed;
-  failed.file = path;
-  try {
-    if (path.empty()) throw process::systemFailure("cannot open package", path, ENOENT);
-    report::ProgressBar bar(settings);
-    const auto report = check(path, bar.function(), demands, process::secondThread());
-    return judge(path, report, rules);
-  } catch (const opc::Exception& error) {
-    failed.failure = error.what();
-  } catch (const process::Failure& error) {
-    failed.failure = opc::printable(error.what());
-    failed.file = opc::printable(path);
-  }
-  return failed;
-}
-
 void printSummary(const PackageVerdict& verdict, const line::Settings& settings) {
   if (!verdict.failure.empty()) return report::printError("verify", verdict.failure);
   const bool isClean = verdict.errors + verdict.warnings + verdict.ignored == 0;
@@ -186,19 +159,22 @@ process::ExitCode runChecks(const line::Invocation& invocation) {
   }
   invocation.refuseTogether("json", "format");
   const Rules rules = rulesOf(invocation);
-  Verify& check = invocation.has("opc") ? opc::checks::verifyPackage : verifyAddon;
+  auto& check = invocation.has("opc") ? opc::checks::verifyPackage : verifyAddon;
   const auto anchors = detail::trustAnchorsOf(invocation);
   const SignatureDemands demands{anchors.get(), invocation.has("require-signature")};
   const std::string format = invocation.has("json") ? "json" : invocation.valueOr("format", "text");
+  const detail::VerdictRequest request{check, invocation.operands(), demands, rules.rules,
+                                       invocation.settings()};
   report::Output output;
   const std::unique_ptr<report::FindingPrinter> printer = report::makePrinter(
       format, rules.isStrict, output, report::wantsColor(invocation.settings(), output));
 
   bool isGood = true;
   Total total;
+  detail::Verdicts verdicts(request);
   printer->begin();
-  for (const std::string& path : invocation.operands()) {
-    const PackageVerdict verdict = verify(path, check, demands, rules.rules, invocation.settings());
+  for (std::size_t i = 0; i < request.paths.size(); ++i) {
+    const PackageVerdict verdict = verdicts.take();
     printer->print(verdict);
     output.flush();  // before what goes to standard error
     printSummary(verdict, invocation.settings());
