@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <span>
 #include <tuple>
 #include <utility>
 
@@ -46,24 +47,25 @@ std::string tables() {
       columns);
 }
 
-using ChooseField = bool (*)(const RecordField& field);
+using Fields = std::span<const RecordField>;
 
-bool isAny(const RecordField& /*field*/) {
-  return true;
-}
-
-/// Whether a list of add-ons shows it. Others, which may be long, need not be read for that.
-bool isListed(const RecordField& field) {
+/// What a list of add-ons shows. Others, which may be long, need not be read for that.
+std::vector<RecordField> listedFields() {
   constexpr std::array<std::string_view, 9> kNames{"name",         "version", "summary",
                                                    "author",       "license", "modified",
                                                    "organization", "page",    "screenshot"};
-  return std::find(kNames.begin(), kNames.end(), field.name) != kNames.end();
+  std::vector<RecordField> fields;
+  for (const RecordField& field : recordFields()) {
+    if (std::find(kNames.begin(), kNames.end(), field.name) != kNames.end()) {
+      fields.push_back(field);
+    }
+  }
+  return fields;
 }
 
-std::string columnsOf(std::string_view table, ChooseField choose = isAny) {
+std::string columnsOf(std::string_view table, Fields fields = recordFields()) {
   std::string columns;
-  for (const RecordField& field : recordFields()) {
-    if (!choose(field)) continue;
+  for (const RecordField& field : fields) {
     columns += fmt::format("{}{}.\"{}\"", columns.empty() ? "" : ", ", table, field.name);
   }
   return columns;
@@ -118,11 +120,11 @@ struct ColumnReader {
   }
 };
 
-Record recordOf(const Statement& statement, ChooseField choose = isAny) {
+Record recordOf(const Statement& statement, Fields fields = recordFields()) {
   Record record;
   int column = 0;
-  for (const RecordField& field : recordFields()) {
-    if (choose(field)) std::visit(ColumnReader{record, statement, column++}, field.member);
+  for (const RecordField& field : fields) {
+    std::visit(ColumnReader{record, statement, column++}, field.member);
   }
   return record;
 }
@@ -301,11 +303,12 @@ void Database::addRecords(const std::vector<std::int64_t>& ids,
 }
 
 void Database::visitCurrent(const std::function<void(const Record&)>& visit) const {
+  const std::vector<RecordField> fields = listedFields();
   Statement list =
       connection_.prepare(fmt::format("SELECT {} FROM addons JOIN versions USING (addon, position)"
                                       " ORDER BY versions.name COLLATE NOCASE, addon",
-                                      columnsOf("versions", isListed)));
-  while (list.step()) visit(recordOf(list, isListed));
+                                      columnsOf("versions", fields)));
+  while (list.step()) visit(recordOf(list, fields));
 }
 
 std::uint64_t Database::countCurrent() const {

@@ -113,10 +113,11 @@ Connection::Connection(const std::string& path, Mode mode) : path_(path) {
   if (result != SQLITE_OK) throw DatabaseError(connection, path_);
   sqlite().dbConfig(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite().dbConfig(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  // Nothing is sorted in files elsewhere.
+  run("PRAGMA temp_store = MEMORY; PRAGMA cache_size = -16384");
   // The caller flushes a file that is complete; one that is not is thrown away.
   run(isRead ? "PRAGMA cell_size_check = ON"
-             : "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA temp_store = MEMORY; "
-               "PRAGMA cache_size = -16384");
+             : "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
 }
 
 void Connection::run(const char* sql) const {

@@ -3,7 +3,7 @@
 
 #include <unicode/utf8.h>
 
-#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -20,7 +20,7 @@ constexpr std::string_view kRawStart = "\n";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 /// The escape for a character; "" if it needs none.
-std::string_view escapeOf(UChar32 point) {
+constexpr std::string_view escapeOf(UChar32 point) {
   switch (point) {
     case '&':
       return "&amp;";
@@ -45,10 +45,14 @@ bool isUnwritable(UChar32 point) {
          (point >= 0xFDD0 && point <= 0xFDEF);
 }
 
-bool isPlain(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte >= 0x20 && byte < 0x7F && escapeOf(byte).empty();
-}
+/// Which bytes are written as they are.
+constexpr std::array<bool, 256> kPlain = [] {
+  std::array<bool, 256> plain{};
+  for (int byte = 0x20; byte < 0x7F; ++byte) {
+    plain.at(static_cast<std::size_t>(byte)) = escapeOf(byte).empty();
+  }
+  return plain;
+}();
 
 /// The character at `at`, which moves past it; negative for bytes that are not UTF-8.
 UChar32 nextPoint(std::string_view text, std::size_t& at) {
@@ -142,12 +146,11 @@ void HtmlWriter::append(std::string_view markup) {
 void HtmlWriter::appendEscaped(std::string_view content) {
   std::size_t at = 0;
   while (at < content.size()) {
-    const auto* const begin = content.begin() + at;
-    const auto* const end = std::find_if_not(begin, content.end(), isPlain);
-    append({begin, end});
-    at += static_cast<std::size_t>(end - begin);
+    std::size_t start = at;
+    while (at < content.size() && kPlain[static_cast<unsigned char>(content[at])]) ++at;
+    append(content.substr(start, at - start));
     if (at == content.size()) return;
-    const std::size_t start = at;
+    start = at;
     const UChar32 point = nextPoint(content, at);
     if (point == '\r') {
       if (at == content.size() || content[at] != '\n') append("\n");
