@@ -57,7 +57,7 @@ FileReference referenceOf(const JsonValue& value, std::string_view folder, std::
 BrokenSite::BrokenSite(std::string_view path, std::string_view why)
     : Exception(opc::ErrorCode::Damaged, opc::sentence("cannot read", path, why)) {}
 
-std::string Root::text() const {
+std::string Root::text(const ShardIndex& shards) const {
   std::string text;
   JsonWriter json(text);
   json.beginObject();
@@ -67,6 +67,12 @@ std::string Root::text() const {
   json.key("index");
   json.beginObject();
   writeReference(index, json);
+  json.endObject();
+  json.key("shards");
+  json.beginObject();
+  for (const auto& [name, shard] : shards.shards) {
+    json.member(name, std::string_view(shard.file.sha256));
+  }
   json.endObject();
   json.member("addons", addons);
   json.member("versions", versions);

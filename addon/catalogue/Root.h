@@ -26,19 +26,6 @@ struct FileReference {
   bool operator==(const FileReference&) const = default;
 };
 
-/// `root.json`: names the index.
-struct Root {
-  std::uint64_t sequence = 0;  ///< grows with every change of the site
-  std::string created;         ///< "2026-02-01T10:00:00Z"
-  FileReference index;
-  std::uint64_t addons = 0;
-  std::uint64_t versions = 0;
-
-  std::string text() const;
-  /// Throws BrokenSite.
-  static Root parse(std::string_view text);
-};
-
 struct ShardReference {
   FileReference file;
   std::uint64_t addons = 0;
@@ -53,6 +40,20 @@ struct ShardIndex {
   std::string text() const;
   /// Throws BrokenSite; `path` is for messages.
   static ShardIndex parse(std::string_view text, std::string_view path);
+};
+
+/// `root.json`: names the index.
+struct Root {
+  std::uint64_t sequence = 0;  ///< grows with every change of the site
+  std::string created;         ///< "2026-02-01T10:00:00Z"
+  FileReference index;
+  std::uint64_t addons = 0;
+  std::uint64_t versions = 0;
+
+  /// With the hashes of the shards, so that a client needs no index.
+  std::string text(const ShardIndex& shards) const;
+  /// Throws BrokenSite.
+  static Root parse(std::string_view text);
 };
 
 }  // namespace addon::catalogue

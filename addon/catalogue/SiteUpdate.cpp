@@ -230,7 +230,7 @@ class SiteUpdate {
     if (old_.root()) files_.touch(old_.root()->index.path);
     files_.flush();
     if (request_.stop) request_.stop();
-    files_.replace(std::string(kRootFile), root.text());
+    files_.replace(std::string(kRootFile), root.text(index));
     if (request_.onCommitted) request_.onCommitted();
     files_.flush();
     result_.isChanged = true;

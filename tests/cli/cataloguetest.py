@@ -57,7 +57,9 @@ class CatalogueTest(kraddontest.CliTest):
         root = self.root(site)
         self.assertEqual(root["schema"], "kraddon.root/1")
         found = {}
-        for name, shard in self.read_named(top, root["index"])["shards"].items():
+        shards = self.read_named(top, root["index"])["shards"]
+        self.assertEqual(root["shards"], {name: shard["sha256"] for name, shard in shards.items()})
+        for name, shard in shards.items():
             addons = self.read_named(top, shard)["addons"]
             self.assertEqual(shard["addons"], len(addons))
             for guid, records in addons.items():

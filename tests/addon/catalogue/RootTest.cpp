@@ -27,21 +27,29 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 }
 
 TEST(Root, ComesBackAsItWasWritten) {
-  const Root root = Root::parse(someRoot().text());
+  const Root root = Root::parse(someRoot().text({}));
 
-  EXPECT_EQ(root.text(), someRoot().text());
+  EXPECT_EQ(root.text({}), someRoot().text({}));
   EXPECT_EQ(root.sequence, 7u);
   EXPECT_EQ(root.addons, 0u);
 }
 
 TEST(Root, ABrokenOneIsRefused) {
-  const std::string text = someRoot().text();
+  const std::string text = someRoot().text({});
   for (const std::string& broken :
        {std::string(), std::string("{}"), text.substr(0, text.size() / 2),
         replaced(text, "kraddon.root/1", "kraddon.root/2"), replaced(text, "7", "\"7\""),
         replaced(text, "index/", "../in/"), replaced(text, "aaaa", "AAAA")}) {
     EXPECT_THROW(Root::parse(broken), BrokenSite) << broken;
   }
+}
+
+TEST(Root, HasTheHashesOfTheShards) {
+  ShardIndex index;
+  const std::string hash(64, 'b');
+  index.shards["0f"] = {{"shards/" + hash + ".json", hash, 100}, 4};
+
+  EXPECT_NE(someRoot().text(index).find("\"0f\": \"" + hash + "\""), std::string::npos);
 }
 
 TEST(ShardIndex, ComesBackAsItWasWritten) {
