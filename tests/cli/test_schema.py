@@ -11,11 +11,15 @@ import zipfile
 
 import jsonschema
 import kraddontest
+import signing
+from cataloguetest import GUID, CatalogueTest
+from previewing import png
 from projecttest import FULL, FULL_FILES
 
 DOCUMENTS = ["properties", "license", "configuration", "apps", "examples", "revisions",
              "requirements"]
-NAMES = ["manifest", "info", "list", "verify", "diff", "build", "policy", "infos", "signatures", *DOCUMENTS]
+NAMES = ["manifest", "info", "list", "verify", "diff", "build", "policy", "infos", "signatures",
+         "index-result", "search", "root", "index", "shard", "record", *DOCUMENTS]
 
 EXAMPLE = {"name": "A chirp", "type": "script", "source": "", "main": "chirp.m", "thumbnail": "",
            "images": ["1.png", "2.png"]}
@@ -267,6 +271,72 @@ class Outputs(SchemaTest):
         for wrong in ({**moved, "from": None}, {**moved, "a": None}, {**moved, "change": "copied"},
                       {**moved, "change": "added"}, {**moved, "a": {"size": 1}}, {"path": "x"}):
             self.refuse("diff", {**report, "files": [wrong]})
+
+
+class Sites(SchemaTest, CatalogueTest):
+
+    def setUp(self):
+        super().setUp()
+        self.addon("a.kraddon", "Wave Tools", "1.0", 1)
+        self.addon("b.kraddon", "Signal Kit", "\u00fc 1/2", 2)
+        self.write("shot.png", png())
+        self.ok("screenshot", "a.kraddon", "shot.png")
+        self.ok("set", "--no-verify", "a.kraddon", "requirements", "-",
+                stdin=json.dumps(SAMPLES["requirements"]).encode())
+        self.ok("sign", "b.kraddon", *signing.words())
+
+    def test_the_files_of_a_site_are_valid(self):
+        self.index("a.kraddon", "b.kraddon")
+        root = self.root()
+        self.accept("root", root)
+        index = json.loads(self.path(f"site/{root['index']['path']}").read_text())
+        self.accept("index", index)
+        for shard in index["shards"].values():
+            self.accept("shard", json.loads(self.path(f"site/{shard['path']}").read_text()))
+        lines = [json.loads(line) for line in self.path("site/records.ndjson").read_text().splitlines()]
+        del lines[0]["sequence"]
+        self.assertTrue(any(record["screenshot"] for record in lines))
+        self.assertTrue(any(record["requirements"] for record in lines))
+        self.assertTrue(any(record["signers"] for record in lines))
+        for record in lines:
+            self.accept("record", record)
+
+    def test_the_outputs_are_valid(self):
+        self.write("bad.kraddon", self.path("a.kraddon").read_bytes()[:-9])
+        result = self.run_kraddon("index", "site", "a.kraddon", "b.kraddon", "bad.kraddon", "--json").json
+        self.assertTrue(result["added"] and result["refused"][0]["findings"])
+        self.accept("index-result", result)
+        for words in (["--yank", f"{GUID.format(1)}@1.0"], ["--unyank", f"{GUID.format(1)}@1.0"],
+                      ["--remove", GUID.format(2)], ["--collect"]):
+            self.accept("index-result", self.index(*words))
+        results = self.ok("search", "site", "wave", "--json").json
+        self.assertEqual(len(results["results"]), 1)
+        self.accept("search", results)
+        self.accept("search", self.ok("search", "site", "zzz", "--json").json)
+
+    def test_others_are_not(self):
+        result = self.index("a.kraddon")
+        [record] = result["added"]
+        root = self.root()
+        index = json.loads(self.path(f"site/{root['index']['path']}").read_text())
+        [shard] = index["shards"].values()
+        shard = json.loads(self.path(f"site/{shard['path']}").read_text())
+        samples = {"record": record, "root": root, "index": index, "shard": shard,
+                   "index-result": result, "search": {"schema": "kraddon.search/1", "results": []}}
+        for name, sample in samples.items():
+            self.accept(name, sample)
+            self.refuse(name, {**sample, "more": 1})
+            for key in sample:
+                self.refuse(name, {k: v for k, v in sample.items() if k != key})
+                self.refuse(name, {**sample, key: 1.5})
+        for key, value in (("sha256", "0"), ("package", "../x.kraddon"), ("page", "pages/x/1"),
+                           ("digest", "0" * 64), ("created", "yesterday"), ("size", -1),
+                           ("requirements", [{"name": "x"}]), ("signers", ["x"]),
+                           ("yanked", None)):
+            self.refuse("record", {**record, key: value})
+        self.refuse("index", {**index, "shards": {"zz": next(iter(index["shards"].values()))}})
+        self.refuse("shard", {**shard, "addons": {GUID.format(1).upper(): [record]}})
+        self.refuse("shard", {**shard, "addons": {GUID.format(1): []}})
 
 
 class Manifests(SchemaTest):

@@ -34,8 +34,9 @@ constexpr std::array kExamples{
 
 constexpr const char* kDescription =
     "Prints the schema of the manifest or a policy (as JSON), of what a command prints with "
-    "--json, or of a "
-    "document as 'get' prints and 'set' reads it. The dialect is JSON Schema 2020-12.";
+    "--json, of a file of a site (root, index, shard, record), or of a document as 'get' prints "
+    "and "
+    "'set' reads it. The dialect is JSON Schema 2020-12.";
 
 text::JsonValue findSchema(std::string_view name) {
   const std::vector<report::Schema> schemas = report::schemas();

@@ -118,6 +118,15 @@ JsonValue object(std::string_view title, std::string_view help,
           {"properties", properties}, {"required", required}, {"additionalProperties", false}};
 }
 
+JsonValue map(std::string_view title, std::string_view help, std::string_view pattern,
+              const JsonValue& element) {
+  return {{"title", title},
+          {"description", help},
+          {"type", "object"},
+          {"patternProperties", {{std::string(pattern), element}}},
+          {"additionalProperties", false}};
+}
+
 JsonValue document(const DocumentTable& table) {
   JsonValue schema{
       {"title", labelOf(table.name())},

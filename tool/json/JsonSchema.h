@@ -44,6 +44,9 @@ struct Member {
 };
 /// An object of these members and no others.
 JsonValue object(std::string_view title, std::string_view help, const std::vector<Member>& members);
+/// An object of any members whose names match the pattern, each with that schema.
+JsonValue map(std::string_view title, std::string_view help, std::string_view pattern,
+              const JsonValue& element);
 
 /// A document, as 'get' prints it and 'set' takes it.
 JsonValue document(const addon::packaging::DocumentTable& table);

@@ -156,6 +156,10 @@ JsonValue finding(const std::vector<Member>& place) {
 
 }  // namespace
 
+JsonValue findingSchema() {
+  return finding({{"line", numberOrNull("The line of the part.")}});
+}
+
 JsonValue listSchema() {
   return object(
       "Output of 'list --json'",
@@ -169,15 +173,14 @@ JsonValue listSchema() {
 }
 
 JsonValue verifySchema() {
-  JsonValue packages = list(object(
-      "Package", "What was found in a package.",
-      {{"file", described(text(), "The package, as it was given.")},
-       {"ok", described(flag(), "Whether it has no error and, with --strict, no warning.")},
-       {"errors", described(number(), "How many errors there are.")},
-       {"warnings", described(number(), "How many warnings there are.")},
-       {"ignored", described(number(), "How many findings --ignore left out.")},
-       {"findings", described(list(finding({{"line", numberOrNull("The line of the part.")}})),
-                              "What is wrong or doubtful.")}}));
+  JsonValue packages = list(
+      object("Package", "What was found in a package.",
+             {{"file", described(text(), "The package, as it was given.")},
+              {"ok", described(flag(), "Whether it has no error and, with --strict, no warning.")},
+              {"errors", described(number(), "How many errors there are.")},
+              {"warnings", described(number(), "How many warnings there are.")},
+              {"ignored", described(number(), "How many findings --ignore left out.")},
+              {"findings", described(list(findingSchema()), "What is wrong or doubtful.")}}));
   packages["minItems"] = 1;
   return object("Output of 'verify --json'", "What is wrong with packages.",
                 {{"schema", described(constant("kraddon.verify/1"), kShape)},

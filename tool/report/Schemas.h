@@ -17,7 +17,7 @@ struct Schema {
   std::function<JsonValue()> make;
 };
 
-/// The manifest, a policy, the outputs of --json, and the documents.
+/// The manifest, a policy, the outputs of --json, the files of a site, and the documents.
 std::vector<Schema> schemas();
 
 // What schemas() lists.
@@ -30,5 +30,14 @@ JsonValue verifySchema();
 JsonValue diffSchema();
 JsonValue buildSchema();
 JsonValue signaturesSchema();
+JsonValue indexResultSchema();
+JsonValue searchSchema();
+JsonValue rootSchema();
+JsonValue indexSchema();
+JsonValue shardSchema();
+JsonValue recordSchema();
+
+/// A finding in a package, which is part of several of them.
+JsonValue findingSchema();
 
 }  // namespace tool::report
