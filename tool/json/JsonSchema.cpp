@@ -118,6 +118,10 @@ JsonValue object(std::string_view title, std::string_view help,
           {"properties", properties}, {"required", required}, {"additionalProperties", false}};
 }
 
+Member shape(std::string_view name) {
+  return {"schema", described(constant(name), "The name and version of this shape.")};
+}
+
 JsonValue map(std::string_view title, std::string_view help, std::string_view pattern,
               const JsonValue& element) {
   return {{"title", title},

@@ -44,6 +44,8 @@ struct Member {
 };
 /// An object of these members and no others.
 JsonValue object(std::string_view title, std::string_view help, const std::vector<Member>& members);
+/// The member 'schema': the name and version of the shape of an output.
+Member shape(std::string_view name);
 /// An object of any members whose names match the pattern, each with that schema.
 JsonValue map(std::string_view title, std::string_view help, std::string_view pattern,
               const JsonValue& element);

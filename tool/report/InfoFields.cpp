@@ -255,9 +255,7 @@ std::string valueOf(const InfoField& field, const Info& info) {
 }
 
 JsonValue infoSchema() {
-  std::vector<schema::Member> members{
-      {"schema", schema::described(schema::constant("kraddon.info/1"),
-                                   "The name and version of this shape.")}};
+  std::vector<schema::Member> members{schema::shape("kraddon.info/1")};
   std::vector<schema::Member> author;
   for (const InfoField& field : kFields) {
     const char* help = field.kind == InfoKind::Property ? propertyOf(field).help : field.help;
@@ -280,8 +278,7 @@ JsonValue infoSchema() {
 JsonValue infosSchema() {
   return schema::object(
       "Output of 'info --json' for several packages", "What each of the packages is.",
-      {{"schema", schema::described(schema::constant("kraddon.infos/1"),
-                                    "The name and version of this shape.")},
+      {schema::shape("kraddon.infos/1"),
        {"packages", schema::described(schema::list(infoSchema()),
                                       "In the order given, without those that cannot be read.")}});
 }

@@ -21,8 +21,6 @@ namespace schema = json::schema;
 
 namespace {
 
-constexpr std::string_view kShape = "The name and version of this shape.";
-
 JsonValue textOrNull() {
   return {{"type", {"string", "null"}}, {"minLength", 1}};
 }
@@ -164,7 +162,7 @@ JsonValue listSchema() {
   return object(
       "Output of 'list --json'",
       "The files and empty folders of a package, or with --all its parts.",
-      {{"schema", described(constant("kraddon.list/1"), kShape)},
+      {schema::shape("kraddon.list/1"),
        {"entries", described(list(entry()), "One a file, empty folder or part.")},
        {"files", described(number(), "How many files are listed.")},
        {"folders", described(number(), "How many empty folders are listed.")},
@@ -183,14 +181,14 @@ JsonValue verifySchema() {
               {"findings", described(list(findingSchema()), "What is wrong or doubtful.")}}));
   packages["minItems"] = 1;
   return object("Output of 'verify --json'", "What is wrong with packages.",
-                {{"schema", described(constant("kraddon.verify/1"), kShape)},
+                {schema::shape("kraddon.verify/1"),
                  {"packages", described(packages, "One for each package, in the order given.")}});
 }
 
 JsonValue diffSchema() {
   return object(
       "Output of 'diff --json'", "What differs between two packages, A and B.",
-      {{"schema", described(constant("kraddon.diff/1"), kShape)},
+      {schema::shape("kraddon.diff/1"),
        {"a", described(text(), "The first one, as it was given.")},
        {"b", described(text(), "The second one, as it was given.")},
        {"same", described(flag(), "Whether nothing differs.")},
@@ -217,7 +215,7 @@ JsonValue buildSchema() {
   error.push_back({"hint", described(textOrNull(), "What to do about it.")});
   return object(
       "Output of 'build --json'", "What was built of a manifest.",
-      {{"schema", described(constant("kraddon.build/1"), kShape)},
+      {schema::shape("kraddon.build/1"),
        {"file", described(textOrNull(),
                           "The path of the package; null when the build failed before that was "
                           "known.")},
@@ -262,7 +260,7 @@ JsonValue signaturesSchema() {
        {"changed", described(names(), "What it covers and what has changed, or is missing.")},
        {"trusted", described(orNull(flag()), "Null without --trust.")}});
   return object("Output of 'signatures --json'", "The digital signatures of a package.",
-                {{"schema", described(constant("kraddon.signatures/1"), kShape)},
+                {schema::shape("kraddon.signatures/1"),
                  {"file", described(text(), "The package, as it was given.")},
                  {"signatures", described(list(signature), "In the order of the package.")}});
 }

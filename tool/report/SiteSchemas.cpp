@@ -28,7 +28,6 @@ namespace schema = json::schema;
 
 namespace {
 
-constexpr std::string_view kShape = "The name and version of this shape.";
 constexpr std::string_view kShardName = "^[0-9a-f]{2}$";
 constexpr std::string_view kGuid = "What identifies the add-on.";
 
@@ -98,7 +97,7 @@ JsonValue recordSchema() {
 JsonValue rootSchema() {
   return object(
       "Root of a site", "The file 'root.json', which names everything else.",
-      {{"schema", described(constant("kraddon.root/1"), kShape)},
+      {schema::shape("kraddon.root/1"),
        {"sequence", described(number(), "Begins with 1 and grows by one with each change.")},
        {"created", described(schema::time(), "When the site was changed, in UTC.")},
        {"index", described(reference("Index", "index"), "The current index.")},
@@ -112,7 +111,7 @@ JsonValue indexSchema() {
       reference("Shard", "shards", {{"addons", described(number(), "How many add-ons it holds.")}});
   return object(
       "Index of a site", "A file of 'index/', which names the shards.",
-      {{"schema", described(constant("kraddon.index/1"), kShape)},
+      {schema::shape("kraddon.index/1"),
        {"shards", map("Shards", "The shards, by two digits of a hash.", kShardName, shard)}});
 }
 
@@ -120,7 +119,7 @@ JsonValue shardSchema() {
   JsonValue versions = list(recordSchema());
   versions["minItems"] = 1;
   return object("Shard of a site", "A file of 'shards/', with all versions of some add-ons.",
-                {{"schema", described(constant("kraddon.shard/1"), kShape)},
+                {schema::shape("kraddon.shard/1"),
                  {"addons", map("Add-ons",
                                 "The records of each add-on, by its GUID in lower case, the newest "
                                 "version first.",
@@ -135,7 +134,7 @@ JsonValue indexResultSchema() {
               {"findings", described(list(findingSchema()), "What 'verify' says of it.")}});
   const JsonValue versions = list(versionName());
   return object("Output of 'index --json'", "What was changed in a site.",
-                {{"schema", described(constant("kraddon.index-result/1"), kShape)},
+                {schema::shape("kraddon.index-result/1"),
                  {"site", described(text(), "The folder of the site, as it was given.")},
                  {"sequence", described(number(), "Of the site now.")},
                  {"added", described(list(recordSchema()), "The versions that were added.")},
@@ -150,7 +149,7 @@ JsonValue indexResultSchema() {
 
 JsonValue searchSchema() {
   return object("Output of 'search --json'", "The add-ons that have all words.",
-                {{"schema", described(constant("kraddon.search/1"), kShape)},
+                {schema::shape("kraddon.search/1"),
                  {"results", described(list(recordSchema()),
                                        "The newest version of each that is not yanked, the best "
                                        "first.")}});
