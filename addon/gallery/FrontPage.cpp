@@ -75,7 +75,7 @@ void writeControls(HtmlWriter& html) {
       html.text("Search");
       html.empty("input", {{"id", "words"},
                            {"type", "search"},
-                           {"placeholder", "Names, summaries, authors"},
+                           {"placeholder", "Name, summary, author"},
                            {"spellcheck", "false"}});
     });
     html.element("label", [&] {
