@@ -91,7 +91,7 @@ void FileSystemManager::visitFiles(
 }
 
 std::unique_ptr<FileSystemEntry> FileSystemManager::find(std::string_view path) {
-  const FileTree& nodes = state().tree->nodes;
+  FileTree& nodes = state().tree->nodes;
   if (path.starts_with('/')) path.remove_prefix(1);
   const bool isRoot = path.empty();
   if (!isRoot && findPathFault(path) != nullptr) return nullptr;

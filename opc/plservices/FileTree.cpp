@@ -47,7 +47,6 @@ FileTree::FileTree() {
 
 void FileTree::reserve(std::size_t nodes) {
   nodes_.reserve(nodes);
-  index_.reserve(nodes);
 }
 
 std::string_view FileTree::name(NodeId node) const {
@@ -71,7 +70,7 @@ std::string FileTree::path(NodeId node) const {
   return result;
 }
 
-NodeId FileTree::findChild(NodeId folder, std::string_view childName) const {
+NodeId FileTree::findIndexed(NodeId folder, std::string_view childName) const {
   const std::uint64_t hash = keyedHash(childName, folder);
   const auto isIt = [this, folder, childName](NodeId node) {
     return parent(node) == folder && name(node) == childName;
@@ -83,7 +82,14 @@ NodeId FileTree::findChild(NodeId folder, std::string_view childName) const {
   return found == nullptr ? kNone : *found;
 }
 
-FileTree::Reach FileTree::reach(std::string_view path) const {
+NodeId FileTree::findChild(NodeId folder, std::string_view childName) {
+  const NodeId found = findIndexed(folder, childName);
+  if (found != kNone || indexesFiles_ || !nodes_[folder].hadFiles) return found;
+  indexFiles();
+  return findIndexed(folder, childName);
+}
+
+FileTree::Reach FileTree::reach(std::string_view path) {
   Reach reached{kRoot, path};
   while (!reached.rest.empty() && !isFile(reached.node)) {
     const std::size_t slash = reached.rest.find('/');
@@ -105,7 +111,7 @@ NodeId FileTree::reachFolder(std::string_view path) {
   return node;
 }
 
-NodeId FileTree::find(std::string_view path) const {
+NodeId FileTree::find(std::string_view path) {
   const Reach reached = reach(path);
   return reached.rest.empty() ? reached.node : kNone;
 }
@@ -137,16 +143,26 @@ NodeId FileTree::add(NodeId folder, std::string_view name, bool isFile, std::uin
   nodes_[folder].firstChild = id;
   nodes_[folder].sorted = false;
   ++nodes_[folder].number;
-  index(keyedHash(name, folder), id);
+  nodes_[folder].hadFiles |= isFile;
+  if (!isFile || indexesFiles_) index(id);
   return id;
 }
 
-void FileTree::index(std::uint64_t hash, NodeId node) {
-  index_.reserve(nodes_.size());
+void FileTree::index(NodeId node) {
+  const std::uint64_t hash = keyedHash(name(node), parent(node));
+  index_.reserve(index_.size() + recent_.size());
   index_.prefetch(hash);
   Recent& slot = recent_[recentCount_++ % recent_.size()];
   if (slot.node != kNone) index_.insert(slot.hash, slot.node);
   slot = {hash, node};
+}
+
+void FileTree::indexFiles() {
+  index_.reserve(nodes_.capacity());
+  for (NodeId node = kRoot; node < nodes_.size(); ++node) {
+    if (isFile(node) && !isRemoved(node)) index(node);
+  }
+  indexesFiles_ = true;
 }
 
 void FileTree::indexRecent() {

@@ -42,14 +42,14 @@ class FileTree {
   std::string path(NodeId node) const;
 
   /// Each kNone when there is none.
-  NodeId findChild(NodeId folder, std::string_view name) const;
-  NodeId find(std::string_view path) const;
+  NodeId findChild(NodeId folder, std::string_view name);
+  NodeId find(std::string_view path);
   /// How far a path leads: the last node on it that exists, and what is left of the path.
   struct Reach {
     NodeId node;
     std::string_view rest;
   };
-  Reach reach(std::string_view path) const;
+  Reach reach(std::string_view path);
 
   /// The name must not be taken in the folder.
   NodeId addFile(NodeId folder, std::string_view name, model::PartId part);
@@ -76,6 +76,7 @@ class FileTree {
     NodeId nextSibling = kNone;
     std::uint32_t number = 0;  // a file's part; how many children a folder has
     bool isFile = false;
+    bool hadFiles = false;
     bool sorted = true;  // its children, and none of them removed
     bool isRemoved = false;
   };
@@ -89,7 +90,9 @@ class FileTree {
   };
 
   NodeId add(NodeId folder, std::string_view name, bool isFile, std::uint32_t number);
-  void index(std::uint64_t hash, NodeId node);
+  NodeId findIndexed(NodeId folder, std::string_view name) const;
+  void index(NodeId node);
+  void indexFiles();
   void indexRecent();
   void sortChildren(NodeId folder);
   std::size_t commonNamePrefix() const;
@@ -98,6 +101,8 @@ class FileTree {
   std::vector<Node> nodes_;
   std::string names_;
   HashIndex<NodeId> index_;  // by folder and name
+  // A listing looks up no files: they are in the index from the first time that one may be meant.
+  bool indexesFiles_ = false;
   // Nodes that are not in the index yet: meanwhile the memory that it needs for them arrives.
   std::array<Recent, 8> recent_;
   std::size_t recentCount_ = 0;

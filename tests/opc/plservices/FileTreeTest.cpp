@@ -231,6 +231,32 @@ TEST(FileTree, AFolderWithoutItsLastChildIsEmpty) {
   EXPECT_THAT(walk(tree), ElementsAre("a"));
 }
 
+TEST(FileTree, AFileRemovedBeforeAnyLookUpIsNotFound) {
+  FileTree tree;
+  const NodeId folder = tree.addFolder(FileTree::kRoot, "a");
+  tree.remove(tree.addFile(folder, "x", 1));
+  const NodeId other = tree.addFile(folder, "x", 2);
+
+  EXPECT_EQ(tree.find("a/x"), other);
+  tree.remove(other);
+  EXPECT_EQ(tree.find("a/x"), FileTree::kNone);
+}
+
+TEST(FileTree, FilesAddedAfterALookUpAreFound) {
+  FileTree tree;
+  const NodeId first = addPath(tree, "a/x");
+  EXPECT_EQ(tree.find("a/x"), first);
+  EXPECT_EQ(tree.find("a/y"), FileTree::kNone);
+  const NodeId folder = tree.find("a");
+  std::vector<NodeId> added;
+  for (int i = 0; i < 100; ++i) added.push_back(tree.addFile(folder, "y" + std::to_string(i), 1));
+
+  EXPECT_EQ(tree.find("a/x"), first);
+  for (std::size_t i = 0; i < added.size(); ++i) {
+    EXPECT_EQ(tree.find("a/y" + std::to_string(i)), added[i]);
+  }
+}
+
 TEST(FileTree, ARemovedFolderIsNoEmptyOne) {
   FileTree tree;
   const NodeId folder = tree.addFolder(FileTree::kRoot, "a");
