@@ -29,26 +29,27 @@ using Stream = PackageHandle::Stream;
 
 namespace {
 
-py::str textOf(const std::string& utf8) {
+py::str textOf(std::string_view utf8) {
   return py::reinterpret_steal<py::str>(
       PyUnicode_DecodeUTF8(utf8.data(), static_cast<py::ssize_t>(utf8.size()), "replace"));
 }
 
-/// The paths of all files and empty folders, with a NUL between them: Python takes one text apart
-/// in much less time than it makes many of.
-py::str names(PackageHandle& handle) {
-  const std::string all = handle.use("", [](AddonPackage& package) {
+/// The paths of all files and empty folders, which end with a slash.
+py::list names(PackageHandle& handle) {
+  py::list paths;
+  handle.use("", [&](AddonPackage& package) {
     FileTree& tree = package.fileSystem().nodes();
-    std::string joined;
     opc::plservices::TreeWalk walk(tree);
+    const py::gil_scoped_acquire acquired;
     while (walk.next()) {
-      if (!joined.empty()) joined += '\0';
-      joined += walk.path();
-      if (!tree.isFile(walk.node())) joined += '/';
+      if (tree.isFile(walk.node())) {
+        paths.append(textOf(walk.path()));
+      } else {
+        paths.append(textOf(std::string(walk.path()) + '/'));
+      }
     }
-    return joined;
   });
-  return textOf(all);
+  return paths;
 }
 
 std::size_t count(PackageHandle& handle) {

@@ -162,8 +162,7 @@ class Package:
 
     def namelist(self) -> list[str]:
         """The paths of all files and of the empty folders, which end with a slash."""
-        names = self._native.names()
-        return names.split("\0") if names else []
+        return self._native.names()
 
     def __iter__(self) -> collections.abc.Iterator[str]:
         return iter(self.namelist())
