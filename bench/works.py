@@ -3,6 +3,7 @@
 
 import os
 
+from catalogue import Catalogue
 from contest import Difference, Goal, Growth, Loop, Peer, Size
 from reading import Reading
 from signing import Signing
@@ -20,13 +21,14 @@ class Works:
         self.writing = Writing(inputs, self.many)
         self.reading = Reading(inputs, self.many)
         self.signing = Signing(inputs)
+        self.catalogue = Catalogue(inputs)
 
     def groups(self):
         """Functions that yield contests, by name. Inputs of a group that others do not need are
         removed at its end."""
         return {"real": self.real, "many files": self.many_files,
                 "large file": self.writing.large_file, "changes": self.writing.changes,
-                "signing": self.signing.large, "small": self.small, "calls": self.calls,
+                "signing": self.signing.large, "catalogue": self.catalogue.works, "small": self.small, "calls": self.calls,
                 "program": self.program}
 
     def real(self):

@@ -244,7 +244,7 @@ class SiteUpdate {
       detail::writePage(files_, record, now_->sequence());
     }
     if (!result_.isChanged && wereComplete) return;
-    followers_.write(*now_, changed_, wereComplete);
+    followers_.write({*now_, old_, changed_, wereComplete});
   }
 
   const UpdateRequest& request_;

@@ -4,6 +4,7 @@
 import fcntl
 import json
 import os
+import re
 import shutil
 import sqlite3
 import subprocess
@@ -142,6 +143,44 @@ class Changes(CatalogueTest):
             written.append(len(hashed_files(self.path(site)) - before))
 
         self.assertEqual(written, [3, 3])  # the package, its shard, the index
+
+    def test_files_that_are_changed_in_part_are_as_if_written_anew(self):
+        names = ["Kit", "kit", "KIT b", "Ärger", "<li class=\"card\">", "a|`); b", "Zeta", " x", "0"]
+        steps = [[self.addon(f"{i}.kraddon", name, "1.0", i, "--description", "x\n</ul>")]
+                 for i, name in enumerate(names)]
+        steps += [[self.addon("renamed.kraddon", "Alpha\nnew line", "2.0", 6)],
+                  [self.addon("last.kraddon", "zzz", "2.0", 0), f"--remove={GUID.format(3)}"],
+                  [f"--yank={GUID.format(0)}@2.0", f"--yank={GUID.format(1)}@1.0"],
+                  [f"--unyank={GUID.format(1)}@1.0", f"--remove={GUID.format(6)}@2.0"],
+                  [f"--remove={GUID.format(i)}" for i in (8, 7, 5)],
+                  [f"--remove={GUID.format(i)}" for i in (0, 1, 2, 4, 6)], ["0.kraddon"]]
+        for words in steps:
+            with self.subTest(words):
+                self.index(*words)
+                shutil.rmtree(self.path("anew"), ignore_errors=True)
+                shutil.copytree(self.path("site"), self.path("anew"))
+                for name in ("index.html", "terms.js", "records.ndjson", "catalogue.sqlite"):
+                    self.path(f"anew/{name}").unlink()
+                self.index(site="anew")
+
+                self.assertEqual(self.tree_of("anew"), self.tree_of())
+
+    def test_old_files_that_somebody_changed_are_written_anew(self):
+        self.index(*self.addons(3))
+        self.index(self.addon("new.kraddon", "New", "1.0", 9))
+        expected = self.tree_of()
+        for name in ("index.html", "terms.js", "records.ndjson"):
+            with self.subTest(name):
+                self.index("--remove", GUID.format(9))
+                path = self.path(f"site/{name}")
+                first, rest = path.read_bytes().split(b"\n", 1)
+                path.write_bytes(first + b"\n" + rest[:len(rest) // 9])
+                self.index("new.kraddon")
+
+                after = self.tree_of()
+                for other in ("index.html", "terms.js", "records.ndjson"):
+                    self.assertEqual(re.sub(rb"sequence\W+\d+|\(\d+,", b"", after[other]),
+                                     re.sub(rb"sequence\W+\d+|\(\d+,", b"", expected[other]), other)
 
     def test_a_yanked_version_stays_but_is_not_found(self):
         for version in ("1.0", "2.0"):

@@ -98,6 +98,10 @@ class Recording:
         path = os.path.normpath(os.path.join(base, os.fsdecode(name)))
         return os.path.basename(path) if os.path.dirname(path) == self.folder else None
 
+    def _holds(self, full):
+        """Whether files of a folder are recorded."""
+        return full == self.folder
+
     def _add(self, kind, file=None, **details):
         self.events.append(Event(kind, file, **details))
 
@@ -108,7 +112,7 @@ class Recording:
         full = os.path.normpath(os.path.join(base, os.fsdecode(path)))
         name = self._path(at, path)
         if flags & os.O_TMPFILE == os.O_TMPFILE:
-            file = self._new(mode & ~self.umask) if full == self.folder else None
+            file = self._new(mode & ~self.umask) if self._holds(full) else None
             if file is not None:
                 self._add("create", file)
         elif name is None:
@@ -155,9 +159,19 @@ class Recording:
             self._store(self._file(descriptor), offset, data[:result])
 
     def _copy_file_range(self, result, source, start, target, place, *_):
-        if self._file(target) is not None:
-            data = self.content[self._file(source)][start:start + result]
-            self._store(self._file(target), place, data)
+        if self._file(target) is None:
+            return
+        # Without an offset it is that of the descriptor, which moves.
+        if not isinstance(start, int):
+            start = self._advance(source, result)
+        if not isinstance(place, int):
+            place = self._advance(target, result)
+        data = self.content[self._file(source)][start:start + result]
+        self._store(self._file(target), place, data)
+
+    def _advance(self, descriptor, size):
+        self.open[descriptor][2] += size
+        return self.open[descriptor][2] - size
 
     def _sendfile(self, result, target, source, start, *_):
         if self._file(target) is not None:
@@ -286,6 +300,11 @@ class File:
         for i in range(count):
             yield self.pending[:i] + self.pending[i + 1:]
             yield [self.pending[i]]
+
+    def without_pending_data(self):
+        """The content if all sizes are on the disk, and no data that was not flushed."""
+        whole = self._after(self.pending)
+        return (self.data + bytes(max(0, len(whole) - len(self.data))))[:len(whole)]
 
     def states(self):
         """All (mode, content) that may be there."""

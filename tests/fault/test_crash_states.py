@@ -2,14 +2,13 @@
 """Whatever a power cut leaves on the disk, a package is the old one or the new one, whole."""
 
 import itertools
-import os
 import unittest
 
 import crash_model
 import faulttest
 from crash_model import Event
 from faulttest import FaultTest
-from tracing import can_trace
+from tracing import can_trace, strace
 
 # Ways in which a package is written on file systems that lack something.
 WAYS = ("", "nameless:1+:EOPNOTSUPP", "link:1+:EPERM",
@@ -21,12 +20,7 @@ class CrashTest(FaultTest):
     def record(self, command, rules=""):
         """Runs the command; sets `recording`, `old` and `new`."""
         log = self.scratch / "trace"
-        leaks = os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"
-        prefix = ["strace", "-f", "-X", "raw", "-xx", "-s", "4000000", "-E", f"ASAN_OPTIONS={leaks}",
-                  "-e", f"trace={crash_model.CALLS}", "-o", log]
-        if rules:
-            for key, value in self.shim_environment(rules).items():
-                prefix += ["-E", f"{key}={value}"]
+        prefix = strace(log, crash_model.CALLS, self.shim_environment(rules) if rules else {})
         files = {name: value for name, value in self.before.items()
                  if value[0] != "folder" and "/" not in name}
         result = self.run_kraddon(*command.words, prefix=prefix)

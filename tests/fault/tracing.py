@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Records of the system calls of a program, made with strace."""
 
+import os
 import re
 import shutil
 import subprocess
@@ -11,6 +12,17 @@ def can_trace():
         return False
     done = subprocess.run(["strace", "-e", "trace=none", "true"], capture_output=True, check=False)
     return done.returncode == 0
+
+
+def strace(log, calls, variables=()):
+    """The beginning of a command whose system calls go to `log` with all their bytes. `variables`
+    are those of the environment of the program alone."""
+    leaks = os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"
+    prefix = ["strace", "-f", "-X", "raw", "-xx", "-s", "4000000", "-E", f"ASAN_OPTIONS={leaks}",
+              "-e", f"trace={calls}", "-o", log]
+    for key, value in dict(variables).items():
+        prefix += ["-E", f"{key}={value}"]
+    return prefix
 
 
 def whole_lines(log):

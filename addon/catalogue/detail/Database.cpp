@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "addon/catalogue/Shard.h"
+#include "addon/catalogue/SitePaths.h"
 #include "opc/Text.h"
 #include "text/Sha256.h"
 
@@ -36,6 +37,7 @@ std::string tables() {
       "CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
       "CREATE TABLE versions(addon TEXT NOT NULL, position INTEGER NOT NULL{});"
       "CREATE UNIQUE INDEX versions_of_addons ON versions(addon, position);"
+      "CREATE INDEX versions_by_name ON versions(name COLLATE NOCASE, addon, position);"
       "CREATE TABLE addons(id INTEGER PRIMARY KEY, addon TEXT NOT NULL UNIQUE,"
       " position INTEGER NOT NULL, requires TEXT NOT NULL);"
       "CREATE VIEW texts AS SELECT addons.id AS id, name, author || ' ' || organization AS author,"
@@ -51,9 +53,9 @@ using Fields = std::span<const RecordField>;
 
 /// What a list of add-ons shows. Others, which may be long, need not be read for that.
 std::vector<RecordField> listedFields() {
-  constexpr std::array<std::string_view, 9> kNames{"name",         "version", "summary",
-                                                   "author",       "license", "modified",
-                                                   "organization", "page",    "screenshot"};
+  constexpr std::array<std::string_view, 10> kNames{
+      "guid",    "name",     "version",      "summary", "author",
+      "license", "modified", "organization", "page",    "screenshot"};
   std::vector<RecordField> fields;
   for (const RecordField& field : recordFields()) {
     if (std::find(kNames.begin(), kNames.end(), field.name) != kNames.end()) {
@@ -302,13 +304,36 @@ void Database::addRecords(const std::vector<std::int64_t>& ids,
   });
 }
 
-void Database::visitCurrent(const std::function<void(const Record&)>& visit) const {
+void Database::visitCurrent(const std::function<void(const Record&)>& visit,
+                            const std::set<std::string>* keys) const {
   const std::vector<RecordField> fields = listedFields();
+  std::string which;
+  if (keys != nullptr) {
+    for (std::size_t i = 0; i < keys->size(); ++i) which += which.empty() ? "?" : ", ?";
+    which = " WHERE addon IN (" + which + ")";
+  }
   Statement list =
       connection_.prepare(fmt::format("SELECT {} FROM addons JOIN versions USING (addon, position)"
-                                      " ORDER BY versions.name COLLATE NOCASE, addon",
-                                      columnsOf("versions", fields)));
+                                      "{} ORDER BY versions.name COLLATE NOCASE, addon",
+                                      columnsOf("versions", fields), which));
+  int parameter = 0;
+  if (keys != nullptr) {
+    for (const std::string& key : *keys) list.bind(parameter++, key);
+  }
   while (list.step()) visit(recordOf(list, fields));
+}
+
+std::string Database::currentAfter(const Record& record, const std::set<std::string>& keys) const {
+  Statement next = connection_.prepare(
+      "SELECT versions.addon FROM versions CROSS JOIN addons USING (addon, position)"
+      " WHERE (versions.name COLLATE NOCASE, versions.addon) > (?, ?)"
+      " ORDER BY versions.name COLLATE NOCASE, versions.addon");
+  next.bind(0, record.name).bind(1, keyOf(record.guid));
+  while (next.step()) {
+    std::string key = next.text(0);
+    if (!keys.contains(key)) return key;
+  }
+  return {};
 }
 
 std::uint64_t Database::countCurrent() const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,8 +36,13 @@ class Database {
 
   /// The newest record that is not yanked of each add-on that has the words, the best first.
   std::vector<Record> search(const std::vector<std::string>& words, std::uint64_t limit) const;
-  /// Those of all add-ons, by their names, with the members that a list shows.
-  void visitCurrent(const std::function<void(const Record&)>& visit) const;
+  /// Those of all add-ons, or of those with these keys, by their names, with the members that a
+  /// list shows.
+  void visitCurrent(const std::function<void(const Record&)>& visit,
+                    const std::set<std::string>* keys = nullptr) const;
+  /// The key of the first add-on that comes after one in such a list, those with `keys` left out;
+  /// "" if there is none.
+  std::string currentAfter(const Record& record, const std::set<std::string>& keys) const;
   /// How many there are.
   std::uint64_t countCurrent() const;
 

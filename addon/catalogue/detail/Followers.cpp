@@ -6,10 +6,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 #include <vector>
 
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Database.h"
+#include "addon/catalogue/detail/FollowerChanges.h"
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/gallery/FrontPage.h"
 #include "opc/SystemCall.h"
@@ -21,6 +23,14 @@ using opc::FileDescriptor;
 using opc::uninterrupted;
 
 namespace {
+
+/// For more add-ons than that, everything is written anew.
+constexpr std::size_t kMostChanged = 50;
+
+gallery::Card cardOf(const Record& record) {
+  return {record.name,    record.version,  record.summary, record.author,    record.organization,
+          record.license, record.modified, record.page,    record.screenshot};
+}
 
 /// A file in the making that SQLite opens by a name.
 class NamedFile {
@@ -101,12 +111,12 @@ bool Followers::areOf(std::uint64_t sequence) const {
          files_.exists(std::string(kDatabase)) && files_.exists(std::string(kRecordLines));
 }
 
-void Followers::write(const SiteState& state, const std::set<std::string>& keys,
-                      bool areOthersComplete) {
-  if (!areOthersComplete) writePages(state);
-  writeLines(state);
-  writeDatabase(state, keys, areOthersComplete);
-  writeFrontPage(state);
+void Followers::write(const Request& request) {
+  const SiteState& state = request.state;
+  if (!request.isOldComplete) writePages(state);
+  writeLines(request);
+  writeDatabase(state, request.keys, request.isOldComplete);
+  writeFrontPage(request);
   files_.flush();
 }
 
@@ -118,16 +128,30 @@ void Followers::writePages(const SiteState& state) {
   });
 }
 
-void Followers::writeLines(const SiteState& state) {
-  files_.replace(std::string(kRecordLines), [&](const SiteFiles::Sink& sink) {
+void Followers::writeLines(const Request& request) {
+  const std::string path(kRecordLines);
+  std::optional<LinesChange> change;
+  std::optional<Pieces> pieces;
+  if (request.isOldComplete && request.keys.size() <= kMostChanged) {
+    change.emplace(files_.read(path).value_or(""), request.old);
+    pieces = change->make(request.state, request.keys);
+  }
+  files_.replace(path, [&](const SiteFiles::Sink& sink) {
     // The first line also says of which root they are.
-    std::string start = fmt::format(R"({{"sequence":{},)", state.sequence());
-    state.visitLines([&](std::string_view line) {
+    std::string start = fmt::format(R"({{"sequence":{},)", request.state.sequence());
+    const auto write = [&](std::string_view text) {
       sink(start);
-      if (!start.empty()) line.remove_prefix(1);
-      sink(line);
-      sink("\n");
+      if (!start.empty()) text.remove_prefix(1);
       start.clear();
+      sink(text);
+    };
+    if (pieces) {
+      for (const std::string_view piece : *pieces) write(piece);
+      return;
+    }
+    request.state.visitLines([&](std::string_view line) {
+      write(line);
+      sink("\n");
     });
   });
 }
@@ -173,23 +197,51 @@ void Followers::makeDatabase(const std::string& path, const SiteState& state) {
   database.finish(state.sequence(), true);
 }
 
-void Followers::writeFrontPage(const SiteState& state) {
+void Followers::writeFrontPage(const Request& request) {
   const Database database = Database::read(files_.onDisk(kDatabase));
   gallery::FrontPage list;
-  list.sequence = state.sequence();
+  list.sequence = request.state.sequence();
   list.addons = database.countCurrent();
-  list.visit = [&](const std::function<void(const gallery::Card&)>& add) {
-    database.visitCurrent([&](const Record& record) {
+  const auto addTo = [this](const std::function<void(const gallery::Card&)>& add) {
+    return [this, &add](const Record& record) {
       check();
-      add({record.name, record.version, record.summary, record.author, record.organization,
-           record.license, record.modified, record.page, record.screenshot});
-    });
+      add(cardOf(record));
+    };
   };
+  if (request.isOldComplete && request.keys.size() <= kMostChanged) {
+    list.visit = [&](const auto& add) { database.visitCurrent(addTo(add), &request.keys); };
+    if (changeFrontPage(list, database, request.keys)) return;
+  }
+  list.visit = [&](const auto& add) { database.visitCurrent(addTo(add)); };
+  putFrontPage(list.sequence, [&](const auto& page, const auto& terms) {
+    gallery::writeFrontPage(list, page, terms);
+  });
+}
+
+bool Followers::changeFrontPage(const gallery::FrontPage& fresh, const Database& database,
+                                const std::set<std::string>& keys) {
+  ListChange::Texts texts;
+  gallery::writeFrontPage(
+      fresh, [&](std::string_view text) { texts.page += text; },
+      [&](std::string_view text) { texts.terms += text; });
+  std::vector<Record> records;
+  database.visitCurrent([&](const Record& record) { records.push_back(record); }, &keys);
+  ListChange change({files_.read(std::string(kFrontPage)).value_or(""),
+                     files_.read(std::string(kTerms)).value_or("")});
+  if (!change.make(texts, records, database, keys)) return false;
+  putFrontPage(fresh.sequence, [&](const auto& page, const auto& terms) {
+    for (const std::string_view piece : change.page) page(piece);
+    for (const std::string_view piece : change.terms) terms(piece);
+  });
+  return true;
+}
+
+void Followers::putFrontPage(std::uint64_t sequence, const WriteList& write) {
   files_.replace(std::string(kFrontPage), [&](const SiteFiles::Sink& page) {
-    page(fmt::format("<!-- kraddon.front/1 sequence={} -->\n", list.sequence));
+    page(fmt::format("<!-- kraddon.front/1 sequence={} -->\n", sequence));
     files_.replace(std::string(kTerms), [&](const SiteFiles::Sink& terms) {
-      terms(fmt::format("// kraddon.terms/1 sequence={}\n", list.sequence));
-      gallery::writeFrontPage(list, page, terms);
+      terms(fmt::format("// kraddon.terms/1 sequence={}\n", sequence));
+      write(page, terms);
     });
     // The front page says that all of this is there.
     files_.flush();

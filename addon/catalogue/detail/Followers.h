@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <set>
 #include <string>
 
+#include "addon/catalogue/detail/Database.h"
 #include "addon/catalogue/detail/SiteFiles.h"
 #include "addon/catalogue/detail/SiteState.h"
+#include "addon/gallery/FrontPage.h"
 #include "opc/interfaces/Progress.h"
 
 namespace addon::catalogue::detail {
@@ -21,18 +25,29 @@ class Followers {
   /// Whether they are those of that root.
   bool areOf(std::uint64_t sequence) const;
 
-  /// Writes them for the root of `state`. If the old ones were complete for the root before, only
+  /// What is to be written: for the root of `state`. If the old ones were complete for `old`, only
   /// the add-ons with these keys can have changed.
-  void write(const SiteState& state, const std::set<std::string>& keys, bool areOthersComplete);
+  struct Request {
+    const SiteState& state;
+    const SiteState& old;
+    const std::set<std::string>& keys;
+    bool isOldComplete;
+  };
+  void write(const Request& request);
 
  private:
   void writePages(const SiteState& state);
-  void writeLines(const SiteState& state);
+  void writeLines(const Request& request);
   void writeDatabase(const SiteState& state, const std::set<std::string>& keys, bool isChange);
   void changeDatabase(const std::string& path, const SiteState& state,
                       const std::set<std::string>& keys);
   void makeDatabase(const std::string& path, const SiteState& state);
-  void writeFrontPage(const SiteState& state);
+  void writeFrontPage(const Request& request);
+  /// Returns false if the old one is not what it should be.
+  bool changeFrontPage(const gallery::FrontPage& fresh, const Database& database,
+                       const std::set<std::string>& keys);
+  using WriteList = std::function<void(const SiteFiles::Sink& page, const SiteFiles::Sink& terms)>;
+  void putFrontPage(std::uint64_t sequence, const WriteList& write);
   void check() const;
 
   SiteFiles& files_;

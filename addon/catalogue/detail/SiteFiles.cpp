@@ -42,22 +42,27 @@ class FileSink {
 
   /// Returns false, with errno set, if that fails.
   bool write(std::string_view piece) {
+    if (piece.size() >= kBufferSize) return flush() && writeAll(piece);
     buffer_ += piece;
     return buffer_.size() < kBufferSize || flush();
   }
 
   bool flush() {
-    std::string_view left = buffer_;
+    const bool isWritten = writeAll(buffer_);
+    buffer_.clear();
+    return isWritten;
+  }
+
+ private:
+  bool writeAll(std::string_view left) const {
     while (!left.empty()) {
       const ssize_t count = uninterrupted([&] { return ::write(file_, left.data(), left.size()); });
       if (count < 0) return false;
       left.remove_prefix(static_cast<std::size_t>(count));
     }
-    buffer_.clear();
     return true;
   }
 
- private:
   int file_;
   std::string buffer_;
 };

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/detail/Sources.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +16,8 @@
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/packaging/AddonPackage.h"
 #include "opc/Exception.h"
+#include "opc/FileDescriptor.h"
+#include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 
 namespace addon::catalogue::detail {
@@ -42,6 +46,19 @@ void addFrom(const std::string& folder, std::vector<std::string>& packages) {
     each.increment(error);
   }
   if (error) fail("cannot read folder", folder, error.value());
+}
+
+/// Brings the name of a new folder to the disk.
+void flushNameOf(const std::string& folder) {
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  const std::string parent = folder + "/..";
+  const opc::FileDescriptor file(
+      opc::uninterrupted([&] { return ::open(parent.c_str(), kFlags); }));
+  // One that may be written to but not read cannot be flushed.
+  if (!file && errno == EACCES) return;
+  if (!file || opc::uninterrupted([&] { return ::fsync(file.get()); }) != 0) {
+    fail("cannot make site", folder, errno);
+  }
 }
 
 bool isOfSite(const std::string& name) {
@@ -98,7 +115,7 @@ std::uint64_t lastSequence(const SiteFiles& files) {
 }
 
 void prepareFolder(const std::string& folder) {
-  if (::mkdir(folder.c_str(), 0777) == 0) return;
+  if (::mkdir(folder.c_str(), 0777) == 0) return flushNameOf(folder);
   if (errno != EEXIST) fail("cannot make site", folder, errno);
   std::error_code error;
   bool hasRoot = false;
