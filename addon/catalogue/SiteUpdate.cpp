@@ -89,7 +89,7 @@ class SiteUpdate {
   void lookAtOldPackages() {
     for (const auto& [name, reference] : old_.index().shards) {
       try {
-        const Shard& shard = old_.shard(name);
+        const Shard shard = old_.readShard(name);
         for (const auto& [key, lines] : shard.addons()) noteOld(key, shard.records(key));
       } catch (const BrokenSite& error) {
         result_.lost.emplace_back(error.what());
@@ -230,9 +230,12 @@ class SiteUpdate {
     if (old_.root()) files_.touch(old_.root()->index.path);
     files_.flush();
     if (request_.stop) request_.stop();
+    // Its own bytes have to be on the disk before its name.
+    const SiteFiles::Flushing usual = files_.setFlushing(SiteFiles::Flushing::Each);
     files_.replace(std::string(kRootFile), root.text(index));
     if (request_.onCommitted) request_.onCommitted();
     files_.flush();
+    files_.setFlushing(usual);
     result_.isChanged = true;
   }
 

@@ -83,6 +83,16 @@ class States(SiteTest):
                 self.record(is_there, words)
                 self.assertEqual(self.violations(), [])
 
+    def test_of_many_packages_hold_the_old_site_or_the_new_one(self):
+        self.learn_sites()
+        many = [self.addon(f"many{i}.kraddon", f"Many {i}", "1.0", i) for i in range(10, 31)]
+
+        self.record(True, many)
+
+        self.assertIn(None, [event.folder for event in self.recording.events
+                             if event.kind == "flush-folder"])  # the whole file system at once
+        self.assertEqual(self.violations(), [])
+
     def test_do_not_disturb_the_next_command(self):
         self.learn_sites()
         for is_there, words in self.commands():

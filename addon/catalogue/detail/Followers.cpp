@@ -188,7 +188,7 @@ void Followers::makeDatabase(const std::string& path, const SiteState& state) {
   Database database = Database::create(path);
   database.begin();
   for (const auto& [name, reference] : state.index().shards) {
-    const Shard& shard = state.shard(name);
+    const Shard shard = state.readShard(name);
     for (const auto& [key, lines] : shard.addons()) {
       check();
       database.setRecords(key, shard.records(key));

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "addon/catalogue/Root.h"
 #include "opc/FileDescriptor.h"
@@ -25,7 +26,8 @@ class SiteFiles {
   /// Opens the folder of the site, which must exist.
   explicit SiteFiles(std::string folder);
 
-  void setFlushing(Flushing flushing) { flushing_ = flushing; }
+  /// Returns how it was done until now.
+  Flushing setFlushing(Flushing flushing) { return std::exchange(flushing_, flushing); }
 
   const std::string& folder() const { return folder_; }
   int descriptor() const { return descriptor_.get(); }

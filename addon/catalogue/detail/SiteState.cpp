@@ -51,6 +51,11 @@ const Shard& SiteState::shard(const std::string& name) const {
   return shards_[name] = Shard::parse(files_->read(file), file.path);
 }
 
+Shard SiteState::readShard(const std::string& name) const {
+  const FileReference& file = index_.shards.at(name).file;
+  return Shard::parse(files_->read(file), file.path);
+}
+
 std::vector<Record> SiteState::records(const std::string& key) const {
   return shard(shardOf(key)).records(key);
 }

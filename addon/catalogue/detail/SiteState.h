@@ -32,6 +32,8 @@ class SiteState {
   /// The shard "00" to "ff"; an empty one if it is not there. Valid until the next call.
   const Shard& shard(const std::string& name) const;
   std::vector<Record> records(const std::string& key) const;
+  /// The same as shard(), for one look at all of them: it is not kept.
+  Shard readShard(const std::string& name) const;
 
   /// Passes all records, shard by shard, as lines; from memory that is used again.
   void visitLines(const std::function<void(std::string_view)>& visit) const;

@@ -114,7 +114,7 @@ Connection::Connection(const std::string& path, Mode mode) : path_(path) {
   sqlite().dbConfig(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite().dbConfig(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   // Nothing is sorted in files elsewhere.
-  run("PRAGMA temp_store = MEMORY; PRAGMA cache_size = -16384");
+  run("PRAGMA temp_store = MEMORY; PRAGMA cache_size = -8192");
   // The caller flushes a file that is complete; one that is not is thrown away.
   run(isRead ? "PRAGMA cell_size_check = ON"
              : "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
