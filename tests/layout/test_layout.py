@@ -31,7 +31,8 @@ PROGRAMS = {"tool", "tool/manual", "python/stubs"}
 # The dotted arrow: 'call' loads the library when it runs, and shares only the record of its table.
 LOADED = ("tool/commands", "gateway/FunctionTable.h")
 # A nested class, and words that are spelled once, have their own namespace in the folder's.
-NESTED = {"opc/model/detail/PackageRelationships", "opc/model/detail/PackageState"}
+NESTED = {"opc/model/detail/PackageRelationships", "opc/model/detail/PackageState",
+          "opc/model/detail/PartIndexLoader"}
 
 
 def without_generators(word):
