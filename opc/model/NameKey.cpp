@@ -99,6 +99,7 @@ bool equalKeys(std::string_view a, std::string_view b) noexcept {
 }
 
 bool keyStartsWith(std::string_view name, std::string_view prefix) noexcept {
+  if (name.starts_with(prefix)) return true;
   KeyCursor x(name);
   KeyCursor y(prefix);
   while (!x.isEnd() && !y.isEnd()) {

@@ -122,6 +122,15 @@ const NameFault* checkSlash(std::string_view name, std::size_t at) {
   return at + 1 == name.size() ? &kEndsInSlash : nullptr;
 }
 
+// 0 for characters that need no closer look; of dots only the place matters.
+constexpr std::array<std::uint8_t, 256> kNeedsLook = [] {
+  std::array<std::uint8_t, 256> needs{};
+  for (std::size_t byte = 0; byte < needs.size(); ++byte) {
+    needs[byte] = kKinds[byte] == Kind::Plain || kKinds[byte] == Kind::Dot ? 0 : 1;
+  }
+  return needs;
+}();
+
 FormatError undecodable(std::string_view encoded, const char* rule, const char* why) {
   return {rule, "cannot decode name '" + std::string(encoded) + "': " + why,
           ErrorCode::InvalidName};
@@ -229,6 +238,19 @@ const NameFault* findNameFault(std::string_view itemName) {
     if (fault != nullptr) return fault;
   }
   return nullptr;
+}
+
+bool isPlainSegment(std::string_view segment) noexcept {
+  if (segment.empty() || segment.back() == '.') return false;
+  const auto* next = reinterpret_cast<const unsigned char*>(segment.data());
+  std::size_t left = segment.size();
+  unsigned needs = 0;  // of all bytes: a branch for each takes longer
+  for (; left >= 4; left -= 4, next += 4) {
+    needs |= static_cast<unsigned>(kNeedsLook[next[0]]) | kNeedsLook[next[1]] |
+             kNeedsLook[next[2]] | kNeedsLook[next[3]];
+  }
+  for (; left > 0; --left, ++next) needs |= kNeedsLook[*next];
+  return needs == 0;
 }
 
 std::string canonicalItemName(std::string_view itemName) {

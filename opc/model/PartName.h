@@ -48,6 +48,9 @@ struct NameFault {
 };
 const NameFault* findNameFault(std::string_view itemName);
 
+/// Whether a segment is fit for a part name and has neither escapes nor characters outside ASCII.
+bool isPlainSegment(std::string_view segment) noexcept;
+
 /// What follows the last dot of the last segment; empty when there is none.
 std::string_view extensionOf(std::string_view itemName);
 

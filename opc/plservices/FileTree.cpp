@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "opc/CommonLength.h"
 #include "opc/Exception.h"
 #include "opc/KeyedHash.h"
 #include "opc/Text.h"
@@ -26,11 +27,6 @@ std::uint64_t sortKey(std::string_view name) {
     key = (key << 8) | codeUnitRank(byte);
   }
   return key;
-}
-
-std::size_t commonPrefix(std::string_view a, std::string_view b) {
-  const auto [end, ignored] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-  return static_cast<std::size_t>(end - a.begin());
 }
 
 std::uint32_t toNumber(model::PartId part) {
@@ -221,7 +217,7 @@ std::size_t FileTree::commonNamePrefix() const {
   if (sortItems_.empty()) return 0;
   std::string_view first = name(sortItems_.front().node);
   for (const SortItem& item : sortItems_) {
-    first = first.substr(0, commonPrefix(first, name(item.node)));
+    first = first.substr(0, commonLength(first, name(item.node)));
   }
   return first.size();
 }

@@ -65,17 +65,9 @@ ZipDirectory ZipDirectory::read(const PackageFile& file) {
   return directory;
 }
 
-std::string_view ZipDirectory::name(std::size_t entry) const {
-  const std::uint32_t mapped = entries_[entry].mappedName;
-  if (mapped == ZipEntry::kNotMapped) return storedName(entry);
-  return std::string_view(mappedNames_)
-      .substr(mappedStarts_[mapped], mappedStarts_[mapped + 1] - mappedStarts_[mapped]);
-}
-
-std::string_view ZipDirectory::storedName(std::size_t entry) const {
-  const ZipEntry& here = entries_[entry];
-  const unsigned char* start = bytes_.data() + here.record + CentralHeader::kSize;
-  return {reinterpret_cast<const char*>(start), here.nameLength};
+std::string_view ZipDirectory::mappedName(std::uint32_t mapped) const {
+  const std::size_t start = mappedStarts_[mapped];
+  return std::string_view(mappedNames_).substr(start, mappedStarts_[mapped + 1] - start);
 }
 
 CentralHeader ZipDirectory::header(std::size_t entry) const {

@@ -59,9 +59,16 @@ class ZipDirectory {
 
   std::span<const ZipEntry> entries() const { return entries_; }
   /// UTF-8, or the bytes as they are when they claim to be UTF-8 and are not (a noted fault).
-  std::string_view name(std::size_t entry) const;
+  std::string_view name(std::size_t entry) const {
+    const std::uint32_t mapped = entries_[entry].mappedName;
+    return mapped == ZipEntry::kNotMapped ? storedName(entry) : mappedName(mapped);
+  }
   /// As stored.
-  std::string_view storedName(std::size_t entry) const;
+  std::string_view storedName(std::size_t entry) const {
+    const ZipEntry& here = entries_[entry];
+    const unsigned char* start = bytes_.data() + here.record + CentralHeader::kSize;
+    return {reinterpret_cast<const char*>(start), here.nameLength};
+  }
   CentralHeader header(std::size_t entry) const;
   /// The whole record: header, name, extra fields, comment.
   Bytes record(std::size_t entry) const;
@@ -86,6 +93,8 @@ class ZipDirectory {
  private:
   friend class detail::DirectoryPass;
   ZipDirectory() = default;
+
+  std::string_view mappedName(std::uint32_t mapped) const;
 
   ByteBuffer bytes_;
   DirectoryLocation location_;

@@ -278,6 +278,16 @@ interfaces::ItemKind ZipPhysicalPackage::itemKind(ItemIndex item) const {
   return open.isOld(item) ? open.old->directory.entries()[item].kind : interfaces::ItemKind::File;
 }
 
+void ZipPhysicalPackage::listItems(ItemIndex first, std::span<interfaces::ListedItem> into) const {
+  const Session& open = session();
+  if (!open.added.empty() || !open.old) return IPhysicalPackage::listItems(first, into);
+  const ZipDirectory& directory = open.old->directory;
+  for (interfaces::ListedItem& item : into) {
+    item = {directory.name(first), directory.entries()[first].kind, open.removed[first]};
+    ++first;
+  }
+}
+
 std::unique_ptr<InputStream> ZipPhysicalPackage::openItem(ItemIndex item) {
   Session& open = sessionWith(item);
   if (open.isOld(item)) return open.old->reader.open(item);

@@ -67,6 +67,8 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   interfaces::ItemInfo itemInfo(interfaces::ItemIndex item) const override;
   std::string_view itemName(interfaces::ItemIndex item) const override;
   interfaces::ItemKind itemKind(interfaces::ItemIndex item) const override;
+  void listItems(interfaces::ItemIndex first,
+                 std::span<interfaces::ListedItem> into) const override;
   std::unique_ptr<InputStream> openItem(interfaces::ItemIndex item) override;
   void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;
   std::span<const unsigned char> packedBytes(interfaces::ItemIndex item, std::uint64_t offset,

@@ -33,6 +33,9 @@ class CheckedContainer final : public interfaces::IPhysicalPackage {
   bool isRemoved(interfaces::ItemIndex item) const override { return states_[item].isTwin; }
   interfaces::ItemInfo itemInfo(interfaces::ItemIndex item) const override;
   std::string_view itemName(interfaces::ItemIndex item) const override;
+  interfaces::ItemKind itemKind(interfaces::ItemIndex item) const override {
+    return directory_.entries()[item].kind;
+  }
   /// Throw ErrorCode::Damaged for a damaged item.
   std::unique_ptr<InputStream> openItem(interfaces::ItemIndex item) override;
   void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "opc/Exception.h"
+#include "opc/Text.h"
 #include "opc/model/FormatConstants.h"
 #include "opc/model/NameKey.h"
 #include "opc/model/PartIndex.h"
@@ -48,8 +50,11 @@ class PartIndex::Loader {
     index_.parts_.reserve(count);
     folderHash_ = rootHash();
     folderIsName_ = true;
-    for (ItemIndex item = 0; item < count; ++item) {
-      if (!index_.physical_.isRemoved(item)) addItem(item);
+    std::array<interfaces::ListedItem, 64> items;
+    for (ItemIndex first = 0; first < count; first += items.size()) {
+      const auto listed = std::span(items).first(std::min(items.size(), count - first));
+      index_.physical_.listItems(first, listed);
+      for (std::size_t i = 0; i < listed.size(); ++i) addItem(listed[i], first + i);
     }
     leaveFolder();
     addSequences();
@@ -64,20 +69,33 @@ class PartIndex::Loader {
     PartId part = 0;
   };
 
-  void addItem(ItemIndex item) {
-    if (index_.physical_.itemKind(item) == ItemKind::File) {
-      addFile(index_.physical_.itemName(item), item);
+  void addItem(const interfaces::ListedItem& listed, ItemIndex item) {
+    if (listed.isRemoved) return;
+    if (listed.kind != ItemKind::File) return index_.setRole(item, ItemRole::Stray);
+    if (folderIsName_ && liesInFolder(listed.name) && isPlainSegment(segmentOf(listed.name))) {
+      addName(listed.name, item);
     } else {
-      index_.setRole(item, ItemRole::Stray);
+      addFile(listed.name, item);
     }
+  }
+
+  // Whether a name begins as those in the folder do.
+  bool liesInFolder(std::string_view name) const {
+    if (folder_.empty()) return true;
+    return name.size() > folder_.size() && name[folder_.size()] == '/' &&
+           std::memcmp(name.data(), folder_.data(), folder_.size()) == 0;
+  }
+
+  std::string_view segmentOf(std::string_view name) const {
+    return name.substr(folder_.size() + !folder_.empty());
   }
 
   void addFile(std::string_view name, ItemIndex item) {
     const std::string_view folder = folderOf(name);
     if (folder != folder_) enterFolder(folder);
     // The folder has been looked at; what is left is the last segment. "/a" has the folder "" too.
-    const bool isPartName = folderIsName_ && !name.starts_with('/') &&
-                            findNameFault(name.substr(folder.size() + !folder.empty())) == nullptr;
+    const bool isPartName =
+        folderIsName_ && !name.starts_with('/') && findNameFault(segmentOf(name)) == nullptr;
     if (isPartName) {
       addName(name, item);
     } else {
@@ -112,8 +130,7 @@ class PartIndex::Loader {
 
   // What takes time in a large table is the way to memory: names wait a little for theirs.
   void addName(std::string_view name, PartId part) {
-    const std::string_view segment = name.substr(folder_.size() + !folder_.empty());
-    const std::uint64_t hash = extendHash(folderHash_, segment);
+    const std::uint64_t hash = extendHash(folderHash_, segmentOf(name));
     index_.parts_.prefetch(hash);
     waiting_[waitingCount_] = {name, hash, part};
     if (++waitingCount_ == waiting_.size()) settleNames();
@@ -126,14 +143,17 @@ class PartIndex::Loader {
 
   void settleName(const Name& added) {
     const auto& [name, hash, part] = added;
-    if (const std::uint32_t* other = index_.lookUp(hash, name)) {
+    const auto isSame = [&, &wanted = name](std::uint32_t other) {
+      return equalKeys(index_.name(other), wanted);
+    };
+    const auto* other = index_.parts_.findOrInsert(hash, static_cast<std::uint32_t>(part), isSame);
+    if (other != nullptr) {
       const bool inPieces = index_.isInPieces(part) || index_.isInPieces(*other);
       return faults_.add(FormatError(inPieces ? "IL-3" : "PN-8",
                                      "part name " + quoted(name) + ": " +
                                          quoted(index_.name(*other)) + " is the same name"),
                          name);
     }
-    index_.parts_.insert(hash, static_cast<std::uint32_t>(part));
     const ItemRole role = roleOf(name, hash);
     index_.setRole(part, role);
     if (role == ItemRole::Relationships) relationships_.push_back(part);
@@ -142,19 +162,24 @@ class PartIndex::Loader {
   }
 
   ItemRole roleOf(std::string_view name, std::uint64_t hash) {
-    if (isRelationshipsItemName(name)) {
+    const ContentType* type = defaultFor(name);
+    if (extensionIsOfRelationships_ && isRelationshipsItemName(name)) {
       checkRelationshipsType(name, hash);
       return ItemRole::Relationships;
     }
-    if (defaultFor(name) != nullptr) return ItemRole::Part;
+    if (type != nullptr) return ItemRole::Part;
     return types_.findOverride(hash, name) != nullptr ? ItemRole::Part : ItemRole::Untyped;
   }
 
   const ContentType* defaultFor(std::string_view name) {
-    const std::string_view extension = extensionOf(name);
+    const std::string_view segment = segmentOf(name);
+    const std::size_t dot = segment.rfind('.');
+    const std::string_view extension =
+        dot == std::string_view::npos ? std::string_view() : segment.substr(dot + 1);
     if (hasExtension_ && extension == extension_) return default_;
     hasExtension_ = true;
     extension_ = extension;
+    extensionIsOfRelationships_ = toLowerAscii(extension) == kRelationshipsExtension;
     default_ = types_.findDefault(extension);
     return default_;
   }
@@ -262,6 +287,7 @@ class PartIndex::Loader {
   std::string_view extension_;
   const ContentType* default_ = nullptr;
   bool hasExtension_ = false;
+  bool extensionIsOfRelationships_ = false;
 
   std::size_t contentTypesItems_ = 0;
 };

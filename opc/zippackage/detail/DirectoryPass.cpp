@@ -6,6 +6,7 @@
 #include <numeric>
 #include <string>
 
+#include "opc/CommonLength.h"
 #include "opc/Exception.h"
 #include "opc/HashIndex.h"
 #include "opc/KeyedHash.h"
@@ -313,22 +314,31 @@ void DirectoryPass::checkPlaces() {
   const std::uint64_t start =
       order.empty() ? directory_.location_.offset : entries[order[0]].headerOffset;
   if (start > 0) note(ZipFaultKind::BytesBeforeFirst, 0, start);
-  for (const std::uint32_t entry : order) checkPlace(entry, entries[entry].leastEnd());
+  for (const std::uint32_t entry : order) {
+    if (!followsClosely(entries[entry])) checkPlace(entry, entries[entry].leastEnd());
+  }
   if (farthest_ == kNoEntry) return;
   const std::uint64_t gap =
       directory_.location_.offset - std::min(reached_, directory_.location_.offset);
   if (gap > kMostUnseen) note(ZipFaultKind::UnusedBytes, reached_, gap);
 }
 
+// Whether an item lies right behind those before it, and ends before the directory.
+bool DirectoryPass::followsClosely(const ZipEntry& entry) {
+  const std::uint64_t limit = directory_.location_.offset;
+  const std::uint64_t start = entry.headerOffset;
+  const bool isBehind = farthest_ != kNoEntry && start >= reached_ &&
+                        start - reached_ <= kMostUnseen && start <= limit;
+  const std::uint64_t head = LocalHeader::kSize + std::uint64_t{entry.nameLength};
+  const std::uint64_t room = isBehind ? limit - start : 0;
+  if (room < head || room - head < entry.packedSize) return false;
+  farthest_ = static_cast<std::uint32_t>(&entry - directory_.entries_.data());
+  reached_ = start + head + entry.packedSize;
+  return true;
+}
+
 void DirectoryPass::checkPlace(std::uint32_t entry, std::uint64_t end) {
   const std::uint64_t start = directory_.entries_[entry].headerOffset;
-  const bool follows = farthest_ != kNoEntry && start >= reached_ &&
-                       start - reached_ <= kMostUnseen && end <= directory_.location_.offset;
-  if (follows) {
-    farthest_ = entry;
-    reached_ = end;
-    return;
-  }
   const std::uint64_t archiveEnd = directory_.location_.archiveEnd;
   if (start >= archiveEnd || end > archiveEnd) {
     noteFor(entry, ZipFaultKind::OutsideFile, end, archiveEnd);

@@ -37,6 +37,7 @@ class DirectoryPass {
   void checkDuplicates();
   void noteTwice(std::uint32_t entry, std::uint32_t other);
   void checkPlaces();
+  bool followsClosely(const ZipEntry& entry);
   void checkPlace(std::uint32_t entry, std::uint64_t end);
   void note(ZipFaultKind kind, std::uint64_t first = 0, std::uint64_t second = 0);
   void noteFor(std::uint32_t entry, ZipFaultKind kind, std::uint64_t first, std::uint64_t second);

@@ -2,64 +2,18 @@
 #include "opc/zippackage/detail/NameChains.h"
 
 #include <algorithm>
-#include <bit>
 
-#include "opc/Words.h"
+#include "opc/CommonLength.h"
 
 namespace opc::zippackage::detail {
-namespace {
-
-// Where the first byte in memory that is not 0 stands in a word.
-std::size_t firstByteOf(std::uint64_t word) {
-  const int zeros =
-      std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
-  return static_cast<std::size_t>(zeros) / 8;
+std::size_t NameChains::Chain::size() const {
+  std::size_t size = 0;
+  for (const Run& run : runs) size += run.end - run.first;
+  return size;
 }
 
-// A slash comes first, as where folders are walked through in the order of their names.
-unsigned rankOf(char c) {
-  return c == '/' ? 0 : static_cast<unsigned char>(c) + 1u;
-}
-
-bool isBefore(std::string_view a, std::string_view b, std::size_t common) {
-  if (common == b.size()) return false;
-  return common == a.size() || rankOf(a[common]) < rankOf(b[common]);
-}
-
-bool isBefore(std::string_view a, std::string_view b) {
+bool NameChains::isBefore(std::string_view a, std::string_view b) {
   return isBefore(a, b, commonLength(a, b));
-}
-
-}  // namespace
-
-std::size_t commonLength(std::string_view a, std::string_view b) {
-  const std::size_t most = std::min(a.size(), b.size());
-  std::size_t at = 0;
-  while (most - at >= 8) {
-    const std::uint64_t differing = loadWord(a.data() + at) ^ loadWord(b.data() + at);
-    if (differing != 0) return at + firstByteOf(differing);
-    at += 8;
-  }
-  while (at < most && a[at] == b[at]) ++at;
-  return at;
-}
-
-void NameChains::Chain::add(std::uint32_t entry, std::string_view name) {
-  last = name;
-  ++size;
-  if (!runs.empty() && runs.back().end == entry) {
-    ++runs.back().end;
-  } else {
-    runs.push_back({entry, entry + 1});
-  }
-}
-
-bool NameChains::add(std::uint32_t entry, std::string_view name, std::size_t common) {
-  if (chains_.empty() || !isBefore(chains_[current_].last, name, common)) {
-    return addToOther(entry, name);
-  }
-  chains_[current_].add(entry, name);
-  return true;
 }
 
 bool NameChains::addToOther(std::uint32_t entry, std::string_view name) {
@@ -69,18 +23,19 @@ bool NameChains::addToOther(std::uint32_t entry, std::string_view name) {
   if (chain == chains_.end() && chains_.size() == kMostChains) return false;
   current_ = static_cast<std::size_t>(chain - chains_.begin());
   if (chain == chains_.end()) chains_.emplace_back();
-  chains_[current_].add(entry, name);
+  chains_[current_].last = name;
+  chains_[current_].runs.push_back({entry, entry + 1});
   return true;
 }
 
 bool NameChains::areDistinct() const {
   const auto longest =
       std::max_element(chains_.begin(), chains_.end(),
-                       [](const Chain& a, const Chain& b) { return a.size < b.size; });
+                       [](const Chain& a, const Chain& b) { return a.size() < b.size(); });
   std::vector<std::string_view> outside;
   for (auto chain = chains_.begin(); chain != chains_.end(); ++chain) {
     if (chain == longest) continue;
-    if (chain->size > mostOutside_ - outside.size()) return false;
+    if (chain->size() > mostOutside_ - outside.size()) return false;
     for (const Run& run : chain->runs) {
       for (std::uint32_t entry = run.first; entry < run.end; ++entry) {
         outside.push_back(directory_.name(entry));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <string>
 
 #include "opc/Text.h"
 #include "tests/opc/model/PackageFixture.h"
@@ -224,4 +225,18 @@ TEST(PercentEncoding, WhatDecodesToNoTextIsRefused) {
   EXPECT_EQ(faultOf([] { opc::model::percentDecodePath("a%FF"); }).rule, "PN-12");
   EXPECT_EQ(faultOf([] { opc::model::percentDecodePath("a%4"); }).rule, "PN-3");
   EXPECT_EQ(faultOf([] { opc::model::percentDecodePath("a%xy"); }).rule, "PN-3");
+}
+
+TEST(PlainSegments, AreThoseThatAreFitForANameWithoutEscapesAndInAscii) {
+  for (const std::string around : {"", "a", "ab.c", "segment", "segments-of_eight"}) {
+    for (int byte = 1; byte < 256; ++byte) {
+      for (const std::string& segment :
+           {around + static_cast<char>(byte), static_cast<char>(byte) + around}) {
+        const bool isFit = byte < 0x80 && segment.find_first_of("/%") == std::string::npos &&
+                           opc::model::findNameFault(segment) == nullptr;
+        EXPECT_EQ(opc::model::isPlainSegment(segment), isFit) << segment;
+      }
+    }
+  }
+  EXPECT_FALSE(opc::model::isPlainSegment(""));
 }

@@ -297,6 +297,29 @@ TEST_F(ZipPackages, KeepIndexesWhenItemsComeAndGo) {
   EXPECT_EQ(test::textOf(package, "a"), "3");
 }
 
+TEST_F(ZipPackages, ListTheSameAtOnceAsOneByOne) {
+  test::makePackage(path(), {"a", "1", "b", "2", "c", "3"});
+  const auto holder = opened(OpenMode::Modify);
+  auto& package = *holder;
+  const auto listedNames = [&package](ItemIndex first) {
+    std::vector<interfaces::ListedItem> items(package.itemCount() - first);
+    package.listItems(first, items);
+    std::string names;
+    for (const interfaces::ListedItem& item : items) {
+      names += item.isRemoved ? std::string_view("-") : item.name;
+      EXPECT_TRUE(item.isRemoved || item.kind == interfaces::ItemKind::File);
+    }
+    return names;
+  };
+
+  package.removeItem(1);
+
+  EXPECT_EQ(listedNames(0), "a-c");
+  EXPECT_EQ(listedNames(1), "-c");
+  test::addText(package, {.name = "d"}, "4");
+  EXPECT_EQ(listedNames(0), "a-cd");
+}
+
 TEST_F(ZipPackages, KeepNamesValidWhileItemsAreAdded) {
   test::makePackage(path(), {"a", "1"});
   const auto holder = opened(OpenMode::Modify);
