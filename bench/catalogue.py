@@ -27,9 +27,9 @@ class PeakMemory:
 
     def hold(self, _rounds, _seconds):
         peaks = [run_once(self.command(count)).memory / 2 ** 20 for count in self.counts]
-        yield Figure(self.work, "-", peaks[1], None, Goal(), "MiB")
-        yield Figure("  by that of %s" % format(self.counts[0], ","), "-", peaks[1] / peaks[0], None,
-                     self.goal)
+        return [Figure(self.work, "-", peaks[1], None, Goal(), "MiB"),
+                Figure("  by that of %s" % format(self.counts[0], ","), "-", peaks[1] / peaks[0],
+                       None, self.goal)]
 
 
 class Slowest:
@@ -41,10 +41,12 @@ class Slowest:
     def hold(self, _rounds, _seconds):
         for command in self.commands[:20]:
             run_once(command)
-        times = sorted(run_once(command).seconds * 1000 for command in self.commands)
+        # Each twice: what other programs take from the one is not taken from the other.
+        times = sorted(min(run_once(command).seconds for _ in range(2)) * 1000
+                       for command in self.commands)
         figure = Figure(self.work, "-", times[len(times) * 99 // 100], None, self.goal, "ms")
         figure.details = {"seconds": round(times[len(times) // 2] / 1000, 5), "rounds": len(times)}
-        yield figure
+        return [figure]
 
 
 class Catalogue:
