@@ -156,6 +156,7 @@ class SiteUpdate {
     }
     std::vector<std::string> given = detail::packagesIn(request_.packages);
     std::vector<detail::PackageSource> sources;
+    sources.reserve(stored.size() + given.size());
     for (std::string& path : stored) sources.push_back({std::move(path), true});
     for (std::string& path : given) sources.push_back({std::move(path), false});
     const std::size_t total = sources.size();

@@ -27,7 +27,7 @@ namespace {
 /// For more add-ons than that, everything is written anew.
 constexpr std::size_t kMostChanged = 50;
 
-gallery::Card cardOf(const Record& record) {
+gallery::Card toCard(const Record& record) {
   return {record.name,    record.version,  record.summary, record.author,    record.organization,
           record.license, record.modified, record.page,    record.screenshot};
 }
@@ -205,7 +205,7 @@ void Followers::writeFrontPage(const Request& request) {
   const auto addTo = [this](const std::function<void(const gallery::Card&)>& add) {
     return [this, &add](const Record& record) {
       check();
-      add(cardOf(record));
+      add(toCard(record));
     };
   };
   if (request.isOldComplete && request.keys.size() <= kMostChanged) {
