@@ -5,6 +5,7 @@
 
 #include "addon/build/BuildError.h"
 #include "opc/Exception.h"
+#include "opc/NumberedError.h"
 #include "tool/process/Errors.h"
 
 namespace python {
@@ -36,7 +37,7 @@ int numberOf(const opc::Exception& error) {
 
 /// `kind` and `number`, an errno value or 0, choose the class in kraddon._errors.
 [[noreturn]] void raise(const char* message, const char* kind, int number, const Subject& subject) {
-  const auto text = [](const std::string& utf8) -> py::object {
+  const auto text = [](std::string_view utf8) -> py::object {
     if (utf8.empty()) return py::none();
     return py::reinterpret_steal<py::object>(
         PyUnicode_DecodeUTF8(utf8.data(), static_cast<py::ssize_t>(utf8.size()), "replace"));
@@ -54,6 +55,8 @@ void raiseCurrent(const Subject& subject) {
   try {
     throw;
   } catch (const BuildError& error) {
+    raise(error.what(), "", error.number(), subject);
+  } catch (const opc::NumberedError& error) {
     raise(error.what(), "", error.number(), subject);
   } catch (const opc::FormatError& error) {
     raise(error.what(), "malformed", 0, subject);

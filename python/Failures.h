@@ -3,17 +3,17 @@
 
 #include <pybind11/pybind11.h>
 
-#include <string>
+#include <string_view>
 
 // How calls leave Python, and how their failures come back.
 
 namespace python {
 
 /// What a call is about, for the attributes of what it raises: a file of the disk (the system's
-/// bytes) and a path or part in the package. Both may be "".
+/// bytes) and a path or part in the package. Both may be "", and outlive the call.
 struct Subject {
-  std::string path;
-  std::string part = {};
+  std::string_view path;
+  std::string_view part = {};
 };
 
 /// Raises kraddon.Error, or its subclass for that kind of failure, for the C++ exception that is

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "opc/Exception.h"
+#include "opc/NumberedError.h"
 
 namespace opc::zippackage {
 namespace {
@@ -31,11 +32,11 @@ PackageFile::PackageFile(const std::string& path) : file_(openForReading(path)) 
   if (::fstat(file_.get(), &status) != 0) {
     throw SystemError("cannot open package '" + path + "'", errno);
   }
-  if (!S_ISREG(status.st_mode)) {
-    throw Exception(ErrorCode::FileSystem,
-                    "cannot open package '" + path + "': it is " +
-                        (S_ISDIR(status.st_mode) ? "a folder" : "not a regular file"));
-  }
+  const auto refuse = [&](const char* why, int number) {
+    throw NumberedError(ErrorCode::FileSystem, sentence("cannot open package", path, why), number);
+  };
+  if (S_ISDIR(status.st_mode)) refuse("it is a folder", EISDIR);
+  if (!S_ISREG(status.st_mode)) refuse("it is not a regular file", 0);
   version_ = FileVersion::of(status);
 }
 

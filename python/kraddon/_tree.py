@@ -20,7 +20,8 @@ def text_path(path: str) -> str:
     """A path in a package, checked."""
     if not isinstance(path, str):
         raise TypeError(f"a path in a package is a str, not {type(path).__name__}")
-    path.encode()  # a lone surrogate is a UnicodeEncodeError, which is a ValueError
+    if not path.isascii():
+        path.encode()  # a lone surrogate is a UnicodeEncodeError, which is a ValueError
     return path
 
 

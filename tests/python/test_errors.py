@@ -57,6 +57,27 @@ def test_an_error_is_the_error_of_python_too(package):
     assert (caught.value.path, caught.value.part) == (str(package), "lib/c.m")
 
 
+def test_a_folder_in_place_of_a_package_is_an_is_a_directory_error(tmp_path):
+    for call in (kraddon.open, kraddon.verify, kraddon.preview, lambda path: kraddon.open(path, "a")):
+        with pytest.raises(IsADirectoryError) as caught:
+            call(tmp_path)
+        assert isinstance(caught.value, kraddon.Error) and caught.value.errno == errno.EISDIR
+    with pytest.raises(kraddon.Error, match="it is not a regular file"):
+        kraddon.open("/dev/null")
+
+
+def test_a_path_below_a_file_is_a_not_a_directory_error(package, tmp_path):
+    (tmp_path / "x.m").touch()
+    with kraddon.open(package, "a") as opened:
+        for change in (lambda: opened.add_bytes(b"", "a.m/x"), lambda: opened.mkdir("a.m/x"),
+                       lambda: opened.add(tmp_path / "x.m", "a.m/x")):
+            with pytest.raises(NotADirectoryError, match="'a.m' is a file") as caught:
+                change()
+            assert isinstance(caught.value, kraddon.Error)
+            assert caught.value.errno == errno.ENOTDIR
+        opened.add_bytes(b"", "still.m")
+
+
 @pytest.mark.parametrize("number, kind", [
     (errno.EACCES, PermissionError), (errno.EPERM, PermissionError),
     (errno.EEXIST, FileExistsError),

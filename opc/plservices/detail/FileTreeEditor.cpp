@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "opc/plservices/detail/FileTreeEditor.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/NumberedError.h"
 #include "opc/Text.h"
 #include "opc/model/XercesHelper.h"
 #include "opc/plservices/FileSystemEntryAlreadyExists.h"
@@ -65,8 +67,9 @@ FileTree::Reach FileTreeEditor::requireFree(std::string_view path) const {
   const FileTree::Reach reach = tree_->nodes.reach(path);
   if (reach.rest.empty()) throw FileSystemEntryAlreadyExists(path);
   if (!tree_->nodes.isFile(reach.node)) return reach;
-  throw Exception(ErrorCode::InvalidArgument, "cannot add '" + std::string(path) + "': '" +
-                                                  tree_->nodes.path(reach.node) + "' is a file");
+  throw NumberedError(
+      ErrorCode::InvalidArgument,
+      sentence("cannot add", path, "'" + tree_->nodes.path(reach.node) + "' is a file"), ENOTDIR);
 }
 
 FileTreeEditor::TableChange FileTreeEditor::changeOf(NodeId folder, std::string_view path,
