@@ -9,9 +9,9 @@
 namespace opc {
 
 /// A hash of 128 bits under a key that is random in each process, at about the speed of memory. As
-/// long as hashes are not shown to anybody, two different contents of the same length have the same
-/// one with a probability of at most 2^-60, whoever chose them. Says nothing about contents of
-/// different lengths.
+/// long as hashes stay in the process, two different contents of the same length have the same one
+/// with a probability of at most 2^-60, even if an attacker chose them. Does not distinguish
+/// contents of different lengths.
 class ContentHash {
  public:
   using Value = std::array<std::uint64_t, 2>;

@@ -17,8 +17,8 @@ struct PackageTarget {
 
   std::string path() const;
 
-  /// Throw SystemError when the folder, or the file, must not be written to. Asked early, so that
-  /// nobody works for a commit that cannot be.
+  /// Throw SystemError when the folder, or the file, must not be written to. Called early, before
+  /// work is done for a commit that cannot succeed.
   void requireWritableFolder() const;
   void requireWritableFile() const;
 };

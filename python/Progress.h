@@ -10,7 +10,7 @@
 #include "opc/interfaces/Progress.h"
 #include "tool/process/PackageLock.h"
 
-// What goes on during a long call, which runs without the GIL.
+// The progress of a long call, which runs without the GIL.
 
 namespace python {
 

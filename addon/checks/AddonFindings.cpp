@@ -134,8 +134,8 @@ constexpr FindingInfo kFindings[] = {
      "Add one with 'kraddon set PACKAGE license type=TYPE text=TERMS', or as [license] to the "
      "manifest."},
     {kNoSummary, "no summary or description",
-     "The add-on has no summary, the one line that lists show, or no description, which tells "
-     "users what it is for.",
+     "The add-on has no summary, the one line that lists show, or no description for its "
+     "users.",
      "Set both with 'kraddon set PACKAGE properties summary=TEXT description=TEXT', or in the "
      "manifest."},
     {kNoAuthor, "no author or contact",

@@ -17,7 +17,7 @@ std::span<const DocumentTable* const> documents();
 /// Fills a document from the package: the properties from the core properties as well, the others
 /// from their parts alone. Throws what AddonPackage does.
 void loadDocument(AddonPackage& package, XMLPartType& document);
-/// Writes it likewise.
+/// Writes it in the same way.
 void storeDocument(AddonPackage& package, XMLPartType& document);
 /// The same for a document of its own.
 OwnedDocument loadDocument(AddonPackage& package, const DocumentTable& table);

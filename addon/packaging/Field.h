@@ -67,7 +67,7 @@ struct FieldOptions {
 /// One line of a table. Required in host structs and JSON are texts and flags; lists are not.
 struct Field : FieldOptions {
   const char* name;  ///< in host structs and in JSON
-  /// Where the value stands in the record's element: "@name" is an attribute, "file" the text of an
+  /// Where the value is in the record's element: "@name" is an attribute, "file" the text of an
   /// element, "authors/author/name" the text of one further in, "licenseText/@type" an attribute of
   /// an element, "file[@type=main]" the text of the "file" element with that attribute. Elements of
   /// lists are repeated. "" for what does not stand in the part.

@@ -25,7 +25,7 @@ std::string imageFault(std::string_view name, opc::InputStream& stream);
 /// The same for a screenshot, which is stored under the type that its name says, as JPEG if none.
 std::string screenshotFault(std::string_view name, opc::InputStream& stream);
 
-/// Whether it is one of the types that imageTypeOf() tells.
+/// Whether it is one of the types that imageTypeOf() recognises.
 bool isImageTypeTold(std::string_view type);
 
 }  // namespace addon::packaging

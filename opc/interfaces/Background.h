@@ -6,7 +6,7 @@
 
 namespace opc::interfaces {
 
-/// Work that goes on beside the caller. Its destructor waits for the end.
+/// Work that continues beside the caller. Its destructor waits for the end.
 class BackgroundTask {
  public:
   virtual ~BackgroundTask() = default;

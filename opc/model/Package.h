@@ -60,8 +60,8 @@ class Package final : public RelationshipSource {
   /// `discard` false: writes what was changed, as one transaction, and closes; when that fails it
   /// throws, the file is as it was and the package stays open. One failure comes later: when only
   /// flushing the folder to disk fails it throws too, but the new file is in place and everything
-  /// is closed; isOpen() tells the two apart. `discard` true: drops what was changed, closes, never
-  /// throws. Closing what is not open does nothing.
+  /// is closed; isOpen() distinguishes the two. `discard` true: drops what was changed, closes,
+  /// never throws. Closing what is not open does nothing.
   void close(bool discard);
 
   /// All of these throw InvalidState when the package is not open.

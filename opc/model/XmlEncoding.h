@@ -8,7 +8,7 @@
 
 namespace opc::model {
 
-/// Where something stands in a text, counted from 1.
+/// A position in a text, counted from 1.
 struct TextPosition {
   std::uint64_t line = 1;
   std::uint64_t column = 1;

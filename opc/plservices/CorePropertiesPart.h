@@ -63,8 +63,8 @@ class CorePropertiesPart {
   static CorePropertiesPart read(InputStream& stream,
                                  model::FaultSink& faults = model::FaultSink::refusing());
 
-  /// Throws InvalidXMLDocument for text that XML cannot carry and Exception for a date that is no
-  /// point in time, before a byte is handed to `stream`.
+  /// Throws InvalidXMLDocument for text that XML cannot carry and Exception for an invalid
+  /// date, before it writes to `stream`.
   void write(OutputStream& stream) const;
 
   const std::optional<std::u16string>& text(TextProperty property) const {

@@ -12,7 +12,7 @@
 namespace opc::zippackage {
 namespace {
 
-// Without O_NONBLOCK, opening a pipe would wait for somebody to write to it.
+// Without O_NONBLOCK, opening a pipe would wait for a writer.
 FileDescriptor openForReading(const std::string& path) {
   for (;;) {
     FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));

@@ -12,7 +12,7 @@ namespace opc::zippackage {
 // The records of the format (APPNOTE 6.3), a value type each. `decode` takes the bytes from the
 // record's signature on and answers nothing when they are too few or the signature is another;
 // `encode` writes kSize bytes. What follows a record (name, extra fields, comment) is not part of
-// it; fields are as they stand there, so 0xFFFFFFFF may stand for a value in a ZIP64 field.
+// it; fields are as in the file, so 0xFFFFFFFF may mean a value in a ZIP64 field.
 
 inline constexpr std::uint16_t kStored = 0;
 inline constexpr std::uint16_t kDeflated = 8;
@@ -39,7 +39,7 @@ inline constexpr std::uint16_t kHostNtfs = 10;
 inline constexpr std::uint16_t kHostVfat = 14;
 inline constexpr std::uint16_t kHostDarwin = 19;
 
-/// In a 16- or 32-bit field: the value stands in a ZIP64 field or record.
+/// In a 16- or 32-bit field: the value is in a ZIP64 field or record.
 inline constexpr std::uint16_t kElsewhere16 = 0xFFFF;
 inline constexpr std::uint32_t kElsewhere32 = 0xFFFFFFFF;
 

@@ -17,7 +17,7 @@ using Choices = std::vector<std::string> (*)();
 /// The same, depending on the operands before it.
 using ChoicesAfter = std::vector<std::string> (*)(std::span<const std::string> operands);
 
-// The name of a value tells people and completion what it is: PACKAGE, FILE, FOLDER, SITE and DIR
+// People and completion know by the name of a value what it is: PACKAGE, FILE, FOLDER, SITE and DIR
 // are on the disk, PATH, FROM and TO are in the package on the command line.
 
 /// An option, as it is parsed and described.

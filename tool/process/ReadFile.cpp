@@ -33,7 +33,7 @@ std::string readAll(int descriptor, const std::string& name, std::size_t limit) 
 
 }  // namespace
 
-// Opening a pipe waits for whoever is to write into it.
+// Opening a pipe waits for a writer.
 opc::FileDescriptor openInput(const std::string& path) {
   for (;;) {
     opc::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));

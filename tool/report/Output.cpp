@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = 256u << 10;
 
-/// Throws Failure when nobody can tell: what is there must not be replaced for nothing then.
+/// Throws Failure if that is unknown: what is there must not be replaced for nothing then.
 bool isThere(const std::string& path, struct stat& status) {
   if (::stat(path.c_str(), &status) == 0) return true;
   if (errno == ENOENT || errno == ENOTDIR) return false;

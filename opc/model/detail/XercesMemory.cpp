@@ -18,7 +18,7 @@ namespace opc::model::detail {
 namespace {
 
 constexpr std::size_t kAlignment = alignof(std::max_align_t);
-// Starting takes 0.75 MB of it. Pages that nobody touches cost nothing.
+// Starting takes 0.75 MB of it. Pages that are not touched cost nothing.
 constexpr std::size_t kBlockSize = std::size_t{1} << 20;
 
 // Xerces-C is never to be used again after a panic.
