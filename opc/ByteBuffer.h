@@ -13,6 +13,11 @@ namespace opc {
 /// A reusable block of bytes that, unlike a vector, does not clear what is about to be overwritten.
 class ByteBuffer {
  public:
+  ByteBuffer() = default;
+  /// Begins with memory of the caller's, which must outlive it; what needs more gets other memory.
+  explicit ByteBuffer(std::span<unsigned char> lent) noexcept
+      : bytes_(lent.data(), Free{lent.size(), true}), capacity_(lent.size()) {}
+
   unsigned char* data() noexcept { return bytes_.get(); }
   const unsigned char* data() const noexcept { return bytes_.get(); }
   std::size_t size() const noexcept { return size_; }
@@ -23,7 +28,7 @@ class ByteBuffer {
     if (size > capacity_) {
       clear();  // the old block need not live beside the new one
       bytes_ = Block(static_cast<unsigned char*>(::operator new(size, blockAlignment(size))),
-                     Free{size});
+                     Free{size, false});
       capacity_ = size;
     }
     size_ = size;
@@ -38,7 +43,10 @@ class ByteBuffer {
  private:
   struct Free {
     std::size_t size;
-    void operator()(unsigned char* block) const noexcept { freeBlock(block, size); }
+    bool isLent;
+    void operator()(unsigned char* block) const noexcept {
+      if (!isLent) freeBlock(block, size);
+    }
   };
   using Block = std::unique_ptr<unsigned char[], Free>;
 

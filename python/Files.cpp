@@ -109,39 +109,69 @@ py::tuple require(PackageHandle& handle, const std::string& path) {
       .values();
 }
 
-/// The node of a file. Throws for a folder and for what is not there.
-NodeId requireFile(AddonPackage& package, const std::string& path) {
-  const FileSystemEntry entry = PackageHandle::requireEntry(package, path);
-  if (entry.isFile()) return entry.node();
-  throw opc::SystemError("cannot read '" + path + "'", EISDIR);
+/// A file that is about to be read. Throws for a folder and for what is not there.
+class FileToRead {
+ public:
+  FileToRead(AddonPackage& package, const std::string& path)
+      : model_(package.logicalPackage()), path_(path) {
+    const FileSystemEntry entry = PackageHandle::requireEntry(package, path);
+    if (!entry.isFile()) throw opc::SystemError("cannot read '" + path + "'", EISDIR);
+    part_ = package.fileSystem().nodes().part(entry.node());
+    const opc::model::PartInfo info = model_.partInfo(part_);
+    size_ = info.size;
+    isPlausible_ = info.size / kMostRatio <= info.packedSize;
+  }
+
+  /// Throws instead of returning a size that is only declared, and may be allocated by nobody.
+  std::size_t size() const {
+    if (!isPlausible_) read([&] { opc::StreamHelper::readToEnd(*model_.openPart(part_)); });
+    return static_cast<std::size_t>(size_);
+  }
+
+  void readInto(opc::ByteBuffer& content) const {
+    read([&] { model_.readPart(part_, content, size_); });
+  }
+
+ private:
+  /// Deflate gets no smaller than this.
+  static constexpr std::uint64_t kMostRatio = 1032;
+
+  template <typename Work>
+  void read(const Work& work) const {
+    opc::inContext([&] { return "cannot read '" + path_ + "'"; }, work);
+  }
+
+  opc::model::Package& model_;
+  const std::string& path_;
+  opc::model::PartId part_ = 0;
+  std::uint64_t size_ = 0;
+  bool isPlausible_ = true;
+};
+
+py::bytes newBytes(const void* content, std::size_t size) {
+  PyObject* const bytes =
+      PyBytes_FromStringAndSize(static_cast<const char*>(content), static_cast<py::ssize_t>(size));
+  if (bytes == nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::bytes>(bytes);
 }
-
-/// Deflate gets no smaller than this.
-constexpr std::uint64_t kMostRatio = 1032;
-
-void readFile(AddonPackage& package, const std::string& path, opc::ByteBuffer& into) {
-  const NodeId node = requireFile(package, path);
-  opc::inContext([&] { return "cannot read '" + path + "'"; },
-                 [&] {
-                   auto& model = package.logicalPackage();
-                   const opc::model::PartId part = package.fileSystem().nodes().part(node);
-                   const opc::model::PartInfo info = model.partInfo(part);
-                   // Nothing is allocated for a size that is only declared.
-                   if (info.size / kMostRatio > info.packedSize) {
-                     opc::StreamHelper::readToEnd(*model.openPart(part));
-                   }
-                   model.readPart(part, into, info.size);
-                 });
-}
-
-constexpr std::size_t kMostSpareMemory = std::size_t{1} << 20;
 
 py::bytes read(PackageHandle& handle, const std::string& path) {
-  opc::ByteBuffer content;
-  std::swap(content, handle.spareMemory());
-  handle.use(path, [&](AddonPackage& package) { readFile(package, path, content); });
-  py::bytes result(reinterpret_cast<const char*>(content.data()), content.size());
-  if (content.size() <= kMostSpareMemory) std::swap(content, handle.spareMemory());
+  py::bytes result;
+  handle.use(path, [&](AddonPackage& package) {
+    const FileToRead file(package, path);
+    const std::size_t size = file.size();
+    unsigned char* memory = nullptr;
+    {
+      const py::gil_scoped_acquire acquired;
+      result = newBytes(nullptr, size);
+      memory = reinterpret_cast<unsigned char*>(PyBytes_AS_STRING(result.ptr()));
+    }
+    opc::ByteBuffer content({memory, size});
+    file.readInto(content);
+    if (content.data() == memory && content.size() == size) return;
+    const py::gil_scoped_acquire acquired;
+    result = newBytes(content.data(), content.size());
+  });
   return result;
 }
 
@@ -151,16 +181,17 @@ std::size_t readInto(PackageHandle& handle, const std::string& path, const py::b
   if (PyBuffer_IsContiguous(buffer.view(), 'C') == 0) {
     throw py::value_error("the buffer is not contiguous");
   }
+  auto* const memory = static_cast<unsigned char*>(buffer.ptr);
   return handle.use(path, [&](AddonPackage& package) {
-    const NodeId node = requireFile(package, path);
-    const std::uint64_t size = package.fileSystem().entryOf(node).info().size;
+    const FileToRead file(package, path);
+    const std::size_t size = file.size();
     if (size > room) {
       throw py::value_error("the buffer has " + std::to_string(room) + " bytes, the file has " +
                             std::to_string(size));
     }
-    opc::ByteBuffer content;
-    readFile(package, path, content);
-    std::copy_n(content.data(), content.size(), static_cast<unsigned char*>(buffer.ptr));
+    opc::ByteBuffer content({memory, room});
+    file.readInto(content);
+    if (content.data() != memory) std::copy_n(content.data(), content.size(), memory);
     return content.size();
   });
 }

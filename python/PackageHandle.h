@@ -12,7 +12,6 @@
 #include <utility>
 
 #include "addon/packaging/AddonPackage.h"
-#include "opc/ByteBuffer.h"
 #include "opc/Streams.h"
 #include "python/Failures.h"
 
@@ -61,9 +60,6 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// The file or folder at a path of the tree. Throws ErrorCode::NotFound.
   static opc::plservices::FileSystemEntry requireEntry(addon::packaging::AddonPackage& package,
                                                        const std::string& path);
-
-  /// Memory that one read leaves for the next. For holders of the GIL.
-  opc::ByteBuffer& spareMemory() { return spareMemory_; }
 
   const std::string& path() const { return path_; }
   /// Whether the package is made anew.
@@ -131,7 +127,6 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   std::atomic<bool> isClosed_ = false;
   std::unique_ptr<addon::packaging::AddonPackage> package_;
   std::unordered_set<Stream*> streams_;
-  opc::ByteBuffer spareMemory_;
 };
 
 }  // namespace python
