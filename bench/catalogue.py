@@ -88,7 +88,9 @@ class Catalogue:
 
         yield PeakMemory("index, %s packages, peak memory" % format(many, ","), index, (few, many),
                          Goal(1.5))
-        run_once(index(few // 10))
+        for count in (few // 10, many):
+            if not os.path.exists(os.path.join(inputs.disk, "site%d" % count)):
+                run_once(index(count))
         news = self.new_packages()
         for place, folder in (("in memory", inputs.folder), ("on a disk", inputs.disk)):
             sites = [os.path.join(folder, "site%d" % count) for count in (many, few // 10)]
