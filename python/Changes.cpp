@@ -82,6 +82,9 @@ void move(PackageHandle& handle, const std::string& from, const std::string& to)
   handle.use(to, [&](AddonPackage& package) {
     if (package.fileSystem().find(to)) throw opc::plservices::FileSystemEntryAlreadyExists(to);
   });
+  handle.use(from, [&](AddonPackage& package) {
+    package.fileSystem().checkMove(PackageHandle::requireEntry(package, from), to);
+  });
   handle.change(from, [&](AddonPackage& package) {
     const FileSystemEntry entry = PackageHandle::requireEntry(package, from);
     const std::string old = entry.path();

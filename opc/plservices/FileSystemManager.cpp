@@ -149,12 +149,17 @@ void FileSystemManager::remove(const FileSystemEntry& entry) {
   state_->editor->remove(node);
 }
 
-void FileSystemManager::move(const FileSystemEntry& entry, std::string_view packagePath) {
+void FileSystemManager::checkMove(const FileSystemEntry& entry, std::string_view packagePath) {
   const NodeId node = nodeOf(entry);
   if (node == FileTree::kRoot) {
     throw Exception(ErrorCode::InvalidArgument, "cannot move the root of the file tree");
   }
-  state_->editor->move(node, packagePath);
+  state_->editor->checkMove(node, packagePath);
+}
+
+void FileSystemManager::move(const FileSystemEntry& entry, std::string_view packagePath) {
+  checkMove(entry, packagePath);
+  state_->editor->move(nodeOf(entry), packagePath);
 }
 
 void FileSystemManager::extractAll(const std::u16string& destination, RestoreMode mode) {

@@ -78,6 +78,8 @@ class FileSystemManager {
   /// the root and for a path below the entry itself. After any other failure, such as damaged
   /// content, only some files are moved, and the package must not be committed.
   void move(const FileSystemEntry& entry, std::string_view packagePath);
+  /// Throws what move() would throw before it changes anything.
+  void checkMove(const FileSystemEntry& entry, std::string_view packagePath);
   /// Removes a file, or a folder with all below it; entries of them are then good for nothing. The
   /// folder above stays, even when nothing is left in it. Throws ErrorCode::InvalidArgument for the
   /// root.

@@ -194,3 +194,15 @@ def test_the_signal_kit_round_trips(tmp_path):
         for source in KIT.rglob("*"):
             if source.is_file():
                 assert opened.read(str(source.relative_to(KIT))) == source.read_bytes()
+
+
+@pytest.mark.parametrize("to", ["a.m/x", "lib/below", "data", "../x"])
+def test_a_move_that_is_refused_changes_nothing(package, to):
+    with kraddon.open(package, "a") as opened:
+        names = opened.namelist()
+        with pytest.raises(Exception):
+            opened.move("lib", to)
+        assert opened.namelist() == names
+        opened.add_bytes(b"more", "more.m")
+    with kraddon.open(package) as opened:
+        assert set(opened.namelist()) == {*names, "more.m"}

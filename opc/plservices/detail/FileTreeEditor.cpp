@@ -169,7 +169,7 @@ void FileTreeEditor::copyTo(NodeId top, const std::string& path) {
   }
 }
 
-void FileTreeEditor::move(NodeId node, std::string_view path) {
+void FileTreeEditor::checkMove(NodeId node, std::string_view path) const {
   const std::string to(requireTreePath(path));
   const std::string from = tree_->nodes.path(node);
   if (to.starts_with(from + "/")) {
@@ -177,6 +177,12 @@ void FileTreeEditor::move(NodeId node, std::string_view path) {
                     "cannot move '" + from + "': '" + to + "' lies below it");
   }
   requireFree(to);
+}
+
+void FileTreeEditor::move(NodeId node, std::string_view path) {
+  checkMove(node, path);
+  const std::string to(requireTreePath(path));
+  const std::string from = tree_->nodes.path(node);
   // Part names do not differ by case, so that the old ones must be gone before.
   if (toLowerAscii(to) == toLowerAscii(from)) {
     std::string between = to + "~";

@@ -28,6 +28,8 @@ class FileTreeEditor {
                    const model::StandardPartInfo& info);
   /// Moves a node, not the root, with all below it. If reading a file fails, some are moved.
   void move(NodeId node, std::string_view path);
+  /// Throws what move() would throw before it changes anything.
+  void checkMove(NodeId node, std::string_view path) const;
   /// Removes a node, not the root, with all below it. The folder above stays, empty perhaps.
   void remove(NodeId node);
 
