@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/Search.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Database.h"
+#include "opc/Exception.h"
 
 namespace addon::catalogue {
 
@@ -34,6 +39,10 @@ std::vector<Record> searchSite(const std::string& site, const std::vector<std::s
   std::string path = site;
   if (!path.ends_with('/')) path += '/';
   path += kDatabase;
+  // SQLite only says that it cannot open it.
+  if (::access(path.c_str(), R_OK) != 0) {
+    throw opc::SystemError("cannot read '" + path + "'", errno);
+  }
   return detail::Database::read(path).search(words, limit);
 }
 
