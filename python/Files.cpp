@@ -148,12 +148,6 @@ class FileToRead {
   bool isPlausible_ = true;
 };
 
-/// A buffer on memory of Python. Not inlined: the compiler would warn of freeing that memory, which
-/// the buffer does not do.
-[[gnu::noinline]] opc::ByteBuffer lent(unsigned char* memory, std::size_t size) {
-  return opc::ByteBuffer({memory, size});
-}
-
 py::bytes newBytes(const void* content, std::size_t size) {
   PyObject* const bytes =
       PyBytes_FromStringAndSize(static_cast<const char*>(content), static_cast<py::ssize_t>(size));
@@ -170,9 +164,10 @@ py::bytes read(PackageHandle& handle, const std::string& path) {
     {
       const py::gil_scoped_acquire acquired;
       result = newBytes(nullptr, size);
-      memory = reinterpret_cast<unsigned char*>(PyBytes_AS_STRING(result.ptr()));
+      // Not the macro: with it, the compiler warns of freeing what the buffer does not free.
+      memory = reinterpret_cast<unsigned char*>(PyBytes_AsString(result.ptr()));
     }
-    opc::ByteBuffer content = lent(memory, size);
+    opc::ByteBuffer content({memory, size});
     file.readInto(content);
     if (content.data() == memory && content.size() == size) return;
     const py::gil_scoped_acquire acquired;
@@ -195,7 +190,7 @@ std::size_t readInto(PackageHandle& handle, const std::string& path, const py::b
       throw py::value_error("the buffer has " + std::to_string(room) + " bytes, the file has " +
                             std::to_string(size));
     }
-    opc::ByteBuffer content = lent(memory, room);
+    opc::ByteBuffer content({memory, room});
     file.readInto(content);
     if (content.data() != memory) std::copy_n(content.data(), content.size(), memory);
     return content.size();
