@@ -63,8 +63,9 @@ constexpr FindingInfo kFindings[] = {
      "Make sure that the file is meant to be that large."},
     {kUnusedBytes, "bytes that belong to no item",
      "There are unused bytes between items, after the directory or within extra fields, a header "
-     "has ZIP64 fields of which readers may use either, or the end of stored data of unknown size "
-     "can be mistaken. Something may be hidden there, or an item was removed carelessly. "
+     "has ZIP64 fields of which readers may use either, the end of stored data of unknown size can "
+     "be mistaken, or there is an earlier directory, for example in the data of an item. "
+     "Something may be hidden there, or an item was removed carelessly. "
      "In an add-on this is an error, since other programs may unpack it.",
      "Rewrite the package; the bytes are left out."},
     {kUnsafeName, "absolute path, drive, backslash or control character in a name",

@@ -44,6 +44,7 @@ class EndRecordSearch {
   void prefer(Candidate&& candidate);
   Candidate evaluate(std::uint64_t offset) const;
   bool couldBeTaken(const Candidate& candidate) const;
+  void noteEarlierRecords();
   std::optional<Zip64Locator> locatorBefore(std::uint64_t offset) const;
   std::optional<Zip64EndRecord> wideRecordAt(std::uint64_t offset, std::uint64_t limit) const;
   bool hasWideRecord(std::uint64_t offset) const;
@@ -58,6 +59,8 @@ class EndRecordSearch {
   std::optional<Candidate> best_;
   std::optional<std::uint64_t> lastToBeTaken_;  ///< offset of the last one that a reader may take
   std::vector<std::pair<std::uint64_t, std::uint64_t>> plausible_;  ///< offset, end of comment
+  std::optional<std::uint64_t> firstWithDirectory_;  ///< its directory is where it says
+  std::optional<std::uint64_t> firstWithout_;        ///< it needs none, or has a ZIP64 locator
 };
 
 std::uint64_t saturatedSum(std::uint64_t a, std::uint64_t b) {
@@ -105,6 +108,17 @@ std::optional<std::uint64_t> lastSignature(const FileTail& tail, std::uint64_t b
   return tail.start() + static_cast<std::uint64_t>(found - first);
 }
 
+// Some readers compare the end records that they find, and take the one whose directory agrees best
+// with the local headers. Archives that are packed in this one do not count their offsets from its
+// beginning, so that theirs lead nowhere.
+void EndRecordSearch::noteEarlierRecords() {
+  DirectoryLocation& location = best_->location;
+  if (firstWithDirectory_ < best_->offset) {
+    location.faults.push_back({ZipFaultKind::EarlierDirectory, kNoEntry, *firstWithDirectory_});
+  }
+  location.hasEarlierRecord = firstWithout_ && *firstWithout_ < best_->offset;
+}
+
 DirectoryLocation EndRecordSearch::run() {
   considerAll();
   // What turns up far in front of the end and does not fit is of a package within the package.
@@ -125,6 +139,7 @@ DirectoryLocation EndRecordSearch::run() {
   if (end < size_) {
     best_->location.faults.push_back({ZipFaultKind::BytesAfterEnd, kNoEntry, end, size_ - end});
   }
+  noteEarlierRecords();
   const unsigned char* comment = tail_.at(best_->offset + EndRecord::kSize);
   best_->location.comment.assign(comment, comment + best_->record.commentLength);
   if (findEndRecord(best_->location.comment) == EndRecordTrace::Record) {
@@ -150,6 +165,12 @@ void EndRecordSearch::consider(std::uint64_t offset) {
   Candidate candidate = evaluate(offset);
   if (candidate.isPlausible()) plausible_.emplace_back(offset, candidate.location.archiveEnd);
   if (!lastToBeTaken_ && couldBeTaken(candidate)) lastToBeTaken_ = offset;
+  if (candidate.isPlausible() ||
+      beginsWith(candidate.record.directoryOffset, CentralHeader::kSignature)) {
+    firstWithDirectory_ = offset;
+  } else if (candidate.record.directorySize == 0 || locatorBefore(offset)) {
+    firstWithout_ = offset;
+  }
   prefer(std::move(candidate));
 }
 

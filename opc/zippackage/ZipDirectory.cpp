@@ -31,6 +31,8 @@ std::string describeArchive(const ZipFault& fault) {
       return second + " bytes follow the end of the archive";
     case ZipFaultKind::EndRecordInComment:
       return "its comment holds what readers may take for the end record";
+    case ZipFaultKind::EarlierDirectory:
+      return "an earlier end record at offset " + first + " leads to another directory";
     case ZipFaultKind::BytesBeforeFirst:
       return second + " bytes stand before the first item";
     default:

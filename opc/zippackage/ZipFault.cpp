@@ -51,6 +51,7 @@ const char* ZipFault::rule() const {
     case ZipFaultKind::UnusedBytes:
     case ZipFaultKind::ExtraMalformed:
     case ZipFaultKind::EndRecordInComment:
+    case ZipFaultKind::EarlierDirectory:
       return "ZP-16";
   }
   return "";

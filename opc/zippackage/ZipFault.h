@@ -36,6 +36,7 @@ enum class ZipFaultKind : std::uint8_t {
   FolderHoldsData,       ///< first: size; of an item that is marked as a folder in any way
   MarksContradict,       ///< first: the MarkFault
   VersionOdd,            ///< first: the version needed, with something in its upper byte
+  EarlierDirectory,      ///< first: offset of an earlier end record, whose directory is there
   Zip64Needless,         ///< a ZIP64 field of small values, without a ZIP64 end record
   Zip64Unclear,          ///< a ZIP64 field of other values than the header calls for
 };

@@ -178,6 +178,24 @@ class Structure(test_hostile_readers.ReadersTest):
                 self.refused_on_opening()
                 self.assertEqual(self.findings()[1], 1)
 
+    def test_a_directory_in_the_data_of_an_item_is_an_error(self):
+        def package(data):
+            return build(addon([Entry(b"files/a.m", CONTENT), Entry(b"files/data.m", data)]))
+        small = build([Entry(b"files/hidden.m", CONTENT)])
+        start = package(small).index(small)
+        self.put(package(build([Entry(b"files/hidden.m", CONTENT)], prefix=bytes(start))[start:]))
+        self.ambiguous("KR113")
+        self.put(package(small))
+        self.passed()
+
+    def test_an_empty_archive_in_the_data_of_an_item_is_an_error_if_headers_disagree(self):
+        data = Entry(b"files/data.m", b"PK\x05\x06" + bytes(18))
+        for version, local_version in ((20, 20), (21, 20)):
+            self.put_file(b"files/a.m", CONTENT, data, version=version, local_version=local_version)
+            self.passed()
+        self.put_file(b"files/a.m", CONTENT, data, version=20, local_version=21)
+        self.ambiguous("KR105")
+
     def test_zip64_records_that_not_all_readers_find_are_refused(self):
         whole = build(addon([Entry(b"files/a.m", CONTENT)]))
         start = whole.index(b"PK\x01\x02")

@@ -79,6 +79,7 @@ std::optional<FindingId> findingOf(ZipFaultKind kind) {
     case ZipFaultKind::BytesBeforeFirst:
       return kBytesOutside;
     case ZipFaultKind::UnusedBytes:
+    case ZipFaultKind::EarlierDirectory:
     case ZipFaultKind::ExtraMalformed:
     case ZipFaultKind::Zip64Needless:
     case ZipFaultKind::Zip64Unclear:

@@ -25,7 +25,9 @@ class LocalHeaderCheck {
  public:
   LocalHeaderCheck(const ZipDirectory& directory, std::size_t entry, const LocalHeader& header,
                    Bytes extra, Report& report)
-      : entry_(directory.entries()[entry]),
+      : directory_(directory),
+        number_(entry),
+        entry_(directory.entries()[entry]),
         name_(directory.name(entry)),
         header_(header),
         extra_(extra),
@@ -35,6 +37,7 @@ class LocalHeaderCheck {
     checkDemands();
     checkDescriptor();
     checkZip64();
+    checkTimeAndVersion();
     const ExtraFault fault = ExtraFieldWalk::faultOf(extra_);
     if (fault != ExtraFault::None) {
       report_.addAmbiguous(kUnusedBytes, name_, local(zippackage::describe(fault)), "ZP-16");
@@ -85,6 +88,18 @@ class LocalHeaderCheck {
            wide.packedSize.value_or(header_.packedSize) != entry_.packedSize;
   }
 
+  // They do not matter, except to readers that choose among several end records.
+  void checkTimeAndVersion() {
+    if (!directory_.location().hasEarlierRecord) return;
+    const zippackage::CentralHeader central = directory_.header(number_);
+    if (header_.dosTime == central.dosTime && header_.versionNeeded <= central.versionNeeded)
+      return;
+    add(kHeadersDisagree,
+        "its headers give different times or versions, and some readers then take an earlier end "
+        "record, which lies in the data of an item",
+        "ZP-7");
+  }
+
   // A local header that announces a descriptor may hold zeros instead of the values.
   void checkZip64() {
     Zip64Extra needed = Zip64Extra::neededBy(header_);
@@ -104,6 +119,8 @@ class LocalHeaderCheck {
                          local("has a ZIP64 field with other values than it calls for"), "ZP-9");
   }
 
+  const ZipDirectory& directory_;
+  std::size_t number_;
   const ZipEntry& entry_;
   std::string_view name_;
   const LocalHeader& header_;

@@ -177,8 +177,8 @@ def odd_values_of_the_directory(archive, where, value):
 
 # --- 9. Comments
 
-def small_archive(*items):
-    archive = Archive([], [], End())
+def small_archive(*items, prefix=b""):
+    archive = Archive([], [], End(), prefix)
     for name, content in items:
         archive.add(name, content)
     return archive.pack()
@@ -255,6 +255,22 @@ def second_archive(archive, place):
         archive.suffix = small
     else:
         archive.end.before = small
+
+
+# libzip takes the end record whose directory agrees best with the local headers.
+@construction(*((kind, difference) for kind in ("empty", "its own offsets", "offsets of the file")
+                for difference in ("none", "time", "date", "need")))
+def archive_in_stored_data(archive, kind, difference):
+    name, data = b"files/data.m", small_archive((b"files/hidden.m", HIDDEN))
+    if kind == "empty":
+        data = END + bytes(18)
+    elif kind == "offsets of the file":
+        start = sum(len(record.pack()) for record in archive.body) + 30 + len(name)
+        data = small_archive((b"files/hidden.m", HIDDEN), prefix=bytes(start))[start:]
+    archive.add(name, data)
+    if difference != "none":
+        header = archive.named(FILE)[0]
+        setattr(header, difference, getattr(header, difference) + 1)
 
 
 @construction("hidden", "shorter")
