@@ -60,7 +60,7 @@ class EndRecordSearch {
   std::optional<std::uint64_t> lastToBeTaken_;  ///< offset of the last one that a reader may take
   std::vector<std::pair<std::uint64_t, std::uint64_t>> plausible_;  ///< offset, end of comment
   std::optional<std::uint64_t> firstWithDirectory_;  ///< its directory is where it says
-  std::optional<std::uint64_t> firstWithout_;        ///< it needs none, or has a ZIP64 locator
+  std::optional<std::uint64_t> firstEmpty_;          ///< it needs none
 };
 
 std::uint64_t saturatedSum(std::uint64_t a, std::uint64_t b) {
@@ -116,7 +116,7 @@ void EndRecordSearch::noteEarlierRecords() {
   if (firstWithDirectory_ < best_->offset) {
     location.faults.push_back({ZipFaultKind::EarlierDirectory, kNoEntry, *firstWithDirectory_});
   }
-  location.hasEarlierRecord = firstWithout_ && *firstWithout_ < best_->offset;
+  location.hasEarlierRecord = firstEmpty_ && *firstEmpty_ < best_->offset;
 }
 
 DirectoryLocation EndRecordSearch::run() {
@@ -165,11 +165,12 @@ void EndRecordSearch::consider(std::uint64_t offset) {
   Candidate candidate = evaluate(offset);
   if (candidate.isPlausible()) plausible_.emplace_back(offset, candidate.location.archiveEnd);
   if (!lastToBeTaken_ && couldBeTaken(candidate)) lastToBeTaken_ = offset;
-  if (candidate.isPlausible() ||
+  const auto locator = locatorBefore(offset);
+  if (candidate.isPlausible() || (locator && wideRecordAt(locator->recordOffset, offset)) ||
       beginsWith(candidate.record.directoryOffset, CentralHeader::kSignature)) {
     firstWithDirectory_ = offset;
-  } else if (candidate.record.directorySize == 0 || locatorBefore(offset)) {
-    firstWithout_ = offset;
+  } else if (candidate.record.entries == 0) {
+    firstEmpty_ = offset;
   }
   prefer(std::move(candidate));
 }

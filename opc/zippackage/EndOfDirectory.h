@@ -45,8 +45,8 @@ struct DirectoryLocation {
   bool isZip64 = false;          ///< whether there is a ZIP64 end record
   std::uint64_t archiveEnd = 0;  ///< behind the archive comment
   std::vector<unsigned char> comment;
-  /// Whether an earlier end record lies in the file, of an empty archive or with a ZIP64 locator,
-  /// as in data of an item. Some readers take it if local headers and directory do not agree.
+  /// Whether the end record of an empty archive lies in front of the directory, as in the data of
+  /// an item. Some readers take it if local headers and directory do not agree.
   bool hasEarlierRecord = false;
   std::vector<ZipFault> faults;
 };

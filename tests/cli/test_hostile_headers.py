@@ -193,8 +193,13 @@ class Structure(test_hostile_readers.ReadersTest):
         for version, local_version in ((20, 20), (21, 20)):
             self.put_file(b"files/a.m", CONTENT, data, version=version, local_version=local_version)
             self.passed()
-        self.put_file(b"files/a.m", CONTENT, data, version=20, local_version=21)
-        self.ambiguous("KR105")
+        for different in ({"local_version": 21}, {
+                "local_packed_size": 0xFFFFFFFF,
+                "local_extra": extra_field(1, struct.pack("<Q", len(CONTENT)))}):
+            self.put_file(b"files/a.m", CONTENT, data, **different)
+            self.ambiguous("KR105")
+            self.put_file(b"files/a.m", CONTENT, **different)
+            self.passed()
 
     def test_zip64_records_that_not_all_readers_find_are_refused(self):
         whole = build(addon([Entry(b"files/a.m", CONTENT)]))

@@ -21,6 +21,8 @@ using zippackage::ZipEntry;
 
 namespace {
 
+constexpr std::size_t kBothSizes = 16;  // bytes of a ZIP64 field
+
 class LocalHeaderCheck {
  public:
   LocalHeaderCheck(const ZipDirectory& directory, std::size_t entry, const LocalHeader& header,
@@ -37,7 +39,7 @@ class LocalHeaderCheck {
     checkDemands();
     checkDescriptor();
     checkZip64();
-    checkTimeAndVersion();
+    checkBesideEarlierRecord();
     const ExtraFault fault = ExtraFieldWalk::faultOf(extra_);
     if (fault != ExtraFault::None) {
       report_.addAmbiguous(kUnusedBytes, name_, local(zippackage::describe(fault)), "ZP-16");
@@ -88,15 +90,23 @@ class LocalHeaderCheck {
            wide.packedSize.value_or(header_.packedSize) != entry_.packedSize;
   }
 
-  // They do not matter, except to readers that choose among several end records.
-  void checkTimeAndVersion() {
+  // What makes libzip prefer another end record, if there is one. Nothing else depends on it.
+  void checkBesideEarlierRecord() {
     if (!directory_.location().hasEarlierRecord) return;
     const zippackage::CentralHeader central = directory_.header(number_);
-    if (header_.dosTime == central.dosTime && header_.versionNeeded <= central.versionNeeded)
-      return;
+    const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId);
+    const char* why = nullptr;
+    if (header_.dosTime != central.dosTime) {
+      why = "its headers give different times";
+    } else if (header_.versionNeeded > central.versionNeeded) {
+      why = "its local header needs a higher version than the directory says";
+    } else if (field && field->size() != kBothSizes) {
+      why = "its local header has a ZIP64 field without both sizes";
+    }
+    if (why == nullptr) return;
     add(kHeadersDisagree,
-        "its headers give different times or versions, and some readers then take an earlier end "
-        "record, which lies in the data of an item",
+        std::string(why) +
+            ", so that some readers take an earlier end record, within an item's data",
         "ZP-7");
   }
 

@@ -259,7 +259,7 @@ def second_archive(archive, place):
 
 # libzip takes the end record whose directory agrees best with the local headers.
 @construction(*((kind, difference) for kind in ("empty", "its own offsets", "offsets of the file")
-                for difference in ("none", "time", "date", "need")))
+                for difference in ("none", "time", "date", "need", "one size of two")))
 def archive_in_stored_data(archive, kind, difference):
     name, data = b"files/data.m", small_archive((b"files/hidden.m", HIDDEN))
     if kind == "empty":
@@ -268,8 +268,11 @@ def archive_in_stored_data(archive, kind, difference):
         start = sum(len(record.pack()) for record in archive.body) + 30 + len(name)
         data = small_archive((b"files/hidden.m", HIDDEN), prefix=bytes(start))[start:]
     archive.add(name, data)
-    if difference != "none":
-        header = archive.named(FILE)[0]
+    header = archive.named(FILE)[0]
+    if difference == "one size of two":
+        header.packed_size = FULL32
+        header.extra += field(1, struct.pack("<Q", len(header.data)))
+    elif difference != "none":
         setattr(header, difference, getattr(header, difference) + 1)
 
 
