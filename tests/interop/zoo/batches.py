@@ -14,7 +14,7 @@ import mutator
 import randomness
 import seeds
 
-SIZE = 1000  # variants in a batch
+SIZE = 5000  # variants in a batch; small ones are mostly the start of readers
 
 
 class Originals:

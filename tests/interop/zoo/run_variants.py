@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Has the whole zoo read a million variants. Begins where the last run with the same program ended.
 
-    run_variants.py [COUNT [SEED]]           a million by default, in batches of a thousand
+    run_variants.py [COUNT [SEED]]           a million by default, in batches
     run_variants.py --one SEED BATCH NUMBER FILE    writes a variant, and prints how it was made
 """
 
