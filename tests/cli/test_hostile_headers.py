@@ -195,7 +195,9 @@ class Structure(test_hostile_readers.ReadersTest):
             self.passed()
         for different in ({"local_version": 21}, {
                 "local_packed_size": 0xFFFFFFFF,
-                "local_extra": extra_field(1, struct.pack("<Q", len(CONTENT)))}):
+                "local_extra": extra_field(1, struct.pack("<Q", len(CONTENT)))}, {
+                "local_size": 0xFFFFFFFF,
+                "local_extra": extra_field(1, struct.pack("<2Q", len(CONTENT), len(CONTENT)))}):
             self.put_file(b"files/a.m", CONTENT, data, **different)
             self.ambiguous("KR105")
             self.put_file(b"files/a.m", CONTENT, **different)

@@ -94,20 +94,26 @@ class LocalHeaderCheck {
   void checkBesideEarlierRecord() {
     if (!directory_.location().hasEarlierRecord) return;
     const zippackage::CentralHeader central = directory_.header(number_);
-    const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId);
     const char* why = nullptr;
     if (header_.dosTime != central.dosTime) {
       why = "its headers give different times";
     } else if (header_.versionNeeded > central.versionNeeded) {
       why = "its local header needs a higher version than the directory says";
-    } else if (field && field->size() != kBothSizes) {
-      why = "its local header has a ZIP64 field without both sizes";
+    } else if (!hasUsualZip64()) {
+      why = "its local header has a ZIP64 field that is not for both sizes";
     }
     if (why == nullptr) return;
     add(kHeadersDisagree,
         std::string(why) +
             ", so that some readers take an earlier end record, within an item's data",
         "ZP-7");
+  }
+
+  bool hasUsualZip64() const {
+    const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId);
+    if (!field) return true;
+    const Zip64Extra needed = Zip64Extra::neededBy(header_);
+    return needed.size && needed.packedSize && field->size() == kBothSizes;
   }
 
   // A local header that announces a descriptor may hold zeros instead of the values.

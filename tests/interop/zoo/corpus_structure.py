@@ -259,7 +259,8 @@ def second_archive(archive, place):
 
 # libzip takes the end record whose directory agrees best with the local headers.
 @construction(*((kind, difference) for kind in ("empty", "its own offsets", "offsets of the file")
-                for difference in ("none", "time", "date", "need", "one size of two")))
+                for difference in ("none", "time", "date", "need", "one size of two",
+                                   "one size too many")))
 def archive_in_stored_data(archive, kind, difference):
     name, data = b"files/data.m", small_archive((b"files/hidden.m", HIDDEN))
     if kind == "empty":
@@ -272,6 +273,9 @@ def archive_in_stored_data(archive, kind, difference):
     if difference == "one size of two":
         header.packed_size = FULL32
         header.extra += field(1, struct.pack("<Q", len(header.data)))
+    elif difference == "one size too many":
+        header.extra += field(1, struct.pack("<2Q", header.size, len(header.data)))
+        header.size = FULL32
     elif difference != "none":
         setattr(header, difference, getattr(header, difference) + 1)
 
