@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <string>
 
-#include "addon/gallery/detail/FolderTree.h"
+#include "addon/gallery/detail/ListingPlan.h"
 #include "addon/gallery/detail/Pieces.h"
 #include "addon/gallery/detail/Sections.h"
 #include "text/ByteCount.h"

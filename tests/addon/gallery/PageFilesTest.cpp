@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/detail/FolderTree.h"
+#include "addon/gallery/detail/ListingPlan.h"
 
 #include <gtest/gtest.h>
 
