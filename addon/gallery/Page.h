@@ -5,15 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "addon/gallery/PageFiles.h"
 #include "addon/packaging/DocumentTable.h"
 
 namespace addon::gallery {
-
-struct PageFile {
-  std::string path;
-  std::uint64_t size = 0;
-  bool isFolder = false;  ///< an empty folder; others are implied by their files
-};
 
 /// What a page shows: the documents, and what the package says beside them.
 struct Page {
@@ -23,8 +18,8 @@ struct Page {
   std::string created;                              ///< "2026-02-01T10:00:00Z"
   std::string modified;                             ///< the same
   std::vector<packaging::OwnedDocument> documents;  ///< all kinds, in the order of their list
-  std::vector<PageFile> files;                      ///< depth first, as the tree is ordered
-  std::uint64_t downloadSize = 0;                   ///< of the package itself
+  PageFiles files;
+  std::uint64_t downloadSize = 0;  ///< of the package itself
 
   /// Those of one class, "" and no entries when the package has none.
   template <typename Document>

@@ -24,13 +24,6 @@ bool isBlank(std::string_view text) {
   return text::trimmed(text).empty();
 }
 
-void readFiles(AddonPackage& package, Page& page) {
-  package.fileSystem().visitFiles(
-      [&](std::string_view path, const opc::plservices::FileSystemEntry& entry) {
-        page.files.push_back({std::string(path), entry.info().size, !entry.isFile()});
-      });
-}
-
 }  // namespace
 
 Page::Page() {
@@ -55,7 +48,10 @@ Page readPage(AddonPackage& package, const std::string& fallbackName) {
   page.created = timeText(core.getCreatedTime());
   page.modified = timeText(core.getLastModifiedTime());
   page.downloadSize = package.logicalPackage().physical().fileSize();
-  readFiles(package, page);
+  const auto sizeOf = [&](opc::model::PartId part) {
+    return package.logicalPackage().partInfo(part).size;
+  };
+  page.files = PageFiles(package.fileSystem().nodes(), sizeOf);
   return page;
 }
 

@@ -33,15 +33,11 @@ class FactList {
 };
 
 std::string contentText(const Page& page) {
-  std::uint64_t folders = 0;
-  std::uint64_t bytes = 0;
-  for (const PageFile& file : page.files) {
-    folders += file.isFolder ? 1 : 0;
-    bytes += file.size;
-  }
-  std::string text = counted(page.files.size() - folders, "file");
+  const PageFiles::Totals& all = page.files.totals(PageFiles::kRoot);
+  const std::uint64_t folders = page.files.emptyFolders();
+  std::string text = counted(all.files, "file");
   if (folders > 0) text += ", " + counted(folders, "empty folder");
-  return text + ", " + text::describeBytes(bytes);
+  return text + ", " + text::describeBytes(all.size);
 }
 
 void writeFacts(HtmlWriter& html, const Page& page) {

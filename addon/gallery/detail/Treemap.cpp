@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <numeric>
 #include <string_view>
-#include <tuple>
 
 namespace addon::gallery::detail {
+
+using opc::plservices::FileTree;
+using NodeId = PageFiles::NodeId;
 
 namespace {
 
@@ -63,25 +65,20 @@ class Row {
   double taken_ = 0;
 };
 
-std::string_view topOf(std::string_view path) {
-  const std::size_t slash = path.find('/');
-  return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
-}
-
 /// One group for each top-level folder and one for the top-level files, with totals but no cells.
-/// The files of a folder are adjacent, so no search is needed.
-std::vector<TreemapGroup> sumUp(const std::vector<PageFile>& files) {
+std::vector<TreemapGroup> sumUp(const PageFiles& files) {
+  auto& tree = files.tree();
   TreemapGroup topFiles;
   topFiles.kind = TreemapGroup::Kind::TopFiles;
   std::vector<TreemapGroup> groups;
-  for (const PageFile& file : files) {
-    if (file.isFolder) continue;
-    const std::string_view top = topOf(file.path);
-    const bool isNew = !top.empty() && (groups.empty() || groups.back().name != top);
-    if (isNew) groups.emplace_back().name = top;
-    TreemapGroup& group = top.empty() ? topFiles : groups.back();
-    group.size += file.size;
-    ++group.files;
+  for (NodeId node = tree.firstChild(PageFiles::kRoot); node != FileTree::kNone;
+       node = tree.nextSibling(node)) {
+    const PageFiles::Totals& totals = files.totals(node);
+    if (totals.files == 0) continue;
+    if (!tree.isFile(node)) groups.emplace_back().name = tree.name(node);
+    TreemapGroup& group = tree.isFile(node) ? topFiles : groups.back();
+    group.size += totals.size;
+    group.files += totals.files;
   }
   if (topFiles.files > 0) groups.push_back(std::move(topFiles));
   std::stable_sort(groups.begin(), groups.end(),
@@ -116,26 +113,33 @@ void joinSmallGroups(std::vector<TreemapGroup>& groups) {
 }
 
 /// The files that get their own cells, in descending order of size.
-std::vector<const PageFile*> largestOf(const std::vector<PageFile>& files) {
-  std::vector<const PageFile*> largest;
-  for (const PageFile& file : files) {
-    if (file.size > 0) largest.push_back(&file);
+std::vector<NodeId> largestOf(const PageFiles& files) {
+  const auto& tree = files.tree();
+  std::vector<NodeId> largest;
+  for (NodeId node = PageFiles::kRoot; node < files.endOfIds(); ++node) {
+    if (tree.isFile(node) && files.totals(node).size > 0) largest.push_back(node);
   }
+  const auto isBefore = [&](NodeId a, NodeId b) {
+    const std::uint64_t sizeOfA = files.totals(a).size;
+    const std::uint64_t sizeOfB = files.totals(b).size;
+    return sizeOfA == sizeOfB ? tree.path(a) < tree.path(b) : sizeOfA > sizeOfB;
+  };
   const std::size_t count = std::min(kMostFiles, largest.size());
   std::partial_sort(largest.begin(), largest.begin() + static_cast<std::ptrdiff_t>(count),
-                    largest.end(), [](const PageFile* a, const PageFile* b) {
-                      return std::tie(b->size, a->path) < std::tie(a->size, b->path);
-                    });
+                    largest.end(), isBefore);
   largest.resize(count);
   return largest;
 }
 
 /// The group of a file: that of its folder, or the merged one.
-TreemapGroup& groupOf(const PageFile& file, std::vector<TreemapGroup>& groups) {
-  const std::string_view top = topOf(file.path);
-  const auto kind = top.empty() ? TreemapGroup::Kind::TopFiles : TreemapGroup::Kind::Folder;
+TreemapGroup& groupOf(NodeId file, const FileTree& tree, std::vector<TreemapGroup>& groups) {
+  NodeId top = file;
+  while (tree.parent(top) != PageFiles::kRoot) top = tree.parent(top);
+  const bool isTopFile = top == file;
+  const auto kind = isTopFile ? TreemapGroup::Kind::TopFiles : TreemapGroup::Kind::Folder;
+  const std::string_view name = isTopFile ? std::string_view() : tree.name(top);
   const auto isIts = [&](const TreemapGroup& group) {
-    return group.kind == kind && group.name == top;
+    return group.kind == kind && group.name == name;
   };
   const auto isOthers = [](const TreemapGroup& group) {
     return group.kind == TreemapGroup::Kind::Others;
@@ -179,11 +183,12 @@ std::vector<Box> squarify(const std::vector<double>& sizes, const Box& frame) {
   return boxes;
 }
 
-std::vector<TreemapGroup> groupBySize(const std::vector<PageFile>& files) {
+std::vector<TreemapGroup> groupBySize(const PageFiles& files) {
   std::vector<TreemapGroup> groups = sumUp(files);
   joinSmallGroups(groups);
-  for (const PageFile* file : largestOf(files)) {
-    groupOf(*file, groups).cells.push_back({file->path, file->size, 1});
+  const auto& tree = files.tree();
+  for (const NodeId file : largestOf(files)) {
+    groupOf(file, tree, groups).cells.push_back({tree.path(file), files.totals(file).size, 1});
   }
   for (TreemapGroup& group : groups) addRest(group);
   return groups;

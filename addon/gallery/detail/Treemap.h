@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "addon/gallery/Page.h"
+#include "addon/gallery/PageFiles.h"
 
 namespace addon::gallery::detail {
 
@@ -48,8 +48,8 @@ std::string titleOf(const TreemapGroup& group);
 
 /// Groups files in descending order of size, into at most kMostGroups groups, with at most
 /// kMostFiles cells and one more in each group for the other files. Empty files are counted but
-/// have no cell.
-std::vector<TreemapGroup> groupBySize(const std::vector<PageFile>& files);
+/// have no cell. There must be a file or a folder.
+std::vector<TreemapGroup> groupBySize(const PageFiles& files);
 
 inline constexpr std::size_t kMostGroups = 10;
 inline constexpr std::size_t kMostFiles = 160;

@@ -15,6 +15,7 @@
 #include "addon/packaging/AddonProperties.h"
 #include "addon/packaging/AddonRevisionHistory.h"
 #include "addon/packaging/AddonSystemRequirements.h"
+#include "tests/addon/gallery/TreeOfFiles.h"
 
 using namespace addon::packaging;
 
@@ -101,7 +102,8 @@ TEST(PageWriter, WritesASectionForEachDocument) {
   revisions[1].date = u"Spring";
   page.get<AddonLicense>().text = u"Do as you like.";
   page.get<AddonConfiguration>().korvanPaths = {u"filters"};
-  page.files = {{"a.m", 1000}, {"empty", 0, true}};
+  TreeOfFiles tree({{"a.m", 1000}, {"empty", 0, true}});
+  page.files = tree.files();
 
   const std::string written = pageOf(page);
 
@@ -164,7 +166,8 @@ TEST(PageWriter, RevisionsOfOneDayKeepTheirOrderUnlessTheOwnVersionIsLast) {
 TEST(PageWriter, TheSizeOfTheDownloadIsBesideThatOfTheContent) {
   Page page = namedPage();
   page.downloadSize = 776000;
-  page.files = {{"a.m", 450000}, {"b.m", 4000}, {"empty", 0, true}};
+  TreeOfFiles tree({{"a.m", 450000}, {"b.m", 4000}, {"empty", 0, true}});
+  page.files = tree.files();
 
   const std::string written = pageOf(page);
 
@@ -174,10 +177,12 @@ TEST(PageWriter, TheSizeOfTheDownloadIsBesideThatOfTheContent) {
 
 TEST(PageWriter, AMapOfOneFileIsLeftOut) {
   Page page = namedPage();
-  page.files = {{"a.m", 100}, {"empty", 0, true}};
+  TreeOfFiles one({{"a.m", 100}, {"empty", 0, true}});
+  page.files = one.files();
   EXPECT_FALSE(has(pageOf(page), "<svg class=\"treemap\""));
 
-  page.files = {{"a.m", 100}, {"b.m", 100}};
+  TreeOfFiles two({{"a.m", 100}, {"b.m", 100}});
+  page.files = two.files();
   EXPECT_TRUE(has(pageOf(page), "<svg class=\"treemap\""));
 }
 

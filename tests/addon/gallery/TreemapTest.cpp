@@ -8,9 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/addon/gallery/TreeOfFiles.h"
+
 namespace {
 
-using addon::gallery::PageFile;
 using addon::gallery::detail::Box;
 using addon::gallery::detail::groupBySize;
 using addon::gallery::detail::kMostFiles;
@@ -93,10 +94,10 @@ std::uint64_t sizeOf(const std::vector<TreemapGroup>& groups) {
 }
 
 TEST(GroupBySize, PutsEachFileUnderItsFolderAtTheTop) {
-  const std::vector<PageFile> files{{"a/b/c.m", 5}, {"a/d.m", 7}, {"e/", 0, true},
-                                    {"f.m", 20},    {"g/h.m", 3}, {"i.m", 1}};
+  TreeOfFiles tree(
+      {{"a/b/c.m", 5}, {"a/d.m", 7}, {"e", 0, true}, {"f.m", 20}, {"g/h.m", 3}, {"i.m", 1}});
 
-  const std::vector<TreemapGroup> groups = groupBySize(files);
+  const std::vector<TreemapGroup> groups = groupBySize(tree.files());
 
   ASSERT_EQ(groups.size(), 3u);
   EXPECT_EQ(groups[0].kind, TreemapGroup::Kind::TopFiles);
@@ -109,6 +110,18 @@ TEST(GroupBySize, PutsEachFileUnderItsFolderAtTheTop) {
   EXPECT_EQ(sizeOf(groups), 36u);
 }
 
+TEST(GroupBySize, PutsFilesOfOneSizeInTheOrderOfTheirPaths) {
+  TreeOfFiles tree({{"d/a/b", 5}, {"d/a.m", 5}, {"d/c", 5}});
+
+  const std::vector<TreemapGroup> groups = groupBySize(tree.files());
+
+  ASSERT_EQ(groups.size(), 1u);
+  ASSERT_EQ(groups[0].cells.size(), 3u);
+  EXPECT_EQ(groups[0].cells[0].path, "d/a.m");
+  EXPECT_EQ(groups[0].cells[1].path, "d/a/b");
+  EXPECT_EQ(groups[0].cells[2].path, "d/c");
+}
+
 TEST(GroupBySize, MergesSmallFilesIfThereAreMany) {
   std::vector<PageFile> files;
   std::uint64_t total = 0;
@@ -119,7 +132,8 @@ TEST(GroupBySize, MergesSmallFilesIfThereAreMany) {
     }
   }
 
-  const std::vector<TreemapGroup> groups = groupBySize(files);
+  TreeOfFiles tree(files);
+  const std::vector<TreemapGroup> groups = groupBySize(tree.files());
 
   std::size_t cells = 0;
   std::uint64_t count = 0;
@@ -142,7 +156,9 @@ TEST(GroupBySize, MergesSmallFilesIfThereAreMany) {
 }
 
 TEST(GroupBySize, GivesEmptyFilesNoCells) {
-  const std::vector<TreemapGroup> groups = groupBySize({{"a/b", 0}, {"c", 0}});
+  TreeOfFiles tree({{"a/b", 0}, {"c", 0}});
+
+  const std::vector<TreemapGroup> groups = groupBySize(tree.files());
 
   ASSERT_EQ(groups.size(), 2u);
   EXPECT_TRUE(groups[0].cells.empty());
