@@ -45,6 +45,15 @@ PathLists toPathLists(const kxArray* first, const kxArray* second) {
   return lists;
 }
 
+/// Frees the package: together with its tree, the host's arrays would take too much memory.
+std::vector<std::u16string> fileListOf(const std::u16string& path) {
+  AddonPackage package(path);
+  package.logicalPackage().open(OpenMode::Read);
+  std::vector<std::u16string> names = package.getFileList();
+  package.logicalPackage().close(false);
+  return names;
+}
+
 }  // namespace
 
 void addonAddFiles(int nlhs, kxArray*[], int nrhs, const kxArray* prhs[]) {
@@ -89,11 +98,7 @@ void addonGetFileList(int nlhs, kxArray* plhs[], int nrhs, const kxArray* prhs[]
   runGateway(kReader, nlhs, nrhs, [&] {
     const std::u16string path = matrix::get_ustring(prhs[0]);
 
-    AddonPackage package(path);
-    package.logicalPackage().open(OpenMode::Read);
-    const std::vector<std::u16string> names = package.getFileList();
-    package.logicalPackage().close(false);
-    plhs[0] = toTextCell(names).release();
+    plhs[0] = toTextCell(fileListOf(path)).release();
   });
 }
 

@@ -113,11 +113,11 @@ ArrayPointer toText(const std::u16string& text) {
   return ArrayPointer(kxCreateString_UTF16(text.c_str()));
 }
 
-ArrayPointer toTextCell(const std::vector<std::u16string>& texts) {
+ArrayPointer toTextCell(std::vector<std::u16string> texts) {
   const std::array<std::size_t, 2> sizes{1, texts.size()};
   ArrayPointer cell(kxCreateCellArray(sizes.size(), sizes.data()));
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    ArrayPointer text = toText(texts[i]);
+    ArrayPointer text = toText(std::exchange(texts[i], {}));
     kxSetCell(cell.get(), i, text.get());
     static_cast<void>(text.release());
   }

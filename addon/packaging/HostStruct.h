@@ -39,8 +39,8 @@ ArrayPointer toStruct(const DocumentTable& table, const ConstRecord& document);
 
 /// A text ends at its first U+0000, as the host's own does.
 ArrayPointer toText(const std::u16string& text);
-/// A 1-by-N cell array.
-ArrayPointer toTextCell(const std::vector<std::u16string>& texts);
+/// A 1-by-N cell array. Frees each text as soon as the array has it.
+ArrayPointer toTextCell(std::vector<std::u16string> texts);
 /// The text "true" or "false": flags are not numbers, to the host and in XML alike.
 ArrayPointer toFlag(bool value);
 std::u16string flagText(bool value);
