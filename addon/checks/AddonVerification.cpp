@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "addon/checks/AddonVerification.h"
 
+#include "addon/checks/detail/AddonFacts.h"
 #include "addon/checks/detail/DocumentCheck.h"
 #include "addon/checks/detail/ReadableDocument.h"
 #include "addon/checks/detail/ReferenceCheck.h"
@@ -36,8 +37,10 @@ bool open(packaging::AddonPackage& package, Report& report) {
 
 void checkDescribed(packaging::AddonPackage& package, Report& report, detail::FileTable fileTable) {
   detail::checkDocuments(package, report, fileTable);
-  detail::checkReferences(package, report);
-  detail::checkTexts(package, report);
+  const detail::AddonFacts facts(package);
+  detail::checkIdentity(package, facts, report);
+  detail::checkReferences(package, facts, report);
+  detail::checkTexts(package, facts, report);
 }
 
 Report verify(const std::string& path, const opc::checks::SignatureDemands& demands,

@@ -137,7 +137,6 @@ void checkDocuments(AddonPackage& package, Report& report, FileTable fileTable) 
   }
   checkScreenshot(package, report);
   checkUnreachable(package, schemas, report);
-  checkIdentity(package, report);
 }
 
 }  // namespace addon::checks::detail

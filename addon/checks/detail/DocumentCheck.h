@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "addon/checks/detail/AddonFacts.h"
 #include "addon/checks/detail/DocumentText.h"
 #include "addon/checks/detail/ReadableDocument.h"
 #include "addon/packaging/AddonPackage.h"
@@ -17,11 +18,15 @@ namespace addon::checks::detail {
 /// the library alone.
 enum class FileTable : std::uint8_t { Checked, LeftOut };
 
-/// The findings 3xx.
+/// The findings 3xx, without those of checkIdentity().
 void checkDocuments(packaging::AddonPackage& package, opc::checks::Report& report,
                     FileTable fileTable);
 
-// Its steps.
+/// Type, name and version of the add-on. Skipped if their parts cannot be read.
+void checkIdentity(packaging::AddonPackage& package, const AddonFacts& facts,
+                   opc::checks::Report& report);
+
+// The steps of checkDocuments().
 
 /// A document that could be parsed.
 struct ParsedDocument {
@@ -34,8 +39,6 @@ struct ParsedDocument {
 void checkStructure(const ParsedDocument& document, opc::checks::Report& report);
 /// Values that are not free text: flags, kinds of files, the single author.
 void checkValues(const ParsedDocument& document, opc::checks::Report& report);
-/// Type, name and version of the add-on. Skipped if their parts cannot be read.
-void checkIdentity(packaging::AddonPackage& package, opc::checks::Report& report);
 /// Whether the bytes of the screenshot match its content type.
 void checkImage(packaging::AddonPackage& package, const Destination& image,
                 opc::checks::Report& report);

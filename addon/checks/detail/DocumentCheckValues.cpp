@@ -134,12 +134,11 @@ void checkValues(const ParsedDocument& document, Report& report) {
                            [&](const FoundElement& found) { choices.check(found); });
 }
 
-void checkIdentity(AddonPackage& package, Report& report) {
-  opc::plservices::CoreProperties core(u"", u"", u"");
-  if (!isReadable([&] { core = package.coreProperties().getCoreProperties(); })) return;
-  if (!isHostPartLost(package)) checkType(core.getContentTypeFriendlyName(), report);
-  if (isBlank(core.getTitle())) report.add(kNoName, "", "the add-on has no name");
-  if (isBlank(core.getVersion())) report.add(kNoVersion, "", "the add-on has no version");
+void checkIdentity(AddonPackage& package, const AddonFacts& facts, Report& report) {
+  if (!facts.core) return;
+  if (!isHostPartLost(package)) checkType(facts.core->getContentTypeFriendlyName(), report);
+  if (isBlank(facts.core->getTitle())) report.add(kNoName, "", "the add-on has no name");
+  if (isBlank(facts.core->getVersion())) report.add(kNoVersion, "", "the add-on has no version");
 }
 
 }  // namespace addon::checks::detail

@@ -37,7 +37,19 @@ std::string ownerOf(const ReferenceRule& rule, const FoundValue& value) {
   return "the " + choice + value.in.table->noun + " " + quoted(value.in.name);
 }
 
+bool mayHavePaths(const DocumentTable& table) {
+  std::vector<const packaging::RecordTable*> tables{&table.record};
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    for (const packaging::Field& field : tables[i]->fields) {
+      if (ruleOf(field.reference) != nullptr) return true;
+      if (field.kind() == packaging::FieldKind::Records) tables.push_back(&field.table());
+    }
+  }
+  return false;
+}
+
 void checkPaths(AddonPackage& package, const DocumentTable& table, PathCheck& paths) {
+  if (!mayHavePaths(table)) return;
   ReadableDocument document(package, table);
   DocumentText* text = document.text();
   if (text == nullptr) return;
@@ -49,11 +61,9 @@ void checkPaths(AddonPackage& package, const DocumentTable& table, PathCheck& pa
   });
 }
 
-std::u16string versionOf(AddonPackage& package) {
-  std::u16string version;
-  isReadable(
-      [&] { version = package.coreProperties().getCoreProperties().getVersion().value_or(u""); });
-  return std::u16string(trimXmlSpace(version));
+std::u16string versionOf(const AddonFacts& facts) {
+  if (!facts.core) return {};
+  return std::u16string(trimXmlSpace(facts.core->getVersion().value_or(u"")));
 }
 
 void checkThumbnail(AddonPackage& package, Report& report) {
@@ -70,11 +80,12 @@ void checkThumbnail(AddonPackage& package, Report& report) {
                  (hasNone ? std::string("none") : quoted(thumbnail.name)));
 }
 
-void checkNewestRevision(AddonPackage& package, Report& report) {
+void checkNewestRevision(AddonPackage& package, const AddonFacts& facts, Report& report) {
+  const std::u16string version = versionOf(facts);
+  if (version.empty()) return;
   AddonRevisionHistory history;
   ReadableDocument document(package, AddonRevisionHistory::kTable);
-  const std::u16string version = versionOf(package);
-  if (document.text() == nullptr || version.empty()) return;
+  if (document.text() == nullptr) return;
   const auto elements = document.elementsOf<&AddonRevisionHistory::revisions>();
   for (const auto* element : elements) history.revisions.emplace_back(element);
   if (history.revisions.empty()) return;
@@ -92,10 +103,10 @@ void checkNewestRevision(AddonPackage& package, Report& report) {
 
 }  // namespace
 
-void checkReferences(AddonPackage& package, Report& report) {
+void checkReferences(AddonPackage& package, const AddonFacts& facts, Report& report) {
   checkThumbnail(package, report);
-  checkNewestRevision(package, report);
-  checkDuplicateGuids(package, report);
+  checkNewestRevision(package, facts, report);
+  checkDuplicateGuids(facts, report);
   if (!isReadable([&] { package.fileSystem().getRoot(); })) return;
   PathCheck paths(package.fileSystem(), report);
   for (const bool isList : {true, false}) {  // lists first

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "addon/checks/detail/AddonFacts.h"
 #include "addon/packaging/AddonPackage.h"
 #include "opc/checks/Report.h"
 #include "opc/plservices/FileTree.h"
@@ -17,9 +18,11 @@ void checkStyle(packaging::AddonPackage& package, opc::checks::Report& report,
 // Its steps.
 
 /// What every add-on should have: license, texts, author, screenshot, GUIDs, version.
-void checkTexts(packaging::AddonPackage& package, opc::checks::Report& report);
+void checkTexts(packaging::AddonPackage& package, const AddonFacts& facts,
+                opc::checks::Report& report);
 /// Whether the add-on and its apps have GUIDs.
-void checkGuids(packaging::AddonPackage& package, opc::checks::Report& report);
+void checkGuids(packaging::AddonPackage& package, const AddonFacts& facts,
+                opc::checks::Report& report);
 /// Names, sizes and kinds of the files, or only those that checkAddedFiles() looks at. The file
 /// tree must be readable.
 void checkFiles(packaging::AddonPackage& package, opc::checks::Report& report,

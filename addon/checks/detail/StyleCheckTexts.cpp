@@ -71,11 +71,16 @@ constexpr WantedText kWantedTexts[] = {
     {&AddonProperties::authorContact, kNoAuthor, "the add-on has no contact"},
 };
 
-void checkProperties(AddonPackage& package, Report& report) {
+void checkProperties(AddonPackage& package, const AddonFacts& facts, Report& report) {
   AddonProperties properties;
   // If there are several documents of properties, none of them is read.
   if (follow(package.logicalPackage(), properties.relationshipType).kind == Kind::Several) return;
-  if (!isReadable([&] { package.getAddonProperties(properties); })) return;
+  if (!facts.core) return;
+  properties.authorName = facts.core->getCreatedBy().value_or(u"");
+  properties.version = facts.core->getVersion().value_or(u"");
+  properties.summary = facts.core->getDescription().value_or(u"");
+  // The author's name in this part is the one that counts.
+  if (!isReadable([&] { package.getXMLPart(properties); })) return;
   for (const WantedText& wanted : kWantedTexts) {
     if (isBlank(properties.*wanted.member)) report.add(wanted.id, "", wanted.message);
   }
@@ -93,11 +98,11 @@ void checkHasScreenshot(AddonPackage& package, Report& report) {
 
 }  // namespace
 
-void checkTexts(AddonPackage& package, Report& report) {
+void checkTexts(AddonPackage& package, const AddonFacts& facts, Report& report) {
   checkLicense(package, report);
-  checkProperties(package, report);
+  checkProperties(package, facts, report);
   checkHasScreenshot(package, report);
-  checkGuids(package, report);
+  checkGuids(package, facts, report);
 }
 
 }  // namespace addon::checks::detail
