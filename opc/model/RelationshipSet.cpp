@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "opc/model/RelationshipSet.h"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 #include <xercesc/util/XMLChar.hpp>
 
 #include "opc/Exception.h"
+#include "opc/KeyedHash.h"
 #include "opc/Text.h"
 #include "opc/model/DomText.h"
 #include "opc/model/FormatConstants.h"
@@ -33,6 +35,10 @@ void requireText(std::u16string_view text, const char* what) {
 
 FormatError refused(std::string rule, const std::string& what, const char* why) {
   return {std::move(rule), what + ": " + why, ErrorCode::InvalidArgument};
+}
+
+std::uint64_t hashOf(std::u16string_view text) {
+  return keyedHash({reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)});
 }
 
 bool isExternal(const Relationship& relationship) {
@@ -74,6 +80,27 @@ const Relationship* RelationshipSet::find(std::u16string_view id) const {
   return found == byId_.end() ? nullptr : &found->second->relationship;
 }
 
+void RelationshipSet::indexTypes() {
+  byType_.reserve(entries_.size());
+  for (const Entry& entry : entries_) {
+    byType_.push_back({hashOf(entry.relationship.getType()), &entry.relationship});
+  }
+  std::stable_sort(byType_.begin(), byType_.end(),
+                   [](const Typed& a, const Typed& b) { return a.hash < b.hash; });
+}
+
+std::vector<Relationship> RelationshipSet::ofType(std::u16string_view type) {
+  if (byType_.empty()) indexTypes();
+  const std::uint64_t hash = hashOf(type);
+  auto at = std::lower_bound(byType_.begin(), byType_.end(), hash,
+                             [](const Typed& a, std::uint64_t wanted) { return a.hash < wanted; });
+  std::vector<Relationship> found;
+  for (; at != byType_.end() && at->hash == hash; ++at) {
+    if (at->relationship->getType() == type) found.push_back(*at->relationship);
+  }
+  return found;
+}
+
 std::string RelationshipSet::describe(std::u16string_view id) const {
   return "relationship '" + toUtf8ForDisplay(id) + "' of " +
          (source_.empty() ? "the package" : "'/" + source_ + "'");
@@ -97,6 +124,7 @@ void RelationshipSet::addStored(Entry entry) {
   if (isCore && coreProperties_ != 0) {
     throw FormatError("CP-1", describe(id) + ": it is the second to core properties");
   }
+  byType_.clear();
   const auto at = entries_.insert(entries_.end(), std::move(entry));
   byId_.emplace(at->relationship.getId(), at);
   if (isCore) ++coreProperties_;
@@ -198,6 +226,7 @@ void RelationshipSet::remove(std::u16string_view id) {
   }
   if (size_) size_->remove(sizeOf(*entry));
   byId_.erase(found);
+  byType_.clear();
   entries_.erase(entry);
   changed_ = true;
 }

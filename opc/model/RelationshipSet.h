@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "opc/Exception.h"
 #include "opc/Streams.h"
@@ -41,6 +42,8 @@ class RelationshipSet {
                               FaultSink& faults = FaultSink::refusing());
 
   const std::list<Entry>& entries() const { return entries_; }
+  /// Those of a type, in the same order.
+  std::vector<Relationship> ofType(std::u16string_view type);
   const Relationship* find(std::u16string_view id) const;
   /// Throws ErrorCode::NotFound for an unknown id, as remove does.
   const Relationship& get(std::u16string_view id) const;
@@ -64,6 +67,7 @@ class RelationshipSet {
  private:
   friend class detail::RelationshipsReader;
 
+  void indexTypes();
   void addStored(Entry entry);
   const Relationship& add(std::u16string_view type, URI target, TargetMode mode,
                           std::u16string_view id, std::u16string fragment);
@@ -77,6 +81,11 @@ class RelationshipSet {
   std::string source_;
   std::list<Entry> entries_;
   std::map<std::u16string_view, std::list<Entry>::iterator, std::less<>> byId_;
+  struct Typed {
+    std::uint64_t hash;
+    const Relationship* relationship;
+  };
+  std::vector<Typed> byType_;  // by the hash of the type; empty until it is needed
   std::uint64_t lastGenerated_ = 0;
   std::size_t coreProperties_ = 0;            // how many relationships of that type
   std::optional<detail::DocumentSize> size_;  // of the text, counted when it is first asked for

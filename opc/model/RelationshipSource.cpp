@@ -18,11 +18,7 @@ void RelationshipSource::visitRelationships(const std::function<void(const Relat
 }
 
 std::vector<Relationship> RelationshipSource::getRelationshipsByType(std::u16string_view type) {
-  std::vector<Relationship> result;
-  for (const RelationshipSet::Entry& entry : relationships().entries()) {
-    if (entry.relationship.getType() == type) result.push_back(entry.relationship);
-  }
-  return result;
+  return relationships().ofType(type);
 }
 
 bool RelationshipSource::hasRelationship(std::u16string_view id) {

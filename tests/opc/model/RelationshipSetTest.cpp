@@ -178,6 +178,27 @@ TEST(RelationshipSet, KeepsTheStoredOrder) {
   EXPECT_EQ(ids, u"zam");
 }
 
+TEST(RelationshipSet, ThoseOfATypeFollowEveryChange) {
+  RelationshipSet set(std::string{});
+  const auto idsOf = [&](std::u16string_view type) {
+    std::u16string ids;
+    for (const Relationship& one : set.ofType(type)) ids += one.getId();
+    return ids;
+  };
+  EXPECT_EQ(idsOf(u"urn:t"), u"");
+
+  set.addInternal(u"urn:t", URI(u"/1"), u"c");
+  set.addInternal(u"urn:u", URI(u"/2"), u"b");
+  set.addInternal(u"urn:t", URI(u"/3"), u"a");
+  EXPECT_EQ(idsOf(u"urn:t"), u"ca");
+  EXPECT_EQ(idsOf(u"urn:u"), u"b");
+  EXPECT_EQ(idsOf(u"urn:T"), u"");
+
+  set.remove(u"c");
+  set.addInternal(u"urn:t", URI(u"/4"), u"d");
+  EXPECT_EQ(idsOf(u"urn:t"), u"ad");
+}
+
 TEST(RelationshipSet, OnlyThePackageMayNotHaveTwoToCoreProperties) {
   const std::string twice = test::relationshipsXml(coreXml("a") + coreXml("b"));
 
