@@ -26,8 +26,6 @@ print(os.waitstatus_to_exitcode(status), usage.ru_maxrss << 10,
 EVERY = (("info",), ("set", "properties", "summary=changed"), ("diff", "p.kraddon"))
 OF_THE_TREE = (*EVERY, ("list", "--json"), ("preview", "-o", "-"), ("call", "addonGetFileList"),
                ("remove", "a.m"))
-# docs/limits.md says why.
-BEYOND = {("folders with long names", "call"), ("folders inside each other", "preview")}
 # All inputs take minutes; scripts/test-long limits reads them all.
 IS_FULL = os.environ.get("KRADDON_ALL_LIMITS") == "1"
 
@@ -74,8 +72,7 @@ class Limits(kraddontest.CliTest):
         for name, make in worst_inputs.TABLES.items():
             given = make()
             self.check(name, self.without_document(given),
-                       [words for words in (OF_THE_TREE if "folders" in name else EVERY)
-                        if (name, words[0]) not in BEYOND])
+                       OF_THE_TREE if "folders" in name else EVERY)
             self.check(name, given, [("verify",)])
 
     @unittest.skipUnless(IS_FULL, "takes minutes: scripts/test-long limits")
