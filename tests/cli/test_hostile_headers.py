@@ -104,7 +104,7 @@ class Headers(test_hostile_readers.ReadersTest):
         self.passed()
 
     def test_a_descriptor_of_another_width_than_the_local_header_says_is_an_error(self):
-        for content, method in ((CONTENT, DEFLATED), (CONTENT, hostilezip.STORED), (b"", DEFLATED)):
+        for content, method in ((CONTENT, DEFLATED), (CONTENT, hostilezip.STORED)):
             packed = hostilezip.raw_deflate(content) if method == DEFLATED else content
             wide = b"PK\x07\x08" + struct.pack("<L2Q", zlib.crc32(content), len(packed),
                                                len(content))
@@ -117,6 +117,15 @@ class Headers(test_hostile_readers.ReadersTest):
                 self.put(addon([streamed(b"files/a.m", content, method, descriptor=wide,
                                          local_extra=field)]))
                 self.passed()
+
+    def test_a_descriptor_with_64_bit_sizes_of_an_empty_file_is_an_error(self):
+        packed, field = hostilezip.raw_deflate(b""), extra_field(1, bytes(16))
+        for mark in (b"PK\x07\x08", b""):
+            wide = mark + struct.pack("<L2Q", 0, len(packed), 0)
+            self.put(addon([streamed(b"files/a.m", b"", descriptor=wide, local_extra=field)]))
+            self.ambiguous("KR113")
+        self.put(addon([streamed(b"files/a.m", b"")]))
+        self.passed()
 
     def test_stored_data_of_unknown_size_that_hold_an_item_are_an_error(self):
         hidden = b"before" + record_of(b"files/hidden.m", b"hidden")

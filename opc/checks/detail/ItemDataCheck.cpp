@@ -194,6 +194,9 @@ class ItemDataCheck {
           "next record";
     } else if (!hasSignature && (isSearched || isMistakable)) {
       why = "its data descriptor has no signature, by which some readers find it";
+    } else if (isWide && item.size == 0 && !isSearched) {
+      // Readers that expect 32-bit sizes find the right ones, and then no further item.
+      why = "its data descriptor has 64-bit sizes, and it is empty";
     } else if (isWide != hasZip64Field(reading.extra)) {
       why = isWide ? "its data descriptor has 64-bit sizes, and its local header no ZIP64 field"
                    : "its data descriptor has 32-bit sizes, and its local header a ZIP64 field";

@@ -80,11 +80,12 @@ def descriptor(archive, where, name, zeros, kind):
     assert central.size
 
 
-@construction(*((name, sizes, kind) for name in (b"files/lib/", b"x/", b"files/empty.m")
-                for sizes in ("zero", "field of zeros", "full")
+@construction(*((name, sizes, kind, method) for name, method in (
+    (b"files/lib/", STORED), (b"x/", STORED), (b"files/empty.m", STORED),
+    (b"files/empty.m", DEFLATED)) for sizes in ("zero", "field of zeros", "full")
                 for kind in ("marked", "bare", "wide", "wide and bare")))
-def descriptor_of_an_empty_item(archive, name, sizes, kind):
-    local, central = archive.add(name)
+def descriptor_of_an_empty_item(archive, name, sizes, kind, method):
+    local, central = archive.add(name, b"", method)
     archive.body.insert(0, archive.body.pop())
     if name.endswith(b"/"):
         central.external = 0o040755 << 16 | 0x10
