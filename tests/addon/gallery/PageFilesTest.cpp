@@ -78,6 +78,7 @@ TEST(PageFiles, WhatWasRemovedDoesNotCount) {
 
 TEST(ListingPlan, ListsAllOfAFewThousandFiles) {
   std::vector<PageFile> entries;
+  entries.reserve(4000);
   for (int i = 0; i < 4000; ++i) entries.push_back({"d/" + std::to_string(i), 1});
   TreeOfFiles tree(entries);
   const PageFiles files = tree.files();
