@@ -211,6 +211,12 @@ class Structure(test_hostile_readers.ReadersTest):
             self.ambiguous("KR105")
             self.put_file(b"files/a.m", CONTENT, **different)
             self.passed()
+        # As bsdtar writes it.
+        file = streamed(b"files/a.m", CONTENT, local_size=len(CONTENT))
+        self.put(addon([file]))
+        self.passed()
+        self.put(addon([file, data]))
+        self.ambiguous("KR105")
 
     def test_zip64_records_that_not_all_readers_find_are_refused(self):
         whole = build(addon([Entry(b"files/a.m", CONTENT)]))

@@ -79,16 +79,23 @@ class LocalHeaderCheck {
     }
   }
 
+  struct Sizes {
+    std::uint64_t size;
+    std::uint64_t packedSize;
+    bool operator==(const Sizes&) const = default;
+  };
+
+  Sizes sizes() const {
+    Zip64Extra wide = Zip64Extra::neededBy(header_);
+    if (const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId)) wide.decode(*field);
+    return {wide.size.value_or(header_.size), wide.packedSize.value_or(header_.packedSize)};
+  }
+
+  bool hasSizes() const { return sizes() == Sizes{entry_.size, entry_.packedSize}; }
+
   // A writer that knows the checksum knows the sizes, too. Reading has compared those values that
   // are there with the directory.
-  bool isHalfSet() const {
-    if (header_.crc == 0) return false;
-    Zip64Extra wide = Zip64Extra::neededBy(header_);
-    const auto field = ExtraFieldWalk::find(extra_, Zip64Extra::kId);
-    if (field) wide.decode(*field);
-    return wide.size.value_or(header_.size) != entry_.size ||
-           wide.packedSize.value_or(header_.packedSize) != entry_.packedSize;
-  }
+  bool isHalfSet() const { return header_.crc != 0 && !hasSizes(); }
 
   // What makes libzip prefer another end record, if there is one. Nothing else depends on it.
   void checkBesideEarlierRecord() {
@@ -99,6 +106,9 @@ class LocalHeaderCheck {
       why = "its headers give different times";
     } else if (header_.versionNeeded > central.versionNeeded) {
       why = "its local header needs a higher version than the directory says";
+    } else if ((header_.crc != 0 || sizes() != Sizes{}) &&
+               (header_.crc != entry_.crc || !hasSizes())) {
+      why = "its local header has only some of its sizes and checksum";
     } else if (!hasUsualZip64()) {
       why = "its local header has a ZIP64 field that is not for both sizes";
     }

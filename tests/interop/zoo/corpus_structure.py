@@ -261,7 +261,7 @@ def second_archive(archive, place):
 # libzip takes the end record whose directory agrees best with the local headers.
 @construction(*((kind, difference) for kind in ("empty", "its own offsets", "offsets of the file")
                 for difference in ("none", "time", "date", "need", "one size of two",
-                                   "one size too many")))
+                                   "one size too many", "size before a descriptor")))
 def archive_in_stored_data(archive, kind, difference):
     name, data = b"files/data.m", small_archive((b"files/hidden.m", HIDDEN))
     if kind == "empty":
@@ -277,6 +277,11 @@ def archive_in_stored_data(archive, kind, difference):
     elif difference == "one size too many":
         header.extra += field(1, struct.pack("<2Q", header.size, len(header.data)))
         header.size = FULL32
+    elif difference == "size before a descriptor":
+        header.descriptor = described_data(header)
+        header.crc = header.packed_size = 0
+        for one in headers(archive, "both"):
+            one.flags |= DESCRIPTOR
     elif difference != "none":
         setattr(header, difference, getattr(header, difference) + 1)
 
