@@ -8,23 +8,23 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace addon::checks::detail {
 
 namespace {
 
-// Everything that can be found begins with kRun characters of isOfRun(). What also begins within
-// words is in kLongRun of them, of which at most kBehind are in front.
-constexpr unsigned kRun = 10;
+// All tokens begin with kRun characters of isOfRun(), and a private key with kKeyRun of them. What
+// also begins within words is in kLongRun of them, of which at most kBehind are in front.
+constexpr unsigned kRun = 15;
+constexpr unsigned kKeyRun = 10;
 constexpr unsigned kLongRun = 16;
 constexpr unsigned kBehind = 8;
 constexpr unsigned kDashes = 5;  // of kKeyBegin
 
 constexpr std::size_t kBlock = 64;  // characters that are looked at in one go
-constexpr std::size_t kStep = kBlock - kLongRun - kBehind;  // those with their runs in the block
 
 using Mask = std::uint64_t;  // a bit for each of them, the first one the lowest
-using Block = std::array<unsigned char, kBlock>;
 using Characters [[gnu::vector_size(16)]] = signed char;  // all that one instruction takes
 
 /// The lowest bits of eight bytes.
@@ -47,6 +47,7 @@ Mask bitsOf(Characters flags) {
 template <typename Test>
 Mask maskOf(const unsigned char* block, Test test) {
   Mask mask = 0;
+#pragma GCC unroll 4
   for (std::size_t i = 0; i < kBlock; i += sizeof(Characters)) {
     Characters characters;
     std::memcpy(&characters, block + i, sizeof characters);
@@ -57,7 +58,7 @@ Mask maskOf(const unsigned char* block, Test test) {
 
 /// Blanks, quotes, brackets and commas end runs. Characters that are not ASCII are negative.
 auto isOfRun(Characters c) {
-  return c >= '-';
+  return (c >= '-') | (c == '+');
 }
 
 auto isOfWord(Characters c) {
@@ -70,37 +71,68 @@ auto beginsInWord(Characters c) {
   return (c == 'A') | (c == 'Q') | (c == 'T') | (c == '.') | (c == ':');
 }
 
+/// A block and the one behind it.
+struct TwoBlocks {
+  Mask here = 0;
+  Mask behind = 0;
+
+  /// The bits that are set `distance` further on as well.
+  TwoBlocks with(const TwoBlocks& other, unsigned distance) const {
+    const Mask further = (other.here >> distance) | (other.behind << (kBlock - distance));
+    return {here & further, behind & (other.behind >> distance)};
+  }
+};
+
 /// Places of a block.
 struct Places {
   Mask all = 0;     // at which something may begin
   Mask starts = 0;  // those of them that are at the beginning of a word
 };
 
-Places placesIn(const unsigned char* block, bool isInWord) {
-  const Mask run = maskOf(block, isOfRun);
-  const Mask twos = run & (run >> 1);
-  const Mask fours = twos & (twos >> 2);
-  const Mask eights = fours & (fours >> 4);
-  const Mask runs = eights & (twos >> (kRun - 2));
-  if (eights == 0) return {};
-  const Mask word = maskOf(block, isOfWord);
-  const Mask words = word & ~((word << 1) | Mask{isInWord});
-  const Mask keys = ~word & ~(word >> (kDashes - 1)) & (word >> kDashes);
-  const Mask longRuns = eights & (eights >> (kLongRun - 8));
-  const Mask starts = runs & (words | keys);
-  if (longRuns == 0) return {starts, starts};
-  const Mask inWords = (longRuns | (longRuns << kBehind)) & maskOf(block, beginsInWord);
-  return {starts | inWords, starts};
-}
+/// Looks at the blocks of a text, one after the other.
+class Blocks {
+ public:
+  Blocks(std::string_view text, std::size_t at)
+      : text_(text), at_(at), run_{0, maskOf(charactersAt(at), isOfRun)} {}
 
-Places placesAt(std::string_view text, std::size_t at) {
-  const bool isInWord = at > 0 && isWord(text[at - 1]);
-  const auto* from = reinterpret_cast<const unsigned char*>(text.data()) + at;
-  if (text.size() - at >= kBlock) return placesIn(from, isInWord);
-  Block last{};
-  std::memcpy(last.data(), from, text.size() - at);
-  return placesIn(last.data(), isInWord);
-}
+  Places next() {
+    const std::size_t at = std::exchange(at_, at_ + kBlock);
+    run_ = {run_.behind, at_ < text_.size() ? maskOf(charactersAt(at_), isOfRun) : 0};
+    const TwoBlocks twos = run_.with(run_, 1);
+    const TwoBlocks fours = twos.with(twos, 2);
+    const TwoBlocks eights = fours.with(fours, 4);
+    const Mask keyRuns = eights.with(twos, kKeyRun - 2).here;
+    const Mask fromBefore = longRuns_ >> (kBlock - kBehind);
+    longRuns_ = eights.with(eights, kLongRun - 8).here;
+    if ((keyRuns | fromBefore) == 0) return {};
+
+    const unsigned char* characters = charactersAt(at);
+    const Mask word = maskOf(characters, isOfWord);
+    const Mask words = word & ~((word << 1) | Mask{at > 0 && isWord(text_[at - 1])});
+    const Mask unknown = ~(~Mask{0} >> kDashes);
+    const Mask keys = ~word & ~(word >> (kDashes - 1)) & ((word >> kDashes) | unknown);
+    const Mask starts = (eights.with(eights, kRun - 8).here & words) | (keyRuns & keys);
+    const Mask inLong = longRuns_ | (longRuns_ << kBehind) | fromBefore;
+    if (inLong == 0) return {starts, starts};
+    return {starts | (inLong & maskOf(characters, beginsInWord)), starts};
+  }
+
+ private:
+  /// As many as a block has; NUL behind the text.
+  const unsigned char* charactersAt(std::size_t at) {
+    const auto* from = reinterpret_cast<const unsigned char*>(text_.data()) + at;
+    if (text_.size() - at >= kBlock) return from;
+    last_.fill(0);
+    std::memcpy(last_.data(), from, text_.size() - at);
+    return last_.data();
+  }
+
+  std::string_view text_;
+  std::size_t at_;
+  std::array<unsigned char, kBlock> last_{};
+  TwoBlocks run_;
+  Mask longRuns_ = 0;  // where those of the block before begin
+};
 
 }  // namespace
 
@@ -126,15 +158,16 @@ SecretPlaces::SecretPlaces() {
 }
 
 std::size_t SecretPlaces::next(std::string_view text, std::size_t at, std::size_t end) const {
-  for (std::size_t step = at; step < end; step += kStep) {
-    const std::size_t block = step - std::min<std::size_t>(step, kBehind);
-    const Places places = placesAt(text, block);
-    Mask left = (places.all >> (step - block)) & ((Mask{1} << kStep) - 1);
-    for (; left != 0; left &= left - 1) {
-      const std::size_t place = step + static_cast<std::size_t>(std::countr_zero(left));
+  if (at >= end) return end;
+  std::size_t block = at - std::min<std::size_t>(at, kBehind);
+  Mask wanted = ~Mask{0} << (at - block);
+  for (Blocks blocks(text, block); block < end; block += kBlock, wanted = ~Mask{0}) {
+    const Places places = blocks.next();
+    for (Mask left = places.all & wanted; left != 0; left &= left - 1) {
+      const auto bit = static_cast<std::size_t>(std::countr_zero(left));
+      const std::size_t place = block + bit;
       if (place >= end) return end;
-      const bool isStart = ((places.starts >> (place - block)) & 1) != 0;
-      const Pairs& pairs = isStart ? pairs_ : inWord_;
+      const Pairs& pairs = ((places.starts >> bit) & 1) != 0 ? pairs_ : inWord_;
       if (pairs.has(text.data() + place) && begins(text, place)) return place;
     }
   }

@@ -38,9 +38,11 @@ std::string charactersOf(char set) {
   return sets.at(set);
 }
 
-/// Makes tokens, each run as short as it can be.
+/// Makes tokens, each run as short as it can be, of random characters or of the lowest one.
 class Tokens {
  public:
+  explicit Tokens(bool isLowest = false) : isLowest_(isLowest) {}
+
   std::string make(std::string_view pattern) {
     std::string token;
     while (!pattern.empty()) {
@@ -51,7 +53,8 @@ class Tokens {
       std::size_t count = 0;
       std::from_chars(pattern.data() + 2, pattern.data() + pattern.size(), count);
       const std::string set = charactersOf(pattern[1]);
-      for (; count > 0; --count) token += set[random_() % set.size()];
+      for (; count > 0; --count)
+        token += isLowest_ ? *std::min_element(set.begin(), set.end()) : pick(set);
       pattern.remove_prefix(pattern.find('>') + 1);
     }
     return token;
@@ -60,6 +63,7 @@ class Tokens {
   char pick(std::string_view from) { return from[random_() % from.size()]; }
 
  private:
+  bool isLowest_;
   std::mt19937 random_{7};  // the same in every run
 };
 
@@ -105,6 +109,18 @@ TEST(SecretPlaces, HasEachFormatWhereverItStands) {
         text.append(80, around);
         EXPECT_TRUE(hasPlace(text, offset + before.size())) << text;
       }
+    }
+  }
+}
+
+TEST(SecretPlaces, HasEachFormatWhateverItsCharactersAre) {
+  Tokens tokens(true);
+  for (const SecretFormat& format : secretFormats()) {
+    for (std::size_t offset = 0; offset < 70; ++offset) {
+      const std::string before = std::string(offset, ' ') + tokens.make(format.before);
+      const std::string text = before + tokens.make(format.pattern) + " ";
+
+      EXPECT_TRUE(hasPlace(text, before.size())) << text;
     }
   }
 }
