@@ -65,6 +65,10 @@ bool Package::isOpen() const noexcept {
   return state_ != nullptr;
 }
 
+bool Package::isReadOnly() const {
+  return !state().isWritable();
+}
+
 void Package::close(bool discard) {
   if (!isOpen()) return;
   if (!discard) state_->stage();

@@ -54,6 +54,9 @@ class Package final : public RelationshipSource {
   /// directory, its content types or its relationships; InvalidState when it is open already.
   void open(interfaces::OpenMode mode);
   bool isOpen() const noexcept;
+  /// Whether it was opened for reading, so that nothing in it changes before it is closed. Throws
+  /// InvalidState when it is not open.
+  bool isReadOnly() const;
   /// Grows with every open, so that who keeps something read from the package sees that it is old.
   std::uint64_t openCount() const noexcept { return openCount_; }
 

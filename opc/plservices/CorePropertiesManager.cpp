@@ -109,6 +109,12 @@ HostPropertiesPart readHostPart(model::Package& package, const std::optional<Par
   return name ? readPart<HostPropertiesPart>(package, *name) : HostPropertiesPart();
 }
 
+// Whether what a part says may stay in memory.
+bool isShort(model::Package& package, const std::optional<PartName>& name) {
+  constexpr std::uint64_t kLongest = 65536;  // bytes
+  return !name || package.partInfo(package.getPart(*name)->id()).size <= kLongest;
+}
+
 // Takes over what CoreProperties knows and leaves the rest. Returns whether that changed anything.
 bool update(CorePropertiesPart& part, const CoreProperties& properties) {
   bool isChanged = false;
@@ -159,8 +165,11 @@ void store(model::Package& package, const std::optional<PartName>& existing, con
 }  // namespace
 
 CoreProperties CorePropertiesManager::getCoreProperties() {
-  const CorePropertiesPart core = readCorePart(package_, findCorePart(package_));
-  HostPropertiesPart host = readHostPart(package_, findHostPart(package_));
+  if (kept_ && keptAt_ == package_.openCount() && package_.isReadOnly()) return *kept_;
+  const std::optional<PartName> corePart = findCorePart(package_);
+  const std::optional<PartName> hostPart = findHostPart(package_);
+  const CorePropertiesPart core = readCorePart(package_, corePart);
+  HostPropertiesPart host = readHostPart(package_, hostPart);
   if (host.contentType.empty())
     host.contentType = core.text(TextProperty::ContentType).value_or(u"");
 
@@ -171,6 +180,10 @@ CoreProperties CorePropertiesManager::getCoreProperties() {
   if (const auto& creator = core.text(TextProperty::Creator)) properties.setCreatedBy(*creator);
   if (const auto& time = core.date(DateProperty::Created)) properties.setCreatedTime(*time);
   if (const auto& time = core.date(DateProperty::Modified)) properties.setLastModifiedTime(*time);
+  if (package_.isReadOnly() && isShort(package_, corePart) && isShort(package_, hostPart)) {
+    kept_ = properties;
+    keptAt_ = package_.openCount();
+  }
   return properties;
 }
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
 #include "opc/model/Package.h"
 #include "opc/plservices/CoreProperties.h"
 
@@ -15,7 +18,8 @@ class CorePropertiesManager {
   explicit CorePropertiesManager(model::Package& package) : package_(package) {}
 
   /// Texts that the package does not hold are empty or absent; a package without the parts reads so
-  /// altogether. Throws Exception when a part is there and breaks a rule.
+  /// altogether. Throws Exception when a part is there and breaks a rule. Of a package that is open
+  /// for reading, short parts are read once.
   CoreProperties getCoreProperties();
 
   /// Stores `properties`. Standard properties that CoreProperties does not know (keywords,
@@ -24,6 +28,8 @@ class CorePropertiesManager {
 
  private:
   model::Package& package_;
+  std::optional<CoreProperties> kept_;  // what was read when the package had been opened ...
+  std::uint64_t keptAt_ = 0;            // ... so many times
 };
 
 }  // namespace opc::plservices

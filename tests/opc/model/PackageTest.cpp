@@ -54,6 +54,18 @@ TEST(Package, OpeningTwiceIsAnErrorAndLeavesItOpen) {
   EXPECT_EQ(memory.package.openCount(), 1u);
 }
 
+TEST(Package, SaysWhetherItWasOpenedForReading) {
+  MemoryPackage memory;
+  memory.with("a.m");
+  for (const OpenMode mode : {OpenMode::Read, OpenMode::Modify}) {
+    memory.package.open(mode);
+    EXPECT_EQ(memory.package.isReadOnly(), mode == OpenMode::Read);
+    memory.package.close(true);
+  }
+
+  EXPECT_EQ(faultOf([&] { memory.package.isReadOnly(); }).code, ErrorCode::InvalidState);
+}
+
 TEST(Package, ClosingWhatIsNotOpenDoesNothing) {
   MemoryPackage memory;
 

@@ -365,5 +365,48 @@ TEST_F(CorePropertiesManagerTest, OnlyTheTwoPartsAreRead) {
               ElementsAre("[Content_Types].xml", "_rels/.rels", "docProps/core.xml"));
 }
 
+TEST_F(CorePropertiesManagerTest, ShortPartsAreReadOnceWhileThePackageIsOpenForReading) {
+  store(OpenMode::Create, fullProperties());
+
+  with(OpenMode::Read, [](model::Package& package) {
+    CorePropertiesManager manager(package);
+    manager.getCoreProperties();
+    expectSame(manager.getCoreProperties(), fullProperties());
+  });
+
+  EXPECT_THAT(physical_->itemsRead(),
+              ElementsAre("[Content_Types].xml", "_rels/.rels", kCoreItem, kHostItem));
+}
+
+TEST_F(CorePropertiesManagerTest, ALongPartIsReadEachTime) {
+  foreignPackage("<dc:title>" + std::string(100000, 'x') + "</dc:title>");
+
+  with(OpenMode::Read, [](model::Package& package) {
+    CorePropertiesManager manager(package);
+    manager.getCoreProperties();
+    expectSame(manager.getCoreProperties(), manager.getCoreProperties());
+  });
+
+  EXPECT_THAT(physical_->itemsRead(),
+              ElementsAre("[Content_Types].xml", "_rels/.rels", "docProps/core.xml",
+                          "docProps/core.xml", "docProps/core.xml"));
+}
+
+TEST_F(CorePropertiesManagerTest, WhatWasReadIsForgottenWhenThePackageIsOpenedAgain) {
+  test::MemoryPhysicalPackage physical(disk_);
+  model::Package package(physical, true);
+  CorePropertiesManager manager(package);
+  for (const char16_t* title : {u"first", u"second"}) {
+    CoreProperties properties = fullProperties();
+    properties.setTitle(title);
+    store(OpenMode::Create, properties);
+
+    package.open(OpenMode::Read);
+    expectSame(manager.getCoreProperties(), properties);
+    package.close(true);
+    EXPECT_THROW(manager.getCoreProperties(), Exception);
+  }
+}
+
 }  // namespace
 }  // namespace opc::plservices
