@@ -22,6 +22,7 @@ namespace {
 // Returns whether the package is open. If it cannot be opened, the report usually has an error
 // already.
 bool open(packaging::AddonPackage& package, Report& report) {
+  if (package.logicalPackage().isOpen()) return true;
   try {
     package.logicalPackage().open(opc::interfaces::OpenMode::Read);
     return true;
@@ -43,11 +44,10 @@ void checkDescribed(packaging::AddonPackage& package, Report& report, detail::Fi
   detail::checkTexts(package, facts, report);
 }
 
-Report verify(const std::string& path, const opc::checks::SignatureDemands& demands,
-              opc::checks::Reading reading) {
+Report verify(packaging::AddonPackage& package, const std::string& path,
+              const opc::checks::SignatureDemands& demands, opc::checks::Reading reading) {
   reading.test = detail::hasNoSecrets;
   Report report = verifyAs(opc::checks::Subject::Addon, path, demands, reading);
-  packaging::AddonPackage package(opc::SystemPath{path});
   if (open(package, report)) checkAddon(package, report, reading.passed);
   return report;
 }
@@ -57,13 +57,22 @@ Report verify(const std::string& path, const opc::checks::SignatureDemands& dema
 Report verifyAddon(const std::string& path, const opc::interfaces::ProgressFunction& progress,
                    const opc::checks::SignatureDemands& demands,
                    const opc::interfaces::BackgroundStarter& starter) {
-  return verify(path, demands, {.progress = progress, .starter = starter});
+  packaging::AddonPackage package(opc::SystemPath{path});
+  return verifyOpened(package, path, progress, demands, starter);
+}
+
+Report verifyOpened(packaging::AddonPackage& package, const std::string& path,
+                    const opc::interfaces::ProgressFunction& progress,
+                    const opc::checks::SignatureDemands& demands,
+                    const opc::interfaces::BackgroundStarter& starter) {
+  return verify(package, path, demands, {.progress = progress, .starter = starter});
 }
 
 Report verifyWritten(const std::string& path, const opc::interfaces::PackedContents& packed,
                      const opc::interfaces::ProgressFunction& progress,
                      const opc::interfaces::BackgroundStarter& starter) {
-  return verify(path, {}, {.progress = progress, .starter = starter, .packed = &packed});
+  packaging::AddonPackage package(opc::SystemPath{path});
+  return verify(package, path, {}, {.progress = progress, .starter = starter, .packed = &packed});
 }
 
 opc::interfaces::PackedContents contentsForCheck() {

@@ -21,6 +21,13 @@ opc::checks::Report verifyAddon(const std::string& path,
                                 const opc::checks::SignatureDemands& demands = {},
                                 const opc::interfaces::BackgroundStarter& starter = nullptr);
 
+/// The same with `package`, which is the file at `path` and is open for reading or closed. It is
+/// open afterwards if that is possible.
+opc::checks::Report verifyOpened(packaging::AddonPackage& package, const std::string& path,
+                                 const opc::interfaces::ProgressFunction& progress,
+                                 const opc::checks::SignatureDemands& demands,
+                                 const opc::interfaces::BackgroundStarter& starter);
+
 /// The same for a package that was just written with these contents, which are not unpacked again.
 opc::checks::Report verifyWritten(const std::string& path,
                                   const opc::interfaces::PackedContents& packed,

@@ -121,7 +121,8 @@ bool Examiner::verify(Examination& result, opc::signatures::ItemDigests& digests
   };
   opc::checks::SignatureDemands demands = request_.demands;
   demands.digests = &digests;
-  const auto report = checks::verifyAddon(result.stored->path(), stop, demands, starter_);
+  const auto report =
+      checks::verifyOpened(*result.package, result.stored->path(), stop, demands, starter_);
   PackageVerdict verdict = checks::judge(result.file, report, checks::FindingRules());
   if (verdict.isGood(false)) return true;
   std::string reason = "it has " + text::counted(verdict.errors, "error");

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 #include <string_view>
 
 #include "addon/catalogue/Limits.h"
@@ -42,15 +43,16 @@ void requireSmall(std::uint64_t size, const std::string& path) {
 template <typename Take>
 void readAll(int file, const std::string& path, const opc::interfaces::StopFunction& stop,
              const Take& take) {
-  std::string piece(kPiece, '\0');
+  // Not zeroed: most packages take a small part of it.
+  const auto piece = std::make_unique_for_overwrite<char[]>(kPiece);
   std::uint64_t done = 0;
   while (true) {
     if (stop) stop();
-    const ssize_t count = uninterrupted(
-        [&] { return ::pread(file, piece.data(), piece.size(), static_cast<off_t>(done)); });
+    const ssize_t count =
+        uninterrupted([&] { return ::pread(file, piece.get(), kPiece, static_cast<off_t>(done)); });
     if (count < 0) fail("cannot read", path, errno);
     if (count == 0) return;
-    take(std::string_view(piece).substr(0, static_cast<std::size_t>(count)));
+    take(std::string_view(piece.get(), static_cast<std::size_t>(count)));
     done += static_cast<std::uint64_t>(count);
     requireSmall(done, path);
   }
