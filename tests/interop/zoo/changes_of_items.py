@@ -105,7 +105,7 @@ def some_field(archive, local, central, pick):
     name = central.name
     others = [other.name for other in archive.centrals()]
     mode = pick.choice(MODES)
-    sizes = [struct.pack("<Q", number) for number in
+    sizes = [struct.pack("<Q", clip(number, 64)) for number in
              (local.size, len(local.data), 0, FULL32, 1 << 40, len(local.data) + 1)]
     if kind < 4:
         return unicode_field(0x7075, name, names.changed(name, others, pick), pick)
