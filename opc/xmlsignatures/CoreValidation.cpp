@@ -94,17 +94,18 @@ bool areReferencesValid(xmlSecDSigCtx& context, const std::vector<std::string>& 
 
 void prepareLibrary() {
   watchOpenSsl();
+  watchLibXml();
   MemoryWatch watch;
   // Before anything else uses OpenSSL: its configuration file may name code to load.
   OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
   xmlInitParser();
   xmlSetExternalEntityLoader(refuseToLoad);
   xmlSecErrorsDefaultCallbackEnableOutput(0);
-  if (xmlSecInit() < 0 || xmlSecOpenSSLInit() < 0) {
-    watch.requireMemory();
+  const bool isReady = xmlSecInit() >= 0 && xmlSecOpenSSLInit() >= 0;
+  watch.requireMemory();
+  if (!isReady) {
     throw Exception(ErrorCode::Unsupported, "the library for signatures cannot be used");
   }
-  watchXmlSec();
   xmlSecIOCleanupCallbacks();
   xmlCleanupInputCallbacks();
 }

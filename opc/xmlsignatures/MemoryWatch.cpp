@@ -2,12 +2,9 @@
 #include "opc/xmlsignatures/MemoryWatch.h"
 
 #include <libxml/globals.h>
+#include <libxml/xmlmemory.h>
 #include <openssl/crypto.h>
 #include <openssl/err.h>
-#include <xmlsec/xmlsec.h>  // which the next one needs
-
-#include <xmlsec/errors.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
@@ -30,9 +27,17 @@ void notePrinted(void*, const char*, ...) {
   ++shortages;
 }
 
-void noteXmlSecError(const char*, int, const char*, const char*, const char*, int reason,
-                     const char*) {
-  if (reason == XMLSEC_ERRORS_R_MALLOC_FAILED) ++shortages;
+// How the memory of libxml2, which libxmlsec1 uses as well, was managed before.
+xmlFreeFunc freeXml = nullptr;
+xmlMallocFunc allocateXml = nullptr;
+xmlMallocFunc allocateXmlText = nullptr;
+xmlReallocFunc resizeXml = nullptr;
+xmlStrdupFunc copyXml = nullptr;
+
+template <typename Item>
+Item* noted(Item* block) {
+  if (block == nullptr) ++shortages;
+  return block;
 }
 
 // OpenSSL's memory. It may hold keys, so it is cleared before it is given back; its size is before
@@ -103,8 +108,14 @@ void watchOpenSsl() {
   CRYPTO_set_mem_functions(allocate, resize, release);
 }
 
-void watchXmlSec() {
-  xmlSecErrorsSetCallback(noteXmlSecError);
+void watchLibXml() {
+  if (freeXml != nullptr) return;
+  xmlGcMemGet(&freeXml, &allocateXml, &allocateXmlText, &resizeXml, &copyXml);
+  xmlGcMemSetup(
+      freeXml, [](std::size_t size) { return noted(allocateXml(size)); },
+      [](std::size_t size) { return noted(allocateXmlText(size)); },
+      [](void* block, std::size_t size) { return noted(resizeXml(block, size)); },
+      [](const char* text) { return noted(copyXml(text)); });
 }
 
 }  // namespace opc::xmlsignatures

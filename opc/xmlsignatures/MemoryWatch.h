@@ -45,7 +45,8 @@ auto withMemory(const Body& body) {
 /// Lets the watch see OpenSSL's allocations, some of whose failures it does not report, and clears
 /// what it gives back. Does nothing if OpenSSL was used before.
 void watchOpenSsl();
-/// Reports the errors of libxmlsec1 to the watch, instead of printing them.
-void watchXmlSec();
+/// Lets the watch see the allocations of libxml2 and libxmlsec1, which do not report all failures,
+/// and some of them as another fault.
+void watchLibXml();
 
 }  // namespace opc::xmlsignatures

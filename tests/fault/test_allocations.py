@@ -81,6 +81,16 @@ class Allocations(FaultTest):
                         else:
                             self.assertRegex(result.errors, "memory|Cannot allocate|cannot load ", where)
 
+    def test_that_fail_while_openssl_starts_are_not_faults_of_certificates(self):
+        self.make_inputs()
+        if "  signatures " not in self.ok("help").text:
+            self.skipTest("needs the library for signatures")
+        for number in range(1, 150):
+            result = self.run_failing(f"memory:{number}:ENOMEM", "verify", "signed.kraddon",
+                                      "--trust", "ada.pem")
+            if result.code != 0:
+                self.assertRegex(result.errors, "memory|Cannot allocate|cannot load ", number)
+
     def test_that_fail_while_xerces_starts_are_not_faults_of_the_package(self):
         self.make_inputs()
         failed = []
