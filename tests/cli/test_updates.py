@@ -39,8 +39,9 @@ class Handler(http.server.SimpleHTTPRequestHandler):
             self.send_response(200)
         self.send_header("Content-Length", str(len(content)))
         self.end_headers()
-        self.wfile.write(content)
+        # Before the client can have it all.
         self.server.requests.append((self.path, len(content)))
+        self.wfile.write(content)
 
     def log_message(self, *_):
         pass
