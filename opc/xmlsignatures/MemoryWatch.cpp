@@ -114,7 +114,10 @@ void watchLibXml() {
   xmlGcMemSetup(
       freeXml, [](std::size_t size) { return noted(allocateXml(size)); },
       [](std::size_t size) { return noted(allocateXmlText(size)); },
-      [](void* block, std::size_t size) { return noted(resizeXml(block, size)); },
+      [](void* block, std::size_t size) {
+        // With a size of 0 it frees the block and may return null.
+        return size == 0 ? resizeXml(block, size) : noted(resizeXml(block, size));
+      },
       [](const char* text) { return noted(copyXml(text)); });
 }
 
