@@ -35,7 +35,6 @@ struct LoadedFileTree {
   std::uint64_t tableSize = 0;             ///< bytes of the table at most, markup of the root aside
   std::vector<UnreadableFile> unreadable;  ///< files without a path and no parts
 
-  bool needsTable() const { return emptyFolders != 0 || !tableFiles.empty(); }
   FileTreeTable table() const;
   /// How many files and folders the table makes, those above its entries included.
   std::uint64_t tableNodes() const;
