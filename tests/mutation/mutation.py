@@ -4,8 +4,8 @@
     mutation.py [--count N] [--seed N] [--folder FOLDER]... [--seconds N]
 
 All changes are compiled into one build; the environment selects one. A change is tried with the
-cases that reach its place, the quickest first: those of the unit and gateway tests, then those of
-the command line. The result of each change is kept in build/mutation, so that a run that was
+cases that reach its place, the quickest first: those of the unit and gateway tests, then the
+scripts. The result of each change is kept in build/mutation, so that a run that was
 stopped goes on where it ended. Prints the score, and each change that no test noticed.
 """
 
@@ -32,7 +32,8 @@ WORK = ROOT / "build" / "mutation"
 SOURCE = WORK / "source"
 BUILD = SOURCE / "build" / "release"
 FOLDERS = ["opc/zippackage", "opc/model", "opc/plservices", "addon/packaging"]
-LABELS = ("unit", "gateway", "cli")
+PROGRAMS = {"unit", "gateway"}  # labels of the tests that are programs ...
+SCRIPTS = {"cli", "fault", "interop"}  # ... and of those that are scripts
 PROCESSORS = len(os.sched_getaffinity(0))
 # More are chosen than are wanted, since some do not compile.
 SPARE = 1.3
@@ -149,7 +150,7 @@ def all_cases():
         labels = set(properties.get("LABELS", []))
         words = [word for word in test["command"] if word != "--gtest_brief=1"]
         is_script = words[-1].endswith(".py")
-        if not labels & set(LABELS) or is_script != ("cli" in labels) or len(words) > 1 and not is_script:
+        if not labels & (SCRIPTS if is_script else PROGRAMS) or len(words) > 1 and not is_script:
             continue
         environment = dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", []))
         for name in cases_of(words, environment):

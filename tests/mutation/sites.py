@@ -2,6 +2,7 @@
 """Finds the places of C++ sources that can be changed, and writes the changed sources."""
 
 import hashlib
+import itertools
 import json
 import pathlib
 import re
@@ -18,6 +19,8 @@ OPERATOR_CALLS = ("operator==", "operator!=")
 # Values of these must be known when the code is compiled.
 FIXED = (CursorKind.ENUM_DECL, CursorKind.CASE_STMT, CursorKind.TEMPLATE_REF,
          CursorKind.STATIC_ASSERT)
+# Calls that change only how much time or memory something takes.
+WITHOUT_RESULT = ("reserve", "prefetch")
 CONDITIONS = (CursorKind.IF_STMT, CursorKind.WHILE_STMT, CursorKind.CONDITIONAL_OPERATOR)
 SAME = "kraddon_mutation::isMutant"
 
@@ -27,9 +30,14 @@ def is_constant(variable):
     for token in variable.get_tokens():
         if token.spelling in ("=", "{", "("):
             return False
-        if token.spelling in ("constexpr", "["):
+        if token.spelling in ("constexpr", "constinit", "["):
             return True
     return False
+
+
+def is_decided_when_compiled(statement):
+    """Whether it is an `if constexpr`."""
+    return [token.spelling for token in itertools.islice(statement.get_tokens(), 2)] == ["if", "constexpr"]
 
 
 class Site:
@@ -73,6 +81,8 @@ class SourceSites:
             return
         if cursor.kind == CursorKind.VAR_DECL and is_constant(cursor):
             return
+        if cursor.kind == CursorKind.CALL_EXPR and cursor.spelling in WITHOUT_RESULT:
+            return
         children = list(cursor.get_children())
         if cursor.kind in (CursorKind.BINARY_OPERATOR, CursorKind.COMPOUND_ASSIGNMENT_OPERATOR):
             self.operator(cursor, children)
@@ -84,6 +94,8 @@ class SourceSites:
             value = self.text(*self.extent(cursor))
             if value in ("true", "false"):
                 self.add(cursor, "constant", f"{value} negated", f"({SAME}(@) ? !{value} : {value})")
+        elif cursor.kind == CursorKind.IF_STMT and is_decided_when_compiled(cursor):
+            children = children[1:]
         elif cursor.kind in CONDITIONS and children:
             self.condition(children[0])
         for child in children:
