@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/PiecewiseStream.h"
+
 namespace {
 
 using addon::packaging::imageTypeOf;
@@ -46,6 +48,13 @@ TEST(ImageSignature, NeedsNoMoreBytesThanItSays) {
 
   EXPECT_EQ(longest.size(), addon::packaging::kImageSignatureSize);
   EXPECT_EQ(typeOf(longest.substr(0, longest.size() - 1)), "");
+}
+
+TEST(ImageSignature, IsReadFromAStreamOfSmallPieces) {
+  test::PiecewiseStream stream("RIFF....WEBP and more", 5);
+
+  EXPECT_EQ(imageTypeOf(stream), "image/webp");
+  EXPECT_EQ(stream.furthest(), addon::packaging::kImageSignatureSize);
 }
 
 }  // namespace

@@ -241,6 +241,15 @@ TEST(CorePropertiesPart, AnEmptyDateReadsAsAbsent) {
   EXPECT_EQ(dateOf(read(created("")), DateProperty::Created), std::nullopt);
 }
 
+TEST(CorePropertiesPart, ADistantDateTakesThePlaceOfADate) {
+  CorePropertiesPart properties = read(created("2014-05-06T07:08:09Z"));
+
+  properties.setDistantDate(DateProperty::Created, u"12014-05-06T07:08:09Z");
+
+  EXPECT_EQ(properties.date(DateProperty::Created), std::nullopt);
+  EXPECT_EQ(properties.distantDate(DateProperty::Created), u"12014-05-06T07:08:09Z");
+}
+
 TEST(CorePropertiesPart, TheOldContentTypeIsRead) {
   EXPECT_EQ(read(part("<cp:contentType>x/y</cp:contentType>")).text(TextProperty::ContentType),
             u"x/y");

@@ -85,6 +85,30 @@ TEST(FileContentSource, LookingForTheEndLosesNothing) {
   EXPECT_TRUE(stream->isEnd());
 }
 
+TEST(FileContentSource, ReadingNoBytesReturnsNone) {
+  test::TemporaryFolder folder;
+  test::writeFile(folder / "a", "xy");
+  FileContentSource source((folder / "a").string());
+  const auto stream = source.getInputStream();
+  unsigned char byte = 0;
+
+  EXPECT_FALSE(stream->isEnd());
+  EXPECT_EQ(stream->read(&byte, 0), 0u);
+  EXPECT_EQ(readAll(*stream, 10), "xy");
+}
+
+TEST(FileContentSource, WhatIsAppendedAfterTheEndWasReadIsNotPartOfTheFile) {
+  test::TemporaryFolder folder;
+  test::writeFile(folder / "a", "xy");
+  FileContentSource source((folder / "a").string());
+  const auto stream = source.getInputStream();
+  unsigned char bytes[10];
+  ASSERT_EQ(stream->read(bytes, sizeof bytes), 2u);
+  test::writeFile(folder / "a", "xyz");
+
+  EXPECT_EQ(stream->read(bytes, sizeof bytes), 0u);
+}
+
 TEST(FileContentSource, AStreamOutlivesItsSource) {
   test::TemporaryFolder folder;
   test::writeFile(folder / "a", "kept");

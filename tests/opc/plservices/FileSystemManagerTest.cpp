@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/opc/plservices/ScratchTree.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -18,6 +19,7 @@ using opc::plservices::FileContentSource;
 using opc::plservices::FileSystemEntry;
 using opc::plservices::FileSystemEntryAlreadyExists;
 using opc::plservices::FileSystemManager;
+using opc::plservices::RestoreMode;
 using test::errorOf;
 using test::ScratchTree;
 using testing::ElementsAre;
@@ -236,12 +238,42 @@ TEST(FileSystemManager, AnEntryOfAnotherPackageIsRefused) {
   EXPECT_THROW(one.files.getChildren(other.files.getRoot()), opc::Exception);
 }
 
+TEST(FileSystemManager, AnEntryOfAFileThatWasDiscardedIsRefused) {
+  ScratchTree tree;
+  tree.addFile("a");
+  tree.reopen(ScratchTree::OpenMode::Modify);
+  tree.addFile("b");
+  const FileSystemEntry entry = *tree.files.find("b");
+  tree.package.close(true);
+  tree.package.open(ScratchTree::OpenMode::Read);
+  ASSERT_THAT(tree.list(), ElementsAre("a"));
+
+  EXPECT_THAT(errorOf([&] { entry.path(); }), HasSubstr("its package was closed"));
+}
+
 TEST(FileSystemManager, AFolderCannotBeOpenedAsAFile) {
   ScratchTree tree;
   tree.addFolder("a");
 
   EXPECT_THAT(errorOf([&tree] { tree.files.openFile(*tree.files.find("a")); }),
               HasSubstr("'a': it is a folder"));
+}
+
+TEST(FileSystemManager, ExtractsWithTheThreadThatItIsGiven) {
+  ScratchTree tree;
+  tree.addFile("a", "content");
+  tree.reopen();
+  int started = 0;
+  tree.files.setBackground([&started](std::function<void()> work) {
+    ++started;
+    return std::make_unique<test::ThreadTask>(std::move(work));
+  });
+
+  tree.files.extract({tree.files.getRoot()}, (tree.folder / "new").string(),
+                     RestoreMode::KeepExisting, nullptr);
+
+  EXPECT_EQ(started, 1);
+  EXPECT_EQ(test::readFile(tree.folder / "new" / "a"), "content");
 }
 
 TEST(FileSystemManager, ManyFilesAreAddedAndComeBack) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "opc/model/Relationship.h"
+#include "opc/plservices/LoadedFileTree.h"
 #include "tests/opc/plservices/ScratchTree.h"
 
 // When the table of the file tree is written, and what is made of one that is read.
@@ -312,6 +313,15 @@ TEST(FileSystemTable, CountsFoldersAboveItsFilesAndTheFilesThemselves) {
   tree.physical.pretendFileSize(0);
 
   EXPECT_THAT(errorOf([&tree] { tree.list(); }), HasSubstr("more than 1000"));
+}
+
+TEST(FileSystemTable, CountsFoldersAboveSeveralEntriesOnce) {
+  opc::plservices::LoadedFileTree tree;
+  tree.nodes.reachFolder("a/b/c");
+  tree.nodes.reachFolder("a/b/d");
+  tree.nodes.addFile(opc::plservices::FileTree::kRoot, "e", 0);
+
+  EXPECT_EQ(tree.tableNodes(), 4u);
 }
 
 TEST(FileSystemTable, MakesNoMoreThanTwoMillionFoldersHoweverLargeThePackage) {
