@@ -21,7 +21,7 @@ std::optional<FreeSpace> queryFreeSpace(int folder) {
   const std::uint64_t blocks = ::geteuid() == 0 ? status.f_bfree : status.f_bavail;
   const std::uint64_t limit = std::numeric_limits<std::uint64_t>::max() / status.f_frsize;
   FreeSpace space{std::min<std::uint64_t>(blocks, limit) * status.f_frsize, status.f_frsize};
-  if (status.f_files != 0) space.inodes = ::geteuid() == 0 ? status.f_ffree : status.f_favail;
+  if (status.f_files != 0) space.inodes = status.f_ffree;
   return space;
 }
 

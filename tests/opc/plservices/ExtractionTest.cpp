@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -458,6 +459,8 @@ TEST_F(ExtractionSpace, ASumOfSizesBeyondAllBoundsIsNoRoom) {
 TEST(FreeSpace, OfARealFolderIsKnown) {
   test::TemporaryFolder folder;
   const opc::FileDescriptor descriptor(::open(folder.path().c_str(), O_PATH | O_DIRECTORY));
+  struct statvfs status {};
+  ASSERT_EQ(::fstatvfs(descriptor.get(), &status), 0);
 
   const auto space = opc::plservices::detail::queryFreeSpace(descriptor.get());
 
@@ -465,6 +468,7 @@ TEST(FreeSpace, OfARealFolderIsKnown) {
   EXPECT_GT(space->bytes, 0u);
   EXPECT_GE(space->blockSize, 512u);
   EXPECT_NE(space->inodes, 0u);
+  EXPECT_EQ(space->inodes.has_value(), status.f_files != 0);
 }
 
 }  // namespace
