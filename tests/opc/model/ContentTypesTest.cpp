@@ -7,6 +7,7 @@
 
 #include "opc/model/InvalidXMLDocument.h"
 #include "opc/model/XercesHelper.h"
+#include "opc/model/detail/DocumentSize.h"
 #include "tests/opc/model/PackageFixture.h"
 
 using opc::model::ContentType;
@@ -82,6 +83,10 @@ const StreamCase kStreams[] = {
     {"<Types @><Override Extension='a' ContentType='x/y'/></Types>", "CT-3"},
     {"<Types @><Default Extension='a' ContentType='x/y'>text</Default></Types>", "CT-3"},
     {"<Types @><Default Extension='a' ContentType='x/y'>^</Default></Types>", "CT-3"},
+    {"<Types @><Override PartName='/a' ContentType='x/y'>text</Override></Types>", "CT-3"},
+    {"<Types @><Override PartName='/a' ContentType='x/y'>^</Override></Types>", "CT-3"},
+    {"<Types @><Override PartName='/a' ContentType='x/y'> </Override></Types>", "CT-3"},
+    {"<Types @><Override PartName='/a' ContentType='x/y'><!-- c --></Override></Types>", ""},
     {"<Types @><Default Extension='a' ContentType='x/y'><!-- c --></Default></Types>", ""},
     {"<Types @><Default Extension='a' ContentType='x/y'><!-- c --><?p?></Default></Types>", ""},
     {"<Types @><Default Extension='a' ContentType='x/y'>\n</Default></Types>", "CT-3"},
@@ -160,6 +165,19 @@ TEST(ContentTypes, TheErrorNamesTheEntry) {
   EXPECT_EQ(fault.text,
             "type override for '/a': invalid content type 'x': it does not read 'type/subtype'");
   EXPECT_EQ(fault.code, opc::ErrorCode::InvalidPackage);
+}
+
+TEST(ContentTypes, AreUnchangedUntilAnEntryComesOrGoes) {
+  ContentTypes types;
+  EXPECT_FALSE(types.isChanged());
+
+  types.addOverride("a", type("x/y"));
+  EXPECT_TRUE(types.isChanged());
+  types.setUnchanged();
+  types.removeOverride("b");
+  EXPECT_FALSE(types.isChanged());
+  types.removeOverride("a");
+  EXPECT_TRUE(types.isChanged());
 }
 
 TEST(ContentTypes, OverrideWinsOverTheDefaultOfTheExtension) {
@@ -276,4 +294,19 @@ TEST(ContentTypes, NameOutsideAsciiIsWrittenEncoded) {
   types.addOverride("\xC3\xA9", type("x/y"));
 
   EXPECT_NE(types.toXml().find("PartName=\"/%C3%A9\""), std::string::npos);
+}
+
+TEST(ContentTypes, AsManyEntriesAreTakenAsAreRead) {
+  ContentTypes types;
+  // The root takes two nodes, each of these three.
+  const std::size_t room = (opc::model::XercesHelper::kMaxNodes - 2) / 3;
+  for (std::size_t i = 2; i < room; ++i) types.addOverride("p" + std::to_string(i), type("o/o"));
+
+  types.assign("a.m", type("x/y"), true);
+  types.assign("b", type("x/y"), true);
+  const test::Fault fault = faultOf([&] { types.assign("c", type("x/y"), true); });
+
+  EXPECT_EQ(fault.code, opc::ErrorCode::TooLarge);
+  EXPECT_EQ(types.defaults().size() + types.overrides().size(), room);
+  EXPECT_NO_THROW(opc::model::detail::requireReadableDocument(types.toXml(), "content types"));
 }

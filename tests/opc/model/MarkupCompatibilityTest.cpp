@@ -78,6 +78,9 @@ const MarkupCase kCases[] = {
     {"mc:Ignorable='x' mc:ProcessContent='x:*'", "<x:e>{a}<x:f>{b}</x:f></x:e>", "ab"},
     {"mc:Ignorable='x' mc:ProcessContent='x:e'", "<x:e>text</x:e>", "RL-3"},
     {"mc:Ignorable='x' mc:ProcessContent='e'", "{a}", "RL-13"},
+    {"mc:Ignorable='x' mc:ProcessContent='x'", "{a}", "RL-13"},
+    {"mc:Ignorable='x' mc:ProcessContent='x:'", "{a}", "RL-13"},
+    {"mc:Ignorable='x' mc:ProcessContent=':e'", "{a}", "RL-13"},
     {"mc:Ignorable='x' mc:ProcessContent='z:e'", "{a}", "RL-13"},
     {"mc:ProcessContent='x:e'", "<x:e>{a}</x:e>", "RL-13"},
     // MustUnderstand.

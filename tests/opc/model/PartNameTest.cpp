@@ -8,6 +8,7 @@
 
 #include "opc/Text.h"
 #include "tests/opc/model/PackageFixture.h"
+#include "tests/opc/model/TextBeforeNothing.h"
 
 using opc::model::PartName;
 using test::faultOf;
@@ -138,6 +139,34 @@ TEST(PartName, KeepsWhatWasGivenAndEncodesOnlyWhatIsNotAscii) {
   EXPECT_EQ(name.canonical(), "/B%C3%BCcher/A%20b.M");
   EXPECT_EQ(name.key(), "/b%c3%bccher/a%20b.m");
   EXPECT_EQ(name.itemName(), "B%C3%BCcher/A%20b.M");
+}
+
+TEST(PartName, CanonicalFormEncodesEveryByteOutsideAsciiAndNoOther) {
+  constexpr const char* kDigits = "0123456789ABCDEF";
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    const std::string name(1, static_cast<char>(byte));
+    const std::string encoded = {'%', kDigits[byte / 16], kDigits[byte % 16]};
+
+    EXPECT_EQ(opc::model::canonicalItemName(name), byte < 0x80 ? name : encoded);
+  }
+}
+
+TEST(PartName, NothingBehindANameIsRead) {
+  const auto ruleOf = [](std::string_view name) {
+    const test::TextBeforeNothing text(name);
+    const opc::model::NameFault* fault = opc::model::findNameFault(text.view());
+    return std::string_view(fault == nullptr ? "" : fault->rule);
+  };
+
+  for (const char* name : {"a", "ab/c.de", "a%20", "\xC3\xA9", "\xF0\x9F\x98\x80"}) {
+    EXPECT_EQ(ruleOf(name), "") << name;
+  }
+  EXPECT_EQ(ruleOf("a/"), "PN-1");
+  EXPECT_EQ(ruleOf("a\xC3"), "PN-2");
+  EXPECT_EQ(ruleOf("a\xF0\x9F\x98"), "PN-2");
+  EXPECT_EQ(ruleOf("a%"), "PN-3");
+  EXPECT_EQ(ruleOf("a%2"), "PN-3");
+  EXPECT_EQ(ruleOf("a."), "PN-6");
 }
 
 TEST(PartName, EqualWithoutAsciiCaseAndInBothSpellingsOfOtherCharacters) {

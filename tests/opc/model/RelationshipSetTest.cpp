@@ -262,6 +262,7 @@ TEST(RelationshipSet, WhatBreaksARuleIsNotMade) {
   EXPECT_EQ(add(u"urn:t", u"/a.", u"").rule, "RL-8");
   EXPECT_EQ(add(u"urn:t", u"/_rels/.RELS", u"").rule, "RL-9");
   EXPECT_EQ(add(u"urn:\u0001", u"/a", u"").code, opc::ErrorCode::InvalidText);
+  EXPECT_EQ(add(u"urn:t", u"/a#\u0001", u"").code, opc::ErrorCode::InvalidText);
   EXPECT_EQ(faultOf([&] { set.addExternal(u"urn:t", URI(u"\xD800"), u""); }).code,
             opc::ErrorCode::InvalidText);
   EXPECT_EQ(set.entries().size(), 1u);
@@ -311,6 +312,16 @@ TEST(RelationshipSet, KnowsWhatHadToBeMended) {
       test::relationshipsXml(test::relationshipXml("a", "\\b") + test::relationshipXml("c", "/d")));
 
   EXPECT_TRUE(set.entries().front().corrected);
+  EXPECT_FALSE(set.entries().back().corrected);
+}
+
+TEST(RelationshipSet, WhatIsAddedNeededNoMending) {
+  RelationshipSet set{std::string()};
+
+  set.addInternal(u"urn:t", URI(u"b#c"), u"");
+  set.addExternal(u"urn:t", URI(u"\\\\host\\b c"), u"");
+
+  EXPECT_FALSE(set.entries().front().corrected);
   EXPECT_FALSE(set.entries().back().corrected);
 }
 
