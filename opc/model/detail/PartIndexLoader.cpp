@@ -176,8 +176,7 @@ class PartIndex::Loader {
     const std::size_t dot = segment.rfind('.');
     const std::string_view extension =
         dot == std::string_view::npos ? std::string_view() : segment.substr(dot + 1);
-    if (hasExtension_ && extension == extension_) return default_;
-    hasExtension_ = true;
+    if (extension == extension_) return default_;
     extension_ = extension;
     extensionIsOfRelationships_ = toLowerAscii(extension) == kRelationshipsExtension;
     default_ = types_.findDefault(extension);
@@ -283,10 +282,9 @@ class PartIndex::Loader {
   bool folderIsKnown_ = false;     // whether the set of folders has it
   std::uint64_t folderCount_ = 0;  // of items that the set does not know yet
 
-  // The default type of the extension before.
+  // The default type of the extension before. No default is for an empty one.
   std::string_view extension_;
   const ContentType* default_ = nullptr;
-  bool hasExtension_ = false;
   bool extensionIsOfRelationships_ = false;
 
   std::size_t contentTypesItems_ = 0;
