@@ -148,7 +148,7 @@ def all_cases():
     for test in json.loads(output(["ctest", "--test-dir", BUILD, "--show-only=json-v1"], {}))["tests"]:
         properties = {entry["name"]: entry["value"] for entry in test.get("properties", [])}
         labels = set(properties.get("LABELS", []))
-        words = [word for word in test["command"] if word != "--gtest_brief=1"]
+        words = [word for word in test["command"] if word not in ("--gtest_brief=1", "-v")]
         is_script = words[-1].endswith(".py")
         if not labels & (SCRIPTS if is_script else PROGRAMS) or len(words) > 1 and not is_script:
             continue
