@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Directories that are read in a shorter way than others have the same faults.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <map>
 #include <random>
 #include <string>
@@ -112,6 +115,56 @@ TEST(DirectoryPass, NotesTheSameOfExtraFieldsWhateverTheName) {
   }
 }
 
+TEST(DirectoryPass, MissesEachValueThatAHeaderLeavesToAFieldThatIsNotThere) {
+  for (const char* name : {kOrdinaryName, kOtherName}) {
+    for (const std::size_t at : {20u, 24u, 42u}) {  // packed size, size, offset
+      std::string bytes = packageWith(name, "", true);
+      bytes.replace(bytes.find("PK\x01\x02") + at, 4, le32(0xFFFFFFFF));
+
+      const Faults faults = outcomeOf(bytes).faults;
+
+      const std::tuple expected(ZipFaultKind::Zip64ValueMissing, true, 0, 0);
+      EXPECT_EQ(std::count(faults.begin(), faults.end(), expected), 1) << name << " " << at;
+    }
+  }
+}
+
+/// Bounds what the process may take on top of what it has.
+class MemoryLimit {
+ public:
+  explicit MemoryLimit(std::size_t more) {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    ::getrlimit(RLIMIT_AS, &before_);
+    const rlimit limit{pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) + more,
+                       before_.rlim_max};
+    if (pages > 0) ::setrlimit(RLIMIT_AS, &limit);
+  }
+  ~MemoryLimit() { ::setrlimit(RLIMIT_AS, &before_); }
+  MemoryLimit(const MemoryLimit&) = delete;
+  MemoryLimit& operator=(const MemoryLimit&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST(DirectoryPass, TakesMemoryForNoMoreEntriesThanTheDirectoryHasRoomFor) {
+  ZipBuilder builder;
+  for (const char letter : std::string("abcdefghijklmnop")) {
+    builder.add({.name = {letter}, .comment = std::string(65000, ' ')});
+  }
+  builder.zip64 = true;
+  builder.entries = std::uint64_t{1} << 60;
+  const std::string bytes = builder.build();
+  const MemoryLimit limit(std::size_t{256} << 20);
+
+  const ZipDirectory directory = directoryOf(bytes);
+
+  EXPECT_EQ(directory.entries().size(), 16u);
+  EXPECT_EQ(faultsOf(directory),
+            (Faults{{ZipFaultKind::CountDiffers, false, 16, std::uint64_t{1} << 60}}));
+}
+
 ZipBuilder withNames(const std::vector<std::string>& names) {
   ZipBuilder builder;
   for (const std::string& name : names) builder.add({.name = name, .content = "x"});
@@ -189,6 +242,15 @@ TEST(DirectoryPass, FindsADoubleOfANameOfAnOldCodePage) {
 
   EXPECT_EQ(notedDoubles(directoryOf(builder)),
             (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{3, 1}}));
+}
+
+TEST(DirectoryPass, NotesOfADoubleNothingButTheFirstEntryOfThatName) {
+  EXPECT_EQ(faultsOf(directoryOf(withNames({"a", "b", "b"}))),
+            (Faults{{ZipFaultKind::NameTwice, true, 1, 0}}));
+
+  ZipBuilder folders;
+  folders.add({.name = "a/"}).add({.name = "b/"}).add({.name = "b/"});
+  EXPECT_EQ(faultsOf(directoryOf(folders)), (Faults{{ZipFaultKind::FolderTwice, true, 1, 0}}));
 }
 
 }  // namespace

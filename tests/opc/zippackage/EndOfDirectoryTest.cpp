@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "tests/opc/zippackage/DirectoryFixture.h"
 #include "tests/opc/zippackage/PackageFixture.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/ZipBuilder.h"
 
 namespace opc::zippackage {
@@ -125,16 +128,42 @@ TEST(EndOfDirectory, ASignatureInTheCommentIsNoEndRecord) {
 }
 
 TEST(EndOfDirectory, AnEndRecordInTheCommentThatLeadsNowhereIsRefused) {
-  const std::string nowhere = le32(0x06054b50) + le64(0) + le32(5000) + le32(4) + le16(0);
-  ZipBuilder ofArchive = twoItems();
-  ofArchive.comment = nowhere;
-  ZipBuilder ofItem = twoItems();
-  ofItem.items[0].comment = "before " + nowhere + " behind";
+  for (const std::uint32_t directorySize : {10u, 5000u}) {
+    const std::string nowhere =
+        le32(0x06054b50) + le64(0) + le32(directorySize) + le32(4) + le16(0);
+    ZipBuilder ofArchive = twoItems();
+    ofArchive.comment = nowhere;
+    ZipBuilder ofItem = twoItems();
+    ofItem.items[0].comment = "before " + nowhere + " behind";
 
-  EXPECT_EQ(refusalOf(ofArchive),
-            "ZP-16: its comment holds what readers may take for the end record");
-  EXPECT_EQ(refusalOf(ofItem),
-            "ZP-16: the comment of item 'a.txt' holds what readers may take for the end record");
+    EXPECT_EQ(refusalOf(ofArchive),
+              "ZP-16: its comment holds what readers may take for the end record");
+    EXPECT_EQ(refusalOf(ofItem),
+              "ZP-16: the comment of item 'a.txt' holds what readers may take for the end record");
+  }
+}
+
+TEST(EndOfDirectory, AnEndRecordThatHoldsItsOwnSignatureIsFound) {
+  ZipBuilder builder = twoItems();
+  builder.disk = 0x4b50;
+  builder.directoryDisk = 0x0605;
+
+  EXPECT_EQ(refusalOf(builder), "ZP-14: it is one volume of an archive of several");
+}
+
+TEST(FileTail, HandsOutWhatItHoldsEvenIfTheFileIsCutMeanwhile) {
+  const test::TemporaryFolder folder;
+  const std::string path = (folder / "file").string();
+  const std::string bytes = test::randomText(1000);
+  test::writeFile(path, bytes);
+  const PackageFile file(path);
+  const FileTail tail(file);
+  std::filesystem::resize_file(path, 0);
+  std::string read(bytes.size(), '\0');
+
+  tail.readAt(0, reinterpret_cast<unsigned char*>(read.data()), read.size());
+
+  EXPECT_EQ(read, bytes);
 }
 
 /// Where readers that take the last end record would find something else than the first one names.
@@ -362,13 +391,16 @@ TEST(EndOfDirectory, AZip64EndRecordThatIsNotThereIsRefused) {
   ZipBuilder farAway = twoItems();
   farAway.zip64 = true;
   farAway.zip64Offset = UINT64_MAX - 10;
+  ZipBuilder behindIt = twoItems();
+  behindIt.zip64 = true;
+  behindIt.zip64Offset = behindIt.build().size() - 22 - 20;
   ZipBuilder wrongSize = twoItems();
   wrongSize.zip64 = true;
   wrongSize.zip64Record = le32(0x06064b50) + le64(UINT64_MAX) + std::string(44, '\0');
   ZipBuilder noLocator = twoItems();
   noLocator.directoryOffset = 0xFFFFFFFF;
 
-  for (const ZipBuilder* builder : {&wrongPlace, &farAway, &wrongSize, &noLocator}) {
+  for (const ZipBuilder* builder : {&wrongPlace, &farAway, &behindIt, &wrongSize, &noLocator}) {
     EXPECT_EQ(refusalOf(*builder).substr(0, 4), "ZP-9");
   }
 }

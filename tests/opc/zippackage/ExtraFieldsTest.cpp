@@ -103,6 +103,19 @@ TEST(Zip64Extra, WithTooFewValuesIsNotRead) {
   EXPECT_FALSE(extra.decode(bytesOf(le64(1) + le32(2))));
 }
 
+TEST(Zip64Extra, AgreesWithAFieldOfTheFirstOfItsValuesAndNoMore) {
+  const Zip64Extra one{.size = 5};
+  const Zip64Extra two{.size = 5, .packedSize = 6};
+  const Zip64Extra needed{.size = 0, .packedSize = 0, .headerOffset = 0};
+
+  EXPECT_TRUE(one.agrees(bytesOf(le64(5)), needed));
+  EXPECT_FALSE(one.agrees(bytesOf(le64(6)), needed));
+  EXPECT_FALSE(one.agrees(bytesOf(le64(5) + le64(0)), needed));
+  EXPECT_TRUE(two.agrees(bytesOf(le64(5) + le64(6)), needed));
+  EXPECT_FALSE(two.agrees(bytesOf(le64(5) + le64(0)), needed));
+  EXPECT_FALSE(two.agrees(bytesOf(le64(5) + le32(6)), needed));
+}
+
 TEST(TimestampExtra, KeepsTimesBefore1970) {
   std::string bytes(TimestampExtra::kSize, '\0');
   TimestampExtra{-5}.encode(reinterpret_cast<unsigned char*>(bytes.data()));

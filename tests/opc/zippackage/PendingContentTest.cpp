@@ -198,6 +198,20 @@ TEST_F(PendingContents, ThatAreGoneNoLongerCount) {
   EXPECT_EQ(contentOf(second), "text");
 }
 
+TEST_F(PendingContents, OfWhichOneIsGoneDoNotStayInMemoryWhenTheNextOneGrows) {
+  PendingStore store(folder_.path().string(), 1000);
+  PendingContent first(store, "a");
+  first.append(bytesOf(std::string(3000, 'x')));
+  { const PendingContent gone(store, "b"); }
+  PendingContent next(store, "c");
+
+  next.append(bytesOf("text"));
+
+  EXPECT_LT(store.inMemory(), 1000u);
+  EXPECT_EQ(contentOf(first), std::string(3000, 'x'));
+  EXPECT_EQ(contentOf(next), "text");
+}
+
 TEST_F(PendingContents, WithoutAFolderToSpillIntoSaySo) {
   PendingStore store((folder_ / "missing").string());
   PendingContent content(store, "a");

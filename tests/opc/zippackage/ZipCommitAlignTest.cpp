@@ -152,5 +152,14 @@ TEST_F(AlignedCommits, LeaveTheBytesOfShortRunsAsTheyAre) {
   EXPECT_EQ(placeOf("b.txt").extra, before.extra);
 }
 
+TEST_F(AlignedCommits, LeaveTheBytesOfShortRunsFarBehindTheBeginningAsTheyAre) {
+  writePackage();
+  remove("last");
+
+  remove("large");
+
+  EXPECT_EQ(placeOf("next").extra, "");
+}
+
 }  // namespace
 }  // namespace opc::zippackage

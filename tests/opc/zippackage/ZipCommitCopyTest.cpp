@@ -44,6 +44,26 @@ TEST_F(Commits, CopyUnchangedItemsByteForByte) {
             std::string::npos);
 }
 
+TEST_F(Commits, CopyAnItemThatCannotBeReadAsItIs) {
+  const std::string large = test::randomText(100000);
+  test::ZipBuilder builder;
+  test::ZipItem damaged{.name = "a", .content = "A"};
+  damaged.local.name = "b";
+  builder.add({.name = "first", .content = large}).add(damaged);
+  builder.add({.name = "last", .content = large});
+  const std::string before = builder.build();
+  test::writeFile(path(), before);
+
+  changed()->close(false);
+
+  const std::size_t directory = before.find("PK\x01\x02");
+  EXPECT_TRUE(bytes().substr(0, directory) == before.substr(0, directory));
+  auto package = test::packageAt(path());
+  package.open(OpenMode::Read);
+  EXPECT_EQ(test::ruleOf([&] { test::textOf(package, "a"); }), "ZP-7");
+  EXPECT_EQ(test::textOf(package, "new.txt"), "new content");
+}
+
 TEST_F(Commits, LeaveOutTheBytesOfRemovedItemsOnly) {
   test::ZipBuilder builder;
   for (const char* name : {"a", "b", "c", "d", "e"}) {

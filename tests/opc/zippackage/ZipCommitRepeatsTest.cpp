@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -114,6 +115,24 @@ TEST_F(Repeats, AreFoundAmongLargeContentsOfEqualSizes) {
 
   const auto found = texts(4);
   for (std::size_t i = 0; i < 4; ++i) EXPECT_TRUE(found[i] == (i % 2 == 0 ? first : second)) << i;
+}
+
+TEST_F(Repeats, CountForTheProgressOnceTheyAreWritten) {
+  const std::string text(kLarge, 'x');
+  const auto package = opened(OpenMode::Create);
+  for (const char* name : {"1", "2"}) {
+    package->addItem({.name = name}, std::make_unique<ChangingSource>(Content{{text}}));
+  }
+  std::set<std::uint64_t> reports;
+  WriteOptions options;
+  options.progress = [&](const interfaces::Progress& progress) {
+    if (progress.bytesDone >= kLarge) reports.insert(progress.bytesDone);
+  };
+  package->setWriteOptions(options);
+
+  package->close(false);
+
+  EXPECT_EQ(reports, (std::set<std::uint64_t>{kLarge, 2 * kLarge}));
 }
 
 // What was read to look for it, and never packed, is not there to be repeated.

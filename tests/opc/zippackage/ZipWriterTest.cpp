@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "opc/zippackage/detail/ZipWriter.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <cstdint>
 #include <limits>
 #include <string>
 
-#include "opc/zippackage/ExtraFields.h"
-#include "opc/zippackage/ZipItemReader.h"
 #include "tests/opc/zippackage/PackageFixture.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/opc/zippackage/ZipWritersFixture.h"
 #include "tests/support/ZipBuilder.h"
 
 namespace opc::zippackage {
@@ -19,55 +16,15 @@ namespace {
 
 using detail::ItemHead;
 using detail::OutputFile;
-using detail::Zip64Limits;
 using detail::ZipWriter;
 
 using test::extraField;
 using test::le16;
 using test::le32;
-using test::le64;
 using test::TextSource;
 
 constexpr std::int64_t kTime = 1709209831;  // 2024-02-29 12:30:31 UTC
 constexpr std::uint32_t kDosTime = ((44u << 9 | 2 << 5 | 29) << 16) | (12 << 11 | 30 << 5 | 15);
-
-class ZipWriters : public testing::Test {
- protected:
-  /// Has `body` write a file, and returns its bytes.
-  std::string written(const std::function<void(ZipWriter&, OutputFile&)>& body,
-                      Zip64Limits limits = {}) {
-    const FileDescriptor file(::open(path().c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    OutputFile out(file.get());
-    ZipWriter writer(out, limits);
-    body(writer, out);
-    out.flush();
-    return test::readFile(path());
-  }
-
-  std::string path() const { return (folder_ / "p.zip").string(); }
-
-  static void add(ZipWriter& writer, const ItemHead& head, const std::string& text) {
-    TextSource source(text);
-    writer.add(head, source, [](std::uint64_t) {});
-  }
-
-  std::string contentOf(std::size_t entry) {
-    const PackageFile file(path());
-    const ZipDirectory directory = ZipDirectory::read(file);
-    directory.refuseFaults();
-    ZipItemReader reader(file, directory);
-    ByteBuffer bytes;
-    reader.read(entry, bytes, UINT64_MAX);
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-  }
-
-  std::string pythonTest() const {
-    return test::outputOf("/usr/bin/python3 -c \"import zipfile; z = zipfile.ZipFile('" + path() +
-                          "'); print(z.testzip(), len(z.infolist()))\"");
-  }
-
-  test::TemporaryFolder folder_;
-};
 
 TEST_F(ZipWriters, WithoutItemsWriteJustAnEndRecord) {
   const std::string bytes = written([](ZipWriter& writer, OutputFile&) { writer.finish({}); });
@@ -270,172 +227,6 @@ TEST_F(LargeSources, ThatSaidTheyWereSmallAreStreamedFromWhereTheyGrow) {
   EXPECT_TRUE(contentOf(0) == text);
   EXPECT_TRUE(contentOf(1) == noise);
   EXPECT_EQ(pythonTest(), "None 2\n");
-}
-
-// With the limit lowered, small items take the way of those beyond 4 GiB.
-class Zip64Writers : public ZipWriters {
- protected:
-  static constexpr Zip64Limits kLow{.value = 1000, .count = 3};
-};
-
-TEST_F(Zip64Writers, UseWideFieldsJustWhereTheyAreNeeded) {
-  const std::string small = "small";
-  const std::string text = test::packableText(30000);
-  written(
-      [&](ZipWriter& writer, OutputFile&) {
-        add(writer, {.name = "small"}, small);
-        add(writer, {.name = "large", .time = kTime, .isTimeExact = true}, text);
-        add(writer, {.name = "behind"}, small);
-        writer.finish({});
-      },
-      kLow);
-
-  const ZipDirectory directory = ZipDirectory::read(PackageFile(path()));
-  EXPECT_TRUE(directory.faults().empty());
-  EXPECT_EQ(directory.header(0).versionNeeded, 20);
-  EXPECT_EQ(directory.header(0).size, 5u);
-  EXPECT_EQ(directory.header(1).versionNeeded, 45);
-  EXPECT_EQ(directory.header(1).size, 0xFFFFFFFF);
-  EXPECT_LT(directory.header(1).headerOffset, 1000u);
-  EXPECT_EQ(directory.header(2).size, 5u);
-  EXPECT_EQ(directory.header(2).headerOffset, 0xFFFFFFFF);
-  EXPECT_EQ(contentOf(0), small);
-  EXPECT_EQ(contentOf(1), text);
-  EXPECT_EQ(contentOf(2), small);
-  EXPECT_EQ(pythonTest(), "None 3\n");
-  EXPECT_EQ(test::outputOf("unzip -tqq " + path()), "");
-}
-
-TEST_F(Zip64Writers, WriteTheWideEndRecordOnlyFromTheirCountOn) {
-  const auto archive = [&](int count) {
-    return written(
-        [&](ZipWriter& writer, OutputFile&) {
-          for (int i = 0; i < count; ++i) add(writer, {.name = "x"}, "");
-          writer.finish({});
-        },
-        kLow);
-  };
-
-  EXPECT_EQ(archive(2).find("PK\x06\x06"), std::string::npos);
-  EXPECT_NE(archive(3).find("PK\x06\x06"), std::string::npos);
-}
-
-TEST_F(Zip64Writers, StreamLargeItemsWithWideSizes) {
-  const std::string text = test::packableText(17000000);
-  const std::string noise = test::randomText(17000000);
-  written(
-      [&](ZipWriter& writer, OutputFile&) {
-        add(writer, {.name = "text"}, text);
-        add(writer, {.name = "noise"}, noise);
-        writer.finish({});
-      },
-      kLow);
-
-  EXPECT_TRUE(contentOf(0) == text);
-  EXPECT_TRUE(contentOf(1) == noise);
-  EXPECT_EQ(pythonTest(), "None 2\n");
-}
-
-TEST_F(Zip64Writers, RefuseASourceThatGrowsOverTheLimitAfterItsHeader) {
-  TextSource source(test::packableText(19000000));
-  source.declaring(17000000);
-  ErrorCode code{};
-
-  const std::string error = test::errorOf(
-      [&] {
-        written([&](ZipWriter& writer,
-                    OutputFile&) { writer.add({.name = "x"}, source, [](std::uint64_t) {}); },
-                {.value = 18000000, .count = 3});
-      },
-      &code);
-
-  EXPECT_EQ(error, "cannot pack 'text source': it grew over 4 GiB while it was read");
-  EXPECT_EQ(code, ErrorCode::TooLarge);
-}
-
-// An item of another package, taken over to another offset.
-class CopiedEntries : public ZipWriters {
- protected:
-  /// The record of `item` after it was moved to `offset`.
-  std::string movedTo(std::uint64_t offset, test::ZipItem item, Zip64Limits limits = {}) {
-    test::ZipBuilder builder;
-    builder.add(std::move(item));
-    const std::string old = (folder_ / "old.zip").string();
-    test::writeFile(old, builder.build());
-    const ZipDirectory directory = ZipDirectory::read(PackageFile(old));
-    directory.refuseFaults();
-    const std::string bytes = written(
-        [&](ZipWriter& writer, OutputFile&) {
-          writer.addCopied(directory, 0, offset);
-          writer.finish({});
-        },
-        limits);
-    return bytes.substr(0, bytes.find("PK\x05\x06"));
-  }
-};
-
-TEST_F(CopiedEntries, KeepEveryByteOfTheirRecordButTheOffset) {
-  test::ZipItem item{.name = "n\xff", .content = "content"};
-  item.comment = "a comment";
-  item.central.extra = extraField(0xA220, "hint") + "malformed";
-  item.central.madeBy = 0x1234;
-  item.central.internalAttributes = 1;
-  const std::string before = movedTo(0, item);
-
-  const std::string after = movedTo(0x12345678, item);
-
-  EXPECT_EQ(before.substr(0, 42), after.substr(0, 42));
-  EXPECT_EQ(before.substr(42, 4), le32(0));
-  EXPECT_EQ(after.substr(42, 4), le32(0x12345678));
-  EXPECT_EQ(before.substr(46), after.substr(46));
-  EXPECT_EQ(after.substr(46), "n\xff" + item.central.extra + "a comment");
-}
-
-TEST_F(CopiedEntries, GetAWideOffsetWhenTheyMoveBeyondFourGibibytes) {
-  test::ZipItem item{.name = "n", .content = "content"};
-  item.comment = "c";
-  item.central.extra = extraField(7, "x") + "!";
-
-  const std::string record = movedTo(0x100000000, item);
-
-  EXPECT_EQ(record.substr(42, 4), le32(0xFFFFFFFF));
-  EXPECT_EQ(record.substr(46, record.find("PK\x06\x06") - 46),
-            "n" + extraField(1, le64(0x100000000)) + extraField(7, "x") + "!" + "c");
-}
-
-TEST_F(CopiedEntries, KeepTheirWideSizesNextToTheNewOffset) {
-  test::ZipItem item{.name = "n", .content = "content"};
-  item.central.size = 0xFFFFFFFF;
-  item.central.extra = extraField(7, "x") + extraField(1, le64(7));
-
-  const std::string wide = movedTo(0x100000000, item);
-  const std::string narrow = movedTo(5, item);
-
-  EXPECT_EQ(wide.substr(47, wide.find("PK\x06\x06") - 47),
-            extraField(1, le64(7) + le64(0x100000000)) + extraField(7, "x"));
-  EXPECT_EQ(narrow.substr(47), item.central.extra);
-}
-
-TEST_F(CopiedEntries, WithoutRoomForAWideOffsetAreRefused) {
-  test::ZipItem item{.name = "n", .content = "content"};
-  item.central.extra = extraField(7, std::string(0xFFFF - 4, 'x'));
-
-  ErrorCode code{};
-  const std::string error = test::errorOf([&] { movedTo(0x100000000, item); }, &code);
-
-  EXPECT_EQ(error, "cannot keep item 'n': its extra fields leave no room for its offset");
-  EXPECT_EQ(code, ErrorCode::TooLarge);
-}
-
-TEST_F(CopiedEntries, LoseAWideOffsetThatIsNoLongerNeeded) {
-  test::ZipItem item{.name = "n", .content = "content"};
-  item.central.offset = 0xFFFFFFFF;
-  item.central.extra = extraField(1, le64(0)) + extraField(7, "x");
-
-  const std::string record = movedTo(5, item);
-
-  EXPECT_EQ(record.substr(42, 4), le32(5));
-  EXPECT_EQ(record.substr(47), extraField(7, "x"));
 }
 
 }  // namespace
