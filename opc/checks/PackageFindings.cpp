@@ -67,7 +67,7 @@ constexpr FindingInfo kFindings[] = {
      "be mistaken, or there is an earlier directory, for example in the data of an item. "
      "Something may be hidden there, or an item was removed carelessly. "
      "In an add-on this is an error, since other programs may unpack it.",
-     "Rewrite the package; the bytes are left out."},
+     "Extract the files and create the package anew; a change of the package may keep the bytes."},
     {kUnsafeName, "absolute path, drive, backslash or control character in a name",
      "The name of an item begins with a slash or a drive letter, contains a backslash or a "
      "control character (also percent-encoded), encodes bytes that are not valid UTF-8, ends in a "

@@ -32,7 +32,7 @@ bool ItemPacker::readWhole(InputStream& stream, std::uint64_t expected) {
   for (;;) {
     const std::size_t count = stream.read(input_.data() + size_, input_.size() - size_);
     size_ += count;
-    if (count == 0) return size_ <= kWholeLimit;
+    if (count == 0) return true;
     if (size_ > kWholeLimit) return false;
     if (size_ < input_.size()) continue;
     ByteBuffer larger;

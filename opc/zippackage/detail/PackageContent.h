@@ -34,7 +34,8 @@ struct OpenedPackage {
 /// Writes a whole new package: items that stand at the front, then the unchanged ones of the old
 /// package in runs, as their bytes are (but for a growth hint in the header that begins a long run,
 /// which lets the file system share its blocks), then the other new ones, then the directory. What
-/// stood in front of the old package's first item, between items and behind its end is left behind.
+/// stood in front of the old package's first item and behind its end is left behind, and so are
+/// bytes between items, if they are too many for what an item may have behind its data.
 class PackageContent {
  public:
   /// `old` is null for a new package; `removed` says which of its items are left out.
