@@ -90,6 +90,15 @@ TEST(XmlLimits, ElementsAndAttributesAreTheNodesOfADocument) {
   EXPECT_EQ(ruleOf(content + "<b c=''/></r>"), "RB-1");
 }
 
+TEST(XmlLimits, NothingIsHiddenBehindWhatIsEmpty) {
+  const std::string tooDeep = repeat("<a>", 10'000);
+  ASSERT_NE(ruleOf(tooDeep), "");
+
+  for (const char* empty : {"<!---->", "<![CDATA[]]>", "<?p?>", "<b/>", "<b></b>"}) {
+    EXPECT_EQ(ruleOf("<r>" + std::string(empty) + tooDeep), ruleOf(tooDeep)) << empty;
+  }
+}
+
 TEST(XmlLimits, TheSameNamesAgainAreNoNewNames) {
   EXPECT_EQ(ruleOf("<r>" + repeat("<a b='x'/>", 35'000) + "</r>"), "");
 }
