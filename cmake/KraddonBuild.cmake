@@ -18,6 +18,13 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
+# A release is the same wherever it is built: debug information, of which the linker makes the build
+# id, has no path of the machine.
+if(CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo" AND NOT KRADDON_SANITIZE)
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+                      -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
+endif()
+
 set(KRADDON_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 # Sources that are compiled together are included, and g++ takes their unnamed namespaces for those
 # of headers.
