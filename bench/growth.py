@@ -5,6 +5,7 @@ import math
 import os
 import shutil
 import statistics
+import time
 
 from contest import run_once
 
@@ -51,6 +52,17 @@ class Curve:
                 "memorySlope": round(self.slope(self.memory), 3)}
 
 
+def repeated(command, prepare, rounds):
+    """The runs of a command. The first one does not count: it may be the first to touch the memory
+    of a virtual machine, which takes longer than the work. No further one begins after a minute."""
+    runs = []
+    begin = time.monotonic()
+    while len(runs) <= rounds and (len(runs) < 2 or time.monotonic() - begin < 60):
+        prepare()
+        runs.append(run_once(command))
+    return runs[1:]
+
+
 class FileGrowth:
     """Commands on packages with more and more small files."""
 
@@ -91,16 +103,8 @@ class FileGrowth:
     def measure(self, rounds):
         curves = {}
         for size in self.sizes:
-            # What takes half a minute is not measured often.
-            repeated = rounds if size < 1000000 else 1
             for work, command, prepare in self.works(size):
-                runs = []
-                for number in range(repeated + 1 if repeated > 1 else 1):
-                    prepare()
-                    run = run_once(command)
-                    if number or repeated == 1:
-                        runs.append(run)
-                curves.setdefault(work, Curve(work)).add(size, runs)
+                curves.setdefault(work, Curve(work)).add(size, repeated(command, prepare, rounds))
             if size > 100000:
                 self.inputs.remove("texts%d" % size, "texts%d.kraddon" % size)
         return list(curves.values())
