@@ -46,7 +46,7 @@ TEST(DocumentSize, ADocumentMayBeWrittenUpToTheSizeThatIsRead) {
   EXPECT_FALSE(mayBeWritten(xml));
 }
 
-TEST(DocumentSize, RoomEndsWhereADocumentIsReadNoMore) {
+TEST(DocumentSize, RoomEndsAtTheLimitsOfReading) {
   DocumentSize size({100, 2});
 
   EXPECT_TRUE(size.hasRoomFor({XercesHelper::kMaxDocumentSize - 100, 1}));

@@ -151,7 +151,7 @@ TEST(PartName, CanonicalFormEncodesEveryByteOutsideAsciiAndNoOther) {
   }
 }
 
-TEST(PartName, NothingBehindANameIsRead) {
+TEST(PartName, NothingBeyondANameIsRead) {
   const auto ruleOf = [](std::string_view name) {
     const test::TextBeforeNothing text(name);
     const opc::model::NameFault* fault = opc::model::findNameFault(text.view());

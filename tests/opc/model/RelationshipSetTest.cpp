@@ -315,7 +315,7 @@ TEST(RelationshipSet, KnowsWhatHadToBeMended) {
   EXPECT_FALSE(set.entries().back().corrected);
 }
 
-TEST(RelationshipSet, WhatIsAddedNeededNoMending) {
+TEST(RelationshipSet, WhatIsAddedIsNotMarkedAsCorrected) {
   RelationshipSet set{std::string()};
 
   set.addInternal(u"urn:t", URI(u"b#c"), u"");

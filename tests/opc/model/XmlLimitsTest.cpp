@@ -90,7 +90,7 @@ TEST(XmlLimits, ElementsAndAttributesAreTheNodesOfADocument) {
   EXPECT_EQ(ruleOf(content + "<b c=''/></r>"), "RB-1");
 }
 
-TEST(XmlLimits, NothingIsHiddenBehindWhatIsEmpty) {
+TEST(XmlLimits, EmptyMarkupHidesNothing) {
   const std::string tooDeep = repeat("<a>", 10'000);
   ASSERT_NE(ruleOf(tooDeep), "");
 
@@ -99,11 +99,11 @@ TEST(XmlLimits, NothingIsHiddenBehindWhatIsEmpty) {
   }
 }
 
-TEST(XmlLimits, TheSameNamesAgainAreNoNewNames) {
+TEST(XmlLimits, RepeatedNamesCountOnce) {
   EXPECT_EQ(ruleOf("<r>" + repeat("<a b='x'/>", 35'000) + "</r>"), "");
 }
 
-TEST(XmlLimits, WhatIsCutIsLetThroughAndNothingBehindItIsRead) {
+TEST(XmlLimits, ATruncatedDocumentPassesAndNothingBeyondItIsRead) {
   const std::string xml =
       "<?xml version='1.0'?><!-- c --><a xmlns='urn:a' b = \"&lt;\"><c d='1' >x</c><![CDATA[y]]>"
       "<e/></a>\n";

@@ -115,7 +115,7 @@ TEST(DirectoryPass, NotesTheSameOfExtraFieldsWhateverTheName) {
   }
 }
 
-TEST(DirectoryPass, MissesEachValueThatAHeaderLeavesToAFieldThatIsNotThere) {
+TEST(DirectoryPass, ReportsEachValueWhoseZip64FieldIsMissing) {
   for (const char* name : {kOrdinaryName, kOtherName}) {
     for (const std::size_t at : {20u, 24u, 42u}) {  // packed size, size, offset
       std::string bytes = packageWith(name, "", true);
@@ -148,7 +148,7 @@ class MemoryLimit {
   rlimit before_{};
 };
 
-TEST(DirectoryPass, TakesMemoryForNoMoreEntriesThanTheDirectoryHasRoomFor) {
+TEST(DirectoryPass, AllocatesNoMoreEntriesThanTheDirectoryCanHold) {
   ZipBuilder builder;
   for (const char letter : std::string("abcdefghijklmnop")) {
     builder.add({.name = {letter}, .comment = std::string(65000, ' ')});
@@ -244,7 +244,7 @@ TEST(DirectoryPass, FindsADoubleOfANameOfAnOldCodePage) {
             (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{3, 1}}));
 }
 
-TEST(DirectoryPass, NotesOfADoubleNothingButTheFirstEntryOfThatName) {
+TEST(DirectoryPass, ReportsADuplicateWithTheFirstEntryOfThatName) {
   EXPECT_EQ(faultsOf(directoryOf(withNames({"a", "b", "b"}))),
             (Faults{{ZipFaultKind::NameTwice, true, 1, 0}}));
 

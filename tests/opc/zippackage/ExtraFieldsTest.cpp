@@ -103,7 +103,7 @@ TEST(Zip64Extra, WithTooFewValuesIsNotRead) {
   EXPECT_FALSE(extra.decode(bytesOf(le64(1) + le32(2))));
 }
 
-TEST(Zip64Extra, AgreesWithAFieldOfTheFirstOfItsValuesAndNoMore) {
+TEST(Zip64Extra, AgreesWithAFieldThatHoldsOnlyItsFirstValues) {
   const Zip64Extra one{.size = 5};
   const Zip64Extra two{.size = 5, .packedSize = 6};
   const Zip64Extra needed{.size = 0, .packedSize = 0, .headerOffset = 0};

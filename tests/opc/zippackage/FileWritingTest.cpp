@@ -31,12 +31,12 @@ class FileReading : public testing::Test {
   test::TemporaryFolder folder_;
 };
 
-TEST_F(FileReading, BehindTheEndIsAnErrorOfItsOwn) {
+TEST_F(FileReading, BeyondTheEndIsAnError) {
   EXPECT_EQ(read(O_RDONLY, 3), "ext");
   EXPECT_EQ(read(O_RDONLY, 4), "cannot read it: Input/output error");
 }
 
-TEST_F(FileReading, ThatTheSystemRefusesSaysWhy) {
+TEST_F(FileReading, RefusedByTheSystemSaysWhy) {
   EXPECT_EQ(read(O_WRONLY, 3), "cannot read it: Bad file descriptor");
 }
 

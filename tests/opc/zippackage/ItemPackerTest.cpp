@@ -53,7 +53,7 @@ std::pair<std::uint16_t, std::size_t> packed(PickySource&& source) {
   return {item.method, item.data.size()};
 }
 
-TEST(ItemPacker, StoresWhatWouldTakeFewerBytesThanTheSourceWants) {
+TEST(ItemPacker, StoresWhatWouldPackBelowTheLeastSizeOfItsSource) {
   const auto [method, size] = packed(PickySource(0));
   ASSERT_EQ(method, kDeflated);
 

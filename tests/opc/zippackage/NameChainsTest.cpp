@@ -67,14 +67,14 @@ TEST(NameChains, FollowNamesInAFewAscendingSequences) {
   }
 }
 
-TEST(NameChains, GiveUpNamesInNoOrder) {
+TEST(NameChains, GiveUpOnUnsortedNames) {
   Names names = ascending("a");
   std::reverse(names.begin(), names.end());
 
   EXPECT_FALSE(ChainsOfNames(names).areInOrder());
 }
 
-TEST(NameChains, DoNotTakeDoublesForDistinct) {
+TEST(NameChains, DoNotTakeDuplicatesForDistinct) {
   const Names names = ascending("a") + Names{"a/150"};
   const ChainsOfNames chains(names);
 

@@ -41,7 +41,7 @@ class OutputFiles : public testing::Test {
   std::string source_;
 };
 
-TEST_F(OutputFiles, TakeManyStretchesThatDoNotFitIntoTheirBuffer) {
+TEST_F(OutputFiles, CopyStretchesThatCrossTheEndOfTheBuffer) {
   constexpr std::size_t kStretch = std::size_t{255} << 10;
   const PackageFile source(sourcePath());
   const FileDescriptor file = created();

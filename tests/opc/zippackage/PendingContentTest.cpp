@@ -198,7 +198,7 @@ TEST_F(PendingContents, ThatAreGoneNoLongerCount) {
   EXPECT_EQ(contentOf(second), "text");
 }
 
-TEST_F(PendingContents, OfWhichOneIsGoneDoNotStayInMemoryWhenTheNextOneGrows) {
+TEST_F(PendingContents, SpillToTheDiskAfterTheGrowingOneIsGone) {
   PendingStore store(folder_.path().string(), 1000);
   PendingContent first(store, "a");
   first.append(bytesOf(std::string(3000, 'x')));

@@ -37,7 +37,7 @@ class ReadWindows : public testing::Test {
   ReadWindow window_{file_};
 };
 
-TEST_F(ReadWindows, ReadFurtherAndFurtherAheadInAFileThatIsReadInARow) {
+TEST_F(ReadWindows, ReadFurtherAheadWhenAFileIsReadSequentially) {
   for (std::uint64_t offset = 0; offset < 100000; offset += kStep) {
     ASSERT_EQ(at(offset), expectedAt(offset)) << offset;
   }

@@ -152,7 +152,7 @@ TEST_F(AlignedCommits, LeaveTheBytesOfShortRunsAsTheyAre) {
   EXPECT_EQ(placeOf("b.txt").extra, before.extra);
 }
 
-TEST_F(AlignedCommits, LeaveTheBytesOfShortRunsFarBehindTheBeginningAsTheyAre) {
+TEST_F(AlignedCommits, KeepTheBytesOfShortRuns) {
   writePackage();
   remove("last");
 

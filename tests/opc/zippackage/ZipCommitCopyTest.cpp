@@ -44,7 +44,7 @@ TEST_F(Commits, CopyUnchangedItemsByteForByte) {
             std::string::npos);
 }
 
-TEST_F(Commits, CopyAnItemThatCannotBeReadAsItIs) {
+TEST_F(Commits, CopyAnUnreadableItemUnchanged) {
   const std::string large = test::randomText(100000);
   test::ZipBuilder builder;
   test::ZipItem damaged{.name = "a", .content = "A"};

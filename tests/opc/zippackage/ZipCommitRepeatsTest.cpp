@@ -117,7 +117,7 @@ TEST_F(Repeats, AreFoundAmongLargeContentsOfEqualSizes) {
   for (std::size_t i = 0; i < 4; ++i) EXPECT_TRUE(found[i] == (i % 2 == 0 ? first : second)) << i;
 }
 
-TEST_F(Repeats, CountForTheProgressOnceTheyAreWritten) {
+TEST_F(Repeats, CountAsProgressOnceTheyAreWritten) {
   const std::string text(kLarge, 'x');
   const auto package = opened(OpenMode::Create);
   for (const char* name : {"1", "2"}) {

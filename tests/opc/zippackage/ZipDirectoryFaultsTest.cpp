@@ -27,7 +27,7 @@ ErrorCode codeOf(const ZipBuilder& builder) {
   return code;
 }
 
-TEST(ZipFaults, OfWhatIsOnlyNotSupportedHaveACodeOfTheirOwn) {
+TEST(ZipFaults, ReportUnsupportedFeaturesWithTheirOwnCode) {
   ZipBuilder encrypted = twoItems();
   encrypted.items[0].central.flags = 1;
   ZipBuilder method = twoItems();
@@ -44,7 +44,7 @@ TEST(ZipFaults, OfWhatIsOnlyNotSupportedHaveACodeOfTheirOwn) {
 }
 
 // An item may have so many bytes that do not show in the directory.
-TEST(ZipFaults, BeginWithGapsThatNoItemCanFill) {
+TEST(ZipFaults, IncludeGapsBeyondTheHiddenBytesOfAnItem) {
   const std::string unseen(kMostUnseen, '\0');
   ZipBuilder between = twoItems();
   between.items[1].before = unseen;

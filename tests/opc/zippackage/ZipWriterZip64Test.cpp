@@ -56,7 +56,7 @@ TEST_F(Zip64Writers, UseWideFieldsJustWhereTheyAreNeeded) {
   EXPECT_EQ(test::outputOf("unzip -tqq " + path()), "");
 }
 
-TEST_F(Zip64Writers, UseWideFieldsFromTheFirstNumberOnThatDoesNotFit) {
+TEST_F(Zip64Writers, UseWideFieldsFromTheFirstNumberThatDoesNotFit) {
   // The second item begins behind 30 bytes, a name of one byte and five bytes of data.
   const auto secondHeaderWith = [&](std::uint64_t limit) {
     written(
@@ -195,7 +195,7 @@ TEST_F(CopiedEntries, GetAWideOffsetWhenTheyMoveBeyondFourGibibytes) {
             "n" + extraField(1, le64(0x100000000)) + extraField(7, "x") + "!" + "c");
 }
 
-TEST_F(CopiedEntries, GetAWideOffsetFromTheOneOnThatANarrowFieldCannotSay) {
+TEST_F(CopiedEntries, UseAWideOffsetAsSoonAsTheNarrowFieldIsTooSmall) {
   const test::ZipItem item{.name = "n", .content = "content"};
 
   const std::string narrow = movedTo(0xFFFFFFFE, item);
