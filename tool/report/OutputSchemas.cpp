@@ -5,18 +5,7 @@
 
 namespace tool::report {
 
-using json::schema::constant;
-using json::schema::described;
-using json::schema::filledText;
-using json::schema::flag;
-using json::schema::list;
-using json::schema::matching;
-using json::schema::Member;
-using json::schema::number;
-using json::schema::object;
-using json::schema::orNull;
-using json::schema::text;
-using json::schema::words;
+using namespace json::schema;
 namespace schema = json::schema;
 
 namespace {

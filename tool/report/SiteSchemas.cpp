@@ -12,18 +12,7 @@ using addon::catalogue::OptionalText;
 using addon::catalogue::Record;
 using addon::catalogue::RecordField;
 using addon::catalogue::Requirement;
-using json::schema::constant;
-using json::schema::described;
-using json::schema::flag;
-using json::schema::list;
-using json::schema::map;
-using json::schema::matching;
-using json::schema::Member;
-using json::schema::number;
-using json::schema::object;
-using json::schema::orNull;
-using json::schema::text;
-using json::schema::words;
+using namespace json::schema;
 namespace schema = json::schema;
 
 namespace {
