@@ -61,16 +61,33 @@ struct NewItem {
   std::optional<std::int64_t> modified = std::nullopt;
 };
 
+/// Reads items. Errors in an item's data do not name the item, which the caller knows.
+class IItemReader {
+ public:
+  virtual ~IItemReader() = default;
+
+  /// Reads all of an item, checked against its size and checksum. Throws ErrorCode::TooLarge,
+  /// before anything is allocated, when it declares more than `limit` bytes.
+  virtual void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) = 0;
+
+  /// At most `size` bytes, from `offset`, of the item's data as the container holds them, valid
+  /// until the next call; the headers are checked. Nothing for an item that was added, behind the
+  /// end, and if the container cannot tell. Two items with the same data that are compressed alike
+  /// unpack to the same, if they unpack.
+  virtual std::span<const unsigned char> packedBytes(ItemIndex /*item*/, std::uint64_t /*offset*/,
+                                                     std::size_t /*size*/) {
+    return {};
+  }
+};
+
 /// A container of named items, and the transaction over it.
 ///
 /// Items are changed in memory only. close(false) puts the whole new container in the place of the
 /// old one in one step, or fails and leaves the old one as it was; close(true) drops the changes.
 /// Every operation throws opc::Exception; those that change throw ErrorCode::InvalidState when the
 /// package was opened for reading.
-class IPhysicalPackage {
+class IPhysicalPackage : public IItemReader {
  public:
-  virtual ~IPhysicalPackage() = default;
-
   /// Opens it. Read and Modify refuse a container that breaks a rule which shows without reading
   /// items. Create looks at no old content; the container comes into being with the commit.
   virtual void open(OpenMode mode) = 0;
@@ -111,24 +128,13 @@ class IPhysicalPackage {
     }
   }
 
-  // Errors in an item's data do not name the item, which the caller knows.
-
   /// A fresh stream over the item's data, checked against its size and checksum by the time the
   /// last byte has been handed out. It must not outlive the open package.
   virtual std::unique_ptr<InputStream> openItem(ItemIndex item) = 0;
 
-  /// Reads all of an item, with the same checks. Throws ErrorCode::TooLarge, before anything is
-  /// allocated, when it declares more than `limit` bytes.
-  virtual void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) = 0;
-
-  /// At most `size` bytes, from `offset`, of the item's data as the container holds them, valid
-  /// until the next call; the headers are checked. Nothing for an item that was added, behind the
-  /// end, and if the container cannot tell. Two items with the same data that are compressed alike
-  /// unpack to the same, if they unpack.
-  virtual std::span<const unsigned char> packedBytes(ItemIndex /*item*/, std::uint64_t /*offset*/,
-                                                     std::size_t /*size*/) {
-    return {};
-  }
+  /// Another reader of the items, for another thread than the one that uses the package. It must
+  /// not outlive the open package. Null if the package is not open for reading only, or has none.
+  virtual std::unique_ptr<IItemReader> makeReader() const { return nullptr; }
 
   /// Adds an item that is empty until it is written to. Names are not checked for doubles.
   virtual ItemIndex addItem(const NewItem& item) = 0;

@@ -199,6 +199,13 @@ void Package::readPart(PartId part, ByteBuffer& into, std::uint64_t limit) {
   state().read(part, into, limit);
 }
 
+std::optional<interfaces::ItemIndex> Package::itemOf(PartId part) const {
+  state().requirePart(part);
+  const PartIndex& index = state().index();
+  if (index.isInPieces(part)) return std::nullopt;
+  return index.item(part);
+}
+
 std::span<const unsigned char> Package::packedBytes(PartId part, std::uint64_t offset,
                                                     std::size_t size) {
   return state().packedBytes(part, offset, size);

@@ -100,6 +100,8 @@ class Package final : public RelationshipSource {
   /// Reads a whole part. Throws ErrorCode::TooLarge when it declares more than `limit` bytes.
   void readPart(PartId part, ByteBuffer& into, std::uint64_t limit);
 
+  /// The item that holds the part; nothing for a part in pieces.
+  std::optional<interfaces::ItemIndex> itemOf(PartId part) const;
   /// A piece of the part's data as the container holds them: see IPhysicalPackage::packedBytes().
   /// Nothing for a part in pieces.
   std::span<const unsigned char> packedBytes(PartId part, std::uint64_t offset, std::size_t size);

@@ -42,6 +42,21 @@ class PendingWriter final : public OutputStream {
   detail::PendingContent& content_;
 };
 
+class ItemReader final : public interfaces::IItemReader {
+ public:
+  explicit ItemReader(const detail::OpenedPackage& package)
+      : reader_(package.file, package.directory) {}
+  void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) override {
+    reader_.read(item, into, limit);
+  }
+  Bytes packedBytes(ItemIndex item, std::uint64_t offset, std::size_t size) override {
+    return reader_.packedBytes(item, offset, size);
+  }
+
+ private:
+  ZipItemReader reader_;
+};
+
 ItemInfo infoOf(const detail::AddedItem& item) {
   ItemInfo info;
   info.name = item.properties.name;
@@ -303,6 +318,12 @@ void ZipPhysicalPackage::readItem(ItemIndex item, ByteBuffer& into, std::uint64_
 Bytes ZipPhysicalPackage::packedBytes(ItemIndex item, std::uint64_t offset, std::size_t size) {
   Session& open = sessionWith(item);
   return open.isOld(item) ? open.old->reader.packedBytes(item, offset, size) : Bytes();
+}
+
+std::unique_ptr<interfaces::IItemReader> ZipPhysicalPackage::makeReader() const {
+  const Session& open = session();
+  if (open.mode != OpenMode::Read) return nullptr;
+  return std::make_unique<ItemReader>(*open.old);
 }
 
 ItemIndex ZipPhysicalPackage::add(const NewItem& properties,

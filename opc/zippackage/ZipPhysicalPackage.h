@@ -73,6 +73,7 @@ class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
   void readItem(interfaces::ItemIndex item, ByteBuffer& into, std::uint64_t limit) override;
   std::span<const unsigned char> packedBytes(interfaces::ItemIndex item, std::uint64_t offset,
                                              std::size_t size) override;
+  std::unique_ptr<interfaces::IItemReader> makeReader() const override;
   interfaces::ItemIndex addItem(const interfaces::NewItem& item) override;
   interfaces::ItemIndex addItem(const interfaces::NewItem& item,
                                 std::unique_ptr<interfaces::IContentSource> source) override;

@@ -294,6 +294,19 @@ TEST(PackageReading, PiecesAreOnePart) {
             ErrorCode::TooLarge);
 }
 
+TEST(PackageReading, OnlyAWholePartHasAnItem) {
+  MemoryPackage memory;
+  memory.with("pieces.m/[0].piece", "x").with("pieces.m/[1].last.piece", "y").with("whole.m", "z");
+  memory.package.open(OpenMode::Read);
+  const auto itemOf = [&](const char16_t* name) {
+    return memory.package.itemOf(memory.package.getPart(partName(name))->id());
+  };
+
+  EXPECT_EQ(itemOf(u"/pieces.m"), std::nullopt);
+  ASSERT_TRUE(itemOf(u"/whole.m").has_value());
+  EXPECT_EQ(memory.package.physical().itemName(*itemOf(u"/whole.m")), "whole.m");
+}
+
 TEST(PackageReading, PiecesThatMakeNothingWholeAreNoPart) {
   for (const std::vector<const char*>& items : std::vector<std::vector<const char*>>{
            {"a.m/[0].piece"},

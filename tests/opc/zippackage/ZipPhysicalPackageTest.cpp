@@ -8,6 +8,7 @@
 #include <ctime>
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -396,6 +397,37 @@ TEST_F(ZipPackages, LeaveItToTheCallerToNameAnItemThatCannotBeRead) {
   EXPECT_EQ(test::errorOf([&] { package.readItem(0, bytes, 100); }, &code), expected);
   EXPECT_EQ(code, ErrorCode::Damaged);
   EXPECT_EQ(test::errorOf([&] { test::streamedTextOf(package, "bad\n"); }), expected);
+}
+
+TEST_F(ZipPackages, OpenForReadingHaveMoreReadersOfTheSameItems) {
+  test::ZipBuilder builder;
+  builder.add({.name = "good", .content = "content"});
+  builder.add({.name = "bad", .content = "content"});
+  builder.items[1].local.crc = builder.items[1].central.crc = 5;
+  test::writeFile(path(), builder.build());
+  const auto package = opened(OpenMode::Read);
+  const auto one = package->makeReader();
+  const auto other = package->makeReader();
+  const auto textOf = [](std::span<const unsigned char> bytes) {
+    return std::string(bytes.begin(), bytes.end());
+  };
+  ByteBuffer bytes;
+
+  for (interfaces::IItemReader* reader : {one.get(), other.get()}) {
+    reader->readItem(0, bytes, 100);
+    EXPECT_EQ(textOf(bytes.bytes()), "content");
+    EXPECT_EQ(textOf(reader->packedBytes(0, 3, 100)), "tent");
+    EXPECT_EQ(test::errorOf([&] { reader->readItem(1, bytes, 100); }), "the checksum is wrong");
+  }
+  EXPECT_EQ(test::textOf(*package, "good"), "content");
+}
+
+TEST_F(ZipPackages, OpenForChangesHaveNoOtherReaders) {
+  const auto created = opened(OpenMode::Create);
+  EXPECT_EQ(created->makeReader(), nullptr);
+  created->close(false);
+
+  EXPECT_EQ(opened(OpenMode::Modify)->makeReader(), nullptr);
 }
 
 TEST_F(ZipPackages, TakeNamesOfAlmostSixtyFourKibibytes) {
