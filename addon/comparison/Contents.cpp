@@ -11,6 +11,10 @@ namespace {
 using addon::packaging::AddonPackage;
 using opc::plservices::FileSystemEntry;
 
+opc::model::PartId partOf(AddonPackage& package, const Item& item) {
+  return item.part ? *item.part : package.fileSystem().partOf(*item.entry);
+}
+
 }  // namespace
 
 std::vector<Item> readTree(AddonPackage& package) {
@@ -62,17 +66,20 @@ Totals totalsOf(const std::vector<Item>& items) {
   return totals;
 }
 
+std::optional<opc::interfaces::ItemIndex> containerItem(AddonPackage& package, const Item& item) {
+  if (item.item) return item.item;
+  return package.logicalPackage().itemOf(partOf(package, item));
+}
+
 std::unique_ptr<opc::InputStream> openItem(AddonPackage& package, const Item& item) {
-  if (item.part) return package.logicalPackage().openPart(*item.part);
   if (item.item) return package.physicalPackage().openItem(*item.item);
-  return package.fileSystem().openFile(*item.entry);
+  return package.logicalPackage().openPart(partOf(package, item));
 }
 
 std::span<const unsigned char> packedBytes(AddonPackage& package, const Item& item,
                                            std::uint64_t offset, std::size_t size) {
-  if (item.part) return package.logicalPackage().packedBytes(*item.part, offset, size);
   if (item.item) return package.physicalPackage().packedBytes(*item.item, offset, size);
-  return package.fileSystem().packedBytes(*item.entry, offset, size);
+  return package.logicalPackage().packedBytes(partOf(package, item), offset, size);
 }
 
 }  // namespace addon::comparison

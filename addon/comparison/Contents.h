@@ -47,6 +47,10 @@ std::vector<Item> readParts(addon::packaging::AddonPackage& package);
 
 Totals totalsOf(const std::vector<Item>& items);
 
+/// The item of the container that holds a file or part; nothing for a part in pieces.
+std::optional<opc::interfaces::ItemIndex> containerItem(addon::packaging::AddonPackage& package,
+                                                        const Item& item);
+
 /// A fresh stream over what a file or part holds; it must not outlive the open package.
 std::unique_ptr<opc::InputStream> openItem(addon::packaging::AddonPackage& package,
                                            const Item& item);

@@ -207,12 +207,6 @@ std::unique_ptr<InputStream> FileSystemManager::openFile(const FileSystemEntry& 
   return package_.openPart(partOf(file));
 }
 
-std::span<const unsigned char> FileSystemManager::packedBytes(const FileSystemEntry& file,
-                                                              std::uint64_t offset,
-                                                              std::size_t size) {
-  return package_.packedBytes(partOf(file), offset, size);
-}
-
 const std::vector<UnreadableFile>& FileSystemManager::unreadable() {
   return state().tree->unreadable;
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -104,9 +103,8 @@ class FileSystemManager {
 
   /// A fresh stream over a file's bytes; it must not outlive the open package.
   std::unique_ptr<InputStream> openFile(const FileSystemEntry& file);
-  /// A piece of a file's data as the container holds them: see IPhysicalPackage::packedBytes().
-  std::span<const unsigned char> packedBytes(const FileSystemEntry& file, std::uint64_t offset,
-                                             std::size_t size);
+  /// The part that holds a file. Throws ErrorCode::InvalidArgument for a folder.
+  model::PartId partOf(const FileSystemEntry& file);
 
   /// Files of the package that have no path (a name that decodes to a control character or to no
   /// UTF-8, say) or that are not parts (no part name, no content type), each with the reason. They
@@ -120,7 +118,6 @@ class FileSystemManager {
   State& state();
   /// The entry's node, if it is one of this tree; throws InvalidArgument otherwise.
   std::uint32_t nodeOf(const FileSystemEntry& entry);
-  model::PartId partOf(const FileSystemEntry& file);  ///< throws for a folder
 
   model::Package& package_;
   interfaces::BackgroundStarter background_;

@@ -28,9 +28,8 @@ constexpr std::uint64_t kSmallest = 64u << 10;  // bytes; copies of smaller file
 /// the bytes decide.
 class CopyCheck {
  public:
-  CopyCheck(opc::plservices::FileSystemManager& files, Report& report,
-            const std::vector<bool>& withoutSecrets)
-      : files_(files), report_(report), withoutSecrets_(withoutSecrets) {}
+  CopyCheck(AddonPackage& package, Report& report, const std::vector<bool>& withoutSecrets)
+      : package_(package), report_(report), withoutSecrets_(withoutSecrets) {}
 
   void check(const std::vector<FileSystemEntry>& group) {
     if (arePackedAlike(group)) {
@@ -40,7 +39,8 @@ class CopyCheck {
     std::unordered_map<std::string, const FileSystemEntry*> seen;
     for (const FileSystemEntry& file : group) {
       std::string hash;
-      if (!isReadable([&] { hash = text::sha256Of(*files_.openFile(file)); })) continue;
+      if (!isReadable([&] { hash = text::sha256Of(*package_.fileSystem().openFile(file)); }))
+        continue;
       const auto [original, isNew] = seen.emplace(hash, &file);
       if (!isNew) add(file, *original->second);
     }
@@ -50,7 +50,7 @@ class CopyCheck {
   // What has been searched for secrets has been unpacked, so that it is sound.
   bool arePackedAlike(const std::vector<FileSystemEntry>& group) {
     const opc::model::PartInfo first = group[0].info();
-    const opc::model::PartId part = files_.nodes().part(group[0].node());
+    const opc::model::PartId part = package_.fileSystem().partOf(group[0]);
     if (part >= withoutSecrets_.size() || !withoutSecrets_[part]) return false;
     const auto bytes = packedBytes(group[0], first);
     const std::vector<unsigned char> packed(bytes.begin(), bytes.end());
@@ -67,8 +67,10 @@ class CopyCheck {
   std::span<const unsigned char> packedBytes(const FileSystemEntry& file,
                                              const opc::model::PartInfo& info) {
     std::span<const unsigned char> bytes;
-    isReadable(
-        [&] { bytes = files_.packedBytes(file, 0, static_cast<std::size_t>(info.packedSize)); });
+    isReadable([&] {
+      bytes = package_.logicalPackage().packedBytes(package_.fileSystem().partOf(file), 0,
+                                                    static_cast<std::size_t>(info.packedSize));
+    });
     return bytes;
   }
 
@@ -78,7 +80,7 @@ class CopyCheck {
                     std::to_string(copy.info().size) + " bytes");
   }
 
-  opc::plservices::FileSystemManager& files_;
+  AddonPackage& package_;
   Report& report_;
   const std::vector<bool>& withoutSecrets_;
 };
@@ -86,14 +88,13 @@ class CopyCheck {
 }  // namespace
 
 void checkCopies(AddonPackage& package, Report& report, const std::vector<bool>& withoutSecrets) {
-  auto& files = package.fileSystem();
   std::map<std::pair<std::uint64_t, std::uint32_t>, std::vector<FileSystemEntry>> groups;
-  files.visitFiles([&](std::string_view, const FileSystemEntry& entry) {
+  package.fileSystem().visitFiles([&](std::string_view, const FileSystemEntry& entry) {
     if (!entry.isFile()) return;
     const opc::model::PartInfo info = entry.info();
     if (info.size > kSmallest) groups[{info.size, info.crc}].push_back(entry);
   });
-  CopyCheck check(files, report, withoutSecrets);
+  CopyCheck check(package, report, withoutSecrets);
   for (const auto& [key, group] : groups) {
     if (group.size() > 1) check.check(group);
   }
