@@ -50,7 +50,6 @@ using addon::comparison::readTree;
 using addon::packaging::AddonPackage;
 using addon::packaging::AddonProperties;
 using addon::project::ManifestError;
-using opc::interfaces::ProgressFunction;
 using opc::zippackage::WriteOptions;
 using Texts = std::vector<std::string>;
 
@@ -83,21 +82,23 @@ WriteOptions writeOptions(std::optional<std::int64_t> timestamp, int level) {
   return options;
 }
 
+std::string digestOfAll(AddonPackage& package) {
+  return contentDigest(package, readTree(package), SignalCheck(), tool::process::secondThread());
+}
+
 std::string infoOf(PackageHandle& handle, bool wantsDigest) {
-  ProgressFunction progress;
-  if (wantsDigest) progress = SignalCheck();
   return handle.use("", [&](AddonPackage& package) {
+    tool::report::Info info = tool::report::readInfo(package, handle.path());
+    if (wantsDigest) info.digest = digestOfAll(package);
     std::string text;
     text::JsonWriter json(text);
-    tool::report::writeInfo(tool::report::readInfo(package, handle.path(), progress), json);
+    tool::report::writeInfo(info, json);
     return text;
   });
 }
 
 std::string digestOf(PackageHandle& handle) {
-  return handle.use("", [](AddonPackage& package) {
-    return contentDigest(package, readTree(package), SignalCheck());
-  });
+  return handle.use("", digestOfAll);
 }
 
 /// What `create` is asked for, beside the properties.
@@ -133,7 +134,7 @@ BuildResult create(Creation& creation, AddonProperties& properties) {
     AddonPackage made(opc::SystemPath{path});
     made.logicalPackage().open(opc::interfaces::OpenMode::Read);
     result.size = made.physicalPackage().fileSize();
-    result.digest = contentDigest(made, readTree(made), SignalCheck());
+    result.digest = digestOfAll(made);
   };
   target.commit(std::move(creation.options));
   result.isWritten = true;

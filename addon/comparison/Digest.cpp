@@ -63,22 +63,14 @@ void addOtherContent(AddonPackage& package, std::vector<Line>& lines) {
   }
 }
 
-void addFiles(const std::vector<Item>& items, const opc::interfaces::ProgressFunction& progress,
-              const FileHasher& hash, std::vector<Line>& lines) {
-  const Totals totals = totalsOf(items);
-  opc::interfaces::Progress state{0, totals.files, 0, totals.bytes};
-  const auto advance = [&](std::size_t bytes) {
-    state.bytesDone += bytes;
-    if (progress) progress(state);
-  };
-  for (const Item& item : items) {
-    if (item.isFolder()) {
-      lines.emplace_back(item.path + "/", text::sha256Of(""));
+void addFiles(const std::vector<Item>& items, const std::vector<std::string>& hashes,
+              std::vector<Line>& lines) {
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (items[i].isFolder()) {
+      lines.emplace_back(items[i].path + "/", text::sha256Of(""));
     } else {
-      lines.emplace_back(item.path, hash(item, advance));
+      lines.emplace_back(items[i].path, hashes[i]);
     }
-    state.itemsDone += item.isFolder() ? 0 : 1;
-    advance(0);
   }
 }
 
@@ -90,17 +82,15 @@ std::string hashOfPart(AddonPackage& package, const std::string& partName) {
 }
 
 std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
-                          const opc::interfaces::ProgressFunction& progress) {
-  return contentDigest(package, items, progress, [&](const Item& item, const auto& onRead) {
-    return text::sha256Of(*openItem(package, item), onRead);
-  });
+                          const opc::interfaces::ProgressFunction& progress,
+                          const opc::interfaces::BackgroundStarter& starter) {
+  return contentDigest(package, items, hashFiles(package, items, progress, starter));
 }
 
 std::string contentDigest(AddonPackage& package, const std::vector<Item>& items,
-                          const opc::interfaces::ProgressFunction& progress,
-                          const FileHasher& hashFile) {
+                          const std::vector<std::string>& hashes) {
   std::vector<Line> lines;
-  addFiles(items, progress, hashFile, lines);
+  addFiles(items, hashes, lines);
   addDocuments(package, lines);
   addOtherContent(package, lines);
   std::sort(lines.begin(), lines.end());

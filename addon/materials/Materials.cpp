@@ -59,12 +59,12 @@ Materials readMaterials(AddonPackage& package, const opc::interfaces::ProgressFu
   materials.requirements = requirementsOf(package);
   materials.time = timeOf(package);
   std::vector<Item> items = comparison::readTree(package);
-  materials.digest = comparison::contentDigest(
-      package, items, progress,
-      [&](const Item& item, const std::function<void(std::size_t)>& onRead) {
-        materials.sums.push_back(sumsOf(*comparison::openItem(package, item), onRead));
-        return materials.sums.back().sha256;
-      });
+  const auto hash = [&](const Item& item, const std::function<void(std::size_t)>& onRead) {
+    materials.sums.push_back(sumsOf(*comparison::openItem(package, item), onRead));
+    return materials.sums.back().sha256;
+  };
+  materials.digest =
+      comparison::contentDigest(package, items, comparison::hashFiles(items, progress, hash));
   std::erase_if(items, [](const Item& item) { return item.isFolder(); });
   materials.files = std::move(items);
   return materials;

@@ -3,11 +3,13 @@
 
 import hashlib
 import json
+import os
 import zipfile
 import zlib
 
 import kraddontest
 
+ONE_PROCESSOR = ("taskset", "-c", str(min(os.sched_getaffinity(0))))
 FILES = {"a.m": "aaaa" * 500, "lib/b.m": "b", "lib/deep/c.m": "", "lib/void/": "", "z.bin": "zz"}
 
 
@@ -265,6 +267,37 @@ class List(kraddontest.CliTest):
         entries = self.ok("list", "p.kraddon", "--hash", "--json").json["entries"]
         self.assertEqual(entries[1]["sha256"], hashlib.sha256(b"b").hexdigest())
         self.assertIsNone(entries[3]["sha256"])
+
+    def test_hashes_and_digest_are_the_same_with_one_processor_and_more(self):
+        files = {f"{i}.txt": f"{i} " * 5000 for i in range(300)}
+        files["large.bin"] = "0123456789abcdef" * (17 << 16)
+        files["empty"] = ""
+        self.package("many.kraddon", files)
+
+        for prefix in ((), ONE_PROCESSOR):
+            hashed = self.ok("list", "many.kraddon", "--hash", prefix=prefix).text
+            rows = [(line[:64], line[66:]) for line in hashed.splitlines()]
+            self.assertEqual(sorted(path for _, path in rows), sorted(files))
+            for digest, path in rows:
+                self.assertEqual(digest, hashlib.sha256(files[path].encode()).hexdigest(), path)
+        digests = [self.ok("info", "many.kraddon", "--field", "digest", prefix=prefix).text
+                   for prefix in ((), ONE_PROCESSOR)]
+        self.assertEqual(digests[0], digests[1])
+
+    def test_a_damaged_file_is_named_with_one_processor_and_more(self):
+        path = self.package("many.kraddon", {f"{i}.txt": f"{i} " * 5000 for i in range(300)})
+        with zipfile.ZipFile(path) as archive:
+            places = [archive.getinfo(f"files/{i}.txt").header_offset for i in (70, 200)]
+        content = bytearray(path.read_bytes())
+        for place in places:
+            content[place + 60] ^= 0xFF
+        path.write_bytes(content)
+
+        for words in (("list", "--hash"), ("info", "--digest")):
+            for prefix in ((), ONE_PROCESSOR):
+                self.fails(words[0], "many.kraddon", *words[1:], prefix=prefix,
+                           message="cannot read part '/files/200.txt' of 'many.kraddon': "
+                                   "the packed data are damaged")
 
     def test_all_names_every_part(self):
         parts = self.listing("p.kraddon", "--all")

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "addon/comparison/Digest.h"
 #include "opc/Exception.h"
 #include "text/JsonWriter.h"
 #include "text/Suggest.h"
@@ -16,6 +17,7 @@
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
+#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/report/InfoFields.h"
 #include "tool/report/Messages.h"
@@ -43,8 +45,12 @@ constexpr std::array kOptions{
 
 report::Info readInfo(const std::string& path, bool wantsDigest, const line::Settings& settings) {
   const std::unique_ptr<AddonPackage> package = detail::openForReading(path);
+  report::Info info = report::readInfo(*package, path);
+  if (!wantsDigest) return info;
   report::ProgressBar bar(settings);
-  return report::readInfo(*package, path, wantsDigest ? bar.function() : nullptr);
+  info.digest = addon::comparison::contentDigest(*package, addon::comparison::readTree(*package),
+                                                 bar.function(), process::secondThread());
+  return info;
 }
 
 std::vector<std::string> fieldNames() {

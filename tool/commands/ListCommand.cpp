@@ -5,13 +5,13 @@
 #include <array>
 
 #include "addon/build/Selection.h"
-#include "addon/comparison/Contents.h"
+#include "addon/comparison/FileHashes.h"
 #include "text/JsonWriter.h"
-#include "text/Sha256.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
+#include "tool/process/Background.h"
 #include "tool/process/Errors.h"
 #include "tool/report/Messages.h"
 #include "tool/report/Output.h"
@@ -20,7 +20,6 @@
 namespace tool::commands {
 
 using addon::comparison::Item;
-using addon::comparison::openItem;
 using addon::comparison::readParts;
 using addon::comparison::readTree;
 using addon::comparison::Totals;
@@ -64,36 +63,15 @@ void checkOptions(const line::Invocation& invocation) {
   invocation.refuseTogether("null", "long");
 }
 
-std::vector<std::string> hashFiles(AddonPackage& package, const line::Settings& settings,
-                                   const std::vector<Item>& items) {
-  opc::interfaces::Progress state;
-  for (const Item& item : items) {
-    state.itemsTotal += item.isFolder() ? 0 : 1;
-    state.bytesTotal += item.info.size;
-  }
-  report::ProgressBar bar(settings);
-  const opc::interfaces::ProgressFunction progress = bar.function();
-  const auto advance = [&](std::size_t bytes) {
-    state.bytesDone += bytes;
-    progress(state);
-  };
-  std::vector<std::string> hashes;
-  hashes.reserve(items.size());
-  for (const Item& item : items) {
-    hashes.push_back(item.isFolder() ? "" : text::sha256Of(*openItem(package, item), advance));
-    state.itemsDone += item.isFolder() ? 0 : 1;
-    advance(0);
-  }
-  return hashes;
-}
-
 Listing readListing(AddonPackage& package, const line::Invocation& invocation) {
   const std::vector<std::string> paths(invocation.operands().begin() + 1,
                                        invocation.operands().end());
   Listing listing{invocation.has("all") ? readParts(package) : readTree(package), {}};
   listing.items = addon::build::choose(std::move(listing.items), paths, invocation.has("glob"));
   if (invocation.has("hash")) {
-    listing.hashes = hashFiles(package, invocation.settings(), listing.items);
+    report::ProgressBar bar(invocation.settings());
+    listing.hashes = addon::comparison::hashFiles(package, listing.items, bar.function(),
+                                                  process::secondThread());
   }
   return listing;
 }

@@ -5,7 +5,6 @@
 
 #include <array>
 
-#include "addon/comparison/Digest.h"
 #include "addon/packaging/Documents.h"
 #include "opc/Text.h"
 #include "opc/plservices/W3cDateTime.h"
@@ -182,8 +181,7 @@ Totals readTotals(AddonPackage& package) {
 
 }  // namespace
 
-Info readInfo(AddonPackage& package, const std::string& path,
-              const opc::interfaces::ProgressFunction& digestProgress) {
+Info readInfo(AddonPackage& package, const std::string& path) {
   Info info;
   info.file = path;
   info.size = package.physicalPackage().fileSize();
@@ -198,10 +196,6 @@ Info readInfo(AddonPackage& package, const std::string& path,
   info.screenshot = readScreenshot(package);
   info.totals = readTotals(package);
   info.signatures = opc::signatures::countSignatures(package.logicalPackage());
-  if (digestProgress) {
-    info.digest = addon::comparison::contentDigest(package, addon::comparison::readTree(package),
-                                                   digestProgress);
-  }
   return info;
 }
 

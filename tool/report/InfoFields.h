@@ -10,7 +10,6 @@
 #include "addon/comparison/Contents.h"
 #include "addon/packaging/AddonPackage.h"
 #include "addon/packaging/AddonProperties.h"
-#include "opc/interfaces/Progress.h"
 #include "text/JsonWriter.h"
 
 namespace tool::report {
@@ -32,7 +31,7 @@ struct Info {
   std::optional<Screenshot> screenshot;
   addon::comparison::Totals totals;
   std::uint64_t signatures = 0;
-  std::string digest;  // empty when it was not asked for
+  std::string digest;  // empty when it is not wanted
 };
 
 enum class InfoKind : std::uint8_t { Property, Text, Time, Number, Documents, Screenshot };
@@ -52,9 +51,8 @@ struct InfoField {
 /// All of them, in the order in which they are printed.
 std::span<const InfoField> infoFields();
 
-/// Reads it, with the digest if `digestProgress` is not empty. Throws opc::Exception.
-Info readInfo(addon::packaging::AddonPackage& package, const std::string& path,
-              const opc::interfaces::ProgressFunction& digestProgress);
+/// Reads all but the digest. Throws opc::Exception.
+Info readInfo(addon::packaging::AddonPackage& package, const std::string& path);
 /// The JSON of one package.
 void writeInfo(const Info& info, text::JsonWriter& json);
 

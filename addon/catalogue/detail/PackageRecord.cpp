@@ -7,7 +7,6 @@
 #include <array>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -79,21 +78,16 @@ void readProperties(AddonPackage& package, Record& record) {
 /// The digest of the content, for which nothing is read again.
 std::string digestOf(AddonPackage& package, const std::vector<comparison::Item>& items,
                      const ItemDigests& digests, const opc::interfaces::StopFunction& stop) {
-  const auto& container = package.logicalPackage().physical();
-  std::unordered_map<std::string_view, opc::interfaces::ItemIndex> indexes;
-  for (std::size_t i = 0; i < container.itemCount(); ++i) {
-    indexes.emplace(container.itemName(i), i);
-  }
   const auto hash = [&](const comparison::Item& file, const auto& onRead) {
-    const auto found = indexes.find(file.info.itemName);
-    const auto digest = found == indexes.end() ? std::nullopt : digests.find(found->second);
+    const auto item = comparison::containerItem(package, file);
+    const auto digest = item ? digests.find(*item) : std::nullopt;
     if (!digest) return text::sha256Of(*comparison::openItem(package, file), onRead);
     return text::hexadecimal(*digest);
   };
   const auto check = [&](const opc::interfaces::Progress&) {
     if (stop) stop();
   };
-  return comparison::contentDigest(package, items, check, hash);
+  return comparison::contentDigest(package, items, comparison::hashFiles(items, check, hash));
 }
 
 void requireShort(const Record& record) {
