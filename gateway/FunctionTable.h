@@ -17,8 +17,8 @@ typedef void (*GatewayFunction)(int nlhs, kxArray* plhs[], int nrhs, const kxArr
 /* What the host reads: static, never written. */
 typedef struct HostFunctionTable {
   const GatewayFunction* entryPoints; /* `entryPointCount` of them, in slot order */
-  uint64_t interfaceConstant;
-  uint64_t buildTimeStamp; /* seconds since 1970-01-01 00:00:00 UTC */
+  uint64_t interfaceConstant;         /* identifies this version of the interface */
+  uint64_t buildTimeStamp;            /* fixed; seconds since 1970-01-01 00:00:00 UTC */
   uint64_t entryPointCount;
 } HostFunctionTable;
 

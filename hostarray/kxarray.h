@@ -39,6 +39,7 @@ KX_API bool kxIsCell(const kxArray* array);
 KX_API bool kxIsChar(const kxArray* array);
 KX_API bool kxIsDouble(const kxArray* array);
 KX_API size_t kxGetNumberOfDimensions(const kxArray* array);
+/* As many sizes as there are dimensions. The array owns them. */
 KX_API const size_t* kxGetDimensions(const kxArray* array);
 KX_API size_t kxGetNumberOfElements(const kxArray* array);
 KX_API bool kxIsEmpty(const kxArray* array);
@@ -51,14 +52,14 @@ KX_API void kxDestroyArray(kxArray* array);
 KX_API kxArray* kxSubscriptedReference(const kxArray* array, size_t count,
                                        kxArray* const* subscripts);
 
-/* Text: UTF-16 code units. `text` ends with a zero and becomes one row (1-by-0 when empty). */
+/* Text: UTF-16 code units. `text` is null-terminated and becomes one row (1-by-0 when empty). */
 KX_API kxArray* kxCreateString_UTF16(const char16_t* text);
 /* A char array of any shape, all zero. */
 KX_API kxArray* kxCreateCharArray(size_t dimensions, const size_t* sizes);
 KX_API char16_t* kxGetChars(kxArray* array);
 KX_API const char16_t* kxGetConstChars(const kxArray* array);
 
-/* Numbers. kxGetDoubles gives the values for reading and writing in place. */
+/* Numbers. kxGetDoubles returns the elements, which may be modified in place. */
 KX_API kxArray* kxCreateDoubleScalar(double value);
 KX_API kxArray* kxCreateDoubleArray(size_t dimensions, const size_t* sizes);
 KX_API double* kxGetDoubles(kxArray* array);

@@ -50,7 +50,7 @@ void LockFile::take(const std::string& path, Kind kind, Clock::duration limit,
   const auto start = Clock::now();
   for (milliseconds pause = kFirstPause;; pause = std::min(2 * pause, kLongestPause)) {
     attempt(path);
-    if (state_ == State::Held || state_ == State::Impossible) return;
+    if (state_ == State::Held || state_ == State::CannotCreate) return;
     const auto waited = Clock::now() - start;
     if (waited >= limit) return;
     if (waiting) waiting(waited);
@@ -63,11 +63,11 @@ void LockFile::attempt(const std::string& path) {
   constexpr int kFlags = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   state_ = State::Busy;
   if (!create(path)) {
-    if (state_ == State::Impossible) return;
+    if (state_ == State::CannotCreate) return;
     file_.reset(uninterrupted([&] { return ::open(path_.c_str(), kFlags); }));
     if (!file_) {
       number_ = errno;
-      if (number_ != ENOENT) state_ = State::Closed;
+      if (number_ != ENOENT) state_ = State::Inaccessible;
       return;
     }
   }
@@ -92,7 +92,7 @@ bool LockFile::create(const std::string& path) {
   file_.reset(uninterrupted([&] { return ::open(path_.c_str(), kFlags, mode); }));
   if (!file_) {
     number_ = errno;
-    if (number_ != EEXIST) state_ = State::Impossible;
+    if (number_ != EEXIST) state_ = State::CannotCreate;
     return false;
   }
   if (!isShared) return true;
@@ -101,7 +101,7 @@ bool LockFile::create(const std::string& path) {
     return true;
   } catch (const SystemError& error) {
     number_ = error.number();
-    state_ = State::Impossible;
+    state_ = State::CannotCreate;
     discard();
     return false;
   } catch (...) {

@@ -11,8 +11,8 @@
 namespace opc {
 
 /// A lock that excludes other processes and other threads: a file beside the one that it protects,
-/// which exists only while it is held. Only those can open it, and so lock it, who may write to the
-/// protected file; it is never opened for reading.
+/// which exists only while it is held. Only users who may write to the protected file can open it,
+/// and so lock it; it is never opened for reading.
 ///
 /// What a killed process leaves behind does not lock anything, and is removed by the next one.
 class LockFile {
@@ -23,11 +23,11 @@ class LockFile {
     Commit   ///< held while the file is replaced
   };
   enum class State {
-    Free,        ///< it was not tried
-    Held,        ///< by this
-    Busy,        ///< others hold it
-    Closed,      ///< it exists, but cannot be opened: who holds it may not share it
-    Impossible,  ///< it cannot be created
+    Free,          ///< take() was not called
+    Held,          ///< by this object
+    Busy,          ///< held by others
+    Inaccessible,  ///< the lock file exists, but cannot be opened
+    CannotCreate,  ///< the lock file cannot be created
   };
   using Clock = std::chrono::steady_clock;
   /// Called before each pause, with the time since the first attempt. What it throws ends the wait.
@@ -38,13 +38,14 @@ class LockFile {
   LockFile(LockFile&& other) noexcept;
   LockFile& operator=(LockFile&&) = delete;
 
-  /// Takes the lock of the file at `path`, which need not exist and must not be a link. Waits while
-  /// others hold it, for `limit` at most; `waiting` may be empty.
+  /// Tries to lock the file at `path`, which need not exist and must not be a link. While others
+  /// hold the lock, tries again for up to `limit`; `waiting` may be empty. Throws only what
+  /// `waiting` throws: check state().
   void take(const std::string& path, Kind kind, Clock::duration limit, const Waiting& waiting);
   void release() noexcept;
 
   State state() const { return state_; }
-  /// The reason, an errno value, if it is closed or impossible.
+  /// The reason, an errno value, if it is inaccessible or cannot be created.
   int number() const { return number_; }
   /// Of the lock file.
   const std::string& path() const { return path_; }
@@ -61,7 +62,7 @@ class LockFile {
   int number_ = 0;
 };
 
-/// Whether lock files have such names. They are temporary names as well.
+/// Whether `name` is that of a lock file. Such names are also temporary names.
 bool isLockName(std::string_view name) noexcept;
 
 }  // namespace opc

@@ -29,7 +29,6 @@ constexpr std::string_view kPolicy =
     "default-src 'none'; style-src 'unsafe-inline'; img-src data:; base-uri 'none'; "
     "form-action 'none'";
 
-/// A section made for a document or, without one, for the files.
 /// A part of the page with its own heading.
 struct Section {
   std::string id;
@@ -37,6 +36,7 @@ struct Section {
   std::function<void(detail::HtmlWriter& html, PageImages& images)> write;
 };
 
+/// A section for a document or, if `table` is null, for the files.
 struct KnownSection {
   const char* id;
   const char* title;

@@ -14,11 +14,10 @@ using opc::plservices::SchemaRoot;
 
 /// A metadata document: one XML part of the package, with the four texts that identify it.
 ///
-/// A document is a value that lives as long as a call. Xerces-C stays initialised while any
-/// document lives.
+/// A document is a value that lives as long as a call. The first one initialises Xerces-C.
 class XMLPartType {
  private:
-  opc::model::XercesGuard xercesGuard;  // first made, last gone
+  opc::model::XercesGuard xercesGuard;  // initialised before the other members
 
  public:
   const std::u16string partName;          ///< absolute, such as "/metadata/license.xml"

@@ -132,9 +132,9 @@ std::string nameOf(const packaging::ConstRecord& record);
 /// others, and those that are made of others when they are not given.
 std::vector<const packaging::Field*> keyFields(const packaging::RecordTable& table);
 
-/// Calls `visit` for each field of a document that has a key, and that key's path.
 using FieldVisitor =
     std::function<void(const packaging::Record&, const packaging::Field&, const std::string& path)>;
+/// Calls `visit` for each field of a document that has a key, with the path of that key.
 void visitFields(const packaging::OwnedDocument& document, const FieldVisitor& visit);
 
 /// Reads a policy, of which [verify] is the only table. Throws ManifestError as readManifest()

@@ -47,7 +47,7 @@ struct ItemInfo {
 struct ListedItem {
   std::string_view name;  ///< as in ItemInfo
   ItemKind kind = ItemKind::File;
-  bool isRemoved = false;  ///< if so, the rest says nothing
+  bool isRemoved = false;  ///< the other members are then unspecified
 };
 
 /// An item to be added.
@@ -56,8 +56,8 @@ struct NewItem {
   CompressionType compression = CompressionType::Normal;
   bool executable = false;
   bool atFront = false;  ///< stands before everything else in the file
-  /// Seconds since 1970 (UTC). An item that has its own time keeps it exactly; one that has none
-  /// gets the time of the commit.
+  /// Seconds since 1970 (UTC). Without it, the item gets the time of the commit. A container may
+  /// have a time for all new items that takes precedence.
   std::optional<std::int64_t> modified = std::nullopt;
 };
 
@@ -84,8 +84,8 @@ class IItemReader {
 ///
 /// Items are changed in memory only. close(false) puts the whole new container in the place of the
 /// old one in one step, or fails and leaves the old one as it was; close(true) drops the changes.
-/// Every operation throws opc::Exception; those that change throw ErrorCode::InvalidState when the
-/// package was opened for reading.
+/// Operations throw opc::Exception on failure; those that change the package fail with
+/// ErrorCode::InvalidState if it was opened for reading.
 class IPhysicalPackage : public IItemReader {
  public:
   /// Opens it. Read and Modify refuse a container that breaks a rule which shows without reading

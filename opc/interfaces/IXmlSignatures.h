@@ -26,7 +26,7 @@ struct ManifestReference {
   Hash hash = Hash::Sha256;
   std::string digest;  ///< in bytes
   Form form = Form::Bytes;
-  bool hasComments = false;  ///< whether the canonical form keeps comments
+  bool keepsComments = false;  ///< whether the canonical form keeps comments
   std::vector<std::string> ids;
   std::vector<std::string> types;  ///< relationships with one of these ids or types count
 };
@@ -85,7 +85,8 @@ struct SignedPart {
   std::string digest;  ///< SHA-256, in bytes
 };
 
-/// Files as they are on the disk, with names for messages. Only `pkcs12` or the other two.
+/// The contents of key files, which must outlive the call, and names for messages: either `pkcs12`,
+/// or `key` and `certificates`. `passphrase` is null if none was given.
 struct KeyFiles {
   std::string keyName;
   std::string certificateName;
@@ -115,12 +116,13 @@ class IXmlSignatures {
   virtual XmlSignature read(std::string_view xml, const std::vector<std::string>& certificates,
                             const ITrustAnchors* anchors) const = 0;
   /// Canonical XML 1.0. Throws Exception (ErrorCode::InvalidXml) for what cannot be parsed.
-  virtual CanonicalXml canonicalise(std::string_view xml, bool hasComments) const = 0;
+  virtual CanonicalXml canonicalise(std::string_view xml, bool keepsComments) const = 0;
   /// The same after the relationship transform.
   virtual CanonicalXml selectRelationships(std::string_view xml,
                                            const ManifestReference& reference) const = 0;
 
-  /// Reads certificates in PEM. Throws Exception, naming the file, if there are none.
+  /// Adds the certificates in `pem` to `anchors`, which is made if it is null. Throws Exception,
+  /// naming the file `name`, if there are none.
   virtual void addAnchors(std::unique_ptr<ITrustAnchors>& anchors, const std::string& name,
                           std::string_view pem) const = 0;
   /// Throws Exception, naming the file, for a key or certificate that cannot be used at `time`,

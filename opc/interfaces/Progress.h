@@ -18,7 +18,8 @@ struct Progress {
 /// throws ends the operation as a failure would: nothing half-written stays behind.
 using ProgressFunction = std::function<void(const Progress&)>;
 
-/// The same for work that has nothing to count.
+/// Called often during work that reports no progress. An exception that it throws ends the work in
+/// the same way.
 using StopFunction = std::function<void()>;
 
 }  // namespace opc::interfaces

@@ -55,9 +55,9 @@ class Package final : public RelationshipSource {
   void open(interfaces::OpenMode mode);
   bool isOpen() const noexcept;
   /// Whether it was opened for reading, so that nothing in it changes before it is closed. Throws
-  /// InvalidState when it is not open.
+  /// ErrorCode::InvalidState if it is not open.
   bool isReadOnly() const;
-  /// Grows with every open, so that who keeps something read from the package sees that it is old.
+  /// Increases with every open(), which shows that what was read before is stale.
   std::uint64_t openCount() const noexcept { return openCount_; }
 
   /// `discard` false: writes what was changed, as one transaction, and closes; when that fails it
@@ -67,7 +67,7 @@ class Package final : public RelationshipSource {
   /// never throws. Closing what is not open does nothing.
   void close(bool discard);
 
-  /// All of these throw InvalidState when the package is not open.
+  /// All of these throw ErrorCode::InvalidState if the package is not open.
   bool hasPart(const PartName& name);
   /// Throws ErrorCode::NotFound, naming the part and the package.
   std::shared_ptr<Part> getPart(const PartName& name);
@@ -75,8 +75,8 @@ class Package final : public RelationshipSource {
   /// FormatError with rule RL-11 when the target is outside the package.
   std::shared_ptr<Part> getPart(const Relationship& relationship);
   /// Throws ErrorCode::AlreadyExists for a taken name (names that differ only in the case of ASCII
-  /// letters are one), InvalidName for a relationships name and for one that extends, or is
-  /// extended by, another part's, TooLarge for a type that would not be read again.
+  /// letters are one), ErrorCode::InvalidName for a relationships name and for one that extends, or
+  /// is extended by, another part's, ErrorCode::TooLarge for a type that could not be read back.
   std::shared_ptr<Part> createPart(const PartName& name, const ContentType& type,
                                    const StandardPartInfo& info);
   /// The same with the bytes that `source` has when the package is committed.

@@ -22,9 +22,9 @@ using PartId = std::size_t;
 
 /// How a new part is to be kept.
 struct StandardPartInfo {
-  /// `sizeHint` in bytes, 0 when unknown; nothing depends on it.
-  StandardPartInfo(interfaces::CompressionType type, std::uint64_t hint)
-      : compression(type), sizeHint(hint) {}
+  /// `size`: the expected size in bytes, 0 if unknown. It is ignored.
+  StandardPartInfo(interfaces::CompressionType type, std::uint64_t size)
+      : compression(type), sizeHint(size) {}
 
   interfaces::CompressionType compression;
   std::uint64_t sizeHint;
@@ -42,11 +42,11 @@ class Part final : public RelationshipSource {
   const ContentType& getContentType() const { return type_; }
   PartId id() const { return id_; }
 
-  /// A fresh stream over the part's bytes. Throws InvalidState when it is read after the package
-  /// was closed, as that of getOutputStream does when it is written to.
+  /// A fresh stream over the part's bytes. Reading it after the package was closed throws
+  /// ErrorCode::InvalidState, as does writing to that of getOutputStream.
   std::unique_ptr<InputStream> getInputStream();
-  /// A stream that replaces the part's content with what is written. Throws InvalidState when the
-  /// package was opened for reading.
+  /// A stream that replaces the part's content with what is written. Throws
+  /// ErrorCode::InvalidState if the package was opened for reading.
   std::unique_ptr<OutputStream> getOutputStream();
 
  private:

@@ -40,12 +40,13 @@ class PartName {
   std::string key_;
 };
 
-/// The rule that `itemName` (UTF-8, no leading slash) breaks as a part name, such as "PN-6", and
-/// why; nullptr when it is one. Allocates nothing for ASCII names.
+/// The rule that a name breaks, such as "PN-6", and why.
 struct NameFault {
   const char* rule;
   const char* why;
 };
+/// What is wrong with `itemName` (UTF-8, no leading slash) as a part name; null if it is valid.
+/// Allocates nothing for ASCII names.
 const NameFault* findNameFault(std::string_view itemName);
 
 /// Whether a segment is fit for a part name and has neither escapes nor characters outside ASCII.

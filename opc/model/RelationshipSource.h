@@ -44,9 +44,9 @@ class RelationshipSource {
   void deleteRelationship(std::u16string_view id);
 
  protected:
-  /// Reads them when they are first asked for. Throws InvalidState when the package is closed.
+  /// Reads them on first use. Throws ErrorCode::InvalidState if the package is closed.
   virtual RelationshipSet& relationships() = 0;
-  /// Before a change: throws InvalidState unless the package may be changed.
+  /// Before a change: throws ErrorCode::InvalidState unless the package may be changed.
   virtual void requireWritable() const = 0;
   /// Before one is added: throws FormatError when a part is in the way of where they are stored.
   virtual void requirePlace() const = 0;

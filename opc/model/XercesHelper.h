@@ -14,8 +14,8 @@
 
 namespace opc::model {
 
-/// Keeps Xerces-C initialised while it lives. XercesHelper needs none: what uses Xerces-C first, on
-/// whichever thread, starts it, and it stays until the process ends. Throws Exception if it cannot
+/// Initialises Xerces-C, which then stays initialised until the process ends. Optional: XercesHelper
+/// does the same on first use, on any thread. The constructor throws Exception if Xerces-C cannot
 /// start.
 class XercesGuard {
  public:

@@ -34,11 +34,12 @@ std::unique_ptr<InputStream> open(model::Package& package, const SignablePart& p
 /// "/a/b.xml?ContentType=text/xml"
 std::string toReference(const SignablePart& part);
 
-/// The name and the type of such a reference. Nothing if it is none.
+/// The name and the type in such a reference.
 struct PartReference {
   std::string name;
   std::string type;
 };
+/// Returns nothing if `uri` is not such a reference.
 std::optional<PartReference> parseReference(const std::string& uri);
 
 }  // namespace opc::signatures

@@ -175,7 +175,7 @@ class Verifier {
   static CanonicalXml canonical(const SignablePart& part, std::string_view text,
                                 const ManifestReference& reference) {
     const IXmlSignatures& library = xmlSignatures();
-    if (reference.form == Form::Xml) return library.canonicalise(text, reference.hasComments);
+    if (reference.form == Form::Xml) return library.canonicalise(text, reference.keepsComments);
     if (part.isRelationships()) return library.selectRelationships(text, reference);
     throw Exception(ErrorCode::InvalidPackage, "it is not a relationships part");
   }

@@ -69,16 +69,16 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 
 }  // namespace
 
-CanonicalXml canonicalise(std::string_view xml, bool hasComments) {
+CanonicalXml canonicalise(std::string_view xml, bool keepsComments) {
   const Document document = parse(xml);
   xmlChar* bytes = nullptr;
   const int size = xmlC14NDocDumpMemory(document.get(), nullptr, XML_C14N_1_0, nullptr,
-                                        hasComments ? 1 : 0, &bytes);
+                                        keepsComments ? 1 : 0, &bytes);
   if (size < 0) throw Exception(ErrorCode::InvalidXml, "it has no canonical form");
   CanonicalXml result;
   result.bytes.assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
   xmlFree(bytes);
-  result.lacksComments = !hasComments && hasCommentsIn(*document);
+  result.lacksComments = !keepsComments && hasCommentsIn(*document);
   return result;
 }
 

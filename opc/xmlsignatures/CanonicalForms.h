@@ -8,7 +8,7 @@
 namespace opc::xmlsignatures {
 
 /// See IXmlSignatures.
-interfaces::CanonicalXml canonicalise(std::string_view xml, bool hasComments);
+interfaces::CanonicalXml canonicalise(std::string_view xml, bool keepsComments);
 interfaces::CanonicalXml selectRelationships(std::string_view xml,
                                              const interfaces::ManifestReference& reference);
 

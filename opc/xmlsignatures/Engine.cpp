@@ -96,8 +96,8 @@ class Engine final : public interfaces::IXmlSignatures {
     return withMemory([&] { return judged(xml, certificates, anchors); });
   }
 
-  interfaces::CanonicalXml canonicalise(std::string_view xml, bool hasComments) const override {
-    return withMemory([&] { return xmlsignatures::canonicalise(xml, hasComments); });
+  interfaces::CanonicalXml canonicalise(std::string_view xml, bool keepsComments) const override {
+    return withMemory([&] { return xmlsignatures::canonicalise(xml, keepsComments); });
   }
 
   interfaces::CanonicalXml selectRelationships(

@@ -239,7 +239,7 @@ class Reader {
     const std::string algorithm = algorithmOf(transforms[0]);
     require(isCanonicalisation(algorithm),
             "its transform " + quoted(algorithm) + " is not supported");
-    reference.hasComments = algorithm == kC14nWithComments;
+    reference.keepsComments = algorithm == kC14nWithComments;
     if (reference.form == Form::Bytes) reference.form = Form::Xml;
   }
 

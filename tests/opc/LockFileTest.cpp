@@ -201,7 +201,7 @@ TEST_F(LockFiles, FollowNoLink) {
   lock.release();
   fs::create_symlink(path(), name);
 
-  EXPECT_EQ(take(lock), State::Closed);
+  EXPECT_EQ(take(lock), State::Inaccessible);
   EXPECT_EQ(lock.number(), ELOOP);
   EXPECT_TRUE(fs::is_symlink(name));
 }
@@ -213,7 +213,7 @@ TEST_F(LockFiles, DoNotWaitForTheReaderOfAPipe) {
   lock.release();
   ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
 
-  EXPECT_EQ(take(lock), State::Closed);
+  EXPECT_EQ(take(lock), State::Inaccessible);
 }
 
 TEST_F(LockFiles, AreImpossibleWithoutTheFolder) {
@@ -221,7 +221,7 @@ TEST_F(LockFiles, AreImpossibleWithoutTheFolder) {
 
   lock.take((folder_ / "missing" / "p").string(), Kind::Change, 60s, {});
 
-  EXPECT_EQ(lock.state(), State::Impossible);
+  EXPECT_EQ(lock.state(), State::CannotCreate);
   EXPECT_EQ(lock.number(), ENOENT);
 }
 

@@ -45,7 +45,7 @@ PackageLock::PackageLock(const std::string& path, const Subject& subject,
                              fmt::format("another command is still changing it after {} {}",
                                          limit.count(), limit == 1s ? "second" : "seconds")),
                     "--lock-timeout SECONDS waits longer");
-    case opc::LockFile::State::Closed: {
+    case opc::LockFile::State::Inaccessible: {
       Failure failure = systemFailure("cannot open lock file", lock_.path(), lock_.number());
       throw Failure(failure.what(),
                     "remove it if no other command is changing the " + subject.kind);

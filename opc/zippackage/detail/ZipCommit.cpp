@@ -46,9 +46,9 @@ LockFile ZipCommit::lockPlace() const {
     case LockFile::State::Busy:
       throw Exception(ErrorCode::FileSystem, "another program has been replacing it for " +
                                                  std::to_string(kLongestWait.count()) + " seconds");
-    case LockFile::State::Closed:
+    case LockFile::State::Inaccessible:
       throw SystemError("cannot open lock file '" + lock.path() + "'", lock.number());
-    case LockFile::State::Impossible:
+    case LockFile::State::CannotCreate:
       throw SystemError("cannot create lock file '" + lock.path() + "'", lock.number());
     default:
       return lock;
