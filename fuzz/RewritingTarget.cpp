@@ -54,7 +54,7 @@ Inventory inventoryOf(AddonPackage& package) {
   Package& logical = package.logicalPackage();
   logical.visitParts("", [&](opc::model::PartId part) {
     inventory.parts[std::string(logical.itemNameOf(part))] = {
-        logical.contentTypeOf(part).withoutBlanks(), contentOf(logical, part)};
+        logical.contentTypeOf(part).withoutSpaces(), contentOf(logical, part)};
   });
   inventory.relationships = logical.getRelationships();
   inventory.files = fuzz::unlessRefused([&] { return package.getFileList(); });

@@ -8,7 +8,7 @@
 
 namespace opc {
 
-/// A file of the disk, whatever its path.
+/// Identifies a file on disk, whatever its path.
 struct FileIdentity {
   dev_t device = 0;
   ino_t inode = 0;

@@ -32,7 +32,7 @@ class HashIndex {
     if (!slots_.empty()) __builtin_prefetch(&slots_[fold(hash) & (slots_.size() - 1)]);
   }
 
-  /// The value stored under `hash` for which `equals` holds, or null. Good until the next change.
+  /// The value stored under `hash` for which `equals` holds, or null. Valid until the next change.
   template <typename Equals>
   Value* find(std::uint64_t hash, const Equals& equals) {
     const std::size_t at = locate(fold(hash), equals);

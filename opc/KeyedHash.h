@@ -8,7 +8,7 @@
 
 namespace opc {
 
-/// A hash under a key that is random in each process. Names come from strangers: with a known hash
+/// A hash under a key that is random in each process. Names are untrusted: with a known hash
 /// function they could be chosen so that all of them collide.
 class KeyedHash {
  public:

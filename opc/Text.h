@@ -62,8 +62,8 @@ constexpr bool isAscii(std::string_view text) noexcept {
   }
   return true;
 }
-/// A blank or what moves the place of writing: tabs, line ends, a form feed.
-constexpr bool isAsciiBlank(char c) noexcept {
+/// A space, tab, line feed, vertical tab, form feed or carriage return.
+constexpr bool isAsciiSpace(char c) noexcept {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 

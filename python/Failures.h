@@ -9,7 +9,7 @@
 
 namespace python {
 
-/// What a call is about, for the attributes of what it raises: a file of the disk (the system's
+/// What a call is about, for the attributes of what it raises: a file on disk (the system's
 /// bytes) and a path or part in the package. Both may be "", and outlive the call.
 struct Subject {
   std::string_view path;

@@ -11,8 +11,8 @@
 namespace text {
 
 std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && opc::isAsciiBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && opc::isAsciiBlank(text.back())) text.remove_suffix(1);
+  while (!text.empty() && opc::isAsciiSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && opc::isAsciiSpace(text.back())) text.remove_suffix(1);
   return text;
 }
 

@@ -18,7 +18,8 @@ constexpr std::array kRequirementFields{RequirementField{"kind", &Requirement::k
                                         RequirementField{"identifier", &Requirement::identifier}};
 
 constexpr std::array kFields{
-    RecordField{"guid", "What identifies the add-on, compared without case.", &Record::guid},
+    RecordField{"guid", "What identifies the add-on. Upper and lower case are the same.",
+                &Record::guid},
     RecordField{"name", "Its name.", &Record::name},
     RecordField{"version", "The version of the add-on.", &Record::version},
     RecordField{"release", "The release of the host that it was made for.", &Record::release},

@@ -22,7 +22,7 @@ inline constexpr std::string_view kJsonExtension = ".json";
 std::string hashedPath(std::string_view folder, std::string_view sha256,
                        std::string_view extension);
 
-/// The GUID of an add-on as it is compared: without case.
+/// The GUID of an add-on as it is compared: in lower case.
 std::string keyOf(std::string_view guid);
 /// Which shard an add-on with that key is in: "00" to "ff".
 std::string shardOf(std::string_view key);

@@ -8,7 +8,7 @@
 
 namespace addon::gallery {
 
-/// An add-on in a list of many. Texts are UTF-8, a stranger's, and not escaped; paths are relative
+/// An add-on in a list of many. Texts are UTF-8, untrusted and not escaped; paths are relative
 /// to the list.
 struct Card {
   std::string name;

@@ -35,7 +35,7 @@ class AddonAppInstallList : public TableDocument<AddonAppInstallList> {
   std::vector<AddonAppInstall> apps;
 
   AddonAppInstallList() = default;
-  /// From a host struct array of any shape, one app an element. Raises what AddonAppInstall does.
+  /// From a host struct array of any shape, one app per element. Raises what AddonAppInstall does.
   explicit AddonAppInstallList(const kxArray* s) { readStruct(s); }
 };
 

@@ -9,7 +9,7 @@
 namespace addon::packaging {
 
 /// The folders that the add-on puts on the host's search path, and its entries of the Java class
-/// path: the part "/metadata/configuration.xml". Order, doubles and empty texts are kept.
+/// path: the part "/metadata/configuration.xml". Order, duplicates and empty texts are kept.
 class AddonConfiguration : public TableDocument<AddonConfiguration> {
  public:
   static const DocumentTable kTable;

@@ -46,7 +46,7 @@ class AddonExamples : public TableDocument<AddonExamples> {
   std::vector<ExampleCategory> categories;
 
   AddonExamples() = default;
-  /// From a host struct array of any shape, one category an element. A category whose examples are
+  /// From a host struct array of any shape, one category per element. A category whose examples are
   /// unset has none. Raises a host error for a name that is missing or not text, and what Example
   /// does.
   explicit AddonExamples(const kxArray* array) { readStruct(array); }

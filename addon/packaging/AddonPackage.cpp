@@ -272,7 +272,7 @@ void AddonPackage::addFolders(std::vector<std::u16string> folders) {
     try {
       fileSystemManager_.createFolder(folder);
     } catch (const FileSystemEntryAlreadyExists&) {
-      // A name that is taken, by a folder or a file, is passed over; addFiles ends there instead.
+      // A name that is taken, by a folder or a file, is skipped; addFiles ends there instead.
     }
   }
 }

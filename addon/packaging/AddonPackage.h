@@ -68,11 +68,11 @@ class AddonPackage {
   void setLicense(AddonLicense& license);
   void getLicense(AddonLicense& license);
 
-  /// The media type of an image file by its extension (no dot, ASCII letters without case): that of
+  /// The media type of an image file by its extension (no dot, in any ASCII case): that of
   /// png, gif, tiff and bmp, and "image/jpeg" for anything else.
   static std::u16string getContentTypeFromImageExtension(const std::u16string& extension);
-  /// Stores the image file at a path of the disk, unchanged, as the package's one screenshot and
-  /// thumbnail, in the place of an earlier one. When the file cannot be read the earlier one is
+  /// Stores the image file at a path on disk, unchanged, as the package's one screenshot and
+  /// thumbnail, replacing an earlier one. When the file cannot be read the earlier one is
   /// gone all the same, and the new one empty, until the package is closed with close(true).
   void setScreenshot(const std::u16string& imagePath);
   /// The bytes of the screenshot; none when there is none.
@@ -81,13 +81,13 @@ class AddonPackage {
   /// there is exactly one. Throws opc::Exception when the part is missing.
   std::vector<unsigned char> getBinaryPart(std::u16string relationshipType);
 
-  /// Adds files[i] of the disk as paths[i] of the package. A path that is taken ends it with
+  /// Adds files[i] on disk as paths[i] of the package. A path that is taken ends it with
   /// FileSystemEntryAlreadyExists; those before it stay added. The files are read when the package
   /// is closed. Throws std::out_of_range at the first file that has no path.
   void addFiles(std::vector<std::u16string> files, std::vector<std::u16string> paths);
-  /// Adds folders; a name that is taken is passed over.
+  /// Adds folders. Names that are already taken are skipped.
   void addFolders(std::vector<std::u16string> folders);
-  /// Writes the file tree below a folder of the disk, replacing files that exist there.
+  /// Writes the file tree below a folder on disk, replacing files that exist there.
   void extractAllFiles(const std::u16string& destination);
   /// The paths of all files and of the empty folders, depth first, in code-unit order.
   std::vector<std::u16string> getFileList();

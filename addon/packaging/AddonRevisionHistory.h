@@ -33,7 +33,7 @@ class AddonRevisionHistory : public TableDocument<AddonRevisionHistory> {
   std::vector<AddonRevision> revisions;
 
   AddonRevisionHistory() = default;
-  /// From a host struct array of any shape, one revision an element. Raises what AddonRevision
+  /// From a host struct array of any shape, one revision per element. Raises what AddonRevision
   /// does.
   explicit AddonRevisionHistory(const kxArray* s) { readStruct(s); }
 };

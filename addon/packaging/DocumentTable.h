@@ -70,7 +70,7 @@ class TableDocument : public XMLPartType {
       : XMLPartType(Class::kTable.partName(), Class::kTable.contentType(),
                     Class::kTable.namespaceURI(), Class::kTable.relationshipType()) {}
 
-  /// A new host struct: 1-by-1, or an array of one element a record. The caller owns it.
+  /// A new host struct: 1-by-1, or an array of one element per record. The caller owns it.
   kxArray* getStructArray() { return toStruct(Class::kTable, self()).release(); }
   void buildDOM(opc::model::DocumentPointer& document) override {
     writeXml(tree(), self(), document, namespaceURI);

@@ -10,7 +10,7 @@
 #include "addon/packaging/Field.h"
 #include "hostarray/kxarray.h"
 
-// How documents become host structs and come back: one rule a function, for all of them.
+// How documents become host structs and come back: one function per rule, for all of them.
 //
 // Reading raises the host's errors (matrix::HostError) for what is not of the expected class.
 // Arrays under way are owned by an ArrayPointer, so that whatever is thrown, none is left behind.
@@ -54,7 +54,7 @@ void setField(kxArray* array, std::size_t index, const char* name, ArrayPointer 
 /// may be missing or unset. Each record of a list is read as an element of its own, taken with the
 /// host's indexing.
 void readStruct(const Record& record, const kxArray* array, std::size_t index);
-/// Reads a document, of a list one record an element.
+/// Reads a document; a list has one record per element.
 void readStruct(const DocumentTable& table, const Record& document, const kxArray* array);
 
 /// A field that must be there and be text.

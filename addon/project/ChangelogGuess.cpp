@@ -52,10 +52,10 @@ std::string dateIn(std::string_view text) {
     return c == '(' || c == ')' || c == '-' || c == ':' || c == ',';
   };
   text = trimmed(text);
-  while (!text.empty() && (isAround(text.front()) || isAsciiBlank(text.front()))) {
+  while (!text.empty() && (isAround(text.front()) || isAsciiSpace(text.front()))) {
     text.remove_prefix(1);
   }
-  while (!text.empty() && (isAround(text.back()) || isAsciiBlank(text.back()))) {
+  while (!text.empty() && (isAround(text.back()) || isAsciiSpace(text.back()))) {
     text.remove_suffix(1);
   }
   constexpr std::size_t kLongestDate = 30;

@@ -111,7 +111,7 @@ struct Manifest : Section {
 
   /// Where the keys of documents stand, by their paths: "app[0].file", "configuration".
   std::map<std::string, Position, std::less<>> positions;
-  /// What "license.file" and the like say: paths of the disk.
+  /// What "license.file" and the like say: paths on disk.
   std::map<std::string, std::string, std::less<>> textFiles;
 
   template <typename Document>

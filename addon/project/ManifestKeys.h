@@ -13,7 +13,7 @@
 
 namespace addon::project {
 
-/// A field of a document, in the place of a member.
+/// A field of a document, where a member is expected.
 struct FieldMember {
   packaging::Record record;
   const packaging::Field& field;
@@ -39,12 +39,12 @@ void visitKeys(RecordMember& member, Visitor& visitor) {
     }
     if (*field->fileKey == '\0') continue;
     FileMember file{*field};
-    const std::string help = std::string("A file of the disk, instead of '") + field->key + "'.";
+    const std::string help = std::string("A file on disk, instead of '") + field->key + "'.";
     visitor.optional(field->fileKey, file, help);
   }
   if (member.screenshot == nullptr) return;
   visitor.optional("screenshot", *member.screenshot,
-                   "An image of the disk that stands for the add-on.");
+                   "An image file on disk that represents the add-on.");
 }
 
 template <typename Visitor>
@@ -56,7 +56,7 @@ void visitKeys(AddedFileSection& section, Visitor& visitor) {
 
 template <typename Visitor>
 void visitKeys(FilesSection& section, Visitor& visitor) {
-  visitor.optional("root", section.root, "The folder of the disk whose content goes in.");
+  visitor.optional("root", section.root, "The folder on disk whose content is packed.");
   visitor.optional("include", section.include, "Patterns for what goes in.");
   visitor.optional("exclude", section.exclude, "Patterns for what stays out all the same.");
   visitor.optional("default-excludes", section.defaultExcludes,

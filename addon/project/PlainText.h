@@ -9,9 +9,9 @@
 
 namespace addon::project {
 
-using opc::isAsciiBlank;
 using opc::isAsciiDigit;
 using opc::isAsciiLetterOrDigit;
+using opc::isAsciiSpace;
 using text::linesOf;
 using text::trimmed;
 
@@ -32,7 +32,7 @@ bool isManifestLine(std::string_view text);
 /// Replaces each run of blanks and control characters by one blank, and trims. The text is UTF-8.
 std::string asOneLine(std::string_view text);
 
-/// Whether `text` begins with `start`, ASCII letters compared without case.
+/// Whether `text` begins with `start`, ignoring ASCII case.
 bool startsWithWord(std::string_view text, std::string_view start);
 
 }  // namespace addon::project

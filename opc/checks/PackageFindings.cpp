@@ -187,7 +187,7 @@ constexpr FindingInfo kFindings[] = {
      "Rename one of the two parts."},
     {kContentTypesSpelling, "misspelled name of the content types",
      "The item with the content types must be called exactly '[Content_Types].xml'. Names are "
-     "compared without case, but some programs insist on this spelling.",
+     "compared ignoring case, but some programs insist on this spelling.",
      "Rename the item to '[Content_Types].xml'."},
     {kEmptyContentTypes, "no content types",
      "The content types are well-formed but empty. Without types the package has no parts.",

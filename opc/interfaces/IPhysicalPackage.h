@@ -82,14 +82,14 @@ class IItemReader {
 
 /// A container of named items, and the transaction over it.
 ///
-/// Items are changed in memory only. close(false) puts the whole new container in the place of the
-/// old one in one step, or fails and leaves the old one as it was; close(true) drops the changes.
+/// Items are changed in memory only. close(false) replaces the whole container in one step, or
+/// fails and leaves the old one as it was; close(true) drops the changes.
 /// Operations throw opc::Exception on failure; those that change the package fail with
 /// ErrorCode::InvalidState if it was opened for reading.
 class IPhysicalPackage : public IItemReader {
  public:
   /// Opens it. Read and Modify refuse a container that breaks a rule which shows without reading
-  /// items. Create looks at no old content; the container comes into being with the commit.
+  /// items. Create ignores old content; the container is made by the commit.
   virtual void open(OpenMode mode) = 0;
   virtual bool isOpen() const noexcept = 0;
 
@@ -136,7 +136,7 @@ class IPhysicalPackage : public IItemReader {
   /// not outlive the open package. Null if the package is not open for reading only, or has none.
   virtual std::unique_ptr<IItemReader> makeReader() const { return nullptr; }
 
-  /// Adds an item that is empty until it is written to. Names are not checked for doubles.
+  /// Adds an item that is empty until it is written to. Names are not checked for duplicates.
   virtual ItemIndex addItem(const NewItem& item) = 0;
   /// Adds an item with the bytes that `source` has when the package is committed.
   virtual ItemIndex addItem(const NewItem& item, std::unique_ptr<IContentSource> source) = 0;

@@ -65,7 +65,7 @@ class WorkAhead {
 
   bool hasHelper() const { return helper_ != nullptr; }
 
-  /// The result of the next job, good until the next call. There must be one.
+  /// The result of the next job, valid until the next call. There must be one.
   Taken take() {
     if (!worker_) worker_ = makeWorker_();
     if (helper_) return takeFromBatch();
@@ -167,7 +167,7 @@ class WorkAhead {
   std::size_t begun_ = 0;      // jobs
   std::uint64_t ahead_ = 0;    // effort in batches
   bool isStopped_ = false;
-  std::unique_ptr<BackgroundTask> helper_;  // last made, first gone
+  std::unique_ptr<BackgroundTask> helper_;  // declared last, so that it is destroyed first
 };
 
 }  // namespace opc::interfaces

@@ -106,7 +106,7 @@ std::u16string ContentType::toString() const {
   return {type_.begin(), type_.end()};
 }
 
-std::string ContentType::withoutBlanks() const {
+std::string ContentType::withoutSpaces() const {
   std::string result;
   result.reserve(type_.size());
   bool quoted = false;
@@ -135,7 +135,7 @@ bool operator==(const ContentType& a, const ContentType& b) {
   // Only parameters have blanks.
   const bool arePlain = !a.hasParameters() && !b.hasParameters();
   if (arePlain && a.type_.size() != b.type_.size()) return false;
-  return toLowerAscii(a.withoutBlanks()) == toLowerAscii(b.withoutBlanks());
+  return toLowerAscii(a.withoutSpaces()) == toLowerAscii(b.withoutSpaces());
 }
 
 }  // namespace opc::model

@@ -15,7 +15,7 @@ class ContentType {
 
   std::u16string toString() const;
   const std::string& ascii() const { return type_; }  ///< as given; always ASCII
-  std::string withoutBlanks() const;  ///< the blanks around ';' left out, as it is written
+  std::string withoutSpaces() const;  ///< the blanks around ';' left out, as it is written
 
   /// Whether it is registered for one product or use (vnd., prs., x.) rather than for a format that
   /// any file of an extension may have.

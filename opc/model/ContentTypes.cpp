@@ -54,14 +54,14 @@ std::string startOfDocument() {
 void appendEntry(std::string& xml, const ContentTypes::Default& entry) {
   xml += "<Default";
   detail::appendAttribute(xml, "Extension", entry.extension);
-  detail::appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
+  detail::appendAttribute(xml, "ContentType", entry.type.withoutSpaces());
   xml += "/>";
 }
 
 void appendEntry(std::string& xml, const ContentTypes::Override& entry) {
   xml += "<Override";
   detail::appendAttribute(xml, "PartName", "/" + entry.itemName);
-  detail::appendAttribute(xml, "ContentType", entry.type.withoutBlanks());
+  detail::appendAttribute(xml, "ContentType", entry.type.withoutSpaces());
   xml += "/>";
 }
 
@@ -78,7 +78,7 @@ std::string shown(const std::string& text) {
 }
 
 void checkLengths(const std::string& itemName, const ContentType& type) {
-  const std::string written = type.withoutBlanks();
+  const std::string written = type.withoutSpaces();
   if (!detail::isReadableLength(written.size())) {
     throw detail::unreadableLength(
         "content type '" + shown(written) + "' of '/" + shown(itemName) + "': it", written.size());

@@ -32,7 +32,7 @@ class ContentTypes {
   /// Throws InvalidXMLDocument; entries that break a rule go to `faults`.
   static ContentTypes read(InputStream& stream, FaultSink& faults = FaultSink::refusing());
 
-  /// The type of a part, or null. Good until the next change.
+  /// The type of a part, or null. Valid until the next change.
   const ContentType* find(std::string_view itemName) const;
   /// The two halves of that; `hash` is the name's.
   const ContentType* findOverride(std::uint64_t hash, std::string_view itemName) const;
@@ -45,7 +45,7 @@ class ContentTypes {
   /// Gives a part its type: by a default that fits, by a new default when the extension has none,
   /// is not that of relationships, and the type is not a particular one, else by an override.
   /// `mayAddDefault` false leaves out the second. Throws ErrorCode::TooLarge, and changes nothing,
-  /// for what would not be read again: a type or a name that is too long, or one entry too many.
+  /// for what could not be read back: a type or a name that is too long, or one entry too many.
   void assign(std::string_view itemName, const ContentType& type, bool mayAddDefault);
   /// Removes the part's override, if it has one.
   void removeOverride(std::string_view itemName);

@@ -88,7 +88,7 @@ class Package final : public RelationshipSource {
   /// it stay. Throws ErrorCode::NotFound.
   void deletePart(const PartName& name);
 
-  /// Calls `visit` for every part whose item name begins with `prefix` (ASCII letters without case;
+  /// Calls `visit` for every part whose item name begins with `prefix` (ignoring ASCII case;
   /// "" for all), relationships parts left out, in the container's order; parts that it holds in
   /// pieces come last.
   void visitParts(std::string_view prefix, const std::function<void(PartId)>& visit);

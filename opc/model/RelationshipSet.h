@@ -48,7 +48,7 @@ class RelationshipSet {
   /// Throws ErrorCode::NotFound for an unknown id, as remove does.
   const Relationship& get(std::u16string_view id) const;
 
-  /// See RelationshipSource. Both throw ErrorCode::TooLarge for what would not be read again: an
+  /// See RelationshipSource. Both throw ErrorCode::TooLarge for what could not be read back: an
   /// id, a type or a target that is too long, or one relationship too many. Nothing is changed
   /// then.
   const Relationship& addInternal(std::u16string_view type, const URI& target,

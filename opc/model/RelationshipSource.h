@@ -31,7 +31,7 @@ class RelationshipSource {
   /// stored as an absolute part name. An empty `id` is replaced by a fresh one, never one of
   /// another relationship here and never "rId100" or "rId101". Throws for an empty type, an id that
   /// is not an xsd:ID or is taken, and a target that is not a part name or a relationships part;
-  /// the target need not exist. Throws ErrorCode::TooLarge for what would not be read again: a
+  /// the target need not exist. Throws ErrorCode::TooLarge for what could not be read back: a
   /// value of more than 1 MiB, or more relationships than one document holds; FormatError when a
   /// part of the package has a name that the part with the relationships cannot stand beside.
   Relationship createInternalRelationship(std::u16string_view type, const URI& target,

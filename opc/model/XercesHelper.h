@@ -14,9 +14,9 @@
 
 namespace opc::model {
 
-/// Initialises Xerces-C, which then stays initialised until the process ends. Optional: XercesHelper
-/// does the same on first use, on any thread. The constructor throws Exception if Xerces-C cannot
-/// start.
+/// Initialises Xerces-C, which then stays initialised until the process ends. Optional:
+/// XercesHelper does the same on first use, on any thread. The constructor throws Exception if
+/// Xerces-C cannot start.
 class XercesGuard {
  public:
   XercesGuard();

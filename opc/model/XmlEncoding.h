@@ -32,7 +32,7 @@ class XmlText {
   std::string_view utf8() const noexcept { return text_; }
 
   /// Throws InvalidXMLDocument with rule XM-1 unless a declaration that names `encoding` fits the
-  /// bytes. ASCII letters compare without case; an empty name fits.
+  /// bytes. ASCII case is ignored; an empty name fits.
   void checkDeclaration(std::u16string_view encoding) const;
 
  private:

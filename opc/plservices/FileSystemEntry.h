@@ -10,7 +10,7 @@ namespace opc::plservices {
 
 class FileTree;
 
-/// A file or folder of the tree: a value, good until the package is closed.
+/// A file or folder of the tree: a value, valid until the package is closed.
 class FileSystemEntry {
  public:
   bool isFile() const;

@@ -37,7 +37,7 @@ class FileSystemManager {
   FileSystemManager& operator=(const FileSystemManager&) = delete;
 
   FileSystemEntry getRoot();
-  /// The whole tree, good until it is changed or read again; and an entry for a node of it.
+  /// The whole tree, valid until it is changed or read again; and an entry for a node of it.
   FileTree& nodes();
   FileSystemEntry entryOf(NodeId node);
   /// None for a file.
@@ -49,7 +49,7 @@ class FileSystemManager {
   /// The entry at a path (UTF-8), or null.
   std::unique_ptr<FileSystemEntry> find(std::string_view path);
 
-  /// Adds the file `diskPath` as `packagePath`. Folders above it come into being. The file must be
+  /// Adds the file `diskPath` as `packagePath`. Missing folders above it are made. The file must be
   /// there and readable now; it is read when the package is committed. Throws
   /// FileSystemEntryAlreadyExists when the path is taken, Exception otherwise; the tree is then
   /// unchanged.
@@ -72,14 +72,14 @@ class FileSystemManager {
   void replaceFile(const FileSystemEntry& file, std::unique_ptr<interfaces::IContentSource> source,
                    const model::StandardPartInfo& info);
   /// Gives a file, or a folder with all below it, another path. Content, time and executable bit
-  /// stay; the folder above the old path stays too. Folders above the new one come into being.
+  /// stay; the folder above the old path stays too. Missing folders above the new one are made.
   /// Throws FileSystemEntryAlreadyExists for a path that is taken, ErrorCode::InvalidArgument for
   /// the root and for a path below the entry itself. After any other failure, such as damaged
   /// content, only some files are moved, and the package must not be committed.
   void move(const FileSystemEntry& entry, std::string_view packagePath);
   /// Throws what move() would throw before it changes anything.
   void checkMove(const FileSystemEntry& entry, std::string_view packagePath);
-  /// Removes a file, or a folder with all below it; entries of them are then good for nothing. The
+  /// Removes a file, or a folder with everything below it; their entries become invalid. The
   /// folder above stays, even when nothing is left in it. Throws ErrorCode::InvalidArgument for the
   /// root.
   void remove(const FileSystemEntry& entry);
@@ -97,8 +97,8 @@ class FileSystemManager {
   /// Writes parts in the same way, each under its name as the package spells it.
   void extractParts(const std::vector<model::PartId>& parts, std::string_view destination,
                     RestoreMode mode, const interfaces::ProgressFunction& progress);
-  /// Where extracting has a second thread from, which reads while the caller's writes. That thread
-  /// has the package to itself meanwhile. May be empty.
+  /// Starts a second thread for extracting, which reads while the caller's writes. Only that thread
+  /// uses the package meanwhile. May be empty.
   void setBackground(interfaces::BackgroundStarter starter) { background_ = std::move(starter); }
 
   /// A fresh stream over a file's bytes; it must not outlive the open package.

@@ -11,7 +11,7 @@
 
 namespace opc::plservices {
 
-/// Names a node of a FileTree; good as long as the tree is, and never used again.
+/// Names a node of a FileTree; valid as long as the tree is, and never reused.
 using NodeId = std::uint32_t;
 
 /// Files and folders in memory: names in one block, nodes in one vector, look-up by hash. Knows
@@ -23,7 +23,7 @@ class FileTree {
 
   FileTree();
 
-  /// Makes room for so many nodes.
+  /// Reserves memory for that many nodes.
   void reserve(std::size_t nodes);
   std::size_t size() const { return nodes_.size(); }
 
@@ -37,7 +37,7 @@ class FileTree {
   }
   NodeId parent(NodeId node) const { return nodes_[node].parent; }
   model::PartId part(NodeId file) const { return nodes_[file].number; }
-  /// Followed by a NUL in memory; good until a node is added.
+  /// Followed by a NUL in memory; valid until a node is added.
   std::string_view name(NodeId node) const;
   std::string path(NodeId node) const;
 
@@ -54,7 +54,7 @@ class FileTree {
   /// The name must not be taken in the folder.
   NodeId addFile(NodeId folder, std::string_view name, model::PartId part);
   NodeId addFolder(NodeId folder, std::string_view name);
-  /// The folder at a path, which comes into being with those above it. None of them may be a file.
+  /// Returns the folder at a path, making it and those above it if needed. None may be a file.
   NodeId reachFolder(std::string_view path);
   void setPart(NodeId file, model::PartId part);
 
@@ -118,7 +118,7 @@ class TreeWalk {
   /// Goes to the next one; false at the end.
   bool next();
   NodeId node() const { return node_; }
-  /// Its path; good until next().
+  /// Its path; valid until next().
   std::string_view path() const { return path_; }
 
  private:

@@ -113,9 +113,9 @@ void FolderCursor::parkShallowest() {
   ++firstOpen_;
 }
 
-// Going up by ".." takes one step a level, where walking down again from the destination would make
-// deep trees take time that grows with the square of the depth. ".." of a folder that somebody has
-// moved leads elsewhere, hence the check.
+// Going up by ".." takes one step per level, where walking down again from the destination would
+// make deep trees take time that grows with the square of the depth. ".." of a folder that somebody
+// has moved leads elsewhere, hence the check.
 void FolderCursor::reopenFromBelow(std::size_t level) {
   Level& parked = levels_[level];
   FileDescriptor folder(openFolder(levels_[level + 1].descriptor.get(), ".."));

@@ -25,7 +25,7 @@ class FolderCursor {
 
   /// Opens the folder and those above it. The descriptor stays open until the next call; -1 stands
   /// for a folder that is not there (Missing::Report). Throws Exception, naming it, when a file or
-  /// a link is in the place of a folder. Going through folders depth first opens each once.
+  /// a link is where a folder should be. Going through folders depth first opens each once.
   int enter(NodeId folder);
   /// How many folders below the destination it has opened so far; depth first, each counts once.
   std::size_t opened() const { return opened_; }

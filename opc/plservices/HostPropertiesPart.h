@@ -26,7 +26,7 @@ struct HostPropertiesPart {
   std::u16string contentTypeFriendlyName;
   std::u16string korvanRelease;
 
-  /// Takes what it finds: elements that are missing read as empty, others are passed over. Throws
+  /// Takes what it finds: missing elements read as empty, unknown ones are ignored. Throws
   /// InvalidXMLDocument.
   static HostPropertiesPart read(InputStream& stream);
   /// Throws InvalidXMLDocument for text that XML cannot carry, before a byte is handed to `stream`.

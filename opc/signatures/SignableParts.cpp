@@ -46,12 +46,12 @@ std::vector<SignablePart> signableParts(Package& package) {
   std::vector<SignablePart> parts;
   package.visitParts("", [&](PartId part) {
     parts.push_back({partNameOf(package.itemNameOf(part)),
-                     package.contentTypeOf(part).withoutBlanks(),
+                     package.contentTypeOf(part).withoutSpaces(),
                      {},
                      part});
   });
   for (model::RelationshipsItem& item : package.relationshipsItems()) {
-    std::string type = package.typeOfRelationshipsItem(item.name).withoutBlanks();
+    std::string type = package.typeOfRelationshipsItem(item.name).withoutSpaces();
     parts.push_back({partNameOf(item.name), std::move(type), std::move(item.name), item.stored});
   }
   std::sort(parts.begin(), parts.end(),
@@ -75,7 +75,7 @@ std::optional<PartReference> parseReference(const std::string& uri) {
   try {
     const std::string type = model::percentDecodePath(uri.substr(query + kQuery.size()));
     return PartReference{partNameOf(std::string_view(uri).substr(1, query - 1)),
-                         ContentType::fromAscii(type).withoutBlanks()};
+                         ContentType::fromAscii(type).withoutSpaces()};
   } catch (const Exception&) {
     return std::nullopt;
   }

@@ -54,7 +54,7 @@ ItemKind kindOfAttributes(const CentralHeader& header) {
 
 }  // namespace
 
-// Who calls a link "d/" means it to be taken for a folder.
+// A link named "d/" is meant to be taken for a folder.
 ItemKind itemKindOf(std::string_view name, const CentralHeader& header) {
   const ItemKind kind = kindOfAttributes(header);
   if (name.ends_with('/')) return kind == ItemKind::File ? ItemKind::Folder : kind;

@@ -99,7 +99,7 @@ const std::string& requirePath(const std::string& bytes) {
   return bytes;
 }
 
-// A folder, or a device, cannot be replaced by a file; a file only with leave.
+// A folder, or a device, cannot be replaced by a file; a file only if that is allowed.
 void requireFreePlace(const std::string& path, bool replaceExisting) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
@@ -137,7 +137,7 @@ struct ZipPhysicalPackage::Session {
   OpenMode mode = OpenMode::Read;
   std::optional<PackageTarget> target;         // when it may be written
   std::unique_ptr<detail::OpenedPackage> old;  // null for a new package
-  std::vector<bool> removed;                   // an element an item of `old`
+  std::vector<bool> removed;                   // one element per item of `old`
   std::unique_ptr<detail::PendingStore> store;
   std::deque<detail::AddedItem> added;
 

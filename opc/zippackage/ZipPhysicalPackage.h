@@ -27,8 +27,7 @@ struct WriteOptions {
   interfaces::ProgressFunction progress = nullptr;
   /// The progress counts the items whose names begin so, but the bytes of all.
   std::string counted = {};
-  /// Where to have a second thread from, which packs new items with the first. May be empty; what
-  /// is written is the same.
+  /// Starts a second thread, which packs new items, too. May be empty; what is written is the same.
   interfaces::BackgroundStarter background = nullptr;
   /// Called with the path of the new file once it is written, before it takes its place. When it
   /// throws, the new file is gone and what was there stays. May be empty.

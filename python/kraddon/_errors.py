@@ -10,7 +10,7 @@ from typing import Any
 class Error(OSError):
     """Something failed. The text is the sentence that the command prints.
 
-    `path` is the file of the disk that the call was about, `part` the path or document in the
+    `path` is the file on disk that the call was about, `part` the path or document in the
     package; either may be None.
     """
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The native module, for the Python layer alone. Paths of the disk are bytes, those in a package
+# The native module, for the Python layer alone. Paths on disk are bytes, those in a package
 # text; results of commands are their JSON.
 from typing import Any
 

@@ -150,7 +150,7 @@ class Package:
         self._native.remove_screenshot()
 
     def set_screenshot(self, path: StrPath) -> None:
-        """Stores an image file of the disk, whose name says what it is."""
+        """Stores an image file on disk, whose name says what it is."""
         self._native.set_screenshot(disk_path(path))
 
     # The file tree.
@@ -194,7 +194,7 @@ class Package:
         return self._native.readinto(text_path(path), buffer)
 
     def add(self, source: StrPath, path: str, replace: bool = False) -> None:
-        """Adds a file of the disk, which is read when the package is closed."""
+        """Adds a file on disk, which is read when the package is closed."""
         self._native.add(disk_path(source), text_path(path), replace)
 
     def add_bytes(self, data: bytes | bytearray | memoryview, path: str,
@@ -205,7 +205,7 @@ class Package:
         self._native.add_bytes(bytes(data), text_path(path), replace)
 
     def add_folder(self, source: StrPath, into: str = "") -> None:
-        """Adds all files and empty folders below a folder of the disk, without those that its
+        """Adds all files and empty folders below a folder on disk, without those that its
         .kraddonignore names."""
         self._native.add_folder(disk_path(source), text_path(into).strip("/"))
 
@@ -223,13 +223,13 @@ class Package:
 
     def extract_all(self, destination: StrPath, overwrite: bool = False, *,
                     progress: Progress | None = None) -> None:
-        """Writes the file tree below a folder of the disk, which is made if it is missing."""
+        """Writes the file tree below a folder on disk, which is made if it is missing."""
         self._native.extract("", disk_path(destination), overwrite, progress)
 
     def extract(self, path: str, destination: StrPath, overwrite: bool = False, *,
                 progress: Progress | None = None) -> None:
         """Writes a file, or a folder with everything below it, under its full path below a folder
-        of the disk."""
+        on disk."""
         self._native.extract(text_path(path).rstrip("/"), disk_path(destination), overwrite,
                              progress)
 

@@ -4,7 +4,7 @@ import os
 import typing
 from typing import Callable, Union
 
-# A path of the disk.
+# A path on disk.
 StrPath = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 # Called with the bytes that are done and the bytes in total.
 Progress = Callable[[int, int], object]

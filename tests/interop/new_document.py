@@ -69,7 +69,7 @@ def build_program(folder):
     words = shlex.split(commands[-1].removeprefix(": && ").removesuffix(" && :"))
     program = folder / "kraddon"
     words[words.index("-o") + 1] = str(program)
-    words.insert(words.index("-o"), str(made))  # in the place of what is in the library
+    words.insert(words.index("-o"), str(made))  # replaces what is in the library
     words.append(f"-Wl,-rpath,{BUILD / 'lib'}")
     subprocess.run(words, cwd=BUILD, check=True)
     return program

@@ -156,7 +156,7 @@ TEST(Text, KnowsLettersDigitsAndBlanksOfAsciiOnly) {
     const char c = static_cast<char>(byte);
     if (isAsciiLetter(c)) letters += c;
     if (isAsciiDigit(c)) digits += c;
-    if (isAsciiBlank(c)) blanks += c;
+    if (isAsciiSpace(c)) blanks += c;
     EXPECT_EQ(isAsciiLetterOrDigit(c), isAsciiLetter(c) || isAsciiDigit(c)) << byte;
   }
 

@@ -101,7 +101,7 @@ std::string destinationOf(const line::Invocation& invocation) {
   return name;
 }
 
-/// `folders` are those that come into being, whether they are among the items or above them.
+/// `folders` are those that will be made, whether they are among the items or above them.
 void checkLimits(const std::vector<Item>& items, std::uint64_t folders,
                  const line::Invocation& invocation) {
   const auto fail = [&](const std::string& why) {

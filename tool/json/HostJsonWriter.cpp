@@ -23,7 +23,7 @@ bool hasFieldLikeClassKey(const kxArray* array) {
   return false;
 }
 
-/// Whether the short form of a struct array, one object an element, reads back the same.
+/// Whether the short form of a struct array, one object per element, reads back the same.
 bool isShortStruct(const kxArray* array) {
   return isRow(array) && kxGetNumberOfElements(array) > 0 && !hasFieldLikeClassKey(array);
 }

@@ -132,7 +132,7 @@ _kraddon() {
     _kraddon_quote
     return 0
   fi
-  # It also adds the slash to folders of the disk.
+  # It also adds the slash to folders on disk.
   for i in "${!COMPREPLY[@]}"; do
     [[ ${COMPREPLY[i]} == */ && -d ${COMPREPLY[i]} ]] && COMPREPLY[i]=${COMPREPLY[i]%/}
   done

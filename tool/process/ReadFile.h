@@ -12,7 +12,7 @@ namespace tool::process {
 /// ends the wait for it. Throws Failure when it cannot be read or holds more than `limit` bytes.
 std::string readInput(const std::string& path, std::size_t limit);
 
-/// Opens a file or pipe to be read. An interrupt ends the wait for who is to write into a pipe.
+/// Opens a file or pipe to be read. An interrupt ends the wait for the writer of a pipe.
 /// Throws Failure.
 opc::FileDescriptor openInput(const std::string& path);
 

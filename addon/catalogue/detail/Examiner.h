@@ -63,7 +63,7 @@ class Examiner {
   opc::interfaces::BackgroundStarter starter_;
 };
 
-/// A refusal of a file, with so many findings as are kept.
+/// A refusal of a file, with as many findings as are kept.
 Refusal refusalOf(const std::string& file, std::string reason, checks::PackageVerdict verdict = {});
 
 }  // namespace addon::catalogue::detail

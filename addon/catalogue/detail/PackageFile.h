@@ -14,7 +14,7 @@ namespace addon::catalogue::detail {
 /// somebody may change meanwhile. Throws opc::Exception.
 class PackageFile {
  public:
-  /// Opens and hashes a file of the disk, a regular one that is not too large. `stop` may be empty.
+  /// Opens and hashes a file on disk, a regular one that is not too large. `stop` may be empty.
   PackageFile(SiteFiles& files, const std::string& path, const opc::interfaces::StopFunction& stop);
   /// Removes what was not put in place.
   ~PackageFile();

@@ -149,8 +149,8 @@ bool hasPassword(std::string_view line) {
   const std::size_t word = line.find(kWord);  // of a .netrc
   if (word == line.npos || line.starts_with('#')) return false;
   const std::string_view rest = line.substr(word + kWord.size());
-  const bool isWord = (word == 0 || opc::isAsciiBlank(line[word - 1])) && !rest.empty() &&
-                      opc::isAsciiBlank(rest.front());
+  const bool isWord = (word == 0 || opc::isAsciiSpace(line[word - 1])) && !rest.empty() &&
+                      opc::isAsciiSpace(rest.front());
   const std::string_view value = text::trimmed(rest);
   return isWord && !value.empty() && !value.starts_with('=');
 }

@@ -44,7 +44,7 @@ void writeValue(HtmlWriter& html, const ConstRecord& record, const Field& field)
   }
 }
 
-/// A table of one row a record, the first column its heading.
+/// A table of one row per record, the first column its heading.
 void writeRecords(HtmlWriter& html, std::string_view caption, const ConstRecord& record,
                   const Field& list) {
   if (record.isEmpty(list)) return;

@@ -24,7 +24,7 @@ std::string normalized(std::string_view text) {
   result.reserve(text.size());
   for (const char c : text) {
     if (kMarks.find(c) != kMarks.npos) continue;
-    if (!isAsciiBlank(c)) {
+    if (!isAsciiSpace(c)) {
       result += opc::toLowerAscii(c);
     } else if (!result.empty() && result.back() != ' ') {
       result += ' ';

@@ -176,7 +176,7 @@ class ItemDataCheck {
     return zippackage::ExtraFieldWalk::find(extra, zippackage::Zip64Extra::kId).has_value();
   }
 
-  // Who reads from the front has to search stored data of unknown size for their end.
+  // Programs that read from the front have to search stored data of unknown size for their end.
   void checkDescriptor(std::uint32_t entry, const ItemReading& reading) {
     const zippackage::LocalHeader& header = reading.header;
     if ((header.flags & zippackage::kFlagDescriptor) == 0) return;

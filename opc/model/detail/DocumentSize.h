@@ -31,14 +31,14 @@ class DocumentSize {
   ElementSize taken_;
 };
 
-/// Whether an attribute's value of that many bytes in UTF-8 is read again.
+/// Whether an attribute's value of that many bytes in UTF-8 can be read back.
 bool isReadableLength(std::size_t length);
 
 /// ErrorCode::TooLarge: "`what` has N bytes, ...", and "`what`: there is no room ...".
 Exception unreadableLength(const std::string& what, std::size_t length);
 Exception noRoom(const std::string& what);
 
-/// Throws ErrorCode::TooLarge, naming `what`, for a document that would not be read again.
+/// Throws ErrorCode::TooLarge, naming `what`, for a document that could not be read back.
 void requireReadableDocument(std::string_view xml, const std::string& what);
 
 }  // namespace opc::model::detail

@@ -57,7 +57,7 @@ void checkText(std::u16string_view text, Where where) {
   }
 }
 
-// A prefix that stands for no namespace would be written, and not be read again.
+// A prefix that stands for no namespace would be written, but could not be read back.
 void checkName(const DOMNode& node, const DOMNode& element) {
   const std::u16string_view name = domText(node.getNodeName());
   if (node.getNamespaceURI() != nullptr) return;

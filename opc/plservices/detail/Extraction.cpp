@@ -149,7 +149,7 @@ std::vector<model::PartId> Extraction::parts() const {
   return parts;
 }
 
-// Read before it is made: a small file that is damaged never comes to be.
+// Read before it is made: a small file that is damaged is never created.
 void Extraction::writeFile(NodeId file, ReadAhead& reader, int folder) {
   PartBlock block = reader.read();
   NewFile target(

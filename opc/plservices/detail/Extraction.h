@@ -19,13 +19,13 @@
 
 namespace opc::plservices::detail {
 
-/// Writes files and folders of a tree below a folder of the disk; see FileSystemManager::extract.
+/// Writes files and folders of a tree below a folder on disk; see FileSystemManager::extract.
 /// For one use.
 class Extraction {
  public:
   Extraction(model::Package& package, FileTree& tree, std::string destination, RestoreMode mode);
 
-  /// Where to have a second thread from, which reads while this one writes. May be empty.
+  /// Starts a second thread, which reads while this one writes. May be empty.
   void setBackground(interfaces::BackgroundStarter starter) { background_ = std::move(starter); }
   void setFreeSpaceQuery(FreeSpaceQuery query) { freeSpace_ = std::move(query); }
 

@@ -15,7 +15,7 @@ namespace opc::plservices::detail {
 /// Some of a part's bytes.
 struct PartBlock {
   model::PartInfo info;                 ///< of the part
-  std::span<const unsigned char> data;  ///< good until the next block
+  std::span<const unsigned char> data;  ///< valid until the next block
   bool isLast = false;                  ///< of its part
 };
 

@@ -58,7 +58,8 @@ class ReadAhead {
   std::size_t ahead_ = 0;       // their bytes
   std::exception_ptr failure_;  // of the helper itself
   bool isStopped_ = false;
-  std::unique_ptr<interfaces::BackgroundTask> helper_;  // last made, first gone
+  std::unique_ptr<interfaces::BackgroundTask>
+      helper_;  // declared last, so that it is destroyed first
 };
 
 }  // namespace opc::plservices::detail

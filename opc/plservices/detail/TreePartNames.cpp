@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kMaxExtension = 32;
 
 std::optional<model::PartName> plainName(std::string_view path) {
-  // Names like these a reader would not trust, coming from strangers.
+  // A reader would not trust names like these in a package of unknown origin.
   if (hasControlCharacter(path) || path.find('\\') != std::string_view::npos) return std::nullopt;
   const std::string itemName = std::string(kFilesFolder) + model::percentEncodePath(path);
   if (findUnpackingFault(itemName) != nullptr || model::findNameFault(itemName) != nullptr) {

@@ -9,7 +9,7 @@
 
 namespace opc::zippackage::detail {
 
-/// A local header in the place of another one.
+/// A local header that replaces another one.
 struct AlignedHeader {
   std::vector<unsigned char> bytes;  ///< with name and extra fields
   std::uint64_t oldSize = 0;         ///< of the header that it replaces

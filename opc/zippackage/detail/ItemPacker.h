@@ -35,7 +35,7 @@ class ItemPacker {
   bool read(InputStream& stream, const interfaces::IContentSource& source);
   /// What was read last.
   Bytes begun() const { return {input_.data(), size_}; }
-  /// Packs it. The result is good until the next call.
+  /// Packs it. The result is valid until the next call.
   PackedItem pack(int level, const interfaces::IContentSource& source);
 
  private:

@@ -25,7 +25,7 @@ class PackAhead {
             const interfaces::PackedContents::Test& test,
             const interfaces::BackgroundStarter& starter);
 
-  /// The next item, good until the next call, unpacked if its content was packed before. Nothing
+  /// The next item, valid until the next call, unpacked if its content was packed before. Nothing
   /// when it is too large to be packed in memory.
   /// Throws what its source throws.
   std::optional<PackedItem> take();
@@ -57,7 +57,7 @@ class PackAhead {
   const interfaces::PackedContents::Test& test_;
   ItemPacker packer_;  // of a thread that works alone
   std::size_t taken_ = 0;
-  Work work_;  // last made, first gone
+  Work work_;  // declared last, so that it is destroyed first
 };
 
 }  // namespace opc::zippackage::detail

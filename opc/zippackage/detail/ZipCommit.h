@@ -11,7 +11,7 @@
 
 namespace opc::zippackage::detail {
 
-/// Puts a new package file in the place of an old one, or of nothing, in one step.
+/// Replaces a package file, or makes a new one, in one step.
 ///
 /// Either everything is done, or what was there is there still and the temporary file is gone. The
 /// one case between: the new file is in place, but the folder could not be flushed.

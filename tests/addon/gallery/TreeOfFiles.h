@@ -14,7 +14,7 @@ struct PageFile {
   bool isFolder = false;
 };
 
-/// A tree of files without contents; folders above them come into being.
+/// A tree of files without contents; folders above them are made.
 class TreeOfFiles {
  public:
   explicit TreeOfFiles(const std::vector<PageFile>& files) {

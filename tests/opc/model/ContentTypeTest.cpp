@@ -112,7 +112,7 @@ TEST(ContentType, KeepsWhatWasGiven) {
 }
 
 TEST(ContentType, WithoutBlanksKeepsThoseInQuotes) {
-  EXPECT_EQ(type("a/b ; c=\"x ; \\\" y\" ;\td=e").withoutBlanks(), "a/b;c=\"x ; \\\" y\";d=e");
+  EXPECT_EQ(type("a/b ; c=\"x ; \\\" y\" ;\td=e").withoutSpaces(), "a/b;c=\"x ; \\\" y\";d=e");
 }
 
 TEST(ContentType, OfOneProductIsParticular) {

@@ -112,7 +112,7 @@ const StreamCase kStreams[] = {
     {"<Types @><Override PartName='/a/' ContentType='x/y'/></Types>", "CT-5"},
     {"<Types @><Override PartName='/a b' ContentType='x/y'/></Types>", "CT-5"},
     {"<Types @><Override PartName='/[Content_Types].xml' ContentType='x/y'/></Types>", "CT-5"},
-    // Doubles.
+    // Duplicates.
     {"<Types @>^<Default Extension='A' ContentType='x/y'/></Types>", "CT-6"},
     {"<Types @>^<Override PartName='/a' ContentType='x/y'/></Types>", ""},
     {"<Types @><Override PartName='/a' ContentType='x/y'/>"

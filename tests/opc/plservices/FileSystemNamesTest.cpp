@@ -7,7 +7,7 @@
 
 #include "tests/opc/plservices/ScratchTree.h"
 
-// Names that part names cannot say, and what strangers put into packages.
+// Names that part names cannot express, and what other programs put into packages.
 
 namespace {
 

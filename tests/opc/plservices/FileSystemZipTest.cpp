@@ -190,7 +190,7 @@ TEST_P(FileSystemZipDamage, IsFoundTheFileNamedAndNothingOfItLeft) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, FileSystemZipDamage, testing::Values(1000, 17u << 20));
 
-// Deflated, these would take a hundred bytes, and the package could not be read again.
+// Deflated, these would take a hundred bytes, and the package could not be read back.
 TEST_F(FileSystemZip, AThousandFoldersInsideEachOtherAndMoreComeBack) {
   std::string deep = "d";
   for (int level = 0; level < 20'000; ++level) deep += "/d";

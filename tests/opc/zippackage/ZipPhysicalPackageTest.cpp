@@ -486,7 +486,7 @@ TEST_F(ZipPackages, OfOtherProgramsAreReadAndChanged) {
             "None b'gr\\xc3\\xbcn/b.txt' ['wide', 'new'] b'note'\n");
 }
 
-TEST_F(ZipPackages, ReplaceAnExistingFileOnlyWithLeave) {
+TEST_F(ZipPackages, ReplaceAnExistingFileOnlyIfAllowed) {
   test::writeFile(path(), "old");
   auto package = test::packageAt(path(), false);
   EXPECT_NE(test::errorOf([&] { package.open(OpenMode::Create); }), "");

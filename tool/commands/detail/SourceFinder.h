@@ -21,7 +21,7 @@ class SourceFinder {
   bool leavesOut(const std::string& path, bool isFolder) const;
   bool isPackage(const std::string& diskPath) const;
 
-  /// Appends what lies below `folder` of the disk, to go below `place` in the package ("" is the
+  /// Appends what lies below `folder` on disk, to go below `place` in the package ("" is the
   /// top). Patterns in the folder's own .kraddonignore count for it. Throws BuildError as walkTree
   /// does.
   void collect(const std::string& folder, const std::string& place,
