@@ -45,7 +45,7 @@ class ChangeFindings(kraddontest.CliTest):
         self.refuses("set", "p.kraddon", "properties", "name=",
                      findings=["error KR309: the add-on has no name"],
                      message="cannot change 'p.kraddon': it would have 1 new error",
-                     hint="--no-verify changes it all the same")
+                     hint="--no-verify makes the change anyway")
         self.ok("set", "p.kraddon", "properties", "name=", "--no-verify")
         self.assertEqual(self.ok("get", "p.kraddon", "properties").json["name"], "")
         self.ok("set", "p.kraddon", "properties", "summary=it can be repaired step by step")
@@ -54,7 +54,7 @@ class ChangeFindings(kraddontest.CliTest):
         words, kw = self.set("apps", [dict(APPS[0], relativePath="none.m")])
         self.refuses(*words, **kw, findings=["error KR401: /metadata/applications.xml:1: "],
                      message="cannot change 'p.kraddon': it would have 1 new error",
-                     hint="--no-verify changes it all the same")
+                     hint="--no-verify makes the change anyway")
         self.ok(*words, "--no-verify", **kw)
         # The whole document is new, even where it says what it said before.
         worse = [dict(APPS[0], relativePath="none.m"), dict(APPS[0], name="Other", guid="x")]
@@ -62,7 +62,7 @@ class ChangeFindings(kraddontest.CliTest):
         self.refuses(*words, **kw, findings=["error KR401: /metadata/applications.xml:1: ",
                                              "warning KR505: /metadata/applications.xml:1: "],
                      message="cannot change 'p.kraddon': it would have 1 new error",
-                     hint="--no-verify changes it all the same")
+                     hint="--no-verify makes the change anyway")
         words, kw = self.set("apps", APPS)
         self.ok(*words, **kw)
 

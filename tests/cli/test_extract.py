@@ -180,7 +180,7 @@ class Extract(kraddontest.CliTest):
                          FILES["z.bin"])
         for words in ([], ["lib"], ["lib/void"], ["a.m", "z.bin"]):
             result = self.fails("extract", "p.kraddon", *words, "--stdout")
-            self.assertIn("--stdout takes one file", result.errors)
+            self.assertIn("--stdout needs exactly one file", result.errors)
         self.misused("extract", "p.kraddon", "a.m", "--stdout", "-d", "x",
                      message="bad option '--stdout': it cannot be combined with --directory")
 

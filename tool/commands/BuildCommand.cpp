@@ -115,7 +115,7 @@ constexpr line::CommandSpec kBuildCommand{
     .description =
         "Packs the files of FOLDER as its manifest, kraddon.toml, describes. Everything that the "
         "manifest names must exist. The package is checked as 'verify' does before it is put in "
-        "place: errors, to which secrets (KR509) belong here, stop the build, and so do warnings "
+        "place: errors stop the build, including secrets (KR509), and so do warnings "
         "with --strict. --ignore, --error and --warn add to the table [verify] of the manifest. "
         "Each finding names the line of the manifest, or the file of the project, that it comes "
         "from; --format github and sarif print them to standard output. "

@@ -134,7 +134,8 @@ constexpr line::CommandSpec kCreateCommand{
     .description =
         "Adds every file and every empty folder below FOLDER under its relative path. Files that "
         "match a pattern in FOLDER/.kraddonignore are left out. Files keep their modification "
-        "times unless --timestamp, or SOURCE_DATE_EPOCH in the environment, sets another.",
+        "times unless --timestamp, or SOURCE_DATE_EPOCH in the environment, sets another. Nothing "
+        "is created if 'verify' would find an error in the description of the add-on.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

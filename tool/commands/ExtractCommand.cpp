@@ -12,6 +12,7 @@
 #include "addon/comparison/Contents.h"
 #include "addon/comparison/OtherContent.h"
 #include "opc/Exception.h"
+#include "text/ByteCount.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
@@ -148,9 +149,9 @@ void checkExisting(const std::vector<ExistingFile>& existing, std::vector<Item>&
 
 void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
   if (items.size() != 1 || items[0].isFolder()) {
-    const std::string chosen = items.empty() ? "/" : items[items.size() - 1].path;
     throw process::Failure(
-        process::sentence("cannot write", chosen, "--stdout takes one file and nothing else"));
+        fmt::format("cannot write to standard output: --stdout needs exactly one file, not {}",
+                    items.size() == 1 ? "a folder" : text::counted(items.size(), "file")));
   }
   const auto stream = openItem(package, items[0]);
   std::vector<unsigned char> buffer(std::size_t{256} << 10);

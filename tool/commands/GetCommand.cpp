@@ -49,7 +49,8 @@ constexpr line::CommandSpec kGetCommand{
     .summary = "prints one document as JSON",
     .description =
         "The JSON is the host struct of the document: an array for apps, examples and revisions, "
-        "an object for the others. Flags are the texts \"true\" and \"false\"; fields that are not "
+        "an object for the others. Flags are the strings \"true\" and \"false\"; fields that are "
+        "not "
         "set are null. A document that is not in the package is printed with empty values, as the "
         "host reads it.",
     .operands = kOperands,

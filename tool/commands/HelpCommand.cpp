@@ -17,7 +17,7 @@ std::vector<std::string> subjects() {
   return names;
 }
 
-constexpr std::array kOperands{line::OperandSpec{.name = "COMMAND",
+constexpr std::array kOperands{line::OperandSpec{.name = "COMMAND|TOPIC",
                                                  .help = "a command, or 'manifest', 'patterns' or "
                                                          "'findings' (default: list all commands)",
                                                  .isRequired = false,

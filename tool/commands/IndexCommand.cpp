@@ -49,17 +49,16 @@ constexpr std::array kOptions{
                      .isRepeatable = true},
     line::OptionSpec{.longName = "yank",
                      .valueName = "GUID@VERSION",
-                     .help = "mark a version as not to be used",
+                     .help = "mark a version as withdrawn, without deleting it",
                      .isRepeatable = true},
     line::OptionSpec{.longName = "unyank",
                      .valueName = "GUID@VERSION",
-                     .help = "take such a mark back",
+                     .help = "undo --yank",
                      .isRepeatable = true},
     line::OptionSpec{.longName = "link", .help = "make hard links to the packages, not copies"},
     detail::kTrustOption,
     line::OptionSpec{.longName = "require-signature", .help = "refuse packages without signature"},
-    line::OptionSpec{.longName = "rebuild",
-                     .help = "make everything anew from the packages of the site"},
+    line::OptionSpec{.longName = "rebuild", .help = "rebuild the site from its packages"},
     line::OptionSpec{.longName = "collect",
                      .help = "remove files that no root has named for a day"},
     line::OptionSpec{.longName = "timestamp",
@@ -215,8 +214,7 @@ UpdateResult update(UpdateRequest& request, const line::Invocation& invocation) 
   try {
     return addon::catalogue::updateSite(request);
   } catch (const addon::catalogue::BrokenSite& error) {
-    throw process::Failure(error.what(),
-                           "'kraddon index --rebuild' makes it anew from its packages");
+    throw process::Failure(error.what(), "'kraddon index --rebuild' rebuilds it from its packages");
   }
 }
 
@@ -245,20 +243,21 @@ constexpr line::CommandSpec kIndexCommand{
     .name = "index",
     .summary = "makes a site of many packages, or changes it",
     .description =
-        "Verifies packages and adds them to SITE, a folder that any web server can serve: the "
-        "packages, a page of each, a list of all, and their records for other programs. Packages "
-        "below a folder are those whose names end in .kraddon. A package with an error, one whose "
-        "GUID and version the site has in another package, and all that have the same GUID and "
-        "version are refused and named; the others are added, and the exit code is 1. A package "
-        "that the site has changes nothing.\n"
+        "Verifies packages and adds them to SITE, a folder that any web server can serve. It holds "
+        "the packages, a page for each version, a list of all add-ons, and records for other "
+        "programs. Of a folder, all files whose names end in .kraddon are added. Refused are "
+        "packages with an error, packages whose GUID and version the site already has with other "
+        "content, and packages of one run that share GUID and version. Refusals are reported, the "
+        "other packages are added, and the exit code is 1. A package that the site already has is "
+        "skipped.\n"
         "\n"
-        "A yanked version stays, but is neither found nor shown as the newest. Removed versions "
-        "are no longer named; --collect removes their files after a day. --rebuild makes "
-        "everything anew if a file of the site is lost or damaged.\n"
+        "A yanked version stays in the site, but is not listed, found, or counted as the newest. "
+        "Removed versions are no longer listed; --collect deletes their files after a day. "
+        "--rebuild recreates lost or damaged files from the packages.\n"
         "\n"
-        "A reader of the site sees it as it was or as it is, and so does one after a failure. A "
-        "package may have at most 2 GB, 16 GB unpacked, 200,000 entries, and 256 kB of texts in "
-        "its record.",
+        "Readers see the site as it was before a change or after it, never in between, even if the "
+        "command fails. A package may be at most 2 GB large, unpack to at most 16 GB, and have at "
+        "most 200,000 entries; its record may have at most 256 kB of JSON.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -116,7 +116,7 @@ constexpr line::CommandSpec kMvCommand{
     .name = "mv",
     .summary = "renames or moves a file or folder",
     .description =
-        "Paths in the documents that name it, or something below it, change with it. Missing "
+        "Paths in documents that refer to it, or to something below it, are updated. Missing "
         "parent folders are created. Nothing is ever replaced: if the new path already exists, "
         "and is not a folder to move into, nothing is changed.",
     .operands = kOperands,

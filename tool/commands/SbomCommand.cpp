@@ -90,12 +90,12 @@ constexpr line::CommandSpec kSbomCommand{
     .name = "sbom",
     .summary = "prints a software bill of materials",
     .description =
-        "The document is JSON. It names the add-on with version, supplier and license, every file "
-        "with its SHA-256, and the requirements as dependencies. SPDX also has the SHA-1 of each "
-        "file. A license that is not an expression of SPDX becomes a LicenseRef with the text of "
-        "the package. The same package gives the same bytes: the time is that of the package's "
-        "last change, and identifiers derive from the content digest. Signing changes nothing in "
-        "it.",
+        "The document is JSON. It lists the add-on with its version, supplier and license, every "
+        "file with its SHA-256, and the requirements as dependencies. SPDX also has the SHA-1 of "
+        "each file. A license that is not an SPDX expression becomes a LicenseRef with the license "
+        "text. The same package gives the same bytes: the time is the modification time in the "
+        "core properties, and identifiers derive from the content digest. Signing a package does "
+        "not change its bill of materials.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -119,12 +119,11 @@ constexpr line::CommandSpec kScreenshotCommand{
     .name = "screenshot",
     .summary = "stores or extracts the screenshot",
     .description =
-        "With IMAGE, a PNG, GIF, TIFF, BMP or JPEG file whose name says the same, stores it as the "
-        "screenshot and the "
-        "thumbnail of the package, replacing an earlier one. Without IMAGE, writes the stored "
-        "image, byte for byte, to FILE, which is replaced. Without -o, the file has the package's "
-        "base name and the extension of the image's format, and must not exist; what is not an "
-        "image is refused.",
+        "With IMAGE, stores it as the screenshot and the thumbnail of the package, replacing any "
+        "earlier one. IMAGE is a PNG, GIF, TIFF, BMP or JPEG file with the matching extension. "
+        "Without IMAGE, writes the stored image unchanged to the file given with -o, replacing it. "
+        "Without -o, the file is named after the package, with the extension of the image's "
+        "format, and must not exist; a stored screenshot that is not an image is then refused.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

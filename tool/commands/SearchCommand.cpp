@@ -31,7 +31,8 @@ constexpr std::array kOptions{
     detail::kJsonOption};
 
 constexpr std::array kExamples{
-    line::ExampleSpec{"kraddon search site wave", "lists the add-ons that have a word with 'wave'"},
+    line::ExampleSpec{"kraddon search site wave",
+                      "lists the add-ons that have a word beginning with 'wave'"},
     line::ExampleSpec{"kraddon search site author:lind spectr",
                       "the same of one author; both words must be there"},
     line::ExampleSpec{"kraddon search site requires:signal --json",
@@ -89,10 +90,10 @@ constexpr line::CommandSpec kSearchCommand{
     .description =
         "Prints the add-ons that have all words, the best first: name, version, author and "
         "summary, with tabs between them. A word matches the beginning of any word of the name, "
-        "the summary, the description or the author; upper and lower case and accents do not "
-        "count. name:, author: and requires: in front of a word narrow it to the name, the author "
-        "and organization, or what the add-on needs. Everything else is text. Of each add-on, only "
-        "the newest version that is not yanked counts. SITE is a folder made by 'kraddon index'.",
+        "summary, description, author, organization or requirements; case and accents are ignored. "
+        "The prefixes name:, author: and requires: limit a word to the name, to the author and "
+        "organization, or to the requirements. No other syntax is special. Only the newest version "
+        "of an add-on that is not yanked is searched. SITE is a folder made by 'kraddon index'.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -74,7 +74,7 @@ bool isAssignment(std::string_view word) {
 }
 
 /// The text that a word after '=' stands for: "@FILE" is the text of a file, "@-" standard input,
-/// "@@x" the text "@x". Form feeds become line ends, as in 'build'.
+/// "@@x" the text "@x". Form feeds become newlines, as in 'build'.
 std::string textOf(std::string_view value) {
   std::string text(value);
   if (value.starts_with("@@")) {
@@ -276,11 +276,10 @@ constexpr line::CommandSpec kSetCommand{
     .description =
         "FILE.json has the form that 'get' prints. FIELD=VALUE changes one field of the properties "
         "or the license; FIELD=@FILE takes the text of a file, FIELD=@- standard input, and "
-        "FIELD=@@x "
-        "is the text '@x'. Form feeds become line ends. A file must contain every field, except "
-        "lists of texts and lists within a "
-        "record, which are empty if they are null or missing. Nothing is changed if 'verify' would "
-        "find a new error in the package, unless --no-verify is given; new warnings are printed.",
+        "FIELD=@@x is the text '@x'. Form feeds become newlines. FILE.json must contain every "
+        "field, except lists of strings and lists inside a record: null or missing means an empty "
+        "list. Nothing is changed if 'verify' would find a new error in the package, unless "
+        "--no-verify is given; new warnings are printed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

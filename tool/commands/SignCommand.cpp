@@ -224,11 +224,12 @@ constexpr std::array kExamples{
         "signs with a file that holds both"}};
 
 constexpr const char* kDescription =
-    "Adds a digital signature over every part of the package and every relationship. Nothing else "
-    "is changed, and earlier signatures stay valid. Later changes of the package break it. A "
-    "package in which 'verify' finds an error is refused, and so are keys that do not fit the "
-    "certificate or are too short, and certificates that are not valid at the time of the "
-    "signature, which is --timestamp or now.\n"
+    "Adds a digital signature over every part of the package and every relationship. Apart from "
+    "the parts, content types and relationships of signatures, nothing is changed, and earlier "
+    "signatures stay valid. Later changes of the package break the signature. A package in which "
+    "'verify' finds an error is refused, and so are keys that do not match the certificate or are "
+    "too short, and certificates that are not valid at the time of the signature, which is "
+    "--timestamp, SOURCE_DATE_EPOCH in the environment, or the current time.\n"
     "\n"
     "The passphrase of an encrypted key comes from --passphrase-file or from the environment "
     "variable KRADDON_PASSPHRASE. RSA keys have 2048 bits or more, ECDSA keys are on the curves "

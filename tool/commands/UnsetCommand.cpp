@@ -119,12 +119,10 @@ constexpr line::CommandSpec kUnsetCommand{
     .name = "unset",
     .summary = "removes documents or the screenshot",
     .description =
-        "Removing the screenshot also removes the thumbnail that shows it, and frees the ids of "
-        "its "
-        "relationships if others have them. The properties cannot "
-        "be removed. If one of the documents is not there, nothing is changed. Nor is "
-        "anything if 'verify' would find a new error in the package, unless --no-verify is given; "
-        "new warnings are printed.",
+        "Removing the screenshot also removes the thumbnail that shows it. A relationship that "
+        "uses an id reserved for the screenshot gets another id. The properties cannot be removed. "
+        "Nothing is changed if one of the documents does not exist, or if 'verify' would find a "
+        "new error in the package, unless --no-verify is given; new warnings are printed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -40,7 +40,7 @@ constexpr line::CommandSpec kUnsignCommand{
     .summary = "removes the signatures of a package",
     .description =
         "Removes all signatures, valid or not, with the parts that carry them. Nothing "
-        "else is changed, and nothing at all in a package without signatures.",
+        "else is changed. A package without signatures is left as it is.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

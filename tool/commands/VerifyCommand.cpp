@@ -69,7 +69,8 @@ constexpr const char* kDescription =
     "of "
     "the findings: with options, with the table [verify] of the add-on's manifest, or with a "
     "policy, "
-    "a file with that table alone. --ignore goes before --error, and --error before --warn.\n"
+    "a file with that table alone. --ignore takes precedence over --error, and --error over "
+    "--warn.\n"
     "\n"
     "Signatures are checked if there are any. With --trust, the chain of every signer's "
     "certificate "
@@ -200,7 +201,7 @@ constexpr std::array kExamples{
     line::ExampleSpec{"kraddon verify --policy gallery.toml *.kraddon",
                       "applies the rules of a gallery"},
     line::ExampleSpec{"kraddon verify --require-signature --trust maker.pem kit.kraddon",
-                      "also fails unless a certificate that is known is behind each signature"},
+                      "also fails unless every signer is trusted"},
     line::ExampleSpec{"kraddon verify --opc --json report.docx",
                       "checks any package that follows the conventions"},
     line::ExampleSpec{"kraddon verify --explain KR101", "explains a finding"}};

@@ -98,12 +98,12 @@ Topic patternsTopic() {
         "",
         {{"*.log", "every name that ends in .log, in any folder"},
          {"a?.m", "'?' is one character, but not '/'"},
-         {"[a-z].m", "one character of a range"},
+         {"[a-z].m", "one character in a range"},
          {"tests/", "every folder with that name, and everything below it"},
-         {"/tests", "only at the top, since there is a '/' in front"},
-         {"docs/*.pdf", "only from the top, since there is a '/' inside; '*' stops at '/'"},
+         {"/tests", "only at the top, because of the leading '/'"},
+         {"docs/*.pdf", "only from the top, because of the '/' inside; '*' stops at '/'"},
          {"docs/**/*.pdf", "at any depth; '**' does not stop at '/'"},
-         {"!keep.log", "takes back what an earlier pattern matches"},
+         {"!keep.log", "cancels earlier patterns for what it matches"},
          {"\\!odd", "'\\' makes the next character literal"}}},
        {"Where they are used",
         "'kraddon build' leaves out what the default excludes, the lines of .kraddonignore, "
@@ -111,7 +111,8 @@ Topic patternsTopic() {
         "chooses what goes in. 'create' and 'add' take --exclude. With --glob, the paths of "
         "'list', 'extract', 'remove' and 'diff' are patterns; one that matches nothing is an "
         "error, unless it begins with '!'. After the id of a finding, as in KR508:docs/**, a "
-        "pattern limits where the finding is ignored. A .gitignore file is not read."}}};
+        "pattern limits a rule to matching paths, in --ignore, --error, --warn and [verify]. A "
+        ".gitignore file is not read."}}};
 }
 
 Topic findingsTopic() {

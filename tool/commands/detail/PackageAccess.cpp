@@ -98,7 +98,7 @@ PackageVerdict changeAndReview(AddonPackage& package, const std::string& path,
   if (rules.replaced != nullptr) review.replaces(*rules.replaced);
   PackageVerdict verdict = review.judge(path);
   if (rules.kind == ReviewRules::Kind::RefuseErrors) {
-    refuseErrors("cannot change", verdict, "--no-verify changes it all the same", invocation);
+    refuseErrors("cannot change", verdict, "--no-verify makes the change anyway", invocation);
   }
   return verdict;
 }

@@ -19,8 +19,8 @@ inline constexpr line::OptionSpec kExcludeOption{
     .valueName = "GLOB",
     .help = "leave out files that match, as in gitignore",
     .isRepeatable = true};
-inline constexpr line::OptionSpec kFollowOption{.longName = "follow",
-                                                .help = "follow links that lead out of FOLDER"};
+inline constexpr line::OptionSpec kFollowOption{
+    .longName = "follow", .help = "follow symbolic links whose target is outside the folder"};
 inline constexpr line::OptionSpec kJsonOption{.longName = "json", .help = "print one JSON value"};
 inline constexpr line::OptionSpec kNoVerifyOption{
     .longName = "no-verify", .help = "do not check what the change does to the package"};
@@ -29,7 +29,7 @@ inline constexpr line::OptionSpec kGlobOption{.longName = "glob",
 inline constexpr line::OptionSpec kTrustOption{
     .longName = "trust",
     .valueName = "FILE",
-    .help = "certificates, in PEM, one of which has to stand behind every signer",
+    .help = "trusted certificates in PEM; every signer must chain to one of them",
     .isRepeatable = true};
 inline constexpr line::OptionSpec kTimestampOption{
     .longName = "timestamp",
@@ -43,6 +43,6 @@ inline constexpr line::OptionSpec kLevelOption{
 inline constexpr line::OptionSpec kLockTimeoutOption{
     .longName = "lock-timeout",
     .valueName = "SECONDS",
-    .help = "how long to wait for other commands that change the package (default: 60)"};
+    .help = "how long to wait for other commands to finish (default: 60)"};
 
 }  // namespace tool::commands::detail
