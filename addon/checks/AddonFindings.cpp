@@ -125,12 +125,12 @@ constexpr FindingInfo kFindings[] = {
     {kFileOutsideTree, "item among the files is not a file of the tree",
      "An item is stored where the files are but is not one of them: another file has its path, its "
      "name cannot be decoded, it has no content type, or it holds relationships or a piece of a "
-     "part. Or the table of the file tree gives the file another path. ZIP programs unpack it all "
-     "the same, and take it for a file, so in an add-on this is an error.",
+     "part. Or the table of the file tree gives the file another path. ZIP programs still unpack "
+     "it as a file.",
      "Remove it with a ZIP program, or rename it."},
     {kNoLicense, "no license",
      "The add-on has no license, or one without text. Without terms it may not be used or shared, "
-     "and many catalogues do not accept it.",
+     "and many galleries do not accept it.",
      "Add one with 'kraddon set PACKAGE license type=TYPE text=TERMS', or as [license] to the "
      "manifest."},
     {kNoSummary, "no summary or description",
@@ -144,7 +144,7 @@ constexpr FindingInfo kFindings[] = {
      "Set both with 'kraddon set PACKAGE properties authorName=NAME authorContact=ADDRESS', or "
      "'author' and 'contact' in the manifest."},
     {kNoScreenshot, "no screenshot",
-     "The add-on has no screenshot. Hosts and catalogues show a blank image instead.",
+     "The add-on has no screenshot. Hosts and galleries show a blank image instead.",
      "Add one with 'kraddon screenshot PACKAGE IMAGE', or as 'screenshot' to the manifest."},
     {kNotGuid, "not a GUID",
      "The add-on or one of its apps has no GUID, or one that is not of the form 8-4-4-4-12 "

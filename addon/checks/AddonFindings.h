@@ -39,7 +39,7 @@ inline constexpr FindingId kRevisionMismatch{407, Severity::Warning};
 inline constexpr FindingId kPathCase{408, Severity::Warning};
 inline constexpr FindingId kPathOutside{409, Severity::Error};
 inline constexpr FindingId kDuplicateGuid{410, Severity::Warning};
-inline constexpr FindingId kFileOutsideTree{411, Severity::Warning};
+inline constexpr FindingId kFileOutsideTree{411, Severity::Error};
 inline constexpr FindingId kNoLicense{501, Severity::Warning};
 inline constexpr FindingId kNoSummary{502, Severity::Warning};
 inline constexpr FindingId kNoAuthor{503, Severity::Warning};

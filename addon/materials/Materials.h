@@ -30,8 +30,8 @@ struct Materials {
   std::vector<comparison::Item> files;
   std::vector<FileSums> sums;
   std::string digest;  ///< of the content, as comparison::contentDigest makes it
-  /// When the add-on was last changed or, if it does not say so, made: "2026-02-01T10:00:00Z". The
-  /// beginning of 1970 if it says neither.
+  /// The modification time in the core properties or, without one, the creation time, such as
+  /// "2026-02-01T10:00:00Z". The beginning of 1970 if both are missing.
   std::string time;
 };
 

@@ -20,7 +20,7 @@ constexpr Field kAppFields[] = {
                                            .identity = 2,
                                            .isElementRequired = true}),
     field<&AddonAppInstall::installByDefault>("installByDefault", "@installByDefault",
-                                              "Whether it is installed unless the user says no.",
+                                              "Whether it is installed by default.",
                                               {.key = "install-by-default", .initial = "true"}),
 };
 

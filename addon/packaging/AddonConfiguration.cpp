@@ -8,7 +8,8 @@ namespace {
 constexpr Field kConfigurationFields[] = {
     field<&AddonConfiguration::korvanPaths>(
         "korvanPaths", "korvanPaths/korvanPath",
-        "Folders of the package that go on the host's search path; '.' or '/' is the root.",
+        "Folders of the package that go on the host's search path; '.' or '/' is the top of the "
+        "file tree.",
         {.key = "korvan-paths", .reference = Reference::SearchPath}),
     field<&AddonConfiguration::javaClassPaths>(
         "javaClassPaths", "javaClassPaths/javaClassPath",
@@ -19,7 +20,7 @@ constexpr Field kConfigurationFields[] = {
 }  // namespace
 
 constinit const DocumentTable AddonConfiguration::kTable{
-    .record = {"configuration", "What the host sets up.", kConfigurationFields},
+    .record = {"configuration", "Settings that the host applies.", kConfigurationFields},
     .xml = "configuration",
     .key = "configuration",
     .make = makeDocument<AddonConfiguration>};

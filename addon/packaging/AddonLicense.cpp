@@ -7,15 +7,16 @@ namespace {
 
 constexpr Field kLicenseFields[] = {
     field<&AddonLicense::type>("type", "licenseText/@type",
-                               "The kind of license, such as an SPDX identifier.", {.key = "type"}),
-    field<&AddonLicense::text>("text", "licenseText", "The terms in full.",
+                               "The name of the license, preferably an SPDX identifier.",
+                               {.key = "type"}),
+    field<&AddonLicense::text>("text", "licenseText", "The full license text.",
                                {.key = "text", .fileKey = "file", .isElementRequired = true}),
 };
 
 }  // namespace
 
 constinit const DocumentTable AddonLicense::kTable{
-    .record = {"license", "The terms.", kLicenseFields},
+    .record = {"license", "The license.", kLicenseFields},
     .xml = "license",
     .key = "license",
     .make = makeDocument<AddonLicense>};

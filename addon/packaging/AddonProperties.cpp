@@ -13,8 +13,9 @@ constexpr Field kPropertyFields[] = {
                                   {.key = "name", .isKeyRequired = true}),
     field<&AddonProperties::version>("version", "", "The version of the add-on.",
                                      {.key = "version", .isKeyRequired = true}),
-    field<&AddonProperties::KorvanRelease>(
-        "KorvanRelease", "", "The release that wrote the package.", {.isFixed = true}),
+    field<&AddonProperties::KorvanRelease>("KorvanRelease", "",
+                                           "The Korvan release for which the package was written.",
+                                           {.isFixed = true}),
     field<&AddonProperties::summary>("summary", "", "One line about the add-on.",
                                      {.key = "summary"}),
     field<&AddonProperties::authorName>("authorName", "authors/author/name", "Who wrote it.",
@@ -28,7 +29,7 @@ constexpr Field kPropertyFields[] = {
         "GUID", "identifier", "What identifies the add-on through all its versions.",
         {.key = "guid", .otherwise = "made from the name", .isElementRequired = true}),
     field<&AddonProperties::description>("description", "description",
-                                         "The add-on in full, any number of lines.",
+                                         "The full description, of any length.",
                                          {.key = "description", .fileKey = "description-file"}),
 };
 

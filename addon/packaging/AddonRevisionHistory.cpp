@@ -19,8 +19,7 @@ constexpr Field kRevisionFields[] = {
 
 constexpr Field kRevisionListFields[] = {
     field<&AddonRevisionHistory::revisions>(
-        "revisions", "revision", "The history of the add-on, in the order that is shown.",
-        {.key = "revision"}),
+        "revisions", "revision", "The revisions, in display order.", {.key = "revision"}),
 };
 
 // "2026-02-01", optionally followed by a time. Such dates sort as texts.
@@ -40,8 +39,7 @@ constinit const RecordTable AddonRevision::kTable{"revision", "A version that wa
                                                   kRevisionFields};
 
 constinit const DocumentTable AddonRevisionHistory::kTable{
-    .record = {"revisions", "The history of the add-on, in the order that is shown.",
-               kRevisionListFields},
+    .record = {"revisions", "The revisions, in display order.", kRevisionListFields},
     .xml = "revisionHistory",
     .make = makeDocument<AddonRevisionHistory>,
     .isList = true};

@@ -16,7 +16,7 @@ constexpr Field kProductFields[] = {
 
 constexpr Field kRequirementFields[] = {
     field<&AddonSystemRequirements::productDependencies>(
-        "productDependency", "requiredProducts/product", "Products that must be there.",
+        "productDependency", "requiredProducts/product", "Products that must be installed.",
         {.key = "product"}),
     field<&AddonSystemRequirements::supportPackageDependencies>(
         "supportPackageDependency", "requiredSupportPackages/supportPackage",

@@ -39,37 +39,37 @@ void visitKeys(RecordMember& member, Visitor& visitor) {
     }
     if (*field->fileKey == '\0') continue;
     FileMember file{*field};
-    const std::string help = std::string("A file on disk, instead of '") + field->key + "'.";
+    const std::string help =
+        std::string("A file to read it from, instead of '") + field->key + "'.";
     visitor.optional(field->fileKey, file, help);
   }
   if (member.screenshot == nullptr) return;
-  visitor.optional("screenshot", *member.screenshot,
-                   "An image file on disk that represents the add-on.");
+  visitor.optional("screenshot", *member.screenshot, "The image file that represents the add-on.");
 }
 
 template <typename Visitor>
 void visitKeys(AddedFileSection& section, Visitor& visitor) {
-  visitor.required("from", section.from, "The file on the disk.");
+  visitor.required("from", section.from, "The file on disk.");
   visitor.required("to", section.to,
-                   "Its path in the package, without a '/' in front, where nothing else may lie.");
+                   "Its path in the package, without a leading '/'. The path must be free.");
 }
 
 template <typename Visitor>
 void visitKeys(FilesSection& section, Visitor& visitor) {
-  visitor.optional("root", section.root, "The folder on disk whose content is packed.");
-  visitor.optional("include", section.include, "Patterns for what goes in.");
-  visitor.optional("exclude", section.exclude, "Patterns for what stays out all the same.");
+  visitor.optional("root", section.root, "The folder on disk to pack.");
+  visitor.optional("include", section.include, "Patterns of files to include.");
+  visitor.optional("exclude", section.exclude, "Patterns of files to exclude from those.");
   visitor.optional("default-excludes", section.defaultExcludes,
-                   "Whether files of version control and editors stay out.");
-  visitor.optional("empty-folders", section.emptyFolders, "Whether empty folders go in.");
-  visitor.optional("add", section.added, "A file that does not lie below the root.");
+                   "Whether to exclude files of version control systems and editors.");
+  visitor.optional("empty-folders", section.emptyFolders, "Whether to include empty folders.");
+  visitor.optional("add", section.added, "A file from outside the root, or under another path.");
 }
 
 template <typename Visitor>
 void visitKeys(BuildSection& section, Visitor& visitor) {
   visitor.optional("output", section.output,
-                   "Where the package goes, from the folder that 'kraddon' is started in.");
-  visitor.optional("level", section.level, "How hard to pack, from 0, which stores, to 9.");
+                   "The path of the package, relative to the current folder.");
+  visitor.optional("level", section.level, "The compression level, 0 (store only) to 9.");
 }
 
 template <typename Visitor>

@@ -13,9 +13,8 @@ constexpr FindingInfo kFindings[] = {
     {kBytesOutside, "bytes before the first or after the last record",
      "There are bytes before the first item or after the end of the archive. They belong to no "
      "part. Some programs reject such a file, and the bytes are lost when the package is saved. In "
-     "an add-on this is an error, except for zeros and line ends at the end: programs that read "
-     "the "
-     "file from its beginning unpack items from there.",
+     "an add-on this is an error, except for zeros and newlines at the end: programs that read "
+     "the file from its beginning unpack items from there.",
      "Rewrite the package without the extra bytes."},
     {kDuplicateName, "duplicate name",
      "Two items have the same name. Programs may use either, so what was checked may not be what "
@@ -67,7 +66,7 @@ constexpr FindingInfo kFindings[] = {
      "be mistaken, or there is an earlier directory, for example in the data of an item. "
      "Something may be hidden there, or an item was removed carelessly. "
      "In an add-on this is an error, since other programs may unpack it.",
-     "Extract the files and create the package anew; a change of the package may keep the bytes."},
+     "Extract the files and create a new package; changing this one may keep the bytes."},
     {kUnsafeName, "absolute path, drive, backslash or control character in a name",
      "The name of an item begins with a slash or a drive letter, contains a backslash or a "
      "control character (also percent-encoded), encodes bytes that are not valid UTF-8, ends in a "
@@ -84,12 +83,12 @@ constexpr FindingInfo kFindings[] = {
      "files "
      "than those that were checked.",
      "Rewrite the package with a program that does not write such fields."},
-    {kContradictingMarks, "contradicting marks of file, folder or link",
+    {kContradictingMarks, "inconsistent file, folder or link type",
      "Name, attributes and extra fields of an item do not agree on whether it is a file, a folder "
      "or a link, or a folder holds data. Programs differ in what they create, or skip the item. In "
      "an add-on it is also an error if a folder has the path of a file or the mode of one.",
      "Rewrite the package with a reliable program."},
-    {kUnusualDemands, "header asks for what readers do not agree on",
+    {kUnusualDemands, "header needs a feature that readers handle differently",
      "A header says that the item needs a version of the format above 4.5, or sets flags that are "
      "reserved. Stored and deflated items need neither. Some programs skip such an item or refuse "
      "the file, others ignore it.",

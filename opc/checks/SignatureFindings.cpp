@@ -9,11 +9,11 @@ namespace {
 
 constexpr std::array kSignatureFindings{
     FindingInfo{kBrokenSignature, "signature broken",
-                "What a signature says of a part, or of itself, is not so: the bytes, the content "
-                "type or the name of a part have changed since it was made, or the signature has. "
-                "The message names the first part.",
-                "Get the package from its author again; an author runs 'kraddon unsign', then "
-                "'kraddon sign'."},
+                "Since the package was signed, the bytes, the content type or the name of a part "
+                "have changed, or the signature itself has. The message names the first part that "
+                "differs.",
+                "Get the package from its author again. If you are the author, run 'kraddon "
+                "unsign', then 'kraddon sign'."},
     FindingInfo{kUncoveredPart, "part not signed",
                 "The valid signatures leave out a part, a relationship or an item that other "
                 "programs unpack, or one of several signatures covers less than everything. What "
@@ -24,8 +24,8 @@ constexpr std::array kSignatureFindings{
                 "name.",
                 "Get the package from its author again."},
     FindingInfo{kUntrustedSigner, "signer not trusted",
-                "The chain of the signer's certificate reaches none of the certificates that "
-                "--trust names, or not at the time of the signature.",
+                "The signer's certificate does not chain to any certificate given with --trust, or "
+                "its chain was not valid at the signing time.",
                 "Do not install the package, or add the certificate of its signer if you know it "
                 "from another source."},
     FindingInfo{kOutdatedCertificate, "certificate not valid at the signing time",
@@ -41,11 +41,11 @@ constexpr std::array kSignatureFindings{
                 "Sign the package with 'kraddon sign'."},
     FindingInfo{kUnsupportedSignature, "signature not supported",
                 "A signature is of a kind that is not checked, such as one with SHA-1 or with "
-                "unusual transforms; or it is malformed, or its parts or relationships are not as "
-                "the packaging conventions have them. It proves nothing here.",
+                "unusual transforms; or it is malformed, or its parts or relationships do not "
+                "follow the packaging conventions. It therefore proves nothing.",
                 "Run 'kraddon unsign', then 'kraddon sign'."},
     FindingInfo{kUnknownSigner, "signer not checked",
-                "The package is signed and unchanged, but by whom was not checked: anybody can "
+                "The package is signed and unchanged, but the signer was not checked: anybody can "
                 "make a certificate with any name.",
                 "Name the certificates that you trust with --trust."},
 };

@@ -33,7 +33,8 @@ namespace {
 /// Whose path it is.
 std::string ownerOf(const ReferenceRule& rule, const FoundValue& value) {
   if (value.in.table == nullptr) return rule.what;
-  const std::string choice = value.choice.empty() ? "" : opc::toUtf8(value.choice) + " of the ";
+  const std::string choice =
+      value.choice.empty() ? "" : opc::toUtf8(value.choice) + " file of the ";
   return "the " + choice + value.in.table->noun + " " + quoted(value.in.name);
 }
 

@@ -87,7 +87,7 @@ void checkProperties(AddonPackage& package, const AddonFacts& facts, Report& rep
   const std::u16string_view version = trimXmlSpace(properties.version);
   if (version.empty() || isPlainVersion(version)) return;
   report.add(kOddVersion, "",
-             "version " + quoted(version) + ": it does not consist of numbers separated by dots");
+             "version " + quoted(version) + ": expected two or more numbers separated by dots");
 }
 
 void checkHasScreenshot(AddonPackage& package, Report& report) {

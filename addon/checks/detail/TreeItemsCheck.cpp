@@ -64,7 +64,7 @@ class TreeItemsCheck {
 
  private:
   void add(std::string_view part, std::string_view why) {
-    report_.addAmbiguous(kFileOutsideTree, part, why, "");
+    report_.addClipped(kFileOutsideTree, part, why, "");
   }
 
   void checkItem(std::string_view name) {
