@@ -30,7 +30,7 @@ std::string requireAttribute(const XmlNode& element, const char16_t* name) {
 std::string readPath(const XmlNode& element) {
   std::string path = model::percentDecodePath(requireAttribute(element, FileTreeTable::kPath));
   if (const char* fault = findPathFault(path)) {
-    refuse("path '" + path + "' cannot stand in a file tree: " + fault);
+    refuse("path '" + path + "' is not valid in a file tree: " + fault);
   }
   if (FileTreeTable::entrySize(path) == 0) refuse("path '" + path + "' is too long");
   return path;

@@ -34,7 +34,7 @@ struct FileTreeTable {
   std::vector<std::string> folders;  ///< the empty ones
   std::vector<File> files;
 
-  /// Throws Exception for XML that is not a table, and for a path that cannot stand in a package.
+  /// Throws Exception for XML that is not a table, and for a path that is not valid in a package.
   static FileTreeTable read(InputStream& stream);
   /// Sorted by path, so that equal trees give equal bytes.
   void write(OutputStream& stream);

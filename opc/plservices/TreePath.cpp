@@ -37,7 +37,7 @@ std::string_view requireTreePath(std::string_view path) {
   const std::string_view relative = path.starts_with('/') ? path.substr(1) : path;
   if (const char* fault = findPathFault(relative)) {
     throw Exception(ErrorCode::InvalidName,
-                    "path '" + std::string(path) + "' cannot stand in a package: " + fault);
+                    "path '" + std::string(path) + "' is not valid in a package: " + fault);
   }
   return relative;
 }

@@ -201,13 +201,13 @@ Candidate EndRecordSearch::evaluate(std::uint64_t offset) const {
   const auto record =
       EndRecord::decode(Bytes(tail_.at(offset), static_cast<std::size_t>(size_ - offset)));
   if (!record) {
-    candidate.problem = "it is cut off within its end record";
+    candidate.problem = "it is truncated within its end record";
     return candidate;
   }
   candidate.record = *record;
   candidate.location = fromEndRecord(offset, *record);
   if (candidate.location.archiveEnd > size_) {
-    candidate.problem = "it is cut off within its comment";
+    candidate.problem = "it is truncated within its comment";
     return candidate;
   }
   candidate.fit = Fit::Misplaced;
@@ -360,8 +360,8 @@ void EndRecordSearch::refuseWithoutRecord() const {
   if (!beginsWith(0, LocalHeader::kSignature)) {
     throw FormatError("ZP-16", "not a ZIP file (no end record)");
   }
-  if (tail_.start() == 0) throw FormatError("ZP-16", "it is cut off (no end record)");
-  throw FormatError("ZP-16", "it is cut off, or more than " +
+  if (tail_.start() == 0) throw FormatError("ZP-16", "it is truncated (no end record)");
+  throw FormatError("ZP-16", "it is truncated, or more than " +
                                  std::to_string(FileTail::kLongSize >> 20) +
                                  " MiB follow its end (no end record)");
 }

@@ -109,7 +109,7 @@ class Documents(kraddontest.CliTest):
             self.assertEqual(self.get(document), stored)
 
     def test_bad_documents_are_named_before_the_package_is_looked_at(self):
-        flag = 'expected the text "true" or "false"'
+        flag = 'expected the string "true" or "false"'
         cases = [
             ("apps", APP, "apps: expected an array of objects"),
             ("apps", [APP, dict(APP, gudi="")],
@@ -121,7 +121,7 @@ class Documents(kraddontest.CliTest):
             ("configuration", {"korvanPath": []},
              "configuration.korvanPath: unknown field, did you mean 'korvanPaths'?"),
             ("configuration", {"korvanPaths": [None]},
-             "configuration.korvanPaths[0]: expected a text"),
+             "configuration.korvanPaths[0]: expected a string"),
             ("examples",
              [{"name": "a"}, {"name": "b"},
               {"name": "c", "examples": [dict(EXAMPLE, images="x")]}],
@@ -130,10 +130,10 @@ class Documents(kraddontest.CliTest):
              "examples[0].examples: expected an array of objects"),
             ("examples", [{"examples": []}], "examples[0].name: it is missing"),
             ("revisions", [dict(REVISION, date=20260201)],
-             "revisions[0].date: expected a text"),
+             "revisions[0].date: expected a string"),
             ("revisions", [REVISION, 7], "revisions[1]: expected an object"),
             ("requirements", {"productDependency": [dict(PRODUCT, version=9.1)]},
-             "requirements.productDependency[0].version: expected a text"),
+             "requirements.productDependency[0].version: expected a string"),
             ("requirements", '{"productDependency": [{"name": "a", "name": "b"}]}',
              "requirements.productDependency[0].name: it is given twice"),
             ("apps", '[{}, {"guid": "a", "name": "b", "guid": "c"}]',
@@ -214,7 +214,7 @@ class Documents(kraddontest.CliTest):
         self.assertEqual(self.get("examples"), value)
         self.write("x.json", json.dumps([APP] * 100000 + [dict(APP, guid=None)]))
         self.fails("set", "missing.kraddon", "apps", "x.json",
-                   message="bad document 'x.json': apps[100000].guid: expected a text")
+                   message="bad document 'x.json': apps[100000].guid: expected a string")
 
     def test_the_examples_of_this_project_are_taken(self):
         for document in DOCUMENTS:

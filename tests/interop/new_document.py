@@ -102,7 +102,7 @@ class NewDocument(kraddontest.CliTest):
 
     def test_a_mistake_in_it_is_named(self):
         for value, why in (([{"name": "x"}], "credits[0].role: it is missing"),
-                           ([{"name": "x", "role": 1}], "credits[0].role: expected a text"),
+                           ([{"name": "x", "role": 1}], "credits[0].role: expected a string"),
                            ([{"nam": "x"}], "credits[0].nam: unknown field, did you mean 'name'?")):
             self.fails("set", "p.kraddon", "credits", "-", stdin=json.dumps(value).encode(),
                        message=f"bad document 'standard input': {why}")

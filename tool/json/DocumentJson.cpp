@@ -50,7 +50,7 @@ class Place {
 };
 
 std::u16string readText(const JsonValue& value, const Place& place) {
-  if (!value.is_string()) place.refuse("expected a text");
+  if (!value.is_string()) place.refuse("expected a string");
   const auto& text = value.get_ref<const std::string&>();
   const std::string fault = addon::project::xmlTextFault(text);
   if (!fault.empty()) place.refuse(fault);
@@ -59,7 +59,7 @@ std::u16string readText(const JsonValue& value, const Place& place) {
 
 bool readFlag(const JsonValue& value, const Place& place) {
   if (value == "true" || value == "false") return value == "true";
-  place.refuse("expected the text \"true\" or \"false\"");
+  place.refuse("expected the string \"true\" or \"false\"");
 }
 
 void readRecord(const Record& record, const JsonValue& value, const Place& place);

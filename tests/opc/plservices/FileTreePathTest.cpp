@@ -68,7 +68,7 @@ TEST(FileTreePath, ARefusalNamesThePath) {
     FAIL() << "taken";
   } catch (const opc::Exception& error) {
     EXPECT_EQ(error.code(), opc::ErrorCode::InvalidName);
-    EXPECT_STREQ(error.what(), "path 'a/../b' cannot stand in a package: it has a component '..'");
+    EXPECT_STREQ(error.what(), "path 'a/../b' is not valid in a package: it has a component '..'");
   }
 }
 

@@ -32,14 +32,14 @@ TEST(EndOfDirectory, WhatIsNoZipFileIsRefusedWithTheReason) {
   EXPECT_EQ(refusalOf(std::string()), "ZP-16: it is empty");
   EXPECT_EQ(refusalOf(std::string("hello")), "ZP-16: not a ZIP file (no end record)");
   EXPECT_EQ(refusalOf(std::string(300000, 'x')), "ZP-16: not a ZIP file (no end record)");
-  EXPECT_EQ(refusalOf(twoItems().build().substr(0, 60)), "ZP-16: it is cut off (no end record)");
+  EXPECT_EQ(refusalOf(twoItems().build().substr(0, 60)), "ZP-16: it is truncated (no end record)");
 }
 
 TEST(EndOfDirectory, AnArchiveCutWithinItsEndRecordIsRefused) {
   const std::string bytes = twoItems().build();
 
   EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 1)),
-            "ZP-16: it is cut off within its end record");
+            "ZP-16: it is truncated within its end record");
 }
 
 TEST(EndOfDirectory, AnArchiveCutWithinItsCommentIsRefused) {
@@ -49,7 +49,7 @@ TEST(EndOfDirectory, AnArchiveCutWithinItsCommentIsRefused) {
 
   EXPECT_EQ(refusalOf(bytes), "");
   EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 1)),
-            "ZP-16: it is cut off within its comment");
+            "ZP-16: it is truncated within its comment");
 }
 
 TEST(EndOfDirectory, KeepsTheArchiveComment) {
@@ -96,7 +96,7 @@ TEST(EndOfDirectory, FarMoreBytesAfterTheEndAreNotTakenForACut) {
   builder.suffix = std::string(FileTail::kLongSize, '\0');
 
   EXPECT_EQ(refusalOf(builder),
-            "ZP-16: it is cut off, or more than 16 MiB follow its end (no end record)");
+            "ZP-16: it is truncated, or more than 16 MiB follow its end (no end record)");
 }
 
 TEST(EndOfDirectory, APackageInAPackageThatIsCutIsNotTakenForIt) {
@@ -104,7 +104,8 @@ TEST(EndOfDirectory, APackageInAPackageThatIsCutIsNotTakenForIt) {
   builder.add({.name = "inner.zip", .content = twoItems().build() + std::string(200000, 'x')});
   const std::string bytes = builder.build();
 
-  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 100)), "ZP-16: it is cut off (no end record)");
+  EXPECT_EQ(refusalOf(bytes.substr(0, bytes.size() - 100)),
+            "ZP-16: it is truncated (no end record)");
 }
 
 TEST(EndOfDirectory, CountlessSignaturesFarInFrontOfTheEndAreNotAllLookedAt) {
