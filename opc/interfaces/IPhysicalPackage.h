@@ -133,7 +133,8 @@ class IPhysicalPackage : public IItemReader {
   virtual std::unique_ptr<InputStream> openItem(ItemIndex item) = 0;
 
   /// Another reader of the items, for another thread than the one that uses the package. It must
-  /// not outlive the open package. Null if the package is not open for reading only, or has none.
+  /// not outlive the open package. Null if the package is open for changes, or has no other
+  /// readers. Throws ErrorCode::InvalidState if the package is not open.
   virtual std::unique_ptr<IItemReader> makeReader() const { return nullptr; }
 
   /// Adds an item that is empty until it is written to. Names are not checked for duplicates.

@@ -42,18 +42,30 @@ class PendingWriter final : public OutputStream {
   detail::PendingContent& content_;
 };
 
+void requireItem(ItemIndex item, std::size_t count, const std::string& path) {
+  if (item < count) return;
+  throw Exception(ErrorCode::InvalidArgument,
+                  "package '" + path + "' has no item of number " + std::to_string(item));
+}
+
 class ItemReader final : public interfaces::IItemReader {
  public:
-  explicit ItemReader(const detail::OpenedPackage& package)
-      : reader_(package.file, package.directory) {}
+  ItemReader(const detail::OpenedPackage& package, std::string path)
+      : count_(package.directory.entries().size()),
+        path_(std::move(path)),
+        reader_(package.file, package.directory) {}
   void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) override {
+    requireItem(item, count_, path_);
     reader_.read(item, into, limit);
   }
   Bytes packedBytes(ItemIndex item, std::uint64_t offset, std::size_t size) override {
+    requireItem(item, count_, path_);
     return reader_.packedBytes(item, offset, size);
   }
 
  private:
+  std::size_t count_;
+  std::string path_;
   ZipItemReader reader_;
 };
 
@@ -259,10 +271,7 @@ ZipPhysicalPackage::Session& ZipPhysicalPackage::writableSession() const {
 
 ZipPhysicalPackage::Session& ZipPhysicalPackage::sessionWith(ItemIndex item) const {
   Session& open = session();
-  if (item >= open.count()) {
-    throw Exception(ErrorCode::InvalidArgument,
-                    "package '" + path_ + "' has no item of number " + std::to_string(item));
-  }
+  requireItem(item, open.count(), path_);
   if (!open.isRemoved(item)) return open;
   throw Exception(ErrorCode::NotFound,
                   "item '" + std::string(open.nameOf(item)) + "' was removed from '" + path_ + "'");
@@ -323,7 +332,7 @@ Bytes ZipPhysicalPackage::packedBytes(ItemIndex item, std::uint64_t offset, std:
 std::unique_ptr<interfaces::IItemReader> ZipPhysicalPackage::makeReader() const {
   const Session& open = session();
   if (open.mode != OpenMode::Read) return nullptr;
-  return std::make_unique<ItemReader>(*open.old);
+  return std::make_unique<ItemReader>(*open.old, path_);
 }
 
 ItemIndex ZipPhysicalPackage::add(const NewItem& properties,
