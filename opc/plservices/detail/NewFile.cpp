@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "opc/Exception.h"
+#include "opc/FileIo.h"
 #include "opc/SystemCall.h"
 #include "opc/plservices/FolderCursor.h"
 
@@ -57,13 +58,7 @@ NewFile::~NewFile() {
 }
 
 void NewFile::write(const unsigned char* bytes, std::size_t size) {
-  while (size != 0) {
-    const ssize_t count = ::write(descriptor(), bytes, size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw SystemError("cannot write", errno);
-    bytes += count;
-    size -= static_cast<std::size_t>(count);
-  }
+  writeFully(descriptor(), bytes, size, "cannot write");
 }
 
 void NewFile::finish(std::int64_t modified) {

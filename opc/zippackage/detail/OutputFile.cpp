@@ -9,8 +9,8 @@
 #include <cstring>
 
 #include "opc/Exception.h"
+#include "opc/FileIo.h"
 #include "opc/SystemCall.h"
-#include "opc/zippackage/detail/FileWriting.h"
 
 namespace opc::zippackage::detail {
 namespace {
@@ -32,7 +32,7 @@ OutputFile::OutputFile(int descriptor) : descriptor_(descriptor) {
 void OutputFile::write(Bytes data) {
   if (data.size() > kBufferSize - used_) flush();
   if (data.size() >= kBufferSize) {
-    writeFully(descriptor_, flushed_, data, kWhat);
+    writeFully(descriptor_, flushed_, data.data(), data.size(), kWhat);
     flushed_ += data.size();
   } else if (!data.empty()) {
     std::memcpy(buffer_.data() + used_, data.data(), data.size());
@@ -46,7 +46,7 @@ void OutputFile::patch(std::uint64_t offset, Bytes data) {
     return;
   }
   if (data.size() > flushed_ - offset) flush();
-  writeFully(descriptor_, offset, data, kWhat);
+  writeFully(descriptor_, offset, data.data(), data.size(), kWhat);
 }
 
 void OutputFile::rewindTo(std::uint64_t offset) {
@@ -128,7 +128,7 @@ std::uint64_t OutputFile::copyInKernel(int from, std::uint64_t offset, std::uint
 }
 
 void OutputFile::flush() {
-  writeFully(descriptor_, flushed_, {buffer_.data(), used_}, kWhat);
+  writeFully(descriptor_, flushed_, buffer_.data(), used_, kWhat);
   flushed_ += used_;
   used_ = 0;
 }

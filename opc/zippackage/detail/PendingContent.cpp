@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "opc/Exception.h"
+#include "opc/FileIo.h"
 #include "opc/TemporaryFile.h"
 #include "opc/zippackage/Codec.h"
-#include "opc/zippackage/detail/FileWriting.h"
 
 namespace opc::zippackage::detail {
 namespace {
@@ -41,7 +41,7 @@ std::uint64_t PendingStore::spill(Bytes data) {
   if (!file_) file_ = createNamelessFile(folder_);
   if (!file_) throw SystemError("cannot make a temporary file in '" + folder_ + "'", errno);
   const std::uint64_t place = fileSize_;
-  writeFully(file_.get(), place, data, "cannot write to a temporary file");
+  writeFully(file_.get(), place, data.data(), data.size(), "cannot write to a temporary file");
   fileSize_ += data.size();
   return place;
 }
