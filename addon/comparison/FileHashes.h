@@ -14,7 +14,7 @@ namespace addon::comparison {
 
 /// The SHA-256 of each item in hexadecimal, "" for folders. `progress`, which may be empty, is
 /// called for every file. `starter`, which may be empty, starts a second thread that reads files,
-/// too; the result is the same, error for error.
+/// too, unless the package is open for changes; the result is the same, error for error.
 std::vector<std::string> hashFiles(addon::packaging::AddonPackage& package,
                                    const std::vector<Item>& items,
                                    const opc::interfaces::ProgressFunction& progress,

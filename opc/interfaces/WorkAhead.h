@@ -24,6 +24,13 @@ struct BatchLimits {
   std::uint64_t leastWork = 0;  ///< for less in all, no second thread is used
 };
 
+/// For reading items. Little enough in a batch that both threads end at the same time.
+inline constexpr BatchLimits kReadBatches{.jobs = 256,
+                                          .effort = std::uint64_t{1} << 20,
+                                          .batches = 16,
+                                          .ahead = std::uint64_t{1} << 62,
+                                          .leastWork = std::uint64_t{1} << 20};
+
 /// Does numbered jobs in order, with the help of a second thread if one is available. The results
 /// are the same with and without it.
 template <typename Results>

@@ -45,7 +45,7 @@ class ItemDataCheck {
     std::copy_if(order.begin(), order.end(), std::back_inserter(read),
                  [this](std::uint32_t entry) { return isRead(entry); });
     Readings readings(
-        read.size(), kBatches, [&](std::size_t i) { return effortOf(read[i]); },
+        read.size(), interfaces::kReadBatches, [&](std::size_t i) { return effortOf(read[i]); },
         [&] { return readerOf(read); }, reading_.starter);
     reached_ = directory_.entries()[order[0]].headerOffset;
     for (const std::uint32_t entry : order) {
@@ -57,13 +57,6 @@ class ItemDataCheck {
 
  private:
   using Readings = interfaces::WorkAhead<std::vector<ItemReading>>;
-
-  // Little enough in a batch that both threads end at the same time.
-  static constexpr interfaces::BatchLimits kBatches{.jobs = 256,
-                                                    .effort = std::uint64_t{1} << 20,
-                                                    .batches = 16,
-                                                    .ahead = std::uint64_t{1} << 62,
-                                                    .leastWork = std::uint64_t{1} << 20};
 
   /// What is read, whatever turns out about the items before it.
   bool isRead(std::uint32_t entry) const {
