@@ -285,6 +285,11 @@ class Unsigning(SignTest):
         self.ok("unsign", "p.kraddon", "--timestamp", str(signing.NOW))
         self.assert_unchanged()
 
+    def test_signatures_says_that_a_package_is_not_signed(self):
+        self.fails("signatures", "p.kraddon", message="package 'p.kraddon': it is not signed")
+        result = self.run_kraddon("signatures", "p.kraddon", "--json")
+        self.assertEqual((result.code, result.errors, result.json["signatures"]), (1, "", []))
+
     def test_a_package_without_signature_is_not_touched(self):
         os.utime(self.path("p.kraddon"), (0, 0))
         self.ok("unsign", "p.kraddon")

@@ -141,6 +141,9 @@ process::ExitCode run(const line::Invocation& invocation) {
     const std::string& where = fault.part.empty() ? path : fault.part;
     report::printError("signatures", process::sentence("bad signature", where, fault.message));
   }
+  if (!verified.isSigned() && verified.faults.empty() && !invocation.has("json")) {
+    report::printError("signatures", process::sentence("package", path, "it is not signed"));
+  }
   const bool isAllGood =
       verified.isSigned() && verified.faults.empty() &&
       std::all_of(verified.signatures.begin(), verified.signatures.end(), isGood);
@@ -160,9 +163,10 @@ constexpr line::CommandSpec kSignaturesCommand{
     .description =
         "Prints a block for each signature: the signer's certificate, the time, and the state. "
         "Valid: everything in the package is as it was signed. Partial: what the signature covers "
-        "is, but it does not cover everything. Broken: something has changed. Weak: the key is too "
-        "short. Unsupported: it is of a kind that is not checked. The exit code is 0 if there is a "
-        "signature, all are valid, and with --trust all of their signers are trusted.",
+        "is unchanged, but it does not cover everything. Broken: something has changed. Weak: the "
+        "key is too short. Unsupported: kraddon cannot check this kind of signature. The exit code "
+        "is 0 if there is a signature, all are valid, and with --trust all of their signers are "
+        "trusted; otherwise it is 1.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,
