@@ -138,4 +138,11 @@ std::optional<JsonValue> parseJsonIfAny(std::string_view text) {
   throw JsonError(builder.error());
 }
 
+std::optional<std::uint64_t> wholeNumber(const JsonValue& value) {
+  if (value.is_number_unsigned()) return value.get<std::uint64_t>();
+  // "-0" is kept with its sign.
+  if (value.is_number_float() && value.get<double>() == 0) return 0;
+  return std::nullopt;
+}
+
 }  // namespace text

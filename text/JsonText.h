@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <stdexcept>
@@ -26,5 +28,8 @@ JsonValue parseJson(std::string_view text);
 
 /// The same, but returns nothing if the text is not JSON.
 std::optional<JsonValue> parseJsonIfAny(std::string_view text);
+
+/// The number of a value that was parsed; nothing if it is not a whole number from 0 to 2^64 - 1.
+std::optional<std::uint64_t> wholeNumber(const JsonValue& value);
 
 }  // namespace text

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace addon::catalogue {
 
@@ -111,10 +112,9 @@ class MemberReader {
     if (!value_.is_null()) record_.*member.text = textOf(value_, name_);
   }
   void operator()(std::uint64_t Record::*member) const {
-    // The parser keeps a zero as a number that can have a sign.
-    const bool isZero = value_.is_number() && value_.get<double>() == 0;
-    if (!value_.is_number_unsigned() && !isZero) refuse(name_);
-    record_.*member = isZero ? 0 : value_.get<std::uint64_t>();
+    const std::optional<std::uint64_t> number = text::wholeNumber(value_);
+    if (!number) refuse(name_);
+    record_.*member = *number;
   }
   void operator()(bool Record::*member) const {
     if (!value_.is_boolean()) refuse(name_);

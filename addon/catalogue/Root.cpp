@@ -2,6 +2,7 @@
 #include "addon/catalogue/Root.h"
 
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "addon/catalogue/SitePaths.h"
 #include "text/JsonText.h"
@@ -37,14 +38,15 @@ auto readFile(std::string_view text, std::string_view path, const char* schema, 
   }
 }
 
-std::uint64_t numberOf(const JsonValue& value) {
-  // The parser keeps a zero as a number that can have a sign.
-  return value.get<double>() == 0 ? 0 : value.get<std::uint64_t>();
+std::uint64_t numberOf(const JsonValue& object, const std::string& name) {
+  const std::optional<std::uint64_t> number = text::wholeNumber(object.at(name));
+  if (!number) throw text::JsonError("the member '" + name + "' is not a whole number");
+  return *number;
 }
 
 FileReference referenceOf(const JsonValue& value, std::string_view folder, std::string_view from) {
   FileReference file{value.at("path").get<std::string>(), value.at("sha256").get<std::string>(),
-                     numberOf(value.at("size"))};
+                     numberOf(value, "size")};
   // A path that leads elsewhere would be read all the same.
   if (!isHash(file.sha256) || file.path != hashedPath(folder, file.sha256, kJsonExtension)) {
     throw BrokenSite(from, "it names a file that is not of the site");
@@ -83,11 +85,11 @@ std::string Root::text(const ShardIndex& shards) const {
 Root Root::parse(std::string_view text) {
   return readFile(text, kRootFile, kRootSchema, [](const JsonValue& value) {
     Root root;
-    root.sequence = numberOf(value.at("sequence"));
+    root.sequence = numberOf(value, "sequence");
     root.created = value.at("created").get<std::string>();
     root.index = referenceOf(value.at("index"), kIndexFolder, kRootFile);
-    root.addons = numberOf(value.at("addons"));
-    root.versions = numberOf(value.at("versions"));
+    root.addons = numberOf(value, "addons");
+    root.versions = numberOf(value, "versions");
     return root;
   });
 }
@@ -115,7 +117,7 @@ ShardIndex ShardIndex::parse(std::string_view text, std::string_view path) {
   return readFile(text, path, kIndexSchema, [&](const JsonValue& value) {
     ShardIndex index;
     for (const auto& [name, shard] : value.at("shards").items()) {
-      index.shards[name] = {referenceOf(shard, kShardFolder, path), numberOf(shard.at("addons"))};
+      index.shards[name] = {referenceOf(shard, kShardFolder, path), numberOf(shard, "addons")};
     }
     return index;
   });

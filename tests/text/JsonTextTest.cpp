@@ -12,6 +12,7 @@ namespace {
 using text::JsonError;
 using text::parseJson;
 using text::parseJsonIfAny;
+using text::wholeNumber;
 
 std::string errorOf(std::string_view text) {
   try {
@@ -77,6 +78,16 @@ TEST(JsonText, ZeroKeepsItsSign) {
   EXPECT_TRUE(std::signbit(parseJson("[-0]")[0].get<double>()));
   EXPECT_FALSE(std::signbit(parseJson("0").get<double>()));
   EXPECT_EQ(parseJson("-1").get<double>(), -1.0);
+}
+
+TEST(JsonText, OnlyWholeNumbersThatFitAreWholeNumbers) {
+  EXPECT_EQ(wholeNumber(parseJson("7")), 7u);
+  EXPECT_EQ(wholeNumber(parseJson("18446744073709551615")), 18446744073709551615u);
+  for (const char* zero : {"0", "-0", "0.0"}) EXPECT_EQ(wholeNumber(parseJson(zero)), 0u) << zero;
+  for (const char* other :
+       {"-1", "0.5", "7.0", "1e30", "18446744073709551616", "\"7\"", "true", "null", "[7]", "{}"}) {
+    EXPECT_FALSE(wholeNumber(parseJson(other)).has_value()) << other;
+  }
 }
 
 TEST(JsonText, ManyMembersTakeNoQuadraticTime) {

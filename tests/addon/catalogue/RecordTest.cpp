@@ -57,6 +57,16 @@ TEST(Record, NeedsEveryMember) {
   EXPECT_THROW(parseRecord("{"), text::JsonError);
 }
 
+TEST(Record, HasWholeNumbersOnly) {
+  const std::string line = toLine(fullRecord());
+  const std::string files = R"("files":3)";
+  for (const char* number : {"-1", "0.5", "1e30", "18446744073709551616", "\"3\"", "true"}) {
+    std::string broken = line;
+    broken.replace(broken.find(files), files.size(), std::string(R"("files":)") + number);
+    EXPECT_THROW(parseRecord(broken), text::JsonError) << number;
+  }
+}
+
 TEST(Record, MembersThatAreNotKnownAreLeftOut) {
   std::string line = toLine(fullRecord());
   line.insert(1, R"("later":{"a":[1]},)");

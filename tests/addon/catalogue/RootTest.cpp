@@ -44,6 +44,20 @@ TEST(Root, ABrokenOneIsRefused) {
   }
 }
 
+TEST(Root, ANumberThatIsNotAWholeOneIsRefused) {
+  const std::string text = someRoot().text({});
+  for (const char* number : {"-1", "0.5", "7.0", "1e30", "18446744073709551616", "true", "null"}) {
+    try {
+      Root::parse(replaced(text, "7", number));
+      ADD_FAILURE() << number;
+    } catch (const BrokenSite& error) {
+      EXPECT_STREQ(error.what(),
+                   "cannot read 'root.json': the member 'sequence' is not a whole number")
+          << number;
+    }
+  }
+}
+
 TEST(Root, HasTheHashesOfTheShards) {
   ShardIndex index;
   const std::string hash(64, 'b');
