@@ -87,13 +87,7 @@ std::vector<Record> Shard::records(const std::string& key) const {
   std::vector<Record> records;
   const auto found = addons_.find(key);
   if (found == addons_.end()) return records;
-  for (const std::string& line : found->second) {
-    try {
-      records.push_back(parseRecord(line));
-    } catch (const text::JsonError& error) {
-      throw BrokenSite("a shard", error.what());
-    }
-  }
+  for (const std::string& line : found->second) records.push_back(recordOf(line, path_));
   return records;
 }
 
@@ -132,6 +126,7 @@ std::string Shard::text() const {
 
 Shard Shard::parse(std::string_view text, std::string_view path) {
   Shard shard;
+  shard.path_ = path;
   Lines* lines = nullptr;
   ShardReader(text, path)
       .read([&](std::string_view key) { lines = &shard.addons_[unquoted(key, path)]; },
@@ -142,6 +137,14 @@ Shard Shard::parse(std::string_view text, std::string_view path) {
 void visitLines(std::string_view text, std::string_view path,
                 const std::function<void(std::string_view)>& visit) {
   ShardReader(text, path).read([](std::string_view) {}, visit);
+}
+
+Record recordOf(std::string_view line, std::string_view path) {
+  try {
+    return parseRecord(line);
+  } catch (const text::JsonError& error) {
+    throw BrokenSite(path, error.what());
+  }
 }
 
 const Record* currentOf(const std::vector<Record>& records) {

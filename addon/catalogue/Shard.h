@@ -32,12 +32,16 @@ class Shard {
   static Shard parse(std::string_view text, std::string_view path);
 
  private:
+  std::string path_ = "a new shard";  // for messages
   std::map<std::string, Lines> addons_;
 };
 
 /// Passes each record of a shard's text to `visit` as a line without its end. Throws BrokenSite.
 void visitLines(std::string_view text, std::string_view path,
                 const std::function<void(std::string_view)>& visit);
+
+/// The record of such a line. Throws BrokenSite; `path` is that of the shard, for messages.
+Record recordOf(std::string_view line, std::string_view path);
 
 /// The newest of an add-on's records that is not yanked; null if all are.
 const Record* currentOf(const std::vector<Record>& records);

@@ -53,12 +53,13 @@ class SiteUpdate {
   UpdateResult run() {
     readOld();
     if (request_.isRebuilding) lookAtOldPackages();
-    const bool wereComplete = !old_.isNew() && followers_.areOf(old_.sequence());
-    // A rebuild compares with nothing: parts of the old site may be unreadable.
-    const SiteState& known = request_.isRebuilding ? none_ : old_;
-    intake_ = std::make_unique<Intake>(request_, files_, known, base_ + 1);
+    const bool wereComplete = !old_.isNew() && followers_.areOf(old_);
     planRemovals();
     planYanks();
+    // A rebuild compares with nothing: parts of the old site may be unreadable.
+    const SiteState& known = request_.isRebuilding ? none_ : old_;
+    intake_ = std::make_unique<Intake>(request_, files_, known, base_ + 1, std::move(gone_),
+                                       std::move(yanked_));
     takePackages();
     commit();
     finishFollowers(wereComplete && !request_.isRebuilding);
@@ -120,11 +121,9 @@ class SiteUpdate {
   }
 
   void planRemovals() {
-    intake_->gone = std::exchange(gone_, {});
-    intake_->yanked = std::exchange(yanked_, {});
     for (const VersionName& name : request_.removals) {
       for (const Record& record : oldRecords(name)) {
-        if (intake_->gone.insert(toKey({record.guid, record.version})).second) {
+        if (gone_.insert(toKey({record.guid, record.version})).second) {
           result_.removed.push_back({record.guid, record.version});
         }
       }
@@ -174,14 +173,14 @@ class SiteUpdate {
     const auto note = [&](const VersionKey& name) { shards[shardOf(name.key)].insert(name.key); };
     for (const auto& [name, candidate] : intake_->candidates()) note(name);
     for (const auto& [name, isYanked] : marks_) note(name);
-    for (const VersionKey& name : intake_->gone) note(name);
+    for (const VersionKey& name : intake_->gone()) note(name);
     return shards;
   }
 
   std::vector<Record> newRecords(const Shard& old, const std::string& key) const {
     std::vector<Record> records = request_.isRebuilding ? std::vector<Record>() : old.records(key);
     std::erase_if(records, [&](const Record& record) {
-      return intake_->gone.contains({key, record.version});
+      return intake_->gone().contains({key, record.version});
     });
     for (Record& record : records) {
       const auto mark = marks_.find({key, record.version});
@@ -259,8 +258,8 @@ class SiteUpdate {
   std::optional<SiteState> now_;
   std::uint64_t base_ = 0;  // the last sequence
   std::set<std::string> named_;
-  std::set<VersionKey> gone_;
-  std::set<VersionKey> yanked_;
+  Intake::Versions gone_;  // until the intake takes them
+  Intake::Versions yanked_;
   std::map<VersionKey, bool> marks_;
   std::set<std::string> changed_;
   std::unique_ptr<Intake> intake_;

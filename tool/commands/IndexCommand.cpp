@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <ctime>
 #include <string>
 #include <vector>
@@ -201,9 +203,17 @@ void printRefusals(const std::vector<Refusal>& refused, const line::Invocation& 
   }
 }
 
+/// Without packages, there must be a site.
+[[noreturn]] void failWithoutSite(const std::string& site) {
+  throw process::Failure(process::sentence("cannot find site", site, "name packages to create it"));
+}
+
 UpdateResult update(UpdateRequest& request, const line::Invocation& invocation) {
   const auto anchors = detail::trustAnchorsOf(invocation);
   request.demands = {anchors.get(), invocation.has("require-signature")};
+  if (request.packages.empty() && ::access(request.site.c_str(), F_OK) != 0 && errno == ENOENT) {
+    failWithoutSite(request.site);
+  }
   addon::catalogue::prepareSite(request.site);
   const process::PackageLock lock = detail::lockSite(request.site, invocation);
   report::ProgressBar bar(invocation.settings());
@@ -221,6 +231,7 @@ UpdateResult update(UpdateRequest& request, const line::Invocation& invocation) 
 process::ExitCode run(const line::Invocation& invocation) {
   UpdateRequest request = requestOf(invocation);
   const UpdateResult result = update(request, invocation);
+  if (request.packages.empty() && result.sequence == 0) failWithoutSite(request.site);
   for (const std::string& lost : result.lost) report::printWarning(invocation, lost);
   if (!result.lost.empty()) {
     report::printWarning(invocation,

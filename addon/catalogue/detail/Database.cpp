@@ -131,7 +131,7 @@ Record recordOf(const Statement& statement, Fields fields = recordFields()) {
   return record;
 }
 
-/// A number of 40 bits that the key alone decides, so that rows do not depend on the order in which
+/// A number of 40 bits that the key decides, so that rows hardly ever depend on the order in which
 /// add-ons came.
 std::int64_t preferredId(const std::string& key) {
   constexpr std::size_t kDigits = 10;
@@ -339,6 +339,14 @@ std::string Database::currentAfter(const Record& record, const std::set<std::str
 std::uint64_t Database::countCurrent() const {
   Statement count = connection_.prepare("SELECT count(*) FROM addons");
   return count.step() ? static_cast<std::uint64_t>(count.number(0)) : 0;
+}
+
+std::uint64_t sequenceOfDatabase(const std::string& path) {
+  try {
+    return Database::read(path).sequence();
+  } catch (const DatabaseError&) {
+    return 0;
+  }
 }
 
 std::string queryOf(const std::vector<std::string>& words, std::string_view columns) {

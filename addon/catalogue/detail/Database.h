@@ -58,6 +58,9 @@ class Database {
   Connection connection_;
 };
 
+/// Of which root the database at `path` is; 0 if it is missing or broken.
+std::uint64_t sequenceOfDatabase(const std::string& path);
+
 /// The words as a query of the index: each the beginning of a word, in any column or, after
 /// "name:", "author:" or "requires:", in that one. Nothing in them is syntax. `columns`, which may
 /// be empty, narrow the other words.

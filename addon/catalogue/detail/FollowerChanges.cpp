@@ -147,7 +147,11 @@ LinesChange::LinesChange(std::string before, const SiteState& old)
     : before_(std::move(before)), old_(old) {
   const std::string start = "{\"sequence\":" + std::to_string(old.sequence()) + ',';
   const bool isWhole = old.root() && countLines(before_) == old.root()->versions;
-  isWhole&& before_.starts_with(start) ? before_.erase(1, start.size() - 1) : before_.erase();
+  if (isWhole && before_.starts_with(start)) {
+    before_.erase(1, start.size() - 1);
+  } else {
+    before_.clear();
+  }
 }
 
 std::optional<Pieces> LinesChange::make(const SiteState& now, const std::set<std::string>& keys) {

@@ -14,6 +14,7 @@
 #include "addon/catalogue/detail/FollowerChanges.h"
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/gallery/FrontPage.h"
+#include "opc/FileIo.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 
@@ -45,7 +46,7 @@ class NamedFile {
 
   const std::string& path() const { return path_; }
 
-  /// Makes it a copy of a file of the site. Returns false if that is not there.
+  /// Makes it a copy of a file of the site. Returns false if that is missing or cannot be read.
   bool copy(const std::string& other) const {
     const FileDescriptor from(uninterrupted(
         [&] { return ::openat(files_.descriptor(), other.c_str(), O_RDONLY | O_CLOEXEC); }));
@@ -65,14 +66,14 @@ class NamedFile {
     constexpr int kFlags = O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
     FileDescriptor file(
         uninterrupted([&] { return ::openat(files_.descriptor(), name_.c_str(), kFlags, 0666); }));
-    if (!file) throw opc::SystemError(fmt::format("cannot write '{}'", path_), errno);
+    if (!file) throw opc::SystemError(what(), errno);
     return file;
   }
 
   void putInPlace() {
     const FileDescriptor file(uninterrupted(
         [&] { return ::openat(files_.descriptor(), name_.c_str(), O_RDONLY | O_CLOEXEC); }));
-    if (!file) throw opc::SystemError(fmt::format("cannot write '{}'", path_), errno);
+    if (!file) throw opc::SystemError(what(), errno);
     files_.flushFile(file.get(), name_);
     files_.rename(name_, std::string(kDatabase));
     name_.clear();
@@ -81,18 +82,18 @@ class NamedFile {
  private:
   bool copyPieces(int from, int to) const {
     std::string piece(256u << 10, '\0');
-    ::lseek(from, 0, SEEK_SET);
-    ::lseek(to, 0, SEEK_SET);
+    std::uint64_t done = 0;
     while (true) {
-      const ssize_t count = uninterrupted([&] { return ::read(from, piece.data(), piece.size()); });
-      if (count == 0) return true;
-      if (count < 0) return false;
+      const ssize_t count = uninterrupted(
+          [&] { return ::pread(from, piece.data(), piece.size(), static_cast<off_t>(done)); });
+      if (count <= 0) return count == 0;
       const auto size = static_cast<std::size_t>(count);
-      if (uninterrupted([&] { return ::write(to, piece.data(), size); }) != count) {
-        throw opc::SystemError(fmt::format("cannot write '{}'", path_), errno);
-      }
+      opc::writeFully(to, done, piece.data(), size, what());
+      done += size;
     }
   }
+
+  std::string what() const { return fmt::format("cannot write '{}'", files_.onDisk(kDatabase)); }
 
   SiteFiles& files_;
   std::string name_;
@@ -105,10 +106,15 @@ void Followers::check() const {
   if (stop_) stop_();
 }
 
-bool Followers::areOf(std::uint64_t sequence) const {
-  return sequenceAtStart(files_, std::string(kFrontPage)) == sequence &&
-         sequenceAtStart(files_, std::string(kTerms)) == sequence &&
-         files_.exists(std::string(kDatabase)) && files_.exists(std::string(kRecordLines));
+bool Followers::areOf(const SiteState& state) const {
+  const auto isOf = [&](std::string_view path) {
+    return sequenceAtStart(files_, std::string(path)) == state.sequence();
+  };
+  // Without versions there is no line that could say it.
+  const bool hasLines = state.root() && state.root()->versions != 0;
+  return isOf(kFrontPage) && isOf(kTerms) &&
+         (hasLines ? isOf(kRecordLines) : files_.exists(std::string(kRecordLines))) &&
+         sequenceOfDatabase(files_.onDisk(kDatabase)) == state.sequence();
 }
 
 void Followers::write(const Request& request) {
@@ -121,9 +127,8 @@ void Followers::write(const Request& request) {
 }
 
 void Followers::writePages(const SiteState& state) {
-  state.visitLines([&](std::string_view line) {
+  state.visitRecords([&](const Record& record) {
     check();
-    const Record record = parseRecord(line);
     if (!isPageOf(files_, record)) writePage(files_, record, state.sequence());
   });
 }
@@ -158,6 +163,8 @@ void Followers::writeLines(const Request& request) {
 
 void Followers::writeDatabase(const SiteState& state, const std::set<std::string>& keys,
                               bool isChange) {
+  // SQLite needs a name, which a killed process leaves behind.
+  opc::removeAbandonedFiles(files_.descriptor(), std::string(kDatabase));
   NamedFile file(files_);
   if (isChange && file.copy(std::string(kDatabase))) {
     try {

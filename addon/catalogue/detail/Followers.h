@@ -22,8 +22,8 @@ class Followers {
   Followers(SiteFiles& files, const opc::interfaces::StopFunction& stop)
       : files_(files), stop_(stop) {}
 
-  /// Whether they are those of that root.
-  bool areOf(std::uint64_t sequence) const;
+  /// Whether they are those of the root of `state`.
+  bool areOf(const SiteState& state) const;
 
   /// What is to be written: for the root of `state`. If the old ones were complete for `old`, only
   /// the add-ons with these keys can have changed.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Pages.h"
@@ -20,8 +21,14 @@ constexpr opc::interfaces::BatchLimits kLimits{.jobs = 1, .effort = 1, .batches 
 }  // namespace
 
 Intake::Intake(const UpdateRequest& request, SiteFiles& files, const SiteState& old,
-               std::uint64_t sequence)
-    : request_(request), files_(files), old_(old), sequence_(sequence), spool_(files.folder()) {}
+               std::uint64_t sequence, Versions gone, Versions yanked)
+    : request_(request),
+      files_(files),
+      old_(old),
+      sequence_(sequence),
+      gone_(std::move(gone)),
+      yanked_(std::move(yanked)),
+      spool_(files.folder()) {}
 
 void Intake::add(const std::vector<PackageSource>& sources, const std::function<void()>& onEach) {
   const bool isSingle = sources.size() == 1;
@@ -60,7 +67,7 @@ void Intake::refuse(const std::string& file, std::string reason) {
 }
 
 std::string Intake::hashOf(const VersionKey& name) {
-  if (gone.contains(name)) return {};
+  if (gone_.contains(name)) return {};
   const std::lock_guard lock(mutex_);
   for (Record& record : old_.records(name.key)) {
     if (record.version == name.version) return std::move(record.sha256);
@@ -85,12 +92,12 @@ bool Intake::isAlone(const std::string& file, const VersionKey& name, const Reco
 
 void Intake::take(Examination& examined, const VersionKey& name) {
   Record& record = *examined.record;
-  record.isYanked = yanked.contains(name);
+  record.isYanked = yanked_.contains(name);
   writeScreenshot(files_, *examined.package, record);
   Candidate candidate{examined.file, record.sha256};
   // A page that the old root names belongs to its package until the new root is in place.
   candidate.isPageMissing =
-      gone.contains(name) && files_.exists(record.page) && !isPageOf(files_, record);
+      gone_.contains(name) && files_.exists(record.page) && !isPageOf(files_, record);
   if (!candidate.isPageMissing) writePage(files_, *examined.package, record, sequence_);
   candidate.line = spool_.add(toLine(record));
   candidates_.emplace(name, std::move(candidate));

@@ -32,19 +32,20 @@ class Intake {
     bool isDoubtful = false;     ///< there is another one, so neither is taken
   };
 
-  /// All must outlive it. `gone` are the versions that the old root names and the new one will not;
-  /// `yanked` those that get into the site as such. `sequence` is that of the new root.
-  Intake(const UpdateRequest& request, SiteFiles& files, const SiteState& old,
-         std::uint64_t sequence);
+  using Versions = std::set<VersionKey>;
 
-  std::set<VersionKey> gone = {};
-  std::set<VersionKey> yanked = {};
+  /// All references must outlive it. `gone` are the versions that the old root names and the new
+  /// one will not; `yanked` those that get into the site as such. `sequence` is that of the new
+  /// root.
+  Intake(const UpdateRequest& request, SiteFiles& files, const SiteState& old,
+         std::uint64_t sequence, Versions gone, Versions yanked);
 
   /// Adds these packages or refuses them, one after the other, while a second thread may examine
   /// the next ones. `onEach`, which may throw, is called before each of them. Throws for faults
   /// that are not those of a package.
   void add(const std::vector<PackageSource>& sources, const std::function<void()>& onEach);
 
+  const Versions& gone() const { return gone_; }
   const std::map<VersionKey, Candidate>& candidates() const { return candidates_; }
   const RecordSpool& spool() const { return spool_; }
   std::vector<Refusal> takeRefused() { return std::move(refused_); }
@@ -63,7 +64,9 @@ class Intake {
   SiteFiles& files_;
   const SiteState& old_;  // under the mutex
   std::mutex mutex_;
-  std::uint64_t sequence_;
+  const std::uint64_t sequence_;
+  const Versions gone_;
+  const Versions yanked_;
   RecordSpool spool_;
   std::map<VersionKey, Candidate> candidates_;
   std::vector<Refusal> refused_;

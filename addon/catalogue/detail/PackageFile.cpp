@@ -15,6 +15,7 @@
 #include "addon/packaging/AddonPackage.h"
 #include "opc/Exception.h"
 #include "opc/FileIdentity.h"
+#include "opc/FileIo.h"
 #include "opc/SystemCall.h"
 #include "text/ByteCount.h"
 #include "text/Sha256.h"
@@ -94,15 +95,11 @@ void PackageFile::copy() {
   if (!copy_.create(files_.descriptor(), place_, 0666)) {
     fail("cannot write", files_.onDisk(place_), errno);
   }
+  const std::string what = fmt::format("cannot write '{}'", files_.onDisk(place_));
   text::Sha256 hash;
   readAll(file_.get(), source_, stop_, [&](std::string_view piece) {
     hash.update(piece);
-    while (!piece.empty()) {
-      const ssize_t count =
-          uninterrupted([&] { return ::write(copy_.descriptor(), piece.data(), piece.size()); });
-      if (count < 0) fail("cannot write", files_.onDisk(place_), errno);
-      piece.remove_prefix(static_cast<std::size_t>(count));
-    }
+    opc::writeFully(copy_.descriptor(), piece.data(), piece.size(), what);
   });
   if (hash.finish() != sha256_) {
     throw opc::Exception(opc::ErrorCode::ChangedOnDisk,

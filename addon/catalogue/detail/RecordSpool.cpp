@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/detail/RecordSpool.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 
 #include "opc/Exception.h"
-#include "opc/SystemCall.h"
+#include "opc/FileIo.h"
 #include "opc/TemporaryFile.h"
 
 namespace addon::catalogue::detail {
@@ -26,30 +24,16 @@ RecordSpool::RecordSpool(const std::string& folder) : file_(opc::createNamelessF
 }
 
 std::size_t RecordSpool::add(std::string_view line) {
-  std::uint64_t end = startOf(ends_, ends_.size());
-  while (!line.empty()) {
-    const ssize_t count = opc::uninterrupted(
-        [&] { return ::pwrite(file_.get(), line.data(), line.size(), static_cast<off_t>(end)); });
-    if (count < 0) throw opc::SystemError(kWhat, errno);
-    end += static_cast<std::uint64_t>(count);
-    line.remove_prefix(static_cast<std::size_t>(count));
-  }
-  ends_.push_back(end);
+  const std::uint64_t end = startOf(ends_, ends_.size());
+  opc::writeFully(file_.get(), end, line.data(), line.size(), kWhat);
+  ends_.push_back(end + line.size());
   return ends_.size() - 1;
 }
 
 std::string RecordSpool::line(std::size_t index) const {
-  std::uint64_t from = startOf(ends_, index);
+  const std::uint64_t from = startOf(ends_, index);
   std::string line(static_cast<std::size_t>(ends_[index] - from), '\0');
-  std::size_t done = 0;
-  while (done < line.size()) {
-    const ssize_t count = opc::uninterrupted([&] {
-      return ::pread(file_.get(), line.data() + done, line.size() - done,
-                     static_cast<off_t>(from + done));
-    });
-    if (count <= 0) throw opc::SystemError("cannot read a temporary file", count < 0 ? errno : EIO);
-    done += static_cast<std::size_t>(count);
-  }
+  opc::readFully(file_.get(), from, line.data(), line.size(), "cannot read a temporary file");
   return line;
 }
 

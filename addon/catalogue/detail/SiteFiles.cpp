@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "addon/catalogue/SitePaths.h"
+#include "opc/FileIo.h"
 #include "opc/SystemCall.h"
 #include "text/Sha256.h"
 
@@ -35,35 +36,29 @@ FileDescriptor openAt(int folder, const std::string& path) {
   return FileDescriptor(uninterrupted([&] { return ::openat(folder, path.c_str(), kFlags); }));
 }
 
-/// Collects small pieces into large writes.
+/// Collects small pieces into large writes. Throws opc::SystemError that begins with `what`.
 class FileSink {
  public:
-  explicit FileSink(int file) : file_(file) {}
+  FileSink(int file, std::string what) : file_(file), what_(std::move(what)) {}
 
-  /// Returns false, with errno set, if that fails.
-  bool write(std::string_view piece) {
-    if (piece.size() >= kBufferSize) return flush() && writeAll(piece);
-    buffer_ += piece;
-    return buffer_.size() < kBufferSize || flush();
+  void write(std::string_view piece) {
+    if (piece.size() < kBufferSize) {
+      buffer_ += piece;
+      if (buffer_.size() >= kBufferSize) flush();
+      return;
+    }
+    flush();
+    opc::writeFully(file_, piece.data(), piece.size(), what_);
   }
 
-  bool flush() {
-    const bool isWritten = writeAll(buffer_);
+  void flush() {
+    opc::writeFully(file_, buffer_.data(), buffer_.size(), what_);
     buffer_.clear();
-    return isWritten;
   }
 
  private:
-  bool writeAll(std::string_view left) const {
-    while (!left.empty()) {
-      const ssize_t count = uninterrupted([&] { return ::write(file_, left.data(), left.size()); });
-      if (count < 0) return false;
-      left.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-  }
-
   int file_;
+  std::string what_;
   std::string buffer_;
 };
 
@@ -86,10 +81,14 @@ std::string SiteFiles::onDisk(std::string_view path) const {
 }
 
 bool SiteFiles::exists(const std::string& path) const {
+  return timeOf(path).has_value();
+}
+
+std::optional<std::time_t> SiteFiles::timeOf(const std::string& path) const {
   struct stat status {};
-  if (::fstatat(descriptor_.get(), path.c_str(), &status, 0) == 0) return true;
+  if (::fstatat(descriptor_.get(), path.c_str(), &status, 0) == 0) return status.st_mtim.tv_sec;
   if (errno != ENOENT && errno != ENOTDIR) fail("cannot read", path, errno);
-  return false;
+  return std::nullopt;
 }
 
 std::optional<std::string> SiteFiles::read(const std::string& path) const {
@@ -185,11 +184,9 @@ void SiteFiles::replace(const std::string& path, std::string_view content) {
 void SiteFiles::replace(const std::string& path, const std::function<void(const Sink&)>& write) {
   opc::TemporaryFile file;
   if (!file.create(descriptor_.get(), path, 0666)) fail("cannot write", path, errno);
-  FileSink sink(file.descriptor());
-  write([&](std::string_view piece) {
-    if (!sink.write(piece)) fail("cannot write", path, errno);
-  });
-  if (!sink.flush()) fail("cannot write", path, errno);
+  FileSink sink(file.descriptor(), "cannot write '" + onDisk(path) + "'");
+  write([&](std::string_view piece) { sink.write(piece); });
+  sink.flush();
   putInPlace(file, path);
 }
 

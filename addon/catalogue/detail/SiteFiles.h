@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <ctime>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -58,6 +59,8 @@ class SiteFiles {
   /// The same for one that has a temporary name in the site.
   void rename(const std::string& from, const std::string& to);
   void remove(const std::string& path);
+  /// When it was changed; nothing if there is no such file.
+  std::optional<std::time_t> timeOf(const std::string& path) const;
   /// Sets its time of change to now.
   void touch(const std::string& path) const;
 

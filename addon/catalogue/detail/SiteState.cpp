@@ -48,12 +48,12 @@ const Shard& SiteState::shard(const std::string& name) const {
     read_ = 0;
   }
   read_ += file.size;
-  return shards_[name] = Shard::parse(files_->read(file), file.path);
+  return shards_[name] = Shard::parse(files_->read(file), files_->onDisk(file.path));
 }
 
 Shard SiteState::readShard(const std::string& name) const {
   const FileReference& file = index_.shards.at(name).file;
-  return Shard::parse(files_->read(file), file.path);
+  return Shard::parse(files_->read(file), files_->onDisk(file.path));
 }
 
 std::vector<Record> SiteState::records(const std::string& key) const {
@@ -62,7 +62,15 @@ std::vector<Record> SiteState::records(const std::string& key) const {
 
 void SiteState::visitLines(const std::function<void(std::string_view)>& visit) const {
   for (const auto& [name, shard] : index_.shards) {
-    catalogue::visitLines(files_->read(shard.file), shard.file.path, visit);
+    catalogue::visitLines(files_->read(shard.file), files_->onDisk(shard.file.path), visit);
+  }
+}
+
+void SiteState::visitRecords(const std::function<void(const Record&)>& visit) const {
+  for (const auto& [name, shard] : index_.shards) {
+    const std::string path = files_->onDisk(shard.file.path);
+    catalogue::visitLines(files_->read(shard.file), path,
+                          [&](std::string_view line) { visit(catalogue::recordOf(line, path)); });
   }
 }
 

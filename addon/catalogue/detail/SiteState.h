@@ -37,6 +37,7 @@ class SiteState {
 
   /// Passes all records, shard by shard, as lines; from memory that is used again.
   void visitLines(const std::function<void(std::string_view)>& visit) const;
+  void visitRecords(const std::function<void(const Record&)>& visit) const;
 
  private:
   const SiteFiles* files_;

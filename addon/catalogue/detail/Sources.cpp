@@ -36,16 +36,19 @@ bool isPackageName(const std::string& name) {
 
 void addFrom(const std::string& folder, std::vector<std::string>& packages) {
   std::error_code error;
+  std::string reading = folder;
   fs::recursive_directory_iterator each(folder, error);
   while (!error && each != fs::recursive_directory_iterator()) {
-    const bool isFolder = each->is_directory(error);
-    if (!error && !isFolder && isPackageName(each->path().filename().string())) {
-      packages.push_back(each->path().string());
-    }
-    error.clear();  // Of a link to nothing, which is named when it is opened.
+    const fs::path path = each->path();
+    std::error_code ofLink;  // A link to nothing fails, by its name, when it is opened.
+    const bool isFolder = each->is_directory(ofLink);
+    if (!isFolder && isPackageName(path.filename().string())) packages.push_back(path.string());
+    // Links to folders are not followed.
+    const bool isNext = isFolder && !each->is_symlink(ofLink);
+    reading = (isNext ? path : path.parent_path()).string();
     each.increment(error);
   }
-  if (error) fail("cannot read folder", folder, error.value());
+  if (error) fail("cannot read folder", reading, error.value());
 }
 
 /// Brings the name of a new folder to the disk.
@@ -104,14 +107,9 @@ std::vector<std::string> storedPackages(const SiteFiles& files) {
 }
 
 std::uint64_t lastSequence(const SiteFiles& files) {
-  std::uint64_t last = std::max(sequenceAtStart(files, std::string(kFrontPage)),
-                                sequenceAtStart(files, std::string(kRecordLines)));
-  try {
-    last = std::max(last, Database::read(files.onDisk(kDatabase)).sequence());
-  } catch (const DatabaseError&) {
-    // It is missing or broken, too.
-  }
-  return last;
+  return std::max({sequenceAtStart(files, std::string(kFrontPage)),
+                   sequenceAtStart(files, std::string(kRecordLines)),
+                   sequenceOfDatabase(files.onDisk(kDatabase))});
 }
 
 void prepareFolder(const std::string& folder) {

@@ -74,6 +74,23 @@ TEST(Shard, OneThatIsLaidOutInAnotherWayIsRefused) {
   EXPECT_THROW(Shard::parse(text + "\n", "x"), BrokenSite);
 }
 
+TEST(Shard, ARecordThatCannotBeReadNamesTheFile) {
+  Shard shard;
+  shard.setRecords("ab", {version("1")});
+  std::string text = shard.text();
+  text.replace(text.find("\"license\""), 9, "\"terms\"");
+  const Shard broken = Shard::parse(text, "site/shards/x.json");
+
+  try {
+    broken.records("ab");
+    FAIL();
+  } catch (const BrokenSite& error) {
+    EXPECT_STREQ(error.what(),
+                 "cannot read 'site/shards/x.json': the member 'license' of a record is missing or "
+                 "of another kind");
+  }
+}
+
 TEST(Shard, TheCurrentVersionIsTheNewestThatIsNotYanked) {
   EXPECT_EQ(currentOf({version("2", true), version("1")})->version, "1");
   EXPECT_EQ(currentOf({version("2", true)}), nullptr);
