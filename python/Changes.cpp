@@ -78,18 +78,19 @@ void remove(PackageHandle& handle, const std::string& path) {
 }
 
 void move(PackageHandle& handle, const std::string& from, const std::string& to) {
-  handle.use(from, [&](AddonPackage& package) { PackageHandle::requireEntry(package, from); });
-  handle.use(to, [&](AddonPackage& package) {
-    if (package.fileSystem().find(to)) throw opc::plservices::FileSystemEntryAlreadyExists(to);
-  });
-  handle.use(from, [&](AddonPackage& package) {
-    package.fileSystem().checkMove(PackageHandle::requireEntry(package, from), to);
-  });
-  handle.change(from, [&](AddonPackage& package) {
+  Subject subject{handle.path(), from};
+  handle.use(subject, [&](AddonPackage& package) {
+    auto& tree = package.fileSystem();
     const FileSystemEntry entry = PackageHandle::requireEntry(package, from);
+    subject.part = to;
+    if (tree.find(to)) throw opc::plservices::FileSystemEntryAlreadyExists(to);
+    subject.part = from;
+    tree.checkMove(entry, to);
     const std::string old = entry.path();
-    package.fileSystem().move(entry, to);
-    addon::packaging::renameReferences(package, old, to);
+    handle.changeForGood([&] {
+      tree.move(entry, to);
+      addon::packaging::renameReferences(package, old, to);
+    });
   });
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "addon/build/BuildError.h"
@@ -176,23 +177,30 @@ py::bytes read(PackageHandle& handle, const std::string& path) {
   return result;
 }
 
-std::size_t readInto(PackageHandle& handle, const std::string& path, const py::buffer& target) {
-  const py::buffer_info buffer = target.request(true);
-  const auto room = static_cast<std::size_t>(buffer.size * buffer.itemsize);
+/// The memory of a buffer, which has to outlive it.
+std::span<unsigned char> writableBytes(const py::buffer_info& buffer) {
   if (PyBuffer_IsContiguous(buffer.view(), 'C') == 0) {
     throw py::value_error("the buffer is not contiguous");
   }
-  auto* const memory = static_cast<unsigned char*>(buffer.ptr);
+  return {static_cast<unsigned char*>(buffer.ptr),
+          static_cast<std::size_t>(buffer.size * buffer.itemsize)};
+}
+
+std::size_t readInto(PackageHandle& handle, const std::string& path, const py::buffer& target) {
+  const py::buffer_info buffer = target.request(true);
+  const std::span<unsigned char> room = writableBytes(buffer);
   return handle.use(path, [&](AddonPackage& package) {
     const FileToRead file(package, path);
     const std::size_t size = file.size();
-    if (size > room) {
-      throw py::value_error("the buffer has " + std::to_string(room) + " bytes, the file has " +
-                            std::to_string(size));
+    if (size > room.size()) {
+      throw py::value_error("the buffer has " + std::to_string(room.size()) +
+                            " bytes, the file has " + std::to_string(size));
     }
-    opc::ByteBuffer content({memory, room});
+    opc::ByteBuffer content(room);
     file.readInto(content);
-    if (content.data() != memory) std::copy_n(content.data(), content.size(), memory);
+    if (content.data() != room.data()) {
+      std::copy_n(content.data(), content.size(), room.data());
+    }
     return content.size();
   });
 }
@@ -223,8 +231,8 @@ void extract(PackageHandle& handle, const std::string& path, const std::string& 
 
 std::size_t readStream(Stream& stream, const py::buffer& target) {
   const py::buffer_info buffer = target.request(true);
-  return stream.read(static_cast<unsigned char*>(buffer.ptr),
-                     static_cast<std::size_t>(buffer.size * buffer.itemsize));
+  const std::span<unsigned char> room = writableBytes(buffer);
+  return stream.read(room.data(), room.size());
 }
 
 }  // namespace

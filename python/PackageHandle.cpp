@@ -46,9 +46,8 @@ PackageHandle::Turn::~Turn() {
   if (lock_) handle_.owner_ = std::thread::id();
 }
 
-PackageHandle::Stream::Stream(std::shared_ptr<PackageHandle> package, std::string path,
-                              std::unique_ptr<opc::InputStream> input)
-    : package_(std::move(package)), path_(std::move(path)), input_(std::move(input)) {}
+PackageHandle::Stream::Stream(std::shared_ptr<PackageHandle> package, std::string path)
+    : package_(std::move(package)), path_(std::move(path)) {}
 
 PackageHandle::Stream::~Stream() {
   const py::gil_scoped_release released;
@@ -71,12 +70,11 @@ std::size_t PackageHandle::Stream::read(unsigned char* buffer, std::size_t size)
 }
 
 std::shared_ptr<PackageHandle::Stream> PackageHandle::openFile(const std::string& path) {
-  auto input = use(path, [&](AddonPackage& package) {
-    auto& tree = package.fileSystem();
-    return tree.openFile(requireEntry(package, path));
+  const auto stream = std::make_shared<Stream>(shared_from_this(), path);
+  use(path, [&](AddonPackage& package) {
+    streams_.insert(stream.get());
+    stream->input_ = package.fileSystem().openFile(requireEntry(package, path));
   });
-  auto stream = std::make_shared<Stream>(shared_from_this(), path, std::move(input));
-  use(path, [&](AddonPackage&) { streams_.insert(stream.get()); });
   return stream;
 }
 

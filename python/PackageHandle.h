@@ -29,8 +29,7 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// A stream over a file of the package. Without effect once the package is closed.
   class Stream {
    public:
-    Stream(std::shared_ptr<PackageHandle> package, std::string path,
-           std::unique_ptr<opc::InputStream> input);
+    Stream(std::shared_ptr<PackageHandle> package, std::string path);
     ~Stream();
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
@@ -69,8 +68,14 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// ValueError if the package is closed, RuntimeError inside another call of the same thread.
   template <typename Work>
   auto use(const std::string& part, const Work& work) {
+    return use(Subject{path_, part}, work);
+  }
+
+  /// The same for work that changes `subject`.
+  template <typename Work>
+  auto use(const Subject& subject, const Work& work) {
     requireOutside();
-    return withoutGil({path_, part}, [&] {
+    return withoutGil(subject, [&] {
       const Turn turn(*this);
       requireOpen();
       return work(*package_);
@@ -81,12 +86,17 @@ class PackageHandle : public std::enable_shared_from_this<PackageHandle> {
   /// committed.
   template <typename Work>
   void change(const std::string& part, const Work& work) {
-    use(part, [&](addon::packaging::AddonPackage& package) {
-      requireWritable();
-      const bool before = std::exchange(isHalfChanged_, true);
-      work(package);
-      isHalfChanged_ = before;
-    });
+    use(part,
+        [&](addon::packaging::AddonPackage& package) { changeForGood([&] { work(package); }); });
+  }
+
+  /// That change alone, for what use() runs, so that checks can come before it.
+  template <typename Work>
+  void changeForGood(const Work& work) {
+    requireWritable();
+    const bool before = std::exchange(isHalfChanged_, true);
+    work();
+    isHalfChanged_ = before;
   }
 
  private:

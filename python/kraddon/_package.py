@@ -52,7 +52,7 @@ def whole_number(name: str, value: int, most: int) -> int:
 class _Document(typing.Generic[_Read, _Written]):
     """A document of a package, as an attribute. None or `del` removes it."""
 
-    def __init__(self, text: str | None = None) -> None:
+    def __init__(self, text: str) -> None:
         self.__doc__ = text
 
     def __set_name__(self, owner: type[Package], name: str) -> None:
@@ -77,7 +77,7 @@ class _Document(typing.Generic[_Read, _Written]):
 
 
 class Package:
-    """An open package. kraddon.open() makes one.
+    """An open package, as returned by kraddon.open().
 
     As a context manager, a clean exit commits what was changed, an exception discards it.
     """
@@ -111,28 +111,34 @@ class Package:
             self.discard()
 
     def close(self) -> None:
-        """Commits what was changed, and closes. After a failure it is closed as well, and the file
-        is as it was."""
+        """Commits the changes and closes the package. If the commit fails, the package is closed
+        too, and the file is unchanged."""
         self._native.close()
 
     def discard(self) -> None:
-        """Drops what was changed, and closes."""
+        """Drops the changes and closes the package."""
         self._native.discard()
 
     @property
     def closed(self) -> bool:
+        """Whether the package is closed."""
         return self._native.closed
 
     # The documents.
 
     properties = _Document[Properties, Properties](
         "What the add-on is. `type` and `korvan_release` never change.")
-    license = _Document[License | None, License | None]()
-    configuration = _Document[Configuration | None, Configuration | None]()
-    apps = _Document[list[App], typing.Iterable[App] | None]()
-    examples = _Document[list[ExampleCategory], typing.Iterable[ExampleCategory] | None]()
-    revisions = _Document[list[Revision], typing.Iterable[Revision] | None]()
-    requirements = _Document[Requirements | None, Requirements | None]()
+    license = _Document[License | None, License | None](
+        "The license, or None. Assign a License to store it.")
+    configuration = _Document[Configuration | None, Configuration | None](
+        "The search paths, or None.")
+    apps = _Document[list[App], typing.Iterable[App] | None]("The apps; [] if there are none.")
+    examples = _Document[list[ExampleCategory], typing.Iterable[ExampleCategory] | None](
+        "The example categories; [] if there are none.")
+    revisions = _Document[list[Revision], typing.Iterable[Revision] | None](
+        "The revisions; [] if there are none.")
+    requirements = _Document[Requirements | None, Requirements | None](
+        "The requirements, or None.")
 
     @property
     def screenshot(self) -> bytes | None:
@@ -150,7 +156,7 @@ class Package:
         self._native.remove_screenshot()
 
     def set_screenshot(self, path: StrPath) -> None:
-        """Stores an image file on disk, whose name says what it is."""
+        """Stores an image file as the screenshot. Its extension must match its format."""
         self._native.set_screenshot(disk_path(path))
 
     # The file tree.
@@ -248,10 +254,10 @@ class Package:
 
 def open(path: StrPath, mode: Literal["r", "a", "x", "w"] = "r", *, timestamp: int | None = None,
          level: int = 6) -> Package:
-    """Opens a package: "r" for reading, "a" to change it, "x" and "w" to make a new one, which
-    with "w" may replace a file.
+    """Opens a package: "r" to read it, "a" to change it, "x" to create a new file, "w" to create
+    one or replace an existing one.
 
-    `timestamp`, in seconds since 1970, is the time of everything that is written; without it
-    SOURCE_DATE_EPOCH is. `level` is that of the compression, 0 to 9.
+    `timestamp`, in seconds since 1970, is used for everything that is written; the default is
+    `SOURCE_DATE_EPOCH`, if set. `level` is the compression level, 0 to 9.
     """
     return Package(path, mode, timestamp=timestamp, level=level)

@@ -206,3 +206,13 @@ def test_a_move_that_is_refused_changes_nothing(package, to):
         opened.add_bytes(b"more", "more.m")
     with kraddon.open(package) as opened:
         assert set(opened.namelist()) == {*names, "more.m"}
+
+
+@pytest.mark.parametrize("old, new, error, part", [
+    ("none", "x", FileNotFoundError, "none"), ("lib", "data", FileExistsError, "data"),
+    ("lib", "a.m/x", NotADirectoryError, "lib")])
+def test_a_move_that_is_refused_names_the_path_in_the_way(package, old, new, error, part):
+    with kraddon.open(package, "a") as opened:
+        with pytest.raises(error) as caught:
+            opened.move(old, new)
+        assert caught.value.part == part

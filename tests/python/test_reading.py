@@ -50,6 +50,20 @@ def test_reading_into_a_buffer_returns_the_size_and_refuses_a_small_one(package)
             opened.readinto("a.m", b"constant bytes")
 
 
+def test_a_buffer_with_gaps_or_backwards_is_refused_and_stays_as_it_is(package):
+    memory = bytearray(b"." * 40)
+    whole = memoryview(memory)
+    with kraddon.open(package) as opened:
+        stream = opened._native.open("a.m")
+        for part in (whole[:20][::-1], whole[::2], whole[20:24][::-1]):
+            for read in (stream.readinto, lambda part: opened.readinto("a.m", part)):
+                with pytest.raises(ValueError, match="^the buffer is not contiguous$"):
+                    read(part)
+        assert memory == b"." * 40
+        assert stream.readinto(whole[4:12]) == 8
+    assert memory == b"...." + FILES["a.m"] + b"." * 28
+
+
 def test_files_are_traversable(package):
     with kraddon.open(package) as opened:
         root = opened.files

@@ -118,6 +118,72 @@ def test_a_package_may_be_closed_by_another_thread(package):
     assert all(results)
 
 
+def in_threads(count, work):
+    """Runs work(number) in threads that begin together, and returns their results."""
+    start = threading.Barrier(count)
+
+    def run(number):
+        start.wait()
+        return work(number)
+
+    with concurrent.futures.ThreadPoolExecutor(count) as pool:
+        return list(pool.map(run, range(count)))
+
+
+def test_of_threads_that_move_the_same_file_one_succeeds_and_the_package_can_be_closed(package):
+    opened = kraddon.open(package, "a")
+
+    def move(source, number):
+        try:
+            opened.move(source, f"{source}.{number}")
+        except FileNotFoundError:
+            return None
+        return f"{source}.{number}"
+
+    name = "a.m"
+    for _ in range(100):
+        moved = in_threads(4, lambda number: move(name, number))
+        name, = filter(None, moved)
+    opened.close()
+    with kraddon.open(package) as opened:
+        assert opened.read(name) == FILES["a.m"]
+
+
+def test_of_threads_that_move_files_to_the_same_path_one_succeeds(package):
+    opened = kraddon.open(package, "a")
+
+    def move(number):
+        opened.add_bytes(b"x", f"from{number}")
+        try:
+            opened.move(f"from{number}", "to")
+        except FileExistsError as error:
+            opened.remove(f"from{number}")
+            assert error.part == "to"
+            return 0
+        return 1
+
+    for _ in range(100):
+        assert sum(in_threads(4, move)) == 1
+        opened.remove("to")
+    opened.close()
+
+
+def test_a_package_may_be_closed_while_other_threads_open_streams(package):
+    def read(number):
+        if number == 0:
+            opened.close()
+            return
+        try:
+            while True:
+                assert opened._native.open("lib/b.m").readinto(bytearray(4000)) == 4000
+        except ValueError:
+            pass
+
+    for _ in range(100):
+        opened = kraddon.open(package)
+        in_threads(4, read)
+
+
 def test_a_stream_may_end_during_a_call(package, tmp_path):
     script = ("import sys, kraddon\n"
               "with kraddon.open(sys.argv[1]) as package:\n"
