@@ -70,7 +70,7 @@ std::size_t PackageHandle::Stream::read(unsigned char* buffer, std::size_t size)
 }
 
 std::shared_ptr<PackageHandle::Stream> PackageHandle::openFile(const std::string& path) {
-  const auto stream = std::make_shared<Stream>(shared_from_this(), path);
+  auto stream = std::make_shared<Stream>(shared_from_this(), path);
   use(path, [&](AddonPackage& package) {
     streams_.insert(stream.get());
     stream->input_ = package.fileSystem().openFile(requireEntry(package, path));
