@@ -177,9 +177,9 @@ void PackageBuild::inspect(const std::string& path, const Task& task,
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) throw systemError("cannot access", path, errno);
   result.size = static_cast<std::uint64_t>(info.st_size);
-  const opc::interfaces::ProgressFunction progress = startProgress();
+  const opc::interfaces::BackgroundStarter& background = task.options.background;
   if (request_.verifies) {
-    Report report = checks::verifyWritten(path, packed, progress, task.options.background);
+    Report report = checks::verifyWritten(path, packed, startProgress(), background);
     reportUntracked(TrackedFiles(task.project), result, report);
     judge(task, report);
     if (isRefused(task)) throw Refused();
@@ -187,7 +187,7 @@ void PackageBuild::inspect(const std::string& path, const Task& task,
   if (request_.wantsDigest) {
     AddonPackage package(opc::SystemPath{path});
     package.logicalPackage().open(opc::interfaces::OpenMode::Read);
-    result.digest = contentDigest(package, readTree(package), progress);
+    result.digest = contentDigest(package, readTree(package), startProgress(), background);
   }
 }
 
@@ -205,11 +205,14 @@ void PackageBuild::run() {
   options.progress = startProgress();
   options.inspect = [&](const std::string& path) {
     inspect(path, task, packed);
-    result.isWritten = true;
-    if (request_.onWritten) request_.onWritten(result);
+    if (!request_.onWritten) return;
+    BuildResult written = result;
+    written.isWritten = true;
+    request_.onWritten(written);
   };
   try {
     target.commit(std::move(options));
+    result.isWritten = true;
   } catch (const Refused&) {
     refuse(task);
   }
@@ -234,7 +237,9 @@ void PackageBuild::rehearse() {
     reportUntracked(TrackedFiles(task.project), result, report);
     judge(task, report);
   }
-  if (request_.wantsDigest) result.digest = contentDigest(package, items, startProgress());
+  if (request_.wantsDigest) {
+    result.digest = contentDigest(package, items, startProgress(), task.options.background);
+  }
   if (isRefused(task)) refuse(task);
 }
 
