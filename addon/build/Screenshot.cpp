@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "addon/build/Screenshot.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 
 #include "addon/build/BuildError.h"
+#include "addon/build/detail/ReadFile.h"
 #include "addon/packaging/DocumentRemoval.h"
 #include "addon/packaging/ImageSignature.h"
-#include "opc/FileDescriptor.h"
-#include "opc/SystemCall.h"
 #include "opc/Text.h"
 #include "opc/plservices/FileContentSource.h"
 
@@ -20,13 +15,7 @@ namespace addon::build {
 using opc::sentence;
 
 void checkScreenshot(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) throw systemError("cannot read", path, errno);
-  if (S_ISDIR(info.st_mode)) throw systemError("cannot read", path, EISDIR);
-  if (!S_ISREG(info.st_mode)) throw BuildError(sentence("cannot read", path, "it is not a file"));
-  const opc::FileDescriptor file(
-      opc::uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
-  if (!file) throw systemError("cannot read", path, errno);
+  detail::openRegularFile(path);
   const auto content = opc::plservices::FileContentSource(path).getInputStream();
   const std::string fault = packaging::screenshotFault(path, *content);
   if (!fault.empty()) throw BuildError(sentence("cannot use the image", path, fault));

@@ -8,13 +8,10 @@
 #include <cerrno>
 
 #include "addon/build/BuildError.h"
-#include "opc/FileDescriptor.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
 
 namespace addon::build::detail {
-
-namespace {
 
 opc::FileDescriptor openRegularFile(const std::string& path) {
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
@@ -27,8 +24,6 @@ opc::FileDescriptor openRegularFile(const std::string& path) {
   }
   return file;
 }
-
-}  // namespace
 
 std::string readWholeFile(const std::string& path, std::size_t limit) {
   const opc::FileDescriptor file = openRegularFile(path);

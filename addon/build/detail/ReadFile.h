@@ -5,10 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "opc/FileDescriptor.h"
+
 namespace addon::build::detail {
 
-/// All bytes of a regular file; never waits for a pipe. Throws BuildError when the file cannot be
-/// read, is not a regular file, or holds more than `limit` bytes.
+/// Opens a file for reading; never waits for a pipe. Throws BuildError when the file cannot be
+/// opened or is not a regular file.
+opc::FileDescriptor openRegularFile(const std::string& path);
+
+/// All bytes of a regular file. Throws as openRegularFile() does, and when the file cannot be read
+/// or holds more than `limit` bytes.
 std::string readWholeFile(const std::string& path, std::size_t limit);
 
 /// A path as the library's classes take it. Throws BuildError, which begins with `what`, for one
