@@ -9,7 +9,8 @@ struct Interrupted {
   int signal;
 };
 
-/// Turns SIGINT, SIGTERM and SIGHUP into stack unwinding, which cleans up.
+/// Turns the signals that ask a program to end (SIGINT, SIGTERM, SIGHUP and others whose default
+/// action does) into stack unwinding, which cleans up.
 class Interrupt {
  public:
   /// Only records these signals from now on. Signals that were ignored at the start stay ignored.

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "tool/process/Secret.h"
 
+#include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
+#include "opc/FileDescriptor.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
 #include "tool/process/ReadFile.h"
@@ -37,7 +41,8 @@ void Secret::readFile(const std::string& path) {
     Interrupt::check();
     if (read > 0) size += static_cast<std::size_t>(read);
     if (size > kLargest) {
-      throw Failure(sentence("cannot read", path, "it is larger than 1048576 bytes"));
+      throw Failure(
+          sentence("cannot read", path, fmt::format("it is larger than {} bytes", kLargest)));
     }
   }
   text_.resize(size);
