@@ -93,6 +93,8 @@ FULL_LISTING = ["apps/editor.m", "apps/viewer.m", "empty", "examples/chirp.m",
                 "examples/chirp.png", "examples/chirp.src", "examples/chirp2.png",
                 "java/wave.jar", "keep.log", "lib/wave.m"]
 
+PACKAGE = "Wave Tools-1.2.kraddon"
+
 
 class ProjectTest(kraddontest.CliTest):
 

@@ -1,14 +1,119 @@
 # SPDX-License-Identifier: MIT
-"""kraddon index with sites that somebody changed, folders that cannot be read, and no site."""
+"""kraddon index with sites that are damaged or that somebody changed, folders that cannot be read,
+and no site."""
 
 import hashlib
 import json
 import os
 
 import kraddontest
-from cataloguetest import GUID, CatalogueTest
+from cataloguetest import GUID, CatalogueTest, age, hashed_files
 
 HINT = "'kraddon index --rebuild' rebuilds it from its packages"
+
+
+class Repairs(CatalogueTest):
+
+    def broken(self, *words):
+        result = self.run_kraddon("index", "site", *words)
+        self.assertEqual(result.code, 1)
+        self.assertIn("--rebuild", result.errors.splitlines()[-1])
+        return result.errors
+
+    def site(self):
+        self.index(*self.addons(3))
+        self.index("--yank", f"{GUID.format(1)}@1.0")
+        self.index("--remove", GUID.format(2))
+        return self.records()
+
+    def test_a_rebuild_of_a_sound_site_gives_the_same(self):
+        self.site()
+        before = self.tree_of()
+
+        self.index("--rebuild")
+
+        after = self.tree_of()
+        for name in ("root.json", "index.html", "records.ndjson", "catalogue.sqlite"):
+            self.assertEqual(after[name], before[name], name)
+
+    def test_a_lost_root_is_an_error_and_rebuilt(self):
+        self.site()
+        for damage in (lambda path: path.unlink(), lambda path: path.write_text("{"),
+                       lambda path: path.write_text("")):
+            damage(self.path("site/root.json"))
+            packages = self.names("site/packages")
+            self.broken("p0.kraddon")
+            self.assertEqual(self.names("site/packages"), packages)
+
+            result = self.run_kraddon("index", "site", "--rebuild")
+
+            self.assertEqual(result.code, 0, result.errors)
+            self.assertIn("yanked", result.errors)
+            self.assertEqual(len(self.records()), 3)  # with the one that was removed
+        self.assertGreater(self.root()["sequence"], 3)
+
+    def test_a_broken_index_or_shard_is_an_error_and_rebuilt(self):
+        before = self.site()
+        for folder in ("index", "shards"):
+            with self.subTest(folder):
+                named = [path for path in hashed_files(self.path("site"))
+                         if path.parent.name == folder]
+                for path in named:
+                    path.write_bytes(path.read_bytes()[:-1])
+                self.broken("--yank", f"{GUID.format(0)}@1.0")
+
+                result = self.run_kraddon("index", "site", "--rebuild")
+
+                self.assertEqual(result.code, 0, result.errors)
+                self.assertLessEqual(set(before), set(self.records()))
+                self.index(*[f"--remove={GUID.format(2)}"])
+
+    def test_what_follows_the_root_is_repaired_by_the_next_run(self):
+        self.site()
+        before = self.tree_of()
+        [page] = [path for path in self.path("site/pages").rglob("index.html")
+                  if GUID.format(0) in str(path)]
+        for name in ("index.html", "catalogue.sqlite", "records.ndjson"):
+            with self.subTest(name):
+                self.path(f"site/{name}").unlink()
+                page.unlink()
+
+                self.index()
+
+                after = self.tree_of()
+                for other in ("index.html", "catalogue.sqlite", "records.ndjson"):
+                    self.assertEqual(after[other], before[other], other)
+                self.records()
+
+    def test_a_damaged_database_is_made_anew(self):
+        self.site()
+        path = self.path("site/catalogue.sqlite")
+        path.write_bytes(path.read_bytes()[:5000] + b"x" * 5000)
+        self.addon("new.kraddon", number=9)
+
+        self.index("new.kraddon")
+
+        self.records()
+
+    def test_files_that_nothing_has_named_for_a_day_are_collected(self):
+        self.site()
+        self.write("site/packages/notes.txt", "mine")
+        self.write(f"site/packages/{'0' * 63}.kraddon", "not ours")
+        removed = {path for path in self.path("site").rglob("*.html") if GUID.format(2) in str(path)}
+        self.assertTrue(removed)
+
+        self.assertEqual(self.index("--collect")["collected"], 0)
+        for path in hashed_files(self.path("site")):
+            age(path, 2)
+        collected = self.index("--collect")["collected"]
+
+        # Two indexes and their shards, a package and its page.
+        self.assertGreaterEqual(collected, 5)
+        self.assertFalse(any(path.exists() for path in removed))
+        self.assertEqual(self.names("site/packages")[-1], "notes.txt")
+        self.assertEqual(len(self.names("site/packages")), 4)
+        self.assertEqual(len(self.names("site/index")), 1)
+        self.records()
 
 
 class OlderFiles(CatalogueTest):
