@@ -267,7 +267,7 @@ class Add(kraddontest.CliTest):
         for name in names:
             self.assertEqual(self.path(f"out/{name}").read_text(), name)
 
-    def test_a_missing_package_is_told(self):
+    def test_a_missing_package_is_reported(self):
         self.write("new.m", "")
         result = self.fails("add", "none.kraddon", "new.m")
         self.assertIn("none.kraddon", result.errors)

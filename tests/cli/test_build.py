@@ -88,7 +88,7 @@ class Documents(projecttest.ProjectTest):
         self.assertEqual(self.get("properties", "W-1.kraddon")["description"], text)
         self.assertEqual(self.get("license", "W-1.kraddon"), {"type": "MIT", "text": text})
 
-    def test_a_byte_order_mark_is_no_part_of_a_text(self):
+    def test_a_byte_order_mark_is_not_part_of_a_text(self):
         self.project('[license]\nfile = "L"\n', {"L": b"\xef\xbb\xbfterms", "a.m": "a"})
 
         self.build()
@@ -138,7 +138,7 @@ class SameInput(projecttest.ProjectTest):
 
         self.assertEqual(self.path("wave.zip").read_bytes(), first)
 
-    def test_the_folder_that_the_package_goes_to_is_no_empty_folder(self):
+    def test_the_folder_of_the_package_is_not_packed_as_an_empty_one(self):
         self.project("", {"a.m": "a", "out/": "", "other/": ""})
         self.build("--timestamp", "0", "-o", "out/p.kraddon")
         first = self.path("out/p.kraddon").read_bytes()
@@ -160,7 +160,7 @@ class SameInput(projecttest.ProjectTest):
 
 class Output(projecttest.ProjectTest):
 
-    def test_it_goes_where_it_is_told(self):
+    def test_it_is_written_where_the_option_says(self):
         self.full_project("wave")
         self.path("dist").mkdir()
 
@@ -220,7 +220,7 @@ class Output(projecttest.ProjectTest):
                 return archive.getinfo("files/a.m").compress_type
         self.assertEqual((methods("Wave-1.0.kraddon"), methods("packed.kraddon")), (0, 8))
 
-    def test_json_tells_what_was_built(self):
+    def test_json_describes_what_was_built(self):
         self.full_project()
 
         result = self.ok("build", "--json").json
@@ -329,7 +329,7 @@ class Verification(projecttest.ProjectTest):
 
         self.assertEqual(self.path("Wave-1.0.kraddon").read_bytes(), before)
 
-    def test_json_tells_why_nothing_was_written(self):
+    def test_json_says_why_nothing_was_written(self):
         self.project("", {".env": "x"})
 
         result = self.stops("--json", why="it has 1 error").json

@@ -93,7 +93,7 @@ class Patterns(projecttest.ProjectTest):
             "kraddon: build: bad manifest 'kraddon.toml:6:6': files.add[0].to: "), result.errors)
         self.assertIn("../x", result.errors)
 
-    def test_an_absolute_path_is_none_in_a_package(self):
+    def test_an_absolute_path_in_the_package_is_refused(self):
         self.refuses("6:6': files.add[0].to: expected a path in the package, without a '/' in "
                      "front, got '/x'", '[[files.add]]\nfrom = "a.m"\nto = "/x"\n')
 
@@ -109,7 +109,7 @@ class Patterns(projecttest.ProjectTest):
                          results[1].errors)
         self.assertIn("found/b\\c: warning KR507: ", results[0].errors)
 
-    def test_verbose_tells_what_stays_out_and_why(self):
+    def test_verbose_names_what_is_left_out_and_why(self):
         self.project('[files]\ninclude = ["!x.txt", "**", "!y.txt"]\nempty-folders = false\n'
                      'exclude = ["tests/"]\n',
                      {"a.m": "", "tests/t.m": "", "e/": "", ".git/x": "", "y.txt": ""})

@@ -18,7 +18,7 @@ import manifest_table  # noqa: E402  (it lies in another folder)
 
 class Faults(projecttest.ProjectTest):
 
-    def test_a_missing_manifest_is_told_with_the_remedy(self):
+    def test_a_missing_manifest_is_reported_with_a_hint(self):
         self.path("src").mkdir()
         hint = "'kraddon init' writes one"
 
@@ -70,7 +70,7 @@ class Faults(projecttest.ProjectTest):
             with self.subTest(why):
                 self.refuses(why, manifest)
 
-    def test_what_is_no_text_is_no_description(self):
+    def test_a_file_that_is_not_text_is_refused_as_a_text(self):
         files = {"a.m": "a", "latin": b"\xe4", "bell": b"a\x07", "d/": ""}
         os.mkfifo(self.path("pipe.swp"))
         for name, why in (("latin", "cannot use the text of 'latin': it is not UTF-8"),
@@ -91,7 +91,7 @@ class Faults(projecttest.ProjectTest):
         os.mkfifo(self.path(".kraddonignore"))
         self.fails("build", message="cannot read '.kraddonignore': it is not a file")
 
-    def test_a_manifest_or_ignore_file_of_no_reasonable_size_is_not_read(self):
+    def test_a_manifest_or_ignore_file_that_is_too_large_is_not_read(self):
         self.project()
         for name in (".kraddonignore", "kraddon.toml"):
             with open(self.path(name), "wb") as file:
@@ -158,7 +158,7 @@ class Faults(projecttest.ProjectTest):
         self.assertIn("warning KR403", result.errors)
         self.assertIn("warning KR405", result.errors)
 
-    def test_an_unknown_finding_is_none_to_ignore(self):
+    def test_an_unknown_finding_cannot_be_ignored(self):
         self.project('[verify]\nignore = ["KR501", "nothing"]\n')
         self.fails("build", message="bad manifest 'kraddon.toml:5:20': verify.ignore[1]: unknown "
                                     "finding 'nothing': finding ids look like KR101")

@@ -137,12 +137,12 @@ class Call(kraddontest.CliTest):
 
         self.assertEqual(self.ok("call", "addonGetFileList", "p.kraddon").text, "[]\n")
 
-    def test_no_library_is_not_the_usual_one(self):
+    def test_an_empty_library_path_is_refused(self):
         self.create()
         self.misused("call", "addonGetFileList", "p.kraddon", "--library", "",
                      message="bad value of --library '': the path is empty")
 
-    def test_where_the_gateways_are_listed_is_said_to_those_who_name_none(self):
+    def test_without_a_gateway_the_hint_says_where_they_are_listed(self):
         result = self.misused("call", message="missing operand 'GATEWAY': the name of a gateway")
         self.assertEqual(result.errors.splitlines()[1], "hint: 'kraddon help call' lists them")
         for name in ("addonCreatePackage", "addonGetSystemRequirements"):

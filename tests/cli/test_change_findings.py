@@ -98,7 +98,7 @@ class ChangeFindings(kraddontest.CliTest):
         self.finds("unset", "p.kraddon", "license",
                    findings=["warning KR501: the add-on has no license"])
 
-    def test_removing_a_file_that_a_document_names_is_told(self):
+    def test_removing_a_file_that_a_document_names_is_reported(self):
         words, kw = self.set("apps", APPS)
         self.ok(*words, **kw)
         words, kw = self.set("configuration", {"korvanPaths": ["lib"], "javaClassPaths": []})
@@ -117,7 +117,7 @@ class ChangeFindings(kraddontest.CliTest):
         self.finds("add", "p.kraddon", "A.m",
                    findings=["warning KR408: /metadata/applications.xml:1: "])
 
-    def test_adding_and_making_folders_tells_what_is_wrong_with_them(self):
+    def test_add_and_mkdir_report_what_is_wrong_with_new_entries(self):
         self.write("id.pem", KEY)
         self.write("A.M", "x")
         self.write("notes.swp", "x")

@@ -87,7 +87,7 @@ class Create(kraddontest.CliTest):
         self.assertEqual(self.ok("info", "p.kraddon", "--field", "created").text,
                          "1970-01-02T00:00:00Z\n")
 
-    def test_bad_times_and_levels_are_told(self):
+    def test_bad_times_and_levels_are_refused(self):
         for value in ("x", "-1", "1.5", "", "253402300800"):
             self.misused("create", "p.kraddon", "--name", "x", "--timestamp", value,
                          message=f"bad value of --timestamp '{value}': expected a whole number "
@@ -327,19 +327,19 @@ class Create(kraddontest.CliTest):
         self.assertIn("files/a.m", names)
         self.assertTrue(any(re.match("metadata/", name) for name in names))
 
-    def test_nothing_is_said_when_all_is_well(self):
+    def test_quiet_prints_nothing(self):
         self.tree({"a.m": "x"})
         for option in ("-q", "--quiet"):
             result = self.create("p.kraddon", "src", "--force", option)
             self.assertEqual(result.out, b"")
 
 
-    def test_an_empty_name_is_no_name(self):
+    def test_an_empty_name_is_refused(self):
         self.misused("create", "p.kraddon", "--name", "",
                      message="bad value of --name '': an add-on needs a name")
         self.assertFalse(self.path("p.kraddon").exists())
 
-    def test_what_is_left_out_is_told_in_the_order_of_the_tree(self):
+    def test_what_is_left_out_is_named_in_the_order_of_the_tree(self):
         names = [f"{number}.log" for number in (2, 5, 1, 7, 3, 9, 4, 8, 6)]
         self.tree({name: "x" for name in names})
         result = self.run_kraddon("create", "p.kraddon", "src", "--name", "x", "-v",

@@ -170,7 +170,7 @@ class Files(DiffTest):
             {"path": "void/", "change": "removed", "from": None, "a": folder, "b": None}])
         self.assertEqual(list(self.report()["files"][0]), ["path", "change", "from", "a", "b"])
 
-    def test_a_checksum_is_no_proof(self):
+    def test_files_with_equal_checksums_are_still_compared(self):
         self.pair({"x": TWINS[0]}, {"x": TWINS[1]})
         self.assertEqual(self.lines(), ["~ x  8 B"])
         self.assertEqual(self.report()["files"][0]["b"], side(TWINS[1]))
@@ -319,13 +319,13 @@ class Lines(DiffTest):
              "é.m": "2\n", "no end": "x\n", "crlf": "a\r\nc\r\n", "latin": b"\xe9\n\xe7\n",
              "marks": "--- a\n+++ c\n@@ -1 +1 @@\n- y\n"})
 
-    def test_a_name_with_line_ends_is_no_part_of_the_patch(self):
+    def test_a_name_with_line_ends_does_not_become_part_of_the_patch(self):
         name = "x\n--- /dev/null\n+++ b/evil\n@@ -0,0 +1 @@\n+evil"
         text = self.patched({name: "1\n", "a.m": "1\n"}, {"a.m": "2\n"})
         self.assertIn("\n- x\\n--- /dev/null\\n+++ b/evil", text)
         self.assertFalse(self.path("a.kraddon.src/evil").exists())
 
-    def test_binary_files_are_said_to_be(self):
+    def test_binary_files_are_only_said_to_differ(self):
         self.pair({"a.bin": b"\0\1\n", "new.bin": b"\0", "t": "x\n"},
                   {"a.bin": b"\0\2\n", "b.bin": b"\0\0", "t": b"x\0"})
         self.ok("remove", "a.kraddon", "new.bin")

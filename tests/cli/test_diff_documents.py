@@ -41,7 +41,7 @@ class Documents(DiffTest):
         self.assertEqual(self.lines(), ['properties.version: "1.0" -> "1.2"',
                                         'properties.summary: "" -> "short"'])
 
-    def test_times_of_a_package_are_no_difference(self):
+    def test_times_of_a_package_are_not_a_difference(self):
         self.ok("create", "b.kraddon", "--name", "Wave Tools", "--timestamp", "7", "--force")
         self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon").out, b"")
 

@@ -77,12 +77,12 @@ class Folders(DiffTest):
                                                      "'one/kraddon.toml:2:8': package.name: "),
                             result.errors)
 
-    def test_the_private_file_is_no_part_of_the_folder(self):
+    def test_the_private_file_is_not_part_of_the_folder(self):
         for words in (("one", "one.kraddon"), ("one.kraddon", "one")):
             result = self.ok("diff", *words, env={"TMPDIR": str(self.path("one"))})
             self.assertEqual(result.out, b"", words)
 
-    def test_the_private_file_of_one_folder_is_no_part_of_the_other(self):
+    def test_the_private_file_of_one_folder_is_not_part_of_the_other(self):
         self.project("two", {"lib/a.m": "a\n", "b.m": "b\n"},
                      self.MANIFEST + '[files]\ndefault-excludes = false\n'
                                      'exclude = ["kraddon.toml"]\n')

@@ -108,7 +108,7 @@ class PackedAlike(DiffTest):
                 self.assertEqual(self.ok("diff", "a.kraddon", "b.kraddon", "--stat").text
                                  .splitlines()[-2:], ["files       1 same", "content     3.1 MB"])
 
-    def test_damage_that_both_have_is_no_difference(self):
+    def test_damage_that_both_have_is_not_a_difference(self):
         entry = self.entry(TEXT, crc=1)
         self.put(entry, entry)
         self.same()

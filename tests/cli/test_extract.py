@@ -243,7 +243,7 @@ class Extract(kraddontest.CliTest):
                      message="bad value of --max-files '-1': expected a whole number from 0 to "
                              "9223372036854775807")
 
-    def test_damaged_data_are_told_and_removed(self):
+    def test_a_damaged_file_is_named_and_removed(self):
         path = self.path("p.kraddon")
         content = path.read_bytes()
         at = content.index(b"\0\xff" * 10) if b"\0\xff" * 10 in content else None

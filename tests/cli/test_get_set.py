@@ -164,7 +164,7 @@ class GetSet(kraddontest.CliTest):
         self.ok("set", "p.kraddon", "properties", "summary=a\x7f\x85")
         self.assertEqual(self.get("properties")["summary"], "a\x7f\x85")
 
-    def test_bytes_that_are_not_utf8_are_no_value(self):
+    def test_bytes_that_are_not_utf8_are_refused(self):
         before = self.path("p.kraddon").read_bytes()
         self.fails("set", "p.kraddon", "license", b"text=caf\xe9",
                    message="bad value of 'license.text': it is not UTF-8")
@@ -230,7 +230,7 @@ class GetSet(kraddontest.CliTest):
                        message=f"cannot write '{name}': it is the package itself")
         self.assertEqual(self.path("p.kraddon").read_bytes(), before)
 
-    def test_what_is_no_part_is_dropped_only_with_a_word(self):
+    def test_an_item_that_is_not_a_part_is_dropped_with_a_warning(self):
         self.package("q.kraddon", {"a.m": "x"})
         with zipfile.ZipFile(self.path("q.kraddon"), "a") as archive:
             archive.writestr("files/my file.m", "added by another program")
@@ -245,7 +245,7 @@ class GetSet(kraddontest.CliTest):
                       stored.errors)
         self.assertNotIn("files/my file.m", self.entries("q.kraddon"))
 
-    def test_what_is_no_part_is_not_said_to_go_when_nothing_is_written(self):
+    def test_an_item_that_is_not_a_part_stays_when_nothing_is_written(self):
         self.package("q.kraddon", {"a.m": "x"})
         with zipfile.ZipFile(self.path("q.kraddon"), "a") as archive:
             archive.writestr("files/my file.m", "added by another program")

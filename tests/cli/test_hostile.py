@@ -329,7 +329,7 @@ class Container(HostileTest):
             self.hostile("extract", "p.kraddon", "-d", "out", "--force")
             self.hostile("verify", "p.kraddon")
 
-    def test_what_is_no_file_is_refused(self):
+    def test_what_is_not_a_regular_file_is_refused(self):
         (self.sandbox / "folder.kraddon").mkdir()
         os.mkfifo(self.sandbox / "fifo.kraddon")
         (self.sandbox / "loop.kraddon").symlink_to("loop.kraddon")

@@ -125,7 +125,7 @@ class Names(ReadersTest):
         self.put(addon([Entry(b"doc.xml", b"<a/>"), Entry(b"doc.xml/a b", b"1")]))
         self.ambiguous("KR217")
 
-    def test_items_that_are_no_parts_and_share_a_path_are_an_error(self):
+    def test_items_that_are_not_parts_and_share_a_path_are_an_error(self):
         for first, second in ((b"a b", b"A b"), (b"a b", b"a b/c"), (b"a b/c", b"a b"),
                               (b"x", b"x/y")):
             with self.subTest((first, second)):
@@ -135,7 +135,7 @@ class Names(ReadersTest):
 
 class Files(ReadersTest):
 
-    def test_what_lies_among_the_files_and_is_none_is_an_error(self):
+    def test_an_item_among_the_files_that_is_not_a_file_is_an_error(self):
         for name in (b"files/a b.m", b"files/a%0Ab.m", b"files/%FF.m", b"files/x.unknown",
                      b"files/%61.m", b"FILES/b.m", b"Files/b.m"):
             with self.subTest(name):

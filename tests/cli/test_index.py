@@ -74,7 +74,7 @@ class NewSites(CatalogueTest):
 
         self.assertEqual(self.names("docs"), ["thesis.txt"])
 
-    def test_the_surroundings_do_not_count(self):
+    def test_the_environment_does_not_change_the_site(self):
         for i in range(4):
             self.addon(f"p{i}.kraddon", f"Kit {i}", "1.0", i)
         names = [f"p{i}.kraddon" for i in range(4)]
@@ -274,7 +274,7 @@ class Search(CatalogueTest):
                          "kraddon: search: cannot read 'nowhere/catalogue.sqlite': No such file or "
                          "directory\n")
 
-    def test_texts_of_strangers_do_not_reach_the_terminal(self):
+    def test_characters_that_control_a_terminal_do_not_reach_it(self):
         self.index(self.addon("p.kraddon", "Wave \u202e\u009b31m"))
 
         self.assertNotIn("\u202e".encode(), self.on_terminal("-C", str(self.folder), "search", "site", "wave"))

@@ -54,7 +54,7 @@ class Info(kraddontest.CliTest):
                            sorted(lines.items(), key=lambda line: line[0].encode()))
         return "sha256:" + hashlib.sha256(listing).hexdigest()
 
-    def test_the_digest_is_what_it_is_said_to_be(self):
+    def test_the_digest_is_computed_as_documented(self):
         files = dict(FILES, **{"é \"x\".m": "quoted", "\U0001f30a": "wave", "\uffee": "wide"})
         self.package("p.kraddon", files, "--description", "two\nlines\t\"quoted\" é")
         self.ok("set", "p.kraddon", "license", "type=MIT", "text=terms")

@@ -81,7 +81,7 @@ class Files(MvTest):
         status = self.path("out/bin/go.sh").stat()
         self.assertEqual((status.st_mtime, status.st_mode & 0o111), (1600000000, 0o111))
 
-    def test_what_a_content_cannot_say_is_not_changed(self):
+    def test_a_large_file_keeps_its_content(self):
         big = os.urandom(1 << 20) * 9
         self.write("big.bin", big)
         self.ok("add", "p.kraddon", "big.bin")

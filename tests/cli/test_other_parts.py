@@ -85,7 +85,7 @@ class OtherParts(kraddontest.CliTest):
                          'relationships[/d/a.xml]: removed "http://x.org/1 -> /d/b.xml"\n'
                          'relationships[/d/a.xml]: added "http://x.org/1 -> /d/c.xml"\n')
 
-    def test_the_digest_is_what_it_is_said_to_be(self):
+    def test_the_digest_is_computed_as_documented(self):
         self.foreign("m.docx", {"a.xml": "<a/>", "item": "no part"},
                      relationship("r", "http://x.org/1", "a.xml")
                      + relationship("s", "http://x.org/2", "http://x.org/", "External"))

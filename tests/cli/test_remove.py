@@ -141,7 +141,7 @@ class Mkdir(RemoveTest):
                          ["lib/x", "new/deep", "odd \t.", ""])
         self.assert_entries_kept(self.raw)
 
-    def test_an_existing_folder_is_no_error_and_nothing_is_written(self):
+    def test_an_existing_folder_is_not_an_error_and_nothing_is_written(self):
         self.ok("mkdir", "p.kraddon", "lib", "void", "/", "lib/deep/")
         self.assert_unchanged()
 

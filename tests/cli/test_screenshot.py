@@ -69,7 +69,7 @@ class Screenshot(kraddontest.CliTest):
             self.assertEqual(self.path(f"q.{suffix}").read_bytes(), content)
         self.assertFalse(self.path("q.desktop").exists())
 
-    def test_what_is_no_image_is_written_only_to_a_named_file(self):
+    def test_what_is_not_an_image_is_written_only_to_a_named_file(self):
         for name in ("x.desktop", "x.png"):
             for content in (b"[Desktop Entry]", b"", b"\x89PNG"):
                 self.with_part(name, content)
@@ -83,7 +83,7 @@ class Screenshot(kraddontest.CliTest):
                 self.assertEqual(self.ok("screenshot", "q.kraddon", "-o", "-").out, content)
                 self.path("shot.bin").unlink()
 
-    def test_info_tells_part_type_and_size(self):
+    def test_info_shows_part_type_and_size(self):
         self.assertIsNone(self.info())
         for name, part, kind, image in (
                 ("a.png", "png", "png", PNG), ("b.GIF", "GIF", "gif", b"GIF89a"),
@@ -135,7 +135,7 @@ class Screenshot(kraddontest.CliTest):
                        hint="'kraddon screenshot PACKAGE IMAGE' stores one")
         self.assertEqual(self.names(), ["p.kraddon", "p.kraddon.src", "shot.JPEG", "shot.png"])
 
-    def test_a_bad_image_is_told_before_the_package_is_looked_at(self):
+    def test_a_bad_image_is_reported_before_the_package_is_looked_at(self):
         self.path("folder.png").mkdir()
         os.mkfifo(self.path("pipe.png"))
         for image, why in (("none.png", "No such file or directory"),
@@ -145,7 +145,7 @@ class Screenshot(kraddontest.CliTest):
                        message=f"cannot read '{image}': {why}")
         self.fails("screenshot", "missing.kraddon", b"caf\xe9.png")
 
-    def test_an_image_that_may_not_be_read_is_told(self):
+    def test_an_image_that_may_not_be_read_is_reported(self):
         self.path("shot.png").chmod(0)
         if os.access(self.path("shot.png"), os.R_OK):
             self.skipTest("nothing is unreadable to this user")

@@ -149,7 +149,7 @@ class Secrets(projecttest.ProjectTest):
                 # The message goes into logs that others read.
                 self.assertLess(len(secrets[0][1]), 80)
 
-    def test_what_only_looks_like_one_is_none(self):
+    def test_what_only_looks_like_a_token_is_not_reported(self):
         found = self.secrets({f"{name}.txt": text for name, text in HARMLESS.items()})
 
         self.assertEqual({path: secrets for path, secrets in found.items() if secrets}, {})

@@ -224,7 +224,7 @@ class Keys(SignTest):
             self.assertIn(why, result.errors)
             self.assert_unchanged()
 
-    def test_files_that_are_no_keys_are_refused(self):
+    def test_files_that_are_not_keys_are_refused(self):
         self.write("../none", "")
         for words in (("--key", "src/a.m", "--certificate", signing.words()[3]),
                       ("--key", signing.words()[1], "--certificate", "src/a.m"),
@@ -268,7 +268,7 @@ class Refused(SignTest):
         self.sign()
         self.assertEqual(self.findings(), ["KR609"])
 
-    def test_an_item_that_is_no_part_is_refused(self):
+    def test_an_item_that_is_not_a_part_is_refused(self):
         signing.rewrite(self.path("p.kraddon"), lambda e: e.update({"other/x.q": b"?"}))
         self.original = self.path("p.kraddon").read_bytes()
         result = self.fails("sign", "p.kraddon", *signing.words())

@@ -298,7 +298,7 @@ class Verify(kraddontest.CliTest):
         report = self.verify("--opc", "plain.docx", "--json", "--ignore", "KR217").json
         self.assertEqual(report["packages"][0]["ignored"], 1100)
 
-    def test_wrong_usage_is_told(self):
+    def test_wrong_usage_is_reported(self):
         self.misused("verify", message="missing operand 'PACKAGE': the packages to check")
         self.misused("verify", "p", "--format", "xml",
                      message="bad value of --format 'xml': expected text, github or sarif")

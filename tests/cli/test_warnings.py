@@ -48,7 +48,7 @@ class Warnings(kraddontest.CliTest):
                           for item in (STRAY, UNREADABLE)),
                         "package 'p.kraddon': its signature is no longer valid")
 
-    def test_of_what_is_no_file_of_the_tree(self):
+    def test_of_items_that_are_not_files_of_the_tree(self):
         warning = f"item '{UNREADABLE}' is not a file of the tree: it is not a part"
         self.warned(("list", "p.kraddon"), warning)
         self.warned(("extract", "p.kraddon", "--dry-run"), warning)

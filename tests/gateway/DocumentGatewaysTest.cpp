@@ -108,7 +108,7 @@ TEST_F(LicenseGateways, ARootOfAnotherNameIsStillRead) {
   EXPECT_EQ(license(), (FieldTexts{{"type", u"T"}, {"text", u"found"}}));
 }
 
-TEST_F(LicenseGateways, AFieldThatIsMissingOrNoTextIsTheHostsErrorAndNothingChanges) {
+TEST_F(LicenseGateways, AFieldThatIsMissingOrNotTextIsTheHostsErrorAndNothingChanges) {
   const std::string before = packageBytes();
   const HostArray missing = test::makeStruct({{"type", u"MIT"}});
   const HostArray number = test::makeStruct({{"type", u"MIT"}, {"text", u""}});

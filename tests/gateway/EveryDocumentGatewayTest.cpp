@@ -137,7 +137,7 @@ TEST_P(EveryDocumentGateway, WithAPartOfOtherContentGivesTheEmptyDocument) {
   EXPECT_EQ(get(), GetParam().empty);
 }
 
-TEST_P(EveryDocumentGateway, RefusesWhatIsNoStruct) {
+TEST_P(EveryDocumentGateway, RefusesWhatIsNotAStruct) {
   setSample();
 
   expectRefusal(test::makeNumber(1).get(), "Korvan:notStruct");
@@ -172,7 +172,7 @@ TEST_P(EveryDocumentGateway, TextThatXmlCannotCarryChangesNothing) {
   }
 }
 
-TEST_P(EveryDocumentGateway, WhereThereIsNoPackageMakesNone) {
+TEST_P(EveryDocumentGateway, DoesNotCreateAMissingPackage) {
   std::filesystem::remove(file());
 
   setSample();

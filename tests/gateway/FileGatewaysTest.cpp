@@ -122,7 +122,7 @@ TEST_F(FileGateways, CellsOfAnyShapeAreReadInLinearOrder) {
   EXPECT_EQ(fileList(), (Texts{u"fx", u"fxx", u"fxxx", u"fxxxx"}));
 }
 
-TEST_F(FileGateways, AnElementThatIsNoTextIsTheHostsErrorAndNothingIsAdded) {
+TEST_F(FileGateways, AnElementThatIsNotTextIsTheHostsErrorAndNothingIsAdded) {
   const std::u16string x = diskFile("x.m", "x");
   const std::string before = packageBytes();
   const HostArray files = makeCell({x, x});
@@ -178,7 +178,7 @@ TEST_F(FileGateways, APathThatIsTakenAddsNothingAtAll) {
   EXPECT_EQ(packageBytes(), before);
 }
 
-TEST_F(FileGateways, AFolderThatExistsIsNoErrorAndTheNextIsMade) {
+TEST_F(FileGateways, AnExistingFolderIsNotAnErrorAndTheNextIsMade) {
   write(test::kAddFolders, {makeText(std::u16string(u"a")).get()});
 
   write(test::kAddFolders, {makeCell({u"a", u"b"}).get()});

@@ -134,7 +134,7 @@ class EveryOpeningSlot : public EveryWorkingSlot {};
 INSTANTIATE_TEST_SUITE_P(Slots, EveryOpeningSlot,
                          slotsThat([](Slot slot) { return slot != test::kCreatePackage; }), nameOf);
 
-TEST_P(EveryOpeningSlot, OnAFileThatIsNoPackageIsSilentAndGivesNothing) {
+TEST_P(EveryOpeningSlot, OnAFileThatIsNotAPackageIsSilentAndGivesNothing) {
   test::writeFile(file(), "this is not a package");
 
   const Outcome outcome = callCleanly(GetParam().slot, GetParam().outputs, goodInputs());
@@ -156,7 +156,7 @@ TEST_P(EveryWorkingSlot, OnAPathInAFolderThatIsNotThereIsSilentAndMakesNothing) 
   EXPECT_FALSE(std::filesystem::exists(*this / "missing"));
 }
 
-TEST_P(EveryWorkingSlot, RefusesAPathThatIsNoText) {
+TEST_P(EveryWorkingSlot, RefusesAPathThatIsNotText) {
   const HostArray number = test::makeNumber(1);
   Inputs inputs = goodInputs();
   inputs[0] = number.get();

@@ -68,7 +68,7 @@ TEST_F(ListDocumentGateways, PathsOfAnyShapeBecomeARowWithDoublesAndEmptyOnesKep
             "</javaClassPaths>");
 }
 
-TEST_F(ListDocumentGateways, APathThatIsNoTextIsTheHostsErrorAndNothingChanges) {
+TEST_F(ListDocumentGateways, APathThatIsNotTextIsTheHostsErrorAndNothingChanges) {
   const std::string before = packageBytes();
   HostArray paths = makeCell({u"a", u"b"});
   kxSetCell(paths.get(), 1, kxCreateDoubleScalar(1));

@@ -59,7 +59,7 @@ TEST_F(PackageGateways, CreatingOverAPackageReplacesIt) {
   EXPECT_EQ(test::fieldText(read(test::kGetLicense).get(), "text"), u"");
 }
 
-TEST_F(PackageGateways, CreatingOverAFileThatIsNoPackageReplacesIt) {
+TEST_F(PackageGateways, CreatingOverAFileThatIsNotAPackageReplacesIt) {
   test::writeFile(file(), "no package");
 
   createPackage();
@@ -102,7 +102,7 @@ TEST_F(PackageGateways, WhatWasReadCanBeStoredAgain) {
   EXPECT_EQ(properties(), stored());
 }
 
-TEST_F(PackageGateways, SettingPropertiesWhereThereIsNoPackageMakesNone) {
+TEST_F(PackageGateways, SettingPropertiesOfAMissingPackageDoesNotCreateIt) {
   write(test::kSetProperties, {test::makeStruct(toolbox()).get()});
 
   EXPECT_FALSE(std::filesystem::exists(file()));
@@ -119,7 +119,7 @@ TEST_F(PackageGateways, EmptyTextsReadBackEmpty) {
   EXPECT_EQ(properties(), with(empty, "KorvanRelease", u"R2047b"));
 }
 
-TEST_F(PackageGateways, AFieldThatIsMissingOrNoTextIsTheHostsErrorAndNothingIsMade) {
+TEST_F(PackageGateways, AFieldThatIsMissingOrNotTextIsTheHostsErrorAndNothingIsMade) {
   FieldTexts without = toolbox();
   without.pop_back();
   const HostArray missing = test::makeStruct(without);

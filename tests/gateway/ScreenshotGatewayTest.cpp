@@ -59,7 +59,7 @@ TEST_F(ScreenshotGateway, OneThatOnlyDiffersInTheCaseOfItsExtensionReplacesToo) 
   EXPECT_EQ(inspector().content(kStem + "TIFF"), "second");
 }
 
-TEST_F(ScreenshotGateway, IsNoFileOfTheTree) {
+TEST_F(ScreenshotGateway, IsNotAFileOfTheTree) {
   setScreenshot(diskFile("shot.png", "pixels"));
 
   EXPECT_EQ(kxGetNumberOfElements(read(test::kGetFileList).get()), 0u);
@@ -86,7 +86,7 @@ TEST_F(ScreenshotGateway, ScreenshotAndDocumentsDoNotGetInEachOthersWay) {
   EXPECT_EQ(screenshotItems(), Strings{kStem + "gif"});
 }
 
-TEST_F(ScreenshotGateway, APathThatIsNoTextIsTheHostsError) {
+TEST_F(ScreenshotGateway, APathThatIsNotTextIsTheHostsError) {
   const std::string before = packageBytes();
   const HostArray cell = test::makeCell({u"a.png"});
 

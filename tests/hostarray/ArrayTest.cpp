@@ -123,7 +123,7 @@ TEST(Array, AnArrayNeedsADimension) {
   EXPECT_EQ(hostErrorOf([&] { kxCreateString_UTF16(nullptr); }), "Korvan:badArgument");
 }
 
-TEST(Array, QuestionsToNullAreAMissingValue) {
+TEST(Array, QueryingNullIsAMissingValueError) {
   EXPECT_EQ(hostErrorOf([] { kxGetClass(nullptr); }), "Korvan:missingValue");
   EXPECT_EQ(hostErrorOf([] { kxIsCell(nullptr); }), "Korvan:missingValue");
   EXPECT_EQ(hostErrorOf([] { kxIsEmpty(nullptr); }), "Korvan:missingValue");

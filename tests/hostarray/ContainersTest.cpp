@@ -171,7 +171,7 @@ TEST_P(Container, AnIndexPastTheEndIsRefused) {
   kxDestroyArray(array);
 }
 
-TEST_P(Container, AMillionArraysInsideEachOtherAreDestroyed) {
+TEST_P(Container, AMillionNestedArraysAreDestroyed) {
   kxArray* array = kind().create(1);
   for (int i = 0; i < 1'000'000; ++i) {
     kxArray* outer = kind().create(1);

@@ -50,7 +50,7 @@ TEST(GetUstring, AnEmptyCharArrayOfAnyShapeIsTheEmptyText) {
   }
 }
 
-TEST(GetUstring, MoreThanOneRowIsNoText) {
+TEST(GetUstring, MoreThanOneRowIsNotText) {
   const CallScope call;
 
   for (const auto& sizes : std::vector<std::vector<std::size_t>>{{2, 1}, {2, 3}, {1, 2, 2}}) {
@@ -62,7 +62,7 @@ TEST(GetUstring, NullIsAMissingValue) {
   EXPECT_EQ(hostErrorOf([] { matrix::get_ustring(nullptr); }), "Korvan:missingValue");
 }
 
-TEST(GetUstring, OtherClassesAreNoText) {
+TEST(GetUstring, OtherClassesAreNotText) {
   const CallScope call;
   const std::size_t one = 1;
 

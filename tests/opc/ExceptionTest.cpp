@@ -27,7 +27,7 @@ TEST(Exception, IsOneLineWithoutControlCharacters) {
   EXPECT_STREQ(fault.what(), "file '\\r\\x7f\\x9b': name 'a\\nb\\x1b[31m\\x00c'");
 }
 
-TEST(Exception, BytesThatAreNoUtf8BecomeEscapes) {
+TEST(Exception, BytesThatAreNotUtf8BecomeEscapes) {
   const Exception fault(ErrorCode::InvalidName, "name '\xE9\xE2\x82'");
 
   EXPECT_STREQ(fault.what(), "name '\\xe9\\xe2\\x82'");

@@ -74,7 +74,7 @@ TEST(StdIStreamAdaptor, AStreamThatWasNeverOpenedIsNotAnEmptyOne) {
   EXPECT_THROW(stream.isEnd(), Exception);
 }
 
-TEST(StdIStreamAdaptor, ABreakInTheMiddleIsAnErrorAndNoEnd) {
+TEST(StdIStreamAdaptor, AFailureInTheMiddleIsAnErrorAndNotTheEnd) {
   BreakingBuffer buffer(3);
   std::istream source(&buffer);
   StdIStreamAdaptor stream(source);

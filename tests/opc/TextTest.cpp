@@ -73,15 +73,15 @@ struct Bytes {
   std::size_t fault;
 };
 
-class NoUtf8 : public testing::TestWithParam<Bytes> {};
+class InvalidUtf8 : public testing::TestWithParam<Bytes> {};
 
-TEST_P(NoUtf8, IsFoundAndRefused) {
+TEST_P(InvalidUtf8, IsFoundAndRefused) {
   EXPECT_FALSE(isUtf8(GetParam().text));
   EXPECT_EQ(findUtf8Fault(GetParam().text), GetParam().fault);
   EXPECT_THROW(fromUtf8(GetParam().text), Exception);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, NoUtf8,
+INSTANTIATE_TEST_SUITE_P(Texts, InvalidUtf8,
                          testing::Values(Bytes{"\x80", 0}, Bytes{"a\xBF", 1}, Bytes{"\xC0\x80", 0},
                                          Bytes{"\xC1\xBF", 0}, Bytes{"\xE0\x9F\xBF", 0},
                                          Bytes{"\xED\xA0\x80", 0}, Bytes{"\xED\xBF\xBF", 0},

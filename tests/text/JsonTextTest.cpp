@@ -58,7 +58,7 @@ TEST(JsonText, SyntaxErrorsNameThePlace) {
   EXPECT_NE(errorOf("\"\\ud800\""), "no error");
 }
 
-TEST(JsonText, WhatIsNoJsonAtAllIsTold) {
+TEST(JsonText, TextThatIsNotJsonGivesNoValue) {
   EXPECT_FALSE(parseJsonIfAny("wave.kraddon").has_value());
   EXPECT_FALSE(parseJsonIfAny("[1, 2").has_value());
   EXPECT_FALSE(parseJsonIfAny("").has_value());
@@ -90,7 +90,7 @@ TEST(JsonText, OnlyWholeNumbersThatFitAreWholeNumbers) {
   }
 }
 
-TEST(JsonText, ManyMembersTakeNoQuadraticTime) {
+TEST(JsonText, ManyMembersTakeLinearTime) {
   std::string text = "{";
   for (int i = 0; i < 200000; ++i) text += (i ? ",\"k" : "\"k") + std::to_string(i) + "\":1";
   text += "}";

@@ -39,7 +39,7 @@ TEST(ListAlignment, ALaterKeyCountsWhereTheFirstFindsNobody) {
   EXPECT_EQ(alignRecords(a, b), (Pairs{{0, 1}, {1, 2}}));
 }
 
-TEST(ListAlignment, AnEmptyKeyIsNoKey) {
+TEST(ListAlignment, AnEmptyKeyIsIgnored) {
   const Records a{{"x", {""}}};
   const Records b{{"p", {"1"}}, {"q", {""}}};
 

@@ -48,7 +48,7 @@ TEST(UnifiedHunks, AnEmptySideBeginsAtLineZero) {
   EXPECT_EQ(hunks("x\n", ""), "@@ -1 +0,0 @@\n-x\n");
 }
 
-TEST(UnifiedHunks, AMissingLineEndIsSaid) {
+TEST(UnifiedHunks, AMissingLineEndIsMarked) {
   EXPECT_EQ(hunks("x", "x\n"), "@@ -1 +1 @@\n-x\n\\ No newline at end of file\n+x\n");
 }
 

@@ -172,7 +172,7 @@ constexpr Harmless kHarmless[] = {
 
 class HarmlessToStyle : public testing::TestWithParam<Harmless> {};
 
-TEST_P(HarmlessToStyle, IsNoFinding) {
+TEST_P(HarmlessToStyle, HasNoFinding) {
   AddonUnderTest addon;
   GetParam().change(addon);
 

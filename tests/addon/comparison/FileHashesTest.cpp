@@ -51,7 +51,7 @@ TEST_P(FileHashes, OfFoldersAreEmpty) {
   EXPECT_EQ(hashTree(), (Hashes{text::sha256Of("1"), "", text::sha256Of("2"), ""}));
 }
 
-TEST_P(FileHashes, OfNothingAreNone) {
+TEST_P(FileHashes, OfAnEmptyTreeAreEmpty) {
   create();
 
   EXPECT_EQ(hashTree(), Hashes());

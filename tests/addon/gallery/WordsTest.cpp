@@ -20,7 +20,7 @@ TEST(Words, HaveNoAccentsHoweverTheyAreComposed) {
   EXPECT_EQ(wordsOf("\u0130stanbul"), " istanbul");
 }
 
-TEST(Words, KeepMarksThatAreNoAccents) {
+TEST(Words, KeepMarksThatAreNotAccents) {
   const std::string kana = "\u304c";
   const std::string hindi = "\u0939\u093f\u0928\u094d\u0926\u0940";
 

@@ -117,7 +117,7 @@ TEST(AddonConfiguration, OneListDoesNotNeedTheOther) {
   EXPECT_EQ(configuration.javaClassPaths, Texts{u"a.jar"});
 }
 
-TEST(AddonConfiguration, AListThatIsNoCellOfTextsIsTheHostsError) {
+TEST(AddonConfiguration, AListThatIsNotACellOfTextsIsTheHostsError) {
   const HostArray text = structWith(test::makeText(std::u16string(u"a")), test::makeCell({}));
   HostArray mixed = test::makeCell({u"a", u"b"});
   kxSetCell(mixed.get(), 1, kxCreateDoubleScalar(1));

@@ -155,7 +155,7 @@ TEST(AddonExamples, ImagesMayHaveAnyShape) {
             "images={1x4 '1' '' '3' '1'})])]");
 }
 
-TEST(AddonExamples, AnEmptyListIsNone) {
+TEST(AddonExamples, AnEmptyListIsLeftUnset) {
   HostArray examples = makeExamples({1, 1}, {u"e"});
   test::setField(examples, 0, "images", test::makeCell({}));
 
@@ -173,7 +173,7 @@ TEST(AddonExamples, ACategoryWithoutANameOrWithExamplesOfAnotherKindIsTheHostsEr
   EXPECT_THROW(throughDocument(makeCategory(test::makeCell({u"a"}))), matrix::HostError);
 }
 
-TEST(AddonExamples, ImagesThatAreNoCellOfTextsAreTheHostsError) {
+TEST(AddonExamples, ImagesThatAreNotACellOfTextsAreTheHostsError) {
   HostArray text = makeExamples({1, 1}, {u"e"});
   test::setField(text, 0, "images", test::makeText(u"a.png"));
   HostArray number = makeExamples({1, 1}, {u"e"});

@@ -47,7 +47,7 @@ TEST(AddonLicense, GoesFromStructToStructUnchanged) {
   EXPECT_EQ(test::fieldTexts(out.get()), fields);
 }
 
-TEST(AddonLicense, AFieldThatIsMissingOrNoTextIsRefused) {
+TEST(AddonLicense, AFieldThatIsMissingOrNotTextIsRefused) {
   const HostArray without = test::makeStruct({{"type", u"MIT"}});
   const HostArray number = test::makeStruct({{"type", u"MIT"}, {"text", u""}});
   kxSetField(number.get(), 0, "text", kxCreateDoubleScalar(1));

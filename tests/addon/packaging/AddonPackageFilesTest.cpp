@@ -36,7 +36,7 @@ TEST_F(AddonPackageFiles, APackageWithoutFilesListsNothing) {
   EXPECT_TRUE(list().empty());
 }
 
-TEST_F(AddonPackageFiles, AnExistingFolderIsWelcomeAndTheNextOneIsStillMade) {
+TEST_F(AddonPackageFiles, AnExistingFolderIsNotAnErrorAndTheNextOneIsStillMade) {
   create();
 
   modify([&](AddonPackage& package) { package.addFolders({u"a", u"a", u"b"}); });
@@ -85,7 +85,7 @@ TEST_F(AddonPackageFiles, ASecondListThatIsTooShortEndsAddingWhereItEnds) {
   EXPECT_EQ(list(), (std::vector<std::u16string>{u"a.m"}));
 }
 
-TEST_F(AddonPackageFiles, AFolderWhoseNameAFileHasIsPassedOver) {
+TEST_F(AddonPackageFiles, AFolderWithTheNameOfAFileIsSkipped) {
   create();
   const std::u16string file = diskFile("x.m");
 
@@ -97,7 +97,7 @@ TEST_F(AddonPackageFiles, AFolderWhoseNameAFileHasIsPassedOver) {
   EXPECT_EQ(list(), (std::vector<std::u16string>{u"next", u"taken"}));
 }
 
-TEST_F(AddonPackageFiles, AThousandFoldersInsideEachOtherAreListed) {
+TEST_F(AddonPackageFiles, AThousandNestedFoldersAreListed) {
   create();
   std::u16string deep = u"d";
   for (int i = 1; i < 1000; ++i) deep += u"/d";

@@ -119,7 +119,7 @@ TEST(AddonSystemRequirements, OnlyTheFirstElementOfTheHostsStructIsRead) {
             "(name='4' version='v' identifier='i')] supportPackageDependency=-)]");
 }
 
-TEST(AddonSystemRequirements, AListThatIsNoStructOfTextsIsTheHostsError) {
+TEST(AddonSystemRequirements, AListThatIsNotAStructOfTextsIsTheHostsError) {
   const HostArray text = test::makeStructArray({1, 1}, kLists);
   test::setField(text, 0, kLists[1], test::makeText(std::u16string(u"abc")));
   const HostArray number = test::makeStructArray({1, 1}, kLists);

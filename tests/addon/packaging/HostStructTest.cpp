@@ -208,7 +208,7 @@ TEST_F(HostStruct, ARequiredTextMustBeThereAndBeText) {
   EXPECT_THROW(readText(number.get(), 0, "f"), matrix::HostError);
 }
 
-TEST_F(HostStruct, ACellWithSomethingThatIsNoTextIsRefused) {
+TEST_F(HostStruct, ACellWithAnythingButTextsIsRefused) {
   ArrayPointer cell = toTextCell({u"x", u"y"});
   kxSetCell(cell.get(), 1, kxCreateDoubleScalar(1));
 

@@ -15,7 +15,7 @@ std::string_view typeOf(std::string_view text) {
   return imageTypeOf({reinterpret_cast<const unsigned char*>(text.data()), text.size()});
 }
 
-TEST(ImageSignature, TellsTheTypeWithTheFirstBytes) {
+TEST(ImageSignature, RecognisesTheTypeByTheFirstBytes) {
   EXPECT_EQ(typeOf("\x89PNG\r\n\x1A\n"), "image/png");
   EXPECT_EQ(typeOf("GIF87a"), "image/gif");
   EXPECT_EQ(typeOf("GIF89a and more"), "image/gif");
@@ -28,7 +28,7 @@ TEST(ImageSignature, TellsTheTypeWithTheFirstBytes) {
   EXPECT_EQ(typeOf("RIFF....WEBP"), "image/webp");
 }
 
-TEST(ImageSignature, TellsNothingOfOtherBytes) {
+TEST(ImageSignature, RecognisesNothingInOtherBytes) {
   for (const std::string_view text :
        {""sv, "\x89PNG"sv, "GIF88a"sv, "BM"sv, "BM is a text"sv, "II*."sv, "RIFF"sv,
         "RIFF....WAVE"sv, "<svg xmlns='http://www.w3.org/2000/svg'/>"sv, "%PDF-1.7"sv}) {
@@ -36,7 +36,7 @@ TEST(ImageSignature, TellsNothingOfOtherBytes) {
   }
 }
 
-TEST(ImageSignature, KnowsWhichTypesItTells) {
+TEST(ImageSignature, KnowsWhichTypesItRecognises) {
   EXPECT_TRUE(isImageTypeTold("image/tiff"));
   EXPECT_TRUE(isImageTypeTold("image/webp"));
   EXPECT_FALSE(isImageTypeTold("image/avif"));

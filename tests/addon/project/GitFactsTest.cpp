@@ -30,15 +30,15 @@ TEST(GitFacts, OtherTagsAreIgnored) {
 }
 
 /// A folder that the test's own git settings do not reach.
-class GitFactsOf : public testing::Test {
+class ReadGitFacts : public testing::Test {
  protected:
-  GitFactsOf() {
+  ReadGitFacts() {
     ::setenv("HOME", folder_.path().c_str(), 1);
     ::setenv("GIT_CONFIG_NOSYSTEM", "1", 1);
     ::setenv("XDG_CONFIG_HOME", folder_.path().c_str(), 1);
     ::setenv("GIT_CEILING_DIRECTORIES", folder_.path().parent_path().c_str(), 1);
   }
-  ~GitFactsOf() override { ::setenv("PATH", path_.c_str(), 1); }
+  ~ReadGitFacts() override { ::setenv("PATH", path_.c_str(), 1); }
 
   std::string place() const { return folder_.path().string(); }
   void git(const std::string& words) const {
@@ -54,14 +54,14 @@ class GitFactsOf : public testing::Test {
   std::string path_ = std::getenv("PATH");
 };
 
-TEST_F(GitFactsOf, AFolderWithoutARepositoryHaveNoVersion) {
+TEST_F(ReadGitFacts, GivesNoVersionWithoutARepository) {
   const GitFacts facts = readGitFacts(place());
 
   EXPECT_EQ(facts.version, "");
   EXPECT_EQ(facts.userName, "");
 }
 
-TEST_F(GitFactsOf, ARepositoryAreItsNewestTagAndItsUser) {
+TEST_F(ReadGitFacts, GivesTheNewestTagAndTheUser) {
   makeRepository();
   git("tag v1.9");
   git("-c user.name=a -c user.email=b tag -a -m x v1.10");
@@ -78,7 +78,7 @@ TEST_F(GitFactsOf, ARepositoryAreItsNewestTagAndItsUser) {
   EXPECT_EQ(facts.userEmail, "ada@example.org");
 }
 
-TEST_F(GitFactsOf, AFolderInARepositorySayThatItIsBelowTheTop) {
+TEST_F(ReadGitFacts, KnowsThatAFolderIsBelowTheTopOfItsRepository) {
   makeRepository();
   git("tag 2.0");
   std::filesystem::create_directory(folder_ / "-x");
@@ -89,7 +89,7 @@ TEST_F(GitFactsOf, AFolderInARepositorySayThatItIsBelowTheTop) {
   EXPECT_TRUE(facts.isBelowTop);
 }
 
-TEST_F(GitFactsOf, AFolderIgnoreTheEnvironment) {
+TEST_F(ReadGitFacts, IgnoresTheEnvironment) {
   makeRepository();
   git("tag 2.0");
   std::filesystem::create_directory(folder_ / "other");
@@ -102,7 +102,7 @@ TEST_F(GitFactsOf, AFolderIgnoreTheEnvironment) {
   EXPECT_EQ(facts.version, "");
 }
 
-TEST_F(GitFactsOf, ARepositoryAreEmptyWithoutGit) {
+TEST_F(ReadGitFacts, GivesNothingWithoutGit) {
   makeRepository();
   git("tag 2.0");
   ::setenv("PATH", "/nowhere", 1);
@@ -112,7 +112,7 @@ TEST_F(GitFactsOf, ARepositoryAreEmptyWithoutGit) {
   EXPECT_EQ(facts.version, "");
 }
 
-TEST_F(GitFactsOf, EndlessOutputOfGitAreEmpty) {
+TEST_F(ReadGitFacts, GivesNothingIfTheOutputOfGitIsEndless) {
   const auto git = folder_ / "bin/git";
   std::filesystem::create_directory(git.parent_path());
   test::writeFile(git, "#!/bin/sh\nexec /usr/bin/yes v1.0\n");
@@ -125,7 +125,7 @@ TEST_F(GitFactsOf, EndlessOutputOfGitAreEmpty) {
   EXPECT_EQ(facts.userName, "");
 }
 
-TEST_F(GitFactsOf, ABrokenRepositoryAreEmpty) {
+TEST_F(ReadGitFacts, GivesNothingForABrokenRepository) {
   makeRepository();
   git("tag 2.0");
   test::writeFile(folder_ / ".git/config", "[broken");

@@ -74,7 +74,7 @@ TEST(Verification, AValidPackageHasNoFindings) {
   EXPECT_THAT(package.check().findings(), IsEmpty());
 }
 
-TEST(Verification, WhatTheFormatAllowsIsNoFinding) {
+TEST(Verification, WhatTheFormatAllowsIsNotAFinding) {
   PackageUnderTest package;
   package.zip.comment = "a comment";
   package.zip.zip64 = true;
@@ -95,7 +95,7 @@ TEST(Verification, WhatTheFormatAllowsIsNoFinding) {
   EXPECT_THAT(package.check().findings(), IsEmpty());
 }
 
-TEST(Verification, ValidExternalTargetsAreNoFindings) {
+TEST(Verification, ValidExternalTargetsAreNotFindings) {
   PackageUnderTest package;
   std::string xml;
   int number = 0;

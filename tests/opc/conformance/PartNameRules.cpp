@@ -106,7 +106,7 @@ TEST(RulePN10, ANameKeptForRelationshipsIsNotTaken) {
   EXPECT_EQ(refusalOfParts({u"/_rels/c.m", u"/d/c.rels"}), "none");
 }
 
-TEST(RulePN11, SavingDropsWhatIsNoPart) {
+TEST(RulePN11, SavingDropsItemsThatAreNotParts) {
   PackageSpec spec;
   spec.add("[trash]/0000.dat");
   spec.add("c d.m");
@@ -164,7 +164,7 @@ TEST(RulePN13, FilesLieInAFolderOfTheirOwn) {
   }
 }
 
-TEST(RulePN13, AFileNameThatIsNoUtf8IsRefusedByName) {
+TEST(RulePN13, AFileNameThatIsNotUtf8IsRefusedByName) {
   try {
     packedTree({"bad\xff.m"}, {});
     FAIL() << "packed";

@@ -66,7 +66,7 @@ TEST(RuleRL1, ThePartOfASourceWithoutRelationshipsAnyMoreGoes) {
   EXPECT_THAT(zip.names(), Not(Contains("_rels/b.m.rels")));
 }
 
-TEST(RuleRL4, AnIdThatIsNoneIsNotWritten) {
+TEST(RuleRL4, AnInvalidIdIsNotWritten) {
   for (const auto* id : {u"1", u"a b", u"a:b", u"-a"}) {
     EXPECT_EQ(refusalOfRelating(u"/a", id), "RL-4");
   }
@@ -177,7 +177,7 @@ TEST(RuleRL16, TypesAreLookedUpAsExactTexts) {
   });
 }
 
-TEST(RuleRL17, AGeneratedIdIsNoneThatIsThereOrReserved) {
+TEST(RuleRL17, AGeneratedIdIsNeitherTakenNorReserved) {
   writtenPackage([](Package& package) {
     relate(package, u"/a", u"rId2");
     relate(package, u"/a", u"rId5");

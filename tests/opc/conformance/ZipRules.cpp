@@ -157,7 +157,7 @@ TEST(RuleIL2, AStreamInPiecesIsWrittenWhole) {
   EXPECT_FALSE(zip.has("[Content_Types].xml/[0].last.piece"));
 }
 
-TEST(RuleIL4, SavingDropsPiecesThatMakeNothing) {
+TEST(RuleIL4, SavingDropsIncompletePieces) {
   PackageSpec spec;
   spec.add("c.m/[0].piece", "a");
 

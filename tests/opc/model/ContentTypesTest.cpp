@@ -153,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(Streams, ContentTypesStream, testing::ValuesIn(kStreams
 
 }  // namespace
 
-TEST(ContentTypes, WhatIsNoXmlIsRefused) {
+TEST(ContentTypes, WhatIsNotXmlIsRefused) {
   EXPECT_THROW(parse("<Types"), opc::model::InvalidXMLDocument);
   EXPECT_THROW(parse(expand("<!DOCTYPE Types><Types @/>")), opc::model::InvalidXMLDocument);
 }

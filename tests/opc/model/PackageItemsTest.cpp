@@ -69,7 +69,7 @@ TEST(PackageItems, UntypedOnesAreKept) {
             (Names{"[Content_Types].xml", "u.unknown", "Files/v", "w.no/[0].last.piece"}));
 }
 
-TEST(PackageItems, UntypedOnesBecomeNoPartsByTheTypeOfRelationships) {
+TEST(PackageItems, TheTypeOfRelationshipsDoesNotMakeUntypedOnesParts) {
   MemoryPackage memory;
   memory.disk.add("[Content_Types].xml",
                   std::string(test::kTypesStart) +
@@ -86,7 +86,7 @@ TEST(PackageItems, UntypedOnesBecomeNoPartsByTheTypeOfRelationships) {
   EXPECT_TRUE(memory.package.hasRelationship(u"r"));
 }
 
-TEST(PackageItems, WhatAPartTookThePlaceOfIsNamedNoMore) {
+TEST(PackageItems, ItemsThatPartsReplacedAreNoLongerListed) {
   MemoryPackage memory;
   memory.with("a.unknown").with("_rels/b.m.rels", relationshipsXml(""));
   memory.package.open(OpenMode::Modify);

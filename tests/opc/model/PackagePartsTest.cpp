@@ -55,7 +55,7 @@ TEST(PackageWriting, DeletingWhatIsNotThereIsAnError) {
             ErrorCode::NotFound);
 }
 
-TEST(PackageWriting, NamesThatMayNotBeAreRefused) {
+TEST(PackageWriting, ForbiddenNamesAreRefused) {
   MemoryPackage memory;
   memory.with("a.xml").with("d/b.xml");
   memory.package.open(OpenMode::Modify);
@@ -107,7 +107,7 @@ TEST(PackageWriting, AFolderIsTakenUntilTheLastPartInItIsDeleted) {
   EXPECT_FALSE(memory.package.canCreatePart(partName(u"/e")));
 }
 
-TEST(PackageWriting, ANewPartTakesThePlaceOfWhatIsNone) {
+TEST(PackageWriting, ANewPartReplacesAnItemThatIsNotAPart) {
   MemoryPackage memory;
   memory.with("x.unknown", "old").with("y.unknown", "other");
   memory.with("_rels/new.m.rels", relationshipsXml(relationshipXml("r", "/x")));

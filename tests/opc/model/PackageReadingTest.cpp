@@ -122,7 +122,7 @@ TEST(PackageReading, APackageWithoutContentTypesIsRefused) {
             "no [Content_Types].xml");
 }
 
-TEST(PackageReading, IncompleteContentTypesInPiecesAreNone) {
+TEST(PackageReading, IncompleteContentTypesInPiecesAreRefused) {
   MemoryPackage memory;
   memory.disk.add("[Content_Types].xml/[0].piece", test::typesXml());
 
@@ -180,7 +180,7 @@ TEST(PackageReading, ARelationshipsPartMayGoWithoutTypeButNotWithAnother) {
   EXPECT_EQ(other.faultOfOpening().rule, "CT-12");
 }
 
-TEST(PackageReading, LinksAndOtherSpecialItemsAreNoParts) {
+TEST(PackageReading, LinksAndOtherSpecialItemsAreNotParts) {
   MemoryPackage memory;
   memory.with("a.xml").with("A.xml").with("b.xml");
   memory.disk.items->at(2).kind = ItemKind::SymbolicLink;
@@ -229,7 +229,7 @@ TEST(PackageReading, MissingPartIsNamed) {
             "cannot get part '/b.xml' of 'memory.kraddon': the package has no such part");
 }
 
-TEST(PackageReading, WhatHasNoContentTypeIsNoPart) {
+TEST(PackageReading, AnItemWithoutAContentTypeIsNotAPart) {
   MemoryPackage memory;
   memory.with("a.unknown").with("[trash]/0000.dat");
   memory.package.open(OpenMode::Read);
@@ -237,7 +237,7 @@ TEST(PackageReading, WhatHasNoContentTypeIsNoPart) {
   EXPECT_FALSE(memory.package.hasPart(partName(u"/a.unknown")));
 }
 
-TEST(PackageReading, PartTellsItsNameAndType) {
+TEST(PackageReading, PartKnowsItsNameAndType) {
   MemoryPackage memory;
   memory.disk.add("[Content_Types].xml",
                   test::typesXml("<Override PartName=\"/B.xml\" ContentType=\"o/o\"/>"));
@@ -307,7 +307,7 @@ TEST(PackageReading, OnlyAWholePartHasAnItem) {
   EXPECT_EQ(memory.package.physical().itemName(*itemOf(u"/whole.m")), "whole.m");
 }
 
-TEST(PackageReading, PiecesThatMakeNothingWholeAreNoPart) {
+TEST(PackageReading, IncompletePiecesAreNotAPart) {
   for (const std::vector<const char*>& items : std::vector<std::vector<const char*>>{
            {"a.m/[0].piece"},
            {"a.m/[1].last.piece"},
@@ -413,7 +413,7 @@ TEST(PackageReading, AHundredThousandPartsAreFoundByName) {
   EXPECT_EQ(memory.physical.itemsRead().size(), 1u);
 }
 
-TEST(PackageReading, NamesOfManySegmentsTakeNoTimeOfTheirSquare) {
+TEST(PackageReading, NamesOfManySegmentsTakeLinearTime) {
   MemoryPackage memory;
   std::string deep;
   for (int i = 0; i < 20000; ++i) deep += "a/";

@@ -164,7 +164,7 @@ TEST(PackageWriting, TypesAreNotRewrittenWhenADefaultFits) {
   EXPECT_EQ(memory.disk.names(), (Names{"[Content_Types].xml", "a.m", "b.m"}));
 }
 
-TEST(PackageWriting, ASavedPackageAlwaysSaysWhatRelsAre) {
+TEST(PackageWriting, ASavedPackageAlwaysDeclaresTheTypeOfRels) {
   MemoryPackage memory;
   memory.disk.add("[Content_Types].xml",
                   std::string(test::kTypesStart) +
@@ -192,7 +192,7 @@ TEST(PackageWriting, RelationshipsGetTheirTypeAlsoBesideAnotherDefault) {
   EXPECT_EQ(memory.faultOfOpening().rule, "none");
 }
 
-TEST(PackageWriting, WhatIsNoPartIsDropped) {
+TEST(PackageWriting, ItemsThatAreNotPartsAreDropped) {
   MemoryPackage memory;
   memory.with("dir/").with("[trash]/0.dat").with("a b.m").with("p.m/[0].piece").with("x.unknown");
   memory.with("_rels/missing.m.rels", relationshipsXml(relationshipXml("r", "/x")));

@@ -216,7 +216,7 @@ TEST(PartName, KnowsWhereItsRelationshipsLie) {
   EXPECT_EQ(opc::model::relationshipsItemName(""), "_rels/.rels");
 }
 
-TEST(PartName, SourceOfRelationshipsIsTheWayBack) {
+TEST(PartName, SourceOfRelationshipsIsFoundFromTheirName) {
   EXPECT_EQ(opc::model::sourceOfRelationships("x/_rels/y.z.rels"), "x/y.z");
   EXPECT_EQ(opc::model::sourceOfRelationships("_RELS/y.Rels"), "y");
   EXPECT_EQ(opc::model::sourceOfRelationships("_rels/.rels"), "");

@@ -112,7 +112,7 @@ TYPED_TEST(PhysicalPackage, AnEmptyOneIsWrittenToo) {
   EXPECT_EQ(this->stored(), Content());
 }
 
-TYPED_TEST(PhysicalPackage, ADiscardedOneNeverWas) {
+TYPED_TEST(PhysicalPackage, ADiscardedNewOneIsNotStored) {
   this->package_->open(OpenMode::Create);
   add(*this->package_, item("a"), "");
   this->package_->close(true);
@@ -122,7 +122,7 @@ TYPED_TEST(PhysicalPackage, ADiscardedOneNeverWas) {
   EXPECT_FALSE(this->package_->isOpen());
 }
 
-TYPED_TEST(PhysicalPackage, DiscardedChangesNeverWere) {
+TYPED_TEST(PhysicalPackage, DiscardedChangesAreNotStored) {
   this->fill();
   this->package_->open(OpenMode::Modify);
   this->package_->removeItem(0);

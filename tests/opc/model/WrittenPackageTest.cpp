@@ -102,7 +102,7 @@ TEST(WrittenPackage, IsChangedAndReadAgain) {
   EXPECT_EQ(package.getRelationships().size(), 1u);
 }
 
-TEST(WrittenPackage, StreamsThatOutliveItTouchNothingOfIt) {
+TEST(WrittenPackage, StreamsThatOutliveItFail) {
   const test::TemporaryFolder folder;
   auto physical =
       std::make_unique<ZipPhysicalPackage>((folder / "a.kraddon").u16string(), true, u"");

@@ -77,7 +77,7 @@ TEST_F(XercesMemoryUse, UsesNoPieceOfTheBlockTwice) {
   EXPECT_NE(second, first);
 }
 
-TEST_F(XercesMemoryUse, TakesNothingBackForNothing) {
+TEST_F(XercesMemoryUse, FreeingNullDoesNothing) {
   memory_.deallocate(nullptr);
   const XercesMemory::Critical critical(memory_);
 

@@ -197,7 +197,7 @@ TEST(XercesParser, TwoHundredFiftySixLevelsAreRead) {
   EXPECT_EQ(deep.text(), u"x");
 }
 
-TEST(XercesParser, SiblingsAreNoDepth) {
+TEST(XercesParser, SiblingsDoNotCountAsDepth) {
   const ParsedXml flat("<a>" + repeat("<b><c/></b>", 1000) + "</a>");
 
   EXPECT_EQ(XercesHelper::getElements(flat.root(), u"b").size(), 1000u);
@@ -307,7 +307,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "<!-- --> \n<?p?>"}),
     [](const testing::TestParamInfo<Encoded>& test) { return test.param.name; });
 
-TEST(XercesParser, MarkupInsideCommentsCdataAndValuesIsNoMarkup) {
+TEST(XercesParser, MarkupInsideCommentsCdataAndValuesIsText) {
   const ParsedXml parsed(
       "<a b='>/' c=\"'-->\"><!-- <b> <!DOCTYPE x> --><![CDATA[<c><!DOCTYPE y>]]></a>");
 

@@ -83,7 +83,7 @@ class ExtractionConflict : public testing::TestWithParam<RestoreMode> {
 INSTANTIATE_TEST_SUITE_P(Modes, ExtractionConflict,
                          testing::Values(RestoreMode::KeepExisting, RestoreMode::ReplaceExisting));
 
-TEST_P(ExtractionConflict, ExistingFoldersAreWelcome) {
+TEST_P(ExtractionConflict, ExistingFoldersAreNotConflicts) {
   fs::create_directories(target() / "a/b");
   fs::create_directories(target() / "empty/with something");
 

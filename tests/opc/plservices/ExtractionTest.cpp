@@ -449,7 +449,7 @@ TEST_F(ExtractionSpace, AFolderThatWasThereStaysWhenThereIsNoRoom) {
   EXPECT_THAT(listDisk(target()), IsEmpty());
 }
 
-TEST_F(ExtractionSpace, ASumOfSizesBeyondAllBoundsIsNoRoom) {
+TEST_F(ExtractionSpace, ASumOfSizesThatOverflowsIsTheLargestNumber) {
   opc::plservices::detail::ExtractionPlan plan;
   plan.sizes = {~std::uint64_t{0}, ~std::uint64_t{0}, 1};
 

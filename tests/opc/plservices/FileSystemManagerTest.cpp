@@ -186,7 +186,7 @@ TEST(FileSystemManager, AMissingSourceChangesNothing) {
   EXPECT_FALSE(tree.hasPart(u"/files/a/b"));
 }
 
-TEST(FileSystemManager, PathsThatAreNoneAreRefused) {
+TEST(FileSystemManager, InvalidPathsAreRefused) {
   ScratchTree tree;
   const std::u16string source = opc::fromUtf8(tree.diskFile("x"));
 

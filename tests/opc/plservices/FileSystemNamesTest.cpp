@@ -201,9 +201,9 @@ struct StrangePart {
   const char16_t* name;
   const char* why;
 };
-class FileSystemNamesOfStrangers : public testing::TestWithParam<StrangePart> {};
+class FileSystemForeignNames : public testing::TestWithParam<StrangePart> {};
 
-TEST_P(FileSystemNamesOfStrangers, AreReportedAndNotInTheTree) {
+TEST_P(FileSystemForeignNames, AreReportedAndNotInTheTree) {
   ScratchTree tree;
   tree.addFile("good.m");
   tree.addPart(GetParam().name, "x");
@@ -216,7 +216,7 @@ TEST_P(FileSystemNamesOfStrangers, AreReportedAndNotInTheTree) {
   EXPECT_THAT(tree.files.unreadable()[0].line, HasSubstr(GetParam().why));
 }
 
-INSTANTIATE_TEST_SUITE_P(Parts, FileSystemNamesOfStrangers,
+INSTANTIATE_TEST_SUITE_P(Parts, FileSystemForeignNames,
                          testing::Values(StrangePart{u"/files/a%0Ab.m", "control character"},
                                          StrangePart{u"/files/a%7f", "control character"},
                                          StrangePart{u"/files/%C2%85", "control character"},
@@ -225,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(Parts, FileSystemNamesOfStrangers,
                                          StrangePart{u"/files/%C3/%A9", "UTF-8"},
                                          StrangePart{u"/files/%ED%A0%80", "UTF-8"}));
 
-TEST(FileSystemNamesOfStrangersTogether, ItemsBelowTheFolderThatAreNoPartsAreReported) {
+TEST(FileSystemForeignNamesTogether, ItemsBelowTheFolderThatAreNotPartsAreReported) {
   ScratchTree tree;
   tree.addFile("good.m");
   tree.package.close(false);
@@ -244,7 +244,7 @@ TEST(FileSystemNamesOfStrangersTogether, ItemsBelowTheFolderThatAreNoPartsAreRep
             "item 'FILES/no.type' is not a file of the tree: it has no content type");
 }
 
-TEST(FileSystemNamesOfStrangersTogether, TwoSpellingsOfOnePathAreOneFileAndOneReport) {
+TEST(FileSystemForeignNamesTogether, TwoSpellingsOfOnePathAreOneFileAndOneReport) {
   ScratchTree tree;
   tree.addPart(u"/files/a!", "first");
   tree.addPart(u"/files/a%21", "second");
@@ -255,7 +255,7 @@ TEST(FileSystemNamesOfStrangersTogether, TwoSpellingsOfOnePathAreOneFileAndOneRe
   EXPECT_THAT(tree.files.unreadable()[0].line, HasSubstr("'a!'"));
 }
 
-TEST(FileSystemNamesOfStrangersTogether, APathThatIsAFileAndAFolderIsReported) {
+TEST(FileSystemForeignNamesTogether, APathThatIsAFileAndAFolderIsReported) {
   for (const bool fileFirst : {true, false}) {
     ScratchTree tree;
     if (fileFirst) tree.addPart(u"/files/a!", "file");
@@ -268,7 +268,7 @@ TEST(FileSystemNamesOfStrangersTogether, APathThatIsAFileAndAFolderIsReported) {
   }
 }
 
-TEST(FileSystemNamesOfStrangersTogether, PartsOutsideTheFilesFolderAreNoFiles) {
+TEST(FileSystemForeignNamesTogether, PartsOutsideTheFilesFolderAreNotFiles) {
   ScratchTree tree;
   tree.addPart(u"/filesystem/a", "x");
   tree.addPart(u"/b/files/c", "x");
@@ -277,7 +277,7 @@ TEST(FileSystemNamesOfStrangersTogether, PartsOutsideTheFilesFolderAreNoFiles) {
   EXPECT_THAT(tree.list(), IsEmpty());
 }
 
-TEST(FileSystemNamesOfStrangersTogether, TheFilesFolderIsKnownInAnyCase) {
+TEST(FileSystemForeignNamesTogether, TheFilesFolderIsKnownInAnyCase) {
   ScratchTree tree;
   tree.addPart(u"/FILES/Sub/a.m", "x");
   tree.reopen();
@@ -285,7 +285,7 @@ TEST(FileSystemNamesOfStrangersTogether, TheFilesFolderIsKnownInAnyCase) {
   EXPECT_THAT(tree.list(), ElementsAre("Sub/a.m"));
 }
 
-TEST(FileSystemNamesOfStrangersTogether, AFileWhosePathAReportedPartSpellsCanBeAdded) {
+TEST(FileSystemForeignNamesTogether, AFileWhosePathAReportedPartSpellsCanBeAdded) {
   ScratchTree tree;
   tree.addPart(u"/files/a%0A", "theirs");
   tree.reopen(ScratchTree::OpenMode::Modify);

@@ -176,7 +176,7 @@ TEST(FileSystemTable, IsReadByItsNameWithoutARelationship) {
   EXPECT_THAT(tree.list(), ElementsAre("a"));
 }
 
-TEST(FileSystemTable, AFolderThatIsNotEmptyAfterAllIsNoFault) {
+TEST(FileSystemTable, AFolderThatIsNotEmptyAfterAllIsNotAnError) {
   ScratchTree tree;
   tree.addFolder("a");
   tree.addPart(u"/files/a/b", "put there by another program");

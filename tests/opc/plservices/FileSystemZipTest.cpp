@@ -191,7 +191,7 @@ TEST_P(FileSystemZipDamage, IsFoundTheFileNamedAndNothingOfItLeft) {
 INSTANTIATE_TEST_SUITE_P(Sizes, FileSystemZipDamage, testing::Values(1000, 17u << 20));
 
 // Deflated, these would take a hundred bytes, and the package could not be read back.
-TEST_F(FileSystemZip, AThousandFoldersInsideEachOtherAndMoreComeBack) {
+TEST_F(FileSystemZip, AThousandNestedFoldersAndMoreComeBack) {
   std::string deep = "d";
   for (int level = 0; level < 20'000; ++level) deep += "/d";
   files.createFolder(opc::fromUtf8(deep));

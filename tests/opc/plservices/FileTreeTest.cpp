@@ -257,7 +257,7 @@ TEST(FileTree, FilesAddedAfterALookUpAreFound) {
   }
 }
 
-TEST(FileTree, ARemovedFolderIsNoEmptyOne) {
+TEST(FileTree, ARemovedFolderDoesNotCountAsEmpty) {
   FileTree tree;
   const NodeId folder = tree.addFolder(FileTree::kRoot, "a");
 

@@ -87,7 +87,7 @@ TEST_P(ReadAheadWays, ALargePartComesInBlocks) {
   EXPECT_EQ(readPart(ahead), texts_[2]);
 }
 
-TEST_P(ReadAheadWays, WhoStopsInTheMiddleWaitsForNothing) {
+TEST_P(ReadAheadWays, StoppingInTheMiddleWaitsForNothing) {
   for (int i = 0; i < 100; ++i) add(std::string(std::size_t{1} << 20, 'x'));
   open();
   auto ahead = std::make_unique<ReadAhead>(PartReader(package_, parts_), GetParam().starter);

@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
                     u"-2014-05-06", u"+2014", u" 2014", u"2014 ", u"\uFF12\uFF10\uFF11\uFF14",
                     u"10000-01-01", u"0001-02-29"));
 
-TEST(W3cDateTime, AYearThatTheCalendarDoesNotHoldIsReadAndNoPointInTime) {
+TEST(W3cDateTime, AYearOutsideTheCalendarIsReadButIsNotAPointInTime) {
   for (const auto* text : {u"0000", u"0001-01-01T00:00:00Z", u"1399", u"1200-02-29",
                            u"1400-01-01T00:00:00+00:01", u"9999-12-31T23:59:59-00:01"}) {
     EXPECT_TRUE(parseW3cDateTime(text).time.is_not_a_date_time());
@@ -104,7 +104,7 @@ TEST(W3cDateTime, FractionsOfASecondAreDroppedAndNotRounded) {
   EXPECT_EQ(inWholeSeconds(time), ptime(date(2014, 5, 6), microseconds(3'661'000'000)));
 }
 
-TEST(W3cDateTime, WhatIsNoPointInTimeIsNotWritten) {
+TEST(W3cDateTime, WhatIsNotAPointInTimeIsNotWritten) {
   EXPECT_THROW(formatW3cDateTime(ptime()), Exception);
   EXPECT_THROW(formatW3cDateTime(ptime(boost::posix_time::pos_infin)), Exception);
   EXPECT_TRUE(inWholeSeconds(ptime()).is_not_a_date_time());

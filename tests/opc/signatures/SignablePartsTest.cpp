@@ -67,7 +67,7 @@ TEST(SignableParts, AReferenceIsANameAndAType) {
   EXPECT_EQ(parsed->type, "text/plain;charset=\"utf-8\"");
 }
 
-TEST(SignableParts, AnythingElseIsNoReference) {
+TEST(SignableParts, AnythingElseIsNotAReference) {
   for (const char* uri : {"", "/", "?ContentType=text/plain", "/?ContentType=text/plain",
                           "/files/a.m", "/files/a.m?", "/files/a.m?contenttype=text/plain",
                           "/files/a.m?ContentType=", "/files/a.m?ContentType=text",

@@ -98,7 +98,7 @@ TEST(SignatureParts, AreFoundAlongTheRelationships) {
   EXPECT_EQ(countSignatures(memory.package), 2U);
 }
 
-TEST(SignatureParts, WhatIsNotAsItShouldBeIsAFault) {
+TEST(SignatureParts, MalformedPartsAreFaults) {
   const std::string rels = test::kOriginRelationshipsItem;
   EXPECT_EQ(faultOf([](auto& memory) { memory.replace(test::kOriginItem, "x"); }),
             kOriginName + ": the signature origin is not empty");

@@ -140,7 +140,7 @@ TEST(Signing, ADigestThatIsNotKnownEndsTheCommit) {
   memory.package.close(true);
 }
 
-TEST(Signing, AnItemThatIsNoPartIsRefused) {
+TEST(Signing, AnItemThatIsNotAPartIsRefused) {
   SignedPackage memory;
   memory.with("files/x.unknown");
   memory.package.open(OpenMode::Modify);

@@ -227,7 +227,7 @@ class NamesInSomeOrder : public testing::TestWithParam<unsigned> {
   }
 };
 
-TEST_P(NamesInSomeOrder, DoublesAreFound) {
+TEST_P(NamesInSomeOrder, DuplicatesAreFound) {
   std::vector<std::string> names = someNames();
   arrange(names);
   repeatSome(names);
@@ -237,7 +237,7 @@ TEST_P(NamesInSomeOrder, DoublesAreFound) {
 
 INSTANTIATE_TEST_SUITE_P(DirectoryPass, NamesInSomeOrder, testing::Range(0u, 150u));
 
-TEST(DirectoryPass, FindsADoubleOfANameOfAnOldCodePage) {
+TEST(DirectoryPass, FindsADuplicateOfANameInAnOldCodePage) {
   ZipBuilder builder = withNames({"a", "b\x81", "c", "b\x81", "d"});
 
   EXPECT_EQ(notedDoubles(directoryOf(builder)),

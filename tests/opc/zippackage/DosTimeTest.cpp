@@ -38,7 +38,7 @@ TEST(DosTime, IsClampedToWhatCanBeSaid) {
   EXPECT_EQ(DosTime::toUnix(DosTime::fromUnix(INT64_MAX)), 4354819198);
 }
 
-TEST(DosTime, AValueThatIsNoTimeIsTheEarliest) {
+TEST(DosTime, AnInvalidValueIsTheEarliestTime) {
   EXPECT_EQ(DosTime::toUnix(0), 315532800);
   EXPECT_EQ(DosTime::toUnix(0xFFFFFFFF), 315532800);
   EXPECT_EQ(DosTime::toUnix(dos(2023, 2, 29)), 315532800);

@@ -28,7 +28,7 @@ using test::ZipBuilder;
 
 using Kinds = std::vector<ZipFaultKind>;
 
-TEST(EndOfDirectory, WhatIsNoZipFileIsRefusedWithTheReason) {
+TEST(EndOfDirectory, AFileThatIsNotAZipFileIsRefusedWithTheReason) {
   EXPECT_EQ(refusalOf(std::string()), "ZP-16: it is empty");
   EXPECT_EQ(refusalOf(std::string("hello")), "ZP-16: not a ZIP file (no end record)");
   EXPECT_EQ(refusalOf(std::string(300000, 'x')), "ZP-16: not a ZIP file (no end record)");
@@ -116,7 +116,7 @@ TEST(EndOfDirectory, CountlessSignaturesFarInFrontOfTheEndAreNotAllLookedAt) {
   EXPECT_EQ(refusalOf(builder), "ZP-16: more than 32768 places in it look like its end record");
 }
 
-TEST(EndOfDirectory, ASignatureInTheCommentIsNoEndRecord) {
+TEST(EndOfDirectory, ASignatureInTheCommentIsNotAnEndRecord) {
   const std::string signature = le32(0x06054b50);
   for (const std::string& fake :
        {signature, "x" + signature, signature + "\n", signature + std::string(18, 'x')}) {
@@ -406,7 +406,7 @@ TEST(EndOfDirectory, AZip64EndRecordThatIsNotThereIsRefused) {
   }
 }
 
-TEST(EndOfDirectory, ALocatorAtTheEndOfAnItemsCommentIsNone) {
+TEST(EndOfDirectory, ALocatorAtTheEndOfAnItemsCommentIsIgnored) {
   ZipBuilder builder = twoItems();
   builder.items[1].comment = le32(0x07064b50) + le32(0) + le64(12345) + le32(1);
 

@@ -53,7 +53,7 @@ TEST(ExtraFieldWalk, AFieldThatIsCutOffEndsTheWalk) {
   }
 }
 
-TEST(ExtraFieldWalk, TellsWhatIsWrongWithTheFields) {
+TEST(ExtraFieldWalk, ReportsWhatIsWrongWithTheFields) {
   const auto faultOf = [](const std::string& extra) {
     return ExtraFieldWalk::faultOf(bytesOf(extra));
   };

@@ -133,7 +133,7 @@ TEST_P(PackAheadWays, AFailureComesWithTheItemThatFailedAndNotBefore) {
   EXPECT_EQ(unpacked(packer.take().value()), "three");
 }
 
-TEST_P(PackAheadWays, WhoStopsInTheMiddleWaitsForNothing) {
+TEST_P(PackAheadWays, StoppingInTheMiddleWaitsForNothing) {
   const Sources sources = makeSources(manyTexts());
   PackAhead& packer = pack(sources);
 

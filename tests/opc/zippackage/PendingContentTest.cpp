@@ -212,7 +212,7 @@ TEST_F(PendingContents, SpillToTheDiskAfterTheGrowingOneIsGone) {
   EXPECT_EQ(contentOf(next), "text");
 }
 
-TEST_F(PendingContents, WithoutAFolderToSpillIntoSaySo) {
+TEST_F(PendingContents, FailWithoutAFolderToSpillInto) {
   PendingStore store((folder_ / "missing").string());
   PendingContent content(store, "a");
 

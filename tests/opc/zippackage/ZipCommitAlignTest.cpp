@@ -95,7 +95,7 @@ TEST_F(AlignedCommits, KeepThePlaceOfALongRunWithinABlock) {
   EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
 }
 
-TEST_F(AlignedCommits, DoSoForEachRun) {
+TEST_F(AlignedCommits, AlignEachRun) {
   writePackage();
   const Place last = placeOf("last");
 
@@ -124,7 +124,7 @@ TEST_F(AlignedCommits, ReplaceTheHintOfAnEarlierOne) {
   expectContents();
 }
 
-TEST_F(AlignedCommits, ChangeNoHeaderThatIsNotAsItShouldBe) {
+TEST_F(AlignedCommits, LeaveAMalformedHeaderUnchanged) {
   writePackage([](test::ZipItem& item) { item.local.extra = "malformed"; });
 
   remove("first");

@@ -160,7 +160,7 @@ TEST_F(Commits, RefuseToCutAnItemThatReachesFarOverOthers) {
   EXPECT_EQ(test::ruleOf([&] { package.close(false); }), "RB-2");
 }
 
-TEST_F(Commits, LeaveOutWhatIsNoPartOfTheLastItem) {
+TEST_F(Commits, LeaveOutBytesThatDoNotBelongToTheLastItem) {
   test::ZipBuilder builder;
   builder.add({.name = "a", .content = "A"});
   builder.add({.name = "b", .before = "junk", .writeCentral = false});

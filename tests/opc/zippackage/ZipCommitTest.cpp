@@ -358,7 +358,7 @@ TEST_F(Commits, ToALongNameFindATemporaryName) {
   EXPECT_EQ(filesInFolder(), 2u);
 }
 
-TEST_F(Commits, MustNotReplaceWhatCameIntoBeingMeanwhile) {
+TEST_F(Commits, DoNotReplaceAFileThatAppearedMeanwhile) {
   auto package = test::packageAt(folder_ / "new", false);
   package.open(OpenMode::Create);
   test::addText(package, {.name = "x"}, "y");

@@ -26,7 +26,7 @@ using test::ZipBuilder;
 
 using Kinds = std::vector<ZipFaultKind>;
 
-TEST(ZipDirectory, TellsNamesSizesAndPlaces) {
+TEST(ZipDirectory, ListsNamesSizesAndOffsets) {
   const ZipDirectory directory = directoryOf(twoItems());
 
   ASSERT_EQ(directory.entries().size(), 2u);
@@ -63,7 +63,7 @@ TEST(ZipDirectory, ListsEntriesByTheirPlaceInTheFileToo) {
   EXPECT_TRUE(directory.faults().empty());
 }
 
-TEST(ZipDirectory, ADigitalSignatureOfTheDirectoryIsNoEntry) {
+TEST(ZipDirectory, ADigitalSignatureOfTheDirectoryIsNotAnEntry) {
   ZipBuilder builder = twoItems();
   builder.beforeEnd = le32(0x05054b50) + le16(4) + "sign";
   const std::size_t plain = twoItems().build().size();

@@ -90,7 +90,7 @@ TEST(ZipFormat, EndRecordsComeBackAsTheyWereWritten) {
   EXPECT_EQ(encoded(Zip64EndRecord::decode(bytesOf(wide)).value()), wide);
 }
 
-TEST(ZipFormat, ARecordThatIsShortOrHasAnotherSignatureIsNone) {
+TEST(ZipFormat, AShortRecordOrOneWithAnotherSignatureIsNotDecoded) {
   const std::string bytes = encoded(LocalHeader{});
 
   EXPECT_FALSE(LocalHeader::decode(bytesOf(bytes.substr(0, 29))));
@@ -112,7 +112,7 @@ TEST(DataDescriptor, IsKnownInAllFourForms) {
   EXPECT_EQ(descriptor.lengthIn(bytesOf("PK\x07\x08" + wide), false, 0), 24u);
 }
 
-TEST(DataDescriptor, WithOtherValuesIsNone) {
+TEST(DataDescriptor, WithOtherValuesIsNotRecognised) {
   const std::string bytes = "PK\x07\x08" + le32(1) + le32(100) + le32(200);
 
   EXPECT_EQ((DataDescriptor{2, 100, 200}.lengthIn(bytesOf(bytes), false, 0)), 0u);
@@ -129,14 +129,14 @@ TEST(DataDescriptor, BeyondFourGibibytesIsKnownInItsWideFormsOnly) {
   EXPECT_EQ(descriptor.lengthIn(bytesOf(le32(1) + le32(2) + le32(3)), false, 0), 0u);
 }
 
-TEST(DataDescriptor, OfNothingIsTakenInTheFormThatIsAskedForFirst) {
+TEST(DataDescriptor, OfZerosHasTheFormThatIsTriedFirst) {
   const std::string zeros(24, '\0');
 
   EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(zeros), false, 0)), 12u);
   EXPECT_EQ((DataDescriptor{}.lengthIn(bytesOf(zeros), true, 0)), 20u);
 }
 
-TEST(DataDescriptor, OfNothingIsTakenInTheFormThatFillsTheRoomUpToWhatFollows) {
+TEST(DataDescriptor, OfZerosHasTheFormThatFillsTheGap) {
   const std::string bare(24, '\0');
   const std::string marked = "PK\x07\x08" + bare.substr(4);
 

@@ -77,7 +77,7 @@ TEST_F(ZipPackages, KeepTimesThatThirtyTwoBitsCannotHoldInAFieldOfTheirOwn) {
   EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
 }
 
-TEST_F(ZipPackages, TellTheTimeOfTheUnixFieldBeforeThatOfTheOther) {
+TEST_F(ZipPackages, PreferTheTimeOfTheUnixField) {
   // 2001-09-09 01:46:40 and a day later, in ticks.
   const std::string other =
       test::extraField(0x000A, test::le32(0) + test::le16(1) + test::le16(24) +
@@ -139,7 +139,7 @@ TEST_F(ZipPackages, WithATimestampHaveTheSameBytesInEveryTimeZone) {
   ::tzset();
 }
 
-TEST_F(ZipPackages, WithADosTimeOfNothingAreOf1980) {
+TEST_F(ZipPackages, WithADosTimeOfZeroAreFrom1980) {
   test::ZipBuilder builder;
   builder.add({.name = "a"});
   builder.items[0].central.dosTime = 0;

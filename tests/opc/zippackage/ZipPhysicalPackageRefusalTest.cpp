@@ -126,7 +126,7 @@ TEST_F(ZipPackages, OpenForReadingRefuseChanges) {
   EXPECT_FALSE(package.isOpen());
 }
 
-TEST_F(ZipPackages, ThatAreNotOpenSaySo) {
+TEST_F(ZipPackages, ThatAreNotOpenCannotBeReadOrChanged) {
   auto package = test::packageAt(path());
   ByteBuffer bytes;
   const std::string expected = "package '" + path().string() + "' is not open";

@@ -46,14 +46,14 @@ TEST_F(ZipPackages, AreAcceptedByOtherPrograms) {
   EXPECT_EQ(test::outputOf("unzip -tqq " + path().string()), "");
 }
 
-TEST_F(ZipPackages, OfNothingAreArchivesToo) {
+TEST_F(ZipPackages, WithoutItemsAreArchivesToo) {
   test::makePackage(path(), {});
 
   EXPECT_EQ(opened(OpenMode::Read)->itemCount(), 0u);
   EXPECT_EQ(python("z.namelist()"), "[]\n");
 }
 
-TEST_F(ZipPackages, PackAsTheyAreToldTo) {
+TEST_F(ZipPackages, UseTheCompressionThatIsAskedFor) {
   const std::string text = test::packableText(300000);
   const auto holder = opened(OpenMode::Create);
   auto& package = *holder;
@@ -209,7 +209,7 @@ TEST_F(ZipPackages, KeepNamesValidWhileItemsAreAdded) {
   EXPECT_EQ(added, "b");
 }
 
-TEST_F(ZipPackages, TellFoldersLinksAndDevicesFromFiles) {
+TEST_F(ZipPackages, DistinguishFoldersLinksAndDevicesFromFiles) {
   test::ZipBuilder builder;
   const auto add = [&](const char* name, std::uint16_t host, std::uint32_t attributes) {
     test::ZipItem item{.name = name};

@@ -207,7 +207,7 @@ TEST(HostJson, LoneSurrogatesArePrintedAsEscapes) {
   EXPECT_EQ(write(array), R"("a\ud83c!")");
 }
 
-TEST(HostJson, ArraysTooDeepInEachOtherAreRefused) {
+TEST(HostJson, ArraysNestedTooDeeplyAreRefused) {
   HostArrayPointer outer = tool::json::toHostText(u"x");
   const std::array<std::size_t, 2> sizes{1, 1};
   for (int i = 0; i < 300; ++i) {
