@@ -95,6 +95,19 @@ class Repairs(CatalogueTest):
 
         self.records()
 
+    def test_lists_that_became_too_large_to_be_changed_are_made_anew(self):
+        self.site()
+        for name in ("index.html", "terms.js", "records.ndjson"):
+            with self.subTest(name):
+                os.truncate(self.path(f"site/{name}"), 300 << 20)
+
+                self.index("--yank" if name == "terms.js" else "--unyank", f"{GUID.format(1)}@1.0")
+
+                after = self.tree_of()[name]
+                self.assertLess(len(after), 100000)
+                self.index("--rebuild")
+                self.assertEqual(self.tree_of()[name], after)
+
     def test_files_that_nothing_has_named_for_a_day_are_collected(self):
         self.site()
         self.write("site/packages/notes.txt", "mine")
@@ -240,7 +253,7 @@ class NoSite(CatalogueTest):
 
                 self.assertFalse(self.path("new").exists())
 
-    def test_an_empty_folder_is_no_site(self):
+    def test_an_empty_folder_is_not_a_site(self):
         self.path("new").mkdir()
 
         for words in ((), ("--collect",), ("--rebuild",)):

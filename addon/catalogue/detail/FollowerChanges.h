@@ -10,6 +10,7 @@
 
 #include "addon/catalogue/detail/Database.h"
 #include "addon/catalogue/detail/SiteState.h"
+#include "opc/ByteBuffer.h"
 
 namespace addon::catalogue::detail {
 
@@ -19,15 +20,16 @@ using Pieces = std::vector<std::string_view>;
 /// `records.ndjson`, of which only some shards have changed.
 class LinesChange {
  public:
-  /// `before` is the file for the root of `old`.
-  LinesChange(std::string before, const SiteState& old);
+  /// `file` is the file for the root of `old`, which must outlive it.
+  LinesChange(opc::ByteBuffer file, const SiteState& old);
 
   /// The lines of the new file, the sequence left out; nothing if the old one is not what it should
   /// be. `keys` are the add-ons that can have changed.
   std::optional<Pieces> make(const SiteState& now, const std::set<std::string>& keys);
 
  private:
-  std::string before_;
+  opc::ByteBuffer file_;
+  std::string_view before_;  // its lines, the sequence left out
   const SiteState& old_;
   std::vector<std::string> texts_;
 };
@@ -39,9 +41,13 @@ class ListChange {
     std::string page;
     std::string terms;
   };
+  struct Files {
+    opc::ByteBuffer page;
+    opc::ByteBuffer terms;
+  };
 
   /// The two files for the root before.
-  explicit ListChange(Texts before) : before_(std::move(before)) {}
+  explicit ListChange(Files before) : before_(std::move(before)) {}
 
   /// Makes the new ones of them, of `fresh`, a list of nothing but the cards of `records`, which
   /// are in its order, and of what follows each card in `database`. `keys` are the add-ons that can
@@ -53,7 +59,7 @@ class ListChange {
   Pieces terms;
 
  private:
-  Texts before_;
+  Files before_;
 };
 
 }  // namespace addon::catalogue::detail

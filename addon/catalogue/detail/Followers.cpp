@@ -138,7 +138,7 @@ void Followers::writeLines(const Request& request) {
   std::optional<LinesChange> change;
   std::optional<Pieces> pieces;
   if (request.isOldComplete && request.keys.size() <= kMostChanged) {
-    change.emplace(files_.read(path).value_or(""), request.old);
+    change.emplace(files_.readFollower(path), request.old);
     pieces = change->make(request.state, request.keys);
   }
   files_.replace(path, [&](const SiteFiles::Sink& sink) {
@@ -233,8 +233,8 @@ bool Followers::changeFrontPage(const gallery::FrontPage& fresh, const Database&
       [&](std::string_view text) { texts.terms += text; });
   std::vector<Record> records;
   database.visitCurrent([&](const Record& record) { records.push_back(record); }, &keys);
-  ListChange change({files_.read(std::string(kFrontPage)).value_or(""),
-                     files_.read(std::string(kTerms)).value_or("")});
+  ListChange change(
+      {files_.readFollower(std::string(kFrontPage)), files_.readFollower(std::string(kTerms))});
   if (!change.make(texts, records, database, keys)) return false;
   putFrontPage(fresh.sequence, [&](const auto& page, const auto& terms) {
     for (const std::string_view piece : change.page) page(piece);

@@ -91,28 +91,50 @@ std::optional<std::time_t> SiteFiles::timeOf(const std::string& path) const {
   return std::nullopt;
 }
 
-std::optional<std::string> SiteFiles::read(const std::string& path) const {
-  const FileDescriptor file = openAt(descriptor_.get(), path);
+FileDescriptor SiteFiles::openFile(const std::string& path, std::uint64_t& size) const {
+  FileDescriptor file = openAt(descriptor_.get(), path);
   if (!file) {
-    if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+    if (errno == ENOENT || errno == ENOTDIR) return file;
     fail("cannot read", path, errno);
   }
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) fail("cannot read", path, errno);
   if (!S_ISREG(status.st_mode)) throw BrokenSite(onDisk(path), "it is not a file");
-  if (static_cast<std::uint64_t>(status.st_size) > kLargestText) {
-    throw BrokenSite(onDisk(path), "it is too large");
-  }
-  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  size = static_cast<std::uint64_t>(status.st_size);
+  return file;
+}
+
+std::size_t SiteFiles::readInto(int file, const std::string& path, char* text,
+                                std::size_t size) const {
   std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t count =
-        uninterrupted([&] { return ::read(file.get(), text.data() + done, text.size() - done); });
+  while (done < size) {
+    const ssize_t count = uninterrupted([&] { return ::read(file, text + done, size - done); });
     if (count < 0) fail("cannot read", path, errno);
     if (count == 0) break;
     done += static_cast<std::size_t>(count);
   }
-  text.resize(done);
+  return done;
+}
+
+std::optional<std::string> SiteFiles::read(const std::string& path) const {
+  std::uint64_t size = 0;
+  const FileDescriptor file = openFile(path, size);
+  if (!file) return std::nullopt;
+  if (size > kLargestText) throw BrokenSite(onDisk(path), "it is too large");
+  std::string text(static_cast<std::size_t>(size), '\0');
+  text.resize(readInto(file.get(), path, text.data(), text.size()));
+  return text;
+}
+
+opc::ByteBuffer SiteFiles::readFollower(const std::string& path) const {
+  opc::ByteBuffer text;
+  std::uint64_t size = 0;
+  const FileDescriptor file = openFile(path, size);
+  if (!file || size > kLargestText) return text;
+  text.resizeForOverwrite(static_cast<std::size_t>(size));
+  opc::announceWriting(text.data(), text.size());
+  const auto start = reinterpret_cast<char*>(text.data());
+  text.resizeForOverwrite(readInto(file.get(), path, start, text.size()));
   return text;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <functional>
 #include <mutex>
@@ -11,6 +13,7 @@
 #include <utility>
 
 #include "addon/catalogue/Root.h"
+#include "opc/ByteBuffer.h"
 #include "opc/FileDescriptor.h"
 #include "opc/TemporaryFile.h"
 
@@ -40,6 +43,9 @@ class SiteFiles {
   std::optional<std::string> read(const std::string& path) const;
   /// A file that must be what its name says. Throws BrokenSite.
   std::string read(const FileReference& file) const;
+  /// A file that follows the root, which only saves work: empty if there is none, or if it is too
+  /// large to be kept in memory.
+  opc::ByteBuffer readFollower(const std::string& path) const;
   /// At most `size` bytes from the beginning; "" if the file does not exist.
   std::string readStart(const std::string& path, std::size_t size) const;
   /// The SHA-256 of a file; "" if there is none.
@@ -70,6 +76,10 @@ class SiteFiles {
   void flush();
 
  private:
+  /// Opens a regular file; nothing if there is none. Sets its size.
+  opc::FileDescriptor openFile(const std::string& path, std::uint64_t& size) const;
+  /// Returns how many bytes there were.
+  std::size_t readInto(int file, const std::string& path, char* text, std::size_t size) const;
   [[noreturn]] void fail(std::string_view what, std::string_view path, int number) const;
   void noteFolderOf(const std::string& path);
 
