@@ -23,7 +23,7 @@ void expectClosed(const Fault& fault, const char* verb) {
 
 }  // namespace
 
-TEST(PackageStreams, AStreamThatIsReadAfterClosingTellsSo) {
+TEST(PackageStreams, ReadingAStreamAfterClosingIsAnError) {
   MemoryPackage memory;
   memory.with("a.m", std::string(100000, 'x'));
   memory.package.open(OpenMode::Read);
@@ -39,7 +39,7 @@ TEST(PackageStreams, AStreamThatIsReadAfterClosingTellsSo) {
   expectClosed(faultOf([&] { stream->read(block, sizeof block); }), "read");
 }
 
-TEST(PackageStreams, AStreamOverPiecesThatIsReadAfterClosingTellsSo) {
+TEST(PackageStreams, ReadingAStreamOverPiecesAfterClosingIsAnError) {
   MemoryPackage memory;
   memory.with("a.m/[0].piece", "one").with("a.m/[1].last.piece", "two");
   memory.package.open(OpenMode::Read);
@@ -82,7 +82,7 @@ TEST(PackageStreams, AStreamMayOutliveThePackageObject) {
   expectClosed(faultOf([&] { test::readAll(*stream); }), "read");
 }
 
-TEST(PackageStreams, AStreamThatIsWrittenToAfterClosingTellsSo) {
+TEST(PackageStreams, WritingToAStreamAfterClosingIsAnError) {
   MemoryPackage memory;
   memory.with("a.m", "old");
   memory.package.open(OpenMode::Modify);
