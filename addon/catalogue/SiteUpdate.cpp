@@ -252,7 +252,7 @@ class SiteUpdate {
 
   const UpdateRequest& request_;
   SiteFiles files_;
-  detail::Followers followers_{files_, request_.stop};
+  detail::Followers followers_{files_, request_.stop, request_.starter};
   SiteState old_{files_};
   const SiteState none_{files_};
   std::optional<SiteState> now_;

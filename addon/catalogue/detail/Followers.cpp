@@ -1,27 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/detail/Followers.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <optional>
 #include <vector>
 
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Database.h"
+#include "addon/catalogue/detail/DatabaseFile.h"
 #include "addon/catalogue/detail/FollowerChanges.h"
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/gallery/FrontPage.h"
-#include "opc/FileIo.h"
-#include "opc/SystemCall.h"
-#include "opc/TemporaryFile.h"
 
 namespace addon::catalogue::detail {
-
-using opc::FileDescriptor;
-using opc::uninterrupted;
 
 namespace {
 
@@ -32,73 +24,6 @@ gallery::Card toCard(const Record& record) {
   return {record.name,    record.version,  record.summary, record.author,    record.organization,
           record.license, record.modified, record.page,    record.screenshot};
 }
-
-/// A file in the making that SQLite opens by a name.
-class NamedFile {
- public:
-  explicit NamedFile(SiteFiles& files)
-      : files_(files), name_(opc::temporaryName(kDatabase)), path_(files.onDisk(name_)) {}
-  ~NamedFile() {
-    if (!name_.empty()) ::unlinkat(files_.descriptor(), name_.c_str(), 0);
-  }
-  NamedFile(const NamedFile&) = delete;
-  NamedFile& operator=(const NamedFile&) = delete;
-
-  const std::string& path() const { return path_; }
-
-  /// Makes it a copy of a file of the site. Returns false if that is missing or cannot be read.
-  bool copy(const std::string& other) const {
-    const FileDescriptor from(uninterrupted(
-        [&] { return ::openat(files_.descriptor(), other.c_str(), O_RDONLY | O_CLOEXEC); }));
-    if (!from) return false;
-    const FileDescriptor to = create();
-    constexpr std::size_t kMost = std::size_t{1} << 30;
-    while (true) {
-      // Where the file system can, the copy shares the blocks.
-      const ssize_t count = uninterrupted(
-          [&] { return ::copy_file_range(from.get(), nullptr, to.get(), nullptr, kMost, 0); });
-      if (count == 0) return true;
-      if (count < 0) return copyPieces(from.get(), to.get());
-    }
-  }
-
-  FileDescriptor create() const {
-    constexpr int kFlags = O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
-    FileDescriptor file(
-        uninterrupted([&] { return ::openat(files_.descriptor(), name_.c_str(), kFlags, 0666); }));
-    if (!file) throw opc::SystemError(what(), errno);
-    return file;
-  }
-
-  void putInPlace() {
-    const FileDescriptor file(uninterrupted(
-        [&] { return ::openat(files_.descriptor(), name_.c_str(), O_RDONLY | O_CLOEXEC); }));
-    if (!file) throw opc::SystemError(what(), errno);
-    files_.flushFile(file.get(), name_);
-    files_.rename(name_, std::string(kDatabase));
-    name_.clear();
-  }
-
- private:
-  bool copyPieces(int from, int to) const {
-    std::string piece(256u << 10, '\0');
-    std::uint64_t done = 0;
-    while (true) {
-      const ssize_t count = uninterrupted(
-          [&] { return ::pread(from, piece.data(), piece.size(), static_cast<off_t>(done)); });
-      if (count <= 0) return count == 0;
-      const auto size = static_cast<std::size_t>(count);
-      opc::writeFully(to, done, piece.data(), size, what());
-      done += size;
-    }
-  }
-
-  std::string what() const { return fmt::format("cannot write '{}'", files_.onDisk(kDatabase)); }
-
-  SiteFiles& files_;
-  std::string name_;
-  std::string path_;
-};
 
 }  // namespace
 
@@ -120,8 +45,14 @@ bool Followers::areOf(const SiteState& state) const {
 void Followers::write(const Request& request) {
   const SiteState& state = request.state;
   if (!request.isOldComplete) writePages(state);
-  writeLines(request);
-  writeDatabase(state, request.keys, request.isOldComplete);
+  DatabaseFile database(files_);
+  bool isCopied = false;
+  {
+    const auto copy = [&] { isCopied = database.tryCopy(); };
+    const auto copying = request.isOldComplete && starter_ ? starter_(copy) : nullptr;
+    writeLines(request);
+  }
+  writeDatabase(request, database, isCopied);
   writeFrontPage(request);
   files_.flush();
 }
@@ -161,14 +92,10 @@ void Followers::writeLines(const Request& request) {
   });
 }
 
-void Followers::writeDatabase(const SiteState& state, const std::set<std::string>& keys,
-                              bool isChange) {
-  // SQLite needs a name, which a killed process leaves behind.
-  opc::removeAbandonedFiles(files_.descriptor(), std::string(kDatabase));
-  NamedFile file(files_);
-  if (isChange && file.copy(std::string(kDatabase))) {
+void Followers::writeDatabase(const Request& request, DatabaseFile& file, bool isCopied) {
+  if (request.isOldComplete && (isCopied || file.copy())) {
     try {
-      changeDatabase(file.path(), state, keys);
+      changeDatabase(file.path(), request.state, request.keys);
       return file.putInPlace();
     } catch (const DatabaseError& error) {
       // One that somebody damaged is made anew.
@@ -176,7 +103,7 @@ void Followers::writeDatabase(const SiteState& state, const std::set<std::string
     }
   }
   file.create();
-  makeDatabase(file.path(), state);
+  makeDatabase(file.path(), request.state);
   file.putInPlace();
 }
 

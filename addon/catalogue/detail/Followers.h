@@ -7,9 +7,11 @@
 #include <string>
 
 #include "addon/catalogue/detail/Database.h"
+#include "addon/catalogue/detail/DatabaseFile.h"
 #include "addon/catalogue/detail/SiteFiles.h"
 #include "addon/catalogue/detail/SiteState.h"
 #include "addon/gallery/FrontPage.h"
+#include "opc/interfaces/Background.h"
 #include "opc/interfaces/Progress.h"
 
 namespace addon::catalogue::detail {
@@ -18,9 +20,10 @@ namespace addon::catalogue::detail {
 /// The front page is put in place last, so that its sequence says whether the others are complete.
 class Followers {
  public:
-  /// All must outlive it. `stop` may be empty.
-  Followers(SiteFiles& files, const opc::interfaces::StopFunction& stop)
-      : files_(files), stop_(stop) {}
+  /// All must outlive it. `stop` and `starter` may be empty.
+  Followers(SiteFiles& files, const opc::interfaces::StopFunction& stop,
+            const opc::interfaces::BackgroundStarter& starter)
+      : files_(files), stop_(stop), starter_(starter) {}
 
   /// Whether they are those of the root of `state`.
   bool areOf(const SiteState& state) const;
@@ -38,7 +41,7 @@ class Followers {
  private:
   void writePages(const SiteState& state);
   void writeLines(const Request& request);
-  void writeDatabase(const SiteState& state, const std::set<std::string>& keys, bool isChange);
+  void writeDatabase(const Request& request, DatabaseFile& file, bool isCopied);
   void changeDatabase(const std::string& path, const SiteState& state,
                       const std::set<std::string>& keys);
   void makeDatabase(const std::string& path, const SiteState& state);
@@ -52,6 +55,7 @@ class Followers {
 
   SiteFiles& files_;
   const opc::interfaces::StopFunction& stop_;
+  const opc::interfaces::BackgroundStarter& starter_;
 };
 
 }  // namespace addon::catalogue::detail
