@@ -326,7 +326,9 @@ void Database::visitCurrent(const std::function<void(const Record&)>& visit,
 std::string Database::currentAfter(const Record& record, const std::set<std::string>& keys) const {
   Statement next = connection_.prepare(
       "SELECT versions.addon FROM versions CROSS JOIN addons USING (addon, position)"
-      " WHERE (versions.name COLLATE NOCASE, versions.addon) > (?, ?)"
+      // Two conditions, since SQLite finds the first row by the first one only.
+      " WHERE versions.name >= ?1 COLLATE NOCASE"
+      " AND (versions.name COLLATE NOCASE, versions.addon) > (?1, ?2)"
       " ORDER BY versions.name COLLATE NOCASE, versions.addon");
   next.bind(0, record.name).bind(1, keyOf(record.guid));
   while (next.step()) {
