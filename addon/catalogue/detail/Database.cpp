@@ -126,7 +126,12 @@ Record recordOf(const Statement& statement, Fields fields = recordFields()) {
   Record record;
   int column = 0;
   for (const RecordField& field : fields) {
-    std::visit(ColumnReader{record, statement, column++}, field.member);
+    try {
+      std::visit(ColumnReader{record, statement, column++}, field.member);
+    } catch (const text::JsonError& error) {
+      throw DatabaseError(statement.path(),
+                          fmt::format("column '{}': {}", field.name, error.what()));
+    }
   }
   return record;
 }

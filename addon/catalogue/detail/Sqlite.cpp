@@ -7,6 +7,8 @@ namespace addon::catalogue::detail {
 
 namespace {
 
+constexpr std::string_view kCannotUse = "cannot use database";
+
 opc::ErrorCode codeOf(sqlite3* connection) {
   switch (sqlite().errcode(connection)) {
     case SQLITE_CORRUPT:
@@ -41,10 +43,12 @@ std::string toUri(const std::string& path, std::string_view parameters) {
 }  // namespace
 
 DatabaseError::DatabaseError(sqlite3* connection, const std::string& path)
-    : Exception(codeOf(connection),
-                opc::sentence("cannot use database", path, sqlite().errmsg(connection))) {
+    : Exception(codeOf(connection), opc::sentence(kCannotUse, path, sqlite().errmsg(connection))) {
   if (sqlite().errcode(connection) == SQLITE_NOMEM) throw std::bad_alloc();
 }
+
+DatabaseError::DatabaseError(const std::string& path, std::string_view why)
+    : Exception(opc::ErrorCode::Damaged, opc::sentence(kCannotUse, path, why)) {}
 
 Statement::Statement(sqlite3* connection, const std::string& path, std::string_view sql)
     : connection_(connection), path_(path) {

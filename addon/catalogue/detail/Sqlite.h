@@ -11,11 +11,14 @@
 
 namespace addon::catalogue::detail {
 
-/// What SQLite refuses. Its code is ErrorCode::Damaged if the file is not a sound database of the
-/// expected tables.
+/// A database that cannot be used. Its code is ErrorCode::Damaged if the file is not a sound
+/// database of the expected tables.
 class DatabaseError : public opc::Exception {
  public:
+  /// What SQLite refuses.
   DatabaseError(sqlite3* connection, const std::string& path);
+  /// A value that is damaged, although SQLite can read it.
+  DatabaseError(const std::string& path, std::string_view why);
 };
 
 /// A prepared statement; columns and parameters count from 0. Throws DatabaseError.
@@ -35,6 +38,9 @@ class Statement {
 
   std::string text(int column) const;
   std::int64_t number(int column) const;
+
+  /// Of the database.
+  const std::string& path() const { return path_; }
 
  private:
   struct Finalize {
