@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "opc/TemporaryFile.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/sendfile.h>
@@ -13,12 +12,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <memory>
 #include <utility>
 
 #include "opc/Exception.h"
 #include "opc/FileIdentity.h"
 #include "opc/FileRights.h"
+#include "opc/OpenFolder.h"
 #include "opc/Random.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
@@ -254,21 +253,13 @@ FileDescriptor createNamelessFile(const std::string& folder) {
 }
 
 void removeAbandonedFiles(int folder, const std::string& path) {
-  const std::string beside = folderOf(path);
-  FileDescriptor listed(uninterrupted(
-      [&] { return ::openat(folder, beside.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-  if (!listed) return;
-  struct Close {
-    void operator()(DIR* listing) const { ::closedir(listing); }
-  };
-  const std::unique_ptr<DIR, Close> listing(::fdopendir(listed.get()));
-  if (!listing) return;
-  listed.release();
+  OpenFolder beside(folder, folderOf(path));
+  if (!beside) return;
   const std::string name = path.substr(path.rfind('/') + 1);
-  while (const dirent* entry = ::readdir(listing.get())) {
+  while (const dirent* entry = beside.next()) {
     const std::string_view letters = lettersOfTemporaryName(entry->d_name);
     if (letters.empty() || temporaryName(name, letters) != entry->d_name) continue;
-    removeIfAbandoned(::dirfd(listing.get()), entry->d_name);
+    removeIfAbandoned(beside.descriptor(), entry->d_name);
   }
 }
 

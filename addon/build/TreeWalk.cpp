@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "addon/build/TreeWalk.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 
 #include "addon/build/BuildError.h"
 #include "addon/build/RealPath.h"
 #include "opc/FileDescriptor.h"
 #include "opc/LockFile.h"
+#include "opc/OpenFolder.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 #include "opc/Text.h"
@@ -31,11 +30,6 @@ Kind toKind(mode_t mode) {
   if (S_ISDIR(mode)) return Kind::Folder;
   return S_ISLNK(mode) ? Kind::Link : Kind::Other;
 }
-
-struct DirectoryCloser {
-  void operator()(DIR* directory) const { ::closedir(directory); }
-};
-using DirectoryPointer = std::unique_ptr<DIR, DirectoryCloser>;
 
 class TreeWalk {
  public:
@@ -83,19 +77,14 @@ class TreeWalk {
   std::string onDisk(const std::string& path) const { return addon::build::onDisk(folder_, path); }
 
   void readFolder(const std::string& path, std::size_t parent, bool isLink) {
-    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isLink ? 0 : O_NOFOLLOW);
-    opc::FileDescriptor file(opc::uninterrupted(
-        [&] { return ::openat(root_.get(), path.empty() ? "." : path.c_str(), flags); }));
+    opc::OpenFolder folder(root_.get(), path, isLink ? 0 : O_NOFOLLOW);
     struct stat info {};
-    if (!file || ::fstat(file.get(), &info) != 0) {
+    if (!folder || ::fstat(folder.descriptor(), &info) != 0) {
       throw systemError("cannot read the folder", onDisk(path), errno);
     }
     if (isLink) refuseCircle(path, opc::FileIdentity(info), parent);
     folders_.push_back({opc::FileIdentity(info), parent});
-    DirectoryPointer directory(::fdopendir(file.get()));
-    if (!directory) throw systemError("cannot read the folder", onDisk(path), errno);
-    file.release();
-    addEntries(path, *directory, isLeftOut(info));
+    addEntries(path, folder, isLeftOut(info));
   }
 
   void refuseCircle(const std::string& path, opc::FileIdentity target, std::size_t parent) const {
@@ -107,11 +96,11 @@ class TreeWalk {
     }
   }
 
-  void addEntries(const std::string& path, DIR& directory, bool staysOut) {
+  void addEntries(const std::string& path, opc::OpenFolder& folder, bool staysOut) {
     const std::size_t self = folders_.size() - 1;
     const std::size_t first = pending_.size();
-    const std::vector<Listed> entries = sortedEntries(path, directory);
-    for (const Listed& entry : entries) addEntry(path, entry, ::dirfd(&directory), self);
+    const std::vector<Listed> entries = sortedEntries(path, folder);
+    for (const Listed& entry : entries) addEntry(path, entry, folder.descriptor(), self);
     const bool isEmpty = entries.empty() && !path.empty();
     if (isEmpty && staysOut) {
       reportLeftOut(path, true);
@@ -124,16 +113,11 @@ class TreeWalk {
 
   /// In the order of the file tree, so that nothing that is said or written depends on that of the
   /// disk.
-  std::vector<Listed> sortedEntries(const std::string& path, DIR& directory) const {
+  std::vector<Listed> sortedEntries(const std::string& path, opc::OpenFolder& folder) const {
     std::vector<Listed> entries;
-    while (true) {
-      errno = 0;
-      const dirent* entry = ::readdir(&directory);
-      if (entry == nullptr) break;
-      const std::string_view name = entry->d_name;
+    while (const dirent* entry = folder.next()) {
       // Lock files come and go, and are never content.
-      if (name == "." || name == ".." || opc::isLockName(name)) continue;
-      entries.push_back({std::string(name), entry->d_type});
+      if (!opc::isLockName(entry->d_name)) entries.push_back({entry->d_name, entry->d_type});
     }
     if (errno != 0) throw systemError("cannot read the folder", onDisk(path), errno);
     std::sort(entries.begin(), entries.end(), [](const Listed& a, const Listed& b) {

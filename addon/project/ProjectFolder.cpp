@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "addon/project/ProjectFolder.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,11 +8,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <memory>
 #include <system_error>
 
 #include "addon/project/PlainText.h"
 #include "opc/Exception.h"
+#include "opc/OpenFolder.h"
 #include "opc/SystemCall.h"
 #include "opc/Text.h"
 
@@ -24,10 +23,6 @@ namespace {
 constexpr std::size_t kMostRemarks = 20;
 constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
-
-struct DirectoryCloser {
-  void operator()(DIR* directory) const { ::closedir(directory); }
-};
 
 unsigned char typeOf(int folder, const char* name) {
   struct stat status {};
@@ -69,21 +64,12 @@ void ProjectFolder::walk() {
 }
 
 void ProjectFolder::readFolder(const std::string& path, std::vector<std::string>& pending) {
-  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  const char* name = path.empty() ? "." : path.c_str();
-  opc::FileDescriptor file(opc::uninterrupted([&] { return ::openat(root_.get(), name, kFlags); }));
-  const std::unique_ptr<DIR, DirectoryCloser> directory(file ? ::fdopendir(file.get()) : nullptr);
-  if (!directory) return remark(path, std::system_category().message(errno));
-  file.release();
-  for (;;) {
-    errno = 0;  // distinguishes the end from a failure
-    const dirent* entry = ::readdir(directory.get());
-    if (entry == nullptr) break;
-    const std::string_view entryName = entry->d_name;
-    if (entryName == "." || entryName == "..") continue;
+  opc::OpenFolder folder(root_.get(), path, O_NOFOLLOW);
+  if (!folder) return remark(path, std::system_category().message(errno));
+  while (const dirent* entry = folder.next()) {
     const bool isKnown = entry->d_type != DT_UNKNOWN;
-    addEntry(path, entryName,
-             isKnown ? entry->d_type : typeOf(::dirfd(directory.get()), entry->d_name), pending);
+    addEntry(path, entry->d_name,
+             isKnown ? entry->d_type : typeOf(folder.descriptor(), entry->d_name), pending);
   }
   if (errno != 0) remark(path, std::system_category().message(errno));
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/detail/Collection.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -9,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -19,7 +17,7 @@
 #include "addon/packaging/AddonPackage.h"
 #include "opc/Exception.h"
 #include "opc/LockFile.h"
-#include "opc/SystemCall.h"
+#include "opc/OpenFolder.h"
 #include "opc/TemporaryFile.h"
 
 namespace addon::catalogue::detail {
@@ -34,25 +32,12 @@ std::vector<std::string> namesIn(const SiteFiles& files, const std::string& fold
     throw opc::SystemError(fmt::format("cannot read folder '{}'", files.onDisk(folder)), number);
   };
   std::vector<std::string> names;
-  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  opc::FileDescriptor opened(
-      opc::uninterrupted([&] { return ::openat(files.descriptor(), folder.c_str(), kFlags); }));
-  if (!opened) {
+  opc::OpenFolder listing(files.descriptor(), folder, O_NOFOLLOW);
+  if (!listing) {
     if (errno != ENOENT && errno != ENOTDIR) fail(errno);
     return names;
   }
-  struct Close {
-    void operator()(DIR* listing) const { ::closedir(listing); }
-  };
-  const std::unique_ptr<DIR, Close> listing(::fdopendir(opened.get()));
-  if (!listing) fail(errno);
-  opened.release();
-  errno = 0;
-  while (const dirent* entry = ::readdir(listing.get())) {
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.emplace_back(name);
-    errno = 0;
-  }
+  while (const dirent* entry = listing.next()) names.emplace_back(entry->d_name);
   if (errno != 0) fail(errno);
   std::sort(names.begin(), names.end());
   return names;

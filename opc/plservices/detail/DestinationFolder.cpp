@@ -1,37 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "opc/plservices/detail/DestinationFolder.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <memory>
-#include <string_view>
 #include <utility>
 
 #include "opc/Exception.h"
+#include "opc/OpenFolder.h"
 #include "opc/SystemCall.h"
 
 namespace opc::plservices::detail {
 namespace {
 
-struct ListingDeleter {
-  void operator()(DIR* listing) const { ::closedir(listing); }
-};
-
 // Returns false also if that cannot be determined.
 bool isEmptyFolder(const std::string& path) {
-  const std::unique_ptr<DIR, ListingDeleter> listing(::opendir(path.c_str()));
-  if (!listing) return false;
-  for (;;) {
-    errno = 0;
-    const struct dirent* entry = ::readdir(listing.get());
-    if (entry == nullptr) return errno == 0;
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") return false;
-  }
+  OpenFolder folder(AT_FDCWD, path);
+  return folder && folder.next() == nullptr && errno == 0;
 }
 
 }  // namespace
