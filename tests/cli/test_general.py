@@ -53,7 +53,7 @@ class General(kraddontest.CliTest):
     def test_an_unknown_command_gets_the_nearest_one(self):
         self.misused("craete", message="unknown command 'craete': did you mean 'create'?",
                      command="")
-        self.misused("help", "lst", message="unknown command 'lst': did you mean 'list'?")
+        self.misused("help", "lst", message="unknown command or topic 'lst': did you mean 'list'?")
         self.misused("zzzzzz", command="",
                      message="unknown command 'zzzzzz': 'kraddon help' lists the commands")
 

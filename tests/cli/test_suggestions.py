@@ -5,7 +5,7 @@ import kraddontest
 
 # The words, and what the message says; the first word names the command that speaks.
 NEAR = [
-    (["help", "verfy"], "unknown command 'verfy': did you mean 'verify'?"),
+    (["help", "verfy"], "unknown command or topic 'verfy': did you mean 'verify'?"),
     (["list", "p.kraddon", "--tre"], "unknown option '--tre': did you mean '--tree'?"),
     (["list", "p.kraddon", "--quite"], "unknown option '--quite': did you mean '--quiet'?"),
     (["list", "p.kraddon", "--color", "nevr"],

@@ -55,7 +55,9 @@ class Topics(kraddontest.CliTest):
         words = self.ok("completion", "bash", "--", "help", "pat").out.split(b"\0")
         self.assertIn(b"patterns", words)
         self.misused("help", "manfest",
-                     message="unknown command 'manfest': 'kraddon help' lists the commands")
+                     message="unknown command or topic 'manfest': did you mean 'manifest'?")
+        self.misused("help", "zzzzzz", message="unknown command or topic 'zzzzzz': 'kraddon help' "
+                                               "lists the commands and topics")
 
 
 class Editors(kraddontest.CliTest):

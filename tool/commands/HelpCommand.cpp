@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <array>
+#include <string>
+#include <string_view>
+#include <vector>
 
+#include "text/Suggest.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/line/Arguments.h"
 #include "tool/line/Help.h"
+#include "tool/process/Errors.h"
 #include "tool/report/Output.h"
 #include "tool/report/Topics.h"
 
@@ -27,7 +32,14 @@ std::string helpAbout(std::string_view subject) {
   for (const line::Topic& topic : report::topics()) {
     if (topic.name == subject) return line::helpOf(topic);
   }
-  return line::helpOf(findCommand(subject));
+  for (const line::CommandSpec* command : allCommands()) {
+    if (command->name == subject) return line::helpOf(*command);
+  }
+  const std::vector<std::string> names = subjects();
+  throw process::UsageError(process::sentence(
+      "unknown command or topic", subject,
+      text::suggestion(subject, std::vector<std::string_view>(names.begin(), names.end()),
+                       "'kraddon help' lists the commands and topics")));
 }
 
 process::ExitCode run(const line::Invocation& invocation) {
