@@ -12,7 +12,7 @@
 #include "opc/Text.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/Gateways.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/Locks.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/HostJson.h"
 #include "tool/line/Arguments.h"

@@ -12,7 +12,7 @@
 #include "addon/comparison/OtherContent.h"
 #include "addon/comparison/PackageComparison.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/PackageOpening.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Background.h"

@@ -3,7 +3,7 @@
 
 #include "addon/packaging/Documents.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/PackageOpening.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/json/DocumentJson.h"
 #include "tool/json/Documents.h"

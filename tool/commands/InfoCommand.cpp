@@ -14,7 +14,7 @@
 #include "text/JsonWriter.h"
 #include "text/Suggest.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/PackageOpening.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Background.h"

@@ -7,8 +7,10 @@
 #include "addon/build/SourceFiles.h"
 #include "text/Lines.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/FileNames.h"
+#include "tool/commands/detail/PackageChange.h"
 #include "tool/commands/detail/SharedOptions.h"
+#include "tool/commands/detail/WriteOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 

@@ -8,7 +8,7 @@
 #include "addon/materials/Materials.h"
 #include "text/Suggest.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/PackageOpening.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"

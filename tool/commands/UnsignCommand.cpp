@@ -3,8 +3,9 @@
 
 #include "opc/signatures/SignatureParts.h"
 #include "tool/commands/CommandTable.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/PackageChange.h"
 #include "tool/commands/detail/SharedOptions.h"
+#include "tool/commands/detail/WriteOptions.h"
 #include "tool/line/Arguments.h"
 
 namespace tool::commands {

@@ -13,7 +13,6 @@
 #include "text/ByteCount.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/FindingOptions.h"
-#include "tool/commands/detail/PackageAccess.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/commands/detail/TrustAnchors.h"
 #include "tool/commands/detail/Verdicts.h"

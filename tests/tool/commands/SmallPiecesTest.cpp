@@ -6,7 +6,8 @@
 
 #include "opc/Streams.h"
 #include "text/Sha256.h"
-#include "tool/commands/detail/PackageAccess.h"
+#include "tool/commands/detail/FileNames.h"
+#include "tool/commands/detail/Times.h"
 #include "tool/report/Progress.h"
 
 namespace {
@@ -24,7 +25,7 @@ TEST(Sha256, OfAStreamIsThatOfItsBytes) {
   EXPECT_EQ(text::sha256Of(stream), text::sha256Of(text));
 }
 
-TEST(Progress, TellsFilesBytesRateAndTimeLeft) {
+TEST(Progress, ShowsFilesBytesRateAndTimeLeft) {
   const opc::interfaces::Progress progress{3, 10, 2000000, 6000000};
 
   EXPECT_EQ(tool::report::describeProgress(progress, 2.0, 100),
