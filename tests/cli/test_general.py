@@ -303,7 +303,7 @@ class General(kraddontest.CliTest):
     def test_the_version_starts_no_xml_and_reads_no_package(self):
         self.ok("--version", env={"XERCES_DISABLE_DTD": "1"})
 
-    def test_what_is_no_package_is_told_in_one_line(self):
+    def test_a_file_that_is_not_a_package_is_reported_in_one_line(self):
         self.write("empty.kraddon")
         self.write("text.kraddon", "no package at all, just some text\n" * 10)
         self.path("folder").mkdir()
@@ -319,7 +319,7 @@ class General(kraddontest.CliTest):
         self.assertFalse(self.path("out").exists())
         self.assertFalse(self.path("missing.kraddon").exists())
 
-    def test_a_package_without_rights_is_told(self):
+    def test_a_package_that_may_not_be_read_is_reported(self):
         self.package()
         os.chmod(self.folder, 0o755)
         self.path("p.kraddon").chmod(0)
