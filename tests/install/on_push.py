@@ -13,6 +13,8 @@ import yaml
 
 KRADDON = pathlib.Path(os.environ["KRADDON"])
 TOP = pathlib.Path(__file__).resolve().parents[2]
+GUID = "0c3a0d9e-5b7a-4a53-9c58-6f0d2f4f8a11"
+OTHER_GUID = "8d1f0f6e-2b43-4c0a-8a55-1b8f3c1d7e22"
 MANIFEST = """
 [package]
 name = "Wave Tools"
@@ -21,7 +23,7 @@ summary = "Short-time spectra"
 description = "Windows, and what is seen through them."
 author = "Ada Lind"
 contact = "ada@example.org"
-guid = "0c3a0d9e-5b7a-4a53-9c58-6f0d2f4f8a11"
+guid = "{guid}"
 [license]
 type = "MIT"
 text = "Do with it what you like."
@@ -30,11 +32,13 @@ include = ["*.m"]
 [verify]
 ignore = {ignore}
 """
-# Downloads the package beside it, if there is one.
+# Downloads the packages in the folder 'last' beside it, or fails with the message of a file there.
 GH = """#!/bin/sh
 test "$GH_TOKEN" = secret
 while [ "$1" != --dir ]; do shift; done
-cp "$(dirname "$0")"/last.kraddon "$2" 2> /dev/null
+cd "$(dirname "$0")/last" || exit
+if [ -e message ]; then cat message >&2; exit 1; fi
+cp -- *.kraddon "$2"
 """
 
 
@@ -65,19 +69,35 @@ class Repository(unittest.TestCase):
         return path
 
     def manifest(self, version="1.0", ignore='["KR504"]', folder="wave"):
-        self.write(f"{folder}/kraddon.toml", MANIFEST.format(version=version, ignore=ignore))
+        self.write(f"{folder}/kraddon.toml",
+                   MANIFEST.format(guid=GUID, version=version, ignore=ignore))
 
     def run_in_work(self, script, **env):
         return subprocess.run(["bash", "-e", "-c", script], cwd=self.work,
                               env={**self.env, **env}, check=False, capture_output=True, text=True)
 
 
-class Action(Repository):
+class ActionTest(Repository):
+    """Runs the steps of the action."""
 
     def setUp(self):
         super().setUp()
         self.action = yaml.safe_load((TOP / "action.yml").read_text(encoding="utf-8"))
         self.write("../bin/gh", GH).chmod(0o755)
+        self.last = self.bin / "last"
+        self.last.mkdir()
+        self.gh_fails("release not found")
+
+    def gh_fails(self, message):
+        (self.last / "message").write_text(message + "\n", encoding="utf-8")
+
+    def release(self, **guids):
+        """Publishes packages with these names and GUIDs as the last release."""
+        (self.last / "message").unlink(missing_ok=True)
+        for name, guid in guids.items():
+            done = self.run_in_work(
+                f"kraddon create {self.last}/{name}.kraddon --name {name} --guid {guid}")
+            self.assertEqual(done.returncode, 0, done.stderr)
 
     def run_action(self, **given):
         """[(name of the step, its result)], up to the first failure, and the outputs."""
@@ -114,6 +134,9 @@ class Action(Repository):
         for name, done in results:
             self.assertEqual(done.returncode, 0, f"{name}: {done.stdout}{done.stderr}")
 
+
+class Action(ActionTest):
+
     def test_it_builds_verifies_and_finds_no_release(self):
         results, outputs = self.run_action(project="wave")
 
@@ -125,19 +148,6 @@ class Action(Repository):
                          ["findings.sarif", "package.html", "package.kraddon",
                           "package.spdx.json"])
         self.assertFalse((self.folder / "summary").exists())
-
-    def test_what_changed_since_the_last_release_is_in_the_summary(self):
-        self.run_action(project="wave")
-        shutil.move(self.work / "out/package.kraddon", self.bin / "last.kraddon")
-        self.write("wave/new.m", "y = 2;\n")
-        self.manifest(version="1.1")
-        self.run_in_work("git add . && git commit -q -m two")
-
-        results, _ = self.run_action(project="wave")
-
-        self.assert_good(results)
-        self.assertIn("\n    + new.m", (self.folder / "summary").read_text())
-        self.assertIn("+ new.m", (self.work / "out/changes.txt").read_text())
 
     def test_a_warning_is_an_annotation_and_fails_unless_it_is_allowed(self):
         self.manifest(ignore="[]")
@@ -181,6 +191,96 @@ class Action(Repository):
         self.assertEqual((len(results), results[0][1].returncode), (1, 1))
         self.assertIn("::error::kraddon is not installed; name its Debian package with 'deb'",
                       results[0][1].stderr)
+
+
+class LastRelease(ActionTest):
+
+    def compare(self):
+        """The result of the last step of a run, the comparison."""
+        (name, done), = self.run_action(project="wave")[0][3:]
+        self.assertEqual(name, "Compare with the last release")
+        return done
+
+    def changes(self):
+        return (self.work / "out/changes.txt").read_text(encoding="utf-8")
+
+    def test_what_changed_since_then_is_in_the_summary(self):
+        self.run_action(project="wave")
+        self.release()
+        shutil.move(self.work / "out/package.kraddon", self.last / "wave.kraddon")
+        self.write("wave/new.m", "y = 2;\n")
+        self.manifest(version="1.1")
+        self.run_in_work("git add . && git commit -q -m two")
+
+        done = self.compare()
+
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("\n    + new.m", (self.folder / "summary").read_text())
+        self.assertIn("+ new.m", self.changes())
+
+    def test_without_a_package_there_is_nothing_to_compare_with(self):
+        for message in ("release not found", "no assets match the file pattern",
+                        "no assets to download"):
+            with self.subTest(message=message):
+                self.gh_fails(message)
+
+                done = self.compare()
+
+                self.assertEqual((done.returncode, done.stdout, done.stderr),
+                                 (0, "There is no released package to compare with.\n", ""))
+
+    def test_a_release_that_cannot_be_read_is_an_error(self):
+        self.gh_fails("HTTP 403: Resource not accessible\n(https://api.github.com/)")
+
+        done = self.compare()
+
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (1, "", "::error::cannot fetch the packages of the last release: "
+                          "HTTP 403: Resource not accessible (https://api.github.com/)\n"))
+
+    def test_of_several_packages_the_one_of_this_add_on_is_compared(self):
+        self.release(alpha=OTHER_GUID, beta=GUID.upper())
+
+        done = self.compare()
+
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertRegex(self.changes(), "name.*beta")
+        self.assertNotIn("alpha", self.changes())
+
+    def test_several_packages_of_other_add_ons_are_not_compared(self):
+        self.release(alpha=OTHER_GUID, beta=OTHER_GUID)
+
+        done = self.compare()
+
+        self.assertEqual((done.returncode, done.stdout),
+                         (0, "There is no released package to compare with.\n"), done.stderr)
+
+    def test_several_packages_of_this_add_on_are_an_error(self):
+        self.release(alpha=GUID, beta=OTHER_GUID, gamma=GUID)
+
+        done = self.compare()
+
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "::error::cannot compare with the last release: several packages have "
+                          f"the GUID '{GUID}': alpha.kraddon gamma.kraddon\n"))
+
+    def test_a_damaged_package_among_several_is_an_error(self):
+        self.release(alpha=GUID)
+        (self.last / "beta.kraddon").write_bytes(b"no package")
+
+        done = self.compare()
+
+        self.assertNotEqual(done.returncode, 0)
+        self.assertIn("beta.kraddon", done.stderr)
+
+    def test_an_output_that_is_empty_is_the_default(self):
+        self.release(alpha=GUID)
+
+        results, outputs = self.run_action(project="wave", output="")
+
+        self.assert_good(results)
+        self.assertEqual(outputs, {"package": "out/package.kraddon"})
+        self.assertIn("alpha", self.changes())
 
 
 class Hooks(Repository):

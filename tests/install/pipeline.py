@@ -119,7 +119,8 @@ class Pipeline(unittest.TestCase):
         self.assertEqual(self.run_script().returncode, 0)
 
         self.assertNotEqual((self.folder / "out/package.kraddon").read_bytes(), first)
-        self.assertIn("wave.m", (self.folder / "summary").read_text())
+        # Indented, so that no name of a file can end the block.
+        self.assertRegex((self.folder / "summary").read_text(), r"(?m)^    ~ wave\.m")
         self.assertTrue((self.folder / "out/package.html").stat().st_size > 1000)
         self.assertIn('"version": "2.1.0"', (self.folder / "out/findings.sarif").read_text())
 
@@ -132,6 +133,22 @@ class Pipeline(unittest.TestCase):
         self.assert_good(self.run_steps())
 
         self.assertEqual((self.folder / "out/package.kraddon").read_bytes(), first)
+
+    def fetch(self, message):
+        """The result of fetching the last release with a gh that fails with this message."""
+        gh = self.folder / "home/bin/gh"
+        gh.write_text(f"#!/bin/sh\necho '{message}' >&2\nexit 1\n", encoding="utf-8")
+        gh.chmod(0o755)
+        return self.shell(dict(steps())["Fetch the last release"])
+
+    def test_only_a_release_that_is_missing_is_none(self):
+        for message in ("release not found", "no assets match the file pattern"):
+            with self.subTest(message=message):
+                self.assertEqual(self.fetch(message).returncode, 0)
+
+        done = self.fetch("HTTP 403: Resource not accessible")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("HTTP 403", done.stdout)
 
     def without_screenshot(self, rules=""):
         manifest = MANIFEST.format(version="1.0").replace('screenshot = "shot.png"\n', "")
