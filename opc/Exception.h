@@ -10,13 +10,13 @@ namespace opc {
 /// Families of faults, for callers that react to one of them.
 enum class ErrorCode {
   InvalidArgument,  ///< a value that the caller gave breaks a rule
-  InvalidName,      ///< no part name, or no path of the file tree
-  InvalidState,     ///< not open, open already, opened for reading only
+  InvalidName,      ///< not a part name, or not a path of the file tree
+  InvalidState,     ///< not open, already open, or open for reading only
   InvalidText,      ///< text that an encoding cannot carry, or bytes that are not text
-  InvalidXml,       ///< not well-formed, or beyond what is read
+  InvalidXml,       ///< not well-formed, or beyond the limits for reading
   InvalidPackage,   ///< a rule of the container or of the Open Packaging Conventions is broken
   Damaged,          ///< data that do not match their size or checksum
-  Unsupported,      ///< legal, but not done here
+  Unsupported,      ///< valid, but not supported
   NotFound,
   AlreadyExists,
   TooLarge,
@@ -24,11 +24,12 @@ enum class ErrorCode {
   FileSystem,     ///< the operating system refused
 };
 
-/// What everything in the packaging layer throws; nothing but this and std::bad_alloc leaves it.
+/// The base class of all exceptions of the packaging layer, which otherwise throws only
+/// std::bad_alloc and what callbacks throw.
 ///
-/// The text reads `<what> '<which>': <why>`, in UTF-8, one line, with control characters replaced.
-/// The thrower states the rule; whoever knows the part, the file or the package puts it in front
-/// with addContext, once each.
+/// The message reads `<what> '<which>': <why>`. It is one line of UTF-8; control characters are
+/// escaped. The code that throws states the rule; callers that know the part, the file or the
+/// package put it in front with addContext(), once each.
 class Exception : public std::exception {
  public:
   Exception(ErrorCode code, const std::string& message);
@@ -44,8 +45,8 @@ class Exception : public std::exception {
   std::string message_;
 };
 
-/// A package that breaks a rule. `rule` is the rule's short name, such as "CT-6"; it does not
-/// stand in the text.
+/// A package that breaks a rule. `rule` is the short name of the rule, such as "CT-6"; the message
+/// does not contain it.
 class FormatError : public Exception {
  public:
   FormatError(std::string rule, const std::string& message,
@@ -57,7 +58,7 @@ class FormatError : public Exception {
   std::string rule_;
 };
 
-/// A refusal of the operating system; the text ends with the system's own words for `number`.
+/// A system call that failed. The message ends with the system's description of `number`.
 class SystemError : public Exception {
  public:
   /// `message` without the reason, such as "cannot open 'a/b'"; `number` is an errno value.
@@ -72,12 +73,13 @@ class SystemError : public Exception {
 /// "`what` '`which`': `why`"
 std::string sentence(std::string_view what, std::string_view which, std::string_view why);
 
-/// The same with the system's own words for `number`, an errno value. An empty path that does not
-/// exist is called empty: as a rule an unset variable of a script is behind it.
+/// The same with the system's description of `number`, an errno value. If the path is empty and
+/// `number` is ENOENT, the message says that the path is empty: usually a variable of a script is
+/// not set.
 std::string systemSentence(std::string_view what, std::string_view which, int number);
 
-/// Runs `body`, and puts what `context` returns in front of the text of what it throws. The text is
-/// made only when it is needed.
+/// Runs `body`. If it throws an Exception, puts the text that `context` returns in front of the
+/// message and rethrows. `context` is called only in that case.
 template <typename Context, typename Body>
 auto inContext(const Context& context, const Body& body) {
   try {

@@ -7,15 +7,15 @@
 
 namespace opc {
 
-/// Makes the new open file `to`, which nobody else can open yet, a substitute for the file at
-/// `path`, whose status is `old`: gives it owner and group, mode, access control list and the
-/// attributes `user.*`. If the process may not give it owner or group, the rights are cut so that
-/// nobody gets one that the old file did not grant. A list that `to` inherited from its folder is
-/// removed. Throws SystemError.
+/// Gives the new open file `to` the owner, group, mode, POSIX access control list and `user.*`
+/// attributes of the file at `path`, whose status is `old`. No other process may be able to open
+/// `to` yet. If the process may not change the owner or the group, the permissions are reduced so
+/// that nobody gains access that the old file did not grant. An access control list that `to`
+/// inherited from its folder is removed. Throws SystemError.
 void copyRights(const std::string& path, const struct stat& old, int to);
 
-/// The same for a file beside it that only those can open, and only for writing, who may write to
-/// the file at `path`. Attributes are not copied.
+/// The same for a file beside the one at `path`, with write permissions only and without
+/// attributes: only users who may write to the file at `path` can open `to`, and only for writing.
 void copyRightsToWrite(const std::string& path, const struct stat& old, int to);
 
 }  // namespace opc

@@ -10,20 +10,20 @@
 
 namespace opc {
 
-/// From here on a block is worth more than the plainest way to get its memory.
+/// Blocks of at least this size get their memory in advance; see announceWriting().
 inline constexpr std::size_t kLargeBlock = std::size_t{1} << 18;
 
-/// Where large pages begin, as far as the system has any.
+/// The size and alignment of a huge page, if the system supports them.
 inline constexpr std::size_t kLargePage = std::size_t{2} << 20;
 
-/// How blocks of that size are aligned, so that they can lie in large pages.
+/// The alignment of a block of `size` bytes. Blocks of at least kLargePage can use huge pages.
 constexpr std::align_val_t blockAlignment(std::size_t size) {
   return std::align_val_t{size >= kLargePage ? kLargePage : alignof(std::max_align_t)};
 }
 
-/// Tells the system that all of a block is about to be written. Where it knows how to, it then
-/// provides the memory at once and in large pages, which takes a fraction of the time that it takes
-/// page by page.
+/// Tells the kernel with madvise() that the whole block is about to be written. If the kernel
+/// supports this, it provides the memory at once and in huge pages, which takes a fraction of the
+/// time of separate page faults. Does nothing for blocks smaller than kLargeBlock.
 inline void announceWriting(void* block, std::size_t size) noexcept {
   if (size < kLargeBlock) return;
   const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
@@ -38,7 +38,8 @@ inline void announceWriting(void* block, std::size_t size) noexcept {
 #endif
 }
 
-/// Memory for what is about to be written as a whole. Throws std::bad_alloc.
+/// Allocates memory that the caller is about to write completely, and releases with freeBlock().
+/// Throws std::bad_alloc.
 inline void* allocateBlock(std::size_t size) {
   void* const block = ::operator new(size, blockAlignment(size));
   announceWriting(block, size);
@@ -48,7 +49,7 @@ inline void freeBlock(void* block, std::size_t size) noexcept {
   ::operator delete(block, blockAlignment(size));
 }
 
-/// For vectors that are filled as soon as they have their memory.
+/// An allocator for vectors that are filled as soon as their memory is allocated.
 template <typename T>
 struct LargeBlockAllocator {
   using value_type = T;

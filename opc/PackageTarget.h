@@ -5,19 +5,20 @@
 
 namespace opc {
 
-/// The place that a new package file goes to.
+/// The location of a package file that is to be written.
 struct PackageTarget {
-  std::string folder;  ///< absolute, without links
-  std::string name;    ///< in that folder; no link
-  std::string named;   ///< the path that was resolved, absolute
+  std::string folder;  ///< absolute, with links resolved
+  std::string name;    ///< the file name in that folder; not a symbolic link
+  std::string named;   ///< the path that the caller gave, made absolute
 
-  /// Follows the links at `path` to where the file really lies, or would lie: what replaces the
-  /// file must not replace the link. Throws SystemError when there is no such folder.
+  /// Follows symbolic links at `path` to the place where the file is or would be created: a new
+  /// file must replace the target of a link, not the link. Throws SystemError, for example if the
+  /// folder does not exist.
   static PackageTarget resolve(const std::string& path);
 
   std::string path() const;
 
-  /// Throw SystemError when the folder, or the file, must not be written to. Called early, before
+  /// Throw SystemError if the folder, or the file, is not writable. To be called early, so that no
   /// work is done for a commit that cannot succeed.
   void requireWritableFolder() const;
   void requireWritableFile() const;

@@ -6,9 +6,9 @@
 
 namespace opc {
 
-/// Fills `words` with random bits. Early after the machine's start, when the system has none yet,
-/// they come from the time and the addresses of the process, which are harder to foresee than
-/// nothing. Never blocks.
+/// Fills `words` with random bits from getrandom(). If the kernel has no random bits yet, shortly
+/// after boot, they are derived from the clock, the process id and an address, which are not
+/// secret. Never blocks.
 void fillRandom(std::span<std::uint64_t> words) noexcept;
 
 }  // namespace opc

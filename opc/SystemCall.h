@@ -5,8 +5,8 @@
 
 namespace opc {
 
-/// Makes a system call, again for as long as a signal interrupts it. Not for close(), which has
-/// closed the file by then.
+/// Makes a system call, and repeats it while it fails with EINTR. Not for close(), which has
+/// already closed the descriptor when it fails with EINTR.
 template <typename Call>
 auto uninterrupted(const Call& call) {
   auto result = call();

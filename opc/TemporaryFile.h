@@ -10,22 +10,23 @@
 
 namespace opc {
 
-/// A random name for a file in the making that is to become `name`: ".NAME.XXXXXX.tmp" in at most
-/// 255 bytes, cut at a character.
+/// Returns a random temporary name for a file that is to become `name`: ".NAME.XXXXXX.tmp", at most
+/// 255 bytes. A NAME that is too long is cut between two characters.
 std::string temporaryName(std::string_view name);
 /// The same with these six letters or digits instead of random ones.
 std::string temporaryName(std::string_view name, std::string_view letters);
 
-/// Whether temporaryName makes such names. A killed program may leave files of these names behind.
+/// Whether the name has the form that temporaryName() returns. A killed program may leave files
+/// with such names.
 bool isTemporaryName(std::string_view name) noexcept;
-/// Its random letters; empty if temporaryName does not make such names.
+/// The random letters of a temporary name; empty if the name does not have that form.
 std::string_view lettersOfTemporaryName(std::string_view name) noexcept;
 
-/// A file in the making, which gets its name when it is complete. Until then it has none, so that
-/// nothing is left of it even if the process is killed. Where the file system cannot do that, or
-/// /proc is missing, it has a temporary name and is locked (flock).
+/// A file that gets its name when it is complete. Until then it has no name (O_TMPFILE), so that
+/// nothing is left of it if the process is killed. If the file system does not support this, or
+/// /proc is missing, the file has a temporary name and is locked with flock().
 ///
-/// Functions that return false have set errno.
+/// Functions that return false set errno.
 class TemporaryFile {
  public:
   TemporaryFile() = default;
@@ -40,12 +41,14 @@ class TemporaryFile {
 
   /// Open for reading and writing.
   int descriptor() const { return file_.get(); }
-  /// The temporary name, relative as the path was; empty if it has none.
+  /// The path with the temporary name, relative as the path given to create(); empty if the file
+  /// has no name.
   const std::string& name() const { return name_; }
-  /// A path at which it can be opened, for a file that has no name.
+  /// A path at which a file without a name can be opened.
   std::string pathOfNameless() const;
 
-  /// Reports what closing would: a full disk that writing did not report.
+  /// Returns false for errors that closing the file would report, such as a full disk that writing
+  /// did not report.
   bool finishWriting();
   /// Gives it its name in one step. Without `replaces`, fails with EEXIST if the name is taken.
   bool putInPlace(bool replaces);
@@ -66,12 +69,12 @@ class TemporaryFile {
   FileDescriptor file_;
 };
 
-/// A file in `folder` that has no name and disappears with its last descriptor. Returns none, with
-/// errno set, on failure.
+/// Creates a file in `folder` that has no name and disappears when its last descriptor is closed.
+/// On failure, returns an empty descriptor and sets errno.
 FileDescriptor createNamelessFile(const std::string& folder);
 
-/// Removes what killed processes left of files that were to appear at `path` (as for
-/// TemporaryFile): temporary names that are older than a day and not locked. Ignores failures.
+/// Removes temporary files for `path` that killed processes have left: those that are older than a
+/// day and not locked. `path` is relative to `folder` unless it is absolute. Ignores failures.
 void removeAbandonedFiles(int folder, const std::string& path);
 
 }  // namespace opc

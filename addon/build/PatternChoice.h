@@ -10,9 +10,9 @@
 
 namespace addon::build {
 
-/// Patterns that choose paths. Each speaks of what it matches and of all below that; of those that
-/// speak of a path the last one decides, against it when it begins with '!'. A path of which none
-/// speaks is not chosen.
+/// Patterns that choose paths. A pattern applies to the paths that it matches and to everything
+/// below them. The last pattern that applies to a path decides: the path is chosen unless the
+/// pattern begins with '!'. A path to which no pattern applies is not chosen.
 class PatternChoice {
  public:
   explicit PatternChoice(const std::vector<std::string>& patterns);

@@ -16,7 +16,7 @@ struct Project {
   std::string folder;
   Manifest manifest;
 
-  /// Where a path of the manifest lies, in the words of whoever named the folder.
+  /// The path on disk of a path in the manifest, with the folder as the caller spelled it.
   std::string onDisk(const std::string& path) const;
 };
 
@@ -31,11 +31,12 @@ std::string manifestPath(const std::string& folder);
 /// manifest. Throws ManifestError for a file that cannot be read or holds no text.
 void readTextFiles(const Project& project, const addon::packaging::OwnedDocument& document);
 
-/// The properties of the package. A GUID that is not given derives from the name.
+/// Returns the properties of the package, with the texts of files that the manifest names. If the
+/// manifest has no GUID, it is derived from the name. Throws as readTextFiles() does.
 addon::packaging::AddonProperties& propertiesOf(const Project& project);
 
-/// Gives the apps the GUIDs that the manifest does not, once propertiesOf() has been called. Throws
-/// ManifestError for one that cannot be derived and for one that two apps share.
+/// Sets the GUIDs of the apps for which the manifest has none. propertiesOf() must have been called
+/// before. Throws ManifestError for a GUID that cannot be derived, and for one that two apps share.
 void deriveAppGuids(const Manifest& manifest);
 
 }  // namespace addon::build

@@ -26,14 +26,14 @@ struct VersionName {
 VersionName parseVersionName(const std::string& text);
 
 struct UpdateRequest {
-  std::string site;                   ///< a folder that openSite() has prepared
+  std::string site;                   ///< a folder that prepareSite() has prepared
   std::vector<std::string> packages;  ///< files and folders
   std::vector<VersionName> removals = {};
   std::vector<VersionName> yanks = {};
   std::vector<VersionName> unyanks = {};
   bool isLinking = false;     ///< hard links instead of copies, where that is possible
-  bool isRebuilding = false;  ///< everything anew from the packages of the site
-  bool isCollecting = false;  ///< remove what no root names any more
+  bool isRebuilding = false;  ///< rebuild everything from the packages of the site
+  bool isCollecting = false;  ///< remove files that no root refers to any more
   std::string time;           ///< of the new root: "2026-02-01T10:00:00Z"
   opc::checks::SignatureDemands demands = {};
   opc::interfaces::ProgressFunction progress = nullptr;
@@ -49,7 +49,7 @@ struct Refusal {
   checks::PackageVerdict verdict;  ///< with its file, and what is wrong with it
 };
 
-/// Lines that are kept outside memory.
+/// Records that are kept in a file and not in memory.
 class RecordLines {
  public:
   virtual ~RecordLines() = default;
@@ -66,7 +66,7 @@ struct UpdateResult {
   std::vector<VersionName> removed;
   std::vector<VersionName> yanked;
   std::vector<VersionName> unyanked;
-  std::vector<std::string> lost;  ///< what could not be read of the old site, as sentences
+  std::vector<std::string> lost;  ///< messages about what could not be read of the old site
   std::uint64_t collected = 0;    ///< files removed
 };
 
@@ -74,11 +74,11 @@ struct UpdateResult {
 /// things.
 void prepareSite(const std::string& folder);
 
-/// Changes a site. The caller has locked its root against other changes. A reader sees the old
-/// site or the new one: nothing that the old root names changes until the new one is in place. What
-/// follows the root is brought up to date after that, and by the next call if this one fails.
-/// Throws BrokenSite for a site that cannot be read, and opc::Exception; the site is the old one
-/// then, unless onCommitted() was called.
+/// Changes a site. The caller must have locked its root against other changes. A reader sees either
+/// the old site or the new one: files that the old root refers to do not change until the new root
+/// is in place. Files that are derived from the root, such as pages and the database, are updated
+/// after that; if this fails, the next call does it. Throws BrokenSite for a site that cannot be
+/// read, and opc::Exception. The site is then unchanged, unless onCommitted() was called.
 UpdateResult updateSite(const UpdateRequest& request);
 
 }  // namespace addon::catalogue

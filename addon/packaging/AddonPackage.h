@@ -25,20 +25,20 @@ enum AddonType : std::int32_t { Toolbox = 0, Unknown = 1 };
 
 /// One add-on package file, for the length of one piece of work.
 ///
-/// Either construct it with properties (the package is then open as a new one), or construct it
-/// with the path and open logicalPackage(); work; then logicalPackage().close(false), which is what
-/// puts changes on the disk. What fails throws opc::Exception; the package is then to be closed
-/// with close(true), since what was done before the failure is still in it.
+/// Construct it with properties, which opens a new package, or with the path and call
+/// logicalPackage().open(). At the end, call logicalPackage().close(false), which writes the
+/// changes to disk. Functions throw opc::Exception if they fail. The package must then be closed
+/// with close(true), since it still contains the changes made before the failure.
 class AddonPackage {
  public:
-  /// A new package of the type that `properties` name, with core properties, the properties
-  /// document and the current time. An unknown type makes nothing at all, silently: the package is
-  /// then not open, and closing it writes nothing. Replaces a file at the path when committed.
-  /// Throws std::runtime_error when the system cannot tell the date.
+  /// Creates and opens a new package of the type in `properties`, with core properties, the
+  /// properties document and the current time. For an unknown type it does nothing and throws
+  /// nothing: the package is then not open, and closing it writes nothing. Replaces a file at the
+  /// path when committed. Throws std::runtime_error if the system cannot tell the date.
   AddonPackage(std::u16string& path, AddonProperties& properties);
   /// Binds to a package file; reads nothing.
   explicit AddonPackage(const std::u16string& path);
-  /// Both for a path in the system's bytes, whatever they are.
+  /// The two constructors for a path in the bytes of the system, in any encoding.
   AddonPackage(const opc::SystemPath& path, AddonProperties& properties);
   explicit AddonPackage(const opc::SystemPath& path);
   /// Closes without committing.
@@ -72,8 +72,9 @@ class AddonPackage {
   /// png, gif, tiff and bmp, and "image/jpeg" for anything else.
   static std::u16string getContentTypeFromImageExtension(const std::u16string& extension);
   /// Stores the image file at a path on disk, unchanged, as the package's one screenshot and
-  /// thumbnail, replacing an earlier one. When the file cannot be read the earlier one is
-  /// gone all the same, and the new one empty, until the package is closed with close(true).
+  /// thumbnail, replacing an earlier one. If the file cannot be read, the earlier screenshot is
+  /// removed all the same and the new one is empty; only closing the package with close(true)
+  /// restores it.
   void setScreenshot(const std::u16string& imagePath);
   /// The bytes of the screenshot; none when there is none.
   std::vector<unsigned char> getScreenshot();
@@ -81,9 +82,9 @@ class AddonPackage {
   /// there is exactly one. Throws opc::Exception when the part is missing.
   std::vector<unsigned char> getBinaryPart(std::u16string relationshipType);
 
-  /// Adds files[i] on disk as paths[i] of the package. A path that is taken ends it with
-  /// FileSystemEntryAlreadyExists; those before it stay added. The files are read when the package
-  /// is closed. Throws std::out_of_range at the first file that has no path.
+  /// Adds files[i] on disk as paths[i] of the package. Throws FileSystemEntryAlreadyExists for a
+  /// path that is taken, and std::out_of_range for a file without a path; the files before it stay
+  /// added. The files are read when the package is closed.
   void addFiles(std::vector<std::u16string> files, std::vector<std::u16string> paths);
   /// Adds folders. Names that are already taken are skipped.
   void addFolders(std::vector<std::u16string> folders);

@@ -16,7 +16,7 @@ namespace addon::packaging {
 
 struct DocumentTable;
 
-/// A document that was made by its table.
+/// A document that its table has created.
 struct OwnedDocument {
   const DocumentTable* table;
   std::unique_ptr<XMLPartType> part;
@@ -47,7 +47,7 @@ struct DocumentTable {
   std::u16string relationshipType() const;
 
   const Field& list() const { return record.fields.front(); }
-  /// The class of its records, or its own.
+  /// The table of its records if it is a list, otherwise its own.
   const RecordTable& records() const { return isList ? list().table() : record; }
 };
 
@@ -62,7 +62,7 @@ OwnedDocument makeDocument() {
   return {&Class::kTable, std::move(document), record};
 }
 
-/// A document class that all is known of by `static const DocumentTable kTable`.
+/// A document class that `static const DocumentTable kTable` describes completely.
 template <typename Class>
 class TableDocument : public XMLPartType {
  public:

@@ -70,10 +70,10 @@ class IItemReader {
   /// before anything is allocated, when it declares more than `limit` bytes.
   virtual void readItem(ItemIndex item, ByteBuffer& into, std::uint64_t limit) = 0;
 
-  /// At most `size` bytes, from `offset`, of the item's data as the container holds them, valid
-  /// until the next call; the headers are checked. Nothing for an item that was added, behind the
-  /// end, and if the container cannot tell. Two items with the same data that are compressed alike
-  /// unpack to the same, if they unpack.
+  /// Returns at most `size` bytes of the item's data from `offset` on, as the container stores
+  /// them; valid until the next call. Checks the headers. Returns an empty span for an added item,
+  /// after the end of the data, and if the container does not support this. Items with the same
+  /// stored data and the same compression method have the same content, if they can be unpacked.
   virtual std::span<const unsigned char> packedBytes(ItemIndex /*item*/, std::uint64_t /*offset*/,
                                                      std::size_t /*size*/) {
     return {};
@@ -88,16 +88,17 @@ class IItemReader {
 /// ErrorCode::InvalidState if it was opened for reading.
 class IPhysicalPackage : public IItemReader {
  public:
-  /// Opens it. Read and Modify refuse a container that breaks a rule which shows without reading
-  /// items. Create ignores old content; the container is made by the commit.
+  /// Opens the container. Read and Modify throw if it breaks a rule that can be checked without
+  /// reading items. Create ignores an existing container; the commit creates the new one.
   virtual void open(OpenMode mode) = 0;
   virtual bool isOpen() const noexcept = 0;
 
-  /// `discard` false: commits what was changed (a package in which nothing was changed is not
-  /// touched; one opened with Create always is written), then closes. A commit that fails throws,
-  /// and leaves the package open with its changes; but when only flushing the folder to disk
-  /// failed, the new package is in place and everything is closed, and isOpen() says so.
-  /// `discard` true: closes, and never throws. A package that is not open stays so.
+  /// With `discard` false, commits the changes and closes. A package without changes is not
+  /// touched; one opened with Create is always written. A commit that fails throws, and leaves the
+  /// package open with its changes. Exception: if only flushing the folder to disk failed, the new
+  /// package is in place and everything is closed; isOpen() tells the two cases apart. With
+  /// `discard` true, closes without a commit and never throws. Does nothing if the package is not
+  /// open.
   virtual void close(bool discard) = 0;
 
   /// For messages, UTF-8: the path of the file.
@@ -110,7 +111,7 @@ class IPhysicalPackage : public IItemReader {
   virtual std::size_t itemCount() const = 0;
   virtual bool isRemoved(ItemIndex item) const = 0;
   virtual ItemInfo itemInfo(ItemIndex item) const = 0;
-  /// The name of itemInfo alone, which takes nothing apart.
+  /// The name in itemInfo(), without decoding the rest of the entry.
   virtual std::string_view itemName(ItemIndex item) const = 0;
   /// The kind of itemInfo alone.
   virtual ItemKind itemKind(ItemIndex item) const { return itemInfo(item).kind; }

@@ -15,16 +15,17 @@
 
 namespace opc::interfaces {
 
-/// Neighbouring jobs are done in one go, so that threads seldom meet. Efforts are in bytes.
+/// Jobs are run in batches of neighbours, so that threads seldom have to synchronise. Efforts are
+/// in bytes.
 struct BatchLimits {
-  std::size_t jobs;             ///< in a batch, at most
-  std::uint64_t effort;         ///< a batch ends when it has so much
-  std::size_t batches;          ///< begun and not yet taken, at most
-  std::uint64_t ahead;          ///< no batch begins while those not yet taken have so much
-  std::uint64_t leastWork = 0;  ///< for less in all, no second thread is used
+  std::size_t jobs;             ///< maximum number in a batch
+  std::uint64_t effort;         ///< a batch ends when it reaches this
+  std::size_t batches;          ///< maximum number begun and not yet taken
+  std::uint64_t ahead;          ///< none begins while those not yet taken reach this effort
+  std::uint64_t leastWork = 0;  ///< no second thread is used if all jobs together have less
 };
 
-/// For reading items. Little enough in a batch that both threads end at the same time.
+/// Limits for reading items. Batches are so small that both threads end at about the same time.
 inline constexpr BatchLimits kReadBatches{.jobs = 256,
                                           .effort = std::uint64_t{1} << 20,
                                           .batches = 16,
@@ -36,10 +37,10 @@ inline constexpr BatchLimits kReadBatches{.jobs = 256,
 template <typename Results>
 class WorkAhead {
  public:
-  /// Does one job and adds what comes of it to the results of its batch. A failure is a result
-  /// too: it must not throw. Each thread has its own.
+  /// Runs one job and adds its result to the results of the batch. Must not throw: a failure is a
+  /// result too. Each thread has a worker of its own.
   using Worker = std::function<void(std::size_t job, Results& results)>;
-  /// Called by the thread that the worker is for. It may throw std::bad_alloc.
+  /// Creates a worker on the thread that will use it. May throw std::bad_alloc.
   using WorkerMaker = std::function<Worker()>;
   using Effort = std::function<std::uint64_t(std::size_t job)>;
   /// The results of the batch that holds a job, and the place of the job in that batch.
@@ -48,8 +49,8 @@ class WorkAhead {
     std::size_t at;
   };
 
-  /// `starter` may be empty. `Results` has a function reserve(), after which a worker can add so
-  /// many results without memory of the batch.
+  /// `starter` may be empty. `Results` must have a function reserve(count), which is called for
+  /// each batch with its number of jobs.
   WorkAhead(std::size_t jobs, const BatchLimits& limits, Effort effort, WorkerMaker makeWorker,
             const BackgroundStarter& starter)
       : jobs_(jobs),
@@ -105,7 +106,7 @@ class WorkAhead {
       batches_.pop_front();
       changed_.notify_all();
     }
-    // While the helper is at the job that is wanted, there are others to be done.
+    // While the helper works on the batch that is wanted, this thread does other batches.
     while (batches_.empty() || !batches_.front().isDone) {
       if (Batch* batch = begin(batches_.empty())) {
         work(*batch, worker_, lock);
@@ -117,7 +118,8 @@ class WorkAhead {
     return {batch.results, taken_++ - batch.begin};
   }
 
-  // The next batch, when there is one and room for it; always when it is wanted at once.
+  // Begins the next batch. Returns null if there are no more jobs, or if the limits are reached and
+  // the batch is not wanted at once.
   Batch* begin(bool isWanted) {
     if (begun_ == jobs_) return nullptr;
     const bool isFull = ahead_ >= limits_.ahead || batches_.size() >= limits_.batches;
@@ -155,7 +157,7 @@ class WorkAhead {
         }
       }
     } catch (const std::bad_alloc&) {
-      // Before a batch was begun: it is left to the other thread.
+      // Thrown before a batch was begun: the other thread does what is left.
     }
   }
 
@@ -167,7 +169,7 @@ class WorkAhead {
   Results alone_;
   std::size_t taken_ = 0;
 
-  // All from here on only where there is a helper: what works alone locks nothing.
+  // The members below are used only with a helper; without one, nothing is locked.
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Batch> batches_;  // begun and not yet taken, in order

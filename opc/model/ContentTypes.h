@@ -15,8 +15,8 @@
 
 namespace opc::model {
 
-/// The content types of a package: defaults by extension, and overrides by part name, which win.
-/// Names of items stand for part names, in any spelling.
+/// The content types of a package: defaults by extension, and overrides by part name, which take
+/// precedence. Parts are given by the names of their items, in any spelling.
 class ContentTypes {
  public:
   struct Default {
@@ -34,18 +34,20 @@ class ContentTypes {
 
   /// The type of a part, or null. Valid until the next change.
   const ContentType* find(std::string_view itemName) const;
-  /// The two halves of that; `hash` is the name's.
+  /// The two steps of find(). `hash` must be nameHash(itemName).
   const ContentType* findOverride(std::uint64_t hash, std::string_view itemName) const;
   const ContentType* findDefault(std::string_view extension) const;
 
-  /// Both throw FormatError for an entry that is there already, or that no stream may have.
+  /// Both throw FormatError for an entry that exists already, addDefault() also for an invalid
+  /// extension.
   void addDefault(std::string_view extension, const ContentType& type);
   void addOverride(std::string_view itemName, const ContentType& type);
 
-  /// Gives a part its type: by a default that fits, by a new default when the extension has none,
-  /// is not that of relationships, and the type is not a particular one, else by an override.
-  /// `mayAddDefault` false leaves out the second. Throws ErrorCode::TooLarge, and changes nothing,
-  /// for what could not be read back: a type or a name that is too long, or one entry too many.
+  /// Sets the type of a part: by an existing default that fits, by a new default, or else by an
+  /// override. A default is added only if `mayAddDefault` is true, the extension has none and is
+  /// not that of relationships, and the type is not particular (ContentType::isParticular()).
+  /// Throws ErrorCode::TooLarge, and changes nothing, if the stream could not be read back: a type
+  /// or a name is too long, or there would be too many entries.
   void assign(std::string_view itemName, const ContentType& type, bool mayAddDefault);
   /// Removes the part's override, if it has one.
   void removeOverride(std::string_view itemName);

@@ -17,9 +17,9 @@ class CorePropertiesManager {
  public:
   explicit CorePropertiesManager(model::Package& package) : package_(package) {}
 
-  /// Texts that the package does not hold are empty or absent; a package without the parts reads so
-  /// altogether. Throws Exception when a part is there and breaks a rule. Of a package that is open
-  /// for reading, short parts are read once.
+  /// Returns the properties; those that the package does not have are empty or absent. Throws
+  /// Exception if a part exists and breaks a rule. While the package is open for reading only, the
+  /// properties are read once, unless a part is larger than 64 KiB.
   CoreProperties getCoreProperties();
 
   /// Stores `properties`. Standard properties that CoreProperties does not know (keywords,
@@ -28,8 +28,8 @@ class CorePropertiesManager {
 
  private:
   model::Package& package_;
-  std::optional<CoreProperties> kept_;  // what was read when the package had been opened ...
-  std::uint64_t keptAt_ = 0;            // ... so many times
+  std::optional<CoreProperties> kept_;  // the properties that were read last
+  std::uint64_t keptAt_ = 0;            // Package::openCount() at that time
 };
 
 }  // namespace opc::plservices

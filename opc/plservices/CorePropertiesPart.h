@@ -35,7 +35,7 @@ inline constexpr std::size_t kTextProperties = 12;
 enum class DateProperty : std::size_t { Created, LastPrinted, Modified };
 inline constexpr std::size_t kDateProperties = 3;
 
-/// Text mixed with `value` elements, each in a language of its own if it says so.
+/// The keywords: text mixed with `value` elements, each of which may have a language of its own.
 struct Keywords {
   struct Piece {
     std::u16string text;
@@ -46,7 +46,7 @@ struct Keywords {
   std::optional<std::u16string> language;
 };
 
-/// Something in the part that is worth knowing and no reason to refuse it.
+/// A deviation in the part that does not prevent reading it.
 struct PropertyWarning {
   std::string rule;  ///< such as "CP-12"
   std::string text;
@@ -82,8 +82,9 @@ class CorePropertiesPart {
     dates_[static_cast<std::size_t>(property)] = date;
     distantDates_[static_cast<std::size_t>(property)].clear();
   }
-  /// For a date in a year that no point in time here can have: the property is absent, and the text
-  /// is written again unless a date takes its place.
+  /// The text of a date in a year that the calendar of boost does not support (before 1400 or after
+  /// 9999); "" if there is none. date() is then absent, and write() writes this text. setDate()
+  /// clears it.
   const std::u16string& distantDate(DateProperty property) const {
     return distantDates_[static_cast<std::size_t>(property)];
   }
@@ -95,7 +96,7 @@ class CorePropertiesPart {
   const std::optional<Keywords>& keywords() const { return keywords_; }
   void setKeywords(std::optional<Keywords> keywords) { keywords_ = std::move(keywords); }
 
-  /// What was odd when it was read.
+  /// The deviations that were found when the part was read.
   const std::vector<PropertyWarning>& warnings() const { return warnings_; }
   void addWarning(std::string rule, std::string text) {
     warnings_.push_back({std::move(rule), std::move(text)});

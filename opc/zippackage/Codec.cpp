@@ -44,8 +44,8 @@ bool WholeDeflater::pack(int level, Bytes data, ByteBuffer& into) {
   auto& compressor = byLevel_.at(static_cast<std::size_t>(level));
   if (!compressor) compressor.reset(libdeflate_alloc_compressor(level));
   if (!compressor) throw std::bad_alloc();
-  // The library wants some room behind the result; with the whole bound it would go on packing
-  // what has turned out to be larger than the data.
+  // The library wants some room after the result; with the whole bound it would go on packing what
+  // has turned out to be larger than the data.
   constexpr std::size_t kSpare = 16;
   into.resizeForOverwrite(data.size() + kSpare);
   const std::size_t size = libdeflate_deflate_compress(compressor.get(), data.data(), data.size(),

@@ -15,7 +15,7 @@ struct z_stream_s;
 
 namespace opc::zippackage {
 
-/// Up to here, data are packed and unpacked whole in memory; beyond, they are streamed.
+/// Data of up to this size is packed and unpacked as a whole in memory; larger data is streamed.
 inline constexpr std::size_t kWholeLimit = std::size_t{16} << 20;
 
 /// CRC-32 of data that follow data whose CRC is `crc`; 0 to begin with.
@@ -44,8 +44,8 @@ class WholeDeflater {
 class WholeInflater {
  public:
   WholeInflater();
-  /// Throws FormatError unless `packed` is one whole deflate stream, without a byte more, for just
-  /// the `size` bytes at `into`, which are all that it writes.
+  /// Unpacks `packed`, which must be exactly one complete deflate stream (RFC 1951) of `size`
+  /// unpacked bytes; throws FormatError otherwise. Writes only to the `size` bytes at `into`.
   void unpack(Bytes packed, unsigned char* into, std::size_t size);
 
  private:
@@ -60,9 +60,9 @@ class StreamDeflater {
  public:
   explicit StreamDeflater(int level);
 
-  /// Packs some of `data`, or after the last piece (`finish`, with no data) the end of the stream.
-  /// Moves `data` past what it took. Returns how many bytes it put into `into`: with less than
-  /// `capacity`, it wants more data, or is done.
+  /// Packs some of `data`, and moves `data` past the bytes that it consumed. At the end, to be
+  /// called with `finish` and without data. Returns the number of bytes written to `into`. If it is
+  /// less than `capacity`, more data is needed or the stream is complete.
   std::size_t pack(Bytes& data, bool finish, unsigned char* into, std::size_t capacity);
 
  private:
@@ -77,8 +77,8 @@ class StreamInflater {
  public:
   StreamInflater();
 
-  /// Unpacks some of `packed` and moves it past what it took. Returns how many bytes it put into
-  /// `into`. Throws FormatError when this is not a deflate stream.
+  /// Unpacks some of `packed`, and moves `packed` past the bytes that it consumed. Returns the
+  /// number of bytes written to `into`. Throws FormatError if the data is not a deflate stream.
   std::size_t unpack(Bytes& packed, unsigned char* into, std::size_t capacity);
   /// Whether the end of the stream has been read.
   bool isEnd() const { return isEnd_; }

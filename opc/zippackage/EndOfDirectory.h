@@ -25,7 +25,7 @@ class FileTail {
   std::uint64_t start() const { return start_; }  ///< offset of the first byte held
   bool isLong() const { return bytes_.size() > kSize; }
   const unsigned char* at(std::uint64_t offset) const { return bytes_.data() + (offset - start_); }
-  /// As the file's readAt, without asking the file for what is held.
+  /// Like PackageFile::readAt(), but takes the bytes that the tail holds from memory.
   void readAt(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 
  private:
@@ -43,20 +43,20 @@ struct DirectoryLocation {
   std::uint64_t entries = 0;
   std::uint64_t endRecords = 0;  ///< offset of the first end record (ZIP64 or not)
   bool isZip64 = false;          ///< whether there is a ZIP64 end record
-  std::uint64_t archiveEnd = 0;  ///< behind the archive comment
+  std::uint64_t archiveEnd = 0;  ///< offset after the archive comment
   std::vector<unsigned char> comment;
-  /// Whether the end record of an empty archive lies in front of the directory, as in the data of
-  /// an item. Some readers take it if local headers and directory do not agree.
+  /// Whether an end record of an empty archive comes before the chosen end record, for example in
+  /// the data of an item. Some readers use it if the local headers and the directory disagree.
   bool hasEarlierRecord = false;
   std::vector<ZipFault> faults;
 };
 
-/// Finds the end records. Of several places that look like one, the one wins whose directory is
-/// where it says and whose comment ends with the file; bytes behind it are allowed as far as the
-/// tail reaches, which is lengthened when nothing in it looks like an end record. Throws
-/// FormatError when there is none, when the directory is not where it should be, or when readers
-/// would differ: two fit and one lies in the other's comment, or behind the one that wins another
-/// reader would take one for the end record.
+/// Finds the end records (APPNOTE 4.3.14 to 4.3.16). If several places look like an end record, the
+/// one is chosen whose directory is where it says and whose comment ends with the file. Bytes after
+/// the end are allowed within the tail, which is lengthened if nothing in it looks like an end
+/// record. Throws FormatError if there is no end record, if the directory is not where it should
+/// be, and if readers would disagree: two records fit and one lies in the comment of the other, or
+/// another reader would use a record after the chosen one.
 DirectoryLocation findDirectory(FileTail& tail);
 
 }  // namespace opc::zippackage

@@ -20,7 +20,8 @@ enum class ExtraFault : std::uint8_t {
 /// For a text about a header, such as "has malformed extra fields".
 const char* describe(ExtraFault fault);
 
-/// Walks the extra fields of a header: id, length, data, again and again.
+/// Iterates over the extra fields of a header, each of which has an id, a length and data (APPNOTE
+/// 4.5.1).
 class ExtraFieldWalk {
  public:
   static constexpr std::size_t kHeaderSize = 4;
@@ -53,8 +54,8 @@ class ExtraFieldWalk {
   std::uint16_t id_ = 0;
 };
 
-/// Values that do not fit their 32-bit field. A value stands here exactly when its field is full
-/// of ones, in this order.
+/// The ZIP64 field (APPNOTE 4.5.3) with values that do not fit into the header. It holds, in this
+/// order, exactly the values whose own field in the header has all bits set.
 struct Zip64Extra {
   static constexpr std::uint16_t kId = 0x0001;
   static constexpr std::size_t kMaxSize = ExtraFieldWalk::kHeaderSize + 28;

@@ -11,46 +11,47 @@
 
 namespace opc::zippackage {
 
-// What headers say besides method, sizes and checksum, and other readers act upon.
+// Data in headers, besides method, sizes and checksum, that other readers use.
 
 /// Attributes of DOS.
 inline constexpr std::uint32_t kDosLabel = 0x08;
 inline constexpr std::uint32_t kDosFolder = 0x10;
 
-/// Marks of file, folder or link that contradict each other: of the name, which ends in a slash for
-/// a folder, the attributes, and extra fields.
+/// Contradictory statements of a header about whether an item is a file, a folder or a link. They
+/// come from the name, which ends in a slash for a folder, the attributes, and extra fields.
 enum class MarkFault : std::uint8_t {
   None,
   FolderWithoutSlash,
   LinkNamedFolder,
   LinkOfOtherSystem,   ///< made by a system without links
   LabelOfOtherSystem,  ///< made by a system without volume labels
-  ExtraField,          ///< an extra field says something else than the name
+  ExtraField,          ///< an extra field gives another type than the name
 };
 
 /// Such as "is marked as a folder, but its name does not end in a slash".
 const char* describe(MarkFault fault);
 
 MarkFault markFaultOf(std::string_view name, const CentralHeader& header);
-/// Whether the mode is that of a file, though the name is that of a folder. Few readers mind.
+/// Whether the name is that of a folder, but the Unix mode that of a file. Most readers ignore
+/// this.
 bool isFolderWithFileMode(std::string_view name, const CentralHeader& header);
-/// Of the fields that hold a mode. For both headers.
+/// The contradiction in the extra fields that hold a mode, of either header.
 MarkFault markFaultOfFields(std::string_view name, Bytes extra);
 
-/// Whether extra fields are whole, and none of them says anything of name, type or sizes. False as
-/// well for some of which that is true.
+/// Whether the extra fields are well-formed and none of them can affect the name, the type or the
+/// sizes. May also return false for fields without an effect.
 bool hasNoFieldOfWeight(Bytes extra);
 
-/// The path that a Unicode path field gives, when it is not `name`; "" for a malformed field. Valid
-/// as long as `extra`.
+/// The path in the Unicode path field (APPNOTE 4.6.9) if it differs from `name`; "" for a malformed
+/// field; nothing otherwise. Refers to the bytes of `extra`.
 std::optional<std::string_view> otherUnicodePath(std::string_view name, Bytes extra);
 
-/// Texts about an item: "has ...".
+/// Phrases for messages about an item, such as "has a malformed Unicode path field".
 std::string describeUnicodePath(std::string_view name, Bytes extra);
 std::string describeVersion(std::uint16_t versionNeeded);
 std::string describeFlags(std::uint16_t flags);
 
-/// What of an end record a comment holds.
+/// What a comment contains that looks like an end record.
 enum class EndRecordTrace : std::uint8_t {
   None,
   Signature,  ///< of an end record, of a ZIP64 one or of its locator
@@ -58,8 +59,7 @@ enum class EndRecordTrace : std::uint8_t {
 };
 EndRecordTrace findEndRecord(Bytes comment);
 
-/// Whether an item of that version can be read by all readers, as far as this is about stored and
-/// deflated data.
+/// Whether all readers support this version for stored and deflated items.
 constexpr bool isUsualVersion(std::uint16_t versionNeeded) {
   return versionNeeded <= kVersionZip64;
 }

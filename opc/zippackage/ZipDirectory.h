@@ -38,13 +38,13 @@ struct ZipEntry {
   std::uint16_t method = 0;
   interfaces::ItemKind kind = interfaces::ItemKind::File;
 
-  /// Where the item ends at least: the lengths of the local header's extra fields and of a data
-  /// descriptor do not show in the directory. UINT64_MAX when that is beyond counting.
+  /// The lowest offset at which the item can end: the directory does not contain the lengths of the
+  /// local header's extra fields and of a data descriptor. UINT64_MAX if the sum overflows.
   std::uint64_t leastEnd() const;
 };
 
-/// What an item may take in the file without its showing in the directory: the extra fields of its
-/// local header, and a data descriptor.
+/// The most bytes of an item that the directory does not account for: the extra fields of its local
+/// header, and a data descriptor.
 inline constexpr std::uint64_t kMostUnseen = 0xFFFF + DataDescriptor::kMaxSize;
 
 /// The directory of a ZIP file, read at once and checked in one pass. It keeps the bytes it was
@@ -77,10 +77,9 @@ class ZipDirectory {
 
   /// Entries by the offset of their local headers.
   std::span<const std::uint32_t> physicalOrder() const { return physicalOrder_; }
-  /// The entry whose local header is the next one behind that of `entry`; kNoEntry when the
-  /// directory comes first.
+  /// The entry with the next local header after that of `entry`; kNoEntry if the directory is next.
   std::uint32_t follower(std::size_t entry) const;
-  /// Where its local header begins, or the directory.
+  /// The offset of that local header or of the directory.
   std::uint64_t limitOf(std::size_t entry) const;
   const DirectoryLocation& location() const { return location_; }
 

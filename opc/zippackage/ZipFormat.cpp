@@ -33,7 +33,7 @@ void get(const unsigned char*& from, std::uint64_t& value) {
   from += sizeof value;
 }
 
-// The fields behind the signature, in their order. Their types give their widths.
+// The fields after the signature, in their order. Their types give their widths.
 template <typename Record>
 constexpr std::tuple<> kFields;
 template <>

@@ -9,10 +9,11 @@
 
 namespace opc::zippackage {
 
-// The records of the format (APPNOTE 6.3), a value type each. `decode` takes the bytes from the
-// record's signature on and answers nothing when they are too few or the signature is another;
-// `encode` writes kSize bytes. What follows a record (name, extra fields, comment) is not part of
-// it; fields are as in the file, so 0xFFFFFFFF may mean a value in a ZIP64 field.
+// The records of the format (APPNOTE 6.3), with one value type for each. `decode` takes bytes that
+// begin with the signature of the record; it returns nothing if they are too few or the signature
+// is different. `encode` writes kSize bytes. The variable data after a record (name, extra fields,
+// comment) is not part of it. Fields have the values in the file, so 0xFFFFFFFF may refer to a
+// ZIP64 field.
 
 inline constexpr std::uint16_t kStored = 0;
 inline constexpr std::uint16_t kDeflated = 8;
@@ -25,7 +26,7 @@ inline constexpr std::uint16_t kFlagMaskedHeader = 1u << 13;
 inline constexpr std::uint16_t kAnyEncryption =
     kFlagEncrypted | kFlagStronglyEncrypted | kFlagMaskedHeader;
 
-/// Of no meaning for stored and deflated items, or of one that few readers know.
+/// Flags that have no meaning for stored and deflated items, or one that few readers know.
 inline constexpr std::uint16_t kReservedFlags = 0xD7B0;
 
 inline constexpr std::uint16_t kVersionPlain = 20;
@@ -43,7 +44,7 @@ inline constexpr std::uint16_t kHostDarwin = 19;
 inline constexpr std::uint16_t kElsewhere16 = 0xFFFF;
 inline constexpr std::uint32_t kElsewhere32 = 0xFFFFFFFF;
 
-/// In front of every item's data.
+/// The local file header before the data of each item (APPNOTE 4.3.7).
 struct LocalHeader {
   static constexpr std::uint32_t kSignature = 0x04034b50;
   static constexpr std::size_t kSize = 30;
@@ -62,7 +63,7 @@ struct LocalHeader {
   static std::optional<LocalHeader> decode(Bytes from);
 };
 
-/// An item in the directory.
+/// The entry of an item in the central directory (APPNOTE 4.3.12).
 struct CentralHeader {
   static constexpr std::uint32_t kSignature = 0x02014b50;
   static constexpr std::size_t kSize = 46;
@@ -91,7 +92,8 @@ struct CentralHeader {
   static std::optional<CentralHeader> decode(Bytes from);
 };
 
-/// Behind the data of an item whose header was written before its size was known.
+/// The record after the data of an item whose header was written before its size was known (APPNOTE
+/// 4.3.9).
 struct DataDescriptor {
   static constexpr std::uint32_t kSignature = 0x08074b50;
   static constexpr std::size_t kMaxSize = 24;
@@ -103,13 +105,14 @@ struct DataDescriptor {
 
   /// Returns how many bytes it wrote, at most kMaxSize. The signature is customary but optional.
   std::size_t encode(unsigned char* to, bool wide, bool withSignature) const;
-  /// The length of the form, of the four there are, in which `from` begins with just these
-  /// values; 0 for none. Two fit an empty item: then it is the one that fills the `room` up to
-  /// what follows, or else as `wideFirst` says.
+  /// The length of the descriptor at the beginning of `from` if it has exactly these values, with
+  /// sizes of 32 or 64 bits, with or without a signature; 0 otherwise. Two forms can match for an
+  /// empty item: then that of length `room`, the space before the next record, is chosen, or else
+  /// the one that `wideFirst` prefers.
   std::size_t lengthIn(Bytes from, bool wideFirst, std::uint64_t room) const;
 };
 
-/// The last record of the file.
+/// The end record, the last record of the file (APPNOTE 4.3.16).
 struct EndRecord {
   static constexpr std::uint32_t kSignature = 0x06054b50;
   static constexpr std::size_t kSize = 22;
@@ -126,7 +129,7 @@ struct EndRecord {
   static std::optional<EndRecord> decode(Bytes from);
 };
 
-/// Directly in front of the end record when there is a ZIP64 one.
+/// The record directly before the end record if there is a ZIP64 end record (APPNOTE 4.3.15).
 struct Zip64Locator {
   static constexpr std::uint32_t kSignature = 0x07064b50;
   static constexpr std::size_t kSize = 20;
@@ -139,7 +142,7 @@ struct Zip64Locator {
   static std::optional<Zip64Locator> decode(Bytes from);
 };
 
-/// The end record in 64 bits.
+/// The end record with 64-bit values (APPNOTE 4.3.14).
 struct Zip64EndRecord {
   static constexpr std::uint32_t kSignature = 0x06064b50;
   static constexpr std::size_t kSize = 56;

@@ -27,12 +27,13 @@ class ZipItemReader {
   /// declares more than `limit` bytes.
   void read(std::size_t entry, ByteBuffer& into, std::uint64_t limit);
 
-  /// A stream over an item. Up to kWholeLimit it holds the item, beyond it needs a fixed amount of
-  /// memory. It throws instead of handing out the last bytes when the item is damaged.
+  /// A stream over an item. It holds an item of up to kWholeLimit bytes in memory, and needs
+  /// constant memory for a larger one. If the item is damaged, it throws before it returns the last
+  /// bytes.
   std::unique_ptr<InputStream> open(std::size_t entry);
 
-  /// At most `size` bytes of the packed data, from `offset`, valid until the next call; none behind
-  /// their end.
+  /// At most `size` bytes of the packed data, from `offset` on; valid until the next call. Empty
+  /// after the end of the data.
   Bytes packedBytes(std::size_t entry, std::uint64_t offset, std::size_t size);
 
   /// Where the item's bytes end in the file, data descriptor included.

@@ -20,34 +20,35 @@ namespace opc::zippackage {
 struct WriteOptions {
   /// Deflate level of items of CompressionType::Normal, 0 (store) to 9.
   int level = 6;
-  /// Seconds since 1970 (UTC): the time of every item that this transaction writes, whatever time
-  /// the item has of its own. Without it items without a time get that of the commit.
+  /// Seconds since 1970 (UTC): the time of all items that the commit writes, even of those with a
+  /// time of their own. If not set, items without a time get the time of the commit.
   std::optional<std::int64_t> timestamp = std::nullopt;
   /// Called while the commit runs, never after the new file is in place.
   interfaces::ProgressFunction progress = nullptr;
-  /// The progress counts the items whose names begin so, but the bytes of all.
+  /// Progress counts only the items whose names begin with this text, but the bytes of all items.
   std::string counted = {};
   /// Starts a second thread, which packs new items, too. May be empty; what is written is the same.
   interfaces::BackgroundStarter background = nullptr;
-  /// Called with the path of the new file once it is written, before it takes its place. When it
-  /// throws, the new file is gone and what was there stays. May be empty.
+  /// Called with the path of the new file after it has been written and before it is put in place.
+  /// If it throws, the new file is removed and the old one stays. May be empty.
   std::function<void(const std::string& path)> inspect = nullptr;
-  /// Learns of the contents that are packed, for `inspect`. It must outlive the commit; may be
+  /// Receives what is known about packed contents, for `inspect`. Must outlive the commit; may be
   /// null.
   interfaces::PackedContents* packed = nullptr;
 };
 
 /// A ZIP file as a physical package (ISO/IEC 29500-2, 7; APPNOTE 6.3).
 ///
-/// A commit writes the whole new file under a temporary name beside the old one (mode and owner
-/// kept), flushes it, makes sure that the file at the path is still the one that was opened,
-/// renames and flushes the folder. Bytes of items that did not change are copied as they are. A
-/// path that is a symbolic link keeps the link; the file behind it is replaced where it lies.
+/// A commit writes the whole new file beside the old one, with the same owner and permissions,
+/// flushes it, checks that the file at the path is still the one that was opened, renames the new
+/// file and flushes the folder. The bytes of unchanged items are copied as they are. If the path is
+/// a symbolic link, the link stays and its target is replaced.
 class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
  public:
-  /// Touches nothing. `replaceExisting`: whether creating may replace a file at the path. Large new
-  /// items that are written through streams are parked in `temporaryFolder`, beside the package
-  /// when it is empty. Both paths are UTF-16 and stand for their UTF-8 bytes.
+  /// Does not access the disk. `replaceExisting` says whether OpenMode::Create may replace a file
+  /// at the path. Large new items that are written through streams are kept in `temporaryFolder`
+  /// until the commit, or beside the package if it is empty. Both paths are UTF-16 and stand for
+  /// their UTF-8 bytes.
   ZipPhysicalPackage(const std::u16string& path, bool replaceExisting,
                      const std::u16string& temporaryFolder);
   /// The same for a path in the system's bytes, whatever they are.

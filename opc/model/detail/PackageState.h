@@ -32,7 +32,7 @@ class Package::State {
 
   bool isWritable() const { return mode_ != interfaces::OpenMode::Read; }
   bool isPart(PartId part) const { return index_.role(part) == ItemRole::Part; }
-  /// Throws InvalidState for what is not, or no longer, a part.
+  /// Throws ErrorCode::InvalidState unless this is a part of the package.
   void requirePart(PartId part) const;
   std::optional<PartId> findPart(std::string_view itemName) const;
   const PartIndex& index() const { return index_; }
@@ -63,11 +63,11 @@ class Package::State {
   /// Throws FormatError when a part is in the way of the part that the source's relationships are
   /// stored in.
   void requireRelationshipsName(std::string_view sourceItemName) const;
-  /// Of a part, read when they are first asked for.
+  /// The relationships of a part, which are read on first use.
   RelationshipSet& relationshipsOf(PartId part);
 
-  /// Brings everything that was changed to the physical package. May be called again when its
-  /// commit failed: what stands there already is not added twice.
+  /// Applies all changes to the physical package. May be called again after its commit failed:
+  /// nothing is added twice.
   void stage();
 
   /// "cannot read part '/x' of 'PATH'".
@@ -100,9 +100,9 @@ class Package::State {
   std::optional<RelationshipSet> relationshipsOfPackage_;
   std::map<PartId, RelationshipSet> relationships_;
   detail::OpenToken open_ = std::make_shared<int>(0);
-  std::unordered_set<PartId> written_;  // whose items came with this transaction and take streams
-  bool changed_ = false;                // parts came, went or were written
-  bool relationshipsStaged_ = false;    // the package's own, at the front of the container
+  std::unordered_set<PartId> written_;  // parts whose items were added and can be written to
+  bool changed_ = false;                // parts were created, deleted or written
+  bool relationshipsStaged_ = false;    // those of the package were added at the front
 };
 
 }  // namespace opc::model

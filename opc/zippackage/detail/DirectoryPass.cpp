@@ -323,7 +323,7 @@ void DirectoryPass::checkPlaces() {
   if (gap > kMostUnseen) note(ZipFaultKind::UnusedBytes, reached_, gap);
 }
 
-// Whether an item lies right behind those before it, and ends before the directory.
+// Whether an item lies right after those before it, and ends before the directory.
 bool DirectoryPass::followsClosely(const ZipEntry& entry) {
   const std::uint64_t limit = directory_.location_.offset;
   const std::uint64_t start = entry.headerOffset;

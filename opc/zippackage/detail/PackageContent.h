@@ -31,11 +31,11 @@ struct OpenedPackage {
   ZipItemReader reader;
 };
 
-/// Writes a whole new package: items that stand at the front, then the unchanged ones of the old
-/// package in runs, as their bytes are (but for a growth hint in the header that begins a long run,
-/// which lets the file system share its blocks), then the other new ones, then the directory. What
-/// stood in front of the old package's first item and behind its end is left behind, and so are
-/// bytes between items, if they are too many for what an item may have behind its data.
+/// Writes a whole new package: the new items for the front, the unchanged items of the old package,
+/// the other new items, and the directory. Unchanged items are copied in runs without a change,
+/// except for a growth hint in the header at the start of a long run, which lets the file system
+/// share its blocks. Bytes before the first item and after the end of the old package are dropped,
+/// and so are bytes between two items if they are more than an item can have after its data.
 class PackageContent {
  public:
   /// `old` is null for a new package; `removed` says which of its items are left out.

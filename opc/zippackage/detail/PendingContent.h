@@ -30,8 +30,9 @@ class PendingStore {
   std::uint64_t spill(Bytes data);
   void readSpilled(std::uint64_t offset, unsigned char* into, std::size_t size) const;
 
-  /// Says which content is about to grow. While memory is short, the one that grew last goes into
-  /// the file: one at a time may gather small pieces. Throws SystemError.
+  /// To be called with the content that is about to grow. If memory is short, moves the content
+  /// that grew before to the file: only one content at a time collects small pieces in memory.
+  /// Throws SystemError.
   void turnTo(PendingContent& content);
   void forget(const PendingContent& content);
 
@@ -48,7 +49,8 @@ class PendingStore {
   PendingContent* growing_ = nullptr;
 };
 
-/// What has been written into one new item so far. The store must outlive it, and it its streams.
+/// What has been written to one new item so far. The store must outlive this object, which must
+/// outlive its streams.
 class PendingContent final : public interfaces::IContentSource {
  public:
   PendingContent(PendingStore& store, std::string name) : store_(store), name_(std::move(name)) {}

@@ -32,7 +32,7 @@ Bytes ReadWindow::at(std::uint64_t offset, std::size_t size) {
   return bytes_.bytes().subspan(static_cast<std::size_t>(offset - start_), size);
 }
 
-// In a row is what begins in what was read, or soon behind it.
+// A read is sequential if it begins in the buffer or soon after it.
 std::size_t ReadWindow::nextReadAhead(std::uint64_t offset) {
   const std::uint64_t end = start_ + bytes_.size();
   const bool isInARow = offset >= start_ && offset <= end + kLeast && bytes_.size() > 0;

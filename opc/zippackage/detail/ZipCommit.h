@@ -13,8 +13,8 @@ namespace opc::zippackage::detail {
 
 /// Replaces a package file, or makes a new one, in one step.
 ///
-/// Either everything is done, or what was there is there still and the temporary file is gone. The
-/// one case between: the new file is in place, but the folder could not be flushed.
+/// If a commit fails, the old file is unchanged and the temporary file is removed. There is one
+/// exception: if only flushing the folder fails, the new file is in place.
 class ZipCommit {
  public:
   /// `path` is for messages, `target` where the file lies. `opened` is the file that the

@@ -20,8 +20,8 @@ class ZipItemStream final : public InputStream {
   std::size_t read(unsigned char* buffer, std::size_t size) override;
   bool isEnd() override { return left_ == 0; }
 
-  /// Throws unless nothing but the end of the packed data is left, and the checksum is right. read
-  /// does this with the last byte; of an item without any it is left to who opens it.
+  /// Throws unless the packed data is at its end and the checksum is correct. read() calls this
+  /// with the last byte. The caller that opens an empty item must call it.
   void checkEnd();
 
  private:
