@@ -20,7 +20,7 @@ using test::ZipBuilder;
 using test::ZipItem;
 
 constexpr std::size_t kHeader = 30;
-constexpr std::size_t kMostContent = 64 * 1024;
+constexpr std::size_t kMaxContentSize = 64 * 1024;
 
 std::size_t number(std::string_view bytes, std::size_t at, std::size_t size) {
   std::size_t value = 0;
@@ -32,7 +32,7 @@ std::size_t number(std::string_view bytes, std::size_t at, std::size_t size) {
 
 /// Inflates `packed` as far as possible.
 std::string inflated(std::string_view packed) {
-  std::string content(kMostContent, '\0');
+  std::string content(kMaxContentSize, '\0');
   z_stream stream{};
   if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) return {};
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data()));

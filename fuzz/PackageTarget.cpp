@@ -26,7 +26,7 @@ using opc::model::Package;
 using opc::model::PartId;
 using opc::model::PartName;
 
-constexpr std::uint64_t kMost = std::uint64_t{256} << 20;  // bytes per item
+constexpr std::uint64_t kMaxItemSize = std::uint64_t{256} << 20;  // bytes per item
 
 using Bytes = std::vector<unsigned char>;
 
@@ -54,8 +54,8 @@ void checkItem(opc::interfaces::IPhysicalPackage& container, ItemIndex item) {
   require(info.name == container.itemName(item), "an item has one name");
   const auto streamed = fuzz::unlessRefused([&] { return readAll(*container.openItem(item)); });
   opc::ByteBuffer whole;
-  const bool isRead = fuzz::isAccepted([&] { container.readItem(item, whole, kMost); });
-  if (info.size > kMost) return;
+  const bool isRead = fuzz::isAccepted([&] { container.readItem(item, whole, kMaxItemSize); });
+  if (info.size > kMaxItemSize) return;
   require(isRead == streamed.has_value(), "both ways of reading take the same items");
   if (!isRead) return;
   require(isSame(*streamed, whole), "both ways of reading give the same bytes");
@@ -86,8 +86,8 @@ void checkPart(Package& package, PartId id) {
 
   const auto streamed = fuzz::unlessRefused([&] { return readAll(*part->getInputStream()); });
   opc::ByteBuffer whole;
-  const bool isRead = fuzz::isAccepted([&] { package.readPart(id, whole, kMost); });
-  if (info.size > kMost) return;
+  const bool isRead = fuzz::isAccepted([&] { package.readPart(id, whole, kMaxItemSize); });
+  if (info.size > kMaxItemSize) return;
   require(isRead == streamed.has_value(), "both ways of reading take the same parts");
   require(!isRead || isSame(*streamed, whole), "both ways of reading give the same bytes");
 }

@@ -41,10 +41,10 @@ struct Inventory {
 };
 
 std::optional<std::string> contentOf(Package& package, opc::model::PartId part) {
-  constexpr std::uint64_t kMost = std::uint64_t{64} << 20;
+  constexpr std::uint64_t kMaxSize = std::uint64_t{64} << 20;
   return fuzz::unlessRefused([&] {
     opc::ByteBuffer bytes;
-    package.readPart(part, bytes, kMost);
+    package.readPart(part, bytes, kMaxSize);
     return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   });
 }

@@ -46,9 +46,9 @@ void checkReports(const Report& any, const Report& addon) {
 }
 
 void readPart(opc::model::Package& package, opc::model::PartId id) {
-  constexpr std::uint64_t kMost = std::uint64_t{256} << 20;
+  constexpr std::uint64_t kMaxItemSize = std::uint64_t{256} << 20;
   opc::ByteBuffer bytes;
-  package.readPart(id, bytes, kMost);
+  package.readPart(id, bytes, kMaxItemSize);
   package.getPart(opc::model::PartName::fromItemName(package.itemNameOf(id)))->getRelationships();
 }
 

@@ -29,8 +29,8 @@ bool isUnsupported(int number) {
 template <typename Call>
 std::optional<std::string> filled(const Call& call, const char* what) {
   constexpr std::size_t kUsual = 256;
-  constexpr std::size_t kLargest = std::size_t{64} << 10;
-  for (std::size_t room = kUsual;; room = kLargest) {
+  constexpr std::size_t kMaxSize = std::size_t{64} << 10;
+  for (std::size_t room = kUsual;; room = kMaxSize) {
     std::string bytes(room, '\0');
     const ssize_t size = uninterrupted([&] { return call(bytes.data(), room); });
     if (size >= 0) {
@@ -38,7 +38,7 @@ std::optional<std::string> filled(const Call& call, const char* what) {
       return bytes;
     }
     if (errno == ENODATA || isUnsupported(errno)) return std::nullopt;
-    if (errno != ERANGE || room == kLargest) throw SystemError(what, errno);
+    if (errno != ERANGE || room == kMaxSize) throw SystemError(what, errno);
   }
 }
 

@@ -23,7 +23,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kFirstPause{1};
-constexpr milliseconds kLongestPause{16};
+constexpr milliseconds kMaxPause{16};
 constexpr mode_t kWriters = 0222;
 constexpr mode_t kOwner = 0200;
 constexpr std::string_view kChange = "change";
@@ -48,7 +48,7 @@ void LockFile::take(const std::string& path, Kind kind, Clock::duration limit,
   release();
   path_ = lockPath(path, kind);
   const auto start = Clock::now();
-  for (milliseconds pause = kFirstPause;; pause = std::min(2 * pause, kLongestPause)) {
+  for (milliseconds pause = kFirstPause;; pause = std::min(2 * pause, kMaxPause)) {
     attempt(path);
     if (state_ == State::Held || state_ == State::CannotCreate) return;
     const auto waited = Clock::now() - start;

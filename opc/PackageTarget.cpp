@@ -15,7 +15,7 @@
 namespace opc {
 namespace {
 
-constexpr int kMostLinks = 40;  // As many as the kernel follows.
+constexpr int kMaxLinks = 40;  // As many as the kernel follows.
 
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -55,7 +55,7 @@ void requireAccess(const std::string& path, int mode, const char* what) {
 
 PackageTarget PackageTarget::resolve(const std::string& path) {
   std::string current = path;
-  for (int links = 0; links <= kMostLinks; ++links) {
+  for (int links = 0; links <= kMaxLinks; ++links) {
     PackageTarget target{realFolder(folderOf(current)), current.substr(current.rfind('/') + 1),
                          absolute(path)};
     if (target.name.empty()) throw SystemError("cannot use '" + path + "' as a file", EISDIR);

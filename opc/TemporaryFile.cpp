@@ -90,9 +90,9 @@ std::string temporaryName(std::string_view name) {
 }
 
 std::string temporaryName(std::string_view name, std::string_view letters) {
-  constexpr std::size_t kMostBytes = 255;
+  constexpr std::size_t kMaxBytes = 255;
   std::string made = ".";
-  made += clipUtf8(name, kMostBytes - kAround);
+  made += clipUtf8(name, kMaxBytes - kAround);
   made += ".";
   made += letters;
   return made += kEnd;

@@ -160,8 +160,8 @@ std::string_view clipUtf8(std::string_view text, std::size_t most) noexcept {
   if (text.size() <= most) return text;
   std::size_t end = most;
   while (end > 0 && isUtf8Continuation(text[end])) --end;
-  constexpr std::size_t kMostContinuations = 3;
-  return text.substr(0, most - end > kMostContinuations ? most : end);  // not UTF-8 is cut anywhere
+  constexpr std::size_t kMaxContinuations = 3;
+  return text.substr(0, most - end > kMaxContinuations ? most : end);  // not UTF-8 is cut anywhere
 }
 
 std::string toUtf8ForDisplay(std::u16string_view text) {

@@ -120,7 +120,7 @@ class FileToRead {
     part_ = package.fileSystem().nodes().part(entry.node());
     const opc::model::PartInfo info = model_.partInfo(part_);
     size_ = info.size;
-    isPlausible_ = info.size / kMostRatio <= info.packedSize;
+    isPlausible_ = info.size / kMaxRatio <= info.packedSize;
   }
 
   /// Throws instead of returning a size that is only declared, and may be allocated by nobody.
@@ -135,7 +135,7 @@ class FileToRead {
 
  private:
   /// Deflate gets no smaller than this.
-  static constexpr std::uint64_t kMostRatio = 1032;
+  static constexpr std::uint64_t kMaxRatio = 1032;
 
   template <typename Work>
   void read(const Work& work) const {

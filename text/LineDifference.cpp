@@ -15,7 +15,7 @@ namespace {
 // A second of work at most, and far more than texts need that have something to do with each other.
 constexpr std::uint64_t kStepsPerLine = 2000;
 constexpr std::uint64_t kFewestSteps = 1'000'000;
-constexpr std::uint64_t kMostSteps = 200'000'000;
+constexpr std::uint64_t kMaxSteps = 200'000'000;
 
 using LineSpan = std::span<const std::string_view>;
 
@@ -122,7 +122,7 @@ std::vector<ChangedBlock> compareLines(LineSpan a, LineSpan b) {
   const Numbered aShared = numbering.shared(aMiddle);
   const Numbered bShared = numbering.shared(bMiddle);
   const std::uint64_t steps =
-      std::clamp(kStepsPerLine * (aMiddle.size() + bMiddle.size()), kFewestSteps, kMostSteps);
+      std::clamp(kStepsPerLine * (aMiddle.size() + bMiddle.size()), kFewestSteps, kMaxSteps);
   const Edit edit = findShortestEdit(aShared.numbers, bShared.numbers, steps);
   const std::vector<std::size_t> aKept = keptPlaces(aShared, edit.isRemoved);
   const std::vector<std::size_t> bKept = keptPlaces(bShared, edit.isAdded);

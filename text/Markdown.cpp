@@ -13,13 +13,13 @@ namespace text {
 
 namespace {
 
-constexpr std::size_t kMostMemory = std::size_t{64} << 20;
+constexpr std::size_t kMaxMemory = std::size_t{64} << 20;
 // Each line may be compared with each open block, and each mark or blank at the beginning of a line
 // may open a block.
-constexpr std::size_t kMostMarks = 1000;
-constexpr std::size_t kMostComparisons = std::size_t{1} << 21;
+constexpr std::size_t kMaxMarks = 1000;
+constexpr std::size_t kMaxComparisons = std::size_t{1} << 21;
 // For each bracket after an address, the whole address is searched for the one that opens it.
-constexpr std::size_t kMostBrackets = 1000;
+constexpr std::size_t kMaxBrackets = 1000;
 
 /// cmark passes nothing to its allocator that would lead to the memory.
 thread_local MarkdownMemory* current = nullptr;
@@ -52,7 +52,7 @@ using Extensions = std::array<cmark_syntax_extension*, kExtensionNames.size()>;
 /// The extensions of cmark live until the program ends. Their memory comes from the default
 /// allocator, which would end the program if it failed.
 const Extensions& extensions() {
-  static MarkdownMemory memory(kMostMemory);
+  static MarkdownMemory memory(kMaxMemory);
   static const Extensions found = [] {
     const MarkdownMemoryUse use(memory);
     *cmark_get_default_mem_allocator() = {allocate, reallocate, release};
@@ -66,7 +66,7 @@ const Extensions& extensions() {
 }
 
 bool isReadable(std::string_view text) {
-  static const std::string tooManyBrackets(kMostBrackets, ')');
+  static const std::string tooManyBrackets(kMaxBrackets, ')');
   if (text.find(tooManyBrackets) != text.npos) return false;
   std::size_t lines = 0;
   std::size_t mostMarks = 0;
@@ -77,7 +77,7 @@ bool isReadable(std::string_view text) {
     ++lines;
     text.remove_prefix(std::min(line.size() + 1, text.size()));
   }
-  return mostMarks <= kMostMarks && mostMarks * lines <= kMostComparisons;
+  return mostMarks <= kMaxMarks && mostMarks * lines <= kMaxComparisons;
 }
 
 }  // namespace
@@ -97,7 +97,7 @@ MarkdownMemoryUse::~MarkdownMemoryUse() {
   current = previous_;
 }
 
-Markdown::Markdown(std::string_view text) : memory_(kMostMemory), use_(memory_) {
+Markdown::Markdown(std::string_view text) : memory_(kMaxMemory), use_(memory_) {
   if (!isReadable(text)) return;
   const Extensions& all = extensions();
   try {

@@ -14,9 +14,9 @@ namespace text {
 namespace {
 
 // No word that is looked for is longer, and the table below grows with the product.
-constexpr std::size_t kLongestWord = 64;
+constexpr std::size_t kMaxWordLength = 64;
 // Of more paths, only the first are compared letter by letter.
-constexpr std::size_t kMostPaths = 20000;
+constexpr std::size_t kMaxPaths = 20000;
 
 bool isNear(std::string_view word, std::string_view candidate, std::size_t distance) {
   return distance <= std::max<std::size_t>(1, std::max(word.size(), candidate.size()) / 3);
@@ -58,9 +58,9 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 }
 
 std::string_view nearest(std::string_view word, std::span<const std::string_view> candidates) {
-  if (word.empty() || word.size() > kLongestWord) return {};
+  if (word.empty() || word.size() > kMaxWordLength) return {};
   std::string_view best;
-  std::size_t bestDistance = kLongestWord;
+  std::size_t bestDistance = kMaxWordLength;
   for (const std::string_view candidate : candidates) {
     const auto [shorter, longer] = std::minmax({word.size(), candidate.size()});
     if (!isNear(word, candidate, longer - shorter)) continue;
@@ -96,7 +96,7 @@ std::string nearestPath(std::string_view word, const std::vector<std::string_vie
     return opc::toLowerAscii(path.substr(path.rfind('/') + 1)) == name;
   });
   if (!best.empty()) return best;
-  return std::string(nearest(plain, std::span(all).first(std::min(all.size(), kMostPaths))));
+  return std::string(nearest(plain, std::span(all).first(std::min(all.size(), kMaxPaths))));
 }
 
 std::string suggestion(std::string_view word, std::span<const std::string_view> candidates,

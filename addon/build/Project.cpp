@@ -28,13 +28,13 @@ using addon::packaging::Record;
 
 namespace {
 
-constexpr std::size_t kLargestManifest = std::size_t{16} << 20;
-constexpr std::size_t kLargestText = std::size_t{32} << 20;  // parts end at twice as much
+constexpr std::size_t kMaxManifestSize = std::size_t{16} << 20;
+constexpr std::size_t kMaxTextSize = std::size_t{32} << 20;  // parts end at twice as much
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string readText(const std::string& path) {
-  std::string text = detail::readWholeFile(path, kLargestText);
+  std::string text = detail::readWholeFile(path, kMaxTextSize);
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   // Licenses of the time of line printers have form feeds between their pages.
   std::replace(text.begin(), text.end(), '\f', '\n');
@@ -87,7 +87,7 @@ Project openProject(const std::string& folder) {
     const BuildError missing = systemError("cannot read", path, ENOENT);
     throw BuildError(missing.what(), "'kraddon init' writes one", ENOENT);
   }
-  return {folder, addon::project::readManifest(detail::readWholeFile(path, kLargestManifest))};
+  return {folder, addon::project::readManifest(detail::readWholeFile(path, kMaxManifestSize))};
 }
 
 void readTextFiles(const Project& project, const OwnedDocument& document) {

@@ -21,7 +21,7 @@ using opc::plservices::FileSystemEntryAlreadyExists;
 namespace {
 
 constexpr std::string_view kIgnoreFile = ".kraddonignore";
-constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
+constexpr std::size_t kMaxIgnoreFileSize = std::size_t{16} << 20;
 
 bool isFolderOf(AddonPackage& package, const std::string& path) {
   const auto entry = package.fileSystem().find(path);
@@ -60,7 +60,7 @@ void store(const std::string& path, bool replaces, AddonPackage& package, Conten
 void addIgnoreFile(const std::string& folder, const std::string& place, PatternList& patterns) {
   const std::string file = onDisk(folder, std::string(kIgnoreFile));
   if (opc::identityOf(file))
-    patterns.addLines(detail::readWholeFile(file, kLargestIgnoreFile), place);
+    patterns.addLines(detail::readWholeFile(file, kMaxIgnoreFileSize), place);
 }
 
 std::string joinPath(std::string_view folder, std::string_view name) {

@@ -18,7 +18,7 @@ using addon::project::Texts;
 
 namespace {
 
-constexpr std::size_t kLargestPolicy = std::size_t{16} << 20;
+constexpr std::size_t kMaxPolicySize = std::size_t{16} << 20;
 
 /// The id that a rule begins with, as it is written.
 std::string idIn(const Text& rule, std::string_view id, const std::string& key) {
@@ -63,7 +63,7 @@ RuleLists ruleListsOf(const VerifySection& section) {
 }
 
 VerifySection openPolicy(const std::string& path) {
-  return addon::project::readPolicy(detail::readWholeFile(path, kLargestPolicy));
+  return addon::project::readPolicy(detail::readWholeFile(path, kMaxPolicySize));
 }
 
 Rules rulesOf(const RuleSources& sources) {

@@ -8,10 +8,10 @@ namespace addon::catalogue {
 
 // What a package may be at most to get into a catalogue, so that no package of a stranger holds up
 // the others.
-inline constexpr std::uint64_t kLargestPackage = 2'000'000'000;   ///< bytes
-inline constexpr std::uint64_t kLargestContent = 16'000'000'000;  ///< bytes, unpacked
-inline constexpr std::uint64_t kMostItems = 200'000;              ///< parts and everything else
-inline constexpr std::size_t kLongestRecord = 256'000;            ///< bytes of JSON
-inline constexpr std::uint64_t kLargestImage = 4'000'000;         ///< the screenshot's bytes
+inline constexpr std::uint64_t kMaxPackageSize = 2'000'000'000;   ///< bytes
+inline constexpr std::uint64_t kMaxContentSize = 16'000'000'000;  ///< bytes, unpacked
+inline constexpr std::uint64_t kMaxItems = 200'000;               ///< parts and everything else
+inline constexpr std::size_t kMaxRecordSize = 256'000;            ///< bytes of JSON
+inline constexpr std::uint64_t kMaxImageSize = 4'000'000;         ///< the screenshot's bytes
 
 }  // namespace addon::catalogue

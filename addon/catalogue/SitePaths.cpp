@@ -10,14 +10,14 @@ namespace addon::catalogue {
 
 namespace {
 
-constexpr std::size_t kLongestName = 100;
+constexpr std::size_t kMaxNameLength = 100;
 
 bool isOfPlainName(char c) {
   return opc::isAsciiLetterOrDigit(c) || c == '.' || c == '_' || c == '-';
 }
 
 bool isPlainName(std::string_view text) {
-  return !text.empty() && text.size() <= kLongestName && text.front() != '.' &&
+  return !text.empty() && text.size() <= kMaxNameLength && text.front() != '.' &&
          std::all_of(text.begin(), text.end(), isOfPlainName);
 }
 

@@ -24,7 +24,7 @@ using detail::VersionKey;
 namespace {
 
 /// More files than that are flushed together.
-constexpr std::size_t kMostFlushedAlone = 20;
+constexpr std::size_t kMaxFlushedAlone = 20;
 
 VersionKey toKey(const VersionName& name) {
   return {keyOf(name.guid), name.version};
@@ -159,7 +159,7 @@ class SiteUpdate {
     for (std::string& path : stored) sources.push_back({std::move(path), true});
     for (std::string& path : given) sources.push_back({std::move(path), false});
     const std::size_t total = sources.size();
-    if (total > kMostFlushedAlone) files_.setFlushing(SiteFiles::Flushing::Together);
+    if (total > kMaxFlushedAlone) files_.setFlushing(SiteFiles::Flushing::Together);
     std::size_t done = 0;
     intake_->add(sources, [&] {
       if (request_.stop) request_.stop();

@@ -23,7 +23,7 @@ using opc::interfaces::ItemIndex;
 using Hashes = std::vector<std::string>;
 using HashesAhead = opc::interfaces::WorkAhead<Hashes>;
 
-constexpr std::uint64_t kLargestAhead = std::uint64_t{16} << 20;  // bytes
+constexpr std::uint64_t kMaxAhead = std::uint64_t{16} << 20;  // bytes
 
 /// A file as another thread than the one that uses the package can read it.
 struct FileAhead {
@@ -38,7 +38,7 @@ std::vector<FileAhead> filesAhead(AddonPackage& package, const std::vector<Item>
   for (const Item& item : items) {
     if (item.isFolder()) continue;
     FileAhead& file = files.emplace_back();
-    if (std::max(item.info.size, item.info.packedSize) > kLargestAhead) continue;
+    if (std::max(item.info.size, item.info.packedSize) > kMaxAhead) continue;
     file.item = containerItem(package, item);
     if (file.item) file.effort = item.info.size;
   }
@@ -48,7 +48,7 @@ std::vector<FileAhead> filesAhead(AddonPackage& package, const std::vector<Item>
 /// "" if that fails: openItem() then reports why.
 std::string hashAhead(IItemReader& reader, ItemIndex item, opc::ByteBuffer& buffer) noexcept {
   try {
-    reader.readItem(item, buffer, kLargestAhead);
+    reader.readItem(item, buffer, kMaxAhead);
     text::Sha256 sum;
     sum.update(buffer.data(), buffer.size());
     return sum.finish();

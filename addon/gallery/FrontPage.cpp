@@ -14,8 +14,8 @@ using detail::HtmlWriter;
 namespace {
 
 // Longer texts would make the list heavy for everybody.
-constexpr std::size_t kLongestText = 600;   // bytes
-constexpr std::size_t kLongestLabel = 200;  // bytes
+constexpr std::size_t kMaxTextLength = 600;   // bytes
+constexpr std::size_t kMaxLabelLength = 200;  // bytes
 
 std::string clipped(std::string_view text, std::size_t most) {
   if (text.size() <= most) return std::string(text);
@@ -25,9 +25,10 @@ std::string clipped(std::string_view text, std::size_t most) {
 /// The texts of a card as they are shown.
 struct Texts {
   explicit Texts(const Card& card)
-      : name(clipped(card.name, kLongestLabel)), summary(clipped(card.summary, kLongestText)) {
-    author = clipped(card.author, kLongestLabel);
-    if (card.organization != card.author) organization = clipped(card.organization, kLongestLabel);
+      : name(clipped(card.name, kMaxLabelLength)), summary(clipped(card.summary, kMaxTextLength)) {
+    author = clipped(card.author, kMaxLabelLength);
+    if (card.organization != card.author)
+      organization = clipped(card.organization, kMaxLabelLength);
   }
 
   std::string name;
@@ -130,10 +131,10 @@ void writeCard(HtmlWriter& html, const Card& card, const Texts& texts) {
       html.element("div", {{"class", "which"}}, [&] {
         html.element("span", {{"class", "chip"}}, [&] {
           html.text("Version ");
-          detail::writeIsolated(html, clipped(card.version, kLongestLabel));
+          detail::writeIsolated(html, clipped(card.version, kMaxLabelLength));
         });
         if (!card.license.empty()) {
-          html.element("bdi", clipped(card.license, kLongestLabel));
+          html.element("bdi", clipped(card.license, kMaxLabelLength));
         }
         if (!card.modified.empty()) detail::writeDate(html, card.modified);
       });

@@ -35,9 +35,9 @@ PageImage PackageImages::file(const std::string& path) {
 }
 
 std::string PackageImages::whyNoRoom(std::uint64_t size) const {
-  if (size > kLargestImage) {
+  if (size > kMaxImageSize) {
     return fmt::format("left out: {}, and an image may have at most {}", text::describeBytes(size),
-                       text::describeBytes(kLargestImage));
+                       text::describeBytes(kMaxImageSize));
   }
   if (size > kAllImages - used_) {
     return fmt::format("left out: all images together may have at most {}",

@@ -12,7 +12,7 @@ namespace addon::gallery {
 /// make all of them too large together, is left out with a note.
 class PackageImages final : public PageImages {
  public:
-  static constexpr std::uint64_t kLargestImage = std::uint64_t{4} << 20;
+  static constexpr std::uint64_t kMaxImageSize = std::uint64_t{4} << 20;
   static constexpr std::uint64_t kAllImages = std::uint64_t{32} << 20;
 
   /// `package` must stay open during the lifetime of this object.

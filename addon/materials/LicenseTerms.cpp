@@ -19,7 +19,7 @@ using opc::isAsciiLetterOrDigit;
 namespace {
 
 constexpr std::string_view kReference = "LicenseRef-";
-constexpr std::size_t kLongestReference = 100;
+constexpr std::size_t kMaxReferenceLength = 100;
 
 /// The usual spelling of a name of the list, whose lines are names; nothing if it is not in it.
 std::optional<std::string> findId(std::string_view list, std::string_view name) {
@@ -137,7 +137,7 @@ class ExpressionReader {
 /// "LicenseRef-House-rules-2" for "House rules, 2".
 std::string referenceFor(std::string_view label) {
   std::string name(kReference);
-  for (const char c : label.substr(0, kLongestReference)) {
+  for (const char c : label.substr(0, kMaxReferenceLength)) {
     if (isAsciiLetterOrDigit(c) || c == '.') {
       name += c;
     } else if (name.back() != '-') {

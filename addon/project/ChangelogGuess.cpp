@@ -58,9 +58,9 @@ std::string dateIn(std::string_view text) {
   while (!text.empty() && (isAround(text.back()) || isAsciiSpace(text.back()))) {
     text.remove_suffix(1);
   }
-  constexpr std::size_t kLongestDate = 30;
+  constexpr std::size_t kMaxDateLength = 30;
   const bool isOne =
-      text.size() <= kLongestDate && std::any_of(text.begin(), text.end(), isAsciiDigit);
+      text.size() <= kMaxDateLength && std::any_of(text.begin(), text.end(), isAsciiDigit);
   return isOne ? asOneLine(text) : std::string();
 }
 

@@ -20,7 +20,7 @@ namespace addon::project {
 
 namespace {
 
-constexpr std::size_t kMostOutput = std::size_t{64} << 20;
+constexpr std::size_t kMaxOutputSize = std::size_t{64} << 20;
 constexpr std::string_view kTagPrefix = "refs/tags/";
 
 /// The environment without variables that control git, such as GIT_DIR.
@@ -87,7 +87,7 @@ class SpawnSettings {
 /// Reads up to the end. Returns false if there is too much.
 bool readAll(int descriptor, std::string& text) {
   std::array<char, 8192> buffer{};
-  while (text.size() <= kMostOutput) {
+  while (text.size() <= kMaxOutputSize) {
     const ssize_t size =
         opc::uninterrupted([&] { return ::read(descriptor, buffer.data(), buffer.size()); });
     if (size <= 0) return size == 0;

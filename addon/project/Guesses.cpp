@@ -24,7 +24,7 @@ namespace {
 
 using Words = std::span<const std::string_view>;
 
-constexpr std::size_t kLargestText = std::size_t{4} << 20;
+constexpr std::size_t kMaxTextSize = std::size_t{4} << 20;
 constexpr std::array<std::string_view, 6> kImageExtensions{"png", "jpg", "jpeg",
                                                            "gif", "bmp", "tiff"};
 constexpr std::array<std::string_view, 2> kExampleFolders{"examples", "demos"};
@@ -128,7 +128,7 @@ GuessedText chooseText(const ProjectFolder& folder, std::vector<std::string> pat
                        std::string& content) {
   GuessedText chosen;
   for (const std::string& path : paths) {
-    std::optional<std::string> text = folder.read(path, kLargestText);
+    std::optional<std::string> text = folder.read(path, kMaxTextSize);
     const std::string fault = faultOf(text);
     if (!fault.empty() && !chosen.path.empty()) continue;
     chosen.path = path;

@@ -20,8 +20,8 @@ namespace addon::project {
 
 namespace {
 
-constexpr std::size_t kMostRemarks = 20;
-constexpr std::size_t kLargestIgnoreFile = std::size_t{16} << 20;
+constexpr std::size_t kMaxRemarks = 20;
+constexpr std::size_t kMaxIgnoreFileSize = std::size_t{16} << 20;
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
 
 unsigned char typeOf(int folder, const char* name) {
@@ -46,7 +46,7 @@ ProjectFolder::ProjectFolder(const std::string& path) : path_(realPathOf(path)) 
       [&] { return ::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   if (!root_) throw opc::SystemError("cannot read the folder '" + path + "'", errno);
   addDefaultExcludes(excludes_);
-  excludes_.addLines(read(".kraddonignore", kLargestIgnoreFile).value_or(""));
+  excludes_.addLines(read(".kraddonignore", kMaxIgnoreFileSize).value_or(""));
   walk();
 }
 
@@ -96,7 +96,7 @@ bool ProjectFolder::isFileInside(const std::string& path) const {
 }
 
 void ProjectFolder::remark(std::string_view path, std::string_view why) {
-  if (remarks_.size() >= kMostRemarks) return;
+  if (remarks_.size() >= kMaxRemarks) return;
   remarks_.push_back("'" + opc::printable(path) + "': " + std::string(why));
 }
 

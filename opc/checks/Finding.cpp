@@ -6,7 +6,7 @@
 namespace opc::checks {
 namespace {
 
-constexpr std::size_t kLongestQuoted = 200;  // bytes
+constexpr std::size_t kMaxQuotedLength = 200;  // bytes
 
 }  // namespace
 
@@ -19,13 +19,13 @@ std::string_view nameOf(Severity severity) {
 }
 
 std::string quoted(std::string_view text) {
-  const std::string_view shown = clipUtf8(text, kLongestQuoted);
+  const std::string_view shown = clipUtf8(text, kMaxQuotedLength);
   return "'" + printable(shown) + (shown.size() < text.size() ? "...'" : "'");
 }
 
 std::string quoted(std::u16string_view text) {
   // A code unit takes at least one byte, so this drops nothing that would be shown.
-  return quoted(toUtf8ForDisplay(text.substr(0, kLongestQuoted + 1)));
+  return quoted(toUtf8ForDisplay(text.substr(0, kMaxQuotedLength + 1)));
 }
 
 }  // namespace opc::checks

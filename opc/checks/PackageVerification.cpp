@@ -25,7 +25,7 @@ using zippackage::ZipDirectory;
 namespace {
 
 // Checking takes about six times as much memory.
-constexpr std::uint64_t kLargestDirectory = std::uint64_t{128} << 20;  // bytes
+constexpr std::uint64_t kMaxDirectorySize = std::uint64_t{128} << 20;  // bytes
 
 // Returns nothing if there is no directory that can be parsed.
 std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& report) {
@@ -33,16 +33,16 @@ std::optional<ZipDirectory> readDirectory(const PackageFile& file, Report& repor
   try {
     zippackage::FileTail tail(file);
     size = zippackage::findDirectory(tail).size;
-    if (size <= kLargestDirectory) return ZipDirectory::read(file);
+    if (size <= kMaxDirectorySize) return ZipDirectory::read(file);
   } catch (const SystemError&) {
     throw;
   } catch (const Exception& fault) {
     detail::addFault(report, fault, kNotZip, "", "ZP-16");
   }
-  if (size <= kLargestDirectory) return std::nullopt;
+  if (size <= kMaxDirectorySize) return std::nullopt;
   throw Exception(ErrorCode::TooLarge, "its directory has " + std::to_string(size) +
                                            " bytes, more than the " +
-                                           std::to_string(kLargestDirectory) + " that are checked");
+                                           std::to_string(kMaxDirectorySize) + " that are checked");
 }
 
 // Where the parts of signatures usually are, which no file of the tree is. If they are elsewhere,

@@ -8,8 +8,8 @@
 namespace opc::checks {
 namespace {
 
-constexpr std::size_t kLongestPart = 1024;     // bytes
-constexpr std::size_t kLongestMessage = 2048;  // bytes
+constexpr std::size_t kMaxPartLength = 1024;     // bytes
+constexpr std::size_t kMaxMessageLength = 2048;  // bytes
 
 std::string clipped(std::string_view text, std::size_t most) {
   const std::string_view shown = clipUtf8(text, most);
@@ -23,14 +23,15 @@ std::string clipped(std::string_view text, std::size_t most) {
 void Report::add(FindingId id, std::string part, std::string message, std::size_t line,
                  std::string rule) {
   ++(id.severity == Severity::Warning ? warnings_ : errors_);
-  if (++counts_[id] > kMostKept) return;
+  if (++counts_[id] > kMaxKept) return;
   findings_.push_back({id, std::move(part), std::move(message), line, std::move(rule)});
 }
 
 void Report::addClipped(FindingId id, std::string_view part, std::string_view message,
                         std::string_view rule, std::size_t line) {
   if (!keeps(id)) return add(id, "", "");
-  add(id, clipped(part, kLongestPart), clipped(message, kLongestMessage), line, std::string(rule));
+  add(id, clipped(part, kMaxPartLength), clipped(message, kMaxMessageLength), line,
+      std::string(rule));
 }
 
 void Report::addAmbiguous(FindingId id, std::string_view part, std::string_view message,

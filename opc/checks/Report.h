@@ -17,10 +17,10 @@ namespace opc::checks {
 enum class Subject : std::uint8_t { Package, Addon };
 
 /// What was found in one package. A hostile package may cause a finding for each entry, so only the
-/// first kMostKept of each id are kept; the others are counted.
+/// first kMaxKept of each id are kept; the others are counted.
 class Report {
  public:
-  static constexpr std::size_t kMostKept = 1000;
+  static constexpr std::size_t kMaxKept = 1000;
 
   explicit Report(Subject subject = Subject::Package) : subject_(subject) {}
 
@@ -47,7 +47,7 @@ class Report {
   /// The same of both severities.
   std::size_t count(std::uint16_t number) const;
   /// Whether another finding of this id would be kept.
-  bool keeps(FindingId id) const { return count(id) < kMostKept; }
+  bool keeps(FindingId id) const { return count(id) < kMaxKept; }
 
  private:
   Subject subject_;

@@ -13,7 +13,7 @@ class RefusingSink final : public FaultSink {
 
 FormatError FaultSink::tooManyFaults(const FormatError& last) {
   return {last.rule(),
-          "there are more than " + std::to_string(kMost) + " faults; the rest is not looked at"};
+          "there are more than " + std::to_string(kMaxFaults) + " faults; the rest is not looked at"};
 }
 
 FaultSink& FaultSink::refusing() {
@@ -22,7 +22,7 @@ FaultSink& FaultSink::refusing() {
 }
 
 void DelayedFaults::add(const FormatError& fault, std::string_view itemName) {
-  if (faults_.size() == kMost) throw tooManyFaults(fault);
+  if (faults_.size() == kMaxFaults) throw tooManyFaults(fault);
   faults_.emplace_back(fault, itemName);
 }
 

@@ -22,7 +22,7 @@ class FaultSink {
   virtual void add(const FormatError& fault, std::string_view itemName) = 0;
 
   /// So many faults of one document are looked at: who finds the next one throws tooManyFaults.
-  static constexpr std::size_t kMost = 10'000;
+  static constexpr std::size_t kMaxFaults = 10'000;
   static FormatError tooManyFaults(const FormatError& last);
 
   /// The one that throws.

@@ -25,14 +25,14 @@ bool equalFolded(std::string_view a, std::string_view b) {
 
 // Decimal digits without leading zeros.
 std::optional<std::uint64_t> parseNumber(std::string_view digits) {
-  constexpr std::size_t kMostDigits = 18;
+  constexpr std::size_t kMaxDigits = 18;
   if (digits.empty() || (digits.size() > 1 && digits[0] == '0')) return std::nullopt;
   std::uint64_t number = 0;
   for (const char c : digits) {
     if (c < '0' || c > '9') return std::nullopt;
-    if (digits.size() <= kMostDigits) number = number * 10 + static_cast<unsigned>(c - '0');
+    if (digits.size() <= kMaxDigits) number = number * 10 + static_cast<unsigned>(c - '0');
   }
-  return digits.size() <= kMostDigits ? number : std::numeric_limits<std::uint64_t>::max();
+  return digits.size() <= kMaxDigits ? number : std::numeric_limits<std::uint64_t>::max();
 }
 
 bool isFile(const interfaces::ItemInfo& info) {

@@ -111,8 +111,8 @@ HostPropertiesPart readHostPart(model::Package& package, const std::optional<Par
 
 // Whether what a part says may stay in memory.
 bool isShort(model::Package& package, const std::optional<PartName>& name) {
-  constexpr std::uint64_t kLongest = 65536;  // bytes
-  return !name || package.partInfo(package.getPart(*name)->id()).size <= kLongest;
+  constexpr std::uint64_t kMaxLength = 65536;  // bytes
+  return !name || package.partInfo(package.getPart(*name)->id()).size <= kMaxLength;
 }
 
 // Takes over what CoreProperties knows and leaves the rest. Returns whether that changed anything.

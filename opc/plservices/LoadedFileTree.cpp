@@ -196,7 +196,7 @@ void TreeLoader::countEmptyFolder(NodeId node) {
 }  // namespace
 
 std::uint64_t maxTableNodes(std::uint64_t packageSize) {
-  return std::min(kMostTableNodes, packageSize + kFreeTableNodes);
+  return std::min(kMaxTableNodes, packageSize + kFreeTableNodes);
 }
 
 FileTreeTable LoadedFileTree::table() const {

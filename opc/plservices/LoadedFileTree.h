@@ -20,7 +20,7 @@ inline constexpr std::string_view kFilesFolder = "files/";
 inline constexpr std::string_view kMadeUpFilesFolder = "metadata/fileTree/";
 
 inline constexpr std::uint64_t kFreeTableNodes = 1000;
-inline constexpr std::uint64_t kMostTableNodes = 2'000'000;
+inline constexpr std::uint64_t kMaxTableNodes = 2'000'000;
 /// How many files and folders the table of a package of that many bytes may make. A table is packed
 /// well, so that without a limit a small package would fill the memory, or a disk with folders.
 std::uint64_t maxTableNodes(std::uint64_t packageSize);

@@ -55,8 +55,8 @@ bool hasControlCharacter(std::string_view text) noexcept {
 }
 
 const char* findUnpackingFault(std::string_view itemName) noexcept {
-  constexpr std::size_t kMostBytes = 4000;  // Some programs cut off what is longer.
-  if (itemName.size() > kMostBytes) return "is longer than 4,000 bytes";
+  constexpr std::size_t kMaxBytes = 4000;  // Some programs cut off what is longer.
+  if (itemName.size() > kMaxBytes) return "is longer than 4,000 bytes";
   const std::size_t semicolon = itemName.rfind(';');
   if (semicolon == std::string_view::npos) return nullptr;
   const std::string_view version = itemName.substr(semicolon + 1);

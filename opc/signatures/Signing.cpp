@@ -26,7 +26,7 @@ using model::URI;
 
 namespace {
 
-constexpr std::size_t kLargestSignature = std::size_t{64} << 20;
+constexpr std::size_t kMaxSignatureSize = std::size_t{64} << 20;
 constexpr std::u16string_view kOriginName = u"/package/services/digital-signature/origin.psdsor";
 constexpr std::string_view kSignatureFolder = "/package/services/digital-signature/xml-signature/";
 constexpr std::string_view kSignatureExtension = ".psdsxs";
@@ -86,7 +86,7 @@ std::vector<PartToSign> partsToSign(Package& package, bool isKnown) {
 }
 
 void requireValid(const std::string& xml) {
-  if (xml.size() > kLargestSignature) {
+  if (xml.size() > kMaxSignatureSize) {
     throw Exception(ErrorCode::TooLarge, "the signature would have " + std::to_string(xml.size()) +
                                              " bytes, more than can be checked");
   }

@@ -22,7 +22,7 @@ using model::PartId;
 
 namespace {
 
-constexpr std::uint64_t kLargestXml = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMaxXmlSize = std::uint64_t{64} << 20;
 
 using Form = ManifestReference::Form;
 
@@ -60,7 +60,7 @@ class Verifier {
  private:
   std::string read(PartId part) {
     ByteBuffer bytes;
-    package_.readPart(part, bytes, kLargestXml);
+    package_.readPart(part, bytes, kMaxXmlSize);
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
   }
 
@@ -157,7 +157,7 @@ class Verifier {
     while (const std::size_t size = stream->read(buffer_.data(), kReadStep)) {
       digests.update({buffer_.data(), size});
       if (!needsXml) continue;
-      if (text.size() + size > kLargestXml) throw Exception(ErrorCode::TooLarge, "it is too large");
+      if (text.size() + size > kMaxXmlSize) throw Exception(ErrorCode::TooLarge, "it is too large");
       text.append(reinterpret_cast<const char*>(buffer_.data()), size);
     }
     for (std::size_t i = 0; i < target.claims.size(); ++i) {

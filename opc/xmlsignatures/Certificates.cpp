@@ -143,12 +143,12 @@ void putSignerFirst(std::vector<Certificate>& certificates) {
 }
 
 KeyVerdict judgeKey(const EVP_PKEY& key) {
-  constexpr int kLeastBits = 2048;
+  constexpr int kMinBits = 2048;
   if (EVP_PKEY_is_a(&key, "RSA") == 1) {
     const int bits = EVP_PKEY_get_bits(&key);
-    if (bits >= kLeastBits) return {SignatureState::Valid, {}};
+    if (bits >= kMinBits) return {SignatureState::Valid, {}};
     return {SignatureState::Weak, "its RSA key has " + std::to_string(bits) + " bits, fewer than " +
-                                      std::to_string(kLeastBits)};
+                                      std::to_string(kMinBits)};
   }
   if (EVP_PKEY_is_a(&key, "EC") != 1) {
     return {SignatureState::Unsupported, "its key is neither RSA nor ECDSA"};

@@ -19,8 +19,8 @@ using interfaces::ManifestReference;
 
 namespace {
 
-constexpr std::size_t kMostSigned = 16;  // references in SignedInfo
-constexpr std::size_t kMostCertificates = 32;
+constexpr std::size_t kMaxReferences = 16;  // references in SignedInfo
+constexpr std::size_t kMaxCertificates = 32;
 
 constexpr std::array<std::pair<std::string_view, Hash>, 3> kHashes{
     {{"http://www.w3.org/2001/04/xmlenc#sha256", Hash::Sha256},
@@ -33,9 +33,9 @@ std::size_t sizeOf(Hash hash) {
 
 /// For messages, shortened.
 std::string quoted(std::string_view text) {
-  constexpr std::size_t kMost = 100;
-  if (text.size() <= kMost) return "'" + std::string(text) + "'";
-  std::size_t size = kMost;
+  constexpr std::size_t kMaxLength = 100;
+  if (text.size() <= kMaxLength) return "'" + std::string(text) + "'";
+  std::size_t size = kMaxLength;
   while ((static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;
   return "'" + std::string(text.substr(0, size)) + "...'";
 }
@@ -144,7 +144,7 @@ class Reader {
   void readSignedInfo(const xmlNode* info) {
     allowAttributes(info, {"Id"});
     const std::vector<xmlNode*> parts = elementsOf(info);
-    require(parts.size() >= 3 && parts.size() <= kMostSigned + 2,
+    require(parts.size() >= 3 && parts.size() <= kMaxReferences + 2,
             "its element 'SignedInfo' has no references, or too many");
     requireDsig(parts[0], "CanonicalizationMethod");
     result_.canonicalisation = algorithmOf(parts[0]);
@@ -280,7 +280,7 @@ class Reader {
       if (!isNamed(data, kDsig, "X509Data")) continue;
       for (const xmlNode* one : elementsOf(data)) {
         if (!isNamed(one, kDsig, "X509Certificate")) continue;
-        require(result_.certificates.size() < kMostCertificates, "it has too many certificates");
+        require(result_.certificates.size() < kMaxCertificates, "it has too many certificates");
         result_.certificates.push_back(base64Of(one));
       }
     }

@@ -15,7 +15,7 @@ namespace opc::zippackage {
 namespace {
 
 /// As many as a tail of kSize has room for. A look at one may take a few reads of the file.
-constexpr std::size_t kMostCandidates = FileTail::kSize / 4;
+constexpr std::size_t kMaxCandidates = FileTail::kSize / 4;
 
 /// How well a candidate fits, ascending.
 enum class Fit { Cut, Misplaced, Gap, Exact };
@@ -132,7 +132,7 @@ DirectoryLocation EndRecordSearch::run() {
     throw FormatError("ZP-16", "it has two end records, one in the comment of the other");
   }
   if (lastToBeTaken_ > best_->offset) {
-    throw FormatError("ZP-16", "it has two end records, one behind the other at offset " +
+    throw FormatError("ZP-16", "it has two end records, one after the other at offset " +
                                    std::to_string(*lastToBeTaken_));
   }
   const std::uint64_t end = best_->location.archiveEnd;
@@ -152,8 +152,8 @@ void EndRecordSearch::considerAll() {
   std::uint64_t before = size_;
   std::size_t count = 0;
   while (const auto offset = lastSignature(tail_, before)) {
-    if (++count > kMostCandidates) {
-      throw FormatError("ZP-16", "more than " + std::to_string(kMostCandidates) +
+    if (++count > kMaxCandidates) {
+      throw FormatError("ZP-16", "more than " + std::to_string(kMaxCandidates) +
                                      " places in it look like its end record");
     }
     consider(*offset);
@@ -280,14 +280,14 @@ bool EndRecordSearch::applyZip64(Candidate& candidate, const Zip64Locator& locat
     return false;
   }
   const std::uint64_t space = room - at - Zip64EndRecord::kUncounted;
-  constexpr std::uint64_t kLeast = Zip64EndRecord::kSize - Zip64EndRecord::kUncounted;
-  if (wide->recordSize < kLeast || wide->recordSize > space) {
+  constexpr std::uint64_t kMinSize = Zip64EndRecord::kSize - Zip64EndRecord::kUncounted;
+  if (wide->recordSize < kMinSize || wide->recordSize > space) {
     candidate.problem =
         "its ZIP64 end record declares a size of " + std::to_string(wide->recordSize);
     return false;
   }
   // Only the second version of the record, which describes such a directory, is longer.
-  if (wide->recordSize > kLeast && (wide->versionNeeded & 0xFF) >= 62) {
+  if (wide->recordSize > kMinSize && (wide->versionNeeded & 0xFF) >= 62) {
     candidate.rule = "ZP-6";
     candidate.problem = "its directory is compressed or encrypted";
     return false;

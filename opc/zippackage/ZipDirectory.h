@@ -45,7 +45,7 @@ struct ZipEntry {
 
 /// The most bytes of an item that the directory does not account for: the extra fields of its local
 /// header, and a data descriptor.
-inline constexpr std::uint64_t kMostUnseen = 0xFFFF + DataDescriptor::kMaxSize;
+inline constexpr std::uint64_t kMaxUnseen = 0xFFFF + DataDescriptor::kMaxSize;
 
 /// The directory of a ZIP file, read at once and checked in one pass. It keeps the bytes it was
 /// made of; names and records are views into them.

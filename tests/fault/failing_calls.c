@@ -87,9 +87,9 @@ struct Rule {
 };
 
 enum Outcome { kPass, kFail, kShort, kLost };
-enum { kMostRules = 4 };
+enum { kMaxRules = 4 };
 
-static struct Rule rules[kMostRules];
+static struct Rule rules[kMaxRules];
 static size_t ruleCount;
 static unsigned long counts[kFamilies];
 static const char* folder;
@@ -140,7 +140,7 @@ static void parseRule(char* text) {
   char* families = strtok_r(text, ":", &rest);
   char* at = strtok_r(NULL, ":", &rest);
   char* how = strtok_r(NULL, ":", &rest);
-  if (how == NULL || ruleCount == kMostRules) refuse(text);
+  if (how == NULL || ruleCount == kMaxRules) refuse(text);
   struct Rule* rule = &rules[ruleCount++];
   parseFamilies(rule, families);
   char* end = NULL;

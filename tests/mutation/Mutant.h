@@ -13,7 +13,7 @@ namespace kraddon_mutation {
 
 class Mutants {
  public:
-  static constexpr int kMost = 4096;
+  static constexpr int kMaxMutants = 4096;
 
   bool isChosen(int number) {
     if (reachedFile_ != nullptr) isReached_[number] = true;
@@ -24,7 +24,7 @@ class Mutants {
   ~Mutants() {
     if (reachedFile_ == nullptr) return;
     std::string lines;
-    for (int number = 0; number < kMost; ++number) {
+    for (int number = 0; number < kMaxMutants; ++number) {
       if (isReached_[number]) lines += std::to_string(number) + '\n';
     }
     const int file = ::open(reachedFile_, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
@@ -36,7 +36,7 @@ class Mutants {
  private:
   const char* reachedFile_ = std::getenv("MUTANTS_REACHED");
   const int chosen_ = std::getenv("MUTANT") == nullptr ? -1 : std::atoi(std::getenv("MUTANT"));
-  bool isReached_[kMost] = {};
+  bool isReached_[kMaxMutants] = {};
 };
 
 inline Mutants& mutants() {

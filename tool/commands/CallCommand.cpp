@@ -58,12 +58,12 @@ constexpr std::string_view kDescription =
     "\"size\": [..], \"fields\": [..], \"elements\": [..]} describes any array exactly. The output "
     "is printed in the same form; nothing is printed if the gateway sets none.";
 
-constexpr std::size_t kLargestFile = std::size_t{256} << 20;
-constexpr std::int64_t kMostOutputs = 64;
+constexpr std::size_t kMaxFileSize = std::size_t{256} << 20;
+constexpr std::int64_t kMaxOutputs = 64;
 
 text::JsonValue readArgument(const std::string& word) {
   if (word.starts_with('@'))
-    return text::parseJson(process::readInput(word.substr(1), kLargestFile));
+    return text::parseJson(process::readInput(word.substr(1), kMaxFileSize));
   std::optional<text::JsonValue> value = text::parseJsonIfAny(word);
   if (value) return std::move(*value);
   if (!opc::isUtf8(word)) throw text::JsonError("it is not UTF-8");
@@ -124,7 +124,7 @@ process::ExitCode call(const line::Invocation& invocation) {
     throw process::UsageError(process::sentence("bad value of --library", "", "the path is empty"));
   }
   const int outputs = static_cast<int>(
-      invocation.number("nlhs", 0, kMostOutputs).value_or(detail::gatewayAt(slot).outputs));
+      invocation.number("nlhs", 0, kMaxOutputs).value_or(detail::gatewayAt(slot).outputs));
   std::vector<json::HostArrayPointer> arguments;
   for (std::size_t i = 1; i < words.size(); ++i) arguments.push_back(toArgument(i, words[i]));
   const HostFunctionTable& table = detail::loadFunctionTable(invocation.valueOr("library", ""));

@@ -27,7 +27,7 @@ namespace {
 using addon::project::Guesses;
 using addon::project::ProjectFolder;
 
-constexpr std::size_t kLargestManifest = std::size_t{16} << 20;
+constexpr std::size_t kMaxManifestSize = std::size_t{16} << 20;
 
 constexpr std::array kOperands{line::OperandSpec{
     .name = "FOLDER", .help = "the project folder (default: .)", .isRequired = false}};
@@ -52,7 +52,7 @@ Guesses guess(const std::string& folder, const line::Invocation& invocation) {
   if (invocation.has("force")) {
     const std::string old(addon::project::kManifestName);
     guesses.guid = {
-        addon::project::guidOfManifest(project.read(old, kLargestManifest).value_or("")), ""};
+        addon::project::guidOfManifest(project.read(old, kMaxManifestSize).value_or("")), ""};
     if (!guesses.guid.value.empty())
       guesses.guid.source = "from the manifest that this one replaced";
   }

@@ -49,7 +49,7 @@ constexpr std::array kOperands{
 constexpr std::array kOptions{detail::kNoVerifyOption, detail::kTimestampOption,
                               detail::kLevelOption, detail::kLockTimeoutOption};
 
-constexpr std::size_t kLargestFile = std::size_t{256} << 20;
+constexpr std::size_t kMaxFileSize = std::size_t{256} << 20;
 
 /// Texts by field.
 using Fields = std::map<std::string, std::string>;
@@ -83,7 +83,7 @@ std::string textOf(std::string_view value) {
   } else if (value.starts_with('@')) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     try {
-      text = process::readInput(std::string(value.substr(1)), kLargestFile);
+      text = process::readInput(std::string(value.substr(1)), kMaxFileSize);
     } catch (const process::Failure& failure) {
       throw process::Failure(failure.what(), fmt::format("'@{}' is the text '{}'", value, value));
     }
@@ -151,7 +151,7 @@ std::string explain(const DocumentTable& table, std::string_view why) {
 }
 
 OwnedDocument readFile(const DocumentTable& table, const std::string& file) {
-  const std::string text = process::readInput(file, kLargestFile);
+  const std::string text = process::readInput(file, kMaxFileSize);
   try {
     OwnedDocument document = table.make();
     json::readDocument(table, document.record, text::parseJson(text));

@@ -17,7 +17,7 @@ namespace {
 
 using opc::interfaces::BackgroundTask;
 
-constexpr ::rlim_t kLeastStack = ::rlim_t{128} << 10;
+constexpr ::rlim_t kMinStackSize = ::rlim_t{128} << 10;
 constexpr ::rlim_t kUsualStack = ::rlim_t{8} << 20;
 
 class ThreadTask final : public BackgroundTask {
@@ -83,7 +83,7 @@ opc::interfaces::BackgroundStarter secondThread() {
 void withEnoughStack(const std::function<void()>& work) {
   struct rlimit limit {};
   if (::getrlimit(RLIMIT_STACK, &limit) != 0 || limit.rlim_cur >= kUsualStack) return work();
-  if (limit.rlim_cur < kLeastStack) refuseStack(limit.rlim_cur, "128 KiB are needed");
+  if (limit.rlim_cur < kMinStackSize) refuseStack(limit.rlim_cur, "128 KiB are needed");
   setStackOfThreads();
   const SignalsBlocked blocked;
   try {

@@ -18,7 +18,7 @@ namespace tool::process {
 
 namespace {
 
-constexpr std::size_t kLargest = std::size_t{1} << 20;
+constexpr std::size_t kMaxSize = std::size_t{1} << 20;
 
 }  // namespace
 
@@ -32,7 +32,7 @@ void Secret::readFile(const std::string& path) {
   constexpr mode_t kOthers = S_IRGRP | S_IROTH;
   isExposed_ =
       ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode) && (info.st_mode & kOthers) != 0;
-  text_.resize(kLargest + 1);
+  text_.resize(kMaxSize + 1);
   std::size_t size = 0;
   for (;;) {
     const ssize_t read = ::read(file.get(), text_.data() + size, text_.size() - size);
@@ -40,9 +40,9 @@ void Secret::readFile(const std::string& path) {
     if (read < 0 && errno != EINTR) throw systemFailure("cannot read", path, errno);
     Interrupt::check();
     if (read > 0) size += static_cast<std::size_t>(read);
-    if (size > kLargest) {
+    if (size > kMaxSize) {
       throw Failure(
-          sentence("cannot read", path, fmt::format("it is larger than {} bytes", kLargest)));
+          sentence("cannot read", path, fmt::format("it is larger than {} bytes", kMaxSize)));
     }
   }
   text_.resize(size);

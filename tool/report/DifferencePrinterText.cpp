@@ -27,10 +27,10 @@ using text::HunkLine;
 using text::Lines;
 
 // A text beyond these is not one that anybody reads line by line.
-constexpr std::uint64_t kLargestText = std::uint64_t{16} << 20;
-constexpr std::ptrdiff_t kMostLines = 1 << 20;
+constexpr std::uint64_t kMaxTextSize = std::uint64_t{16} << 20;
+constexpr std::ptrdiff_t kMaxLines = 1 << 20;
 
-constexpr std::size_t kLongestValue = 60;
+constexpr std::size_t kMaxValueLength = 60;
 constexpr std::string_view kEllipsis = "…";
 
 constexpr std::string_view kRed = "31";
@@ -48,14 +48,14 @@ std::string shorten(std::string_view value, std::size_t skipped) {
   const std::size_t begin = characterBegin(value, skipped);
   std::string text(begin > 0 ? kEllipsis : "");
   const std::string_view rest = value.substr(begin);
-  if (rest.size() <= kLongestValue) return text.append(rest);
-  return text.append(rest.substr(0, characterBegin(rest, kLongestValue))).append(kEllipsis);
+  if (rest.size() <= kMaxValueLength) return text.append(rest);
+  return text.append(rest.substr(0, characterBegin(rest, kMaxValueLength))).append(kEllipsis);
 }
 
 /// How much of the front of two long values is the same and need not be shown twice.
 std::size_t dispensable(std::string_view a, std::string_view b) {
   constexpr std::size_t kShownBefore = 20;
-  if (std::max(a.size(), b.size()) <= kLongestValue) return 0;
+  if (std::max(a.size(), b.size()) <= kMaxValueLength) return 0;
   const auto [end, other] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
   const auto same = static_cast<std::size_t>(end - a.begin());
   return same > kShownBefore ? same - kShownBefore : 0;
@@ -78,12 +78,12 @@ struct FileText {
 FileText readText(const ComparedPackage& package, const Item* item) {
   FileText text;
   if (item == nullptr) return text;
-  text.isTooLarge = item->info.size > kLargestText;
+  text.isTooLarge = item->info.size > kMaxTextSize;
   if (text.isTooLarge) return text;
   text.content = opc::StreamHelper::readToEnd(*openItem(*package.package, *item));
   text.isBinary = text.content.find('\0') != std::string::npos;
   if (text.isBinary) return text;
-  text.isTooLarge = std::count(text.content.begin(), text.content.end(), '\n') >= kMostLines;
+  text.isTooLarge = std::count(text.content.begin(), text.content.end(), '\n') >= kMaxLines;
   if (!text.isTooLarge) text.lines = text::splitLines(text.content);
   return text;
 }

@@ -40,11 +40,11 @@ void printError(std::string_view command, std::string_view message, std::string_
 
 void printLackOfMemory(std::string_view command) noexcept {
   constexpr std::string_view kWhy = "out of memory\n";
-  constexpr std::size_t kLongestName = 64;
-  std::array<char, kLongestName + 64> text{};
+  constexpr std::size_t kMaxNameLength = 64;
+  std::array<char, kMaxNameLength + 64> text{};
   const auto end = command.empty() ? fmt::format_to(text.begin(), "kraddon: {}", kWhy)
                                    : fmt::format_to(text.begin(), "kraddon: {}: {}",
-                                                    command.substr(0, kLongestName), kWhy);
+                                                    command.substr(0, kMaxNameLength), kWhy);
   printToStandardError({text.data(), static_cast<std::size_t>(end - text.begin())});
 }
 

@@ -19,7 +19,7 @@ using packaging::AddonPackage;
 namespace {
 
 /// Findings of one refused package that are kept.
-constexpr std::size_t kMostFindings = 100;
+constexpr std::size_t kMaxFindings = 100;
 
 void open(AddonPackage& package) {
   package.logicalPackage().open(opc::interfaces::OpenMode::Read);
@@ -39,7 +39,7 @@ std::string messageOf(const opc::Exception& error, const std::string& path,
 
 Refusal refusalOf(const std::string& file, std::string reason, PackageVerdict verdict) {
   verdict.file = file;
-  verdict.findings.resize(std::min(verdict.findings.size(), kMostFindings));
+  verdict.findings.resize(std::min(verdict.findings.size(), kMaxFindings));
   return {std::move(reason), std::move(verdict)};
 }
 

@@ -18,7 +18,7 @@ namespace addon::catalogue::detail {
 namespace {
 
 /// For more add-ons than that, everything is written anew.
-constexpr std::size_t kMostChanged = 50;
+constexpr std::size_t kMaxChanged = 50;
 
 gallery::Card toCard(const Record& record) {
   return {record.name,    record.version,  record.summary, record.author,    record.organization,
@@ -68,7 +68,7 @@ void Followers::writeLines(const Request& request) {
   const std::string path(kRecordLines);
   std::optional<LinesChange> change;
   std::optional<Pieces> pieces;
-  if (request.isOldComplete && request.keys.size() <= kMostChanged) {
+  if (request.isOldComplete && request.keys.size() <= kMaxChanged) {
     change.emplace(files_.readFollower(path), request.old);
     pieces = change->make(request.state, request.keys);
   }
@@ -142,7 +142,7 @@ void Followers::writeFrontPage(const Request& request) {
       add(toCard(record));
     };
   };
-  if (request.isOldComplete && request.keys.size() <= kMostChanged) {
+  if (request.isOldComplete && request.keys.size() <= kMaxChanged) {
     list.visit = [&](const auto& add) { database.visitCurrent(addTo(add), &request.keys); };
     if (changeFrontPage(list, database, request.keys)) return;
   }

@@ -33,11 +33,11 @@ constexpr std::size_t kPiece = 256u << 10;
 }
 
 void requireSmall(std::uint64_t size, const std::string& path) {
-  if (size <= kLargestPackage) return;
+  if (size <= kMaxPackageSize) return;
   throw opc::Exception(opc::ErrorCode::TooLarge,
                        opc::sentence("cannot add", path,
                                      fmt::format("a package may have at most {}",
-                                                 text::describeBytes(kLargestPackage))));
+                                                 text::describeBytes(kMaxPackageSize))));
 }
 
 /// Passes all bytes of a file to `take`.

@@ -92,10 +92,10 @@ std::string digestOf(AddonPackage& package, const std::vector<comparison::Item>&
 
 void requireShort(const Record& record) {
   const std::size_t size = toLine(record).size();
-  if (size <= kLongestRecord) return;
+  if (size <= kMaxRecordSize) return;
   throw opc::Exception(opc::ErrorCode::TooLarge,
                        fmt::format("its texts take {}, and a record may have at most {}",
-                                   text::describeBytes(size), text::describeBytes(kLongestRecord)));
+                                   text::describeBytes(size), text::describeBytes(kMaxRecordSize)));
 }
 
 }  // namespace
@@ -103,14 +103,14 @@ void requireShort(const Record& record) {
 std::string whyTooLarge(AddonPackage& package) {
   const auto& container = package.logicalPackage().physical();
   const std::size_t count = container.itemCount();
-  if (count > kMostItems) {
-    return fmt::format("it has {} entries, and may have at most {}", count, kMostItems);
+  if (count > kMaxItems) {
+    return fmt::format("it has {} entries, and may have at most {}", count, kMaxItems);
   }
-  std::uint64_t left = kLargestContent;
+  std::uint64_t left = kMaxContentSize;
   for (std::size_t item = 0; item < count; ++item) {
     const std::uint64_t size = container.itemInfo(item).size;
     if (size > left) {
-      return fmt::format("it unpacks to more than {}", text::describeBytes(kLargestContent));
+      return fmt::format("it unpacks to more than {}", text::describeBytes(kMaxContentSize));
     }
     left -= size;
   }
@@ -169,7 +169,7 @@ Image readScreenshot(AddonPackage& package) {
   if (name.empty()) return {};
   const opc::model::PartName part(opc::fromUtf8(name));
   if (!model.hasPart(part)) return {};
-  if (model.partInfo(model.getPart(part)->id()).size > kLargestImage) return {};
+  if (model.partInfo(model.getPart(part)->id()).size > kMaxImageSize) return {};
   const std::vector<unsigned char> bytes = package.getScreenshot();
   const std::string_view type = packaging::imageTypeOf(bytes);
   const auto* const found = std::find_if(kExtensions.begin(), kExtensions.end(),

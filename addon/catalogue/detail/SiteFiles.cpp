@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = 256u << 10;
 /// Larger than any root, index or shard that is read whole.
-constexpr std::uint64_t kLargestText = std::uint64_t{256} << 20;
+constexpr std::uint64_t kMaxTextSize = std::uint64_t{256} << 20;
 
 std::string parentOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -120,7 +120,7 @@ std::optional<std::string> SiteFiles::read(const std::string& path) const {
   std::uint64_t size = 0;
   const FileDescriptor file = openFile(path, size);
   if (!file) return std::nullopt;
-  if (size > kLargestText) throw BrokenSite(onDisk(path), "it is too large");
+  if (size > kMaxTextSize) throw BrokenSite(onDisk(path), "it is too large");
   std::string text(static_cast<std::size_t>(size), '\0');
   text.resize(readInto(file.get(), path, text.data(), text.size()));
   return text;
@@ -130,7 +130,7 @@ opc::ByteBuffer SiteFiles::readFollower(const std::string& path) const {
   opc::ByteBuffer text;
   std::uint64_t size = 0;
   const FileDescriptor file = openFile(path, size);
-  if (!file || size > kLargestText) return text;
+  if (!file || size > kMaxTextSize) return text;
   text.resizeForOverwrite(static_cast<std::size_t>(size));
   opc::announceWriting(text.data(), text.size());
   const auto start = reinterpret_cast<char*>(text.data());

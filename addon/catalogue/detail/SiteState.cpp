@@ -8,7 +8,7 @@ namespace addon::catalogue::detail {
 namespace {
 
 /// Bytes of shards that are kept.
-constexpr std::uint64_t kMostKept = std::uint64_t{32} << 20;
+constexpr std::uint64_t kMaxKept = std::uint64_t{32} << 20;
 
 }  // namespace
 
@@ -43,7 +43,7 @@ const Shard& SiteState::shard(const std::string& name) const {
   const auto found = index_.shards.find(name);
   if (found == index_.shards.end()) return kEmpty;
   const FileReference& file = found->second.file;
-  if (read_ + file.size > kMostKept) {
+  if (read_ + file.size > kMaxKept) {
     shards_.clear();
     read_ = 0;
   }

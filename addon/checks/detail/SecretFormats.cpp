@@ -236,11 +236,11 @@ std::size_t matchPrivateKey(std::string_view text, std::size_t at, bool needsKey
   constexpr std::string_view kKey = "PRIVATE KEY";
   constexpr std::string_view kDashes = "-----";
   constexpr std::string_view kBlock = " BLOCK";
-  constexpr std::size_t kLongestKind = 32;   // "RSA ", "ENCRYPTED "
-  constexpr std::size_t kLeastOfKey = 40;    // base64 in one line
-  constexpr std::size_t kLongestHead = 512;  // "Proc-Type: ..."
+  constexpr std::size_t kMaxKindLength = 32;   // "RSA ", "ENCRYPTED "
+  constexpr std::size_t kMinKeyLength = 40;    // base64 in one line
+  constexpr std::size_t kMaxHeadLength = 512;  // "Proc-Type: ..."
   std::string_view rest = text.substr(at + kKeyBegin.size());
-  const std::size_t kind = rest.substr(0, kLongestKind + kKey.size()).find(kKey);
+  const std::size_t kind = rest.substr(0, kMaxKindLength + kKey.size()).find(kKey);
   if (kind == rest.npos || rest.substr(0, kind).find_first_of("-\r\n") != rest.npos) return 0;
   rest.remove_prefix(kind + kKey.size());
   if (rest.starts_with(kBlock)) rest.remove_prefix(kBlock.size());
@@ -248,10 +248,10 @@ std::size_t matchPrivateKey(std::string_view text, std::size_t at, bool needsKey
   rest.remove_prefix(kDashes.size());
   const std::size_t length = text.size() - at - rest.size();
   if (!needsKey) return length;
-  rest = rest.substr(0, std::min(rest.find(kDashes), kLongestHead));
+  rest = rest.substr(0, std::min(rest.find(kDashes), kMaxHeadLength));
   for (std::size_t i = 0; i < rest.size();) {
     const std::size_t count = countIn('b', rest.substr(i), rest.size());
-    if (count >= kLeastOfKey && isRandom('a', rest.substr(i, count))) return length;
+    if (count >= kMinKeyLength && isRandom('a', rest.substr(i, count))) return length;
     i += count + 1;
   }
   return 0;

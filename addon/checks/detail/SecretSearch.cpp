@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr std::size_t kProbe = 8192;  // a text has no NUL in these first bytes
-constexpr std::size_t kMost = 100;    // secrets of a file
+constexpr std::size_t kMaxSecrets = 100;    // secrets of a file
 
 /// By its first bytes, UTF-16.
 bool isWide(std::string_view text) {
@@ -92,7 +92,7 @@ class Search {
   Search(std::string& text, SecretFile kind) : text_(text), kind_(kind) {}
 
   const std::vector<Secret>& found() const { return found_; }
-  bool isFull() const { return found_.size() >= kMost; }
+  bool isFull() const { return found_.size() >= kMaxSecrets; }
 
   /// Searches the text but for what needs the next block, which the last one does not have.
   void run(bool isLast) {

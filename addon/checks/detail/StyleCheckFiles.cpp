@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::uint64_t kLargeSize = 10u << 20;  // bytes
 
-constexpr std::size_t kLongestName = 255;  // bytes, on all common file systems
+constexpr std::size_t kMaxNameLength = 255;  // bytes, on all common file systems
 
 // Devices on Windows, with any extension.
 constexpr std::array<std::string_view, 28> kDevices{
@@ -129,7 +129,7 @@ class FileCheck {
 }  // namespace
 
 std::string_view findPortabilityFault(std::string_view name) {
-  if (name.size() > kLongestName) return "it is longer than 255 bytes";
+  if (name.size() > kMaxNameLength) return "it is longer than 255 bytes";
   if (name.find_first_of("<>:\"|?*\\") != std::string_view::npos) {
     return "it contains one of the characters < > : \" | ? * \\";
   }

@@ -15,8 +15,8 @@ using opc::isAsciiLetterOrDigit;
 
 namespace {
 
-constexpr std::size_t kLongestMail = 254;
-constexpr std::size_t kLongestLink = 2000;
+constexpr std::size_t kMaxMailLength = 254;
+constexpr std::size_t kMaxLinkLength = 2000;
 
 /// Labels of letters, digits and hyphens with single dots between them.
 bool isHostName(std::string_view name) {
@@ -29,7 +29,7 @@ bool isHostName(std::string_view name) {
 
 bool isMail(std::string_view text) {
   const std::size_t at = text.find('@');
-  if (at == std::string_view::npos || text.size() > kLongestMail) return false;
+  if (at == std::string_view::npos || text.size() > kMaxMailLength) return false;
   const std::string_view user = text.substr(0, at);
   const std::string_view host = text.substr(at + 1);
   const auto isOfUser = [](char c) {
@@ -49,7 +49,7 @@ bool isPort(std::string_view text) {
 bool isWeb(std::string_view text) {
   const std::size_t scheme = text.starts_with("https://") ? 8 : 7;
   if (scheme == 7 && !text.starts_with("http://")) return false;
-  if (text.size() > kLongestLink) return false;
+  if (text.size() > kMaxLinkLength) return false;
   text.remove_prefix(scheme);
   const std::size_t end = std::min(text.find_first_of("/?#"), text.size());
   const std::string_view authority = text.substr(0, end);

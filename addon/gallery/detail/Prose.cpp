@@ -21,7 +21,7 @@ constexpr std::array<HtmlName, 6> kHeadings{"h1", "h2", "h3", "h4", "h5", "h6"};
 constexpr std::size_t kDeepest = 40;
 // Reading a text may take time proportional to the square of its length: allow for one text of
 // 128 KiB, or for many small ones.
-constexpr std::uint64_t kMostWork = std::uint64_t{128 << 10} * (128 << 10);
+constexpr std::uint64_t kMaxWork = std::uint64_t{128 << 10} * (128 << 10);
 
 std::string_view urlOf(cmark_node* linkOrImage) {
   const char* const url = cmark_node_get_url(linkOrImage);
@@ -65,7 +65,7 @@ bool isInTightList(cmark_node* paragraph) {
 
 bool Prose::isAffordable(std::string_view text) {
   const std::uint64_t work = std::uint64_t{text.size()} * text.size();
-  if (text.size() >= kMostWork || work > kMostWork - work_) return false;
+  if (text.size() >= kMaxWork || work > kMaxWork - work_) return false;
   work_ += work;
   return true;
 }

@@ -97,18 +97,18 @@ void insertBySize(std::vector<Piece>& pieces, Piece piece) {
 
 /// Merges the smallest groups into one if there are too many.
 void joinSmallGroups(std::vector<TreemapGroup>& groups) {
-  if (groups.size() <= kMostGroups) return;
+  if (groups.size() <= kMaxGroups) return;
   TreemapGroup others;
   others.kind = TreemapGroup::Kind::Others;
-  for (std::size_t i = kMostGroups - 1; i < groups.size(); ++i) {
+  for (std::size_t i = kMaxGroups - 1; i < groups.size(); ++i) {
     others.size += groups[i].size;
     others.files += groups[i].files;
     const bool isFolder = groups[i].kind == TreemapGroup::Kind::Folder;
     others.folders += isFolder ? 1 : 0;
     others.hasTopFiles = others.hasTopFiles || !isFolder;
   }
-  others.color = kMostGroups - 1;
-  groups.resize(kMostGroups - 1);
+  others.color = kMaxGroups - 1;
+  groups.resize(kMaxGroups - 1);
   insertBySize(groups, std::move(others));
 }
 
@@ -124,7 +124,7 @@ std::vector<NodeId> largestOf(const PageFiles& files) {
     const std::uint64_t sizeOfB = files.totals(b).size;
     return sizeOfA == sizeOfB ? tree.path(a) < tree.path(b) : sizeOfA > sizeOfB;
   };
-  const std::size_t count = std::min(kMostFiles, largest.size());
+  const std::size_t count = std::min(kMaxFiles, largest.size());
   std::partial_sort(largest.begin(), largest.begin() + static_cast<std::ptrdiff_t>(count),
                     largest.end(), isBefore);
   largest.resize(count);

@@ -39,19 +39,19 @@ struct TreemapGroup {
   std::uint64_t files = 0;
   std::uint64_t folders = 0;       ///< of Others
   bool hasTopFiles = false;        ///< of Others
-  std::size_t color = 0;           ///< less than kMostGroups, different in each group
+  std::size_t color = 0;           ///< less than kMaxGroups, different in each group
   std::vector<TreemapCell> cells;  ///< in descending order of size
 };
 
 /// The title on the page, such as "filters/".
 std::string titleOf(const TreemapGroup& group);
 
-/// Groups files in descending order of size, into at most kMostGroups groups, with at most
-/// kMostFiles cells and one more in each group for the other files. Empty files are counted but
+/// Groups files in descending order of size, into at most kMaxGroups groups, with at most
+/// kMaxFiles cells and one more in each group for the other files. Empty files are counted but
 /// have no cell. There must be a file or a folder.
 std::vector<TreemapGroup> groupBySize(const PageFiles& files);
 
-inline constexpr std::size_t kMostGroups = 10;
-inline constexpr std::size_t kMostFiles = 160;
+inline constexpr std::size_t kMaxGroups = 10;
+inline constexpr std::size_t kMaxFiles = 160;
 
 }  // namespace addon::gallery::detail

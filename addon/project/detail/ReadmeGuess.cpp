@@ -12,9 +12,9 @@ namespace addon::project::detail {
 
 namespace {
 
-constexpr std::size_t kLongestReadme = 64 << 10;  // bytes looked at
-constexpr std::size_t kLongestSummary = 200;
-constexpr std::size_t kLongestTitle = 100;
+constexpr std::size_t kMaxReadmeSize = 64 << 10;  // bytes looked at
+constexpr std::size_t kMaxSummaryLength = 200;
+constexpr std::size_t kMaxTitleLength = 100;
 
 bool hasWord(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char c) {
@@ -58,10 +58,10 @@ std::string firstSentence(const std::string& text) {
 }
 
 std::string cut(const std::string& text) {
-  if (text.size() <= kLongestSummary) return text;
-  const std::size_t word = text.rfind(' ', kLongestSummary);
+  if (text.size() <= kMaxSummaryLength) return text;
+  const std::size_t word = text.rfind(' ', kMaxSummaryLength);
   const bool hasWords = word != text.npos;
-  return std::string(hasWords ? text.substr(0, word) : opc::clipUtf8(text, kLongestSummary)) +
+  return std::string(hasWords ? text.substr(0, word) : opc::clipUtf8(text, kMaxSummaryLength)) +
          " ...";
 }
 
@@ -159,7 +159,7 @@ std::string textOf(const Block& block) {
 }  // namespace
 
 ReadmeFacts readmeFacts(std::string_view readme) {
-  const text::Markdown markdown(opc::clipUtf8(withoutSettings(readme), kLongestReadme));
+  const text::Markdown markdown(opc::clipUtf8(withoutSettings(readme), kMaxReadmeSize));
   if (markdown.root() == nullptr) return {};
   ReadmeFacts facts;
   std::string heading;
@@ -175,7 +175,7 @@ ReadmeFacts readmeFacts(std::string_view readme) {
     if (heading.empty()) heading = text;
   }
   if (facts.summary.empty()) facts.summary = cut(heading);
-  if (facts.title.size() > kLongestTitle) facts.title.clear();
+  if (facts.title.size() > kMaxTitleLength) facts.title.clear();
   return facts;
 }
 

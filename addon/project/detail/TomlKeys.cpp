@@ -8,7 +8,7 @@ namespace addon::project::detail {
 
 namespace {
 
-constexpr std::size_t kMostDots = 15;
+constexpr std::size_t kMaxDots = 15;
 
 /// The position after the character or escape at `at`.
 std::size_t afterCharacter(std::string_view text, std::size_t at, char quote) {
@@ -54,7 +54,7 @@ std::size_t findLongKey(std::string_view text) {
       continue;
     }
     if (kEnds.find(c) != kEnds.npos) dots = 0;
-    if (c == '.' && ++dots > kMostDots) return at;
+    if (c == '.' && ++dots > kMaxDots) return at;
     ++at;
   }
   return std::string_view::npos;

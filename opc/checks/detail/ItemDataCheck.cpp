@@ -78,12 +78,12 @@ class ItemDataCheck {
 
   // Declared sizes can be anything, so their sum is bounded.
   void expect(std::span<const std::uint32_t> entries) {
-    constexpr std::uint64_t kMost = std::uint64_t{1} << 62;
+    constexpr std::uint64_t kMaxTotal = std::uint64_t{1} << 62;
     for (const std::uint32_t entry : entries) {
       done_.itemsTotal += countOf(entry);
       if (states_[entry].isDamaged) continue;
       const std::uint64_t size = directory_.entries()[entry].size;
-      done_.bytesTotal += std::min(size, kMost - done_.bytesTotal);
+      done_.bytesTotal += std::min(size, kMaxTotal - done_.bytesTotal);
     }
   }
 
@@ -146,7 +146,7 @@ class ItemDataCheck {
   }
 
   void reach(std::uint64_t end, bool isExact) {
-    constexpr std::uint64_t kUnseen = zippackage::kMostUnseen;
+    constexpr std::uint64_t kUnseen = zippackage::kMaxUnseen;
     if (!isExact) mayReach_ = std::max(mayReach_, end + std::min(kUnseen, UINT64_MAX - end));
     reached_ = std::max(reached_, end);
   }

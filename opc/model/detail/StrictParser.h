@@ -68,22 +68,22 @@ class KeptParsers {
   }
 
  private:
-  static constexpr std::size_t kMost = 8;
+  static constexpr std::size_t kMaxParsers = 8;
 
-  std::array<std::atomic<Parser*>, kMost> places_{};
+  std::array<std::atomic<Parser*>, kMaxParsers> places_{};
 };
 
 /// Parses `text` with `parse(parser)`, which may throw, and may parse other documents meanwhile.
 template <typename Parser, typename Parse>
 void withKeptParser(const XmlText& text, const Parse& parse) {
-  constexpr std::size_t kLongest = 65536;  // bytes; the buffers of a parser grow and stay
+  constexpr std::size_t kMaxLength = 65536;  // bytes; the buffers of a parser grow and stay
   // Not of a thread: to note that such a variable is to be destroyed takes memory, without which
   // the process would end. Never destroyed, as Xerces-C is never stopped.
   static auto& kept = *new KeptParsers<Parser>;
   std::unique_ptr<Parser> parser = kept.take();
   if (parser == nullptr) parser = std::make_unique<Parser>();
   parse(*parser);
-  if (text.utf8().size() <= kLongest) kept.give(std::move(parser));
+  if (text.utf8().size() <= kMaxLength) kept.give(std::move(parser));
 }
 
 /// A parser of Xerces-C, a DOM or a SAX parser, that reads XML 1.0 without document type. All that

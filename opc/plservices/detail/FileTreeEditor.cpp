@@ -23,10 +23,10 @@ class TableSource final : public interfaces::IContentSource {
 
   std::unique_ptr<InputStream> getInputStream() override {
     const std::uint64_t nodes = tree_->tableNodes();
-    if (nodes > kMostTableNodes) {
+    if (nodes > kMaxTableNodes) {
       throw Exception(ErrorCode::TooLarge,
                       "cannot write the table of the file tree: it makes " + std::to_string(nodes) +
-                          " files and folders, more than " + std::to_string(kMostTableNodes));
+                          " files and folders, more than " + std::to_string(kMaxTableNodes));
     }
     TextOutputStream stream;
     tree_->table().write(stream);

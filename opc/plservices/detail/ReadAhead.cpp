@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t kBatchBlocks = 64;
 constexpr std::size_t kBatchSize = std::size_t{512} << 10;
 // What may wait for being written.
-constexpr std::size_t kMostAhead = std::size_t{8} << 20;
+constexpr std::size_t kMaxAhead = std::size_t{8} << 20;
 
 }  // namespace
 
@@ -99,7 +99,7 @@ bool ReadAhead::add(Batch& batch) {
 // Whether more is wanted.
 bool ReadAhead::hand(Batch batch) {
   std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return ahead_ < kMostAhead || isStopped_; });
+  changed_.wait(lock, [this] { return ahead_ < kMaxAhead || isStopped_; });
   ahead_ += batch.data.size();
   batches_.push_back(std::move(batch));
   changed_.notify_all();

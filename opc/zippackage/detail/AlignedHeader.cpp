@@ -12,20 +12,20 @@ namespace {
 
 constexpr std::uint16_t kHintId = 0xA220;
 constexpr std::uint16_t kHintSignature = 0xA028;
-constexpr std::size_t kLeastHint = ExtraFieldWalk::kHeaderSize + 4;
+constexpr std::size_t kMinHintSize = ExtraFieldWalk::kHeaderSize + 4;
 
 void append(std::vector<unsigned char>& to, Bytes from) {
   to.insert(to.end(), from.begin(), from.end());
 }
 
 void appendHint(std::vector<unsigned char>& to, std::size_t size) {
-  std::array<unsigned char, kLeastHint> hint{};
+  std::array<unsigned char, kMinHintSize> hint{};
   store16(hint.data(), kHintId);
   store16(hint.data() + 2, static_cast<std::uint16_t>(size - ExtraFieldWalk::kHeaderSize));
   store16(hint.data() + 4, kHintSignature);
-  store16(hint.data() + 6, static_cast<std::uint16_t>(size - kLeastHint));
+  store16(hint.data() + 6, static_cast<std::uint16_t>(size - kMinHintSize));
   append(to, hint);
-  to.resize(to.size() + size - kLeastHint);
+  to.resize(to.size() + size - kMinHintSize);
 }
 
 }  // namespace
@@ -55,7 +55,7 @@ std::optional<AlignedHeader> alignHeader(const PackageFile& file, std::uint64_t 
   }
   const std::uint64_t dataAt = to + header.bytes.size();
   std::size_t hint = (from + header.oldSize - dataAt) % OutputFile::kBlock;
-  if (hint > 0 && hint < kLeastHint) hint += OutputFile::kBlock;
+  if (hint > 0 && hint < kMinHintSize) hint += OutputFile::kBlock;
   if (hint > 0) appendHint(header.bytes, hint);
   const std::size_t extraLength = header.bytes.size() - extraAt;
   if (extraLength > 0xFFFF) return std::nullopt;

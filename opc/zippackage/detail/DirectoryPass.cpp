@@ -320,7 +320,7 @@ void DirectoryPass::checkPlaces() {
   if (farthest_ == kNoEntry) return;
   const std::uint64_t gap =
       directory_.location_.offset - std::min(reached_, directory_.location_.offset);
-  if (gap > kMostUnseen) note(ZipFaultKind::UnusedBytes, reached_, gap);
+  if (gap > kMaxUnseen) note(ZipFaultKind::UnusedBytes, reached_, gap);
 }
 
 // Whether an item lies right after those before it, and ends before the directory.
@@ -328,7 +328,7 @@ bool DirectoryPass::followsClosely(const ZipEntry& entry) {
   const std::uint64_t limit = directory_.location_.offset;
   const std::uint64_t start = entry.headerOffset;
   const bool isBehind = farthest_ != kNoEntry && start >= reached_ &&
-                        start - reached_ <= kMostUnseen && start <= limit;
+                        start - reached_ <= kMaxUnseen && start <= limit;
   const std::uint64_t head = LocalHeader::kSize + std::uint64_t{entry.nameLength};
   const std::uint64_t room = isBehind ? limit - start : 0;
   if (room < head || room - head < entry.packedSize) return false;
@@ -347,7 +347,7 @@ void DirectoryPass::checkPlace(std::uint32_t entry, std::uint64_t end) {
   }
   if (farthest_ != kNoEntry && reached_ > start) {
     noteFor(entry, ZipFaultKind::Overlap, farthest_, 0);
-  } else if (farthest_ != kNoEntry && start - reached_ > kMostUnseen) {
+  } else if (farthest_ != kNoEntry && start - reached_ > kMaxUnseen) {
     noteFor(kNoEntry, ZipFaultKind::UnusedBytes, reached_, start - reached_);
   }
   if (farthest_ != kNoEntry && end <= reached_) return;

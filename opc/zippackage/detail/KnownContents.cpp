@@ -55,7 +55,7 @@ std::optional<KnownContents::Match> KnownContents::match(std::size_t job, int le
     if (first > job) return std::nullopt;
     return Match{*number, first == job};
   }
-  if (known_.size() == kMost) return std::nullopt;
+  if (known_.size() == kMaxContents) return std::nullopt;
   const auto number = static_cast<std::uint32_t>(known_.size());
   known_.push_back({hash, size, static_cast<std::uint32_t>(job), level});
   index_.insert(hash[0], number);

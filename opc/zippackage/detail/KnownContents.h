@@ -23,7 +23,7 @@ struct PackJob {
 /// first million contents whose sizes repeat, in at most 100 bytes each.
 class KnownContents {
  public:
-  static constexpr std::size_t kMost = std::size_t{1} << 20;
+  static constexpr std::size_t kMaxContents = std::size_t{1} << 20;
 
   /// The number of a content, and whether it got that number from this job.
   struct Match {

@@ -20,7 +20,7 @@ bool NameChains::addToOther(std::uint32_t entry, std::string_view name) {
   const auto chain = std::find_if(chains_.begin(), chains_.end(), [name](const Chain& other) {
     return isBefore(other.last, name);
   });
-  if (chain == chains_.end() && chains_.size() == kMostChains) return false;
+  if (chain == chains_.end() && chains_.size() == kMaxChains) return false;
   current_ = static_cast<std::size_t>(chain - chains_.begin());
   if (chain == chains_.end()) chains_.emplace_back();
   chains_[current_].last = name;

@@ -44,7 +44,7 @@ class NameChains {
 
     std::size_t size() const;
   };
-  static constexpr std::size_t kMostChains = 8;
+  static constexpr std::size_t kMaxChains = 8;
   static constexpr std::size_t kFewOutside = 64;
 
   // A slash comes first, as where folders are walked through in the order of their names.

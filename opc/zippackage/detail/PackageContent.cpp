@@ -232,7 +232,7 @@ std::uint64_t PackageContent::endOf(std::size_t positionInOrder) {
   const bool isLast = positionInOrder + 1 == order.size();
   if (!isLast && !removed_[order[positionInOrder + 1]]) {
     const std::uint64_t next = directory.entries()[order[positionInOrder + 1]].headerOffset;
-    if (next - directory.entries()[entry].leastEnd() <= kMostUnseen) return next;
+    if (next - directory.entries()[entry].leastEnd() <= kMaxUnseen) return next;
   }
   return exactEndOf(entry);
 }
@@ -249,7 +249,7 @@ void PackageContent::requireWhole(const Run& run) {
   const auto order = old_->directory.physicalOrder();
   const auto entries = old_->directory.entries();
   std::size_t at = run.last;
-  while (at > run.first && entries[order[at - 1]].leastEnd() + kMostUnseen > run.end) --at;
+  while (at > run.first && entries[order[at - 1]].leastEnd() + kMaxUnseen > run.end) --at;
   for (; at < run.last; ++at) {
     exactEndOf(order[at]);
   }

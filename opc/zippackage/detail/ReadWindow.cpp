@@ -9,8 +9,8 @@
 namespace opc::zippackage::detail {
 namespace {
 
-constexpr std::size_t kLeast = std::size_t{8} << 10;
-constexpr std::size_t kMost = std::size_t{1} << 20;
+constexpr std::size_t kMinSize = std::size_t{8} << 10;
+constexpr std::size_t kMaxSize = std::size_t{1} << 20;
 
 }  // namespace
 
@@ -35,8 +35,8 @@ Bytes ReadWindow::at(std::uint64_t offset, std::size_t size) {
 // A read is sequential if it begins in the buffer or soon after it.
 std::size_t ReadWindow::nextReadAhead(std::uint64_t offset) {
   const std::uint64_t end = start_ + bytes_.size();
-  const bool isInARow = offset >= start_ && offset <= end + kLeast && bytes_.size() > 0;
-  return isInARow ? std::min(readAhead_ * 4, kMost) : kLeast;
+  const bool isInARow = offset >= start_ && offset <= end + kMinSize && bytes_.size() > 0;
+  return isInARow ? std::min(readAhead_ * 4, kMaxSize) : kMinSize;
 }
 
 }  // namespace opc::zippackage::detail

@@ -14,7 +14,7 @@ namespace opc::zippackage::detail {
 namespace {
 
 // It is held for a few system calls.
-constexpr std::chrono::seconds kLongestWait{10};
+constexpr std::chrono::seconds kMaxWait{10};
 
 }  // namespace
 
@@ -41,11 +41,11 @@ void ZipCommit::run(bool replaceExisting, const std::function<void(OutputFile&)>
 // Nobody who uses this class replaces the file between a look at it and the rename.
 LockFile ZipCommit::lockPlace() const {
   LockFile lock;
-  lock.take(target_.path(), LockFile::Kind::Commit, kLongestWait, {});
+  lock.take(target_.path(), LockFile::Kind::Commit, kMaxWait, {});
   switch (lock.state()) {
     case LockFile::State::Busy:
       throw Exception(ErrorCode::FileSystem, "another program has been replacing it for " +
-                                                 std::to_string(kLongestWait.count()) + " seconds");
+                                                 std::to_string(kMaxWait.count()) + " seconds");
     case LockFile::State::Inaccessible:
       throw SystemError("cannot open lock file '" + lock.path() + "'", lock.number());
     case LockFile::State::CannotCreate:

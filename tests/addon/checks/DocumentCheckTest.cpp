@@ -336,7 +336,7 @@ TEST(DocumentCheck, EveryUnknownElementOfAHugeDocumentIsCounted) {
   const auto report = addon.check();
 
   EXPECT_EQ(report.count(304), 100'000u);
-  EXPECT_EQ(report.findings().back().line, opc::checks::Report::kMostKept + 1);
+  EXPECT_EQ(report.findings().back().line, opc::checks::Report::kMaxKept + 1);
 }
 
 TEST(DocumentCheck, TheFileTreeIsAlsoFoundByItsName) {

@@ -14,8 +14,8 @@ namespace {
 
 using addon::gallery::detail::Box;
 using addon::gallery::detail::groupBySize;
-using addon::gallery::detail::kMostFiles;
-using addon::gallery::detail::kMostGroups;
+using addon::gallery::detail::kMaxFiles;
+using addon::gallery::detail::kMaxGroups;
 using addon::gallery::detail::squarify;
 using addon::gallery::detail::TreemapGroup;
 
@@ -146,11 +146,11 @@ TEST(GroupBySize, MergesSmallFilesIfThereAreMany) {
                                [](const auto& a, const auto& b) { return a.size < b.size; }));
   }
   std::sort(colors.begin(), colors.end());
-  EXPECT_EQ(groups.size(), kMostGroups);
+  EXPECT_EQ(groups.size(), kMaxGroups);
   EXPECT_EQ(std::unique(colors.begin(), colors.end()), colors.end());
   EXPECT_EQ(groups[0].kind, TreemapGroup::Kind::Others);
   EXPECT_EQ(titleOf(groups[0]), "41 other folders");
-  EXPECT_LE(cells, kMostFiles + kMostGroups);
+  EXPECT_LE(cells, kMaxFiles + kMaxGroups);
   EXPECT_EQ(count, 5000u);
   EXPECT_EQ(sizeOf(groups), total);
 }

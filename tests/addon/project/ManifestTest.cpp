@@ -27,7 +27,7 @@ using addon::project::Position;
 using addon::project::readManifest;
 using addon::project::Texts;
 
-const std::string kLeast = "[package]\nname = \"Wave\"\nversion = \"1.0\"\n";
+const std::string kMinimal = "[package]\nname = \"Wave\"\nversion = \"1.0\"\n";
 
 /// What is said about a manifest; "" when it is read.
 std::string faultOf(const std::string& text) {
@@ -49,7 +49,7 @@ using Strings = std::vector<std::string>;
 
 struct Fault {
   const char* name;
-  const char* text;      // follows kLeast, from line 4 on, unless it begins with [package]
+  const char* text;      // follows kMinimal, from line 4 on, unless it begins with [package]
   const char* expected;  // after "bad manifest 'kraddon.toml:"
 };
 
@@ -59,7 +59,7 @@ TEST_P(ManifestFaults, AreNamedWithTheirPlace) {
   const std::string text = GetParam().text;
   const bool isWhole = text.starts_with("[pack") || text.starts_with("package");
 
-  const std::string fault = faultOf(isWhole ? text : kLeast + text);
+  const std::string fault = faultOf(isWhole ? text : kMinimal + text);
 
   EXPECT_EQ(fault, std::string("bad manifest 'kraddon.toml:") + GetParam().expected);
 }
@@ -278,7 +278,7 @@ std::string tableWithout(const std::string& key, const std::string& table) {
 
 /// A manifest that is whole, and gives `value` to a key such as "category[].example[].main".
 std::string manifestWith(const std::string& key, const std::string& value) {
-  std::string text = key.starts_with("package.") ? "" : kLeast;
+  std::string text = key.starts_with("package.") ? "" : kMinimal;
   for (std::size_t dot = key.find('.'); dot != key.npos; dot = key.find('.', dot + 1)) {
     const std::string table = key.substr(0, dot);
     const bool isLast = key.find('.', dot + 1) == key.npos;
@@ -299,7 +299,7 @@ TEST(Manifest, EveryKeyRefusesAValueOfAnotherType) {
 }
 
 TEST(Manifest, WithOnlyTheRequiredKeysTheOthersHaveDefaults) {
-  const Manifest manifest = readManifest(kLeast);
+  const Manifest manifest = readManifest(kMinimal);
 
   EXPECT_EQ(manifest.get<AddonProperties>().name, u"Wave");
   EXPECT_EQ(manifest.get<AddonProperties>().type, u"Korvan Toolbox");
@@ -316,7 +316,7 @@ TEST(Manifest, WithOnlyTheRequiredKeysTheOthersHaveDefaults) {
 }
 
 TEST(Manifest, KnowsThePositionOfEachValue) {
-  const Manifest manifest = readManifest(kLeast + "[files]\nexclude = [\"a\",\n  \"b\"]\n");
+  const Manifest manifest = readManifest(kMinimal + "[files]\nexclude = [\"a\",\n  \"b\"]\n");
 
   EXPECT_EQ(manifest.positionOf("package.version"), (Position{3, 11}));
   EXPECT_EQ(manifest.files.position, (Position{4, 1}));
@@ -325,7 +325,7 @@ TEST(Manifest, KnowsThePositionOfEachValue) {
 
 TEST(Manifest, KeepsTheOrderOfRecords) {
   const Manifest manifest = readManifest(
-      kLeast +
+      kMinimal +
       "[[revision]]\nversion = \"2\"\ndate = 2026-02-01\n[[revision]]\nversion = \"10\"\n"
       "[[revision]]\nversion = \"1\"\ndate = \"May\"\n");
 
@@ -338,13 +338,13 @@ TEST(Manifest, KeepsTheOrderOfRecords) {
 
 TEST(Manifest, ReadsTabsLineEndsAndAByteOrderMark) {
   const Manifest manifest =
-      readManifest("\xEF\xBB\xBF" + kLeast + "[license]\ntext = \"a\\tb\\r\\nc\"\n");
+      readManifest("\xEF\xBB\xBF" + kMinimal + "[license]\ntext = \"a\\tb\\r\\nc\"\n");
 
   EXPECT_EQ(manifest.get<AddonLicense>().text, u"a\tb\r\nc");
 }
 
 TEST(Manifest, ManyWrongValuesTakeNoLongerThanOne) {
-  std::string text = kLeast + "[files]\nexclude = [";
+  std::string text = kMinimal + "[files]\nexclude = [";
   for (int i = 0; i < 200000; ++i) text += "1,\n";
 
   EXPECT_EQ(faultOf(text + "]\n"),
@@ -377,7 +377,7 @@ TEST(Manifest, ATextMayContainManyDots) {
   for (const std::string& text :
        {"\"" + dots + "\"", "'" + dots + "'", "\"\\\"" + dots + "\" # " + dots,
         "\"\"\"\n\\\"\"\"" + dots + "\"\"\"\"\"", "'''\n''" + dots + "'''''"}) {
-    EXPECT_EQ(faultOf(kLeast + "summary = " + text + "\n" + "# " + dots), "");
+    EXPECT_EQ(faultOf(kMinimal + "summary = " + text + "\n" + "# " + dots), "");
   }
 }
 
@@ -385,7 +385,7 @@ TEST(Manifest, AnUnclosedTextWithManyDotsIsASyntaxError) {
   const std::string dots = dotted("a", 1000);
   for (const std::string quote : {"\"", "'", "\"\"\"", "'''"}) {
     for (const char* end : {"", "\n", "\\"}) {
-      const std::string fault = faultOf(kLeast + "summary = " + quote + dots + end);
+      const std::string fault = faultOf(kMinimal + "summary = " + quote + dots + end);
       EXPECT_NE(fault.find("': the string is not closed"), std::string::npos)
           << quote << end << fault;
     }

@@ -23,7 +23,7 @@ using test::relationshipXml;
 
 namespace {
 
-constexpr std::size_t kLongest = XercesHelper::kMaxAttributeLength;
+constexpr std::size_t kMaxLength = XercesHelper::kMaxAttributeLength;
 
 std::u16string letters(std::size_t count) {
   return std::u16string(count, u'a');
@@ -49,8 +49,8 @@ std::u16string numbered(std::u16string_view start, std::size_t number) {
 TEST(PackageLimits, RelationshipsWithAValueThatIsNotReadBackAreRefused) {
   MemoryPackage memory;
   memory.package.open(OpenMode::Create);
-  const std::u16string tooLong = letters(kLongest + 1);
-  const std::u16string wide(kLongest / 2 + 1, u'\u00E9');
+  const std::u16string tooLong = letters(kMaxLength + 1);
+  const std::u16string wide(kMaxLength / 2 + 1, u'\u00E9');
 
   const Fault faults[] = {
       faultOf([&] { memory.package.createExternalRelationship(u"urn:t", URI(tooLong), u""); }),
@@ -63,7 +63,7 @@ TEST(PackageLimits, RelationshipsWithAValueThatIsNotReadBackAreRefused) {
       faultOf(
           [&] { memory.package.createInternalRelationship(u"urn:t", URI(u"/a#" + tooLong), u""); }),
       faultOf([&] {
-        const std::u16string half = letters(kLongest / 2);
+        const std::u16string half = letters(kMaxLength / 2);
         memory.package.createInternalRelationship(u"urn:t", URI(u"/" + half + u"#" + half), u"");
       }),
   };
@@ -82,18 +82,18 @@ TEST(PackageLimits, RelationshipsWithAValueThatIsNotReadBackAreRefused) {
 TEST(PackageLimits, TheLongestValuesAreReadBack) {
   MemoryPackage memory;
   memory.package.open(OpenMode::Create);
-  const std::u16string escaped(kLongest, u'&');
-  memory.package.createExternalRelationship(u"urn:t", URI(escaped), letters(kLongest));
-  memory.package.createExternalRelationship(letters(kLongest), URI(u"x"), u"");
-  memory.package.createInternalRelationship(u"urn:t", URI(u"/a#" + letters(kLongest - 3)), u"");
-  createTyped(memory, u"/a", typeOfLength(kLongest));
+  const std::u16string escaped(kMaxLength, u'&');
+  memory.package.createExternalRelationship(u"urn:t", URI(escaped), letters(kMaxLength));
+  memory.package.createExternalRelationship(letters(kMaxLength), URI(u"x"), u"");
+  memory.package.createInternalRelationship(u"urn:t", URI(u"/a#" + letters(kMaxLength - 3)), u"");
+  createTyped(memory, u"/a", typeOfLength(kMaxLength));
 
   memory.package.close(false);
 
   memory.package.open(OpenMode::Read);
   ASSERT_EQ(memory.package.getRelationships().size(), 3u);
   EXPECT_EQ(memory.package.getRelationships()[0].getTargetURI().toString(), escaped);
-  EXPECT_EQ(memory.package.getPart(partName(u"/a"))->getContentType().ascii().size(), kLongest);
+  EXPECT_EQ(memory.package.getPart(partName(u"/a"))->getContentType().ascii().size(), kMaxLength);
 }
 
 TEST(PackageLimits, AContentTypeThatIsNotReadBackIsRefused) {
@@ -101,7 +101,7 @@ TEST(PackageLimits, AContentTypeThatIsNotReadBackIsRefused) {
   memory.with("old.m");
   memory.package.open(OpenMode::Modify);
 
-  const Fault fault = faultOf([&] { createTyped(memory, u"/a.m", typeOfLength(kLongest + 1)); });
+  const Fault fault = faultOf([&] { createTyped(memory, u"/a.m", typeOfLength(kMaxLength + 1)); });
 
   EXPECT_EQ(fault.code, ErrorCode::TooLarge);
   EXPECT_EQ(fault.text,
@@ -114,7 +114,7 @@ TEST(PackageLimits, AContentTypeThatIsNotReadBackIsRefused) {
 TEST(PackageLimits, AContentTypeOfANameThatIsNotReadBackIsRefused) {
   MemoryPackage memory;
   memory.package.open(OpenMode::Create);
-  const std::u16string longest = u"/" + letters(kLongest - 1);
+  const std::u16string longest = u"/" + letters(kMaxLength - 1);
 
   createTyped(memory, longest, ContentType(u"a/b"));
   const Fault fault = faultOf([&] { createTyped(memory, longest + u"b", ContentType(u"a/b")); });
@@ -130,8 +130,8 @@ TEST(PackageLimits, ARefusedPartLeavesWhatLiesInItsPlace) {
   memory.with("a.unknown").with("_rels/b.m.rels", relationshipsXml(""));
   memory.package.open(OpenMode::Modify);
 
-  faultOf([&] { createTyped(memory, u"/a.unknown", typeOfLength(kLongest + 1)); });
-  faultOf([&] { createTyped(memory, u"/b.m", typeOfLength(kLongest + 1)); });
+  faultOf([&] { createTyped(memory, u"/a.unknown", typeOfLength(kMaxLength + 1)); });
+  faultOf([&] { createTyped(memory, u"/b.m", typeOfLength(kMaxLength + 1)); });
 
   memory.package.close(false);
   EXPECT_TRUE(memory.disk.has("a.unknown"));
@@ -141,7 +141,7 @@ TEST(PackageLimits, ARefusedPartLeavesWhatLiesInItsPlace) {
 TEST(PackageLimits, RelationshipsAreAddedUntilTheirDocumentIsFullAndAreReadBack) {
   MemoryPackage memory;
   memory.package.open(OpenMode::Create);
-  const std::u16string target = letters(kLongest);
+  const std::u16string target = letters(kMaxLength);
   std::size_t count = 0;
   Fault fault;
   while (count < 100 && fault.code != ErrorCode::TooLarge) {
@@ -181,7 +181,7 @@ TEST(PackageLimits, RelationshipsBeyondTheNodesThatAreReadAreRefused) {
 TEST(PackageLimits, ContentTypesAreAddedUntilTheirDocumentIsFullAndAreReadBack) {
   MemoryPackage memory;
   memory.package.open(OpenMode::Create);
-  const ContentType type = typeOfLength(kLongest);
+  const ContentType type = typeOfLength(kMaxLength);
   std::size_t count = 0;
   Fault fault;
   while (count < 100 && fault.code != ErrorCode::TooLarge) {
@@ -205,7 +205,7 @@ TEST(PackageLimits, ContentTypesAreAddedUntilTheirDocumentIsFullAndAreReadBack) 
 TEST(PackageLimits, WhatCouldBeReadAsReferencesCanBeWrittenToo) {
   // Eight bytes of what is read, three of what is written, and three are what counts.
   std::string references;
-  for (std::size_t i = 0; i < kLongest / 3; ++i) references += "&#x4E00;";
+  for (std::size_t i = 0; i < kMaxLength / 3; ++i) references += "&#x4E00;";
   MemoryPackage memory;
   memory.with("a.m").with(
       "_rels/.rels", relationshipsXml(relationshipXml("r", references, "TargetMode=\"External\"")));
@@ -215,12 +215,12 @@ TEST(PackageLimits, WhatCouldBeReadAsReferencesCanBeWrittenToo) {
   memory.package.close(false);
 
   memory.package.open(OpenMode::Read);
-  EXPECT_EQ(memory.package.getRelationship(u"r").getTargetURI().toString().size(), kLongest / 3);
+  EXPECT_EQ(memory.package.getRelationship(u"r").getTargetURI().toString().size(), kMaxLength / 3);
 }
 
 TEST(PackageLimits, ADocumentThatGrowsTooLargeOnlyInWritingFailsTheCommit) {
   // Each of these takes one byte of what is read, and four of what is written.
-  const std::string signs(kLongest / 2, '>');
+  const std::string signs(kMaxLength / 2, '>');
   std::string relationships;
   for (int i = 0; i < 60; ++i) {
     relationships += "<Relationship Id='r" + std::to_string(i) + "' Type='" + signs +

@@ -45,7 +45,7 @@ TEST(ZipFaults, ReportUnsupportedFeaturesWithTheirOwnCode) {
 
 // An item may have so many bytes that do not show in the directory.
 TEST(ZipFaults, IncludeGapsBeyondTheHiddenBytesOfAnItem) {
-  const std::string unseen(kMostUnseen, '\0');
+  const std::string unseen(kMaxUnseen, '\0');
   ZipBuilder between = twoItems();
   between.items[1].before = unseen;
   ZipBuilder behind = twoItems();

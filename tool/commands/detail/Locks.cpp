@@ -16,9 +16,9 @@ namespace {
 process::PackageLock lock(const std::string& path, const process::PackageLock::Subject& subject,
                           const line::Invocation& invocation) {
   constexpr std::int64_t kUsual = 60;
-  constexpr std::int64_t kLongest = 1'000'000;
+  constexpr std::int64_t kMaxTimeout = 1'000'000;
   const std::chrono::seconds limit(
-      invocation.number(kLockTimeoutOption.longName, 0, kLongest).value_or(kUsual));
+      invocation.number(kLockTimeoutOption.longName, 0, kMaxTimeout).value_or(kUsual));
   if (!process::Interrupt::isDeferred()) process::Interrupt::defer();
   return {path, subject, limit, [&] {
             report::printNotice(invocation,

@@ -20,7 +20,7 @@ using addon::checks::PackageVerdict;
 namespace {
 
 // Larger packages take long enough for two threads and a progress line each.
-constexpr ::off_t kMostSmall = ::off_t{1} << 20;
+constexpr ::off_t kMaxSmallSize = ::off_t{1} << 20;
 // Few ahead: each verdict may have many findings.
 constexpr opc::interfaces::BatchLimits kBatches{.jobs = 1, .effort = 1, .batches = 8, .ahead = 8};
 
@@ -48,7 +48,7 @@ PackageVerdict Verdicts::take() {
 bool Verdicts::isLeft(const std::string& path) const {
   struct ::stat status {};
   return request_.paths.size() == 1 ||
-         (::stat(path.c_str(), &status) == 0 && status.st_size > kMostSmall);
+         (::stat(path.c_str(), &status) == 0 && status.st_size > kMaxSmallSize);
 }
 
 Verdicts::Result Verdicts::checkSmall(const std::string& path) const {
