@@ -13,7 +13,7 @@
 
 #include "opc/Exception.h"
 #include "opc/FileIdentity.h"
-#include "opc/FileRights.h"
+#include "opc/FilePermissions.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 
@@ -97,7 +97,7 @@ bool LockFile::create(const std::string& path) {
   }
   if (!isShared) return true;
   try {
-    copyRightsToWrite(path, status, file_.get());
+    copyWritePermissions(path, status, file_.get());
     return true;
   } catch (const SystemError& error) {
     number_ = error.number();

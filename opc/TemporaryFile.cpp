@@ -16,7 +16,7 @@
 
 #include "opc/Exception.h"
 #include "opc/FileIdentity.h"
-#include "opc/FileRights.h"
+#include "opc/FilePermissions.h"
 #include "opc/OpenFolder.h"
 #include "opc/Random.h"
 #include "opc/SystemCall.h"
@@ -185,7 +185,7 @@ bool TemporaryFile::copyToNamed() {
   struct stat status {};
   if (::fstat(nameless.get(), &status) != 0 || !createNamed(0600)) return false;
   try {
-    copyRights(from, status, file_.get());
+    copyPermissions(from, status, file_.get());
   } catch (const SystemError& error) {
     errno = error.number();
     return false;

@@ -15,7 +15,7 @@
 
 #include "opc/FileDescriptor.h"
 #include "opc/FileIdentity.h"
-#include "opc/FileRights.h"
+#include "opc/FilePermissions.h"
 #include "opc/TemporaryFile.h"
 #include "opc/Text.h"
 #include "tool/process/Errors.h"
@@ -42,7 +42,7 @@ class SideFile {
       : name_(std::move(name)) {
     if (!file_.create(AT_FDCWD, target, old == nullptr ? 0666 : 0600)) fail(errno);
     try {
-      if (old != nullptr) opc::copyRights(target, *old, file_.descriptor());
+      if (old != nullptr) opc::copyPermissions(target, *old, file_.descriptor());
     } catch (const opc::SystemError& error) {
       fail(error.number());
     }

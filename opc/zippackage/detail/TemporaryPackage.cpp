@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "opc/Exception.h"
-#include "opc/FileRights.h"
+#include "opc/FilePermissions.h"
 #include "opc/SystemCall.h"
 
 namespace opc::zippackage::detail {
@@ -45,7 +45,7 @@ TemporaryPackage::TemporaryPackage(PackageTarget target) : target_(std::move(tar
     throw SystemError("cannot make a temporary file in '" + target_.folder + "'", errno);
   }
   if (!file_.name().empty()) removeAbandonedFiles(folder_.get(), target_.name);
-  if (old) copyRights(target_.path(), *old, file_.descriptor());
+  if (old) copyPermissions(target_.path(), *old, file_.descriptor());
 }
 
 std::string TemporaryPackage::path() const {

@@ -13,8 +13,8 @@ namespace opc::zippackage::detail {
 /// it was moved into the old one's place.
 class TemporaryPackage {
  public:
-  /// Makes the file. It gets the rights of the file that it is to replace (copyRights); without
-  /// one, those of any new file in the folder. Throws SystemError.
+  /// Makes the file. It gets the permissions of the file that it is to replace (copyPermissions);
+  /// without one, those of any new file in the folder. Throws SystemError.
   explicit TemporaryPackage(PackageTarget target);
 
   int descriptor() const { return file_.descriptor(); }

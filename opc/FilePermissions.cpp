@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "opc/FileRights.h"
+#include "opc/FilePermissions.h"
 
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -187,13 +187,13 @@ void copyAccess(const std::string& path, const struct stat& old, int to, mode_t 
 
 }  // namespace
 
-void copyRights(const std::string& path, const struct stat& old, int to) {
+void copyPermissions(const std::string& path, const struct stat& old, int to) {
   // While it is ours, and may be written to.
   copyUserAttributes(path, to);
   copyAccess(path, old, to, kAllRights);
 }
 
-void copyRightsToWrite(const std::string& path, const struct stat& old, int to) {
+void copyWritePermissions(const std::string& path, const struct stat& old, int to) {
   copyAccess(path, old, to, kRightsToWrite);
 }
 

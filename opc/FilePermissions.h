@@ -12,10 +12,10 @@ namespace opc {
 /// `to` yet. If the process may not change the owner or the group, the permissions are reduced so
 /// that nobody gains access that the old file did not grant. An access control list that `to`
 /// inherited from its folder is removed. Throws SystemError.
-void copyRights(const std::string& path, const struct stat& old, int to);
+void copyPermissions(const std::string& path, const struct stat& old, int to);
 
 /// The same for a file beside the one at `path`, with write permissions only and without
 /// attributes: only users who may write to the file at `path` can open `to`, and only for writing.
-void copyRightsToWrite(const std::string& path, const struct stat& old, int to);
+void copyWritePermissions(const std::string& path, const struct stat& old, int to);
 
 }  // namespace opc
