@@ -7,7 +7,7 @@
 
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Collection.h"
-#include "addon/catalogue/detail/Followers.h"
+#include "addon/catalogue/detail/DerivedFiles.h"
 #include "addon/catalogue/detail/Intake.h"
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/catalogue/detail/Sources.h"
@@ -53,7 +53,7 @@ class SiteUpdate {
   UpdateResult run() {
     readOld();
     if (request_.isRebuilding) lookAtOldPackages();
-    const bool wereComplete = !old_.isNew() && followers_.areOf(old_);
+    const bool wereComplete = !old_.isNew() && derived_.areOf(old_);
     planRemovals();
     planYanks();
     // A rebuild compares with nothing: parts of the old site may be unreadable.
@@ -62,7 +62,7 @@ class SiteUpdate {
                                        std::move(yanked_));
     takePackages();
     commit();
-    finishFollowers(wereComplete && !request_.isRebuilding);
+    finishDerivedFiles(wereComplete && !request_.isRebuilding);
     if (request_.isCollecting && !now_->isNew()) result_.collected = collect(files_, *now_);
     result_.sequence = now_->sequence();
     if (now_->root()) {
@@ -239,7 +239,7 @@ class SiteUpdate {
     result_.isChanged = true;
   }
 
-  void finishFollowers(bool wereComplete) {
+  void finishDerivedFiles(bool wereComplete) {
     if (now_->isNew()) return;
     for (const auto& [name, candidate] : intake_->candidates()) {
       if (!candidate.isPageMissing) continue;
@@ -247,12 +247,12 @@ class SiteUpdate {
       detail::writePage(files_, record, now_->sequence());
     }
     if (!result_.isChanged && wereComplete) return;
-    followers_.write({*now_, old_, changed_, wereComplete});
+    derived_.write({*now_, old_, changed_, wereComplete});
   }
 
   const UpdateRequest& request_;
   SiteFiles files_;
-  detail::Followers followers_{files_, request_.stop, request_.starter};
+  detail::DerivedFiles derived_{files_, request_.stop, request_.starter};
   SiteState old_{files_};
   const SiteState none_{files_};
   std::optional<SiteState> now_;

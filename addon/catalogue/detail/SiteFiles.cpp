@@ -126,7 +126,7 @@ std::optional<std::string> SiteFiles::read(const std::string& path) const {
   return text;
 }
 
-opc::ByteBuffer SiteFiles::readFollower(const std::string& path) const {
+opc::ByteBuffer SiteFiles::readDerived(const std::string& path) const {
   opc::ByteBuffer text;
   std::uint64_t size = 0;
   const FileDescriptor file = openFile(path, size);

@@ -43,9 +43,9 @@ class SiteFiles {
   std::optional<std::string> read(const std::string& path) const;
   /// A file that must be what its name says. Throws BrokenSite.
   std::string read(const FileReference& file) const;
-  /// A file that follows the root, which only saves work: empty if there is none, or if it is too
-  /// large to be kept in memory.
-  opc::ByteBuffer readFollower(const std::string& path) const;
+  /// The content of a derived file, to save work; empty if there is no such file, or if it is too
+  /// large for memory.
+  opc::ByteBuffer readDerived(const std::string& path) const;
   /// At most `size` bytes from the beginning; "" if the file does not exist.
   std::string readStart(const std::string& path, std::size_t size) const;
   /// The SHA-256 of a file; "" if there is none.

@@ -17,9 +17,9 @@ SiteState SiteState::read(const SiteFiles& files) {
   const std::string path(kRootFile);
   const std::optional<std::string> text = files.read(path);
   if (!text) {
-    // What follows a root has been there, so there was one.
-    for (const std::string_view follower : {kFrontPage, kDatabase, kRecordLines}) {
-      if (files.exists(std::string(follower))) {
+    // These are derived from a root, so there was one.
+    for (const std::string_view derived : {kFrontPage, kDatabase, kRecordLines}) {
+      if (files.exists(std::string(derived))) {
         throw BrokenSite(files.onDisk(path), "it is missing");
       }
     }

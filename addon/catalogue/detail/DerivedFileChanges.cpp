@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/catalogue/detail/FollowerChanges.h"
+#include "addon/catalogue/detail/DerivedFileChanges.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/catalogue/detail/Followers.h"
+#include "addon/catalogue/detail/DerivedFiles.h"
 
 #include <fmt/format.h>
 
@@ -9,7 +9,7 @@
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Database.h"
 #include "addon/catalogue/detail/DatabaseFile.h"
-#include "addon/catalogue/detail/FollowerChanges.h"
+#include "addon/catalogue/detail/DerivedFileChanges.h"
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/gallery/FrontPage.h"
 
@@ -27,11 +27,11 @@ gallery::Card toCard(const Record& record) {
 
 }  // namespace
 
-void Followers::check() const {
+void DerivedFiles::check() const {
   if (stop_) stop_();
 }
 
-bool Followers::areOf(const SiteState& state) const {
+bool DerivedFiles::areOf(const SiteState& state) const {
   const auto isOf = [&](std::string_view path) {
     return sequenceAtStart(files_, std::string(path)) == state.sequence();
   };
@@ -42,7 +42,7 @@ bool Followers::areOf(const SiteState& state) const {
          sequenceOfDatabase(files_.onDisk(kDatabase)) == state.sequence();
 }
 
-void Followers::write(const Request& request) {
+void DerivedFiles::write(const Request& request) {
   const SiteState& state = request.state;
   if (!request.isOldComplete) writePages(state);
   DatabaseFile database(files_);
@@ -57,19 +57,19 @@ void Followers::write(const Request& request) {
   files_.flush();
 }
 
-void Followers::writePages(const SiteState& state) {
+void DerivedFiles::writePages(const SiteState& state) {
   state.visitRecords([&](const Record& record) {
     check();
     if (!isPageOf(files_, record)) writePage(files_, record, state.sequence());
   });
 }
 
-void Followers::writeLines(const Request& request) {
+void DerivedFiles::writeLines(const Request& request) {
   const std::string path(kRecordLines);
   std::optional<LinesChange> change;
   std::optional<Pieces> pieces;
   if (request.isOldComplete && request.keys.size() <= kMaxChanged) {
-    change.emplace(files_.readFollower(path), request.old);
+    change.emplace(files_.readDerived(path), request.old);
     pieces = change->make(request.state, request.keys);
   }
   files_.replace(path, [&](const SiteFiles::Sink& sink) {
@@ -92,7 +92,7 @@ void Followers::writeLines(const Request& request) {
   });
 }
 
-void Followers::writeDatabase(const Request& request, DatabaseFile& file, bool isCopied) {
+void DerivedFiles::writeDatabase(const Request& request, DatabaseFile& file, bool isCopied) {
   if (request.isOldComplete && (isCopied || file.copy())) {
     try {
       changeDatabase(file.path(), request.state, request.keys);
@@ -107,8 +107,8 @@ void Followers::writeDatabase(const Request& request, DatabaseFile& file, bool i
   file.putInPlace();
 }
 
-void Followers::changeDatabase(const std::string& path, const SiteState& state,
-                               const std::set<std::string>& keys) {
+void DerivedFiles::changeDatabase(const std::string& path, const SiteState& state,
+                                  const std::set<std::string>& keys) {
   Database database = Database::change(path);
   database.begin();
   for (const std::string& key : keys) {
@@ -118,7 +118,7 @@ void Followers::changeDatabase(const std::string& path, const SiteState& state,
   database.finish(state.sequence(), false);
 }
 
-void Followers::makeDatabase(const std::string& path, const SiteState& state) {
+void DerivedFiles::makeDatabase(const std::string& path, const SiteState& state) {
   Database database = Database::create(path);
   database.begin();
   for (const auto& [name, reference] : state.index().shards) {
@@ -131,7 +131,7 @@ void Followers::makeDatabase(const std::string& path, const SiteState& state) {
   database.finish(state.sequence(), true);
 }
 
-void Followers::writeFrontPage(const Request& request) {
+void DerivedFiles::writeFrontPage(const Request& request) {
   const Database database = Database::read(files_.onDisk(kDatabase));
   gallery::FrontPage list;
   list.sequence = request.state.sequence();
@@ -152,8 +152,8 @@ void Followers::writeFrontPage(const Request& request) {
   });
 }
 
-bool Followers::changeFrontPage(const gallery::FrontPage& fresh, const Database& database,
-                                const std::set<std::string>& keys) {
+bool DerivedFiles::changeFrontPage(const gallery::FrontPage& fresh, const Database& database,
+                                   const std::set<std::string>& keys) {
   ListChange::Texts texts;
   gallery::writeFrontPage(
       fresh, [&](std::string_view text) { texts.page += text; },
@@ -161,7 +161,7 @@ bool Followers::changeFrontPage(const gallery::FrontPage& fresh, const Database&
   std::vector<Record> records;
   database.visitCurrent([&](const Record& record) { records.push_back(record); }, &keys);
   ListChange change(
-      {files_.readFollower(std::string(kFrontPage)), files_.readFollower(std::string(kTerms))});
+      {files_.readDerived(std::string(kFrontPage)), files_.readDerived(std::string(kTerms))});
   if (!change.make(texts, records, database, keys)) return false;
   putFrontPage(fresh.sequence, [&](const auto& page, const auto& terms) {
     for (const std::string_view piece : change.page) page(piece);
@@ -170,7 +170,7 @@ bool Followers::changeFrontPage(const gallery::FrontPage& fresh, const Database&
   return true;
 }
 
-void Followers::putFrontPage(std::uint64_t sequence, const WriteList& write) {
+void DerivedFiles::putFrontPage(std::uint64_t sequence, const WriteList& write) {
   files_.replace(std::string(kFrontPage), [&](const SiteFiles::Sink& page) {
     page(fmt::format("<!-- kraddon.front/1 sequence={} -->\n", sequence));
     files_.replace(std::string(kTerms), [&](const SiteFiles::Sink& terms) {

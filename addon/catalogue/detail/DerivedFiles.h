@@ -16,13 +16,14 @@
 
 namespace addon::catalogue::detail {
 
-/// What follows the root of a site: pages, lines of records, database, front page and its terms.
-/// The front page is put in place last, so that its sequence says whether the others are complete.
-class Followers {
+/// The files of a site that are derived from what its root names: pages, lines of records,
+/// database, front page and its terms. The front page is put in place last, so that its sequence
+/// says whether the others are complete.
+class DerivedFiles {
  public:
   /// All must outlive it. `stop` and `starter` may be empty.
-  Followers(SiteFiles& files, const opc::interfaces::StopFunction& stop,
-            const opc::interfaces::BackgroundStarter& starter)
+  DerivedFiles(SiteFiles& files, const opc::interfaces::StopFunction& stop,
+               const opc::interfaces::BackgroundStarter& starter)
       : files_(files), stop_(stop), starter_(starter) {}
 
   /// Whether they are those of the root of `state`.
