@@ -10,7 +10,7 @@
 
 namespace opc {
 
-/// Blocks of at least this size get their memory in advance; see announceWriting().
+/// Blocks of at least this size get their memory in advance; see prefault().
 inline constexpr std::size_t kLargeBlock = std::size_t{1} << 18;
 
 /// The size and alignment of a huge page, if the system supports them.
@@ -24,7 +24,7 @@ constexpr std::align_val_t blockAlignment(std::size_t size) {
 /// Tells the kernel with madvise() that the whole block is about to be written. If the kernel
 /// supports this, it provides the memory at once and in huge pages, which takes a fraction of the
 /// time of separate page faults. Does nothing for blocks smaller than kLargeBlock.
-inline void announceWriting(void* block, std::size_t size) noexcept {
+inline void prefault(void* block, std::size_t size) noexcept {
   if (size < kLargeBlock) return;
   const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
   const std::size_t skipped = (page - reinterpret_cast<std::uintptr_t>(block) % page) % page;
@@ -42,7 +42,7 @@ inline void announceWriting(void* block, std::size_t size) noexcept {
 /// Throws std::bad_alloc.
 inline void* allocateBlock(std::size_t size) {
   void* const block = ::operator new(size, blockAlignment(size));
-  announceWriting(block, size);
+  prefault(block, size);
   return block;
 }
 inline void freeBlock(void* block, std::size_t size) noexcept {

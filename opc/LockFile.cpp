@@ -44,7 +44,7 @@ LockFile::LockFile(LockFile&& other) noexcept
       number_(other.number_) {}
 
 void LockFile::take(const std::string& path, Kind kind, Clock::duration limit,
-                    const Waiting& waiting) {
+                    const OnWait& waiting) {
   release();
   path_ = lockPath(path, kind);
   const auto start = Clock::now();

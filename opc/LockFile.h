@@ -31,7 +31,7 @@ class LockFile {
   };
   using Clock = std::chrono::steady_clock;
   /// Called before each pause, with the time since the first attempt. What it throws ends the wait.
-  using Waiting = std::function<void(Clock::duration)>;
+  using OnWait = std::function<void(Clock::duration)>;
 
   LockFile() = default;
   ~LockFile() { release(); }
@@ -41,7 +41,7 @@ class LockFile {
   /// Tries to lock the file at `path`, which need not exist and must not be a link. While others
   /// hold the lock, tries again for up to `limit`; `waiting` may be empty. Throws only what
   /// `waiting` throws: check state().
-  void take(const std::string& path, Kind kind, Clock::duration limit, const Waiting& waiting);
+  void take(const std::string& path, Kind kind, Clock::duration limit, const OnWait& waiting);
   void release() noexcept;
 
   State state() const { return state_; }

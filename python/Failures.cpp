@@ -4,8 +4,8 @@
 #include <cerrno>
 
 #include "addon/build/BuildError.h"
+#include "opc/ErrnoError.h"
 #include "opc/Exception.h"
-#include "opc/NumberedError.h"
 #include "tool/process/Errors.h"
 
 namespace python {
@@ -56,7 +56,7 @@ void raiseCurrent(const Subject& subject) {
     throw;
   } catch (const BuildError& error) {
     raise(error.what(), "", error.number(), subject);
-  } catch (const opc::NumberedError& error) {
+  } catch (const opc::ErrnoError& error) {
     raise(error.what(), "", error.number(), subject);
   } catch (const opc::FormatError& error) {
     raise(error.what(), "malformed", 0, subject);

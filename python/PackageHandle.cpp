@@ -98,7 +98,7 @@ void PackageHandle::openNew(bool replaces) {
 void PackageHandle::openExisting(bool isForChanging) {
   auto package = std::make_unique<AddonPackage>(opc::SystemPath{path_});
   // A command that is changing the package comes first.
-  if (isForChanging) lockPackage(path_, kUsualPatience);
+  if (isForChanging) lockPackage(path_, kDefaultLockTimeout);
   package->logicalPackage().open(isForChanging ? OpenMode::Modify : OpenMode::Read);
   package_ = std::move(package);
 }
@@ -152,7 +152,7 @@ void PackageHandle::commit() {
   options.counted = opc::plservices::kFilesFolder;
   options.background = tool::process::secondThread();
   options.progress = SignalCheck();
-  const auto lock = lockPackage(path_, kUsualPatience);
+  const auto lock = lockPackage(path_, kDefaultLockTimeout);
   package_->physicalPackage().setWriteOptions(std::move(options));
   package_->logicalPackage().close(false);
 }

@@ -30,7 +30,7 @@ class SignalCheck {
 /// With None it only looks for signals. The caller holds the GIL.
 opc::interfaces::ProgressFunction progressFunction(const pybind11::object& callable);
 
-inline constexpr std::chrono::seconds kUsualPatience{60};
+inline constexpr std::chrono::seconds kDefaultLockTimeout{60};
 
 /// Waits until no command changes the package, and keeps others from it. Signals end the wait. For
 /// a caller without the GIL.

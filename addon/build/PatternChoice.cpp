@@ -12,12 +12,12 @@ bool PatternChoice::chooses(std::string_view path, bool isFolder) {
   const std::size_t slash = path.rfind('/');
   const Number ofFolder = slash == path.npos ? 0 : decidingOfFolder(path.substr(0, slash));
   const Number deciding = lastToSpeak(path, isFolder, ofFolder);
-  return deciding != 0 && !patterns_[deciding - 1].takesBack();
+  return deciding != 0 && !patterns_[deciding - 1].isNegated();
 }
 
 const std::string* PatternChoice::unused() const {
   for (std::size_t i = 0; i < patterns_.size(); ++i) {
-    if (!isUsed_[i] && !patterns_[i].takesBack()) return &patterns_[i].text();
+    if (!isUsed_[i] && !patterns_[i].isNegated()) return &patterns_[i].text();
   }
   return nullptr;
 }

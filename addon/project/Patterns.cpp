@@ -186,7 +186,7 @@ class Pattern::Compiler {
 
 Pattern::Pattern(std::string_view text) : text_(text) {
   if (text.starts_with('!')) {
-    takesBack_ = true;
+    isNegated_ = true;
     text.remove_prefix(1);
   }
   if (text.ends_with('/')) {
@@ -310,7 +310,7 @@ const Pattern* PatternList::deciding(std::string_view path, bool isFolder) const
 
 bool PatternList::excludes(std::string_view path, bool isFolder) const {
   const Pattern* pattern = deciding(path, isFolder);
-  return pattern != nullptr && !pattern->takesBack();
+  return pattern != nullptr && !pattern->isNegated();
 }
 
 void addDefaultExcludes(PatternList& list) {

@@ -20,7 +20,7 @@ class Pattern {
   explicit Pattern(std::string_view text);
 
   const std::string& text() const { return text_; }  ///< as given
-  bool takesBack() const { return takesBack_; }
+  bool isNegated() const { return isNegated_; }
 
   /// Whether it matches exactly this path, which has '/' between names but not at the ends.
   bool matches(std::string_view path, bool isFolder) const;
@@ -52,7 +52,7 @@ class Pattern {
 
   std::string text_;
   std::vector<Segment> segments_;
-  bool takesBack_ = false;
+  bool isNegated_ = false;
   bool foldersOnly_ = false;
   bool isAnchored_ = false;
   bool isBroken_ = false;  // an unclosed bracket or a final backslash: matches nothing

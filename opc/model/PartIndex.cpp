@@ -113,7 +113,7 @@ std::vector<PartId> PartIndex::orphans() const {
   return result;
 }
 
-void PartIndex::dropWhatIsNoPart() {
+void PartIndex::removeNonParts() {
   forEach(ItemRole::Stray, [this](PartId item) {
     physical_.removeItem(item);
     setRole(item, ItemRole::Hidden);

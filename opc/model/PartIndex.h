@@ -67,7 +67,7 @@ class PartIndex {
   /// Relationships parts without a source.
   std::vector<PartId> orphans() const;
   /// Removes strays, and orphans, from the container.
-  void dropWhatIsNoPart();
+  void removeNonParts();
 
   /// Calls `visit` for all of that role: items in the container's order, then sequences.
   template <typename Visit>

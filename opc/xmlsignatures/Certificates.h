@@ -16,14 +16,14 @@
 
 namespace opc::xmlsignatures {
 
-struct FreeOpenSsl {
+struct OpenSslDeleter {
   void operator()(X509* object) const { X509_free(object); }
   void operator()(EVP_PKEY* object) const { EVP_PKEY_free(object); }
   void operator()(BIO* object) const { BIO_free(object); }
 };
-using Certificate = std::unique_ptr<X509, FreeOpenSsl>;
-using Key = std::unique_ptr<EVP_PKEY, FreeOpenSsl>;
-using Bio = std::unique_ptr<BIO, FreeOpenSsl>;
+using Certificate = std::unique_ptr<X509, OpenSslDeleter>;
+using Key = std::unique_ptr<EVP_PKEY, OpenSslDeleter>;
+using Bio = std::unique_ptr<BIO, OpenSslDeleter>;
 
 struct TrustAnchors final : interfaces::ITrustAnchors {
   std::vector<Certificate> certificates;

@@ -83,7 +83,7 @@ void noteVolumes(Candidate& candidate, bool isOne) {
 
 bool isOneVolume(const EndRecord& record, bool hasZip64) {
   const auto isFirst = [hasZip64](std::uint16_t disk) {
-    return disk == 0 || (hasZip64 && disk == kElsewhere16);
+    return disk == 0 || (hasZip64 && disk == kZip64Sentinel16);
   };
   return isFirst(record.disk) && isFirst(record.directoryDisk) &&
          record.entriesHere == record.entries;
@@ -91,9 +91,9 @@ bool isOneVolume(const EndRecord& record, bool hasZip64) {
 
 bool agrees(const EndRecord& record, const Zip64EndRecord& wide) {
   const auto same32 = [](std::uint32_t narrow, std::uint64_t value) {
-    return narrow == kElsewhere32 || narrow == value;
+    return narrow == kZip64Sentinel32 || narrow == value;
   };
-  const bool sameCount = record.entries == kElsewhere16 || record.entries == wide.entries;
+  const bool sameCount = record.entries == kZip64Sentinel16 || record.entries == wide.entries;
   return sameCount && same32(record.directorySize, wide.directorySize) &&
          same32(record.directoryOffset, wide.directoryOffset);
 }
@@ -244,9 +244,10 @@ bool EndRecordSearch::hasWideRecord(std::uint64_t offset) const {
 bool EndRecordSearch::readZip64(Candidate& candidate) const {
   const EndRecord& record = candidate.record;
   const bool sizesElsewhere =
-      record.directorySize == kElsewhere32 || record.directoryOffset == kElsewhere32;
-  const bool isElsewhere = sizesElsewhere || record.entries == kElsewhere16 ||
-                           record.disk == kElsewhere16 || record.directoryDisk == kElsewhere16;
+      record.directorySize == kZip64Sentinel32 || record.directoryOffset == kZip64Sentinel32;
+  const bool isElsewhere = sizesElsewhere || record.entries == kZip64Sentinel16 ||
+                           record.disk == kZip64Sentinel16 ||
+                           record.directoryDisk == kZip64Sentinel16;
   // What looks like a locator may be the end of the last entry's comment.
   const DirectoryLocation& location = candidate.location;
   const bool reachesDirectory =

@@ -52,17 +52,17 @@ std::optional<Bytes> ExtraFieldWalk::find(Bytes extra, std::uint16_t id) {
 
 Zip64Extra Zip64Extra::neededBy(const CentralHeader& header) {
   Zip64Extra needed;
-  if (header.size == kElsewhere32) needed.size = 0;
-  if (header.packedSize == kElsewhere32) needed.packedSize = 0;
-  if (header.headerOffset == kElsewhere32) needed.headerOffset = 0;
-  if (header.disk == kElsewhere16) needed.disk = 0;
+  if (header.size == kZip64Sentinel32) needed.size = 0;
+  if (header.packedSize == kZip64Sentinel32) needed.packedSize = 0;
+  if (header.headerOffset == kZip64Sentinel32) needed.headerOffset = 0;
+  if (header.disk == kZip64Sentinel16) needed.disk = 0;
   return needed;
 }
 
 Zip64Extra Zip64Extra::neededBy(const LocalHeader& header) {
   Zip64Extra needed;
-  if (header.size == kElsewhere32) needed.size = 0;
-  if (header.packedSize == kElsewhere32) needed.packedSize = 0;
+  if (header.size == kZip64Sentinel32) needed.size = 0;
+  if (header.packedSize == kZip64Sentinel32) needed.packedSize = 0;
   return needed;
 }
 

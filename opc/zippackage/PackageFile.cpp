@@ -6,8 +6,8 @@
 
 #include <cerrno>
 
+#include "opc/ErrnoError.h"
 #include "opc/Exception.h"
-#include "opc/NumberedError.h"
 
 namespace opc::zippackage {
 namespace {
@@ -33,7 +33,7 @@ PackageFile::PackageFile(const std::string& path) : file_(openForReading(path)) 
     throw SystemError("cannot open package '" + path + "'", errno);
   }
   const auto refuse = [&](const char* why, int number) {
-    throw NumberedError(ErrorCode::FileSystem, sentence("cannot open package", path, why), number);
+    throw ErrnoError(ErrorCode::FileSystem, sentence("cannot open package", path, why), number);
   };
   if (S_ISDIR(status.st_mode)) refuse("it is a folder", EISDIR);
   if (!S_ISREG(status.st_mode)) refuse("it is not a regular file", 0);

@@ -61,7 +61,7 @@ ZipDirectory ZipDirectory::read(const PackageFile& file) {
         ErrorCode::TooLarge);
   }
   directory.bytes_.resizeForOverwrite(static_cast<std::size_t>(location.size));
-  announceWriting(directory.bytes_.data(), directory.bytes_.size());
+  prefault(directory.bytes_.data(), directory.bytes_.size());
   tail.readAt(location.offset, directory.bytes_.data(), directory.bytes_.size());
   detail::DirectoryPass(directory).run();
   return directory;
@@ -138,7 +138,7 @@ std::string ZipDirectory::describe(const ZipFault& fault) const {
       return "the name of " + item + " holds a NUL";
     case ZipFaultKind::NameNotUtf8:
       return "the name of " + item + " is marked as UTF-8 and is not";
-    case ZipFaultKind::NameTwice:
+    case ZipFaultKind::DuplicateName:
       return item + " is there twice";
     case ZipFaultKind::OutsideFile:
       return item + " reaches to offset " + first + ", beyond the end at " + second;
@@ -148,7 +148,7 @@ std::string ZipDirectory::describe(const ZipFault& fault) const {
       return "the name of " + item + " has a segment '..'";
     case ZipFaultKind::ExtraMalformed:
       return item + " " + opc::zippackage::describe(static_cast<ExtraFault>(fault.first));
-    case ZipFaultKind::FolderTwice:
+    case ZipFaultKind::DuplicateFolder:
       return "folder " + quoted(name(fault.entry)) + " is there twice";
     case ZipFaultKind::NameEmpty:
       return "an item has an empty name";

@@ -36,8 +36,8 @@ const char* ZipFault::rule() const {
     case ZipFaultKind::NameNotUtf8:
     case ZipFaultKind::NameEmpty:
       return "RB-13";
-    case ZipFaultKind::NameTwice:
-    case ZipFaultKind::FolderTwice:
+    case ZipFaultKind::DuplicateName:
+    case ZipFaultKind::DuplicateFolder:
       return "ZP-2";
     case ZipFaultKind::Overlap:
       return "RB-2";

@@ -17,7 +17,7 @@ enum class ZipFaultKind : std::uint8_t {
   StoredSizesDiffer,  ///< first: size; second: packed size
   NameHasNul,
   NameNotUtf8,
-  NameTwice,           ///< first: the other entry
+  DuplicateName,       ///< first: the other entry
   OutsideFile,         ///< first: where its data would end at least; second: where they must
   Overlap,             ///< first: the other entry, or kNoEntry for the directory
   ParentSegment,       ///< a segment `..` in the name
@@ -30,7 +30,7 @@ enum class ZipFaultKind : std::uint8_t {
   BytesBeforeFirst,  ///< second: how many
   UnusedBytes,       ///< first: offset; second: how many
   ExtraMalformed,    ///< first: the ExtraFault
-  FolderTwice,       ///< first: the other entry
+  DuplicateFolder,   ///< first: the other entry
   NameEmpty,
   UnicodePathOfOldName,  ///< a Unicode path field gives another name for one that is not Unicode
   FolderHoldsData,       ///< first: size; of an item that is marked as a folder in any way

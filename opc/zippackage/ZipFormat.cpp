@@ -123,7 +123,7 @@ std::size_t DataDescriptor::encode(unsigned char* to, bool wide, bool withSignat
 
 std::size_t DataDescriptor::lengthIn(Bytes from, bool wideFirst, std::uint64_t room) const {
   std::size_t first = 0;
-  const bool fitsNarrow = packedSize <= kElsewhere32 && size <= kElsewhere32;
+  const bool fitsNarrow = packedSize <= kZip64Sentinel32 && size <= kZip64Sentinel32;
   for (const bool wide : {wideFirst, !wideFirst}) {
     if (!wide && !fitsNarrow) continue;
     for (const bool withSignature : {true, false}) {

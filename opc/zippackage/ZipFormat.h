@@ -41,8 +41,8 @@ inline constexpr std::uint16_t kHostVfat = 14;
 inline constexpr std::uint16_t kHostDarwin = 19;
 
 /// In a 16- or 32-bit field: the value is in a ZIP64 field or record.
-inline constexpr std::uint16_t kElsewhere16 = 0xFFFF;
-inline constexpr std::uint32_t kElsewhere32 = 0xFFFFFFFF;
+inline constexpr std::uint16_t kZip64Sentinel16 = 0xFFFF;
+inline constexpr std::uint32_t kZip64Sentinel32 = 0xFFFFFFFF;
 
 /// The local file header before the data of each item (APPNOTE 4.3.7).
 struct LocalHeader {

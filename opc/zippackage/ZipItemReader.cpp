@@ -75,7 +75,7 @@ void checkHeader(const LocalHeader& header, const ZipEntry& entry, const LocalSi
   }
   const bool mayBeUnset = (header.flags & kFlagDescriptor) != 0;
   const auto agrees = [mayBeUnset](std::uint64_t here, std::uint64_t there) {
-    return here == there || (mayBeUnset && (here == 0 || here == kElsewhere32));
+    return here == there || (mayBeUnset && (here == 0 || here == kZip64Sentinel32));
   };
   if (!agrees(header.crc, entry.crc)) {
     refuseHeader("its local header has another checksum than the directory");

@@ -115,7 +115,7 @@ process::ExitCode run(const line::Invocation& invocation) {
                            detail::describeFindings(verdict, invocation);
   options.progress = detail::startProgressBar(invocation.settings());
   target.commit(std::move(options));
-  process::Interrupt::tooLate();
+  process::Interrupt::ignoreFromNowOn();
   report::printToStandardError(done);
   return process::ExitCode::Done;
 }

@@ -221,7 +221,7 @@ UpdateResult update(UpdateRequest& request, const line::Invocation& invocation) 
   request.progress = bar.function();
   request.stop = process::Interrupt::check;
   request.starter = process::secondThread();
-  request.onCommitted = process::Interrupt::tooLate;
+  request.onCommitted = process::Interrupt::ignoreFromNowOn;
   try {
     return addon::catalogue::updateSite(request);
   } catch (const addon::catalogue::BrokenSite& error) {

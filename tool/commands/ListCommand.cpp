@@ -250,7 +250,7 @@ process::ExitCode run(const line::Invocation& invocation) {
   }
   output.flush();
   if (!invocation.has("all")) {
-    detail::warnOfForeign(*package, invocation.operands()[0], invocation);
+    detail::warnIfNotAddon(*package, invocation.operands()[0], invocation);
   }
   warnOfUnreadable(*package, invocation);
   return process::ExitCode::Done;

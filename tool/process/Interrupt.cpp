@@ -78,7 +78,7 @@ void Interrupt::check() {
   if (received != 0 && !isTooLate) throw Interrupted{received};
 }
 
-void Interrupt::tooLate() {
+void Interrupt::ignoreFromNowOn() {
   isTooLate = true;
 }
 

@@ -25,7 +25,7 @@ class Interrupt {
   /// Throws Interrupted if a signal arrived meanwhile.
   static void check();
   /// Ignores signals from now on, since the work is done and on the disk.
-  static void tooLate();
+  static void ignoreFromNowOn();
 
   /// Terminates the program by `signal`, as if it had not been caught.
   [[noreturn]] static void die(int signal);

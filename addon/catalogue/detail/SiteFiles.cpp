@@ -132,7 +132,7 @@ opc::ByteBuffer SiteFiles::readDerived(const std::string& path) const {
   const FileDescriptor file = openFile(path, size);
   if (!file || size > kMaxTextSize) return text;
   text.resizeForOverwrite(static_cast<std::size_t>(size));
-  opc::announceWriting(text.data(), text.size());
+  opc::prefault(text.data(), text.size());
   const auto start = reinterpret_cast<char*>(text.data());
   text.resizeForOverwrite(readInto(file.get(), path, start, text.size()));
   return text;

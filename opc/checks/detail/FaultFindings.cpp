@@ -68,9 +68,9 @@ std::optional<FindingId> findingOf(ZipFaultKind kind) {
     case ZipFaultKind::NameNotUtf8:
     case ZipFaultKind::ParentSegment:
       return kUnusableName;
-    case ZipFaultKind::NameTwice:
+    case ZipFaultKind::DuplicateName:
       return kDuplicateName;
-    case ZipFaultKind::FolderTwice:
+    case ZipFaultKind::DuplicateFolder:
       return kDuplicateFolder;
     case ZipFaultKind::OutsideFile:
     case ZipFaultKind::Overlap:

@@ -313,7 +313,7 @@ bool Package::State::isChanged() const {
 void Package::State::stage() {
   if (!isChanged()) return;
   for (const PartId orphan : index_.orphans()) types_.removeOverride(index_.name(orphan));
-  index_.dropWhatIsNoPart();
+  index_.removeNonParts();
   requireRelationshipsNames();
   // A default would make parts of items that have that extension and no type.
   if (types_.findDefault(kRelationshipsExtension) == nullptr &&

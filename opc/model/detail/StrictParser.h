@@ -48,7 +48,7 @@ class RefusingEntityResolver final : public xercesc::EntityResolver {
 /// Parsers for the next short documents: to make one takes longer than to read such a document.
 /// Any thread may use it. It has no lock, which a fork could leave taken.
 template <typename Parser>
-class KeptParsers {
+class ParserCache {
  public:
   /// Null if there is none.
   std::unique_ptr<Parser> take() {
@@ -79,7 +79,7 @@ void withKeptParser(const XmlText& text, const Parse& parse) {
   constexpr std::size_t kMaxLength = 65536;  // bytes; the buffers of a parser grow and stay
   // Not of a thread: to note that such a variable is to be destroyed takes memory, without which
   // the process would end. Never destroyed, as Xerces-C is never stopped.
-  static auto& kept = *new KeptParsers<Parser>;
+  static auto& kept = *new ParserCache<Parser>;
   std::unique_ptr<Parser> parser = kept.take();
   if (parser == nullptr) parser = std::make_unique<Parser>();
   parse(*parser);

@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "opc/ErrnoError.h"
 #include "opc/Exception.h"
-#include "opc/NumberedError.h"
 #include "opc/Text.h"
 #include "opc/model/XercesHelper.h"
 #include "opc/plservices/FileSystemEntryAlreadyExists.h"
@@ -67,7 +67,7 @@ FileTree::Reach FileTreeEditor::requireFree(std::string_view path) const {
   const FileTree::Reach reach = tree_->nodes.reach(path);
   if (reach.rest.empty()) throw FileSystemEntryAlreadyExists(path);
   if (!tree_->nodes.isFile(reach.node)) return reach;
-  throw NumberedError(
+  throw ErrnoError(
       ErrorCode::InvalidArgument,
       sentence("cannot add", path, "'" + tree_->nodes.path(reach.node) + "' is a file"), ENOTDIR);
 }

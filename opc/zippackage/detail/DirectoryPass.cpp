@@ -59,9 +59,9 @@ bool isOrdinaryFile(const CentralHeader& header, Bytes extra) {
   constexpr std::uint32_t kTypes = 0xF0000000 | kDosFolder | kDosLabel;
   const std::uint32_t type = header.externalAttributes & kTypes;
   const bool isFile = (type == 0 || type == kRegularFile) && header.madeBy >> 8 != kHostAmiga;
-  const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
-                             header.headerOffset != kElsewhere32 && header.disk == 0 &&
-                             header.commentLength == 0;
+  const bool isPlainHeader =
+      header.size != kZip64Sentinel32 && header.packedSize != kZip64Sentinel32 &&
+      header.headerOffset != kZip64Sentinel32 && header.disk == 0 && header.commentLength == 0;
   const bool isReadable = (header.flags & (kAnyEncryption | kReservedFlags)) == 0 &&
                           isUsualVersion(header.versionNeeded) &&
                           (header.method == kDeflated ||
@@ -178,7 +178,7 @@ void DirectoryPass::checkFields(const ZipEntry& entry, const CentralHeader& head
   if (!actual.agrees(*field, needed)) note(ZipFaultKind::Zip64Unclear);
   // Some readers look for these fields only where they have seen the record.
   const auto isSmall = [](const auto& isNeeded, std::uint64_t value) {
-    return isNeeded && value < kElsewhere32;
+    return isNeeded && value < kZip64Sentinel32;
   };
   const bool isNeedless = isSmall(needed.size, entry.size) ||
                           isSmall(needed.packedSize, entry.packedSize) ||
@@ -220,8 +220,9 @@ void DirectoryPass::checkDemands(const CentralHeader& header) {
 }
 
 void DirectoryPass::readZip64(ZipEntry& entry, const CentralHeader& header) {
-  const bool isPlainHeader = header.size != kElsewhere32 && header.packedSize != kElsewhere32 &&
-                             header.headerOffset != kElsewhere32 && header.disk == 0;
+  const bool isPlainHeader = header.size != kZip64Sentinel32 &&
+                             header.packedSize != kZip64Sentinel32 &&
+                             header.headerOffset != kZip64Sentinel32 && header.disk == 0;
   if (isPlainHeader) return;
   Zip64Extra wide = Zip64Extra::neededBy(header);
   const bool isNeeded = wide.size || wide.packedSize || wide.headerOffset || wide.disk;
@@ -294,7 +295,7 @@ void DirectoryPass::checkDuplicates() {
 
 void DirectoryPass::noteTwice(std::uint32_t entry, std::uint32_t other) {
   const bool isFolder = directory_.name(entry).ends_with('/');
-  noteFor(entry, isFolder ? ZipFaultKind::FolderTwice : ZipFaultKind::NameTwice, other, 0);
+  noteFor(entry, isFolder ? ZipFaultKind::DuplicateFolder : ZipFaultKind::DuplicateName, other, 0);
 }
 
 // Sorted by where they begin, entries that share bytes are neighbours, or follow one that reaches

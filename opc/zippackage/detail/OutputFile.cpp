@@ -61,7 +61,7 @@ void OutputFile::rewindTo(std::uint64_t offset) {
 }
 
 void OutputFile::copyFrom(const PackageFile& file, std::uint64_t offset, std::uint64_t size,
-                          const Copied& copied) {
+                          const OnCopied& copied) {
   const auto read = [&](std::uint64_t at, unsigned char* into, std::size_t count) {
     file.readAt(at, into, count);
   };
@@ -80,7 +80,7 @@ void OutputFile::repeat(std::uint64_t offset, std::uint64_t size) {
 }
 
 void OutputFile::append(int from, std::uint64_t offset, std::uint64_t size, const Read& read,
-                        const Copied& copied) {
+                        const OnCopied& copied) {
   std::uint64_t done = 0;
   const auto copyTo = [&](std::uint64_t end) {
     while (done < end) {
@@ -105,7 +105,7 @@ void OutputFile::append(int from, std::uint64_t offset, std::uint64_t size, cons
 
 // Returns how far it came: not every file system and kernel can do it, or all of it.
 std::uint64_t OutputFile::copyInKernel(int from, std::uint64_t offset, std::uint64_t size,
-                                       const Copied& copied) {
+                                       const OnCopied& copied) {
   auto next = static_cast<off_t>(offset);
   std::uint64_t done = 0;
   while (done < size) {

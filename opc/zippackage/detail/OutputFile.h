@@ -16,7 +16,7 @@ namespace opc::zippackage::detail {
 class OutputFile {
  public:
   /// Copying calls it with the number of bytes copied so far.
-  using Copied = std::function<void(std::uint64_t)>;
+  using OnCopied = std::function<void(std::uint64_t)>;
 
   /// File systems share stretches of files in blocks of this size.
   static constexpr std::uint64_t kBlock = 4096;
@@ -35,7 +35,7 @@ class OutputFile {
   /// Appends a stretch of another file, inside the kernel where it can. Throws ErrorCode::Damaged
   /// when that file turns out to be shorter.
   void copyFrom(const PackageFile& file, std::uint64_t offset, std::uint64_t size,
-                const Copied& copied);
+                const OnCopied& copied);
   /// Appends a stretch of what was written before.
   void repeat(std::uint64_t offset, std::uint64_t size);
   /// Hands everything to the kernel; not yet to the disk.
@@ -45,9 +45,9 @@ class OutputFile {
   using Read = std::function<void(std::uint64_t offset, unsigned char* into, std::size_t size)>;
 
   void append(int from, std::uint64_t offset, std::uint64_t size, const Read& read,
-              const Copied& copied);
+              const OnCopied& copied);
   std::uint64_t copyInKernel(int from, std::uint64_t offset, std::uint64_t size,
-                             const Copied& copied);
+                             const OnCopied& copied);
 
   int descriptor_;
   ByteBuffer buffer_;

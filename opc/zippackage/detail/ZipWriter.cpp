@@ -20,7 +20,7 @@ std::size_t encodeTime(const ItemHead& head, unsigned char* to) {
 }
 
 std::uint32_t fieldFor(std::uint64_t value, bool isElsewhere) {
-  return isElsewhere ? kElsewhere32 : static_cast<std::uint32_t>(value);
+  return isElsewhere ? kZip64Sentinel32 : static_cast<std::uint32_t>(value);
 }
 
 void append(std::vector<unsigned char>& to, const void* from, std::size_t size) {
@@ -36,7 +36,7 @@ std::uint32_t attributesFor(const ItemHead& head) {
 }  // namespace
 
 WrittenItem ZipWriter::add(const ItemHead& head, interfaces::IContentSource& source,
-                           const Advanced& advanced, ContentHash::Value* hash) {
+                           const OnProgress& advanced, ContentHash::Value* hash) {
   const std::unique_ptr<InputStream> stream = source.getInputStream();
   if (!packer_.read(*stream, source)) return addStreamed(head, source, *stream, advanced, hash);
   if (hash != nullptr) *hash = contentHash(packer_.begun());
@@ -67,7 +67,7 @@ void ZipWriter::addRepeated(const ItemHead& head, const WrittenItem& first) {
 }
 
 WrittenItem ZipWriter::addStreamed(const ItemHead& head, interfaces::IContentSource& source,
-                                   InputStream& stream, const Advanced& advanced,
+                                   InputStream& stream, const OnProgress& advanced,
                                    ContentHash::Value* hash) {
   const Bytes begun = packer_.begun();
   // Room for 64-bit sizes has to be made before the size is certain.
@@ -198,7 +198,7 @@ void ZipWriter::addRecord(const CentralHeader& header, std::string_view name, By
 void ZipWriter::addCopied(const ZipDirectory& from, std::size_t entry, std::uint64_t offset) {
   const Bytes record = from.record(entry);
   const std::uint32_t field = load32(record.data() + CentralHeader::kOffsetAt);
-  if (field == kElsewhere32 || offset >= limits_.value) {
+  if (field == kZip64Sentinel32 || offset >= limits_.value) {
     return addWithNewZip64(from, entry, offset);
   }
   const std::size_t at = directory_.size();
@@ -212,10 +212,10 @@ void ZipWriter::addWithNewZip64(const ZipDirectory& from, std::size_t entry, std
   CentralHeader header = from.header(entry);
   const bool isOffsetWide = offset >= limits_.value;
   Zip64Extra wide;
-  if (header.size == kElsewhere32) wide.size = item.size;
-  if (header.packedSize == kElsewhere32) wide.packedSize = item.packedSize;
+  if (header.size == kZip64Sentinel32) wide.size = item.size;
+  if (header.packedSize == kZip64Sentinel32) wide.packedSize = item.packedSize;
   if (isOffsetWide) wide.headerOffset = offset;
-  if (header.disk == kElsewhere16) wide.disk = 0;
+  if (header.disk == kZip64Sentinel16) wide.disk = 0;
   header.headerOffset = fieldFor(offset, isOffsetWide);
   if (isOffsetWide) header.versionNeeded = std::max(header.versionNeeded, kVersionZip64);
   std::vector<unsigned char> extra(Zip64Extra::kMaxSize);
@@ -258,7 +258,7 @@ void ZipWriter::finish(Bytes comment) {
   unsigned char bytes[EndRecord::kSize];
   EndRecord end;
   end.entriesHere = end.entries =
-      entries_ >= limits_.count ? kElsewhere16 : static_cast<std::uint16_t>(entries_);
+      entries_ >= limits_.count ? kZip64Sentinel16 : static_cast<std::uint16_t>(entries_);
   end.directorySize = fieldFor(size, size >= limits_.value);
   end.directoryOffset = fieldFor(offset, offset >= limits_.value);
   end.commentLength = static_cast<std::uint16_t>(comment.size());

@@ -44,15 +44,15 @@ inline constexpr std::size_t kMaxNameLength = 0xFFFF - CentralHeader::kSize - 64
 
 /// From where on numbers go into ZIP64 fields. Only tests set it lower.
 struct Zip64Limits {
-  std::uint64_t value = kElsewhere32;
-  std::uint64_t count = kElsewhere16;
+  std::uint64_t value = kZip64Sentinel32;
+  std::uint64_t count = kZip64Sentinel16;
 };
 
 /// Writes a ZIP file: items, then the directory.
 class ZipWriter {
  public:
   /// Called within a large item with how much of it has been read.
-  using Advanced = std::function<void(std::uint64_t)>;
+  using OnProgress = std::function<void(std::uint64_t)>;
 
   /// `out` must outlive it.
   explicit ZipWriter(OutputFile& out, Zip64Limits limits = {}) : out_(out), limits_(limits) {}
@@ -61,7 +61,7 @@ class ZipWriter {
   /// read whole. Throws what the source throws, and ErrorCode::TooLarge when it said less than
   /// 4 GiB and holds more. `hash`, which may be null, gets the hash of what was packed.
   WrittenItem add(const ItemHead& head, interfaces::IContentSource& source,
-                  const Advanced& advanced, ContentHash::Value* hash = nullptr);
+                  const OnProgress& advanced, ContentHash::Value* hash = nullptr);
 
   /// Writes an item that is packed already.
   WrittenItem add(const ItemHead& head, const PackedItem& packed);
@@ -81,7 +81,8 @@ class ZipWriter {
 
  private:
   WrittenItem addStreamed(const ItemHead& head, interfaces::IContentSource& source,
-                          InputStream& stream, const Advanced& advanced, ContentHash::Value* hash);
+                          InputStream& stream, const OnProgress& advanced,
+                          ContentHash::Value* hash);
   void pump(WrittenItem& item, int level, InputStream& stream, Bytes begun,
             const std::function<void(Bytes)>& taken);
   void packTo(StreamDeflater& deflater, Bytes data, bool finish);

@@ -187,7 +187,7 @@ std::vector<std::pair<std::uint64_t, std::uint64_t>> notedDoubles(const ZipDirec
   std::vector<std::pair<std::uint64_t, std::uint64_t>> doubles;
   for (const ZipFault& fault : directory.faults()) {
     const bool isDouble =
-        fault.kind == ZipFaultKind::NameTwice || fault.kind == ZipFaultKind::FolderTwice;
+        fault.kind == ZipFaultKind::DuplicateName || fault.kind == ZipFaultKind::DuplicateFolder;
     if (isDouble) doubles.emplace_back(fault.entry, fault.first);
   }
   return doubles;
@@ -246,11 +246,11 @@ TEST(DirectoryPass, FindsADuplicateOfANameInAnOldCodePage) {
 
 TEST(DirectoryPass, ReportsADuplicateWithTheFirstEntryOfThatName) {
   EXPECT_EQ(faultsOf(directoryOf(withNames({"a", "b", "b"}))),
-            (Faults{{ZipFaultKind::NameTwice, true, 1, 0}}));
+            (Faults{{ZipFaultKind::DuplicateName, true, 1, 0}}));
 
   ZipBuilder folders;
   folders.add({.name = "a/"}).add({.name = "b/"}).add({.name = "b/"});
-  EXPECT_EQ(faultsOf(directoryOf(folders)), (Faults{{ZipFaultKind::FolderTwice, true, 1, 0}}));
+  EXPECT_EQ(faultsOf(directoryOf(folders)), (Faults{{ZipFaultKind::DuplicateFolder, true, 1, 0}}));
 }
 
 }  // namespace

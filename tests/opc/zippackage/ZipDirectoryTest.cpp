@@ -179,7 +179,7 @@ TEST(ZipDirectory, AFolderThatIsThereTwiceIsAWarning) {
   ZipBuilder builder = twoItems();
   builder.add({.name = "b/"}).add({.name = "b/"});
 
-  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::FolderTwice});
+  EXPECT_EQ(faultsOf(builder), Kinds{ZipFaultKind::DuplicateFolder});
   EXPECT_EQ(refusalOf(builder), "");
 }
 

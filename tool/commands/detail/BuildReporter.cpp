@@ -95,7 +95,7 @@ void BuildReporter::build(const std::function<BuildRequest()>& request, BuildRes
     throw;
   }
   if (isRehearsal) print(build.result);
-  if (!isRehearsal) process::Interrupt::tooLate();
+  if (!isRehearsal) process::Interrupt::ignoreFromNowOn();
 }
 
 void BuildReporter::run(const std::function<BuildRequest()>& request) {

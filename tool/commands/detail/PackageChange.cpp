@@ -62,7 +62,7 @@ PackageVerdict changeAndReview(AddonPackage& package, const std::string& path,
 /// Commits. After that, interrupts are ignored, since the new package is in place.
 void commit(AddonPackage& package) {
   package.logicalPackage().close(false);
-  process::Interrupt::tooLate();
+  process::Interrupt::ignoreFromNowOn();
 }
 
 }  // namespace

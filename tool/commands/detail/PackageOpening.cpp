@@ -25,8 +25,8 @@ std::unique_ptr<AddonPackage> openForChanging(const std::string& path) {
   return open(path, opc::interfaces::OpenMode::Modify);
 }
 
-void warnOfForeign(AddonPackage& package, const std::string& path,
-                   const line::Invocation& invocation) {
+void warnIfNotAddon(AddonPackage& package, const std::string& path,
+                    const line::Invocation& invocation) {
   if (invocation.settings().isQuiet || addon::comparison::isAddon(package)) return;
   report::printWarning(
       invocation, process::sentence("package", path,

@@ -15,7 +15,7 @@ std::unique_ptr<AddonPackage> openForReading(const std::string& path);
 std::unique_ptr<AddonPackage> openForChanging(const std::string& path);
 
 /// Warns, unless --quiet is set, if a package without files is not an add-on either.
-void warnOfForeign(AddonPackage& package, const std::string& path,
-                   const line::Invocation& invocation);
+void warnIfNotAddon(AddonPackage& package, const std::string& path,
+                    const line::Invocation& invocation);
 
 }  // namespace tool::commands::detail

@@ -8,9 +8,9 @@
 namespace opc {
 
 /// A failure with a text of its own and the errno value that describes it as well, or 0.
-class NumberedError : public Exception {
+class ErrnoError : public Exception {
  public:
-  NumberedError(ErrorCode code, const std::string& message, int number)
+  ErrnoError(ErrorCode code, const std::string& message, int number)
       : Exception(code, message), number_(number) {}
 
   int number() const noexcept { return number_; }
