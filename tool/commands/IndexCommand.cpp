@@ -62,8 +62,9 @@ constexpr std::array kOptions{
     detail::kTrustOption,
     line::OptionSpec{.longName = "require-signature", .help = "refuse packages without signature"},
     line::OptionSpec{.longName = "rebuild", .help = "rebuild the site from its packages"},
-    line::OptionSpec{.longName = "collect",
-                     .help = "remove files that no root has named for a day"},
+    line::OptionSpec{
+        .longName = "collect",
+        .help = "remove files that no root has named for a day, and those of killed runs"},
     line::OptionSpec{.longName = "timestamp",
                      .valueName = "SECONDS",
                      .help = "the time of the new root, in seconds since 1970"},
