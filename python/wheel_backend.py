@@ -55,10 +55,13 @@ def _build():
     built = os.environ.get("KRADDON_BUILD")
     if built:
         return pathlib.Path(built) / "python/kraddon"
-    for words in (["--preset", "release", "-DKRADDON_PYTHON=ON"],
+    folder = TOP / "build/release"
+    # The preset would switch off the tests of a folder that is configured.
+    preset = [] if (folder / "build.ninja").exists() else ["--preset", "release"]
+    for words in ([*preset, "-B", folder, "-DKRADDON_PYTHON=ON"],
                   ["--build", "--preset", "release", "--target", "kraddon_python_package"]):
         subprocess.run(["cmake", *words], cwd=TOP, check=True, stdout=sys.stderr)
-    return TOP / "build/release/python/kraddon"
+    return folder / "python/kraddon"
 
 
 def _tag(folder):

@@ -18,12 +18,18 @@ project(kraddon NONE)
 option(KRADDON_PYTHON "" OFF)
 option(KRADDON_TESTS "" OFF)
 add_custom_target(installed)
+add_custom_target(kraddon_python_package)
 enable_testing()
 foreach(name addon_comparison gateway_threads opc_interfaces zippackage_read)
   add_custom_target(${name}_test)
   add_test(NAME ${name}_test COMMAND ${CMAKE_COMMAND} -E touch ${CMAKE_BINARY_DIR}/${name}.ran)
 endforeach()
 """
+
+
+def options_of(build):
+    """The options of CMake that a build folder has."""
+    return dict(re.findall(r"(?m)^(\w+):\w+=(.*)$", (build / "CMakeCache.txt").read_text()))
 
 
 class Scripts(unittest.TestCase):
@@ -65,8 +71,7 @@ class Package(Scripts):
         done = self.run_script("package", KRADDON_BUILD=str(self.build))
         self.assertEqual(done.returncode, 1)
         self.assertTrue(done.stderr.endswith("the build is done\n"), done.stdout + done.stderr)
-        cache = (self.build / "CMakeCache.txt").read_text()
-        return dict(re.findall(r"(?m)^(\w+):\w+=(.*)$", cache))
+        return options_of(self.build)
 
     def test_it_configures_the_folder_that_it_is_told(self):
         options = self.options_after_packaging()
@@ -83,6 +88,31 @@ class Package(Scripts):
 
         self.assertEqual([options[name] for name in ("KRADDON_PYTHON", "KRADDON_TESTS",
                                                      "CMAKE_BUILD_TYPE")], ["ON", "ON", "Debug"])
+
+
+class Wheel(Scripts):
+
+    def options_after_building(self):
+        (self.work / "python").mkdir()
+        shutil.copy(TOP / "python/wheel_backend.py", self.work / "python")
+        env = {name: value for name, value in self.env.items() if name != "KRADDON_BUILD"}
+        subprocess.run(["/usr/bin/python3", "-c", "import wheel_backend; wheel_backend._build()"],
+                       cwd=self.work / "python", env=env, check=True, capture_output=True)
+        return options_of(self.work / "build/release")
+
+    def test_the_folder_is_configured_by_the_preset(self):
+        options = self.options_after_building()
+
+        self.assertEqual((options["KRADDON_PYTHON"], options["CMAKE_BUILD_TYPE"]),
+                         ("ON", "RelWithDebInfo"))
+
+    def test_a_folder_with_tests_keeps_them(self):
+        subprocess.run(["cmake", "--preset", "release-tests"], cwd=self.work, check=True,
+                       capture_output=True)
+
+        options = self.options_after_building()
+
+        self.assertEqual((options["KRADDON_PYTHON"], options["KRADDON_TESTS"]), ("ON", "ON"))
 
 
 class Test(Scripts):
