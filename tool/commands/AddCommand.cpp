@@ -33,7 +33,7 @@ using addon::packaging::AddonPackage;
 namespace {
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    detail::kPackageOperand,
     line::OperandSpec{.name = "FILE",
                       .help = "files, or folders with everything below them",
                       .isRepeatable = true}};

@@ -16,8 +16,7 @@ using addon::packaging::AddonPackage;
 
 namespace {
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"},
-                               detail::kDocumentOperand};
+constexpr std::array kOperands{detail::kPackageOperand, detail::kDocumentOperand};
 
 constexpr std::array kOptions{line::OptionSpec{.longName = "output",
                                                .shortName = 'o',

@@ -28,12 +28,7 @@ using addon::packaging::AddonPackage;
 
 namespace {
 
-constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
-    line::OperandSpec{.name = "PATH",
-                      .help = "files, or folders with everything below them (default: all)",
-                      .isRequired = false,
-                      .isRepeatable = true}};
+constexpr std::array kOperands{detail::kPackageOperand, detail::kAllPathsOperand};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "long",

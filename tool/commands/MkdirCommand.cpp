@@ -22,7 +22,7 @@ using addon::packaging::AddonPackage;
 namespace {
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    detail::kPackageOperand,
     line::OperandSpec{.name = "PATH", .help = "the folders to create", .isRepeatable = true}};
 
 constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,

@@ -30,7 +30,7 @@ namespace {
 using opc::plservices::FileSystemEntry;
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    detail::kPackageOperand,
     line::OperandSpec{.name = "FROM", .help = "the file or folder to rename"},
     line::OperandSpec{.name = "TO", .help = "its new path, or an existing folder to move it into"}};
 

@@ -9,6 +9,7 @@
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/FileNames.h"
 #include "tool/commands/detail/PackageOpening.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Interrupt.h"
 #include "tool/report/Output.h"
@@ -19,7 +20,7 @@ using addon::packaging::AddonPackage;
 
 namespace {
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{detail::kPackageOperand};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "output",

@@ -27,7 +27,7 @@ namespace {
 using opc::plservices::FileSystemEntry;
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    detail::kPackageOperand,
     line::OperandSpec{.name = "PATH",
                       .help = "files, or folders with everything below them",
                       .isRepeatable = true}};

@@ -9,6 +9,7 @@
 #include "text/Suggest.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/PackageOpening.h"
+#include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
 #include "tool/process/Interrupt.h"
@@ -36,7 +37,7 @@ std::vector<std::string> formatNames() {
   return {kFormatNames.begin(), kFormatNames.end()};
 }
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{detail::kPackageOperand};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "format",

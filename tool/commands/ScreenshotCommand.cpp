@@ -28,7 +28,7 @@ using addon::packaging::AddonPackage;
 namespace {
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    detail::kPackageOperand,
     line::OperandSpec{.name = "IMAGE",
                       .help = "the image to store (default: extract the stored one)",
                       .isRequired = false}};

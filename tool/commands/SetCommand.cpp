@@ -40,7 +40,7 @@ namespace {
 std::vector<std::string> assignmentsAfter(std::span<const std::string> operands);
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"}, detail::kDocumentOperand,
+    detail::kPackageOperand, detail::kDocumentOperand,
     line::OperandSpec{.name = "VALUE",
                       .help = "FILE.json, - for standard input, or FIELD=VALUE...",
                       .isRepeatable = true,

@@ -40,7 +40,7 @@ using process::Secret;
 
 namespace {
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{detail::kPackageOperand};
 
 constexpr std::array kOptions{
     line::OptionSpec{.longName = "key", .valueName = "FILE", .help = "the private key, in PEM"},

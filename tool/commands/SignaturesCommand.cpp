@@ -26,7 +26,7 @@ using opc::signatures::Verification;
 
 namespace {
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{detail::kPackageOperand};
 
 constexpr std::array kOptions{detail::kTrustOption, detail::kJsonOption};
 

@@ -28,7 +28,7 @@ namespace {
 std::vector<std::string> removableNames();
 
 constexpr std::array kOperands{
-    line::OperandSpec{.name = "PACKAGE", .help = "the package"},
+    detail::kPackageOperand,
     line::OperandSpec{.name = "DOCUMENT", .isRepeatable = true, .choices = removableNames}};
 
 constexpr std::array kOptions{detail::kNoVerifyOption, detail::kTimestampOption,

@@ -14,7 +14,7 @@ using addon::packaging::AddonPackage;
 
 namespace {
 
-constexpr std::array kOperands{line::OperandSpec{.name = "PACKAGE", .help = "the package"}};
+constexpr std::array kOperands{detail::kPackageOperand};
 
 constexpr std::array kOptions{detail::kTimestampOption, detail::kLevelOption,
                               detail::kLockTimeoutOption};

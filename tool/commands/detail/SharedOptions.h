@@ -7,6 +7,12 @@
 namespace tool::commands::detail {
 
 // Operands and options that several commands share.
+inline constexpr line::OperandSpec kPackageOperand{.name = "PACKAGE", .help = "the package"};
+inline constexpr line::OperandSpec kAllPathsOperand{
+    .name = "PATH",
+    .help = "files, or folders with everything below them (default: all)",
+    .isRequired = false,
+    .isRepeatable = true};
 inline constexpr line::OperandSpec kDocumentOperand{.name = "DOCUMENT",
                                                     .choices = json::documentNames};
 inline constexpr line::OptionSpec kDefaultExcludesOption{
