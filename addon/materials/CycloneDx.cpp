@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <fmt/format.h>
 
-#include <utility>
-
 #include "addon/materials/Materials.h"
-#include "text/JsonWriter.h"
+#include "addon/materials/detail/JsonDocument.h"
 
 namespace addon::materials {
 
@@ -12,10 +10,9 @@ namespace {
 
 constexpr std::string_view kAddon = "addon";
 
-class CycloneDxWriter {
+class CycloneDxWriter : detail::JsonDocument {
  public:
-  CycloneDxWriter(const Materials& materials, const Sink& sink)
-      : materials_(materials), sink_(sink) {}
+  CycloneDxWriter(const Materials& materials, const Sink& sink) : JsonDocument(materials, sink) {}
 
   void write(std::string_view tool) {
     json_.beginObject();
@@ -33,9 +30,7 @@ class CycloneDxWriter {
     json_.endObject();
     writeRequirements();
     writeDependencies();
-    json_.endObject();
-    text_ += '\n';
-    passOn();
+    end();
   }
 
  private:
@@ -198,20 +193,9 @@ class CycloneDxWriter {
     json_.endObject();
   }
 
-  void writeUnlessEmpty(std::string_view name, const std::u16string& text) {
-    if (!text.empty()) json_.member(name, std::u16string_view(text));
-  }
-
   static std::string requirementId(std::size_t index) {
     return fmt::format("requirement-{}", index + 1);
   }
-
-  void passOn() { sink_(std::exchange(text_, {})); }
-
-  const Materials& materials_;
-  const Sink& sink_;
-  std::string text_;
-  text::JsonWriter json_{text_};
 };
 
 }  // namespace

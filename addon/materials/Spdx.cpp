@@ -2,10 +2,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "addon/materials/Materials.h"
-#include "text/JsonWriter.h"
+#include "addon/materials/detail/JsonDocument.h"
 #include "text/Sha1.h"
 
 namespace addon::materials {
@@ -27,9 +26,9 @@ std::string verificationCodeOf(const std::vector<FileSums>& sums) {
   return code.finish();
 }
 
-class SpdxWriter {
+class SpdxWriter : detail::JsonDocument {
  public:
-  SpdxWriter(const Materials& materials, const Sink& sink) : materials_(materials), sink_(sink) {}
+  SpdxWriter(const Materials& materials, const Sink& sink) : JsonDocument(materials, sink) {}
 
   void write(std::string_view tool) {
     json_.beginObject();
@@ -44,9 +43,7 @@ class SpdxWriter {
     writeReferences();
     writeFiles();
     writeRelationships();
-    json_.endObject();
-    text_ += '\n';
-    passOn();
+    end();
   }
 
  private:
@@ -188,22 +185,11 @@ class SpdxWriter {
     passOn();
   }
 
-  void writeUnlessEmpty(std::string_view name, const std::u16string& text) {
-    if (!text.empty()) json_.member(name, std::u16string_view(text));
-  }
-
   static std::string fileId(std::size_t index) { return fmt::format("SPDXRef-File-{}", index + 1); }
 
   static std::string requirementId(std::size_t index) {
     return fmt::format("SPDXRef-Requirement-{}", index + 1);
   }
-
-  void passOn() { sink_(std::exchange(text_, {})); }
-
-  const Materials& materials_;
-  const Sink& sink_;
-  std::string text_;
-  text::JsonWriter json_{text_};
 };
 
 }  // namespace
