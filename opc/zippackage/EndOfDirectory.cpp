@@ -102,10 +102,17 @@ bool agrees(const EndRecord& record, const Zip64EndRecord& wide) {
 std::optional<std::uint64_t> lastSignature(const FileTail& tail, std::uint64_t before) {
   constexpr unsigned char kText[4] = {'P', 'K', 5, 6};
   const unsigned char* first = tail.at(tail.start());
-  const unsigned char* end = first + (before - tail.start());
-  const unsigned char* found = std::find_end(first, end, std::begin(kText), std::end(kText));
-  if (found == end) return std::nullopt;
-  return tail.start() + static_cast<std::uint64_t>(found - first);
+  std::size_t size = before - tail.start();
+  while (size >= sizeof kText) {
+    // Few bytes are that letter, and memrchr() looks at many at once.
+    const auto* found =
+        static_cast<const unsigned char*>(::memrchr(first, kText[0], size - (sizeof kText - 1)));
+    if (found == nullptr) break;
+    const auto offset = static_cast<std::size_t>(found - first);
+    if (std::equal(std::begin(kText), std::end(kText), found)) return tail.start() + offset;
+    size = offset + sizeof kText - 1;
+  }
+  return std::nullopt;
 }
 
 // Some readers compare the end records that they find, and take the one whose directory agrees best
