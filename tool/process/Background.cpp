@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 #include <pthread.h>
+#include <sched.h>
 #include <sys/resource.h>
 
 #include <csignal>
@@ -73,11 +74,16 @@ std::unique_ptr<BackgroundTask> start(std::function<void()> work) {
   }
 }
 
+/// Of the processors that this process may use. The C++ library counts all that are online.
+bool hasOneProcessor() {
+  ::cpu_set_t processors;
+  return ::sched_getaffinity(0, sizeof processors, &processors) == 0 && CPU_COUNT(&processors) == 1;
+}
+
 }  // namespace
 
 opc::interfaces::BackgroundStarter secondThread() {
-  // Of those that this process may use.
-  return std::thread::hardware_concurrency() > 1 ? start : opc::interfaces::BackgroundStarter();
+  return hasOneProcessor() ? opc::interfaces::BackgroundStarter() : start;
 }
 
 void withEnoughStack(const std::function<void()>& work) {

@@ -7,7 +7,8 @@
 
 namespace tool::process {
 
-/// A second thread for work that can be shared, if there is a processor for it. It blocks signals.
+/// A second thread for work that can be shared. It blocks signals. Empty if the process may use one
+/// processor only.
 opc::interfaces::BackgroundStarter secondThread();
 
 /// Runs `work`, which must not throw, with a stack that is large enough for every input. If the
