@@ -17,6 +17,7 @@ constexpr std::size_t kNone = std::string_view::npos;
 constexpr std::string_view kCard = "<li class=\"card\">";
 
 std::string_view textOf(const opc::ByteBuffer& file) {
+  if (file.size() == 0) return "";  // has no memory
   return {reinterpret_cast<const char*>(file.data()), file.size()};
 }
 
