@@ -63,12 +63,12 @@ constexpr std::array kExamples{
 
 constexpr const char* kDescription =
     "Prints one line for each property, field of a document, file and empty folder that differs: + "
-    "added, - removed, ~ changed, > moved. Files are compared by their content; times and "
-    "compression are ignored, so packages with the same digest (see 'kraddon info') are the same. "
-    "Other parts and relationships are compared, too, including those of packages that are not "
-    "add-ons; the names of such parts begin with a slash. "
-    "A folder is compared as the package that 'kraddon build' would build from it. With PATH, "
-    "only files are compared.\n"
+    "added, - removed, ~ changed, > moved. Files are compared by their content; times, the "
+    "executable bit and compression are ignored, so packages with the same digest (see 'kraddon "
+    "info') are the same. Other parts and relationships are compared, too, including those of "
+    "packages that are not add-ons; the names of such parts begin with a slash. A folder is "
+    "compared as the package that 'kraddon build' would build from it. With PATH, only files are "
+    "compared.\n"
     "\n"
     "The exit code is 0 if nothing differs, 1 if "
     "something does, and 2 on failure.";

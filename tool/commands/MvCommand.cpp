@@ -118,9 +118,10 @@ constexpr line::CommandSpec kMvCommand{
     .name = "mv",
     .summary = "renames or moves a file or folder",
     .description =
-        "Paths in documents that refer to it, or to something below it, are updated. Missing "
-        "parent folders are created. Nothing is ever replaced: if the new path already exists, "
-        "and is not a folder to move into, nothing is changed.",
+        "Paths in documents that refer to it, or to something below it, are updated, but not "
+        "those of images in the description. Missing parent folders are created. Nothing is ever "
+        "replaced: if the new path already exists, and is not a folder to move into, nothing is "
+        "changed.",
     .operands = kOperands,
     .options = kOptions,
     .run = run,

@@ -123,7 +123,8 @@ constexpr line::CommandSpec kScreenshotCommand{
     .summary = "stores or extracts the screenshot",
     .description =
         "With IMAGE, stores it as the screenshot and the thumbnail of the package, replacing any "
-        "earlier one. IMAGE is a PNG, GIF, TIFF, BMP or JPEG file with the matching extension. "
+        "earlier one. IMAGE is a PNG, GIF, TIFF, BMP or JPEG file with the matching extension: "
+        ".png, .gif, .tiff, .bmp, .jpg, .jpeg or .jpe. "
         "Without IMAGE, writes the stored image unchanged to the file given with -o, replacing it. "
         "Without -o, the file is named after the package, with the extension of the image's "
         "format, and must not exist; a stored screenshot that is not an image is then refused.",
