@@ -30,6 +30,10 @@ VersionKey toKey(const VersionName& name) {
   return {keyOf(name.guid), name.version};
 }
 
+std::string textOf(const VersionName& name) {
+  return name.version.empty() ? name.guid : name.guid + '@' + name.version;
+}
+
 /// The records that were added, in a file.
 class AddedRecords final : public RecordLines {
  public:
@@ -61,6 +65,8 @@ class SiteUpdate {
     intake_ = std::make_unique<Intake>(request_, files_, known, base_ + 1, std::move(gone_),
                                        std::move(yanked_));
     takePackages();
+    if (request_.isRebuilding) refuseMissing();
+    if (intake_->hasRefused()) keepWhatIsNotReplaced();
     commit();
     finishDerivedFiles(wereComplete && !request_.isRebuilding);
     if (request_.isCollecting && !now_->isNew()) result_.collected = collect(files_, *now_);
@@ -106,23 +112,33 @@ class SiteUpdate {
     }
   }
 
-  /// The records of an add-on that must be there.
-  std::vector<Record> oldRecords(const VersionName& name) const {
-    std::vector<Record> records = old_.records(keyOf(name.guid));
-    if (!name.version.empty()) {
-      std::erase_if(records, [&](const Record& each) { return each.version != name.version; });
+  std::vector<Record> recordsOf(const std::string& guid, const std::string& version) const {
+    std::vector<Record> records = old_.records(keyOf(guid));
+    if (!version.empty()) {
+      std::erase_if(records, [&](const Record& each) { return each.version != version; });
     }
+    return records;
+  }
+
+  /// The records of an add-on that must be there. GUIDs and versions may contain the character that
+  /// separates them.
+  std::vector<Record> oldRecords(const VersionName& name, bool needsVersion) const {
+    const std::string text = textOf(name);
+    for (std::size_t at = text.rfind('@'); at != std::string::npos && at != 0;
+         at = text.rfind('@', at - 1)) {
+      std::vector<Record> records = recordsOf(text.substr(0, at), text.substr(at + 1));
+      if (!records.empty()) return records;
+    }
+    std::vector<Record> records;
+    if (!needsVersion) records = recordsOf(text, {});
     if (!records.empty()) return records;
-    const std::string& version = name.version;
-    throw opc::Exception(
-        opc::ErrorCode::NotFound,
-        opc::sentence("unknown add-on", version.empty() ? name.guid : name.guid + "@" + version,
-                      "the site does not have it"));
+    throw opc::Exception(opc::ErrorCode::NotFound,
+                         opc::sentence("unknown add-on", text, "the site does not have it"));
   }
 
   void planRemovals() {
     for (const VersionName& name : request_.removals) {
-      for (const Record& record : oldRecords(name)) {
+      for (const Record& record : oldRecords(name, false)) {
         if (gone_.insert(toKey({record.guid, record.version})).second) {
           result_.removed.push_back({record.guid, record.version});
         }
@@ -134,7 +150,7 @@ class SiteUpdate {
     const auto plan = [&](const std::vector<VersionName>& names, bool isYanked,
                           std::vector<VersionName>& done) {
       for (const VersionName& name : names) {
-        for (const Record& record : oldRecords(name)) {
+        for (const Record& record : oldRecords(name, true)) {
           if (record.isYanked == isYanked) continue;
           if (!marks_.emplace(toKey({record.guid, record.version}), isYanked).second) continue;
           done.push_back({record.guid, record.version});
@@ -153,7 +169,7 @@ class SiteUpdate {
       stored = detail::storedPackages(files_);
       if (knowsAll) std::erase_if(stored, [&](const auto& path) { return !named_.contains(path); });
     }
-    std::vector<std::string> given = detail::packagesIn(request_.packages);
+    std::vector<std::string> given = detail::packagesIn(request_.packages, request_.site);
     std::vector<detail::PackageSource> sources;
     sources.reserve(stored.size() + given.size());
     for (std::string& path : stored) sources.push_back({std::move(path), true});
@@ -164,6 +180,24 @@ class SiteUpdate {
     intake_->add(sources, [&] {
       if (request_.stop) request_.stop();
       if (request_.progress) request_.progress({done++, total, 0, 0});
+    });
+  }
+
+  /// Packages that the old root names and that are neither in the site nor given.
+  void refuseMissing() {
+    for (const std::string& path : named_) {
+      if (!files_.exists(path)) intake_->refuse(files_.onDisk(path), "it is missing");
+    }
+  }
+
+  /// Whoever replaces a version must not lose it because the new package is refused.
+  void keepWhatIsNotReplaced() {
+    std::erase_if(result_.removed, [&](const VersionName& name) {
+      if (intake_->candidates().contains(toKey(name))) return false;
+      intake_->keep(toKey(name));
+      intake_->refuse(textOf(name),
+                      "it is not removed, since a package of the same run is refused");
+      return true;
     });
   }
 

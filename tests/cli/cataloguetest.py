@@ -19,15 +19,16 @@ HASHED = re.compile(r"(?:index|shards|packages|pages/[^/]+/[^/]+)/([0-9a-f]{64})
 class CatalogueTest(kraddontest.CliTest):
 
     def addon(self, file, name="Wave Tools", version="1.0", number=1, *words, content="x",
-              summary=None, author="Ada Lind"):
+              summary=None, author="Ada Lind", time=TIME):
         """Makes a package, and returns its name."""
         source = self.path(f"{file}.src")
         source.mkdir(parents=True, exist_ok=True)
         (source / "a.m").write_text(content)
         self.path(file).parent.mkdir(parents=True, exist_ok=True)
         self.ok("create", file, f"{file}.src", "--name", name, "--version", version, "--guid",
-                GUID.format(number), "--summary", f"Summary of {name}" if summary is None else summary, "--author", author,
-                "--timestamp", TIME, "--quiet", *words)
+                GUID.format(number), "--summary",
+                f"Summary of {name}" if summary is None else summary, "--author", author,
+                "--timestamp", time, "--quiet", *words)
         return file
 
     def addons(self, count):
@@ -103,6 +104,25 @@ class CatalogueTest(kraddontest.CliTest):
         named = [dict(zip(rows["columns"], row)) for row in rows["versions"]]
         self.assertEqual(sorted((row["sha256"], row["yanked"]) for row in named),
                          sorted((record["sha256"], record["yanked"]) for record in records))
+
+    def rewrite_shard(self, guid, old, new):
+        """Changes a text in the shard of an add-on, with all hashes. Returns its path."""
+        [path] = [path for path in self.path("site/shards").iterdir() if guid in path.read_text()]
+        shard = self.write_hashed("shards", path.read_text().replace(old, new))
+        path.unlink()
+        root = self.root()
+        index = json.loads(self.path(f"site/{root['index']['path']}").read_text())
+        name = hashlib.sha256(guid.encode()).hexdigest()[:2]
+        index["shards"][name].update(shard)
+        root["index"] = self.write_hashed("index", json.dumps(index))
+        root["shards"][name] = shard["sha256"]
+        self.write("site/root.json", json.dumps(root))
+        return f"site/{shard['path']}"
+
+    def write_hashed(self, folder, text):
+        sha256 = hashlib.sha256(text.encode()).hexdigest()
+        self.write(f"site/{folder}/{sha256}.json", text)
+        return {"path": f"{folder}/{sha256}.json", "sha256": sha256, "size": len(text.encode())}
 
     def assert_hashed(self, site="site"):
         """Every file that is named by a hash has it."""

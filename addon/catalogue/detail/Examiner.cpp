@@ -55,6 +55,7 @@ Examination Examiner::examine(const PackageSource& source) const noexcept {
 }
 
 void Examiner::look(const PackageSource& source, Examination& result) const {
+  result.isOfSite = source.isStored;
   result.file = source.isStored ? files_.onDisk(source.path) : source.path;
   bring(source, result);
   if (result.refusal || (result.stored->isStored() && isUnchanged(*result.stored))) return;

@@ -25,6 +25,7 @@ struct PackageSource {
 /// What a package is by itself, before it is compared with others.
 struct Examination {
   std::string file;                                       ///< as messages name it
+  bool isOfSite = false;                                  ///< the site has it already
   std::unique_ptr<PackageFile> stored = nullptr;          ///< what the site will have
   std::unique_ptr<packaging::AddonPackage> package = {};  ///< the same, open
   std::optional<Record> record = std::nullopt;    ///< none if it is refused, or if the site has it

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <tuple>
 #include <utility>
 
 #include "addon/catalogue/SitePaths.h"
@@ -17,6 +18,10 @@ namespace {
 
 /// One by one, and few ahead: each has open files, and its directory in memory.
 constexpr opc::interfaces::BatchLimits kLimits{.jobs = 1, .effort = 1, .batches = 6, .ahead = 6};
+
+std::string titleOf(const Record& record) {
+  return fmt::format("version {} of '{}'", record.version, record.name);
+}
 
 }  // namespace
 
@@ -57,7 +62,7 @@ void Intake::addExamined(Examination& examined) {
   if (examined.refusal) refused_.push_back(*std::move(examined.refusal));
   if (!examined.record) return;
   const VersionKey name{keyOf(examined.record->guid), examined.record->version};
-  if (!isAlone(examined.file, name, *examined.record)) return;
+  if (!isAlone(examined, name)) return;
   examined.stored->putInPlace();
   take(examined, name);
 }
@@ -75,30 +80,55 @@ std::string Intake::hashOf(const VersionKey& name) {
   return {};
 }
 
-bool Intake::isAlone(const std::string& file, const VersionKey& name, const Record& record) {
-  const std::string title = fmt::format("version {} of '{}'", record.version, record.name);
+bool Intake::isAlone(const Examination& examined, const VersionKey& name) {
+  const Record& record = *examined.record;
   if (const std::string old = hashOf(name); !old.empty()) {
     if (old == record.sha256) return false;  // It is the same.
-    refuse(file, fmt::format("the site has another package with {}", title));
+    refuse(examined.file, "the site has another package with " + titleOf(record));
     return false;
   }
   const auto found = candidates_.find(name);
   if (found == candidates_.end()) return true;
-  if (found->second.sha256 == record.sha256) return false;
-  found->second.isDoubtful = true;
-  refuse(file, fmt::format("'{}' has {}, too", found->second.file, title));
-  return false;
+  if (found->second.sha256 == record.sha256 || !isBetter(examined, found->second)) {
+    return false;
+  }
+  candidates_.erase(found);
+  return true;
+}
+
+bool Intake::isBetter(const Examination& examined, Candidate& other) {
+  const std::string title = titleOf(*examined.record);
+  if (!other.isOfSite) {
+    other.isDoubtful = true;
+    refuse(examined.file, fmt::format("'{}' has {}, too", other.file, title));
+    return false;
+  }
+  if (!examined.isOfSite) {
+    refuse(examined.file, "the site has another package with " + title);
+    return false;
+  }
+  // After a root was lost, nothing says which of them it named.
+  const auto rank = [](const auto& each) { return std::tie(each.modified, each.sha256); };
+  const bool isLater = rank(*examined.record) > rank(other);
+  refuse(isLater ? other.file : examined.file,
+         fmt::format("another package of the site has {}, and was modified later", title));
+  return isLater;
 }
 
 void Intake::take(Examination& examined, const VersionKey& name) {
   Record& record = *examined.record;
   record.isYanked = yanked_.contains(name);
   writeScreenshot(files_, *examined.package, record);
-  Candidate candidate{examined.file, record.sha256};
+  Candidate candidate{examined.file, record.sha256, record.modified, examined.isOfSite};
   // A page that the old root names belongs to its package until the new root is in place.
   candidate.isPageMissing =
       gone_.contains(name) && files_.exists(record.page) && !isPageOf(files_, record);
-  if (!candidate.isPageMissing) writePage(files_, *examined.package, record, sequence_);
+  if (!candidate.isPageMissing) {
+    // A rebuild makes the same page again.
+    const bool isAgain = request_.isRebuilding && isPageOf(files_, record);
+    const std::uint64_t sequence = isAgain ? sequenceAtStart(files_, record.page) : sequence_;
+    writePage(files_, *examined.package, record, sequence);
+  }
   candidate.line = spool_.add(toLine(record));
   candidates_.emplace(name, std::move(candidate));
 }
@@ -110,12 +140,15 @@ void Intake::finish() {
       continue;
     }
     const Record record = parseRecord(spool_.line(each->second.line));
-    refuse(each->second.file,
-           fmt::format("another package has version {} of '{}', too", record.version, record.name));
+    refuse(each->second.file, fmt::format("another package has {}, too", titleOf(record)));
     each = candidates_.erase(each);
   }
+}
+
+std::vector<Refusal> Intake::takeRefused() {
   std::sort(refused_.begin(), refused_.end(),
             [](const Refusal& a, const Refusal& b) { return a.verdict.file < b.verdict.file; });
+  return std::move(refused_);
 }
 
 }  // namespace addon::catalogue::detail

@@ -27,6 +27,8 @@ class Intake {
   struct Candidate {
     std::string file;
     std::string sha256;
+    std::string modified;        ///< the time in its record
+    bool isOfSite = false;       ///< whether the site had its package before
     std::size_t line = 0;        ///< of its record in the spool
     bool isPageMissing = false;  ///< since the old root names that of another package
     bool isDoubtful = false;     ///< there is another one, so neither is taken
@@ -45,18 +47,25 @@ class Intake {
   /// that are not those of a package.
   void add(const std::vector<PackageSource>& sources, const std::function<void()>& onEach);
 
+  /// Packages of the site that a rebuild misses are refused like this, too.
+  void refuse(const std::string& file, std::string reason);
+  bool hasRefused() const { return !refused_.empty(); }
   const Versions& gone() const { return gone_; }
+  /// Keeps a version that was to be gone.
+  void keep(const VersionKey& name) { gone_.erase(name); }
   const std::map<VersionKey, Candidate>& candidates() const { return candidates_; }
   const RecordSpool& spool() const { return spool_; }
-  std::vector<Refusal> takeRefused() { return std::move(refused_); }
+  /// What was refused, by file.
+  std::vector<Refusal> takeRefused();
 
  private:
   void addExamined(Examination& examined);
   std::string hashOf(const VersionKey& name);
   /// Whether it is the only one of its version.
-  bool isAlone(const std::string& file, const VersionKey& name, const Record& record);
+  bool isAlone(const Examination& examined, const VersionKey& name);
+  /// Whether it is to be taken instead of the candidate; refuses one of the two, or both.
+  bool isBetter(const Examination& examined, Candidate& other);
   void take(Examination& examined, const VersionKey& name);
-  void refuse(const std::string& file, std::string reason);
   /// Takes back what is doubtful.
   void finish();
 
@@ -65,7 +74,7 @@ class Intake {
   const SiteState& old_;  // under the mutex
   std::mutex mutex_;
   const std::uint64_t sequence_;
-  const Versions gone_;
+  Versions gone_;
   const Versions yanked_;
   RecordSpool spool_;
   std::map<VersionKey, Candidate> candidates_;

@@ -34,7 +34,14 @@ bool isPackageName(const std::string& name) {
   return name.ends_with(packaging::kPackageExtension) && !opc::isTemporaryName(name);
 }
 
-void addFrom(const std::string& folder, std::vector<std::string>& packages) {
+bool isSame(const fs::path& folder, const std::string& other) {
+  std::error_code error;
+  return fs::equivalent(folder, other, error);
+}
+
+void addFrom(const std::string& folder, const std::string& site,
+             std::vector<std::string>& packages) {
+  if (isSame(folder, site)) return;
   std::error_code error;
   std::string reading = folder;
   fs::recursive_directory_iterator each(folder, error);
@@ -44,7 +51,8 @@ void addFrom(const std::string& folder, std::vector<std::string>& packages) {
     const bool isFolder = each->is_directory(ofLink);
     if (!isFolder && isPackageName(path.filename().string())) packages.push_back(path.string());
     // Links to folders are not followed.
-    const bool isNext = isFolder && !each->is_symlink(ofLink);
+    const bool isNext = isFolder && !each->is_symlink(ofLink) && !isSame(path, site);
+    if (!isNext) each.disable_recursion_pending();
     reading = (isNext ? path : path.parent_path()).string();
     each.increment(error);
   }
@@ -73,12 +81,13 @@ bool isOfSite(const std::string& name) {
 
 }  // namespace
 
-std::vector<std::string> packagesIn(const std::vector<std::string>& given) {
+std::vector<std::string> packagesIn(const std::vector<std::string>& given,
+                                    const std::string& site) {
   std::vector<std::string> packages;
   for (const std::string& path : given) {
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
-      addFrom(path, packages);
+      addFrom(path, site, packages);
     } else {
       packages.push_back(path);
     }

@@ -9,9 +9,9 @@
 
 namespace addon::catalogue::detail {
 
-/// The files that are given, and all packages below the folders that are given, in order. Throws
-/// opc::SystemError for a folder that cannot be read.
-std::vector<std::string> packagesIn(const std::vector<std::string>& given);
+/// The files that are given, and all packages below the folders that are given, in order, but not
+/// those of the folder `site`. Throws opc::SystemError for a folder that cannot be read.
+std::vector<std::string> packagesIn(const std::vector<std::string>& given, const std::string& site);
 
 /// The paths of all packages that a site has, named by the root or not.
 std::vector<std::string> storedPackages(const SiteFiles& files);
