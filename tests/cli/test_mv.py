@@ -3,6 +3,7 @@
 
 import json
 import os
+import zipfile
 
 import kraddontest
 
@@ -36,6 +37,13 @@ class MvTest(kraddontest.CliTest):
     def refused(self, *words, message, hint=None):
         self.fails("mv", "p.kraddon", *words, message=message, hint=hint)
         self.assertEqual(self.path("p.kraddon").read_bytes(), self.before)
+
+    def edit(self, name, changes):
+        with zipfile.ZipFile(self.path(name)) as archive:
+            entries = [(info, archive.read(info)) for info in archive.infolist()]
+        with zipfile.ZipFile(self.path(name), "w") as archive:
+            for info, content in entries:
+                archive.writestr(info.filename, changes.get(info.filename, content))
 
 
 class Files(MvTest):
@@ -71,6 +79,23 @@ class Files(MvTest):
         self.assertEqual(self.listing(), ["A.m", "Lib/b.m", "Lib/deep/c.m", "Lib/void",
                                           "docs/x.txt", "library.m"])
         self.assertIn("files/A.m", self.entries())
+
+    def test_a_type_of_its_own_stays_while_the_extension_does(self):
+        types = self.entries()["[Content_Types].xml"]
+        for old, new, moved in (("a.m", "b.m", "b.m"), ("a.m", "A.m", "A.m"),
+                                ("a.m", "a.M", "a.M"), ("a.m", "x/b.M", "x/b.M"),
+                                ("lib/b.m", "lib/B.m", "lib/B.m"), ("lib", "LIB", "LIB/b.m")):
+            with self.subTest(old=old, new=new):
+                part = "lib/b.m" if old == "lib" else old
+                own = '<Override PartName="/files/{}" ContentType="text/x-own"/>'
+                self.write("p.kraddon", self.before)
+                self.edit("p.kraddon", {"[Content_Types].xml": types.replace(
+                    b"</Types>", own.format(part).encode() + b"</Types>")})
+                self.mv(old, new)
+                stored = self.entries()["[Content_Types].xml"].decode()
+                self.assertIn(own.format(moved), stored)
+                self.assertEqual(stored.count("text/x-own"), 1)
+                self.assert_sound()
 
     def test_time_mode_and_type_stay(self):
         self.write("run.sh", "#!/bin/sh\n").chmod(0o755)
@@ -156,14 +181,6 @@ class References(MvTest):
         self.assertEqual(self.run_kraddon("mv", "p.kraddon", "a.m", "b.m").code, 1)
         self.assertEqual(self.path("p.kraddon").read_bytes(), self.before)
         self.mv("a.m", "b.m", "--keep-references")
-
-    def edit(self, name, changes):
-        import zipfile
-        with zipfile.ZipFile(self.path(name)) as archive:
-            entries = [(info, archive.read(info)) for info in archive.infolist()]
-        with zipfile.ZipFile(self.path(name), "w") as archive:
-            for info, content in entries:
-                archive.writestr(info.filename, changes.get(info.filename, content))
 
 
 if __name__ == "__main__":

@@ -57,6 +57,21 @@ std::uint64_t sizeWith(std::uint64_t tableSize, std::string_view path, const cha
                       (size == 0 ? "the path is too long" : "the table of the file tree is full"));
 }
 
+bool haveSameExtension(std::string_view a, std::string_view b) {
+  return toLowerAscii(extensionOf(a)) == toLowerAscii(extensionOf(b));
+}
+
+/// A free path beside `path`. It has the same extension, so that files keep their content types.
+std::string freePathBeside(FileTree& nodes, std::string path) {
+  const std::size_t name = path.size() - lastComponent(path).size();
+  const std::size_t dot = path.rfind('.');
+  const std::size_t end = dot == std::string::npos || dot <= name ? path.size() : dot;
+  do {
+    path.insert(end, 1, '~');
+  } while (nodes.find(path) != FileTree::kNone);
+  return path;
+}
+
 }  // namespace
 
 FileTreeEditor::FileTreeEditor(model::Package& package, FileTreePart part,
@@ -139,7 +154,7 @@ void FileTreeEditor::copyFile(NodeId file, std::string_view path) {
   model::StandardPartInfo info(interfaces::CompressionType::Normal, known.size);
   info.modified = known.modified;
   info.executable = known.executable;
-  const bool keepsType = extensionOf(path) == extensionOf(tree_->nodes.name(file));
+  const bool keepsType = haveSameExtension(path, tree_->nodes.name(file));
   const auto create = [&](const model::PartName& name, const model::ContentType& type) {
     const auto part =
         package_.createPart(name, keepsType ? package_.contentTypeOf(old) : type, info);
@@ -185,8 +200,7 @@ void FileTreeEditor::move(NodeId node, std::string_view path) {
   const std::string from = tree_->nodes.path(node);
   // Part names do not differ by case, so that the old ones must be gone before.
   if (toLowerAscii(to) == toLowerAscii(from)) {
-    std::string between = to + "~";
-    while (tree_->nodes.find(between) != FileTree::kNone) between += "~";
+    const std::string between = freePathBeside(tree_->nodes, to);
     move(node, between);
     node = tree_->nodes.find(between);
   }
