@@ -48,12 +48,42 @@ std::vector<NodeId> foldersOf(const std::vector<Item>& items, FileTree& tree) {
   return folders;
 }
 
+bool isFolder(const std::string& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+/// Whether a new folder could not get that path, even if a link there leads nowhere.
+bool isTaken(const std::string& path) {
+  struct stat info {};
+  return ::lstat(path.substr(0, path.find_last_not_of('/') + 1).c_str(), &info) == 0;
+}
+
+/// Throws if the folder `path`, which could not be opened for the reason `number`, cannot be made
+/// either, since something that is not a folder has its path or that of a folder above it.
+void requireRoomFor(const std::string& path, int number) {
+  if (path.empty()) throw systemError("cannot make folder", path, number);
+  if (isTaken(path)) throw systemError("cannot open folder", path, number);
+  for (auto slash = path.find('/', 1); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    const std::string above = path.substr(0, slash);
+    if (isFolder(above)) continue;
+    if (!isTaken(above)) return;
+    throw systemError("cannot make folder", path.substr(0, path.find('/', slash + 1)), number);
+  }
+}
+
+/// None if the folder is missing and can be made.
 FileDescriptor openDestination(const std::string& path) {
   FileDescriptor folder(
       opc::uninterrupted([&] { return ::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
   const int number = errno;
-  if (folder || number == ENOENT || number == ENOTDIR) return folder;
-  throw systemError("cannot open folder", path, number);
+  if (folder) return folder;
+  if (number != ENOENT && number != ENOTDIR) {
+    throw systemError("cannot open folder", path, number);
+  }
+  requireRoomFor(path, number);
+  return folder;
 }
 
 std::optional<opc::FileIdentity> identityIn(int folder, const std::string& name) {

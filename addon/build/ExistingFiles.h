@@ -24,8 +24,8 @@ struct Existing {
 
 /// Which of `items` and of the folders above them already exist below the folder `destination`;
 /// none if it is missing. Follows no links below it: throws opc::Exception, as extracting does, if
-/// a link or a file is in the place of a folder that an item needs, or a folder in the place of a
-/// file.
+/// a link or a file is in the place of a folder that an item needs, a folder in the place of a
+/// file, or something that is not a folder in the place of `destination` or of a folder above it.
 Existing findExisting(const std::vector<addon::comparison::Item>& items,
                       const std::string& destination);
 
