@@ -178,9 +178,13 @@ class Extract(kraddontest.CliTest):
                          FILES["z.bin"])
         self.assertEqual(self.ok("extract", "p.kraddon", "--glob", "z*", "--stdout").out,
                          FILES["z.bin"])
-        for words in ([], ["lib"], ["lib/void"], ["a.m", "z.bin"]):
-            result = self.fails("extract", "p.kraddon", *words, "--stdout")
-            self.assertIn("--stdout needs exactly one file", result.errors)
+        self.package("q.kraddon", {"void/": "", "empty/": ""})
+        for name, words, found in (("p", [], "3 files"), ("p", ["lib"], "1 file and 1 folder"),
+                                   ("p", ["lib/void"], "a folder"), ("q", [], "2 folders"),
+                                   ("p", ["a.m", "z.bin"], "2 files")):
+            self.fails("extract", f"{name}.kraddon", *words, "--stdout",
+                       message="cannot write to standard output: --stdout needs exactly one file, "
+                               f"not {found}")
         self.misused("extract", "p.kraddon", "a.m", "--stdout", "-d", "x",
                      message="bad option '--stdout': it cannot be combined with --directory")
 

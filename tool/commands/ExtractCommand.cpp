@@ -143,11 +143,22 @@ void checkExisting(const std::vector<ExistingFile>& existing, std::vector<Item>&
   }
 }
 
+/// What was chosen instead of one file.
+std::string describeChoice(const std::vector<Item>& items) {
+  const auto isFolder = [](const Item& item) { return item.isFolder(); };
+  const auto folders =
+      static_cast<std::size_t>(std::count_if(items.begin(), items.end(), isFolder));
+  const std::size_t files = items.size() - folders;
+  if (files > 1 || folders == 0) return text::counted(files, "file");
+  if (files == 1) return "1 file and " + text::counted(folders, "folder");
+  return folders == 1 ? "a folder" : text::counted(folders, "folder");
+}
+
 void writeToOutput(AddonPackage& package, const std::vector<Item>& items) {
   if (items.size() != 1 || items[0].isFolder()) {
     throw process::Failure(
         fmt::format("cannot write to standard output: --stdout needs exactly one file, not {}",
-                    items.size() == 1 ? "a folder" : text::counted(items.size(), "file")));
+                    describeChoice(items)));
   }
   const auto stream = openItem(package, items[0]);
   std::vector<unsigned char> buffer(std::size_t{256} << 10);
