@@ -13,9 +13,11 @@
 #include <utility>
 
 #include "addon/packaging/AddonRevisionHistory.h"
+#include "addon/packaging/ImageSignature.h"
 #include "addon/project/PlainText.h"
 #include "addon/project/detail/LicenseGuess.h"
 #include "addon/project/detail/ReadmeGuess.h"
+#include "opc/Streams.h"
 #include "opc/Text.h"
 
 namespace addon::project {
@@ -195,22 +197,45 @@ void guessAuthor(const GitFacts& git, Guesses& guesses) {
   if (!git.userEmail.empty()) guesses.contact = {git.userEmail, "git's user.email"};
 }
 
-/// Looks at the top, then in images/, then in art/, in the order of the extensions.
-void guessScreenshot(const ProjectFolder& folder, Guesses& guesses) {
+/// At the top, then in images/, then in art/, in the order of the extensions.
+std::vector<std::string> filesNamedScreenshot(const ProjectFolder& folder) {
   constexpr std::array<std::string_view, 3> kFolders{"", "images", "art"};
-  std::pair best{kFolders.size(), kImageExtensions.size()};
+  const auto indexIn = [](const auto& words, std::string_view word) {
+    return static_cast<std::size_t>(std::find(words.begin(), words.end(), opc::toLowerAscii(word)) -
+                                    words.begin());
+  };
+  const auto rank = [&](std::string_view path) {
+    return std::pair{indexIn(kFolders, folderOf(path)),
+                     indexIn(kImageExtensions, extensionOf(path))};
+  };
+  std::vector<std::string> found;
   for (const std::string& path : folder.files()) {
     if (opc::toLowerAscii(withoutExtension(fileOf(path))) != "screenshot") continue;
-    const auto indexIn = [](const auto& words, std::string_view word) {
-      return static_cast<std::size_t>(
-          std::find(words.begin(), words.end(), opc::toLowerAscii(word)) - words.begin());
-    };
-    const std::pair rank{indexIn(kFolders, folderOf(path)),
-                         indexIn(kImageExtensions, extensionOf(path))};
-    if (rank.first == kFolders.size() || rank.second == kImageExtensions.size()) continue;
-    if (rank >= best) continue;
-    best = rank;
-    guesses.screenshot = path;
+    const auto [place, extension] = rank(path);
+    if (place == kFolders.size() || extension == kImageExtensions.size()) continue;
+    found.push_back(path);
+  }
+  std::stable_sort(found.begin(), found.end(),
+                   [&](const std::string& a, const std::string& b) { return rank(a) < rank(b); });
+  return found;
+}
+
+/// Why 'kraddon build' would refuse it; "" if it would not.
+std::string screenshotFaultOf(const ProjectFolder& folder, const std::string& path) {
+  const auto start = folder.readStart(path, packaging::kImageSignatureSize);
+  if (!start) return "it cannot be read";
+  opc::MemoryInputStream stream(*start);
+  return packaging::screenshotFault(path, stream);
+}
+
+void guessScreenshot(const ProjectFolder& folder, Guesses& guesses) {
+  for (const std::string& path : filesNamedScreenshot(folder)) {
+    const std::string fault = screenshotFaultOf(folder, path);
+    if (fault.empty()) {
+      guesses.screenshot = path;
+      return;
+    }
+    guesses.screenshotFaults.emplace_back(path).append(" cannot be the screenshot: ").append(fault);
   }
 }
 

@@ -53,6 +53,7 @@ struct Guesses {
   GuessedText license;
   std::string licenseType;
   std::string screenshot;
+  std::vector<std::string> screenshotFaults;  ///< "IMAGE cannot be the screenshot: WHY"
   std::vector<std::string> korvanPaths;
   std::vector<std::string> javaClassPaths;
   std::vector<GuessedApp> apps;

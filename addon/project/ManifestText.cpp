@@ -92,18 +92,23 @@ void appendGuid(const Guess& guid, std::string& result) {
                        guid.value.empty() ? randomGuid() : guid.value);
 }
 
+void appendScreenshot(const Guesses& guesses, std::string& result) {
+  for (const std::string& fault : guesses.screenshotFaults) result += detail::tomlComment(fault);
+  if (!guesses.screenshot.empty()) {
+    result += fromSource("an image of that name", "screenshot", guesses.screenshot);
+  } else if (guesses.screenshotFaults.empty()) {
+    result += missing("no screenshot.png or similar at the top, in images/ or in art/",
+                      "screenshot = \"screenshot.png\"");
+  }
+}
+
 void appendPackage(const Guesses& guesses, std::string& result) {
   result += "\n[package]\n";
   appendNames(guesses, result);
   appendTexts(guesses, result);
   appendAuthor(guesses, result);
   appendGuid(guesses.guid, result);
-  if (guesses.screenshot.empty()) {
-    result += missing("no screenshot.png or similar at the top, in images/ or in art/",
-                      "screenshot = \"screenshot.png\"");
-  } else {
-    result += fromSource("an image of that name", "screenshot", guesses.screenshot);
-  }
+  appendScreenshot(guesses, result);
 }
 
 void appendLicense(const Guesses& guesses, std::string& result) {

@@ -101,21 +101,29 @@ void ProjectFolder::remark(std::string_view path, std::string_view why) {
 }
 
 std::optional<std::string> ProjectFolder::read(const std::string& path, std::size_t most) const {
+  std::optional<std::string> content = readStart(path, most + 1);
+  if (content && content->size() > most) content.reset();
+  return content;
+}
+
+std::optional<std::string> ProjectFolder::readStart(const std::string& path,
+                                                    std::size_t size) const {
   constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   const opc::FileDescriptor file(
       opc::uninterrupted([&] { return ::openat(root_.get(), path.c_str(), kFlags); }));
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
   std::string content;
-  std::vector<char> buffer(kBufferSize);
-  while (content.size() <= most) {
-    const ssize_t size =
-        opc::uninterrupted([&] { return ::read(file.get(), buffer.data(), buffer.size()); });
-    if (size < 0) return std::nullopt;
-    if (size == 0) return content;
-    content.append(buffer.data(), static_cast<std::size_t>(size));
+  std::vector<char> buffer(std::min(size, kBufferSize));
+  while (content.size() < size) {
+    const std::size_t wanted = std::min(size - content.size(), buffer.size());
+    const ssize_t count =
+        opc::uninterrupted([&] { return ::read(file.get(), buffer.data(), wanted); });
+    if (count < 0) return std::nullopt;
+    if (count == 0) break;
+    content.append(buffer.data(), static_cast<std::size_t>(count));
   }
-  return std::nullopt;
+  return content;
 }
 
 }  // namespace addon::project

@@ -33,6 +33,9 @@ class ProjectFolder {
   /// The content of a file, or nothing if it cannot be read or is larger than `most` bytes.
   std::optional<std::string> read(const std::string& path, std::size_t most) const;
 
+  /// The first bytes of a file, `size` or all that there are, or nothing if it cannot be read.
+  std::optional<std::string> readStart(const std::string& path, std::size_t size) const;
+
  private:
   void walk();
   void readFolder(const std::string& path, std::vector<std::string>& pending);

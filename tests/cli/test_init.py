@@ -245,18 +245,19 @@ class Properties(InitTest):
         self.assertNotIn("secret", self.text())
 
     def test_the_screenshot_at_the_top_comes_first(self):
-        self.assertEqual(self.guesses({"art/screenshot.png": ""})["package"]["screenshot"],
-                         "art/screenshot.png")
-        self.assertEqual(self.guesses({"images/Screenshot.JPG": ""})["package"]["screenshot"],
-                         "images/Screenshot.JPG")
-        self.assertEqual(self.guesses({"screenshot.gif": ""})["package"]["screenshot"],
-                         "screenshot.gif")
+        for path, image in (("art/screenshot.png", b"\x89PNG\r\n\x1a\n"),
+                            ("images/Screenshot.JPG", b"\xff\xd8\xff"),
+                            ("screenshot.gif", b"GIF89a")):
+            self.assertEqual(self.guesses({path: image})["package"]["screenshot"], path)
 
     def test_other_images_and_folders_are_not_screenshots(self):
-        package = self.guesses({"shot.png": "", "screenshot.svg": "", "screenshot.tif": "",
-                                "docs/screenshot.png": "", "art/a/screenshot.png": "",
-                                "screenshot.bmp/x": ""})["package"]
+        png = b"\x89PNG\r\n\x1a\n"
+        package = self.guesses({"shot.png": png, "screenshot.svg": "<svg/>",
+                                "screenshot.tif": b"II*\0", "docs/screenshot.png": png,
+                                "art/a/screenshot.png": png, "screenshot.bmp/x": png})["package"]
         self.assertNotIn("screenshot", package)
+        self.assertIn("# no screenshot.png or similar at the top, in images/ or in art/\n",
+                      self.text())
 
 
 class License(InitTest):

@@ -79,6 +79,39 @@ class Sources(InitTest):
         self.assertIn("\n# a .m file in apps\n[[app]]\n", self.text())
         self.assertNotIn("# [[app]]", self.text())
 
+    def test_an_image_that_build_refuses_is_not_the_screenshot(self):
+        none = "it is not a PNG, GIF, TIFF, BMP or JPEG image"
+        for content, why in (("", none), ("version 1\nsize 9\n", none),
+                             (b"GIF89a", "it is a GIF image, and its name says PNG")):
+            with self.subTest(content=content):
+                package = self.guesses({"screenshot.png": content})["package"]
+                self.assertNotIn("screenshot", package)
+                text = self.text()
+                self.assertIn(f"# screenshot.png cannot be the screenshot: {why}\n", text)
+                self.assertNotIn("no screenshot.png", text)
+                self.ok("init", "wave", "--force")
+                self.ok("build", "wave", "-q", "--force", "-o", "p.kraddon")
+
+    def test_the_next_image_is_the_screenshot_if_build_refuses_the_first(self):
+        found = self.guesses({"screenshot.png": "", "screenshot.gif": b"GIF89a",
+                              "images/screenshot.png": "", "art/screenshot.png": ""})
+        self.assertEqual(found["package"]["screenshot"], "screenshot.gif")
+        self.assertEqual(self.text().count("cannot be the screenshot"), 1)
+
+    def test_an_image_larger_than_any_text_is_the_screenshot(self):
+        found = self.guesses({"screenshot.png": b"\x89PNG\r\n\x1a\n" + bytes(5 << 20)})
+        self.assertEqual(found["package"]["screenshot"], "screenshot.png")
+
+    def test_an_image_that_cannot_be_read_is_not_the_screenshot(self):
+        self.tree({"screenshot.png": b"\x89PNG\r\n\x1a\n"}, "wave")
+        self.folder.chmod(0o755)
+        self.path("wave/screenshot.png").chmod(0)
+        result = self.run_kraddon("init", "wave", "--stdout", **self.without_privilege())
+        self.assertEqual(result.code, 0, result.errors)
+        self.assertIn("# screenshot.png cannot be the screenshot: it cannot be read\n",
+                      result.text)
+        self.assertNotIn("screenshot", tomllib.loads(result.text)["package"])
+
     def test_the_example_builds_with_no_warning_but_of_what_cannot_be_guessed(self):
         shutil.copytree(EXAMPLE, self.path("kit"))
         self.ok("init", "kit")
