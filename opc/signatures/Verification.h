@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -47,5 +48,9 @@ struct Verification {
 /// the library for signatures cannot be loaded.
 Verification verifySignatures(model::Package& package, const interfaces::ITrustAnchors* anchors,
                               const ItemDigests* known = nullptr);
+
+/// The same, but of the parts only those with these names ("/a/b.xml") are read, and the bytes of
+/// all others are taken to be as they were signed.
+Verification verifyParts(model::Package& package, const std::set<std::string>& names);
 
 }  // namespace opc::signatures

@@ -119,12 +119,38 @@ class Signing(SignTest):
         self.sign()
         self.write("c.m", "c")
         for words in (("add", "p.kraddon", "c.m"), ("mv", "p.kraddon", "c.m", "d.m"),
-                      ("remove", "p.kraddon", "d.m"), ("mkdir", "p.kraddon", "e"),
+                      ("mkdir", "p.kraddon", "e"), ("remove", "p.kraddon", "a.m"),
                       ("set", "p.kraddon", "license", "type=MIT", "text=x")):
             result = self.run_kraddon(*words)
             self.assertEqual((result.code, result.errors), (0, f"kraddon: {words[0]}: warning: "
                              "package 'p.kraddon': its signature is no longer valid\n"))
         self.assertIn("KR601", self.findings())
+
+    def test_changes_that_leave_everything_as_it_was_signed_say_nothing(self):
+        self.sign()
+        before = self.path("p.kraddon").read_bytes()
+        self.ok("add", "p.kraddon", "src/a.m", "--replace", "--level", "0")
+        self.assertNotEqual(self.path("p.kraddon").read_bytes(), before)
+        self.ok("signatures", "p.kraddon")
+
+    def test_changes_that_restore_what_was_signed_say_nothing(self):
+        self.sign()
+        self.write("c.m", "c")
+        for harm, cure in ((("add", "p.kraddon", "c.m"), ("remove", "p.kraddon", "c.m")),
+                           (("remove", "p.kraddon", "a.m"), ("add", "p.kraddon", "src/a.m")),
+                           (("mv", "p.kraddon", "a.m", "b.m"), ("mv", "p.kraddon", "b.m", "a.m"))):
+            self.assertIn("no longer valid", self.run_kraddon(*harm).errors)
+            self.ok(*cure)
+            self.ok("signatures", "p.kraddon")
+
+    def test_signatures_that_cannot_be_judged_count_as_broken(self):
+        self.sign()
+        name, = signing.signature_names(self.path("p.kraddon"))
+        signing.rewrite(self.path("p.kraddon"), lambda e: e.update(
+            {name: e[name].replace(b"rsa-sha256", b"rsa-md5")}))
+        self.assertIn("unsupported", self.run_kraddon("signatures", "p.kraddon").text)
+        result = self.run_kraddon("add", "p.kraddon", "src/a.m", "--replace")
+        self.assertIn("its signature is no longer valid", result.errors)
 
     def test_gateways_read_and_change_a_signed_package(self):
         self.sign()
@@ -136,7 +162,8 @@ class Signing(SignTest):
 
 
 class Libraries(SignTest):
-    """Those for signatures are loaded only where signatures are made or checked."""
+    """Those for signatures are loaded only where signatures are made or checked, which changes of a
+    signed package do."""
 
     def loaded_by(self, *words):
         """Whether the program loads a library for signatures."""
@@ -156,14 +183,14 @@ class Libraries(SignTest):
                       ("call", "addonGetFileList", "p.kraddon"),
                       ("call", "addonSetLicense", "s.kraddon", '{"type": "MIT", "text": "x"}'),
                       ("list", "s.kraddon"), ("info", "s.kraddon"), ("diff", *["s.kraddon"] * 2),
-                      ("extract", "s.kraddon", "-d", "out"), ("mkdir", "s.kraddon", "d"),
+                      ("extract", "s.kraddon", "-d", "out"), ("mkdir", "p.kraddon", "d"),
                       ("unsign", "s.kraddon")):
             self.assertEqual(self.loaded_by(*words), [], words)
 
     def test_are_loaded_for_signatures(self):
         self.sign()
         for words in (("verify", "p.kraddon"), ("signatures", "p.kraddon"),
-                      ("sign", "p.kraddon", *signing.words())):
+                      ("sign", "p.kraddon", *signing.words()), ("mkdir", "p.kraddon", "d")):
             self.assertIn("xmlsec", self.loaded_by(*words), words)
 
 

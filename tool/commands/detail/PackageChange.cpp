@@ -2,11 +2,12 @@
 #include "tool/commands/detail/PackageChange.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "addon/checks/ChangeReview.h"
 #include "opc/FileIdentity.h"
-#include "opc/signatures/SignatureParts.h"
+#include "opc/signatures/ChangeWatch.h"
 #include "tool/commands/detail/FindingMessages.h"
 #include "tool/commands/detail/Locks.h"
 #include "tool/commands/detail/PackageOpening.h"
@@ -20,23 +21,17 @@ namespace tool::commands::detail {
 
 using addon::checks::ChangeReview;
 using addon::checks::PackageVerdict;
+using opc::signatures::ChangeWatch;
 
 namespace {
 
-/// What any change to the package will lose.
-std::string describeLosses(opc::model::Package& package, const std::string& path,
-                           const ReviewRules& rules, const line::Invocation& invocation) {
+/// The items that any change to the package will lose.
+std::string describeLosses(const opc::model::Package& package, const line::Invocation& invocation) {
   std::string text;
   for (const std::string& item : package.strayItems()) {
     text += report::describeWarning(
         invocation,
         process::sentence("item", item, "it is not a part of the package and was left out"));
-  }
-  const bool isSigned =
-      !package.getRelationshipsByType(opc::signatures::kOriginRelationship).empty();
-  if (isSigned && !rules.isAboutSignatures) {
-    text += report::describeWarning(
-        invocation, process::sentence("package", path, "its signature is no longer valid"));
   }
   return text;
 }
@@ -78,8 +73,15 @@ void changePackage(const std::string& path, opc::zippackage::WriteOptions option
   const process::PackageLock lock = lockPackage(path, invocation);
   const std::unique_ptr<AddonPackage> package = openForChanging(path);
   opc::model::Package& logical = package->logicalPackage();
-  std::string after = describeLosses(logical, path, rules, invocation);
-  after += describeFindings(changeAndReview(*package, path, change, rules, invocation), invocation);
+  std::string after = describeLosses(logical, invocation);
+  std::optional<ChangeWatch> signatures;
+  if (!rules.isAboutSignatures && !invocation.settings().isQuiet) signatures.emplace(logical);
+  const PackageVerdict verdict = changeAndReview(*package, path, change, rules, invocation);
+  if (signatures && signatures->hasBroken()) {
+    after += report::describeWarning(
+        invocation, process::sentence("package", path, "its signature is no longer valid"));
+  }
+  after += describeFindings(verdict, invocation);
   report::ProgressBar bar(invocation.settings());
   options.progress = bar.function();
   package->physicalPackage().setWriteOptions(std::move(options));
