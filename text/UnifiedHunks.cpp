@@ -83,7 +83,8 @@ void visitHunks(LineSpan a, LineSpan b, BlockSpan blocks, const HunkSink& sink) 
 }
 
 std::string patchName(std::string_view path) {
-  if (std::none_of(path.begin(), path.end(), needsQuotes)) {
+  // GNU patch takes away blanks at the end of a name without quotes, even before a tab.
+  if (!path.ends_with(' ') && std::none_of(path.begin(), path.end(), needsQuotes)) {
     const bool hasBlank = path.find(' ') != std::string_view::npos;
     return std::string(path) + (hasBlank ? "\t" : "");
   }

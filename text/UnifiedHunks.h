@@ -20,8 +20,8 @@ using HunkSink = std::function<void(HunkLine kind, std::string_view text)>;
 void visitHunks(std::span<const std::string_view> a, std::span<const std::string_view> b,
                 std::span<const ChangedBlock> blocks, const HunkSink& sink);
 
-/// A file name for the line above the hunks, as `patch` reads it: one with a quote, a backslash or
-/// control characters is quoted; one with a blank is followed by a tab.
+/// A file name for the line above the hunks, as `patch` reads it: one with a quote, a backslash,
+/// control characters or a blank at its end is quoted; one with another blank is followed by a tab.
 std::string patchName(std::string_view path);
 
 }  // namespace text

@@ -313,10 +313,10 @@ class Lines(DiffTest):
     def test_patch_takes_the_output_whatever_the_files(self):
         self.patched(
             {"gone.m": "x\n", "a b.m": "1\n2\n", 'q"u\\o.m': "1\n", "tab\there.m": "1\n",
-             "é.m": "1\n", "no end": "x", "crlf": "a\r\nb\r\n", "latin": b"\xe9\n\xe8\n",
+             "é.m": "1\n", "blank ": "1\n", "no end": "x", "crlf": "a\r\nb\r\n", "latin": b"\xe9\n\xe8\n",
              "marks": "--- a\n+++ b\n@@ -1 +1 @@\n- x\n"},
             {"new.m": "y\nz\n", "a b.m": "1\n3\n", 'q"u\\o.m': "2\n", "tab\there.m": "2\n",
-             "é.m": "2\n", "no end": "x\n", "crlf": "a\r\nc\r\n", "latin": b"\xe9\n\xe7\n",
+             "é.m": "2\n", "blank ": "2\n", "no end": "x\n", "crlf": "a\r\nc\r\n", "latin": b"\xe9\n\xe7\n",
              "marks": "--- a\n+++ c\n@@ -1 +1 @@\n- y\n"})
 
     def test_a_name_with_line_ends_does_not_become_part_of_the_patch(self):

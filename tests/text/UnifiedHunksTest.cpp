@@ -59,6 +59,7 @@ TEST(UnifiedHunks, SameTextsHaveNone) {
 TEST(UnifiedHunks, ANameIsQuotedWhenItMustBe) {
   EXPECT_EQ(patchName("lib/é.m"), "lib/é.m");
   EXPECT_EQ(patchName("a b.m"), "a b.m\t");
+  EXPECT_EQ(patchName("a b.m "), "\"a b.m \"");
   EXPECT_EQ(patchName("a\"b\\c\n.m"), "\"a\\\"b\\\\c\\012.m\"");
 }
 
