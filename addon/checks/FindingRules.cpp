@@ -53,9 +53,10 @@ const FindingInfo& findingNamed(std::string_view word) {
 
   const std::vector<std::string> ids = findingIds();
   const std::vector<std::string_view> names(ids.begin(), ids.end());
-  throw opc::Exception(opc::ErrorCode::InvalidArgument,
-                       fmt::format("unknown finding '{}': {}", word,
-                                   text::suggestion(word, names, "finding ids look like KR101")));
+  throw opc::Exception(
+      opc::ErrorCode::InvalidArgument,
+      fmt::format("unknown finding '{}': {}", word,
+                  text::suggestion(word, names, "'kraddon help findings' lists the findings")));
 }
 
 void RuleLists::append(const RuleLists& others) {

@@ -161,7 +161,7 @@ class Faults(projecttest.ProjectTest):
     def test_an_unknown_finding_cannot_be_ignored(self):
         self.project('[verify]\nignore = ["KR501", "nothing"]\n')
         self.fails("build", message="bad manifest 'kraddon.toml:5:20': verify.ignore[1]: unknown "
-                                    "finding 'nothing': finding ids look like KR101")
+                                    "finding 'nothing': 'kraddon help findings' lists the findings")
 
     def test_a_finding_to_ignore_is_called_by_its_id(self):
         for rule, why in (("kr501", "expected 'KR501', got 'kr501'"),

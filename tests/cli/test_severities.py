@@ -113,8 +113,8 @@ class Policies(Severities):
                           ("[package]\nname = 'x'\n", "1:2': unknown key 'package': the keys are "
                                                       "verify"),
                           ('[verify]\nerror = ["KR99"]\n', "2:10': verify.error[0]: unknown "
-                                                          "finding 'KR99': finding ids look like "
-                                                          "KR101"),
+                                                          "finding 'KR99': 'kraddon help "
+                                                          "findings' lists the findings"),
                           ('[verify]\nwarn = ["kr501"]\n', "2:9': verify.warn[0]: expected 'KR501',"
                                                           " got 'kr501'")):
             self.write("d/p.toml", text)

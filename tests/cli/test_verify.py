@@ -163,8 +163,9 @@ class Verify(kraddontest.CliTest):
                      message="unknown finding 'KR2122': did you mean 'KR212'?")
         self.misused("verify", "p", "--ignore", "KR199:x",
                      message="unknown finding 'KR199': did you mean 'KR109'?")
-        self.misused("verify", "p", "--ignore", "nonsense",
-                     message="unknown finding 'nonsense': finding ids look like KR101")
+        for word in ("nonsense", "KR999"):
+            self.misused("verify", "p", "--ignore", word, message=f"unknown finding '{word}': "
+                         "'kraddon help findings' lists the findings")
 
     def test_a_colon_without_a_pattern_is_wrong_usage(self):
         for rule in ("KR501:", "501:"):
