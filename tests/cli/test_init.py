@@ -65,6 +65,10 @@ class Writing(InitTest):
                                         "exists\nhint: --force replaces it\n")
         self.assertEqual(self.path("wave/kraddon.toml").read_text(), "mine")
 
+    def test_a_folder_of_that_name_is_not_said_to_be_replaceable(self):
+        self.path("wave/kraddon.toml").mkdir(parents=True)
+        self.fails("init", "wave", message="cannot write 'wave/kraddon.toml': it is a folder")
+
     def test_a_dangling_link_is_not_written_through(self):
         self.path("wave").mkdir()
         self.path("wave/kraddon.toml").symlink_to("../elsewhere")

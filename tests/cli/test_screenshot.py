@@ -184,6 +184,15 @@ class Screenshot(kraddontest.CliTest):
         self.ok("screenshot", "p.kraddon", "-o", "p.png")
         self.assertEqual(self.path("p.png").read_bytes(), PNG)
 
+    def test_what_is_not_a_file_is_not_said_to_be_replaceable(self):
+        self.ok("screenshot", "p.kraddon", "shot.png")
+        for command, name in (("screenshot", "p.png"), ("preview", "p.html")):
+            self.path(name).mkdir()
+            self.fails(command, "p.kraddon", message=f"cannot write '{name}': it is a folder")
+        self.path("p.png").rmdir()
+        os.mkfifo(self.path("p.png"))
+        self.fails("screenshot", "p.kraddon", message="cannot write 'p.png': it already exists")
+
     def test_an_existing_output_is_replaced_whole(self):
         self.ok("screenshot", "p.kraddon", "shot.png")
         self.write("x.png", "old" * 10000)

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <sys/stat.h>
-
 #include <array>
 #include <cerrno>
 #include <string>
@@ -37,15 +35,6 @@ constexpr std::array kOptions{
                      .help = "replace an existing kraddon.toml, but keep its GUID"},
     line::OptionSpec{.longName = "stdout", .help = "print the manifest, write no file"}};
 
-/// Done before the folder is read, so that a refusal comes at once.
-void requireFree(const std::string& path) {
-  struct stat info {};
-  if (::lstat(path.c_str(), &info) == 0) {
-    throw process::Failure(process::sentence("cannot write", path, "it already exists"),
-                           "--force replaces it");
-  }
-}
-
 Guesses guess(const std::string& folder, const line::Invocation& invocation) {
   const ProjectFolder project(folder);
   Guesses guesses = guessFrom(project, addon::project::readGitFacts(project.path()));
@@ -68,7 +57,10 @@ process::ExitCode run(const line::Invocation& invocation) {
   const bool replaces = invocation.has("force");
   const std::string folder = invocation.operands().empty() ? "." : invocation.operands()[0];
   if (folder.empty()) throw process::systemFailure("cannot read the folder", folder, ENOENT);
-  if (!isPrinted && !replaces) requireFree(manifestPath(folder));
+  // Before the folder is read, so that a refusal comes at once.
+  if (!isPrinted && !replaces) {
+    report::requireNothingAt(manifestPath(folder), "--force replaces it");
+  }
 
   const std::string text = manifestText(guess(folder, invocation));
   if (isPrinted) {

@@ -158,6 +158,17 @@ void requireWritable(const std::string& path) {
   }
 }
 
+void requireNothingAt(const std::string& path, const std::string& hint) {
+  struct stat info {};
+  if (::lstat(path.c_str(), &info) != 0) return;
+  // A link to nothing is replaced, too.
+  const bool isReplaceable = !isThere(path, info) || S_ISREG(info.st_mode);
+  throw process::Failure(
+      process::sentence("cannot write", path,
+                        S_ISDIR(info.st_mode) ? "it is a folder" : "it already exists"),
+      isReplaceable ? hint : std::string());
+}
+
 void writeNewFile(const std::string& path, std::string_view content) {
   process::Interrupt::defer();
   SideFile file(path, path, nullptr);
@@ -168,11 +179,7 @@ void writeNewFile(const std::string& path, std::string_view content) {
 
 void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
                      const Content& content, const std::string& package) {
-  struct stat existing {};
-  if (!asked && ::lstat(usual.c_str(), &existing) == 0) {
-    throw process::Failure(process::sentence("cannot write", usual, "it already exists"),
-                           fmt::format("-o {} replaces it", usual));
-  }
+  if (!asked) requireNothingAt(usual, fmt::format("-o {} replaces it", usual));
   writeOutputFile(asked.value_or(usual), content, package);
 }
 

@@ -59,6 +59,10 @@ void writeOutputFile(const std::string& path, std::string_view content, const st
 void writeOutputFile(const std::optional<std::string>& asked, const std::string& usual,
                      const Content& content, const std::string& package);
 
+/// Throws Failure if there is anything at `path`; with `hint`, which says how to replace it, if
+/// that is possible: for a regular file or a link to nothing, but not for a folder or a device.
+void requireNothingAt(const std::string& path, const std::string& hint);
+
 /// Throws Failure if the file at `path` is write-protected: it should not be replaced either,
 /// although a rename could do that.
 void requireWritable(const std::string& path);
