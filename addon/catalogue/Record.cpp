@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/Record.h"
 
+#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string_view>
+
+#include "addon/catalogue/SitePaths.h"
+#include "addon/packaging/AddonPackage.h"
+#include "opc/Text.h"
 
 namespace addon::catalogue {
 
@@ -131,6 +137,29 @@ class MemberReader {
   const char* name_;
 };
 
+/// Whether it is "FOLDER/HASH.EXTENSION" with any hash and a plain extension.
+bool isHashedFile(std::string_view path, std::string_view folder) {
+  const std::size_t slash = path.rfind('/');
+  const std::size_t dot = path.rfind('.');
+  if (slash == std::string_view::npos || dot == std::string_view::npos || dot < slash) return false;
+  const std::string_view extension = path.substr(dot + 1);
+  return !extension.empty() &&
+         std::all_of(extension.begin(), extension.end(), opc::isAsciiLetterOrDigit) &&
+         isHashedPath(path, folder, path.substr(slash + 1, dot - slash - 1), path.substr(dot));
+}
+
+/// The name of a member with a path that the site does not write for this record: it would be
+/// opened, or even written, all the same. Null if there is none.
+const char* foreignPathOf(const Record& record) {
+  if (!isHashedPath(record.package, kPackageFolder, record.sha256, packaging::kPackageExtension)) {
+    return "package";
+  }
+  const std::string folder = pageFolder(record.guid, record.version);
+  if (record.page != folder + "/index.html") return "page";
+  if (!record.screenshot.empty() && !isHashedFile(record.screenshot, folder)) return "screenshot";
+  return nullptr;
+}
+
 }  // namespace
 
 std::span<const RecordField> recordFields() {
@@ -187,6 +216,10 @@ Record readRecord(const JsonValue& value) {
   Record record;
   for (const RecordField& field : kFields) {
     std::visit(MemberReader(record, memberOf(value, field.name), field.name), field.member);
+  }
+  if (const char* const member = foreignPathOf(record)) {
+    throw JsonError(std::string("the member '") + member +
+                    "' of a record names a file that is not of the site");
   }
   return record;
 }

@@ -83,7 +83,8 @@ void readList(std::string_view json, std::vector<std::string>& texts);
 /// One line of JSON, without a line end.
 std::string toLine(const Record& record);
 
-/// Throws text::JsonError for what is not a record. Members that are not known are left out.
+/// Throws text::JsonError for what is not a record, and for one whose paths are not those that a
+/// site has for its GUID, version and hash. Members that are not known are left out.
 Record readRecord(const text::JsonValue& value);
 Record parseRecord(std::string_view line);
 

@@ -48,7 +48,7 @@ FileReference referenceOf(const JsonValue& value, std::string_view folder, std::
   FileReference file{value.at("path").get<std::string>(), value.at("sha256").get<std::string>(),
                      numberOf(value, "size")};
   // A path that leads elsewhere would be read all the same.
-  if (!isHash(file.sha256) || file.path != hashedPath(folder, file.sha256, kJsonExtension)) {
+  if (!isHashedPath(file.path, folder, file.sha256, kJsonExtension)) {
     throw BrokenSite(from, "it names a file that is not of the site");
   }
   return file;

@@ -31,6 +31,11 @@ std::string hashedPath(std::string_view folder, std::string_view sha256,
   return path += extension;
 }
 
+bool isHashedPath(std::string_view path, std::string_view folder, std::string_view sha256,
+                  std::string_view extension) {
+  return isHash(sha256) && path == hashedPath(folder, sha256, extension);
+}
+
 std::string keyOf(std::string_view guid) {
   return opc::toLowerAscii(guid);
 }

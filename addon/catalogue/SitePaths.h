@@ -21,6 +21,9 @@ inline constexpr std::string_view kJsonExtension = ".json";
 /// "FOLDER/HASH.EXTENSION"
 std::string hashedPath(std::string_view folder, std::string_view sha256,
                        std::string_view extension);
+/// Whether it is the path of the file with that hash: `sha256` may be any text.
+bool isHashedPath(std::string_view path, std::string_view folder, std::string_view sha256,
+                  std::string_view extension);
 
 /// The GUID of an add-on as it is compared: in lower case.
 std::string keyOf(std::string_view guid);

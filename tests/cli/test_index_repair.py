@@ -178,25 +178,6 @@ class UnreadableRecords(CatalogueTest):
         self.message = (f"cannot read '{self.shard}': the member 'license' of a record is missing "
                         "or of another kind")
 
-    def rewrite_shard(self, guid, old, new):
-        """Changes a text in the shard of an add-on, with all hashes. Returns its path."""
-        [path] = [path for path in self.path("site/shards").iterdir() if guid in path.read_text()]
-        shard = self.write_hashed("shards", path.read_text().replace(old, new))
-        path.unlink()
-        root = self.root()
-        index = json.loads(self.path(f"site/{root['index']['path']}").read_text())
-        name = hashlib.sha256(guid.encode()).hexdigest()[:2]
-        index["shards"][name].update(shard)
-        root["index"] = self.write_hashed("index", json.dumps(index))
-        root["shards"][name] = shard["sha256"]
-        self.write("site/root.json", json.dumps(root))
-        return f"site/{shard['path']}"
-
-    def write_hashed(self, folder, text):
-        sha256 = hashlib.sha256(text.encode()).hexdigest()
-        self.write(f"site/{folder}/{sha256}.json", text)
-        return {"path": f"{folder}/{sha256}.json", "sha256": sha256, "size": len(text.encode())}
-
     def test_are_named_by_their_file_when_the_add_on_changes(self):
         self.fails("index", "site", "--yank", f"{GUID.format(1)}@1.0", message=self.message,
                    hint=HINT)

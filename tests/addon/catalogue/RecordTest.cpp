@@ -13,17 +13,26 @@ using addon::catalogue::Record;
 using addon::catalogue::recordFields;
 using addon::catalogue::toLine;
 
-Record fullRecord() {
+/// With nothing but what its paths are made of.
+Record shortRecord() {
   Record record;
   record.guid = "ab-1";
-  record.name = "Wave \"Tools\"\n</script>\x7F";
   record.version = "1.2";
+  record.sha256 = std::string(64, 'c');
+  record.package = "packages/" + record.sha256 + ".kraddon";
+  record.page = "pages/ab-1/1.2/index.html";
+  return record;
+}
+
+Record fullRecord() {
+  Record record = shortRecord();
+  record.name = "Wave \"Tools\"\n</script>\x7F";
   record.requirements = {{"product", "Signal Kit", "9.1", "SK"}, {"supportPackage", "x", "", ""}};
   record.size = 18446744073709551615U;
   record.files = 3;
   record.signers = {"aa", "bb"};
   record.isYanked = true;
-  record.screenshot = "pages/ab-1/1.2/x.png";
+  record.screenshot = "pages/ab-1/1.2/" + std::string(64, 'd') + ".png";
   return record;
 }
 
@@ -40,7 +49,7 @@ TEST(Record, IsOneLineWhateverItsTexts) {
 }
 
 TEST(Record, HasNullOnlyForAMissingScreenshot) {
-  const std::string line = toLine(Record());
+  const std::string line = toLine(shortRecord());
 
   EXPECT_NE(line.find(R"("screenshot":null)"), std::string::npos);
   EXPECT_EQ(line.find("null"), line.rfind("null"));

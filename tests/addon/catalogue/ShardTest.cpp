@@ -21,6 +21,9 @@ Record version(const std::string& version, bool isYanked = false) {
   record.guid = "AB";
   record.version = version;
   record.isYanked = isYanked;
+  record.sha256 = std::string(64, 'c');
+  record.package = "packages/" + record.sha256 + ".kraddon";
+  record.page = "pages/ab/" + version + "/index.html";
   return record;
 }
 
