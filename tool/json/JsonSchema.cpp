@@ -118,6 +118,13 @@ JsonValue object(std::string_view title, std::string_view help,
           {"properties", properties}, {"required", required}, {"additionalProperties", false}};
 }
 
+JsonValue openObject(std::string_view title, std::string_view help,
+                     const std::vector<Member>& members) {
+  JsonValue schema = object(title, help, members);
+  schema["additionalProperties"] = true;
+  return schema;
+}
+
 Member shape(std::string_view name) {
   return {"schema", described(constant(name), "The name and version of this shape.")};
 }

@@ -46,6 +46,9 @@ struct Member {
 JsonValue object(std::string_view title, std::string_view help, const std::vector<Member>& members);
 /// The member 'schema': the name and version of the shape of an output.
 Member shape(std::string_view name);
+/// An object of these members, to which later versions may add others.
+JsonValue openObject(std::string_view title, std::string_view help,
+                     const std::vector<Member>& members);
 /// An object of any members whose names match the pattern, each with that schema.
 JsonValue map(std::string_view title, std::string_view help, std::string_view pattern,
               const JsonValue& element);

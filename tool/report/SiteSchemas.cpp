@@ -80,7 +80,10 @@ JsonValue recordSchema() {
     members.push_back(
         {field.name, described(std::visit(MemberSchema(), field.member), field.help)});
   }
-  return object("Record of a site", "What a site says of a version of an add-on.", members);
+  members.push_back(
+      {"sequence", described(number(), "Of the root; only in the first line of 'records.ndjson'."),
+       false});
+  return openObject("Record of a site", "What a site says of a version of an add-on.", members);
 }
 
 JsonValue rootSchema() {
