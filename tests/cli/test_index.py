@@ -10,7 +10,7 @@ import sqlite3
 import subprocess
 
 import kraddontest
-from cataloguetest import GUID, TIME, CatalogueTest, hashed_files, rows_of
+from cataloguetest import GUID, TIME, CatalogueTest, age, hashed_files, rows_of
 
 PIXEL = bytes.fromhex(
     "89504e470d0a1a0a0000000d49484452000000010000000108060000001f15c489"
@@ -297,6 +297,25 @@ class Together(CatalogueTest):
         self.assertEqual(self.tree_of("one"), self.tree_of("two"))
         self.assertEqual(len(one["refused"]), 8)  # three pairs, and the two bad ones
         self.assertEqual(len(self.records("two")), 6)
+
+    def test_a_user_who_may_write_to_all_folders_can_change_a_site_of_another(self):
+        if os.geteuid() != 0:
+            self.skipTest("needs another user: root")
+        self.index(*self.addons(2))
+        old = self.path(f"site/{self.root()['index']['path']}")
+        age(old, 30)
+        content = old.read_bytes()
+        for path in (self.folder, self.path("site"), *self.path("site").rglob("*")):
+            if path.is_dir():
+                path.chmod(0o777)
+        user = self.without_privilege()
+
+        self.index("--remove", f"{GUID.format(1)}@1.0", **user)
+        collected = self.index("--collect", **user)["collected"]
+
+        self.assertEqual(collected, 0)  # what the old root names is still being fetched
+        self.assertEqual(old.read_bytes(), content)
+        self.assertEqual(list(self.records()), [GUID.format(0)])
 
     def test_messages_about_the_lock_name_the_site(self):
         self.index(*self.addons(1))

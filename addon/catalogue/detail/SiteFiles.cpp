@@ -232,10 +232,19 @@ void SiteFiles::remove(const std::string& path) {
   }
 }
 
-void SiteFiles::touch(const std::string& path) const {
-  if (::utimensat(descriptor_.get(), path.c_str(), nullptr, 0) != 0 && errno != ENOENT) {
-    fail("cannot set the time of", path, errno);
-  }
+void SiteFiles::touch(const std::string& path) {
+  if (::utimensat(descriptor_.get(), path.c_str(), nullptr, 0) == 0 || errno == ENOENT) return;
+  if (errno != EACCES && errno != EPERM) fail("cannot set the time of", path, errno);
+  replaceByCopy(path);
+}
+
+void SiteFiles::replaceByCopy(const std::string& path) {
+  const std::optional<std::string> content = read(path);
+  if (!content) return;
+  // The current root may name it: its bytes have to be on the disk before the name leads to them.
+  const Flushing usual = setFlushing(Flushing::Each);
+  replace(path, *content);
+  setFlushing(usual);
 }
 
 void SiteFiles::flushFile(int file, std::string_view path) const {

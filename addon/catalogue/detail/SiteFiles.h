@@ -67,8 +67,9 @@ class SiteFiles {
   void remove(const std::string& path);
   /// When it was changed; nothing if there is no such file.
   std::optional<std::time_t> timeOf(const std::string& path) const;
-  /// Sets its time of change to now.
-  void touch(const std::string& path) const;
+  /// Sets its time of change to now. A file that only another user may change is replaced by a
+  /// copy.
+  void touch(const std::string& path);
 
   /// Brings an open file to the disk, unless that is done for all together.
   void flushFile(int file, std::string_view path) const;
@@ -82,6 +83,7 @@ class SiteFiles {
   std::size_t readInto(int file, const std::string& path, char* text, std::size_t size) const;
   [[noreturn]] void fail(std::string_view what, std::string_view path, int number) const;
   void noteFolderOf(const std::string& path);
+  void replaceByCopy(const std::string& path);
 
   std::string folder_;
   opc::FileDescriptor descriptor_;
