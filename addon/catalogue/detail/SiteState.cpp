@@ -17,8 +17,8 @@ SiteState SiteState::read(const SiteFiles& files) {
   const std::string path(kRootFile);
   const std::optional<std::string> text = files.read(path);
   if (!text) {
-    // These are derived from a root, so there was one.
-    for (const std::string_view derived : {kFrontPage, kDatabase, kRecordLines}) {
+    // These are derived from a root, so there was one. All folders are there before the first root.
+    for (const std::string_view derived : {kFrontPage, kTerms, kDatabase, kRecordLines}) {
       if (files.exists(std::string(derived))) {
         throw BrokenSite(files.onDisk(path), "it is missing");
       }

@@ -117,6 +117,7 @@ std::vector<std::string> storedPackages(const SiteFiles& files) {
 
 std::uint64_t lastSequence(const SiteFiles& files) {
   return std::max({sequenceAtStart(files, std::string(kFrontPage)),
+                   sequenceAtStart(files, std::string(kTerms)),
                    sequenceAtStart(files, std::string(kRecordLines)),
                    sequenceOfDatabase(files.onDisk(kDatabase))});
 }
