@@ -30,10 +30,6 @@ VersionKey toKey(const VersionName& name) {
   return {keyOf(name.guid), name.version};
 }
 
-std::string textOf(const VersionName& name) {
-  return name.version.empty() ? name.guid : name.guid + '@' + name.version;
-}
-
 /// The records that were added, in a file.
 class AddedRecords final : public RecordLines {
  public:
@@ -306,6 +302,10 @@ VersionName parseVersionName(const std::string& text) {
   const std::size_t at = text.rfind('@');
   if (at == std::string::npos) return {text, {}};
   return {text.substr(0, at), text.substr(at + 1)};
+}
+
+std::string textOf(const VersionName& name) {
+  return name.version.empty() ? name.guid : name.guid + '@' + name.version;
 }
 
 void prepareSite(const std::string& folder) {

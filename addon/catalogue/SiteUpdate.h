@@ -24,6 +24,7 @@ struct VersionName {
 
 /// "GUID@VERSION" or "GUID".
 VersionName parseVersionName(const std::string& text);
+std::string textOf(const VersionName& name);
 
 struct UpdateRequest {
   std::string site;                   ///< a folder that prepareSite() has prepared

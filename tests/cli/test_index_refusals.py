@@ -99,6 +99,83 @@ class Refusals(CatalogueTest):
             self.assertNotIn("<script>alert", self.path(f"site/{page}").read_text())
         self.assertIn("\\u202e", self.path("site/records.ndjson").read_text())
 
+    def test_a_text_of_several_lines_is_printed_on_one(self):
+        evil = "A\nadded: B\r\nyanked:\tC"
+        self.addon("p.kraddon", evil, "1\n2", 1)
+        name = f"{GUID.format(1)}@1\n2"
+
+        for words, line in ((["p.kraddon"], "added: A added: B  yanked: C 1 2"),
+                            (["--yank", name], f"yanked: {GUID.format(1)}@1 2"),
+                            (["--unyank", name], f"unyanked: {GUID.format(1)}@1 2"),
+                            (["--remove", name], f"removed: {GUID.format(1)}@1 2")):
+            with self.subTest(words):
+                self.assertEqual(self.ok("index", "site", *words).text.splitlines()[:-1], [line])
+
+
+class Contradictions(CatalogueTest):
+    """Options of one command that say opposite things of one version."""
+
+    def refused(self, *words, message):
+        before = self.tree_of()
+        self.misused("index", "site", *words, message=message)
+        self.assertEqual(self.tree_of(), before)
+
+    def test_are_refused_before_anything_is_changed(self):
+        self.index(*self.addons(1))
+        addon = GUID.format(0)
+        version = f"{addon}@1.0"
+        for first, one, second, other in (
+                ("yank", version, "unyank", version), ("yank", version.upper(), "unyank", version),
+                ("remove", version, "yank", version), ("remove", version, "unyank", version),
+                ("remove", addon, "yank", version), ("remove", addon, "unyank", version.upper())):
+            with self.subTest((first, one, second, other)):
+                self.refused(f"--{second}", other, f"--{first}", one, message=(
+                    f"bad option --{second} '{other}': it cannot be combined with "
+                    f"--{first} '{one}'"))
+
+    def test_are_refused_when_the_version_is_replaced(self):
+        self.index(*self.addons(1))
+        self.addon("new.kraddon", "Kit 0", "1.0", 0, content="new")
+        version = f"{GUID.format(0)}@1.0"
+
+        self.refused("new.kraddon", "--remove", version, "--yank", version, message=(
+            f"bad option --yank '{version}': it cannot be combined with --remove '{version}'"))
+
+    def test_are_not_options_for_other_versions(self):
+        self.addon("a.kraddon", version="1.0")
+        self.addon("b.kraddon", version="2.0")
+        self.addon("c.kraddon", version="3.0")
+        self.index("a.kraddon", "b.kraddon", "c.kraddon")
+        guid = GUID.format(1)
+        self.index("--yank", f"{guid}@3.0")
+
+        result = self.index("--remove", f"{guid}@1.0", "--yank", f"{guid}@2.0",
+                            "--unyank", f"{guid}@3.0")
+
+        self.assertEqual([[each["version"] for each in result[verb]]
+                          for verb in ("removed", "yanked", "unyanked")],
+                         [["1.0"], ["2.0"], ["3.0"]])
+
+
+class LostRoots(CatalogueTest):
+
+    def test_a_site_that_keeps_one_derived_file_is_no_new_site(self):
+        self.index(*self.addons(2))
+        derived = ("index.html", "terms.js", "catalogue.sqlite", "records.ndjson")
+        kept = {name: self.path(f"site/{name}").read_bytes() for name in derived}
+        self.path("site/root.json").unlink()
+        for name in derived:
+            with self.subTest(name):
+                for other in derived:
+                    self.path(f"site/{other}").unlink(missing_ok=True)
+                self.write(f"site/{name}", kept[name])
+
+                self.fails("index", "site", "p0.kraddon",
+                           message="cannot read 'site/root.json': it is missing",
+                           hint="'kraddon index --rebuild' rebuilds it from its packages")
+
+                self.assertFalse(self.path("site/root.json").exists())
+
 
 if __name__ == "__main__":
     kraddontest.main()

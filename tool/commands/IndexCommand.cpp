@@ -5,10 +5,13 @@
 #include <array>
 #include <cerrno>
 #include <ctime>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "addon/catalogue/Root.h"
+#include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/SiteUpdate.h"
 #include "opc/Exception.h"
 #include "opc/Text.h"
@@ -16,6 +19,7 @@
 #include "text/JsonWriter.h"
 #include "tool/commands/CommandTable.h"
 #include "tool/commands/detail/Locks.h"
+#include "tool/commands/detail/OneLine.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/commands/detail/Times.h"
 #include "tool/commands/detail/TrustAnchors.h"
@@ -94,6 +98,38 @@ std::vector<VersionName> versionsOf(const line::Invocation& invocation, const ch
   return names;
 }
 
+struct VersionOption {
+  const char* name;
+  const std::vector<VersionName>& values;
+};
+
+/// Throws UsageError if two options say opposite things of one version: neither could be done.
+/// Values of `first` without a version mean all versions.
+void refuseContradiction(const VersionOption& first, const VersionOption& second) {
+  std::map<std::pair<std::string, std::string>, const VersionName*> names;
+  for (const VersionName& name : first.values) {
+    names.emplace(std::pair(addon::catalogue::keyOf(name.guid), name.version), &name);
+  }
+  for (const VersionName& name : second.values) {
+    const std::string key = addon::catalogue::keyOf(name.guid);
+    auto found = names.find({key, name.version});
+    if (found == names.end()) found = names.find({key, ""});
+    if (found == names.end()) continue;
+    throw process::UsageError(process::sentence(
+        fmt::format("bad option --{}", second.name), textOf(name),
+        fmt::format("it cannot be combined with --{} '{}'", first.name, textOf(*found->second))));
+  }
+}
+
+void refuseContradictions(const UpdateRequest& request) {
+  const VersionOption remove{"remove", request.removals};
+  const VersionOption yank{"yank", request.yanks};
+  const VersionOption unyank{"unyank", request.unyanks};
+  refuseContradiction(remove, yank);
+  refuseContradiction(remove, unyank);
+  refuseContradiction(yank, unyank);
+}
+
 UpdateRequest requestOf(const line::Invocation& invocation) {
   UpdateRequest request;
   const std::vector<std::string>& operands = invocation.operands();
@@ -108,6 +144,7 @@ UpdateRequest requestOf(const line::Invocation& invocation) {
   for (const char* option : {"remove", "yank", "unyank"}) {
     invocation.refuseTogether("rebuild", option);
   }
+  refuseContradictions(request);
   request.time = detail::formatTime(detail::timestampOf(invocation).value_or(std::time(nullptr)));
   return request;
 }
@@ -172,12 +209,15 @@ void writeJson(const std::string& site, const UpdateResult& result, report::Outp
 }
 
 void writeText(const UpdateResult& result, report::Output& output) {
+  const auto writeLine = [&](const std::string& text) {
+    output.write(output.shown(detail::inOneLine(text)) + "\n");
+  };
   result.added->visit([&](const Record& record) {
-    output.write(output.shown(fmt::format("added: {} {}", record.name, record.version)) + "\n");
+    writeLine(fmt::format("added: {} {}", record.name, record.version));
   });
   const auto list = [&](const char* verb, const std::vector<VersionName>& names) {
     for (const VersionName& name : names) {
-      output.write(output.shown(fmt::format("{}: {}@{}", verb, name.guid, name.version)) + "\n");
+      writeLine(fmt::format("{}: {}@{}", verb, name.guid, name.version));
     }
   };
   list("removed", result.removed);

@@ -10,6 +10,7 @@
 #include "addon/catalogue/Search.h"
 #include "text/JsonWriter.h"
 #include "tool/commands/CommandTable.h"
+#include "tool/commands/detail/OneLine.h"
 #include "tool/commands/detail/SharedOptions.h"
 #include "tool/line/Arguments.h"
 #include "tool/process/Errors.h"
@@ -38,21 +39,14 @@ constexpr std::array kExamples{
     line::ExampleSpec{"kraddon search site requires:signal --json",
                       "prints what is known of add-ons that need a product"}};
 
-/// A text on a line of its own column.
-std::string inOneLine(std::string text) {
-  for (char& c : text) {
-    if (c == '\n' || c == '\r' || c == '\t') c = ' ';
-  }
-  return text;
-}
-
 void writeText(const std::vector<Record>& records, report::Output& output) {
+  const auto column = [&](const std::string& text) {
+    return output.shown(detail::inOneLine(text));
+  };
   for (const Record& record : records) {
     const std::string& author = record.author.empty() ? record.organization : record.author;
-    output.write(fmt::format("{}\t{}\t{}\t{}\n", output.shown(inOneLine(record.name)),
-                             output.shown(inOneLine(record.version)),
-                             output.shown(inOneLine(author)),
-                             output.shown(inOneLine(record.summary))));
+    output.write(fmt::format("{}\t{}\t{}\t{}\n", column(record.name), column(record.version),
+                             column(author), column(record.summary)));
   }
 }
 
