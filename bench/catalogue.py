@@ -174,10 +174,12 @@ def fill_database(database, count):
             row["requirements"] = json.dumps([])
             yield [row[column] for column in columns]
 
-    for table in ("versions", "addons"):
+    for table in ("versions", "addons", "texts"):
         database.execute("DELETE FROM %s" % table)
     database.executemany("INSERT INTO versions VALUES(%s)" % ", ".join("?" * len(columns)), rows())
     database.execute("INSERT INTO addons SELECT rowid, addon, position, '' FROM versions")
+    database.execute("INSERT INTO texts SELECT rowid, lower(name), lower(author), summary, "
+                     "description, '' FROM versions")
     database.execute("INSERT INTO words(words) VALUES('rebuild')")
     database.execute("INSERT INTO words(words) VALUES('optimize')")
     database.commit()

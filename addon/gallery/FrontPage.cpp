@@ -3,9 +3,9 @@
 
 #include <fmt/format.h>
 
+#include "addon/gallery/Words.h"
 #include "addon/gallery/detail/Pieces.h"
 #include "addon/gallery/detail/StyleSheet.h"
-#include "addon/gallery/detail/Words.h"
 
 namespace addon::gallery {
 
@@ -95,10 +95,10 @@ void writePlaceholder(HtmlWriter& html, std::string_view name) {
   constexpr unsigned kColors = 8;
   unsigned color = 0;
   for (const char c : name) color = (color * 31 + static_cast<unsigned char>(c)) % kColors;
-  html.element("div",
-               {{"class", fmt::format("thumbnail g{}", color)},
-                {"data-initial", detail::initialOf(detail::wordsOf(name))}},
-               "");
+  html.element(
+      "div",
+      {{"class", fmt::format("thumbnail g{}", color)}, {"data-initial", initialOf(wordsOf(name))}},
+      "");
 }
 
 void writeAuthor(HtmlWriter& html, const Texts& texts) {
@@ -145,8 +145,8 @@ void writeCard(HtmlWriter& html, const Card& card, const Texts& texts) {
 
 /// A line that holds nothing that could end the text of a script.
 std::string termsOf(const Texts& texts) {
-  return fmt::format("{}|{}|{}{}\n", detail::wordsOf(texts.name), detail::wordsOf(texts.summary),
-                     detail::wordsOf(texts.author), detail::wordsOf(texts.organization));
+  return fmt::format("{}|{}|{}{}\n", wordsOf(texts.name), wordsOf(texts.summary),
+                     wordsOf(texts.author), wordsOf(texts.organization));
 }
 
 }  // namespace

@@ -85,6 +85,8 @@ constexpr line::CommandSpec kSearchCommand{
         "Prints the add-ons that have all words, the best first: name, version, author and "
         "summary, with tabs between them. A word matches the beginning of any word of the name, "
         "summary, description, author, organization or requirements; case and accents are ignored. "
+        "Words without a letter or digit are ignored; without others, all add-ons are listed by "
+        "name. "
         "The prefixes name:, author: and requires: limit a word to the name, to the author and "
         "organization, or to the requirements. No other syntax is special. Only the newest version "
         "of an add-on that is not yanked is searched. SITE is a folder made by 'kraddon index'.",

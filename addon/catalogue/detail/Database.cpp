@@ -13,6 +13,7 @@
 
 #include "addon/catalogue/Shard.h"
 #include "addon/catalogue/SitePaths.h"
+#include "addon/gallery/Words.h"
 #include "opc/Text.h"
 #include "text/Sha256.h"
 
@@ -20,10 +21,11 @@ namespace addon::catalogue::detail {
 
 namespace {
 
-constexpr const char* kSchema = "kraddon.catalogue/1";
+constexpr const char* kSchema = "kraddon.catalogue/2";
 
 /// The statement that makes the tables. `addons` has the version to be shown of each add-on, and
-/// `words` the words of its texts, which stay where they are.
+/// `texts` its words as they are compared, which `words` needs again to forget them. All that is
+/// between them is blanks, the only separators of the tokenizer.
 std::string tables() {
   std::string columns;
   for (const RecordField& field : recordFields()) {
@@ -40,12 +42,11 @@ std::string tables() {
       "CREATE INDEX versions_by_name ON versions(name COLLATE NOCASE, addon, position);"
       "CREATE TABLE addons(id INTEGER PRIMARY KEY, addon TEXT NOT NULL UNIQUE,"
       " position INTEGER NOT NULL, requires TEXT NOT NULL);"
-      "CREATE VIEW texts AS SELECT addons.id AS id, name, author || ' ' || organization AS author,"
-      " summary, description, requires"
-      " FROM addons JOIN versions USING (addon, position);"
+      "CREATE TABLE texts(id INTEGER PRIMARY KEY, name TEXT NOT NULL, author TEXT NOT NULL,"
+      " summary TEXT NOT NULL, description TEXT NOT NULL, requires TEXT NOT NULL);"
       "CREATE VIRTUAL TABLE words USING fts5(name, author, summary, description, requires,"
       " content = 'texts', content_rowid = 'id', prefix = '1 2 3',"
-      " tokenize = 'unicode61 remove_diacritics 2');",
+      " tokenize = 'ascii');",
       columns);
 }
 
@@ -155,6 +156,14 @@ std::string requirementsOf(const Record& record) {
   return text;
 }
 
+/// What follows the columns of a list in the order of the front page.
+std::string currentByName(std::string_view which) {
+  return fmt::format(
+      "FROM addons JOIN versions USING (addon, position){}"
+      " ORDER BY versions.name COLLATE NOCASE, addon",
+      which);
+}
+
 struct Column {
   std::string_view prefix;
   std::string_view name;
@@ -162,6 +171,7 @@ struct Column {
 constexpr std::array kColumns{Column{"name:", "name"}, Column{"author:", "author"},
                               Column{"requires:", "requires"}};
 
+/// "" for a word without letters and digits.
 std::string termOf(std::string_view word, std::string_view columns) {
   std::string column = columns.empty() ? std::string() : fmt::format("{{{}}} : ", columns);
   for (const Column& each : kColumns) {
@@ -170,12 +180,8 @@ std::string termOf(std::string_view word, std::string_view columns) {
     word.remove_prefix(each.prefix.size());
     break;
   }
-  std::string quoted;
-  for (const char c : word) {
-    quoted += c;
-    if (c == '"') quoted += c;
-  }
-  return fmt::format("{}\"{}\" *", column, quoted);
+  const std::string term = gallery::wordsOf(word);
+  return term.empty() ? term : fmt::format("{}\"{}\" *", column, term);
 }
 
 }  // namespace
@@ -213,6 +219,7 @@ void Database::removeAddon(const std::string& key, std::int64_t id) {
             " SELECT 'delete', * FROM texts WHERE id = ?")
         .bind(0, id)
         .run();
+    connection_.prepare("DELETE FROM texts WHERE id = ?").bind(0, id).run();
     connection_.prepare("DELETE FROM addons WHERE id = ?").bind(0, id).run();
   }
   connection_.prepare("DELETE FROM versions WHERE addon = ?").bind(0, key).run();
@@ -247,6 +254,18 @@ void Database::setRecords(const std::string& key, const std::vector<Record>& rec
       .bind(2, std::int64_t{current - records.data()})
       .bind(3, requirementsOf(*current))
       .run();
+  insertWords(id, *current);
+}
+
+void Database::insertWords(std::int64_t id, const Record& record) {
+  connection_.prepare("INSERT INTO texts VALUES(?, ?, ?, ?, ?, ?)")
+      .bind(0, id)
+      .bind(1, gallery::wordsOf(record.name))
+      .bind(2, gallery::wordsOf(record.author) + gallery::wordsOf(record.organization))
+      .bind(3, gallery::wordsOf(record.summary))
+      .bind(4, gallery::wordsOf(record.description))
+      .bind(5, gallery::wordsOf(requirementsOf(record)))
+      .run();
   connection_
       .prepare(
           "INSERT INTO words(rowid, name, author, summary, description, requires)"
@@ -273,6 +292,7 @@ std::uint64_t Database::sequence() const {
 
 std::vector<Record> Database::search(const std::vector<std::string>& words,
                                      std::uint64_t limit) const {
+  if (queryOf(words, "").empty()) return firstByName(limit);
   // The best have all words in their names. To rank all matches would take a time that grows with
   // their number.
   std::vector<std::int64_t> ids;
@@ -291,6 +311,15 @@ std::vector<Record> Database::search(const std::vector<std::string>& words,
     std::sort(ids.begin(), ids.end());
     if (ids.size() == limit) break;
   }
+  return records;
+}
+
+std::vector<Record> Database::firstByName(std::uint64_t limit) const {
+  Statement list = connection_.prepare(
+      fmt::format("SELECT {} {} LIMIT ?", columnsOf("versions"), currentByName("")));
+  std::vector<Record> records;
+  list.bind(0, static_cast<std::int64_t>(limit));
+  while (list.step()) records.push_back(recordOf(list));
   return records;
 }
 
@@ -317,10 +346,8 @@ void Database::visitCurrent(const std::function<void(const Record&)>& visit,
     for (std::size_t i = 0; i < keys->size(); ++i) which += which.empty() ? "?" : ", ?";
     which = " WHERE addon IN (" + which + ")";
   }
-  Statement list =
-      connection_.prepare(fmt::format("SELECT {} FROM addons JOIN versions USING (addon, position)"
-                                      "{} ORDER BY versions.name COLLATE NOCASE, addon",
-                                      columnsOf("versions", fields), which));
+  Statement list = connection_.prepare(
+      fmt::format("SELECT {} {}", columnsOf("versions", fields), currentByName(which)));
   int parameter = 0;
   if (keys != nullptr) {
     for (const std::string& key : *keys) list.bind(parameter++, key);
@@ -359,8 +386,9 @@ std::uint64_t sequenceOfDatabase(const std::string& path) {
 std::string queryOf(const std::vector<std::string>& words, std::string_view columns) {
   std::string query;
   for (const std::string& word : words) {
-    if (!query.empty()) query += " AND ";
-    query += termOf(word, columns);
+    const std::string term = termOf(word, columns);
+    if (!query.empty() && !term.empty()) query += " AND ";
+    query += term;
   }
   return query;
 }

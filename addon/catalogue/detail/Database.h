@@ -34,7 +34,8 @@ class Database {
   /// Of which root it is.
   std::uint64_t sequence() const;
 
-  /// The newest record that is not yanked of each add-on that has the words, the best first.
+  /// The newest record that is not yanked of each add-on that has the words, the best first; of
+  /// all by name if no word has a letter or digit.
   std::vector<Record> search(const std::vector<std::string>& words, std::uint64_t limit) const;
   /// Those of all add-ons, or of those with these keys, by their names, with the members that a
   /// list shows.
@@ -51,8 +52,10 @@ class Database {
 
   std::int64_t idOf(const std::string& key);
   void removeAddon(const std::string& key, std::int64_t id);
+  std::vector<Record> firstByName(std::uint64_t limit) const;
   /// Appends the versions that are shown of these add-ons, by name.
   void addRecords(const std::vector<std::int64_t>& ids, std::vector<Record>& records) const;
+  void insertWords(std::int64_t id, const Record& record);
   void insertVersion(const std::string& key, std::size_t position, const Record& record);
 
   Connection connection_;
@@ -62,8 +65,9 @@ class Database {
 std::uint64_t sequenceOfDatabase(const std::string& path);
 
 /// The words as a query of the index: each the beginning of a word, in any column or, after
-/// "name:", "author:" or "requires:", in that one. Nothing in them is syntax. `columns`, which may
-/// be empty, narrow the other words.
+/// "name:", "author:" or "requires:", in that one. Nothing in them is syntax, and those without a
+/// letter or digit are left out: "" if there are no others. `columns`, which may be empty, narrow
+/// the other words.
 std::string queryOf(const std::vector<std::string>& words, std::string_view columns);
 
 }  // namespace addon::catalogue::detail

@@ -101,7 +101,7 @@ TEST_F(Search, NothingElseIsSyntax) {
         "name:\"", "author:*"}) {
     EXPECT_NO_THROW(find({word})) << word;
   }
-  EXPECT_EQ(find({""}), Names{});
+  EXPECT_EQ(find({""}).size(), 3u);
 }
 
 TEST_F(Search, ASiteWithoutDatabaseIsAnError) {

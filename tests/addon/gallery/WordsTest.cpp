@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/detail/Words.h"
+#include "addon/gallery/Words.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace {
 
-using addon::gallery::detail::initialOf;
-using addon::gallery::detail::wordsOf;
+using addon::gallery::initialOf;
+using addon::gallery::splitAtBlanks;
+using addon::gallery::wordsOf;
 
 TEST(Words, AreInLowerCaseWithABlankInFrontOfEach) {
   EXPECT_EQ(wordsOf("Wave-Tools, 2nd  Edition!"), " wave tools 2nd edition");
@@ -40,6 +42,14 @@ TEST(Words, BeginWithAnInitial) {
   EXPECT_EQ(initialOf(wordsOf("(\u00f6ko)")), "O");
   EXPECT_EQ(initialOf(wordsOf("\U00010428x")), "\U00010400");
   EXPECT_EQ(initialOf(wordsOf("?")), "");
+}
+
+TEST(Words, ThatAreEnteredHaveBlanksOfAnyScriptBetweenThem) {
+  using Parts = std::vector<std::string>;
+  EXPECT_EQ(splitAtBlanks(" a-b\tc\u3000\u00e9\u00a0\U0001F389\u2028d\n"),
+            (Parts{"a-b", "c", "\u00e9", "\U0001F389", "d"}));
+  EXPECT_EQ(splitAtBlanks(" \u3000"), Parts{});
+  EXPECT_EQ(splitAtBlanks(""), Parts{});
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "addon/gallery/detail/Words.h"
+#include "addon/gallery/Words.h"
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
@@ -9,7 +9,7 @@
 
 #include "opc/Text.h"
 
-namespace addon::gallery::detail {
+namespace addon::gallery {
 
 namespace {
 
@@ -92,4 +92,16 @@ std::string initialOf(std::string_view words) {
   return initial;
 }
 
-}  // namespace addon::gallery::detail
+std::vector<std::string> splitAtBlanks(std::string_view text) {
+  const UnicodeString whole = UnicodeString::fromUTF8(text);
+  std::vector<std::string> parts;
+  std::int32_t start = 0;
+  for (std::int32_t at = 0; at <= whole.length(); ++at) {
+    if (at < whole.length() && !u_isUWhiteSpace(whole[at])) continue;
+    if (at > start) whole.tempSubStringBetween(start, at).toUTF8String(parts.emplace_back());
+    start = at + 1;
+  }
+  return parts;
+}
+
+}  // namespace addon::gallery
