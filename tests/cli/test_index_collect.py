@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """kraddon index --collect: what it removes, and what recent readers still need."""
 
+import ctypes
+import os
 import shutil
 
 import kraddontest
@@ -102,6 +104,27 @@ class Temporary(CatalogueTest):
         self.index("--yank", f"{GUID.format(1)}@1.0")
 
         self.assertEqual(self.hidden(), [".catalogue.sqlite.aaaaaa.tmp"])
+
+    def test_a_journal_that_a_killed_run_left_goes_with_the_next_change(self):
+        self.leave(f"site/.catalogue.sqlite.{LETTERS}.tmp-journal", "site/.htaccess-journal",
+                   f"site/.other.{LETTERS}.tmp-journal")
+
+        self.index("--yank", f"{GUID.format(1)}@1.0")
+
+        self.assertEqual(self.hidden(), [".htaccess-journal", f".other.{LETTERS}.tmp-journal"])
+
+    def test_the_database_is_changed_without_a_journal(self):
+        created = 0x100
+        system = ctypes.CDLL(None)
+        watch = system.inotify_init1(os.O_NONBLOCK | os.O_CLOEXEC)
+        self.addCleanup(os.close, watch)
+        self.assertGreater(system.inotify_add_watch(watch, bytes(self.path("site")), created), 0)
+
+        self.index("--yank", f"{GUID.format(1)}@1.0")
+
+        names = os.read(watch, 1 << 16)
+        self.assertIn(b".catalogue.sqlite.", names)
+        self.assertNotIn(b"-journal", names)
 
 
 if __name__ == "__main__":

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "addon/catalogue/SitePaths.h"
+#include "addon/catalogue/detail/DatabaseFile.h"
 #include "addon/packaging/AddonPackage.h"
 #include "opc/Exception.h"
 #include "opc/LockFile.h"
@@ -56,7 +57,7 @@ bool isHidden(std::string_view name) {
 
 /// Whether it is what a killed process left: nobody else makes files while the site is locked.
 bool isLeftBehind(std::string_view name) {
-  return opc::isTemporaryName(name) && !opc::isLockName(name);
+  return (opc::isTemporaryName(name) && !opc::isLockName(name)) || isDatabaseJournal(name);
 }
 
 std::string inFolder(const std::string& folder, const std::string& name) {

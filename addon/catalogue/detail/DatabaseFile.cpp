@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +15,7 @@
 
 #include "addon/catalogue/SitePaths.h"
 #include "opc/FileIo.h"
+#include "opc/OpenFolder.h"
 #include "opc/SystemCall.h"
 #include "opc/TemporaryFile.h"
 
@@ -22,9 +24,31 @@ namespace addon::catalogue::detail {
 using opc::FileDescriptor;
 using opc::uninterrupted;
 
+namespace {
+
+/// Only a run that had the lock of the site, as the caller has now, used them.
+void removeJournals(int folder) {
+  opc::OpenFolder site(folder, "");
+  if (!site) return;
+  while (const dirent* entry = site.next()) {
+    if (isDatabaseJournal(entry->d_name)) ::unlinkat(folder, entry->d_name, 0);
+  }
+}
+
+}  // namespace
+
+bool isDatabaseJournal(std::string_view name) {
+  constexpr std::string_view kEnd = "-journal";
+  if (!name.ends_with(kEnd)) return false;
+  name.remove_suffix(kEnd.size());
+  const std::string_view letters = opc::lettersOfTemporaryName(name);
+  return !letters.empty() && opc::temporaryName(kDatabase, letters) == name;
+}
+
 DatabaseFile::DatabaseFile(SiteFiles& files)
     : files_(files), name_(opc::temporaryName(kDatabase)), path_(files.onDisk(name_)) {
   opc::removeAbandonedFiles(files_.descriptor(), std::string(kDatabase));
+  removeJournals(files_.descriptor());
 }
 
 DatabaseFile::~DatabaseFile() {
@@ -40,10 +64,11 @@ FileDescriptor DatabaseFile::create() const {
 }
 
 bool DatabaseFile::copy() const {
-  const FileDescriptor from(uninterrupted([&] {
-    return ::openat(files_.descriptor(), std::string(kDatabase).c_str(), O_RDONLY | O_CLOEXEC);
-  }));
-  if (!from) return false;
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  const FileDescriptor from(uninterrupted(
+      [&] { return ::openat(files_.descriptor(), std::string(kDatabase).c_str(), kFlags); }));
+  struct stat status {};
+  if (!from || ::fstat(from.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
   const FileDescriptor to = create();
   // Where the file system can, the copy shares the blocks.
   if (::ioctl(to.get(), FICLONE, from.get()) == 0) return true;

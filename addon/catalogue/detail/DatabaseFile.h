@@ -2,11 +2,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "addon/catalogue/detail/SiteFiles.h"
 #include "opc/FileDescriptor.h"
 
 namespace addon::catalogue::detail {
+
+/// Whether the name is that of a journal that SQLite kept beside a database in the making. Earlier
+/// versions of the program left them when they were killed.
+bool isDatabaseJournal(std::string_view name);
 
 /// The next database of a site in the making. SQLite opens it by a name, which a killed process
 /// leaves behind. Functions throw opc::SystemError.

@@ -13,6 +13,7 @@
 
 #include "addon/catalogue/SitePaths.h"
 #include "addon/catalogue/detail/Database.h"
+#include "addon/catalogue/detail/DatabaseFile.h"
 #include "addon/catalogue/detail/Pages.h"
 #include "addon/packaging/AddonPackage.h"
 #include "opc/Exception.h"
@@ -75,7 +76,7 @@ void flushNameOf(const std::string& folder) {
 bool isOfSite(const std::string& name) {
   constexpr std::array kNames{kIndexFolder, kShardFolder, kPackageFolder, kPageFolder,
                               kFrontPage,   kTerms,       kDatabase,      kRecordLines};
-  return opc::isTemporaryName(name) ||
+  return opc::isTemporaryName(name) || isDatabaseJournal(name) ||
          std::find(kNames.begin(), kNames.end(), name) != kNames.end();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "addon/catalogue/detail/Sqlite.h"
 
+#include <sys/stat.h>
+
 #include <new>
 
 namespace addon::catalogue::detail {
@@ -38,6 +40,14 @@ std::string toUri(const std::string& path, std::string_view parameters) {
   }
   uri += parameters;
   return uri;
+}
+
+/// SQLite would wait for the other end of a pipe.
+void refuseOther(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw DatabaseError(path, "it is not a file");
+  }
 }
 
 }  // namespace
@@ -105,6 +115,7 @@ std::int64_t Statement::number(int column) const {
 }
 
 Connection::Connection(const std::string& path, Mode mode) : path_(path) {
+  refuseOther(path);
   // Nothing is locked: files are replaced whole, and only we know those that are being made.
   const bool isRead = mode == Mode::Read;
   const std::string uri = toUri(path, isRead ? "?immutable=1" : "?nolock=1");
@@ -115,13 +126,19 @@ Connection::Connection(const std::string& path, Mode mode) : path_(path) {
   connection_.reset(connection);
   if (connection == nullptr) throw std::bad_alloc();
   if (result != SQLITE_OK) throw DatabaseError(connection, path_);
+  // Before it is defensive, which keeps the journal.
+  if (!isRead) turnJournalOff();
   sqlite().dbConfig(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite().dbConfig(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   // Nothing is sorted in files elsewhere.
   run("PRAGMA temp_store = MEMORY; PRAGMA cache_size = -8192");
-  // The caller flushes a file that is complete; one that is not is thrown away.
-  run(isRead ? "PRAGMA cell_size_check = ON"
-             : "PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
+  // The caller flushes a file that is complete.
+  run(isRead ? "PRAGMA cell_size_check = ON" : "PRAGMA synchronous = OFF");
+}
+
+void Connection::turnJournalOff() const {
+  Statement set = prepare("PRAGMA journal_mode = OFF");
+  if (!set.step() || set.text(0) != "off") throw DatabaseError(path_, "it keeps a journal");
 }
 
 void Connection::run(const char* sql) const {

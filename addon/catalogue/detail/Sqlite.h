@@ -72,6 +72,9 @@ class Connection {
     void operator()(sqlite3* connection) const { sqlite().close(connection); }
   };
 
+  /// A file that is not complete is thrown away, and a journal would stay if the process is killed.
+  void turnJournalOff() const;
+
   std::string path_;
   std::unique_ptr<sqlite3, Close> connection_;
 };
