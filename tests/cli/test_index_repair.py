@@ -2,12 +2,12 @@
 """kraddon index with sites that are damaged or that somebody changed, folders that cannot be read,
 and no site."""
 
-import hashlib
-import json
+import contextlib
 import os
+import sqlite3
 
 import kraddontest
-from cataloguetest import GUID, CatalogueTest, age, hashed_files
+from cataloguetest import GUID, CatalogueTest, age, hashed_files, rows_of
 
 HINT = "'kraddon index --rebuild' rebuilds it from its packages"
 
@@ -94,6 +94,41 @@ class Repairs(CatalogueTest):
         self.index("new.kraddon")
 
         self.records()
+
+    def test_damage_that_only_shows_when_the_list_is_written_is_repaired(self):
+        self.index(*self.addons(2))
+        with open(self.path("site/catalogue.sqlite"), "r+b") as database:
+            database.seek(8200)  # within the table of versions
+            database.write(b"\xff" * 60)
+        self.addon("new.kraddon", "Kit 50", number=50)
+
+        self.index("new.kraddon")
+
+        self.assertEqual(len(self.records()), 3)
+
+    def test_a_pipe_in_place_of_the_database_is_replaced(self):
+        self.site()
+        path = self.path("site/catalogue.sqlite")
+        for words in ((), ("--unyank", f"{GUID.format(1)}@1.0"), ("--rebuild",)):
+            with self.subTest(words):
+                path.unlink()
+                os.mkfifo(path)
+
+                self.index(*words, prefix=("timeout", "-s", "KILL", "30"))
+
+                self.records()
+
+    def test_a_database_of_an_older_layout_is_made_anew(self):
+        self.site()
+        path = self.path("site/catalogue.sqlite")
+        expected = rows_of(path)
+        with contextlib.closing(sqlite3.connect(path)) as database:
+            database.executescript("""DROP TABLE words;
+                UPDATE meta SET value = 'kraddon.catalogue/1' WHERE key = 'schema'""")
+
+        self.index()
+
+        self.assertEqual(rows_of(path), expected)
 
     def test_lists_that_became_too_large_to_be_changed_are_made_anew(self):
         self.site()

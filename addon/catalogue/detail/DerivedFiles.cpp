@@ -52,8 +52,17 @@ void DerivedFiles::write(const Request& request) {
     const auto copying = request.isOldComplete && starter_ ? starter_(copy) : nullptr;
     writeLines(request);
   }
-  writeDatabase(request, database, isCopied);
-  writeFrontPage(request);
+  const bool isChanged =
+      request.isOldComplete && (isCopied || database.copy()) && changeDatabase(request, database);
+  if (!isChanged) makeDatabase(request.state);
+  try {
+    writeFrontPage(request);
+  } catch (const DatabaseError& error) {
+    // Some damage shows only when everything is read.
+    if (!isChanged || error.code() != opc::ErrorCode::Damaged) throw;
+    makeDatabase(request.state);
+    writeFrontPage(request);
+  }
   files_.flush();
 }
 
@@ -92,43 +101,39 @@ void DerivedFiles::writeLines(const Request& request) {
   });
 }
 
-void DerivedFiles::writeDatabase(const Request& request, DatabaseFile& file, bool isCopied) {
-  if (request.isOldComplete && (isCopied || file.copy())) {
-    try {
-      changeDatabase(file.path(), request.state, request.keys);
-      return file.putInPlace();
-    } catch (const DatabaseError& error) {
-      // One that somebody damaged is made anew.
-      if (error.code() != opc::ErrorCode::Damaged) throw;
-    }
-  }
-  file.create();
-  makeDatabase(file.path(), request.state);
-  file.putInPlace();
-}
-
-void DerivedFiles::changeDatabase(const std::string& path, const SiteState& state,
-                                  const std::set<std::string>& keys) {
-  Database database = Database::change(path);
-  database.begin();
-  for (const std::string& key : keys) {
-    check();
-    database.setRecords(key, state.records(key));
-  }
-  database.finish(state.sequence(), false);
-}
-
-void DerivedFiles::makeDatabase(const std::string& path, const SiteState& state) {
-  Database database = Database::create(path);
-  database.begin();
-  for (const auto& [name, reference] : state.index().shards) {
-    const Shard shard = state.readShard(name);
-    for (const auto& [key, lines] : shard.addons()) {
+bool DerivedFiles::changeDatabase(const Request& request, DatabaseFile& file) {
+  try {
+    Database database = Database::change(file.path());
+    database.begin();
+    for (const std::string& key : request.keys) {
       check();
-      database.setRecords(key, shard.records(key));
+      database.setRecords(key, request.state.records(key));
     }
+    database.finish(request.state.sequence(), false);
+  } catch (const DatabaseError& error) {
+    if (error.code() != opc::ErrorCode::Damaged) throw;
+    return false;
   }
-  database.finish(state.sequence(), true);
+  file.putInPlace();
+  return true;
+}
+
+void DerivedFiles::makeDatabase(const SiteState& state) {
+  DatabaseFile file(files_);
+  file.create();
+  {
+    Database database = Database::create(file.path());
+    database.begin();
+    for (const auto& [name, reference] : state.index().shards) {
+      const Shard shard = state.readShard(name);
+      for (const auto& [key, lines] : shard.addons()) {
+        check();
+        database.setRecords(key, shard.records(key));
+      }
+    }
+    database.finish(state.sequence(), true);
+  }
+  file.putInPlace();
 }
 
 void DerivedFiles::writeFrontPage(const Request& request) {

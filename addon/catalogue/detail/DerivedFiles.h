@@ -42,10 +42,9 @@ class DerivedFiles {
  private:
   void writePages(const SiteState& state);
   void writeLines(const Request& request);
-  void writeDatabase(const Request& request, DatabaseFile& file, bool isCopied);
-  void changeDatabase(const std::string& path, const SiteState& state,
-                      const std::set<std::string>& keys);
-  void makeDatabase(const std::string& path, const SiteState& state);
+  /// Changes the copy of the old one and puts it in place. Returns false if it is damaged.
+  bool changeDatabase(const Request& request, DatabaseFile& file);
+  void makeDatabase(const SiteState& state);
   void writeFrontPage(const Request& request);
   /// Returns false if the old one is not what it should be.
   bool changeFrontPage(const gallery::FrontPage& fresh, const Database& database,
