@@ -23,7 +23,8 @@ void onStream(Operation operation) {
 }
 
 std::streamsize streamSize(std::size_t size) {
-  constexpr auto kMaxStreamSize = static_cast<std::size_t>(std::numeric_limits<std::streamsize>::max());
+  constexpr auto kMaxStreamSize =
+      static_cast<std::size_t>(std::numeric_limits<std::streamsize>::max());
   return static_cast<std::streamsize>(std::min(size, kMaxStreamSize));
 }
 

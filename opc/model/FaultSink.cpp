@@ -12,8 +12,8 @@ class RefusingSink final : public FaultSink {
 }  // namespace
 
 FormatError FaultSink::tooManyFaults(const FormatError& last) {
-  return {last.rule(),
-          "there are more than " + std::to_string(kMaxFaults) + " faults; the rest is not looked at"};
+  return {last.rule(), "there are more than " + std::to_string(kMaxFaults) +
+                           " faults; the rest is not looked at"};
 }
 
 FaultSink& FaultSink::refusing() {

@@ -16,8 +16,8 @@ namespace addon::checks::detail {
 namespace {
 
 constexpr std::size_t kReadSize = std::size_t{64} << 10;
-constexpr std::size_t kProbe = 8192;  // a text has no NUL in these first bytes
-constexpr std::size_t kMaxSecrets = 100;    // secrets of a file
+constexpr std::size_t kProbe = 8192;      // a text has no NUL in these first bytes
+constexpr std::size_t kMaxSecrets = 100;  // secrets of a file
 
 /// By its first bytes, UTF-16.
 bool isWide(std::string_view text) {
