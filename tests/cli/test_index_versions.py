@@ -102,6 +102,16 @@ class Replacing(CatalogueTest):
 
         self.assertEqual(self.tree_of(), before)
 
+    def test_a_rebuild_repairs_a_page_that_does_not_say_its_sequence(self):
+        self.site()
+        [record] = self.records()[GUID.format(1)]
+        page = self.path(f"site/{record['page']}")
+        page.write_text(page.read_text().replace("sequence=1", "sequence=", 1))
+
+        self.index("--rebuild")
+
+        self.assertIn(" sequence=2 ", self.first_line(page))
+
     def test_packages_of_the_site_itself_are_not_taken_again(self):
         self.path("releases").mkdir()
         for number in (1, 2):

@@ -126,8 +126,8 @@ void Intake::take(Examination& examined, const VersionKey& name) {
   if (!candidate.isPageMissing) {
     // A rebuild makes the same page again.
     const bool isAgain = request_.isRebuilding && isPageOf(files_, record);
-    const std::uint64_t sequence = isAgain ? sequenceAtStart(files_, record.page) : sequence_;
-    writePage(files_, *examined.package, record, sequence);
+    const std::uint64_t old = isAgain ? sequenceAtStart(files_, record.page) : 0;
+    writePage(files_, *examined.package, record, old != 0 ? old : sequence_);
   }
   candidate.line = spool_.add(toLine(record));
   candidates_.emplace(name, std::move(candidate));
