@@ -12,20 +12,13 @@
 using opc::interfaces::OpenMode;
 using opc::signatures::ChangeWatch;
 using opc::signatures::SignatureState;
+using test::ada;
 using test::partName;
 using test::SignedPackage;
-using test::TestKeys;
 
 namespace {
 
-const TestKeys& ada() {
-  static const TestKeys keys("Ada");
-  return keys;
-}
-
-struct Signed : SignedPackage {
-  Signed() { name = sign(ada()); }
-
+struct Signed : test::PackageOfAda {
   /// Whether `change` breaks the signature, as the watch sees it. The change is committed.
   template <typename Change>
   bool breaks(const Change& change) {
@@ -47,8 +40,6 @@ struct Signed : SignedPackage {
   }
 
   void remove(std::u16string_view part) { package.deletePart(partName(part)); }
-
-  std::string name;
 };
 
 }  // namespace

@@ -50,4 +50,14 @@ struct SignedPackage : MemoryPackage {
   }
 };
 
+inline const TestKeys& ada() {
+  static const TestKeys keys("Ada");
+  return keys;
+}
+
+/// One that Ada has signed.
+struct PackageOfAda : SignedPackage {
+  std::string name = sign(ada());  ///< of the signature part
+};
+
 }  // namespace test

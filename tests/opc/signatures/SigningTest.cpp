@@ -17,6 +17,7 @@ using opc::signatures::addSignature;
 using opc::signatures::digestOf;
 using opc::signatures::ItemDigests;
 using opc::signatures::SignatureState;
+using test::ada;
 using test::Fault;
 using test::faultOf;
 using test::kSigningTime;
@@ -25,11 +26,6 @@ using test::TestKeys;
 using testing::IsEmpty;
 
 namespace {
-
-const TestKeys& ada() {
-  static const TestKeys keys("Ada");
-  return keys;
-}
 
 /// The digests of all items of the package that is open.
 ItemDigests digestsOf(SignedPackage& memory) {

@@ -19,6 +19,7 @@ using opc::signatures::Signature;
 using opc::signatures::SignatureState;
 using opc::signatures::Verification;
 using opc::signatures::verifySignatures;
+using test::ada;
 using test::SignedPackage;
 using test::TestKeys;
 using testing::ElementsAre;
@@ -26,21 +27,12 @@ using testing::IsEmpty;
 
 namespace {
 
-const TestKeys& ada() {
-  static const TestKeys keys("Ada");
-  return keys;
-}
-
-struct Signed : SignedPackage {
-  Signed() { name = sign(ada()); }
-
+struct Signed : test::PackageOfAda {
   Signature only() {
     Verification verified = verify();
     EXPECT_EQ(verified.signatures.size(), 1U);
     return verified.signatures.at(0);
   }
-
-  std::string name;
 };
 
 }  // namespace
