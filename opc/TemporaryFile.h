@@ -10,8 +10,9 @@
 
 namespace opc {
 
-/// Returns a random temporary name for a file that is to become `name`: ".NAME.XXXXXX.tmp", at most
-/// 255 bytes. A NAME that is too long is cut between two characters.
+/// Returns a random temporary name, ".NAME.XXXXXX.tmp", for a file that will be renamed to `name`.
+/// It has at most 255 bytes, the usual limit of file systems; a longer NAME is cut between two
+/// characters.
 std::string temporaryName(std::string_view name);
 /// The same with these six letters or digits instead of random ones.
 std::string temporaryName(std::string_view name, std::string_view letters);

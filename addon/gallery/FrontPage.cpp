@@ -27,8 +27,9 @@ struct Texts {
   explicit Texts(const Card& card)
       : name(clipped(card.name, kMaxLabelLength)), summary(clipped(card.summary, kMaxTextLength)) {
     author = clipped(card.author, kMaxLabelLength);
-    if (card.organization != card.author)
+    if (card.organization != card.author) {
       organization = clipped(card.organization, kMaxLabelLength);
+    }
   }
 
   std::string name;

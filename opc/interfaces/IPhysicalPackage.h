@@ -95,10 +95,9 @@ class IPhysicalPackage : public IItemReader {
 
   /// With `discard` false, commits the changes and closes. A package without changes is not
   /// touched; one opened with Create is always written. A commit that fails throws, and leaves the
-  /// package open with its changes. Exception: if only flushing the folder to disk failed, the new
-  /// package is in place and everything is closed; isOpen() tells the two cases apart. With
-  /// `discard` true, closes without a commit and never throws. Does nothing if the package is not
-  /// open.
+  /// package open with its changes. The exception is a failure to flush the folder to disk: the new
+  /// package is then in place and closed, and isOpen() returns false. With `discard` true, closes
+  /// without a commit and never throws. Does nothing if the package is not open.
   virtual void close(bool discard) = 0;
 
   /// For messages, UTF-8: the path of the file.

@@ -38,8 +38,8 @@ class ContentTypes {
   const ContentType* findOverride(std::uint64_t hash, std::string_view itemName) const;
   const ContentType* findDefault(std::string_view extension) const;
 
-  /// Both throw FormatError for an entry that exists already, addDefault() also for an invalid
-  /// extension.
+  /// Both throw FormatError if the entry already exists; addDefault() also throws it if the
+  /// extension is invalid.
   void addDefault(std::string_view extension, const ContentType& type);
   void addOverride(std::string_view itemName, const ContentType& type);
 

@@ -54,9 +54,9 @@ struct DirectoryLocation {
 /// Finds the end records (APPNOTE 4.3.14 to 4.3.16). If several places look like an end record, the
 /// one is chosen whose directory is where it says and whose comment ends with the file. Bytes after
 /// the end are allowed within the tail, which is lengthened if nothing in it looks like an end
-/// record. Throws FormatError if there is no end record, if the directory is not where it should
-/// be, and if readers would disagree: two records fit and one lies in the comment of the other, or
-/// another reader would use a record after the chosen one.
+/// record. Throws FormatError if there is no end record, if the directory is not at its stated
+/// offset, and if readers would disagree: two records fit and one lies in the comment of the other,
+/// or another reader would use a record after the chosen one.
 DirectoryLocation findDirectory(FileTail& tail);
 
 }  // namespace opc::zippackage

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""kraddon extract: what -d names is no folder and cannot become one."""
+"""kraddon extract when the folder of -d does not exist, or cannot be created."""
 
 import kraddontest
 

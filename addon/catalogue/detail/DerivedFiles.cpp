@@ -17,7 +17,7 @@ namespace addon::catalogue::detail {
 
 namespace {
 
-/// For more add-ons than that, everything is written anew.
+/// If more add-ons have changed, everything is rewritten.
 constexpr std::size_t kMaxChanged = 50;
 
 gallery::Card toCard(const Record& record) {
@@ -35,7 +35,7 @@ bool DerivedFiles::areOf(const SiteState& state) const {
   const auto isOf = [&](std::string_view path) {
     return sequenceAtStart(files_, std::string(path)) == state.sequence();
   };
-  // Without versions there is no line that could say it.
+  // The sequence is in the first line, which a site without versions does not have.
   const bool hasLines = state.root() && state.root()->versions != 0;
   return isOf(kFrontPage) && isOf(kTerms) &&
          (hasLines ? isOf(kRecordLines) : files_.exists(std::string(kRecordLines))) &&

@@ -43,8 +43,8 @@ class SiteFiles {
   std::optional<std::string> read(const std::string& path) const;
   /// A file that must be what its name says. Throws BrokenSite.
   std::string read(const FileReference& file) const;
-  /// The content of a derived file, to save work; empty if there is no such file, or if it is too
-  /// large for memory.
+  /// Reads a derived file so that parts of it can be used again. Returns an empty buffer if the
+  /// file does not exist or is too large to be kept in memory.
   opc::ByteBuffer readDerived(const std::string& path) const;
   /// At most `size` bytes from the beginning; "" if the file does not exist.
   std::string readStart(const std::string& path, std::size_t size) const;
@@ -65,7 +65,7 @@ class SiteFiles {
   /// The same for one that has a temporary name in the site.
   void rename(const std::string& from, const std::string& to);
   void remove(const std::string& path);
-  /// When it was changed; nothing if there is no such file.
+  /// The time of its last change; nothing if it does not exist.
   std::optional<std::time_t> timeOf(const std::string& path) const;
   /// Sets its time of change to now. A file that only another user may change is replaced by a
   /// copy.
